@@ -1,0 +1,24 @@
+#pragma once
+
+#include "network/EgressTypes.h"
+
+#include <QString>
+
+#include <optional>
+
+// All that a request to a model needs besides its messages.
+struct AIConfiguration {
+    QString baseURLString;
+    std::optional<QString> apiKey;
+    QString model;
+    double temperature = 0;
+    int maxOutputTokens = 0;
+    QString systemPrompt;          // already the first message of the list; kept for reference
+    double requestTimeout = 120.0; // seconds
+    bool preferStreaming = true;
+    std::optional<QString> purpose; // short tag for the server and the ledger
+    SensitiveDataSet carrying;      // decides where the request may go
+    bool thinksLonger = false;      // a long silence is no stall
+
+    bool operator==(const AIConfiguration &) const = default;
+};

@@ -1,0 +1,35 @@
+#include "ai/contract/AIProvider.h"
+
+namespace {
+
+QCoro::Task<> relayText(AsyncStream<AIStreamEvent> events, AsyncStream<QString>::Producer producer,
+                        std::function<void()> onThinking)
+{
+    try {
+        while (auto event = co_await events.next(producer.stopToken())) {
+            if (auto *text = std::get_if<AIStream::Text>(&*event))
+                producer.yield(std::move(text->piece));
+            else if (std::holds_alternative<AIStream::Thinking>(*event) && onThinking)
+                onThinking();
+        }
+        producer.finish();
+    } catch (...) {
+        producer.fail(std::current_exception());
+    }
+}
+
+} // namespace
+
+AsyncStream<QString> AIProvider::streamText(std::vector<AIMessage> messages, AIConfiguration configuration,
+                                            std::function<void()> onThinking)
+{
+    auto [stream, producer] = AsyncStream<QString>::make();
+    relayText(streamReply(std::move(messages), std::move(configuration), {}), producer,
+              std::move(onThinking));
+    return std::move(stream);
+}
+
+QString AIConnectionTesting::testMessage()
+{
+    return QStringLiteral("Reply with the single word: ok");
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "ai/contract/AIMessage.h"
+
+#include <variant>
+
+// An event of one streaming reply.
+namespace AIStream {
+
+struct Text {
+    QString piece;
+    bool operator==(const Text &) const = default;
+};
+
+// The complete calls of the reply, once, when the reply is done.
+struct ToolCalls {
+    std::vector<AIToolCall> calls;
+    bool operator==(const ToolCalls &) const = default;
+};
+
+// The reply stopped at the output-token limit.
+struct TruncatedByTokenLimit {
+    bool operator==(const TruncatedByTokenLimit &) const = default;
+};
+
+// The model is reasoning and no text is flowing yet.
+struct Thinking {
+    bool operator==(const Thinking &) const = default;
+};
+
+} // namespace AIStream
+
+using AIStreamEvent =
+    std::variant<AIStream::Text, AIStream::ToolCalls, AIStream::TruncatedByTokenLimit, AIStream::Thinking>;

@@ -1,0 +1,90 @@
+#pragma once
+
+#include "utils/UserPresentableError.h"
+
+#include <variant>
+
+// Why a provider could not answer. The cases carry what their words need.
+class ProviderError final : public UserPresentableError {
+public:
+    struct InvalidBaseURL {
+        QString text;
+        bool operator==(const InvalidBaseURL &) const = default;
+    };
+    struct InsecureBaseURL {
+        QString text;
+        bool operator==(const InsecureBaseURL &) const = default;
+    };
+    struct ServerError {
+        int statusCode;
+        bool operator==(const ServerError &) const = default;
+    };
+    struct LocalSetupFailed {
+        QString text;
+        bool operator==(const LocalSetupFailed &) const = default;
+    };
+    struct ModelError {
+        QString text;
+        bool operator==(const ModelError &) const = default;
+    };
+    struct CloudModelInPrivateMode {
+        QString model;
+        bool operator==(const CloudModelInPrivateMode &) const = default;
+    };
+    struct EnclaveUnverified {
+        QString text;
+        bool operator==(const EnclaveUnverified &) const = default;
+    };
+    struct PrivateCloudBusy {
+        QString text;
+        bool operator==(const PrivateCloudBusy &) const = default;
+    };
+    struct PrivateCloudUnavailable {
+        int statusCode;
+        bool operator==(const PrivateCloudUnavailable &) const = default;
+    };
+    struct PrivateCloudCouldNotAnswer {
+        QString text;
+        bool operator==(const PrivateCloudCouldNotAnswer &) const = default;
+    };
+    enum class Plain {
+        notConfigured,
+        authenticationFailed,
+        rateLimited,
+        networkTimeout,
+        networkUnavailable,
+        malformedResponse,
+        cancelled,
+        emptyResponse,
+        modelLacksVision,
+        localModelRequired,
+        hostedBurstLimited,
+    };
+    using Case = std::variant<InvalidBaseURL, InsecureBaseURL, ServerError, LocalSetupFailed, ModelError,
+                              CloudModelInPrivateMode, EnclaveUnverified, PrivateCloudBusy,
+                              PrivateCloudUnavailable, PrivateCloudCouldNotAnswer, Plain>;
+
+    ProviderError(Case reason)
+        : m_case(std::move(reason))
+    {}
+
+    // The error for a response status outside 200 to 299.
+    [[nodiscard]] static ProviderError forStatus(int status);
+
+    [[nodiscard]] const Case &reason() const { return m_case; }
+    [[nodiscard]] bool is(Plain plain) const { return m_case == Case(plain); }
+
+    // A server that may not support tools answered a request that carried some.
+    [[nodiscard]] bool isToolRejection() const;
+    // The private cloud was refused; a local model may answer instead.
+    [[nodiscard]] bool isPrivateCloudFallback() const;
+
+    [[nodiscard]] QString userMessage() const override;
+    [[nodiscard]] std::optional<QString> recoverySuggestion() const override;
+    [[nodiscard]] bool isRetryable() const override;
+
+    bool operator==(const ProviderError &other) const { return m_case == other.m_case; }
+
+private:
+    Case m_case;
+};

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "network/EgressTypes.h"
+#include "network/TransportError.h"
+#include "utils/AsyncStream.h"
+
+#include <QByteArray>
+#include <QCoroTask>
+#include <QUrl>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <utility>
+#include <vector>
+
+class Clock;
+class NetworkLedger;
+
+struct HttpHeader {
+    QByteArray name;
+    QByteArray value;
+};
+
+struct HttpRequest {
+    QByteArray method = "GET";
+    QUrl url;
+    std::vector<HttpHeader> headers;
+    QByteArray body;
+
+    // Longest silence in either direction, connecting included, before the request fails with TimedOut.
+    std::chrono::milliseconds timeout{60'000};
+
+    // Asked before each redirect hop, after the gate; absent means that every hop the gate lets through is
+    // followed. A refused hop makes the redirect response itself the answer.
+    std::function<bool(const QUrl &from, const QUrl &to)> followsRedirect;
+};
+
+struct HttpResponse {
+    int status = 0;
+    QUrl url;                        // of the last hop
+    std::vector<HttpHeader> headers; // of the last hop, in order
+
+    // Body pieces as they arrive, decoded from any transfer and content encoding. Ends with TransportError
+    // when the connection breaks. Dropping it ends the request. The sender is held back while the consumer
+    // lags, so unread bytes stay bounded.
+    AsyncStream<QByteArray> body;
+
+    // Value of the first header of that name, letter case ignored.
+    [[nodiscard]] std::optional<QByteArray> header(QByteArrayView name) const;
+};
+
+// Requests of one feature that carry one set of private data. Each passes the gate before a socket exists,
+// and every hop leaves a ledger row when it ends. GUI thread.
+//
+// Dropping the last reference ends the requests under way, so a caller keeps the session while it reads.
+class HttpSession {
+public:
+    virtual ~HttpSession() = default;
+
+    // The response of the last hop, once its headers are here. Throws TransportError, or CancelledError once
+    // `stop` is triggered (the request is gone by then).
+    [[nodiscard]] virtual QCoro::Task<HttpResponse> send(HttpRequest request, std::stop_token stop) = 0;
+};
+
+// The rest of a body. Throws TransportError::ResponseTooLarge when it passes `limit` bytes.
+[[nodiscard]] QCoro::Task<QByteArray> readBody(HttpResponse response, qsizetype limit, std::stop_token stop);
+
+// Where requests get their session. The one way to the network.
+class HttpSessionProviding {
+public:
+    virtual ~HttpSessionProviding() = default;
+    [[nodiscard]] virtual std::shared_ptr<HttpSession> session(EgressFeature feature,
+                                                               SensitiveDataSet carrying) = 0;
+};

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+// Seals the texts of stored records. Records hold sealed text only; readable text exists for as long as a
+// caller has opened it. Any thread.
+class FieldSealing {
+public:
+    virtual ~FieldSealing() = default;
+
+    // No value means that nothing is to be stored (locked, or the seal failed): the caller drops the write.
+    [[nodiscard]] virtual std::optional<QString> seal(const QString &text) const = 0;
+
+    // Never fails: a field that cannot be opened reads as the empty text.
+    [[nodiscard]] virtual QString open(const QString &sealed) const = 0;
+};

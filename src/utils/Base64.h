@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <optional>
+
+namespace Base64 {
+
+// Standard alphabet with padding, no line breaks (RFC 4648 section 4). Anything else, a missing or
+// superfluous "=" included, is nothing.
+[[nodiscard]] std::optional<QByteArray> decode(QByteArrayView text);
+
+[[nodiscard]] QByteArray encode(QByteArrayView bytes);
+
+} // namespace Base64

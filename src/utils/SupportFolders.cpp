@@ -1,0 +1,19 @@
+#include "utils/SupportFolders.h"
+
+#include <QStandardPaths>
+
+SupportFolders SupportFolders::standard()
+{
+    using Paths = QStandardPaths;
+    auto runtime = Paths::writableLocation(Paths::RuntimeLocation);
+    if (runtime.isEmpty())
+        runtime = Paths::writableLocation(Paths::GenericCacheLocation);
+    return {Paths::writableLocation(Paths::GenericDataLocation),
+            Paths::writableLocation(Paths::GenericConfigLocation), runtime};
+}
+
+SupportFolders SupportFolders::inProfile(const QString &folder)
+{
+    return {folder + QStringLiteral("/data"), folder + QStringLiteral("/config"),
+            folder + QStringLiteral("/run")};
+}

@@ -1,0 +1,91 @@
+#include "utils/Text.h"
+
+#include <QTextBoundaryFinder>
+
+#include <algorithm>
+
+namespace {
+
+// In ASCII every unit is a character of its own, but for CR LF, which counts as one.
+bool isPlainAscii(QStringView text)
+{
+    return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80 && c != u'\r'; });
+}
+
+// UTF-16 offset of the boundary behind the first `count` characters.
+qsizetype offsetAfter(QStringView text, qsizetype count)
+{
+    if (count <= 0)
+        return 0;
+    if (count >= text.size())
+        return text.size();
+    if (isPlainAscii(text.first(count + 1)))
+        return count;
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
+    for (qsizetype seen = 0; seen < count; ++seen) {
+        if (finder.toNextBoundary() < 0)
+            return text.size();
+    }
+    return finder.position();
+}
+
+template <typename View>
+View withoutOuterBlanks(View text)
+{
+    const auto isBlank = [](auto c) { return c == ' ' || c == '\t'; };
+    qsizetype first = 0;
+    qsizetype last = text.size();
+    while (first < last && isBlank(text[first]))
+        ++first;
+    while (last > first && isBlank(text[last - 1]))
+        --last;
+    return text.sliced(first, last - first);
+}
+
+} // namespace
+
+qsizetype Text::characterCount(QStringView text)
+{
+    if (isPlainAscii(text))
+        return text.size();
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
+    qsizetype count = 0;
+    while (finder.toNextBoundary() >= 0)
+        ++count;
+    return count;
+}
+
+QString Text::prefix(QStringView text, qsizetype count)
+{
+    return text.first(offsetAfter(text, count)).toString();
+}
+
+QString Text::droppingLast(QStringView text, qsizetype count)
+{
+    if (count <= 0)
+        return text.toString();
+    if (isPlainAscii(text))
+        return text.first(std::max<qsizetype>(0, text.size() - count)).toString();
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
+    finder.toEnd();
+    for (qsizetype dropped = 0; dropped < count; ++dropped) {
+        if (finder.toPreviousBoundary() < 0)
+            return {};
+    }
+    return text.first(finder.position()).toString();
+}
+
+QString Text::trimmed(QStringView text)
+{
+    return text.trimmed().toString();
+}
+
+QStringView Text::trimmedBlanks(QStringView text)
+{
+    return withoutOuterBlanks(text);
+}
+
+QByteArrayView Text::trimmedBlanks(QByteArrayView text)
+{
+    return withoutOuterBlanks(text);
+}

@@ -1,0 +1,79 @@
+#include "utils/Base64.h"
+#include "utils/ByteReader.h"
+#include "utils/Hex.h"
+#include "utils/Json.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+TEST(HexTest, DecodesStrictly)
+{
+    const struct {
+        QString text;
+        std::optional<QByteArray> bytes;
+    } rows[] = {
+        {u""_s, QByteArray()},
+        {u"0x"_s, QByteArray()},
+        {u"00fFAb"_s, QByteArray("\x00\xff\xab", 3)},
+        {u"0x0a"_s, QByteArray("\x0a")},
+        {u"abc"_s, std::nullopt},
+        {u"0xabc"_s, std::nullopt},
+        {u"0X0a"_s, std::nullopt},
+        {u"zz"_s, std::nullopt},
+        {u" 0a"_s, std::nullopt},
+        {u"0x0x"_s, std::nullopt},
+        {u"\u0661\u0662"_s, std::nullopt}, // Arabic-Indic digits are digits to Qt
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(Hex::decode(row.text), row.bytes) << row.text.toStdString();
+    EXPECT_EQ(Hex::encode(QByteArray("\x00\xAB", 2)), u"00ab"_s);
+}
+
+TEST(Base64Test, RefusesWhatIsNotStandard)
+{
+    EXPECT_EQ(Base64::decode("QQ=="), QByteArray("A"));
+    EXPECT_EQ(Base64::decode(""), QByteArray());
+    for (const char *bad : {"QQ", "QQ=", "QQ==\n", "Q Q=", "QQ__", "====", "QQ==QQ=="})
+        EXPECT_EQ(Base64::decode(bad), std::nullopt) << bad;
+}
+
+TEST(ByteReaderTest, AReadPastTheEndYieldsNothingAndMovesNothing)
+{
+    const std::array<std::byte, 8> bytes{std::byte{1}, std::byte{2}, std::byte{3}, std::byte{4},
+                                         std::byte{5}, std::byte{6}, std::byte{7}, std::byte{8}};
+    ByteReader reader{bytes};
+    EXPECT_EQ(reader.readUInt16(), 0x0201);
+    EXPECT_EQ(reader.readUInt64(), std::nullopt);
+    EXPECT_EQ(reader.remaining(), 6U);
+    EXPECT_EQ(reader.readUInt32(), 0x06050403U);
+    EXPECT_FALSE(reader.read(3));
+    EXPECT_FALSE(reader.read(static_cast<std::size_t>(-1)));
+    EXPECT_EQ(reader.readUInt8(), 7);
+    EXPECT_EQ(reader.read(1)->size(), 1U);
+    EXPECT_EQ(reader.readUInt8(), std::nullopt);
+}
+
+TEST(JsonTest, ReadersNeverCoerce)
+{
+    const auto object = Json::parseObject(
+        R"({"s":"5","n":5,"f":5.5,"big":9007199254740993,"b":true,"nil":null,"a":[{},1],"o":[{},{}]})");
+    ASSERT_TRUE(object);
+    const auto str = [&](const char *key) { return Json::string(*object, QLatin1StringView(key)); };
+    const auto integer = [&](const char *key) { return Json::integer(*object, QLatin1StringView(key)); };
+    EXPECT_EQ(str("s"), u"5"_s);
+    for (const char *key : {"n", "b", "nil", "a", "missing"})
+        EXPECT_EQ(str(key), std::nullopt) << key;
+    EXPECT_EQ(integer("n"), 5);
+    EXPECT_EQ(integer("big"), 9007199254740993);
+    for (const char *key : {"s", "f", "b", "nil"})
+        EXPECT_EQ(integer(key), std::nullopt) << key;
+    EXPECT_EQ(Json::number(*object, "f"_L1), 5.5);
+    EXPECT_EQ(Json::boolean(*object, "n"_L1), std::nullopt);
+    EXPECT_EQ(Json::objects(*object, "a"_L1), std::nullopt);
+    EXPECT_EQ(Json::objects(*object, "o"_L1)->size(), 2U);
+    for (const char *text : {"", "[]", "{", "{}x", "\"s\"", "{\"a\":\xff}"})
+        EXPECT_FALSE(Json::parseObject(text)) << text;
+}

@@ -1,0 +1,62 @@
+#include "utils/PrivateFile.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+mode_t modeOf(const QString &path)
+{
+    struct stat status {};
+    ::stat(path.toLocal8Bit().constData(), &status);
+    return status.st_mode & 07777;
+}
+
+TEST(PrivateFileTest, WritesOwnerOnlyFilesInNewOwnerOnlyFolders)
+{
+    const QTemporaryDir home;
+    const QString path = home.filePath(u"a/b/file"_s);
+    PrivateFile::write(path, "one");
+    PrivateFile::write(path, "two");
+    EXPECT_EQ(PrivateFile::read(path, 100), QByteArray("two"));
+    EXPECT_EQ(modeOf(path), 0600U);
+    EXPECT_EQ(modeOf(home.filePath(u"a/b"_s)), 0700U);
+    EXPECT_EQ(QDir(home.filePath(u"a/b"_s)).entryList(QDir::Files | QDir::Hidden), QStringList{u"file"_s});
+}
+
+TEST(PrivateFileTest, AFailedWriteLeavesTheFormerFileAndNoNeighbour)
+{
+    const QTemporaryDir home;
+    const QString path = home.filePath(u"file"_s);
+    ASSERT_TRUE(QDir().mkpath(path + u"/in the way"_s)); // a rename over a full folder fails
+    EXPECT_THROW(PrivateFile::write(path, "x"), FileError);
+    EXPECT_EQ(QDir(home.path()).entryList(QDir::Files | QDir::Hidden), QStringList());
+    EXPECT_TRUE(QFileInfo(path).isDir());
+}
+
+TEST(PrivateFileTest, ReadTellsAbsentFromTooLargeFromUnreadable)
+{
+    const QTemporaryDir home;
+    EXPECT_EQ(PrivateFile::read(home.filePath(u"none"_s), 10), std::nullopt);
+    PrivateFile::write(home.filePath(u"big"_s), QByteArray(11, 'x'));
+    const auto statusOf = [](const QString &path) {
+        try {
+            (void)PrivateFile::read(path, 10);
+            return 0;
+        } catch (const FileError &error) {
+            return error.status();
+        }
+    };
+    EXPECT_EQ(statusOf(home.filePath(u"big"_s)), EFBIG);
+    EXPECT_EQ(statusOf(home.path()), EISDIR);
+}
+
+} // namespace

@@ -1,0 +1,44 @@
+#include "utils/Text.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString family = u"\U0001F468\u200D\U0001F469\u200D\U0001F467"_s; // one person-visible character
+const QString accented = u"e\u0301"_s;
+
+TEST(TextTest, CountsWhatAPersonSees)
+{
+    EXPECT_EQ(Text::characterCount(u""), 0);
+    EXPECT_EQ(Text::characterCount(u"plain"), 5);
+    EXPECT_EQ(Text::characterCount(u"a\r\nb"), 3);
+    EXPECT_EQ(Text::characterCount(family), 1);
+    EXPECT_EQ(Text::characterCount(accented + accented), 2);
+    EXPECT_EQ(Text::characterCount(u"\U0001F1E9\U0001F1EA\U0001F1EB\U0001F1F7"_s), 2); // two flags
+}
+
+TEST(TextTest, PrefixAndDroppingNeverSplitACharacter)
+{
+    const QString text = u"a"_s + family + accented + u"z"_s;
+    EXPECT_EQ(Text::prefix(text, 2), u"a"_s + family);
+    EXPECT_EQ(Text::prefix(text, 0), QString());
+    EXPECT_EQ(Text::prefix(text, 99), text);
+    EXPECT_EQ(Text::prefix(u"ae\u0301"_s, 2), u"ae\u0301"_s); // the mark stands behind an ASCII run
+    EXPECT_EQ(Text::droppingLast(text, 1), u"a"_s + family + accented);
+    EXPECT_EQ(Text::droppingLast(text, 3), u"a"_s);
+    EXPECT_EQ(Text::droppingLast(text, 4), QString());
+    EXPECT_EQ(Text::droppingLast(text, 99), QString());
+    EXPECT_EQ(Text::droppingLast(u"abc", 2), u"a"_s);
+    EXPECT_EQ(Text::droppingLast(u"abc", -1), u"abc"_s);
+}
+
+TEST(TextTest, TrimsByItsOwnRules)
+{
+    EXPECT_EQ(Text::trimmed(u" \t\n\u00A0\u2003\u0085x\r\n"), u"x"_s);
+    EXPECT_EQ(Text::trimmedBlanks(QStringView(u" \t\nx \t")), u"\nx");
+    EXPECT_EQ(Text::trimmedBlanks(QByteArrayView(" \t ")), QByteArrayView(""));
+}
+
+} // namespace
