@@ -1,0 +1,1 @@
+#include "persistence/ObjectContext.h"
