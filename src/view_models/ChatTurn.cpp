@@ -6,6 +6,7 @@
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
+#include "utils/Identifier.h"
 #include "view_models/CompanionViewModel.h"
 #include "view_models/ReplyPorts.h"
 #include "view_models/TurnRecorder.h"
@@ -116,7 +117,7 @@ QCoro::Task<AsyncStream<AgentEvent>> ChatViewModel::openReply(QPointer<ChatViewM
     TurnRequest request;
     request.history = turn.history;
     request.rollingSummary = turn.conversation->rollingSummary();
-    request.scopeKey = u"chat:"_s + turn.conversation->id().toString(QUuid::WithoutBraces).toUpper();
+    request.scopeKey = u"chat:"_s + Identifier::text(turn.conversation->id());
     request.carrying =
         TurnHistory::carriedBy(turn.history, turn.conversation->messages(), self->m_services.repository);
     if (turn.isContinuation)

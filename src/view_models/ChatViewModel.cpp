@@ -4,6 +4,7 @@
 #include "models/ImportedDocument.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
+#include "utils/Identifier.h"
 #include "utils/Text.h"
 #include "view_models/ApprovalWords.h"
 #include "view_models/ChatTurn.h"
@@ -18,11 +19,6 @@ namespace {
 const QString continuePrompt = u"Continue your previous answer exactly where it stopped. Do not repeat "
                                u"anything you already wrote, do not "
                                "summarize it, just carry on."_s;
-
-QUuid uuidOf(const QString &text)
-{
-    return QUuid::fromString(text);
-}
 
 } // namespace
 
@@ -66,9 +62,9 @@ QString ChatViewModel::title() const
     return m_conversation ? m_conversation->title() : QString();
 }
 
-QUuid ChatViewModel::conversationId() const
+QString ChatViewModel::conversationId() const
 {
-    return m_conversation ? m_conversation->id() : QUuid();
+    return m_conversation ? Identifier::text(m_conversation->id()) : QString();
 }
 
 QString ChatViewModel::sourceLabel() const
@@ -127,18 +123,18 @@ void ChatViewModel::newConversation()
     setConversation(std::move(conversation));
 }
 
-void ChatViewModel::open(const QUuid &id)
+void ChatViewModel::open(const QString &id)
 {
-    if (m_conversation && m_conversation->id() == id)
+    if (conversationId() == id)
         return;
     stopResponding();
-    if (auto conversation = m_services.repository.find(id))
+    if (auto conversation = m_services.repository.find(QUuid(id)))
         setConversation(std::move(conversation));
 }
 
-void ChatViewModel::remove(const QUuid &id)
+void ChatViewModel::remove(const QString &id)
 {
-    const auto conversation = m_services.repository.find(id);
+    const auto conversation = m_services.repository.find(QUuid(id));
     if (!conversation)
         return;
     const bool wasOpen = conversation == m_conversation;
@@ -155,9 +151,9 @@ void ChatViewModel::remove(const QUuid &id)
     Q_EMIT conversationsChanged();
 }
 
-void ChatViewModel::rename(const QUuid &id, const QString &title)
+void ChatViewModel::rename(const QString &id, const QString &title)
 {
-    const auto conversation = m_services.repository.find(id);
+    const auto conversation = m_services.repository.find(QUuid(id));
     if (!conversation)
         return;
     try {
@@ -248,7 +244,7 @@ void ChatViewModel::continueReply(const QString &messageId)
     const auto &messages = m_messages.messages();
     const auto found =
         std::find_if(messages.begin(), messages.end(),
-                     [id = uuidOf(messageId)](const auto &message) { return message->id() == id; });
+                     [id = QUuid(messageId)](const auto &message) { return message->id() == id; });
     if (m_isResponding || found == messages.end() || !(*found)->hitTokenLimit())
         return;
     const auto message = *found;

@@ -44,7 +44,7 @@ class ChatViewModel : public QObject {
     Q_PROPERTY(ApprovalRequest approval READ approval NOTIFY approvalChanged)
     Q_PROPERTY(QDateTime approvalDeadline READ approvalDeadline NOTIFY approvalChanged)
     Q_PROPERTY(QString title READ title NOTIFY conversationChanged)
-    Q_PROPERTY(QUuid conversationId READ conversationId NOTIFY conversationChanged)
+    Q_PROPERTY(QString conversationId READ conversationId NOTIFY conversationChanged)
     Q_PROPERTY(QString sourceLabel READ sourceLabel NOTIFY sourceChanged)
     Q_PROPERTY(QString sourceNote READ sourceNote NOTIFY sourceChanged)
     Q_PROPERTY(bool isConfigured READ isConfigured NOTIFY sourceChanged)
@@ -82,7 +82,7 @@ public:
     }
     [[nodiscard]] QDateTime approvalDeadline() const { return m_approvals.deadline(); }
     [[nodiscard]] QString title() const;
-    [[nodiscard]] QUuid conversationId() const;
+    [[nodiscard]] QString conversationId() const; // empty for none
     [[nodiscard]] QString sourceLabel() const;
     // One line under the composer that says where the next message goes.
     [[nodiscard]] QString sourceNote() const;
@@ -99,9 +99,9 @@ public:
     // Opens the newest chat if it is still empty, else a new one.
     void openAtStart();
     Q_INVOKABLE void newConversation();
-    Q_INVOKABLE void open(const QUuid &id);
-    Q_INVOKABLE void remove(const QUuid &id);
-    Q_INVOKABLE void rename(const QUuid &id, const QString &title);
+    Q_INVOKABLE void open(const QString &id);
+    Q_INVOKABLE void remove(const QString &id);
+    Q_INVOKABLE void rename(const QString &id, const QString &title);
 
     // Sends the draft and the pending attachment; nothing unless canSend().
     Q_INVOKABLE void send();

@@ -3,6 +3,7 @@
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
 #include "utils/Clock.h"
+#include "utils/Identifier.h"
 
 #include <QLocale>
 
@@ -53,7 +54,7 @@ QVariant ConversationListModel::data(const QModelIndex &index, int role) const
     const Row &row = m_rows[static_cast<std::size_t>(index.row())];
     switch (role) {
     case ConversationIdRole:
-        return row.id;
+        return Identifier::text(row.id);
     case TitleRole:
         return row.title;
     case SectionRole:

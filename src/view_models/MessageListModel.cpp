@@ -3,6 +3,7 @@
 #include "attestation/ProofLedger.h"
 #include "models/ChatMessage.h"
 #include "utils/Clock.h"
+#include "utils/Identifier.h"
 
 #include <algorithm>
 
@@ -85,7 +86,7 @@ QVariant MessageListModel::data(const QModelIndex &index, int role) const
     const ChatMessage &message = *m_messages[static_cast<std::size_t>(index.row())];
     switch (role) {
     case MessageIdRole:
-        return message.id().toString(QUuid::WithoutBraces).toUpper();
+        return Identifier::text(message.id());
     case IsUserRole:
         return message.role() == MessageRole::User;
     case TextRole:

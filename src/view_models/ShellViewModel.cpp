@@ -6,6 +6,8 @@
 #include <QClipboard>
 #include <QGuiApplication>
 
+#include <utility>
+
 ShellViewModel::ShellViewModel(SettingsStore &settings, QString startupError, QString startupSuggestion,
                                QObject *parent)
     : QObject(parent)
@@ -104,6 +106,21 @@ bool ShellViewModel::isSidebarOpen() const
 void ShellViewModel::setSidebarOpen(bool open)
 {
     m_settings.setChatHistoryOpen(open);
+}
+
+void ShellViewModel::ask(const QString &title, const QString &text, const QStringList &buttons,
+                         std::function<void(int)> answered)
+{
+    m_question = {title, text, buttons, std::move(answered)};
+    Q_EMIT questionChanged();
+}
+
+void ShellViewModel::answerQuestion(int button)
+{
+    const Question question = std::exchange(m_question, {});
+    Q_EMIT questionChanged();
+    if (question.answered)
+        question.answered(button);
 }
 
 void ShellViewModel::copy(const QString &text) const
