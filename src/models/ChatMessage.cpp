@@ -1,6 +1,7 @@
 #include "models/ChatMessage.h"
 
 #include "models/Conversation.h"
+#include "models/ImportedDocument.h"
 #include "models/RecordContext.h"
 
 namespace {
@@ -58,4 +59,11 @@ std::shared_ptr<Conversation> ChatMessage::conversation() const
     if (!context() || !m_columns.conversation)
         return nullptr;
     return context()->conversation(*m_columns.conversation);
+}
+
+std::shared_ptr<ImportedDocument> ChatMessage::document() const
+{
+    if (!context() || !m_columns.attachmentID)
+        return nullptr;
+    return context()->document(*m_columns.attachmentID);
 }

@@ -8,6 +8,7 @@
 #include <QStringList>
 
 class Conversation;
+class ImportedDocument;
 
 // One message of a chat. Texts are sealed; each read opens them anew, so a view keeps what it opened.
 class ChatMessage final : public Record {
@@ -106,6 +107,8 @@ public:
 
     // The owning conversation, looked up in the context; null outside one.
     [[nodiscard]] std::shared_ptr<Conversation> conversation() const;
+    // The record of the attached file, looked up the same way.
+    [[nodiscard]] std::shared_ptr<ImportedDocument> document() const;
     [[nodiscard]] const std::optional<QUuid> &conversationID() const { return m_columns.conversation; }
     void setConversationID(const std::optional<QUuid> &id) { assign(m_columns.conversation, id); }
 

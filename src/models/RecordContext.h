@@ -8,6 +8,7 @@
 
 class ChatMessage;
 class Conversation;
+class ImportedDocument;
 class Record;
 
 // What a record asks of the object context that holds it. A context outlives no record's use of it: it takes
@@ -27,7 +28,9 @@ public:
     // Answers without loading a message. An unreadable store counts as having some.
     [[nodiscard]] virtual bool hasMessages(const Conversation &conversation) = 0;
 
+    // Null when there is none and when the store cannot be read.
     [[nodiscard]] virtual std::shared_ptr<Conversation> conversation(const QUuid &id) = 0;
+    [[nodiscard]] virtual std::shared_ptr<ImportedDocument> document(const QUuid &id) = 0;
 
 protected:
     ~RecordContext() = default;

@@ -6,7 +6,6 @@
 #include "utils/Clock.h"
 
 #include <chrono>
-#include <set>
 
 class SettingsRepository;
 
@@ -39,7 +38,7 @@ public:
     [[nodiscard]] std::shared_ptr<Conversation> find(const QUuid &id) const;
     [[nodiscard]] std::shared_ptr<ImportedDocument> findDocument(const QUuid &id) const;
 
-    // Inserted and saved, untitled.
+    // Inserted and saved, untitled. When it can't be saved there is none.
     std::shared_ptr<Conversation> create();
 
     // A message for add(), with its texts sealed under the context's key.
@@ -69,6 +68,7 @@ public:
     void deleteAll();
 
 private:
+    [[nodiscard]] FetchRequest listed(std::int64_t offset, std::int64_t count) const;
     [[nodiscard]] Conversations fetch(const FetchRequest &request) const;
 
     ObjectContext &m_context;

@@ -4,8 +4,8 @@
 #include "persistence/Database.h"
 #include "persistence/RecordTables.h"
 
-#include <map>
 #include <set>
+#include <unordered_map>
 
 // Which records, in which order, how many. `where` and `order` are SQL over the table's columns, always
 // literals; values stand in `values` and are bound to the question marks.
@@ -39,6 +39,9 @@ public:
     // Removing a conversation removes its messages. The objects stay readable.
     void remove(Record &record);
 
+    // Takes back an insertion that was never saved. The object stays readable.
+    void withdraw(Record &record);
+
     // Removes every record of a type without loading one.
     template <typename R>
     void removeAll()
@@ -64,12 +67,26 @@ public:
 private:
     using Identity = std::pair<RecordKind, QUuid>;
 
+    struct IdentityHash {
+        std::size_t operator()(const Identity &identity) const
+        {
+            return qHash(identity.second, static_cast<std::size_t>(identity.first));
+        }
+    };
+
+    struct Entry {
+        Record *record = nullptr;
+        bool isUnsaved = false; // in m_unsaved
+        bool isWritten = false; // the open transaction has its present values
+    };
+
     void recordChanged(Record &record) override;
     void recordReleased(const Record &record) override;
     [[nodiscard]] std::optional<std::vector<std::shared_ptr<ChatMessage>>>
     messagesOf(const Conversation &conversation) override;
     [[nodiscard]] bool hasMessages(const Conversation &conversation) override;
     [[nodiscard]] std::shared_ptr<Conversation> conversation(const QUuid &id) override;
+    [[nodiscard]] std::shared_ptr<ImportedDocument> document(const QUuid &id) override;
 
     template <typename R>
     [[nodiscard]] std::shared_ptr<R> known(const QUuid &id) const;
@@ -80,14 +97,17 @@ private:
     void letGo(Record &record);
     void flush();
     void begin();
+    void writeRemovals();
+    void writeChanges();
+    template <typename R>
+    void write(Statement &upsert, const Record &record);
     void rollBack() noexcept;
 
     Database m_database;
     std::shared_ptr<const FieldSealing> m_sealing;
-    std::map<Identity, Record *> m_live;            // every object handed out or inserted that still lives
-    std::vector<std::shared_ptr<Record>> m_unsaved; // since the last save, oldest change first
-    std::set<const Record *> m_unwritten;           // the unsaved ones that the transaction lacks
-    std::vector<Identity> m_removed;                // since the last save
-    std::set<RecordKind> m_emptied;                 // since the last save
-    bool m_removalsWritten = false;                 // the transaction has m_removed and m_emptied
+    std::unordered_map<Identity, Entry, IdentityHash> m_live; // every object that was handed out and is held
+    std::vector<std::shared_ptr<Record>> m_unsaved;           // in the order in which they first changed
+    std::vector<Identity> m_removed;                          // since the last save
+    std::set<RecordKind> m_emptied;                           // since the last save; before m_removed
+    bool m_removalsAreWritten = true;
 };

@@ -4,8 +4,8 @@
 #include "models/ImportedDocument.h"
 #include "persistence/Statement.h"
 
-// How each record type stands in its table. `columns` names every column in the order in which `read` takes
-// and `bind` gives them; the id is the first.
+// How each record type stands in its table. `columns` names every column in the order in which `bind` gives
+// them and `read` takes them; the id is the first, and is read before.
 template <typename R>
 struct RecordTable;
 
@@ -15,7 +15,7 @@ struct RecordTable<Conversation> {
     static constexpr QByteArrayView name{"Conversation"};
     static constexpr QByteArrayView columns{
         "id,sealedTitle,createdAt,updatedAt,sealedRollingSummary,personaPreset,spaceRaw"};
-    [[nodiscard]] static Conversation::Columns read(Statement &row);
+    [[nodiscard]] static Conversation::Columns read(const QUuid &id, Statement &row);
     static void bind(Statement &statement, const Conversation::Columns &columns);
 };
 
@@ -26,7 +26,7 @@ struct RecordTable<ChatMessage> {
     static constexpr QByteArrayView columns{
         "id,roleRaw,sealedContent,createdAt,statusRaw,sealedErrorMessage,attachmentID,sealedAttachmentName,"
         "sealedToolSummary,sourceDomains,hitTokenLimit,placeRaw,conversation"};
-    [[nodiscard]] static ChatMessage::Columns read(Statement &row);
+    [[nodiscard]] static ChatMessage::Columns read(const QUuid &id, Statement &row);
     static void bind(Statement &statement, const ChatMessage::Columns &columns);
 };
 
@@ -36,6 +36,6 @@ struct RecordTable<ImportedDocument> {
     static constexpr QByteArrayView name{"ImportedDocument"};
     static constexpr QByteArrayView columns{
         "id,sealedFilename,fileExtension,fileSizeBytes,extractedCharacterCount,wasTruncated,importedAt"};
-    [[nodiscard]] static ImportedDocument::Columns read(Statement &row);
+    [[nodiscard]] static ImportedDocument::Columns read(const QUuid &id, Statement &row);
     static void bind(Statement &statement, const ImportedDocument::Columns &columns);
 };

@@ -80,7 +80,6 @@ private:
     template <typename T>
     void assign(Setting<T> &setting, const T &value, Signal changed)
     {
-        Q_ASSERT(QThread::currentThread() == thread());
         if (setting.value == value)
             return;
         setting.value = value;
@@ -90,8 +89,8 @@ private:
     template <typename T>
     void change(Setting<T> &setting, const T &value, Signal changed)
     {
-        if (setting.value != value)
-            SettingCoding<T>::write(m_repository, setting.key, value);
+        Q_ASSERT(QThread::currentThread() == thread());
+        SettingCoding<T>::write(m_repository, setting.key, value);
         assign(setting, value, changed);
     }
 
