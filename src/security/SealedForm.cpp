@@ -2,23 +2,11 @@
 
 #include "utils/Base64.h"
 #include "utils/SealedBox.h"
-
-#include <QStringDecoder>
+#include "utils/Text.h"
 
 namespace {
 
 constexpr QStringView fieldMarker = u"\u0001KVT1:";
-
-std::optional<QString> strictUtf8(QByteArrayView bytes)
-{
-    // A leading U+FEFF is part of what was sealed.
-    QStringDecoder decoder(QStringDecoder::Utf8,
-                           QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
-    QString text = decoder(bytes);
-    if (decoder.hasError())
-        return std::nullopt;
-    return text;
-}
 
 } // namespace
 
@@ -47,7 +35,7 @@ std::optional<QString> SealedForm::openField(const QString &field, const SecretB
     auto plain = SealedBox::open(*box, key);
     if (!plain)
         return std::nullopt;
-    auto text = strictUtf8(*plain);
+    auto text = Text::fromUtf8(*plain);
     wipe(*plain);
     return text;
 }
