@@ -1,7 +1,9 @@
 #pragma once
 
+#include "ai/agent/AgentEvent.h"
 #include "ai/routing/AIRequestRouter.h"
 #include "documents/ImportedAttachment.h"
+#include "models/MessageStatus.h"
 #include "utils/TaskHandle.h"
 #include "view_models/ApprovalDesk.h"
 #include "view_models/ErrorBanner.h"
@@ -21,12 +23,10 @@ class Clock;
 class CompanionViewModel;
 class Conversation;
 class ConversationRepository;
-class ProofLedger;
 class ReplyNotifying;
 class ReplyRunning;
 class SettingsStore;
 class SpeechOutputting;
-class TurnRecorder;
 
 // Controller of the chat screen: the open conversation, the composer's draft and the one turn in progress.
 // GUI thread.
@@ -44,7 +44,7 @@ class ChatViewModel : public QObject {
     Q_PROPERTY(ApprovalRequest approval READ approval NOTIFY approvalChanged)
     Q_PROPERTY(QDateTime approvalDeadline READ approvalDeadline NOTIFY approvalChanged)
     Q_PROPERTY(QString title READ title NOTIFY conversationChanged)
-    Q_PROPERTY(QString conversationId READ conversationIdText NOTIFY conversationChanged)
+    Q_PROPERTY(QString conversationId READ conversationId NOTIFY conversationChanged)
     Q_PROPERTY(QString sourceLabel READ sourceLabel NOTIFY sourceChanged)
     Q_PROPERTY(QString sourceNote READ sourceNote NOTIFY sourceChanged)
     Q_PROPERTY(bool isConfigured READ isConfigured NOTIFY sourceChanged)
@@ -61,6 +61,8 @@ public:
         Clock &clock;
         SpeechOutputting *speech = nullptr;      // absent: nothing is read aloud
         ReplyNotifying *notifications = nullptr; // absent: nothing is posted
+        // Whether a web search goes out with the person's own key; absent: it does not.
+        std::function<bool()> searchesWithOwnKey = {};
     };
 
     explicit ChatViewModel(Services services, QObject *parent = nullptr);
@@ -80,7 +82,7 @@ public:
     }
     [[nodiscard]] QDateTime approvalDeadline() const { return m_approvals.deadline(); }
     [[nodiscard]] QString title() const;
-    [[nodiscard]] QString conversationIdText() const;
+    [[nodiscard]] QString conversationId() const; // empty for none
     [[nodiscard]] QString sourceLabel() const;
     // One line under the composer that says where the next message goes.
     [[nodiscard]] QString sourceNote() const;
@@ -97,9 +99,9 @@ public:
     // Opens the newest chat if it is still empty, else a new one.
     void openAtStart();
     Q_INVOKABLE void newConversation();
-    Q_INVOKABLE void open(const QUuid &id);
-    Q_INVOKABLE void remove(const QUuid &id);
-    Q_INVOKABLE void rename(const QUuid &id, const QString &title);
+    Q_INVOKABLE void open(const QString &id);
+    Q_INVOKABLE void remove(const QString &id);
+    Q_INVOKABLE void rename(const QString &id, const QString &title);
 
     // Sends the draft and the pending attachment; nothing unless canSend().
     Q_INVOKABLE void send();
@@ -115,7 +117,7 @@ public:
     void setPendingAttachment(std::optional<ImportedAttachment> attachment);
 
     // The tool registry's approval hook: suspends until the user answers or the time is up.
-    [[nodiscard]] QCoro::Task<ApprovalAnswer> requestApproval(AIToolCall call, AITool tool,
+    [[nodiscard]] QCoro::Task<ApprovalAnswer> requestApproval(QString verb, AIToolCall call,
                                                               bool offersChatWideYes);
     void resolveApproval(ApprovalAnswer answer) { m_approvals.resolve(answer); }
 
@@ -139,12 +141,32 @@ private:
     struct Turn;
 
     static QCoro::Task<> runTurn(QPointer<ChatViewModel> self, Turn turn, std::stop_token stop);
+    static QCoro::Task<> streamReply(QPointer<ChatViewModel> self, Turn turn, std::stop_token stop);
+    static QCoro::Task<AsyncStream<AgentEvent>> openReply(QPointer<ChatViewModel> self, Turn turn,
+                                                          std::stop_token stop);
 
+    static QCoro::Task<> speakReply(QPointer<ChatViewModel> self, QString text, std::optional<QString> voice,
+                                    double rate, bool speakCodeBlocks, std::stop_token stop);
+
+    void startTurn(Turn turn);
+    void beginTurn(Turn &turn);
+    void completeTurn(const Turn &turn);
+    void cancelTurn(const Turn &turn);
+    void failTurn(const Turn &turn, const std::exception_ptr &error);
+    void endTurn(const Turn &turn);
+    void deliver(const Turn &turn);
+    void notifyDelivered(const Turn &turn);
+    void recordPlace(const Turn &turn);
+
+    std::shared_ptr<ChatMessage> addMessage(MessageRole role, const QString &text, MessageStatus status,
+                                            const ImportedAttachment *attachment = nullptr);
+    void addDocument(const ImportedAttachment &attachment);
     void setConversation(std::shared_ptr<Conversation> conversation);
     void refreshMessages();
     void save();
     void setResponding(bool responding);
     void setBanner(std::optional<ErrorBanner> banner);
+    [[nodiscard]] bool isCurrent(const Turn &turn) const;
 
     Services m_services;
     MessageListModel m_messages;
@@ -157,6 +179,8 @@ private:
     bool m_isWindowInFront = true;
     TaskHandle m_responseTask;
     TaskHandle m_speechTask;
+    std::uint64_t m_latestTurn = 0; // a stopped turn ends after the next one may have begun
     int m_turnsInFlight = 0;
     std::map<QUuid, QUuid> m_attestationRows;
+    std::optional<ProofLedger::Attestation> m_lastAttestation; // of the answer before
 };

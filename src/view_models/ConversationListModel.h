@@ -20,7 +20,7 @@ class ConversationListModel : public QAbstractListModel {
 
 public:
     enum Role {
-        ConversationIdRole = Qt::UserRole + 1, // QUuid, for ChatViewModel::open
+        ConversationIdRole = Qt::UserRole + 1, // text, for ChatViewModel::open
         TitleRole,                             // one line
         SectionRole,                           // "Today", "Yesterday", "Last 7 Days" or a month
     };

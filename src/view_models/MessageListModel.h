@@ -52,6 +52,9 @@ public:
     void setMessages(std::vector<std::shared_ptr<ChatMessage>> messages);
     [[nodiscard]] const std::vector<std::shared_ptr<ChatMessage>> &messages() const { return m_messages; }
 
+    // The message's readable text, opened at most once for each change.
+    [[nodiscard]] QString textOf(const ChatMessage &message) const;
+
     // The message's record changed: only its row is told.
     void messageChanged(const QUuid &id);
 

@@ -2,7 +2,10 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QtQml/qqmlregistration.h>
+
+#include <functional>
 
 class SettingsStore;
 
@@ -22,6 +25,10 @@ class ShellViewModel : public QObject {
     Q_PROPERTY(bool sidebarOpen READ isSidebarOpen WRITE setSidebarOpen NOTIFY sidebarOpenChanged)
     Q_PROPERTY(QString startupError READ startupError CONSTANT)           // empty for none
     Q_PROPERTY(QString startupSuggestion READ startupSuggestion CONSTANT) // empty for none
+    // A question that the person has to answer before the application goes on; no title for none.
+    Q_PROPERTY(QString questionTitle READ questionTitle NOTIFY questionChanged)
+    Q_PROPERTY(QString questionText READ questionText NOTIFY questionChanged)
+    Q_PROPERTY(QStringList questionButtons READ questionButtons NOTIFY questionChanged)
 
 public:
     ShellViewModel(SettingsStore &settings, QString startupError, QString startupSuggestion,
@@ -44,6 +51,16 @@ public:
     [[nodiscard]] const QString &startupError() const { return m_startupError; }
     [[nodiscard]] const QString &startupSuggestion() const { return m_startupSuggestion; }
 
+    [[nodiscard]] const QString &questionTitle() const { return m_question.title; }
+    [[nodiscard]] const QString &questionText() const { return m_question.text; }
+    [[nodiscard]] const QStringList &questionButtons() const { return m_question.buttons; }
+
+    // Shows a question in place of any former one, which stays unanswered. `answered` gets the index of the
+    // button, or -1 when the question was closed.
+    void ask(const QString &title, const QString &text, const QStringList &buttons,
+             std::function<void(int)> answered);
+    Q_INVOKABLE void answerQuestion(int button);
+
     // Puts plain text on the clipboard.
     Q_INVOKABLE void copy(const QString &text) const;
 
@@ -52,6 +69,7 @@ Q_SIGNALS:
     void reduceAnimationChanged();
     void textScaleChanged();
     void sidebarOpenChanged();
+    void questionChanged();
     void settingsRequested(); // something outside the window asks for the settings page
 
 private:
@@ -59,4 +77,11 @@ private:
     bool m_systemDark = false;
     QString m_startupError;
     QString m_startupSuggestion;
+    struct Question {
+        QString title;
+        QString text;
+        QStringList buttons;
+        std::function<void(int)> answered;
+    };
+    Question m_question;
 };

@@ -18,9 +18,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr double turnTimeout = 120.0; // seconds
-constexpr int smallestLocalOutput = 4096;
-
-const QString apiKeyAccount = u"ai-provider-api-key"_s;
+constexpr std::int64_t smallestLocalOutput = 4096;
 
 QString identityPrompt()
 {
@@ -74,6 +72,11 @@ AIRequestRouter::AIRequestRouter(SettingsStore &settings, KeychainServicing &key
     , m_provider(std::move(provider))
 {}
 
+QString AIRequestRouter::apiKeyAccount()
+{
+    return u"ai-provider-api-key"_s;
+}
+
 ChatSource AIRequestRouter::chatSource() const
 {
     return ChatSource::of(m_settings.baseURLString(), m_settings.model());
@@ -83,7 +86,7 @@ AIConfiguration AIRequestRouter::settingsConfiguration() const
 {
     AIConfiguration configuration;
     configuration.baseURLString = m_settings.baseURLString();
-    configuration.apiKey = m_keychain.read(apiKeyAccount);
+    configuration.apiKey = m_keychain.read(apiKeyAccount());
     configuration.model = m_settings.model();
     configuration.temperature = m_settings.temperature();
     configuration.maxOutputTokens = m_settings.maxOutputTokens();
@@ -167,9 +170,9 @@ QCoro::Task<QString> AIRequestRouter::testConnection(AIConfiguration configurati
     return m_provider->testConnection(std::move(configuration), std::move(stop));
 }
 
-int AIRequestRouter::outputBudget() const
+std::int64_t AIRequestRouter::outputBudget() const
 {
-    const int limit = m_settings.maxOutputTokens();
-    return staysNear(m_settings.baseURLString()) ? std::max(limit * 4, 8192)
-                                                 : std::clamp(limit * 2, 2048, 4096);
+    const std::int64_t limit = m_settings.maxOutputTokens();
+    return staysNear(m_settings.baseURLString()) ? std::max<std::int64_t>(limit * 4, 8192)
+                                                 : std::clamp<std::int64_t>(limit * 2, 2048, 4096);
 }

@@ -23,8 +23,8 @@ struct TurnRequest {
     SensitiveDataSet carrying;
     std::optional<QString> visionModel; // takes the place of the configured model
     std::optional<QString> toolsModel;
-    std::optional<int> outputBudget; // of a continuation
-    bool memoryAllowed = true;       // a Ghost chat keeps no notes
+    std::optional<std::int64_t> outputBudget; // of a continuation
+    bool memoryAllowed = true;                // a Ghost chat keeps no notes
 };
 
 // What a turn goes on with.
@@ -40,6 +40,9 @@ class AIRequestRouter {
 public:
     AIRequestRouter(SettingsStore &settings, KeychainServicing &keychain, ProofLedger &proofs, Clock &clock,
                     std::shared_ptr<AIConnectionTesting> provider);
+
+    // Where the keychain holds the key of the person's service.
+    [[nodiscard]] static QString apiKeyAccount();
 
     // Takes the place of every provider choice, for tests.
     void injectProvider(std::shared_ptr<AIProvider> provider) { m_injectedProvider = std::move(provider); }
@@ -74,7 +77,7 @@ public:
     [[nodiscard]] QCoro::Task<QString> testConnection(AIConfiguration configuration, std::stop_token stop);
 
     // The token budget of a continued reply.
-    [[nodiscard]] int outputBudget() const;
+    [[nodiscard]] std::int64_t outputBudget() const;
 
 private:
     SettingsStore &m_settings;

@@ -8,7 +8,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int fewestMessages = 4;
+constexpr std::int64_t fewestMessages = 4;
 constexpr qsizetype longestQuote = 140;
 
 // One line of at most `longestQuote` characters.
@@ -22,13 +22,13 @@ QString quoted(QString text)
 AIMessage asMessage(const ContextBuilder::HistoryItem &item)
 {
     const auto role =
-        item.role == MessageRole::assistant ? AIMessage::Role::assistant : AIMessage::Role::user;
+        item.role == MessageRole::Assistant ? AIMessage::Role::assistant : AIMessage::Role::user;
     return {.role = role, .content = item.content, .imageDataURLs = item.images};
 }
 
 } // namespace
 
-std::vector<AIMessage> ContextBuilder::build(const std::vector<HistoryItem> &items, int maxMessages,
+std::vector<AIMessage> ContextBuilder::build(const std::vector<HistoryItem> &items, std::int64_t maxMessages,
                                              const QString &systemPrompt,
                                              const std::optional<QString> &rollingSummary)
 {
@@ -56,12 +56,12 @@ QString ContextBuilder::digest(const std::vector<HistoryItem> &dropped)
         return u"No earlier context."_s;
     QStringList sentences;
     const auto opening = std::find_if(dropped.begin(), dropped.end(),
-                                      [](const HistoryItem &item) { return item.role == MessageRole::user; });
+                                      [](const HistoryItem &item) { return item.role == MessageRole::User; });
     if (opening != dropped.end())
         sentences += u"The conversation began with the user asking: “"_s + quoted(opening->content) + u"”"_s;
     if (dropped.size() > 1) {
         const HistoryItem &last = dropped.back();
-        const QString role = last.role == MessageRole::assistant ? u"assistant"_s : u"user"_s;
+        const QString role = last.role == MessageRole::Assistant ? u"assistant"_s : u"user"_s;
         sentences += u"The most recent omitted turn was the "_s + role + u" saying: “"_s +
                      quoted(last.content) + u"”"_s;
     }

@@ -14,7 +14,7 @@
 namespace ContextBuilder {
 
 struct HistoryItem {
-    MessageRole role = MessageRole::user;
+    MessageRole role = MessageRole::User;
     QString content;
     QStringList images; // data URLs
 
@@ -22,7 +22,7 @@ struct HistoryItem {
 };
 
 // The system prompt, a note about dropped items if there are any, and the last max(`maxMessages`, 4) items.
-[[nodiscard]] std::vector<AIMessage> build(const std::vector<HistoryItem> &items, int maxMessages,
+[[nodiscard]] std::vector<AIMessage> build(const std::vector<HistoryItem> &items, std::int64_t maxMessages,
                                            const QString &systemPrompt,
                                            const std::optional<QString> &rollingSummary);
 
