@@ -5,6 +5,7 @@
 #include "support/Await.h"
 #include "support/FakeHttpSession.h"
 #include "support/LogCapture.h"
+#include "support/ProcessMemory.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -307,6 +308,23 @@ TEST_F(OpenAICompatibleProviderTest, EndsWhatIsBeyondItsBounds)
     network.fake->answer(endless);
     EXPECT_EQ(readReply(ask()).error, ProviderError(Plain::malformedResponse));
     EXPECT_EQ(network.fake->openRequests(), 0);
+}
+
+TEST_F(OpenAICompatibleProviderTest, TheCostliestLineStaysAffordable)
+{
+    if (ProcessMemory::isInstrumented())
+        GTEST_SKIP() << "the sanitizer keeps freed memory";
+    for (const char *list : {R"({"choices":[)", R"({"choices":[{"delta":{"tool_calls":[)"}) {
+        for (const char *element : {"[0],", "{\"\":0},", "{},"}) {
+            QByteArray line = "data: " + QByteArray(list);
+            line.reserve(OpenAICompatibleProvider::longestLine);
+            while (line.size() < OpenAICompatibleProvider::longestLine - 32)
+                line += element;
+            line.chop(1);
+            line += line.contains("delta") ? "]}}]}\n" : "]}\n";
+            EXPECT_LT(ProcessMemory::peakMebibytes([&] { replyTo(line); }), 120) << list << element;
+        }
+    }
 }
 
 TEST_F(OpenAICompatibleProviderTest, DroppingTheStreamEndsTheRequest)
