@@ -109,9 +109,9 @@ TEST_F(UserDefaultsTest, AFolderThatCannotBeWrittenLosesNoRead)
 TEST(SettingsValueCodingTest, WhatIsNoValueReadsAsAbsent)
 {
     for (const auto &text :
-         {u""_s, u"5"_s, u"true"_s, u"int:"_s, u"int:5.0"_s, u"int: 5"_s, u"int:9223372036854775808"_s,
-          u"bool:1"_s, u"bool:TRUE"_s, u"real:nan"_s, u"real:inf"_s, u"real:x"_s, u"data:a"_s, u"list:{}"_s,
-          u"list:[1]"_s, u"list:[\"a\""_s, u"Int:5"_s, u"date:5"_s})
+         {u""_s, u"5"_s, u"true"_s, u"int:"_s, u"int:5.0"_s, u"int:9223372036854775808"_s, u"bool:1"_s,
+          u"bool:TRUE"_s, u"real:nan"_s, u"real:inf"_s, u"real:x"_s, u"data:a"_s, u"list:{}"_s, u"list:[1]"_s,
+          u"list:[\"a\""_s, u"Int:5"_s, u"date:5"_s})
         EXPECT_EQ(SettingsValueCoding::decode(text), std::nullopt) << text.toStdString();
 }
 
