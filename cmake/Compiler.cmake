@@ -3,7 +3,7 @@
 add_library(morvane_options INTERFACE)
 
 target_compile_options(morvane_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wshadow=local -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wall -Wextra -Wpedantic $<IF:$<CXX_COMPILER_ID:GNU>,-Wshadow=local,-Wshadow> -Wnon-virtual-dtor -Woverloaded-virtual
     -Wno-missing-field-initializers # designated initialisers leave members at their defaults
     -Werror)
 

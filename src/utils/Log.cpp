@@ -40,9 +40,10 @@ struct Specifier {
     bool hidesValue;
 };
 
-constexpr std::array<Specifier, 4> specifiers{{
+constexpr std::array<Specifier, 5> specifiers{{
     {QLatin1StringView("%{public}s"), false},
     {QLatin1StringView("%s"), true},
+    {QLatin1StringView("%d"), false},
     {QLatin1StringView("%ld"), false},
     {QLatin1StringView("%{bool}d"), false},
 }};

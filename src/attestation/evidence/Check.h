@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QLatin1StringView>
+
+// One step of a verification: what it claims, and the code that throws unless the claim holds. A verifier is
+// a row of checks in their binding order, so a program that explains a proof shows the very steps that run.
+template <typename... Evidence>
+struct Check {
+    QLatin1StringView claim;
+    void (*require)(Evidence...);
+};

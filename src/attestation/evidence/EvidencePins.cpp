@@ -1,0 +1,10 @@
+#include "attestation/evidence/EvidencePins.h"
+
+#include "deployment/DeploymentValues.h"
+
+EvidencePins EvidencePins::ofThisBuild()
+{
+    return {.intelRootSHA256 = QString(DeploymentValues::intelRootSHA256),
+            .quotingEnclaveSigner = QString(DeploymentValues::quotingEnclaveSigner),
+            .nvidiaRootSHA256 = QString(DeploymentValues::nvidiaRootSHA256)};
+}
