@@ -94,7 +94,7 @@ TEST_F(UserDefaultsTest, ABrokenFileIsSetAsideAndNothingOfItIsLost)
     EXPECT_TRUE(UserDefaultsSettingsRepository(path).boolean(u"b"_s).value_or(false));
     EXPECT_EQ(PrivateFile::read(path + u".unreadable-1"_s, 1000), broken);
     EXPECT_EQ(log.lines(), QStringList{u"persistence: The settings file could not be read; kept it as "
-                                       "settings.ini.unreadable-1"_s});
+                                       "domain.name.ini.unreadable-1"_s});
 }
 
 TEST_F(UserDefaultsTest, AFolderThatCannotBeWrittenLosesNoRead)
