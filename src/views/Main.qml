@@ -118,6 +118,11 @@ T.ApplicationWindow {
         }
     }
     Loader {
+        active: window.shell.questionTitle.length > 0
+        anchors.fill: parent
+        sourceComponent: QuestionPanel { shell: window.shell }
+    }
+    Loader {
         id: settings
 
         active: false
