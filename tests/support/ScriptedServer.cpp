@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 #include <QMetaObject>
 
+#include <algorithm>
 #include <array>
 
 #include <netinet/in.h>
@@ -70,14 +71,15 @@ std::optional<ScriptedServer::Request> ScriptedServer::Connection::readRequest()
 bool ScriptedServer::Connection::send(QByteArrayView bytes)
 {
     while (!bytes.isEmpty()) {
+        m_server.m_sent += bytes.size(); // before the peer can have it
         const ssize_t count =
             ::send(m_descriptor, bytes.data(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL);
+        m_server.m_sent -= bytes.size() - std::max<ssize_t>(count, 0);
         if (count <= 0) {
             ++m_server.m_closedByPeer;
             wakeTest();
             return false;
         }
-        m_server.m_sent += count;
         bytes = bytes.sliced(count);
     }
     wakeTest();
