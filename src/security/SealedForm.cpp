@@ -29,7 +29,7 @@ std::optional<QString> SealedForm::openField(const QString &field, const SecretB
 {
     if (!isSealedField(field))
         return std::nullopt;
-    const auto box = Base64::decode(QStringView(field).sliced(fieldMarker.size()).toLatin1());
+    const auto box = Base64::decode(QStringView(field).sliced(fieldMarker.size()));
     if (!box)
         return std::nullopt;
     auto plain = SealedBox::open(*box, key);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QStringView>
 
 #include <optional>
 
@@ -9,6 +10,7 @@ namespace Base64 {
 // Standard alphabet with padding, no line breaks (RFC 4648 section 4). Anything else, a missing or
 // superfluous "=" included, is nothing.
 [[nodiscard]] std::optional<QByteArray> decode(QByteArrayView text);
+[[nodiscard]] std::optional<QByteArray> decode(QStringView text);
 
 [[nodiscard]] QByteArray encode(QByteArrayView bytes);
 
