@@ -18,11 +18,11 @@ bool SealedForm::isSealedField(QStringView text)
 QString SealedForm::sealField(const QString &text, const SecretBytes &key)
 {
     QByteArray plain = text.toUtf8();
-    const QByteArray body = Base64::encode(SealedBox::seal(plain, key));
+    const QByteArray box = SealedBox::seal(plain, key);
     wipe(plain);
-    QString field;
-    field.reserve(fieldMarker.size() + body.size());
-    return field.append(fieldMarker).append(QLatin1StringView(body));
+    QString field = fieldMarker.toString();
+    Base64::append(field, box);
+    return field;
 }
 
 std::optional<QString> SealedForm::openField(const QString &field, const SecretBytes &key)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QString>
 #include <QStringView>
 
 #include <optional>
@@ -13,5 +14,8 @@ namespace Base64 {
 [[nodiscard]] std::optional<QByteArray> decode(QStringView text);
 
 [[nodiscard]] QByteArray encode(QByteArrayView bytes);
+
+// The same, behind what stands in `text`.
+void append(QString &text, QByteArrayView bytes);
 
 } // namespace Base64
