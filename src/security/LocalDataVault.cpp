@@ -13,11 +13,9 @@ namespace {
 
 std::optional<SecretBytes> keyFrom(QString &&storedText)
 {
-    QByteArray text = storedText.toLatin1();
+    auto bytes = Base64::decode(storedText);
     if (storedText.isDetached())
         wipe(storedText); // the cache let go of it meanwhile, so this is the last copy
-    auto bytes = Base64::decode(text);
-    wipe(text);
     if (!bytes)
         return std::nullopt;
     std::optional<SecretBytes> key;
