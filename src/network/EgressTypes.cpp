@@ -5,13 +5,20 @@ using namespace Qt::StringLiterals;
 QString labelOf(EgressFeature feature)
 {
     switch (feature) {
-    case EgressFeature::aiModel: return u"AI model"_s;
-    case EgressFeature::aiSetup: return u"Local AI setup"_s;
-    case EgressFeature::webSearch: return u"Web search"_s;
-    case EgressFeature::webPage: return u"Web page"_s;
-    case EgressFeature::feedback: return u"Feedback"_s;
-    case EgressFeature::crashReports: return u"Crash reports"_s;
-    case EgressFeature::serverList: return u"Private cloud server list"_s;
+    case EgressFeature::aiModel:
+        return u"AI model"_s;
+    case EgressFeature::aiSetup:
+        return u"Local AI setup"_s;
+    case EgressFeature::webSearch:
+        return u"Web search"_s;
+    case EgressFeature::webPage:
+        return u"Web page"_s;
+    case EgressFeature::feedback:
+        return u"Feedback"_s;
+    case EgressFeature::crashReports:
+        return u"Crash reports"_s;
+    case EgressFeature::serverList:
+        return u"Private cloud server list"_s;
     }
     return {};
 }
@@ -19,9 +26,12 @@ QString labelOf(EgressFeature feature)
 QString labelOf(SensitiveData data)
 {
     switch (data) {
-    case SensitiveData::screenText: return u"screen text"_s;
-    case SensitiveData::memory: return u"memory notes"_s;
-    case SensitiveData::image: return u"attached images"_s;
+    case SensitiveData::screenText:
+        return u"screen text"_s;
+    case SensitiveData::memory:
+        return u"memory notes"_s;
+    case SensitiveData::image:
+        return u"attached images"_s;
     }
     return {};
 }

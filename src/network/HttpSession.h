@@ -52,6 +52,9 @@ struct HttpResponse {
     [[nodiscard]] std::optional<QByteArray> header(QByteArrayView name) const;
 };
 
+// Judges the address that a host's name led to, 4 or 16 bytes in network order, before a socket to it exists.
+using AddressRule = std::function<bool(const QByteArray &addressBytes)>;
+
 // Requests of one feature that carry one set of private data. Each passes the gate before a socket exists,
 // and every hop leaves a ledger row when it ends. GUI thread.
 //

@@ -10,9 +10,11 @@ class FieldSealing {
 public:
     virtual ~FieldSealing() = default;
 
-    // No value means that nothing is to be stored (locked, or the seal failed): the caller drops the write.
+    // No value means that nothing is to be stored: the caller drops the write and the column keeps what it
+    // has.
     [[nodiscard]] virtual std::optional<QString> seal(const QString &text) const = 0;
 
-    // Never fails: a field that cannot be opened reads as the empty text.
+    // Never fails: a field that cannot be opened reads as the empty text, and a text that was never sealed
+    // as itself.
     [[nodiscard]] virtual QString open(const QString &sealed) const = 0;
 };

@@ -11,8 +11,8 @@
 // The application's log: fixed format strings with typed arguments. Names are public; content of any kind is
 // private and is printed as "<private>". Chat text is never passed at all. Any thread.
 //
-// Format specifiers: %{public}s prints a text, %s hides it, %ld prints an integer, %{bool}d prints "true" or
-// "false".
+// Format specifiers: %{public}s prints a text, %s hides it, %d and %ld print an integer, %{bool}d prints
+// "true" or "false".
 namespace Log {
 
 enum class Category { App, AIProvider, Audio, Documents, Persistence, Windowing, Shortcuts };

@@ -1,5 +1,6 @@
 #include "utils/Text.h"
 
+#include <QStringDecoder>
 #include <QTextBoundaryFinder>
 
 #include <algorithm>
@@ -88,4 +89,14 @@ QStringView Text::trimmedBlanks(QStringView text)
 QByteArrayView Text::trimmedBlanks(QByteArrayView text)
 {
     return withoutOuterBlanks(text);
+}
+
+std::optional<QString> Text::fromUtf8(QByteArrayView bytes)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8,
+                           QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
+    QString text = decoder(bytes);
+    if (decoder.hasError())
+        return std::nullopt;
+    return text;
 }

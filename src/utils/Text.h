@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringView>
 
+#include <optional>
+
 // Text measured in characters as people see them: extended grapheme clusters (Unicode UAX #29).
 //
 // "Whitespace and newlines" is the Unicode categories Z*, U+0009 to U+000D and U+0085. "Blanks" are spaces
@@ -23,5 +25,8 @@ namespace Text {
 // Without spaces and tabs at both ends; line ends stay.
 [[nodiscard]] QStringView trimmedBlanks(QStringView text);
 [[nodiscard]] QByteArrayView trimmedBlanks(QByteArrayView text);
+
+// Nothing when the bytes are not valid UTF-8 as a whole. A leading U+FEFF stays part of the text.
+[[nodiscard]] std::optional<QString> fromUtf8(QByteArrayView bytes);
 
 } // namespace Text

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <optional>
 
 // All that a request to a model needs besides its messages.
@@ -12,7 +13,7 @@ struct AIConfiguration {
     std::optional<QString> apiKey;
     QString model;
     double temperature = 0;
-    int maxOutputTokens = 0;
+    std::int64_t maxOutputTokens = 0;
     QString systemPrompt;          // already the first message of the list; kept for reference
     double requestTimeout = 120.0; // seconds
     bool preferStreaming = true;

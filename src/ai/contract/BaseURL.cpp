@@ -4,7 +4,27 @@
 #include "network/PrivateNetworkAddress.h"
 #include "utils/Text.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
+
+namespace {
+
+// The host before QUrl reads octal, hexadecimal, short or full-width spellings of an IPv4 address into it.
+// Such a text is a name to us, and never a private address. `text` is a valid URL with a host.
+QString hostAsWritten(const QString &text)
+{
+    const qsizetype start = text.indexOf("://"_L1) + 3;
+    const auto isPathStart = [](QChar c) { return c == u'/' || c == u'?' || c == u'#'; };
+    const auto end = std::find_if(text.begin() + start, text.end(), isPathStart);
+    QStringView authority = QStringView(text).sliced(start, end - text.begin() - start);
+    authority = authority.sliced(authority.lastIndexOf(u'@') + 1);
+    const qsizetype port = authority.lastIndexOf(u':');
+    const bool hasPort = port > authority.lastIndexOf(u']');
+    return (hasPort ? authority.first(port) : authority).toString();
+}
+
+} // namespace
 
 QUrl BaseURL::validated(const QString &text)
 {
@@ -17,7 +37,7 @@ QUrl BaseURL::validated(const QString &text)
         return url;
     if (scheme != "http"_L1)
         throw ProviderError(ProviderError::InvalidBaseURL{text});
-    const QString host = PrivateNetworkAddress::normalisedHost(url.host());
+    const QString host = PrivateNetworkAddress::normalisedHost(hostAsWritten(trimmed));
     const bool isNear =
         host == "localhost"_L1 || PrivateNetworkAddress::isPrivateLiteral(host).value_or(false);
     if (!isNear)

@@ -1,0 +1,38 @@
+#include "ai/agent/ReplyRunner.h"
+
+namespace {
+
+using Producer = AsyncStream<AgentEvent>::Producer;
+
+// Tool calls of a reply that offered no tools have nobody to run them.
+struct Relay {
+    Producer &producer;
+
+    void operator()(AIStream::Text &text) const { producer.yield(Agent::Text{std::move(text.piece)}); }
+    void operator()(AIStream::ToolCalls &) const {}
+    void operator()(AIStream::TruncatedByTokenLimit &) const
+    {
+        producer.yield(Agent::TruncatedByTokenLimit{});
+    }
+    void operator()(AIStream::Thinking &) const { producer.yield(Agent::Thinking{}); }
+};
+
+QCoro::Task<> relay(AsyncStream<AIStreamEvent> events, Producer producer)
+{
+    try {
+        while (auto event = co_await events.next(producer.stopToken()))
+            std::visit(Relay{producer}, *event);
+        producer.finish();
+    } catch (...) {
+        producer.fail(std::current_exception());
+    }
+}
+
+} // namespace
+
+AsyncStream<AgentEvent> ReplyRunner::run(PreparedRequest request, std::shared_ptr<AIProvider> provider)
+{
+    auto [stream, producer] = AsyncStream<AgentEvent>::make();
+    relay(m_router.stream(std::move(request), std::move(provider)), producer);
+    return std::move(stream);
+}

@@ -1,0 +1,102 @@
+#include "ai/providers/ChatCompletionRequest.h"
+
+#include "ai/contract/BaseURL.h"
+#include "ai/contract/ProviderError.h"
+
+#include <QJsonDocument>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString typeName(AITool::Parameter::Kind kind)
+{
+    switch (kind) {
+    case AITool::Parameter::Kind::string:
+        return u"string"_s;
+    case AITool::Parameter::Kind::number:
+        return u"number"_s;
+    case AITool::Parameter::Kind::boolean:
+        return u"boolean"_s;
+    }
+    return {};
+}
+
+QJsonObject parametersOf(const AITool &tool)
+{
+    QJsonObject properties;
+    QJsonArray required;
+    for (const AITool::Parameter &parameter : tool.parameters) {
+        QJsonObject property{{u"type"_s, typeName(parameter.kind)},
+                             {u"description"_s, parameter.description}};
+        if (!parameter.allowedValues.isEmpty())
+            property.insert(u"enum"_s, QJsonArray::fromStringList(parameter.allowedValues));
+        properties.insert(parameter.name, property);
+        if (parameter.required)
+            required.append(parameter.name);
+    }
+    return {{u"type"_s, u"object"_s}, {u"properties"_s, properties}, {u"required"_s, required}};
+}
+
+QByteArray body(const std::vector<AIMessage> &messages, const AIConfiguration &configuration,
+                const std::vector<AITool> &tools, ChatCompletionRequest::Form form)
+{
+    QJsonArray list;
+    for (const AIMessage &message : messages)
+        list.append(message.wireForm());
+    QJsonObject object{{u"model"_s, configuration.model},
+                       {u"messages"_s, list},
+                       {u"temperature"_s, configuration.temperature},
+                       {u"max_tokens"_s, static_cast<qint64>(configuration.maxOutputTokens)}};
+    if (!tools.empty()) {
+        object.insert(u"tools"_s, ChatCompletionRequest::toolObjects(tools));
+        object.insert(u"tool_choice"_s, u"auto"_s);
+    }
+    if (form == ChatCompletionRequest::Form::streamed)
+        object.insert(u"stream"_s, true);
+    if (configuration.purpose && !configuration.purpose->isEmpty())
+        object.insert(u"purpose"_s, *configuration.purpose);
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+// A conversation sent to a good address must not be led on to one that is open to everybody on the way.
+bool isUsable(const QUrl &url)
+{
+    try {
+        return BaseURL::validated(url.toString(QUrl::FullyEncoded)).isValid();
+    } catch (const ProviderError &) {
+        return false;
+    }
+}
+
+} // namespace
+
+HttpRequest ChatCompletionRequest::make(const std::vector<AIMessage> &messages,
+                                        const AIConfiguration &configuration,
+                                        const std::vector<AITool> &tools, Form form)
+{
+    HttpRequest request;
+    request.method = "POST";
+    request.url = BaseURL::chatCompletions(configuration.baseURLString);
+    request.timeout = std::chrono::milliseconds(qRound64(configuration.requestTimeout * 1000));
+    request.headers.push_back({"Content-Type", "application/json"});
+    if (configuration.apiKey && !configuration.apiKey->isEmpty())
+        request.headers.push_back({"Authorization", "Bearer " + configuration.apiKey->toUtf8()});
+    request.body = body(messages, configuration, tools, form);
+    request.followsRedirect = [](const QUrl &, const QUrl &to) { return isUsable(to); };
+    return request;
+}
+
+QJsonArray ChatCompletionRequest::toolObjects(const std::vector<AITool> &tools)
+{
+    QJsonArray list;
+    for (const AITool &tool : tools) {
+        const QJsonObject function{{u"name"_s, tool.name},
+                                   {u"description"_s, tool.description},
+                                   {u"parameters"_s, parametersOf(tool)}};
+        list.append(QJsonObject{{u"type"_s, u"function"_s}, {u"function"_s, function}});
+    }
+    return list;
+}

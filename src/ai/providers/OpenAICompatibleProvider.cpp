@@ -1,0 +1,182 @@
+#include "ai/providers/OpenAICompatibleProvider.h"
+
+#include "ai/contract/ProviderError.h"
+#include "ai/providers/ChatCompletionRequest.h"
+#include "ai/providers/LineSplitter.h"
+#include "ai/providers/ProviderFailure.h"
+#include "ai/providers/StreamedReply.h"
+#include "utils/Log.h"
+#include "utils/Text.h"
+
+using namespace Qt::StringLiterals;
+using OpenAIStreamParser::Completion;
+using Form = ChatCompletionRequest::Form;
+using Plain = ProviderError::Plain;
+
+namespace {
+
+// What one request needs, shared by the coroutines that carry it out.
+struct Question {
+    std::shared_ptr<HttpSession> session;
+    std::vector<AIMessage> messages;
+    AIConfiguration configuration;
+    std::vector<AITool> tools;
+};
+using SharedQuestion = std::shared_ptr<const Question>;
+
+void note(QLatin1StringView line)
+{
+    Log::info(Log::Category::AIProvider, line);
+}
+
+void throwUnlessConfigured(const AIConfiguration &configuration)
+{
+    if (Text::trimmedBlanks(QStringView(configuration.model)).isEmpty())
+        throw ProviderError(Plain::notConfigured);
+}
+
+HttpRequest makeRequest(const Question &question, Form form)
+{
+    return ChatCompletionRequest::make(question.messages, question.configuration, question.tools, form);
+}
+
+QCoro::Task<HttpResponse> open(SharedQuestion question, HttpRequest request, std::stop_token stop)
+{
+    auto response = co_await question->session->send(std::move(request), stop);
+    co_return co_await ProviderFailure::validated(std::move(response), stop);
+}
+
+QCoro::Task<Completion> fetchWhole(SharedQuestion question, std::stop_token stop)
+{
+    HttpRequest request = makeRequest(*question, Form::whole);
+    Log::info(Log::Category::AIProvider, "Starting non-streaming request to model %{public}s"_L1,
+              {question->configuration.model});
+    auto response = co_await open(question, std::move(request), stop);
+    const QByteArray body =
+        co_await readBody(std::move(response), OpenAICompatibleProvider::largestBody, stop);
+    auto completion = OpenAIStreamParser::parseBody(body);
+    if (completion.isEmpty())
+        throw ProviderError(Plain::emptyResponse);
+    note("Non-streaming request completed"_L1);
+    co_return completion;
+}
+
+// Reads the stream to its sentinel or its end.
+QCoro::Task<> readLines(HttpResponse response, std::shared_ptr<StreamedReply> reply,
+                        StreamedReply::Events events)
+{
+    const auto stop = events.stopToken();
+    LineSplitter lines(OpenAICompatibleProvider::longestLine);
+    while (auto piece = co_await response.body.next(stop)) {
+        lines.add(std::move(*piece));
+        while (const auto line = lines.next()) {
+            throwIfStopped(stop);
+            if (reply->add(*line, events) == StreamedReply::Progress::done)
+                co_return;
+        }
+    }
+    throwIfStopped(stop);
+    if (const auto line = lines.last())
+        reply->add(*line, events);
+}
+
+// What to do about a stream that held no reply: it may have been a plain body, else the question is put once
+// more without streaming.
+QCoro::Task<> answerOtherwise(SharedQuestion question, std::shared_ptr<StreamedReply> reply,
+                              StreamedReply::Events events)
+{
+    if (const auto completion = reply->plainBody()) {
+        yieldCompletion(*completion, events);
+        co_return;
+    }
+    note("Stream yielded no tokens; retrying non-streaming"_L1);
+    const auto completion = co_await fetchWhole(question, events.stopToken());
+    yieldCompletion(completion, events);
+}
+
+QCoro::Task<> answerStreamed(SharedQuestion question, StreamedReply::Events events)
+{
+    const auto stop = events.stopToken();
+    HttpRequest request = makeRequest(*question, Form::streamed);
+    Log::info(Log::Category::AIProvider, "Starting streamed request to model %{public}s"_L1,
+              {question->configuration.model});
+    auto response = co_await open(question, std::move(request), stop);
+    const auto reply = std::make_shared<StreamedReply>();
+    co_await readLines(std::move(response), reply, events);
+    throwIfStopped(stop);
+    reply->finish(events);
+    if (!reply->hasContent())
+        co_await answerOtherwise(question, reply, events);
+    note("Streamed request completed"_L1);
+}
+
+QCoro::Task<> answerWhole(SharedQuestion question, StreamedReply::Events events)
+{
+    const auto completion = co_await fetchWhole(question, events.stopToken());
+    yieldCompletion(completion, events);
+}
+
+QCoro::Task<> answer(SharedQuestion question, StreamedReply::Events events)
+{
+    try {
+        throwUnlessConfigured(question->configuration);
+        if (question->configuration.preferStreaming)
+            co_await answerStreamed(question, events);
+        else
+            co_await answerWhole(question, events);
+        events.finish();
+    } catch (...) {
+        events.fail(std::make_exception_ptr(ProviderFailure::mapped(std::current_exception())));
+    }
+}
+
+QCoro::Task<QString> testedReply(SharedQuestion question, std::stop_token stop)
+{
+    try {
+        throwUnlessConfigured(question->configuration);
+        auto completion = co_await fetchWhole(question, stop);
+        if (completion.text.isEmpty())
+            throw ProviderError(Plain::emptyResponse);
+        co_return completion.text;
+    } catch (...) {
+        throw ProviderFailure::mapped(std::current_exception());
+    }
+}
+
+} // namespace
+
+OpenAICompatibleProvider::OpenAICompatibleProvider(HttpSessionProviding &network,
+                                                   std::shared_ptr<HttpSession> injectedSession)
+    : m_network(network)
+    , m_injectedSession(std::move(injectedSession))
+{}
+
+AsyncStream<AIStreamEvent> OpenAICompatibleProvider::streamReply(std::vector<AIMessage> messages,
+                                                                 AIConfiguration configuration,
+                                                                 std::vector<AITool> tools)
+{
+    auto session = sessionFor(configuration);
+    auto [stream, events] = AsyncStream<AIStreamEvent>::make();
+    answer(std::make_shared<const Question>(
+               Question{std::move(session), std::move(messages), std::move(configuration), std::move(tools)}),
+           events);
+    return std::move(stream);
+}
+
+QCoro::Task<QString> OpenAICompatibleProvider::testConnection(AIConfiguration configuration,
+                                                              std::stop_token stop)
+{
+    configuration.maxOutputTokens = 8;
+    configuration.requestTimeout = 20.0;
+    auto session = sessionFor(configuration);
+    const AIMessage message{AIMessage::Role::user, testMessage(), {}, {}, {}, {}};
+    return testedReply(std::make_shared<const Question>(
+                           Question{std::move(session), {message}, std::move(configuration), {}}),
+                       std::move(stop));
+}
+
+std::shared_ptr<HttpSession> OpenAICompatibleProvider::sessionFor(const AIConfiguration &configuration) const
+{
+    return m_injectedSession ? m_injectedSession
+                             : m_network.session(EgressFeature::aiModel, configuration.carrying);
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "ai/contract/AIProvider.h"
+#include "network/HttpSession.h"
+
+// Speaks to every server of the chat-completions dialect: a service that the user added, a server on the
+// local network, a model runtime on this machine. GUI thread.
+//
+// A reply under way owns all that it needs, so it outlives the provider. Bounds on what a server may send
+// are part of the contract here: past them a reply ends with ProviderError::malformedResponse.
+class OpenAICompatibleProvider final : public AIConnectionTesting {
+public:
+    // Bytes of one line of an event stream, and of a reply that comes as one JSON body. Far beyond any
+    // reply; the costliest JSON of this size takes some 90 MB and a sixth of a second to parse.
+    static constexpr qsizetype longestLine = 2 * 1024 * 1024;
+    static constexpr qsizetype largestBody = 2 * 1024 * 1024;
+
+    // Requests use `injectedSession` when it is set, else a session of `network` for what they carry.
+    explicit OpenAICompatibleProvider(HttpSessionProviding &network,
+                                      std::shared_ptr<HttpSession> injectedSession = nullptr);
+
+    [[nodiscard]] AsyncStream<AIStreamEvent> streamReply(std::vector<AIMessage> messages,
+                                                         AIConfiguration configuration,
+                                                         std::vector<AITool> tools) override;
+    [[nodiscard]] QCoro::Task<QString> testConnection(AIConfiguration configuration,
+                                                      std::stop_token stop) override;
+
+private:
+    [[nodiscard]] std::shared_ptr<HttpSession> sessionFor(const AIConfiguration &configuration) const;
+
+    HttpSessionProviding &m_network;
+    std::shared_ptr<HttpSession> m_injectedSession;
+};

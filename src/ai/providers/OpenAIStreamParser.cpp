@@ -1,0 +1,137 @@
+#include "ai/providers/OpenAIStreamParser.h"
+
+#include "ai/contract/ProviderError.h"
+#include "utils/Json.h"
+#include "utils/Text.h"
+
+using namespace Qt::StringLiterals;
+
+namespace OpenAIStreamParser {
+
+namespace {
+
+constexpr QByteArrayView prefix{"data:"};
+constexpr QByteArrayView sentinel{"[DONE]"};
+
+[[noreturn]] void throwMalformed()
+{
+    throw ProviderError(ProviderError::Plain::malformedResponse);
+}
+
+std::optional<QJsonObject> parsedPayload(QByteArrayView payload)
+{
+    auto object = Json::parseObject(payload);
+    if (!object && !payload.isValidUtf8())
+        object = Json::parseObject(validUtf8(payload));
+    return object;
+}
+
+// The first element of `choices`, which must hold objects only. Nothing for an empty list too.
+std::optional<QJsonObject> firstChoice(const QJsonObject &object)
+{
+    const QJsonValue choices = object.value("choices"_L1);
+    if (!choices.isArray())
+        return std::nullopt;
+    const QJsonArray list = choices.toArray();
+    for (const QJsonValue choice : list) {
+        if (!choice.isObject())
+            return std::nullopt;
+    }
+    return list.isEmpty() ? std::nullopt : std::optional(list.first().toObject());
+}
+
+ToolCallFragment fragment(const QJsonObject &entry, std::int64_t position)
+{
+    const auto function = entry.value("function"_L1).toObject();
+    return {Json::integer(entry, "index"_L1).value_or(position), Json::string(entry, "id"_L1),
+            Json::string(function, "name"_L1), Json::string(function, "arguments"_L1).value_or(QString())};
+}
+
+void appendFragments(std::vector<ToolAwareEvent> &events, const QJsonObject &source)
+{
+    const QJsonValue list = source.value("tool_calls"_L1);
+    if (!list.isArray())
+        return;
+    if (static_cast<std::size_t>(list.toArray().size()) > mostToolCalls)
+        throwMalformed();
+    const auto entries = Json::objects(source, "tool_calls"_L1);
+    if (!entries)
+        return;
+    for (std::size_t position = 0; position < entries->size(); ++position)
+        events.emplace_back(fragment((*entries)[position], static_cast<std::int64_t>(position)));
+}
+
+// A call of a whole body; nothing for an entry that names no function.
+std::optional<AIToolCall> call(const QJsonObject &entry, std::size_t position)
+{
+    const auto function = Json::object(entry, "function"_L1);
+    const auto name = function ? Json::string(*function, "name"_L1) : std::nullopt;
+    if (!name)
+        return std::nullopt;
+    QString arguments = Json::string(*function, "arguments"_L1).value_or(QString());
+    if (arguments.isEmpty())
+        arguments = u"{}"_s;
+    auto id = Json::string(entry, "id"_L1);
+    return AIToolCall{id ? *id : u"call_%1"_s.arg(position), *name, arguments};
+}
+
+} // namespace
+
+std::vector<ToolAwareEvent> classify(QByteArrayView line)
+{
+    line = Text::trimmedBlanks(line);
+    if (!line.startsWith(prefix))
+        return {Ignored{}};
+    const QByteArrayView payload = Text::trimmedBlanks(line.sliced(prefix.size()));
+    if (payload == sentinel)
+        return {Done{}};
+    const auto object = parsedPayload(payload);
+    const auto choice = object ? firstChoice(*object) : std::nullopt;
+    if (!choice)
+        return {Ignored{}};
+
+    // Text falls through from the delta to a whole message; calls do so only when there is no delta at all.
+    const QJsonValue delta = choice->value("delta"_L1);
+    const QJsonObject source = delta.isObject() ? delta.toObject() : QJsonObject();
+    std::vector<ToolAwareEvent> events;
+    QJsonValue text = source.value("content"_L1);
+    if (!text.isString())
+        text = choice->value("message"_L1).toObject().value("content"_L1);
+    if (QString piece = text.toString(); !piece.isEmpty())
+        events.emplace_back(Delta{std::move(piece)});
+    appendFragments(events, delta.isObject() ? source : choice->value("message"_L1).toObject());
+    if (const QJsonValue reason = choice->value("finish_reason"_L1); reason.isString())
+        events.emplace_back(Finished{reason.toString()});
+    if (events.empty())
+        events.emplace_back(Ignored{});
+    return events;
+}
+
+Completion parseBody(QByteArrayView body)
+{
+    const auto object = Json::parseObject(body);
+    const auto choice = object ? firstChoice(*object) : std::nullopt;
+    const auto message = choice ? Json::object(*choice, "message"_L1) : std::nullopt;
+    if (!message)
+        throwMalformed();
+
+    Completion completion;
+    const auto content = Json::string(*message, "content"_L1);
+    completion.text = content.value_or(QString());
+    const auto entries = Json::objects(*message, "tool_calls"_L1).value_or(std::vector<QJsonObject>());
+    for (std::size_t position = 0; position < entries.size(); ++position) {
+        if (auto made = call(entries[position], position))
+            completion.toolCalls.push_back(std::move(*made));
+    }
+    completion.finishReason = Json::string(*choice, "finish_reason"_L1);
+    if (completion.isEmpty() && !content)
+        throwMalformed();
+    return completion;
+}
+
+QByteArray validUtf8(QByteArrayView bytes)
+{
+    return bytes.isValidUtf8() ? bytes.toByteArray() : QString::fromUtf8(bytes).toUtf8();
+}
+
+} // namespace OpenAIStreamParser

@@ -1,0 +1,95 @@
+#include "ai/providers/ProviderFailure.h"
+
+#include "utils/CancelledError.h"
+#include "utils/Json.h"
+#include "utils/Log.h"
+#include "utils/Text.h"
+
+using namespace Qt::StringLiterals;
+using Plain = ProviderError::Plain;
+
+namespace {
+
+ProviderError mappedTransport(TransportError::Code code)
+{
+    switch (code) {
+    case TransportError::Code::Cancelled:
+        return ProviderError(Plain::cancelled);
+    case TransportError::Code::TimedOut:
+        return ProviderError(Plain::networkTimeout);
+    case TransportError::Code::BadURL:
+    case TransportError::Code::UnsupportedURL:
+        return ProviderError(ProviderError::InvalidBaseURL{u"the configured URL"_s});
+    case TransportError::Code::ResponseTooLarge: // our own limit: the server's answer is beyond all use
+        return ProviderError(Plain::malformedResponse);
+    case TransportError::Code::Blocked:
+    case TransportError::Code::CannotConnect:
+    case TransportError::Code::ConnectionLost:
+    case TransportError::Code::InsecureConnection:
+    case TransportError::Code::TooManyRedirects:
+    case TransportError::Code::Other:
+        return ProviderError(Plain::networkUnavailable);
+    }
+    return ProviderError(Plain::networkUnavailable);
+}
+
+// The start of a body. The status says what went wrong, so a connection that breaks here is just its end.
+QCoro::Task<QByteArray> readStart(HttpResponse response, std::stop_token stop)
+{
+    QByteArray body;
+    try {
+        while (const auto piece = co_await response.body.next(stop)) {
+            body.append(QByteArrayView(*piece).first(
+                std::min(piece->size(), ProviderFailure::errorBodyLimit - body.size())));
+            if (body.size() == ProviderFailure::errorBodyLimit)
+                break;
+        }
+    } catch (const TransportError &) {
+    }
+    co_return body;
+}
+
+} // namespace
+
+ProviderError ProviderFailure::mapped(const std::exception_ptr &error)
+{
+    try {
+        std::rethrow_exception(error);
+    } catch (const CancelledError &) {
+        return ProviderError(Plain::cancelled);
+    } catch (const ProviderError &known) {
+        return known;
+    } catch (const TransportError &transport) {
+        return mappedTransport(transport.code());
+    } catch (...) {
+        return ProviderError(Plain::networkUnavailable);
+    }
+}
+
+QCoro::Task<HttpResponse> ProviderFailure::validated(HttpResponse response, std::stop_token stop)
+{
+    const int status = response.status;
+    if (status >= 200 && status <= 299)
+        co_return std::move(response);
+    const QByteArray body = co_await readStart(std::move(response), stop);
+    const QString words = summary(body);
+    if (words.isEmpty())
+        Log::error(Log::Category::AIProvider, "Provider HTTP error %ld"_L1, {status});
+    else
+        Log::error(Log::Category::AIProvider, "Provider HTTP error %ld: %{public}s"_L1, {status, words});
+    throw ProviderError::forStatus(status);
+}
+
+QString ProviderFailure::summary(QByteArrayView body)
+{
+    constexpr qsizetype longest = 160;
+    const auto object = Json::parseObject(body);
+    if (!object)
+        return {};
+    const auto inner = Json::object(*object, "error"_L1);
+    QString message = Json::string(inner ? *inner : *object, "message"_L1).value_or(QString());
+    message.replace("\r\n"_L1, " "_L1).replace(u'\n', u' ').replace(u'\r', u' ');
+    if (Text::characterCount(message) <= longest)
+        return message;
+    return Text::prefix(message, longest) + u'…';
+}

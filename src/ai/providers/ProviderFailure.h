@@ -1,0 +1,26 @@
+#pragma once
+
+#include "ai/contract/ProviderError.h"
+#include "network/HttpSession.h"
+
+#include <exception>
+#include <stop_token>
+
+// From what went wrong on the way to a server to the provider's error for it.
+namespace ProviderFailure {
+
+// The body of an error response is read up to here.
+inline constexpr qsizetype errorBodyLimit = 0x10000;
+
+// Every error that leaves a provider: cancellation, transport errors and the rest as a ProviderError.
+[[nodiscard]] ProviderError mapped(const std::exception_ptr &error);
+
+// Returns the response untouched when its status is 200 to 299; else reads its body, logs the server's words
+// and throws the status's ProviderError.
+[[nodiscard]] QCoro::Task<HttpResponse> validated(HttpResponse response, std::stop_token stop);
+
+// The server's own words about an error, in one line, at most 160 characters and "…". Empty when the body has
+// none.
+[[nodiscard]] QString summary(QByteArrayView body);
+
+} // namespace ProviderFailure

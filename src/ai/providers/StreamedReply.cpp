@@ -1,0 +1,64 @@
+#include "ai/providers/StreamedReply.h"
+
+#include "ai/contract/ProviderError.h"
+
+using namespace Qt::StringLiterals;
+namespace Parser = OpenAIStreamParser;
+
+namespace {
+
+constexpr QLatin1StringView tokenLimit{"length"};
+
+} // namespace
+
+StreamedReply::Progress StreamedReply::add(QByteArrayView line, Events &events)
+{
+    Progress progress = Progress::goesOn;
+    for (Parser::ToolAwareEvent &event : Parser::classify(line)) {
+        if (auto *delta = std::get_if<Parser::Delta>(&event)) {
+            m_hasContent = true;
+            events.yield(AIStream::Text{std::move(delta->text)});
+        } else if (const auto *fragment = std::get_if<Parser::ToolCallFragment>(&event)) {
+            m_hasContent = true;
+            m_accumulator.add(*fragment);
+        } else if (const auto *finished = std::get_if<Parser::Finished>(&event)) {
+            m_isTruncated = m_isTruncated || finished->reason == tokenLimit;
+        } else if (std::holds_alternative<Parser::Done>(event)) {
+            progress = Progress::done;
+        } else if (!m_hasContent && m_raw.size() < rawBufferLimit) {
+            m_raw.append(line).append('\n');
+        }
+    }
+    return progress;
+}
+
+void StreamedReply::finish(Events &events)
+{
+    auto calls = m_accumulator.finish();
+    if (!calls.empty())
+        events.yield(AIStream::ToolCalls{std::move(calls)});
+    if (m_isTruncated)
+        events.yield(AIStream::TruncatedByTokenLimit{});
+}
+
+std::optional<Parser::Completion> StreamedReply::plainBody() const
+{
+    try {
+        auto completion = Parser::parseBody(Parser::validUtf8(m_raw));
+        if (!completion.isEmpty())
+            return completion;
+    } catch (const ProviderError &) {
+        // No plain body either.
+    }
+    return std::nullopt;
+}
+
+void yieldCompletion(const Parser::Completion &completion, StreamedReply::Events &events)
+{
+    if (!completion.text.isEmpty())
+        events.yield(AIStream::Text{completion.text});
+    if (!completion.toolCalls.empty())
+        events.yield(AIStream::ToolCalls{completion.toolCalls});
+    if (completion.finishReason == tokenLimit)
+        events.yield(AIStream::TruncatedByTokenLimit{});
+}

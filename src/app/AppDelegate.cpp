@@ -1,0 +1,45 @@
+#include "app/AppDelegate.h"
+
+#include "app/AppState.h"
+#include "utils/Log.h"
+#include "view_models/ChatViewModel.h"
+
+#include <QGuiApplication>
+
+using namespace Qt::StringLiterals;
+
+AppDelegate::AppDelegate(QGuiApplication &application, AppState &state, QObject *parent)
+    : QObject(parent)
+    , m_application(application)
+    , m_state(state)
+{
+    // Closing the last window leaves the program running, so that a reply still arrives.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    connect(&application, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState now) {
+        m_state.chat().setWindowInFront(now == Qt::ApplicationActive);
+        if (now == Qt::ApplicationActive)
+            m_state.didBecomeActive();
+    });
+    connect(&application, &QCoreApplication::aboutToQuit, this, &AppDelegate::willTerminate);
+    connect(&state, &AppState::quitConfirmed, &application, &QCoreApplication::quit);
+}
+
+void AppDelegate::didFinishLaunching()
+{
+    Log::info(Log::Category::App, "Application did finish launching"_L1);
+    m_state.start();
+}
+
+void AppDelegate::requestQuit()
+{
+    if (m_state.shouldTerminate() == AppState::Termination::now)
+        QCoreApplication::quit();
+}
+
+void AppDelegate::willTerminate()
+{
+    if (std::exchange(m_hasTerminated, true))
+        return;
+    Log::info(Log::Category::App, "Application will terminate"_L1);
+    m_state.willTerminate();
+}

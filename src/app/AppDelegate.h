@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QObject>
+
+class AppState;
+class QGuiApplication;
+class QQmlEngine;
+
+// Receives the lifecycle of the application object and of the desktop, and hands it on.
+class AppDelegate : public QObject {
+    Q_OBJECT
+public:
+    AppDelegate(QGuiApplication &application, AppState &state, QObject *parent = nullptr);
+
+    // The application object is ready.
+    void didFinishLaunching();
+
+    // Quits unless the person has to be asked first.
+    void requestQuit();
+
+private:
+    void willTerminate();
+
+    QGuiApplication &m_application;
+    AppState &m_state;
+    bool m_hasTerminated = false;
+};

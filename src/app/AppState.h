@@ -1,0 +1,101 @@
+#pragma once
+
+#include "app/CommandLine.h"
+#include "persistence/PersistenceError.h"
+
+#include <QObject>
+
+#include <memory>
+#include <optional>
+
+class AIRequestRouter;
+class AISettingsViewModel;
+class AppNetwork;
+class ChatViewModel;
+class Clock;
+class CompanionViewModel;
+class ConversationListModel;
+class ConversationRepository;
+class FieldSealing;
+class GhostKeeping;
+class KeychainServicing;
+class NetworkLedger;
+class NetworkLedgerViewModel;
+class PersistenceController;
+class ProofLedger;
+class ReplyRunning;
+class SettingsRepository;
+class SettingsStore;
+class ShellViewModel;
+
+// The root object: makes every long-lived service in its order, wires them to each other and answers the
+// application's lifecycle. One for the life of the process, on the main thread.
+class AppState : public QObject {
+    Q_OBJECT
+public:
+    // Under a test host nothing of the person's is moved and no window opens.
+    enum class Host { application, test };
+
+    AppState(const CommandLine &commandLine, Host host, Clock &clock, QObject *parent = nullptr);
+    ~AppState() override;
+
+    [[nodiscard]] SettingsStore &settings() { return *m_settings; }
+    [[nodiscard]] ConversationRepository &repository() { return *m_repository; }
+    [[nodiscard]] ChatViewModel &chat() { return *m_chat; }
+    [[nodiscard]] CompanionViewModel &companion() { return *m_companion; }
+    [[nodiscard]] ConversationListModel &conversations() { return *m_conversations; }
+    [[nodiscard]] AISettingsViewModel &aiSettings() { return *m_aiSettings; }
+    [[nodiscard]] NetworkLedgerViewModel &networkLedger() { return *m_networkLedgerView; }
+    [[nodiscard]] ShellViewModel &shell() { return *m_shell; }
+
+    // Why the store on disk did not open; an in-memory store stands in for it then.
+    [[nodiscard]] const std::optional<PersistenceError> &startupError() const { return m_startupError; }
+
+    // The Ghost chat, once there can be one. Must outlive this object or be taken back with null.
+    void setGhost(GhostKeeping *ghost) { m_ghost = ghost; }
+
+    // Opens the first window.
+    void start();
+    // Someone asks for the window again.
+    void reopen();
+    void didBecomeActive();
+
+    enum class Termination { now, cancel };
+    // Cancel means that the person is being asked; quitConfirmed() follows unless they stay.
+    [[nodiscard]] Termination shouldTerminate();
+    void willTerminate();
+
+Q_SIGNALS:
+    void mainWindowRequested();
+    void quitConfirmed();
+
+private:
+    void openStore();
+    void makeServices();
+    void makeViewModels();
+    void decideWhatChangedNotice(Host host);
+    void applyRetention();
+
+    // In the order they are made; each stands on those above it.
+    CommandLine m_commandLine;
+    Clock &m_clock;
+    std::unique_ptr<SettingsRepository> m_settingsRepository;
+    std::unique_ptr<SettingsStore> m_settings;
+    std::unique_ptr<KeychainServicing> m_keychain;
+    std::shared_ptr<const FieldSealing> m_sealing;
+    std::unique_ptr<PersistenceController> m_persistence;
+    std::optional<PersistenceError> m_startupError;
+    std::unique_ptr<ConversationRepository> m_repository;
+    std::unique_ptr<NetworkLedger> m_networkLedger;
+    std::unique_ptr<AppNetwork> m_network;
+    std::unique_ptr<ProofLedger> m_proofs;
+    std::unique_ptr<AIRequestRouter> m_router;
+    std::unique_ptr<ReplyRunning> m_replies;
+    std::unique_ptr<CompanionViewModel> m_companion;
+    std::unique_ptr<ChatViewModel> m_chat;
+    std::unique_ptr<ConversationListModel> m_conversations;
+    std::unique_ptr<AISettingsViewModel> m_aiSettings;
+    std::unique_ptr<NetworkLedgerViewModel> m_networkLedgerView;
+    std::unique_ptr<ShellViewModel> m_shell;
+    GhostKeeping *m_ghost = nullptr;
+};

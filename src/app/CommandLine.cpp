@@ -1,0 +1,54 @@
+#include "app/CommandLine.h"
+
+#include "utils/Product.h"
+
+#include <QCommandLineParser>
+#include <QFileInfo>
+
+#include <cstdio>
+#include <cstdlib>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::optional<QString> valueOf(const QCommandLineParser &parser, const QString &option)
+{
+    return parser.isSet(option) ? std::optional(parser.value(option)) : std::nullopt;
+}
+
+} // namespace
+
+CommandLine CommandLine::parse(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(Product::name + u", a private AI assistant."_s);
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addOptions({
+        {u"reset-onboarding"_s, u"Show the welcome flow again."_s},
+        {u"simulate-fresh-setup"_s, u"Act as though no local model runtime were installed."_s},
+        {u"profile"_s, u"Keep everything in this folder instead of your own profile."_s, u"folder"_s},
+        {u"practice-server"_s, u"Chat with a practice server; needs --profile."_s, u"address"_s},
+        {u"play-demo"_s, u"Play one turn, save a picture of the window and end."_s, u"png"_s},
+    });
+    parser.process(arguments);
+
+    CommandLine line{.resetOnboarding = parser.isSet(u"reset-onboarding"_s),
+                     .simulateFreshSetup = parser.isSet(u"simulate-fresh-setup"_s),
+                     .profile = valueOf(parser, u"profile"_s),
+                     .practiceServer = valueOf(parser, u"practice-server"_s),
+                     .demoPicture = valueOf(parser, u"play-demo"_s)};
+    if (line.practiceServer && !line.profile) {
+        // It writes settings, which must not be the person's own.
+        std::fputs("--practice-server needs --profile, so that it changes no settings of yours.\n", stderr);
+        std::exit(2);
+    }
+    return line;
+}
+
+SupportFolders CommandLine::folders() const
+{
+    return profile ? SupportFolders::inProfile(QFileInfo(*profile).absoluteFilePath())
+                   : SupportFolders::standard();
+}

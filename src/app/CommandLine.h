@@ -1,0 +1,21 @@
+#pragma once
+
+#include "utils/SupportFolders.h"
+
+#include <QStringList>
+
+#include <optional>
+
+// What the program was started with.
+struct CommandLine {
+    bool resetOnboarding = false;          // shows the welcome flow again
+    bool simulateFreshSetup = false;       // the local model service acts as though nothing is installed
+    std::optional<QString> profile;        // a folder that takes the place of every XDG folder
+    std::optional<QString> practiceServer; // base address to chat with, in a profile of its own
+    std::optional<QString> demoPicture;    // plays one turn, saves the window there and ends
+
+    [[nodiscard]] SupportFolders folders() const;
+
+    // Ends the program with a message for unknown arguments, --help and --version.
+    [[nodiscard]] static CommandLine parse(const QStringList &arguments);
+};

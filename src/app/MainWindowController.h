@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QObject>
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+
+class AppState;
+
+// Loads the window and brings it up. Its engine can't reach the network, so no answer can fetch by being
+// drawn.
+class MainWindowController : public QObject {
+    Q_OBJECT
+public:
+    explicit MainWindowController(AppState &state, QObject *parent = nullptr);
+
+    // Null when the window could not be loaded; the reason is in the log.
+    [[nodiscard]] QQuickWindow *window() const { return m_window; }
+    [[nodiscard]] QQmlEngine &engine() { return m_engine; }
+
+    // Shows the window or brings the open one to the front.
+    void show();
+
+protected:
+    // Without a tray a hidden window would be lost, so closing it leaves it minimised.
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    QQmlApplicationEngine m_engine;
+    QQuickWindow *m_window = nullptr; // owned by the engine
+};

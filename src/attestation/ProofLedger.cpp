@@ -1,0 +1,75 @@
+#include "attestation/ProofLedger.h"
+
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::size_t maximumRows = 200;
+
+using Kind = ProofLedger::Place::Kind;
+
+struct PlaceWords {
+    Kind kind;
+    QLatin1StringView code;
+    QLatin1StringView name;
+};
+
+constexpr std::array<PlaceWords, 7> placeWords{{
+    {Kind::thisMac, QLatin1StringView("this-mac"), QLatin1StringView("This Mac")},
+    {Kind::network, QLatin1StringView("your-network"), QLatin1StringView("Your network")},
+    {Kind::verifiedEnclave, QLatin1StringView("verified-enclave"), QLatin1StringView("Verified enclave")},
+    {Kind::enclaveRefused, QLatin1StringView("enclave-refused"), QLatin1StringView("Refused")},
+    {Kind::morvaneCloud, QLatin1StringView("morvane-cloud"), QLatin1StringView("Private cloud")},
+    {Kind::yourOwnService, QLatin1StringView("your-own-service"), QLatin1StringView("Your own service")},
+    {Kind::ollamaCloud, QLatin1StringView("ollama-cloud"), QLatin1StringView("Ollama's cloud")},
+}};
+
+const PlaceWords &wordsOf(Kind kind)
+{
+    return placeWords[static_cast<std::size_t>(kind)];
+}
+
+} // namespace
+
+QString ProofLedger::Place::code() const
+{
+    return wordsOf(kind).code;
+}
+
+QString ProofLedger::Place::plainName() const
+{
+    return wordsOf(kind).name;
+}
+
+void ProofLedger::append(Entry entry)
+{
+    const std::scoped_lock lock(m_mutex);
+    m_entries.push_back(std::move(entry));
+    if (m_entries.size() > maximumRows)
+        m_entries.erase(m_entries.begin(), m_entries.end() - maximumRows);
+    ++m_revision;
+}
+
+void ProofLedger::clear()
+{
+    const std::scoped_lock lock(m_mutex);
+    m_entries.clear();
+    ++m_revision;
+}
+
+ProofLedger::Snapshot ProofLedger::snapshot() const
+{
+    const std::scoped_lock lock(m_mutex);
+    return {m_entries, m_revision};
+}
+
+std::optional<QString> placeNameOfCode(const QString &code)
+{
+    for (const PlaceWords &words : placeWords) {
+        if (code == words.code)
+            return QString(words.name);
+    }
+    return std::nullopt;
+}

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "models/RawText.h"
+
+#include <array>
+
+enum class AppAppearance { System, Light, Dark, Gallery };
+
+template <>
+inline constexpr std::array rawTexts<AppAppearance>{QLatin1StringView("system"), QLatin1StringView("light"),
+                                                    QLatin1StringView("dark"), QLatin1StringView("gallery")};

@@ -1,0 +1,69 @@
+#include "models/ChatMessage.h"
+
+#include "models/Conversation.h"
+#include "models/ImportedDocument.h"
+#include "models/RecordContext.h"
+
+namespace {
+
+constexpr qsizetype keptToolLines = 8;
+
+} // namespace
+
+ChatMessage::ChatMessage(std::shared_ptr<const FieldSealing> sealing, Columns columns)
+    : Record(RecordKind::ChatMessage, columns.id, std::move(sealing))
+    , m_columns(std::move(columns))
+{}
+
+std::shared_ptr<ChatMessage> ChatMessage::create(std::shared_ptr<const FieldSealing> sealing,
+                                                 const Creation &fields)
+{
+    Columns columns;
+    columns.id = fields.id;
+    columns.roleRaw = rawText(fields.role);
+    columns.sealedContent = sealedAtCreation(*sealing, fields.content);
+    columns.createdAt = fields.createdAt;
+    columns.statusRaw = rawText(fields.status);
+    columns.attachmentID = fields.attachmentID;
+    columns.sealedAttachmentName = sealedAtCreation(*sealing, fields.attachmentName);
+    return std::make_shared<ChatMessage>(std::move(sealing), std::move(columns));
+}
+
+MessageStatus ChatMessage::status() const
+{
+    return fromRawText<MessageStatus>(m_columns.statusRaw).value_or(MessageStatus::Delivered);
+}
+
+QStringList ChatMessage::toolLines() const
+{
+    const QString summary = toolSummary().value_or(QString());
+    return summary.isEmpty() ? QStringList() : summary.split(u'\n');
+}
+
+void ChatMessage::appendToolLine(const QString &line)
+{
+    const QStringList lines = toolLines() << line;
+    setToolSummary(lines.sliced(std::max(lines.size() - keptToolLines, qsizetype(0))).join(u'\n'));
+}
+
+void ChatMessage::replaceLastToolLine(const QString &line)
+{
+    QStringList lines = toolLines();
+    if (!lines.isEmpty())
+        lines.removeLast();
+    setToolSummary((lines << line).join(u'\n'));
+}
+
+std::shared_ptr<Conversation> ChatMessage::conversation() const
+{
+    if (!context() || !m_columns.conversation)
+        return nullptr;
+    return context()->conversation(*m_columns.conversation);
+}
+
+std::shared_ptr<ImportedDocument> ChatMessage::document() const
+{
+    if (!context() || !m_columns.attachmentID)
+        return nullptr;
+    return context()->document(*m_columns.attachmentID);
+}

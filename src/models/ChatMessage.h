@@ -1,0 +1,119 @@
+#pragma once
+
+#include "models/MessageRole.h"
+#include "models/MessageStatus.h"
+#include "models/Record.h"
+
+#include <QDateTime>
+#include <QStringList>
+
+class Conversation;
+class ImportedDocument;
+
+// One message of a chat. Texts are sealed; each read opens them anew, so a view keeps what it opened.
+class ChatMessage final : public Record {
+public:
+    // The row as it is stored.
+    struct Columns {
+        QUuid id;
+        QString roleRaw;
+        QString sealedContent;
+        QDateTime createdAt;
+        QString statusRaw;
+        std::optional<QString> sealedErrorMessage;
+        std::optional<QUuid> attachmentID;
+        std::optional<QString> sealedAttachmentName;
+        std::optional<QString> sealedToolSummary;
+        std::optional<QStringList> sourceDomains;
+        std::optional<bool> hitTokenLimit; // absent in rows from before the field
+        std::optional<QString> placeRaw;
+        std::optional<QUuid> conversation;
+    };
+
+    // A new message in readable form.
+    struct Creation {
+        QUuid id;
+        MessageRole role;
+        QString content;
+        QDateTime createdAt;
+        MessageStatus status;
+        std::optional<QUuid> attachmentID;
+        std::optional<QString> attachmentName;
+    };
+
+    ChatMessage(std::shared_ptr<const FieldSealing> sealing, Columns columns);
+
+    // Seals the texts at once.
+    [[nodiscard]] static std::shared_ptr<ChatMessage> create(std::shared_ptr<const FieldSealing> sealing,
+                                                             const Creation &fields);
+
+    [[nodiscard]] const Columns &columns() const { return m_columns; }
+
+    // An unknown role reads as a user's.
+    [[nodiscard]] MessageRole role() const { return knownRole().value_or(MessageRole::User); }
+    [[nodiscard]] std::optional<MessageRole> knownRole() const
+    {
+        return fromRawText<MessageRole>(m_columns.roleRaw);
+    }
+    [[nodiscard]] const QString &roleRaw() const { return m_columns.roleRaw; }
+
+    [[nodiscard]] QString content() const { return opened(m_columns.sealedContent); }
+    void setContent(const QString &text) { assignSealed(m_columns.sealedContent, text); }
+    [[nodiscard]] const QString &sealedContent() const { return m_columns.sealedContent; }
+
+    [[nodiscard]] const QDateTime &createdAt() const { return m_columns.createdAt; }
+
+    // An unknown status reads as delivered.
+    [[nodiscard]] MessageStatus status() const;
+    void setStatus(MessageStatus status) { assign(m_columns.statusRaw, rawText(status)); }
+    [[nodiscard]] const QString &statusRaw() const { return m_columns.statusRaw; }
+
+    [[nodiscard]] std::optional<QString> errorMessage() const { return opened(m_columns.sealedErrorMessage); }
+    void setErrorMessage(const std::optional<QString> &text)
+    {
+        assignSealed(m_columns.sealedErrorMessage, text);
+    }
+
+    [[nodiscard]] const std::optional<QUuid> &attachmentID() const { return m_columns.attachmentID; }
+    [[nodiscard]] std::optional<QString> attachmentName() const
+    {
+        return opened(m_columns.sealedAttachmentName);
+    }
+    void setAttachmentName(const std::optional<QString> &text)
+    {
+        assignSealed(m_columns.sealedAttachmentName, text);
+    }
+
+    // What abilities did during the reply, one line each, the last eight.
+    [[nodiscard]] std::optional<QString> toolSummary() const { return opened(m_columns.sealedToolSummary); }
+    void setToolSummary(const std::optional<QString> &text)
+    {
+        assignSealed(m_columns.sealedToolSummary, text);
+    }
+    void appendToolLine(const QString &line);
+    void replaceLastToolLine(const QString &line);
+
+    [[nodiscard]] const std::optional<QStringList> &sourceDomains() const { return m_columns.sourceDomains; }
+    void setSourceDomains(const std::optional<QStringList> &domains)
+    {
+        assign(m_columns.sourceDomains, domains);
+    }
+
+    [[nodiscard]] bool hitTokenLimit() const { return m_columns.hitTokenLimit.value_or(false); }
+    void setHitTokenLimit(bool hit) { assign(m_columns.hitTokenLimit, std::optional(hit)); }
+
+    [[nodiscard]] const std::optional<QString> &placeRaw() const { return m_columns.placeRaw; }
+    void setPlaceRaw(const std::optional<QString> &place) { assign(m_columns.placeRaw, place); }
+
+    // The owning conversation, looked up in the context; null outside one.
+    [[nodiscard]] std::shared_ptr<Conversation> conversation() const;
+    // The record of the attached file, looked up the same way.
+    [[nodiscard]] std::shared_ptr<ImportedDocument> document() const;
+    [[nodiscard]] const std::optional<QUuid> &conversationID() const { return m_columns.conversation; }
+    void setConversationID(const std::optional<QUuid> &id) { assign(m_columns.conversation, id); }
+
+private:
+    [[nodiscard]] QStringList toolLines() const;
+
+    Columns m_columns;
+};

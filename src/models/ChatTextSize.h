@@ -1,0 +1,12 @@
+#pragma once
+
+#include "models/RawText.h"
+
+#include <array>
+
+// Display size of the chat.
+enum class ChatTextSize { Small, Medium, Large };
+
+template <>
+inline constexpr std::array rawTexts<ChatTextSize>{QLatin1StringView("small"), QLatin1StringView("medium"),
+                                                   QLatin1StringView("large")};

@@ -1,0 +1,68 @@
+#include "models/Conversation.h"
+
+#include "models/RecordContext.h"
+
+#include <algorithm>
+
+Conversation::Conversation(std::shared_ptr<const FieldSealing> sealing, Columns columns)
+    : Record(RecordKind::Conversation, columns.id, std::move(sealing))
+    , m_columns(std::move(columns))
+{}
+
+QString Conversation::untitled()
+{
+    return QStringLiteral("New Conversation");
+}
+
+std::shared_ptr<Conversation> Conversation::create(std::shared_ptr<const FieldSealing> sealing,
+                                                   const Creation &fields)
+{
+    Columns columns;
+    columns.id = fields.id;
+    columns.sealedTitle = sealedAtCreation(*sealing, fields.title);
+    columns.createdAt = fields.createdAt;
+    columns.updatedAt = fields.createdAt;
+    columns.sealedRollingSummary = sealedAtCreation(*sealing, fields.rollingSummary);
+    columns.personaPreset = fields.personaPreset;
+    columns.spaceRaw = fields.spaceRaw;
+    return std::make_shared<Conversation>(std::move(sealing), std::move(columns));
+}
+
+const Conversation::Messages &Conversation::messages() const
+{
+    static const Messages none;
+    if (!m_messages && context())
+        m_messages = context()->messagesOf(*this); // still nothing when the store cannot be read
+    return m_messages ? *m_messages : none;
+}
+
+Conversation::Messages Conversation::orderedMessages() const
+{
+    Messages ordered = messages();
+    std::stable_sort(ordered.begin(), ordered.end(), [](const auto &left, const auto &right) {
+        return left->createdAt() < right->createdAt();
+    });
+    return ordered;
+}
+
+bool Conversation::isEmpty() const
+{
+    if (m_messages)
+        return m_messages->empty();
+    return !context() || !context()->hasMessages(*this);
+}
+
+void Conversation::append(const std::shared_ptr<ChatMessage> &message)
+{
+    (void)messages(); // those already stored come first
+    if (!m_messages)
+        m_messages.emplace();
+    message->setConversationID(id());
+    m_messages->push_back(message);
+}
+
+void Conversation::forget(const ChatMessage &message)
+{
+    if (m_messages)
+        std::erase_if(*m_messages, [&](const auto &held) { return held.get() == &message; });
+}

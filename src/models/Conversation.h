@@ -1,0 +1,76 @@
+#pragma once
+
+#include "models/ChatMessage.h"
+
+#include <vector>
+
+// One chat. Its messages are loaded from the store when they are first asked for.
+class Conversation final : public Record {
+public:
+    using Messages = std::vector<std::shared_ptr<ChatMessage>>;
+
+    // What a conversation is called until its first message gives it a title.
+    [[nodiscard]] static QString untitled();
+
+    // The row as it is stored.
+    struct Columns {
+        QUuid id;
+        QString sealedTitle;
+        QDateTime createdAt;
+        QDateTime updatedAt;
+        std::optional<QString> sealedRollingSummary;
+        std::optional<QString> personaPreset;
+        std::optional<QString> spaceRaw;
+    };
+
+    // A new conversation in readable form; it was last changed when it was created.
+    struct Creation {
+        QUuid id;
+        QString title;
+        QDateTime createdAt;
+        std::optional<QString> rollingSummary;
+        std::optional<QString> personaPreset;
+        std::optional<QString> spaceRaw;
+    };
+
+    Conversation(std::shared_ptr<const FieldSealing> sealing, Columns columns);
+
+    // Seals the texts at once.
+    [[nodiscard]] static std::shared_ptr<Conversation> create(std::shared_ptr<const FieldSealing> sealing,
+                                                              const Creation &fields);
+
+    [[nodiscard]] const Columns &columns() const { return m_columns; }
+
+    [[nodiscard]] QString title() const { return opened(m_columns.sealedTitle); }
+    void setTitle(const QString &text) { assignSealed(m_columns.sealedTitle, text); }
+
+    [[nodiscard]] const QDateTime &createdAt() const { return m_columns.createdAt; }
+    [[nodiscard]] const QDateTime &updatedAt() const { return m_columns.updatedAt; }
+    void setUpdatedAt(const QDateTime &date) { assign(m_columns.updatedAt, date); }
+
+    [[nodiscard]] std::optional<QString> rollingSummary() const
+    {
+        return opened(m_columns.sealedRollingSummary);
+    }
+    void setRollingSummary(const std::optional<QString> &text)
+    {
+        assignSealed(m_columns.sealedRollingSummary, text);
+    }
+
+    // In the order they were added. A transcript uses orderedMessages().
+    [[nodiscard]] const Messages &messages() const;
+
+    // By creation time; messages of the same moment stay in the order they were added.
+    [[nodiscard]] Messages orderedMessages() const;
+
+    // Does not load the messages.
+    [[nodiscard]] bool isEmpty() const;
+
+    // For the context and the repository only: the message must be, or be about to be, in the same context.
+    void append(const std::shared_ptr<ChatMessage> &message);
+    void forget(const ChatMessage &message);
+
+private:
+    Columns m_columns;
+    mutable std::optional<Messages> m_messages; // nothing until first asked for
+};

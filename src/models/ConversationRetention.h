@@ -1,0 +1,32 @@
+#pragma once
+
+#include "models/RawText.h"
+
+#include <array>
+#include <chrono>
+#include <optional>
+
+// How long a conversation stays after its last change.
+enum class ConversationRetention { Forever, NinetyDays, ThirtyDays, SevenDays };
+
+template <>
+inline constexpr std::array rawTexts<ConversationRetention>{
+    QLatin1StringView("forever"), QLatin1StringView("ninetyDays"), QLatin1StringView("thirtyDays"),
+    QLatin1StringView("sevenDays")};
+
+// Nothing means that nothing is ever pruned.
+[[nodiscard]] constexpr std::optional<std::chrono::seconds> retentionInterval(ConversationRetention retention)
+{
+    using std::chrono::days;
+    switch (retention) {
+    case ConversationRetention::Forever:
+        return std::nullopt;
+    case ConversationRetention::NinetyDays:
+        return days(90);
+    case ConversationRetention::ThirtyDays:
+        return days(30);
+    case ConversationRetention::SevenDays:
+        return days(7);
+    }
+    return std::nullopt;
+}

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "models/RawText.h"
+
+#include <array>
+
+// Who speaks in a stored message.
+enum class MessageRole { User, Assistant, System };
+
+template <>
+inline constexpr std::array rawTexts<MessageRole>{QLatin1StringView("user"), QLatin1StringView("assistant"),
+                                                  QLatin1StringView("system")};

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "models/RawText.h"
+
+#include <array>
+
+// A key combination, the one its name says.
+enum class ShortcutPreset {
+    OptionSpace,
+    ControlSpace,
+    CommandShiftSpace,
+    OptionC,
+    OptionV,
+    FunctionF13,
+    Disabled
+};
+
+template <>
+inline constexpr std::array rawTexts<ShortcutPreset>{
+    QLatin1StringView("optionSpace"),       QLatin1StringView("controlSpace"),
+    QLatin1StringView("commandShiftSpace"), QLatin1StringView("optionC"),
+    QLatin1StringView("optionV"),           QLatin1StringView("functionF13"),
+    QLatin1StringView("disabled")};

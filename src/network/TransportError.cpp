@@ -1,0 +1,9 @@
+#include "network/TransportError.h"
+
+#include <utility>
+
+TransportError::TransportError(Code code, QString description)
+    : m_code(code)
+    , m_description(std::move(description))
+    , m_what(m_description.toStdString())
+{}

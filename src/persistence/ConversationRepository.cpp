@@ -1,0 +1,301 @@
+#include "persistence/ConversationRepository.h"
+
+#include "persistence/PersistenceError.h"
+#include "persistence/SettingsRepository.h"
+#include "utils/Log.h"
+#include "utils/Text.h"
+
+#include <QCoreApplication>
+#include <QRegularExpression>
+#include <QThread>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto category = Log::Category::Persistence;
+constexpr QByteArrayView lastChangedFirst{"updatedAt DESC, rowid DESC"};
+constexpr qsizetype derivedTitleLength = 42;
+constexpr qsizetype givenTitleLength = 80;
+
+void assertMainThread()
+{
+    Q_ASSERT(!QCoreApplication::instance() ||
+             QThread::currentThread() == QCoreApplication::instance()->thread());
+}
+
+// What `ask` answers; `otherwise` when the store refuses.
+template <typename T, typename Ask>
+T answerOr(T otherwise, Ask ask)
+{
+    assertMainThread();
+    try {
+        return ask();
+    } catch (const DatabaseError &error) {
+        Log::error(category, "Fetch failed: %s"_L1, {error.what()});
+        return otherwise;
+    }
+}
+
+QStringList lines(const QString &text)
+{
+    static const QRegularExpression newline(u"\\r\\n|[\\n\\r\\x{0B}\\x{0C}\\x{85}\\x{2028}\\x{2029}]"_s);
+    return text.split(newline);
+}
+
+bool isSpace(QChar character)
+{
+    return character == u'\t' || character.category() == QChar::Separator_Space;
+}
+
+QStringView withoutTrailingSpaces(QStringView text)
+{
+    while (!text.isEmpty() && isSpace(text.back()))
+        text.chop(1);
+    return text;
+}
+
+QStringView withoutSpaces(QStringView text)
+{
+    while (!text.isEmpty() && isSpace(text.front()))
+        text = text.sliced(1);
+    return withoutTrailingSpaces(text);
+}
+
+// Sealed anew. A text that can't be opened or sealed is copied as it stands, so that nothing of it is lost.
+QString resealed(const FieldSealing &sealing, const QString &sealed)
+{
+    const QString text = sealing.open(sealed);
+    return text.isEmpty() ? sealed : sealing.seal(text).value_or(sealed);
+}
+
+std::optional<QString> resealed(const FieldSealing &sealing, const std::optional<QString> &sealed)
+{
+    return sealed ? std::optional(resealed(sealing, *sealed)) : std::nullopt;
+}
+
+Conversation::Columns copied(const FieldSealing &sealing, Conversation::Columns columns)
+{
+    columns.sealedTitle = resealed(sealing, columns.sealedTitle);
+    columns.sealedRollingSummary = resealed(sealing, columns.sealedRollingSummary);
+    return columns;
+}
+
+ChatMessage::Columns copied(const FieldSealing &sealing, ChatMessage::Columns columns)
+{
+    columns.sealedContent = resealed(sealing, columns.sealedContent);
+    columns.sealedErrorMessage = resealed(sealing, columns.sealedErrorMessage);
+    columns.sealedAttachmentName = resealed(sealing, columns.sealedAttachmentName);
+    columns.sealedToolSummary = resealed(sealing, columns.sealedToolSummary);
+    return columns;
+}
+
+ImportedDocument::Columns copied(const FieldSealing &sealing, ImportedDocument::Columns columns)
+{
+    columns.sealedFilename = resealed(sealing, columns.sealedFilename);
+    return columns;
+}
+
+} // namespace
+
+ConversationRepository::ConversationRepository(ObjectContext &context, Clock &clock,
+                                               const SettingsRepository *defaults)
+    : m_context(context)
+    , m_clock(clock)
+    , m_defaults(defaults)
+{}
+
+void ConversationRepository::save()
+{
+    assertMainThread();
+    try {
+        m_context.save();
+    } catch (const DatabaseError &error) {
+        Log::error(category, "Save failed: %s"_L1, {error.what()});
+        throw PersistenceError(PersistenceError::Reason::SaveFailed);
+    }
+}
+
+// Conversations of departed pages are left out of what people see.
+FetchRequest ConversationRepository::listed(std::int64_t offset, std::int64_t count) const
+{
+    FetchRequest request{.order = lastChangedFirst, .limit = count, .offset = offset};
+    const auto departed = m_defaults ? m_defaults->list(legacyModuleConversationsKey) : std::nullopt;
+    if (departed && !departed->isEmpty()) {
+        request.where = "id NOT IN (SELECT upper(value) FROM json_each(?))";
+        request.values = {SqlCoding::value(*departed)};
+    }
+    return request;
+}
+
+ConversationRepository::Conversations ConversationRepository::fetch(const FetchRequest &request) const
+{
+    return answerOr(Conversations(), [&] { return m_context.fetch<Conversation>(request); });
+}
+
+ConversationRepository::Conversations ConversationRepository::all() const
+{
+    return page(0, -1);
+}
+
+ConversationRepository::Conversations ConversationRepository::page(std::int64_t offset,
+                                                                   std::int64_t count) const
+{
+    return fetch(listed(offset, count));
+}
+
+std::shared_ptr<Conversation> ConversationRepository::mostRecent() const
+{
+    const Conversations first = page(0, 1);
+    return first.empty() ? nullptr : first.front();
+}
+
+std::int64_t ConversationRepository::count() const
+{
+    return answerOr(std::int64_t{0}, [&] { return m_context.count<Conversation>(listed(0, -1)); });
+}
+
+std::shared_ptr<Conversation> ConversationRepository::find(const QUuid &id) const
+{
+    return answerOr(std::shared_ptr<Conversation>(), [&] { return m_context.find<Conversation>(id); });
+}
+
+std::shared_ptr<ImportedDocument> ConversationRepository::findDocument(const QUuid &id) const
+{
+    return answerOr(std::shared_ptr<ImportedDocument>(),
+                    [&] { return m_context.find<ImportedDocument>(id); });
+}
+
+std::shared_ptr<Conversation> ConversationRepository::create()
+{
+    assertMainThread();
+    const auto conversation = Conversation::create(
+        m_context.sealing(),
+        {.id = QUuid::createUuid(), .title = Conversation::untitled(), .createdAt = m_clock.now()});
+    m_context.insert(conversation);
+    try {
+        save();
+    } catch (const PersistenceError &) {
+        m_context.withdraw(*conversation); // nobody would hold it
+        throw;
+    }
+    return conversation;
+}
+
+std::shared_ptr<ChatMessage> ConversationRepository::makeMessage(const ChatMessage::Creation &fields) const
+{
+    return ChatMessage::create(m_context.sealing(), fields);
+}
+
+void ConversationRepository::add(const std::shared_ptr<ChatMessage> &message, Conversation &conversation)
+{
+    assertMainThread();
+    conversation.append(message);
+    m_context.insert(message);
+    conversation.setUpdatedAt(m_clock.now());
+    if (message->role() == MessageRole::User && conversation.title() == Conversation::untitled())
+        conversation.setTitle(titleFrom(message->content()));
+    save();
+}
+
+std::shared_ptr<ImportedDocument> ConversationRepository::insert(const ImportedDocument::Creation &fields)
+{
+    assertMainThread();
+    const auto document = ImportedDocument::create(m_context.sealing(), fields);
+    m_context.insert(document);
+    save();
+    return document;
+}
+
+void ConversationRepository::rename(Conversation &conversation, const QString &title)
+{
+    assertMainThread();
+    const QString clean = Text::trimmed(lines(title).join(u' '));
+    if (clean.isEmpty())
+        return;
+    const QString shortened = Text::prefix(clean, givenTitleLength);
+    const QString kept = withoutSpaces(shortened).toString();
+    if (kept == conversation.title())
+        return;
+    conversation.setTitle(kept);
+    save();
+}
+
+QString ConversationRepository::titleFrom(const QString &text)
+{
+    const QString line = lines(Text::trimmed(text)).constFirst();
+    if (line.isEmpty())
+        return Conversation::untitled();
+    const QString start = Text::prefix(line, derivedTitleLength);
+    if (start.size() == line.size())
+        return line;
+    return withoutTrailingSpaces(start).toString() + u'…';
+}
+
+std::shared_ptr<Conversation> ConversationRepository::adopt(const Conversation &conversation)
+{
+    assertMainThread();
+    const auto &sealing = m_context.sealing();
+    std::vector<std::shared_ptr<Record>> copies;
+    const auto take = [&]<typename R>(const R &original) {
+        auto copy = std::make_shared<R>(sealing, copied(*sealing, original.columns()));
+        m_context.insert(copy);
+        copies.push_back(copy);
+        return copy;
+    };
+    const auto copy = take(conversation);
+    for (const auto &message : conversation.messages()) {
+        take(*message);
+        if (const auto document = message->document())
+            take(*document);
+    }
+    try {
+        save();
+    } catch (const PersistenceError &) {
+        for (const auto &taken : copies)
+            m_context.withdraw(*taken);
+        throw;
+    }
+    return copy;
+}
+
+void ConversationRepository::remove(Conversation &conversation)
+{
+    assertMainThread();
+    m_context.remove(conversation);
+    save();
+}
+
+void ConversationRepository::removeEmpty(const Conversation *except)
+{
+    const auto empty = fetch({.where = "NOT EXISTS (SELECT 1 FROM ChatMessage WHERE conversation = "
+                                       "Conversation.id)"});
+    for (const auto &conversation : empty) {
+        if (conversation.get() != except)
+            m_context.remove(*conversation);
+    }
+    save();
+}
+
+void ConversationRepository::prune(std::optional<std::chrono::seconds> interval, const QDateTime &now)
+{
+    if (!interval)
+        return;
+    const QDateTime cutoff = now.addSecs(-interval->count());
+    const auto expired = fetch({.where = "updatedAt < ?", .values = {SqlCoding::value(cutoff)}});
+    if (expired.empty())
+        return;
+    for (const auto &conversation : expired)
+        m_context.remove(*conversation);
+    save();
+    Log::info(category, "Pruned %ld conversations past retention window"_L1, {expired.size()});
+}
+
+void ConversationRepository::deleteAll()
+{
+    assertMainThread();
+    m_context.removeAll<Conversation>();
+    m_context.removeAll<ChatMessage>();
+    m_context.removeAll<ImportedDocument>();
+    save();
+}

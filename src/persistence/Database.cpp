@@ -1,0 +1,69 @@
+#include "persistence/Database.h"
+
+#include <QFile>
+
+#include <sqlite3.h>
+
+namespace {
+
+// How long a statement waits for another process that is writing.
+constexpr int busyTimeoutMilliseconds = 5000;
+
+} // namespace
+
+void Database::Closer::operator()(sqlite3 *connection) const
+{
+    sqlite3_close_v2(connection);
+}
+
+Database Database::inMemory()
+{
+    return openWith(":memory:", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+}
+
+Database Database::open(const QString &path, Access access)
+{
+    const QByteArray name = QFile::encodeName(path);
+    switch (access) {
+    case Access::ReadOnly:
+        return openWith(name, SQLITE_OPEN_READONLY);
+    case Access::ReadWrite:
+        return openWith(name, SQLITE_OPEN_READWRITE);
+    case Access::Create:
+        break;
+    }
+    return openWith(name, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+}
+
+Database Database::openWith(const QByteArray &name, int flags)
+{
+    sqlite3 *connection = nullptr;
+    const int code = sqlite3_open_v2(name.constData(), &connection, flags | SQLITE_OPEN_EXRESCODE, nullptr);
+    Database database(connection);
+    if (code != SQLITE_OK)
+        throw DatabaseError(code, sqlite3_errstr(code));
+    sqlite3_busy_timeout(connection, busyTimeoutMilliseconds);
+    return database;
+}
+
+void Database::execute(const char *sql)
+{
+    if (sqlite3_exec(m_connection.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK)
+        throw DatabaseError(sqlite3_extended_errcode(m_connection.get()), sqlite3_errmsg(m_connection.get()));
+}
+
+std::int64_t Database::integer(QByteArrayView sql)
+{
+    Statement statement = prepare(sql);
+    return statement.step() ? statement.integer() : 0;
+}
+
+bool Database::isInTransaction() const
+{
+    return sqlite3_get_autocommit(m_connection.get()) == 0;
+}
+
+std::int64_t Database::changes() const
+{
+    return sqlite3_changes64(m_connection.get());
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <exception>
+#include <string>
+
+// SQLite refused. `code` is its extended result code; the text is SQLite's own and holds no stored value.
+class DatabaseError final : public std::exception {
+public:
+    DatabaseError(int code, std::string description)
+        : m_code(code)
+        , m_description(std::move(description))
+    {}
+
+    [[nodiscard]] int code() const { return m_code; }
+    [[nodiscard]] const char *what() const noexcept override { return m_description.c_str(); }
+
+private:
+    int m_code;
+    std::string m_description;
+};

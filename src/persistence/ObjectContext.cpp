@@ -1,0 +1,377 @@
+#include "persistence/ObjectContext.h"
+
+#include "utils/Log.h"
+
+#include <QCoreApplication>
+#include <QThread>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void assertMainThread()
+{
+    Q_ASSERT(!QCoreApplication::instance() ||
+             QThread::currentThread() == QCoreApplication::instance()->thread());
+}
+
+// What `ask` answers; `otherwise` when the store refuses. Records read through here, and reads never throw.
+template <typename T, typename Ask>
+T answerOr(T otherwise, Ask ask)
+{
+    try {
+        return ask();
+    } catch (const DatabaseError &error) {
+        Log::error(Log::Category::Persistence, "Fetch failed: %s"_L1, {error.what()});
+        return otherwise;
+    }
+}
+
+QByteArray joined(std::initializer_list<QByteArrayView> pieces)
+{
+    QByteArray text;
+    for (const QByteArrayView piece : pieces)
+        text.append(piece);
+    return text;
+}
+
+// Writes a whole row, whether the table has it or not. A row that stays keeps its place in the order.
+template <typename R>
+QByteArray upsertSql()
+{
+    using Table = RecordTable<R>;
+    QByteArrayList marks;
+    QByteArrayList updates;
+    for (const QByteArray &column : Table::columns.toByteArray().split(',')) {
+        marks.append("?");
+        updates.append(column + "=excluded." + column);
+    }
+    return joined({"INSERT INTO ", Table::name, "(", Table::columns, ") VALUES(", marks.join(','),
+                   ") ON CONFLICT(id) DO UPDATE SET ", updates.join(',')});
+}
+
+QByteArrayView tableOf(RecordKind kind)
+{
+    switch (kind) {
+    case RecordKind::Conversation:
+        return RecordTable<Conversation>::name;
+    case RecordKind::ChatMessage:
+        return RecordTable<ChatMessage>::name;
+    case RecordKind::ImportedDocument:
+        return RecordTable<ImportedDocument>::name;
+    }
+    return {};
+}
+
+} // namespace
+
+ObjectContext::ObjectContext(Database database, std::shared_ptr<const FieldSealing> sealing)
+    : m_database(std::move(database))
+    , m_sealing(std::move(sealing))
+{}
+
+ObjectContext::~ObjectContext()
+{
+    for (const auto &[identity, entry] : m_live)
+        entry.record->detach();
+}
+
+void ObjectContext::insert(const std::shared_ptr<Record> &record)
+{
+    assertMainThread();
+    const Identity identity(record->kind(), record->id());
+    if (const auto former = m_live.find(identity); former != m_live.end())
+        letGo(*former->second.record);
+    m_live[identity].record = record.get();
+    record->attach(*this);
+    recordChanged(*record);
+}
+
+void ObjectContext::remove(Record &record)
+{
+    assertMainThread();
+    const auto keep = record.shared_from_this();
+    if (record.context() != this)
+        return;
+    std::vector<std::shared_ptr<Record>> goes{keep};
+    if (record.kind() == RecordKind::Conversation) {
+        for (const auto &[identity, entry] : m_live) {
+            if (identity.first != RecordKind::ChatMessage)
+                continue;
+            if (static_cast<const ChatMessage *>(entry.record)->conversationID() == record.id())
+                goes.push_back(entry.record->shared_from_this());
+        }
+    } else if (record.kind() == RecordKind::ChatMessage) {
+        const auto &message = static_cast<const ChatMessage &>(record);
+        const auto owner =
+            message.conversationID() ? known<Conversation>(*message.conversationID()) : nullptr;
+        if (owner)
+            owner->forget(message);
+    }
+    for (const auto &one : goes)
+        letGo(*one);
+    m_removed.emplace_back(record.kind(), record.id());
+    m_removalsAreWritten = false;
+}
+
+void ObjectContext::withdraw(Record &record)
+{
+    assertMainThread();
+    const auto keep = record.shared_from_this();
+    if (record.context() == this)
+        letGo(record);
+}
+
+void ObjectContext::removeAll(RecordKind kind)
+{
+    assertMainThread();
+    std::vector<std::shared_ptr<Record>> goes;
+    for (const auto &[identity, entry] : m_live) {
+        if (identity.first == kind)
+            goes.push_back(entry.record->shared_from_this());
+    }
+    for (const auto &one : goes)
+        letGo(*one);
+    m_emptied.insert(kind);
+    m_removalsAreWritten = false;
+}
+
+// The record is no longer part of this context. The caller holds it.
+void ObjectContext::letGo(Record &record)
+{
+    const auto found = m_live.find({record.kind(), record.id()});
+    if (found->second.isUnsaved)
+        std::erase_if(m_unsaved, [&](const auto &unsaved) { return unsaved.get() == &record; });
+    m_live.erase(found);
+    record.detach();
+}
+
+void ObjectContext::recordChanged(Record &record)
+{
+    assertMainThread();
+    Entry &entry = m_live.at({record.kind(), record.id()});
+    entry.isWritten = false;
+    if (entry.isUnsaved)
+        return;
+    entry.isUnsaved = true;
+    m_unsaved.push_back(record.shared_from_this());
+}
+
+void ObjectContext::recordReleased(const Record &record)
+{
+    m_live.erase({record.kind(), record.id()});
+}
+
+bool ObjectContext::hasChanges() const
+{
+    return !m_unsaved.empty() || !m_removed.empty() || !m_emptied.empty();
+}
+
+void ObjectContext::save()
+{
+    assertMainThread();
+    if (!hasChanges())
+        return;
+    try {
+        flush();
+        m_database.execute("COMMIT");
+    } catch (const DatabaseError &) {
+        rollBack();
+        throw;
+    }
+    for (const auto &record : m_unsaved)
+        m_live.at({record->kind(), record->id()}).isUnsaved = false;
+    m_unsaved.clear();
+    m_removed.clear();
+    m_emptied.clear();
+}
+
+// Brings the open transaction up to date with the objects, starting one when there is something to write.
+void ObjectContext::flush()
+{
+    if (!hasChanges())
+        return;
+    begin();
+    try {
+        writeRemovals();
+        writeChanges();
+    } catch (const DatabaseError &) {
+        rollBack();
+        throw;
+    }
+}
+
+// SQLite may have ended a transaction on its own after an error; then nothing of it counts as written.
+void ObjectContext::begin()
+{
+    if (m_database.isInTransaction())
+        return;
+    for (const auto &record : m_unsaved)
+        m_live.at({record->kind(), record->id()}).isWritten = false;
+    m_removalsAreWritten = false;
+    m_database.execute("BEGIN IMMEDIATE");
+}
+
+void ObjectContext::rollBack() noexcept
+{
+    try {
+        if (m_database.isInTransaction())
+            m_database.execute("ROLLBACK");
+    } catch (const DatabaseError &error) {
+        Log::error(Log::Category::Persistence, "Roll back failed: %s"_L1, {error.what()});
+    }
+}
+
+void ObjectContext::writeRemovals()
+{
+    if (m_removalsAreWritten)
+        return;
+    for (const RecordKind kind : m_emptied)
+        m_database.execute(joined({"DELETE FROM ", tableOf(kind)}).constData());
+    for (const auto &[kind, id] : m_removed) {
+        m_database.prepare(joined({"DELETE FROM ", tableOf(kind), " WHERE id=?"}))
+            .bind(SqlCoding::value(id))
+            .run();
+        if (kind == RecordKind::Conversation)
+            m_database.prepare("DELETE FROM ChatMessage WHERE conversation=?")
+                .bind(SqlCoding::value(id))
+                .run();
+    }
+    m_removalsAreWritten = true;
+}
+
+void ObjectContext::writeChanges()
+{
+    static const QByteArray conversationSql = upsertSql<Conversation>();
+    static const QByteArray messageSql = upsertSql<ChatMessage>();
+    static const QByteArray documentSql = upsertSql<ImportedDocument>();
+    Statement conversations = m_database.prepare(conversationSql);
+    Statement messages = m_database.prepare(messageSql);
+    Statement documents = m_database.prepare(documentSql);
+    for (const auto &record : m_unsaved) {
+        Entry &entry = m_live.at({record->kind(), record->id()});
+        if (entry.isWritten)
+            continue;
+        switch (record->kind()) {
+        case RecordKind::Conversation:
+            write<Conversation>(conversations, *record);
+            break;
+        case RecordKind::ChatMessage:
+            write<ChatMessage>(messages, *record);
+            break;
+        case RecordKind::ImportedDocument:
+            write<ImportedDocument>(documents, *record);
+            break;
+        }
+        entry.isWritten = true;
+    }
+}
+
+template <typename R>
+void ObjectContext::write(Statement &upsert, const Record &record)
+{
+    RecordTable<R>::bind(upsert, static_cast<const R &>(record).columns());
+    upsert.run();
+}
+
+template <typename R>
+std::shared_ptr<R> ObjectContext::known(const QUuid &id) const
+{
+    const auto found = m_live.find({RecordTable<R>::kind, id});
+    if (found == m_live.end())
+        return nullptr;
+    return std::static_pointer_cast<R>(found->second.record->shared_from_this());
+}
+
+template <typename R>
+Statement ObjectContext::select(QByteArrayView what, const FetchRequest &request)
+{
+    Statement statement =
+        m_database.prepare(joined({"SELECT ", what, " FROM ", RecordTable<R>::name, " WHERE ", request.where,
+                                   " ORDER BY ", request.order, " LIMIT ? OFFSET ?"}));
+    for (const SqlValue &value : request.values)
+        statement.bind(value);
+    statement.bind(request.limit).bind(request.offset);
+    return statement;
+}
+
+template <typename R>
+std::vector<std::shared_ptr<R>> ObjectContext::fetch(const FetchRequest &request)
+{
+    assertMainThread();
+    flush();
+    Statement rows = select<R>(RecordTable<R>::columns, request);
+    std::vector<std::shared_ptr<R>> records;
+    while (rows.step()) {
+        const QUuid id = rows.id();
+        if (id.isNull())
+            continue; // damaged: nothing could refer to it
+        auto record = known<R>(id);
+        if (!record) {
+            record = std::make_shared<R>(m_sealing, RecordTable<R>::read(id, rows));
+            m_live[{RecordTable<R>::kind, id}].record = record.get();
+            record->attach(*this);
+        }
+        records.push_back(std::move(record));
+    }
+    return records;
+}
+
+template <typename R>
+std::shared_ptr<R> ObjectContext::find(const QUuid &id)
+{
+    if (auto record = known<R>(id))
+        return record;
+    const auto found = fetch<R>({.where = "id=?", .values = {SqlCoding::value(id)}, .limit = 1});
+    return found.empty() ? nullptr : found.front();
+}
+
+template <typename R>
+std::int64_t ObjectContext::count(const FetchRequest &request)
+{
+    assertMainThread();
+    flush();
+    FetchRequest plain = request;
+    plain.order = "1";
+    Statement statement = select<R>("count(*)", plain);
+    return statement.step() ? statement.integer() : 0;
+}
+
+template std::vector<std::shared_ptr<Conversation>> ObjectContext::fetch(const FetchRequest &);
+template std::vector<std::shared_ptr<ChatMessage>> ObjectContext::fetch(const FetchRequest &);
+template std::vector<std::shared_ptr<ImportedDocument>> ObjectContext::fetch(const FetchRequest &);
+template std::shared_ptr<Conversation> ObjectContext::find(const QUuid &);
+template std::shared_ptr<ChatMessage> ObjectContext::find(const QUuid &);
+template std::shared_ptr<ImportedDocument> ObjectContext::find(const QUuid &);
+template std::int64_t ObjectContext::count<Conversation>(const FetchRequest &);
+template std::int64_t ObjectContext::count<ChatMessage>(const FetchRequest &);
+template std::int64_t ObjectContext::count<ImportedDocument>(const FetchRequest &);
+
+std::optional<std::vector<std::shared_ptr<ChatMessage>>>
+ObjectContext::messagesOf(const Conversation &conversation)
+{
+    using Messages = std::optional<std::vector<std::shared_ptr<ChatMessage>>>;
+    const FetchRequest request{.where = "conversation=?", .values = {SqlCoding::value(conversation.id())}};
+    return answerOr(Messages(), [&] { return Messages(fetch<ChatMessage>(request)); });
+}
+
+bool ObjectContext::hasMessages(const Conversation &conversation)
+{
+    const FetchRequest request{.where = "conversation=?", .values = {SqlCoding::value(conversation.id())}};
+    return answerOr(true, [&] {
+        flush();
+        return select<ChatMessage>("1", request).step();
+    });
+}
+
+std::shared_ptr<Conversation> ObjectContext::conversation(const QUuid &id)
+{
+    return answerOr(std::shared_ptr<Conversation>(), [&] { return find<Conversation>(id); });
+}
+
+std::shared_ptr<ImportedDocument> ObjectContext::document(const QUuid &id)
+{
+    return answerOr(std::shared_ptr<ImportedDocument>(), [&] { return find<ImportedDocument>(id); });
+}

@@ -1,0 +1,19 @@
+#include "persistence/PersistenceError.h"
+
+QString PersistenceError::userMessage() const
+{
+    switch (m_reason) {
+    case Reason::StoreUnavailable:
+        return QStringLiteral("Local storage could not be opened.");
+    case Reason::SaveFailed:
+        return QStringLiteral("The conversation could not be saved.");
+    }
+    return {};
+}
+
+std::optional<QString> PersistenceError::recoverySuggestion() const
+{
+    return QStringLiteral(
+        "Restart the app. If the problem persists, use Settings → Privacy → Delete All Local "
+        "Data.");
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "utils/UserPresentableError.h"
+
+class PersistenceError final : public UserPresentableError {
+public:
+    enum class Reason { StoreUnavailable, SaveFailed };
+
+    explicit PersistenceError(Reason reason)
+        : m_reason(reason)
+    {}
+
+    [[nodiscard]] Reason reason() const { return m_reason; }
+    [[nodiscard]] QString userMessage() const override;
+    [[nodiscard]] std::optional<QString> recoverySuggestion() const override;
+    [[nodiscard]] bool isRetryable() const override { return m_reason == Reason::SaveFailed; }
+
+private:
+    Reason m_reason;
+};

@@ -1,0 +1,223 @@
+#include "security/KeychainHome.h"
+
+#include "utils/CancelledError.h"
+#include "utils/Log.h"
+#include "utils/SecretBytes.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A keyring that starts with the session may take longer than one call waits for its answer.
+constexpr int patience = 3;
+
+} // namespace
+
+KeychainHome::KeychainHome(SecretStoring &keyring, const QString &keyFilePath, QString dataAccount)
+    : m_keyring(keyring)
+    , m_file(keyFilePath)
+    , m_dataAccount(std::move(dataAccount))
+{}
+
+KeychainOpening KeychainHome::open(const QString &service, KeyExpectation expectation,
+                                   const std::function<void(KeychainState)> &progress, std::stop_token stop)
+{
+    const Keyring keyring = reachKeyring(service, progress, stop);
+    throwIfStopped(stop);
+    if (keyring != Keyring::Open)
+        return openWithoutKeyring(keyring, service, expectation);
+    if (m_file.exists() && !takeOverFile())
+        return openFile(service, expectation);
+    return settle(m_keyring, KeychainState::Ready, service, expectation);
+}
+
+KeychainHome::Keyring KeychainHome::reachKeyring(const QString &service,
+                                                 const std::function<void(KeychainState)> &progress,
+                                                 std::stop_token stop)
+{
+    try {
+        switch (patientCondition(service, stop)) {
+        case Condition::Open:
+            return Keyring::Open;
+        case Condition::Absent:
+            return Keyring::Absent;
+        case Condition::Locked:
+            progress(KeychainState::WaitingForUnlock);
+            m_keyring.unlock(service, stop);
+            return Keyring::Open;
+        }
+    } catch (const SecretStoreError &error) {
+        return error.status() == KeychainStatus::UserCancelled ? Keyring::Dismissed : Keyring::Silent;
+    }
+    return Keyring::Silent;
+}
+
+SecretStoring::Condition KeychainHome::patientCondition(const QString &service, const std::stop_token &stop)
+{
+    for (int attempt = 1;; ++attempt) {
+        try {
+            return m_keyring.condition(service);
+        } catch (const SecretStoreError &) {
+            throwIfStopped(stop);
+            if (attempt == patience)
+                throw;
+        }
+    }
+}
+
+KeychainOpening KeychainHome::openWithoutKeyring(Keyring keyring, const QString &service,
+                                                 KeyExpectation expectation)
+{
+    if (m_file.exists())
+        return openFile(service, expectation);
+    if (keyring == Keyring::Dismissed)
+        return {KeychainState::Locked};
+    // Only a machine that has no keyring, and no data that one may hold the key to, gets a file.
+    if (keyring == Keyring::Silent || expectation == KeyExpectation::MustExist)
+        return {KeychainState::Unavailable};
+    try {
+        m_file.create();
+    } catch (const SecretStoreError &) {
+        return {KeychainState::FileUnreadable};
+    }
+    return openFile(service, expectation);
+}
+
+KeychainOpening KeychainHome::openFile(const QString &service, KeyExpectation expectation)
+{
+    return settle(m_file, KeychainState::ReadyInFile, service, expectation);
+}
+
+KeychainOpening KeychainHome::settle(SecretStoring &place, KeychainState ready, const QString &service,
+                                     KeyExpectation expectation)
+{
+    try {
+        auto key = place.find(service, m_dataAccount);
+        const bool holdsKey = key.has_value();
+        if (key)
+            wipe(key->value);
+        m_place = &place;
+        if (!holdsKey && expectation == KeyExpectation::MustExist)
+            return {KeychainState::KeyMissing, false};
+        return {ready, holdsKey};
+    } catch (const SecretStoreError &) {
+        return {ready == KeychainState::ReadyInFile ? KeychainState::FileUnreadable
+                                                    : KeychainState::Unavailable,
+                false};
+    }
+}
+
+// All or nothing: where the keyring holds another value for an account already, or does not give back what it
+// was given, the file stays in use and the keyring is left as it was.
+bool KeychainHome::takeOverFile()
+{
+    std::vector<KeyFileFormat::Entry> missing;
+    try {
+        for (const auto &entry : m_file.entries()) {
+            switch (compareWithKeyring(entry)) {
+            case Copy::Same:
+                break;
+            case Copy::Different:
+                return false;
+            case Copy::Missing:
+                missing.push_back(entry);
+                break;
+            }
+        }
+    } catch (const SecretStoreError &) {
+        return false;
+    }
+    if (!addVerified(missing))
+        return false;
+    for (std::size_t i = 0; i < missing.size(); ++i)
+        Log::info(Log::Category::App, "Migrated a stored secret to the data-protection keychain"_L1);
+    try {
+        m_file.wipeOut();
+    } catch (const SecretStoreError &) {
+        // Still whole; the next start finds the same values in the keyring and tries again.
+    }
+    return true;
+}
+
+bool KeychainHome::addVerified(const std::vector<KeyFileFormat::Entry> &entries)
+{
+    auto entry = entries.begin();
+    try {
+        for (; entry != entries.end(); ++entry) {
+            m_keyring.add(entry->service, {entry->account, entry->value});
+            if (compareWithKeyring(*entry) != Copy::Same)
+                break;
+        }
+    } catch (const SecretStoreError &) {
+        // `entry` tells how far it came.
+    }
+    if (entry == entries.end())
+        return true;
+    for (auto added = entries.begin(); added <= entry; ++added) {
+        try {
+            m_keyring.remove(added->service, added->account);
+        } catch (const SecretStoreError &) {
+            // A copy stays behind; an equal one does no harm at the next start.
+        }
+    }
+    return false;
+}
+
+KeychainHome::Copy KeychainHome::compareWithKeyring(const KeyFileFormat::Entry &entry)
+{
+    auto stored = m_keyring.find(entry.service, entry.account);
+    if (!stored)
+        return Copy::Missing;
+    const bool same = stored->value == entry.value;
+    wipe(stored->value);
+    return same ? Copy::Same : Copy::Different;
+}
+
+SecretStoring &KeychainHome::place() const
+{
+    SecretStoring *const chosen = m_place;
+    if (!chosen)
+        throw SecretStoreError(KeychainStatus::NotAvailable);
+    return *chosen;
+}
+
+SecretStoring::Condition KeychainHome::condition(const QString &service)
+{
+    return place().condition(service);
+}
+
+void KeychainHome::unlock(const QString &service, std::stop_token stop)
+{
+    place().unlock(service, stop);
+}
+
+std::optional<SecretStoring::Item> KeychainHome::find(const QString &service, const QString &account)
+{
+    return place().find(service, account);
+}
+
+std::vector<SecretStoring::Item> KeychainHome::items(const QString &service)
+{
+    return place().items(service);
+}
+
+void KeychainHome::add(const QString &service, const Item &item)
+{
+    place().add(service, item);
+}
+
+bool KeychainHome::update(const QString &service, const QString &account, const QByteArray &value)
+{
+    return place().update(service, account, value);
+}
+
+bool KeychainHome::remove(const QString &service, const QString &account)
+{
+    return place().remove(service, account);
+}
+
+bool KeychainHome::keepsPresence() const
+{
+    SecretStoring *const chosen = m_place;
+    return chosen && chosen->keepsPresence();
+}

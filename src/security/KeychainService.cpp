@@ -1,0 +1,322 @@
+#include "security/KeychainService.h"
+
+#include "security/KeychainError.h"
+#include "utils/Log.h"
+#include "utils/SecretBytes.h"
+#include "utils/Text.h"
+
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Operation = KeychainError::Operation;
+
+constexpr std::array formerServices{"ai.quelmarfolk.macos"_L1, "ai.quelmarfolk.mac"_L1,
+                                    "com.morvane.Quelmar"_L1};
+
+int number(KeychainStatus status)
+{
+    return static_cast<int>(status);
+}
+
+[[noreturn]] void failReading(KeychainStatus status)
+{
+    if (status == KeychainStatus::InteractionNotAllowed || status == KeychainStatus::AuthenticationFailed) {
+        Log::info(Log::Category::App, "A stored secret is behind Touch ID and was not read (%d)"_L1,
+                  {number(status)});
+    } else {
+        Log::error(Log::Category::App, "Keychain read failed: %d"_L1, {number(status)});
+    }
+    throw KeychainError(Operation::Read, status);
+}
+
+[[noreturn]] void fail(Operation operation, QLatin1StringView line, KeychainStatus status)
+{
+    Log::error(Log::Category::App, line, {number(status)});
+    throw KeychainError(operation, status);
+}
+
+// UTF-8 of a secret, wiped when it has been used.
+class SecretUtf8 {
+public:
+    explicit SecretUtf8(const QString &text)
+        : bytes(text.toUtf8())
+    {}
+    ~SecretUtf8() { wipe(bytes); }
+    SecretUtf8(const SecretUtf8 &) = delete;
+    SecretUtf8 &operator=(const SecretUtf8 &) = delete;
+
+    QByteArray bytes;
+};
+
+std::optional<QString> textOf(SecretStoring::Item &item)
+{
+    auto text = Text::fromUtf8(item.value);
+    wipe(item.value);
+    return text;
+}
+
+} // namespace
+
+KeychainService::KeychainService(QString service, SecretStoring &store, UserPresenceConfirming &presence)
+    : m_service(std::move(service))
+    , m_store(store)
+    , m_presence(presence)
+{}
+
+void KeychainService::save(const QString &value, const QString &account)
+{
+    const SecretUtf8 secret(value);
+    bool updated = false;
+    try {
+        updated = m_store.update(m_service, account, secret.bytes);
+    } catch (const SecretStoreError &error) {
+        fail(Operation::Save, "Keychain update failed: %d"_L1, error.status());
+    }
+    try {
+        if (!updated)
+            m_store.add(m_service, {account, secret.bytes});
+    } catch (const SecretStoreError &error) {
+        fail(Operation::Save, "Keychain add failed: %d"_L1, error.status());
+    }
+    remember(account, value);
+}
+
+std::optional<QString> KeychainService::read(const QString &account)
+{
+    return readItem(account, {}, Prompt::Never);
+}
+
+std::optional<QString> KeychainService::read(const QString &account, const QString &reason)
+{
+    return readItem(account, reason, Prompt::Allowed);
+}
+
+std::optional<QString> KeychainService::readItem(const QString &account, const QString &reason, Prompt prompt)
+{
+    if (auto value = cached(account))
+        return value;
+    auto item = findItem(account, prompt);
+    if (!item)
+        return std::nullopt;
+    if (item->presence == UserPresence::Required) {
+        wipe(item->value);
+        confirmPresence(reason, prompt);
+        item = findItem(account, Prompt::Never);
+        if (!item)
+            return std::nullopt;
+    }
+    const auto text = textOf(*item);
+    if (text)
+        remember(account, *text);
+    return text;
+}
+
+std::optional<SecretStoring::Item> KeychainService::findItem(const QString &account, Prompt prompt)
+{
+    try {
+        if (prompt == Prompt::Allowed && m_store.condition(m_service) == SecretStoring::Condition::Locked)
+            m_store.unlock(m_service, {});
+        return m_store.find(m_service, account);
+    } catch (const SecretStoreError &error) {
+        failReading(error.status());
+    }
+}
+
+void KeychainService::confirmPresence(const QString &reason, Prompt prompt)
+{
+    if (prompt == Prompt::Never)
+        failReading(KeychainStatus::InteractionNotAllowed);
+    switch (m_presence.confirm(reason, {})) {
+    case UserPresenceConfirming::Answer::Confirmed:
+        return;
+    case UserPresenceConfirming::Answer::Refused:
+        failReading(KeychainStatus::AuthenticationFailed);
+    case UserPresenceConfirming::Answer::Unavailable:
+        failReading(KeychainStatus::InteractionNotAllowed);
+    }
+}
+
+void KeychainService::remove(const QString &account)
+{
+    try {
+        m_store.remove(m_service, account);
+    } catch (const SecretStoreError &error) {
+        fail(Operation::Delete, "Keychain delete failed: %d"_L1, error.status());
+    }
+    forget(account);
+}
+
+void KeychainService::setUserPresence(const QString &value, const QString &account, UserPresence presence)
+{
+    switch (presence) {
+    case UserPresence::Required:
+        return putBehindPresence(value, account);
+    case UserPresence::NotRequired:
+        return takeFromPresence(value, account);
+    }
+}
+
+void KeychainService::putBehindPresence(const QString &value, const QString &account)
+{
+    if (!m_store.keepsPresence()) {
+        Log::error(Log::Category::App, "Access control unavailable: %s"_L1, {"no keyring is in use"});
+        throw KeychainError(Operation::Save, KeychainStatus::Parameter);
+    }
+    const SecretUtf8 secret(value);
+    try {
+        m_store.add(m_service, {account, secret.bytes, UserPresence::Required});
+    } catch (const SecretStoreError &error) {
+        Log::error(Log::Category::App, "Keychain add behind Touch ID failed: %d"_L1,
+                   {number(error.status())});
+        try {
+            save(value, account);
+        } catch (const KeychainError &) {
+            // The first failure is the one to tell.
+        }
+        throw KeychainError(Operation::Save, error.status());
+    }
+    remember(account, value);
+}
+
+void KeychainService::takeFromPresence(const QString &value, const QString &account)
+{
+    const SecretUtf8 secret(value);
+    try {
+        m_store.add(m_service, {account, secret.bytes, UserPresence::NotRequired});
+    } catch (const SecretStoreError &error) {
+        Log::error(Log::Category::App, "Keychain add failed: %d"_L1, {number(error.status())});
+        try {
+            putBehindPresence(value, account);
+        } catch (const KeychainError &) {
+            // The first failure is the one to tell.
+        }
+        throw KeychainError(Operation::Save, error.status());
+    }
+    remember(account, value);
+}
+
+bool KeychainService::requiresUserPresence(const QString &account) noexcept
+{
+    try {
+        auto item = m_store.find(m_service, account);
+        if (!item)
+            return false;
+        wipe(item->value);
+        return item->presence == UserPresence::Required;
+    } catch (const std::exception &) {
+        return false;
+    }
+}
+
+int KeychainService::deleteAll() noexcept
+{
+    int count = 0;
+    try {
+        for (auto &item : m_store.items(m_service)) {
+            wipe(item.value);
+            try {
+                remove(item.account);
+                ++count;
+            } catch (const KeychainError &) {
+                // Logged; the others still go.
+            }
+        }
+    } catch (const std::exception &) {
+        // A place that cannot be listed has nothing that could be removed.
+    }
+    for (const auto &former : formerServices)
+        count += removeFormerService(former) ? 1 : 0;
+    clearCache();
+    return count;
+}
+
+bool KeychainService::removeFormerService(const QString &service) noexcept
+{
+    bool removedAny = false;
+    try {
+        for (auto &item : m_store.items(service)) {
+            wipe(item.value);
+            removedAny = m_store.remove(service, item.account) || removedAny;
+        }
+    } catch (const std::exception &) {
+        // Left where it is.
+    }
+    return removedAny;
+}
+
+std::vector<LegacySecretListing::Secret> KeychainService::secretsOf(const QString &service)
+{
+    try {
+        std::vector<Secret> secrets;
+        for (auto &item : m_store.items(service)) {
+            if (auto text = textOf(item))
+                secrets.push_back({item.account, *text});
+        }
+        return secrets;
+    } catch (const SecretStoreError &error) {
+        failReading(error.status());
+    }
+}
+
+void KeychainService::removeSecret(const QString &service, const QString &account)
+{
+    try {
+        m_store.remove(service, account);
+    } catch (const SecretStoreError &error) {
+        fail(Operation::Delete, "Keychain delete failed: %d"_L1, error.status());
+    }
+}
+
+void KeychainService::warmUp()
+{
+    try {
+        for (auto &item : m_store.items(m_service)) {
+            if (item.presence == UserPresence::Required) {
+                wipe(item.value);
+                continue;
+            }
+            if (const auto text = textOf(item)) {
+                const std::lock_guard lock(m_mutex);
+                m_cache.try_emplace(item.account, *text); // a save in between is newer
+            }
+        }
+    } catch (const SecretStoreError &error) {
+        failReading(error.status());
+    }
+}
+
+void KeychainService::clearCache()
+{
+    std::map<QString, QString> former;
+    {
+        const std::lock_guard lock(m_mutex);
+        former.swap(m_cache);
+    }
+    for (auto &[account, value] : former)
+        wipe(value);
+}
+
+std::optional<QString> KeychainService::cached(const QString &account) const
+{
+    const std::lock_guard lock(m_mutex);
+    const auto found = m_cache.find(account);
+    return found == m_cache.end() ? std::nullopt : std::optional(found->second);
+}
+
+void KeychainService::remember(const QString &account, const QString &value)
+{
+    const std::lock_guard lock(m_mutex);
+    m_cache[account] = value;
+}
+
+void KeychainService::forget(const QString &account)
+{
+    const std::lock_guard lock(m_mutex);
+    if (const auto found = m_cache.find(account); found != m_cache.end()) {
+        wipe(found->second);
+        m_cache.erase(found);
+    }
+}

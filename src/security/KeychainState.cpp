@@ -1,0 +1,53 @@
+#include "security/KeychainState.h"
+
+#include "utils/Product.h"
+
+using namespace Qt::StringLiterals;
+
+bool isReady(KeychainState state)
+{
+    return state == KeychainState::Ready || state == KeychainState::ReadyInFile;
+}
+
+bool canRetry(KeychainState state)
+{
+    switch (state) {
+    case KeychainState::Locked:
+    case KeychainState::Unavailable:
+    case KeychainState::KeyMissing:
+    case KeychainState::FileUnreadable:
+        return true;
+    case KeychainState::Opening:
+    case KeychainState::WaitingForUnlock:
+    case KeychainState::Ready:
+    case KeychainState::ReadyInFile:
+        return false;
+    }
+    return false;
+}
+
+QString sentenceFor(KeychainState state)
+{
+    switch (state) {
+    case KeychainState::Opening:
+    case KeychainState::Ready:
+        return {};
+    case KeychainState::WaitingForUnlock:
+        return u"%1 is waiting for your desktop to unlock the keyring."_s.arg(Product::name);
+    case KeychainState::ReadyInFile:
+        return u"No keyring answers on this computer, so the key to your data is kept in a file that only "
+               "your account can read."_s;
+    case KeychainState::Locked:
+        return u"The keyring is still locked, so %1 cannot open your chats yet."_s.arg(Product::name);
+    case KeychainState::Unavailable:
+        return u"The keyring that holds the key to your data does not answer, so your chats stay closed and "
+               "unchanged."_s;
+    case KeychainState::KeyMissing:
+        return u"The key to your data is no longer in the keyring, so your chats cannot be read; they are "
+               "still there, and nothing was overwritten."_s;
+    case KeychainState::FileUnreadable:
+        return u"The file that stands in for a keyring cannot be used, so your chats stay closed and "
+               "unchanged."_s;
+    }
+    return {};
+}

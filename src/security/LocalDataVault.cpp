@@ -1,0 +1,181 @@
+#include "security/LocalDataVault.h"
+
+#include "security/KeychainError.h"
+#include "security/SealedForm.h"
+#include "security/TestHost.h"
+#include "utils/Base64.h"
+#include "utils/Log.h"
+#include "utils/PrivateFile.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::optional<SecretBytes> keyFrom(QString &&storedText)
+{
+    QByteArray text = storedText.toLatin1();
+    if (storedText.isDetached())
+        wipe(storedText); // the cache let go of it meanwhile, so this is the last copy
+    auto bytes = Base64::decode(text);
+    wipe(text);
+    if (!bytes)
+        return std::nullopt;
+    std::optional<SecretBytes> key;
+    if (bytes->size() == SealedForm::keySize)
+        key.emplace(*bytes);
+    wipe(*bytes);
+    return key;
+}
+
+QString textOf(const SecretBytes &key)
+{
+    QByteArray encoded = Base64::encode(key.view());
+    QString text = QString::fromLatin1(encoded);
+    wipe(encoded);
+    return text;
+}
+
+} // namespace
+
+const QString LocalDataVault::keyAccount = u"local-data-key"_s;
+
+LocalDataVault::LocalDataVault(KeychainServicing &keychain)
+    : m_keychain(keychain)
+{}
+
+SecretBytes LocalDataVault::key() const
+{
+    if (isLocked())
+        throw Locked();
+    if (auto stored = m_keychain.read(keyAccount)) {
+        if (auto key = keyFrom(std::move(*stored)))
+            return std::move(*key);
+    }
+    return makeKey();
+}
+
+SecretBytes LocalDataVault::makeKey() const
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_keyMustExist)
+            throw KeyMissing();
+    }
+    // Two first seals at once must end with one key: the second finds what the first has saved.
+    const std::lock_guard creation(m_creation);
+    if (auto stored = m_keychain.read(keyAccount)) {
+        if (auto key = keyFrom(std::move(*stored)))
+            return std::move(*key);
+    }
+    auto key = SecretBytes::random(SealedForm::keySize);
+    m_keychain.save(textOf(key), keyAccount);
+    return key;
+}
+
+void LocalDataVault::requireExistingKey()
+{
+    const std::lock_guard lock(m_mutex);
+    m_keyMustExist = true;
+}
+
+std::optional<QString> LocalDataVault::seal(const QString &text) const
+{
+    try {
+        return SealedForm::sealField(text, key());
+    } catch (const Locked &) {
+        return std::nullopt;
+    } catch (const std::exception &) {
+        return text;
+    }
+}
+
+QString LocalDataVault::open(const QString &text) const
+{
+    if (!SealedForm::isSealedField(text))
+        return text;
+    try {
+        return SealedForm::openField(text, key()).value_or(QString());
+    } catch (const std::exception &) {
+        return {};
+    }
+}
+
+QByteArray LocalDataVault::seal(const QByteArray &data) const
+{
+    return SealedForm::sealFile(data, key());
+}
+
+std::optional<QByteArray> LocalDataVault::open(const QByteArray &data) const
+{
+    if (!SealedForm::isSealedFile(data))
+        return data;
+    try {
+        return SealedForm::openFile(data, key());
+    } catch (const std::exception &) {
+        return std::nullopt;
+    }
+}
+
+void LocalDataVault::writeSealed(const QByteArray &data, const QString &path) const
+{
+    if (isLocked())
+        throw Locked();
+    QByteArray contents;
+    try {
+        contents = seal(data);
+    } catch (const std::exception &) {
+        contents = data;
+    }
+    writePrivate(contents, path);
+}
+
+void LocalDataVault::writePrivate(const QByteArray &data, const QString &path)
+{
+    PrivateFile::write(path, data);
+}
+
+void LocalDataVault::destroyKey()
+{
+    if (TestHost::isActive()) {
+        Log::error(Log::Category::App, "Refused to destroy the local data key under the test host"_L1);
+        return;
+    }
+    try {
+        m_keychain.remove(keyAccount);
+    } catch (const KeychainError &) {
+        // Logged where it failed. The erasure goes on: what it removes no longer needs the key.
+    }
+    const std::lock_guard lock(m_mutex);
+    m_keyMustExist = false;
+}
+
+void LocalDataVault::moveKey(UserPresence presence)
+{
+    if (TestHost::isActive()) {
+        Log::error(Log::Category::App,
+                   "Refused to move the local data key behind Touch ID under the test host"_L1);
+        throw Locked();
+    }
+    m_keychain.setUserPresence(textOf(key()), keyAccount, presence);
+}
+
+void LocalDataVault::lock()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isLocked = true;
+    }
+    m_keychain.clearCache();
+}
+
+void LocalDataVault::unlock()
+{
+    const std::lock_guard lock(m_mutex);
+    m_isLocked = false;
+}
+
+bool LocalDataVault::isLocked() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_isLocked;
+}

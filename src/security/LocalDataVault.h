@@ -1,0 +1,86 @@
+#pragma once
+
+#include "security/FieldSealing.h"
+#include "security/KeychainServicing.h"
+#include "utils/SecretBytes.h"
+
+#include <QByteArray>
+#include <QStringList>
+
+#include <exception>
+#include <mutex>
+
+// Owns the local data key and everything that is sealed with it. While it is locked the key is not handed
+// out, so nothing is sealed and nothing is opened.
+//
+// One per process, outliving every store. Any thread may seal and open. The key is fetched for each operation
+// and wiped after it; only the keychain's cache holds its text in between.
+class LocalDataVault final : public FieldSealing {
+public:
+    static const QString keyAccount; // "local-data-key"
+
+    class Locked final : public std::exception {
+    public:
+        [[nodiscard]] const char *what() const noexcept override { return "the vault is locked"; }
+    };
+
+    // A key must exist and does not: what was sealed stays as it is, and no new key takes its place.
+    class KeyMissing final : public std::exception {
+    public:
+        [[nodiscard]] const char *what() const noexcept override { return "the data key is missing"; }
+    };
+
+    // `keychain` outlives the vault.
+    explicit LocalDataVault(KeychainServicing &keychain);
+
+    // The single gate. Throws Locked, KeychainError or KeyMissing. A missing or unusable key is replaced by a
+    // new one unless requireExistingKey() was called.
+    [[nodiscard]] SecretBytes key() const;
+
+    // From now on a missing key is an error. destroyKey() lifts it.
+    void requireExistingKey();
+
+    // Fields. No value while locked. Without a key the text comes back as it is: a readable value is better
+    // than lost words.
+    [[nodiscard]] std::optional<QString> seal(const QString &text) const override;
+    [[nodiscard]] QString open(const QString &text) const override;
+
+    // Files. Sealing throws what key() throws, or std::runtime_error from the cipher.
+    [[nodiscard]] QByteArray seal(const QByteArray &data) const;
+
+    // Contents that are not sealed come back as they are. No value: sealed, and this key does not open it.
+    [[nodiscard]] std::optional<QByteArray> open(const QByteArray &data) const;
+
+    // Seals `data` and writes it. While locked throws Locked and leaves the file alone; when sealing fails
+    // the file is written in the clear. Throws FileError.
+    void writeSealed(const QByteArray &data, const QString &path) const;
+
+    // Atomic, mode 0600, folders made as needed. Throws FileError.
+    static void writePrivate(const QByteArray &data, const QString &path);
+
+    // Never throws: a key that cannot be removed stays. Refused under a test host.
+    void destroyKey();
+
+    // Re-stores the key with or without user presence. Throws what key() throws, or KeychainError when the
+    // keychain refuses; the key is then where it was.
+    void moveKey(UserPresence presence);
+
+    // Locking also empties the keychain's cache, so that no key text stays in memory.
+    void lock();
+    void unlock();
+    [[nodiscard]] bool isLocked() const;
+
+    // Seals the stores that an older build left in the clear below the application-support directory `base`
+    // (the user's own when empty) and returns their names. Callers skip it under a test host.
+    [[nodiscard]] QStringList sealLeftovers(const QString &base = {}) const;
+
+private:
+    [[nodiscard]] SecretBytes makeKey() const;
+    [[nodiscard]] bool sealLeftover(const QString &path) const;
+
+    KeychainServicing &m_keychain;
+    mutable std::mutex m_mutex;    // never held across a call to the keychain
+    bool m_isLocked = false;       // guarded by m_mutex
+    bool m_keyMustExist = false;   // guarded by m_mutex
+    mutable std::mutex m_creation; // one thread at a time makes the first key
+};

@@ -1,0 +1,58 @@
+#include "security/SealedForm.h"
+
+#include "utils/Base64.h"
+#include "utils/SealedBox.h"
+#include "utils/Text.h"
+
+namespace {
+
+constexpr QStringView fieldMarker = u"\u0001KVT1:";
+
+} // namespace
+
+bool SealedForm::isSealedField(QStringView text)
+{
+    return text.startsWith(fieldMarker);
+}
+
+QString SealedForm::sealField(const QString &text, const SecretBytes &key)
+{
+    QByteArray plain = text.toUtf8();
+    const QByteArray body = Base64::encode(SealedBox::seal(plain, key));
+    wipe(plain);
+    QString field;
+    field.reserve(fieldMarker.size() + body.size());
+    return field.append(fieldMarker).append(QLatin1StringView(body));
+}
+
+std::optional<QString> SealedForm::openField(const QString &field, const SecretBytes &key)
+{
+    if (!isSealedField(field))
+        return std::nullopt;
+    const auto box = Base64::decode(QStringView(field).sliced(fieldMarker.size()).toLatin1());
+    if (!box)
+        return std::nullopt;
+    auto plain = SealedBox::open(*box, key);
+    if (!plain)
+        return std::nullopt;
+    auto text = Text::fromUtf8(*plain);
+    wipe(*plain);
+    return text;
+}
+
+bool SealedForm::isSealedFile(QByteArrayView contents)
+{
+    return contents.size() > fileMagic.size() && contents.startsWith(fileMagic);
+}
+
+QByteArray SealedForm::sealFile(QByteArrayView plain, const SecretBytes &key)
+{
+    return fileMagic.toByteArray() + SealedBox::seal(plain, key);
+}
+
+std::optional<QByteArray> SealedForm::openFile(QByteArrayView contents, const SecretBytes &key)
+{
+    if (!isSealedFile(contents))
+        return std::nullopt;
+    return SealedBox::open(contents.sliced(fileMagic.size()), key);
+}

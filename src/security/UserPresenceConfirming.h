@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+#include <stop_token>
+
+// Asks the person at the machine to show that they are there: a fingerprint, the login password.
+class UserPresenceConfirming {
+public:
+    enum class Answer { Confirmed, Refused, Unavailable };
+
+    virtual ~UserPresenceConfirming() = default;
+
+    // Whether this machine has anything to ask with. Any thread.
+    [[nodiscard]] virtual bool canConfirm() const = 0;
+
+    // Prompts and waits; `reason` completes "… is trying to". Never on the GUI thread.
+    [[nodiscard]] virtual Answer confirm(const QString &reason, std::stop_token stop) = 0;
+};

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "view_models/ChatViewModel.h"
+#include "view_models/TurnHistory.h"
+
+#include <cstdint>
+#include <memory>
+#include <set>
+
+// One turn from its start to its end. Holds what it works on, so that a turn may outlast a chat switch.
+struct ChatViewModel::Turn {
+    std::shared_ptr<ChatMessage> reply;
+    std::shared_ptr<Conversation> conversation;
+    TurnHistory::Items history;
+    bool isContinuation = false; // new text joins the reply's present text
+    std::uint64_t number = 0;
+    std::set<QUuid> formerProofs = {}; // proof rows that were there before this turn
+};

@@ -1,0 +1,85 @@
+#include "view_models/ConversationListModel.h"
+
+#include "models/Conversation.h"
+#include "persistence/ConversationRepository.h"
+#include "utils/Clock.h"
+#include "utils/Identifier.h"
+
+#include <QLocale>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString sectionOf(const QDateTime &date, const QDateTime &now)
+{
+    const QDate day = date.toLocalTime().date();
+    const QDate today = now.toLocalTime().date();
+    if (day >= today)
+        return u"Today"_s;
+    if (day == today.addDays(-1))
+        return u"Yesterday"_s;
+    if (day > today.addDays(-7))
+        return u"Last 7 Days"_s;
+    return QLocale(QLocale::English).toString(day, u"MMMM yyyy"_s);
+}
+
+} // namespace
+
+ConversationListModel::ConversationListModel(ConversationRepository &repository, Clock &clock,
+                                             QObject *parent)
+    : QAbstractListModel(parent)
+    , m_repository(repository)
+    , m_clock(clock)
+{
+    refresh();
+}
+
+int ConversationListModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_rows.size());
+}
+
+QHash<int, QByteArray> ConversationListModel::roleNames() const
+{
+    return {{ConversationIdRole, "conversationId"}, {TitleRole, "title"}, {SectionRole, "section"}};
+}
+
+QVariant ConversationListModel::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+        return {};
+    const Row &row = m_rows[static_cast<std::size_t>(index.row())];
+    switch (role) {
+    case ConversationIdRole:
+        return Identifier::text(row.id);
+    case TitleRole:
+        return row.title;
+    case SectionRole:
+        return sectionOf(row.updatedAt, m_clock.now());
+    default:
+        return {};
+    }
+}
+
+void ConversationListModel::refresh()
+{
+    std::vector<Row> rows;
+    for (const auto &conversation : m_repository.all())
+        rows.push_back({conversation->id(), conversation->title(), conversation->updatedAt()});
+    if (rows == m_rows)
+        return;
+    const bool sameOrder = std::equal(rows.begin(), rows.end(), m_rows.begin(), m_rows.end(),
+                                      [](const Row &a, const Row &b) { return a.id == b.id; });
+    if (sameOrder) {
+        m_rows = std::move(rows);
+        Q_EMIT dataChanged(index(0), index(rowCount() - 1));
+        return;
+    }
+    beginResetModel();
+    m_rows = std::move(rows);
+    endResetModel();
+    Q_EMIT countChanged();
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <QAbstractListModel>
+#include <QDateTime>
+#include <QString>
+#include <QUuid>
+#include <QtQml/qqmlregistration.h>
+
+#include <vector>
+
+class Clock;
+class ConversationRepository;
+
+// The saved chats, newest first, for the sidebar.
+class ConversationListModel : public QAbstractListModel {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
+    Q_PROPERTY(int count READ rowCountNow NOTIFY countChanged)
+
+public:
+    enum Role {
+        ConversationIdRole = Qt::UserRole + 1, // text, for ChatViewModel::open
+        TitleRole,                             // one line
+        SectionRole,                           // "Today", "Yesterday", "Last 7 Days" or a month
+    };
+
+    ConversationListModel(ConversationRepository &repository, Clock &clock, QObject *parent = nullptr);
+
+    [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+    // Reads the list again; rows that stay are moved and updated in place.
+    void refresh();
+
+Q_SIGNALS:
+    void countChanged();
+
+private:
+    struct Row {
+        QUuid id;
+        QString title;
+        QDateTime updatedAt;
+        bool operator==(const Row &) const = default;
+    };
+
+    [[nodiscard]] int rowCountNow() const { return rowCount(); }
+
+    ConversationRepository &m_repository;
+    Clock &m_clock;
+    std::vector<Row> m_rows;
+};

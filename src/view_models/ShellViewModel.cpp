@@ -1,0 +1,129 @@
+#include "view_models/ShellViewModel.h"
+
+#include "persistence/SettingsStore.h"
+#include "utils/Product.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+
+#include <utility>
+
+ShellViewModel::ShellViewModel(SettingsStore &settings, QString startupError, QString startupSuggestion,
+                               QObject *parent)
+    : QObject(parent)
+    , m_settings(settings)
+    , m_startupError(std::move(startupError))
+    , m_startupSuggestion(std::move(startupSuggestion))
+{
+    connect(&settings, &SettingsStore::appearanceChanged, this, &ShellViewModel::appearanceChanged);
+    connect(&settings, &SettingsStore::reduceAnimationChanged, this, &ShellViewModel::reduceAnimationChanged);
+    connect(&settings, &SettingsStore::chatTextSizeChanged, this, &ShellViewModel::textScaleChanged);
+    connect(&settings, &SettingsStore::chatHistoryOpenChanged, this, &ShellViewModel::sidebarOpenChanged);
+}
+
+QString ShellViewModel::productName() const
+{
+    return Product::name;
+}
+
+QString ShellViewModel::versionText() const
+{
+    return SettingsStore::versionText();
+}
+
+QString ShellViewModel::appearance() const
+{
+    return rawText(m_settings.appearance());
+}
+
+void ShellViewModel::setAppearance(const QString &raw)
+{
+    if (const auto appearance = fromRawText<AppAppearance>(raw))
+        m_settings.setAppearance(*appearance);
+}
+
+bool ShellViewModel::isDark() const
+{
+    switch (m_settings.appearance()) {
+    case AppAppearance::System:
+        return m_systemDark;
+    case AppAppearance::Light:
+        return false;
+    case AppAppearance::Dark:
+    case AppAppearance::Gallery:
+        return true;
+    }
+    return false;
+}
+
+void ShellViewModel::setSystemDark(bool dark)
+{
+    if (m_systemDark == dark)
+        return;
+    m_systemDark = dark;
+    Q_EMIT appearanceChanged();
+}
+
+bool ShellViewModel::reduceAnimation() const
+{
+    return m_settings.reduceAnimation();
+}
+
+void ShellViewModel::setReduceAnimation(bool reduce)
+{
+    m_settings.setReduceAnimation(reduce);
+}
+
+double ShellViewModel::textScale() const
+{
+    switch (m_settings.chatTextSize()) {
+    case ChatTextSize::Small:
+        return 0.9;
+    case ChatTextSize::Medium:
+        return 1.0;
+    case ChatTextSize::Large:
+        return 1.15;
+    }
+    return 1.0;
+}
+
+QString ShellViewModel::textSize() const
+{
+    return rawText(m_settings.chatTextSize());
+}
+
+void ShellViewModel::setTextSize(const QString &raw)
+{
+    if (const auto size = fromRawText<ChatTextSize>(raw))
+        m_settings.setChatTextSize(*size);
+}
+
+bool ShellViewModel::isSidebarOpen() const
+{
+    return m_settings.chatHistoryOpen();
+}
+
+void ShellViewModel::setSidebarOpen(bool open)
+{
+    m_settings.setChatHistoryOpen(open);
+}
+
+void ShellViewModel::ask(const QString &title, const QString &text, const QStringList &buttons,
+                         std::function<void(int)> answered)
+{
+    m_question = {title, text, buttons, std::move(answered)};
+    Q_EMIT questionChanged();
+}
+
+void ShellViewModel::answerQuestion(int button)
+{
+    const Question question = std::exchange(m_question, {});
+    Q_EMIT questionChanged();
+    if (question.answered)
+        question.answered(button);
+}
+
+void ShellViewModel::copy(const QString &text) const
+{
+    QGuiApplication::clipboard()->setText(text);
+}

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QtQml/qqmlregistration.h>
+
+#include <functional>
+
+class SettingsStore;
+
+// What the window as a whole shows: appearance, sidebar, which page is open, and what went wrong at start.
+class ShellViewModel : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
+    Q_PROPERTY(QString productName READ productName CONSTANT)
+    Q_PROPERTY(QString versionText READ versionText CONSTANT)
+    Q_PROPERTY(QString appearance READ appearance WRITE setAppearance NOTIFY appearanceChanged) // raw text
+    Q_PROPERTY(bool dark READ isDark NOTIFY appearanceChanged)
+    Q_PROPERTY(
+        bool reduceAnimation READ reduceAnimation WRITE setReduceAnimation NOTIFY reduceAnimationChanged)
+    Q_PROPERTY(double textScale READ textScale NOTIFY textScaleChanged)                  // 0.9, 1 or 1.15
+    Q_PROPERTY(QString textSize READ textSize WRITE setTextSize NOTIFY textScaleChanged) // raw text
+    Q_PROPERTY(bool sidebarOpen READ isSidebarOpen WRITE setSidebarOpen NOTIFY sidebarOpenChanged)
+    Q_PROPERTY(QString startupError READ startupError CONSTANT)           // empty for none
+    Q_PROPERTY(QString startupSuggestion READ startupSuggestion CONSTANT) // empty for none
+    // A question that the person has to answer before the application goes on; no title for none.
+    Q_PROPERTY(QString questionTitle READ questionTitle NOTIFY questionChanged)
+    Q_PROPERTY(QString questionText READ questionText NOTIFY questionChanged)
+    Q_PROPERTY(QStringList questionButtons READ questionButtons NOTIFY questionChanged)
+
+public:
+    ShellViewModel(SettingsStore &settings, QString startupError, QString startupSuggestion,
+                   QObject *parent = nullptr);
+
+    [[nodiscard]] QString productName() const;
+    [[nodiscard]] QString versionText() const;
+    [[nodiscard]] QString appearance() const;
+    void setAppearance(const QString &raw);
+    [[nodiscard]] bool isDark() const;
+    // What the desktop prefers, used while the appearance follows the system.
+    void setSystemDark(bool dark);
+    [[nodiscard]] bool reduceAnimation() const;
+    void setReduceAnimation(bool reduce);
+    [[nodiscard]] double textScale() const;
+    [[nodiscard]] QString textSize() const;
+    void setTextSize(const QString &raw);
+    [[nodiscard]] bool isSidebarOpen() const;
+    void setSidebarOpen(bool open);
+    [[nodiscard]] const QString &startupError() const { return m_startupError; }
+    [[nodiscard]] const QString &startupSuggestion() const { return m_startupSuggestion; }
+
+    [[nodiscard]] const QString &questionTitle() const { return m_question.title; }
+    [[nodiscard]] const QString &questionText() const { return m_question.text; }
+    [[nodiscard]] const QStringList &questionButtons() const { return m_question.buttons; }
+
+    // Shows a question in place of any former one, which stays unanswered. `answered` gets the index of the
+    // button, or -1 when the question was closed.
+    void ask(const QString &title, const QString &text, const QStringList &buttons,
+             std::function<void(int)> answered);
+    Q_INVOKABLE void answerQuestion(int button);
+
+    // Puts plain text on the clipboard.
+    Q_INVOKABLE void copy(const QString &text) const;
+
+Q_SIGNALS:
+    void appearanceChanged();
+    void reduceAnimationChanged();
+    void textScaleChanged();
+    void sidebarOpenChanged();
+    void questionChanged();
+    void settingsRequested(); // something outside the window asks for the settings page
+
+private:
+    SettingsStore &m_settings;
+    bool m_systemDark = false;
+    QString m_startupError;
+    QString m_startupSuggestion;
+    struct Question {
+        QString title;
+        QString text;
+        QStringList buttons;
+        std::function<void(int)> answered;
+    };
+    Question m_question;
+};

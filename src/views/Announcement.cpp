@@ -1,0 +1,9 @@
+#include "views/Announcement.h"
+
+#include <QAccessible>
+
+void Announcement::announce()
+{
+    QAccessibleEvent event(this, QAccessible::Alert);
+    QAccessible::updateAccessibility(&event);
+}

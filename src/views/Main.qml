@@ -1,0 +1,135 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+import Morvane.ViewModels
+
+// The main window. The application hands in the view models and shows it.
+T.ApplicationWindow {
+    id: window
+
+    required property ChatViewModel chat
+    required property ConversationListModel conversations
+    required property AISettingsViewModel aiSettings
+    required property NetworkLedgerViewModel networkLedger
+    required property ShellViewModel shell
+    required property CompanionViewModel companion
+
+    readonly property bool narrow: width < 800
+    property bool overlayOpen: false
+    readonly property bool sidebarShown: narrow ? overlayOpen : shell.sidebarOpen
+
+    function toggleSidebar() {
+        if (window.narrow)
+            window.overlayOpen = !window.overlayOpen;
+        else
+            window.shell.sidebarOpen = !window.shell.sidebarOpen;
+    }
+    function beginChat() {
+        window.overlayOpen = false;
+        window.chat.newConversation();
+        page.focusComposer();
+    }
+    function openSettings() {
+        settings.active = true;
+        settings.item.show();
+        settings.item.raise();
+        settings.item.requestActivate();
+    }
+
+    width: 1100
+    height: 760
+    minimumWidth: 420
+    minimumHeight: 520
+    title: shell.productName
+    color: Theme.page
+    onNarrowChanged: overlayOpen = false
+
+    Binding { target: Theme; property: "dark"; value: window.shell.dark }
+    Binding { target: Theme; property: "textScale"; value: window.shell.textScale }
+    Binding { target: Theme; property: "reduceAnimation"; value: window.shell.reduceAnimation }
+
+    FocusScope {
+        anchors.fill: parent
+        focus: true
+
+        Keys.onEscapePressed: window.overlayOpen ? window.overlayOpen = false : window.chat.stopResponding()
+
+        ChatPage {
+            id: page
+
+            anchors.fill: parent
+            anchors.leftMargin: window.narrow ? 0 : Math.max(0, sidebar.x + sidebar.width)
+            focus: true
+            chat: window.chat
+            shell: window.shell
+            companion: window.companion
+            sidebarShown: window.sidebarShown
+            onSettingsChosen: window.openSettings()
+            onSidebarChosen: window.toggleSidebar()
+        }
+        SidebarScrim {
+            anchors.fill: parent
+            shown: window.narrow && window.overlayOpen
+            onDismissed: window.overlayOpen = false
+        }
+        SidebarFrame {
+            id: sidebar
+
+            objectName: "sidebar"
+            height: parent.height
+            shown: window.sidebarShown
+            resizable: !window.narrow
+
+            Sidebar {
+                anchors.fill: parent
+                chat: window.chat
+                conversations: window.conversations
+                companion: window.companion
+                onNewChatChosen: window.beginChat()
+                onChatChosen: {
+                    window.overlayOpen = false;
+                    page.focusComposer();
+                }
+                onSettingsChosen: window.openSettings()
+                onHideChosen: window.toggleSidebar()
+            }
+        }
+    }
+    WindowKeys {
+        onNewChat: window.beginChat()
+        onSettings: window.openSettings()
+        onSidebar: window.toggleSidebar()
+        onComposer: page.focusComposer()
+        onCopyAnswer: page.copyLastAnswer()
+        onPage: direction => page.scrollPage(direction)
+        onToEnd: page.goToEnd()
+        onSheet: sheet.active ? sheet.active = false : sheet.active = true
+    }
+    Loader {
+        id: sheet
+
+        active: false
+        anchors.fill: parent
+        sourceComponent: ShortcutsSheet {
+            onClosed: sheet.active = false
+            Component.onCompleted: open()
+        }
+    }
+    Loader {
+        id: settings
+
+        active: false
+        sourceComponent: SettingsWindow {
+            aiSettings: window.aiSettings
+            networkLedger: window.networkLedger
+            shell: window.shell
+        }
+    }
+    Connections {
+        target: window.shell
+
+        function onSettingsRequested() { window.openSettings(); }
+    }
+}

@@ -1,0 +1,85 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Layouts
+import QtQuick.Templates as T
+import Morvane
+
+// The list of keys.
+Panel {
+    id: root
+
+    title: qsTr("Keyboard shortcuts")
+    implicitWidth: Math.min(460, (parent ? parent.width : 460) - 48)
+    onOpened: closeButton.forceActiveFocus(Qt.TabFocusReason)
+
+    contentItem: ColumnLayout {
+        spacing: Theme.gap16
+
+        Flickable {
+            Layout.fillWidth: true
+            implicitHeight: Math.min(rows.implicitHeight, (root.parent ? root.parent.height : 600) - 240)
+            contentHeight: rows.implicitHeight
+            boundsBehavior: Flickable.StopAtBounds
+            clip: true
+
+            T.ScrollBar.vertical: ScrollHandle {}
+
+            Column {
+                id: rows
+
+                width: parent.width
+
+                Repeater {
+                    model: Keymap.sheetRows
+
+                    RowLayout {
+                        id: row
+
+                        required property var modelData
+
+                        width: rows.width
+                        height: 30
+
+                        SmallText {
+                            Layout.fillWidth: true
+                            text: row.modelData.action
+                            color: Theme.text
+                            elide: Text.ElideRight
+                            wrapMode: Text.NoWrap
+                            Accessible.role: Accessible.StaticText
+                            Accessible.name: row.modelData.keys + ": " + row.modelData.action
+                        }
+                        KeyCap { text: row.modelData.keys }
+                    }
+                }
+            }
+        }
+        PushButton {
+            id: closeButton
+
+            Layout.alignment: Qt.AlignRight
+            text: qsTr("Close")
+            onClicked: root.close()
+        }
+    }
+
+    component KeyCap: Rectangle {
+        property alias text: label.text
+
+        implicitWidth: label.implicitWidth + 16
+        implicitHeight: 22
+        radius: 6
+        color: Theme.code
+        border.width: 1
+        border.color: Theme.hairline
+
+        CaptionText {
+            id: label
+
+            anchors.centerIn: parent
+            wrapMode: Text.NoWrap
+            Accessible.ignored: true
+        }
+    }
+}

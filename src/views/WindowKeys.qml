@@ -1,0 +1,27 @@
+import QtQuick
+import Morvane
+
+// The keys that work wherever the focus is in the main window.
+Item {
+    id: root
+
+    signal newChat()
+    signal settings()
+    signal sidebar()
+    signal composer()
+    signal copyAnswer()
+    signal page(int direction)
+    signal toEnd()
+    signal sheet()
+
+    Shortcut { sequence: Keymap.newChat; onActivated: root.newChat() }
+    Shortcut { sequence: Keymap.settings; onActivated: root.settings() }
+    Shortcut { sequence: Keymap.sidebar; onActivated: root.sidebar() }
+    Shortcut { sequence: Keymap.composer; onActivated: root.composer() }
+    Shortcut { sequence: Keymap.copyAnswer; onActivated: root.copyAnswer() }
+    Shortcut { sequence: "PgUp"; onActivated: root.page(-1) }
+    Shortcut { sequence: "PgDown"; onActivated: root.page(1) }
+    Shortcut { sequence: Keymap.toEnd; onActivated: root.toEnd() }
+    Shortcut { sequence: Keymap.sheet; onActivated: root.sheet() }
+    Shortcut { sequence: Keymap.quit; onActivated: Qt.quit() }
+}

@@ -1,0 +1,93 @@
+import QtQuick
+import QtQuick.Layouts
+import Morvane
+
+// A tool asks before it acts. The harmless answer has the focus, and no answer counts in the first half
+// second, so that a key or a click meant for something else can't give one.
+Rectangle {
+    id: root
+
+    required property string verb
+    required property string detail
+    required property string footnote
+    required property bool offersChatWideYes
+    required property date deadline
+    readonly property bool armed: !guard.running
+
+    signal allowed()
+    signal allowedForChat()
+    signal declined()
+
+    implicitHeight: content.implicitHeight + 2 * Theme.gap16
+    radius: Theme.cardRadius
+    color: Theme.card
+    border.width: 1
+    border.color: Theme.outline
+
+    Accessible.role: Accessible.AlertMessage
+    Accessible.name: verb + " " + detail + " " + footnote
+    Keys.onEscapePressed: root.declined()
+
+    Component.onCompleted: declineButton.forceActiveFocus(Qt.TabFocusReason)
+
+    Timer {
+        id: guard
+
+        interval: 500
+        running: true
+    }
+    ColumnLayout {
+        id: content
+
+        anchors.fill: parent
+        anchors.margins: Theme.gap16
+        spacing: Theme.gap12
+
+        PlainText {
+            Layout.fillWidth: true
+            text: root.verb
+            font.weight: Font.DemiBold
+            Accessible.role: Accessible.Heading
+            Accessible.name: text
+        }
+        ApprovalDetail {
+            Layout.fillWidth: true
+            visible: text.length > 0
+            text: root.detail
+        }
+        CaptionText {
+            Layout.fillWidth: true
+            visible: text.length > 0
+            text: root.footnote
+        }
+        CountdownBar {
+            Layout.fillWidth: true
+            deadline: root.deadline
+        }
+        Flow {
+            Layout.fillWidth: true
+            spacing: Theme.gap8
+            layoutDirection: Qt.RightToLeft
+
+            PushButton {
+                objectName: "allow"
+                text: qsTr("Allow")
+                rank: PushButton.Primary
+                onClicked: if (root.armed) root.allowed()
+            }
+            PushButton {
+                objectName: "allowForChat"
+                visible: root.offersChatWideYes
+                text: qsTr("Allow for this chat")
+                onClicked: if (root.armed) root.allowedForChat()
+            }
+            PushButton {
+                id: declineButton
+
+                objectName: "decline"
+                text: qsTr("Decline")
+                onClicked: if (root.armed) root.declined()
+            }
+        }
+    }
+}

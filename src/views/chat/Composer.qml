@@ -1,0 +1,97 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// The place to write. Return sends and Shift+Return breaks the line; while an input method is composing,
+// Return ends the composition and never sends.
+Rectangle {
+    id: root
+
+    required property string draft
+    required property bool canSend
+    required property bool responding
+
+    signal draftEdited(string text)
+    signal sendChosen()
+    signal stopChosen()
+
+    function takeFocus() {
+        field.forceActiveFocus();
+    }
+    function returnPressed(event: KeyEvent) {
+        event.accepted = !(event.modifiers & Qt.ShiftModifier);
+        if (field.preeditText.length > 0 || field.inputMethodComposing)
+            Qt.inputMethod.commit();
+        else if (event.accepted && root.canSend)
+            root.sendChosen();
+    }
+
+    implicitHeight: Math.max(52, scroller.height + 2 * Theme.gap12)
+    radius: Theme.composerRadius
+    color: Theme.card
+    border.width: field.activeFocus ? Theme.focusWidth : 1
+    border.color: field.activeFocus ? Theme.accent : Theme.outline
+
+    Flickable {
+        id: scroller
+
+        anchors.left: parent.left
+        anchors.leftMargin: 20
+        anchors.right: button.left
+        anchors.rightMargin: Theme.gap8
+        anchors.verticalCenter: parent.verticalCenter
+        height: Math.min(200, Math.max(24, field.contentHeight))
+        boundsBehavior: Flickable.StopAtBounds
+        clip: true
+
+        T.ScrollBar.vertical: ScrollHandle {}
+        T.TextArea.flickable: T.TextArea {
+            id: field
+
+            objectName: "composer"
+            focus: true
+            text: root.draft
+            textFormat: TextEdit.PlainText
+            wrapMode: TextEdit.Wrap
+            selectByMouse: true
+            color: Theme.text
+            selectionColor: Theme.selection
+            selectedTextColor: Theme.text
+            font.pixelSize: Theme.bodySize
+            Accessible.name: qsTr("Message")
+
+            onTextChanged: if (text !== root.draft) root.draftEdited(text)
+            Keys.onReturnPressed: event => root.returnPressed(event)
+            Keys.onEnterPressed: event => root.returnPressed(event)
+            // Tab leads on; a tab character has no use in a message.
+            KeyNavigation.priority: KeyNavigation.BeforeItem
+            KeyNavigation.tab: button.enabled ? button : nextItemInFocusChain()
+        }
+    }
+    PlainText {
+        anchors.left: scroller.left
+        anchors.right: scroller.right
+        anchors.verticalCenter: parent.verticalCenter
+        visible: field.length === 0 && field.preeditText.length === 0
+        text: qsTr("Write a message")
+        color: Theme.disabled
+        elide: Text.ElideRight
+        wrapMode: Text.NoWrap
+        Accessible.ignored: true
+    }
+    SendButton {
+        id: button
+
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.gap8
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: Theme.gap8
+        canSend: root.canSend
+        responding: root.responding
+        onSendChosen: root.sendChosen()
+        onStopChosen: root.stopChosen()
+    }
+    TapHandler {
+        onTapped: root.takeFocus()
+    }
+}

@@ -1,0 +1,77 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Morvane
+import Morvane.ViewModels
+
+// A chat with nothing in it yet: the ghost, a heading, and a way to begin.
+Item {
+    id: root
+
+    required property CompanionViewModel companion
+    required property bool configured
+    property real column: Theme.columnWidth
+
+    signal suggestionChosen(string text)
+    signal settingsChosen()
+
+    Column {
+        anchors.centerIn: parent
+        width: Math.min(root.column, 560)
+        spacing: Theme.gap16
+
+        Ghost {
+            anchors.horizontalCenter: parent.horizontalCenter
+            visible: root.height > 320
+            size: 96
+            companion: root.companion
+        }
+        PlainText {
+            width: parent.width
+            text: root.configured ? qsTr("What is on your mind?") : qsTr("Choose where replies come from")
+            font.pixelSize: Theme.headingSize
+            font.weight: Font.DemiBold
+            horizontalAlignment: Text.AlignHCenter
+            Accessible.role: Accessible.Heading
+            Accessible.name: text
+        }
+        SmallText {
+            width: parent.width
+            visible: !root.configured
+            text: qsTr("No server is set up yet, so there is nobody to answer. Give the address of a model on this computer, on your network or of a service you use.")
+            horizontalAlignment: Text.AlignHCenter
+        }
+        PushButton {
+            objectName: "emptyStateSettings"
+            anchors.horizontalCenter: parent.horizontalCenter
+            visible: !root.configured
+            text: qsTr("Open Settings")
+            rank: PushButton.Primary
+            onClicked: root.settingsChosen()
+        }
+        Grid {
+            width: parent.width
+            visible: root.configured && root.height > 260
+            topPadding: Theme.gap8
+            columns: width > 440 ? 2 : 1
+            spacing: Theme.gap8
+
+            Repeater {
+                model: [
+                    qsTr("Explain something difficult in plain words: "),
+                    qsTr("Help me write a message to "),
+                    qsTr("Make a plan for "),
+                    qsTr("What should I ask before I decide on ")
+                ]
+
+                SuggestionCard {
+                    required property string modelData
+
+                    width: (parent as Grid).columns === 2 ? (parent.width - Theme.gap8) / 2 : parent.width
+                    text: modelData
+                    onClicked: root.suggestionChosen(text)
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,57 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Morvane
+
+// One row of the list: what the person said, or the reply.
+Item {
+    id: root
+
+    required property int index
+    required property string messageId
+    required property bool isUser
+    required property string text
+    required property bool failed
+    required property bool cancelled
+    required property bool interrupted
+    required property bool running
+    required property string indicatorText
+    required property string errorText
+    required property list<string> toolLines
+    required property list<string> sources
+    required property string attachmentName
+    required property bool canContinue
+    required property string place
+    property real column: Theme.columnWidth
+    property bool isLast: false
+
+    signal copyAsked(string text)
+    signal continueAsked(string messageId)
+
+    implicitHeight: content.implicitHeight
+
+    Loader {
+        id: content
+
+        anchors.horizontalCenter: parent.horizontalCenter
+        width: root.column
+        sourceComponent: root.isUser ? question : answer
+    }
+    Component {
+        id: question
+
+        UserMessage {
+            text: root.text
+            attachmentName: root.attachmentName
+        }
+    }
+    Component {
+        id: answer
+
+        ReplyMessage {
+            row: root
+            onCopyAsked: root.copyAsked(root.text)
+            onContinueAsked: root.continueAsked(root.messageId)
+        }
+    }
+}

@@ -1,0 +1,71 @@
+import QtQuick
+import QtQuick.Layouts
+import Morvane
+
+// The row under a reply: copy, where it ran, and Continue when its limit cut it off.
+RowLayout {
+    id: root
+
+    property string place
+    property bool finished: false
+    property bool hasText: false
+    property bool canContinue: false
+    property bool emphasised: false
+
+    signal copyAsked()
+    signal continueAsked()
+
+    spacing: Theme.gap8
+    implicitHeight: 28
+
+    IconButton {
+        id: copyButton
+
+        objectName: "copyReply"
+        Layout.leftMargin: -5
+        size: 28
+        visible: root.finished && root.hasText
+        opacity: root.emphasised || activeFocus || copied.running ? 1 : 0
+        text: copied.running ? qsTr("Copied") : qsTr("Copy the reply")
+        glyph: copied.running ? "check" : "copy"
+        onClicked: {
+            root.copyAsked();
+            copied.restart();
+        }
+
+        Behavior on opacity { NumberAnimation { duration: Theme.fade } }
+        Timer {
+            id: copied
+
+            interval: 2000
+        }
+    }
+    CaptionText {
+        visible: copied.running
+        text: qsTr("Copied")
+        color: Theme.success
+    }
+    RowLayout {
+        visible: root.finished && root.place.length > 0
+        spacing: Theme.gap4
+
+        Icon {
+            name: "pin"
+            color: Theme.secondary
+            implicitWidth: 14
+            implicitHeight: 14
+        }
+        CaptionText {
+            text: root.place
+            Accessible.role: Accessible.StaticText
+            Accessible.name: qsTr("This reply came from: %1").arg(text)
+        }
+    }
+    Item { Layout.fillWidth: true }
+    PushButton {
+        objectName: "continueReply"
+        visible: root.canContinue && root.finished
+        text: qsTr("Continue")
+        onClicked: root.continueAsked()
+    }
+}

@@ -1,0 +1,51 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// Sends, and in the same place stops the reply that is under way.
+T.RoundButton {
+    id: root
+
+    required property bool canSend
+    required property bool responding
+
+    signal sendChosen()
+    signal stopChosen()
+
+    objectName: "sendOrStop"
+    implicitWidth: 36
+    implicitHeight: 36
+    enabled: responding || canSend
+    text: responding ? qsTr("Stop") : qsTr("Send")
+
+    Accessible.name: text
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
+    onClicked: responding ? stopChosen() : sendChosen()
+
+    contentItem: Item {
+        Icon {
+            anchors.centerIn: parent
+            name: root.responding ? "stop" : "send"
+            color: root.enabled ? Theme.onAccent : Theme.disabled
+        }
+    }
+    background: Rectangle {
+        radius: 18
+        color: root.enabled ? Theme.accent : Theme.hairline
+
+        Rectangle {
+            anchors.fill: parent
+            radius: 18
+            color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+        }
+        FocusRing {
+            radius: 20
+            visible: root.visualFocus
+        }
+    }
+    Hint {
+        text: root.text
+        visible: root.hovered && !root.down
+    }
+}

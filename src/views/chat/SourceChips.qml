@@ -1,0 +1,51 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Morvane
+
+// The domains that a reply's web results came from. They are names, not links.
+Flow {
+    id: root
+
+    required property list<string> domains
+
+    spacing: Theme.gap8
+
+    Repeater {
+        model: root.domains
+
+        Rectangle {
+            id: chip
+
+            required property string modelData
+
+            implicitWidth: Math.min(root.width, label.implicitWidth + 38)
+            implicitHeight: 26
+            radius: 13
+            color: "transparent"
+            border.width: 1
+            border.color: Theme.hairline
+
+            Icon {
+                x: 9
+                anchors.verticalCenter: parent.verticalCenter
+                width: 14
+                height: 14
+                name: "globe"
+                color: Theme.secondary
+            }
+            CaptionText {
+                id: label
+
+                x: 28
+                anchors.verticalCenter: parent.verticalCenter
+                width: Math.min(implicitWidth, root.width - 38)
+                text: chip.modelData
+                elide: Text.ElideMiddle
+                wrapMode: Text.NoWrap
+                Accessible.role: Accessible.StaticText
+                Accessible.name: qsTr("Source: %1").arg(text)
+            }
+        }
+    }
+}

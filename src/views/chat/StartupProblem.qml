@@ -1,0 +1,48 @@
+import QtQuick
+import QtQuick.Layouts
+import Morvane
+
+// The store would not open: said for as long as the program runs, because nothing new is kept meanwhile.
+Rectangle {
+    id: root
+
+    required property string message
+    required property string suggestion
+
+    implicitHeight: words.implicitHeight + 2 * Theme.gap16
+    radius: Theme.cardRadius
+    color: Theme.card
+    border.width: 1
+    border.color: Theme.warning
+
+    Accessible.role: Accessible.AlertMessage
+    Accessible.name: message + " " + suggestion
+
+    RowLayout {
+        id: words
+
+        anchors.fill: parent
+        anchors.margins: Theme.gap16
+        spacing: Theme.gap12
+
+        Icon {
+            Layout.alignment: Qt.AlignTop
+            name: "warning"
+            color: Theme.warning
+        }
+        ColumnLayout {
+            spacing: Theme.gap4
+
+            PlainText {
+                Layout.fillWidth: true
+                text: root.message
+                font.weight: Font.Medium
+            }
+            SmallText {
+                Layout.fillWidth: true
+                visible: text.length > 0
+                text: root.suggestion
+            }
+        }
+    }
+}

@@ -1,0 +1,35 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// A beginning of a message; choosing it fills the composer and sends nothing.
+T.Button {
+    id: root
+
+    implicitHeight: implicitContentHeight + topPadding + bottomPadding
+    horizontalPadding: Theme.gap16
+    verticalPadding: Theme.gap12
+
+    Accessible.name: text
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
+
+    contentItem: SmallText {
+        text: root.text.trim().replace(/:$/, "") + "…"
+        color: Theme.text
+        verticalAlignment: Text.AlignVCenter
+        elide: Text.ElideRight
+        maximumLineCount: 2
+    }
+    background: Rectangle {
+        radius: Theme.panelRadius
+        color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : Theme.card
+        border.width: 1
+        border.color: Theme.hairline
+
+        FocusRing {
+            radius: Theme.panelRadius + Theme.focusWidth
+            visible: root.visualFocus
+        }
+    }
+}

@@ -1,0 +1,48 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// Leads back to the end of the chat.
+T.RoundButton {
+    id: root
+
+    property bool shown: false
+
+    implicitWidth: 36
+    implicitHeight: 36
+    visible: opacity > 0
+    opacity: shown ? 1 : 0
+    text: qsTr("Go to the end")
+
+    Accessible.name: text
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
+
+    Behavior on opacity { NumberAnimation { duration: Theme.fade } }
+
+    contentItem: Item {
+        Icon {
+            anchors.centerIn: parent
+            width: 18
+            height: 18
+            name: "arrow-down"
+            color: Theme.text
+        }
+    }
+    background: Rectangle {
+        radius: 18
+        color: Theme.card
+        border.width: 1
+        border.color: Theme.hairline
+
+        Rectangle {
+            anchors.fill: parent
+            radius: 18
+            color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+        }
+        FocusRing {
+            radius: 20
+            visible: root.visualFocus
+        }
+    }
+}

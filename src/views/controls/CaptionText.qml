@@ -1,0 +1,6 @@
+import Morvane
+
+PlainText {
+    font.pixelSize: Theme.captionSize
+    color: Theme.secondary
+}

@@ -1,0 +1,34 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// One of a few, side by side in a row.
+T.RadioButton {
+    id: root
+
+    implicitWidth: implicitContentWidth + leftPadding + rightPadding
+    implicitHeight: Theme.controlHeight
+    horizontalPadding: 14
+
+    Accessible.name: text
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
+
+    contentItem: Text {
+        textFormat: Text.PlainText
+        text: root.text
+        font.pixelSize: Theme.smallSize
+        font.weight: root.checked ? Font.DemiBold : Font.Normal
+        color: root.checked ? Theme.onAccent : Theme.text
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+    }
+    background: Rectangle {
+        radius: Theme.controlRadius
+        color: root.checked ? Theme.accent : root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+        border.width: root.checked ? 0 : 1
+        border.color: Theme.outline
+
+        FocusRing { visible: root.visualFocus }
+    }
+}

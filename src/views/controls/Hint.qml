@@ -1,0 +1,29 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// The name of a control, under the pointer.
+T.ToolTip {
+    id: root
+
+    x: parent ? Math.round((parent.width - implicitWidth) / 2) : 0
+    y: -implicitHeight - 6
+    implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding
+    implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
+    margins: 6
+    horizontalPadding: 8
+    verticalPadding: 4
+    delay: 600
+    timeout: 5000
+    closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent | T.Popup.CloseOnReleaseOutsideParent
+
+    contentItem: CaptionText {
+        text: root.text
+        color: Theme.page
+        wrapMode: Text.NoWrap
+    }
+    background: Rectangle {
+        radius: 6
+        color: Theme.text
+    }
+}

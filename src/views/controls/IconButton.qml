@@ -1,0 +1,39 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// A small button with a drawing on it; its text is its name and its hint.
+T.Button {
+    id: root
+
+    property string glyph
+    property color ink: enabled ? Theme.secondary : Theme.disabled
+    property int size: Theme.controlHeight
+
+    implicitWidth: size
+    implicitHeight: size
+
+    Accessible.name: text
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
+
+    contentItem: Item {
+        Icon {
+            anchors.centerIn: parent
+            width: Math.min(20, root.size - 12)
+            height: width
+            name: root.glyph
+            color: root.ink
+        }
+    }
+    background: Rectangle {
+        radius: Theme.controlRadius
+        color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+
+        FocusRing { visible: root.visualFocus }
+    }
+    Hint {
+        text: root.text
+        visible: root.hovered && root.text.length > 0 && !root.down
+    }
+}

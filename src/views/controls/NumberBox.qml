@@ -1,0 +1,71 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// A whole number with steps. Say in Accessible.name what it counts.
+T.SpinBox {
+    id: root
+
+    implicitWidth: 132
+    implicitHeight: Theme.controlHeight
+    leftPadding: 10
+    rightPadding: 62
+    editable: true
+    inputMethodHints: Qt.ImhDigitsOnly
+
+    validator: IntValidator {
+        bottom: root.from
+        top: root.to
+    }
+    contentItem: TextInput {
+        text: root.displayText
+        font.pixelSize: Theme.smallSize
+        color: root.enabled ? Theme.text : Theme.disabled
+        selectionColor: Theme.selection
+        selectedTextColor: Theme.text
+        selectByMouse: true
+        verticalAlignment: TextInput.AlignVCenter
+        validator: root.validator
+        inputMethodHints: root.inputMethodHints
+        Accessible.ignored: true
+    }
+    down.indicator: StepButton {
+        x: root.width - 60
+        height: root.height
+        text: "−"
+        pressed: root.down.pressed
+    }
+    up.indicator: StepButton {
+        x: root.width - 30
+        height: root.height
+        text: "+"
+        pressed: root.up.pressed
+    }
+    background: Rectangle {
+        radius: Theme.controlRadius
+        color: Theme.card
+        border.width: root.activeFocus ? Theme.focusWidth : 1
+        border.color: root.activeFocus ? Theme.accent : Theme.outline
+    }
+
+    component StepButton: Rectangle {
+        property alias text: sign.text
+        property bool pressed: false
+
+        implicitWidth: 28
+        color: "transparent"
+
+        Rectangle {
+            anchors.fill: parent
+            anchors.margins: 4
+            radius: 5
+            color: parent.pressed ? Theme.pressWash : Theme.hoverWash
+        }
+        SmallText {
+            id: sign
+
+            anchors.centerIn: parent
+            color: Theme.text
+        }
+    }
+}

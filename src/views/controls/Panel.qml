@@ -1,0 +1,39 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// A modal panel in the middle of the window: a heading and what it is about.
+T.Dialog {
+    id: root
+
+    anchors.centerIn: T.Overlay.overlay
+    implicitWidth: Math.min(420, (parent ? parent.width : 420) - 48)
+    implicitHeight: implicitHeaderHeight + implicitContentHeight + implicitFooterHeight
+        + topPadding + bottomPadding
+    margins: Theme.gap24
+    padding: Theme.gap24
+    topPadding: Theme.gap12
+    modal: true
+    focus: true
+
+    T.Overlay.modal: Rectangle { color: Theme.scrim }
+
+    header: PlainText {
+        text: root.title
+        font.pixelSize: Theme.titleSize
+        font.weight: Font.DemiBold
+        padding: Theme.gap24
+        bottomPadding: 0
+        wrapMode: Text.Wrap
+        Accessible.role: Accessible.Heading
+        Accessible.name: text
+    }
+    background: Rectangle {
+        radius: Theme.cardRadius
+        color: Theme.card
+        border.width: 1
+        border.color: Theme.hairline
+    }
+    enter: Transition { NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.fade } }
+    exit: Transition { NumberAnimation { property: "opacity"; from: 1; to: 0; duration: Theme.fade } }
+}

@@ -1,0 +1,10 @@
+import QtQuick
+import Morvane
+
+// Words of the window. Never rich text, which could load images.
+Text {
+    textFormat: Text.PlainText
+    color: Theme.text
+    font.pixelSize: Theme.bodySize
+    wrapMode: Text.Wrap
+}

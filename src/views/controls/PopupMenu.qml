@@ -1,0 +1,26 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// A small menu of PopupMenuItems.
+T.Menu {
+    id: root
+
+    implicitWidth: 180
+    implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
+    padding: 4
+    margins: 8
+
+    contentItem: ListView {
+        implicitHeight: contentHeight
+        model: root.contentModel
+        currentIndex: root.currentIndex
+        interactive: false
+    }
+    background: Rectangle {
+        radius: Theme.panelRadius
+        color: Theme.card
+        border.width: 1
+        border.color: Theme.hairline
+    }
+}

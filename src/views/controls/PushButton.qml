@@ -1,0 +1,48 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// A button with words on it.
+T.Button {
+    id: root
+
+    enum Rank { Plain, Primary, Danger }
+
+    property int rank: PushButton.Plain
+    readonly property color ink: !enabled ? Theme.disabled
+        : rank === PushButton.Primary ? Theme.onAccent
+        : rank === PushButton.Danger ? Theme.danger : Theme.text
+
+    implicitWidth: Math.max(72, implicitContentWidth + leftPadding + rightPadding)
+    implicitHeight: Math.max(Theme.controlHeight, implicitContentHeight + topPadding + bottomPadding)
+    horizontalPadding: 14
+    verticalPadding: 6
+
+    Accessible.name: text
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
+
+    contentItem: Text {
+        textFormat: Text.PlainText
+        text: root.text
+        font.pixelSize: Theme.smallSize
+        font.weight: Font.Medium
+        color: root.ink
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+        elide: Text.ElideRight
+    }
+    background: Rectangle {
+        radius: Theme.controlRadius
+        color: root.rank === PushButton.Primary && root.enabled ? Theme.accent : Theme.card
+        border.width: root.rank === PushButton.Primary && root.enabled ? 0 : 1
+        border.color: root.enabled ? Theme.outline : Theme.hairline
+
+        Rectangle {
+            anchors.fill: parent
+            radius: parent.radius
+            color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+        }
+        FocusRing { visible: root.visualFocus }
+    }
+}

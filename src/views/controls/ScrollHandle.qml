@@ -1,0 +1,22 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// A scroll bar that shows only where there is something to scroll.
+T.ScrollBar {
+    id: root
+
+    implicitWidth: 10
+    implicitHeight: 10
+    padding: 2
+    minimumSize: 0.06
+    visible: size < 1
+
+    contentItem: Rectangle {
+        radius: 3
+        color: root.pressed ? Theme.secondary : Theme.outline
+        opacity: root.pressed ? 1 : root.hovered ? 0.8 : root.active ? 0.6 : 0.3
+
+        Behavior on opacity { NumberAnimation { duration: Theme.fade } }
+    }
+}

@@ -1,0 +1,6 @@
+import Morvane
+
+PlainText {
+    font.pixelSize: Theme.smallSize
+    color: Theme.secondary
+}

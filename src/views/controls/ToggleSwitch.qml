@@ -1,0 +1,40 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// On or off, at once.
+T.Switch {
+    id: root
+
+    implicitWidth: 40
+    implicitHeight: 24
+
+    Accessible.name: text
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
+
+    indicator: Rectangle {
+        width: 40
+        height: 24
+        radius: 12
+        color: root.checked ? Theme.accent : "transparent"
+        border.width: root.checked ? 0 : 1
+        border.color: Theme.outline
+
+        Rectangle {
+            x: root.checked ? parent.width - width - 4 : 4
+            anchors.verticalCenter: parent.verticalCenter
+            width: 16
+            height: 16
+            radius: 8
+            color: root.checked ? Theme.onAccent : Theme.outline
+
+            Behavior on x { NumberAnimation { duration: Theme.press; easing.type: Easing.OutCubic } }
+        }
+        FocusRing {
+            radius: 14
+            visible: root.visualFocus
+        }
+    }
+    contentItem: Item {}
+}

@@ -1,0 +1,106 @@
+import QtQuick
+import QtQuick.Layouts
+import Morvane
+import Morvane.ViewModels
+
+// Where replies come from, and how they are asked for.
+SettingsPage {
+    id: root
+
+    required property AISettingsViewModel settings
+
+    title: qsTr("AI")
+
+    SettingsCard {
+        heading: qsTr("Server")
+
+        SettingsRow {
+            title: qsTr("Address")
+            explanation: root.settings.addressProblem.length > 0 ? root.settings.addressProblem
+                : qsTr("Any server that speaks chat completions.")
+            explanationInk: root.settings.addressProblem.length > 0 ? Theme.danger : Theme.secondary
+
+            TextBox {
+                objectName: "address"
+                Layout.preferredWidth: 300
+                text: root.settings.address
+                placeholderText: "http://localhost:11434/v1"
+                hasProblem: root.settings.addressProblem.length > 0
+                inputMethodHints: Qt.ImhUrlCharactersOnly | Qt.ImhNoPredictiveText
+                Accessible.name: qsTr("Address")
+                Accessible.description: root.settings.addressProblem
+                onTextEdited: root.settings.address = text
+            }
+        }
+        SettingsRow {
+            title: qsTr("Model")
+            explanation: qsTr("The name that the server knows it by.")
+
+            TextBox {
+                objectName: "model"
+                Layout.preferredWidth: 300
+                text: root.settings.model
+                Accessible.name: qsTr("Model")
+                onTextEdited: root.settings.model = text
+            }
+        }
+        KeyRow {
+            hasKey: root.settings.hasKey
+            onSaveChosen: key => root.settings.saveKey(key)
+            onRemoveChosen: root.settings.saveKey("")
+        }
+        ConnectionTest { settings: root.settings }
+    }
+    SettingsCard {
+        heading: qsTr("Replies")
+
+        SettingsRow {
+            title: qsTr("Temperature")
+            explanation: qsTr("Low is steady, high is inventive.")
+
+            ValueSlider {
+                objectName: "temperature"
+                from: 0
+                to: 2
+                stepSize: 0.1
+                snapMode: ValueSlider.SnapAlways
+                value: root.settings.temperature
+                Accessible.name: qsTr("Temperature")
+                onMoved: root.settings.temperature = Math.round(value * 10) / 10
+            }
+            SmallText {
+                Layout.preferredWidth: 28
+                text: Number(root.settings.temperature).toLocaleString(Qt.locale(), "f", 1)
+                color: Theme.text
+                horizontalAlignment: Text.AlignRight
+            }
+        }
+        SettingsRow {
+            title: qsTr("Longest reply")
+            explanation: qsTr("In tokens. A longer reply stops there and offers to go on.")
+
+            NumberBox {
+                objectName: "maxOutputTokens"
+                from: 1
+                to: 1000000
+                stepSize: 256
+                value: root.settings.maxOutputTokens
+                Accessible.name: qsTr("Longest reply in tokens")
+                onValueModified: root.settings.maxOutputTokens = value
+            }
+        }
+        SettingsRow {
+            title: qsTr("Messages sent along")
+            explanation: qsTr("How much of the chat goes with each message.")
+
+            NumberBox {
+                objectName: "maxContextMessages"
+                from: 1
+                to: 1000
+                value: root.settings.maxContextMessages
+                Accessible.name: qsTr("Messages sent along")
+                onValueModified: root.settings.maxContextMessages = value
+            }
+        }
+    }
+}

@@ -1,0 +1,47 @@
+import QtQuick
+import QtQuick.Layouts
+import Morvane
+
+// The server's key. It goes into the keychain and is never read back into the window.
+SettingsRow {
+    id: root
+
+    required property bool hasKey
+
+    signal saveChosen(string key)
+    signal removeChosen()
+
+    function save() {
+        root.saveChosen(field.text);
+        field.clear();
+    }
+
+    title: qsTr("Key")
+    explanation: hasKey ? qsTr("A key is saved.") : qsTr("Only if the server asks for one. It is kept in your keychain.")
+
+    TextBox {
+        id: field
+
+        objectName: "key"
+        Layout.preferredWidth: root.hasKey ? 136 : 216
+        echoMode: TextInput.Password
+        placeholderText: root.hasKey ? qsTr("A new key") : ""
+        inputMethodHints: Qt.ImhHiddenText | Qt.ImhSensitiveData | Qt.ImhNoPredictiveText
+        Accessible.name: qsTr("Key")
+        Accessible.passwordEdit: true
+        onAccepted: if (length > 0) root.save()
+    }
+    PushButton {
+        objectName: "saveKey"
+        enabled: field.length > 0
+        text: qsTr("Save")
+        onClicked: root.save()
+    }
+    PushButton {
+        objectName: "removeKey"
+        visible: root.hasKey
+        text: qsTr("Remove")
+        rank: PushButton.Danger
+        onClicked: root.removeChosen()
+    }
+}

@@ -1,0 +1,86 @@
+import QtQuick
+import QtQuick.Layouts
+import Morvane
+import Morvane.ViewModels
+
+// What the application sent and received, as it reports it itself.
+Item {
+    id: root
+
+    required property NetworkLedgerViewModel ledger
+    required property string productName
+    property bool shown: false
+
+    Binding {
+        target: root.ledger
+        property: "watching"
+        value: root.shown
+    }
+    ColumnLayout {
+        anchors.fill: parent
+        anchors.margins: Theme.gap24
+        spacing: Theme.gap12
+
+        RowLayout {
+            spacing: Theme.gap8
+
+            PlainText {
+                Layout.fillWidth: true
+                text: qsTr("Network")
+                font.pixelSize: Theme.titleSize
+                font.weight: Font.DemiBold
+                Accessible.role: Accessible.Heading
+                Accessible.name: text
+            }
+            PushButton {
+                objectName: "exportLedger"
+                enabled: root.ledger.count > 0
+                text: qsTr("Export…")
+                onClicked: exporter.active = true
+            }
+            PushButton {
+                objectName: "clearLedger"
+                enabled: root.ledger.count > 0
+                text: qsTr("Clear")
+                onClicked: root.ledger.clear()
+            }
+        }
+        SmallText {
+            objectName: "exportProblem"
+            Layout.fillWidth: true
+            visible: text.length > 0
+            text: root.ledger.exportProblem
+            color: Theme.danger
+            Accessible.role: Accessible.AlertMessage
+            Accessible.name: text
+        }
+        LedgerTable {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            model: root.ledger
+            productName: root.productName
+        }
+        LedgerHelp {
+            Layout.fillWidth: true
+            productName: root.productName
+        }
+    }
+    // The file dialog brings half a toolkit along, so it comes only when it is asked for.
+    Loader {
+        id: exporter
+
+        active: false
+        source: "ExportDialog.qml"
+        onLoaded: {
+            item.ledger = root.ledger;
+            item.open();
+        }
+
+        Connections {
+            target: exporter.item
+            ignoreUnknownSignals: true
+
+            function onFinished() { exporter.active = false; }
+        }
+    }
+}

@@ -1,0 +1,35 @@
+import QtQuick
+import QtQuick.Layouts
+import QtQuick.Templates as T
+import Morvane
+
+// A page of the settings: a title, then cards in one column.
+Flickable {
+    id: root
+
+    property string title
+    default property alias cards: column.data
+
+    contentHeight: column.implicitHeight + 2 * Theme.gap24
+    boundsBehavior: Flickable.StopAtBounds
+    clip: true
+
+    T.ScrollBar.vertical: ScrollHandle {}
+
+    ColumnLayout {
+        id: column
+
+        x: Math.max(Theme.gap24, (root.width - width) / 2)
+        y: Theme.gap24
+        width: Math.min(560, root.width - 2 * Theme.gap24)
+        spacing: Theme.gap16
+
+        PlainText {
+            text: root.title
+            font.pixelSize: Theme.titleSize
+            font.weight: Font.DemiBold
+            Accessible.role: Accessible.Heading
+            Accessible.name: text
+        }
+    }
+}

@@ -1,0 +1,84 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+import Morvane.ViewModels
+
+// The chats by day. Arrow keys move a marker; Return opens, F2 renames, Delete asks and deletes.
+ListView {
+    id: root
+
+    required property ChatViewModel chat
+
+    signal chatChosen()
+
+    function open(id: string) {
+        root.chat.open(id);
+        root.chatChosen();
+    }
+    function askToDelete(id: string, title: string) {
+        deletion.conversationId = id;
+        deletion.title = qsTr("Delete “%1”?").arg(title);
+        deletion.open();
+    }
+
+    leftMargin: Theme.gap12
+    rightMargin: Theme.gap12
+    bottomMargin: Theme.gap12
+    spacing: 2
+    clip: true
+    reuseItems: true
+    activeFocusOnTab: true
+    keyNavigationEnabled: true
+    highlightMoveDuration: 0
+    boundsBehavior: Flickable.StopAtBounds
+    section.property: "section"
+    section.delegate: SmallText {
+        required property string section
+
+        width: ListView.view.width - 2 * Theme.gap12
+        leftPadding: Theme.gap8
+        topPadding: Theme.gap12
+        bottomPadding: Theme.gap4
+        text: section
+        font.pixelSize: Theme.captionSize
+        font.weight: Font.DemiBold
+        Accessible.role: Accessible.Heading
+        Accessible.name: section
+    }
+
+    Accessible.role: Accessible.List
+    Accessible.name: qsTr("Chats")
+
+    T.ScrollBar.vertical: ScrollHandle {}
+
+    delegate: ConversationRow {
+        width: root.width - root.leftMargin - root.rightMargin
+        isOpen: conversationId === root.chat.conversationId
+        marked: ListView.isCurrentItem && root.activeFocus
+        onChosen: root.open(conversationId)
+        onRenamed: name => root.chat.rename(conversationId, name)
+        onDeletionAsked: root.askToDelete(conversationId, title)
+        onRenameEnded: root.forceActiveFocus()
+    }
+
+    Keys.onReturnPressed: (currentItem as ConversationRow)?.chosen()
+    Keys.onEnterPressed: (currentItem as ConversationRow)?.chosen()
+    Keys.onDeletePressed: (currentItem as ConversationRow)?.deletionAsked()
+    Keys.onMenuPressed: (currentItem as ConversationRow)?.openMenu()
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_F2)
+            (root.currentItem as ConversationRow)?.beginRename();
+    }
+
+    ConfirmPanel {
+        id: deletion
+
+        property string conversationId
+
+        explanation: qsTr("The chat and its messages are removed from this computer. This can't be undone.")
+        remedy: qsTr("Delete")
+        onConfirmed: root.chat.remove(conversationId)
+    }
+}

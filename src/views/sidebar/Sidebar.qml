@@ -1,0 +1,71 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Layouts
+import Morvane
+import Morvane.ViewModels
+
+// The list of chats, with the way to a new one above it and the state of things below.
+Rectangle {
+    id: root
+
+    required property ChatViewModel chat
+    required property ConversationListModel conversations
+    required property CompanionViewModel companion
+
+    signal newChatChosen()
+    signal chatChosen()
+    signal settingsChosen()
+    signal hideChosen()
+
+    color: Theme.sidebar
+    Accessible.role: Accessible.Pane
+    Accessible.name: qsTr("Chats")
+
+    ColumnLayout {
+        anchors.fill: parent
+        spacing: 0
+
+        RowLayout {
+            Layout.margins: Theme.gap12
+            spacing: Theme.gap4
+
+            SidebarButton {
+                Layout.fillWidth: true
+                text: qsTr("New Chat")
+                glyph: "plus"
+                onClicked: root.newChatChosen()
+            }
+            IconButton {
+                objectName: "hideSidebar"
+                text: qsTr("Hide the list of chats")
+                glyph: "sidebar"
+                onClicked: root.hideChosen()
+            }
+        }
+        ConversationList {
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            chat: root.chat
+            model: root.conversations
+            onChatChosen: root.chatChosen()
+        }
+        Rectangle {
+            Layout.fillWidth: true
+            implicitHeight: 1
+            color: Theme.hairline
+        }
+        SidebarFoot {
+            Layout.fillWidth: true
+            chat: root.chat
+            companion: root.companion
+            onSettingsChosen: root.settingsChosen()
+        }
+    }
+    Rectangle {
+        anchors.right: parent.right
+        width: 1
+        height: parent.height
+        color: Theme.hairline
+    }
+}

@@ -1,0 +1,44 @@
+import QtQuick
+import QtQuick.Layouts
+import QtQuick.Templates as T
+import Morvane
+
+// A wide button of the sidebar: a drawing, then words.
+T.Button {
+    id: root
+
+    property string glyph
+
+    implicitHeight: Theme.rowHeight
+    leftPadding: Theme.gap8
+    rightPadding: Theme.gap8
+
+    Accessible.name: text
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
+
+    contentItem: RowLayout {
+        spacing: Theme.gap8
+
+        Icon {
+            name: root.glyph
+            color: Theme.text
+            implicitWidth: 18
+            implicitHeight: 18
+        }
+        PlainText {
+            Layout.fillWidth: true
+            text: root.text
+            font.pixelSize: Theme.smallSize
+            font.weight: Font.Medium
+            elide: Text.ElideRight
+            wrapMode: Text.NoWrap
+        }
+    }
+    background: Rectangle {
+        radius: Theme.controlRadius
+        color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+
+        FocusRing { visible: root.visualFocus }
+    }
+}

@@ -1,0 +1,32 @@
+pragma Singleton
+
+import QtQuick
+
+// The window's keys, for the shortcuts themselves and for the sheet that lists them.
+QtObject {
+    readonly property string newChat: "Ctrl+N"
+    readonly property string settings: "Ctrl+,"
+    readonly property string sidebar: "F9"
+    readonly property string composer: "Ctrl+J"
+    readonly property string copyAnswer: "Ctrl+Shift+C"
+    readonly property string toEnd: "Ctrl+End"
+    readonly property string sheet: "Ctrl+?"
+    readonly property string quit: "Ctrl+Q"
+
+    readonly property var sheetRows: [
+        { keys: "Return", action: "Send the message" },
+        { keys: "Shift+Return", action: "Start a new line" },
+        { keys: "Esc", action: "Stop the reply, or decline what it asks for" },
+        { keys: "Page Up, Page Down", action: "Scroll the chat" },
+        { keys: toEnd, action: "Go to the end of the chat" },
+        { keys: copyAnswer, action: "Copy the last answer" },
+        { keys: composer, action: "Go to the message field" },
+        { keys: newChat, action: "New chat" },
+        { keys: "F2", action: "Rename the chat under the list's marker" },
+        { keys: "Delete", action: "Delete the chat under the list's marker" },
+        { keys: sidebar, action: "Show or hide the list of chats" },
+        { keys: settings, action: "Settings" },
+        { keys: sheet, action: "This list" },
+        { keys: quit, action: "Quit" }
+    ]
+}

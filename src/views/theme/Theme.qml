@@ -1,0 +1,69 @@
+pragma Singleton
+
+import QtQuick
+
+// Every colour, size, distance and duration of the window. The window sets the first three once.
+QtObject {
+    property bool dark: false
+    property real textScale: 1
+    property bool reduceAnimation: false
+
+    // Colours. Text stands at 4.5:1 or better on each of the grounds, outlines of controls at 3:1.
+    readonly property color page: dark ? "#17171B" : "#FAFAFB"
+    readonly property color sidebar: dark ? "#111114" : "#F1F1F4"
+    readonly property color card: dark ? "#202026" : "#FFFFFF"
+    readonly property color bubble: dark ? "#2B2C37" : "#E9EAF2"
+    readonly property color code: dark ? "#1C1C22" : "#F3F3F6"
+    readonly property color text: dark ? "#ECECF1" : "#1B1B21"
+    readonly property color secondary: dark ? "#A9A9B7" : "#585866"
+    readonly property color disabled: dark ? "#8A8A99" : "#767684"
+    readonly property color hairline: dark ? "#33333D" : "#DEDEE6"
+    readonly property color outline: dark ? "#76768D" : "#85859A"
+    readonly property color accent: dark ? "#A7B0FF" : "#4350C8"
+    readonly property color onAccent: dark ? "#17171B" : "#FFFFFF"
+    readonly property color success: dark ? "#6CCB93" : "#1B7340"
+    readonly property color warning: dark ? "#E3B341" : "#875300"
+    readonly property color danger: dark ? "#FF8A80" : "#B3261E"
+    readonly property color ghost: dark ? "#C3B0FF" : "#5F4AA0"
+    readonly property color scrim: dark ? "#A0000000" : "#66101018"
+
+    // Washes over whatever is below: a pointer over a control, a control held down, the row of the open chat.
+    readonly property color hoverWash: dark ? "#12FFFFFF" : "#0A101030"
+    readonly property color pressWash: dark ? "#20FFFFFF" : "#16101030"
+    readonly property color currentWash: dark ? "#1AFFFFFF" : "#12101030"
+    readonly property color selection: dark ? "#4B5296" : "#C9CEF6"
+
+    // Type, in logical pixels of the system font.
+    readonly property int bodySize: Math.round(15 * textScale)
+    readonly property int bodyLine: Math.round(23 * textScale)
+    readonly property int smallSize: Math.round(13 * textScale)
+    readonly property int captionSize: Math.round(12 * textScale)
+    readonly property int titleSize: Math.round(20 * textScale)
+    readonly property int headingSize: Math.round(26 * textScale)
+    readonly property string monoFamily: "monospace"
+
+    // Distances on a grid of 4.
+    readonly property int gap4: 4
+    readonly property int gap8: 8
+    readonly property int gap12: 12
+    readonly property int gap16: 16
+    readonly property int gap24: 24
+    readonly property int gap32: 32
+
+    readonly property int controlRadius: 8
+    readonly property int panelRadius: 12
+    readonly property int cardRadius: 16
+    readonly property int bubbleRadius: 18
+    readonly property int composerRadius: 24
+
+    readonly property int controlHeight: Math.round(32 * Math.max(1, textScale))
+    readonly property int rowHeight: Math.round(36 * Math.max(1, textScale))
+    readonly property int columnWidth: 720
+    readonly property int focusWidth: 2
+
+    // Motion, in milliseconds; a reduced one keeps short fades and nothing that moves.
+    readonly property int press: reduceAnimation ? 0 : 100
+    readonly property int fade: reduceAnimation ? 80 : 150
+    readonly property int expand: reduceAnimation ? 0 : 200
+    readonly property int panel: reduceAnimation ? 0 : 250
+}

@@ -1,0 +1,73 @@
+#include "support/ModelServer.h"
+
+#include "support/Await.h"
+
+#include <QJsonDocument>
+
+#include <algorithm>
+#include <csignal>
+#include <stdexcept>
+#include <sys/prctl.h>
+
+using namespace Qt::StringLiterals;
+
+QJsonObject ModelServer::Request::json() const
+{
+    return QJsonDocument::fromJson(body).object();
+}
+
+ModelServer::ModelServer(const QStringList &options)
+{
+    m_process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
+    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    m_process.start(QStringLiteral(MORVANE_MODEL_SERVER), QStringList{u"--log"_s, u"-"_s} + options);
+    TestWait::until([this] { return m_process.canReadLine() || m_process.state() == QProcess::NotRunning; });
+    const QByteArray line = m_process.readLine().trimmed();
+    const QByteArray greeting = "listening on ";
+    if (!line.startsWith(greeting))
+        throw std::runtime_error("the model server did not start");
+    m_baseUrl = QString::fromLatin1(line.mid(greeting.size()));
+}
+
+ModelServer::~ModelServer()
+{
+    m_process.kill();
+    m_process.waitForFinished();
+}
+
+const std::vector<ModelServer::Request> &ModelServer::requests()
+{
+    readLog();
+    return m_requests;
+}
+
+void ModelServer::awaitRequests(std::size_t count)
+{
+    TestWait::until([&] { return requests().size() >= count; });
+}
+
+void ModelServer::awaitEnded(std::size_t count)
+{
+    const auto ended = [&] {
+        return std::count_if(m_requests.begin(), m_requests.end(), [](const Request &r) { return r.isOver; });
+    };
+    TestWait::until([&] {
+        readLog();
+        return static_cast<std::size_t>(ended()) >= count;
+    });
+}
+
+void ModelServer::readLog()
+{
+    while (m_process.canReadLine()) {
+        const QJsonObject line = QJsonDocument::fromJson(m_process.readLine()).object();
+        const auto number = static_cast<std::size_t>(line["request"_L1].toInt());
+        if (line.contains("clientLeft"_L1)) {
+            m_requests.at(number - 1).isOver = true;
+            m_requests.at(number - 1).clientLeft = line["clientLeft"_L1].toBool();
+            continue;
+        }
+        m_requests.push_back({line["method"_L1].toString().toLatin1(), line["target"_L1].toString().toUtf8(),
+                              line["headers"_L1].toObject(), line["body"_L1].toString().toUtf8()});
+    }
+}

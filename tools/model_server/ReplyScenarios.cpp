@@ -1,0 +1,259 @@
+#include "ChatCompletion.h"
+#include "Reply.h"
+#include "Scenarios.h"
+
+#include <QJsonDocument>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+Reply practiceReply(const Exchange &exchange)
+{
+    Reply reply;
+    reply.pieces = wordPieces(Scenarios::practiceText(exchange.request()));
+    return reply;
+}
+
+Work practice(Exchange &exchange)
+{
+    Reply reply = practiceReply(exchange);
+    reply.firstPause = 250ms;
+    reply.pause = 30ms;
+    co_await play(exchange, std::move(reply));
+}
+
+Work practiceFast(Exchange &exchange)
+{
+    co_await play(exchange, practiceReply(exchange));
+}
+
+Work slow(Exchange &exchange)
+{
+    Reply reply = practiceReply(exchange);
+    reply.firstPause = 5s;
+    reply.pause = 500ms;
+    co_await play(exchange, std::move(reply));
+}
+
+Work pieces(Exchange &exchange)
+{
+    Reply reply;
+    for (int i = 1; i <= Scenarios::number(exchange.request().model()); ++i)
+        reply.pieces.append(i % 12 == 0 ? u"piece %1.\n"_s.arg(i) : u"piece %1, "_s.arg(i));
+    co_await play(exchange, std::move(reply));
+}
+
+// The first half of the practice text, or the second when the client asks to go on.
+Work length(Exchange &exchange)
+{
+    const bool goesOn = exchange.request().lastUserText().startsWith(Scenarios::continueInstruction);
+    Reply reply;
+    reply.pieces = wordPieces(goesOn ? u"and this is the rest of it, from the practice server."_s
+                                     : u"The practice server stops here in the middle of a sentence, "_s);
+    reply.finishReason = goesOn ? u"stop"_s : u"length"_s;
+    co_await play(exchange, std::move(reply));
+}
+
+QString offeredTool(const Request &request)
+{
+    const QJsonValue tool = request.json["tools"_L1].toArray().at(0);
+    return tool["function"_L1]["name"_L1].toString(u"practice_tool"_s);
+}
+
+QString toolArguments(const Request &request)
+{
+    const QJsonValue tool = request.json["tools"_L1].toArray().at(0);
+    const QString parameter = tool["function"_L1]["parameters"_L1]["required"_L1][0].toString(u"text"_s);
+    const QJsonObject arguments{{parameter, u"practice é"_s}};
+    return QString::fromUtf8(QJsonDocument(arguments).toJson(QJsonDocument::Compact));
+}
+
+// A client that sends the result of a call gets words instead of another call.
+bool answersToolResult(const Exchange &exchange)
+{
+    return exchange.request().lastMessage()["role"_L1].toString() == "tool"_L1;
+}
+
+Reply afterTool(const Exchange &exchange)
+{
+    const QString result = exchange.request().lastMessage()["content"_L1].toString();
+    Reply reply;
+    reply.pieces = wordPieces(u"The practice server got this from the tool: “%1”."_s.arg(result));
+    return reply;
+}
+
+Reply toolReply(const Exchange &exchange)
+{
+    Reply reply;
+    reply.toolCalls.append(ChatCompletion::toolCall(u"call_practice"_s, offeredTool(exchange.request()),
+                                                    toolArguments(exchange.request())));
+    reply.finishReason = u"tool_calls"_s;
+    return reply;
+}
+
+Work toolCallWhole(Exchange &exchange)
+{
+    Reply reply = answersToolResult(exchange) ? afterTool(exchange) : toolReply(exchange);
+    co_await play(exchange, std::move(reply));
+}
+
+QJsonObject fragment(const QJsonObject &function, const QString &id = {})
+{
+    QJsonObject entry{{u"index"_s, 0}, {u"function"_s, function}};
+    if (!id.isEmpty())
+        entry.insert(u"id"_s, id);
+    return {{u"tool_calls"_s, QJsonArray{entry}}};
+}
+
+// Id and name first, then the arguments three characters at a time.
+Work toolCallSplit(Exchange &exchange)
+{
+    const Request &request = exchange.request();
+    if (answersToolResult(exchange) || !request.wantsStream()) {
+        co_await toolCallWhole(exchange);
+        co_return;
+    }
+    const QString arguments = toolArguments(request);
+    const QJsonObject opening = fragment({{u"name"_s, offeredTool(request)}}, u"call_practice"_s);
+    co_await exchange.beginStream();
+    co_await exchange.event(ChatCompletion::chunk(request.model(), opening));
+    for (qsizetype at = 0; at < arguments.size(); at += 3) {
+        const QJsonObject part = fragment({{u"arguments"_s, arguments.mid(at, 3)}});
+        co_await exchange.event(ChatCompletion::chunk(request.model(), part));
+    }
+    co_await exchange.event(ChatCompletion::chunk(request.model(), {}, u"tool_calls"_s));
+    co_await exchange.chunk("data: [DONE]\n\n");
+    co_await exchange.endStream();
+}
+
+Work rejectTools(Exchange &exchange)
+{
+    if (exchange.request().offersTools())
+        co_await exchange.respondJson(400,
+                                      ChatCompletion::error(u"This model does not support tools."_s, 400));
+    else
+        co_await practiceFast(exchange);
+}
+
+Work thinkingFields(Exchange &exchange)
+{
+    const QString model = exchange.request().model();
+    if (!exchange.request().wantsStream()) {
+        co_await practiceFast(exchange);
+        co_return;
+    }
+    co_await exchange.beginStream();
+    for (const QString &thought : wordPieces(u"The practice server pretends to think. "_s)) {
+        const QJsonObject delta{{u"reasoning_content"_s, thought}};
+        co_await exchange.event(ChatCompletion::chunk(model, delta));
+    }
+    for (const QString &piece : wordPieces(Scenarios::practiceText(exchange.request())))
+        co_await exchange.event(ChatCompletion::textChunk(model, piece));
+    co_await exchange.chunk("data: [DONE]\n\n");
+    co_await exchange.endStream();
+}
+
+Work usageChunks(Exchange &exchange)
+{
+    if (!exchange.request().wantsStream()) {
+        co_await practiceFast(exchange);
+        co_return;
+    }
+    const QString model = exchange.request().model();
+    const QJsonObject usage{{u"prompt_tokens"_s, 12}, {u"completion_tokens"_s, 34}, {u"total_tokens"_s, 46}};
+    QJsonObject last = ChatCompletion::chunk(model, {});
+    last.insert(u"choices"_s, QJsonArray());
+    last.insert(u"usage"_s, usage);
+    co_await exchange.beginStream();
+    for (const QString &piece : wordPieces(Scenarios::practiceText(exchange.request())))
+        co_await exchange.event(ChatCompletion::textChunk(model, piece));
+    co_await exchange.event(ChatCompletion::chunk(model, {}, u"stop"_s));
+    co_await exchange.event(last);
+    co_await exchange.chunk("data: [DONE]\n\n");
+    co_await exchange.endStream();
+}
+
+// Text events joined by `between`, each ended by `lineEnd` twice.
+Work framed(Exchange &exchange, QByteArray between, QByteArray lineEnd)
+{
+    if (!exchange.request().wantsStream()) {
+        co_await practiceFast(exchange);
+        co_return;
+    }
+    co_await exchange.beginStream();
+    for (const QString &piece : wordPieces(Scenarios::practiceText(exchange.request()))) {
+        const QJsonObject data = ChatCompletion::textChunk(exchange.request().model(), piece);
+        const QByteArray json = QJsonDocument(data).toJson(QJsonDocument::Compact);
+        co_await exchange.chunk(between + "data: " + json + lineEnd + lineEnd);
+    }
+    co_await exchange.chunk("data: [DONE]" + lineEnd + lineEnd);
+    co_await exchange.endStream();
+}
+
+Work keepAliveComments(Exchange &exchange)
+{
+    co_await framed(exchange, ": keep-alive\n\nevent: message\nid: 7\n", "\n");
+}
+
+Work crlf(Exchange &exchange)
+{
+    co_await framed(exchange, {}, "\r\n");
+}
+
+// The body of a good stream, one byte to a chunk.
+Work drip(Exchange &exchange)
+{
+    co_await exchange.beginStream();
+    QByteArray body;
+    for (const QString &piece : wordPieces(u"Drop by drop, é and 👻 too, from the practice server."_s)) {
+        const QJsonObject data = ChatCompletion::textChunk(exchange.request().model(), piece);
+        body += "data: " + QJsonDocument(data).toJson(QJsonDocument::Compact) + "\r\n\r\n";
+    }
+    for (const char byte : body + "data: [DONE]\r\n\r\n")
+        co_await exchange.chunk(QByteArray(1, byte));
+    co_await exchange.endStream();
+}
+
+Work noDone(Exchange &exchange)
+{
+    co_await exchange.beginStream();
+    for (const QString &piece : wordPieces(Scenarios::practiceText(exchange.request())))
+        co_await exchange.event(ChatCompletion::textChunk(exchange.request().model(), piece));
+    co_await exchange.endStream();
+}
+
+// One object over several lines, with an event stream asked for.
+Work jsonDespiteStream(Exchange &exchange)
+{
+    const QJsonObject message{{u"role"_s, u"assistant"_s},
+                              {u"content"_s, Scenarios::practiceText(exchange.request())}};
+    const QJsonObject body = ChatCompletion::completion(exchange.request().model(), message, u"stop"_s);
+    co_await exchange.respond(200, "application/json", QJsonDocument(body).toJson(QJsonDocument::Indented));
+}
+
+} // namespace
+
+std::span<const Scenario> Scenarios::replies()
+{
+    static constexpr Scenario all[]{
+        {"practice"_L1, "a friendly reply, word by word, with natural pauses"_L1, practice},
+        {"practice-fast"_L1, "the same without pauses"_L1, practiceFast},
+        {"slow"_L1, "the same, after five seconds and half a second between words"_L1, slow},
+        {"pieces-N"_L1, "N pieces without pauses"_L1, pieces},
+        {"length"_L1, "stops at the output limit; asked to continue, it sends the rest"_L1, length},
+        {"tool-call-whole"_L1, "calls the first tool offered, in one piece"_L1, toolCallWhole},
+        {"tool-call-split"_L1, "the same call, its arguments in small fragments"_L1, toolCallSplit},
+        {"reject-tools"_L1, "HTTP 400 when tools are offered, else a reply"_L1, rejectTools},
+        {"thinking-fields"_L1, "reasoning deltas before the text"_L1, thinkingFields},
+        {"usage-chunks"_L1, "a last chunk with no choices and a usage object"_L1, usageChunks},
+        {"keep-alive-comments"_L1, "comments, event names and ids between the events"_L1, keepAliveComments},
+        {"crlf"_L1, "lines that end in CR LF"_L1, crlf},
+        {"drip"_L1, "one byte at a time"_L1, drip},
+        {"no-done"_L1, "ends without the closing sentinel"_L1, noDone},
+        {"json-despite-stream"_L1, "one indented JSON object although a stream was asked for"_L1,
+         jsonDespiteStream},
+    };
+    return all;
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QString>
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+// One request as it arrived, and what its JSON body asks for.
+struct Request {
+    int number = 0; // counted from 1 over the life of the server
+    QByteArray method;
+    QByteArray target; // path and query
+    std::vector<std::pair<QByteArray, QByteArray>> headers;
+    QByteArray body;
+    QJsonObject json; // empty when the body is no JSON object
+
+    [[nodiscard]] QByteArray path() const;
+    [[nodiscard]] std::optional<QByteArray> header(QByteArrayView name) const;
+
+    [[nodiscard]] QString model() const;
+    [[nodiscard]] bool wantsStream() const;
+    [[nodiscard]] bool offersTools() const;
+    [[nodiscard]] QJsonObject lastMessage() const;
+    [[nodiscard]] QString lastUserText() const;
+};

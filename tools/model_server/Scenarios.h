@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Exchange.h"
+
+#include <span>
+
+// What the server does with a chat request, chosen by the request's model name. A name ending in "-N" takes
+// a number in that place.
+struct Scenario {
+    QLatin1StringView name;
+    QLatin1StringView summary;
+    Work (*play)(Exchange &exchange);
+};
+
+namespace Scenarios {
+
+// Replies of a server that keeps to the dialect.
+[[nodiscard]] std::span<const Scenario> replies();
+
+// Servers that fail, stall, break off or send what no client expects.
+[[nodiscard]] std::span<const Scenario> broken();
+
+[[nodiscard]] const Scenario *find(const QString &model);
+
+// The number in the place of "N"; 0 when there is none.
+[[nodiscard]] int number(const QString &model);
+
+// The instruction by which the application asks for the rest of a reply begins like this.
+inline constexpr QLatin1StringView continueInstruction{"Continue your previous answer exactly"};
+
+// A friendly reply that says where it comes from and echoes a little of the user's message.
+[[nodiscard]] QString practiceText(const Request &request);
+
+} // namespace Scenarios
