@@ -49,7 +49,7 @@ int NetworkLedgerViewModel::rowCount(const QModelIndex &parent) const
 QHash<int, QByteArray> NetworkLedgerViewModel::roleNames() const
 {
     return {{TimeRole, "time"}, {HostRole, "host"}, {PlaceRole, "place"},       {FeatureRole, "feature"},
-            {DataRole, "data"}, {SentRole, "sent"}, {ReceivedRole, "received"}, {OutcomeRole, "outcome"}};
+            {DataRole, "carried"}, {SentRole, "sent"}, {ReceivedRole, "received"}, {OutcomeRole, "outcome"}};
 }
 
 QVariant NetworkLedgerViewModel::data(const QModelIndex &index, int role) const

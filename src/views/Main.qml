@@ -33,9 +33,10 @@ T.ApplicationWindow {
     }
     function openSettings() {
         settings.active = true;
-        settings.item.show();
-        settings.item.raise();
-        settings.item.requestActivate();
+        const opened = settings.item as SettingsWindow;
+        opened.show();
+        opened.raise();
+        opened.requestActivate();
     }
 
     width: 1100

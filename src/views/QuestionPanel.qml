@@ -34,8 +34,6 @@ Panel {
             layoutDirection: Qt.RightToLeft
 
             Repeater {
-                id: buttons
-
                 model: root.shell.questionButtons
 
                 PushButton {
@@ -43,7 +41,7 @@ Panel {
                     required property string modelData
 
                     text: modelData
-                    focus: index === buttons.count - 1
+                    focus: index === root.shell.questionButtons.length - 1
                     onClicked: root.give(index)
                 }
             }
