@@ -4,12 +4,6 @@
 #include "utils/SealedBox.h"
 #include "utils/Text.h"
 
-namespace {
-
-constexpr QStringView fieldMarker = u"\u0001KVT1:";
-
-} // namespace
-
 bool SealedForm::isSealedField(QStringView text)
 {
     return text.startsWith(fieldMarker);
