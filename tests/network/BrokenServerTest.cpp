@@ -18,6 +18,11 @@ struct Breakage {
     int status = 0; // when a head arrived before the break
 };
 
+void PrintTo(const Breakage &breakage, std::ostream *out)
+{
+    *out << breakage.name;
+}
+
 QByteArray manyHeaders()
 {
     QByteArray bytes("HTTP/1.1 200 OK\r\n");

@@ -21,6 +21,11 @@ struct Exchange {
 
 const QByteArray gzipOfHello = QByteArray::fromHex("1f8b0800000000000003cb48cdc9c9070086a6103605000000");
 
+void PrintTo(const Exchange &exchange, std::ostream *out)
+{
+    *out << exchange.name;
+}
+
 class ResponseFormTest : public CurlHttpSessionTest, public testing::WithParamInterface<Exchange> {};
 
 // Body and status come out right, and the ledger's counts are those of the server's side.
@@ -97,6 +102,20 @@ TEST_F(CurlHttpSessionTest, SendsLargeBodiesWholeAndCountsThem)
     EXPECT_FALSE(request.hasHeader("Expect"));
     EXPECT_FALSE(request.hasHeader("Content-Type"));
     EXPECT_EQ(server.connections(), 1); // kept and used again
+}
+
+// Far more than may wait unread: decoding is held back as the sender is, and nothing gets lost.
+TEST_F(CurlHttpSessionTest, DecodesABodyThatUnpacksToAThousandTimesItsSize)
+{
+    const QByteArray unpacked(20'000'000, 'z');
+    const QByteArray zlib = qCompress(unpacked, 9).sliced(4); // without Qt's own length
+    ScriptedServer server(
+        ScriptedServer::answering(ScriptedServer::response("200 OK", zlib, "Content-Encoding: deflate\r\n")));
+    HttpRequest request = get(server.url());
+    request.headers = {{"Accept-Encoding", "deflate"}};
+    const Ending ending = fetch(request);
+    EXPECT_TRUE(ending.body == unpacked);
+    EXPECT_EQ(rows()[0].bytesReceived, server.bytesSent());
 }
 
 TEST_F(CurlHttpSessionTest, HeadersOfTheResponseKeepOrderAndCase)

@@ -10,6 +10,13 @@ namespace {
 // Where a request stands when it is taken away.
 enum class Stage { Resolving, AwaitingHead, Streaming };
 
+void PrintTo(Stage stage, std::ostream *out)
+{
+    *out << (stage == Stage::Resolving      ? "resolving"
+             : stage == Stage::AwaitingHead ? "waiting"
+                                            : "streaming");
+}
+
 class HttpLifetimeTest : public HttpTest, public testing::WithParamInterface<Stage> {
 protected:
     static constexpr QByteArrayView firstPart{"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf"};

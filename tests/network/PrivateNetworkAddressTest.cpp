@@ -14,18 +14,13 @@ struct Judgement {
     HostClass hostClass;
 };
 
-void PrintTo(const Judgement &judgement, std::ostream *out)
+void expectAll(const std::vector<Judgement> &table)
 {
-    *out << judgement.host.toStdString();
-}
-
-class HostJudgementTest : public testing::TestWithParam<Judgement> {};
-
-TEST_P(HostJudgementTest, LiteralAndClass)
-{
-    const auto &[host, isPrivate, hostClass] = GetParam();
-    EXPECT_EQ(PrivateNetworkAddress::isPrivateLiteral(host), isPrivate);
-    EXPECT_EQ(PrivateNetworkAddress::classify(host), hostClass);
+    for (const auto &[host, isPrivate, hostClass] : table) {
+        SCOPED_TRACE(host.toStdString());
+        EXPECT_EQ(PrivateNetworkAddress::isPrivateLiteral(host), isPrivate);
+        EXPECT_EQ(PrivateNetworkAddress::classify(host), hostClass);
+    }
 }
 
 constexpr auto thisMac = HostClass::thisMac;
@@ -33,58 +28,89 @@ constexpr auto local = HostClass::localNetwork;
 constexpr auto own = HostClass::ownService;
 constexpr auto third = HostClass::thirdParty;
 
-INSTANTIATE_TEST_SUITE_P(
-    IPv4, HostJudgementTest,
-    testing::Values(Judgement{u"127.0.0.1"_s, true, thisMac}, Judgement{u"0.0.0.0"_s, true, thisMac},
-                    Judgement{u"0.0.0.1"_s, false, third}, Judgement{u"127.1.2.3"_s, true, local},
-                    Judgement{u"10.0.0.1"_s, true, local}, Judgement{u"10.255.255.255"_s, true, local},
-                    Judgement{u"11.0.0.0"_s, false, third}, Judgement{u"169.254.1.1"_s, true, local},
-                    Judgement{u"169.253.255.255"_s, false, third},
-                    Judgement{u"172.15.255.255"_s, false, third}, Judgement{u"172.16.0.0"_s, true, local},
-                    Judgement{u"172.31.255.255"_s, true, local}, Judgement{u"172.32.0.0"_s, false, third},
-                    Judgement{u"192.168.0.1"_s, true, local}, Judgement{u"192.169.0.1"_s, false, third},
-                    Judgement{u"100.64.0.1"_s, false, third}, Judgement{u"8.8.8.8"_s, false, third}));
+TEST(HostJudgementTest, IPv4)
+{
+    expectAll({{u"127.0.0.1"_s, true, thisMac},
+               {u"0.0.0.0"_s, true, thisMac},
+               {u"0.0.0.1"_s, false, third},
+               {u"127.1.2.3"_s, true, local},
+               {u"10.0.0.1"_s, true, local},
+               {u"10.255.255.255"_s, true, local},
+               {u"11.0.0.0"_s, false, third},
+               {u"169.254.1.1"_s, true, local},
+               {u"169.253.255.255"_s, false, third},
+               {u"172.15.255.255"_s, false, third},
+               {u"172.16.0.0"_s, true, local},
+               {u"172.31.255.255"_s, true, local},
+               {u"172.32.0.0"_s, false, third},
+               {u"192.168.0.1"_s, true, local},
+               {u"192.169.0.1"_s, false, third},
+               {u"100.64.0.1"_s, false, third},
+               {u"8.8.8.8"_s, false, third}});
+}
 
-INSTANTIATE_TEST_SUITE_P(
-    IPv6, HostJudgementTest,
-    testing::Values(Judgement{u"::1"_s, true, thisMac}, Judgement{u"[::1]"_s, true, thisMac},
-                    Judgement{u"::"_s, true, local}, Judgement{u"::2"_s, false, third},
-                    Judgement{u"0:0:0:0:0:0:0:1"_s, true, local}, Judgement{u"fd00::1"_s, true, local},
-                    Judgement{u"[FC12::9]"_s, true, local}, Judgement{u"fe00::1"_s, false, third},
-                    Judgement{u"fe7f::1"_s, false, third}, Judgement{u"fe80::1"_s, true, local},
-                    Judgement{u"febf::1"_s, true, local}, Judgement{u"fec0::1"_s, false, third},
-                    Judgement{u"fe80::1%en0"_s, true, local}, Judgement{u"2001:db8::1%en0"_s, false, third},
-                    Judgement{u"::ffff:192.168.1.2"_s, true, local},
-                    Judgement{u"::ffff:8.8.8.8"_s, false, third},
-                    Judgement{u"1::ffff:192.168.1.2"_s, false, third},
-                    Judgement{u"2606:4700::1111"_s, false, third}));
+TEST(HostJudgementTest, IPv6)
+{
+    expectAll({{u"::1"_s, true, thisMac},
+               {u"[::1]"_s, true, thisMac},
+               {u"::"_s, true, local},
+               {u"::2"_s, false, third},
+               {u"0:0:0:0:0:0:0:1"_s, true, local},
+               {u"fd00::1"_s, true, local},
+               {u"[FC12::9]"_s, true, local},
+               {u"fe00::1"_s, false, third},
+               {u"fe7f::1"_s, false, third},
+               {u"fe80::1"_s, true, local},
+               {u"febf::1"_s, true, local},
+               {u"fec0::1"_s, false, third},
+               {u"fe80::1%en0"_s, true, local},
+               {u"2001:db8::1%en0"_s, false, third},
+               {u"::ffff:192.168.1.2"_s, true, local},
+               {u"::ffff:8.8.8.8"_s, false, third},
+               {u"1::ffff:192.168.1.2"_s, false, third},
+               {u"2606:4700::1111"_s, false, third}});
+}
 
-INSTANTIATE_TEST_SUITE_P(
-    NoLiterals, HostJudgementTest,
-    testing::Values(Judgement{u""_s, {}, third}, Judgement{u"010.0.0.1"_s, {}, third},
-                    Judgement{u"0x7f.0.0.1"_s, {}, third}, Judgement{u"127.1"_s, {}, third},
-                    Judgement{u"10.0.0"_s, {}, third}, Judgement{u"10.0.0.0.1"_s, {}, third},
-                    Judgement{u"10..0.1"_s, {}, third}, Judgement{u"10.0.0.256"_s, {}, third},
-                    Judgement{u"10.0.0.0001"_s, {}, third}, Judgement{u"10.0.0.+1"_s, {}, third},
-                    Judgement{u"10.0.0.１"_s, {}, third}, Judgement{u":::1"_s, {}, third},
-                    Judgement{u"fd00::g"_s, {}, third},
-                    Judgement{QString(u"fd00::1"_s + QChar(0) + u".example.com"_s), {}, third},
-                    Judgement{u"2130706433"_s, {}, third}));
+TEST(HostJudgementTest, NoLiterals)
+{
+    expectAll({{u""_s, {}, third},
+               {u"010.0.0.1"_s, {}, third},
+               {u"0x7f.0.0.1"_s, {}, third},
+               {u"127.1"_s, {}, third},
+               {u"10.0.0"_s, {}, third},
+               {u"10.0.0.0.1"_s, {}, third},
+               {u"10..0.1"_s, {}, third},
+               {u"10.0.0.256"_s, {}, third},
+               {u"10.0.0.0001"_s, {}, third},
+               {u"10.0.0.+1"_s, {}, third},
+               {u"10.0.0.１"_s, {}, third},
+               {u":::1"_s, {}, third},
+               {u"fd00::g"_s, {}, third},
+               {QString(u"fd00::1"_s + QChar(0) + u".example.com"_s), {}, third},
+               {u"2130706433"_s, {}, third}});
+}
 
-INSTANTIATE_TEST_SUITE_P(
-    Names, HostJudgementTest,
-    testing::Values(Judgement{u"localhost"_s, {}, thisMac}, Judgement{u"LOCALHOST"_s, {}, thisMac},
-                    Judgement{u"localhost."_s, {}, local}, Judgement{u" localhost\n"_s, {}, local},
-                    Judgement{u"localhost.example.com"_s, {}, third},
-                    Judgement{u"printer.local"_s, {}, local}, Judgement{u"Printer.LOCAL."_s, {}, local},
-                    Judgement{u"a.b-2.local"_s, {}, local}, Judgement{u"my_printer.local"_s, {}, third},
-                    Judgement{u".local"_s, {}, third}, Judgement{u"a..local"_s, {}, third},
-                    Judgement{u"drücker.local"_s, {}, third},
-                    Judgement{u"printer.local.example.com"_s, {}, third}, Judgement{u"notlocal"_s, {}, third},
-                    Judgement{u"service.morvane.invalid"_s, {}, own},
-                    Judgement{u"API.Service.Morvane.invalid"_s, {}, own},
-                    Judgement{u"myservice.morvane.invalid"_s, {}, third},
-                    Judgement{u"example.com"_s, {}, third}));
+TEST(HostJudgementTest, Names)
+{
+    expectAll({{u"localhost"_s, {}, thisMac},
+               {u"LOCALHOST"_s, {}, thisMac},
+               {u"localhost."_s, {}, local},
+               {u" localhost\n"_s, {}, local},
+               {u"localhost.example.com"_s, {}, third},
+               {u"printer.local"_s, {}, local},
+               {u"Printer.LOCAL."_s, {}, local},
+               {u"a.b-2.local"_s, {}, local},
+               {u"my_printer.local"_s, {}, third},
+               {u".local"_s, {}, third},
+               {u"a..local"_s, {}, third},
+               {u"drücker.local"_s, {}, third},
+               {u"printer.local.example.com"_s, {}, third},
+               {u"notlocal"_s, {}, third},
+               {u"service.morvane.invalid"_s, {}, own},
+               {u"API.Service.Morvane.invalid"_s, {}, own},
+               {u"myservice.morvane.invalid"_s, {}, third},
+               {u"example.com"_s, {}, third}});
+}
 
 TEST(PrivateNetworkAddressTest, NormalisesInOrder)
 {

@@ -23,6 +23,11 @@ struct Rule {
     QByteArray nextBody;
 };
 
+void PrintTo(const Rule &rule, std::ostream *out)
+{
+    *out << rule.status.first(3).constData() << ' ' << rule.method.constData();
+}
+
 class RedirectMethodTest : public RedirectTest, public testing::WithParamInterface<Rule> {};
 
 TEST_P(RedirectMethodTest, MethodAndBodyOfTheNextHop)
