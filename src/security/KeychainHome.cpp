@@ -1,5 +1,6 @@
 #include "security/KeychainHome.h"
 
+#include "security/FormerServices.h"
 #include "utils/CancelledError.h"
 #include "utils/Log.h"
 #include "utils/SecretBytes.h"
@@ -93,17 +94,19 @@ KeychainOpening KeychainHome::settle(SecretStoring &place, KeychainState ready, 
 {
     try {
         auto key = place.find(service, m_dataAccount);
-        const bool holdsKey = key.has_value();
-        if (key)
-            wipe(key->value);
+        for (auto former = formerKeychainServices.begin(); !key && former != formerKeychainServices.end();
+             ++former)
+            key = place.find(*former, m_dataAccount); // the one-time move has yet to fetch it
         m_place = &place;
-        if (!holdsKey && expectation == KeyExpectation::MustExist)
-            return {KeychainState::KeyMissing, false};
-        return {ready, holdsKey};
+        if (!key) {
+            const bool isLost = expectation == KeyExpectation::MustExist;
+            return {isLost ? KeychainState::KeyMissing : ready};
+        }
+        wipe(key->value);
+        return {ready, true, key->presence == UserPresence::Required};
     } catch (const SecretStoreError &) {
         return {ready == KeychainState::ReadyInFile ? KeychainState::FileUnreadable
-                                                    : KeychainState::Unavailable,
-                false};
+                                                    : KeychainState::Unavailable};
     }
 }
 

@@ -13,6 +13,7 @@ enum class KeyExpectation { Unknown, MustExist };
 struct KeychainOpening {
     KeychainState state = KeychainState::Opening;
     bool holdsDataKey = false;
+    bool dataKeyBehindPresence = false;
 };
 
 // Chooses where the secrets live, once for each run: in the desktop's keyring, or, where none answers, in a
