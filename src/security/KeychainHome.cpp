@@ -219,6 +219,24 @@ bool KeychainHome::remove(const QString &service, const QString &account)
     return place().remove(service, account);
 }
 
+// A file that could not be wiped when its secrets moved, or a keyring whose secrets were others than the
+// file's.
+bool KeychainHome::removeElsewhere(const QString &service)
+{
+    if (&place() == &m_keyring) {
+        const bool isLeft = m_file.exists();
+        if (isLeft)
+            m_file.wipeOut();
+        return isLeft;
+    }
+    bool removedAny = false;
+    for (auto &item : m_keyring.items(service)) {
+        wipe(item.value);
+        removedAny = m_keyring.remove(service, item.account) || removedAny;
+    }
+    return removedAny;
+}
+
 bool KeychainHome::keepsPresence() const
 {
     SecretStoring *const chosen = m_place;

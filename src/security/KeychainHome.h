@@ -40,6 +40,7 @@ public:
     void add(const QString &service, const Item &item) override;
     bool update(const QString &service, const QString &account, const QByteArray &value) override;
     bool remove(const QString &service, const QString &account) override;
+    bool removeElsewhere(const QString &service) override;
     [[nodiscard]] bool keepsPresence() const override;
 
 private:

@@ -212,6 +212,16 @@ bool KeychainService::requiresUserPresence(const QString &account) noexcept
 
 int KeychainService::deleteAll() noexcept
 {
+    int count = removeItems();
+    count += removeElsewhere() ? 1 : 0;
+    for (const auto &former : formerKeychainServices)
+        count += removeFormerService(former) ? 1 : 0;
+    clearCache();
+    return count;
+}
+
+int KeychainService::removeItems() noexcept
+{
     int count = 0;
     try {
         for (auto &item : m_store.items(m_service)) {
@@ -226,10 +236,16 @@ int KeychainService::deleteAll() noexcept
     } catch (const std::exception &) {
         // A place that cannot be listed has nothing that could be removed.
     }
-    for (const auto &former : formerKeychainServices)
-        count += removeFormerService(former) ? 1 : 0;
-    clearCache();
     return count;
+}
+
+bool KeychainService::removeElsewhere() noexcept
+{
+    try {
+        return m_store.removeElsewhere(m_service);
+    } catch (const std::exception &) {
+        return false;
+    }
 }
 
 bool KeychainService::removeFormerService(const QString &service) noexcept

@@ -51,6 +51,8 @@ private:
     void confirmPresence(const Prompt *prompt);
     void putBehindPresence(const QString &value, const QString &account);
     void takeFromPresence(const QString &value, const QString &account);
+    [[nodiscard]] int removeItems() noexcept;
+    [[nodiscard]] bool removeElsewhere() noexcept;
     [[nodiscard]] bool removeFormerService(const QString &service) noexcept;
 
     [[nodiscard]] Remembered remembered(const QString &account) const;

@@ -207,6 +207,13 @@ TEST_F(KeychainHomeTest, AKeyringThatHoldsAnotherKeyIsNotWrittenOver)
     EXPECT_TRUE(fileExists());
     ASSERT_EQ(keyring.held.size(), 1U);
     EXPECT_EQ(keyring.held.at({service, keyAccount}).value, "of the keyring");
+
+    // An erasure reaches both.
+    NobodyThere nobody;
+    KeychainService keychain(service, home(), nobody);
+    EXPECT_EQ(keychain.deleteAll(), 2 + 1);
+    EXPECT_TRUE(keyring.held.empty());
+    EXPECT_TRUE(KeyFile(path).entries().empty());
 }
 
 class KeychainPreparationTest : public KeychainHomeTest {
