@@ -1,6 +1,5 @@
 #include "security/LocalDataVault.h"
 
-#include "security/KeychainError.h"
 #include "security/SealedForm.h"
 #include "security/TestHost.h"
 #include "utils/Base64.h"
@@ -140,7 +139,7 @@ void LocalDataVault::destroyKey()
     }
     try {
         m_keychain.remove(keyAccount);
-    } catch (const KeychainError &) {
+    } catch (const std::exception &) {
         // Logged where it failed. The erasure goes on: what it removes no longer needs the key.
     }
     const std::lock_guard lock(m_mutex);
