@@ -23,13 +23,14 @@ QString nameAside(const QString &path)
     }
 }
 
+bool isBroken(const QString &path)
+{
+    return QSettings(path, QSettings::IniFormat).status() == QSettings::FormatError;
+}
+
 void setAsideIfBroken(const QString &path)
 {
-    if (!QFileInfo::exists(path))
-        return;
-    QSettings probe(path, QSettings::IniFormat);
-    probe.sync();
-    if (probe.status() != QSettings::FormatError)
+    if (!QFileInfo::exists(path) || !isBroken(path))
         return;
     const QString name = nameAside(path);
     if (QFile::rename(path, name))
@@ -64,9 +65,21 @@ UserDefaultsSettingsRepository::UserDefaultsSettingsRepository(const QString &pa
     : m_defaults(prepared(path), QSettings::IniFormat)
 {}
 
+UserDefaultsSettingsRepository::UserDefaultsSettingsRepository(const QString &path, Preparation)
+    : m_defaults(path, QSettings::IniFormat)
+{}
+
+std::unique_ptr<UserDefaultsSettingsRepository> UserDefaultsSettingsRepository::existing(const QString &path)
+{
+    if (!QFileInfo::exists(path) || isBroken(path))
+        return nullptr;
+    return std::unique_ptr<UserDefaultsSettingsRepository>(
+        new UserDefaultsSettingsRepository(path, Preparation::None));
+}
+
 QString UserDefaultsSettingsRepository::path(const SupportFolders &folders, const QString &domain)
 {
-    return folders.config + u'/' + domain + u"/settings.ini"_s;
+    return folders.config + u'/' + domain + u".ini"_s;
 }
 
 std::optional<SettingsValue> UserDefaultsSettingsRepository::value(const QString &key) const

@@ -5,6 +5,8 @@
 
 #include <QSettings>
 
+#include <memory>
+
 // A defaults domain in one INI file that only its owner may read. Each value carries its type in front
 // ("int:5", "text:5"), so what was written as a text never reads as a number.
 //
@@ -13,6 +15,9 @@
 class UserDefaultsSettingsRepository final : public SettingsRepository {
 public:
     explicit UserDefaultsSettingsRepository(const QString &path);
+
+    // A domain to read from: its file is left as it is. Null when there is none, or one that can't be read.
+    [[nodiscard]] static std::unique_ptr<UserDefaultsSettingsRepository> existing(const QString &path);
 
     // Where the domain of that name is kept.
     [[nodiscard]] static QString path(const SupportFolders &folders, const QString &domain);
@@ -25,5 +30,8 @@ public:
     void flush() override;
 
 private:
+    enum class Preparation { None };
+    UserDefaultsSettingsRepository(const QString &path, Preparation);
+
     QSettings m_defaults;
 };

@@ -68,6 +68,7 @@ struct AsyncStream<T>::State : std::enable_shared_from_this<State> {
     bool ended = false;
     std::exception_ptr error;
     std::coroutine_handle<> waiter;
+    bool wakesSoon = false; // a resumption is queued, meant for this waiter
     std::function<void()> onDrain;
     std::stop_source producerStop;
 
@@ -99,13 +100,14 @@ struct AsyncStream<T>::State : std::enable_shared_from_this<State> {
 
     void wake()
     {
-        if (!waiter)
+        // One resumption for one wait: a second one would wake the next wait with nothing to tell it.
+        if (!waiter || std::exchange(wakesSoon, true))
             return;
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
             [self = this->shared_from_this()] {
-                if (const auto handle = std::exchange(self->waiter, {}))
-                    handle.resume();
+                self->wakesSoon = false;
+                std::exchange(self->waiter, {}).resume();
             },
             Qt::QueuedConnection);
     }

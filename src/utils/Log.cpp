@@ -61,21 +61,21 @@ QString Log::Argument::printed() const
 
 QString Log::format(QLatin1StringView format, const std::vector<Argument> &arguments)
 {
-    QString line;
+    QByteArray line; // the bytes of a format are UTF-8
     auto argument = arguments.begin();
     for (qsizetype i = 0; i < format.size();) {
         const auto rest = format.sliced(i);
         const auto *specifier = std::find_if(specifiers.begin(), specifiers.end(),
                                              [&](const Specifier &s) { return rest.startsWith(s.text); });
         if (specifier == specifiers.end() || argument == arguments.end()) {
-            line.append(format[i++]);
+            line.append(format.data()[i++]);
             continue;
         }
-        line.append(specifier->hidesValue ? QStringLiteral("<private>") : argument->printed());
+        line.append(specifier->hidesValue ? QByteArray("<private>") : argument->printed().toUtf8());
         ++argument;
         i += specifier->text.size();
     }
-    return line;
+    return QString::fromUtf8(line);
 }
 
 void Log::info(Category category, QLatin1StringView format, const std::vector<Argument> &arguments)

@@ -48,7 +48,7 @@ int NetworkLedgerViewModel::rowCount(const QModelIndex &parent) const
 
 QHash<int, QByteArray> NetworkLedgerViewModel::roleNames() const
 {
-    return {{TimeRole, "time"}, {HostRole, "host"}, {PlaceRole, "place"},       {FeatureRole, "feature"},
+    return {{TimeRole, "time"},    {HostRole, "host"}, {PlaceRole, "place"},       {FeatureRole, "feature"},
             {DataRole, "carried"}, {SentRole, "sent"}, {ReceivedRole, "received"}, {OutcomeRole, "outcome"}};
 }
 

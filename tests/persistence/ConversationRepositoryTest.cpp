@@ -1,5 +1,5 @@
-#include "models/ConversationRetention.h"
 #include "persistence/ConversationRepository.h"
+#include "models/ConversationRetention.h"
 #include "persistence/InMemorySettingsRepository.h"
 #include "persistence/PersistenceController.h"
 #include "persistence/PersistenceError.h"

@@ -161,8 +161,9 @@ TEST_F(ObjectContextTest, MessagesKeepTheirOrderAcrossChangesAndReloads)
     context->save();
     const QUuid id = chat->id();
     chat.reset();
+    chat = context->find<Conversation>(id);
     QStringList texts;
-    for (const auto &message : context->find<Conversation>(id)->messages())
+    for (const auto &message : chat->messages())
         texts += message->content();
     EXPECT_EQ(texts, QStringList({u"1*"_s, u"2"_s, u"3"_s, u"4"_s}));
 }

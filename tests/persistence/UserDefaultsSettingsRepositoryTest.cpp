@@ -94,7 +94,7 @@ TEST_F(UserDefaultsTest, ABrokenFileIsSetAsideAndNothingOfItIsLost)
     EXPECT_TRUE(UserDefaultsSettingsRepository(path).boolean(u"b"_s).value_or(false));
     EXPECT_EQ(PrivateFile::read(path + u".unreadable-1"_s, 1000), broken);
     EXPECT_EQ(log.lines(), QStringList{u"persistence: The settings file could not be read; kept it as "
-                                       "settings.ini.unreadable-1"_s});
+                                       "domain.name.ini.unreadable-1"_s});
 }
 
 TEST_F(UserDefaultsTest, AFolderThatCannotBeWrittenLosesNoRead)
@@ -109,9 +109,9 @@ TEST_F(UserDefaultsTest, AFolderThatCannotBeWrittenLosesNoRead)
 TEST(SettingsValueCodingTest, WhatIsNoValueReadsAsAbsent)
 {
     for (const auto &text :
-         {u""_s, u"5"_s, u"true"_s, u"int:"_s, u"int:5.0"_s, u"int: 5"_s, u"int:9223372036854775808"_s,
-          u"bool:1"_s, u"bool:TRUE"_s, u"real:nan"_s, u"real:inf"_s, u"real:x"_s, u"data:a"_s, u"list:{}"_s,
-          u"list:[1]"_s, u"list:[\"a\""_s, u"Int:5"_s, u"date:5"_s})
+         {u""_s, u"5"_s, u"true"_s, u"int:"_s, u"int:5.0"_s, u"int:9223372036854775808"_s, u"bool:1"_s,
+          u"bool:TRUE"_s, u"real:nan"_s, u"real:inf"_s, u"real:x"_s, u"data:a"_s, u"list:{}"_s, u"list:[1]"_s,
+          u"list:[\"a\""_s, u"Int:5"_s, u"date:5"_s})
         EXPECT_EQ(SettingsValueCoding::decode(text), std::nullopt) << text.toStdString();
 }
 

@@ -55,6 +55,21 @@ TEST_F(AsyncStreamTest, DeliversInOrderWhetherYieldedBeforeOrAfterTheWaitBegan)
     EXPECT_EQ(reading->end, "finished");
 }
 
+TEST_F(AsyncStreamTest, SeveralEventsInOneGoDoNotEndTheNextWait)
+{
+    auto [stream, producer] = Stream::make();
+    start(std::move(stream));
+    producer.yield(1);
+    producer.yield(2);
+    TestWait::settle();
+    EXPECT_EQ(reading->end, "");
+    producer.yield(3);
+    producer.finish();
+    TestWait::settle();
+    EXPECT_EQ(reading->events, (std::vector{1, 2, 3}));
+    EXPECT_EQ(reading->end, "finished");
+}
+
 TEST_F(AsyncStreamTest, NeverResumesTheConsumerInsideYield)
 {
     auto [stream, producer] = Stream::make();
@@ -63,6 +78,8 @@ TEST_F(AsyncStreamTest, NeverResumesTheConsumerInsideYield)
     EXPECT_TRUE(reading->events.empty());
     TestWait::settle();
     EXPECT_EQ(reading->events.size(), 1U);
+    producer.finish();
+    TestWait::settle();
 }
 
 TEST_F(AsyncStreamTest, ErrorComesAfterTheEventsBeforeIt)

@@ -49,7 +49,7 @@ QByteArray body(const std::vector<AIMessage> &messages, const AIConfiguration &c
     QJsonObject object{{u"model"_s, configuration.model},
                        {u"messages"_s, list},
                        {u"temperature"_s, configuration.temperature},
-                       {u"max_tokens"_s, configuration.maxOutputTokens}};
+                       {u"max_tokens"_s, static_cast<qint64>(configuration.maxOutputTokens)}};
     if (!tools.empty()) {
         object.insert(u"tools"_s, ChatCompletionRequest::toolObjects(tools));
         object.insert(u"tool_choice"_s, u"auto"_s);

@@ -11,9 +11,9 @@
 class OpenAICompatibleProvider final : public AIConnectionTesting {
 public:
     // Bytes of one line of an event stream, and of a reply that comes as one JSON body. Far beyond any
-    // reply, and low enough that parsing the worst of them stays bounded too.
-    static constexpr qsizetype longestLine = 4 * 1024 * 1024;
-    static constexpr qsizetype largestBody = 4 * 1024 * 1024;
+    // reply; the costliest JSON of this size takes some 90 MB and a sixth of a second to parse.
+    static constexpr qsizetype longestLine = 2 * 1024 * 1024;
+    static constexpr qsizetype largestBody = 2 * 1024 * 1024;
 
     // Requests use `injectedSession` when it is set, else a session of `network` for what they carry.
     explicit OpenAICompatibleProvider(HttpSessionProviding &network,

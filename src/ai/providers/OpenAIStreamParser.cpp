@@ -13,6 +13,11 @@ namespace {
 constexpr QByteArrayView prefix{"data:"};
 constexpr QByteArrayView sentinel{"[DONE]"};
 
+[[noreturn]] void throwMalformed()
+{
+    throw ProviderError(ProviderError::Plain::malformedResponse);
+}
+
 std::optional<QJsonObject> parsedPayload(QByteArrayView payload)
 {
     auto object = Json::parseObject(payload);
@@ -44,6 +49,11 @@ ToolCallFragment fragment(const QJsonObject &entry, std::int64_t position)
 
 void appendFragments(std::vector<ToolAwareEvent> &events, const QJsonObject &source)
 {
+    const QJsonValue list = source.value("tool_calls"_L1);
+    if (!list.isArray())
+        return;
+    if (static_cast<std::size_t>(list.toArray().size()) > mostToolCalls)
+        throwMalformed();
     const auto entries = Json::objects(source, "tool_calls"_L1);
     if (!entries)
         return;
@@ -63,11 +73,6 @@ std::optional<AIToolCall> call(const QJsonObject &entry, std::size_t position)
         arguments = u"{}"_s;
     auto id = Json::string(entry, "id"_L1);
     return AIToolCall{id ? *id : u"call_%1"_s.arg(position), *name, arguments};
-}
-
-[[noreturn]] void throwMalformed()
-{
-    throw ProviderError(ProviderError::Plain::malformedResponse);
 }
 
 } // namespace

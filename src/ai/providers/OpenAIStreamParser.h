@@ -45,8 +45,11 @@ struct Ignored {
 
 using ToolAwareEvent = std::variant<Delta, ToolCallFragment, Finished, Done, Ignored>;
 
+// More than any model asks for at once, so that what a server sends cannot fill the memory.
+inline constexpr std::size_t mostToolCalls = 256;
+
 // The events of one line, in the order text, fragments, finished; never empty. Bytes that are no UTF-8 count
-// as replacement characters.
+// as replacement characters. Throws ProviderError::malformedResponse past `mostToolCalls`.
 [[nodiscard]] std::vector<ToolAwareEvent> classify(QByteArrayView line);
 
 // A reply that came in one JSON body.

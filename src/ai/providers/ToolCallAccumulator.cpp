@@ -28,7 +28,7 @@ void ToolCallAccumulator::add(const ToolCallFragment &fragment)
     Partial &partial = position->second;
     m_characters += replace(partial.id, fragment.id) + replace(partial.name, fragment.name);
     m_characters += fragment.arguments.size();
-    if (m_order.size() > mostCalls || m_characters > mostCharacters)
+    if (m_order.size() > mostToolCalls || m_characters > mostCharacters)
         throw ProviderError(ProviderError::Plain::malformedResponse);
     partial.arguments += fragment.arguments;
 }

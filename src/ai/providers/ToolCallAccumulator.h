@@ -9,11 +9,10 @@ namespace OpenAIStreamParser {
 // Puts the tool calls of one streamed reply together from their fragments.
 class ToolCallAccumulator {
 public:
-    // More than any model sends, so that a stream without end cannot fill the memory.
-    static constexpr std::size_t mostCalls = 256;
-    static constexpr qsizetype mostCharacters = 4 * 1024 * 1024; // UTF-16 units of all calls together
+    // UTF-16 units of all calls together, so that a stream of arguments without end comes to one.
+    static constexpr qsizetype mostCharacters = 4 * 1024 * 1024;
 
-    // Throws ProviderError::malformedResponse past either limit.
+    // Throws ProviderError::malformedResponse past this limit or `mostToolCalls`.
     void add(const ToolCallFragment &fragment);
 
     // The calls in the order in which their indexes came. One that was never named is dropped.

@@ -1,0 +1,104 @@
+#include "view_models/ChatFixture.h"
+
+#include "view_models/ApprovalWords.h"
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+const AIToolCall search{u"1"_s, u"search_web"_s, uR"({"query":"weather in Oslo"})"_s};
+
+QCoro::Task<> note(QCoro::Task<ApprovalAnswer> task, std::shared_ptr<std::optional<ApprovalAnswer>> answer)
+{
+    const ApprovalAnswer given = co_await std::move(task);
+    *answer = given;
+}
+
+class ApprovalTest : public ChatFixture {
+protected:
+    std::shared_ptr<std::optional<ApprovalAnswer>> ask(bool offersChatWideYes)
+    {
+        auto answer = std::make_shared<std::optional<ApprovalAnswer>>();
+        note(chat.requestApproval(u"Search the web for this"_s, search, offersChatWideYes), answer);
+        TestWait::settle();
+        return answer;
+    }
+};
+
+TEST_F(ApprovalTest, ShowsTheWordsThatWouldLeaveAndWaits)
+{
+    const auto answer = ask(true);
+    EXPECT_EQ(*answer, std::nullopt);
+    ASSERT_TRUE(chat.hasApproval());
+    EXPECT_EQ(chat.approval().verb, u"Search the web for this"_s);
+    EXPECT_EQ(chat.approval().detail, u"weather in Oslo"_s);
+    EXPECT_EQ(chat.approval().footnote,
+              u"These words go to Brave Search through MorvaneGPT's search service."_s);
+    chat.approveForChat();
+    TestWait::settle();
+    EXPECT_EQ(*answer, ApprovalAnswer::allowedForChat);
+    EXPECT_FALSE(chat.hasApproval());
+    EXPECT_EQ(clock.pendingAlarms(), 0U);
+}
+
+TEST_F(ApprovalTest, AChatWideYesWhereNoneWasOfferedIsAPlainYes)
+{
+    const auto answer = ask(false);
+    chat.approveForChat();
+    TestWait::settle();
+    EXPECT_EQ(*answer, ApprovalAnswer::allowedOnce);
+}
+
+TEST_F(ApprovalTest, IsDeclinedAfter120SecondsAndTheNextGetsItsOwnTime)
+{
+    const auto answer = ask(true);
+    clock.advance(119s);
+    EXPECT_EQ(*answer, std::nullopt);
+    clock.advance(1s);
+    EXPECT_EQ(*answer, ApprovalAnswer::declined);
+
+    const auto next = ask(true);
+    clock.advance(60s);
+    chat.approve();
+    TestWait::settle();
+    EXPECT_EQ(*next, ApprovalAnswer::allowedOnce);
+}
+
+TEST_F(ApprovalTest, ASecondRequestIsDeclinedWhileOneIsPending)
+{
+    const auto first = ask(true);
+    const auto second = ask(true);
+    EXPECT_EQ(*second, ApprovalAnswer::declined);
+    EXPECT_EQ(*first, std::nullopt);
+    EXPECT_TRUE(chat.hasApproval());
+}
+
+TEST_F(ApprovalTest, StopAndTheTurnsEndDecline)
+{
+    const auto stopped = ask(true);
+    chat.stopResponding();
+    TestWait::settle();
+    EXPECT_EQ(*stopped, ApprovalAnswer::declined);
+
+    send(u"q"_s);
+    const auto ended = ask(true);
+    replies.text(u"a"_s);
+    replies.finish();
+    EXPECT_EQ(*ended, ApprovalAnswer::declined);
+    EXPECT_FALSE(chat.hasApproval());
+}
+
+TEST(ApprovalWordsTest, TellWhatWouldLeaveAndWhere)
+{
+    EXPECT_EQ(ApprovalWords::footnote(search, true), u"These words go to Brave Search with your own key."_s);
+    EXPECT_EQ(ApprovalWords::footnote({u""_s, u"read_web_page"_s, u"{}"_s}, true),
+              u"MorvaneGPT downloads this page from your Mac, and its text joins this chat."_s);
+    EXPECT_EQ(ApprovalWords::footnote({u""_s, u"open_link"_s, u"{}"_s}, true), QString());
+    const QString both = uR"({"name":"Send mail","input":"hidden payload"})"_s;
+    EXPECT_EQ(ApprovalWords::detail({u""_s, u"run_shortcut"_s, both}), both)
+        << "nothing that leaves is hidden";
+    EXPECT_EQ(ApprovalWords::detail({u""_s, u"open_link"_s, u"not json"_s}), u"not json"_s);
+}
+
+} // namespace

@@ -1,0 +1,67 @@
+#include "view_models/CompanionViewModel.h"
+
+#include "support/ManualClock.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+using enum Companion::State;
+
+class CompanionViewModelTest : public testing::Test {
+protected:
+    ManualClock clock;
+    CompanionViewModel companion{clock};
+};
+
+TEST_F(CompanionViewModelTest, RefusesTheMovesThatAreNotInTheTable)
+{
+    const std::pair<CompanionState, CompanionState> refused[] = {
+        {hover, speaking},        {listening, speaking}, {listening, hover},       {listening, notification},
+        {thinking, hover},        {thinking, listening}, {speaking, thinking},     {speaking, hover},
+        {speaking, notification}, {notification, error}, {notification, speaking}, {error, speaking},
+        {error, notification},
+    };
+    int allowed = 0;
+    for (int from = 0; from < 7; ++from) {
+        for (int to = 0; to < 7; ++to)
+            allowed += Companion::mayMove(CompanionState(from), CompanionState(to)) ? 1 : 0;
+    }
+    EXPECT_EQ(allowed, 49 - static_cast<int>(std::size(refused)));
+    for (const auto &[from, to] : refused)
+        EXPECT_FALSE(Companion::mayMove(from, to)) << int(from) << " to " << int(to);
+}
+
+TEST_F(CompanionViewModelTest, AFlashEndsInIdleUnlessTheStateChangedMeanwhile)
+{
+    companion.flash(error, 2s);
+    clock.advance(1s);
+    companion.flash(error, 2s);
+    clock.advance(1s);
+    EXPECT_EQ(companion.state(), error) << "the second flash got its own time";
+    clock.advance(1s);
+    EXPECT_EQ(companion.state(), idle);
+
+    companion.flash(notification, 2s);
+    companion.transition(listening);
+    clock.advance(5s);
+    EXPECT_EQ(companion.state(), listening);
+    companion.flash(notification, 2s);
+    EXPECT_EQ(companion.state(), listening) << "refused";
+}
+
+TEST_F(CompanionViewModelTest, ASecondBubbleGetsItsOwnFullTime)
+{
+    companion.say(u"one"_s, 3s);
+    clock.advance(2s);
+    companion.say(u"two"_s, 3s);
+    clock.advance(2s);
+    EXPECT_EQ(companion.bubbleText(), u"two"_s);
+    clock.advance(1s);
+    EXPECT_EQ(companion.bubbleText(), QString());
+}
+
+} // namespace

@@ -1,0 +1,9 @@
+#pragma once
+
+#include <QString>
+
+namespace Help {
+
+[[nodiscard]] QString text();
+
+} // namespace Help

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "attestation/evidence/EvidencePins.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+
+#include <stdexcept>
+
+// A command line that can't be carried out, or a file that can't be read: nothing was checked.
+class UsageError final : public std::runtime_error {
+public:
+    explicit UsageError(const QString &message)
+        : std::runtime_error(message.toStdString())
+    {}
+
+    [[nodiscard]] QString message() const { return QString::fromUtf8(what()); }
+};
+
+// What the command line asks for.
+struct Options {
+    enum class Command { Help, Quote, GPU, Replay, Document };
+    enum class Encoding { Raw, Hex, Base64 };
+    enum class Output { Text, Json };
+
+    Command command = Command::Help;
+    QString file; // "-" for standard input
+    Encoding encoding = Encoding::Raw;
+    Output output = Output::Text;
+    QDateTime date; // UTC
+    QByteArray nonce;
+    QByteArray composeHash;
+    QByteArray instanceID;
+    QString model;
+    QString acceptedList; // empty for the built-in one
+    EvidencePins pins;
+    QStringList replacedPins; // names of those that aren't this build's own
+
+    // Throws UsageError.
+    [[nodiscard]] static Options parse(const QStringList &arguments);
+};
