@@ -6,6 +6,7 @@
 #include <QSocketNotifier>
 
 #include <algorithm>
+#include <csignal>
 #include <utility>
 
 namespace {
@@ -15,7 +16,11 @@ constexpr long keptConnections = 6;
 
 CURLM *newMulti()
 {
-    static const CURLcode ready = curl_global_init(CURL_GLOBAL_DEFAULT);
+    static const CURLcode ready = [] {
+        std::signal(SIGPIPE,
+                    SIG_IGN); // a peer that closes is an error code; CURLOPT_NOSIGNAL leaves this to us
+        return curl_global_init(CURL_GLOBAL_DEFAULT);
+    }();
     return ready == CURLE_OK ? curl_multi_init() : nullptr;
 }
 

@@ -189,9 +189,11 @@ void CurlTransfer::setAddress(const QUrl &url)
     QByteArray host = EgressGate::hostOf(url).toLatin1();
     if (host.contains(':'))
         host = '[' + host + ']';
-    const QByteArray port = QByteArray::number(url.port());
-    const QByteArray path = url.path(QUrl::FullyEncoded).toLatin1();
-    const QByteArray query = url.query(QUrl::FullyEncoded).toLatin1();
+    QByteArray target = url.path(QUrl::FullyEncoded).toLatin1();
+    if (target.isEmpty())
+        target = "/";
+    if (url.hasQuery())
+        target += '?' + url.query(QUrl::FullyEncoded).toLatin1();
     const auto put = [this](CURLUPart part, const QByteArray &value) {
         if (curl_url_set(m_address.get(), part, value.constData(), 0) != CURLUE_OK)
             throw TransportError(Code::BadURL, sentenceOf(Code::BadURL, CURLE_OK));
@@ -199,10 +201,8 @@ void CurlTransfer::setAddress(const QUrl &url)
     put(CURLUPART_SCHEME, url.scheme().toLatin1());
     put(CURLUPART_HOST, host);
     if (url.port() >= 0)
-        put(CURLUPART_PORT, port);
-    put(CURLUPART_PATH, path.isEmpty() ? QByteArray("/") : path);
-    if (url.hasQuery())
-        put(CURLUPART_QUERY, query);
+        put(CURLUPART_PORT, QByteArray::number(url.port()));
+    set(CURLOPT_REQUEST_TARGET, target.constData()); // as it is: libcurl would change escapes
     set(CURLOPT_CURLU, m_address.get());
 }
 
@@ -293,7 +293,7 @@ int CurlTransfer::onDebug(CURL *, curl_infotype kind, char *, std::size_t size, 
 {
     auto &transfer = *static_cast<CurlTransfer *>(self);
     const auto bytes = static_cast<std::int64_t>(size);
-    if (kind == CURLINFO_HEADER_IN || kind == CURLINFO_DATA_IN)
+    if (kind == CURLINFO_DATA_IN) // head lines are counted in onHeader
         transfer.m_traffic.received += bytes;
     else if (kind == CURLINFO_HEADER_OUT || kind == CURLINFO_DATA_OUT)
         transfer.m_traffic.sent += bytes;
@@ -306,6 +306,9 @@ int CurlTransfer::onDebug(CURL *, curl_infotype kind, char *, std::size_t size, 
 std::size_t CurlTransfer::onHeader(char *data, std::size_t, std::size_t size, void *self)
 {
     auto &transfer = *static_cast<CurlTransfer *>(self);
+    if (!transfer.m_headIsOver) // a trailer is part of the body's framing
+        transfer.m_traffic.received += static_cast<std::int64_t>(size);
+    transfer.m_observer.bytesMoved();
     transfer.m_headerBytes += static_cast<qsizetype>(size);
     transfer.m_headerTooLarge = transfer.m_headerBytes > headerLimit;
     if (transfer.m_headerTooLarge)

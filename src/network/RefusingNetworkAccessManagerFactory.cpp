@@ -19,6 +19,7 @@ public:
         setRequest(request);
         setUrl(request.url());
         setError(ContentAccessDenied, EgressGate::refusal(u"what is drawn may not use the network"_s));
+        open(ReadOnly | Unbuffered); // readers find nothing instead of a closed device
         setFinished(true);
         // Queued: the caller connects to the signals after it has the reply.
         QMetaObject::invokeMethod(

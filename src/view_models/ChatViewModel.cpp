@@ -67,6 +67,18 @@ QString ChatViewModel::conversationId() const
     return m_conversation ? Identifier::text(m_conversation->id()) : QString();
 }
 
+QString ChatViewModel::lastAnswer() const
+{
+    const auto &all = m_messages.messages();
+    for (auto message = all.rbegin(); message != all.rend(); ++message) {
+        if ((*message)->role() != MessageRole::Assistant)
+            continue;
+        if (const QString text = m_messages.textOf(**message); !text.isEmpty())
+            return text;
+    }
+    return {};
+}
+
 QString ChatViewModel::sourceLabel() const
 {
     return m_services.router.chatSource().label();

@@ -109,6 +109,8 @@ public:
     Q_INVOKABLE void retryLastTurn();
     Q_INVOKABLE void continueReply(const QString &messageId);
     Q_INVOKABLE void stopResponding();
+    // The text of the newest reply that has any; empty for none.
+    Q_INVOKABLE QString lastAnswer() const;
     Q_INVOKABLE void dismissBanner();
     Q_INVOKABLE void approve();
     Q_INVOKABLE void approveForChat();

@@ -33,9 +33,10 @@ T.ApplicationWindow {
     }
     function openSettings() {
         settings.active = true;
-        settings.item.show();
-        settings.item.raise();
-        settings.item.requestActivate();
+        const opened = settings.item as SettingsWindow;
+        opened.show();
+        opened.raise();
+        opened.requestActivate();
     }
 
     width: 1100
@@ -116,6 +117,11 @@ T.ApplicationWindow {
             onClosed: sheet.active = false
             Component.onCompleted: open()
         }
+    }
+    Loader {
+        active: window.shell.questionTitle.length > 0
+        anchors.fill: parent
+        sourceComponent: QuestionPanel { shell: window.shell }
     }
     Loader {
         id: settings

@@ -155,9 +155,11 @@ TEST_F(OpenAICompatibleProviderTest, YieldsTextAsItsLinesArrive)
     EXPECT_EQ(stream.takeBuffered(), AIStreamEvent(AIStream::Text{u"Hel"_s}));
     EXPECT_EQ(stream.takeBuffered(), AIStreamEvent(AIStream::Text{u"lo"_s}));
 
-    // The sentinel ends the reading although the body goes on.
+    // The sentinel ends the reading although the body goes on; it may not go on for long.
     network.fake->feed(doneLine + textLine("never"));
     EXPECT_TRUE(readReply(std::move(stream)).events.empty());
+    network.fake->feed(QByteArray(5000, 'x'));
+    TestWait::settle();
     EXPECT_EQ(network.fake->openRequests(), 0);
     EXPECT_EQ(log.lines(), (QStringList{u"ai-provider: Starting streamed request to model  some-model\t"_s,
                                         u"ai-provider: Streamed request completed"_s}));
@@ -355,6 +357,7 @@ TEST_F(OpenAICompatibleProviderTest, AReplyOutlivesItsProvider)
     auto stream = shortLived->streamReply({}, configuration, {});
     shortLived.reset();
     network.fake->feed(textLine("still here") + doneLine);
+    network.fake->closeBody();
     EXPECT_EQ(readReply(std::move(stream)).text(), u"still here"_s);
 }
 

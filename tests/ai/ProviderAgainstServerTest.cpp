@@ -35,6 +35,14 @@ protected:
     }
     Reply replyOf(const QString &model) { return readReply(ask(model)); }
 
+    // Lets what was stopped or is still on its way come to its end.
+    void TearDown() override
+    {
+        TestWait::settle();
+        server.awaitEnded(server.requests().size());
+        TestWait::settle();
+    }
+
     ModelServer server;
     ManualClock clock;
     NetworkLedger ledger;
@@ -56,6 +64,12 @@ TEST_F(ProviderAgainstServerTest, EveryHonestShapeOfAReplyBecomesTheSameText)
         EXPECT_TRUE(reply.text().contains(u"You wrote: “hi”."_s)) << model << reply.text().toStdString();
         EXPECT_EQ(reply.error, std::nullopt) << model;
     }
+    // Each request ends as a complete one, also where the sentinel came before the end of the body.
+    const std::size_t sent = server.requests().size();
+    TestWait::until([&] { return ledger.snapshot().entries.size() == sent; });
+    for (const NetworkLedger::Entry &row : ledger.snapshot().entries)
+        EXPECT_TRUE(std::holds_alternative<EgressOutcome::Completed>(row.outcome.value));
+
     EXPECT_EQ(replyOf(u"drip"_s).text(), u"Drop by drop, é and 👻 too, from the practice server."_s);
     EXPECT_EQ(replyOf(u"pieces-2000"_s).events.size(), 2000U);
 }

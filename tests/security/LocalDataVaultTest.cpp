@@ -155,7 +155,7 @@ TEST_F(LocalDataVaultTest, TheKeyMovesBehindPresenceAndBack)
     vault.unlock(); // the cache is empty now, and nobody has shown that they are there
     EXPECT_EQ(vault.open(*field), u""_s);
     EXPECT_EQ(vault.seal(u"kept readable"_s), u"kept readable"_s);
-    EXPECT_TRUE(keychain.read(LocalDataVault::keyAccount, u"unlock MorvaneGPT"_s));
+    EXPECT_TRUE(keychain.read(LocalDataVault::keyAccount, u"unlock MorvaneGPT"_s, {}));
     EXPECT_EQ(vault.open(*field), u"words"_s);
     vault.moveKey(UserPresence::NotRequired);
     vault.lock();
@@ -269,7 +269,10 @@ public:
         released.wait(false);
         return QString::fromLatin1(QByteArray(32, 'k').toBase64());
     }
-    std::optional<QString> read(const QString &account, const QString &) override { return read(account); }
+    std::optional<QString> read(const QString &account, const QString &, std::stop_token) override
+    {
+        return read(account);
+    }
     void save(const QString &, const QString &) override {}
     void remove(const QString &) override {}
     int deleteAll() noexcept override { return 0; }

@@ -27,8 +27,9 @@ public:
     // Requests that are waiting for an answer, and bodies that are still read.
     [[nodiscard]] int openRequests() const;
 
-    // Adds a piece to the body that stays open.
+    // Add to the body that stays open, and end it.
     void feed(QByteArray piece) { m_bodies.back().yield(std::move(piece)); }
+    void closeBody() { m_bodies.back().finish(); }
 
 private:
     std::deque<Answer> m_answers;

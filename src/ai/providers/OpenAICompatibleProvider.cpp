@@ -61,6 +61,24 @@ QCoro::Task<Completion> fetchWhole(SharedQuestion question, std::stop_token stop
     co_return completion;
 }
 
+// Takes what a server still sends behind the sentinel, which is hardly ever more than the end of the body. So
+// the request ends as a complete one, and its connection is there for the next. Keeps no session alive: one
+// that goes ends this too.
+QCoro::Task<> letEnd(AsyncStream<QByteArray> body)
+{
+    constexpr qsizetype patience = 4096; // bytes
+    qsizetype taken = 0;
+    try {
+        while (const auto piece = co_await body.next()) {
+            taken += piece->size();
+            if (taken > patience)
+                break;
+        }
+    } catch (const std::exception &) {
+        // The reply is complete; nobody waits for this.
+    }
+}
+
 // Reads the stream to its sentinel or its end.
 QCoro::Task<> readLines(HttpResponse response, std::shared_ptr<StreamedReply> reply,
                         StreamedReply::Events events)
@@ -71,8 +89,10 @@ QCoro::Task<> readLines(HttpResponse response, std::shared_ptr<StreamedReply> re
         lines.add(std::move(*piece));
         while (const auto line = lines.next()) {
             throwIfStopped(stop);
-            if (reply->add(*line, events) == StreamedReply::Progress::done)
+            if (reply->add(*line, events) == StreamedReply::Progress::done) {
+                letEnd(std::move(response.body));
                 co_return;
+            }
         }
     }
     throwIfStopped(stop);

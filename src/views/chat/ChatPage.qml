@@ -21,6 +21,11 @@ FocusScope {
     function focusComposer() {
         composer.takeFocus();
     }
+    function copyLastAnswer() {
+        const answer = root.chat.lastAnswer();
+        if (answer.length > 0)
+            root.shell.copy(answer);
+    }
     function scrollPage(direction: int) {
         messages.scrollBy(direction * messages.height * 0.85);
     }

@@ -64,8 +64,8 @@ Rectangle {
             Keys.onReturnPressed: event => root.returnPressed(event)
             Keys.onEnterPressed: event => root.returnPressed(event)
             // Tab leads on; a tab character has no use in a message.
-            KeyNavigation.priority: KeyNavigation.BeforeItem
-            KeyNavigation.tab: button.enabled ? button : nextItemInFocusChain()
+            Keys.onTabPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+            Keys.onBacktabPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
         }
     }
     PlainText {

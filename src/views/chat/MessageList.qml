@@ -36,12 +36,12 @@ ListView {
     function bringTurnUp() {
         root.makesRoom = true;
         root.following = true;
-        Qt.callLater(root.keepEnd);
+        settle.start();
     }
     function startOver() {
         root.makesRoom = false;
         root.following = true;
-        Qt.callLater(root.keepEnd);
+        settle.start();
     }
 
     reuseItems: true
@@ -65,8 +65,16 @@ ListView {
         root.following = false;
     }
     onMovementEnded: root.following = root.contentY >= root.movedFrom && root.gapToEnd <= 64
-    onContentHeightChanged: Qt.callLater(root.keepEnd)
-    onHeightChanged: Qt.callLater(root.keepEnd)
+    onContentHeightChanged: settle.start()
+    onHeightChanged: settle.start()
+
+    // Several changes of one moment move the view once.
+    Timer {
+        id: settle
+
+        interval: 0
+        onTriggered: root.keepEnd()
+    }
 
     delegate: MessageRow {
         width: root.width

@@ -49,7 +49,18 @@ Item {
         id: answer
 
         ReplyMessage {
-            row: root
+            text: root.text
+            failed: root.failed
+            cancelled: root.cancelled
+            interrupted: root.interrupted
+            running: root.running
+            indicatorText: root.indicatorText
+            errorText: root.errorText
+            toolLines: root.toolLines
+            sources: root.sources
+            canContinue: root.canContinue
+            place: root.place
+            isLast: root.isLast
             onCopyAsked: root.copyAsked(root.text)
             onContinueAsked: root.continueAsked(root.messageId)
         }

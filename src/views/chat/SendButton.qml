@@ -19,8 +19,8 @@ T.RoundButton {
     text: responding ? qsTr("Stop") : qsTr("Send")
 
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: root.clicked()
+    Keys.onEnterPressed: root.clicked()
     onClicked: responding ? stopChosen() : sendChosen()
 
     contentItem: Item {

@@ -6,13 +6,18 @@ import Morvane
 T.RadioButton {
     id: root
 
+    function activate() {
+        root.toggle();
+        root.clicked();
+    }
+
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: Theme.controlHeight
     horizontalPadding: 14
 
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: root.activate()
+    Keys.onEnterPressed: root.activate()
 
     contentItem: Text {
         textFormat: Text.PlainText

@@ -19,8 +19,8 @@ T.Button {
     verticalPadding: 6
 
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: root.clicked()
+    Keys.onEnterPressed: root.clicked()
 
     contentItem: Text {
         textFormat: Text.PlainText

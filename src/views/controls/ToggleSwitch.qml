@@ -6,12 +6,17 @@ import Morvane
 T.Switch {
     id: root
 
+    function activate() {
+        root.toggle();
+        root.toggled();
+    }
+
     implicitWidth: 40
     implicitHeight: 24
 
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: root.activate()
+    Keys.onEnterPressed: root.activate()
 
     indicator: Rectangle {
         width: 40

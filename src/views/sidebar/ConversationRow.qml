@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Templates as T
 import Morvane
 
 // One chat: its title on one line, and a menu that shows when the pointer or the marker is on it.

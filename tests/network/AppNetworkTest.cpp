@@ -1,0 +1,95 @@
+#include "network/AppNetwork.h"
+
+#include "network/NetworkLedger.h"
+#include "network/RefusingNetworkAccessManagerFactory.h"
+#include "support/Await.h"
+#include "support/ManualClock.h"
+#include "support/ScriptedServer.h"
+
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QSemaphore>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class AppNetworkTest : public testing::Test {
+protected:
+    NetworkLedger ledger;
+    ManualClock clock;
+    AppNetwork network{ledger, clock};
+};
+
+TEST_F(AppNetworkTest, OneSessionForAFeatureAndWhatItCarries)
+{
+    const auto session =
+        network.session(EgressFeature::aiModel, SensitiveData::image | SensitiveData::memory);
+    EXPECT_EQ(session, network.session(EgressFeature::aiModel, SensitiveData::memory | SensitiveData::image));
+    EXPECT_NE(session, network.session(EgressFeature::aiModel, SensitiveData::image));
+    EXPECT_NE(session, network.session(EgressFeature::aiSetup, SensitiveData::image | SensitiveData::memory));
+}
+
+TEST_F(AppNetworkTest, AnySensitiveDataKeepsASessionOnTheLocalNetwork)
+{
+    for (const auto data : {SensitiveData::screenText, SensitiveData::memory, SensitiveData::image}) {
+        const auto session = network.session(EgressFeature::aiModel, data);
+        HttpRequest request;
+        request.url = QUrl(u"https://public.test/"_s);
+        try {
+            TestWait::await(session->send(request, {}));
+            FAIL() << "the request left";
+        } catch (const TransportError &error) {
+            EXPECT_EQ(error.code(), TransportError::Code::Blocked);
+        }
+    }
+    const auto rows = ledger.snapshot().entries;
+    ASSERT_EQ(rows.size(), 3U);
+    EXPECT_EQ(rows[1].carrying, SensitiveDataSet(SensitiveData::memory));
+}
+
+TEST_F(AppNetworkTest, AFullCacheGoesAsAWholeAndRequestsUnderWayFinish)
+{
+    QSemaphore mayAnswer;
+    ScriptedServer server([&](ScriptedServer::Connection &connection) {
+        connection.readRequest();
+        mayAnswer.tryAcquire(1, 30'000);
+        connection.send(ScriptedServer::response("200 OK", "late"));
+    });
+    auto first = network.session(EgressFeature::webPage, SensitiveDataSet());
+    HttpRequest request;
+    request.url = server.url();
+    const auto answer = std::make_shared<TestWait::Outcome<HttpResponse>>();
+    TestWait::collect(first->send(request, {}), answer);
+
+    const auto key = [](int number) { return SensitiveDataSet::fromInt(static_cast<unsigned>(number)); };
+    for (int i = 1; i < static_cast<int>(AppNetwork::capacity); ++i)
+        static_cast<void>(network.session(EgressFeature::webPage, key(i)));
+    EXPECT_EQ(network.session(EgressFeature::webPage, key(0)), first);
+    static_cast<void>(network.session(EgressFeature::aiSetup, key(0)));
+    EXPECT_NE(network.session(EgressFeature::webPage, key(0)), first);
+
+    mayAnswer.release();
+    TestWait::until([&] { return answer->done; });
+    ASSERT_TRUE(answer->value);
+    EXPECT_EQ(TestWait::await(readBody(std::move(*answer->value), 100, {})), "late");
+}
+
+TEST(RefusingNetworkAccessManagerFactoryTest, NothingLeaves)
+{
+    ScriptedServer server(ScriptedServer::answering(ScriptedServer::response("200 OK", "picture")));
+    QObject owner;
+    RefusingNetworkAccessManagerFactory factory;
+    auto *manager = factory.create(&owner);
+    auto *reply = manager->get(QNetworkRequest(server.url()));
+    bool hasEnded = false;
+    QObject::connect(reply, &QNetworkReply::finished, [&] { hasEnded = true; });
+    TestWait::until([&] { return hasEnded; });
+    EXPECT_EQ(reply->error(), QNetworkReply::ContentAccessDenied);
+    EXPECT_TRUE(reply->readAll().isEmpty());
+    EXPECT_EQ(server.connections(), 0);
+}
+
+} // namespace

@@ -1,0 +1,182 @@
+#include "HttpFixture.h"
+#include "SocketSpy.h"
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using Code = TransportError::Code;
+
+namespace {
+
+// Where a request stands when it is taken away.
+enum class Stage { Resolving, AwaitingHead, Streaming };
+
+void PrintTo(Stage stage, std::ostream *out)
+{
+    *out << (stage == Stage::Resolving      ? "resolving"
+             : stage == Stage::AwaitingHead ? "waiting"
+                                            : "streaming");
+}
+
+class HttpLifetimeTest : public HttpTest, public testing::WithParamInterface<Stage> {
+protected:
+    static constexpr QByteArrayView firstPart{"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf"};
+
+    std::shared_ptr<Ending> reach(Stage stage)
+    {
+        const auto ending = begin(
+            get(stage == Stage::Resolving ? QUrl(u"http://slow.test/"_s) : server.url()), stop.get_token());
+        switch (stage) {
+        case Stage::Resolving:
+            TestWait::until([] { return SocketSpy::slowLookupBegan.try_acquire(); });
+            break;
+        case Stage::AwaitingHead:
+            TestWait::until([&] { return server.requests().size() == 1; });
+            break;
+        case Stage::Streaming:
+            TestWait::until([&] { return server.requests().size() == 1; });
+            mayAnswer.release();
+            TestWait::until([&] { return ending->body == "half"; });
+        }
+        EXPECT_FALSE(ending->isDone);
+        return ending;
+    }
+
+    void release(Stage stage)
+    {
+        if (stage == Stage::Resolving)
+            SocketSpy::slowLookupMayEnd.release();
+        else
+            TestWait::until([&] { return server.closedByPeer() == 1; });
+    }
+
+    QSemaphore mayAnswer;
+    ScriptedServer server{[this](ScriptedServer::Connection &connection) {
+        connection.readRequest();
+        if (mayAnswer.tryAcquire(1, GetParam() == Stage::Streaming ? 30'000 : 0))
+            connection.send(firstPart);
+        connection.awaitClose();
+    }};
+    std::stop_source stop;
+};
+
+TEST_P(HttpLifetimeTest, StopEndsItWithinOneTurnOfTheEventLoop)
+{
+    const auto ending = reach(GetParam());
+    stop.request_stop();
+    ASSERT_EQ(rows().size(), 1U); // gone already
+    QCoreApplication::sendPostedEvents();
+    EXPECT_TRUE(ending->isDone);
+    EXPECT_TRUE(ending->isCancelled);
+    EXPECT_EQ(rows()[0].outcome.text(), u"Failed: The request was cancelled."_s);
+    EXPECT_EQ(rows()[0].bytesSent, server.bytesReceived());
+    EXPECT_EQ(rows()[0].bytesReceived, server.bytesSent());
+    release(GetParam());
+    EXPECT_EQ(clock.pendingAlarms(), 0U);
+}
+
+TEST_P(HttpLifetimeTest, ASessionThatGoesEndsItsRequests)
+{
+    const auto ending = reach(GetParam());
+    session.reset();
+    TestWait::until([&] { return ending->isDone; });
+    EXPECT_EQ(ending->error, Code::Cancelled);
+    ASSERT_EQ(rows().size(), 1U);
+    release(GetParam());
+    clock.advance(1h); // nothing is left that could fire
+    EXPECT_EQ(rows().size(), 1U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Stages, HttpLifetimeTest,
+                         testing::Values(Stage::Resolving, Stage::AwaitingHead, Stage::Streaming));
+
+class HttpConsumerTest : public HttpTest {};
+
+QCoro::Task<std::optional<QByteArray>> nextPiece(AsyncStream<QByteArray> *body)
+{
+    std::optional<QByteArray> piece = co_await body->next();
+    co_return piece;
+}
+
+TEST_F(HttpConsumerTest, AStopBeforeTheStartConnectsNowhere)
+{
+    ScriptedServer server(ScriptedServer::answering(ScriptedServer::response("200 OK", "")));
+    std::stop_source stop;
+    stop.request_stop();
+    const auto ending = begin(get(server.url()), stop.get_token());
+    EXPECT_TRUE(ending->isCancelled);
+    EXPECT_EQ(textOf(rows().at(0)), "127.0.0.1 0/0 Failed: The request was cancelled.");
+    TestWait::settle();
+    EXPECT_EQ(server.connections(), 0);
+}
+
+TEST_F(HttpConsumerTest, DroppingTheBodyClosesTheConnection)
+{
+    ScriptedServer server([](ScriptedServer::Connection &connection) {
+        connection.readRequest();
+        connection.send("HTTP/1.1 200 OK\r\n\r\nendless");
+        connection.awaitClose();
+    });
+    static_cast<void>(TestWait::await(session->send(get(server.url()), {})));
+    TestWait::until([&] { return server.closedByPeer() == 1; });
+    EXPECT_EQ(rows().size(), 1U);
+}
+
+TEST_F(HttpConsumerTest, TheBodyOutlivesItsSessionOnceItIsComplete)
+{
+    ScriptedServer server(ScriptedServer::answering(ScriptedServer::response("200 OK", "whole")));
+    HttpResponse response = TestWait::await(session->send(get(server.url()), {}));
+    TestWait::until([&] { return rows().size() == 1; });
+    session.reset();
+    EXPECT_EQ(TestWait::await(readBody(std::move(response), 5, {})), "whole");
+}
+
+TEST_F(HttpConsumerTest, ABodyBeyondTheReadersLimitIsTooLarge)
+{
+    ScriptedServer server([](ScriptedServer::Connection &connection) {
+        connection.readRequest();
+        connection.send("HTTP/1.1 500 Oops\r\n\r\n");
+        while (connection.send(QByteArray(65'536, 'x'))) {
+        }
+    });
+    HttpResponse response = TestWait::await(session->send(get(server.url()), {}));
+    try {
+        TestWait::await(readBody(std::move(response), 100'000, {}));
+        FAIL() << "it was read whole";
+    } catch (const TransportError &error) {
+        EXPECT_EQ(error.code(), Code::ResponseTooLarge);
+    }
+    TestWait::until([&] { return server.closedByPeer() == 1; });
+}
+
+// What was read off the socket stays within a bound, and waiting for the reader is no silence of the
+// server's.
+TEST_F(HttpConsumerTest, ASlowReaderHoldsTheSenderBack)
+{
+    constexpr qint64 total = 32LL * 1024 * 1024;
+    ScriptedServer server([](ScriptedServer::Connection &connection) {
+        connection.readRequest();
+        connection.send("HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(total) + "\r\n\r\n");
+        const QByteArray piece(65'536, 'x');
+        for (qint64 sent = 0; sent < total && connection.send(piece); sent += piece.size()) {
+        }
+        connection.awaitClose();
+    });
+    const qint64 before = SocketSpy::received();
+    HttpResponse response = TestWait::await(session->send(get(server.url()), {}));
+    TestWait::until([&] { return SocketSpy::received() - before > 256 * 1024; });
+    clock.advance(10min);
+    EXPECT_LT(SocketSpy::received() - before, 320 * 1024);
+    EXPECT_LT(server.bytesSent(), total);
+
+    qint64 read = 0;
+    while (read < total) {
+        const auto piece = TestWait::await(nextPiece(&response.body));
+        ASSERT_TRUE(piece);
+        read += piece->size();
+    }
+    EXPECT_EQ(read, total);
+    TestWait::until([&] { return rows().size() == 1; });
+    EXPECT_EQ(rows()[0].bytesReceived, server.bytesSent());
+}
+
+} // namespace

@@ -1,0 +1,101 @@
+#include "network/NetworkLedger.h"
+#include "network/LedgerExport.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+NetworkLedger::Entry row(int number, const EgressOutcome &outcome = {EgressOutcome::Completed{200}})
+{
+    NetworkLedger::Entry entry;
+    entry.host = QString::number(number);
+    entry.outcome = outcome;
+    return entry;
+}
+
+TEST(NetworkLedgerTest, KeepsTheNewestFiveHundred)
+{
+    NetworkLedger ledger;
+    for (int i = 0; i < 502; ++i)
+        ledger.record(row(i));
+    const auto [entries, revision] = ledger.snapshot();
+    ASSERT_EQ(entries.size(), 500U);
+    EXPECT_EQ(entries.front().host, u"2"_s);
+    EXPECT_EQ(entries.back().host, u"501"_s);
+    EXPECT_EQ(revision, 502U);
+
+    std::set<QUuid> ids;
+    for (const auto &entry : entries)
+        ids.insert(entry.id);
+    EXPECT_EQ(ids.size(), 500U);
+}
+
+TEST(NetworkLedgerTest, TrimSkipsRowsInFlight)
+{
+    const EgressOutcome running{EgressOutcome::InFlight{}};
+    NetworkLedger ledger;
+    ledger.record(row(0, running));
+    for (int i = 1; i <= 500; ++i)
+        ledger.record(row(i));
+    auto entries = ledger.snapshot().entries;
+    ASSERT_EQ(entries.size(), 500U);
+    EXPECT_EQ(entries[0].host, u"0"_s);
+    EXPECT_EQ(entries[1].host, u"2"_s);
+
+    ledger.clear();
+    for (int i = 0; i < 510; ++i)
+        ledger.record(row(i, running));
+    EXPECT_EQ(ledger.snapshot().entries.size(), 510U); // nothing finished to drop
+    EXPECT_EQ(ledger.snapshot().revision, 501U + 1U + 510U);
+}
+
+TEST(NetworkLedgerTest, AnyThreadMayRecord)
+{
+    NetworkLedger ledger;
+    const auto work = [&ledger] {
+        for (int i = 0; i < 200; ++i) {
+            ledger.record(row(i));
+            const auto [entries, revision] = ledger.snapshot();
+            ASSERT_EQ(entries.size(), std::min<std::uint64_t>(revision, 500)); // of one moment
+        }
+    };
+    std::thread other(work);
+    work();
+    other.join();
+    EXPECT_EQ(ledger.snapshot().revision, 400U);
+}
+
+TEST(LedgerExportTest, QuotesEveryField)
+{
+    NetworkLedger::Entry refused;
+    refused.startedAt = QDateTime({2026, 3, 1}, {9, 5, 7, 80}, Qt::UTC);
+    refused.host = u"(no host)"_s;
+    refused.feature = EgressFeature::serverList;
+    refused.outcome = {EgressOutcome::Blocked{u"no \"host\", none"_s}};
+    NetworkLedger::Entry sent = refused;
+    sent.host = u"::1"_s;
+    sent.feature = EgressFeature::aiModel;
+    sent.carrying = SensitiveData::screenText | SensitiveData::image | SensitiveData::memory;
+    sent.bytesSent = 5'000'000'000;
+    sent.bytesReceived = 12;
+    sent.outcome = {EgressOutcome::Completed{204}};
+
+    const char *const expected =
+        R"csv("Time","Host","Where it goes","Feature","Your data","Sent (bytes)","Received (bytes)","Outcome"
+"2026-03-01T09:05:07.080Z","(no host)","Third party","Private cloud server list","none","0","0","Blocked: no ""host"", none"
+"2026-03-01T09:05:07.080Z","::1","This Mac","AI model","attached images, memory notes, screen text","5000000000","12","HTTP 204")csv";
+    EXPECT_EQ(LedgerExport::csv({refused, sent}).toStdString(), expected);
+}
+
+TEST(LedgerExportTest, NamesTheFileAfterItsMinute)
+{
+    EXPECT_EQ(LedgerExport::fileName(QDateTime({2026, 3, 1}, {9, 5, 59})),
+              u"morvane-network-ledger-2026-03-01-0905.csv"_s);
+}
+
+} // namespace
