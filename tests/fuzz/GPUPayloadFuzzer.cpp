@@ -1,5 +1,7 @@
 // Any text as GPU evidence, judged by its own nonce and under its own root.
 
+#include "fuzz/Judged.h"
+
 #include "attestation/evidence/Digest.h"
 #include "attestation/evidence/NvidiaGPUEvidence.h"
 
@@ -15,6 +17,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         const auto evidence = NvidiaGPUEvidence::parse(payload);
         if (evidence.gpus.empty())
             std::abort();
+        if (!isJudged(QByteArrayView(data, static_cast<qsizetype>(size))))
+            return 0;
         EvidencePins pins = EvidencePins::ofThisBuild();
         const auto &chain = evidence.gpus.front().certificateChain;
         if (!chain.empty())

@@ -43,7 +43,8 @@ std::vector<OpenSSL::Certificate> parseAll(const Chain &chain)
     return certificates;
 }
 
-// A certificate is still valid in its last second (RFC 5280); the library's comparison leaves that second out.
+// A certificate is still valid in its last second (RFC 5280); the library's comparison leaves that second
+// out.
 int acceptLastSecond(int good, X509_STORE_CTX *context)
 {
     if (good == 1 || X509_STORE_CTX_get_error(context) != X509_V_ERR_CERT_HAS_EXPIRED)
@@ -119,24 +120,25 @@ Chain PEMCertificates::blocks(QByteArrayView utf8)
     return blocks(QStringView(text));
 }
 
-void PEMCertificates::verifyChain(const Chain &chain, const QString &pinnedRootSHA256, const QDateTime &date)
+PEMCertificates::Leaf PEMCertificates::verifyChain(const Chain &chain, const QString &pinnedRootSHA256,
+                                                   const QDateTime &date)
 {
     if (chain.empty())
         throw ChainError(ChainError::MalformedCertificate{});
     const QString rootSHA256 = Digest::sha256Hex(chain.back());
     if (rootSHA256 != pinnedRootSHA256.toLower())
         throw ChainError(ChainError::RootNotPinned{rootSHA256});
-    const auto certificates = parseAll(chain);
+    auto certificates = parseAll(chain);
     const auto reason = refusal(certificates, date);
     ERR_clear_error();
     if (reason)
         throw ChainError(ChainError::ChainRejected{*reason});
+    return Leaf(std::move(certificates.front()));
 }
 
-QByteArray PEMCertificates::leafPublicKey(const QByteArray &certificate)
+QByteArray PEMCertificates::Leaf::publicKey() const
 {
-    const OpenSSL::Certificate leaf = parseCertificate(certificate);
-    const EVP_PKEY *const key = leaf ? X509_get0_pubkey(leaf.get()) : nullptr;
+    const EVP_PKEY *const key = m_certificate ? X509_get0_pubkey(m_certificate.get()) : nullptr;
     QByteArray point(1 + 2 * 66, Qt::Uninitialized); // room for the longest curve, P-521
     std::size_t length = 0;
     const bool read = key && EVP_PKEY_is_a(key, "EC") &&
@@ -146,4 +148,9 @@ QByteArray PEMCertificates::leafPublicKey(const QByteArray &certificate)
     if (!read || length == 0 || point[0] != '\x04')
         throw ChainError(ChainError::NoPublicKey{});
     return point.mid(1, static_cast<qsizetype>(length) - 1);
+}
+
+QByteArray PEMCertificates::leafPublicKey(const QByteArray &certificate)
+{
+    return Leaf(parseCertificate(certificate)).publicKey();
 }
