@@ -83,12 +83,30 @@ function(_deployment_refuse_unknown_keys)
     endforeach()
 endfunction()
 
+# An accepted server counts only when all of it is known; say which ones don't, and why.
+function(_deployment_report_incomplete_servers)
+    string(JSON count LENGTH "${MORVANE_DEPLOYMENT_JSON}" acceptedServers)
+    set(index 0)
+    while(index LESS count)
+        string(JSON label ERROR_VARIABLE unnamed GET "${MORVANE_DEPLOYMENT_JSON}" acceptedServers ${index} label)
+        foreach(key IN ITEMS mrtd rtmr0 rtmr1 rtmr2)
+            string(JSON value ERROR_VARIABLE missing GET "${MORVANE_DEPLOYMENT_JSON}" acceptedServers ${index} ${key})
+            if(missing)
+                message(STATUS "Accepted server \"${label}\" has no known ${key}: this build accepts no server through it.")
+                break()
+            endif()
+        endforeach()
+        math(EXPR index "${index} + 1")
+    endwhile()
+endfunction()
+
 deployment_value(intelRootSHA256 DIGEST)
 deployment_value(quotingEnclaveSigner DIGEST)
 deployment_value(nvidiaRootSHA256 DIGEST)
 deployment_value(acceptedServers ARRAY)
 
 _deployment_refuse_unknown_keys()
+_deployment_report_incomplete_servers()
 file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/include/deployment_values/deployment/DeploymentValues.h CONTENT
 "#pragma once
 

@@ -4,14 +4,19 @@
 #include "ai/providers/OpenAICompatibleProvider.h"
 #include "ai/routing/AIRequestRouter.h"
 #include "app/GhostQuestion.h"
+#include "app/WhatChangedNotice.h"
 #include "attestation/ProofLedger.h"
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"
 #include "persistence/ConversationRepository.h"
+#include "persistence/DepartedData.h"
+#include "persistence/LegacyBundleMigration.h"
 #include "persistence/PersistenceController.h"
 #include "persistence/SettingsStore.h"
 #include "persistence/UserDefaultsSettingsRepository.h"
-#include "security/InMemoryKeychainService.h"
+#include "security/KeychainError.h"
+#include "security/KeychainServicing.h"
+#include "security/LocalDataVault.h"
 #include "security/ProcessKeySealing.h"
 #include "utils/Clock.h"
 #include "utils/Log.h"
@@ -23,6 +28,8 @@
 #include "view_models/NetworkLedgerViewModel.h"
 #include "view_models/ShellViewModel.h"
 
+#include <QFileInfo>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -30,38 +37,91 @@ namespace {
 const QString decidedWhatChangedKey = u"didDecideWhatChangedNotice.v1"_s;
 const QString showWhatChangedKey = u"showWhatChangedNotice.v1"_s;
 
-QString settingsPath(const SupportFolders &folders)
+bool hasChats(const SupportFolders &folders)
 {
-    return folders.config + u'/' + Product::serviceName + u".ini"_s;
+    return QFileInfo::exists(ChatStoreLocation::storePath(folders)) ||
+           QFileInfo::exists(ChatStoreLocation::oldStorePath(folders));
 }
 
 } // namespace
 
-AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, QObject *parent)
+AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets,
+                   QObject *parent)
     : QObject(parent)
     , m_commandLine(commandLine)
+    , m_host(host)
     , m_clock(clock)
+    , m_secrets(secrets)
+    , m_usedBefore(hasChats(commandLine.folders()))
+    , m_vault(std::make_shared<LocalDataVault>(secrets.keychain))
+    , m_settingsRepository(std::make_unique<UserDefaultsSettingsRepository>(
+          UserDefaultsSettingsRepository::path(commandLine.folders(), Product::serviceName)))
 {
-    m_settingsRepository =
-        std::make_unique<UserDefaultsSettingsRepository>(settingsPath(commandLine.folders()));
+    if (host == Host::application)
+        moveFormerData();
     m_settings = std::make_unique<SettingsStore>(*m_settingsRepository);
+    if (host == Host::application)
+        expectKey();
     if (commandLine.resetOnboarding)
         m_settings->setOnboardingComplete(false);
-    m_keychain = std::make_unique<InMemoryKeychainService>();
     openStore();
     makeServices();
     makeViewModels();
-    decideWhatChangedNotice(host);
+    if (host == Host::application)
+        decideWhatChangedNotice();
     applyRetention();
 }
 
 AppState::~AppState() = default;
 
+// What older builds kept under other names and in the clear. Each part runs once, before anything reads what
+// it moves.
+void AppState::moveFormerData()
+{
+    const SupportFolders folders = m_commandLine.folders();
+    const auto openDomain = [folders](const QString &identifier) -> std::unique_ptr<SettingsRepository> {
+        return UserDefaultsSettingsRepository::existing(
+            UserDefaultsSettingsRepository::path(folders, identifier));
+    };
+    LegacyBundleMigration::runOnce({.folders = folders,
+                                    .defaults = *m_settingsRepository,
+                                    .openDomain = openDomain,
+                                    .legacySecrets = m_secrets.legacy,
+                                    .keychain = m_secrets.keychain});
+    const QStringList sealed = m_vault->sealLeftovers(folders.data);
+    if (!sealed.isEmpty())
+        Log::info(Log::Category::App, "Sealed %ld store(s) an older build left in the clear"_L1,
+                  {sealed.size()});
+    DepartedData::removeCodingEngineOnce(folders, *m_settingsRepository);
+    DepartedData::removeModulesOnce(folders, *m_settingsRepository);
+}
+
+// Where data has been sealed before, a missing key is an error and never a fresh start.
+void AppState::expectKey()
+{
+    bool holdsKey = false;
+    try {
+        holdsKey = m_secrets.keychain.read(LocalDataVault::keyAccount).has_value();
+    } catch (const KeychainError &) {
+        holdsKey = true; // refused is not missing
+    }
+    if (holdsKey || m_settings->onboardingComplete())
+        m_vault->requireExistingKey();
+}
+
 // A store that won't open doesn't stop the start: one in memory takes its place, and the window says why.
 void AppState::openStore()
 {
-    m_sealing = std::make_shared<ProcessKeySealing>();
-    m_persistence = PersistenceController::inMemory(m_sealing);
+    const PersistenceController::Place place{
+        .folders = m_commandLine.folders(),
+        .defaults = *m_settingsRepository,
+        .isVaultLocked = [vault = m_vault] { return vault->isLocked(); }};
+    try {
+        m_persistence = PersistenceController::onDisk(place, m_vault);
+    } catch (const PersistenceError &error) {
+        m_startupError = error;
+        m_persistence = PersistenceController::inMemory(std::make_shared<ProcessKeySealing>());
+    }
     m_repository = std::make_unique<ConversationRepository>(m_persistence->mainContext(), m_clock,
                                                             m_settingsRepository.get());
 }
@@ -71,7 +131,7 @@ void AppState::makeServices()
     m_networkLedger = std::make_unique<NetworkLedger>();
     m_network = std::make_unique<AppNetwork>(*m_networkLedger, m_clock);
     m_proofs = std::make_unique<ProofLedger>();
-    m_router = std::make_unique<AIRequestRouter>(*m_settings, *m_keychain, *m_proofs, m_clock,
+    m_router = std::make_unique<AIRequestRouter>(*m_settings, m_secrets.keychain, *m_proofs, m_clock,
                                                  std::make_shared<OpenAICompatibleProvider>(*m_network));
     m_replies = std::make_unique<ReplyRunner>(*m_router);
 }
@@ -90,7 +150,7 @@ void AppState::makeViewModels()
     m_conversations = std::make_unique<ConversationListModel>(*m_repository, m_clock);
     connect(m_chat.get(), &ChatViewModel::conversationsChanged, m_conversations.get(),
             &ConversationListModel::refresh);
-    m_aiSettings = std::make_unique<AISettingsViewModel>(*m_settings, *m_keychain, *m_router);
+    m_aiSettings = std::make_unique<AISettingsViewModel>(*m_settings, m_secrets.keychain, *m_router);
     m_networkLedgerView = std::make_unique<NetworkLedgerViewModel>(*m_networkLedger, m_clock);
     m_shell = std::make_unique<ShellViewModel>(
         *m_settings, m_startupError ? m_startupError->userMessage() : QString(),
@@ -98,12 +158,20 @@ void AppState::makeViewModels()
 }
 
 // Who used an older build learns once what went; a first start has nothing to be told.
-void AppState::decideWhatChangedNotice(Host host)
+void AppState::decideWhatChangedNotice()
 {
-    if (host == Host::test || m_settingsRepository->boolean(decidedWhatChangedKey))
+    if (m_settingsRepository->boolean(decidedWhatChangedKey))
         return;
-    m_settingsRepository->setBoolean(showWhatChangedKey, false);
+    m_settingsRepository->setBoolean(showWhatChangedKey, m_usedBefore);
     m_settingsRepository->setBoolean(decidedWhatChangedKey, true);
+}
+
+void AppState::showWhatChangedNotice()
+{
+    if (!m_settingsRepository->boolean(showWhatChangedKey).value_or(false))
+        return;
+    m_shell->ask(WhatChangedNotice::title(), WhatChangedNotice::lines().join(u"\n\n"_s), {u"Continue"_s},
+                 [this](int) { m_settingsRepository->setBoolean(showWhatChangedKey, false); });
 }
 
 void AppState::applyRetention()
@@ -118,6 +186,7 @@ void AppState::applyRetention()
 void AppState::start()
 {
     Q_EMIT mainWindowRequested();
+    showWhatChangedNotice();
     Log::info(Log::Category::App, "Application started (%s)"_L1, {SettingsStore::versionText()});
     didBecomeActive();
 }

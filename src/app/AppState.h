@@ -16,9 +16,10 @@ class Clock;
 class CompanionViewModel;
 class ConversationListModel;
 class ConversationRepository;
-class FieldSealing;
 class GhostKeeping;
 class KeychainServicing;
+class LegacySecretListing;
+class LocalDataVault;
 class NetworkLedger;
 class NetworkLedgerViewModel;
 class PersistenceController;
@@ -36,7 +37,14 @@ public:
     // Under a test host nothing of the person's is moved and no window opens.
     enum class Host { application, test };
 
-    AppState(const CommandLine &commandLine, Host host, Clock &clock, QObject *parent = nullptr);
+    // The keychain, open and ready; both faces are usually one object. Outlives this one.
+    struct Secrets {
+        KeychainServicing &keychain;
+        LegacySecretListing &legacy;
+    };
+
+    AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets,
+             QObject *parent = nullptr);
     ~AppState() override;
 
     [[nodiscard]] SettingsStore &settings() { return *m_settings; }
@@ -70,19 +78,24 @@ Q_SIGNALS:
     void quitConfirmed();
 
 private:
+    void moveFormerData();
+    void expectKey();
     void openStore();
     void makeServices();
     void makeViewModels();
-    void decideWhatChangedNotice(Host host);
+    void decideWhatChangedNotice();
+    void showWhatChangedNotice();
     void applyRetention();
 
     // In the order they are made; each stands on those above it.
     CommandLine m_commandLine;
+    Host m_host;
     Clock &m_clock;
+    Secrets m_secrets;
+    bool m_usedBefore; // an older build or an earlier start left chats
+    std::shared_ptr<LocalDataVault> m_vault;
     std::unique_ptr<SettingsRepository> m_settingsRepository;
     std::unique_ptr<SettingsStore> m_settings;
-    std::unique_ptr<KeychainServicing> m_keychain;
-    std::shared_ptr<const FieldSealing> m_sealing;
     std::unique_ptr<PersistenceController> m_persistence;
     std::optional<PersistenceError> m_startupError;
     std::unique_ptr<ConversationRepository> m_repository;

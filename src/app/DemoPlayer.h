@@ -14,6 +14,7 @@ class DemoPlayer : public QObject {
 public:
     DemoPlayer(QQuickWindow &window, ChatViewModel &chat, QString picturePath, QObject *parent = nullptr);
 
+    // Begins once the window can take keys.
     void play();
 
 Q_SIGNALS:
@@ -21,6 +22,7 @@ Q_SIGNALS:
     void finished(int exitCode);
 
 private:
+    void ask();
     void type(const QString &text);
     void press(int key, const QString &text);
     void printNewText();

@@ -1,13 +1,13 @@
 #pragma once
 
+#include "app/WindowEngine.h"
+
 #include <QObject>
-#include <QQmlApplicationEngine>
 #include <QQuickWindow>
 
 class AppState;
 
-// Loads the window and brings it up. Its engine can't reach the network, so no answer can fetch by being
-// drawn.
+// Loads the window and brings it up.
 class MainWindowController : public QObject {
     Q_OBJECT
 public:
@@ -25,6 +25,6 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    QQmlApplicationEngine m_engine;
+    WindowEngine m_engine;
     QQuickWindow *m_window = nullptr; // owned by the engine
 };

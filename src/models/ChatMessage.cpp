@@ -67,3 +67,11 @@ std::shared_ptr<ImportedDocument> ChatMessage::document() const
         return nullptr;
     return context()->document(*m_columns.attachmentID);
 }
+
+void ChatMessage::sealPlainTexts()
+{
+    sealIfPlain(m_columns.sealedContent);
+    sealIfPlain(m_columns.sealedErrorMessage);
+    sealIfPlain(m_columns.sealedAttachmentName);
+    sealIfPlain(m_columns.sealedToolSummary);
+}

@@ -112,6 +112,9 @@ public:
     [[nodiscard]] const std::optional<QUuid> &conversationID() const { return m_columns.conversation; }
     void setConversationID(const std::optional<QUuid> &id) { assign(m_columns.conversation, id); }
 
+    // Seals what a build from before sealing left readable.
+    void sealPlainTexts();
+
 private:
     [[nodiscard]] QStringList toolLines() const;
 

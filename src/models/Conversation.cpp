@@ -66,3 +66,9 @@ void Conversation::forget(const ChatMessage &message)
     if (m_messages)
         std::erase_if(*m_messages, [&](const auto &held) { return held.get() == &message; });
 }
+
+void Conversation::sealPlainTexts()
+{
+    sealIfPlain(m_columns.sealedTitle);
+    sealIfPlain(m_columns.sealedRollingSummary);
+}

@@ -70,6 +70,9 @@ public:
     void append(const std::shared_ptr<ChatMessage> &message);
     void forget(const ChatMessage &message);
 
+    // Seals what a build from before sealing left readable.
+    void sealPlainTexts();
+
 private:
     Columns m_columns;
     mutable std::optional<Messages> m_messages; // nothing until first asked for

@@ -18,3 +18,8 @@ std::shared_ptr<ImportedDocument> ImportedDocument::create(std::shared_ptr<const
     columns.importedAt = fields.importedAt;
     return std::make_shared<ImportedDocument>(std::move(sealing), std::move(columns));
 }
+
+void ImportedDocument::sealPlainTexts()
+{
+    sealIfPlain(m_columns.sealedFilename);
+}

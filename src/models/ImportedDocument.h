@@ -47,6 +47,9 @@ public:
     [[nodiscard]] bool wasTruncated() const { return m_columns.wasTruncated; }
     [[nodiscard]] const QDateTime &importedAt() const { return m_columns.importedAt; }
 
+    // Seals what a build from before sealing left readable.
+    void sealPlainTexts();
+
 private:
     Columns m_columns;
 };

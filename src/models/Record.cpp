@@ -1,6 +1,7 @@
 #include "models/Record.h"
 
 #include "models/RecordContext.h"
+#include "security/SealedForm.h"
 
 Record::Record(RecordKind kind, const QUuid &id, std::shared_ptr<const FieldSealing> sealing)
     : m_kind(kind)
@@ -33,6 +34,18 @@ void Record::assignSealed(std::optional<QString> &field, const std::optional<QSt
         assign(field, std::optional<QString>());
     else if (auto sealed = m_sealing->seal(*text))
         assign(field, std::move(sealed));
+}
+
+void Record::sealIfPlain(QString &field)
+{
+    if (!field.isEmpty() && !SealedForm::isSealedField(field))
+        assignSealed(field, QString(field));
+}
+
+void Record::sealIfPlain(std::optional<QString> &field)
+{
+    if (field)
+        sealIfPlain(*field);
 }
 
 QString Record::sealedAtCreation(const FieldSealing &sealing, const QString &text)

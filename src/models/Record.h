@@ -55,6 +55,10 @@ protected:
     void assignSealed(QString &field, const QString &text);
     void assignSealed(std::optional<QString> &field, const std::optional<QString> &text);
 
+    // A text from before sealing becomes sealed when it can be.
+    void sealIfPlain(QString &field);
+    void sealIfPlain(std::optional<QString> &field);
+
     // At creation there is no former value: a text that cannot be sealed is lost, never stored as it is.
     [[nodiscard]] static QString sealedAtCreation(const FieldSealing &sealing, const QString &text);
     [[nodiscard]] static std::optional<QString> sealedAtCreation(const FieldSealing &sealing,

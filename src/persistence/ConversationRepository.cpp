@@ -2,12 +2,15 @@
 
 #include "persistence/PersistenceError.h"
 #include "persistence/SettingsRepository.h"
+#include "persistence/StoreSchema.h"
 #include "utils/Log.h"
 #include "utils/Text.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
 #include <QThread>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -17,6 +20,7 @@ constexpr auto category = Log::Category::Persistence;
 constexpr QByteArrayView lastChangedFirst{"updatedAt DESC, rowid DESC"};
 constexpr qsizetype derivedTitleLength = 42;
 constexpr qsizetype givenTitleLength = 80;
+constexpr std::int64_t plainTextPortion = 500;
 
 void assertMainThread()
 {
@@ -298,4 +302,35 @@ void ConversationRepository::deleteAll()
     m_context.removeAll<ChatMessage>();
     m_context.removeAll<ImportedDocument>();
     save();
+}
+
+// In portions, so that memory and the transaction stay small.
+template <typename R>
+std::int64_t ConversationRepository::sealPlainTextsOf()
+{
+    const QByteArray isPlain = StoreSchema::holdsPlainText(RecordTable<R>::name);
+    std::int64_t sealed = 0;
+    while (true) {
+        const auto records = answerOr(std::vector<std::shared_ptr<R>>(), [&] {
+            return m_context.fetch<R>({.where = isPlain, .limit = plainTextPortion});
+        });
+        const auto changed = std::ranges::count_if(records, [](const auto &record) {
+            const auto before = record->revision();
+            record->sealPlainTexts();
+            return record->revision() != before;
+        });
+        if (changed == 0)
+            return sealed;
+        sealed += changed;
+        save();
+    }
+}
+
+void ConversationRepository::sealPlainTexts()
+{
+    assertMainThread();
+    const std::int64_t sealed = sealPlainTextsOf<Conversation>() + sealPlainTextsOf<ChatMessage>() +
+                                sealPlainTextsOf<ImportedDocument>();
+    if (sealed > 0)
+        Log::info(category, "Sealed %ld record(s) an older build left in the clear"_L1, {sealed});
 }

@@ -67,9 +67,16 @@ public:
     void prune(std::optional<std::chrono::seconds> interval, const QDateTime &now);
     void deleteAll();
 
+    // Seals the texts that a build from before sealing left readable, as far as they can be sealed now. Costs
+    // nothing when there are none.
+    void sealPlainTexts();
+
 private:
     [[nodiscard]] FetchRequest listed(std::int64_t offset, std::int64_t count) const;
     [[nodiscard]] Conversations fetch(const FetchRequest &request) const;
+
+    template <typename R>
+    std::int64_t sealPlainTextsOf();
 
     ObjectContext &m_context;
     Clock &m_clock;

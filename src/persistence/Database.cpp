@@ -25,6 +25,9 @@ Database Database::open(const QString &path, Access access)
 {
     const QByteArray name = QFile::encodeName(path);
     switch (access) {
+    case Access::Still:
+        return openWith("file:" + name.toPercentEncoding("/") + "?immutable=1",
+                        SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
     case Access::ReadOnly:
         return openWith(name, SQLITE_OPEN_READONLY);
     case Access::ReadWrite:
@@ -46,9 +49,9 @@ Database Database::openWith(const QByteArray &name, int flags)
     return database;
 }
 
-void Database::execute(const char *sql)
+void Database::execute(const QByteArray &sql)
 {
-    if (sqlite3_exec(m_connection.get(), sql, nullptr, nullptr, nullptr) != SQLITE_OK)
+    if (sqlite3_exec(m_connection.get(), sql.constData(), nullptr, nullptr, nullptr) != SQLITE_OK)
         throw DatabaseError(sqlite3_extended_errcode(m_connection.get()), sqlite3_errmsg(m_connection.get()));
 }
 
@@ -63,7 +66,7 @@ bool Database::isInTransaction() const
     return sqlite3_get_autocommit(m_connection.get()) == 0;
 }
 
-std::int64_t Database::changes() const
+bool Database::isReadOnly() const
 {
-    return sqlite3_changes64(m_connection.get());
+    return sqlite3_db_readonly(m_connection.get(), "main") == 1;
 }

@@ -11,13 +11,18 @@
 // DatabaseError.
 class Database {
 public:
-    enum class Access { ReadOnly, ReadWrite, Create };
+    enum class Access {
+        Still,    // reads a file that nobody is writing and that has no log; nothing appears beside it
+        ReadOnly, // may leave empty companions beside the file
+        ReadWrite,
+        Create,
+    };
 
     [[nodiscard]] static Database inMemory();
     [[nodiscard]] static Database open(const QString &path, Access access);
 
     // Runs statements that take no values and yield no rows that matter.
-    void execute(const char *sql);
+    void execute(const QByteArray &sql);
 
     [[nodiscard]] Statement prepare(QByteArrayView sql) { return {m_connection.get(), sql}; }
 
@@ -26,8 +31,11 @@ public:
 
     [[nodiscard]] bool isInTransaction() const;
 
-    // Rows changed by the last statement.
-    [[nodiscard]] std::int64_t changes() const;
+    // A file that can't be written opens all the same.
+    [[nodiscard]] bool isReadOnly() const;
+
+    // Also done by the destructor. The last connection to a file folds its log into it.
+    void close() { m_connection.reset(); }
 
 private:
     struct Closer {

@@ -229,7 +229,7 @@ void ObjectContext::writeRemovals()
     if (m_removalsAreWritten)
         return;
     for (const RecordKind kind : m_emptied)
-        m_database.execute(joined({"DELETE FROM ", tableOf(kind)}).constData());
+        m_database.execute(joined({"DELETE FROM ", tableOf(kind)}));
     for (const auto &[kind, id] : m_removed) {
         m_database.prepare(joined({"DELETE FROM ", tableOf(kind), " WHERE id=?"}))
             .bind(SqlCoding::value(id))

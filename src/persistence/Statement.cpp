@@ -166,3 +166,16 @@ std::optional<QStringList> Statement::optionalList()
         list.append(element.toString());
     return list;
 }
+
+SqlValue Statement::value()
+{
+    switch (sqlite3_column_type(m_statement.get(), m_column)) {
+    case SQLITE_NULL:
+        ++m_column;
+        return {};
+    case SQLITE_INTEGER:
+        return integer();
+    default:
+        return text();
+    }
+}

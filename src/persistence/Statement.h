@@ -63,6 +63,7 @@ public:
     [[nodiscard]] std::optional<QUuid> optionalId(); // also nothing for a text that is no id
     [[nodiscard]] std::optional<bool> optionalFlag();
     [[nodiscard]] std::optional<QStringList> optionalList();
+    [[nodiscard]] SqlValue value(); // as it stands
 
 private:
     struct Finalizer {

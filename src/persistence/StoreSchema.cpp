@@ -1,30 +1,92 @@
 #include "persistence/StoreSchema.h"
 
 #include <algorithm>
-#include <array>
-#include <map>
 #include <set>
-#include <string>
-#include <vector>
 
 namespace {
 
-enum class Presence { Required, Optional };
+using StoreSchema::Column;
+using StoreSchema::Presence;
+using StoreSchema::Table;
 
-struct Column {
-    const char *name;
-    const char *type;
-    Presence presence;
-    const char *formerName = nullptr;
-};
+using Names = std::set<QByteArray>;
 
-struct Table {
-    const char *name;
-    std::vector<Column> columns;
-};
+// Names of the columns, empty for a table that isn't there.
+Names columnsOf(Database &database, const Table &table)
+{
+    Names names;
+    Statement statement = database.prepare("SELECT name FROM pragma_table_info(?)");
+    statement.bind(QString::fromLatin1(table.name));
+    while (statement.step())
+        names.insert(statement.text().toUtf8());
+    return names;
+}
+
+bool has(const Names &present, const Column &column)
+{
+    return present.contains(column.name) || (column.formerName && present.contains(column.formerName));
+}
+
+bool fits(const Names &present, const Table &table)
+{
+    return std::all_of(table.columns.begin(), table.columns.end(), [&](const Column &column) {
+        return column.presence == Presence::Optional || has(present, column);
+    });
+}
+
+QByteArray declaration(const Column &column)
+{
+    const QByteArray constraint = column.presence == Presence::Required ? " NOT NULL" : "";
+    return QByteArray(column.name) + ' ' + column.type + constraint;
+}
+
+void create(Database &database, const Table &table)
+{
+    QByteArray columns = "rowid INTEGER PRIMARY KEY";
+    for (const Column &column : table.columns)
+        columns += ", " + declaration(column);
+    database.execute(QByteArray("CREATE TABLE ") + table.name + '(' + columns + ')');
+}
+
+void update(Database &database, const Table &table, const Names &present)
+{
+    for (const Column &column : table.columns) {
+        if (present.contains(column.name))
+            continue;
+        const QByteArray change =
+            has(present, column) ? QByteArray("RENAME COLUMN ") + column.formerName + " TO " + column.name
+                                 : "ADD COLUMN " + declaration(column);
+        database.execute(QByteArray("ALTER TABLE ") + table.name + ' ' + change);
+    }
+}
+
+void index(Database &database, const Table &table)
+{
+    const QByteArray name = table.name;
+    database.execute("CREATE UNIQUE INDEX IF NOT EXISTS " + name + "_id ON " + name + "(id)");
+    database.execute("CREATE INDEX IF NOT EXISTS " + name + "_plain ON " + name + "(id) WHERE " +
+                     StoreSchema::holdsPlainText(name));
+}
+
+void prepareTables(Database &database)
+{
+    for (const Table &table : StoreSchema::tables()) {
+        const Names present = columnsOf(database, table);
+        if (present.empty())
+            create(database, table);
+        else
+            update(database, table, present);
+        index(database, table);
+    }
+    database.execute("CREATE INDEX IF NOT EXISTS ChatMessage_conversation ON ChatMessage(conversation)");
+    database.execute("CREATE INDEX IF NOT EXISTS Conversation_updatedAt ON Conversation(updatedAt)");
+    database.execute("PRAGMA user_version = " + QByteArray::number(StoreSchema::version));
+}
+
+} // namespace
 
 // Every table has a rowid besides: it grows with each row, and so keeps the order in which rows were added.
-const std::array<Table, 3> &tables()
+const std::array<Table, 3> &StoreSchema::tables()
 {
     using enum Presence;
     static const std::array<Table, 3> all{{
@@ -62,77 +124,30 @@ const std::array<Table, 3> &tables()
     return all;
 }
 
-using Names = std::set<std::string>;
-
-// Names of the columns, empty for a table that isn't there.
-Names columnsOf(Database &database, const Table &table)
+std::vector<QByteArray> StoreSchema::storedNames(Database &database, const Table &table)
 {
-    Names names;
-    Statement statement = database.prepare("SELECT name FROM pragma_table_info(?)");
-    statement.bind(QString::fromLatin1(table.name));
-    while (statement.step())
-        names.insert(statement.text().toStdString());
+    const Names present = columnsOf(database, table);
+    std::vector<QByteArray> names;
+    for (const Column &column : table.columns) {
+        if (present.contains(column.name))
+            names.emplace_back(column.name);
+        else
+            names.emplace_back(has(present, column) ? column.formerName : "");
+    }
     return names;
 }
 
-bool has(const Names &present, const Column &column)
+QByteArray StoreSchema::holdsPlainText(QByteArrayView name)
 {
-    return present.contains(column.name) || (column.formerName && present.contains(column.formerName));
-}
-
-bool fits(const Names &present, const Table &table)
-{
-    return std::all_of(table.columns.begin(), table.columns.end(), [&](const Column &column) {
-        return column.presence == Presence::Optional || has(present, column);
-    });
-}
-
-std::string declaration(const Column &column)
-{
-    std::string text = std::string(column.name) + " " + column.type;
-    if (column.presence == Presence::Required)
-        text += " NOT NULL";
-    return text;
-}
-
-void create(Database &database, const Table &table)
-{
-    std::string sql = std::string("CREATE TABLE ") + table.name + "(rowid INTEGER PRIMARY KEY";
-    for (const Column &column : table.columns)
-        sql += ", " + declaration(column);
-    database.execute((sql + ")").c_str());
-}
-
-void update(Database &database, const Table &table, const Names &present)
-{
-    const std::string alter = std::string("ALTER TABLE ") + table.name;
-    for (const Column &column : table.columns) {
-        if (present.contains(column.name))
-            continue;
-        const std::string change =
-            has(present, column) ? std::string(" RENAME COLUMN ") + column.formerName + " TO " + column.name
-                                 : " ADD COLUMN " + declaration(column);
-        database.execute((alter + change).c_str());
+    const auto table = std::ranges::find(tables(), name, &Table::name);
+    QByteArrayList conditions;
+    for (const Column &column : table->columns) {
+        const QByteArray text = column.name;
+        if (column.isSealed())
+            conditions.append("(" + text + "<>'' AND substr(" + text + ",1,6)<>char(1)||'KVT1:')");
     }
+    return "(" + conditions.join(" OR ") + ")";
 }
-
-void prepareTables(Database &database)
-{
-    for (const Table &table : tables()) {
-        const Names present = columnsOf(database, table);
-        if (present.empty())
-            create(database, table);
-        else
-            update(database, table, present);
-        const std::string name = table.name;
-        database.execute(("CREATE UNIQUE INDEX IF NOT EXISTS " + name + "_id ON " + name + "(id)").c_str());
-    }
-    database.execute("CREATE INDEX IF NOT EXISTS ChatMessage_conversation ON ChatMessage(conversation)");
-    database.execute("CREATE INDEX IF NOT EXISTS Conversation_updatedAt ON Conversation(updatedAt)");
-    database.execute(("PRAGMA user_version = " + std::to_string(StoreSchema::version)).c_str());
-}
-
-} // namespace
 
 StoreSchema::Recognition StoreSchema::recognize(Database &database)
 {
@@ -140,7 +155,7 @@ StoreSchema::Recognition StoreSchema::recognize(Database &database)
         return Recognition::Newer;
     if (database.integer("SELECT count(*) FROM sqlite_schema") == 0)
         return Recognition::Empty;
-    for (const Table &table : tables()) {
+    for (const Table &table : StoreSchema::tables()) {
         const Names present = columnsOf(database, table);
         if (present.empty() || !fits(present, table))
             return Recognition::Foreign;

@@ -2,15 +2,15 @@
 
 #include "persistence/Database.h"
 
+#include <array>
+#include <vector>
+
 // The tables of the chat store. Text columns hold sealed text only; their names changed when sealing came,
 // and a store with the former names is brought up to date by renaming, with its values as they are.
 namespace StoreSchema {
 
 // 1.0.0, kept as SQLite's user_version: two digits for each part below the first.
-inline constexpr std::int64_t version = 1'00'00;
-
-// The first six characters of every sealed text.
-inline constexpr QByteArrayView sealMarker{"\x01KVT1:"};
+inline constexpr qint64 version = 1'00'00;
 
 enum class Recognition {
     Empty,   // nothing in it yet
@@ -18,6 +18,32 @@ enum class Recognition {
     Newer,   // written by a later version
     Foreign, // not a chat store
 };
+
+enum class Presence { Required, Optional };
+
+struct Column {
+    const char *name;
+    const char *type;
+    Presence presence;
+    const char *formerName = nullptr; // from before its text was sealed
+
+    [[nodiscard]] bool isSealed() const { return formerName != nullptr; }
+};
+
+struct Table {
+    const char *name;
+    std::vector<Column> columns;
+};
+
+// Conversations, messages, documents.
+[[nodiscard]] const std::array<Table, 3> &tables();
+
+// What the columns are called in this store, in the table's order: by their former name when that is what it
+// has, and empty for an optional one that it lacks.
+[[nodiscard]] std::vector<QByteArray> storedNames(Database &database, const Table &table);
+
+// SQL that holds for rows with a text that isn't sealed; an index answers it.
+[[nodiscard]] QByteArray holdsPlainText(QByteArrayView table);
 
 // Reads only.
 [[nodiscard]] Recognition recognize(Database &database);

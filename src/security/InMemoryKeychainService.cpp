@@ -24,7 +24,7 @@ std::optional<QString> InMemoryKeychainService::read(const QString &account)
     return found == m_storage.end() ? std::nullopt : std::optional(found->second);
 }
 
-std::optional<QString> InMemoryKeychainService::read(const QString &account, const QString &)
+std::optional<QString> InMemoryKeychainService::read(const QString &account, const QString &, std::stop_token)
 {
     throwFailure();
     {

@@ -15,7 +15,8 @@ public:
     [[nodiscard]] std::optional<QString> read(const QString &account) override;
     void remove(const QString &account) override;
     int deleteAll() noexcept override;
-    [[nodiscard]] std::optional<QString> read(const QString &account, const QString &reason) override;
+    [[nodiscard]] std::optional<QString> read(const QString &account, const QString &reason,
+                                              std::stop_token stop) override;
     void setUserPresence(const QString &value, const QString &account, UserPresence presence) override;
     [[nodiscard]] bool requiresUserPresence(const QString &account) noexcept override;
     void clearCache() override;

@@ -1,5 +1,6 @@
 #include "security/KeychainHome.h"
 
+#include "security/FormerServices.h"
 #include "utils/CancelledError.h"
 #include "utils/Log.h"
 #include "utils/SecretBytes.h"
@@ -93,17 +94,19 @@ KeychainOpening KeychainHome::settle(SecretStoring &place, KeychainState ready, 
 {
     try {
         auto key = place.find(service, m_dataAccount);
-        const bool holdsKey = key.has_value();
-        if (key)
-            wipe(key->value);
+        for (auto former = formerKeychainServices.begin(); !key && former != formerKeychainServices.end();
+             ++former)
+            key = place.find(*former, m_dataAccount); // the one-time move has yet to fetch it
         m_place = &place;
-        if (!holdsKey && expectation == KeyExpectation::MustExist)
-            return {KeychainState::KeyMissing, false};
-        return {ready, holdsKey};
+        if (!key) {
+            const bool isLost = expectation == KeyExpectation::MustExist;
+            return {isLost ? KeychainState::KeyMissing : ready};
+        }
+        wipe(key->value);
+        return {ready, true, key->presence == UserPresence::Required};
     } catch (const SecretStoreError &) {
         return {ready == KeychainState::ReadyInFile ? KeychainState::FileUnreadable
-                                                    : KeychainState::Unavailable,
-                false};
+                                                    : KeychainState::Unavailable};
     }
 }
 
@@ -214,6 +217,24 @@ bool KeychainHome::update(const QString &service, const QString &account, const 
 bool KeychainHome::remove(const QString &service, const QString &account)
 {
     return place().remove(service, account);
+}
+
+// A file that could not be wiped when its secrets moved, or a keyring whose secrets were others than the
+// file's.
+bool KeychainHome::removeElsewhere(const QString &service)
+{
+    if (&place() == &m_keyring) {
+        const bool isLeft = m_file.exists();
+        if (isLeft)
+            m_file.wipeOut();
+        return isLeft;
+    }
+    bool removedAny = false;
+    for (auto &item : m_keyring.items(service)) {
+        wipe(item.value);
+        removedAny = m_keyring.remove(service, item.account) || removedAny;
+    }
+    return removedAny;
 }
 
 bool KeychainHome::keepsPresence() const

@@ -13,6 +13,7 @@ enum class KeyExpectation { Unknown, MustExist };
 struct KeychainOpening {
     KeychainState state = KeychainState::Opening;
     bool holdsDataKey = false;
+    bool dataKeyBehindPresence = false;
 };
 
 // Chooses where the secrets live, once for each run: in the desktop's keyring, or, where none answers, in a
@@ -39,6 +40,7 @@ public:
     void add(const QString &service, const Item &item) override;
     bool update(const QString &service, const QString &account, const QByteArray &value) override;
     bool remove(const QString &service, const QString &account) override;
+    bool removeElsewhere(const QString &service) override;
     [[nodiscard]] bool keepsPresence() const override;
 
 private:

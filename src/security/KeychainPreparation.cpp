@@ -32,12 +32,11 @@ QCoro::Task<KeychainOpening> KeychainPreparation::follow(QPointer<KeychainPrepar
 {
     try {
         while (const auto opening = co_await openings.next(stop)) {
-            if (opening->state == KeychainState::WaitingForUnlock) {
-                self->setState(opening->state);
-                continue;
-            }
+            if (!self)
+                break;
             self->setState(opening->state);
-            co_return *opening;
+            if (opening->state != KeychainState::WaitingForUnlock)
+                co_return *opening;
         }
     } catch (const CancelledError &) {
         if (self)

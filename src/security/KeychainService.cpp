@@ -1,20 +1,16 @@
 #include "security/KeychainService.h"
 
+#include "security/FormerServices.h"
 #include "security/KeychainError.h"
 #include "utils/Log.h"
 #include "utils/SecretBytes.h"
 #include "utils/Text.h"
-
-#include <array>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 using Operation = KeychainError::Operation;
-
-constexpr std::array formerServices{"ai.quelmarfolk.macos"_L1, "ai.quelmarfolk.mac"_L1,
-                                    "com.morvane.Quelmar"_L1};
 
 int number(KeychainStatus status)
 {
@@ -86,25 +82,28 @@ void KeychainService::save(const QString &value, const QString &account)
 
 std::optional<QString> KeychainService::read(const QString &account)
 {
-    return readItem(account, {}, Prompt::Never);
+    return readItem(account, nullptr);
 }
 
-std::optional<QString> KeychainService::read(const QString &account, const QString &reason)
+std::optional<QString> KeychainService::read(const QString &account, const QString &reason,
+                                             std::stop_token stop)
 {
-    return readItem(account, reason, Prompt::Allowed);
+    const Prompt prompt{reason, std::move(stop)};
+    return readItem(account, &prompt);
 }
 
-std::optional<QString> KeychainService::readItem(const QString &account, const QString &reason, Prompt prompt)
+// Without a `prompt` none may appear.
+std::optional<QString> KeychainService::readItem(const QString &account, const Prompt *prompt)
 {
-    if (auto value = cached(account))
-        return value;
+    if (const auto known = remembered(account); known.isKnown)
+        return known.value;
     auto item = findItem(account, prompt);
     if (!item)
         return std::nullopt;
     if (item->presence == UserPresence::Required) {
         wipe(item->value);
-        confirmPresence(reason, prompt);
-        item = findItem(account, Prompt::Never);
+        confirmPresence(prompt);
+        item = findItem(account, nullptr);
         if (!item)
             return std::nullopt;
     }
@@ -114,22 +113,22 @@ std::optional<QString> KeychainService::readItem(const QString &account, const Q
     return text;
 }
 
-std::optional<SecretStoring::Item> KeychainService::findItem(const QString &account, Prompt prompt)
+std::optional<SecretStoring::Item> KeychainService::findItem(const QString &account, const Prompt *prompt)
 {
     try {
-        if (prompt == Prompt::Allowed && m_store.condition(m_service) == SecretStoring::Condition::Locked)
-            m_store.unlock(m_service, {});
+        if (prompt && m_store.condition(m_service) == SecretStoring::Condition::Locked)
+            m_store.unlock(m_service, prompt->stop);
         return m_store.find(m_service, account);
     } catch (const SecretStoreError &error) {
         failReading(error.status());
     }
 }
 
-void KeychainService::confirmPresence(const QString &reason, Prompt prompt)
+void KeychainService::confirmPresence(const Prompt *prompt)
 {
-    if (prompt == Prompt::Never)
+    if (!prompt)
         failReading(KeychainStatus::InteractionNotAllowed);
-    switch (m_presence.confirm(reason, {})) {
+    switch (m_presence.confirm(prompt->reason, prompt->stop)) {
     case UserPresenceConfirming::Answer::Confirmed:
         return;
     case UserPresenceConfirming::Answer::Refused:
@@ -213,6 +212,16 @@ bool KeychainService::requiresUserPresence(const QString &account) noexcept
 
 int KeychainService::deleteAll() noexcept
 {
+    int count = removeItems();
+    count += removeElsewhere() ? 1 : 0;
+    for (const auto &former : formerKeychainServices)
+        count += removeFormerService(former) ? 1 : 0;
+    clearCache();
+    return count;
+}
+
+int KeychainService::removeItems() noexcept
+{
     int count = 0;
     try {
         for (auto &item : m_store.items(m_service)) {
@@ -227,10 +236,16 @@ int KeychainService::deleteAll() noexcept
     } catch (const std::exception &) {
         // A place that cannot be listed has nothing that could be removed.
     }
-    for (const auto &former : formerServices)
-        count += removeFormerService(former) ? 1 : 0;
-    clearCache();
     return count;
+}
+
+bool KeychainService::removeElsewhere() noexcept
+{
+    try {
+        return m_store.removeElsewhere(m_service);
+    } catch (const std::exception &) {
+        return false;
+    }
 }
 
 bool KeychainService::removeFormerService(const QString &service) noexcept
@@ -273,15 +288,18 @@ void KeychainService::removeSecret(const QString &service, const QString &accoun
 void KeychainService::warmUp()
 {
     try {
-        for (auto &item : m_store.items(m_service)) {
-            if (item.presence == UserPresence::Required) {
+        auto items = m_store.items(m_service);
+        const std::lock_guard lock(m_mutex);
+        m_leftOut.emplace();
+        for (auto &item : items) {
+            const bool isGuarded = item.presence == UserPresence::Required;
+            if (isGuarded)
                 wipe(item.value);
-                continue;
-            }
-            if (const auto text = textOf(item)) {
-                const std::lock_guard lock(m_mutex);
+            const auto text = isGuarded ? std::nullopt : textOf(item);
+            if (text)
                 m_cache.try_emplace(item.account, *text); // a save in between is newer
-            }
+            else
+                m_leftOut->insert(item.account);
         }
     } catch (const SecretStoreError &error) {
         failReading(error.status());
@@ -294,16 +312,18 @@ void KeychainService::clearCache()
     {
         const std::lock_guard lock(m_mutex);
         former.swap(m_cache);
+        m_leftOut.reset();
     }
     for (auto &[account, value] : former)
         wipe(value);
 }
 
-std::optional<QString> KeychainService::cached(const QString &account) const
+KeychainService::Remembered KeychainService::remembered(const QString &account) const
 {
     const std::lock_guard lock(m_mutex);
-    const auto found = m_cache.find(account);
-    return found == m_cache.end() ? std::nullopt : std::optional(found->second);
+    if (const auto found = m_cache.find(account); found != m_cache.end())
+        return {true, found->second};
+    return {m_leftOut && !m_leftOut->contains(account), std::nullopt};
 }
 
 void KeychainService::remember(const QString &account, const QString &value)
@@ -319,4 +339,6 @@ void KeychainService::forget(const QString &account)
         wipe(found->second);
         m_cache.erase(found);
     }
+    if (m_leftOut)
+        m_leftOut->erase(account);
 }

@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <optional>
+#include <stop_token>
 
 // Whether an item is handed out only to someone who shows that they are there.
 enum class UserPresence { NotRequired, Required };
@@ -30,7 +31,9 @@ public:
     virtual int deleteAll() noexcept = 0;
 
     // May prompt, with `reason` in the prompt's words, and waits for the answer: never on the GUI thread.
-    [[nodiscard]] virtual std::optional<QString> read(const QString &account, const QString &reason) = 0;
+    // Triggering `stop` takes the prompt away; the call then throws CancelledError or KeychainError.
+    [[nodiscard]] virtual std::optional<QString> read(const QString &account, const QString &reason,
+                                                      std::stop_token stop) = 0;
 
     // Stores the item anew with or without the presence rule. When that fails the item is put back as it was
     // before, and the failure is thrown.

@@ -1,6 +1,5 @@
 #include "security/LocalDataVault.h"
 
-#include "security/KeychainError.h"
 #include "security/SealedForm.h"
 #include "security/TestHost.h"
 #include "utils/Base64.h"
@@ -13,11 +12,9 @@ namespace {
 
 std::optional<SecretBytes> keyFrom(QString &&storedText)
 {
-    QByteArray text = storedText.toLatin1();
+    auto bytes = Base64::decode(storedText);
     if (storedText.isDetached())
         wipe(storedText); // the cache let go of it meanwhile, so this is the last copy
-    auto bytes = Base64::decode(text);
-    wipe(text);
     if (!bytes)
         return std::nullopt;
     std::optional<SecretBytes> key;
@@ -142,7 +139,7 @@ void LocalDataVault::destroyKey()
     }
     try {
         m_keychain.remove(keyAccount);
-    } catch (const KeychainError &) {
+    } catch (const std::exception &) {
         // Logged where it failed. The erasure goes on: what it removes no longer needs the key.
     }
     const std::lock_guard lock(m_mutex);

@@ -4,12 +4,6 @@
 #include "utils/SealedBox.h"
 #include "utils/Text.h"
 
-namespace {
-
-constexpr QStringView fieldMarker = u"\u0001KVT1:";
-
-} // namespace
-
 bool SealedForm::isSealedField(QStringView text)
 {
     return text.startsWith(fieldMarker);
@@ -18,18 +12,18 @@ bool SealedForm::isSealedField(QStringView text)
 QString SealedForm::sealField(const QString &text, const SecretBytes &key)
 {
     QByteArray plain = text.toUtf8();
-    const QByteArray body = Base64::encode(SealedBox::seal(plain, key));
+    const QByteArray box = SealedBox::seal(plain, key);
     wipe(plain);
-    QString field;
-    field.reserve(fieldMarker.size() + body.size());
-    return field.append(fieldMarker).append(QLatin1StringView(body));
+    QString field = fieldMarker.toString();
+    Base64::append(field, box);
+    return field;
 }
 
 std::optional<QString> SealedForm::openField(const QString &field, const SecretBytes &key)
 {
     if (!isSealedField(field))
         return std::nullopt;
-    const auto box = Base64::decode(QStringView(field).sliced(fieldMarker.size()).toLatin1());
+    const auto box = Base64::decode(QStringView(field).sliced(fieldMarker.size()));
     if (!box)
         return std::nullopt;
     auto plain = SealedBox::open(*box, key);

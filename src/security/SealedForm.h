@@ -14,6 +14,7 @@
 //   file    "KVT1" and the box, for a file
 namespace SealedForm {
 
+inline constexpr QStringView fieldMarker{u"\u0001KVT1:"};
 inline constexpr QByteArrayView fileMagic{"KVT1", 4};
 inline constexpr qsizetype keySize = 32;
 

@@ -368,7 +368,8 @@ void SecretServiceKeyring::add(const QString &service, const Item &item)
     const Session session;
     requireOpenKeyring(session);
     const auto key = attributesOf(service, item.account);
-    const auto former = session.search(key, SECRET_SEARCH_NONE);
+    auto former = session.search(key, SECRET_SEARCH_NONE);
+    std::erase_if(former, isLocked); // in another keyring; removing it would prompt
     const auto attributes = attributesOf(service, item.account);
     if (item.presence == UserPresence::Required)
         g_hash_table_insert(attributes.get(), g_strdup(presenceAttribute), g_strdup(presenceRequired));

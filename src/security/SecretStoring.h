@@ -59,6 +59,9 @@ public:
     // False when there was none.
     virtual bool remove(const QString &service, const QString &account) = 0;
 
+    // Removes what a place that is not in use still holds of the service; true when anything went.
+    virtual bool removeElsewhere(const QString &) { return false; }
+
     // Whether items can carry the presence mark here.
     [[nodiscard]] virtual bool keepsPresence() const = 0;
 };

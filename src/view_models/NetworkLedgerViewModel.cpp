@@ -48,8 +48,8 @@ int NetworkLedgerViewModel::rowCount(const QModelIndex &parent) const
 
 QHash<int, QByteArray> NetworkLedgerViewModel::roleNames() const
 {
-    return {{TimeRole, "time"}, {HostRole, "host"}, {PlaceRole, "place"},       {FeatureRole, "feature"},
-            {DataRole, "data"}, {SentRole, "sent"}, {ReceivedRole, "received"}, {OutcomeRole, "outcome"}};
+    return {{TimeRole, "time"},    {HostRole, "host"}, {PlaceRole, "place"},       {FeatureRole, "feature"},
+            {DataRole, "carried"}, {SentRole, "sent"}, {ReceivedRole, "received"}, {OutcomeRole, "outcome"}};
 }
 
 QVariant NetworkLedgerViewModel::data(const QModelIndex &index, int role) const

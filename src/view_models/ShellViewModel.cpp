@@ -108,6 +108,12 @@ void ShellViewModel::setSidebarOpen(bool open)
     m_settings.setChatHistoryOpen(open);
 }
 
+void ShellViewModel::setKeychainNotice(const QString &notice)
+{
+    m_keychainNotice = notice;
+    Q_EMIT keychainNoticeChanged();
+}
+
 void ShellViewModel::ask(const QString &title, const QString &text, const QStringList &buttons,
                          std::function<void(int)> answered)
 {

@@ -25,6 +25,8 @@ class ShellViewModel : public QObject {
     Q_PROPERTY(bool sidebarOpen READ isSidebarOpen WRITE setSidebarOpen NOTIFY sidebarOpenChanged)
     Q_PROPERTY(QString startupError READ startupError CONSTANT)           // empty for none
     Q_PROPERTY(QString startupSuggestion READ startupSuggestion CONSTANT) // empty for none
+    // Where the key to the person's data is kept, when that needs saying; empty otherwise.
+    Q_PROPERTY(QString keychainNotice READ keychainNotice NOTIFY keychainNoticeChanged)
     // A question that the person has to answer before the application goes on; no title for none.
     Q_PROPERTY(QString questionTitle READ questionTitle NOTIFY questionChanged)
     Q_PROPERTY(QString questionText READ questionText NOTIFY questionChanged)
@@ -51,6 +53,8 @@ public:
     [[nodiscard]] const QString &startupError() const { return m_startupError; }
     [[nodiscard]] const QString &startupSuggestion() const { return m_startupSuggestion; }
 
+    [[nodiscard]] const QString &keychainNotice() const { return m_keychainNotice; }
+    void setKeychainNotice(const QString &notice);
     [[nodiscard]] const QString &questionTitle() const { return m_question.title; }
     [[nodiscard]] const QString &questionText() const { return m_question.text; }
     [[nodiscard]] const QStringList &questionButtons() const { return m_question.buttons; }
@@ -69,6 +73,7 @@ Q_SIGNALS:
     void reduceAnimationChanged();
     void textScaleChanged();
     void sidebarOpenChanged();
+    void keychainNoticeChanged();
     void questionChanged();
     void settingsRequested(); // something outside the window asks for the settings page
 
@@ -77,6 +82,7 @@ private:
     bool m_systemDark = false;
     QString m_startupError;
     QString m_startupSuggestion;
+    QString m_keychainNotice;
     struct Question {
         QString title;
         QString text;

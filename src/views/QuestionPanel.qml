@@ -18,7 +18,7 @@ Panel {
     }
 
     title: shell.questionTitle
-    Component.onCompleted: open()
+    onAboutToShow: answer = -1
     onClosed: shell.answerQuestion(answer)
 
     contentItem: ColumnLayout {
@@ -34,8 +34,6 @@ Panel {
             layoutDirection: Qt.RightToLeft
 
             Repeater {
-                id: buttons
-
                 model: root.shell.questionButtons
 
                 PushButton {
@@ -43,7 +41,7 @@ Panel {
                     required property string modelData
 
                     text: modelData
-                    focus: index === buttons.count - 1
+                    focus: index === root.shell.questionButtons.length - 1
                     onClicked: root.give(index)
                 }
             }

@@ -35,6 +35,14 @@ protected:
     }
     Reply replyOf(const QString &model) { return readReply(ask(model)); }
 
+    // Lets what was stopped or is still on its way come to its end.
+    void TearDown() override
+    {
+        TestWait::settle();
+        server.awaitEnded(server.requests().size());
+        TestWait::settle();
+    }
+
     ModelServer server;
     ManualClock clock;
     NetworkLedger ledger;

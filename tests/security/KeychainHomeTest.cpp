@@ -81,8 +81,15 @@ TEST_F(KeychainHomeTest, AnOpenKeyringIsUsedAtOnceAndAMissingKeyIsToldFromAFresh
     const auto opening = open(KeyExpectation::MustExist);
     EXPECT_EQ(opening.state, KeychainState::Ready);
     EXPECT_TRUE(opening.holdsDataKey);
+    EXPECT_FALSE(opening.dataKeyBehindPresence);
     EXPECT_TRUE(heard.empty());
     EXPECT_FALSE(fileExists());
+
+    keyring.held.at({service, keyAccount}).presence = UserPresence::Required;
+    EXPECT_TRUE(open().dataKeyBehindPresence);
+    keyring.held.clear(); // a key that the move from an older build has yet to fetch is not lost
+    keyring.held[{u"ai.quelmarfolk.mac"_s, keyAccount}] = {keyAccount, "k"};
+    EXPECT_EQ(stateAfterOpening(KeyExpectation::MustExist), KeychainState::Ready);
 }
 
 TEST_F(KeychainHomeTest, ALockedKeyringIsWaitedForAndADismissedPromptCanBeRetried)
@@ -200,6 +207,13 @@ TEST_F(KeychainHomeTest, AKeyringThatHoldsAnotherKeyIsNotWrittenOver)
     EXPECT_TRUE(fileExists());
     ASSERT_EQ(keyring.held.size(), 1U);
     EXPECT_EQ(keyring.held.at({service, keyAccount}).value, "of the keyring");
+
+    // An erasure reaches both.
+    NobodyThere nobody;
+    KeychainService keychain(service, home(), nobody);
+    EXPECT_EQ(keychain.deleteAll(), 2 + 1);
+    EXPECT_TRUE(keyring.held.empty());
+    EXPECT_TRUE(KeyFile(path).entries().empty());
 }
 
 class KeychainPreparationTest : public KeychainHomeTest {

@@ -1,6 +1,8 @@
 #include "security/KeychainService.h"
 
 #include "security/FakeSecretStore.h"
+#include "security/KeychainTasks.h"
+#include "support/Await.h"
 #include "support/LogCapture.h"
 
 #include <gtest/gtest.h>
@@ -92,13 +94,20 @@ TEST_F(KeychainServiceTest, WarmingUpCachesWhatTakesNoPromptAndNothingNewer)
     keychain.warmUp();
     EXPECT_EQ(keychain.read(u"a"_s), u"one"_s);
     EXPECT_EQ(store.calls[Call::Find], 0);
-    EXPECT_EQ(keychain.read(u"b"_s), std::nullopt); // not a text
+    EXPECT_EQ(keychain.read(u"never there"_s), std::nullopt);
+    EXPECT_EQ(store.calls[Call::Find], 0);
+    EXPECT_EQ(keychain.read(u"b"_s), std::nullopt); // there, but not a text
+    EXPECT_EQ(store.calls[Call::Find], 1);
     EXPECT_EQ(failure([&] { (void)keychain.read(account); }),
               failure(Operation::Read, KeychainStatus::InteractionNotAllowed));
     keychain.save(u"two"_s, u"a"_s);
     store.held[{service, u"a"_s}].value = "stale";
     keychain.warmUp();
     EXPECT_EQ(keychain.read(u"a"_s), u"two"_s);
+    store.held[{service, u"later"_s}] = {u"later"_s, "three"};
+    EXPECT_EQ(keychain.read(u"later"_s), std::nullopt);
+    keychain.clearCache(); // forgets the listing, too
+    EXPECT_EQ(keychain.read(u"later"_s), u"three"_s);
 }
 
 struct RefusedCall {
@@ -162,13 +171,13 @@ TEST_F(KeychainServiceTest, AnItemBehindPresenceIsReadOnlyByWhoShowsThatTheyAreT
     }
     EXPECT_TRUE(presence.reasons.isEmpty());
     presence.answer = UserPresenceConfirming::Answer::Refused;
-    EXPECT_EQ(failure([&] { (void)keychain.read(account, u"unlock"_s); }),
+    EXPECT_EQ(failure([&] { (void)keychain.read(account, u"unlock"_s, {}); }),
               failure(Operation::Read, KeychainStatus::AuthenticationFailed));
     presence.answer = UserPresenceConfirming::Answer::Unavailable;
-    EXPECT_EQ(failure([&] { (void)keychain.read(account, u"unlock"_s); }),
+    EXPECT_EQ(failure([&] { (void)keychain.read(account, u"unlock"_s, {}); }),
               failure(Operation::Read, KeychainStatus::InteractionNotAllowed));
     presence.answer = UserPresenceConfirming::Answer::Confirmed;
-    EXPECT_EQ(keychain.read(account, u"unlock"_s), u"key"_s);
+    EXPECT_EQ(keychain.read(account, u"unlock"_s, {}), u"key"_s);
     EXPECT_EQ(presence.reasons, QStringList(3, u"unlock"_s));
     EXPECT_EQ(keychain.read(account), u"key"_s);
 
@@ -212,10 +221,10 @@ TEST_F(KeychainServiceTest, AReadWithAReasonUnlocksALockedKeyringAndOneWithoutNe
     EXPECT_FALSE(keychain.requiresUserPresence(account));
     EXPECT_EQ(store.calls[Call::Unlock], 0);
     store.refuse(Call::Unlock, KeychainStatus::UserCancelled);
-    EXPECT_EQ(failure([&] { (void)keychain.read(account, u"unlock"_s); }),
+    EXPECT_EQ(failure([&] { (void)keychain.read(account, u"unlock"_s, {}); }),
               failure(Operation::Read, KeychainStatus::UserCancelled));
     store.refusal = nullptr;
-    EXPECT_EQ(keychain.read(account, u"unlock"_s), u"key"_s);
+    EXPECT_EQ(keychain.read(account, u"unlock"_s, {}), u"key"_s);
 }
 
 TEST_F(KeychainServiceTest, DeletingAllCountsWhatWentAndTakesFormerServicesAlong)
@@ -246,6 +255,17 @@ TEST_F(KeychainServiceTest, ListsAndRemovesTheSecretsOfAnOlderBuild)
     EXPECT_TRUE(keychain.secretsOf(older).empty());
     store.refuse(Call::Items, KeychainStatus::InputOutput);
     EXPECT_THROW((void)keychain.secretsOf(older), KeychainError);
+}
+
+TEST_F(KeychainServiceTest, TheGuiThreadMayHaveItsCallsDoneOnThePool)
+{
+    TestWait::await(KeychainTasks::save(&keychain, u"v"_s, u"a"_s));
+    keychain.clearCache();
+    EXPECT_EQ(TestWait::await(KeychainTasks::read(&keychain, u"a"_s, u"reason"_s, {})), u"v"_s);
+    TestWait::await(KeychainTasks::remove(&keychain, u"a"_s));
+    EXPECT_TRUE(store.held.empty());
+    store.refuse(Call::Update, KeychainStatus::InputOutput);
+    EXPECT_THROW(TestWait::await(KeychainTasks::save(&keychain, u"v"_s, u"a"_s)), KeychainError);
 }
 
 TEST(KeychainErrorTest, SpeaksToThePerson)

@@ -33,7 +33,10 @@ public:
         throw KeychainError(KeychainError::Operation::Save, KeychainStatus::InputOutput);
     }
     std::optional<QString> read(const QString &) override { return std::nullopt; }
-    std::optional<QString> read(const QString &, const QString &) override { return std::nullopt; }
+    std::optional<QString> read(const QString &, const QString &, std::stop_token) override
+    {
+        return std::nullopt;
+    }
     void remove(const QString &) override {}
     int deleteAll() noexcept override { return 0; }
     void setUserPresence(const QString &, const QString &, UserPresence) override {}

@@ -78,6 +78,8 @@ TEST_F(AsyncStreamTest, NeverResumesTheConsumerInsideYield)
     EXPECT_TRUE(reading->events.empty());
     TestWait::settle();
     EXPECT_EQ(reading->events.size(), 1U);
+    producer.finish();
+    TestWait::settle();
 }
 
 TEST_F(AsyncStreamTest, ErrorComesAfterTheEventsBeforeIt)

@@ -36,8 +36,26 @@ TEST(Base64Test, RefusesWhatIsNotStandard)
 {
     EXPECT_EQ(Base64::decode("QQ=="), QByteArray("A"));
     EXPECT_EQ(Base64::decode(""), QByteArray());
-    for (const char *bad : {"QQ", "QQ=", "QQ==\n", "Q Q=", "QQ__", "====", "QQ==QQ=="})
+    for (const char *bad : {"QQ", "QQ=", "QQ==\n", "Q Q=", "QQ__", "====", "===A", "QQ=A", "QQ==QQ=="}) {
         EXPECT_EQ(Base64::decode(bad), std::nullopt) << bad;
+        EXPECT_EQ(Base64::decode(QString::fromLatin1(bad)), std::nullopt) << bad;
+    }
+    EXPECT_EQ(Base64::decode(u"QU\u0151B"_s), std::nullopt); // U+0151 is "Q" in its lower byte
+}
+
+TEST(Base64Test, AgreesWithAnotherEncoderForEveryByteAndLength)
+{
+    QByteArray bytes;
+    for (int size = 0; size <= 512; ++size) {
+        const QByteArray encoded = bytes.toBase64();
+        QString text = u"behind "_s;
+        Base64::append(text, bytes);
+        EXPECT_EQ(text, u"behind "_s + QString::fromLatin1(encoded));
+        EXPECT_EQ(Base64::encode(bytes), encoded);
+        EXPECT_EQ(Base64::decode(encoded), bytes);
+        EXPECT_EQ(Base64::decode(QString::fromLatin1(encoded)), bytes);
+        bytes.append(static_cast<char>(size));
+    }
 }
 
 TEST(ByteReaderTest, AReadPastTheEndYieldsNothingAndMovesNothing)

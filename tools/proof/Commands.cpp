@@ -157,8 +157,9 @@ Report checkQuote(const Options &options)
     });
     if (run.isGood())
         describe(report, quote);
+    TDXQuoteVerifier::Inquiry inquiry{quote, options.pins, options.date, std::nullopt};
     for (const auto &check : TDXQuoteVerifier::checks())
-        run.check(QString(check.claim), [&] { check.require(quote, options.pins, options.date); });
+        run.check(QString(check.claim), [&] { check.require(inquiry); });
     return report;
 }
 
@@ -188,12 +189,12 @@ Report checkGPUs(const Options &options)
     if (run.isGood())
         describe(report, evidence);
     run.check(u"the payload answers our nonce"_s, [&] { evidence.requireNonce(options.nonce); });
-    const NvidiaGPUEvidence::Expectation expected{options.nonce, options.pins, options.date};
     for (std::size_t i = 0; i < evidence.gpus.size(); ++i) {
-        for (const auto &check : NvidiaGPUEvidence::deviceChecks()) {
-            run.check(u"device %1: "_s.arg(i) + check.claim,
-                      [&] { check.require(evidence.gpus[i], static_cast<qsizetype>(i), expected); });
-        }
+        NvidiaGPUEvidence::Inquiry inquiry{evidence.gpus[i], static_cast<qsizetype>(i),
+                                           options.nonce,    options.pins,
+                                           options.date,     std::nullopt};
+        for (const auto &check : NvidiaGPUEvidence::deviceChecks())
+            run.check(u"device %1: "_s.arg(i) + check.claim, [&] { check.require(inquiry); });
     }
     return report;
 }
@@ -282,18 +283,18 @@ void describe(Report &report, const VeniceAttestationDocument &document)
     hex(u"instance"_s, document.instanceID);
 }
 
-void describe(Report &report, const VeniceAttestationVerifier::Findings &findings)
+void describe(Report &report, const VeniceAttestationVerifier::Inquiry &inquiry)
 {
-    if (!findings.address.isEmpty())
-        report.addField(u"address of the key"_s, Hex::encode(findings.address));
-    if (!findings.quote.certificateChain.empty())
-        describe(report, findings.quote);
-    if (!findings.match)
+    if (!inquiry.address.isEmpty())
+        report.addField(u"address of the key"_s, Hex::encode(inquiry.address));
+    if (!inquiry.quote.certificateChain.empty())
+        describe(report, inquiry.quote);
+    if (!inquiry.match)
         return;
-    report.addField(u"stack"_s, CaseText::quoted(findings.match->stack.label));
-    report.addField(u"reviewed configuration"_s, CaseText::quoted(findings.match->configuration.label));
-    report.addField(u"host"_s, findings.match->hostLabel);
-    report.addField(u"GPUs checked"_s, QString::number(findings.gpuCount));
+    report.addField(u"stack"_s, CaseText::quoted(inquiry.match->stack.label));
+    report.addField(u"reviewed configuration"_s, CaseText::quoted(inquiry.match->configuration.label));
+    report.addField(u"host"_s, inquiry.match->hostLabel);
+    report.addField(u"GPUs checked"_s, QString::number(inquiry.gpuCount));
 }
 
 Report checkDocument(const Options &options)
@@ -309,10 +310,10 @@ Report checkDocument(const Options &options)
     if (run.isGood())
         describe(report, question.document);
     report.addField(u"accepted servers"_s, question.allowlist.source.text());
-    VeniceAttestationVerifier::Findings findings;
+    VeniceAttestationVerifier::Inquiry inquiry{.question = question};
     for (const auto &check : VeniceAttestationVerifier::checks())
-        run.check(QString(check.claim), [&] { check.require(question, findings); });
-    describe(report, findings);
+        run.check(QString(check.claim), [&] { check.require(inquiry); });
+    describe(report, inquiry);
     return report;
 }
 

@@ -62,11 +62,11 @@ QCoro::Task<Completion> fetchWhole(SharedQuestion question, std::stop_token stop
 }
 
 // Takes what a server still sends behind the sentinel, which is hardly ever more than the end of the body. So
-// the request ends as a complete one, and its connection is there for the next.
-QCoro::Task<> letEnd(std::shared_ptr<HttpSession> session, AsyncStream<QByteArray> body)
+// the request ends as a complete one, and its connection is there for the next. Keeps no session alive: one
+// that goes ends this too.
+QCoro::Task<> letEnd(AsyncStream<QByteArray> body)
 {
     constexpr qsizetype patience = 4096; // bytes
-    const auto keptOpen = std::move(session);
     qsizetype taken = 0;
     try {
         while (const auto piece = co_await body.next()) {
@@ -80,7 +80,7 @@ QCoro::Task<> letEnd(std::shared_ptr<HttpSession> session, AsyncStream<QByteArra
 }
 
 // Reads the stream to its sentinel or its end.
-QCoro::Task<> readLines(SharedQuestion question, HttpResponse response, std::shared_ptr<StreamedReply> reply,
+QCoro::Task<> readLines(HttpResponse response, std::shared_ptr<StreamedReply> reply,
                         StreamedReply::Events events)
 {
     const auto stop = events.stopToken();
@@ -90,7 +90,7 @@ QCoro::Task<> readLines(SharedQuestion question, HttpResponse response, std::sha
         while (const auto line = lines.next()) {
             throwIfStopped(stop);
             if (reply->add(*line, events) == StreamedReply::Progress::done) {
-                letEnd(question->session, std::move(response.body));
+                letEnd(std::move(response.body));
                 co_return;
             }
         }
@@ -122,7 +122,7 @@ QCoro::Task<> answerStreamed(SharedQuestion question, StreamedReply::Events even
               {question->configuration.model});
     auto response = co_await open(question, std::move(request), stop);
     const auto reply = std::make_shared<StreamedReply>();
-    co_await readLines(question, std::move(response), reply, events);
+    co_await readLines(std::move(response), reply, events);
     throwIfStopped(stop);
     reply->finish(events);
     if (!reply->hasContent())

@@ -4,8 +4,10 @@
 
 // One step of a verification: what it claims, and the code that throws unless the claim holds. A verifier is
 // a row of checks in their binding order, so a program that explains a proof shows the very steps that run.
-template <typename... Evidence>
+//
+// `Inquiry` holds what is asked and what the checks so far have found, so each may rely on those before it.
+template <typename Inquiry>
 struct Check {
     QLatin1StringView claim;
-    void (*require)(Evidence...);
+    void (*require)(Inquiry &);
 };

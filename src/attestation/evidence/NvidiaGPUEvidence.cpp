@@ -16,7 +16,7 @@ namespace {
 
 using Failure = NvidiaGPUEvidence::Failure;
 using GPU = NvidiaGPUEvidence::GPU;
-using Expectation = NvidiaGPUEvidence::Expectation;
+using Inquiry = NvidiaGPUEvidence::Inquiry;
 using PEMCertificates::ChainError;
 
 constexpr qsizetype reportHeaderSize = 4;
@@ -56,18 +56,19 @@ GPU readGPU(const QJsonObject &object, const QString &defaultArchitecture)
     return gpu;
 }
 
-void requireDeviceNonce(const GPU &gpu, qsizetype index, const Expectation &expected)
+void requireDeviceNonce(Inquiry &inquiry)
 {
-    if (gpu.nonce != expected.nonce)
-        throw Failure(Failure::NonceMismatch{index});
+    if (inquiry.gpu.nonce != inquiry.expectedNonce)
+        throw Failure(Failure::NonceMismatch{inquiry.index});
 }
 
-void requireNonceInReport(const GPU &gpu, qsizetype index, const Expectation &expected)
+void requireNonceInReport(Inquiry &inquiry)
 {
-    const qsizetype length = expected.nonce.size();
-    if (gpu.report.size() <= reportHeaderSize + length + signatureSize ||
-        QByteArrayView(gpu.report).sliced(reportHeaderSize, length) != expected.nonce)
-        throw Failure(Failure::NonceNotInReport{index});
+    const QByteArrayView report(inquiry.gpu.report);
+    const qsizetype length = inquiry.expectedNonce.size();
+    if (report.size() <= reportHeaderSize + length + signatureSize ||
+        report.sliced(reportHeaderSize, length) != inquiry.expectedNonce)
+        throw Failure(Failure::NonceNotInReport{inquiry.index});
 }
 
 QString chainReason(const ChainError &error)
@@ -79,38 +80,35 @@ QString chainReason(const ChainError &error)
     return u"the certificate chain did not verify"_s;
 }
 
-void requireCertificateChain(const GPU &gpu, qsizetype index, const Expectation &expected)
+void requireCertificateChain(Inquiry &inquiry)
 {
     try {
-        PEMCertificates::verifyChain(gpu.certificateChain, expected.pins.nvidiaRootSHA256, expected.date);
+        inquiry.leaf = PEMCertificates::verifyChain(inquiry.gpu.certificateChain,
+                                                    inquiry.pins.nvidiaRootSHA256, inquiry.date);
     } catch (const ChainError &error) {
-        throw Failure(Failure::CertificateChain{index, chainReason(error)});
+        throw Failure(Failure::CertificateChain{inquiry.index, chainReason(error)});
     } catch (const std::exception &) {
-        throw Failure(Failure::CertificateChain{index, u"the certificate chain did not verify"_s});
+        throw Failure(Failure::CertificateChain{inquiry.index, u"the certificate chain did not verify"_s});
     }
 }
 
-bool signatureHolds(const GPU &gpu)
+bool signatureHolds(QByteArrayView report, const PEMCertificates::Leaf &leaf)
 {
-    if (gpu.certificateChain.empty() || gpu.report.size() < signatureSize)
-        return false;
-    const QByteArrayView report(gpu.report);
     try {
-        const QByteArray key = PEMCertificates::leafPublicKey(gpu.certificateChain.front());
-        return ECDSASignature::isValid(ECDSASignature::Curve::P384, key, report.last(signatureSize),
-                                       report.chopped(signatureSize));
+        return ECDSASignature::isValid(ECDSASignature::Curve::P384, leaf.publicKey(),
+                                       report.last(signatureSize), report.chopped(signatureSize));
     } catch (const ChainError &) {
         return false;
     }
 }
 
-void requireSignature(const GPU &gpu, qsizetype index, const Expectation &)
+void requireSignature(Inquiry &inquiry)
 {
-    if (!signatureHolds(gpu))
-        throw Failure(Failure::SignatureInvalid{index});
+    if (!inquiry.leaf || !signatureHolds(inquiry.gpu.report, *inquiry.leaf))
+        throw Failure(Failure::SignatureInvalid{inquiry.index});
 }
 
-constexpr std::array<NvidiaGPUEvidence::DeviceCheck, 4> bindingOrder{{
+constexpr std::array<Check<Inquiry>, 4> bindingOrder{{
     {"the device answered our nonce"_L1, requireDeviceNonce},
     {"the signed report holds our nonce"_L1, requireNonceInReport},
     {"the certificates lead to NVIDIA's pinned root and are valid at the date"_L1, requireCertificateChain},
@@ -119,16 +117,18 @@ constexpr std::array<NvidiaGPUEvidence::DeviceCheck, 4> bindingOrder{{
 
 // Checks every device and keeps the failure of the first that has one. A device behind one that is known to
 // have failed can't change the answer and is left out.
-std::exception_ptr firstFailure(const std::vector<GPU> &gpus, const Expectation &expected)
+std::exception_ptr firstFailure(const std::vector<GPU> &gpus, const QByteArray &expectedNonce,
+                                const EvidencePins &pins, const QDateTime &date)
 {
     std::vector<std::exception_ptr> failures(gpus.size());
     std::atomic<std::size_t> firstFailed = gpus.size();
     PoolWork::forEach(gpus.size(), [&](std::size_t i) {
         if (i > firstFailed)
             return;
+        Inquiry inquiry{gpus[i], static_cast<qsizetype>(i), expectedNonce, pins, date, std::nullopt};
         try {
             for (const auto &check : bindingOrder)
-                check.require(gpus[i], static_cast<qsizetype>(i), expected);
+                check.require(inquiry);
         } catch (...) {
             failures[i] = std::current_exception();
             std::size_t lowest = firstFailed;
@@ -189,7 +189,7 @@ void NvidiaGPUEvidence::verify(const QByteArray &expectedNonce, const EvidencePi
                                const QDateTime &date) const
 {
     requireNonce(expectedNonce);
-    if (const auto failure = firstFailure(gpus, {expectedNonce, pins, date}))
+    if (const auto failure = firstFailure(gpus, expectedNonce, pins, date))
         std::rethrow_exception(failure);
 }
 
@@ -199,7 +199,7 @@ void NvidiaGPUEvidence::requireNonce(const QByteArray &expectedNonce) const
         throw Failure(Failure::NonceMismatch{-1});
 }
 
-std::span<const NvidiaGPUEvidence::DeviceCheck> NvidiaGPUEvidence::deviceChecks()
+std::span<const Check<Inquiry>> NvidiaGPUEvidence::deviceChecks()
 {
     return bindingOrder;
 }

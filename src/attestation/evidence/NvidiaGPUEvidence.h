@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <exception>
+#include <optional>
 #include <span>
 #include <variant>
 #include <vector>
@@ -63,13 +64,15 @@ struct NvidiaGPUEvidence {
         Case m_case;
     };
 
-    // What the checks of one device hold it against.
-    struct Expectation {
-        QByteArray nonce;
-        EvidencePins pins;
-        QDateTime date;
+    // One device, and what it is held against.
+    struct Inquiry {
+        const GPU &gpu;
+        qsizetype index;
+        const QByteArray &expectedNonce;
+        const EvidencePins &pins;
+        const QDateTime &date;
+        std::optional<PEMCertificates::Leaf> leaf; // once its chain has been verified
     };
-    using DeviceCheck = Check<const GPU &, qsizetype, const Expectation &>;
 
     QString architecture;
     QByteArray nonce;
@@ -84,5 +87,5 @@ struct NvidiaGPUEvidence {
 
     // The steps of verify(): first the payload's own nonce, then for each device these, in order.
     void requireNonce(const QByteArray &expectedNonce) const;
-    [[nodiscard]] static std::span<const DeviceCheck> deviceChecks();
+    [[nodiscard]] static std::span<const Check<Inquiry>> deviceChecks();
 };

@@ -43,6 +43,20 @@ std::vector<OpenSSL::Certificate> parseAll(const Chain &chain)
     return certificates;
 }
 
+// A certificate is still valid in its last second (RFC 5280); the library's comparison leaves that second
+// out.
+int acceptLastSecond(int good, X509_STORE_CTX *context)
+{
+    if (good == 1 || X509_STORE_CTX_get_error(context) != X509_V_ERR_CERT_HAS_EXPIRED)
+        return good;
+    const ASN1_TIME *const end = X509_get0_notAfter(X509_STORE_CTX_get_current_cert(context));
+    const time_t date = X509_VERIFY_PARAM_get_time(X509_STORE_CTX_get0_param(context));
+    if (ASN1_TIME_cmp_time_t(end, date) != 0)
+        return 0;
+    X509_STORE_CTX_set_error(context, X509_V_OK);
+    return 1;
+}
+
 // A store that trusts one certificate and nothing of the system's.
 OpenSSL::Store storeTrusting(X509 *root, const QDateTime &date)
 {
@@ -53,6 +67,7 @@ OpenSSL::Store storeTrusting(X509 *root, const QDateTime &date)
     X509_VERIFY_PARAM_set_time(rules, static_cast<time_t>(date.toSecsSinceEpoch()));
     X509_VERIFY_PARAM_set_flags(rules, X509_V_FLAG_PARTIAL_CHAIN); // the pin decides what a root is
     X509_VERIFY_PARAM_set_auth_level(rules, 2);                    // 112 bits: no SHA-1, no short keys
+    X509_STORE_set_verify_cb(store.get(), acceptLastSecond);
     return store;
 }
 
@@ -105,24 +120,25 @@ Chain PEMCertificates::blocks(QByteArrayView utf8)
     return blocks(QStringView(text));
 }
 
-void PEMCertificates::verifyChain(const Chain &chain, const QString &pinnedRootSHA256, const QDateTime &date)
+PEMCertificates::Leaf PEMCertificates::verifyChain(const Chain &chain, const QString &pinnedRootSHA256,
+                                                   const QDateTime &date)
 {
     if (chain.empty())
         throw ChainError(ChainError::MalformedCertificate{});
     const QString rootSHA256 = Digest::sha256Hex(chain.back());
     if (rootSHA256 != pinnedRootSHA256.toLower())
         throw ChainError(ChainError::RootNotPinned{rootSHA256});
-    const auto certificates = parseAll(chain);
+    auto certificates = parseAll(chain);
     const auto reason = refusal(certificates, date);
     ERR_clear_error();
     if (reason)
         throw ChainError(ChainError::ChainRejected{*reason});
+    return Leaf(std::move(certificates.front()));
 }
 
-QByteArray PEMCertificates::leafPublicKey(const QByteArray &certificate)
+QByteArray PEMCertificates::Leaf::publicKey() const
 {
-    const OpenSSL::Certificate leaf = parseCertificate(certificate);
-    const EVP_PKEY *const key = leaf ? X509_get0_pubkey(leaf.get()) : nullptr;
+    const EVP_PKEY *const key = m_certificate ? X509_get0_pubkey(m_certificate.get()) : nullptr;
     QByteArray point(1 + 2 * 66, Qt::Uninitialized); // room for the longest curve, P-521
     std::size_t length = 0;
     const bool read = key && EVP_PKEY_is_a(key, "EC") &&
@@ -132,4 +148,9 @@ QByteArray PEMCertificates::leafPublicKey(const QByteArray &certificate)
     if (!read || length == 0 || point[0] != '\x04')
         throw ChainError(ChainError::NoPublicKey{});
     return point.mid(1, static_cast<qsizetype>(length) - 1);
+}
+
+QByteArray PEMCertificates::leafPublicKey(const QByteArray &certificate)
+{
+    return Leaf(parseCertificate(certificate)).publicKey();
 }

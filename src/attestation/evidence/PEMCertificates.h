@@ -5,8 +5,11 @@
 #include <QString>
 
 #include <exception>
+#include <memory>
 #include <variant>
 #include <vector>
+
+using X509 = struct x509_st;
 
 // PEM text to certificates, and a chain judged against one pinned root at a given date. Nothing else is
 // trusted and nothing is fetched. Any thread.
@@ -51,11 +54,26 @@ private:
 // The same for bytes that should be UTF-8; bad sequences are replaced first.
 [[nodiscard]] Chain blocks(QByteArrayView utf8);
 
+// The first certificate of a chain, read once: reading costs more than checking a signature.
+class Leaf {
+public:
+    explicit Leaf(std::shared_ptr<const X509> certificate)
+        : m_certificate(std::move(certificate))
+    {}
+
+    // The point of an elliptic-curve key as X then Y. Throws ChainError::NoPublicKey for any other key.
+    [[nodiscard]] QByteArray publicKey() const;
+
+private:
+    std::shared_ptr<const X509> m_certificate;
+};
+
 // Returns when `chain` leads from its first certificate to its last, that root is the pinned one, and all are
 // valid at `date`. Throws ChainError. `pinnedRootSHA256` is hexadecimal in either letter case.
-void verifyChain(const Chain &chain, const QString &pinnedRootSHA256, const QDateTime &date);
+Leaf verifyChain(const Chain &chain, const QString &pinnedRootSHA256, const QDateTime &date);
 
-// The point of an elliptic-curve key as X then Y. Throws ChainError::NoPublicKey for any other certificate.
+// The same key from a certificate that nobody has read yet. Throws ChainError::NoPublicKey also when it can't
+// be read.
 [[nodiscard]] QByteArray leafPublicKey(const QByteArray &certificate);
 
 } // namespace PEMCertificates

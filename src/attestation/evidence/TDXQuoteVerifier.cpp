@@ -14,6 +14,7 @@ namespace {
 using ECDSASignature::Curve;
 using PEMCertificates::ChainError;
 using TDXQuoteVerifier::Failure;
+using TDXQuoteVerifier::Inquiry;
 
 // The quoting enclave's SGX report body.
 constexpr qsizetype qeReportSize = 384;
@@ -42,23 +43,25 @@ struct ChainReason {
     }
 };
 
-void requireNoDebug(const TDXQuote &quote, const EvidencePins &, const QDateTime &)
+void requireNoDebug(Inquiry &inquiry)
 {
-    const QByteArray &attributes = quote.report.tdAttributes;
+    const QByteArray &attributes = inquiry.quote.report.tdAttributes;
     if (attributes.isEmpty() || (attributes[0] & trustDomainDebugBit) != 0)
         throw Failure(Failure::DebugEnclave{});
 }
 
-void requireQuoteSignature(const TDXQuote &quote, const EvidencePins &, const QDateTime &)
+void requireQuoteSignature(Inquiry &inquiry)
 {
+    const TDXQuote &quote = inquiry.quote;
     if (!ECDSASignature::isValid(Curve::P256, quote.attestationKey, quote.signature, quote.signedBody))
         throw Failure(Failure::QuoteSignatureInvalid{});
 }
 
-void requireCertificateChain(const TDXQuote &quote, const EvidencePins &pins, const QDateTime &date)
+void requireCertificateChain(Inquiry &inquiry)
 {
     try {
-        PEMCertificates::verifyChain(quote.certificateChain, pins.intelRootSHA256, date);
+        inquiry.leaf = PEMCertificates::verifyChain(inquiry.quote.certificateChain,
+                                                    inquiry.pins.intelRootSHA256, inquiry.date);
     } catch (const ChainError &error) {
         throw Failure(Failure::CertificateChain{std::visit(ChainReason{}, error.reason())});
     } catch (const std::exception &) {
@@ -66,26 +69,25 @@ void requireCertificateChain(const TDXQuote &quote, const EvidencePins &pins, co
     }
 }
 
-bool quotingEnclaveSignatureHolds(const TDXQuote &quote)
+bool quotingEnclaveSignatureHolds(const TDXQuote &quote, const PEMCertificates::Leaf &leaf)
 {
-    if (quote.certificateChain.empty())
-        return false;
     try {
-        const QByteArray key = PEMCertificates::leafPublicKey(quote.certificateChain.front());
-        return ECDSASignature::isValid(Curve::P256, key, quote.qeReportSignature, quote.qeReport);
+        return ECDSASignature::isValid(Curve::P256, leaf.publicKey(), quote.qeReportSignature,
+                                       quote.qeReport);
     } catch (const ChainError &) {
         return false;
     }
 }
 
-void requireQuotingEnclaveSignature(const TDXQuote &quote, const EvidencePins &, const QDateTime &)
+void requireQuotingEnclaveSignature(Inquiry &inquiry)
 {
-    if (!quotingEnclaveSignatureHolds(quote))
+    if (!inquiry.leaf || !quotingEnclaveSignatureHolds(inquiry.quote, *inquiry.leaf))
         throw Failure(Failure::QuotingEnclaveSignatureInvalid{});
 }
 
-void requireKeyBinding(const TDXQuote &quote, const EvidencePins &, const QDateTime &)
+void requireKeyBinding(Inquiry &inquiry)
 {
+    const TDXQuote &quote = inquiry.quote;
     const QByteArray bound = Digest::sha256({quote.attestationKey, quote.qeAuthenticationData}) +
                              QByteArray(qeReportDataSize - 32, '\0');
     if (quote.qeReport.size() < qeReportDataSize || quote.qeReport.last(qeReportDataSize) != bound)
@@ -109,13 +111,13 @@ std::optional<QString> foreignEnclaveReason(const QByteArray &report, const Evid
     return std::nullopt;
 }
 
-void requireQuotingEnclaveIdentity(const TDXQuote &quote, const EvidencePins &pins, const QDateTime &)
+void requireQuotingEnclaveIdentity(Inquiry &inquiry)
 {
-    if (const auto reason = foreignEnclaveReason(quote.qeReport, pins))
+    if (const auto reason = foreignEnclaveReason(inquiry.quote.qeReport, inquiry.pins))
         throw Failure(Failure::QuotingEnclaveNotIntel{*reason});
 }
 
-constexpr std::array<TDXQuoteVerifier::QuoteCheck, 6> bindingOrder{{
+constexpr std::array<Check<Inquiry>, 6> bindingOrder{{
     {"the trust domain is not in debug mode"_L1, requireNoDebug},
     {"the quote is signed by its attestation key"_L1, requireQuoteSignature},
     {"the certificates lead to Intel's pinned root and are valid at the date"_L1, requireCertificateChain},
@@ -155,13 +157,14 @@ QString TDXQuoteVerifier::Failure::caseText() const
     return std::visit(CaseTextOf{}, m_case);
 }
 
-std::span<const TDXQuoteVerifier::QuoteCheck> TDXQuoteVerifier::checks()
+std::span<const Check<Inquiry>> TDXQuoteVerifier::checks()
 {
     return bindingOrder;
 }
 
 void TDXQuoteVerifier::verify(const TDXQuote &quote, const EvidencePins &pins, const QDateTime &date)
 {
-    for (const QuoteCheck &check : checks())
-        check.require(quote, pins, date);
+    Inquiry inquiry{quote, pins, date, std::nullopt};
+    for (const auto &check : checks())
+        check.require(inquiry);
 }

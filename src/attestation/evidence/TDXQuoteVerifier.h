@@ -48,10 +48,15 @@ private:
     Case m_case;
 };
 
-using QuoteCheck = Check<const TDXQuote &, const EvidencePins &, const QDateTime &>;
+struct Inquiry {
+    const TDXQuote &quote;
+    const EvidencePins &pins;
+    const QDateTime &date;
+    std::optional<PEMCertificates::Leaf> leaf; // once its chain has been verified
+};
 
 // In the order that decides which failure a bad quote reports. Each throws Failure.
-[[nodiscard]] std::span<const QuoteCheck> checks();
+[[nodiscard]] std::span<const Check<Inquiry>> checks();
 
 // Runs all checks for certificates that must be valid at `date`. Throws the first Failure.
 void verify(const TDXQuote &quote, const EvidencePins &pins, const QDateTime &date);

@@ -9,8 +9,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 using VeniceAttestationVerifier::Failure;
-using VeniceAttestationVerifier::Findings;
+using VeniceAttestationVerifier::Inquiry;
 using VeniceAttestationVerifier::Question;
+using VeniceAttestationVerifier::Verified;
 using Plain = VeniceAttestationVerifier::Failure::Plain;
 using Refusal = VeniceMeasurementAllowlist::Refusal;
 
@@ -25,94 +26,96 @@ void require(bool holds, Plain failure)
         throw Failure(failure);
 }
 
-void requireModel(const Question &q, Findings &)
+void requireModel(Inquiry &inquiry)
 {
-    if (q.document.model != q.model)
-        throw Failure(Failure::WrongModel{q.model, q.document.model});
+    if (inquiry.question.document.model != inquiry.question.model)
+        throw Failure(Failure::WrongModel{inquiry.question.model, inquiry.question.document.model});
 }
 
-void requireQuotePresent(const Question &q, Findings &)
+void requireQuotePresent(Inquiry &inquiry)
 {
-    require(q.document.intelQuote.has_value(), Plain::noQuote);
+    require(inquiry.question.document.intelQuote.has_value(), Plain::noQuote);
 }
 
-void requireSigningKey(const Question &q, Findings &)
+void requireSigningKey(Inquiry &inquiry)
 {
-    require(q.document.signingPublicKey.has_value(), Plain::noSigningKey);
+    require(inquiry.question.document.signingPublicKey.has_value(), Plain::noSigningKey);
 }
 
-void requireEchoedNonce(const Question &q, Findings &)
+void requireEchoedNonce(Inquiry &inquiry)
 {
-    require(q.document.echoedNonce == q.nonce, Plain::nonceMismatch);
+    require(inquiry.question.document.echoedNonce == inquiry.question.nonce, Plain::nonceMismatch);
 }
 
-void requireAddress(const Question &q, Findings &found)
+void requireAddress(Inquiry &inquiry)
 {
-    const auto address = VeniceAttestationVerifier::addressOf(*q.document.signingPublicKey);
+    const auto address = VeniceAttestationVerifier::addressOf(*inquiry.question.document.signingPublicKey);
     require(address.has_value(), Plain::noSigningKey);
-    found.address = *address;
+    inquiry.address = *address;
 }
 
-void requireStatedAddress(const Question &q, Findings &found)
+void requireStatedAddress(Inquiry &inquiry)
 {
-    const auto &stated = q.document.signingAddress;
-    require(!stated || *stated == found.address, Plain::statedAddressDoesNotMatchKey);
+    const auto &stated = inquiry.question.document.signingAddress;
+    require(!stated || *stated == inquiry.address, Plain::statedAddressDoesNotMatchKey);
 }
 
-void requireReadableQuote(const Question &q, Findings &found)
+void requireReadableQuote(Inquiry &inquiry)
 {
     try {
-        found.quote = TDXQuote::parse(*q.document.intelQuote);
+        inquiry.quote = TDXQuote::parse(*inquiry.question.document.intelQuote);
     } catch (const TDXQuote::ParseError &error) {
         throw Failure(Failure::QuoteMalformed{error});
     }
 }
 
-void requireBoundReportData(const Question &q, Findings &found)
+void requireBoundReportData(Inquiry &inquiry)
 {
-    const QByteArray &data = found.quote.report.reportData;
-    const QByteArray keyPart = found.address + QByteArray(keyPartSize - addressSize, '\0');
+    const QByteArray &data = inquiry.quote.report.reportData;
+    const QByteArray keyPart = inquiry.address + QByteArray(keyPartSize - addressSize, '\0');
     require(data.size() == reportDataSize && data.startsWith(keyPart), Plain::reportDataDoesNotBindKey);
-    require(QByteArrayView(data).sliced(keyPartSize) == q.nonce, Plain::reportDataDoesNotBindNonce);
+    require(QByteArrayView(data).sliced(keyPartSize) == inquiry.question.nonce,
+            Plain::reportDataDoesNotBindNonce);
 }
 
-void requireHardware(const Question &q, Findings &found)
+void requireHardware(Inquiry &inquiry)
 {
     try {
-        TDXQuoteVerifier::verify(found.quote, q.pins, q.date);
+        TDXQuoteVerifier::verify(inquiry.quote, inquiry.question.pins, inquiry.question.date);
     } catch (const TDXQuoteVerifier::Failure &failure) {
         throw Failure(Failure::Quote{failure});
     }
 }
 
-void requireAcceptedServer(const Question &q, Findings &found)
+void requireAcceptedServer(Inquiry &inquiry)
 {
     try {
-        found.match = q.allowlist.match(found.quote.report, q.document.configurationText,
-                                        q.document.instanceID, q.model);
+        inquiry.match = inquiry.question.allowlist.match(
+            inquiry.quote.report, inquiry.question.document.configurationText,
+            inquiry.question.document.instanceID, inquiry.question.model);
     } catch (const Refusal &refusal) {
         if (refusal.reason() == Refusal::Case::imageNotListed)
-            throw Failure(Failure::MeasurementsNotAllowed{q.model});
+            throw Failure(Failure::MeasurementsNotAllowed{inquiry.question.model});
         throw Failure(Failure::Configuration{refusal});
     }
 }
 
-void requireGraphicsHardware(const Question &q, Findings &found)
+void requireGraphicsHardware(Inquiry &inquiry)
 {
-    if (!found.match->stack.requiresGPUEvidence)
+    if (!inquiry.match->stack.requiresGPUEvidence)
         return;
-    const auto &payload = q.document.nvidiaPayload;
-    require(payload && !q.document.gpuEvidenceOmitted, Plain::gpuEvidenceMissing);
+    const auto &payload = inquiry.question.document.nvidiaPayload;
+    require(payload && !inquiry.question.document.gpuEvidenceOmitted, Plain::gpuEvidenceMissing);
     try {
         const auto evidence = NvidiaGPUEvidence::parse(*payload);
-        evidence.verify(q.nonce, q.pins, q.date);
-        found.gpuCount = static_cast<qsizetype>(evidence.gpus.size());
+        evidence.verify(inquiry.question.nonce, inquiry.question.pins, inquiry.question.date);
+        inquiry.gpuCount = static_cast<qsizetype>(evidence.gpus.size());
     } catch (const NvidiaGPUEvidence::Failure &failure) {
         throw Failure(Failure::GPUEvidence{failure});
     }
 }
 
-constexpr std::array<VeniceAttestationVerifier::DocumentCheck, 11> bindingOrder{{
+constexpr std::array<Check<Inquiry>, 11> bindingOrder{{
     {"the server answers for the model asked for"_L1, requireModel},
     {"there is a quote"_L1, requireQuotePresent},
     {"there is a signing key"_L1, requireSigningKey},
@@ -126,6 +129,29 @@ constexpr std::array<VeniceAttestationVerifier::DocumentCheck, 11> bindingOrder{
     {"each graphics chip proves itself, where the stack asks for it"_L1, requireGraphicsHardware},
 }};
 
+Verified verified(const Inquiry &inquiry)
+{
+    const auto &document = inquiry.question.document;
+    const auto &report = inquiry.quote.report;
+    const auto &match = inquiry.match.value();
+    return {.model = inquiry.question.model,
+            .modelPublicKey = document.signingPublicKey.value(),
+            .signingAddress = inquiry.address,
+            .nonce = inquiry.question.nonce,
+            .stack = match.stack,
+            .configurationLabel = match.configuration.label,
+            .hostLabel = match.hostLabel,
+            .mrtd = report.mrtd,
+            .rtmr3 = report.rtmr3,
+            .composeHash = report.composeHash(),
+            .quote = document.intelQuote.value(),
+            .verifiedGPUCount = inquiry.gpuCount,
+            .teeProvider = document.teeProvider,
+            .serverClaimedVerified = document.serverVerified,
+            .verifiedAt = inquiry.question.date,
+            .acceptedList = inquiry.question.allowlist.source};
+}
+
 } // namespace
 
 std::optional<QByteArray> VeniceAttestationVerifier::addressOf(const QByteArray &signingKey)
@@ -135,41 +161,17 @@ std::optional<QByteArray> VeniceAttestationVerifier::addressOf(const QByteArray 
     return Keccak256::hash(QByteArrayView(signingKey).sliced(1)).last(addressSize);
 }
 
-std::span<const VeniceAttestationVerifier::DocumentCheck> VeniceAttestationVerifier::checks()
+std::span<const Check<Inquiry>> VeniceAttestationVerifier::checks()
 {
     return bindingOrder;
 }
 
 VeniceAttestationVerifier::Verified VeniceAttestationVerifier::verify(const Question &question)
 {
-    Findings findings;
-    for (const DocumentCheck &check : checks())
-        check.require(question, findings);
-    return verified(question, findings);
-}
-
-VeniceAttestationVerifier::Verified VeniceAttestationVerifier::verified(const Question &question,
-                                                                        const Findings &findings)
-{
-    const auto &document = question.document;
-    const auto &report = findings.quote.report;
-    const auto &match = findings.match.value();
-    return {.model = question.model,
-            .modelPublicKey = document.signingPublicKey.value(),
-            .signingAddress = findings.address,
-            .nonce = question.nonce,
-            .stack = match.stack,
-            .configurationLabel = match.configuration.label,
-            .hostLabel = match.hostLabel,
-            .mrtd = report.mrtd,
-            .rtmr3 = report.rtmr3,
-            .composeHash = report.composeHash(),
-            .quote = document.intelQuote.value(),
-            .verifiedGPUCount = findings.gpuCount,
-            .teeProvider = document.teeProvider,
-            .serverClaimedVerified = document.serverVerified,
-            .verifiedAt = question.date,
-            .acceptedList = question.allowlist.source};
+    Inquiry inquiry{.question = question};
+    for (const auto &check : checks())
+        check.require(inquiry);
+    return verified(inquiry);
 }
 
 QString VeniceAttestationVerifier::Verified::summary() const

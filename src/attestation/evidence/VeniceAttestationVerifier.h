@@ -102,25 +102,20 @@ struct Question {
     QDateTime date; // the certificates must be valid then
 };
 
-// What the checks have established so far; each relies on those before it.
-struct Findings {
+struct Inquiry {
+    const Question &question;
     QByteArray address;
     TDXQuote quote;
     std::optional<VeniceMeasurementAllowlist::Match> match;
     qsizetype gpuCount = 0;
 };
 
-using DocumentCheck = Check<const Question &, Findings &>;
-
 // In the order that decides which failure a bad document reports: local tests first, so that a stale answer
 // costs nothing, and the list only once the measurements are known to be signed. Each throws Failure.
-[[nodiscard]] std::span<const DocumentCheck> checks();
+[[nodiscard]] std::span<const Check<Inquiry>> checks();
 
 // Runs all checks. Throws the first Failure.
 [[nodiscard]] Verified verify(const Question &question);
-
-// The findings of all checks in a row, as the rest of the program keeps them.
-[[nodiscard]] Verified verified(const Question &question, const Findings &findings);
 
 // The account address of a signing key: 20 bytes. Nothing unless the key is 65 bytes that begin with 0x04.
 [[nodiscard]] std::optional<QByteArray> addressOf(const QByteArray &signingKey);

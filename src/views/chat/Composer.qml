@@ -18,6 +18,10 @@ Rectangle {
     function takeFocus() {
         field.forceActiveFocus();
     }
+    function takeFocusAtEnd() {
+        field.forceActiveFocus();
+        field.cursorPosition = field.length;
+    }
     function returnPressed(event: KeyEvent) {
         event.accepted = !(event.modifiers & Qt.ShiftModifier);
         if (field.preeditText.length > 0 || field.inputMethodComposing)
@@ -64,8 +68,8 @@ Rectangle {
             Keys.onReturnPressed: event => root.returnPressed(event)
             Keys.onEnterPressed: event => root.returnPressed(event)
             // Tab leads on; a tab character has no use in a message.
-            KeyNavigation.priority: KeyNavigation.BeforeItem
-            KeyNavigation.tab: button.enabled ? button : nextItemInFocusChain()
+            Keys.onTabPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+            Keys.onBacktabPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
         }
     }
     PlainText {

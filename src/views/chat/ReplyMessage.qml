@@ -1,5 +1,3 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import QtQuick.Layouts
 import Morvane
@@ -8,9 +6,20 @@ import Morvane
 ColumnLayout {
     id: root
 
-    required property MessageRow row
-    readonly property string mark: row.cancelled ? qsTr("You stopped this reply.")
-        : row.interrupted ? qsTr("This reply was interrupted.") : ""
+    required property string text
+    required property bool failed
+    required property bool cancelled
+    required property bool interrupted
+    required property bool running
+    required property string indicatorText
+    required property string errorText
+    required property list<string> toolLines
+    required property list<string> sources
+    required property bool canContinue
+    required property string place
+    required property bool isLast
+    readonly property string mark: cancelled ? qsTr("You stopped this reply.")
+        : interrupted ? qsTr("This reply was interrupted.") : ""
 
     signal copyAsked()
     signal continueAsked()
@@ -23,54 +32,55 @@ ColumnLayout {
         Layout.fillWidth: true
         Layout.topMargin: Theme.gap12
         visible: lines.length > 0
-        lines: root.row.toolLines
-        running: root.row.running
+        lines: root.toolLines
+        running: root.running
     }
     SelectableText {
         id: words
 
+        objectName: "replyText"
         Layout.fillWidth: true
-        Layout.topMargin: root.row.toolLines.length > 0 ? 0 : Theme.gap12
-        visible: root.row.text.length > 0
-        shownText: root.row.text
+        Layout.topMargin: root.toolLines.length > 0 ? 0 : Theme.gap12
+        visible: root.text.length > 0
+        shownText: root.text
 
         FocusRing {
             anchors.margins: -Theme.gap8
             visible: words.activeFocus
         }
     }
-    Loader {
-        Layout.topMargin: root.row.text.length > 0 || root.row.toolLines.length > 0 ? 0 : Theme.gap12
-        active: root.row.running && (root.row.text.length === 0 || root.row.indicatorText.length > 0)
-        visible: active
-        sourceComponent: ReplyIndicator { words: root.row.indicatorText }
+    ReplyIndicator {
+        objectName: "replyIndicator"
+        Layout.topMargin: root.text.length > 0 || root.toolLines.length > 0 ? 0 : Theme.gap12
+        visible: root.running && (root.text.length === 0 || root.indicatorText.length > 0)
+        words: root.indicatorText
     }
     EndMark {
         Layout.fillWidth: true
-        visible: root.row.failed && text.length > 0
+        visible: root.failed && text.length > 0
         glyph: "warning"
         ink: Theme.danger
-        text: root.row.errorText
+        text: root.errorText
     }
     EndMark {
         Layout.fillWidth: true
         visible: text.length > 0
-        glyph: root.row.cancelled ? "stop" : "warning"
+        glyph: root.cancelled ? "stop" : "warning"
         ink: Theme.secondary
         text: root.mark
     }
     SourceChips {
         Layout.fillWidth: true
         visible: domains.length > 0
-        domains: root.row.sources
+        domains: root.sources
     }
     ReplyActions {
         Layout.fillWidth: true
-        place: root.row.place
-        finished: !root.row.running
-        hasText: root.row.text.length > 0
-        canContinue: root.row.canContinue
-        emphasised: root.row.isLast || hover.hovered || words.activeFocus
+        place: root.place
+        finished: !root.running
+        hasText: root.text.length > 0
+        canContinue: root.canContinue
+        emphasised: root.isLast || hover.hovered || words.activeFocus
         onCopyAsked: root.copyAsked()
         onContinueAsked: root.continueAsked()
     }

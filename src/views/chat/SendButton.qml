@@ -19,15 +19,15 @@ T.RoundButton {
     text: responding ? qsTr("Stop") : qsTr("Send")
 
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: root.clicked()
+    Keys.onEnterPressed: root.clicked()
     onClicked: responding ? stopChosen() : sendChosen()
 
     contentItem: Item {
         Icon {
             anchors.centerIn: parent
             name: root.responding ? "stop" : "send"
-            color: root.enabled ? Theme.onAccent : Theme.disabled
+            color: root.enabled ? Theme.accentInk : Theme.disabled
         }
     }
     background: Rectangle {

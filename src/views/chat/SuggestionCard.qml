@@ -11,8 +11,8 @@ T.Button {
     verticalPadding: Theme.gap12
 
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: root.clicked()
+    Keys.onEnterPressed: root.clicked()
 
     contentItem: SmallText {
         text: root.text.trim().replace(/:$/, "") + "…"

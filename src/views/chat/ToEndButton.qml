@@ -15,8 +15,8 @@ T.RoundButton {
     text: qsTr("Go to the end")
 
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: root.clicked()
+    Keys.onEnterPressed: root.clicked()
 
     Behavior on opacity { NumberAnimation { duration: Theme.fade } }
 

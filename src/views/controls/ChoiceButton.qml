@@ -6,20 +6,25 @@ import Morvane
 T.RadioButton {
     id: root
 
+    function activate() {
+        root.toggle();
+        root.clicked();
+    }
+
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: Theme.controlHeight
     horizontalPadding: 14
 
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: root.activate()
+    Keys.onEnterPressed: root.activate()
 
     contentItem: Text {
         textFormat: Text.PlainText
         text: root.text
         font.pixelSize: Theme.smallSize
         font.weight: root.checked ? Font.DemiBold : Font.Normal
-        color: root.checked ? Theme.onAccent : Theme.text
+        color: root.checked ? Theme.accentInk : Theme.text
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
     }

@@ -10,8 +10,10 @@ T.TextField {
 
     implicitWidth: 240
     implicitHeight: Math.max(Theme.controlHeight, contentHeight + topPadding + bottomPadding)
-    horizontalPadding: 10
-    verticalPadding: 6
+    leftPadding: 10
+    rightPadding: 10
+    topPadding: 6
+    bottomPadding: 6
 
     font.pixelSize: Theme.smallSize
     color: enabled ? Theme.text : Theme.disabled

@@ -6,12 +6,17 @@ import Morvane
 T.Switch {
     id: root
 
+    function activate() {
+        root.toggle();
+        root.toggled();
+    }
+
     implicitWidth: 40
     implicitHeight: 24
 
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: root.activate()
+    Keys.onEnterPressed: root.activate()
 
     indicator: Rectangle {
         width: 40
@@ -27,7 +32,7 @@ T.Switch {
             width: 16
             height: 16
             radius: 8
-            color: root.checked ? Theme.onAccent : Theme.outline
+            color: root.checked ? Theme.accentInk : Theme.outline
 
             Behavior on x { NumberAnimation { duration: Theme.press; easing.type: Easing.OutCubic } }
         }

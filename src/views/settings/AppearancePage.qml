@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Layouts
 import Morvane
 import Morvane.ViewModels
 

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Layouts
 import Morvane
 import Morvane.ViewModels
 
@@ -8,22 +7,22 @@ SettingsRow {
     id: root
 
     required property AISettingsViewModel settings
-    readonly property bool running: settings.testState === AISettingsViewModel.running
+    readonly property bool running: settings.testState === AISettingsViewModel.TestState.running
 
     title: qsTr("Connection")
     explanation: running ? qsTr("Asking the server…")
-        : settings.testState === AISettingsViewModel.untested ? qsTr("Asks the server for a short reply.")
+        : settings.testState === AISettingsViewModel.TestState.untested ? qsTr("Asks the server for a short reply.")
         : (settings.testMessage + " " + settings.testSuggestion).trim()
-    explanationInk: settings.testState === AISettingsViewModel.succeeded ? Theme.success
-        : settings.testState === AISettingsViewModel.failed ? Theme.danger : Theme.secondary
+    explanationInk: settings.testState === AISettingsViewModel.TestState.succeeded ? Theme.success
+        : settings.testState === AISettingsViewModel.TestState.failed ? Theme.danger : Theme.secondary
 
     Accessible.role: Accessible.StatusBar
     Accessible.name: explanation
 
     Icon {
-        visible: root.settings.testState === AISettingsViewModel.succeeded
-            || root.settings.testState === AISettingsViewModel.failed
-        name: root.settings.testState === AISettingsViewModel.succeeded ? "check" : "warning"
+        visible: root.settings.testState === AISettingsViewModel.TestState.succeeded
+            || root.settings.testState === AISettingsViewModel.TestState.failed
+        name: root.settings.testState === AISettingsViewModel.TestState.succeeded ? "check" : "warning"
         color: root.explanationInk
     }
     PushButton {

@@ -11,7 +11,7 @@ Item {
     required property string host
     required property string place
     required property string feature
-    required property string data
+    required property string carried
     required property string sent
     required property string received
     required property string outcome
@@ -22,7 +22,8 @@ Item {
     implicitHeight: Math.max(48, line.implicitHeight + 2 * Theme.gap8)
 
     Accessible.role: Accessible.ListItem
-    Accessible.name: [time, host, place, feature, data, sent, received, outcome].join(", ")
+    Accessible.name: qsTr("%1, %2, %3, %4. %5").arg(time).arg(host).arg(place).arg(feature).arg(outcome)
+    Accessible.description: qsTr("Your data: %1. Sent %2, received %3.").arg(carried).arg(sent).arg(received)
 
     TapHandler { onTapped: root.chosen() }
 
@@ -55,7 +56,7 @@ Item {
         }
         LedgerCell {
             first: "↑ " + root.sent + "  ↓ " + root.received
-            second: qsTr("Your data: %1").arg(root.data)
+            second: qsTr("Your data: %1").arg(root.carried)
             Layout.preferredWidth: 150
         }
         LedgerCell {

@@ -34,10 +34,8 @@ Rectangle {
                 width: parent.width
                 text: modelData.title
                 glyph: modelData.glyph
-                checkable: true
-                checked: index === root.currentPage
                 Accessible.role: Accessible.PageTab
-                Accessible.selected: checked
+                Accessible.selected: index === root.currentPage
                 onClicked: root.chosen(index)
 
                 Rectangle {

@@ -19,9 +19,9 @@ Item {
     Icon {
         anchors.fill: parent
         anchors.margins: parent.size / 10
-        name: root.companion.state === Companion.error ? "ghost-error"
-            : root.companion.state === Companion.thinking ? "ghost-thinking" : "ghost"
-        color: root.companion.state === Companion.error ? Theme.danger : Theme.ghost
+        name: root.companion.state === Companion.State.error ? "ghost-error"
+            : root.companion.state === Companion.State.thinking ? "ghost-thinking" : "ghost"
+        color: root.companion.state === Companion.State.error ? Theme.danger : Theme.ghost
     }
     HoverHandler {
         onHoveredChanged: root.companion.isHovering = hovered

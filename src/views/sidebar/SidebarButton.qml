@@ -14,8 +14,8 @@ T.Button {
     rightPadding: Theme.gap8
 
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: root.clicked()
+    Keys.onEnterPressed: root.clicked()
 
     contentItem: RowLayout {
         spacing: Theme.gap8

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "app/CommandLine.h"
+#include "app/SecretKeeping.h"
+#include "utils/Clock.h"
+#include "utils/TaskHandle.h"
+
+#include <QCoroTask>
+#include <QObject>
+
+#include <memory>
+
+class AppDelegate;
+class AppState;
+class DemoPlayer;
+class DesktopAppearance;
+class MainWindowController;
+class QGuiApplication;
+class StartupWindow;
+
+// From the first line of the program to its window. The key to the person's data comes first, and a keyring
+// may be slow or ask for its password, so that waiting has a small window of its own; stores are opened only
+// when the key is there.
+class Launch : public QObject {
+    Q_OBJECT
+public:
+    Launch(QGuiApplication &application, CommandLine commandLine, QObject *parent = nullptr);
+    ~Launch() override;
+
+    void start();
+    // Someone asks for the window.
+    void show();
+
+private:
+    static QCoro::Task<> openKeychain(QPointer<Launch> self, std::stop_token stop);
+    void keychainChanged(KeychainState state);
+    void showWaiting(const QString &sentence, bool retryMayHelp);
+    void finish();
+    void playDemo();
+
+    QGuiApplication &m_application;
+    const CommandLine m_commandLine;
+    SystemClock m_clock;
+    SecretKeeping m_secrets;
+    std::unique_ptr<DesktopAppearance> m_appearance;
+    std::unique_ptr<StartupWindow> m_startupWindow; // while the key is waited for
+    std::unique_ptr<Alarm> m_patience;
+    std::unique_ptr<AppState> m_state;
+    std::unique_ptr<MainWindowController> m_mainWindow;
+    std::unique_ptr<AppDelegate> m_delegate;
+    std::unique_ptr<DemoPlayer> m_demo;
+    TaskHandle m_opening;
+};

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "security/AbsentKeyring.h"
+#include "security/KeychainHome.h"
+#include "security/KeychainPreparation.h"
+#include "security/KeychainService.h"
+#include "utils/SupportFolders.h"
+
+#include <memory>
+
+// The program's secrets: the person's keyring, or a file of the profile where that is to stay apart.
+class SecretKeeping {
+public:
+    enum class Keyring { ofThePerson, none };
+
+    SecretKeeping(const SupportFolders &folders, Keyring keyring);
+
+    [[nodiscard]] KeychainPreparation &preparation() { return m_preparation; }
+    [[nodiscard]] KeychainService &keychain() { return m_keychain; }
+
+private:
+    std::unique_ptr<SecretStoring> m_keyring;
+    AbsentPresence m_presence;
+    KeychainHome m_home;
+    KeychainService m_keychain;
+    KeychainPreparation m_preparation;
+};

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "app/WindowEngine.h"
+#include "view_models/StartupViewModel.h"
+
+#include <QObject>
+
+class QQuickWindow;
+
+// The small window that stands while the key to the person's data is being fetched.
+class StartupWindow : public QObject {
+    Q_OBJECT
+public:
+    explicit StartupWindow(bool dark, QObject *parent = nullptr);
+
+    void show(const QString &sentence, bool canRetry);
+    void raise();
+
+Q_SIGNALS:
+    void retryChosen();
+    void quitChosen();
+
+private:
+    StartupViewModel m_model;
+    WindowEngine m_engine;
+    QQuickWindow *m_window = nullptr; // owned by the engine
+};

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+// What people who used an older build are told once: which pages have left, and what became of their data.
+namespace WhatChangedNotice {
+
+[[nodiscard]] QString title();
+[[nodiscard]] QStringList lines();
+
+} // namespace WhatChangedNotice

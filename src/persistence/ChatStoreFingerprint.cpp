@@ -1,0 +1,87 @@
+#include "persistence/ChatStoreFingerprint.h"
+
+#include "persistence/StoreSchema.h"
+#include "security/SealedForm.h"
+#include "utils/Base64.h"
+#include "utils/SealedBox.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using ChatStoreLocation::Fingerprint;
+
+// The sealed form of the empty text is known by its length.
+bool holdsNothing(const QString &sealed)
+{
+    const auto box = Base64::decode(sealed.sliced(SealedForm::fieldMarker.size()).toUtf8());
+    return box && box->size() == SealedBox::nonceSize + SealedBox::tagSize;
+}
+
+bool isUnreadable(const QString &stored, const FieldSealing &sealing)
+{
+    return SealedForm::isSealedField(stored) && sealing.open(stored).isEmpty() && !holdsNothing(stored);
+}
+
+void readField(Database &database, const StoreSchema::Table &table, const StoreSchema::Column &column,
+               const QByteArray &storedName, const FieldSealing &sealing, Fingerprint &fingerprint)
+{
+    Statement rows =
+        database.prepare("SELECT " + storedName + ", length(CAST(" + storedName + " AS BLOB)) FROM " +
+                         table.name + " WHERE " + storedName + " IS NOT NULL");
+    std::int64_t bytes = 0;
+    while (rows.step()) {
+        if (isUnreadable(rows.text(), sealing))
+            ++fingerprint.unreadable;
+        bytes += rows.integer();
+    }
+    fingerprint.fieldBytes[QString::fromLatin1(column.name)] = bytes;
+}
+
+std::set<QUuid> readTable(Database &database, const StoreSchema::Table &table, const FieldSealing &sealing,
+                          Fingerprint &fingerprint)
+{
+    const auto storedNames = StoreSchema::storedNames(database, table);
+    for (std::size_t i = 0; i < table.columns.size(); ++i) {
+        if (table.columns[i].isSealed() && !storedNames[i].isEmpty())
+            readField(database, table, table.columns[i], storedNames[i], sealing, fingerprint);
+    }
+    std::set<QUuid> ids;
+    Statement rows = database.prepare(QByteArray("SELECT id FROM ") + table.name);
+    while (rows.step())
+        ids.insert(rows.id());
+    return ids;
+}
+
+bool holdsAll(const std::set<QUuid> &copy, const std::set<QUuid> &source)
+{
+    return std::ranges::includes(copy, source);
+}
+
+} // namespace
+
+Fingerprint ChatStoreLocation::fingerprint(Database &database, const FieldSealing &sealing)
+{
+    const auto &[conversations, messages, documents] = StoreSchema::tables();
+    Fingerprint result;
+    result.conversations = readTable(database, conversations, sealing, result);
+    result.messages = readTable(database, messages, sealing, result);
+    result.documents = readTable(database, documents, sealing, result);
+    return result;
+}
+
+std::optional<QString> ChatStoreLocation::shortcoming(const Fingerprint &source, const Fingerprint &copy)
+{
+    if (!holdsAll(copy.conversations, source.conversations) || !holdsAll(copy.messages, source.messages) ||
+        !holdsAll(copy.documents, source.documents))
+        return u"the copy is missing rows the original has"_s;
+    const auto changed = std::ranges::count_if(source.fieldBytes, [&](const auto &field) {
+        const auto copied = copy.fieldBytes.find(field.first);
+        return field.second != (copied == copy.fieldBytes.end() ? 0 : copied->second);
+    });
+    if (changed > 0)
+        return u"%1 sealed fields did not come through the copy at their original length"_s.arg(changed);
+    return std::nullopt;
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "support/evidence/SigningKey.h"
+
+#include <QDateTime>
+#include <QString>
+
+#include <vector>
+
+// A certificate to be minted. Tests bend one property at a time.
+struct CertificateRecipe {
+    QString name;
+    SigningKey key;
+    QString issuer;
+    SigningKey issuerKey;
+    bool isCA = true;
+    QDateTime from = QDateTime(QDate(2025, 1, 1), QTime(0, 0), Qt::UTC);
+    QDateTime to = QDateTime(QDate(2035, 1, 1), QTime(0, 0), Qt::UTC);
+    bool unknownCriticalExtension = false;
+
+    [[nodiscard]] QByteArray mint() const; // DER
+};
+
+// Leaf first, each issued by the one behind it; the last issues itself.
+using ChainRecipe = std::vector<CertificateRecipe>;
+
+[[nodiscard]] ChainRecipe chainRecipe(const QStringList &namesLeafFirst, const SigningKey &leafKey,
+                                      SigningKey::Curve curve);
+[[nodiscard]] std::vector<QByteArray> mint(const ChainRecipe &chain);
+[[nodiscard]] QByteArray pemText(const std::vector<QByteArray> &chain);

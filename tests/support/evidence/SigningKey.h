@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QByteArray>
+
+#include <openssl/evp.h>
+
+#include <memory>
+
+// A fresh ECDSA key that signs as hardware does. Copies share the key.
+class SigningKey {
+public:
+    enum class Curve { P256, P384 };
+
+    explicit SigningKey(Curve curve);
+
+    [[nodiscard]] QByteArray publicKey() const; // X then Y
+
+    // r then s, over the curve's own digest.
+    [[nodiscard]] QByteArray sign(QByteArrayView message) const;
+
+    [[nodiscard]] EVP_PKEY *handle() const { return m_key.get(); }
+    [[nodiscard]] const EVP_MD *digest() const;
+
+private:
+    Curve m_curve;
+    std::shared_ptr<EVP_PKEY> m_key;
+};
