@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct Run {
+struct Outcome {
     int status = -1;
     QByteArray output;
     QByteArray errors;
@@ -34,7 +34,7 @@ protected:
         return file.fileName();
     }
 
-    static Run run(const QStringList &arguments)
+    static Outcome run(const QStringList &arguments)
     {
         QProcess process;
         process.start(QStringLiteral(MORVANE_PROOF), arguments);
@@ -43,13 +43,14 @@ protected:
     }
 
     // With the test authority's pins, at a date when its certificates are valid.
-    Run runPinned(const QStringList &arguments) const
+    Outcome runPinned(const QStringList &arguments) const
     {
-        return run(arguments +
-                   QStringList{u"--at"_s, u"2026-09-01T12:00:00Z"_s, u"--pin"_s,
-                               u"intel-root="_s + scenario.pins.intelRootSHA256, u"--pin"_s,
-                               u"quoting-enclave="_s + scenario.pins.quotingEnclaveSigner.toUpper(),
-                               u"--pin"_s, u"nvidia-root="_s + scenario.pins.nvidiaRootSHA256});
+        const QStringList pins{
+            u"--pin"_s, u"intel-root="_s + scenario.pins.intelRootSHA256,
+            u"--pin"_s, u"quoting-enclave="_s + scenario.pins.quotingEnclaveSigner.toUpper(),
+            u"--pin"_s, u"nvidia-root="_s + scenario.pins.nvidiaRootSHA256};
+        return run(QStringList{u"--at"_s, u"2026-09-01T12:00:00Z"_s} + pins +
+                   arguments); // a later --at counts
     }
 
     Scenario scenario;
@@ -70,7 +71,8 @@ TEST_F(ProofProgramTest, AQuoteInEachEncoding)
                 {"0x" + quote.toHex().toUpper() + "\n", {u"--hex"_s}},
                 {quote.toBase64().insert(76, "\r\n") + "\n", {u"--base64"_s}}};
     for (const auto &row : rows) {
-        const Run result = runPinned(QStringList{u"quote"_s, file(u"quote"_s, row.contents)} + row.option);
+        const Outcome result =
+            runPinned(QStringList{u"quote"_s, file(u"quote"_s, row.contents)} + row.option);
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.lastLine(), "verdict: ok");
         EXPECT_TRUE(result.output.contains(scenario.quote.report.mrtd.toHex()));
@@ -84,7 +86,7 @@ TEST_F(ProofProgramTest, ABrokenQuoteNamesItsFault)
     const QByteArray quote = scenario.quoteBytes();
     const QString good = file(u"good"_s, quote);
     const struct {
-        Run result;
+        Outcome result;
         const char *verdict;
     } rows[] = {
         {runPinned({u"quote"_s, file(u"cut"_s, quote.first(200))}), "verdict: tooShort(\"mrtd\")"},
@@ -97,7 +99,7 @@ TEST_F(ProofProgramTest, ABrokenQuoteNamesItsFault)
         EXPECT_EQ(row.result.status, 1) << row.verdict;
         EXPECT_EQ(row.result.lastLine(), row.verdict);
     }
-    const Run unpinned = run({u"quote"_s, good, u"--at"_s, u"2026-09-01"_s});
+    const Outcome unpinned = run({u"quote"_s, good, u"--at"_s, u"2026-09-01"_s});
     EXPECT_EQ(unpinned.lastLine(), "verdict: certificateChain(\"the chain ends at an unexpected root (" +
                                        scenario.pins.intelRootSHA256.left(16).toStdString() + ")\")");
     EXPECT_TRUE(unpinned.errors.isEmpty());
@@ -113,7 +115,7 @@ TEST_F(ProofProgramTest, GraphicsChips)
               "verdict: malformedPayload");
     scenario.gpus[1].chain[0].to = QDateTime(QDate(2025, 6, 1), QTime(0, 0), Qt::UTC);
     scenario.gpus[0].onEntry = [](QJsonObject &entry) { entry["arch"_L1] = u"\u001b[2J"_s; };
-    const Run stale =
+    const Outcome stale =
         runPinned({u"gpu"_s, file(u"stale"_s, scenario.payload().toUtf8()), u"--nonce"_s, nonce});
     EXPECT_EQ(stale.lastLine(), "verdict: certificateChain(1, \"certificate has expired\")");
     EXPECT_FALSE(stale.output.contains('\x1b'));
@@ -126,11 +128,11 @@ TEST_F(ProofProgramTest, ReplayPrintsTheRegister)
     const QString hash = Hex::encode(
         QCryptographicHash::hash(scenario.configurationText.toUtf8(), QCryptographicHash::Sha256));
     const QString instance = Hex::encode(scenario.instanceID);
-    const Run good = run({u"replay"_s, path, u"--compose-hash"_s, hash, u"--instance-id"_s, instance});
+    const Outcome good = run({u"replay"_s, path, u"--compose-hash"_s, hash, u"--instance-id"_s, instance});
     EXPECT_EQ(good.status, 0);
     EXPECT_EQ(good.lastLine(), "verdict: ok");
     EXPECT_TRUE(good.output.contains(TDXQuote::parse(scenario.quoteBytes()).report.rtmr3.toHex()));
-    const Run shortHash =
+    const Outcome shortHash =
         run({u"replay"_s, path, u"--compose-hash"_s, u"00"_s, u"--instance-id"_s, instance});
     EXPECT_EQ(shortHash.lastLine(), "verdict: bootMeasurementMismatch");
     EXPECT_EQ(shortHash.status, 1);
@@ -142,12 +144,12 @@ TEST_F(ProofProgramTest, ADocumentAgainstAList)
     const QString list = file(u"list"_s, QJsonDocument(scenario.signedList()).toJson());
     const QStringList ask{u"document"_s,        document,     u"--model"_s,
                           u"e2ee-test-model"_s, u"--nonce"_s, Hex::encode(scenario.nonce)};
-    const Run good = runPinned(ask + QStringList{u"--accepted"_s, list});
+    const Outcome good = runPinned(ask + QStringList{u"--accepted"_s, list});
     EXPECT_EQ(good.status, 0);
     EXPECT_EQ(good.lastLine(), "verdict: ok");
     EXPECT_TRUE(good.output.contains("Version 3, signed by Morvane, good until December 1, 2026"));
 
-    const Run builtIn = runPinned(ask);
+    const Outcome builtIn = runPinned(ask);
     EXPECT_EQ(builtIn.lastLine(), "verdict: measurementsNotAllowed(\"e2ee-test-model\")");
     EXPECT_TRUE(builtIn.output.contains("The list of accepted servers is empty, so no server can pass."));
     EXPECT_EQ(runPinned(ask + QStringList{u"--accepted"_s, document}).lastLine(), "verdict: unknownFormat");
@@ -162,7 +164,8 @@ TEST_F(ProofProgramTest, ADocumentAgainstAList)
 
 TEST_F(ProofProgramTest, JsonForMachines)
 {
-    const Run result = runPinned({u"quote"_s, file(u"cut"_s, scenario.quoteBytes().first(8)), u"--json"_s});
+    const Outcome result =
+        runPinned({u"quote"_s, file(u"cut"_s, scenario.quoteBytes().first(8)), u"--json"_s});
     const auto object = QJsonDocument::fromJson(result.output).object();
     EXPECT_EQ(object["verdict"_L1].toString(), u"tooShort(\"header tail\")"_s);
     EXPECT_EQ(object["checks"_L1][0]["result"_L1].toString(), u"failed"_s);
@@ -190,11 +193,11 @@ TEST_F(ProofProgramTest, WhatCannotBeCheckedIsSaid)
         {u"gpu"_s, quote, u"--nonce"_s, u"xyz"_s},
     };
     for (const QStringList &arguments : rows) {
-        const Run result = run(arguments);
+        const Outcome result = run(arguments);
         EXPECT_EQ(result.status, 2) << arguments.join(u' ').toStdString();
         EXPECT_TRUE(result.lastLine().starts_with("verdict: notChecked(\"")) << result.lastLine();
     }
-    const Run help = run({u"--help"_s});
+    const Outcome help = run({u"--help"_s});
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(help.output.contains("morvane-proof quote FILE"));
 }
