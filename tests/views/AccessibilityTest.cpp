@@ -103,6 +103,10 @@ TEST_F(AccessibilityTest, TheSheetListsTheKeysAndClosesWithEscape)
 {
     press(Qt::Key_Question, Qt::ControlModifier);
     ASSERT_TRUE(eventually([this] { return accessibleName(m_window->activeFocusItem()) == "Close"_L1; }));
+    const auto items = allItems();
+    EXPECT_TRUE(std::any_of(items.begin(), items.end(), [](QQuickItem *row) {
+        return accessibleName(row) == "Return: Send the message"_L1 && row->isVisible() && row->width() > 100;
+    }));
     press(Qt::Key_Escape);
     EXPECT_TRUE(eventually([this] { return accessibleName(m_window->activeFocusItem()) != "Close"_L1; }));
 }
