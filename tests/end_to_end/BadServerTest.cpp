@@ -47,8 +47,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"huge-error-body", "The AI provider returned an error (HTTP 500)."},
                     Row{"huge-line", unreadable}, Row{"json-despite-stream", nullptr},
                     Row{"no-done", nullptr}, Row{"crlf", nullptr}),
-    [](const auto &info) {
-        std::string name = info.param.model;
+    [](const auto &row) {
+        std::string name = row.param.model;
         std::replace(name.begin(), name.end(), '-', '_');
         return name;
     });

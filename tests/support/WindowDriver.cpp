@@ -17,8 +17,9 @@ QList<QQuickItem *> WindowDriver::allItems(QQuickWindow *window)
 QQuickItem *WindowDriver::item(QQuickWindow *window, const QString &objectName)
 {
     const auto items = allItems(window);
-    const auto found = std::find_if(items.begin(), items.end(),
-                                    [&](QQuickItem *item) { return item->objectName() == objectName; });
+    const auto found = std::find_if(items.begin(), items.end(), [&](QQuickItem *each) {
+        return each->isVisible() && each->objectName() == objectName;
+    });
     return found == items.end() ? nullptr : *found;
 }
 

@@ -155,7 +155,9 @@ QCoro::Task<std::shared_ptr<AIProvider>> AIRequestRouter::provider(AIConfigurati
                      .place = placeOf(source, configuration.model),
                      .purpose = configuration.purpose.value_or(u"chat"_s),
                      .carrying = configuration.carrying});
-    co_return m_provider;
+    // As its base on purpose: co_return of another type moves out of the member.
+    std::shared_ptr<AIProvider> provider = m_provider;
+    co_return provider;
 }
 
 AsyncStream<AIStreamEvent> AIRequestRouter::stream(PreparedRequest request,
