@@ -308,10 +308,13 @@ std::vector<std::shared_ptr<R>> ObjectContext::fetch(const FetchRequest &request
         const QUuid id = rows.id();
         if (id.isNull())
             continue; // damaged: nothing could refer to it
-        auto record = known<R>(id);
-        if (!record) {
+        auto &[identity, entry] = *m_live.try_emplace({RecordTable<R>::kind, id}).first;
+        std::shared_ptr<R> record;
+        if (entry.record) {
+            record = std::static_pointer_cast<R>(entry.record->shared_from_this());
+        } else {
             record = std::make_shared<R>(m_sealing, RecordTable<R>::read(id, rows));
-            m_live[{RecordTable<R>::kind, id}].record = record.get();
+            entry.record = record.get();
             record->attach(*this);
         }
         records.push_back(std::move(record));
