@@ -342,6 +342,24 @@ std::int64_t ObjectContext::count(const FetchRequest &request)
     return statement.step() ? statement.integer() : 0;
 }
 
+std::vector<SealedText> ObjectContext::sealedTexts(std::int64_t before, std::int64_t count)
+{
+    assertMainThread();
+    flush();
+    Statement rows =
+        select<ChatMessage>("rowid,conversation,id,sealedContent",
+                            {.where = "rowid<?", .values = {before}, .order = "rowid DESC", .limit = count});
+    std::vector<SealedText> texts;
+    while (rows.step()) {
+        SealedText &text = texts.emplace_back();
+        text.position = rows.integer();
+        text.conversation = rows.id();
+        text.message = rows.id();
+        text.sealedContent = rows.text();
+    }
+    return texts;
+}
+
 template std::vector<std::shared_ptr<Conversation>> ObjectContext::fetch(const FetchRequest &);
 template std::vector<std::shared_ptr<ChatMessage>> ObjectContext::fetch(const FetchRequest &);
 template std::vector<std::shared_ptr<ImportedDocument>> ObjectContext::fetch(const FetchRequest &);
