@@ -9,6 +9,7 @@
 
 #include <QElapsedTimer>
 #include <QJsonArray>
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace Qt::StringLiterals;
@@ -137,8 +138,10 @@ TEST_F(ChatWindowTest, TheSettingsPageTakesAServerAndTriesIt)
     EXPECT_EQ(body.value("max_tokens"_L1), 8);
     EXPECT_FALSE(body.contains("stream"_L1));
 
+    QSignalSpy keyChanged(&page, &AISettingsViewModel::keyChanged);
     page.saveKey(u" sk-secret "_s);
-    ASSERT_TRUE(WindowDriver::eventually([&] { return page.hasKey(); }));
+    ASSERT_TRUE(WindowDriver::eventually([&] { return !keyChanged.empty(); }));
+    EXPECT_TRUE(page.hasKey());
     ASSERT_TRUE(test());
     EXPECT_EQ(server.requests().back().headers.value("Authorization"_L1).toString(), u"Bearer sk-secret"_s);
     settings->close();
