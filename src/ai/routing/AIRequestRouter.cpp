@@ -148,14 +148,14 @@ QCoro::Task<std::shared_ptr<AIProvider>> AIRequestRouter::provider(AIConfigurati
                                                                    std::stop_token)
 {
     if (m_injectedProvider)
-        co_return m_injectedProvider;
+        co_return std::shared_ptr<AIProvider>(m_injectedProvider);
     const auto source = ChatSource::of(configuration.baseURLString, configuration.model);
     m_proofs.append({.id = QUuid::createUuid(),
                      .startedAt = m_clock.now(),
                      .place = placeOf(source, configuration.model),
                      .purpose = configuration.purpose.value_or(u"chat"_s),
                      .carrying = configuration.carrying});
-    co_return m_provider;
+    co_return std::shared_ptr<AIProvider>(m_provider); // co_return of the member itself would move it away
 }
 
 AsyncStream<AIStreamEvent> AIRequestRouter::stream(PreparedRequest request,
