@@ -67,7 +67,7 @@ public:
     {
         static const QString text(messageLength, u'x');
         const auto message = ChatMessage::create(
-            sealing(), {QUuid::createUuid(), MessageRole::Assistant, text, date, MessageStatus::Delivered});
+            sealing(), {QUuid::createUuid(), MessageRole::assistant, text, date, MessageStatus::delivered});
         message->setConversationID(chat.id());
         context.insert(message);
         return message;
@@ -118,8 +118,8 @@ void saveMessage(benchmark::State &state, Profile &(*profile)())
     const auto chat = repository.mostRecent();
     (void)chat->messages();
     for (auto _ : state)
-        repository.add(repository.makeMessage({QUuid::createUuid(), MessageRole::User, u"One more"_s,
-                                               profile().clock.now(), MessageStatus::Delivered}),
+        repository.add(repository.makeMessage({QUuid::createUuid(), MessageRole::user, u"One more"_s,
+                                               profile().clock.now(), MessageStatus::delivered}),
                        *chat);
 }
 

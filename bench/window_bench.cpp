@@ -96,10 +96,10 @@ void fill(ConversationRepository &repository, Conversation &conversation, Clock 
 {
     for (int i = 0; i < messages; ++i) {
         conversation.append(repository.makeMessage({.id = QUuid::createUuid(),
-                                                    .role = i % 2 ? MessageRole::Assistant : MessageRole::User,
+                                                    .role = i % 2 ? MessageRole::assistant : MessageRole::user,
                                                     .content = u"Message number %1, a line of chat."_s.arg(i),
                                                     .createdAt = clock.now(),
-                                                    .status = MessageStatus::Delivered}));
+                                                    .status = MessageStatus::delivered}));
         repository.context().insert(conversation.messages().back());
     }
     repository.save();

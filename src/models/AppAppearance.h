@@ -4,7 +4,7 @@
 
 #include <array>
 
-enum class AppAppearance { System, Light, Dark, Gallery };
+enum class AppAppearance { system, light, dark, gallery };
 
 template <>
 inline constexpr std::array rawTexts<AppAppearance>{QLatin1StringView("system"), QLatin1StringView("light"),

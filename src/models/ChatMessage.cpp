@@ -31,7 +31,7 @@ std::shared_ptr<ChatMessage> ChatMessage::create(std::shared_ptr<const FieldSeal
 
 MessageStatus ChatMessage::status() const
 {
-    return fromRawText<MessageStatus>(m_columns.statusRaw).value_or(MessageStatus::Delivered);
+    return fromRawText<MessageStatus>(m_columns.statusRaw).value_or(MessageStatus::delivered);
 }
 
 QStringList ChatMessage::toolLines() const

@@ -50,7 +50,7 @@ public:
     [[nodiscard]] const Columns &columns() const { return m_columns; }
 
     // An unknown role reads as a user's.
-    [[nodiscard]] MessageRole role() const { return knownRole().value_or(MessageRole::User); }
+    [[nodiscard]] MessageRole role() const { return knownRole().value_or(MessageRole::user); }
     [[nodiscard]] std::optional<MessageRole> knownRole() const
     {
         return fromRawText<MessageRole>(m_columns.roleRaw);

@@ -5,7 +5,7 @@
 #include <array>
 
 // Display size of the chat.
-enum class ChatTextSize { Small, Medium, Large };
+enum class ChatTextSize { small, medium, large };
 
 template <>
 inline constexpr std::array rawTexts<ChatTextSize>{QLatin1StringView("small"), QLatin1StringView("medium"),

@@ -7,7 +7,7 @@
 #include <optional>
 
 // How long a conversation stays after its last change.
-enum class ConversationRetention { Forever, NinetyDays, ThirtyDays, SevenDays };
+enum class ConversationRetention { forever, ninetyDays, thirtyDays, sevenDays };
 
 template <>
 inline constexpr std::array rawTexts<ConversationRetention>{
@@ -19,13 +19,13 @@ inline constexpr std::array rawTexts<ConversationRetention>{
 {
     using std::chrono::days;
     switch (retention) {
-    case ConversationRetention::Forever:
+    case ConversationRetention::forever:
         return std::nullopt;
-    case ConversationRetention::NinetyDays:
+    case ConversationRetention::ninetyDays:
         return days(90);
-    case ConversationRetention::ThirtyDays:
+    case ConversationRetention::thirtyDays:
         return days(30);
-    case ConversationRetention::SevenDays:
+    case ConversationRetention::sevenDays:
         return days(7);
     }
     return std::nullopt;

@@ -5,7 +5,7 @@
 #include <array>
 
 // Who speaks in a stored message.
-enum class MessageRole { User, Assistant, System };
+enum class MessageRole { user, assistant, system };
 
 template <>
 inline constexpr std::array rawTexts<MessageRole>{QLatin1StringView("user"), QLatin1StringView("assistant"),

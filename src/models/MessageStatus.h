@@ -6,11 +6,11 @@
 
 // The life of one message.
 enum class MessageStatus {
-    Pending,   // a reply's placeholder; nothing has been asked for yet
-    Streaming, // text is arriving
-    Delivered, // final; every user message is created so
-    Failed,    // the turn ended in an error, kept in the message's error text
-    Cancelled, // stopped by the person
+    pending,   // a reply's placeholder; nothing has been asked for yet
+    streaming, // text is arriving
+    delivered, // final; every user message is created so
+    failed,    // the turn ended in an error, kept in the message's error text
+    cancelled, // stopped by the person
 };
 
 template <>

@@ -6,13 +6,13 @@
 
 // A key combination, the one its name says.
 enum class ShortcutPreset {
-    OptionSpace,
-    ControlSpace,
-    CommandShiftSpace,
-    OptionC,
-    OptionV,
-    FunctionF13,
-    Disabled
+    optionSpace,
+    controlSpace,
+    commandShiftSpace,
+    optionC,
+    optionV,
+    functionF13,
+    disabled
 };
 
 template <>

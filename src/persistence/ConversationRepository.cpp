@@ -116,7 +116,7 @@ void ConversationRepository::save()
         m_context.save();
     } catch (const DatabaseError &error) {
         Log::error(category, "Save failed: %s"_L1, {error.what()});
-        throw PersistenceError(PersistenceError::Reason::SaveFailed);
+        throw PersistenceError(PersistenceError::Reason::saveFailed);
     }
 }
 
@@ -202,7 +202,7 @@ void ConversationRepository::add(const std::shared_ptr<ChatMessage> &message, Co
     conversation.append(message);
     m_context.insert(message);
     conversation.setUpdatedAt(m_clock.now());
-    if (message->role() == MessageRole::User && conversation.title() == Conversation::untitled())
+    if (message->role() == MessageRole::user && conversation.title() == Conversation::untitled())
         conversation.setTitle(titleFrom(message->content()));
     save();
 }

@@ -14,7 +14,7 @@ class SettingsRepository;
 // entry point asserts it.
 //
 // A read never fails visibly: one that the store refuses gives the empty answer. Everything that saves throws
-// PersistenceError::SaveFailed; what was to be saved then stays in the context for the next save.
+// PersistenceError::saveFailed; what was to be saved then stays in the context for the next save.
 class ConversationRepository {
 public:
     using Conversations = std::vector<std::shared_ptr<Conversation>>;

@@ -27,7 +27,7 @@ ChatStoreLocation::Move moveTo(const PersistenceController::Place &place,
 [[noreturn]] void fail(const char *description)
 {
     Log::error(category, "Failed to open model container: %s"_L1, {description});
-    throw PersistenceError(PersistenceError::Reason::StoreUnavailable);
+    throw PersistenceError(PersistenceError::Reason::storeUnavailable);
 }
 
 // Runs `open`, and tells the log how it went.

@@ -7,7 +7,7 @@
 // Opens the store that holds the chats and owns its context. Main thread only.
 class PersistenceController {
 public:
-    // A store that is gone with the controller. Throws PersistenceError::StoreUnavailable.
+    // A store that is gone with the controller. Throws PersistenceError::storeUnavailable.
     [[nodiscard]] static std::unique_ptr<PersistenceController>
     inMemory(std::shared_ptr<const FieldSealing> sealing);
 
@@ -21,7 +21,7 @@ public:
     };
 
     // The store on disk, after what an older build kept elsewhere has been moved into it. One process at a
-    // time has it open. Throws PersistenceError::StoreUnavailable, and then every file is as it was.
+    // time has it open. Throws PersistenceError::storeUnavailable, and then every file is as it was.
     [[nodiscard]] static std::unique_ptr<PersistenceController>
     onDisk(const Place &place, std::shared_ptr<const FieldSealing> sealing);
 

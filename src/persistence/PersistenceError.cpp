@@ -3,9 +3,9 @@
 QString PersistenceError::userMessage() const
 {
     switch (m_reason) {
-    case Reason::StoreUnavailable:
+    case Reason::storeUnavailable:
         return QStringLiteral("Local storage could not be opened.");
-    case Reason::SaveFailed:
+    case Reason::saveFailed:
         return QStringLiteral("The conversation could not be saved.");
     }
     return {};

@@ -4,7 +4,7 @@
 
 class PersistenceError final : public UserPresentableError {
 public:
-    enum class Reason { StoreUnavailable, SaveFailed };
+    enum class Reason { storeUnavailable, saveFailed };
 
     explicit PersistenceError(Reason reason)
         : m_reason(reason)
@@ -13,7 +13,7 @@ public:
     [[nodiscard]] Reason reason() const { return m_reason; }
     [[nodiscard]] QString userMessage() const override;
     [[nodiscard]] std::optional<QString> recoverySuggestion() const override;
-    [[nodiscard]] bool isRetryable() const override { return m_reason == Reason::SaveFailed; }
+    [[nodiscard]] bool isRetryable() const override { return m_reason == Reason::saveFailed; }
 
 private:
     Reason m_reason;

@@ -43,13 +43,13 @@ bool isRuntimeCancellation(const std::exception_ptr &error)
 Signal::Kind endingOf(MessageStatus status)
 {
     switch (status) {
-    case MessageStatus::Failed:
+    case MessageStatus::failed:
         return Signal::Kind::failed;
-    case MessageStatus::Cancelled:
+    case MessageStatus::cancelled:
         return Signal::Kind::cancelled;
-    case MessageStatus::Pending:
-    case MessageStatus::Streaming:
-    case MessageStatus::Delivered:
+    case MessageStatus::pending:
+    case MessageStatus::streaming:
+    case MessageStatus::delivered:
         return Signal::Kind::finished;
     }
     return Signal::Kind::finished;
@@ -91,7 +91,7 @@ QCoro::Task<> ChatViewModel::streamReply(QPointer<ChatViewModel> self, Turn turn
 {
     AsyncStream<AgentEvent> events = co_await openReply(self, turn, stop);
     throwIfStopped(stop); // also when the controller is gone
-    turn.reply->setStatus(MessageStatus::Streaming);
+    turn.reply->setStatus(MessageStatus::streaming);
     TurnRecorder recorder(turn.reply, turn.isContinuation ? turn.reply->content() : QString(),
                           self->m_messages, self->m_services.companion, self->m_services.clock);
     std::exception_ptr failure;
@@ -151,14 +151,14 @@ void ChatViewModel::beginTurn(Turn &turn)
 
 void ChatViewModel::completeTurn(const Turn &turn)
 {
-    turn.reply->setStatus(MessageStatus::Delivered);
+    turn.reply->setStatus(MessageStatus::delivered);
     deliver(turn);
     save();
 }
 
 void ChatViewModel::cancelTurn(const Turn &turn)
 {
-    turn.reply->setStatus(MessageStatus::Cancelled);
+    turn.reply->setStatus(MessageStatus::cancelled);
     if (isCurrent(turn))
         m_services.companion.reset();
     save();
@@ -168,8 +168,8 @@ void ChatViewModel::failTurn(const Turn &turn, const std::exception_ptr &error)
 {
     const ErrorPresentation words = presentationOf(error);
     const bool wasCancelled = isProviderCancellation(error);
-    turn.reply->setStatus(wasCancelled || isRuntimeCancellation(error) ? MessageStatus::Cancelled
-                                                                       : MessageStatus::Failed);
+    turn.reply->setStatus(wasCancelled || isRuntimeCancellation(error) ? MessageStatus::cancelled
+                                                                       : MessageStatus::failed);
     turn.reply->setErrorMessage(words.message);
     save();
     if (wasCancelled) {
@@ -225,7 +225,7 @@ void ChatViewModel::endTurn(const Turn &turn)
         m_approvals.resolve(ApprovalAnswer::declined);
     }
     --m_turnsInFlight;
-    if (turn.reply->status() == MessageStatus::Delivered)
+    if (turn.reply->status() == MessageStatus::delivered)
         Q_EMIT replyFinished(m_messages.textOf(*turn.reply));
     Q_EMIT conversationsChanged();
 }

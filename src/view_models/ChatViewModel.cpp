@@ -71,7 +71,7 @@ QString ChatViewModel::lastAnswer() const
 {
     const auto &all = m_messages.messages();
     for (auto message = all.rbegin(); message != all.rend(); ++message) {
-        if ((*message)->role() != MessageRole::Assistant)
+        if ((*message)->role() != MessageRole::assistant)
             continue;
         if (const QString text = m_messages.textOf(**message); !text.isEmpty())
             return text;
@@ -215,13 +215,13 @@ void ChatViewModel::sendMessage(const QString &text, const std::optional<Importe
         m_services.speech->stop();
     // Only an attachment may come without words.
     const QString body = text.isEmpty() ? u"Summarize this document."_s : text;
-    addMessage(MessageRole::User, body, MessageStatus::Delivered, attachment ? &*attachment : nullptr);
+    addMessage(MessageRole::user, body, MessageStatus::delivered, attachment ? &*attachment : nullptr);
     if (attachment)
         addDocument(*attachment);
     refreshMessages();
     Q_EMIT messageSent();
 
-    const auto reply = addMessage(MessageRole::Assistant, {}, MessageStatus::Pending);
+    const auto reply = addMessage(MessageRole::assistant, {}, MessageStatus::pending);
     refreshMessages();
     auto history = TurnHistory::of(m_messages, reply.get());
     if (attachment)
@@ -234,11 +234,11 @@ void ChatViewModel::retryLastTurn()
     if (m_isResponding)
         return;
     const auto &messages = m_messages.messages();
-    const bool lastFailed = !messages.empty() && messages.back()->knownRole() == MessageRole::Assistant &&
-                            messages.back()->status() == MessageStatus::Failed;
+    const bool lastFailed = !messages.empty() && messages.back()->knownRole() == MessageRole::assistant &&
+                            messages.back()->status() == MessageStatus::failed;
     const bool hasQuestion =
         lastFailed && std::any_of(messages.begin(), messages.end() - 1,
-                                  [](const auto &message) { return message->role() == MessageRole::User; });
+                                  [](const auto &message) { return message->role() == MessageRole::user; });
     setBanner(std::nullopt);
     if (!hasQuestion)
         return;
@@ -246,7 +246,7 @@ void ChatViewModel::retryLastTurn()
     failed->setErrorMessage(std::nullopt);
     m_messages.messageChanged(failed->id());
     auto history = TurnHistory::of(m_messages, failed.get());
-    const auto reply = addMessage(MessageRole::Assistant, {}, MessageStatus::Pending);
+    const auto reply = addMessage(MessageRole::assistant, {}, MessageStatus::pending);
     refreshMessages();
     startTurn({.reply = reply, .conversation = m_conversation, .history = std::move(history)});
 }
@@ -263,7 +263,7 @@ void ChatViewModel::continueReply(const QString &messageId)
     message->setHitTokenLimit(false);
     m_messages.messageChanged(message->id());
     auto history = TurnHistory::upTo(m_messages, *message);
-    history.push_back({MessageRole::User, continuePrompt, {}});
+    history.push_back({MessageRole::user, continuePrompt, {}});
     setBanner(std::nullopt);
     startTurn({.reply = message,
                .conversation = m_conversation,
@@ -298,7 +298,7 @@ std::shared_ptr<ChatMessage> ChatViewModel::addMessage(MessageRole role, const Q
     } catch (...) {
         showError(std::current_exception()); // the turn goes on; the message is kept for the next save
     }
-    if (role == MessageRole::User) {
+    if (role == MessageRole::user) {
         Q_EMIT conversationChanged(); // the first words gave it a title
         Q_EMIT conversationsChanged();
     }

@@ -75,7 +75,7 @@ bool MessageListModel::isRunning(const ChatMessage &message) const
 bool MessageListModel::isInterrupted(const ChatMessage &message) const
 {
     const bool unfinished =
-        message.status() == MessageStatus::Pending || message.status() == MessageStatus::Streaming;
+        message.status() == MessageStatus::pending || message.status() == MessageStatus::streaming;
     return unfinished && !isRunning(message);
 }
 
@@ -88,13 +88,13 @@ QVariant MessageListModel::data(const QModelIndex &index, int role) const
     case MessageIdRole:
         return Identifier::text(message.id());
     case IsUserRole:
-        return message.role() == MessageRole::User;
+        return message.role() == MessageRole::user;
     case TextRole:
         return opened(message).text;
     case FailedRole:
-        return message.status() == MessageStatus::Failed;
+        return message.status() == MessageStatus::failed;
     case CancelledRole:
-        return message.status() == MessageStatus::Cancelled;
+        return message.status() == MessageStatus::cancelled;
     case InterruptedRole:
         return isInterrupted(message);
     case RunningRole:

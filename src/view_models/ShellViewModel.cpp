@@ -45,12 +45,12 @@ void ShellViewModel::setAppearance(const QString &raw)
 bool ShellViewModel::isDark() const
 {
     switch (m_settings.appearance()) {
-    case AppAppearance::System:
+    case AppAppearance::system:
         return m_systemDark;
-    case AppAppearance::Light:
+    case AppAppearance::light:
         return false;
-    case AppAppearance::Dark:
-    case AppAppearance::Gallery:
+    case AppAppearance::dark:
+    case AppAppearance::gallery:
         return true;
     }
     return false;
@@ -77,11 +77,11 @@ void ShellViewModel::setReduceAnimation(bool reduce)
 double ShellViewModel::textScale() const
 {
     switch (m_settings.chatTextSize()) {
-    case ChatTextSize::Small:
+    case ChatTextSize::small:
         return 0.9;
-    case ChatTextSize::Medium:
+    case ChatTextSize::medium:
         return 1.0;
-    case ChatTextSize::Large:
+    case ChatTextSize::large:
         return 1.15;
     }
     return 1.0;

@@ -28,12 +28,12 @@ bool hasScreenReading(const ChatMessage &message)
     const auto summary = message.toolSummary();
     if (summary && summary->split(u'\n').contains(ToolLabels::finishedScreenReading()))
         return true;
-    return message.role() == MessageRole::User && message.attachmentName() == screenAttachmentName;
+    return message.role() == MessageRole::user && message.attachmentName() == screenAttachmentName;
 }
 
 bool hasPicture(const ChatMessage &message, ConversationRepository &repository)
 {
-    if (message.role() != MessageRole::User || !message.attachmentID())
+    if (message.role() != MessageRole::user || !message.attachmentID())
         return false;
     const auto document = repository.findDocument(*message.attachmentID());
     return document && document->fileExtension() == "image"_L1;
@@ -65,7 +65,7 @@ TurnHistory::Items TurnHistory::upTo(const MessageListModel &messages, const Cha
 void TurnHistory::attach(Items &history, const ImportedAttachment &attachment, const QString &text)
 {
     const auto newest = std::find_if(history.rbegin(), history.rend(),
-                                     [](const auto &item) { return item.role == MessageRole::User; });
+                                     [](const auto &item) { return item.role == MessageRole::user; });
     if (newest == history.rend())
         return;
     newest->content = attachment.context() + u"\n\nUser request: "_s + text;

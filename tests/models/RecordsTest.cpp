@@ -18,10 +18,10 @@ protected:
     {
         return ChatMessage::create(sealing,
                                    {.id = QUuid::createUuid(),
-                                    .role = MessageRole::User,
+                                    .role = MessageRole::user,
                                     .content = content,
                                     .createdAt = QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::UTC),
-                                    .status = MessageStatus::Delivered,
+                                    .status = MessageStatus::delivered,
                                     .attachmentName = u"notes.txt"_s});
     }
 
@@ -48,10 +48,10 @@ TEST(RawTextTest, CasesAreStoredUnderTheirNames)
     expectTexts<AppAppearance>({u"system"_s, u"light"_s, u"dark"_s, u"gallery"_s});
     expectTexts<ShortcutPreset>({u"optionSpace"_s, u"controlSpace"_s, u"commandShiftSpace"_s, u"optionC"_s,
                                  u"optionV"_s, u"functionF13"_s, u"disabled"_s});
-    EXPECT_EQ(retentionInterval(ConversationRetention::NinetyDays), std::chrono::seconds(7'776'000));
-    EXPECT_EQ(retentionInterval(ConversationRetention::ThirtyDays), std::chrono::seconds(2'592'000));
-    EXPECT_EQ(retentionInterval(ConversationRetention::SevenDays), std::chrono::seconds(604'800));
-    EXPECT_EQ(retentionInterval(ConversationRetention::Forever), std::nullopt);
+    EXPECT_EQ(retentionInterval(ConversationRetention::ninetyDays), std::chrono::seconds(7'776'000));
+    EXPECT_EQ(retentionInterval(ConversationRetention::thirtyDays), std::chrono::seconds(2'592'000));
+    EXPECT_EQ(retentionInterval(ConversationRetention::sevenDays), std::chrono::seconds(604'800));
+    EXPECT_EQ(retentionInterval(ConversationRetention::forever), std::nullopt);
 }
 
 TEST_F(RecordsTest, TextsAreSealedFromTheStart)
@@ -101,9 +101,9 @@ TEST_F(RecordsTest, ATextThatCannotBeSealedIsLostAtCreationAndKeepsItsFormerValu
 TEST_F(RecordsTest, UnknownRawTextsReadAsTold)
 {
     const ChatMessage odd(sealing, {.roleRaw = u"Assistant"_s, .statusRaw = u"paused"_s});
-    EXPECT_EQ(odd.role(), MessageRole::User);
+    EXPECT_EQ(odd.role(), MessageRole::user);
     EXPECT_EQ(odd.knownRole(), std::nullopt);
-    EXPECT_EQ(odd.status(), MessageStatus::Delivered);
+    EXPECT_EQ(odd.status(), MessageStatus::delivered);
     EXPECT_FALSE(odd.hitTokenLimit());
 }
 
@@ -136,7 +136,7 @@ TEST_F(RecordsTest, RevisionTellsWhenAFieldChanged)
 {
     const auto reply = message();
     const auto before = reply->revision();
-    reply->setStatus(MessageStatus::Delivered); // as it was
+    reply->setStatus(MessageStatus::delivered); // as it was
     EXPECT_EQ(reply->revision(), before);
     reply->setContent(u"more"_s);
     EXPECT_GT(reply->revision(), before);

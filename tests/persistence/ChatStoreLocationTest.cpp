@@ -32,7 +32,7 @@ protected:
             const auto chat = repository.create();
             for (const auto &text : {title, title + u" again"_s})
                 repository.add(repository.makeMessage({.id = QUuid::createUuid(),
-                                                       .role = MessageRole::User,
+                                                       .role = MessageRole::user,
                                                        .content = text,
                                                        .createdAt = clock.now(),
                                                        .attachmentName = u"n"_s}),
@@ -126,7 +126,7 @@ TEST_F(ChatStoreMoveTest, TheCompanionsCount)
         const auto chat = repository.create();
         for (const auto &text : {u"w"_s, u"w again"_s})
             repository.add(repository.makeMessage(
-                               {.id = QUuid::createUuid(), .role = MessageRole::User, .content = text}),
+                               {.id = QUuid::createUuid(), .role = MessageRole::user, .content = text}),
                            *chat);
         const auto from = StoreFiles::withCompanions(elsewhere);
         const auto to = StoreFiles::withCompanions(oldStorePath(folders));

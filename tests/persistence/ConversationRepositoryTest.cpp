@@ -16,13 +16,13 @@ namespace {
 
 class ConversationRepositoryTest : public testing::Test {
 protected:
-    void say(Conversation &conversation, const QString &text, MessageRole role = MessageRole::User)
+    void say(Conversation &conversation, const QString &text, MessageRole role = MessageRole::user)
     {
         repository.add(repository.makeMessage({.id = QUuid::createUuid(),
                                                .role = role,
                                                .content = text,
                                                .createdAt = clock.now(),
-                                               .status = MessageStatus::Delivered}),
+                                               .status = MessageStatus::delivered}),
                        conversation);
     }
 
@@ -97,7 +97,7 @@ TEST_F(ConversationRepositoryTest, TheFirstWordsOfAPersonNameAnUntitledConversat
 {
     const auto chat = repository.create();
     EXPECT_EQ(chat->title(), u"New Conversation"_s);
-    say(*chat, u"I answer"_s, MessageRole::Assistant);
+    say(*chat, u"I answer"_s, MessageRole::assistant);
     EXPECT_EQ(chat->title(), u"New Conversation"_s);
     say(*chat, u"How do boats float?"_s);
     say(*chat, u"And planes?"_s);
@@ -141,9 +141,9 @@ TEST_F(ConversationRepositoryTest, PruneKeepsWhatStandsAtTheCutoff)
     repository.prune(std::nullopt, clock.now().addYears(1000));
     EXPECT_EQ(repository.count(), 3);
     EXPECT_TRUE(log.lines().isEmpty());
-    repository.prune(retentionInterval(ConversationRetention::SevenDays), clock.now());
+    repository.prune(retentionInterval(ConversationRetention::sevenDays), clock.now());
     EXPECT_EQ(titles(), QStringList({u"new"_s, u"at the cutoff"_s}));
-    repository.prune(retentionInterval(ConversationRetention::SevenDays), clock.now());
+    repository.prune(retentionInterval(ConversationRetention::sevenDays), clock.now());
     EXPECT_EQ(log.lines(), QStringList{u"persistence: Pruned 1 conversations past retention window"_s});
 }
 
@@ -189,10 +189,10 @@ TEST_F(ConversationRepositoryTest, AdoptsAChatWithItsMessagesAndFiles)
     const QUuid file = QUuid::createUuid();
     ghosts.insert({.id = file, .filename = u"plan.pdf"_s, .fileExtension = u"image"_s, .fileSizeBytes = 7});
     ghosts.add(ghosts.makeMessage({.id = QUuid::createUuid(),
-                                   .role = MessageRole::User,
+                                   .role = MessageRole::user,
                                    .content = u"look"_s,
                                    .createdAt = clock.now(),
-                                   .status = MessageStatus::Delivered,
+                                   .status = MessageStatus::delivered,
                                    .attachmentID = file,
                                    .attachmentName = u"plan.pdf"_s}),
                *ghost);

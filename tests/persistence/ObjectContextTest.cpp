@@ -19,10 +19,10 @@ protected:
     std::shared_ptr<ChatMessage> message(const QString &content) const
     {
         return ChatMessage::create(sealing, {.id = QUuid::createUuid(),
-                                             .role = MessageRole::Assistant,
+                                             .role = MessageRole::assistant,
                                              .content = content,
                                              .createdAt = moment,
-                                             .status = MessageStatus::Pending});
+                                             .status = MessageStatus::pending});
     }
 
     std::shared_ptr<ChatMessage> added(Conversation &conversation, const QString &content)
@@ -127,7 +127,7 @@ TEST_F(ObjectContextTest, RemovingAConversationRemovesItsMessagesAndLeavesDocume
     context->remove(*chat);
     EXPECT_EQ(message->content(), u"hello"_s); // safe to read
     message->setContent(u"late"_s);            // and reaches nothing
-    message->setStatus(MessageStatus::Delivered);
+    message->setStatus(MessageStatus::delivered);
     context->save();
     EXPECT_EQ(context->count<ChatMessage>(), 1);
     EXPECT_EQ(context->count<Conversation>(), 1);

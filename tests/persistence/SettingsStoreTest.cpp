@@ -85,10 +85,10 @@ TEST(SettingsStoreTest, Defaults)
     EXPECT_EQ(store.maxContextMessages(), 30);
     EXPECT_EQ(store.maxExtractedCharacters(), 100'000);
     EXPECT_EQ(store.appLockIdleMinutes(), 5);
-    EXPECT_EQ(store.chatShortcut(), ShortcutPreset::OptionSpace);
-    EXPECT_EQ(store.pushToTalkShortcut(), ShortcutPreset::OptionV);
-    EXPECT_EQ(store.chatTextSize(), ChatTextSize::Medium);
-    EXPECT_EQ(store.conversationRetention(), ConversationRetention::Forever);
+    EXPECT_EQ(store.chatShortcut(), ShortcutPreset::optionSpace);
+    EXPECT_EQ(store.pushToTalkShortcut(), ShortcutPreset::optionV);
+    EXPECT_EQ(store.chatTextSize(), ChatTextSize::medium);
+    EXPECT_EQ(store.conversationRetention(), ConversationRetention::forever);
     EXPECT_EQ(store.selectedCharacterID(), std::nullopt);
     EXPECT_TRUE(repository.keys().isEmpty()); // reading writes nothing
 }
@@ -105,8 +105,8 @@ TEST(SettingsStoreTest, ReadsByType)
     repository.setString(u"voiceIdentifier"_s, QString());
     const SettingsStore store(repository);
     EXPECT_FALSE(store.webAccessEnabled());
-    EXPECT_EQ(store.appearance(), AppAppearance::System);
-    EXPECT_EQ(store.chatTextSize(), ChatTextSize::Large);
+    EXPECT_EQ(store.appearance(), AppAppearance::system);
+    EXPECT_EQ(store.chatTextSize(), ChatTextSize::large);
     EXPECT_EQ(store.maxOutputTokens(), 1024);
     EXPECT_EQ(store.temperature(), 0.7);
     EXPECT_TRUE(store.memoryEnabled());
@@ -117,7 +117,7 @@ TEST(SettingsStoreTest, EnumerationsAndAbsenceAreWrittenThrough)
 {
     InMemorySettingsRepository repository;
     SettingsStore store(repository);
-    store.setAppearance(AppAppearance::Gallery);
+    store.setAppearance(AppAppearance::gallery);
     store.setMicrophoneUID(u"mic"_s);
     EXPECT_EQ(repository.string(u"appearance"_s), u"gallery"_s);
     EXPECT_EQ(repository.string(u"microphoneUID"_s), u"mic"_s);

@@ -38,10 +38,10 @@ struct Session {
     std::shared_ptr<ChatMessage> say(Conversation &conversation, const QString &text)
     {
         auto message = repository.makeMessage({.id = QUuid::createUuid(),
-                                               .role = MessageRole::User,
+                                               .role = MessageRole::user,
                                                .content = text,
                                                .createdAt = clock.now(),
-                                               .status = MessageStatus::Delivered,
+                                               .status = MessageStatus::delivered,
                                                .attachmentName = u"attached "_s + text});
         repository.add(message, conversation);
         return message;
@@ -307,7 +307,7 @@ TEST_F(StoreOnDiskTest, AdoptingThatCannotBeSavedLeavesTheStoreAsBefore)
     ConversationRepository ghosts(ghostStore->mainContext(), session.clock);
     const auto ghost = ghosts.create();
     ghosts.add(
-        ghosts.makeMessage({.id = QUuid::createUuid(), .role = MessageRole::User, .content = u"boo"_s}),
+        ghosts.makeMessage({.id = QUuid::createUuid(), .role = MessageRole::user, .content = u"boo"_s}),
         *ghost);
 
     ::signal(SIGXFSZ, SIG_IGN);

@@ -52,18 +52,18 @@ private:
     void takeTurn(Conversation &chat)
     {
         const auto reply = m_repository.makeMessage({.id = QUuid::createUuid(),
-                                                     .role = MessageRole::Assistant,
+                                                     .role = MessageRole::assistant,
                                                      .content = StoreWriterText::make(nextVersion()),
                                                      .createdAt = m_clock.now(),
-                                                     .status = MessageStatus::Pending});
+                                                     .status = MessageStatus::pending});
         m_repository.add(reply, chat);
         saved(*reply);
-        reply->setStatus(MessageStatus::Streaming);
+        reply->setStatus(MessageStatus::streaming);
         for (unsigned pieces = m_random() % 5; pieces > 0; --pieces)
             reply->setContent(StoreWriterText::make(nextVersion()));
         if (m_random() % 4 == 0)
             rename(chat);
-        reply->setStatus(MessageStatus::Delivered);
+        reply->setStatus(MessageStatus::delivered);
         m_repository.save();
         saved(*reply);
     }

@@ -59,6 +59,6 @@ std::vector<std::pair<bool, QString>> ChatFixture::transcript() const
 {
     std::vector<std::pair<bool, QString>> rows;
     for (const auto &message : chat.messages()->messages())
-        rows.emplace_back(message->role() == MessageRole::User, message->content());
+        rows.emplace_back(message->role() == MessageRole::user, message->content());
     return rows;
 }

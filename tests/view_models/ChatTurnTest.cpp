@@ -37,7 +37,7 @@ TEST_F(ChatTurnTest, SendsTheTrimmedDraftAndStoresTheStreamedReply)
     EXPECT_EQ(chat.draft(), QString());
     EXPECT_EQ(chat.turnsInFlight(), 1);
     EXPECT_EQ(companion.state(), CompanionState::thinking);
-    EXPECT_EQ(lastMessage()->status(), MessageStatus::Streaming);
+    EXPECT_EQ(lastMessage()->status(), MessageStatus::streaming);
     EXPECT_EQ(replies.requests.back().messages.back(),
               (AIMessage{.role = AIMessage::Role::user, .content = u"hello"_s}));
 
@@ -45,7 +45,7 @@ TEST_F(ChatTurnTest, SendsTheTrimmedDraftAndStoresTheStreamedReply)
     replies.text(u" there"_s);
     replies.finish();
     EXPECT_EQ(transcript(), (Rows{{true, u"hello"_s}, {false, u"Hi there"_s}}));
-    EXPECT_EQ(lastMessage()->status(), MessageStatus::Delivered);
+    EXPECT_EQ(lastMessage()->status(), MessageStatus::delivered);
     EXPECT_FALSE(chat.isResponding());
     EXPECT_EQ(chat.turnsInFlight(), 0);
     EXPECT_EQ(companion.state(), CompanionState::idle);
@@ -85,7 +85,7 @@ TEST_F(ChatTurnTest, StopKeepsWhatArrivedAndLetsTheNextTurnRun)
     chat.setDraft(u"two"_s);
     chat.send();
     TestWait::settle();
-    EXPECT_EQ(stopped->status(), MessageStatus::Cancelled);
+    EXPECT_EQ(stopped->status(), MessageStatus::cancelled);
     EXPECT_EQ(stopped->content(), u"partial"_s);
     EXPECT_TRUE(chat.isResponding()) << "the stopped turn's end must not end the next one";
     EXPECT_FALSE(chat.hasBanner());
@@ -101,7 +101,7 @@ TEST_F(ChatTurnTest, StopDropsTheReplysStream)
     chat.stopResponding();
     TestWait::settle();
     EXPECT_TRUE(replies.isAbandoned());
-    EXPECT_EQ(lastMessage()->status(), MessageStatus::Cancelled);
+    EXPECT_EQ(lastMessage()->status(), MessageStatus::cancelled);
     EXPECT_EQ(lastMessage()->errorMessage(), std::nullopt);
     EXPECT_TRUE(lastRow(MessageListModel::CancelledRole).toBool());
 }
@@ -112,7 +112,7 @@ TEST_F(ChatTurnTest, AStopDuringAToolCallLeavesTheRunningLabel)
     replies.yield(Agent::ToolStarted{{u"1"_s, u"search_web"_s, uR"({"query":"x"})"_s}});
     chat.stopResponding();
     TestWait::settle();
-    EXPECT_EQ(lastMessage()->status(), MessageStatus::Cancelled);
+    EXPECT_EQ(lastMessage()->status(), MessageStatus::cancelled);
     EXPECT_EQ(lastMessage()->toolSummary(), u"Searching the web…"_s);
 }
 
@@ -121,7 +121,7 @@ TEST_F(ChatTurnTest, AFailureIsStoredShownAndRetriedUnderTheFailedReply)
     send(u"question"_s);
     replies.text(u"half"_s);
     replies.fail(errorOf(ProviderError::ServerError{500}));
-    EXPECT_EQ(lastMessage()->status(), MessageStatus::Failed);
+    EXPECT_EQ(lastMessage()->status(), MessageStatus::failed);
     EXPECT_EQ(lastMessage()->content(), u"half"_s);
     EXPECT_EQ(lastMessage()->errorMessage(), u"The AI provider returned an error (HTTP 500)."_s);
     EXPECT_TRUE(chat.banner().retryable);
@@ -158,10 +158,10 @@ TEST_F(ChatTurnTest, EndingsWithoutAUsableReply)
         MessageStatus status;
         QString banner; // empty for none
     } rows[] = {
-        {nullptr, MessageStatus::Failed, u"The AI provider returned an empty response."_s},
-        {errorOf(ProviderError::Plain::cancelled), MessageStatus::Cancelled, {}},
-        {std::make_exception_ptr(CancelledError()), MessageStatus::Cancelled, u"Something went wrong."_s},
-        {std::make_exception_ptr(std::runtime_error("x")), MessageStatus::Failed, u"Something went wrong."_s},
+        {nullptr, MessageStatus::failed, u"The AI provider returned an empty response."_s},
+        {errorOf(ProviderError::Plain::cancelled), MessageStatus::cancelled, {}},
+        {std::make_exception_ptr(CancelledError()), MessageStatus::cancelled, u"Something went wrong."_s},
+        {std::make_exception_ptr(std::runtime_error("x")), MessageStatus::failed, u"Something went wrong."_s},
     };
     for (const auto &row : rows) {
         send(u"q"_s);
@@ -183,7 +183,7 @@ TEST_F(ChatTurnTest, AnErrorWhilePreparingFailsTheTurnAndKeepsTheMessage)
     settings.setModel(QString());
     send(u"anyone?"_s);
     EXPECT_TRUE(replies.requests.empty());
-    EXPECT_EQ(lastMessage()->status(), MessageStatus::Failed);
+    EXPECT_EQ(lastMessage()->status(), MessageStatus::failed);
     EXPECT_EQ(chat.banner().message, u"No AI provider is configured."_s);
     EXPECT_EQ(transcript().front(), (std::pair{true, u"anyone?"_s}));
     EXPECT_FALSE(chat.isResponding());
@@ -285,7 +285,7 @@ TEST_F(ChatTurnTest, SwitchingChatsStopsTheTurnAndNeverTouchesTheOtherChat)
     const QString firstId = chat.conversationId();
     chat.newConversation();
     TestWait::settle();
-    EXPECT_EQ(reply->status(), MessageStatus::Cancelled);
+    EXPECT_EQ(reply->status(), MessageStatus::cancelled);
     EXPECT_EQ(chat.messages()->rowCount(), 0);
     EXPECT_NE(chat.conversationId(), firstId);
     chat.newConversation();

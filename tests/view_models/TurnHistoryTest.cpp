@@ -13,7 +13,7 @@ protected:
         auto creation = fields;
         creation.id = QUuid::createUuid();
         creation.createdAt = clock.now();
-        creation.status = MessageStatus::Delivered;
+        creation.status = MessageStatus::delivered;
         auto message = repository.makeMessage(creation);
         repository.add(message, *chat.conversation());
         return message;
@@ -55,7 +55,7 @@ TEST_F(TurnHistoryTest, APictureMarksItsChatForGoodAndStaysNear)
                                                  .imageData = QByteArray("jpeg")});
     send(u"what is it?"_s);
     EXPECT_TRUE(replies.requests.empty()) << "a picture must not reach a service";
-    EXPECT_EQ(lastMessage()->status(), MessageStatus::Failed);
+    EXPECT_EQ(lastMessage()->status(), MessageStatus::failed);
     EXPECT_EQ(carried(), SensitiveDataSet(SensitiveData::image));
 
     settings.setBaseURLString(u"http://localhost:1/v1"_s);
@@ -66,15 +66,15 @@ TEST_F(TurnHistoryTest, APictureMarksItsChatForGoodAndStaysNear)
 TEST_F(TurnHistoryTest, ScreenReadingsMarkTheChat)
 {
     EXPECT_EQ(carried(), SensitiveDataSet());
-    EXPECT_EQ(carried({{MessageRole::User, u"x"_s, {u"data:image/jpeg;base64,AA=="_s}}}),
+    EXPECT_EQ(carried({{MessageRole::user, u"x"_s, {u"data:image/jpeg;base64,AA=="_s}}}),
               SensitiveDataSet(SensitiveData::image));
-    const auto reply = add({.role = MessageRole::Assistant, .content = u"a"_s});
+    const auto reply = add({.role = MessageRole::assistant, .content = u"a"_s});
     reply->appendToolLine(u"Looking at your screen…"_s);
     EXPECT_EQ(carried(), SensitiveDataSet());
     reply->replaceLastToolLine(u"Looked at your screen"_s);
     EXPECT_EQ(carried(), SensitiveDataSet(SensitiveData::screenText));
     reply->setToolSummary(std::nullopt);
-    add({.role = MessageRole::User, .content = u"b"_s, .attachmentName = u"What's on your screen"_s});
+    add({.role = MessageRole::user, .content = u"b"_s, .attachmentName = u"What's on your screen"_s});
     EXPECT_EQ(carried(), SensitiveDataSet(SensitiveData::screenText));
 }
 

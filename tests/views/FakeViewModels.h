@@ -210,6 +210,7 @@ class FakeShell : public QObject {
     Q_PROPERTY(bool sidebarOpen MEMBER sidebarOpen NOTIFY sidebarOpenChanged)
     Q_PROPERTY(QString startupError MEMBER startupError CONSTANT)
     Q_PROPERTY(QString startupSuggestion MEMBER startupSuggestion CONSTANT)
+    Q_PROPERTY(QString keychainNotice MEMBER keychainNotice CONSTANT)
     Q_PROPERTY(QString questionTitle MEMBER questionTitle NOTIFY questionChanged)
     Q_PROPERTY(QString questionText MEMBER questionText NOTIFY questionChanged)
     Q_PROPERTY(QStringList questionButtons MEMBER questionButtons NOTIFY questionChanged)
@@ -222,6 +223,7 @@ public:
     void ask(const QString &title, const QStringList &buttons);
 
     QString productName = QStringLiteral("MorvaneGPT");
+    QString keychainNotice;
     QString appearance = QStringLiteral("system");
     bool dark = false;
     bool reduceAnimation = true; // nothing slides, so nothing has to be waited for

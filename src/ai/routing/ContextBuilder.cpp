@@ -22,7 +22,7 @@ QString quoted(QString text)
 AIMessage asMessage(const ContextBuilder::HistoryItem &item)
 {
     const auto role =
-        item.role == MessageRole::Assistant ? AIMessage::Role::assistant : AIMessage::Role::user;
+        item.role == MessageRole::assistant ? AIMessage::Role::assistant : AIMessage::Role::user;
     return {.role = role, .content = item.content, .imageDataURLs = item.images};
 }
 
@@ -56,12 +56,12 @@ QString ContextBuilder::digest(const std::vector<HistoryItem> &dropped)
         return u"No earlier context."_s;
     QStringList sentences;
     const auto opening = std::find_if(dropped.begin(), dropped.end(),
-                                      [](const HistoryItem &item) { return item.role == MessageRole::User; });
+                                      [](const HistoryItem &item) { return item.role == MessageRole::user; });
     if (opening != dropped.end())
         sentences += u"The conversation began with the user asking: “"_s + quoted(opening->content) + u"”"_s;
     if (dropped.size() > 1) {
         const HistoryItem &last = dropped.back();
-        const QString role = last.role == MessageRole::Assistant ? u"assistant"_s : u"user"_s;
+        const QString role = last.role == MessageRole::assistant ? u"assistant"_s : u"user"_s;
         sentences += u"The most recent omitted turn was the "_s + role + u" saying: “"_s +
                      quoted(last.content) + u"”"_s;
     }

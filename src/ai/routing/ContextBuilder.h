@@ -14,7 +14,7 @@
 namespace ContextBuilder {
 
 struct HistoryItem {
-    MessageRole role = MessageRole::User;
+    MessageRole role = MessageRole::user;
     QString content;
     QStringList images; // data URLs
 

@@ -8,6 +8,7 @@ SettingsPage {
     id: root
 
     required property AISettingsViewModel settings
+    property string keychainNotice
 
     title: qsTr("AI")
 
@@ -46,6 +47,7 @@ SettingsPage {
         }
         KeyRow {
             hasKey: root.settings.hasKey
+            notice: root.keychainNotice
             onSaveChosen: key => root.settings.saveKey(key)
             onRemoveChosen: root.settings.saveKey("")
         }

@@ -7,6 +7,7 @@ SettingsRow {
     id: root
 
     required property bool hasKey
+    property string notice // where keys are kept, when that needs saying
 
     signal saveChosen(string key)
     signal removeChosen()
@@ -17,7 +18,8 @@ SettingsRow {
     }
 
     title: qsTr("Key")
-    explanation: hasKey ? qsTr("A key is saved.") : qsTr("Only if the server asks for one. It is kept in your keychain.")
+    explanation: (hasKey ? qsTr("A key is saved.") : qsTr("Only if the server asks for one.")) + " "
+        + (notice.length > 0 ? notice : qsTr("It is kept in your keyring."))
 
     TextBox {
         id: field

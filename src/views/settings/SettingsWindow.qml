@@ -39,7 +39,10 @@ T.ApplicationWindow {
             Layout.fillHeight: true
             currentIndex: root.page
 
-            AIPage { settings: root.aiSettings }
+            AIPage {
+                settings: root.aiSettings
+                keychainNotice: root.shell.keychainNotice
+            }
             AppearancePage { shell: root.shell }
             NetworkPage {
                 ledger: root.networkLedger
