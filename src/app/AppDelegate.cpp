@@ -21,7 +21,7 @@ AppDelegate::AppDelegate(QGuiApplication &application, AppState &state, QObject 
             m_state.didBecomeActive();
     });
     connect(&application, &QCoreApplication::aboutToQuit, this, &AppDelegate::willTerminate);
-    connect(&state, &AppState::quitConfirmed, &application, &QCoreApplication::quit);
+    connect(&state, &AppState::quitConfirmed, this, &AppDelegate::end);
 }
 
 void AppDelegate::didFinishLaunching()
@@ -33,7 +33,13 @@ void AppDelegate::didFinishLaunching()
 void AppDelegate::requestQuit()
 {
     if (m_state.shouldTerminate() == AppState::Termination::now)
-        QCoreApplication::quit();
+        end();
+}
+
+// Not QCoreApplication::quit(): that asks the windows to close first, and closing one only puts it away.
+void AppDelegate::end()
+{
+    QCoreApplication::exit(0);
 }
 
 void AppDelegate::willTerminate()

@@ -18,6 +18,9 @@ public:
     // Quits unless the person has to be asked first.
     void requestQuit();
 
+    // Ends the event loop without a question.
+    static void end();
+
 private:
     void willTerminate();
 

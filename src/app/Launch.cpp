@@ -94,7 +94,7 @@ void Launch::showWaiting(const QString &sentence, bool retryMayHelp)
     if (!m_startupWindow) {
         m_startupWindow = std::make_unique<StartupWindow>(m_appearance->isDark());
         connect(m_startupWindow.get(), &StartupWindow::retryChosen, this, &Launch::start);
-        connect(m_startupWindow.get(), &StartupWindow::quitChosen, &m_application, &QCoreApplication::quit);
+        connect(m_startupWindow.get(), &StartupWindow::quitChosen, this, &AppDelegate::end);
     }
     m_startupWindow->show(sentence, retryMayHelp);
 }

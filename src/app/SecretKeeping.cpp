@@ -17,7 +17,7 @@ std::unique_ptr<SecretStoring> makeKeyring(SecretKeeping::Keyring keyring)
 
 QString keyFilePath(const SupportFolders &folders)
 {
-    return folders.data + u'/' + Product::serviceName + u"/keys"_s;
+    return folders.data + u'/' + Product::serviceName + u"/keychain.keys"_s;
 }
 
 } // namespace

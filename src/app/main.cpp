@@ -1,3 +1,4 @@
+#include "app/AppDelegate.h"
 #include "app/CommandLine.h"
 #include "app/Launch.h"
 #include "app/RunningInstance.h"
@@ -37,7 +38,7 @@ int run(QGuiApplication &application, const CommandLine &commandLine)
     Launch launch(application, commandLine);
     QObject::connect(&instance, &RunningInstance::showRequested, &launch, &Launch::show);
     const TerminationSignals signalSource;
-    QObject::connect(&signalSource, &TerminationSignals::received, &application, &QCoreApplication::quit);
+    QObject::connect(&signalSource, &TerminationSignals::received, &application, &AppDelegate::end);
     launch.start();
     return QGuiApplication::exec();
 }

@@ -39,9 +39,11 @@ const Conversation::Messages &Conversation::messages() const
 Conversation::Messages Conversation::orderedMessages() const
 {
     Messages ordered = messages();
-    std::stable_sort(ordered.begin(), ordered.end(), [](const auto &left, const auto &right) {
+    const auto isEarlier = [](const auto &left, const auto &right) {
         return left->createdAt() < right->createdAt();
-    });
+    };
+    if (!std::ranges::is_sorted(ordered, isEarlier)) // as it is for every chat but one that a clock upset
+        std::ranges::stable_sort(ordered, isEarlier);
     return ordered;
 }
 

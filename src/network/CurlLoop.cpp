@@ -17,8 +17,8 @@ constexpr long keptConnections = 6;
 CURLM *newMulti()
 {
     static const CURLcode ready = [] {
-        std::signal(SIGPIPE,
-                    SIG_IGN); // a peer that closes is an error code; CURLOPT_NOSIGNAL leaves this to us
+        // A peer that closes is an error code, not a signal; CURLOPT_NOSIGNAL leaves that to the program.
+        std::signal(SIGPIPE, SIG_IGN);
         return curl_global_init(CURL_GLOBAL_DEFAULT);
     }();
     return ready == CURLE_OK ? curl_multi_init() : nullptr;

@@ -19,7 +19,7 @@ using Code = TransportError::Code;
 namespace {
 
 // Header lines of one response, interim responses and trailers included.
-constexpr qsizetype headerLimit = 256 * 1024;
+constexpr qsizetype headerLimit = qsizetype{256} * 1024;
 
 bool isNamed(const HttpHeader &header, QByteArrayView name)
 {

@@ -12,10 +12,10 @@ using Verdict = CurlTransfer::Verdict;
 namespace {
 
 // Body bytes that may wait for a slow consumer before the sender is held back.
-constexpr qsizetype unreadLimit = 256 * 1024;
+constexpr qsizetype unreadLimit = qsizetype{256} * 1024;
 
 // A redirect's own body is read up to here, so that its connection can be used again.
-constexpr qsizetype discardLimit = 64 * 1024;
+constexpr qsizetype discardLimit = qsizetype{64} * 1024;
 
 QString withPlaceholder(const QString &host)
 {

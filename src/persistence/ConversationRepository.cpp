@@ -170,6 +170,11 @@ std::shared_ptr<ImportedDocument> ConversationRepository::findDocument(const QUu
                     [&] { return m_context.find<ImportedDocument>(id); });
 }
 
+std::vector<SealedText> ConversationRepository::sealedTexts(std::int64_t count, std::int64_t before) const
+{
+    return answerOr(std::vector<SealedText>(), [&] { return m_context.sealedTexts(before, count); });
+}
+
 std::shared_ptr<Conversation> ConversationRepository::create()
 {
     assertMainThread();

@@ -6,6 +6,7 @@
 #include "utils/Clock.h"
 
 #include <chrono>
+#include <limits>
 
 class SettingsRepository;
 
@@ -37,6 +38,11 @@ public:
     [[nodiscard]] std::int64_t count() const;
     [[nodiscard]] std::shared_ptr<Conversation> find(const QUuid &id) const;
     [[nodiscard]] std::shared_ptr<ImportedDocument> findDocument(const QUuid &id) const;
+
+    // For a search over all messages: portions, latest first, each before the position of the last one. An
+    // empty portion is the end.
+    [[nodiscard]] std::vector<SealedText>
+    sealedTexts(std::int64_t count, std::int64_t before = std::numeric_limits<std::int64_t>::max()) const;
 
     // Inserted and saved, untitled. When it can't be saved there is none.
     std::shared_ptr<Conversation> create();

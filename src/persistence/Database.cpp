@@ -18,7 +18,9 @@ void Database::Closer::operator()(sqlite3 *connection) const
 
 Database Database::inMemory()
 {
-    return openWith(":memory:", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    Database database = openWith(":memory:", SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    database.execute("PRAGMA temp_store=MEMORY");
+    return database;
 }
 
 Database Database::open(const QString &path, Access access)

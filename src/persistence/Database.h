@@ -18,6 +18,7 @@ public:
         Create,
     };
 
+    // Nothing of it reaches a file, temporary ones included.
     [[nodiscard]] static Database inMemory();
     [[nodiscard]] static Database open(const QString &path, Access access);
 

@@ -308,10 +308,13 @@ std::vector<std::shared_ptr<R>> ObjectContext::fetch(const FetchRequest &request
         const QUuid id = rows.id();
         if (id.isNull())
             continue; // damaged: nothing could refer to it
-        auto record = known<R>(id);
-        if (!record) {
+        auto &[identity, entry] = *m_live.try_emplace({RecordTable<R>::kind, id}).first;
+        std::shared_ptr<R> record;
+        if (entry.record) {
+            record = std::static_pointer_cast<R>(entry.record->shared_from_this());
+        } else {
             record = std::make_shared<R>(m_sealing, RecordTable<R>::read(id, rows));
-            m_live[{RecordTable<R>::kind, id}].record = record.get();
+            entry.record = record.get();
             record->attach(*this);
         }
         records.push_back(std::move(record));
@@ -337,6 +340,24 @@ std::int64_t ObjectContext::count(const FetchRequest &request)
     plain.order = "1";
     Statement statement = select<R>("count(*)", plain);
     return statement.step() ? statement.integer() : 0;
+}
+
+std::vector<SealedText> ObjectContext::sealedTexts(std::int64_t before, std::int64_t count)
+{
+    assertMainThread();
+    flush();
+    Statement rows =
+        select<ChatMessage>("rowid,conversation,id,sealedContent",
+                            {.where = "rowid<?", .values = {before}, .order = "rowid DESC", .limit = count});
+    std::vector<SealedText> texts;
+    while (rows.step()) {
+        SealedText &text = texts.emplace_back();
+        text.position = rows.integer();
+        text.conversation = rows.id();
+        text.message = rows.id();
+        text.sealedContent = rows.text();
+    }
+    return texts;
 }
 
 template std::vector<std::shared_ptr<Conversation>> ObjectContext::fetch(const FetchRequest &);

@@ -17,6 +17,14 @@ struct FetchRequest {
     std::int64_t offset = 0;
 };
 
+// The text of a stored message as it is kept, without a record of it. It can be opened on any thread.
+struct SealedText {
+    std::int64_t position = 0; // grows in the order in which messages were added
+    QUuid conversation;
+    QUuid message;
+    QString sealedContent;
+};
+
 // The records of one store as objects, one object for one row. Changes stay in memory until save().
 //
 // A fetch sees what has not been saved: it first writes the changed records into the open transaction, which
@@ -57,6 +65,10 @@ public:
 
     template <typename R>
     [[nodiscard]] std::int64_t count(const FetchRequest &request = {});
+
+    // The last `count` messages that stand before `position`, latest first, for a search to go through all of
+    // them in portions.
+    [[nodiscard]] std::vector<SealedText> sealedTexts(std::int64_t before, std::int64_t count);
 
     [[nodiscard]] bool hasChanges() const;
 

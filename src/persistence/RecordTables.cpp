@@ -1,6 +1,25 @@
 #include "persistence/RecordTables.h"
 
+#include <algorithm>
+#include <array>
+
 using SqlCoding::value;
+
+namespace {
+
+// The raw texts of an enumeration, shared by all rows that hold them.
+template <typename Enum>
+std::span<const QString> sharedTexts()
+{
+    static const auto texts = [] {
+        std::array<QString, rawTexts<Enum>.size()> shared;
+        std::ranges::copy(rawTexts<Enum>, shared.begin());
+        return shared;
+    }();
+    return texts;
+}
+
+} // namespace
 
 Conversation::Columns RecordTable<Conversation>::read(const QUuid &id, Statement &row)
 {
@@ -30,10 +49,10 @@ ChatMessage::Columns RecordTable<ChatMessage>::read(const QUuid &id, Statement &
 {
     ChatMessage::Columns columns;
     columns.id = id;
-    columns.roleRaw = row.text();
+    columns.roleRaw = row.text(sharedTexts<MessageRole>());
     columns.sealedContent = row.text();
     columns.createdAt = row.date();
-    columns.statusRaw = row.text();
+    columns.statusRaw = row.text(sharedTexts<MessageStatus>());
     columns.sealedErrorMessage = row.optionalText();
     columns.attachmentID = row.optionalId();
     columns.sealedAttachmentName = row.optionalText();

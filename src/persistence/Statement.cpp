@@ -7,6 +7,8 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+
 namespace {
 
 [[noreturn]] void fail(sqlite3 *database)
@@ -115,16 +117,28 @@ std::int64_t Statement::integer()
     return sqlite3_column_int64(m_statement.get(), m_column++);
 }
 
+QUtf8StringView Statement::bytes()
+{
+    const auto *start = reinterpret_cast<const char *>(sqlite3_column_text(m_statement.get(), m_column));
+    return {start, sqlite3_column_bytes(m_statement.get(), m_column++)};
+}
+
 QString Statement::text()
 {
-    const auto *bytes = reinterpret_cast<const char *>(sqlite3_column_text(m_statement.get(), m_column));
-    const int size = sqlite3_column_bytes(m_statement.get(), m_column++);
-    return QString::fromUtf8(bytes, size);
+    return bytes().toString();
+}
+
+QString Statement::text(std::span<const QString> expected)
+{
+    const QUtf8StringView read = bytes();
+    const QLatin1StringView plain(read.data(), read.size());
+    const auto known = std::ranges::find(expected, plain);
+    return known == expected.end() ? read.toString() : *known;
 }
 
 QUuid Statement::id()
 {
-    return QUuid::fromString(text());
+    return QUuid::fromString(bytes());
 }
 
 QDateTime Statement::date()

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <variant>
 
 struct sqlite3;
@@ -56,6 +57,8 @@ public:
     [[nodiscard]] bool isNull() const;
     [[nodiscard]] std::int64_t integer();
     [[nodiscard]] QString text();
+    // For a column of few different texts: shares one of `expected`, which are ASCII, or copies the text.
+    [[nodiscard]] QString text(std::span<const QString> expected);
     [[nodiscard]] QUuid id(); // null for a text that is no id
     [[nodiscard]] QDateTime date();
     [[nodiscard]] bool flag() { return integer() != 0; }
@@ -66,6 +69,9 @@ public:
     [[nodiscard]] SqlValue value(); // as it stands
 
 private:
+    // Bytes of the next column, until the next step.
+    [[nodiscard]] QUtf8StringView bytes();
+
     struct Finalizer {
         void operator()(sqlite3_stmt *statement) const;
     };

@@ -91,8 +91,10 @@ Database StoreFiles::open(const QString &path)
         throw DatabaseError(SQLITE_READONLY, "the store cannot be written");
     configure(database);
     StoreSchema::prepare(database);
-    // The list is what a window shows first: when it is damaged, the store is.
-    (void)database.integer("SELECT sum(length(sealedTitle)) FROM Conversation NOT INDEXED");
+    // The head of the list is what a window shows first: when it is damaged, the store is.
+    (void)database.integer(
+        "SELECT sum(length(sealedTitle)) FROM (SELECT sealedTitle FROM Conversation ORDER BY "
+        "updatedAt DESC LIMIT 100)");
     makePrivate(path);
     return database;
 }

@@ -6,7 +6,9 @@
 #include "persistence/SettingsStore.h"
 #include "security/KeychainError.h"
 #include "security/KeychainServicing.h"
+#include "security/KeychainTasks.h"
 #include "utils/CancelledError.h"
+#include "utils/SecretBytes.h"
 #include "utils/Text.h"
 
 using namespace Qt::StringLiterals;
@@ -61,7 +63,11 @@ void AISettingsViewModel::setModel(const QString &model)
 
 bool AISettingsViewModel::hasKey() const
 {
-    return m_router.settingsConfiguration().apiKey.has_value();
+    try {
+        return m_keychain.read(AIRequestRouter::apiKeyAccount()).has_value();
+    } catch (const KeychainError &) {
+        return false;
+    }
 }
 
 double AISettingsViewModel::temperature() const
@@ -96,17 +102,31 @@ void AISettingsViewModel::setMaxContextMessages(int count)
 
 void AISettingsViewModel::saveKey(const QString &key)
 {
-    const QString trimmed = Text::trimmed(key);
+    m_keySaving = TaskHandle::start([this, key = Text::trimmed(key)](std::stop_token) {
+        return storeKey(QPointer(this), &m_keychain, key);
+    });
+}
+
+QCoro::Task<> AISettingsViewModel::storeKey(QPointer<AISettingsViewModel> self, KeychainServicing *keychain,
+                                            QString key)
+{
+    ErrorPresentation failure;
     try {
-        if (trimmed.isEmpty())
-            m_keychain.remove(AIRequestRouter::apiKeyAccount());
+        if (key.isEmpty())
+            co_await KeychainTasks::remove(keychain, AIRequestRouter::apiKeyAccount());
         else
-            m_keychain.save(trimmed, AIRequestRouter::apiKeyAccount());
-        forgetTest();
-    } catch (const KeychainError &error) {
-        finishTest(TestState::failed, error.userMessage(), error.recoverySuggestion().value_or(QString()));
+            co_await KeychainTasks::save(keychain, key, AIRequestRouter::apiKeyAccount());
+    } catch (...) {
+        failure = presentationOf(std::current_exception());
     }
-    Q_EMIT keyChanged();
+    wipe(key);
+    if (!self)
+        co_return;
+    if (failure.message.isEmpty())
+        self->forgetTest();
+    else
+        self->finishTest(TestState::failed, failure.message, failure.suggestion.value_or(QString()));
+    Q_EMIT self->keyChanged();
 }
 
 void AISettingsViewModel::test()

@@ -56,7 +56,7 @@ public:
     [[nodiscard]] const QString &testMessage() const { return m_testMessage; }
     [[nodiscard]] const QString &testSuggestion() const { return m_testSuggestion; }
 
-    // Stores the key in the keychain; the empty text removes it. The key is never read back to the window.
+    // Stores the key in the keychain, off this thread; the empty text removes it. The key is never read back to the window.
     Q_INVOKABLE void saveKey(const QString &key);
     Q_INVOKABLE void test();
     Q_INVOKABLE void cancelTest();
@@ -71,6 +71,8 @@ Q_SIGNALS:
     void testChanged();
 
 private:
+    static QCoro::Task<> storeKey(QPointer<AISettingsViewModel> self, KeychainServicing *keychain,
+                                  QString key);
     static QCoro::Task<> runTest(QPointer<AISettingsViewModel> self, std::stop_token stop);
     void finishTest(TestState state, const QString &message, const QString &suggestion);
     void forgetTest();
@@ -82,4 +84,5 @@ private:
     QString m_testMessage;
     QString m_testSuggestion;
     TaskHandle m_test;
+    TaskHandle m_keySaving;
 };

@@ -6,4 +6,5 @@ void Announcement::announce()
 {
     QAccessibleEvent event(this, QAccessible::Alert);
     QAccessible::updateAccessibility(&event);
+    Q_EMIT announced();
 }

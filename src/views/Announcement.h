@@ -14,4 +14,7 @@ public:
     using QQuickItem::QQuickItem;
 
     Q_INVOKABLE void announce();
+
+Q_SIGNALS:
+    void announced();
 };

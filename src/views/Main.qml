@@ -1,5 +1,3 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import QtQuick.Templates as T
 import Morvane
@@ -32,7 +30,12 @@ T.ApplicationWindow {
         page.focusComposer();
     }
     function openSettings() {
-        settings.active = true;
+        if (!settings.item)
+            settings.setSource("settings/SettingsWindow.qml", {
+                aiSettings: window.aiSettings,
+                networkLedger: window.networkLedger,
+                shell: window.shell
+            });
         const opened = settings.item as SettingsWindow;
         opened.show();
         opened.raise();
@@ -106,32 +109,26 @@ T.ApplicationWindow {
         onCopyAnswer: page.copyLastAnswer()
         onPage: direction => page.scrollPage(direction)
         onToEnd: page.goToEnd()
-        onSheet: sheet.active ? sheet.active = false : sheet.active = true
+        onSheet: sheet.active = !sheet.active
     }
     Loader {
         id: sheet
 
         active: false
-        anchors.fill: parent
-        sourceComponent: ShortcutsSheet {
-            onClosed: sheet.active = false
-            Component.onCompleted: open()
-        }
+        source: "ShortcutsSheet.qml"
+        onLoaded: (item as ShortcutsSheet).open()
     }
-    Loader {
-        active: window.shell.questionTitle.length > 0
-        anchors.fill: parent
-        sourceComponent: QuestionPanel { shell: window.shell }
+    Connections {
+        target: sheet.item as ShortcutsSheet
+
+        function onClosed() { sheet.active = false; }
+    }
+    QuestionPanel {
+        shell: window.shell
+        visible: shell.questionTitle.length > 0
     }
     Loader {
         id: settings
-
-        active: false
-        sourceComponent: SettingsWindow {
-            aiSettings: window.aiSettings
-            networkLedger: window.networkLedger
-            shell: window.shell
-        }
     }
     Connections {
         target: window.shell

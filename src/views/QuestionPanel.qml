@@ -18,7 +18,7 @@ Panel {
     }
 
     title: shell.questionTitle
-    Component.onCompleted: open()
+    onAboutToShow: answer = -1
     onClosed: shell.answerQuestion(answer)
 
     contentItem: ColumnLayout {

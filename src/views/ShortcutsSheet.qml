@@ -10,7 +10,7 @@ Panel {
     id: root
 
     title: qsTr("Keyboard shortcuts")
-    implicitWidth: Math.min(460, (parent ? parent.width : 460) - 48)
+    widest: 460
     onOpened: closeButton.forceActiveFocus(Qt.TabFocusReason)
 
     contentItem: ColumnLayout {
@@ -18,7 +18,7 @@ Panel {
 
         Flickable {
             Layout.fillWidth: true
-            implicitHeight: Math.min(rows.implicitHeight, (root.parent ? root.parent.height : 600) - 240)
+            implicitHeight: Math.min(rows.implicitHeight, (root.ground?.height ?? 600) - 240)
             contentHeight: rows.implicitHeight
             boundsBehavior: Flickable.StopAtBounds
             clip: true

@@ -147,6 +147,23 @@ TEST_F(ConversationRepositoryTest, PruneKeepsWhatStandsAtTheCutoff)
     EXPECT_EQ(log.lines(), QStringList{u"persistence: Pruned 1 conversations past retention window"_s});
 }
 
+TEST_F(ConversationRepositoryTest, ASearchGoesThroughAllTextsInPortions)
+{
+    const auto chat = repository.create();
+    for (const auto &text : {u"1"_s, u"2"_s, u"3"_s})
+        say(*chat, text);
+    QStringList texts;
+    auto portion = repository.sealedTexts(2);
+    while (!portion.empty()) {
+        for (const auto &text : portion) {
+            EXPECT_EQ(text.conversation, chat->id());
+            texts += sealing->open(text.sealedContent);
+        }
+        portion = repository.sealedTexts(2, portion.back().position);
+    }
+    EXPECT_EQ(texts, QStringList({u"3"_s, u"2"_s, u"1"_s}));
+}
+
 TEST_F(ConversationRepositoryTest, RemovesEmptyConversationsAndEverything)
 {
     named(u"empty"_s);

@@ -50,8 +50,9 @@ void FakeRows::clear()
 }
 
 FakeMessageList::FakeMessageList(QObject *parent)
-    : FakeRows({"messageId", "isUser", "text", "failed", "cancelled", "interrupted", "running", "indicatorText",
-                "errorText", "toolLines", "sources", "attachmentName", "canContinue", "place"},
+    : FakeRows({"messageId", "isUser", "text", "failed", "cancelled", "interrupted", "running",
+                "indicatorText", "errorText", "toolLines", "sources", "attachmentName", "canContinue",
+                "place"},
                parent)
 {}
 

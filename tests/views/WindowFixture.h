@@ -22,6 +22,9 @@ protected:
 
     void load();
 
+    // Everything that is drawn in a window, parents before children.
+    [[nodiscard]] static QList<QQuickItem *> allItems(QQuickWindow *window);
+    [[nodiscard]] QList<QQuickItem *> allItems() const { return allItems(m_window); }
     [[nodiscard]] static QQuickItem *item(QQuickWindow *window, const QString &objectName);
     [[nodiscard]] QQuickItem *item(const QString &objectName) const { return item(m_window, objectName); }
     // The settings window; opened if it isn't yet.
@@ -35,7 +38,7 @@ protected:
 
     // Turns the event loop until the condition holds; false after ten seconds.
     static bool eventually(const std::function<bool()> &condition);
-    // Lets what was posted happen and the window be laid out.
+    // Lets what was posted happen and a frame be laid out and drawn.
     static void settle();
     // The name that assistive technology reads.
     [[nodiscard]] static QString accessibleName(QQuickItem *item);

@@ -147,15 +147,16 @@ QCoro::Task<PreparedRequest> AIRequestRouter::prepareRequest(TurnRequest turn, s
 QCoro::Task<std::shared_ptr<AIProvider>> AIRequestRouter::provider(AIConfiguration configuration,
                                                                    std::stop_token)
 {
+    // Copies on purpose: QCoro 0.8 moves out of the lvalue that is returned.
     if (m_injectedProvider)
-        co_return m_injectedProvider;
+        co_return std::shared_ptr<AIProvider>(m_injectedProvider);
     const auto source = ChatSource::of(configuration.baseURLString, configuration.model);
     m_proofs.append({.id = QUuid::createUuid(),
                      .startedAt = m_clock.now(),
                      .place = placeOf(source, configuration.model),
                      .purpose = configuration.purpose.value_or(u"chat"_s),
                      .carrying = configuration.carrying});
-    co_return m_provider;
+    co_return std::shared_ptr<AIProvider>(m_provider);
 }
 
 AsyncStream<AIStreamEvent> AIRequestRouter::stream(PreparedRequest request,

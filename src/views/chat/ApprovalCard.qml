@@ -17,6 +17,7 @@ Rectangle {
     signal allowed()
     signal allowedForChat()
     signal declined()
+    signal answered() // by the person or by the clock: the card is gone
 
     implicitHeight: content.implicitHeight + 2 * Theme.gap16
     radius: Theme.cardRadius
@@ -28,13 +29,17 @@ Rectangle {
     Accessible.name: verb + " " + detail + " " + footnote
     Keys.onEscapePressed: root.declined()
 
-    Component.onCompleted: declineButton.forceActiveFocus(Qt.TabFocusReason)
+    onVisibleChanged: {
+        if (!visible)
+            return root.answered();
+        guard.restart();
+        declineButton.forceActiveFocus(Qt.TabFocusReason);
+    }
 
     Timer {
         id: guard
 
         interval: 500
-        running: true
     }
     ColumnLayout {
         id: content

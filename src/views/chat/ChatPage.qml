@@ -1,5 +1,3 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import QtQuick.Layouts
 import Morvane
@@ -62,6 +60,7 @@ FocusScope {
             MessageList {
                 id: messages
 
+                objectName: "messages"
                 anchors.fill: parent
                 column: root.column
                 visible: count > 0
@@ -70,6 +69,7 @@ FocusScope {
                 onContinueAsked: messageId => root.chat.continueReply(messageId)
             }
             ToEndButton {
+                objectName: "toEnd"
                 anchors.bottom: parent.bottom
                 anchors.bottomMargin: Theme.gap12
                 anchors.horizontalCenter: parent.horizontalCenter
@@ -84,14 +84,14 @@ FocusScope {
                 companion: root.companion
                 onSuggestionChosen: text => {
                     root.chat.draft = text;
-                    root.focusComposer();
+                    composer.takeFocusAtEnd();
                 }
                 onSettingsChosen: root.settingsChosen()
             }
         }
         ColumnLayout {
             Layout.alignment: Qt.AlignHCenter
-            Layout.preferredWidth: root.column
+            Layout.maximumWidth: root.column
             Layout.bottomMargin: Theme.gap8
             spacing: Theme.gap8
 
@@ -104,27 +104,24 @@ FocusScope {
                 onRetryChosen: root.chat.retryLastTurn()
                 onDismissed: root.chat.dismissBanner()
             }
-            Loader {
+            ApprovalCard {
+                objectName: "approval"
                 Layout.fillWidth: true
-                active: root.chat.hasApproval
-                visible: active
-                sourceComponent: ApprovalCard {
-                    verb: root.chat.approval.verb
-                    detail: root.chat.approval.detail
-                    footnote: root.chat.approval.footnote
-                    offersChatWideYes: root.chat.approval.offersChatWideYes
-                    deadline: root.chat.approvalDeadline
-                    onAllowed: root.chat.approve()
-                    onAllowedForChat: root.chat.approveForChat()
-                    onDeclined: root.chat.decline()
-                    Component.onDestruction: root.focusComposer()
-                }
+                visible: root.chat.hasApproval
+                verb: root.chat.approval.verb
+                detail: root.chat.approval.detail
+                footnote: root.chat.approval.footnote
+                offersChatWideYes: root.chat.approval.offersChatWideYes
+                deadline: root.chat.approvalDeadline
+                onAllowed: root.chat.approve()
+                onAllowedForChat: root.chat.approveForChat()
+                onDeclined: root.chat.decline()
+                onAnswered: root.focusComposer()
             }
             Composer {
                 id: composer
 
                 Layout.fillWidth: true
-                focus: true
                 draft: root.chat.draft
                 canSend: root.chat.canSend
                 responding: root.chat.isResponding
@@ -148,6 +145,8 @@ FocusScope {
     }
     Announcement {
         id: announcement
+
+        objectName: "announcement"
 
         property string words
 

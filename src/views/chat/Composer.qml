@@ -18,6 +18,10 @@ Rectangle {
     function takeFocus() {
         field.forceActiveFocus();
     }
+    function takeFocusAtEnd() {
+        field.forceActiveFocus();
+        field.cursorPosition = field.length;
+    }
     function returnPressed(event: KeyEvent) {
         event.accepted = !(event.modifiers & Qt.ShiftModifier);
         if (field.preeditText.length > 0 || field.inputMethodComposing)

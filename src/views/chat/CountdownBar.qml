@@ -20,7 +20,7 @@ Rectangle {
     Accessible.role: Accessible.ProgressBar
     Accessible.name: qsTr("%1 seconds left to answer").arg(Math.ceil(secondsLeft))
 
-    Component.onCompleted: look()
+    onDeadlineChanged: look()
 
     Timer {
         interval: 1000

@@ -58,7 +58,7 @@ Item {
 
             Repeater {
                 model: [
-                    qsTr("Explain something difficult in plain words: "),
+                    qsTr("Explain something in plain words: "),
                     qsTr("Help me write a message to "),
                     qsTr("Make a plan for "),
                     qsTr("What should I ask before I decide on ")

@@ -11,37 +11,55 @@ ListView {
     property real column: Theme.columnWidth
     // The end stays in view as replies grow.
     property bool following: true
-    readonly property real gapToEnd: originY + contentHeight - height - contentY
-    // A message was sent since the chat was opened: its turn stands a third down the view.
+    // A message was sent since the chat was opened: its turn begins in the upper third of the view.
     property bool makesRoom: false
+    // Empty room at the end for such a turn. It shrinks as the answer grows, so nothing above the answer moves
+    // until the room is used up.
+    property real room: 0
     property real movedFrom: 0
+    readonly property real endY: originY + contentHeight + bottomMargin - height
+    readonly property real gapToEnd: endY - contentY
 
     signal copyAsked(string text)
     signal continueAsked(string messageId)
 
+    // Once this moment's changes are all in, and before the next frame.
+    function settle() {
+        Qt.callLater(root.keepEnd); // qmllint disable
+    }
     function goToEnd() {
         root.following = true;
-        root.positionViewAtEnd();
+        root.keepEnd();
     }
     function keepEnd() {
-        if (root.following && root.count > 0)
-            root.positionViewAtEnd();
+        if (root.makesRoom)
+            root.measureRoom();
+        if (!root.following || root.count === 0)
+            return;
+        root.positionViewAtEnd(); // lays the last rows out, so that the end is known and not estimated
+        root.contentY = Math.max(root.originY - root.topMargin, root.endY);
+    }
+    // The question is the last row, or the one above its answer. Scrolled out of sight it can't be measured,
+    // and the room stays as it is.
+    function measureRoom() {
+        const last = root.itemAtIndex(root.count - 1) as MessageRow;
+        const question = last?.isUser ? last : root.itemAtIndex(root.count - 2);
+        if (question)
+            root.room = Math.max(0, root.height * 2 / 3 - (root.originY + root.contentHeight - question.y));
     }
     function scrollBy(distance: real) {
-        const last = Math.max(root.originY, root.originY + root.contentHeight - root.height);
-        root.contentY = Math.min(Math.max(root.contentY + distance, root.originY), last);
+        root.contentY = Math.max(root.originY - root.topMargin, Math.min(root.contentY + distance, root.endY));
         root.following = distance > 0 && root.gapToEnd <= 64;
     }
-    // A turn has begun: its question goes to the upper third, its answer fills the room below.
     function bringTurnUp() {
         root.makesRoom = true;
         root.following = true;
-        settle.start();
+        root.settle();
     }
     function startOver() {
         root.makesRoom = false;
         root.following = true;
-        settle.start();
+        root.settle();
     }
 
     reuseItems: true
@@ -51,6 +69,7 @@ ListView {
     clip: true
     spacing: Theme.gap8
     topMargin: Theme.gap8
+    bottomMargin: Theme.gap8 + (makesRoom ? room : 0)
     cacheBuffer: 400
 
     Accessible.role: Accessible.List
@@ -64,17 +83,11 @@ ListView {
         root.movedFrom = root.contentY;
         root.following = false;
     }
+    onContentYChanged: if (moving) following = contentY > movedFrom && gapToEnd <= 64
     onMovementEnded: root.following = root.contentY >= root.movedFrom && root.gapToEnd <= 64
-    onContentHeightChanged: settle.start()
-    onHeightChanged: settle.start()
-
-    // Several changes of one moment move the view once.
-    Timer {
-        id: settle
-
-        interval: 0
-        onTriggered: root.keepEnd()
-    }
+    onContentHeightChanged: root.settle()
+    onHeightChanged: root.settle()
+    onCountChanged: root.settle()
 
     delegate: MessageRow {
         width: root.width
@@ -82,9 +95,5 @@ ListView {
         isLast: index === root.count - 1
         onCopyAsked: text => root.copyAsked(text)
         onContinueAsked: messageId => root.continueAsked(messageId)
-    }
-    footer: TurnRoom {
-        list: root
-        wanted: root.makesRoom
     }
 }

@@ -1,9 +1,8 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import Morvane
 
-// One row of the list: what the person said, or the reply.
+// One row of the list: what the person said, or the reply. It holds the drawing of both, so that a row that is
+// reused for the other kind builds nothing.
 Item {
     id: root
 
@@ -28,41 +27,36 @@ Item {
     signal copyAsked(string text)
     signal continueAsked(string messageId)
 
-    implicitHeight: content.implicitHeight
+    implicitHeight: isUser ? question.implicitHeight : answer.implicitHeight
 
-    Loader {
-        id: content
+    UserMessage {
+        id: question
 
         anchors.horizontalCenter: parent.horizontalCenter
         width: root.column
-        sourceComponent: root.isUser ? question : answer
+        visible: root.isUser
+        text: root.isUser ? root.text : ""
+        attachmentName: root.attachmentName
     }
-    Component {
-        id: question
-
-        UserMessage {
-            text: root.text
-            attachmentName: root.attachmentName
-        }
-    }
-    Component {
+    ReplyMessage {
         id: answer
 
-        ReplyMessage {
-            text: root.text
-            failed: root.failed
-            cancelled: root.cancelled
-            interrupted: root.interrupted
-            running: root.running
-            indicatorText: root.indicatorText
-            errorText: root.errorText
-            toolLines: root.toolLines
-            sources: root.sources
-            canContinue: root.canContinue
-            place: root.place
-            isLast: root.isLast
-            onCopyAsked: root.copyAsked(root.text)
-            onContinueAsked: root.continueAsked(root.messageId)
-        }
+        anchors.horizontalCenter: parent.horizontalCenter
+        width: root.column
+        visible: !root.isUser
+        text: root.isUser ? "" : root.text
+        failed: root.failed
+        cancelled: root.cancelled
+        interrupted: root.interrupted
+        running: root.running
+        indicatorText: root.indicatorText
+        errorText: root.errorText
+        toolLines: root.toolLines
+        sources: root.sources
+        canContinue: root.canContinue
+        place: root.place
+        isLast: root.isLast
+        onCopyAsked: root.copyAsked(root.text)
+        onContinueAsked: root.continueAsked(root.messageId)
     }
 }

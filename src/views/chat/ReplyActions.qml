@@ -18,11 +18,27 @@ RowLayout {
     spacing: Theme.gap8
     implicitHeight: 28
 
+    RowLayout {
+        visible: root.finished && root.place.length > 0
+        spacing: Theme.gap4
+
+        Icon {
+            name: "pin"
+            color: Theme.secondary
+            implicitWidth: 14
+            implicitHeight: 14
+        }
+        CaptionText {
+            text: root.place
+            Accessible.role: Accessible.StaticText
+            Accessible.name: qsTr("This reply came from: %1").arg(text)
+        }
+    }
     IconButton {
         id: copyButton
 
         objectName: "copyReply"
-        Layout.leftMargin: -5
+        Layout.leftMargin: root.place.length > 0 ? 0 : -5
         size: 28
         visible: root.finished && root.hasText
         opacity: root.emphasised || activeFocus || copied.running ? 1 : 0
@@ -44,22 +60,6 @@ RowLayout {
         visible: copied.running
         text: qsTr("Copied")
         color: Theme.success
-    }
-    RowLayout {
-        visible: root.finished && root.place.length > 0
-        spacing: Theme.gap4
-
-        Icon {
-            name: "pin"
-            color: Theme.secondary
-            implicitWidth: 14
-            implicitHeight: 14
-        }
-        CaptionText {
-            text: root.place
-            Accessible.role: Accessible.StaticText
-            Accessible.name: qsTr("This reply came from: %1").arg(text)
-        }
     }
     Item { Layout.fillWidth: true }
     PushButton {

@@ -1,5 +1,3 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import QtQuick.Layouts
 import Morvane
@@ -40,6 +38,7 @@ ColumnLayout {
     SelectableText {
         id: words
 
+        objectName: "replyText"
         Layout.fillWidth: true
         Layout.topMargin: root.toolLines.length > 0 ? 0 : Theme.gap12
         visible: root.text.length > 0
@@ -50,11 +49,11 @@ ColumnLayout {
             visible: words.activeFocus
         }
     }
-    Loader {
+    ReplyIndicator {
+        objectName: "replyIndicator"
         Layout.topMargin: root.text.length > 0 || root.toolLines.length > 0 ? 0 : Theme.gap12
-        active: root.running && (root.text.length === 0 || root.indicatorText.length > 0)
-        visible: active
-        sourceComponent: ReplyIndicator { words: root.indicatorText }
+        visible: root.running && (root.text.length === 0 || root.indicatorText.length > 0)
+        words: root.indicatorText
     }
     EndMark {
         Layout.fillWidth: true

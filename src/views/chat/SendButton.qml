@@ -27,7 +27,7 @@ T.RoundButton {
         Icon {
             anchors.centerIn: parent
             name: root.responding ? "stop" : "send"
-            color: root.enabled ? Theme.onAccent : Theme.disabled
+            color: root.enabled ? Theme.accentInk : Theme.disabled
         }
     }
     background: Rectangle {

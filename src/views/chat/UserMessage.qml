@@ -14,7 +14,7 @@ ColumnLayout {
 
     Rectangle {
         Layout.alignment: Qt.AlignRight
-        Layout.topMargin: Theme.gap12
+        Layout.topMargin: Theme.gap16
         implicitWidth: words.width + 28
         implicitHeight: words.height + 20
         radius: Theme.bubbleRadius

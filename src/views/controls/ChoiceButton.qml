@@ -24,7 +24,7 @@ T.RadioButton {
         text: root.text
         font.pixelSize: Theme.smallSize
         font.weight: root.checked ? Font.DemiBold : Font.Normal
-        color: root.checked ? Theme.onAccent : Theme.text
+        color: root.checked ? Theme.accentInk : Theme.text
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
     }

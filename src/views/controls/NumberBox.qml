@@ -27,7 +27,7 @@ T.SpinBox {
         verticalAlignment: TextInput.AlignVCenter
         validator: root.validator
         inputMethodHints: root.inputMethodHints
-        Accessible.ignored: true
+        Accessible.name: root.Accessible.name
     }
     down.indicator: StepButton {
         x: root.width - 60

@@ -6,8 +6,12 @@ import Morvane
 T.Dialog {
     id: root
 
-    anchors.centerIn: T.Overlay.overlay
-    implicitWidth: Math.min(420, (parent ? parent.width : 420) - 48)
+    property int widest: 420
+    readonly property Item ground: T.Overlay.overlay
+
+    parent: ground
+    anchors.centerIn: ground
+    implicitWidth: Math.min(widest, (ground?.width ?? widest) - 2 * Theme.gap24)
     implicitHeight: implicitHeaderHeight + implicitContentHeight + implicitFooterHeight
         + topPadding + bottomPadding
     margins: Theme.gap24

@@ -10,7 +10,7 @@ T.Button {
 
     property int rank: PushButton.Plain
     readonly property color ink: !enabled ? Theme.disabled
-        : rank === PushButton.Primary ? Theme.onAccent
+        : rank === PushButton.Primary ? Theme.accentInk
         : rank === PushButton.Danger ? Theme.danger : Theme.text
 
     implicitWidth: Math.max(72, implicitContentWidth + leftPadding + rightPadding)

@@ -32,7 +32,7 @@ T.Switch {
             width: 16
             height: 16
             radius: 8
-            color: root.checked ? Theme.onAccent : Theme.outline
+            color: root.checked ? Theme.accentInk : Theme.outline
 
             Behavior on x { NumberAnimation { duration: Theme.press; easing.type: Easing.OutCubic } }
         }

@@ -28,7 +28,6 @@ SettingsRow {
         placeholderText: root.hasKey ? qsTr("A new key") : ""
         inputMethodHints: Qt.ImhHiddenText | Qt.ImhSensitiveData | Qt.ImhNoPredictiveText
         Accessible.name: qsTr("Key")
-        Accessible.passwordEdit: true
         onAccepted: if (length > 0) root.save()
     }
     PushButton {

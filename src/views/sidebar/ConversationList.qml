@@ -34,19 +34,6 @@ ListView {
     highlightMoveDuration: 0
     boundsBehavior: Flickable.StopAtBounds
     section.property: "section"
-    section.delegate: SmallText {
-        required property string section
-
-        width: ListView.view.width - 2 * Theme.gap12
-        leftPadding: Theme.gap8
-        topPadding: Theme.gap12
-        bottomPadding: Theme.gap4
-        text: section
-        font.pixelSize: Theme.captionSize
-        font.weight: Font.DemiBold
-        Accessible.role: Accessible.Heading
-        Accessible.name: section
-    }
 
     Accessible.role: Accessible.List
     Accessible.name: qsTr("Chats")
@@ -56,6 +43,7 @@ ListView {
     delegate: ConversationRow {
         width: root.width - root.leftMargin - root.rightMargin
         isOpen: conversationId === root.chat.conversationId
+        heading: ListView.section !== ListView.previousSection ? ListView.section : ""
         marked: ListView.isCurrentItem && root.activeFocus
         onChosen: root.open(conversationId)
         onRenamed: name => root.chat.rename(conversationId, name)

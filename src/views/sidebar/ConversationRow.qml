@@ -1,12 +1,15 @@
 import QtQuick
 import Morvane
 
-// One chat: its title on one line, and a menu that shows when the pointer or the marker is on it.
+// One chat: its title on one line, and a menu that shows when the pointer or the marker is on it. The first
+// of a group has the group's heading above it.
 Item {
     id: root
 
     required property string conversationId
     required property string title
+    property string heading
+    readonly property real headingHeight: heading.length > 0 ? headingText.implicitHeight : 0
     property bool isOpen: false
     property bool marked: false
     property bool renaming: false
@@ -34,7 +37,7 @@ Item {
         root.renameEnded();
     }
 
-    implicitHeight: Theme.rowHeight
+    implicitHeight: headingHeight + Theme.rowHeight
     ListView.onPooled: renaming = false
 
     Accessible.role: Accessible.ListItem
@@ -42,67 +45,85 @@ Item {
     Accessible.selected: isOpen
     Accessible.onPressAction: chosen()
 
-    HoverHandler { id: hover }
-    TapHandler {
-        enabled: !root.renaming
-        onTapped: root.chosen()
-        onDoubleTapped: root.beginRename()
-    }
-    TapHandler {
-        acceptedButtons: Qt.RightButton
-        onTapped: root.openMenu()
-    }
+    CaptionText {
+        id: headingText
 
-    Rectangle {
+        visible: text.length > 0
+        leftPadding: Theme.gap12
+        topPadding: Theme.gap12
+        bottomPadding: Theme.gap4
+        text: root.heading
+        font.weight: Font.DemiBold
+        Accessible.role: Accessible.Heading
+        Accessible.name: text
+    }
+    Item {
         anchors.fill: parent
-        radius: Theme.controlRadius
-        color: root.isOpen ? Theme.currentWash : hover.hovered ? Theme.hoverWash : "transparent"
-        border.width: root.marked ? Theme.focusWidth : 0
-        border.color: Theme.accent
+        anchors.topMargin: root.headingHeight
+
+        HoverHandler { id: hover }
+        TapHandler {
+            enabled: !root.renaming
+            onTapped: root.chosen()
+            onDoubleTapped: root.beginRename()
+        }
+        TapHandler {
+            acceptedButtons: Qt.RightButton
+            onTapped: root.openMenu()
+        }
 
         Rectangle {
-            anchors.verticalCenter: parent.verticalCenter
-            width: 3
-            height: parent.height - 20
-            radius: 2
-            visible: root.isOpen
-            color: Theme.accent
+            anchors.fill: parent
+            radius: Theme.controlRadius
+            color: root.isOpen ? Theme.currentWash : hover.hovered ? Theme.hoverWash : "transparent"
+            border.width: root.marked ? Theme.focusWidth : 0
+            border.color: Theme.accent
+
+            Rectangle {
+                anchors.verticalCenter: parent.verticalCenter
+                width: 3
+                height: parent.height - 20
+                radius: 2
+                visible: root.isOpen
+                color: Theme.accent
+            }
         }
-    }
-    PlainText {
-        anchors.fill: parent
-        anchors.leftMargin: Theme.gap12
-        anchors.rightMargin: menuButton.visible ? menuButton.width + 4 : Theme.gap8
-        visible: !root.renaming
-        text: root.title
-        font.pixelSize: Theme.smallSize
-        font.weight: root.isOpen ? Font.Medium : Font.Normal
-        verticalAlignment: Text.AlignVCenter
-        elide: Text.ElideRight
-        wrapMode: Text.NoWrap
-        maximumLineCount: 1
-    }
-    TextBox {
-        id: field
+        PlainText {
+            anchors.fill: parent
+            anchors.leftMargin: Theme.gap12
+            anchors.rightMargin: menuButton.visible ? menuButton.width + 4 : Theme.gap8
+            visible: !root.renaming
+            text: root.title
+            font.pixelSize: Theme.smallSize
+            font.weight: root.isOpen ? Font.Medium : Font.Normal
+            verticalAlignment: Text.AlignVCenter
+            elide: Text.ElideRight
+            wrapMode: Text.NoWrap
+            maximumLineCount: 1
+        }
+        TextBox {
+            id: field
 
-        anchors.fill: parent
-        visible: root.renaming
-        Accessible.name: qsTr("Name of the chat")
-        onAccepted: root.endRename(text.trim())
-        onActiveFocusChanged: if (!activeFocus) root.endRename(text.trim())
-        Keys.onEscapePressed: root.endRename("")
-    }
-    IconButton {
-        id: menuButton
+            anchors.fill: parent
+            visible: root.renaming
+            Accessible.name: qsTr("Name of the chat")
+            Keys.onReturnPressed: root.endRename(text.trim())
+            Keys.onEnterPressed: root.endRename(text.trim())
+            onActiveFocusChanged: if (!activeFocus) root.endRename(text.trim())
+            Keys.onEscapePressed: root.endRename("")
+        }
+        IconButton {
+            id: menuButton
 
-        anchors.right: parent.right
-        anchors.rightMargin: 2
-        anchors.verticalCenter: parent.verticalCenter
-        size: 28
-        visible: !root.renaming && (hover.hovered || root.marked || activeFocus || menu.visible)
-        text: qsTr("Rename or delete “%1”").arg(root.title)
-        glyph: "more"
-        onClicked: root.openMenu()
+            anchors.right: parent.right
+            anchors.rightMargin: 2
+            anchors.verticalCenter: parent.verticalCenter
+            size: 28
+            visible: !root.renaming && (hover.hovered || root.marked || activeFocus || menu.visible)
+            text: qsTr("Rename or delete “%1”").arg(root.title)
+            glyph: "more"
+            onClicked: root.openMenu()
+        }
     }
     PopupMenu {
         id: menu

@@ -44,6 +44,7 @@ Rectangle {
             }
         }
         ConversationList {
+            objectName: "conversations"
             Layout.fillWidth: true
             Layout.fillHeight: true
             chat: root.chat

@@ -9,7 +9,7 @@ QtObject {
     readonly property string sidebar: "F9"
     readonly property string composer: "Ctrl+J"
     readonly property string copyAnswer: "Ctrl+Shift+C"
-    readonly property string toEnd: "Ctrl+End"
+    readonly property string toEnd: "Alt+End"
     readonly property string sheet: "Ctrl+?"
     readonly property string quit: "Ctrl+Q"
 

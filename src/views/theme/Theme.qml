@@ -20,7 +20,7 @@ QtObject {
     readonly property color hairline: dark ? "#33333D" : "#DEDEE6"
     readonly property color outline: dark ? "#76768D" : "#85859A"
     readonly property color accent: dark ? "#A7B0FF" : "#4350C8"
-    readonly property color onAccent: dark ? "#17171B" : "#FFFFFF"
+    readonly property color accentInk: dark ? "#17171B" : "#FFFFFF"
     readonly property color success: dark ? "#6CCB93" : "#1B7340"
     readonly property color warning: dark ? "#E3B341" : "#875300"
     readonly property color danger: dark ? "#FF8A80" : "#B3261E"

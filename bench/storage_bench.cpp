@@ -1,0 +1,174 @@
+#include "persistence/ConversationRepository.h"
+#include "persistence/InMemorySettingsRepository.h"
+#include "persistence/PersistenceController.h"
+#include "persistence/StoreFiles.h"
+#include "security/ProcessKeySealing.h"
+#include "utils/Log.h"
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+#include <sqlite3.h>
+
+using namespace Qt::StringLiterals;
+
+// The chat store at the sizes that years of use give it, beside the same work on a small one.
+
+namespace {
+
+constexpr qsizetype messageLength = 700; // characters, about what a reply has
+
+// A profile with a store of so many conversations of so many messages each.
+class Profile {
+public:
+    Profile(int conversations, int messagesInEach)
+    {
+        const auto opened = open();
+        ObjectContext &context = opened->mainContext();
+        ConversationRepository repository(context, clock);
+        for (int i = 0; i < conversations; ++i) {
+            const auto chat = Conversation::create(
+                sealing(), {QUuid::createUuid(), u"Conversation %1"_s.arg(i), moment(i)});
+            context.insert(chat);
+            for (int j = 0; j < messagesInEach; ++j)
+                insert(context, *chat, moment(j));
+            if (i % 50 == 0)
+                repository.save();
+        }
+        repository.save();
+    }
+
+    [[nodiscard]] std::unique_ptr<PersistenceController> open()
+    {
+        return PersistenceController::onDisk(
+            {SupportFolders::inProfile(m_home.path()), m_defaults, [] { return false; }}, sealing());
+    }
+
+    [[nodiscard]] QString storePath() const
+    {
+        return ChatStoreLocation::storePath(SupportFolders::inProfile(m_home.path()));
+    }
+
+    static const std::shared_ptr<const FieldSealing> &sealing()
+    {
+        static const std::shared_ptr<const FieldSealing> instance = std::make_shared<ProcessKeySealing>();
+        return instance;
+    }
+
+    static QDateTime moment(int seconds)
+    {
+        return QDateTime::fromSecsSinceEpoch(1'700'000'000 + seconds, Qt::UTC);
+    }
+
+    static std::shared_ptr<ChatMessage> insert(ObjectContext &context, Conversation &chat,
+                                               const QDateTime &date)
+    {
+        static const QString text(messageLength, u'x');
+        const auto message = ChatMessage::create(
+            sealing(), {QUuid::createUuid(), MessageRole::Assistant, text, date, MessageStatus::Delivered});
+        message->setConversationID(chat.id());
+        context.insert(message);
+        return message;
+    }
+
+    SystemClock clock;
+
+private:
+    QTemporaryDir m_home;
+    InMemorySettingsRepository m_defaults;
+};
+
+Profile &smallStore() // 100 messages
+{
+    static Profile profile(10, 10);
+    return profile;
+}
+
+Profile &largeStore() // 200,000 messages
+{
+    static Profile profile(10'000, 20);
+    return profile;
+}
+
+Profile &longChat()
+{
+    static Profile profile(1, 5000);
+    return profile;
+}
+
+// What a start asks of the store: open it, the chat that was open last, and the first screens of the list.
+void openStore(benchmark::State &state, Profile &(*profile)())
+{
+    Profile &opened = profile();
+    for (auto _ : state) {
+        const auto persistence = opened.open();
+        const ConversationRepository repository(persistence->mainContext(), opened.clock);
+        benchmark::DoNotOptimize(repository.mostRecent()->isEmpty());
+        benchmark::DoNotOptimize(repository.page(0, 10));
+    }
+}
+
+// One more message in a chat that is open, up to the disk.
+void saveMessage(benchmark::State &state, Profile &(*profile)())
+{
+    const auto persistence = profile().open();
+    ConversationRepository repository(persistence->mainContext(), profile().clock);
+    const auto chat = repository.mostRecent();
+    (void)chat->messages();
+    for (auto _ : state)
+        repository.add(repository.makeMessage({QUuid::createUuid(), MessageRole::User, u"One more"_s,
+                                               profile().clock.now(), MessageStatus::Delivered}),
+                       *chat);
+}
+
+void openChat(benchmark::State &state)
+{
+    const auto persistence = longChat().open();
+    const ConversationRepository repository(persistence->mainContext(), longChat().clock);
+    for (auto _ : state) {
+        const auto chat = repository.mostRecent();
+        benchmark::DoNotOptimize(chat->orderedMessages().back()->content());
+    }
+}
+
+// The same rows read column by column with the bare library.
+void openChatYardstick(benchmark::State &state)
+{
+    sqlite3 *database = nullptr;
+    sqlite3_open_v2(longChat().storePath().toUtf8(), &database, SQLITE_OPEN_READONLY, nullptr);
+    for (auto _ : state) {
+        sqlite3_stmt *rows = nullptr;
+        sqlite3_prepare_v2(database, "SELECT * FROM ChatMessage ORDER BY rowid", -1, &rows, nullptr);
+        std::vector<std::string> values;
+        while (sqlite3_step(rows) == SQLITE_ROW) {
+            for (int column = 0; column < sqlite3_column_count(rows); ++column) {
+                if (const unsigned char *text = sqlite3_column_text(rows, column))
+                    values.emplace_back(reinterpret_cast<const char *>(text));
+            }
+        }
+        benchmark::DoNotOptimize(values);
+        sqlite3_finalize(rows);
+    }
+    sqlite3_close(database);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    QLoggingCategory::setFilterRules(u"ai.morvane.*=false"_s);
+    using benchmark::kMillisecond;
+    benchmark::RegisterBenchmark("open_store_10000_chats", openStore, largeStore)->Unit(kMillisecond);
+    benchmark::RegisterBenchmark("open_store_10000_chats/yardstick", openStore, smallStore)
+        ->Unit(kMillisecond);
+    benchmark::RegisterBenchmark("save_message_in_200000", saveMessage, largeStore)->Unit(kMillisecond);
+    benchmark::RegisterBenchmark("save_message_in_200000/yardstick", saveMessage, smallStore)
+        ->Unit(kMillisecond);
+    benchmark::RegisterBenchmark("open_chat_5000", openChat)->Unit(kMillisecond);
+    benchmark::RegisterBenchmark("open_chat_5000/yardstick", openChatYardstick)->Unit(kMillisecond);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}

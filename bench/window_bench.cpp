@@ -1,0 +1,160 @@
+#include "app/AppState.h"
+#include "app/MainWindowController.h"
+#include "models/Conversation.h"
+#include "persistence/ConversationRepository.h"
+#include "persistence/SettingsStore.h"
+#include "security/InMemoryKeychainService.h"
+#include "support/ModelServer.h"
+#include "utils/Clock.h"
+#include "view_models/ChatViewModel.h"
+
+#include <QAbstractEventDispatcher>
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QProcess>
+#include <QQuickStyle>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Start {
+    double milliseconds = 0; // from the start of the process to its first frame and end
+    double mebibytes = 0;    // resident at the first frame
+};
+
+Start startOf(const QString &program, const QStringList &arguments)
+{
+    QElapsedTimer timer;
+    timer.start();
+    QProcess process;
+    process.start(program, arguments);
+    process.waitForReadyRead(20'000);
+    const double elapsed = static_cast<double>(timer.nsecsElapsed()) / 1e6;
+    const double bytes = process.readAllStandardOutput().trimmed().toDouble();
+    process.waitForFinished(5'000);
+    return {elapsed, bytes / (1024 * 1024)};
+}
+
+Start applicationStart()
+{
+    static const QTemporaryDir profile;
+    return startOf(QStringLiteral(MORVANE_APPLICATION_START), {profile.path()});
+}
+
+Start minimalStart()
+{
+    return startOf(QStringLiteral(MORVANE_MINIMAL_START), {});
+}
+
+void report(benchmark::State &state, double value, const char *unit)
+{
+    state.counters["value"] = value;
+    state.SetLabel(unit);
+}
+
+void startTime(benchmark::State &state, Start (*start)())
+{
+    double sum = 0;
+    for ([[maybe_unused]] auto iteration : state)
+        sum += start().milliseconds;
+    report(state, sum / static_cast<double>(state.iterations()), "ms");
+}
+
+void startMemory(benchmark::State &state, Start (*start)())
+{
+    double sum = 0;
+    for ([[maybe_unused]] auto iteration : state)
+        sum += start().mebibytes;
+    report(state, sum / static_cast<double>(state.iterations()), "MiB");
+}
+
+// The longest stretch in which the event loop didn't come back to wait.
+class LongestBlock : public QObject {
+public:
+    LongestBlock()
+    {
+        auto *dispatcher = QAbstractEventDispatcher::instance();
+        connect(dispatcher, &QAbstractEventDispatcher::awake, this, [this] { m_busy.start(); });
+        connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, this, [this] {
+            if (m_busy.isValid())
+                m_longest = std::max(m_longest, static_cast<double>(m_busy.nsecsElapsed()) / 1e6);
+            m_busy.invalidate();
+        });
+    }
+    [[nodiscard]] double milliseconds() const { return m_longest; }
+
+private:
+    QElapsedTimer m_busy;
+    double m_longest = 0;
+};
+
+void fill(ConversationRepository &repository, Conversation &conversation, Clock &clock, int messages)
+{
+    for (int i = 0; i < messages; ++i) {
+        conversation.append(repository.makeMessage({.id = QUuid::createUuid(),
+                                                    .role = i % 2 ? MessageRole::Assistant : MessageRole::User,
+                                                    .content = u"Message number %1, a line of chat."_s.arg(i),
+                                                    .createdAt = clock.now(),
+                                                    .status = MessageStatus::Delivered}));
+        repository.context().insert(conversation.messages().back());
+    }
+    repository.save();
+}
+
+// A reply of 2,000 pieces streams into a chat of 1,000 messages that is open in the window.
+void streamIntoLongChat(benchmark::State &state)
+{
+    for ([[maybe_unused]] auto iteration : state) {
+        const QTemporaryDir profile;
+        SystemClock clock;
+        InMemoryKeychainService keychain;
+        ModelServer server;
+        CommandLine commandLine;
+        commandLine.profile = profile.path();
+        AppState application(commandLine, AppState::Host::test, clock, {keychain, keychain});
+        application.settings().setBaseURLString(server.baseUrl());
+        application.settings().setModel(u"pieces-2000"_s);
+        fill(application.repository(), *application.chat().conversation(), clock, 1000);
+        const QString id = application.chat().conversationId();
+        application.chat().newConversation();
+        application.chat().open(id);
+        MainWindowController window(application);
+        application.start();
+        const auto turn = [&](auto &&done) {
+            while (!done())
+                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        };
+        QElapsedTimer shown;
+        shown.start();
+        turn([&] { return shown.elapsed() > 1000; });
+        application.chat().sendMessage(u"Go"_s, std::nullopt);
+        const LongestBlock block;
+        turn([&] { return !application.chat().isResponding(); });
+        report(state, block.milliseconds(), "ms");
+        application.willTerminate();
+    }
+}
+
+} // namespace
+
+BENCHMARK_CAPTURE(startTime, application, applicationStart)->Name("start_to_first_frame")->Iterations(3);
+BENCHMARK_CAPTURE(startTime, minimal, minimalStart)->Name("start_to_first_frame/yardstick")->Iterations(3);
+BENCHMARK_CAPTURE(startMemory, application, applicationStart)->Name("resident_at_first_frame")->Iterations(3);
+BENCHMARK_CAPTURE(startMemory, minimal, minimalStart)->Name("resident_at_first_frame/yardstick")->Iterations(3);
+BENCHMARK(streamIntoLongChat)->Name("longest_block_while_streaming")->Iterations(1);
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_QUICK_BACKEND", "software");
+    qputenv("QT_LOGGING_RULES", "*.info=false");
+    QQuickStyle::setStyle(QStringLiteral("Basic"));
+    QGuiApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}

@@ -1,0 +1,80 @@
+#include "end_to_end/AppFixture.h"
+
+#include "persistence/SettingsStore.h"
+#include "support/Await.h"
+#include "view_models/ChatViewModel.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+AppFixture::AppFixture()
+{
+    start();
+}
+
+AppFixture::~AppFixture()
+{
+    stop();
+}
+
+void AppFixture::start()
+{
+    CommandLine commandLine;
+    commandLine.profile = profile.path();
+    state = std::make_unique<AppState>(commandLine, AppState::Host::test, clock,
+                                       AppState::Secrets{keychain, keychain});
+    state->settings().setBaseURLString(server.baseUrl());
+    state->settings().setModel(u"practice-fast"_s);
+    mainWindow = std::make_unique<MainWindowController>(*state);
+    ASSERT_NE(mainWindow->window(), nullptr);
+    state->start();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window()));
+    WindowDriver::settle();
+}
+
+void AppFixture::stop()
+{
+    if (!state)
+        return;
+    state->willTerminate();
+    TestWait::settle(); // a stopped turn ends before its stores go
+    mainWindow.reset();
+    state.reset();
+    TestWait::settle();
+}
+
+void AppFixture::useModel(const QString &model)
+{
+    state->settings().setModel(model);
+}
+
+void AppFixture::say(const QString &words)
+{
+    WindowDriver::type(window(), words);
+    WindowDriver::press(window(), Qt::Key_Return);
+}
+
+bool AppFixture::turnEnds()
+{
+    const bool ended = WindowDriver::eventually(
+        [this] { return !state->chat().isResponding() && state->chat().turnsInFlight() == 0; });
+    WindowDriver::settle();
+    return ended;
+}
+
+QVariant AppFixture::lastRow(int role) const
+{
+    const auto *messages = state->chat().messages();
+    return messages->index(messages->rowCount() - 1).data(role);
+}
+
+QString AppFixture::lastText() const
+{
+    return lastRow(MessageListModel::TextRole).toString();
+}
+
+QQuickItem *AppFixture::item(const QString &objectName) const
+{
+    return WindowDriver::item(window(), objectName);
+}

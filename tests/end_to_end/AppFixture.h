@@ -1,0 +1,43 @@
+#pragma once
+
+#include "app/AppState.h"
+#include "app/MainWindowController.h"
+#include "security/InMemoryKeychainService.h"
+#include "support/ModelServer.h"
+#include "support/WindowDriver.h"
+#include "utils/Clock.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+// The whole application on a profile of its own, with its real window off screen and the real model server on
+// the other side of a socket. Only the keychain stands in.
+class AppFixture : public testing::Test {
+protected:
+    AppFixture();
+    ~AppFixture() override;
+
+    // Starts the application, as a new process on the same profile would.
+    void start();
+    void stop();
+
+    void useModel(const QString &model);
+
+    // Types into the window and presses Return.
+    void say(const QString &words);
+    [[nodiscard]] bool turnEnds();
+    [[nodiscard]] QVariant lastRow(int role) const;
+    [[nodiscard]] QString lastText() const;
+    [[nodiscard]] QQuickItem *item(const QString &objectName) const;
+    [[nodiscard]] QQuickWindow *window() const { return mainWindow->window(); }
+
+    QTemporaryDir profile;
+    SystemClock clock;
+    InMemoryKeychainService keychain;
+    ModelServer server;
+    std::unique_ptr<AppState> state;
+    std::unique_ptr<MainWindowController> mainWindow;
+};

@@ -1,0 +1,164 @@
+#include "end_to_end/AppFixture.h"
+
+#include "persistence/ConversationRepository.h"
+#include "persistence/SettingsStore.h"
+#include "view_models/AISettingsViewModel.h"
+#include "view_models/ChatViewModel.h"
+#include "view_models/ConversationListModel.h"
+#include "view_models/NetworkLedgerViewModel.h"
+
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using ChatWindowTest = AppFixture;
+
+TEST_F(ChatWindowTest, ATypedMessageBringsAStreamedReplyThatIsThereAfterARestart)
+{
+    say(u"Hello there"_s);
+    ASSERT_TRUE(turnEnds());
+    const QString reply = lastText();
+    EXPECT_TRUE(reply.contains(u"practice server"_s)) << reply.toStdString();
+    EXPECT_EQ(state->chat().title(), u"Hello there"_s);
+    const QJsonObject body = server.requests().front().json();
+    EXPECT_TRUE(body.value("stream"_L1).toBool());
+    EXPECT_EQ(body.value("messages"_L1).toArray().last().toObject().value("content"_L1), u"Hello there"_s);
+    EXPECT_EQ(body.value("purpose"_L1), u"chat"_s);
+
+    auto &ledger = state->networkLedger();
+    ledger.setWatching(true);
+    ASSERT_EQ(ledger.rowCount(), 1);
+    EXPECT_EQ(ledger.index(0).data(NetworkLedgerViewModel::OutcomeRole), u"HTTP 200"_s);
+    EXPECT_EQ(ledger.index(0).data(NetworkLedgerViewModel::PlaceRole), u"This Mac"_s);
+
+    stop();
+    start();
+    EXPECT_EQ(state->chat().messages()->rowCount(), 0) << "a start opens a fresh chat";
+    ASSERT_EQ(state->conversations().rowCount(), 2);
+    const auto saved = state->conversations().index(1);
+    EXPECT_EQ(saved.data(ConversationListModel::TitleRole), u"Hello there"_s);
+    state->chat().open(saved.data(ConversationListModel::ConversationIdRole).toString());
+    EXPECT_EQ(lastText(), reply);
+    EXPECT_EQ(lastRow(MessageListModel::PlaceRole), u"This Mac"_s);
+}
+
+TEST_F(ChatWindowTest, EscapeStopsWithinATenthOfASecondAtEachStage)
+{
+    for (const auto &model : {u"stall-before-headers"_s, u"stall-mid-stream"_s}) {
+        useModel(model);
+        const auto before = server.requests().size();
+        say(u"Take your time"_s);
+        server.awaitRequests(before + 1);
+        const bool sendsFirst = model == "stall-mid-stream"_L1;
+        ASSERT_TRUE(WindowDriver::eventually([&] { return !sendsFirst || !lastText().isEmpty(); }));
+        const QString arrived = lastText();
+
+        QElapsedTimer timer;
+        timer.start();
+        QTest::keyClick(window(), Qt::Key_Escape);
+        ASSERT_TRUE(turnEnds());
+        EXPECT_LT(timer.elapsed(), 100) << model.toStdString();
+        EXPECT_TRUE(lastRow(MessageListModel::CancelledRole).toBool());
+        EXPECT_EQ(lastText(), arrived) << "what had arrived stays";
+        EXPECT_FALSE(state->chat().hasBanner());
+        server.awaitEnded(before + 1);
+        EXPECT_TRUE(server.requests().back().clientLeft);
+    }
+}
+
+TEST_F(ChatWindowTest, RetryOnTheBannerAsksAgainUnderTheFailedReply)
+{
+    useModel(u"fail-once"_s);
+    say(u"Try me"_s);
+    ASSERT_TRUE(turnEnds());
+    EXPECT_TRUE(lastRow(MessageListModel::FailedRole).toBool());
+    auto *retry = item(u"retry"_s);
+    ASSERT_NE(retry, nullptr);
+    WindowDriver::click(retry);
+    ASSERT_TRUE(turnEnds());
+    EXPECT_FALSE(state->chat().hasBanner());
+    EXPECT_FALSE(lastText().isEmpty());
+    EXPECT_EQ(state->chat().messages()->rowCount(), 3);
+}
+
+TEST_F(ChatWindowTest, ContinueAddsTheRestToAReplyThatHitItsLimit)
+{
+    useModel(u"length"_s);
+    say(u"A long one"_s);
+    ASSERT_TRUE(turnEnds());
+    const QString half = lastText();
+    auto *more = item(u"continueReply"_s);
+    ASSERT_NE(more, nullptr);
+    WindowDriver::click(more);
+    ASSERT_TRUE(turnEnds());
+    EXPECT_TRUE(lastText().startsWith(half));
+    EXPECT_GT(lastText().size(), half.size());
+    EXPECT_EQ(state->chat().messages()->rowCount(), 2);
+    EXPECT_FALSE(lastRow(MessageListModel::CanContinueRole).toBool());
+}
+
+TEST_F(ChatWindowTest, TheSettingsPageTakesAServerAndTriesIt)
+{
+    state->settings().setBaseURLString(u"http://localhost:1/v1"_s);
+    QQuickWindow *settings = WindowDriver::settingsWindow(window());
+    ASSERT_NE(settings, nullptr);
+    const auto replace = [&](const QString &field, const QString &text) {
+        auto *box = WindowDriver::item(settings, field);
+        ASSERT_NE(box, nullptr) << field.toStdString();
+        box->forceActiveFocus();
+        QTest::keyClick(settings, Qt::Key_A, Qt::ControlModifier);
+        WindowDriver::type(settings, text);
+        QTest::keyClick(settings, Qt::Key_Tab);
+    };
+    replace(u"address"_s, server.baseUrl());
+    replace(u"model"_s, u"status-401"_s);
+    EXPECT_EQ(state->settings().baseURLString(), server.baseUrl());
+
+    auto &page = state->aiSettings();
+    const auto test = [&] {
+        WindowDriver::click(WindowDriver::item(settings, u"testConnection"_s));
+        return WindowDriver::eventually(
+            [&] { return page.testState() != AISettingsViewModel::TestState::running; });
+    };
+    ASSERT_TRUE(test());
+    EXPECT_EQ(page.testState(), AISettingsViewModel::TestState::failed);
+    EXPECT_EQ(page.testMessage(), u"The AI provider rejected the API key."_s);
+
+    replace(u"model"_s, u"practice-fast"_s);
+    EXPECT_EQ(page.testState(), AISettingsViewModel::TestState::untested)
+        << "a result ends with its settings";
+    ASSERT_TRUE(test());
+    EXPECT_EQ(page.testState(), AISettingsViewModel::TestState::succeeded);
+    const QJsonObject body = server.requests().back().json();
+    EXPECT_EQ(body.value("max_tokens"_L1), 8);
+    EXPECT_FALSE(body.contains("stream"_L1));
+
+    QSignalSpy keyChanged(&page, &AISettingsViewModel::keyChanged);
+    page.saveKey(u" sk-secret "_s);
+    ASSERT_TRUE(WindowDriver::eventually([&] { return !keyChanged.empty(); }));
+    EXPECT_TRUE(page.hasKey());
+    ASSERT_TRUE(test());
+    EXPECT_EQ(server.requests().back().headers.value("Authorization"_L1).toString(), u"Bearer sk-secret"_s);
+    settings->close();
+}
+
+TEST_F(ChatWindowTest, TheChatListOpensAndStartsChatsByKey)
+{
+    say(u"first"_s);
+    ASSERT_TRUE(turnEnds());
+    const QString firstId = state->chat().conversationId();
+    WindowDriver::press(window(), Qt::Key_N, Qt::ControlModifier);
+    EXPECT_NE(state->chat().conversationId(), firstId);
+    say(u"second"_s);
+    ASSERT_TRUE(turnEnds());
+    EXPECT_EQ(state->conversations().rowCount(), 2);
+    state->chat().open(firstId);
+    EXPECT_EQ(state->chat().messages()->index(0).data(MessageListModel::TextRole), u"first"_s);
+}
+
+} // namespace

@@ -1,0 +1,80 @@
+#include "support/WindowDriver.h"
+
+#include <QGuiApplication>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+QList<QQuickItem *> WindowDriver::allItems(QQuickWindow *window)
+{
+    QList<QQuickItem *> items{window->contentItem()};
+    for (qsizetype i = 0; i < items.size(); ++i)
+        items += items.at(i)->childItems();
+    return items;
+}
+
+QQuickItem *WindowDriver::item(QQuickWindow *window, const QString &objectName)
+{
+    const auto items = allItems(window);
+    const auto found = std::find_if(items.begin(), items.end(), [&](QQuickItem *each) {
+        return each->isVisible() && each->objectName() == objectName;
+    });
+    return found == items.end() ? nullptr : *found;
+}
+
+QQuickWindow *WindowDriver::settingsWindow(QQuickWindow *mainWindow)
+{
+    const auto find = [mainWindow]() -> QQuickWindow * {
+        const auto windows = QGuiApplication::allWindows();
+        for (QWindow *window : windows) {
+            if (window != mainWindow && window->isVisible() && window->title() == "Settings"_L1)
+                return qobject_cast<QQuickWindow *>(window);
+        }
+        return nullptr;
+    };
+    if (!find())
+        press(mainWindow, Qt::Key_Comma, Qt::ControlModifier);
+    const bool opened = eventually([&] { return find() && find()->isActive(); });
+    return opened ? find() : nullptr;
+}
+
+void WindowDriver::press(QQuickWindow *window, int key, Qt::KeyboardModifiers modifiers)
+{
+    QTest::keyClick(window, static_cast<Qt::Key>(key), modifiers);
+    settle();
+}
+
+void WindowDriver::type(QQuickWindow *window, const QString &text)
+{
+    for (const QChar character : text)
+        QTest::keyClick(window, character.toLatin1());
+    settle();
+}
+
+void WindowDriver::click(QQuickItem *item)
+{
+    const QPointF middle = item->mapToScene({item->width() / 2, item->height() / 2});
+    QTest::mouseClick(item->window(), Qt::LeftButton, Qt::NoModifier, middle.toPoint());
+    settle();
+}
+
+bool WindowDriver::eventually(const std::function<bool()> &condition)
+{
+    return QTest::qWaitFor(condition, 10'000);
+}
+
+void WindowDriver::settle()
+{
+    QCoreApplication::processEvents();
+    const auto windows = QGuiApplication::allWindows();
+    for (QWindow *each : windows) {
+        auto *window = qobject_cast<QQuickWindow *>(each);
+        if (!window || !window->isVisible())
+            continue;
+        QSignalSpy drawn(window, &QQuickWindow::frameSwapped);
+        window->update();
+        drawn.wait(2000);
+    }
+    QCoreApplication::processEvents();
+}
