@@ -124,6 +124,11 @@ void AppState::openStore()
     }
     m_repository = std::make_unique<ConversationRepository>(m_persistence->mainContext(), m_clock,
                                                             m_settingsRepository.get());
+    try {
+        m_repository->sealPlainTexts();
+    } catch (const PersistenceError &) {
+        // Tried again at the next start.
+    }
 }
 
 void AppState::makeServices()

@@ -13,6 +13,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr std::size_t pageSize = 60;
+
 QString sectionOf(const QDateTime &date, const QDateTime &now)
 {
     const QDate day = date.toLocalTime().date();
@@ -64,11 +66,40 @@ QVariant ConversationListModel::data(const QModelIndex &index, int role) const
     }
 }
 
-void ConversationListModel::refresh()
+bool ConversationListModel::canFetchMore(const QModelIndex &parent) const
+{
+    return !parent.isValid() && m_hasMore;
+}
+
+void ConversationListModel::fetchMore(const QModelIndex &)
+{
+    const auto more = read(m_rows.size(), pageSize);
+    m_hasMore = more.size() == pageSize;
+    if (more.empty())
+        return;
+    beginInsertRows({}, rowCount(), rowCount() + static_cast<int>(more.size()) - 1);
+    m_rows.insert(m_rows.end(), more.begin(), more.end());
+    endInsertRows();
+    Q_EMIT countChanged();
+}
+
+std::vector<ConversationListModel::Row> ConversationListModel::read(std::size_t offset,
+                                                                    std::size_t count) const
 {
     std::vector<Row> rows;
-    for (const auto &conversation : m_repository.all())
+    const auto page = m_repository.page(static_cast<std::int64_t>(offset), static_cast<std::int64_t>(count));
+    rows.reserve(page.size());
+    for (const auto &conversation : page)
         rows.push_back({conversation->id(), conversation->title(), conversation->updatedAt()});
+    return rows;
+}
+
+void ConversationListModel::refresh()
+{
+    // One more than is shown: a new chat joins the list, and a full page tells that there are more.
+    const std::size_t wanted = std::max(pageSize, m_rows.size() + 1);
+    auto rows = read(0, wanted);
+    m_hasMore = rows.size() == wanted;
     if (rows == m_rows)
         return;
     const bool sameOrder = std::equal(rows.begin(), rows.end(), m_rows.begin(), m_rows.end(),

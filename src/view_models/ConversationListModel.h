@@ -11,7 +11,8 @@
 class Clock;
 class ConversationRepository;
 
-// The saved chats, newest first, for the sidebar.
+// The saved chats, newest first, for the sidebar. Read by the page as the list is scrolled, so that a store
+// of many chats opens as fast as one of few.
 class ConversationListModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -30,6 +31,8 @@ public:
     [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+    [[nodiscard]] bool canFetchMore(const QModelIndex &parent) const override;
+    void fetchMore(const QModelIndex &parent) override;
 
     // Reads the list again; rows that stay are moved and updated in place.
     void refresh();
@@ -46,8 +49,10 @@ private:
     };
 
     [[nodiscard]] int rowCountNow() const { return rowCount(); }
+    [[nodiscard]] std::vector<Row> read(std::size_t offset, std::size_t count) const;
 
     ConversationRepository &m_repository;
     Clock &m_clock;
     std::vector<Row> m_rows;
+    bool m_hasMore = true;
 };

@@ -3,6 +3,7 @@
 #include "support/Await.h"
 
 #include <QFile>
+#include <QSysInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -38,7 +39,7 @@ TEST(RunningInstanceTest, TheEndOfTheFirstMakesRoomAndADeadOwnersLockCountsAsNon
     // What a killed program leaves: a lock file naming a process that is gone.
     QFile lock(folder.filePath(u"morvane.lock"_s));
     ASSERT_TRUE(lock.open(QIODevice::WriteOnly));
-    lock.write("2147483646\nmorvane\nhost\n");
+    lock.write("2147483646\nmorvane\n" + QSysInfo::machineHostName().toUtf8() + '\n');
     lock.close();
     EXPECT_TRUE(RunningInstance(folder.path()).isFirst());
 }
