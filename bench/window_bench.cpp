@@ -95,11 +95,12 @@ private:
 void fill(ConversationRepository &repository, Conversation &conversation, Clock &clock, int messages)
 {
     for (int i = 0; i < messages; ++i) {
-        conversation.append(repository.makeMessage({.id = QUuid::createUuid(),
-                                                    .role = i % 2 ? MessageRole::assistant : MessageRole::user,
-                                                    .content = u"Message number %1, a line of chat."_s.arg(i),
-                                                    .createdAt = clock.now(),
-                                                    .status = MessageStatus::delivered}));
+        conversation.append(
+            repository.makeMessage({.id = QUuid::createUuid(),
+                                    .role = i % 2 ? MessageRole::assistant : MessageRole::user,
+                                    .content = u"Message number %1, a line of chat."_s.arg(i),
+                                    .createdAt = clock.now(),
+                                    .status = MessageStatus::delivered}));
         repository.context().insert(conversation.messages().back());
     }
     repository.save();
@@ -144,7 +145,9 @@ void streamIntoLongChat(benchmark::State &state)
 BENCHMARK_CAPTURE(startTime, application, applicationStart)->Name("start_to_first_frame")->Iterations(3);
 BENCHMARK_CAPTURE(startTime, minimal, minimalStart)->Name("start_to_first_frame/yardstick")->Iterations(3);
 BENCHMARK_CAPTURE(startMemory, application, applicationStart)->Name("resident_at_first_frame")->Iterations(3);
-BENCHMARK_CAPTURE(startMemory, minimal, minimalStart)->Name("resident_at_first_frame/yardstick")->Iterations(3);
+BENCHMARK_CAPTURE(startMemory, minimal, minimalStart)
+    ->Name("resident_at_first_frame/yardstick")
+    ->Iterations(3);
 BENCHMARK(streamIntoLongChat)->Name("longest_block_while_streaming")->Iterations(1);
 
 int main(int argc, char **argv)

@@ -56,7 +56,8 @@ public:
     [[nodiscard]] const QString &testMessage() const { return m_testMessage; }
     [[nodiscard]] const QString &testSuggestion() const { return m_testSuggestion; }
 
-    // Stores the key in the keychain, off this thread; the empty text removes it. The key is never read back to the window.
+    // Stores the key in the keychain, off this thread; the empty text removes it. The key is never read back
+    // to the window.
     Q_INVOKABLE void saveKey(const QString &key);
     Q_INVOKABLE void test();
     Q_INVOKABLE void cancelTest();
