@@ -187,9 +187,11 @@ void ChatViewModel::deliver(const Turn &turn)
     CompanionViewModel &companion = m_services.companion;
     if (settings.voiceOutputEnabled() && m_services.speech) {
         companion.transition(CompanionState::speaking);
-        m_speechTask = TaskHandle::start([this, &turn, &settings](std::stop_token stop) {
-            return speakReply(QPointer(this), m_messages.textOf(*turn.reply), settings.voiceIdentifier(),
-                              settings.speakingRate(), settings.speakCodeBlocks(), std::move(stop));
+        const QPointer self(this);
+        const QString text = m_messages.textOf(*turn.reply);
+        m_speechTask = TaskHandle::start([self, text, &settings](std::stop_token stop) {
+            return speakReply(self, text, settings.voiceIdentifier(), settings.speakingRate(),
+                              settings.speakCodeBlocks(), std::move(stop));
         });
     } else {
         companion.reset();
