@@ -23,7 +23,7 @@ namespace {
 
 using Result = Report::Result;
 
-constexpr qint64 fileLimit = 64 * 1024 * 1024; // bytes; real evidence is a few kilobytes
+constexpr qint64 fileLimit = qint64{64} * 1024 * 1024; // bytes; real evidence is a few kilobytes
 
 QByteArray contents(const QString &path)
 {

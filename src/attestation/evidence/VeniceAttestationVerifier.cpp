@@ -10,7 +10,6 @@ namespace {
 
 using VeniceAttestationVerifier::Failure;
 using VeniceAttestationVerifier::Inquiry;
-using VeniceAttestationVerifier::Question;
 using VeniceAttestationVerifier::Verified;
 using Plain = VeniceAttestationVerifier::Failure::Plain;
 using Refusal = VeniceMeasurementAllowlist::Refusal;

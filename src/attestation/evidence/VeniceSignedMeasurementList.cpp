@@ -153,6 +153,7 @@ std::vector<VeniceBootEvent> readBootEvents(const QJsonObject &entry)
     const auto objects = require(Json::objects(entry, key), key);
     require(objects.size() >= 2 && objects.size() <= 32, key);
     std::vector<VeniceBootEvent> events;
+    events.reserve(objects.size());
     for (const QJsonObject &object : objects)
         events.push_back(readBootEvent(object));
     for (const auto live : {"compose-hash"_L1, "instance-id"_L1}) {
