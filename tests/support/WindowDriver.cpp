@@ -6,6 +6,17 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+QQuickItem *firstWhere(QQuickWindow *window, const std::function<bool(QQuickItem *)> &holds)
+{
+    const auto items = WindowDriver::allItems(window);
+    const auto found = std::find_if(items.begin(), items.end(), holds);
+    return found == items.end() ? nullptr : *found;
+}
+
+} // namespace
+
 QList<QQuickItem *> WindowDriver::allItems(QQuickWindow *window)
 {
     QList<QQuickItem *> items{window->contentItem()};
@@ -14,13 +25,15 @@ QList<QQuickItem *> WindowDriver::allItems(QQuickWindow *window)
     return items;
 }
 
+QQuickItem *WindowDriver::anyItem(QQuickWindow *window, const QString &objectName)
+{
+    return firstWhere(window, [&](QQuickItem *item) { return item->objectName() == objectName; });
+}
+
 QQuickItem *WindowDriver::item(QQuickWindow *window, const QString &objectName)
 {
-    const auto items = allItems(window);
-    const auto found = std::find_if(items.begin(), items.end(), [&](QQuickItem *each) {
-        return each->isVisible() && each->objectName() == objectName;
-    });
-    return found == items.end() ? nullptr : *found;
+    return firstWhere(
+        window, [&](QQuickItem *item) { return item->isVisible() && item->objectName() == objectName; });
 }
 
 QQuickWindow *WindowDriver::settingsWindow(QQuickWindow *mainWindow)

@@ -13,7 +13,10 @@ namespace WindowDriver {
 // Everything that is drawn in a window, parents before children.
 [[nodiscard]] QList<QQuickItem *> allItems(QQuickWindow *window);
 
-// The first item of that object name; null when none is drawn.
+// The first item of that object name, hidden or not; null when there is none.
+[[nodiscard]] QQuickItem *anyItem(QQuickWindow *window, const QString &objectName);
+
+// The first one that is drawn.
 [[nodiscard]] QQuickItem *item(QQuickWindow *window, const QString &objectName);
 
 // The application's settings window, opened by its key if it isn't open yet.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FakeViewModels.h"
+#include "support/WindowDriver.h"
 
 #include <QQmlApplicationEngine>
 #include <QQuickItem>
@@ -22,24 +23,35 @@ protected:
 
     void load();
 
-    // Everything that is drawn in a window, parents before children.
-    [[nodiscard]] static QList<QQuickItem *> allItems(QQuickWindow *window);
+    [[nodiscard]] static QList<QQuickItem *> allItems(QQuickWindow *window)
+    {
+        return WindowDriver::allItems(window);
+    }
     [[nodiscard]] QList<QQuickItem *> allItems() const { return allItems(m_window); }
-    [[nodiscard]] static QQuickItem *item(QQuickWindow *window, const QString &objectName);
+    [[nodiscard]] static QQuickItem *item(QQuickWindow *window, const QString &objectName)
+    {
+        return WindowDriver::anyItem(window, objectName);
+    }
     [[nodiscard]] QQuickItem *item(const QString &objectName) const { return item(m_window, objectName); }
     // The settings window; opened if it isn't yet.
-    [[nodiscard]] QQuickWindow *settingsWindow();
+    [[nodiscard]] QQuickWindow *settingsWindow() { return WindowDriver::settingsWindow(m_window); }
 
-    void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-    static void press(QQuickWindow *window, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-    static void type(QQuickWindow *window, const QString &text);
+    void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        WindowDriver::press(m_window, key, modifiers);
+    }
+    static void press(QQuickWindow *window, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        WindowDriver::press(window, key, modifiers);
+    }
+    static void type(QQuickWindow *window, const QString &text) { WindowDriver::type(window, text); }
     void type(const QString &text) { type(m_window, text); }
-    static void click(QQuickItem *item);
-
-    // Turns the event loop until the condition holds; false after ten seconds.
-    static bool eventually(const std::function<bool()> &condition);
-    // Lets what was posted happen and a frame be laid out and drawn.
-    static void settle();
+    static void click(QQuickItem *item) { WindowDriver::click(item); }
+    static bool eventually(const std::function<bool()> &condition)
+    {
+        return WindowDriver::eventually(condition);
+    }
+    static void settle() { WindowDriver::settle(); }
     // The name that assistive technology reads.
     [[nodiscard]] static QString accessibleName(QQuickItem *item);
 
