@@ -42,6 +42,12 @@ ChatFixture::ChatFixture()
     chat.openAtStart();
 }
 
+void ChatFixture::TearDown()
+{
+    chat.stopResponding();
+    TestWait::settle();
+}
+
 void ChatFixture::send(const QString &text)
 {
     chat.setDraft(text);

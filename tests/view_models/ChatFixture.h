@@ -57,6 +57,9 @@ class ChatFixture : public testing::Test {
 protected:
     ChatFixture();
 
+    // Ends what a test left running, so that no suspended turn outlives its services.
+    void TearDown() override;
+
     // Sends a message and lets the turn come to its wait for the reply.
     void send(const QString &text);
 
