@@ -68,7 +68,8 @@ TEST_F(ProviderAgainstServerTest, EveryHonestShapeOfAReplyBecomesTheSameText)
     const std::size_t sent = server.requests().size();
     TestWait::until([&] { return ledger.snapshot().entries.size() == sent; });
     for (const NetworkLedger::Entry &row : ledger.snapshot().entries)
-        EXPECT_TRUE(std::holds_alternative<EgressOutcome::Completed>(row.outcome.value));
+        EXPECT_TRUE(std::holds_alternative<EgressOutcome::Completed>(row.outcome.value))
+            << row.outcome.text().toStdString();
 
     EXPECT_EQ(replyOf(u"drip"_s).text(), u"Drop by drop, é and 👻 too, from the practice server."_s);
     EXPECT_EQ(replyOf(u"pieces-2000"_s).events.size(), 2000U);

@@ -61,6 +61,26 @@ QCoro::Task<Completion> fetchWhole(SharedQuestion question, std::stop_token stop
     co_return completion;
 }
 
+// Ends a request when the reply's consumer goes, for as long as this lives. A consumer that goes after a
+// complete reply must not cut off the end of the body, so the request has a token of its own.
+class RequestStop {
+public:
+    explicit RequestStop(std::stop_token consumer)
+        : m_link(std::move(consumer), Forward{m_source})
+    {}
+
+    [[nodiscard]] std::stop_token token() const { return m_source.get_token(); }
+
+private:
+    struct Forward {
+        std::stop_source source;
+        void operator()() { source.request_stop(); }
+    };
+
+    std::stop_source m_source;
+    std::stop_callback<Forward> m_link;
+};
+
 // Takes what a server still sends behind the sentinel, which is hardly ever more than the end of the body. So
 // the request ends as a complete one, and its connection is there for the next. Keeps no session alive: one
 // that goes ends this too.
@@ -120,7 +140,8 @@ QCoro::Task<> answerStreamed(SharedQuestion question, StreamedReply::Events even
     HttpRequest request = makeRequest(*question, Form::streamed);
     Log::info(Log::Category::AIProvider, "Starting streamed request to model %{public}s"_L1,
               {question->configuration.model});
-    auto response = co_await open(question, std::move(request), stop);
+    const RequestStop requestStop(stop);
+    auto response = co_await open(question, std::move(request), requestStop.token());
     const auto reply = std::make_shared<StreamedReply>();
     co_await readLines(std::move(response), reply, events);
     throwIfStopped(stop);
