@@ -140,6 +140,8 @@ check_network() {
 check_coroutines() {
     report 'co_await inside a condition' '\b(if|switch)\s*\(\s*!?\s*\(*\s*co_await' <<<"$code"
     report 'co_await inside a conditional expression' '[?:]\s*\(?co_await' <<<"$code"
+    # QCoro 0.8 moves out of the lvalue that is returned, which would empty the member.
+    report 'a member given to co_return' '\bco_return\s+m_\w+\s*;' <<<"$code"
     # A block that opens behind a closing parenthesis is no list: while (co_await f()) {
     report 'a braced list inside co_await or co_yield' 'co_(await|yield)\b([^;]*[\w(,>])?\s*\{' <<<"$code"
     # A reference to a service that outlives the task can't bind to a temporary.

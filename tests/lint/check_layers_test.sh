@@ -66,6 +66,7 @@ expect 'a network library' src/app/CMakeLists.txt 'target_link_libraries(app PRI
 expect 'if' src/low/Low.h 'if (!co_await f())' 'inside a condition'
 expect 'switch' src/low/Low.h 'switch (co_await f())' 'inside a condition'
 expect 'conditional' src/low/Low.h 'x = c ? co_await f() : y;' 'conditional expression'
+expect 'member' src/low/Low.h 'co_return m_provider;' 'member given to co_return'
 expect 'aggregate' src/low/Low.h 'co_await f(T{1});' 'braced list'
 expect 'list' src/low/Low.h 'co_await f({1, 2});' 'braced list'
 expect 'yielded aggregate' src/low/Low.h 'co_yield T{1};' 'braced list'
