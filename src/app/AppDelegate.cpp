@@ -27,6 +27,10 @@ AppDelegate::AppDelegate(QGuiApplication &application, AppState &state, QObject 
 void AppDelegate::didFinishLaunching()
 {
     Log::info(Log::Category::App, "Application did finish launching"_L1);
+    if (m_state.host() == AppState::Host::test) {
+        Log::info(Log::Category::App, "Unit-test host detected; skipping UI startup"_L1);
+        return;
+    }
     m_state.start();
 }
 

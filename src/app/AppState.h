@@ -59,6 +59,8 @@ public:
     // Why the store on disk did not open; an in-memory store stands in for it then.
     [[nodiscard]] const std::optional<PersistenceError> &startupError() const { return m_startupError; }
 
+    [[nodiscard]] Host host() const { return m_host; }
+
     // The Ghost chat, once there can be one. Must outlive this object or be taken back with null.
     void setGhost(GhostKeeping *ghost) { m_ghost = ghost; }
 

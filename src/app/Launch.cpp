@@ -8,6 +8,7 @@
 #include "persistence/ChatStoreLocation.h"
 #include "persistence/SettingsStore.h"
 #include "platform/linux/DesktopAppearance.h"
+#include "security/TestHost.h"
 #include "utils/Product.h"
 #include "view_models/ChatViewModel.h"
 #include "view_models/ShellViewModel.h"
@@ -28,6 +29,11 @@ constexpr auto silentWait = 300ms;
 SecretKeeping::Keyring keyringOf(const CommandLine &commandLine)
 {
     return commandLine.profile ? SecretKeeping::Keyring::none : SecretKeeping::Keyring::ofThePerson;
+}
+
+AppState::Host hostOfThisRun()
+{
+    return TestHost::isActive() ? AppState::Host::test : AppState::Host::application;
 }
 
 KeyExpectation expectationOf(const SupportFolders &folders)
@@ -102,7 +108,7 @@ void Launch::showWaiting(const QString &sentence, bool retryMayHelp)
 void Launch::finish()
 {
     m_patience.reset();
-    m_state = std::make_unique<AppState>(m_commandLine, AppState::Host::application, m_clock,
+    m_state = std::make_unique<AppState>(m_commandLine, hostOfThisRun(), m_clock,
                                          AppState::Secrets{m_secrets.keychain(), m_secrets.keychain()});
     if (m_commandLine.practiceServer)
         usePracticeServer(m_state->settings(), *m_commandLine.practiceServer);

@@ -22,24 +22,13 @@ QString rowOf(const QStringList &fields)
     return cells.join(u',');
 }
 
-QString labelsOf(SensitiveDataSet carrying)
-{
-    QStringList labels;
-    for (const auto data : {SensitiveData::screenText, SensitiveData::memory, SensitiveData::image}) {
-        if (carrying.testFlag(data))
-            labels.append(labelOf(data));
-    }
-    labels.sort();
-    return labels.isEmpty() ? u"none"_s : labels.join(u", "_s);
-}
-
 QStringList fieldsOf(const NetworkLedger::Entry &entry)
 {
     return {entry.startedAt.toUTC().toString(Qt::ISODateWithMs),
             entry.host,
             PrivateNetworkAddress::labelOf(PrivateNetworkAddress::classify(entry.host)),
             labelOf(entry.feature),
-            labelsOf(entry.carrying),
+            LedgerExport::carriedLabels(entry.carrying),
             QString::number(entry.bytesSent),
             QString::number(entry.bytesReceived),
             entry.outcome.text()};
@@ -59,4 +48,15 @@ QByteArray LedgerExport::csv(const std::vector<NetworkLedger::Entry> &entries)
     for (const NetworkLedger::Entry &entry : entries)
         rows.append(rowOf(fieldsOf(entry)));
     return rows.join(u'\n').toUtf8();
+}
+
+QString LedgerExport::carriedLabels(SensitiveDataSet carrying)
+{
+    QStringList labels;
+    for (const auto data : {SensitiveData::screenText, SensitiveData::memory, SensitiveData::image}) {
+        if (carrying.testFlag(data))
+            labels.append(labelOf(data));
+    }
+    labels.sort();
+    return labels.isEmpty() ? u"none"_s : labels.join(u", "_s);
 }

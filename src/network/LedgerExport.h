@@ -13,4 +13,7 @@ namespace LedgerExport {
 // Comma-separated UTF-8 with a header row, every field quoted, oldest row first. Times are UTC, ISO 8601.
 [[nodiscard]] QByteArray csv(const std::vector<NetworkLedger::Entry> &entries);
 
+// The labels of private data in the order of the alphabet, "none" for none.
+[[nodiscard]] QString carriedLabels(SensitiveDataSet carrying);
+
 } // namespace LedgerExport

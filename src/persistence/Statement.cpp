@@ -1,6 +1,7 @@
 #include "persistence/Statement.h"
 
 #include "persistence/DatabaseError.h"
+#include "utils/Identifier.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -20,7 +21,7 @@ namespace {
 
 QString SqlCoding::text(const QUuid &id)
 {
-    return id.toString(QUuid::WithoutBraces).toUpper();
+    return Identifier::text(id);
 }
 
 SqlValue SqlCoding::value(const QUuid &id)

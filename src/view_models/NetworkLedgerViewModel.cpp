@@ -16,17 +16,6 @@ namespace {
 // Rows come from any thread, so a panel that is open looks for a new revision this often.
 constexpr std::chrono::milliseconds lookInterval{500};
 
-QString carriedLabels(SensitiveDataSet carrying)
-{
-    QStringList labels;
-    for (const auto data : {SensitiveData::screenText, SensitiveData::memory, SensitiveData::image}) {
-        if (carrying.testFlag(data))
-            labels += labelOf(data);
-    }
-    labels.sort();
-    return labels.isEmpty() ? u"none"_s : labels.join(u", "_s);
-}
-
 } // namespace
 
 NetworkLedgerViewModel::NetworkLedgerViewModel(NetworkLedger &ledger, Clock &clock, QObject *parent)
@@ -68,7 +57,7 @@ QVariant NetworkLedgerViewModel::data(const QModelIndex &index, int role) const
     case FeatureRole:
         return labelOf(entry.feature);
     case DataRole:
-        return carriedLabels(entry.carrying);
+        return LedgerExport::carriedLabels(entry.carrying);
     case SentRole:
         return QLocale().formattedDataSize(entry.bytesSent);
     case ReceivedRole:

@@ -18,6 +18,7 @@
 #include "view_models/ShellViewModel.h"
 
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -86,6 +87,21 @@ TEST_F(AppStateTest, UnderATestHostNothingOfThePersonsIsMoved)
     start(AppState::Host::test);
     EXPECT_EQ(state->settings().model(), QString());
     EXPECT_TRUE(QFileInfo::exists(departed));
+}
+
+TEST_F(AppStateTest, ATestHostSkipsTheWindow)
+{
+    for (const auto host : {AppState::Host::application, AppState::Host::test}) {
+        start(host);
+        int windows = 0;
+        QObject::connect(state.get(), &AppState::mainWindowRequested, [&] { ++windows; });
+        AppDelegate delegate(*qGuiApp, *state);
+        const LogCapture log;
+        delegate.didFinishLaunching();
+        const bool skips = host == AppState::Host::test;
+        EXPECT_EQ(windows, skips ? 0 : 1);
+        EXPECT_EQ(log.lines().contains(u"app: Unit-test host detected; skipping UI startup"_s), skips);
+    }
 }
 
 TEST_F(AppStateTest, AStoreThatWontOpenStillBringsUpAChatAndIsLeftAlone)
