@@ -55,3 +55,21 @@ QUrl BaseURL::chatCompletions(const QString &text)
     url.setPath(path + separator + u"chat/completions"_s, QUrl::StrictMode);
     return url;
 }
+
+QUrl BaseURL::withPath(const QString &text, QLatin1StringView path)
+{
+    QUrl url = validated(text);
+    url.setPath(u'/' + path, QUrl::StrictMode);
+    url.setQuery(QString());
+    url.setFragment(QString());
+    return url;
+}
+
+bool BaseURL::isUsable(const QUrl &url)
+{
+    try {
+        return validated(url.toString(QUrl::FullyEncoded)).isValid();
+    } catch (const ProviderError &) {
+        return false;
+    }
+}

@@ -13,4 +13,11 @@ namespace BaseURL {
 // The validated address, with "chat/completions" appended unless its path already holds that.
 [[nodiscard]] QUrl chatCompletions(const QString &text);
 
+// The validated address with this path in place of its own path and query. `path` has no leading slash.
+[[nodiscard]] QUrl withPath(const QString &text, QLatin1StringView path);
+
+// The person could have entered this address, so a redirect may lead there: a conversation sent to a good
+// address must not be led on to one that is open to everybody on the way.
+[[nodiscard]] bool isUsable(const QUrl &url);
+
 } // namespace BaseURL

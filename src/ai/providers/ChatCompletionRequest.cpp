@@ -1,7 +1,6 @@
 #include "ai/providers/ChatCompletionRequest.h"
 
 #include "ai/contract/BaseURL.h"
-#include "ai/contract/ProviderError.h"
 
 #include <QJsonDocument>
 
@@ -61,16 +60,6 @@ QByteArray body(const std::vector<AIMessage> &messages, const AIConfiguration &c
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
-// A conversation sent to a good address must not be led on to one that is open to everybody on the way.
-bool isUsable(const QUrl &url)
-{
-    try {
-        return BaseURL::validated(url.toString(QUrl::FullyEncoded)).isValid();
-    } catch (const ProviderError &) {
-        return false;
-    }
-}
-
 } // namespace
 
 HttpRequest ChatCompletionRequest::make(const std::vector<AIMessage> &messages,
@@ -85,7 +74,7 @@ HttpRequest ChatCompletionRequest::make(const std::vector<AIMessage> &messages,
     if (configuration.apiKey && !configuration.apiKey->isEmpty())
         request.headers.push_back({"Authorization", "Bearer " + configuration.apiKey->toUtf8()});
     request.body = body(messages, configuration, tools, form);
-    request.followsRedirect = [](const QUrl &, const QUrl &to) { return isUsable(to); };
+    request.followsRedirect = [](const QUrl &, const QUrl &to) { return BaseURL::isUsable(to); };
     return request;
 }
 

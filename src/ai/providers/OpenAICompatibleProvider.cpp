@@ -2,8 +2,9 @@
 
 #include "ai/contract/ProviderError.h"
 #include "ai/providers/ChatCompletionRequest.h"
-#include "ai/providers/LineSplitter.h"
 #include "ai/providers/ProviderFailure.h"
+#include "ai/providers/ReplyLines.h"
+#include "ai/providers/RequestStop.h"
 #include "ai/providers/StreamedReply.h"
 #include "utils/Log.h"
 #include "utils/Text.h"
@@ -61,65 +62,6 @@ QCoro::Task<Completion> fetchWhole(SharedQuestion question, std::stop_token stop
     co_return completion;
 }
 
-// Ends a request when the reply's consumer goes, for as long as this lives. A consumer that goes after a
-// complete reply must not cut off the end of the body, so the request has a token of its own.
-class RequestStop {
-public:
-    explicit RequestStop(std::stop_token consumer)
-        : m_link(std::move(consumer), Forward{m_source})
-    {}
-
-    [[nodiscard]] std::stop_token token() const { return m_source.get_token(); }
-
-private:
-    struct Forward {
-        std::stop_source source;
-        void operator()() { source.request_stop(); }
-    };
-
-    std::stop_source m_source;
-    std::stop_callback<Forward> m_link;
-};
-
-// Takes what a server still sends behind the sentinel, which is hardly ever more than the end of the body. So
-// the request ends as a complete one, and its connection is there for the next. Keeps no session alive: one
-// that goes ends this too.
-QCoro::Task<> letEnd(AsyncStream<QByteArray> body)
-{
-    constexpr qsizetype patience = 4096; // bytes
-    qsizetype taken = 0;
-    try {
-        while (const auto piece = co_await body.next()) {
-            taken += piece->size();
-            if (taken > patience)
-                break;
-        }
-    } catch (const std::exception &) {
-        // The reply is complete; nobody waits for this.
-    }
-}
-
-// Reads the stream to its sentinel or its end.
-QCoro::Task<> readLines(HttpResponse response, std::shared_ptr<StreamedReply> reply,
-                        StreamedReply::Events events)
-{
-    const auto stop = events.stopToken();
-    LineSplitter lines(OpenAICompatibleProvider::longestLine);
-    while (auto piece = co_await response.body.next(stop)) {
-        lines.add(std::move(*piece));
-        while (const auto line = lines.next()) {
-            throwIfStopped(stop);
-            if (reply->add(*line, events) == StreamedReply::Progress::done) {
-                letEnd(std::move(response.body));
-                co_return;
-            }
-        }
-    }
-    throwIfStopped(stop);
-    if (const auto line = lines.last())
-        reply->add(*line, events);
-}
-
 // What to do about a stream that held no reply: it may have been a plain body, else the question is put once
 // more without streaming.
 QCoro::Task<> answerOtherwise(SharedQuestion question, std::shared_ptr<StreamedReply> reply,
@@ -143,7 +85,10 @@ QCoro::Task<> answerStreamed(SharedQuestion question, StreamedReply::Events even
     const RequestStop requestStop(stop);
     auto response = co_await open(question, std::move(request), requestStop.token());
     const auto reply = std::make_shared<StreamedReply>();
-    co_await readLines(std::move(response), reply, events);
+    ReplyLines::Reader reader = [reply, events](QByteArrayView line) mutable {
+        return reply->add(line, events);
+    };
+    co_await ReplyLines::read(std::move(response), std::move(reader), stop);
     throwIfStopped(stop);
     reply->finish(events);
     if (!reply->hasContent())

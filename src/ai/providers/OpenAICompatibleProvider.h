@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ai/contract/AIProvider.h"
-#include "network/HttpSession.h"
+#include "ai/providers/ReplyLines.h"
 
 // Speaks to every server of the chat-completions dialect: a service that the user added, a server on the
 // local network, a model runtime on this machine. GUI thread.
@@ -10,10 +10,9 @@
 // are part of the contract here: past them a reply ends with ProviderError::malformedResponse.
 class OpenAICompatibleProvider final : public AIConnectionTesting {
 public:
-    // Bytes of one line of an event stream, and of a reply that comes as one JSON body. Far beyond any
-    // reply; the costliest JSON of this size takes some 90 MB and a sixth of a second to parse.
-    static constexpr qsizetype longestLine = 2 * 1024 * 1024;
-    static constexpr qsizetype largestBody = 2 * 1024 * 1024;
+    // Bytes of one line of an event stream, and of a reply that comes as one JSON body.
+    static constexpr qsizetype longestLine = ReplyLines::longest;
+    static constexpr qsizetype largestBody = ReplyLines::longest;
 
     // Requests use `injectedSession` when it is set, else a session of `network` for what they carry.
     explicit OpenAICompatibleProvider(HttpSessionProviding &network,

@@ -1,6 +1,7 @@
 #include "ai/providers/OpenAIStreamParser.h"
 
 #include "ai/contract/ProviderError.h"
+#include "ai/providers/LineJson.h"
 #include "utils/Json.h"
 #include "utils/Text.h"
 
@@ -16,14 +17,6 @@ constexpr QByteArrayView sentinel{"[DONE]"};
 [[noreturn]] void throwMalformed()
 {
     throw ProviderError(ProviderError::Plain::malformedResponse);
-}
-
-std::optional<QJsonObject> parsedPayload(QByteArrayView payload)
-{
-    auto object = Json::parseObject(payload);
-    if (!object && !payload.isValidUtf8())
-        object = Json::parseObject(validUtf8(payload));
-    return object;
 }
 
 // The first element of `choices`, which must hold objects only. Nothing for an empty list too.
@@ -85,7 +78,7 @@ std::vector<ToolAwareEvent> classify(QByteArrayView line)
     const QByteArrayView payload = Text::trimmedBlanks(line.sliced(prefix.size()));
     if (payload == sentinel)
         return {Done{}};
-    const auto object = parsedPayload(payload);
+    const auto object = LineJson::parseObject(payload);
     const auto choice = object ? firstChoice(*object) : std::nullopt;
     if (!choice)
         return {Ignored{}};
@@ -127,11 +120,6 @@ Completion parseBody(QByteArrayView body)
     if (completion.isEmpty() && !content)
         throwMalformed();
     return completion;
-}
-
-QByteArray validUtf8(QByteArrayView bytes)
-{
-    return bytes.isValidUtf8() ? bytes.toByteArray() : QString::fromUtf8(bytes).toUtf8();
 }
 
 } // namespace OpenAIStreamParser

@@ -65,7 +65,4 @@ struct Completion {
 // Throws ProviderError::malformedResponse.
 [[nodiscard]] Completion parseBody(QByteArrayView body);
 
-// The bytes as valid UTF-8, with replacement characters where they are not.
-[[nodiscard]] QByteArray validUtf8(QByteArrayView bytes);
-
 } // namespace OpenAIStreamParser

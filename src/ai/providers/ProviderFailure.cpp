@@ -33,22 +33,6 @@ ProviderError mappedTransport(TransportError::Code code)
     return ProviderError(Plain::networkUnavailable);
 }
 
-// The start of a body. The status says what went wrong, so a connection that breaks here is just its end.
-QCoro::Task<QByteArray> readStart(HttpResponse response, std::stop_token stop)
-{
-    QByteArray body;
-    try {
-        while (const auto piece = co_await response.body.next(stop)) {
-            body.append(QByteArrayView(*piece).first(
-                std::min(piece->size(), ProviderFailure::errorBodyLimit - body.size())));
-            if (body.size() == ProviderFailure::errorBodyLimit)
-                break;
-        }
-    } catch (const TransportError &) {
-    }
-    co_return body;
-}
-
 } // namespace
 
 ProviderError ProviderFailure::mapped(const std::exception_ptr &error)
@@ -69,7 +53,7 @@ ProviderError ProviderFailure::mapped(const std::exception_ptr &error)
 QCoro::Task<HttpResponse> ProviderFailure::validated(HttpResponse response, std::stop_token stop)
 {
     const int status = response.status;
-    if (status >= 200 && status <= 299)
+    if (isSuccess(status))
         co_return std::move(response);
     const QByteArray body = co_await readStart(std::move(response), stop);
     const QString words = summary(body);
@@ -78,6 +62,20 @@ QCoro::Task<HttpResponse> ProviderFailure::validated(HttpResponse response, std:
     else
         Log::error(Log::Category::AIProvider, "Provider HTTP error %ld: %{public}s"_L1, {status, words});
     throw ProviderError::forStatus(status);
+}
+
+QCoro::Task<QByteArray> ProviderFailure::readStart(HttpResponse response, std::stop_token stop)
+{
+    QByteArray body;
+    try {
+        while (const auto piece = co_await response.body.next(stop)) {
+            body.append(QByteArrayView(*piece).first(std::min(piece->size(), errorBodyLimit - body.size())));
+            if (body.size() == errorBodyLimit)
+                break;
+        }
+    } catch (const TransportError &) {
+    }
+    co_return body;
 }
 
 QString ProviderFailure::summary(QByteArrayView body)

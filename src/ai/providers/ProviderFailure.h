@@ -19,6 +19,14 @@ inline constexpr qsizetype errorBodyLimit = 0x10000;
 // and throws the status's ProviderError.
 [[nodiscard]] QCoro::Task<HttpResponse> validated(HttpResponse response, std::stop_token stop);
 
+// The start of a body, up to the limit. A connection that breaks here is just its end.
+[[nodiscard]] QCoro::Task<QByteArray> readStart(HttpResponse response, std::stop_token stop);
+
+[[nodiscard]] constexpr bool isSuccess(int status)
+{
+    return status >= 200 && status <= 299;
+}
+
 // The server's own words about an error, in one line, at most 160 characters and "…". Empty when the body has
 // none.
 [[nodiscard]] QString summary(QByteArrayView body);

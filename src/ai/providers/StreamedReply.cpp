@@ -1,6 +1,7 @@
 #include "ai/providers/StreamedReply.h"
 
 #include "ai/contract/ProviderError.h"
+#include "ai/providers/LineJson.h"
 
 using namespace Qt::StringLiterals;
 namespace Parser = OpenAIStreamParser;
@@ -44,7 +45,7 @@ void StreamedReply::finish(Events &events)
 std::optional<Parser::Completion> StreamedReply::plainBody() const
 {
     try {
-        auto completion = Parser::parseBody(Parser::validUtf8(m_raw));
+        auto completion = Parser::parseBody(LineJson::validUtf8(m_raw));
         if (!completion.isEmpty())
             return completion;
     } catch (const ProviderError &) {

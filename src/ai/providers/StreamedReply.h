@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ai/contract/AIStreamEvent.h"
+#include "ai/providers/ReplyLines.h"
 #include "ai/providers/ToolCallAccumulator.h"
 #include "utils/AsyncStream.h"
 
@@ -15,7 +16,7 @@ public:
     // one plain JSON body.
     static constexpr qsizetype rawBufferLimit = 0x80000;
 
-    enum class Progress { goesOn, done };
+    using Progress = ReplyLines::Progress;
 
     // Throws ProviderError::malformedResponse past the accumulator's limits.
     Progress add(QByteArrayView line, Events &events);

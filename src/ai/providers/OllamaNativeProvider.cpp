@@ -1,0 +1,222 @@
+#include "ai/providers/OllamaNativeProvider.h"
+
+#include "ai/contract/ProviderError.h"
+#include "ai/providers/OllamaProbe.h"
+#include "ai/providers/OllamaReply.h"
+#include "ai/providers/OllamaRequest.h"
+#include "ai/providers/ProviderFailure.h"
+#include "utils/Json.h"
+#include "utils/Log.h"
+#include "utils/Text.h"
+
+using namespace Qt::StringLiterals;
+using OllamaRequest::Thinking;
+using Plain = ProviderError::Plain;
+
+namespace {
+
+// What one request needs, shared by the coroutines that carry it out.
+struct Question {
+    std::shared_ptr<HttpSession> session;
+    std::shared_ptr<OllamaProbe> capabilities; // absent when the cache knows, or for a bad address
+    std::shared_ptr<std::map<QString, bool>> thinkingCache;
+    std::vector<AIMessage> messages;
+    AIConfiguration configuration;
+    QString model;
+    std::vector<AITool> tools;
+};
+using SharedQuestion = std::shared_ptr<const Question>;
+
+std::optional<QStringList> capabilitiesIn(const QJsonObject &shown)
+{
+    const auto list = Json::array(shown, "capabilities"_L1);
+    if (!list)
+        return std::nullopt;
+    QStringList capabilities;
+    for (const QJsonValue capability : *list) {
+        if (capability.isString())
+            capabilities.append(capability.toString());
+    }
+    return capabilities;
+}
+
+// Whatever stands in a field that names another place counts, not only a text: private data follows this.
+bool namesAnotherPlace(const QJsonValue &value)
+{
+    return !value.isUndefined() && !value.isNull() && value != QJsonValue(QString());
+}
+
+std::optional<std::vector<OllamaModel>> modelsIn(const QJsonObject &tags)
+{
+    const QJsonValue list = tags.value("models"_L1);
+    if (!list.isArray() && !list.isNull()) // an empty list is null to some versions
+        return std::nullopt;
+    std::vector<OllamaModel> models;
+    for (const QJsonValue entry : list.toArray()) {
+        const QString name = entry["name"_L1].toString(entry["model"_L1].toString());
+        if (!name.isEmpty())
+            models.push_back({name, namesAnotherPlace(entry["remote_model"_L1]) ||
+                                        namesAnotherPlace(entry["remote_host"_L1])});
+    }
+    return models;
+}
+
+QCoro::Task<Thinking> thinkingOf(SharedQuestion question)
+{
+    std::map<QString, bool> &cache = *question->thinkingCache;
+    if (question->capabilities) {
+        const auto shown = co_await OllamaProbe::answer(question->capabilities);
+        if (const auto capabilities = shown ? capabilitiesIn(*shown) : std::nullopt)
+            cache.insert_or_assign(question->model, capabilities->contains("thinking"_L1));
+    }
+    const auto known = cache.find(question->model);
+    const bool thinks = known == cache.end() ? question->configuration.thinksLonger : known->second;
+    co_return thinks ? Thinking::on : Thinking::off;
+}
+
+QCoro::Task<HttpResponse> validated(HttpResponse response, std::stop_token stop)
+{
+    const int status = response.status;
+    if (ProviderFailure::isSuccess(status))
+        co_return std::move(response);
+    const QByteArray body = co_await ProviderFailure::readStart(std::move(response), stop);
+    const auto object = Json::parseObject(body);
+    const QString message = object ? object->value("error"_L1).toString() : QString();
+    Log::error(Log::Category::AIProvider, "Native Ollama HTTP %ld: %s"_L1, {status, message});
+    for (const auto word : {"image"_L1, "vision"_L1}) {
+        if (message.contains(word, Qt::CaseInsensitive))
+            throw ProviderError(Plain::modelLacksVision);
+    }
+    throw ProviderError::forStatus(status);
+}
+
+QCoro::Task<> readAnswer(SharedQuestion question, Thinking thinking, OllamaReply::Events events)
+{
+    const auto stop = events.stopToken();
+    HttpRequest request = OllamaRequest::chat(question->messages, question->configuration, question->model,
+                                              question->tools, thinking);
+    Log::info(Log::Category::AIProvider, "Starting native Ollama request to model %{public}s"_L1,
+              {question->model});
+    const RequestStop requestStop(stop);
+    auto response = co_await question->session->send(std::move(request), requestStop.token());
+    auto good = co_await validated(std::move(response), requestStop.token());
+    const auto reply = std::make_shared<OllamaReply>();
+    ReplyLines::Reader reader = [reply, events](QByteArrayView line) mutable {
+        return reply->add(line, events);
+    };
+    co_await ReplyLines::read(std::move(good), std::move(reader), stop);
+    throwIfStopped(stop);
+    reply->finish(events);
+    Log::info(Log::Category::AIProvider, "Native Ollama request completed"_L1);
+}
+
+QCoro::Task<> answer(SharedQuestion question, OllamaReply::Events events)
+{
+    try {
+        if (question->model.isEmpty())
+            throw ProviderError(Plain::notConfigured);
+        const Thinking thinking = co_await thinkingOf(question);
+        co_await readAnswer(question, thinking, events);
+        events.finish();
+    } catch (...) {
+        events.fail(std::make_exception_ptr(ProviderFailure::mapped(std::current_exception())));
+    }
+}
+
+QCoro::Task<QString> testedConnection(std::shared_ptr<HttpSession> session, QString baseURL,
+                                      std::stop_token stop)
+{
+    try {
+        auto response = co_await session->send(OllamaRequest::connectionTest(baseURL), stop);
+        co_await ProviderFailure::validated(std::move(response), stop);
+    } catch (...) {
+        throw ProviderFailure::mapped(std::current_exception());
+    }
+    co_return QString();
+}
+
+QCoro::Task<std::optional<QString>> versionFrom(std::shared_ptr<OllamaProbe> probe)
+{
+    const auto object = co_await OllamaProbe::answer(std::move(probe));
+    co_return object ? Json::string(*object, "version"_L1) : std::nullopt;
+}
+
+QCoro::Task<std::optional<QStringList>> capabilitiesFrom(std::shared_ptr<OllamaProbe> probe)
+{
+    const auto object = co_await OllamaProbe::answer(std::move(probe));
+    co_return object ? capabilitiesIn(*object) : std::nullopt;
+}
+
+QCoro::Task<std::optional<std::vector<OllamaModel>>> modelListFrom(std::shared_ptr<OllamaProbe> probe)
+{
+    const auto object = co_await OllamaProbe::answer(std::move(probe));
+    co_return object ? modelsIn(*object) : std::nullopt;
+}
+
+} // namespace
+
+OllamaNativeProvider::OllamaNativeProvider(HttpSessionProviding &network, Clock &clock,
+                                           std::shared_ptr<HttpSession> injectedSession)
+    : m_network(network)
+    , m_clock(clock)
+    , m_injectedSession(std::move(injectedSession))
+    , m_thinkingCache(std::make_shared<std::map<QString, bool>>())
+{}
+
+AsyncStream<AIStreamEvent> OllamaNativeProvider::streamReply(std::vector<AIMessage> messages,
+                                                             AIConfiguration configuration,
+                                                             std::vector<AITool> tools)
+{
+    auto [stream, events] = AsyncStream<AIStreamEvent>::make();
+    const QString model = Text::trimmedBlanks(QStringView(configuration.model)).toString();
+    auto session = sessionFor(configuration.carrying);
+    const QString baseURL = configuration.baseURLString;
+    auto probe =
+        m_thinkingCache->contains(model) || model.isEmpty()
+            ? nullptr
+            : makeProbe([&] { return OllamaRequest::capabilities(baseURL, model); }, events.stopToken());
+    answer(std::make_shared<const Question>(Question{std::move(session), std::move(probe), m_thinkingCache,
+                                                     std::move(messages), std::move(configuration), model,
+                                                     std::move(tools)}),
+           events);
+    return std::move(stream);
+}
+
+QCoro::Task<QString> OllamaNativeProvider::testConnection(AIConfiguration configuration, std::stop_token stop)
+{
+    return testedConnection(sessionFor({}), configuration.baseURLString, std::move(stop));
+}
+
+QCoro::Task<std::optional<QString>> OllamaNativeProvider::version(QString baseURL, std::stop_token stop)
+{
+    return versionFrom(makeProbe([&] { return OllamaRequest::version(baseURL); }, std::move(stop)));
+}
+
+QCoro::Task<std::optional<QStringList>> OllamaNativeProvider::capabilities(QString baseURL, QString model,
+                                                                           std::stop_token stop)
+{
+    return capabilitiesFrom(
+        makeProbe([&] { return OllamaRequest::capabilities(baseURL, model); }, std::move(stop)));
+}
+
+QCoro::Task<std::optional<std::vector<OllamaModel>>> OllamaNativeProvider::modelList(QString baseURL,
+                                                                                     std::stop_token stop)
+{
+    return modelListFrom(makeProbe([&] { return OllamaRequest::modelList(baseURL); }, std::move(stop)));
+}
+
+// Nothing for an address that may not be used.
+std::shared_ptr<OllamaProbe> OllamaNativeProvider::makeProbe(const std::function<HttpRequest()> &request,
+                                                             std::stop_token stop) const
+{
+    try {
+        return std::make_shared<OllamaProbe>(sessionFor({}), request(), m_clock, std::move(stop));
+    } catch (const ProviderError &) {
+        return nullptr;
+    }
+}
+
+std::shared_ptr<HttpSession> OllamaNativeProvider::sessionFor(SensitiveDataSet carrying) const
+{
+    return m_injectedSession ? m_injectedSession : m_network.session(EgressFeature::aiModel, carrying);
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "ai/contract/AIProvider.h"
+#include "ai/providers/OllamaProbing.h"
+#include "network/HttpSession.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+
+class Clock;
+class OllamaProbe;
+
+// Speaks to an Ollama server in its own interface, where the size of the context can be set and thinking
+// asked for. GUI thread.
+//
+// A reply under way owns all that it needs, so it outlives the provider. Lines and bodies have the bounds of
+// OpenAICompatibleProvider.
+class OllamaNativeProvider final : public AIConnectionTesting, public OllamaProbing {
+public:
+    // Requests use `injectedSession` when it is set, else a session of `network` for what they carry. Probes
+    // carry nothing.
+    OllamaNativeProvider(HttpSessionProviding &network, Clock &clock,
+                         std::shared_ptr<HttpSession> injectedSession = nullptr);
+
+    // Asks the server first, once for each model, whether the model thinks. While that is unknown, a
+    // configuration that `thinksLonger` asks for thinking.
+    [[nodiscard]] AsyncStream<AIStreamEvent> streamReply(std::vector<AIMessage> messages,
+                                                         AIConfiguration configuration,
+                                                         std::vector<AITool> tools) override;
+
+    // Whether the server lists its models; no model is put to work, so the text is empty.
+    [[nodiscard]] QCoro::Task<QString> testConnection(AIConfiguration configuration,
+                                                      std::stop_token stop) override;
+
+    [[nodiscard]] QCoro::Task<std::optional<QString>> version(QString baseURL, std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<std::optional<QStringList>> capabilities(QString baseURL, QString model,
+                                                                       std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<std::optional<std::vector<OllamaModel>>>
+    modelList(QString baseURL, std::stop_token stop) override;
+
+private:
+    [[nodiscard]] std::shared_ptr<OllamaProbe> makeProbe(const std::function<HttpRequest()> &request,
+                                                         std::stop_token stop) const;
+    [[nodiscard]] std::shared_ptr<HttpSession> sessionFor(SensitiveDataSet carrying) const;
+
+    HttpSessionProviding &m_network;
+    Clock &m_clock;
+    std::shared_ptr<HttpSession> m_injectedSession;
+    std::shared_ptr<std::map<QString, bool>> m_thinkingCache; // by model name; shared with replies under way
+};

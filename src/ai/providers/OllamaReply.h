@@ -1,0 +1,27 @@
+#pragma once
+
+#include "ai/contract/AIStreamEvent.h"
+#include "ai/providers/ReplyLines.h"
+#include "utils/AsyncStream.h"
+
+// One reply in Ollama's own interface as it grows: takes its lines and yields events at once.
+class OllamaReply {
+public:
+    using Events = AsyncStream<AIStreamEvent>::Producer;
+
+    // Throws ProviderError: modelError for an error that the server reports midway, malformedResponse for
+    // more tool calls than any model asks for.
+    ReplyLines::Progress add(QByteArrayView line, Events &events);
+
+    // What is due when reading has ended: the tool calls, then the note that the limit was hit. Throws
+    // ProviderError::emptyResponse when there was neither text nor a call.
+    void finish(Events &events);
+
+private:
+    void gather(std::vector<AIToolCall> calls);
+
+    std::vector<AIToolCall> m_calls;
+    qsizetype m_callCharacters = 0; // UTF-16 units
+    std::optional<QString> m_doneReason;
+    bool m_hasText = false;
+};
