@@ -1,11 +1,13 @@
 #include "app/AppState.h"
 
 #include "ai/agent/ReplyRunner.h"
+#include "ai/providers/OllamaNativeProvider.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
 #include "ai/routing/AIRequestRouter.h"
 #include "app/GhostQuestion.h"
 #include "app/WhatChangedNotice.h"
 #include "attestation/ProofLedger.h"
+#include "deployment/DeploymentValues.h"
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"
 #include "persistence/ConversationRepository.h"
@@ -41,6 +43,17 @@ bool hasChats(const SupportFolders &folders)
 {
     return QFileInfo::exists(ChatStoreLocation::storePath(folders)) ||
            QFileInfo::exists(ChatStoreLocation::oldStorePath(folders));
+}
+
+// Has no provider that seals yet, so the private cloud is shown as unavailable and nothing is sent there.
+PrivateCloud deployedPrivateCloud()
+{
+    const QString address(DeploymentValues::privateCloudURL);
+    PrivateCloud cloud;
+    cloud.devRelay = DevRelay::origin(address);
+    if (!cloud.devRelay)
+        cloud.endpoint = address;
+    return cloud;
 }
 
 } // namespace
@@ -136,8 +149,16 @@ void AppState::makeServices()
     m_networkLedger = std::make_unique<NetworkLedger>();
     m_network = std::make_unique<AppNetwork>(*m_networkLedger, m_clock);
     m_proofs = std::make_unique<ProofLedger>();
-    m_router = std::make_unique<AIRequestRouter>(*m_settings, m_secrets.keychain, *m_proofs, m_clock,
-                                                 std::make_shared<OpenAICompatibleProvider>(*m_network));
+    const auto ollama = std::make_shared<OllamaNativeProvider>(*m_network, m_clock);
+    m_router = std::make_unique<AIRequestRouter>(
+        AIRequestRouter::Services{.settings = *m_settings,
+                                  .keychain = m_secrets.keychain,
+                                  .proofs = *m_proofs,
+                                  .clock = m_clock,
+                                  .provider = std::make_shared<OpenAICompatibleProvider>(*m_network),
+                                  .nativeOllama = ollama,
+                                  .ollama = ollama.get(),
+                                  .privateCloud = deployedPrivateCloud()});
     m_replies = std::make_unique<ReplyRunner>(*m_router);
 }
 

@@ -1,5 +1,6 @@
 #include "network/HttpExchange.h"
 
+#include "network/PrivateNetworkAddress.h"
 #include "network/Redirect.h"
 #include "utils/Clock.h"
 
@@ -20,6 +21,24 @@ constexpr qsizetype discardLimit = qsizetype{64} * 1024;
 QString withPlaceholder(const QString &host)
 {
     return host.isEmpty() ? u"(no host)"_s : host;
+}
+
+bool isLocalAddress(const QByteArray &bytes)
+{
+    return PrivateNetworkAddress::isInside(bytes, PrivateNetworkAddress::machineSubnets());
+}
+
+// What counts as near by its name is connected to only where it is near by its address, so that a name whose
+// address changes behind the gate's back takes nothing along.
+AddressRule ruleFor(const QUrl &url, const AddressRule &callersRule)
+{
+    using PrivateNetworkAddress::HostClass;
+    const auto hostClass = PrivateNetworkAddress::classify(EgressGate::hostOf(url));
+    if (hostClass != HostClass::thisMac && hostClass != HostClass::localNetwork)
+        return callersRule;
+    return [callersRule](const QByteArray &bytes) {
+        return isLocalAddress(bytes) && (!callersRule || callersRule(bytes));
+    };
 }
 
 } // namespace
@@ -59,8 +78,8 @@ void HttpExchange::openHop()
     m_rows.push_back(row());
     CurlTransfer::Observer &observer = *this;
     try {
-        m_transfer =
-            std::make_unique<CurlTransfer>(m_setting.loop, observer, m_request, m_setting.mayConnect);
+        m_transfer = std::make_unique<CurlTransfer>(m_setting.loop, observer, m_request,
+                                                    ruleFor(m_request.url, m_setting.mayConnect));
     } catch (const TransportError &error) {
         fail(error);
         return;

@@ -99,6 +99,11 @@ bool isPrivateIPv6(const QByteArray &bytes)
     return bytes.startsWith(mapped) && isPrivateIPv4(bytes.last(ipv4Size));
 }
 
+bool isPrivateAddress(const QByteArray &bytes)
+{
+    return bytes.size() == ipv4Size ? isPrivateIPv4(bytes) : isPrivateIPv6(bytes);
+}
+
 bool sharesPrefix(const QByteArray &address, const PrivateNetworkAddress::Subnet &subnet)
 {
     if (address.size() != subnet.bytes.size() || subnet.prefixLength <= 0 ||
@@ -204,9 +209,7 @@ std::optional<QByteArray> PrivateNetworkAddress::addressBytes(const QString &hos
 std::optional<bool> PrivateNetworkAddress::isPrivateLiteral(const QString &host)
 {
     const auto bytes = addressBytes(host);
-    if (!bytes)
-        return std::nullopt;
-    return bytes->size() == ipv4Size ? isPrivateIPv4(*bytes) : isPrivateIPv6(*bytes);
+    return bytes ? std::optional(isPrivateAddress(*bytes)) : std::nullopt;
 }
 
 bool PrivateNetworkAddress::isLocalName(const QString &host)
@@ -222,11 +225,15 @@ bool PrivateNetworkAddress::isLocalName(const QString &host)
 
 bool PrivateNetworkAddress::isInside(const QString &host, const std::vector<Subnet> &subnets)
 {
-    if (isPrivateLiteral(host).value_or(false))
-        return true;
     const auto bytes = addressBytes(host);
-    return bytes && std::any_of(subnets.begin(), subnets.end(),
-                                [&](const Subnet &subnet) { return sharesPrefix(*bytes, subnet); });
+    return bytes && isInside(*bytes, subnets);
+}
+
+bool PrivateNetworkAddress::isInside(const QByteArray &address, const std::vector<Subnet> &subnets)
+{
+    return isPrivateAddress(address) ||
+           std::any_of(subnets.begin(), subnets.end(),
+                       [&](const Subnet &subnet) { return sharesPrefix(address, subnet); });
 }
 
 std::vector<PrivateNetworkAddress::Subnet> PrivateNetworkAddress::machineSubnets()

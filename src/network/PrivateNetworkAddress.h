@@ -32,6 +32,10 @@ enum class HostClass { thisMac, localNetwork, ownService, thirdParty };
 [[nodiscard]] bool isLocalName(const QString &host);
 
 [[nodiscard]] bool isInside(const QString &host, const std::vector<Subnet> &subnets);
+
+// The same for 4 or 16 bytes in network order.
+[[nodiscard]] bool isInside(const QByteArray &address, const std::vector<Subnet> &subnets);
+
 [[nodiscard]] std::vector<Subnet> machineSubnets();
 
 // Numeric addresses of a name by the system's resolver. Blocks; call it off the GUI thread.

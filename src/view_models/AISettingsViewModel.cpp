@@ -147,9 +147,8 @@ QCoro::Task<> AISettingsViewModel::runTest(QPointer<AISettingsViewModel> self, s
     ErrorPresentation failure;
     bool succeeded = false;
     try {
-        const QString reply =
-            co_await self->m_router.testConnection(self->m_router.settingsConfiguration(), stop);
-        succeeded = !reply.isEmpty();
+        co_await self->m_router.testConnection(self->m_router.settingsConfiguration(), stop);
+        succeeded = true;
     } catch (...) {
         failure = presentationOf(std::current_exception());
     }

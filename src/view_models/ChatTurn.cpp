@@ -130,7 +130,7 @@ QCoro::Task<AsyncStream<AgentEvent>> ChatViewModel::openReply(QPointer<ChatViewM
     throwIfStopped(stop);
     request.visionModel = visionModel;
     if (!visionModel) {
-        const std::optional<QString> toolsModel = co_await router.toolsModel(stop);
+        const std::optional<QString> toolsModel = co_await router.toolsModel(request.carrying, stop);
         throwIfStopped(stop);
         request.toolsModel = toolsModel;
     }

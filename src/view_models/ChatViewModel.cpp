@@ -31,8 +31,7 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
     connect(&m_approvals, &ApprovalDesk::pendingChanged, this, &ChatViewModel::approvalChanged);
     connect(&m_approvals, &ApprovalDesk::needsAttention, this, &ChatViewModel::needsAttention);
     connect(&m_approvals, &ApprovalDesk::resolved, this, &ChatViewModel::approvalResolved);
-    connect(&m_services.settings, &SettingsStore::baseURLStringChanged, this, &ChatViewModel::sourceChanged);
-    connect(&m_services.settings, &SettingsStore::modelChanged, this, &ChatViewModel::sourceChanged);
+    connect(&m_services.router, &AIRequestRouter::sourceChanged, this, &ChatViewModel::sourceChanged);
 }
 
 ChatViewModel::~ChatViewModel() = default;
@@ -81,33 +80,20 @@ QString ChatViewModel::lastAnswer() const
 
 QString ChatViewModel::sourceLabel() const
 {
-    return m_services.router.chatSource().label();
+    return m_services.router.sourceLabel();
 }
 
 QString ChatViewModel::sourceNote() const
 {
-    const ChatSource source = m_services.router.chatSource();
-    switch (source.kind) {
-    case ChatSource::Kind::thisMac:
-        return u"Stays on this computer"_s;
-    case ChatSource::Kind::network:
-        return u"Goes to %1 on your network"_s.arg(source.host);
-    case ChatSource::Kind::customCloud:
-        return u"Goes to %1, a service you added"_s.arg(source.host);
-    case ChatSource::Kind::ollamaCloud:
-        return u"Goes to Ollama's cloud"_s;
-    case ChatSource::Kind::morvaneCloud:
-        return u"Sealed for the private cloud"_s;
-    case ChatSource::Kind::notConfigured:
-        return u"Not set up yet"_s;
-    }
-    return {};
+    return m_services.router.chatSource().destination();
 }
 
 bool ChatViewModel::isConfigured() const
 {
-    return m_services.router.chatSource().kind != ChatSource::Kind::notConfigured &&
-           !Text::trimmed(m_services.settings.model()).isEmpty();
+    const ChatSource source = m_services.router.chatSource();
+    return source.kind == ChatSource::Kind::morvaneCloud ||
+           (source.kind != ChatSource::Kind::notConfigured &&
+            !Text::trimmed(m_services.settings.model()).isEmpty());
 }
 
 // Conversations

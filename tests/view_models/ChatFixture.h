@@ -78,7 +78,7 @@ protected:
     ConversationRepository repository{persistence->mainContext(), clock, &settingsRepository};
     InMemoryKeychainService keychain;
     ProofLedger proofs;
-    AIRequestRouter router{settings, keychain, proofs, clock, nullptr};
+    AIRequestRouter router{{.settings = settings, .keychain = keychain, .proofs = proofs, .clock = clock}};
     ScriptedReplies replies;
     NotificationLog notifications;
     CompanionViewModel companion{clock};

@@ -1,46 +1,23 @@
 #include "ai/routing/AIRequestRouter.h"
 
-#include "ai/contract/BaseURL.h"
 #include "ai/contract/ProviderError.h"
-#include "network/PrivateNetworkAddress.h"
+#include "ai/routing/LocalFallbackStream.h"
+#include "ai/routing/ModelName.h"
+#include "ai/routing/RouteConfiguration.h"
 #include "persistence/SettingsStore.h"
-#include "security/KeychainServicing.h"
 #include "utils/Clock.h"
-#include "utils/Product.h"
+#include "utils/Log.h"
 #include "utils/Text.h"
-
-#include <QUrl>
 
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using Ability = ModelCapabilities::Ability;
+using Place = TurnRoute::Place;
+using Plain = ProviderError::Plain;
 
 namespace {
-
-constexpr double turnTimeout = 120.0; // seconds
-constexpr std::int64_t smallestLocalOutput = 4096;
-
-QString identityPrompt()
-{
-    const QString name(Product::name);
-    return u"You are "_s + name +
-           u", a private AI assistant on the user's Mac. You are helpful, calm and concise, and you respect "
-           u"the "
-           "user's privacy. You do not claim to see the user's screen, applications, windows, or files "
-           "unless the "
-           "user has explicitly provided that content in this conversation. If asked about something on the "
-           "user's "
-           "screen that was not provided, explain that you can only see what the user shares with you."_s +
-           u"\n\nYour name is "_s + name + u"."_s;
-}
-
-// Judged by the text of the address alone.
-bool staysNear(const QString &baseURLString)
-{
-    using PrivateNetworkAddress::HostClass;
-    const auto hostClass = PrivateNetworkAddress::classify(QUrl(Text::trimmed(baseURLString)).host());
-    return hostClass == HostClass::thisMac || hostClass == HostClass::localNetwork;
-}
 
 ProofLedger::Place placeOf(const ChatSource &source, const QString &model)
 {
@@ -61,119 +38,361 @@ ProofLedger::Place placeOf(const ChatSource &source, const QString &model)
     return {};
 }
 
+// Where replies run while the private cloud is off.
+QString placePhrase(const ChatSource &source)
+{
+    switch (source.kind) {
+    case ChatSource::Kind::thisMac:
+    case ChatSource::Kind::notConfigured:
+    case ChatSource::Kind::morvaneCloud:
+        return u"on this Mac"_s;
+    case ChatSource::Kind::network:
+        return u"on your network"_s;
+    case ChatSource::Kind::customCloud:
+    case ChatSource::Kind::ollamaCloud:
+        return u"on the service you chose"_s;
+    }
+    return {};
+}
+
 } // namespace
 
-AIRequestRouter::AIRequestRouter(SettingsStore &settings, KeychainServicing &keychain, ProofLedger &proofs,
-                                 Clock &clock, std::shared_ptr<AIConnectionTesting> provider)
-    : m_settings(settings)
-    , m_keychain(keychain)
-    , m_proofs(proofs)
-    , m_clock(clock)
-    , m_provider(std::move(provider))
-{}
+AIRequestRouter::AIRequestRouter(Services services, QObject *parent)
+    : QObject(parent)
+    , m_services(std::move(services))
+    , m_hosts(m_services.clock)
+    , m_detection(m_services.ollama)
+    , m_inventory(m_services.ollama, m_services.clock)
+    , m_capabilities(m_services.ollama, m_detection, m_inventory, m_services.clock)
+    , m_judge(m_hosts, m_inventory, m_detection)
+    , m_burst(m_services.clock)
+{
+    for (const auto changed :
+         {&SettingsStore::baseURLStringChanged, &SettingsStore::modelChanged,
+          &SettingsStore::hostedChatEnabledChanged, &SettingsStore::hostedRelayEncryptedChanged})
+        connect(&m_services.settings, changed, this, &AIRequestRouter::sourceChanged);
+}
 
 QString AIRequestRouter::apiKeyAccount()
 {
-    return u"ai-provider-api-key"_s;
+    return RouteConfiguration::apiKeyAccount();
+}
+
+void AIRequestRouter::setLocalModel(LocalModelServing *localModel)
+{
+    if (m_localModel)
+        m_localModel->disconnect(this);
+    m_localModel = localModel;
+    if (localModel)
+        connect(localModel, &LocalModelServing::changed, this, [this] {
+            m_capabilities.forget();
+            Q_EMIT sourceChanged();
+        });
+    Q_EMIT sourceChanged();
+}
+
+// Sources
+
+ChatSource AIRequestRouter::configuredSource() const
+{
+    return ChatSource::of(m_services.settings.baseURLString(), m_services.settings.model());
+}
+
+bool AIRequestRouter::usesPrivateCloud() const
+{
+    const SettingsStore &settings = m_services.settings;
+    return settings.hostedChatEnabled() && configuredSource().kind != ChatSource::Kind::customCloud &&
+           settings.hostedRelayEncrypted() && !m_lastEnclaveRefusal;
 }
 
 ChatSource AIRequestRouter::chatSource() const
 {
-    return ChatSource::of(m_settings.baseURLString(), m_settings.model());
+    return usesPrivateCloud() ? ChatSource{ChatSource::Kind::morvaneCloud, {}, {}} : configuredSource();
 }
+
+QString AIRequestRouter::sourceLabel() const
+{
+    const ChatSource source = chatSource();
+    const bool isRelay = source.kind == ChatSource::Kind::morvaneCloud && m_services.privateCloud.devRelay;
+    return isRelay ? u"Private cloud (dev relay)"_s : source.label();
+}
+
+std::optional<PrivacyNotice> AIRequestRouter::privacyNotice() const
+{
+    return PrivacyNotice::of(chatSource(), m_services.settings.baseURLString());
+}
+
+std::optional<QString> AIRequestRouter::privateCloudNotice() const
+{
+    const ChatSource source = chatSource();
+    if (m_lastEnclaveRefusal)
+        return u"Private cloud is off: the last hardware proof did not verify on this Mac. Replies run %1 "
+               u"until you try Private cloud again."_s.arg(placePhrase(source));
+    if (source.kind == ChatSource::Kind::customCloud && m_services.settings.hostedChatEnabled())
+        return SourceOption::customServiceNotice();
+    return std::nullopt;
+}
+
+std::vector<SourceOption> AIRequestRouter::sources() const
+{
+    const ChatSource cloud{ChatSource::Kind::morvaneCloud, {}, {}};
+    const ChatSource configured = configuredSource();
+    return SourceOption::all(
+        {.active = chatSource(),
+         .configured = configured,
+         .privateCloudName =
+             m_services.privateCloud.devRelay ? u"Private cloud (dev relay)"_s : cloud.label(),
+         .knowsPrivateCloud =
+             m_services.privateCloud.makeProvider && !m_services.privateCloud.baseURL().isEmpty(),
+         .offersSealedChats = m_services.settings.hostedRelayEncrypted(),
+         .local = m_localModel ? m_localModel->state() : LocalModelServing::State::absent,
+         .model = m_services.settings.model()});
+}
+
+void AIRequestRouter::choose(SourceOption::Choice choice)
+{
+    const bool isCloud = choice == SourceOption::Choice::privateCloud;
+    if (isCloud)
+        tryPrivateCloudAgain();
+    m_services.settings.setHostedChatEnabled(isCloud);
+}
+
+void AIRequestRouter::tryPrivateCloudAgain()
+{
+    setRefusal(std::nullopt);
+}
+
+void AIRequestRouter::setRefusal(std::optional<QString> reason)
+{
+    if (m_lastEnclaveRefusal == reason)
+        return;
+    m_lastEnclaveRefusal = std::move(reason);
+    Q_EMIT sourceChanged();
+}
+
+std::int64_t AIRequestRouter::outputBudget() const
+{
+    const std::int64_t limit = m_services.settings.maxOutputTokens();
+    const bool isNear = !usesPrivateCloud() && HostPrivacy::staysNear(m_services.settings.baseURLString());
+    return isNear ? std::max<std::int64_t>(limit * 4, 8192) : std::clamp<std::int64_t>(limit * 2, 2048, 4096);
+}
+
+// Models
+
+QCoro::Task<std::optional<bool>> AIRequestRouter::seesImages(std::stop_token stop)
+{
+    if (m_injectedProvider || usesPrivateCloud())
+        co_return std::nullopt;
+    co_return co_await m_capabilities.has(Ability::vision, m_services.settings.baseURLString(),
+                                          m_services.settings.model(), stop);
+}
+
+// Images go to no server outside, so none is asked what it makes of them.
+QCoro::Task<std::optional<QString>>
+AIRequestRouter::visionModel(std::vector<ContextBuilder::HistoryItem> history, std::stop_token stop)
+{
+    const bool hasImages =
+        std::any_of(history.begin(), history.end(), [](const auto &item) { return !item.images.isEmpty(); });
+    if (!hasImages || !HostPrivacy::staysNear(m_services.settings.baseURLString()))
+        co_return std::nullopt;
+    co_return co_await standIn(Ability::vision, stop);
+}
+
+QCoro::Task<std::optional<QString>> AIRequestRouter::toolsModel(SensitiveDataSet carrying,
+                                                                std::stop_token stop)
+{
+    const bool mayAsk = !carrying || HostPrivacy::staysNear(m_services.settings.baseURLString());
+    if (!m_tools || m_tools().empty() || !mayAsk)
+        co_return std::nullopt;
+    co_return co_await standIn(Ability::tools, stop);
+}
+
+QCoro::Task<std::optional<QString>> AIRequestRouter::standIn(Ability ability, std::stop_token stop)
+{
+    if (m_injectedProvider || usesPrivateCloud())
+        co_return std::nullopt;
+    const auto check = m_lifeline.check(stop);
+    const QString baseURL = m_services.settings.baseURLString();
+    const QString model = m_services.settings.model();
+    const std::optional<bool> isAble = co_await m_capabilities.has(ability, baseURL, model, stop);
+    check();
+    if (isAble.value_or(true)) // able, or its server doesn't tell
+        co_return std::nullopt;
+    co_return co_await m_capabilities.standIn(ability, baseURL, stop);
+}
+
+QCoro::Task<> AIRequestRouter::waitForLocalModel(std::stop_token stop)
+{
+    const QPointer<LocalModelServing> runtime = m_localModel;
+    Clock &clock = m_services.clock;
+    const auto deadline = clock.elapsed() + 30s;
+    try {
+        while (runtime && runtime->state() == LocalModelServing::State::starting &&
+               clock.elapsed() < deadline)
+            co_await pause(clock, 250ms, stop);
+    } catch (const CancelledError &) {
+        // Whoever stopped it sees to the rest.
+    }
+}
+
+// Turns
 
 AIConfiguration AIRequestRouter::settingsConfiguration() const
 {
-    AIConfiguration configuration;
-    configuration.baseURLString = m_settings.baseURLString();
-    configuration.apiKey = m_keychain.read(apiKeyAccount());
-    configuration.model = m_settings.model();
-    configuration.temperature = m_settings.temperature();
-    configuration.maxOutputTokens = m_settings.maxOutputTokens();
-    configuration.systemPrompt = identityPrompt();
-    configuration.requestTimeout = turnTimeout;
-    configuration.preferStreaming = true;
-    return configuration;
+    return RouteConfiguration::configured(m_services.settings, m_services.keychain, m_prompts.identity());
 }
 
-// Capabilities are asked of servers that speak the native interface, which no provider here does yet.
-QCoro::Task<std::optional<QString>> AIRequestRouter::visionModel(std::vector<ContextBuilder::HistoryItem>,
-                                                                 std::stop_token)
+std::optional<AIConfiguration> AIRequestRouter::localConfiguration() const
 {
-    co_return std::nullopt;
+    return RouteConfiguration::local(m_services.settings, m_localModel, m_prompts.identity());
 }
 
-QCoro::Task<std::optional<QString>> AIRequestRouter::toolsModel(std::stop_token)
+std::optional<TurnRoute> AIRequestRouter::localRoute(const TurnRequest &turn) const
 {
-    co_return std::nullopt;
+    auto configuration = localConfiguration();
+    if (!configuration)
+        return std::nullopt;
+    TurnRoute route{std::move(*configuration), Place::local, false, {}};
+    route.apply(turn);
+    return route;
 }
 
-// There is no managed runtime yet that could be starting.
-QCoro::Task<> AIRequestRouter::waitForLocalModel(std::stop_token)
+// A turn that carries private data is not counted: it won't go to the private cloud.
+TurnRoute AIRequestRouter::chosenRoute(const TurnRequest &turn)
 {
-    co_return;
+    TurnRoute route;
+    if (usesPrivateCloud()) {
+        if (!turn.carrying && m_burst.isFull()) {
+            Log::info(Log::Category::AIProvider, "Hosted burst limit; routing to local model"_L1);
+            if (auto local = localRoute(turn))
+                return *local;
+            throw ProviderError(Plain::hostedBurstLimited);
+        }
+        route.configuration = RouteConfiguration::privateCloud(m_services.settings, m_services.privateCloud,
+                                                               m_prompts.identity());
+        route.place = Place::privateCloud;
+    } else {
+        route.configuration = settingsConfiguration();
+        if (m_services.privateCloud.isAt(route.configuration.baseURLString))
+            route.place = Place::privateCloud;
+    }
+    route.apply(turn);
+    return route;
+}
+
+// Private data won't go where the text of the host already forbids it, so nobody there or on the way is
+// asked.
+QCoro::Task<PrivacyClass> AIRequestRouter::privacyOf(TurnRoute route, std::stop_token stop)
+{
+    const AIConfiguration &configuration = route.configuration;
+    const bool isNear = HostPrivacy::staysNear(configuration.baseURLString);
+    if (route.place == Place::privateCloud || (!isNear && (configuration.carrying || m_injectedProvider)))
+        co_return PrivacyClass{PrivacyClass::Kind::leavesThisNetwork, {}};
+    if (m_injectedProvider)
+        co_return PrivacyClass{PrivacyClass::Kind::staysPrivate, {}};
+    co_return co_await m_judge.judge(configuration.baseURLString, configuration.model, stop);
 }
 
 QCoro::Task<PreparedRequest> AIRequestRouter::prepareRequest(TurnRequest turn, std::stop_token stop)
 {
-    throwIfStopped(stop);
+    const auto check = m_lifeline.check(stop);
+    check();
+    TurnRoute route = chosenRoute(turn);
+    const PrivacyClass chosen = co_await privacyOf(route, stop);
+    check();
+    route.privacy = chosen;
+    std::optional<TurnRoute> local;
+    if (turn.carrying && !route.keepsDataPrivate())
+        local = localRoute(turn);
+    if (local) {
+        route = *local;
+        const PrivacyClass moved = co_await privacyOf(route, stop);
+        check();
+        route.privacy = moved;
+    }
+    route.requireUsable();
+    if (turn.carrying)
+        route.requirePrivate();
+    if (route.place == Place::privateCloud)
+        m_burst.note();
+    co_return assembled(turn, route);
+}
+
+PreparedRequest AIRequestRouter::assembled(const TurnRequest &turn, const TurnRoute &route) const
+{
     PreparedRequest prepared;
-    AIConfiguration &configuration = prepared.configuration;
-    configuration = settingsConfiguration();
-    if (turn.visionModel)
-        configuration.model = *turn.visionModel;
-    else if (turn.toolsModel)
-        configuration.model = *turn.toolsModel;
+    prepared.configuration = route.configuration;
+    prepared.memoryAllowed = route.keepsDataPrivate() && turn.memoryAllowed;
+    if (m_tools)
+        prepared.tools = route.offered(m_tools(), prepared.memoryAllowed);
+    std::optional<QString> notes;
+    if (prepared.memoryAllowed && !m_injectedProvider)
+        notes = m_prompts.notesBlock();
+    if (notes) // from here on the request carries them, whatever the chat held
+        prepared.configuration.carrying |= SensitiveData::memory;
+    prepared.configuration.systemPrompt = m_prompts.assembled(prepared.tools, notes);
+    prepared.messages = ContextBuilder::build(turn.history, m_services.settings.maxContextMessages(),
+                                              prepared.configuration.systemPrompt, turn.rollingSummary);
+    return prepared;
+}
 
-    const bool isNear = staysNear(configuration.baseURLString);
-    if (turn.outputBudget)
-        configuration.maxOutputTokens = *turn.outputBudget;
-    else if (isNear)
-        configuration.maxOutputTokens = std::max(configuration.maxOutputTokens, smallestLocalOutput);
-    configuration.purpose = u"chat"_s;
-    configuration.carrying = turn.carrying;
+// Providers
 
-    if (!isNear && Text::trimmed(configuration.model).isEmpty())
-        throw ProviderError(ProviderError::Plain::notConfigured);
-    (void)BaseURL::validated(configuration.baseURLString);
-    if (turn.carrying && !isNear)
-        throw ProviderError(ProviderError::Plain::localModelRequired);
-
-    prepared.messages = ContextBuilder::build(turn.history, m_settings.maxContextMessages(),
-                                              configuration.systemPrompt, turn.rollingSummary);
-    co_return prepared;
+std::shared_ptr<AIProvider> AIRequestRouter::privateCloudProvider()
+{
+    if (!m_privateCloudProvider && m_services.privateCloud.makeProvider)
+        m_privateCloudProvider = m_services.privateCloud.makeProvider();
+    if (!m_privateCloudProvider)
+        throw ProviderError(Plain::notConfigured);
+    return m_privateCloudProvider;
 }
 
 QCoro::Task<std::shared_ptr<AIProvider>> AIRequestRouter::provider(AIConfiguration configuration,
-                                                                   std::stop_token)
+                                                                   std::stop_token stop)
 {
     // Copies on purpose: QCoro 0.8 moves out of the lvalue that is returned.
     if (m_injectedProvider)
         co_return std::shared_ptr<AIProvider>(m_injectedProvider);
+    if (m_services.privateCloud.isAt(configuration.baseURLString))
+        co_return privateCloudProvider();
     const auto source = ChatSource::of(configuration.baseURLString, configuration.model);
-    m_proofs.append({.id = QUuid::createUuid(),
-                     .startedAt = m_clock.now(),
-                     .place = placeOf(source, configuration.model),
-                     .purpose = configuration.purpose.value_or(u"chat"_s),
-                     .carrying = configuration.carrying});
-    co_return std::shared_ptr<AIProvider>(m_provider);
+    m_services.proofs.append({.id = QUuid::createUuid(),
+                              .startedAt = m_services.clock.now(),
+                              .place = placeOf(source, configuration.model),
+                              .purpose = configuration.purpose.value_or(u"chat"_s),
+                              .carrying = configuration.carrying});
+    const auto check = m_lifeline.check(stop);
+    const bool isOllama = co_await m_detection.isOllama(configuration.baseURLString, stop);
+    check();
+    co_return std::shared_ptr<AIProvider>(isOllama && m_services.nativeOllama ? m_services.nativeOllama
+                                                                              : m_services.provider);
 }
 
 AsyncStream<AIStreamEvent> AIRequestRouter::stream(PreparedRequest request,
                                                    std::shared_ptr<AIProvider> provider)
 {
-    return provider->streamReply(std::move(request.messages), std::move(request.configuration),
-                                 std::move(request.tools));
+    const auto living = [self = QPointer(this)]() -> AIRequestRouter & {
+        if (!self)
+            throw CancelledError();
+        return *self;
+    };
+    const QString baseURL = request.configuration.baseURLString;
+    return LocalFallbackStream::relay(
+        std::move(request), std::move(provider),
+        {.noteRefusal = [living](const QString &reason) { living().setRefusal(reason); },
+         .noteUnreachable = [living, baseURL] { living().m_detection.forgetUnreachable(baseURL); },
+         .localConfiguration = [living] { return living().localConfiguration(); },
+         .provider =
+             [living](AIConfiguration configuration, std::stop_token stop) {
+                 return living().provider(std::move(configuration), std::move(stop));
+             }});
 }
 
 QCoro::Task<QString> AIRequestRouter::testConnection(AIConfiguration configuration, std::stop_token stop)
 {
-    return m_provider->testConnection(std::move(configuration), std::move(stop));
-}
-
-std::int64_t AIRequestRouter::outputBudget() const
-{
-    const std::int64_t limit = m_settings.maxOutputTokens();
-    return staysNear(m_settings.baseURLString()) ? std::max<std::int64_t>(limit * 4, 8192)
-                                                 : std::clamp<std::int64_t>(limit * 2, 2048, 4096);
+    const auto check = m_lifeline.check(stop);
+    const bool isOllama = co_await m_detection.isOllama(configuration.baseURLString, stop);
+    check();
+    const auto tested = isOllama && m_services.nativeOllama ? m_services.nativeOllama : m_services.provider;
+    co_return co_await tested->testConnection(std::move(configuration), std::move(stop));
 }

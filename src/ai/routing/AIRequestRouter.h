@@ -1,89 +1,142 @@
 #pragma once
 
 #include "ai/contract/AIProvider.h"
-#include "ai/routing/ChatSource.h"
-#include "ai/routing/ContextBuilder.h"
+#include "ai/routing/BurstGuard.h"
+#include "ai/routing/ModelCapabilities.h"
+#include "ai/routing/PreparedRequest.h"
+#include "ai/routing/PrivacyJudge.h"
+#include "ai/routing/PrivacyNotice.h"
+#include "ai/routing/PrivateCloud.h"
+#include "ai/routing/PromptParts.h"
+#include "ai/routing/SourceOption.h"
+#include "ai/routing/TurnRoute.h"
 #include "attestation/ProofLedger.h"
 
-#include <QCoroTask>
+#include <QObject>
+#include <QPointer>
 
-#include <memory>
-#include <optional>
-#include <stop_token>
-
-class Clock;
 class KeychainServicing;
 class SettingsStore;
 
-// What a turn asks the router to prepare.
-struct TurnRequest {
-    std::vector<ContextBuilder::HistoryItem> history;
-    std::optional<QString> rollingSummary;
-    QString scopeKey; // "chat:" and the conversation's id; scoped approvals use it
-    SensitiveDataSet carrying;
-    std::optional<QString> visionModel; // takes the place of the configured model
-    std::optional<QString> toolsModel;
-    std::optional<std::int64_t> outputBudget; // of a continuation
-    bool memoryAllowed = true;                // a Ghost chat keeps no notes
-};
-
-// What a turn goes on with.
-struct PreparedRequest {
-    std::vector<AIMessage> messages;
-    AIConfiguration configuration;
-    std::vector<AITool> tools;
-    bool memoryAllowed = false;
-};
-
 // Decides for each turn who answers, and prepares the exact request. Holds no chat state. GUI thread.
-class AIRequestRouter {
+//
+// Its tasks end with CancelledError when it goes.
+class AIRequestRouter : public QObject {
+    Q_OBJECT
 public:
-    AIRequestRouter(SettingsStore &settings, KeychainServicing &keychain, ProofLedger &proofs, Clock &clock,
-                    std::shared_ptr<AIConnectionTesting> provider);
+    // The references and the probes outlive the router.
+    struct Services {
+        SettingsStore &settings;
+        KeychainServicing &keychain;
+        ProofLedger &proofs;
+        Clock &clock;
+        std::shared_ptr<AIConnectionTesting> provider;     // of the chat-completions dialect
+        std::shared_ptr<AIConnectionTesting> nativeOllama; // without it every server speaks that dialect
+        OllamaProbing *ollama = nullptr;                   // without it no server is asked about its models
+        PrivateCloud privateCloud;
+    };
+
+    explicit AIRequestRouter(Services services, QObject *parent = nullptr);
 
     // Where the keychain holds the key of the person's service.
     [[nodiscard]] static QString apiKeyAccount();
 
-    // Takes the place of every provider choice, for tests.
-    void injectProvider(std::shared_ptr<AIProvider> provider) { m_injectedProvider = std::move(provider); }
+    // Rooms that come after the router, or never.
+    void setLocalModel(LocalModelServing *localModel);
+    void setPromptParts(PromptParts parts) { m_prompts = std::move(parts); }
+    void setTools(std::function<std::vector<AITool>()> enabled) { m_tools = std::move(enabled); }
 
+    // For tests. An injected provider takes the place of every other one, and no server is asked about
+    // itself or its models then.
+    void injectProvider(std::shared_ptr<AIProvider> provider) { m_injectedProvider = std::move(provider); }
+    void setHostLookup(HostPrivacy::Lookup lookup) { m_hosts.setLookup(std::move(lookup)); }
+    void setSubnets(HostPrivacy::Subnets subnets) { m_hosts.setSubnets(std::move(subnets)); }
+    void setInventoryLookup(ModelInventory::Lookup lookup) { m_inventory.setLookup(std::move(lookup)); }
+
+    // What is in use, and what a window says about it.
+    [[nodiscard]] bool usesPrivateCloud() const;
     [[nodiscard]] ChatSource chatSource() const;
+    [[nodiscard]] QString sourceLabel() const;
+    [[nodiscard]] std::optional<PrivacyNotice> privacyNotice() const;
+    [[nodiscard]] std::optional<QString> privateCloudNotice() const;
+
+    // The menu of sources. Choosing never changes the server that the settings name; choosing the private
+    // cloud also tries it again after a refusal.
+    [[nodiscard]] std::vector<SourceOption> sources() const;
+    void choose(SourceOption::Choice choice);
+
+    // The last refusal of a hardware proof; the private cloud stays off until it is tried again.
+    [[nodiscard]] const std::optional<QString> &lastEnclaveRefusal() const { return m_lastEnclaveRefusal; }
+    void tryPrivateCloudAgain();
+
+    // The token budget of a continued reply.
+    [[nodiscard]] std::int64_t outputBudget() const;
+
+    // Whether the model in use sees images; nothing when its server doesn't tell.
+    [[nodiscard]] QCoro::Task<std::optional<bool>> seesImages(std::stop_token stop);
 
     // The model that sees images, when the one in use can't; nothing means no change.
     [[nodiscard]] QCoro::Task<std::optional<QString>>
     visionModel(std::vector<ContextBuilder::HistoryItem> history, std::stop_token stop);
 
-    // The model that can call tools, when the one in use can't; nothing means no change.
-    [[nodiscard]] QCoro::Task<std::optional<QString>> toolsModel(std::stop_token stop);
+    // The model that can call tools, when the one in use can't; nothing means no change. A turn that carries
+    // private data reaches no server outside, not even with this question.
+    [[nodiscard]] QCoro::Task<std::optional<QString>> toolsModel(SensitiveDataSet carrying,
+                                                                 std::stop_token stop);
 
-    // Returns once a local model that is starting is ready or has failed, at the latest after 30 seconds.
+    // Returns once a local model that is starting is ready or has failed, at the latest after 30 seconds,
+    // and when it is stopped.
     [[nodiscard]] QCoro::Task<> waitForLocalModel(std::stop_token stop);
 
-    // Throws ProviderError.
+    // Throws ProviderError, and KeychainError when the service's key can't be read.
     [[nodiscard]] QCoro::Task<PreparedRequest> prepareRequest(TurnRequest turn, std::stop_token stop);
 
-    // The provider that serves a configuration. Leaves a proof row that says where the answer runs.
+    // The provider that serves a configuration. Leaves a proof row that says where the answer runs; the
+    // private cloud's provider leaves its own.
     [[nodiscard]] QCoro::Task<std::shared_ptr<AIProvider>> provider(AIConfiguration configuration,
                                                                     std::stop_token stop);
 
-    // The reply of a prepared request.
+    // The reply of a prepared request. A refusal of the private cloud turns into its reason and the local
+    // model's reply.
     [[nodiscard]] AsyncStream<AIStreamEvent> stream(PreparedRequest request,
                                                     std::shared_ptr<AIProvider> provider);
 
-    // The configuration that the settings stand for now.
+    // What the settings name, whatever the private cloud's switch says.
     [[nodiscard]] AIConfiguration settingsConfiguration() const;
 
-    // Tries a configuration, for the settings page. Throws ProviderError.
+    // Tries a configuration, for the settings page. Returns what the server said, which may be nothing.
+    // Throws ProviderError.
     [[nodiscard]] QCoro::Task<QString> testConnection(AIConfiguration configuration, std::stop_token stop);
 
-    // The token budget of a continued reply.
-    [[nodiscard]] std::int64_t outputBudget() const;
+Q_SIGNALS:
+    // Anything that chatSource(), the notices or sources() tell of may be different now.
+    void sourceChanged();
 
 private:
-    SettingsStore &m_settings;
-    KeychainServicing &m_keychain;
-    ProofLedger &m_proofs;
-    Clock &m_clock;
-    std::shared_ptr<AIConnectionTesting> m_provider;
+    [[nodiscard]] ChatSource configuredSource() const;
+    [[nodiscard]] std::optional<AIConfiguration> localConfiguration() const;
+    [[nodiscard]] TurnRoute chosenRoute(const TurnRequest &turn);
+    [[nodiscard]] std::optional<TurnRoute> localRoute(const TurnRequest &turn) const;
+    [[nodiscard]] QCoro::Task<PrivacyClass> privacyOf(TurnRoute route, std::stop_token stop);
+    [[nodiscard]] PreparedRequest assembled(const TurnRequest &turn, const TurnRoute &route) const;
+    [[nodiscard]] QCoro::Task<std::optional<QString>> standIn(ModelCapabilities::Ability ability,
+                                                              std::stop_token stop);
+    [[nodiscard]] std::shared_ptr<AIProvider> privateCloudProvider();
+    void setRefusal(std::optional<QString> reason);
+
+    Services m_services;
+    QPointer<LocalModelServing> m_localModel;
+    PromptParts m_prompts;
+    std::function<std::vector<AITool>()> m_tools; // may be empty
     std::shared_ptr<AIProvider> m_injectedProvider;
+    std::shared_ptr<AIProvider> m_privateCloudProvider;
+    std::optional<QString> m_lastEnclaveRefusal;
+
+    HostPrivacy m_hosts;
+    OllamaDetection m_detection;
+    ModelInventory m_inventory;
+    ModelCapabilities m_capabilities;
+    PrivacyJudge m_judge;
+    BurstGuard m_burst;
+    Lifeline m_lifeline;
 };

@@ -41,6 +41,8 @@ ChatSource ChatSource::of(const QString &baseURLString, const QString &model)
     const QString normalised = PrivateNetworkAddress::normalisedHost(host);
     const bool isPrivate =
         normalised == "localhost"_L1 || PrivateNetworkAddress::isPrivateLiteral(normalised).value_or(false);
+    if (isPrivate && ModelName::isOllamaCloud(model))
+        return {Kind::ollamaCloud, {}, model};
     if (isThisMachine(host))
         return {Kind::thisMac, {}, model};
     if (isPrivate)
@@ -61,6 +63,25 @@ QString ChatSource::label() const
         return host;
     case Kind::ollamaCloud:
         return ModelName::shortName(model) + u" · Ollama's cloud"_s;
+    case Kind::notConfigured:
+        return u"Not set up yet"_s;
+    }
+    return {};
+}
+
+QString ChatSource::destination() const
+{
+    switch (kind) {
+    case Kind::thisMac:
+        return u"Stays on this computer"_s;
+    case Kind::network:
+        return u"Goes to %1 on your network"_s.arg(host);
+    case Kind::customCloud:
+        return u"Goes to %1, a service you added"_s.arg(host);
+    case Kind::ollamaCloud:
+        return u"Goes to Ollama's cloud"_s;
+    case Kind::morvaneCloud:
+        return u"Sealed for the private cloud"_s;
     case Kind::notConfigured:
         return u"Not set up yet"_s;
     }

@@ -19,9 +19,12 @@ struct ChatSource {
 
     bool operator==(const ChatSource &) const = default;
 
-    // The source of a base address and a model.
+    // The source of a base address and a model. Never the private cloud: that is chosen by a setting.
     [[nodiscard]] static ChatSource of(const QString &baseURLString, const QString &model);
 
     // What the status line shows.
     [[nodiscard]] QString label() const;
+
+    // What becomes of a message, in a few words.
+    [[nodiscard]] QString destination() const;
 };

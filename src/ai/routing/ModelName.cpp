@@ -1,5 +1,7 @@
 #include "ai/routing/ModelName.h"
 
+#include <QRegularExpression>
+
 #include <array>
 
 using namespace Qt::StringLiterals;
@@ -21,6 +23,18 @@ constexpr std::array<Family, 7> families{{
     {QLatin1StringView("gpt-oss"), QLatin1StringView("GPT-OSS")},
 }};
 
+// What stands behind the colon; "registry:5000/name" has none.
+QString tagOf(const QString &model)
+{
+    const qsizetype colon = model.lastIndexOf(u':');
+    return colon > model.lastIndexOf(u'/') ? model.sliced(colon + 1) : QString();
+}
+
+QString withTag(const QString &model)
+{
+    return tagOf(model).isEmpty() ? model + u":latest"_s : model;
+}
+
 } // namespace
 
 QString ModelName::shortName(const QString &model)
@@ -35,4 +49,21 @@ QString ModelName::shortName(const QString &model)
             return family.shown + name.sliced(family.prefix.size());
     }
     return name;
+}
+
+bool ModelName::isOllamaCloud(const QString &model)
+{
+    const QString tag = tagOf(model.trimmed()).toLower();
+    return tag == "cloud"_L1 || tag.endsWith("-cloud"_L1);
+}
+
+double ModelName::parameterCount(const QString &model)
+{
+    static const QRegularExpression count(u"(\\d+(?:\\.\\d+)?)b\\b"_s);
+    return count.match(model.toLower()).captured(1).toDouble();
+}
+
+bool ModelName::isSame(const QString &left, const QString &right)
+{
+    return withTag(left.trimmed()) == withTag(right.trimmed());
 }

@@ -1,0 +1,97 @@
+#include "ai/routing/LocalFallbackStream.h"
+
+#include "utils/Log.h"
+
+using namespace Qt::StringLiterals;
+using LocalFallbackStream::Decisions;
+using Plain = ProviderError::Plain;
+using Producer = AsyncStream<AIStreamEvent>::Producer;
+
+namespace {
+
+// Why a private cloud gave no reply; nothing for any other failure, or when the person has seen text of one.
+struct Refusal {
+    QString reason;
+};
+
+void noteFailure(const ProviderError &error, const Decisions &decisions)
+{
+    if (const auto *unverified = std::get_if<ProviderError::EnclaveUnverified>(&error.reason()))
+        decisions.noteRefusal(unverified->text);
+    else if (error.is(Plain::networkUnavailable) || error.is(Plain::networkTimeout))
+        decisions.noteUnreachable();
+}
+
+// Passes a reply on. A refusal of the private cloud comes back as a value while no text has been shown;
+// whatever else goes wrong is thrown.
+QCoro::Task<std::optional<Refusal>> pass(AsyncStream<AIStreamEvent> reply, Producer out, Decisions decisions)
+{
+    bool hasShownText = false;
+    try {
+        while (auto event = co_await reply.next(out.stopToken())) {
+            const auto *text = std::get_if<AIStream::Text>(&*event);
+            hasShownText = hasShownText || (text && !text->piece.isEmpty());
+            out.yield(std::move(*event));
+        }
+    } catch (const ProviderError &error) {
+        noteFailure(error, decisions);
+        if (hasShownText || !error.isPrivateCloudFallback())
+            throw;
+        co_return std::optional(Refusal{error.userMessage()});
+    }
+    co_return std::nullopt;
+}
+
+QCoro::Task<> goOnLocally(PreparedRequest request, Refusal refusal, Producer out, Decisions decisions)
+{
+    std::optional<AIConfiguration> local = decisions.localConfiguration();
+    if (!local)
+        throw LocalFallbackStream::unanswered(refusal.reason);
+    Log::info(Log::Category::AIProvider, "Enclave not verified; answering on the local model"_L1);
+    out.yield(AIStream::Text{refusal.reason + u"\n\n"_s});
+    local->purpose = request.configuration.purpose;
+    local->carrying = request.configuration.carrying;
+    const std::stop_token stop = out.stopToken();
+    const std::shared_ptr<AIProvider> provider = co_await decisions.provider(*local, stop);
+    throwIfStopped(stop);
+    AsyncStream<AIStreamEvent> reply =
+        provider->streamReply(std::move(request.messages), std::move(*local), std::move(request.tools));
+    const std::optional<Refusal> again = co_await pass(std::move(reply), out, std::move(decisions));
+    if (again)
+        throw LocalFallbackStream::unanswered(again->reason);
+}
+
+QCoro::Task<> run(PreparedRequest request, std::shared_ptr<AIProvider> provider, Producer out,
+                  Decisions decisions)
+{
+    try {
+        AsyncStream<AIStreamEvent> reply =
+            provider->streamReply(request.messages, request.configuration, request.tools);
+        const std::optional<Refusal> refusal = co_await pass(std::move(reply), out, decisions);
+        if (refusal)
+            co_await goOnLocally(std::move(request), *refusal, out, std::move(decisions));
+        out.finish();
+    } catch (...) {
+        out.fail(std::current_exception());
+    }
+}
+
+} // namespace
+
+AsyncStream<AIStreamEvent>
+LocalFallbackStream::relay(PreparedRequest request, std::shared_ptr<AIProvider> provider, Decisions decisions)
+{
+    auto [stream, out] = AsyncStream<AIStreamEvent>::make();
+    run(std::move(request), std::move(provider), out, std::move(decisions));
+    return std::move(stream);
+}
+
+ProviderError LocalFallbackStream::unanswered(const QString &reason)
+{
+    static constexpr QLatin1StringView promise{", so this reply is from the model on your Mac."};
+    if (!reason.endsWith(promise))
+        return ProviderError(ProviderError::PrivateCloudCouldNotAnswer{reason});
+    return ProviderError(ProviderError::PrivateCloudCouldNotAnswer{
+        reason.chopped(promise.size()) + u", and no model is set up on this Mac, so this message was not "
+                                         u"answered. Settings > AI sets one up."_s});
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "ai/contract/AIProvider.h"
+#include "ai/contract/ProviderError.h"
+#include "ai/routing/PreparedRequest.h"
+
+#include <functional>
+#include <memory>
+
+// Relays a reply, and when the private cloud refuses to give one goes on with the model on this machine.
+namespace LocalFallbackStream {
+
+// What the relay needs of whoever decides where turns go. Called from the GUI thread, at any time until the
+// stream is dropped or over; may throw CancelledError.
+struct Decisions {
+    // A hardware proof did not verify. Told before anything else happens.
+    std::function<void(const QString &reason)> noteRefusal;
+
+    // A server couldn't be reached.
+    std::function<void()> noteUnreachable;
+
+    // Where the reply goes instead; nothing when no local model is ready.
+    std::function<std::optional<AIConfiguration>()> localConfiguration;
+
+    std::function<QCoro::Task<std::shared_ptr<AIProvider>>(AIConfiguration, std::stop_token)> provider;
+};
+
+// Returns at once. Fails with ProviderError; dropping the stream ends the reply.
+[[nodiscard]] AsyncStream<AIStreamEvent> relay(PreparedRequest request, std::shared_ptr<AIProvider> provider,
+                                               Decisions decisions);
+
+// The error for a refusal that no local model makes good.
+[[nodiscard]] ProviderError unanswered(const QString &reason);
+
+} // namespace LocalFallbackStream

@@ -1,0 +1,106 @@
+#include "ai/routing/ModelCapabilities.h"
+
+#include "ai/routing/ModelName.h"
+#include "utils/Clock.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QLatin1StringView nameOf(ModelCapabilities::Ability ability)
+{
+    switch (ability) {
+    case ModelCapabilities::Ability::vision:
+        return "vision"_L1;
+    case ModelCapabilities::Ability::tools:
+        return "tools"_L1;
+    }
+    return {};
+}
+
+// The models of a server that may stand in, best first: so the first that is able is the answer.
+QStringList candidates(ModelCapabilities::Ability ability, const ModelInventory::Models &models)
+{
+    QStringList names;
+    for (const OllamaModel &model : models) {
+        if (!model.runsElsewhere && !ModelName::isOllamaCloud(model.name))
+            names.append(model.name);
+    }
+    if (ability == ModelCapabilities::Ability::tools)
+        std::stable_sort(names.begin(), names.end(), [](const QString &left, const QString &right) {
+            return ModelName::parameterCount(left) > ModelName::parameterCount(right);
+        });
+    return names;
+}
+
+} // namespace
+
+ModelCapabilities::ModelCapabilities(OllamaProbing *probes, OllamaDetection &detection,
+                                     ModelInventory &inventory, Clock &clock)
+    : m_probes(probes)
+    , m_detection(detection)
+    , m_inventory(inventory)
+    , m_clock(clock)
+{}
+
+QCoro::Task<std::optional<bool>> ModelCapabilities::has(Ability ability, QString baseURL, QString model,
+                                                        std::stop_token stop)
+{
+    const auto check = m_lifeline.check(stop);
+    if (model.isEmpty())
+        co_return std::nullopt;
+    const QString key = baseURL + u'|' + model;
+    if (!m_abilities.contains(key)) {
+        const bool isOllama = co_await m_detection.isOllama(baseURL, stop);
+        check();
+        if (!isOllama)
+            co_return std::nullopt;
+        const std::optional<QStringList> told = co_await m_probes->capabilities(baseURL, model, stop);
+        check();
+        if (!told)
+            co_return std::nullopt;
+        m_abilities.insert_or_assign(key, *told);
+    }
+    co_return std::optional<bool>(m_abilities.at(key).contains(nameOf(ability)));
+}
+
+QCoro::Task<std::optional<QString>> ModelCapabilities::standIn(Ability ability, QString baseURL,
+                                                               std::stop_token stop)
+{
+    const auto check = m_lifeline.check(stop);
+    const auto root = OllamaDetection::serverRoot(baseURL);
+    if (!root)
+        co_return std::nullopt;
+    const std::pair key{ability, *root};
+    if (const auto known = m_standIns.find(key); known != m_standIns.end())
+        co_return std::optional<QString>(known->second);
+
+    const std::optional<ModelInventory::Models> models = co_await m_inventory.of(baseURL, stop);
+    check();
+    if (!models)
+        co_return std::nullopt;
+    const auto deadline = m_clock.elapsed() + searchLimit;
+    std::optional<QString> found;
+    const QStringList names = candidates(ability, *models);
+    for (const QString &model : names) {
+        if (m_clock.elapsed() >= deadline) // not all were asked, so nothing is learnt
+            co_return std::nullopt;
+        const std::optional<bool> isAble = co_await has(ability, baseURL, model, stop);
+        check();
+        if (isAble.value_or(false)) {
+            found = model;
+            break;
+        }
+    }
+    m_standIns.insert_or_assign(key, found);
+    co_return found;
+}
+
+void ModelCapabilities::forget()
+{
+    m_inventory.forget();
+    m_abilities.clear();
+    m_standIns.clear();
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "ai/contract/AIConfiguration.h"
+#include "ai/contract/AIMessage.h"
+#include "ai/contract/AITool.h"
+#include "ai/routing/ContextBuilder.h"
+
+#include <optional>
+#include <vector>
+
+// What a turn asks the router to prepare.
+struct TurnRequest {
+    std::vector<ContextBuilder::HistoryItem> history;
+    std::optional<QString> rollingSummary;
+    QString scopeKey; // "chat:" and the conversation's id; scoped approvals use it
+    SensitiveDataSet carrying;
+    std::optional<QString> visionModel; // takes the place of the configured model
+    std::optional<QString> toolsModel;
+    std::optional<std::int64_t> outputBudget; // of a continuation
+    bool memoryAllowed = true;                // a Ghost chat keeps no notes
+};
+
+// What a turn goes on with.
+struct PreparedRequest {
+    std::vector<AIMessage> messages;
+    AIConfiguration configuration;
+    std::vector<AITool> tools;
+    bool memoryAllowed = false;
+};

@@ -1,0 +1,47 @@
+#include "ai/routing/PrivacyJudge.h"
+
+#include "ai/routing/ModelName.h"
+#include "utils/Text.h"
+
+#include <QUrl>
+
+#include <algorithm>
+
+using Kind = PrivacyClass::Kind;
+
+namespace {
+
+PrivacyClass classIn(const ModelInventory::Models &models, const QString &model)
+{
+    const auto listed = std::find_if(models.begin(), models.end(), [&model](const OllamaModel &each) {
+        return ModelName::isSame(each.name, model);
+    });
+    if (listed == models.end())
+        return {Kind::unknownModel, {}};
+    return listed->runsElsewhere ? PrivacyClass{Kind::cloudModel, model}
+                                 : PrivacyClass{Kind::staysPrivate, {}};
+}
+
+} // namespace
+
+QCoro::Task<PrivacyClass> PrivacyJudge::judge(QString baseURL, QString model, std::stop_token stop)
+{
+    const auto check = m_lifeline.check(stop);
+    const QString host = QUrl(Text::trimmed(baseURL)).host();
+    if (host.isEmpty() || PrivateNetworkAddress::isPrivateLiteral(host) == false)
+        co_return PrivacyClass{Kind::leavesThisNetwork, {}};
+    if (ModelName::isOllamaCloud(model))
+        co_return PrivacyClass{Kind::cloudModel, model};
+    const bool isPrivate = co_await m_hosts.isPrivate(host, stop);
+    check();
+    if (!isPrivate)
+        co_return PrivacyClass{Kind::leavesThisNetwork, {}};
+    const std::optional<ModelInventory::Models> models = co_await m_inventory.of(baseURL, stop);
+    check();
+    if (models)
+        co_return classIn(*models, model);
+    // A server that has no list because it knows none has nobody to pass questions on to. One that is known
+    // to keep a list, and doesn't show it, may.
+    const bool hidesList = m_detection.known(baseURL).value_or(false);
+    co_return PrivacyClass{hidesList ? Kind::unknownModel : Kind::staysPrivate, {}};
+}
