@@ -58,8 +58,9 @@ protected:
 
 TEST_F(ProviderAgainstServerTest, EveryHonestShapeOfAReplyBecomesTheSameText)
 {
-    for (const char *model : {"practice-fast", "keep-alive-comments", "crlf", "usage-chunks", "no-done",
-                              "json-despite-stream", "thinking-fields", "empty-choices", "redirect-other"}) {
+    for (const char *model :
+         {"practice-fast", "keep-alive-comments", "crlf", "usage-chunks", "no-done", "json-despite-stream",
+          "thinking-fields", "empty-choices", "redirect-other", "no-last-line-end", "garbage-lines"}) {
         const Reply reply = replyOf(QString::fromLatin1(model));
         EXPECT_TRUE(reply.text().contains(u"You wrote: “hi”."_s)) << model << reply.text().toStdString();
         EXPECT_EQ(reply.error, std::nullopt) << model;
@@ -89,6 +90,10 @@ TEST_F(ProviderAgainstServerTest, ALimitedReplyGoesOnAndToolCallsComeWhole)
         ASSERT_EQ(reply.events.size(), 1U) << model;
         EXPECT_EQ(reply.events[0], AIStreamEvent(AIStream::ToolCalls{call})) << model;
     }
+    const Reply two = readReply(ask(u"tool-calls-two"_s, {}, {{u"look"_s}}));
+    const QString arguments = call.front().argumentsJSON;
+    EXPECT_EQ(two.events, (std::vector<AIStreamEvent>{AIStream::ToolCalls{
+                              {{u"call_0"_s, u"look"_s, arguments}, {u"call_1"_s, u"look"_s, arguments}}}}));
     EXPECT_TRUE(replyOf(u"tool-call-nameless"_s).events.empty());
     const auto rejected = readReply(ask(u"reject-tools"_s, {}, {{u"look"_s}})).error;
     EXPECT_TRUE(rejected && rejected->isToolRejection());

@@ -2,6 +2,7 @@
 
 #include "support/Await.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 
 #include <algorithm>
@@ -15,6 +16,30 @@ QJsonObject ModelServer::Request::json() const
 {
     return QJsonDocument::fromJson(body).object();
 }
+
+namespace {
+
+QStringList optionsFor(ModelServer::Interface interface, const std::vector<ModelServer::Listed> &models)
+{
+    QStringList options;
+    if (interface == ModelServer::Interface::ollama)
+        options.append(u"--ollama"_s);
+    for (const ModelServer::Listed &model : models) {
+        const QJsonObject object{{u"name"_s, model.name},
+                                 {u"capabilities"_s, QJsonArray::fromStringList(model.capabilities)},
+                                 {u"remoteHost"_s, model.remoteHost},
+                                 {u"scenario"_s, model.scenario}};
+        const QByteArray json = QJsonDocument(object).toJson(QJsonDocument::Compact);
+        options += {u"--model"_s, QString::fromUtf8(json)};
+    }
+    return options;
+}
+
+} // namespace
+
+ModelServer::ModelServer(Interface interface, const std::vector<Listed> &models)
+    : ModelServer(optionsFor(interface, models))
+{}
 
 ModelServer::ModelServer(const QStringList &options)
 {

@@ -21,13 +21,26 @@ public:
         [[nodiscard]] QJsonObject json() const;
     };
 
+    // A model that the server says it has.
+    struct Listed {
+        QString name;
+        QStringList capabilities; // as Ollama names them
+        QString remoteHost = {};  // where it runs when that is a service on the internet
+        QString scenario = QStringLiteral("practice-fast");
+    };
+    enum class Interface { chatCompletions, ollama }; // the second comes on top of the first
+
     // Throws when the server doesn't come up.
     explicit ModelServer(const QStringList &options = {});
+
+    // Lists just these models; without any, one for each scenario.
+    explicit ModelServer(Interface interface, const std::vector<Listed> &models = {});
     ~ModelServer();
     ModelServer(const ModelServer &) = delete;
     ModelServer &operator=(const ModelServer &) = delete;
 
     [[nodiscard]] const QString &baseUrl() const { return m_baseUrl; } // ends in /v1
+    [[nodiscard]] QString rootUrl() const { return m_baseUrl.chopped(3); }
 
     // What has arrived so far, first come first. Handles no events.
     [[nodiscard]] const std::vector<Request> &requests();

@@ -32,10 +32,15 @@ protected:
     }
     HttpResponse post(const ModelServer &server, const char *model)
     {
+        return post(server.baseUrl() + u"/chat/completions"_s,
+                    R"({"model": ")" + QByteArray(model) + R"("})");
+    }
+    HttpResponse post(const QString &url, QByteArray body)
+    {
         HttpRequest request;
         request.method = "POST";
-        request.url = QUrl(server.baseUrl() + u"/chat/completions"_s);
-        request.body = R"({"model": ")" + QByteArray(model) + R"("})";
+        request.url = QUrl(url);
+        request.body = std::move(body);
         return TestWait::await(m_network.session(EgressFeature::aiModel, {})->send(request, {}));
     }
     QByteArray bodyOf(HttpResponse response)
@@ -67,6 +72,32 @@ TEST_F(ModelServerTest, AScenarioFileIsPlayedInItsOrderAndThenTheBuiltInOnes)
     EXPECT_EQ(bodyOf(post(server, "c")), QByteArray("\xff\0!", 3));
     EXPECT_EQ(post(server, "practice-fast").status, 200);
     EXPECT_EQ(server.requests()[0].json()["model"_L1].toString(), u"b"_s);
+}
+
+TEST_F(ModelServerTest, OllamaRefusesWhatAModelCannotDoAndTellsHowAPullGoes)
+{
+    const ModelServer server(ModelServer::Interface::ollama, {{u"small"_s, {u"completion"_s}}});
+    const QString chat = server.rootUrl() + u"/api/chat"_s;
+    EXPECT_EQ(post(chat, R"({"model": "small", "stream": false})").status, 200);
+    EXPECT_EQ(post(chat, R"({"model": "small", "think": "low"})").status, 400);
+    EXPECT_EQ(bodyOf(post(chat, R"({"model": "small", "tools": [{}]})")),
+              R"({"error":"\"small\" does not support tools"})");
+
+    const auto pulled = [&](const char *model) {
+        return bodyOf(
+            post(server.rootUrl() + u"/api/pull"_s, R"({"model": ")" + QByteArray(model) + R"("})"));
+    };
+    const QByteArrayList lines = pulled("new").split('\n');
+    ASSERT_EQ(lines.size(), 9); // eight and the end of the last
+    EXPECT_EQ(lines.first(), R"({"status":"pulling manifest"})");
+    const QJsonDocument half = QJsonDocument::fromJson(lines[3]);
+    EXPECT_EQ(half["completed"_L1].toInt() * 2, half["total"_L1].toInt());
+    EXPECT_EQ(lines[7], R"({"status":"success"})");
+    EXPECT_EQ(post(chat, R"({"model": "new"})").status, 200);
+    EXPECT_TRUE(pulled("pull-missing").contains(R"({"error":"pull model manifest: file does not exist"})"));
+
+    const ModelServer other;
+    EXPECT_EQ(post(other.rootUrl() + u"/api/chat"_s, R"({"model": "practice-fast"})").status, 404);
 }
 
 TEST_F(ModelServerTest, EndsWellWhenToldToAndSaysNoToABadFile)

@@ -1,4 +1,6 @@
 #include "ChatCompletion.h"
+#include "Dialect.h"
+#include "OllamaObjects.h"
 #include "Reply.h"
 #include "Scenarios.h"
 
@@ -14,9 +16,9 @@ constexpr qsizetype mebibyte = 1024 * 1024;
 // An event stream with its first words out.
 Work beginTalking(Exchange &exchange)
 {
-    co_await exchange.beginStream();
+    co_await beginReply(exchange);
     for (const QString &piece : wordPieces(u"The practice server begins, "_s))
-        co_await exchange.event(ChatCompletion::textChunk(exchange.request().model(), piece));
+        co_await exchange.chunk(Dialect::textLine(exchange.request(), piece));
 }
 
 Work stallBeforeHeaders(Exchange &exchange)
@@ -34,15 +36,14 @@ Work stallMidStream(Exchange &exchange)
 Work cutMidCharacter(Exchange &exchange)
 {
     co_await beginTalking(exchange);
-    co_await exchange.chunk(R"(data: {"choices":[{"delta":{"content":"10 )"
-                            "\xe2\x82");
+    co_await exchange.chunk(Dialect::textStart(exchange.request()) + "10 \xe2\x82");
     exchange.cut();
 }
 
 Work cutMidJson(Exchange &exchange)
 {
     co_await beginTalking(exchange);
-    co_await exchange.chunk(R"(data: {"choices":[{"delta":{"content":"and)");
+    co_await exchange.chunk(Dialect::textStart(exchange.request()) + "and");
     exchange.cut();
 }
 
@@ -56,10 +57,10 @@ Work cutBetweenEvents(Exchange &exchange)
 Work hugeLine(Exchange &exchange)
 {
     co_await beginTalking(exchange);
-    co_await exchange.chunk(R"(data: {"choices":[{"delta":{"content":")");
+    co_await exchange.chunk(Dialect::textStart(exchange.request()));
     for (int i = 0; i < 100; ++i)
         co_await exchange.chunk(QByteArray(mebibyte, 'x'));
-    co_await exchange.chunk("\"}}]}\n\ndata: [DONE]\n\n");
+    co_await exchange.chunk(Dialect::textRest(exchange.request()));
     co_await exchange.endStream();
 }
 
@@ -67,7 +68,7 @@ Work hugeLine(Exchange &exchange)
 Work hugeErrorBody(Exchange &exchange)
 {
     co_await exchange.beginStream(500, "application/json");
-    co_await exchange.chunk(R"({"error":{"message":")");
+    co_await exchange.chunk(Dialect::errorStart(exchange.request()));
     for (int i = 0; i < 1024; ++i)
         co_await exchange.chunk(QByteArray(mebibyte, 'x'));
     co_await exchange.chunk(R"("}})");
@@ -92,7 +93,7 @@ Work garbage(Exchange &exchange)
     QByteArray noise;
     for (int i = 0; i < 256 * 1024; ++i)
         noise.append(static_cast<char>(random()));
-    co_await exchange.beginStream();
+    co_await beginReply(exchange);
     co_await exchange.chunk(noise);
     co_await exchange.endStream();
 }
@@ -117,76 +118,93 @@ Work redirectFile(Exchange &exchange)
 
 Work redirectLoop(Exchange &exchange)
 {
-    co_await redirect(exchange, "/v1/chat/completions");
+    co_await redirect(exchange, exchange.request().target);
 }
 
 // To another name of this machine, where every model replies.
 Work redirectOther(Exchange &exchange)
 {
     const QByteArray port = QByteArray::number(exchange.localEndpoint().port());
-    co_await redirect(exchange, "http://localhost:" + port + "/elsewhere/v1/chat/completions");
+    co_await redirect(exchange, "http://localhost:" + port + "/elsewhere" + exchange.request().target);
 }
 
 Work status(Exchange &exchange)
 {
     const int code = Scenarios::number(exchange.request().model());
     if (code < 200 || code > 599) {
-        co_await exchange.respondJson(404, ChatCompletion::error(u"No such status."_s, 404));
+        co_await refuse(exchange, 404, u"No such status."_s);
         co_return;
     }
-    const QString message = u"The practice server was asked for HTTP %1."_s.arg(code);
-    co_await exchange.respondJson(code, ChatCompletion::error(message, code));
+    co_await refuse(exchange, code, u"The practice server was asked for HTTP %1."_s.arg(code));
 }
 
 Work empty(Exchange &exchange)
 {
-    co_await exchange.respond(200, "text/event-stream", {});
+    co_await exchange.respond(200, Dialect::streamType(exchange.request()), {});
 }
 
 Work doneOnly(Exchange &exchange)
 {
-    co_await exchange.respond(200, "text/event-stream", "data: [DONE]\n\n");
+    const Request &request = exchange.request();
+    const QByteArray last = request.isOllama() ? Dialect::ending(request, u"stop"_s) : "data: [DONE]\n\n";
+    co_await exchange.respond(200, Dialect::streamType(request), last);
+}
+
+// A streamed reply of one line twice, which holds no words, and its end.
+Work wordless(Exchange &exchange, QJsonObject line)
+{
+    const Request &request = exchange.request();
+    co_await beginReply(exchange);
+    co_await exchange.chunk(Dialect::line(request, line));
+    co_await exchange.chunk(Dialect::line(request, line));
+    co_await exchange.chunk(Dialect::ending(request, u"stop"_s));
+    co_await exchange.endStream();
 }
 
 Work emptyChoices(Exchange &exchange)
 {
-    if (!exchange.request().wantsStream()) {
-        Reply reply;
-        reply.pieces = wordPieces(Scenarios::practiceText(exchange.request()));
-        co_await play(exchange, std::move(reply));
-        co_return;
-    }
-    QJsonObject data = ChatCompletion::chunk(exchange.request().model(), {});
-    data.insert(u"choices"_s, QJsonArray());
-    co_await exchange.beginStream();
-    co_await exchange.event(data);
-    co_await exchange.event(data);
-    co_await exchange.chunk("data: [DONE]\n\n");
-    co_await exchange.endStream();
+    const Request &request = exchange.request();
+    QJsonObject line = ChatCompletion::chunk(request.model(), {});
+    line.insert(u"choices"_s, QJsonArray());
+    if (request.wantsStream())
+        co_await wordless(exchange, line);
+    else
+        co_await Scenarios::find(u"practice-fast"_s)->play(exchange);
 }
 
 // Arguments for a tool that is never named.
 Work toolCallNameless(Exchange &exchange)
 {
-    const QJsonObject function{{u"arguments"_s, u"{}"_s}};
+    const Request &request = exchange.request();
+    const QJsonObject function{{u"arguments"_s, request.isOllama() ? QJsonValue(QJsonObject()) : u"{}"_s}};
     const QJsonObject call{{u"index"_s, 0}, {u"id"_s, u"call_practice"_s}, {u"function"_s, function}};
     const QJsonObject calls{{u"tool_calls"_s, QJsonArray{call}}};
-    co_await exchange.beginStream();
-    co_await exchange.event(ChatCompletion::chunk(exchange.request().model(), calls));
-    co_await exchange.event(ChatCompletion::chunk(exchange.request().model(), {}, u"tool_calls"_s));
-    co_await exchange.chunk("data: [DONE]\n\n");
-    co_await exchange.endStream();
+    const QJsonObject line = request.isOllama() ? OllamaObjects::chunk(request.model(), calls)
+                                                : ChatCompletion::chunk(request.model(), calls);
+    co_await wordless(exchange, line);
+}
+
+QJsonObject midwayError(const Request &request)
+{
+    return Dialect::error(request, u"The practice server failed midway."_s, 500);
 }
 
 Work errorObjectIn200(Exchange &exchange)
 {
-    const QJsonObject error = ChatCompletion::error(u"The practice server failed midway."_s, 500);
-    if (!exchange.request().wantsStream()) {
-        co_await exchange.respondJson(200, error);
+    const Request &request = exchange.request();
+    if (!request.wantsStream()) {
+        co_await exchange.respondJson(200, midwayError(request));
         co_return;
     }
-    co_await exchange.beginStream();
-    co_await exchange.event(error);
+    co_await beginReply(exchange);
+    co_await exchange.chunk(Dialect::line(request, midwayError(request)));
+    co_await exchange.endStream();
+}
+
+Work errorMidStream(Exchange &exchange)
+{
+    co_await beginTalking(exchange);
+    co_await exchange.chunk(Dialect::line(exchange.request(), midwayError(exchange.request())));
     co_await exchange.endStream();
 }
 
@@ -195,8 +213,7 @@ Work failOnce(Exchange &exchange)
 {
     static bool hasFailed = false;
     if (!std::exchange(hasFailed, true)) {
-        const QString message = u"The practice server is warming up."_s;
-        co_await exchange.respondJson(503, ChatCompletion::error(message, 503));
+        co_await refuse(exchange, 503, u"The practice server is warming up."_s);
         co_return;
     }
     Reply reply;
@@ -216,20 +233,21 @@ std::span<const Scenario> Scenarios::broken()
         {"cut-mid-character"_L1, "breaks off inside a character"_L1, cutMidCharacter},
         {"cut-mid-json"_L1, "breaks off inside an event"_L1, cutMidJson},
         {"cut-between-events"_L1, "breaks off after a whole event"_L1, cutBetweenEvents},
-        {"huge-line"_L1, "an event line of 100 MB"_L1, hugeLine},
+        {"huge-line"_L1, "a line of 100 MB"_L1, hugeLine},
         {"huge-body"_L1, "a JSON body of 1 GB"_L1, hugeBody},
         {"huge-error-body"_L1, "HTTP 500 with a body of 1 GB"_L1, hugeErrorBody},
-        {"garbage"_L1, "random bytes as an event stream"_L1, garbage},
+        {"garbage"_L1, "random bytes as a stream"_L1, garbage},
         {"not-http"_L1, "bytes of another protocol"_L1, notHttp},
         {"redirect-file"_L1, "redirects to a local file"_L1, redirectFile},
         {"redirect-loop"_L1, "redirects to itself"_L1, redirectLoop},
         {"redirect-other"_L1, "redirects to another host name, where a reply waits"_L1, redirectOther},
         {"empty"_L1, "a body of no bytes"_L1, empty},
-        {"done-only"_L1, "the closing sentinel and nothing else"_L1, doneOnly},
+        {"done-only"_L1, "the closing line and nothing else"_L1, doneOnly},
         {"empty-choices"_L1, "a stream of chunks with no choices; replies when asked without streaming"_L1,
          emptyChoices},
         {"tool-call-nameless"_L1, "a tool call that never gets a name"_L1, toolCallNameless},
         {"error-object-in-200"_L1, "HTTP 200 that carries an error object"_L1, errorObjectIn200},
+        {"error-mid-stream"_L1, "an error object after a few words"_L1, errorMidStream},
     };
     return all;
 }

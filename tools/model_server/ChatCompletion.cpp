@@ -44,7 +44,9 @@ QJsonObject ChatCompletion::error(const QString &message, int status)
 
 QJsonObject ChatCompletion::toolCall(const QString &id, const QString &name, const QString &arguments)
 {
-    return {{u"id"_s, id},
-            {u"type"_s, u"function"_s},
-            {u"function"_s, QJsonObject{{u"name"_s, name}, {u"arguments"_s, arguments}}}};
+    QJsonObject call{{u"type"_s, u"function"_s},
+                     {u"function"_s, QJsonObject{{u"name"_s, name}, {u"arguments"_s, arguments}}}};
+    if (!id.isEmpty())
+        call.insert(u"id"_s, id);
+    return call;
 }

@@ -18,6 +18,7 @@ namespace ChatCompletion {
 
 [[nodiscard]] QJsonObject error(const QString &message, int status);
 
+// An empty id is left out.
 [[nodiscard]] QJsonObject toolCall(const QString &id, const QString &name, const QString &arguments);
 
 } // namespace ChatCompletion

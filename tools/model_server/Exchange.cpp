@@ -82,11 +82,6 @@ Work Exchange::chunk(QByteArray bytes)
         co_await send(QByteArray::number(bytes.size(), 16) + "\r\n" + bytes + "\r\n");
 }
 
-Work Exchange::event(QJsonObject data)
-{
-    co_await chunk("data: " + QJsonDocument(data).toJson(QJsonDocument::Compact) + "\n\n");
-}
-
 Work Exchange::endStream()
 {
     co_await send("0\r\n\r\n");

@@ -43,10 +43,9 @@ public:
     Work respond(int status, QByteArray contentType, QByteArray body, Headers headers = {});
     Work respondJson(int status, QJsonObject body);
 
-    // A response of unknown length in chunked coding, by default an event stream.
-    Work beginStream(int status = 200, QByteArray contentType = "text/event-stream");
+    // A response of unknown length in chunked coding.
+    Work beginStream(int status, QByteArray contentType);
     Work chunk(QByteArray bytes);
-    Work event(QJsonObject data); // one server-sent event
     Work endStream();
 
     // The connection ends behind what was sent, whatever was promised.

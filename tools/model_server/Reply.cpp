@@ -1,37 +1,31 @@
 #include "Reply.h"
 
-#include "ChatCompletion.h"
-
-using namespace Qt::StringLiterals;
+#include "Dialect.h"
 
 namespace {
 
 Work playWhole(Exchange &exchange, Reply reply)
 {
-    QJsonObject message{{u"role"_s, u"assistant"_s}, {u"content"_s, reply.pieces.join(QString())}};
-    if (!reply.toolCalls.isEmpty())
-        message.insert(u"tool_calls"_s, reply.toolCalls);
-    co_await exchange.respondJson(
-        200, ChatCompletion::completion(exchange.request().model(), message, reply.finishReason));
+    co_await exchange.respondJson(200, Dialect::whole(exchange.request(), reply.pieces.join(QString()),
+                                                      reply.toolCalls, reply.finishReason));
 }
 
 Work playStream(Exchange &exchange, Reply reply)
 {
-    const QString model = exchange.request().model();
-    co_await exchange.beginStream();
-    const QJsonObject opening{{u"role"_s, u"assistant"_s}, {u"content"_s, QString()}};
-    co_await exchange.event(ChatCompletion::chunk(model, opening));
+    const Request &request = exchange.request();
+    co_await beginReply(exchange);
+    co_await exchange.chunk(Dialect::opening(request));
+    if (!request.isOllama() || request.asksForThinking()) {
+        for (const QString &thought : reply.thoughts)
+            co_await exchange.chunk(Dialect::thoughtLine(request, thought));
+    }
     for (const QString &piece : reply.pieces) {
         if (reply.pause.count() > 0)
             co_await exchange.pause(reply.pause);
-        co_await exchange.event(ChatCompletion::textChunk(model, piece));
+        co_await exchange.chunk(Dialect::textLine(request, piece));
     }
-    if (!reply.toolCalls.isEmpty()) {
-        const QJsonObject calls{{u"tool_calls"_s, reply.toolCalls}};
-        co_await exchange.event(ChatCompletion::chunk(model, calls));
-    }
-    co_await exchange.event(ChatCompletion::chunk(model, {}, reply.finishReason));
-    co_await exchange.chunk("data: [DONE]\n\n");
+    co_await exchange.chunk(Dialect::toolCallLines(request, reply.toolCalls));
+    co_await exchange.chunk(Dialect::ending(request, reply.finishReason));
     co_await exchange.endStream();
 }
 
@@ -45,6 +39,16 @@ Work play(Exchange &exchange, Reply reply)
         co_await playStream(exchange, std::move(reply));
     else
         co_await playWhole(exchange, std::move(reply));
+}
+
+Work beginReply(Exchange &exchange)
+{
+    co_await exchange.beginStream(200, Dialect::streamType(exchange.request()));
+}
+
+Work refuse(Exchange &exchange, int status, QString message)
+{
+    co_await exchange.respondJson(status, Dialect::error(exchange.request(), message, status));
 }
 
 QStringList wordPieces(const QString &text)

@@ -7,8 +7,10 @@
 
 #include <chrono>
 
-// A well-formed reply, played as an event stream or as one JSON body, as the request asks.
+// A well-formed reply, played as a stream or as one JSON body, as the request asks, in the request's
+// interface.
 struct Reply {
+    QStringList thoughts; // before the text; Ollama sends them when asked to think
     QStringList pieces;
     QJsonArray toolCalls; // as ChatCompletion::toolCall() makes them
     QString finishReason = QStringLiteral("stop");
@@ -17,6 +19,12 @@ struct Reply {
 };
 
 Work play(Exchange &exchange, Reply reply);
+
+// The head of a streamed reply.
+Work beginReply(Exchange &exchange);
+
+// An error in the request's interface.
+Work refuse(Exchange &exchange, int status, QString message);
 
 // The text cut behind each blank, so that joining the pieces gives it back.
 [[nodiscard]] QStringList wordPieces(const QString &text);

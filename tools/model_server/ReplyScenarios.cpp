@@ -1,4 +1,5 @@
 #include "ChatCompletion.h"
+#include "Dialect.h"
 #include "Reply.h"
 #include "Scenarios.h"
 
@@ -107,94 +108,114 @@ QJsonObject fragment(const QJsonObject &function, const QString &id = {})
     return {{u"tool_calls"_s, QJsonArray{entry}}};
 }
 
-// Id and name first, then the arguments three characters at a time.
+// Id and name first, then the arguments three characters at a time. Ollama sends each call whole.
 Work toolCallSplit(Exchange &exchange)
 {
     const Request &request = exchange.request();
-    if (answersToolResult(exchange) || !request.wantsStream()) {
+    if (answersToolResult(exchange) || !request.wantsStream() || request.isOllama()) {
         co_await toolCallWhole(exchange);
         co_return;
     }
     const QString arguments = toolArguments(request);
-    const QJsonObject opening = fragment({{u"name"_s, offeredTool(request)}}, u"call_practice"_s);
-    co_await exchange.beginStream();
-    co_await exchange.event(ChatCompletion::chunk(request.model(), opening));
+    const QJsonObject opening = fragment(QJsonObject{{u"name"_s, offeredTool(request)}}, u"call_practice"_s);
+    co_await beginReply(exchange);
+    co_await exchange.chunk(Dialect::line(request, ChatCompletion::chunk(request.model(), opening)));
     for (qsizetype at = 0; at < arguments.size(); at += 3) {
-        const QJsonObject part = fragment({{u"arguments"_s, arguments.mid(at, 3)}});
-        co_await exchange.event(ChatCompletion::chunk(request.model(), part));
+        const QJsonObject part = fragment(QJsonObject{{u"arguments"_s, arguments.mid(at, 3)}});
+        co_await exchange.chunk(Dialect::line(request, ChatCompletion::chunk(request.model(), part)));
     }
-    co_await exchange.event(ChatCompletion::chunk(request.model(), {}, u"tool_calls"_s));
-    co_await exchange.chunk("data: [DONE]\n\n");
+    co_await exchange.chunk(Dialect::ending(request, u"tool_calls"_s));
     co_await exchange.endStream();
+}
+
+// The same call twice, without ids.
+Work toolCallsTwo(Exchange &exchange)
+{
+    const Request &request = exchange.request();
+    if (answersToolResult(exchange)) {
+        co_await play(exchange, afterTool(exchange));
+        co_return;
+    }
+    Reply reply;
+    for (int i = 0; i < 2; ++i)
+        reply.toolCalls.append(ChatCompletion::toolCall({}, offeredTool(request), toolArguments(request)));
+    reply.finishReason = u"tool_calls"_s;
+    co_await play(exchange, std::move(reply));
 }
 
 Work rejectTools(Exchange &exchange)
 {
     if (exchange.request().offersTools())
-        co_await exchange.respondJson(400,
-                                      ChatCompletion::error(u"This model does not support tools."_s, 400));
+        co_await refuse(exchange, 400, u"This model does not support tools."_s);
+    else
+        co_await practiceFast(exchange);
+}
+
+Work imagesRefused(Exchange &exchange)
+{
+    if (exchange.request().hasImages())
+        co_await refuse(exchange, 400, u"This model is missing data required for image input."_s);
     else
         co_await practiceFast(exchange);
 }
 
 Work thinkingFields(Exchange &exchange)
 {
-    const QString model = exchange.request().model();
-    if (!exchange.request().wantsStream()) {
-        co_await practiceFast(exchange);
-        co_return;
-    }
-    co_await exchange.beginStream();
-    for (const QString &thought : wordPieces(u"The practice server pretends to think. "_s)) {
-        const QJsonObject delta{{u"reasoning_content"_s, thought}};
-        co_await exchange.event(ChatCompletion::chunk(model, delta));
-    }
-    for (const QString &piece : wordPieces(Scenarios::practiceText(exchange.request())))
-        co_await exchange.event(ChatCompletion::textChunk(model, piece));
-    co_await exchange.chunk("data: [DONE]\n\n");
-    co_await exchange.endStream();
+    Reply reply = practiceReply(exchange);
+    reply.thoughts = wordPieces(u"The practice server pretends to think. "_s);
+    co_await play(exchange, std::move(reply));
 }
 
+// Ollama counts in its last line.
 Work usageChunks(Exchange &exchange)
 {
-    if (!exchange.request().wantsStream()) {
+    const Request &request = exchange.request();
+    if (!request.wantsStream() || request.isOllama()) {
         co_await practiceFast(exchange);
         co_return;
     }
-    const QString model = exchange.request().model();
     const QJsonObject usage{{u"prompt_tokens"_s, 12}, {u"completion_tokens"_s, 34}, {u"total_tokens"_s, 46}};
-    QJsonObject last = ChatCompletion::chunk(model, {});
+    QJsonObject last = ChatCompletion::chunk(request.model(), {});
     last.insert(u"choices"_s, QJsonArray());
     last.insert(u"usage"_s, usage);
-    co_await exchange.beginStream();
-    for (const QString &piece : wordPieces(Scenarios::practiceText(exchange.request())))
-        co_await exchange.event(ChatCompletion::textChunk(model, piece));
-    co_await exchange.event(ChatCompletion::chunk(model, {}, u"stop"_s));
-    co_await exchange.event(last);
+    co_await beginReply(exchange);
+    for (const QString &piece : wordPieces(Scenarios::practiceText(request)))
+        co_await exchange.chunk(Dialect::textLine(request, piece));
+    co_await exchange.chunk(
+        Dialect::line(request, ChatCompletion::chunk(request.model(), QJsonObject(), u"stop"_s)));
+    co_await exchange.chunk(Dialect::line(request, last));
     co_await exchange.chunk("data: [DONE]\n\n");
     co_await exchange.endStream();
 }
 
-// Text events joined by `between`, each ended by `lineEnd` twice.
+// A good stream, with `between` before each of its pieces and `lineEnd` for each LF of its own.
+QByteArray goodStream(const Request &request, const QString &text, const QByteArray &between,
+                      const QByteArray &lineEnd)
+{
+    QByteArray stream;
+    for (const QString &piece : wordPieces(text))
+        stream += between + Dialect::textLine(request, piece).replace('\n', lineEnd);
+    return stream + Dialect::ending(request, u"stop"_s).replace('\n', lineEnd);
+}
+
 Work framed(Exchange &exchange, QByteArray between, QByteArray lineEnd)
 {
-    if (!exchange.request().wantsStream()) {
+    const Request &request = exchange.request();
+    if (!request.wantsStream()) {
         co_await practiceFast(exchange);
         co_return;
     }
-    co_await exchange.beginStream();
-    for (const QString &piece : wordPieces(Scenarios::practiceText(exchange.request()))) {
-        const QJsonObject data = ChatCompletion::textChunk(exchange.request().model(), piece);
-        const QByteArray json = QJsonDocument(data).toJson(QJsonDocument::Compact);
-        co_await exchange.chunk(between + "data: " + json + lineEnd + lineEnd);
-    }
-    co_await exchange.chunk("data: [DONE]" + lineEnd + lineEnd);
+    co_await beginReply(exchange);
+    co_await exchange.chunk(goodStream(request, Scenarios::practiceText(request), between, lineEnd));
     co_await exchange.endStream();
 }
 
-Work keepAliveComments(Exchange &exchange)
+// What a server sends so that nothing on the way takes the connection for dead.
+Work keepAlive(Exchange &exchange)
 {
-    co_await framed(exchange, ": keep-alive\n\nevent: message\nid: 7\n", "\n");
+    const bool isOllama = exchange.request().isOllama();
+    const QByteArray between = isOllama ? "\n \t\n" : ": keep-alive\n\nevent: message\nid: 7\n";
+    co_await framed(exchange, between, "\n");
 }
 
 Work crlf(Exchange &exchange)
@@ -202,35 +223,47 @@ Work crlf(Exchange &exchange)
     co_await framed(exchange, {}, "\r\n");
 }
 
+Work garbageLines(Exchange &exchange)
+{
+    const QByteArray prefix = exchange.request().isOllama() ? "" : "data: ";
+    co_await framed(exchange, prefix + "{\"half\": \n" + prefix + "[1]\n\xff\xfe\n", "\n");
+}
+
 // The body of a good stream, one byte to a chunk.
 Work drip(Exchange &exchange)
 {
-    co_await exchange.beginStream();
-    QByteArray body;
-    for (const QString &piece : wordPieces(u"Drop by drop, é and 👻 too, from the practice server."_s)) {
-        const QJsonObject data = ChatCompletion::textChunk(exchange.request().model(), piece);
-        body += "data: " + QJsonDocument(data).toJson(QJsonDocument::Compact) + "\r\n\r\n";
-    }
-    for (const char byte : body + "data: [DONE]\r\n\r\n")
+    const QString text = u"Drop by drop, é and 👻 too, from the practice server."_s;
+    const QByteArray body = goodStream(exchange.request(), text, {}, "\r\n");
+    co_await beginReply(exchange);
+    for (const char byte : body)
         co_await exchange.chunk(QByteArray(1, byte));
     co_await exchange.endStream();
 }
 
 Work noDone(Exchange &exchange)
 {
-    co_await exchange.beginStream();
+    co_await beginReply(exchange);
     for (const QString &piece : wordPieces(Scenarios::practiceText(exchange.request())))
-        co_await exchange.event(ChatCompletion::textChunk(exchange.request().model(), piece));
+        co_await exchange.chunk(Dialect::textLine(exchange.request(), piece));
     co_await exchange.endStream();
 }
 
-// One object over several lines, with an event stream asked for.
+Work noLastLineEnd(Exchange &exchange)
+{
+    const Request &request = exchange.request();
+    const QByteArray stream = goodStream(request, Scenarios::practiceText(request), {}, "\n");
+    co_await beginReply(exchange);
+    co_await exchange.chunk(stream.trimmed());
+    co_await exchange.endStream();
+}
+
+// One object, with a stream asked for. Chat-completions servers that do so like to indent it.
 Work jsonDespiteStream(Exchange &exchange)
 {
-    const QJsonObject message{{u"role"_s, u"assistant"_s},
-                              {u"content"_s, Scenarios::practiceText(exchange.request())}};
-    const QJsonObject body = ChatCompletion::completion(exchange.request().model(), message, u"stop"_s);
-    co_await exchange.respond(200, "application/json", QJsonDocument(body).toJson(QJsonDocument::Indented));
+    const Request &request = exchange.request();
+    const QJsonObject body = Dialect::whole(request, Scenarios::practiceText(request), {}, u"stop"_s);
+    const auto form = request.isOllama() ? QJsonDocument::Compact : QJsonDocument::Indented;
+    co_await exchange.respond(200, "application/json", QJsonDocument(body).toJson(form));
 }
 
 } // namespace
@@ -245,15 +278,19 @@ std::span<const Scenario> Scenarios::replies()
         {"length"_L1, "stops at the output limit; asked to continue, it sends the rest"_L1, length},
         {"tool-call-whole"_L1, "calls the first tool offered, in one piece"_L1, toolCallWhole},
         {"tool-call-split"_L1, "the same call, its arguments in small fragments"_L1, toolCallSplit},
+        {"tool-calls-two"_L1, "the same call twice, without ids"_L1, toolCallsTwo},
         {"reject-tools"_L1, "HTTP 400 when tools are offered, else a reply"_L1, rejectTools},
-        {"thinking-fields"_L1, "reasoning deltas before the text"_L1, thinkingFields},
+        {"images-refused"_L1, "HTTP 400 when a message has images, else a reply"_L1, imagesRefused},
+        {"thinking-fields"_L1, "reasoning before the text"_L1, thinkingFields},
         {"usage-chunks"_L1, "a last chunk with no choices and a usage object"_L1, usageChunks},
-        {"keep-alive-comments"_L1, "comments, event names and ids between the events"_L1, keepAliveComments},
+        {"keep-alive-comments"_L1, "comments, event names and ids, or blank lines, between the pieces"_L1,
+         keepAlive},
+        {"garbage-lines"_L1, "lines of no meaning between the pieces"_L1, garbageLines},
         {"crlf"_L1, "lines that end in CR LF"_L1, crlf},
         {"drip"_L1, "one byte at a time"_L1, drip},
-        {"no-done"_L1, "ends without the closing sentinel"_L1, noDone},
-        {"json-despite-stream"_L1, "one indented JSON object although a stream was asked for"_L1,
-         jsonDespiteStream},
+        {"no-done"_L1, "ends without its closing line"_L1, noDone},
+        {"no-last-line-end"_L1, "ends right behind its closing line"_L1, noLastLineEnd},
+        {"json-despite-stream"_L1, "one JSON object although a stream was asked for"_L1, jsonDespiteStream},
     };
     return all;
 }

@@ -40,14 +40,34 @@ QString Request::model() const
     return json.value("model"_L1).toString();
 }
 
+bool Request::isOllama() const
+{
+    return target.contains("/api/");
+}
+
 bool Request::wantsStream() const
 {
-    return json.value("stream"_L1).toBool();
+    return json.value("stream"_L1).toBool(isOllama());
 }
 
 bool Request::offersTools() const
 {
     return !json.value("tools"_L1).toArray().isEmpty();
+}
+
+bool Request::asksForThinking() const
+{
+    const QJsonValue think = json.value("think"_L1);
+    return think.toBool() || !think.toString().isEmpty();
+}
+
+bool Request::hasImages() const
+{
+    for (const QJsonValue message : json.value("messages"_L1).toArray()) {
+        if (!message["images"_L1].toArray().isEmpty() || message["content"_L1].isArray())
+            return true;
+    }
+    return false;
 }
 
 QJsonObject Request::lastMessage() const

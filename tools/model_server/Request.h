@@ -21,8 +21,11 @@ struct Request {
     [[nodiscard]] std::optional<QByteArray> header(QByteArrayView name) const;
 
     [[nodiscard]] QString model() const;
-    [[nodiscard]] bool wantsStream() const;
+    [[nodiscard]] bool isOllama() const;    // of Ollama's own interface
+    [[nodiscard]] bool wantsStream() const; // what is usual there when the request doesn't say
     [[nodiscard]] bool offersTools() const;
+    [[nodiscard]] bool asksForThinking() const;
+    [[nodiscard]] bool hasImages() const;
     [[nodiscard]] QJsonObject lastMessage() const;
     [[nodiscard]] QString lastUserText() const;
 };

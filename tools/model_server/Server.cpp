@@ -1,7 +1,8 @@
 #include "Server.h"
 
-#include "ChatCompletion.h"
 #include "Connection.h"
+#include "OllamaInterface.h"
+#include "Reply.h"
 #include "Scenarios.h"
 
 #include <boost/asio/co_spawn.hpp>
@@ -13,28 +14,6 @@
 
 namespace asio = boost::asio;
 using namespace Qt::StringLiterals;
-
-namespace {
-
-// Names with a number get the one that people try first.
-QJsonObject modelList()
-{
-    QJsonArray models;
-    for (const auto scenarios : {Scenarios::replies(), Scenarios::broken()}) {
-        for (const Scenario &scenario : scenarios) {
-            QString id = scenario.name;
-            if (id == "pieces-N"_L1)
-                id = u"pieces-2000"_s;
-            if (id == "status-N"_L1)
-                id = u"status-500"_s;
-            models.append(QJsonObject{
-                {u"id"_s, id}, {u"object"_s, u"model"_s}, {u"created"_s, 0}, {u"owned_by"_s, u"practice"_s}});
-        }
-    }
-    return {{u"object"_s, u"list"_s}, {u"data"_s, models}};
-}
-
-} // namespace
 
 Server::Server(asio::io_context &context, Settings settings, RequestLog &log, ScriptedReplies &scripted)
     : m_context(context)
@@ -82,28 +61,45 @@ Work Server::route(Exchange &exchange)
 {
     const Request &request = exchange.request();
     const QByteArray path = request.path();
+    const bool isKnown = !request.isOllama() || m_settings.speaksOllama;
     if (!isAllowed(request))
-        co_await exchange.respondJson(401, ChatCompletion::error(u"Incorrect API key provided."_s, 401));
+        co_await refuse(exchange, 401, u"Incorrect API key provided."_s);
     else if (request.method == "GET" && path == "/v1/models")
         co_await exchange.respondJson(200, modelList());
-    else if (request.method == "POST" && path == "/v1/chat/completions")
-        co_await complete(exchange);
-    else if (request.method == "POST" && path == "/elsewhere/v1/chat/completions")
+    else if (request.method == "POST" && (path == "/v1/chat/completions" || (isKnown && path == "/api/chat")))
+        co_await chat(exchange);
+    else if (isKnown && OllamaInterface::answers(request))
+        co_await OllamaInterface::answer(exchange, m_settings.models);
+    else if (request.method == "POST" && path.startsWith("/elsewhere/"))
         co_await Scenarios::find(u"practice-fast"_s)->play(exchange);
     else
-        co_await exchange.respondJson(404,
-                                      ChatCompletion::error(u"There is nothing at this address."_s, 404));
+        co_await refuse(exchange, 404, u"There is nothing at this address."_s);
 }
 
-Work Server::complete(Exchange &exchange)
+Work Server::chat(Exchange &exchange)
 {
-    const QString model = exchange.request().model();
-    if (const auto answer = m_scripted.take(model)) {
+    const Request &request = exchange.request();
+    const QString name = request.model();
+    const auto objection = request.isOllama() ? OllamaInterface::objection(request, m_settings.models)
+                                              : std::optional<QString>();
+    if (const auto answer = m_scripted.take(name))
         co_await ScriptedReplies::play(exchange, *answer);
-    } else if (const Scenario *scenario = Scenarios::find(model)) {
+    else if (objection)
+        co_await refuse(exchange, 400, *objection);
+    else if (const Scenario *scenario = Scenarios::find(m_settings.models.scenarioFor(name)))
         co_await scenario->play(exchange);
-    } else {
-        const QString message = u"The model “%1” does not exist here."_s.arg(model);
-        co_await exchange.respondJson(404, ChatCompletion::error(message, 404));
+    else
+        co_await refuse(exchange, 404, u"model '%1' not found"_s.arg(name));
+}
+
+QJsonObject Server::modelList() const
+{
+    QJsonArray models;
+    for (const ListedModel &model : m_settings.models.models()) {
+        models.append(QJsonObject{{u"id"_s, model.name},
+                                  {u"object"_s, u"model"_s},
+                                  {u"created"_s, 0},
+                                  {u"owned_by"_s, u"practice"_s}});
     }
+    return {{u"object"_s, u"list"_s}, {u"data"_s, models}};
 }

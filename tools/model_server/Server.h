@@ -1,18 +1,21 @@
 #pragma once
 
 #include "Exchange.h"
+#include "ModelList.h"
 #include "RequestLog.h"
 #include "ScriptedReplies.h"
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 
-// Speaks the chat-completions dialect on loopback. One thread.
+// Speaks the chat-completions dialect on loopback, and Ollama's own interface when it is told to. One thread.
 class Server {
 public:
     struct Settings {
         std::uint16_t port = 0; // 0: any free one
         QByteArray requiredKey; // empty: none
+        bool speaksOllama = false;
+        ModelList models; // what is listed at first
     };
 
     // Throws a system_error when the port can't be had.
@@ -29,7 +32,8 @@ public:
 
 private:
     Work accept();
-    Work complete(Exchange &exchange);
+    Work chat(Exchange &exchange);
+    [[nodiscard]] QJsonObject modelList() const;
     [[nodiscard]] bool isAllowed(const Request &request) const;
 
     boost::asio::io_context &m_context;

@@ -29,12 +29,15 @@ int listScenarios()
 
 void addOptions(QCommandLineParser &parser)
 {
-    parser.setApplicationDescription(u"A chat-completions server on loopback for demos and tests."_s);
+    parser.setApplicationDescription(u"A model server on loopback for demos and tests."_s);
     parser.addHelpOption();
     parser.addOptions(
         {{u"port"_s, u"Port to listen on; 0 takes a free one."_s, u"number"_s, u"0"_s},
          {u"scenario"_s, u"Answers that come before the built-in ones."_s, u"file"_s},
          {u"require-key"_s, u"Refuse requests without this bearer key."_s, u"key"_s},
+         {u"ollama"_s, u"Speak Ollama's own interface too."_s},
+         {u"model"_s, u"List this model; may be given again. Without it every scenario is listed."_s,
+          u"json"_s},
          {u"log"_s, u"Write each request as a line of JSON; - is standard output."_s, u"file"_s},
          {u"list"_s, u"List the model names and what each does."_s}});
 }
@@ -47,12 +50,18 @@ int serve(const QCommandLineParser &options)
     settings.requiredKey = options.value(u"require-key"_s).toUtf8();
     if (!isPort)
         return fail(u"The port is a number from 0 to 65535."_s);
+    settings.speaksOllama = options.isSet(u"ollama"_s);
+    QString problem;
+    for (const QString &model : options.values(u"model"_s)) {
+        if (!settings.models.add(model, problem))
+            return fail(problem);
+    }
+    settings.models.addScenarios();
 
     RequestLog log;
     if (!log.open(options.value(u"log"_s)))
         return fail(u"Cannot write %1."_s.arg(options.value(u"log"_s)));
     ScriptedReplies scripted;
-    QString problem;
     if (options.isSet(u"scenario"_s) && !scripted.load(options.value(u"scenario"_s), problem))
         return fail(problem);
 
