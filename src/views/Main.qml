@@ -9,6 +9,7 @@ T.ApplicationWindow {
 
     required property ChatViewModel chat
     required property ConversationListModel conversations
+    required property HistorySearchModel search
     required property AISettingsViewModel aiSettings
     required property NetworkLedgerViewModel networkLedger
     required property ShellViewModel shell
@@ -23,6 +24,11 @@ T.ApplicationWindow {
             window.overlayOpen = !window.overlayOpen;
         else
             window.shell.sidebarOpen = !window.shell.sidebarOpen;
+    }
+    function findChat() {
+        if (!window.sidebarShown)
+            window.toggleSidebar();
+        list.focusSearch();
     }
     function beginChat() {
         window.overlayOpen = false;
@@ -87,9 +93,12 @@ T.ApplicationWindow {
             resizable: !window.narrow
 
             Sidebar {
+                id: list
+
                 anchors.fill: parent
                 chat: window.chat
                 conversations: window.conversations
+                search: window.search
                 companion: window.companion
                 onNewChatChosen: window.beginChat()
                 onChatChosen: {
@@ -98,6 +107,7 @@ T.ApplicationWindow {
                 }
                 onSettingsChosen: window.openSettings()
                 onHideChosen: window.toggleSidebar()
+                onSearchLeft: page.focusComposer()
             }
         }
     }
@@ -105,6 +115,7 @@ T.ApplicationWindow {
         onNewChat: window.beginChat()
         onSettings: window.openSettings()
         onSidebar: window.toggleSidebar()
+        onSearch: window.findChat()
         onComposer: page.focusComposer()
         onCopyAnswer: page.copyLastAnswer()
         onPage: direction => page.scrollPage(direction)

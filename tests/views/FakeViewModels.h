@@ -53,6 +53,29 @@ public:
     explicit FakeConversationList(QObject *parent = nullptr);
 };
 
+class FakeSearch : public FakeRows {
+    Q_OBJECT
+    Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
+    Q_PROPERTY(bool isActive READ isActive NOTIFY queryChanged)
+    Q_PROPERTY(bool isSearching MEMBER isSearching NOTIFY isSearchingChanged)
+
+public:
+    explicit FakeSearch(QObject *parent = nullptr);
+
+    [[nodiscard]] const QString &query() const { return m_query; }
+    void setQuery(const QString &query);
+    [[nodiscard]] bool isActive() const { return !m_query.isEmpty(); }
+
+    bool isSearching = false;
+
+Q_SIGNALS:
+    void queryChanged();
+    void isSearchingChanged();
+
+private:
+    QString m_query;
+};
+
 class FakeNetworkLedger : public FakeRows {
     Q_OBJECT
     Q_PROPERTY(QString exportFileName MEMBER exportFileName)
