@@ -166,12 +166,15 @@ void AppState::makeViewModels()
 }
 
 // Who used an older build learns once what went; a first start has nothing to be told.
+// On disk at once: a program that is killed before its first chat is over must not take its person for one who
+// has been here before.
 void AppState::decideWhatChangedNotice()
 {
     if (m_settingsRepository->boolean(decidedWhatChangedKey))
         return;
     m_settingsRepository->setBoolean(showWhatChangedKey, m_usedBefore);
     m_settingsRepository->setBoolean(decidedWhatChangedKey, true);
+    m_settingsRepository->flush();
 }
 
 void AppState::showWhatChangedNotice()
