@@ -57,9 +57,15 @@ T.ApplicationWindow {
     onNarrowChanged: overlayOpen = false
 
     Binding { target: Theme; property: "dark"; value: window.shell.dark }
+    Binding {
+        target: Theme
+        property: "backdrop"
+        value: window.shell.appearance === "gallery" ? window.shell.backdrop : ""
+    }
     Binding { target: Theme; property: "textScale"; value: window.shell.textScale }
     Binding { target: Theme; property: "reduceAnimation"; value: window.shell.reduceAnimation }
 
+    Backdrop { anchors.fill: parent }
     FocusScope {
         anchors.fill: parent
         focus: true

@@ -227,6 +227,8 @@ class FakeShell : public QObject {
     Q_PROPERTY(QString productName MEMBER productName CONSTANT)
     Q_PROPERTY(QString appearance MEMBER appearance NOTIFY appearanceChanged)
     Q_PROPERTY(bool dark MEMBER dark NOTIFY appearanceChanged)
+    Q_PROPERTY(QString backdrop MEMBER backdrop NOTIFY appearanceChanged)
+    Q_PROPERTY(QStringList backdrops MEMBER backdrops CONSTANT)
     Q_PROPERTY(bool reduceAnimation MEMBER reduceAnimation NOTIFY reduceAnimationChanged)
     Q_PROPERTY(double textScale MEMBER textScale NOTIFY textScaleChanged)
     Q_PROPERTY(QString textSize MEMBER textSize NOTIFY textScaleChanged)
@@ -249,6 +251,8 @@ public:
     QString keychainNotice;
     QString appearance = QStringLiteral("system");
     bool dark = false;
+    QString backdrop = QStringLiteral("dusk");
+    QStringList backdrops = {QStringLiteral("dusk"), QStringLiteral("night")};
     bool reduceAnimation = true; // nothing slides, so nothing has to be waited for
     double textScale = 1;
     QString textSize = QStringLiteral("medium");

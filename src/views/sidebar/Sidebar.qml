@@ -98,6 +98,13 @@ Rectangle {
             onSettingsChosen: root.settingsChosen()
         }
     }
+    SpeechBubble {
+        objectName: "speechBubble"
+        x: Theme.gap8
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 60
+        companion: root.companion
+    }
     Rectangle {
         anchors.right: parent.right
         width: 1
