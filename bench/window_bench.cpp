@@ -1,5 +1,6 @@
 #include "app/AppState.h"
 #include "app/MainWindowController.h"
+#include "app/SecretKeeping.h"
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
@@ -7,6 +8,7 @@
 #include "support/ModelServer.h"
 #include "utils/Clock.h"
 #include "view_models/ChatViewModel.h"
+#include "view_models/HistorySearchModel.h"
 
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -122,6 +124,90 @@ void fill(ConversationRepository &repository, Conversation &conversation, Clock 
     repository.save();
 }
 
+// A profile that holds so many chats of twenty messages each.
+class ProfileOfChats {
+public:
+    explicit ProfileOfChats(int chats)
+        : m_secrets(commandLine().folders(), SecretKeeping::Keyring::none)
+    {
+        bool isOpen = false;
+        m_opening = TaskHandle::start([&](const std::stop_token &stop) { return open(stop, &isOpen); });
+        while (!isOpen)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        const auto application = start();
+        ConversationRepository &repository = application->repository();
+        for (int i = 0; i < chats; ++i) {
+            const auto chat = Conversation::create(repository.context().sealing(),
+                                                   {QUuid::createUuid(), u"Chat %1"_s.arg(i), m_clock.now()});
+            repository.context().insert(chat);
+            fill(repository, *chat, m_clock, 20);
+        }
+        application->willTerminate();
+    }
+
+    [[nodiscard]] std::unique_ptr<AppState> start()
+    {
+        return std::make_unique<AppState>(commandLine(), AppState::Host::test, m_clock,
+                                          AppState::Secrets{m_secrets.keychain(), m_secrets.keychain()});
+    }
+    [[nodiscard]] QString path() const { return m_folder.path(); }
+
+private:
+    [[nodiscard]] CommandLine commandLine() const
+    {
+        CommandLine line;
+        line.profile = m_folder.path();
+        return line;
+    }
+    QCoro::Task<> open(std::stop_token stop, bool *isOpen)
+    {
+        co_await m_secrets.preparation().prepare(KeyExpectation::Unknown, stop);
+        *isOpen = true;
+    }
+
+    QTemporaryDir m_folder;
+    SystemClock m_clock;
+    SecretKeeping m_secrets;
+    TaskHandle m_opening;
+};
+
+ProfileOfChats &tenChats()
+{
+    static ProfileOfChats profile(10);
+    return profile;
+}
+
+ProfileOfChats &tenThousandChats()
+{
+    static ProfileOfChats profile(10'000);
+    return profile;
+}
+
+Start startWithTenChats()
+{
+    return startOf(QStringLiteral(MORVANE_APPLICATION_START), {tenChats().path()});
+}
+
+Start startWithTenThousandChats()
+{
+    return startOf(QStringLiteral(MORVANE_APPLICATION_START), {tenThousandChats().path()});
+}
+
+// From the last key to the last find among 200,000 messages, the pause for typing included.
+void searchEverything(benchmark::State &state)
+{
+    const auto application = tenThousandChats().start();
+    for ([[maybe_unused]] auto iteration : state) {
+        QElapsedTimer timer;
+        timer.start();
+        application->search().setQuery(u"absent %1"_s.arg(timer.msecsSinceReference()));
+        while (application->search().isSearching())
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        report(state, static_cast<double>(timer.nsecsElapsed()) / 1e6, "ms");
+    }
+    application->willTerminate();
+}
+
 // A reply of 2,000 pieces streams into a chat of 1,000 messages that is open in the window.
 void streamIntoLongChat(benchmark::State &state)
 {
@@ -174,6 +260,15 @@ BENCHMARK_CAPTURE(startMemory, application, applicationStart)->Name("resident_at
 BENCHMARK_CAPTURE(startMemory, minimal, minimalStart)
     ->Name("resident_at_first_frame/yardstick")
     ->Iterations(3);
+BENCHMARK_CAPTURE(startTime, many, startWithTenThousandChats)->Name("start_on_10000_chats")->Iterations(3);
+BENCHMARK_CAPTURE(startTime, few, startWithTenChats)->Name("start_on_10000_chats/yardstick")->Iterations(3);
+BENCHMARK_CAPTURE(startMemory, many, startWithTenThousandChats)
+    ->Name("resident_on_10000_chats")
+    ->Iterations(3);
+BENCHMARK_CAPTURE(startMemory, few, startWithTenChats)
+    ->Name("resident_on_10000_chats/yardstick")
+    ->Iterations(3);
+BENCHMARK(searchEverything)->Name("search_200000_messages")->Iterations(1);
 BENCHMARK(streamIntoLongChat)->Name("longest_block_while_streaming")->Iterations(1);
 
 int main(int argc, char **argv)

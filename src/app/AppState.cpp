@@ -27,6 +27,7 @@
 #include "view_models/ChatViewModel.h"
 #include "view_models/CompanionViewModel.h"
 #include "view_models/ConversationListModel.h"
+#include "view_models/HistorySearchModel.h"
 #include "view_models/NetworkLedgerViewModel.h"
 #include "view_models/ShellViewModel.h"
 
@@ -176,6 +177,8 @@ void AppState::makeViewModels()
     m_conversations = std::make_unique<ConversationListModel>(*m_repository, m_clock);
     connect(m_chat.get(), &ChatViewModel::conversationsChanged, m_conversations.get(),
             &ConversationListModel::refresh);
+    m_search = std::make_unique<HistorySearchModel>(*m_repository, m_clock);
+    connect(m_chat.get(), &ChatViewModel::conversationsChanged, m_search.get(), &HistorySearchModel::refresh);
     m_aiSettings = std::make_unique<AISettingsViewModel>(*m_settings, m_secrets.keychain, *m_router);
     m_networkLedgerView = std::make_unique<NetworkLedgerViewModel>(*m_networkLedger, m_clock);
     m_shell = std::make_unique<ShellViewModel>(
@@ -184,12 +187,15 @@ void AppState::makeViewModels()
 }
 
 // Who used an older build learns once what went; a first start has nothing to be told.
+// On disk at once: a program that is killed before its first chat is over must not take its person for one who
+// has been here before.
 void AppState::decideWhatChangedNotice()
 {
     if (m_settingsRepository->boolean(decidedWhatChangedKey))
         return;
     m_settingsRepository->setBoolean(showWhatChangedKey, m_usedBefore);
     m_settingsRepository->setBoolean(decidedWhatChangedKey, true);
+    m_settingsRepository->flush();
 }
 
 void AppState::showWhatChangedNotice()

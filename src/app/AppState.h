@@ -17,6 +17,7 @@ class CompanionViewModel;
 class ConversationListModel;
 class ConversationRepository;
 class GhostKeeping;
+class HistorySearchModel;
 class KeychainServicing;
 class LegacySecretListing;
 class LocalDataVault;
@@ -52,6 +53,7 @@ public:
     [[nodiscard]] ChatViewModel &chat() { return *m_chat; }
     [[nodiscard]] CompanionViewModel &companion() { return *m_companion; }
     [[nodiscard]] ConversationListModel &conversations() { return *m_conversations; }
+    [[nodiscard]] HistorySearchModel &search() { return *m_search; }
     [[nodiscard]] AISettingsViewModel &aiSettings() { return *m_aiSettings; }
     [[nodiscard]] NetworkLedgerViewModel &networkLedger() { return *m_networkLedgerView; }
     [[nodiscard]] ShellViewModel &shell() { return *m_shell; }
@@ -109,6 +111,7 @@ private:
     std::unique_ptr<CompanionViewModel> m_companion;
     std::unique_ptr<ChatViewModel> m_chat;
     std::unique_ptr<ConversationListModel> m_conversations;
+    std::unique_ptr<HistorySearchModel> m_search;
     std::unique_ptr<AISettingsViewModel> m_aiSettings;
     std::unique_ptr<NetworkLedgerViewModel> m_networkLedgerView;
     std::unique_ptr<ShellViewModel> m_shell;

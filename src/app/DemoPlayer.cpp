@@ -39,6 +39,14 @@ DemoPlayer::DemoPlayer(QQuickWindow &window, ChatViewModel &chat, QString pictur
 
 void DemoPlayer::play()
 {
+    if (m_window.isActive())
+        ask();
+    else
+        connect(&m_window, &QWindow::activeChanged, this, &DemoPlayer::ask, Qt::SingleShotConnection);
+}
+
+void DemoPlayer::ask()
+{
     print(u"You: %1\n\n%2: "_s.arg(question, m_chat.sourceLabel()));
     type(question);
     press(Qt::Key_Return, u"\r"_s);

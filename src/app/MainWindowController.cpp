@@ -5,6 +5,7 @@
 #include "view_models/ChatViewModel.h"
 #include "view_models/CompanionViewModel.h"
 #include "view_models/ConversationListModel.h"
+#include "view_models/HistorySearchModel.h"
 #include "view_models/NetworkLedgerViewModel.h"
 #include "view_models/ShellViewModel.h"
 
@@ -17,6 +18,7 @@ MainWindowController::MainWindowController(AppState &state, QObject *parent)
 {
     m_engine.loadComponent(u"Main.qml"_s, {{u"chat"_s, QVariant::fromValue(&state.chat())},
                                            {u"conversations"_s, QVariant::fromValue(&state.conversations())},
+                                           {u"search"_s, QVariant::fromValue(&state.search())},
                                            {u"aiSettings"_s, QVariant::fromValue(&state.aiSettings())},
                                            {u"networkLedger"_s, QVariant::fromValue(&state.networkLedger())},
                                            {u"shell"_s, QVariant::fromValue(&state.shell())},

@@ -1,35 +1,8 @@
 #include "security/KeychainTasks.h"
 
+#include "utils/PoolTask.h"
+
 #include <QCoroFuture>
-#include <QFuture>
-#include <QPromise>
-#include <QThreadPool>
-
-#include <functional>
-#include <memory>
-
-namespace {
-
-template <typename T>
-QFuture<T> onPool(std::function<T()> work)
-{
-    const auto promise = std::make_shared<QPromise<T>>();
-    promise->start();
-    QThreadPool::globalInstance()->start([promise, work = std::move(work)] {
-        try {
-            if constexpr (std::is_void_v<T>)
-                work();
-            else
-                promise->addResult(work());
-        } catch (...) {
-            promise->setException(std::current_exception());
-        }
-        promise->finish();
-    });
-    return promise->future();
-}
-
-} // namespace
 
 QCoro::Task<> KeychainTasks::save(KeychainServicing *keychain, QString value, QString account)
 {

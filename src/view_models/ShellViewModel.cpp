@@ -8,6 +8,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 ShellViewModel::ShellViewModel(SettingsStore &settings, QString startupError, QString startupSuggestion,
                                QObject *parent)
     : QObject(parent)
@@ -16,6 +18,7 @@ ShellViewModel::ShellViewModel(SettingsStore &settings, QString startupError, QS
     , m_startupSuggestion(std::move(startupSuggestion))
 {
     connect(&settings, &SettingsStore::appearanceChanged, this, &ShellViewModel::appearanceChanged);
+    connect(&settings, &SettingsStore::galleryBackdropChanged, this, &ShellViewModel::appearanceChanged);
     connect(&settings, &SettingsStore::reduceAnimationChanged, this, &ShellViewModel::reduceAnimationChanged);
     connect(&settings, &SettingsStore::chatTextSizeChanged, this, &ShellViewModel::textScaleChanged);
     connect(&settings, &SettingsStore::chatHistoryOpenChanged, this, &ShellViewModel::sidebarOpenChanged);
@@ -54,6 +57,22 @@ bool ShellViewModel::isDark() const
         return true;
     }
     return false;
+}
+
+QStringList ShellViewModel::backdrops()
+{
+    return {u"dusk"_s, u"lagoon"_s, u"forest"_s, u"ember"_s, u"night"_s};
+}
+
+QString ShellViewModel::backdrop() const
+{
+    const QString chosen = m_settings.galleryBackdrop();
+    return backdrops().contains(chosen) ? chosen : backdrops().constFirst();
+}
+
+void ShellViewModel::setBackdrop(const QString &name)
+{
+    m_settings.setGalleryBackdrop(name);
 }
 
 void ShellViewModel::setSystemDark(bool dark)

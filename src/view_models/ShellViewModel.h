@@ -18,6 +18,9 @@ class ShellViewModel : public QObject {
     Q_PROPERTY(QString versionText READ versionText CONSTANT)
     Q_PROPERTY(QString appearance READ appearance WRITE setAppearance NOTIFY appearanceChanged) // raw text
     Q_PROPERTY(bool dark READ isDark NOTIFY appearanceChanged)
+    // What is drawn behind the window in the gallery appearance: one of `backdrops`.
+    Q_PROPERTY(QString backdrop READ backdrop WRITE setBackdrop NOTIFY appearanceChanged)
+    Q_PROPERTY(QStringList backdrops READ backdrops CONSTANT)
     Q_PROPERTY(
         bool reduceAnimation READ reduceAnimation WRITE setReduceAnimation NOTIFY reduceAnimationChanged)
     Q_PROPERTY(double textScale READ textScale NOTIFY textScaleChanged)                  // 0.9, 1 or 1.15
@@ -41,6 +44,9 @@ public:
     [[nodiscard]] QString appearance() const;
     void setAppearance(const QString &raw);
     [[nodiscard]] bool isDark() const;
+    [[nodiscard]] QString backdrop() const;
+    void setBackdrop(const QString &name);
+    [[nodiscard]] static QStringList backdrops();
     // What the desktop prefers, used while the appearance follows the system.
     void setSystemDark(bool dark);
     [[nodiscard]] bool reduceAnimation() const;

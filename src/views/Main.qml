@@ -9,6 +9,7 @@ T.ApplicationWindow {
 
     required property ChatViewModel chat
     required property ConversationListModel conversations
+    required property HistorySearchModel search
     required property AISettingsViewModel aiSettings
     required property NetworkLedgerViewModel networkLedger
     required property ShellViewModel shell
@@ -23,6 +24,11 @@ T.ApplicationWindow {
             window.overlayOpen = !window.overlayOpen;
         else
             window.shell.sidebarOpen = !window.shell.sidebarOpen;
+    }
+    function findChat() {
+        if (!window.sidebarShown)
+            window.toggleSidebar();
+        list.focusSearch();
     }
     function beginChat() {
         window.overlayOpen = false;
@@ -51,9 +57,15 @@ T.ApplicationWindow {
     onNarrowChanged: overlayOpen = false
 
     Binding { target: Theme; property: "dark"; value: window.shell.dark }
+    Binding {
+        target: Theme
+        property: "backdrop"
+        value: window.shell.appearance === "gallery" ? window.shell.backdrop : ""
+    }
     Binding { target: Theme; property: "textScale"; value: window.shell.textScale }
     Binding { target: Theme; property: "reduceAnimation"; value: window.shell.reduceAnimation }
 
+    Backdrop { anchors.fill: parent }
     FocusScope {
         anchors.fill: parent
         focus: true
@@ -87,9 +99,12 @@ T.ApplicationWindow {
             resizable: !window.narrow
 
             Sidebar {
+                id: list
+
                 anchors.fill: parent
                 chat: window.chat
                 conversations: window.conversations
+                search: window.search
                 companion: window.companion
                 onNewChatChosen: window.beginChat()
                 onChatChosen: {
@@ -98,6 +113,7 @@ T.ApplicationWindow {
                 }
                 onSettingsChosen: window.openSettings()
                 onHideChosen: window.toggleSidebar()
+                onSearchLeft: page.focusComposer()
             }
         }
     }
@@ -105,6 +121,7 @@ T.ApplicationWindow {
         onNewChat: window.beginChat()
         onSettings: window.openSettings()
         onSidebar: window.toggleSidebar()
+        onSearch: window.findChat()
         onComposer: page.focusComposer()
         onCopyAnswer: page.copyLastAnswer()
         onPage: direction => page.scrollPage(direction)

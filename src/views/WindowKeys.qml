@@ -8,6 +8,7 @@ Item {
     signal newChat()
     signal settings()
     signal sidebar()
+    signal search()
     signal composer()
     signal copyAnswer()
     signal page(int direction)
@@ -17,6 +18,7 @@ Item {
     Shortcut { sequence: Keymap.newChat; onActivated: root.newChat() }
     Shortcut { sequence: Keymap.settings; onActivated: root.settings() }
     Shortcut { sequence: Keymap.sidebar; onActivated: root.sidebar() }
+    Shortcut { sequence: Keymap.search; onActivated: root.search() }
     Shortcut { sequence: Keymap.composer; onActivated: root.composer() }
     Shortcut { sequence: Keymap.copyAnswer; onActivated: root.copyAnswer() }
     Shortcut { sequence: "PgUp"; onActivated: root.page(-1) }

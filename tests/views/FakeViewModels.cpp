@@ -85,6 +85,16 @@ FakeConversationList::FakeConversationList(QObject *parent)
     : FakeRows({"conversationId", "title", "section"}, parent)
 {}
 
+FakeSearch::FakeSearch(QObject *parent)
+    : FakeRows({"conversationId", "title", "excerpt", "section"}, parent)
+{}
+
+void FakeSearch::setQuery(const QString &query)
+{
+    m_query = query;
+    Q_EMIT queryChanged();
+}
+
 FakeNetworkLedger::FakeNetworkLedger(QObject *parent)
     : FakeRows({"time", "host", "place", "feature", "carried", "sent", "received", "outcome"}, parent)
 {}

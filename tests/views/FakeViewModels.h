@@ -53,6 +53,29 @@ public:
     explicit FakeConversationList(QObject *parent = nullptr);
 };
 
+class FakeSearch : public FakeRows {
+    Q_OBJECT
+    Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
+    Q_PROPERTY(bool isActive READ isActive NOTIFY queryChanged)
+    Q_PROPERTY(bool isSearching MEMBER isSearching NOTIFY isSearchingChanged)
+
+public:
+    explicit FakeSearch(QObject *parent = nullptr);
+
+    [[nodiscard]] const QString &query() const { return m_query; }
+    void setQuery(const QString &query);
+    [[nodiscard]] bool isActive() const { return !m_query.isEmpty(); }
+
+    bool isSearching = false;
+
+Q_SIGNALS:
+    void queryChanged();
+    void isSearchingChanged();
+
+private:
+    QString m_query;
+};
+
 class FakeNetworkLedger : public FakeRows {
     Q_OBJECT
     Q_PROPERTY(QString exportFileName MEMBER exportFileName)
@@ -204,6 +227,8 @@ class FakeShell : public QObject {
     Q_PROPERTY(QString productName MEMBER productName CONSTANT)
     Q_PROPERTY(QString appearance MEMBER appearance NOTIFY appearanceChanged)
     Q_PROPERTY(bool dark MEMBER dark NOTIFY appearanceChanged)
+    Q_PROPERTY(QString backdrop MEMBER backdrop NOTIFY appearanceChanged)
+    Q_PROPERTY(QStringList backdrops MEMBER backdrops CONSTANT)
     Q_PROPERTY(bool reduceAnimation MEMBER reduceAnimation NOTIFY reduceAnimationChanged)
     Q_PROPERTY(double textScale MEMBER textScale NOTIFY textScaleChanged)
     Q_PROPERTY(QString textSize MEMBER textSize NOTIFY textScaleChanged)
@@ -226,6 +251,8 @@ public:
     QString keychainNotice;
     QString appearance = QStringLiteral("system");
     bool dark = false;
+    QString backdrop = QStringLiteral("dusk");
+    QStringList backdrops = {QStringLiteral("dusk"), QStringLiteral("night")};
     bool reduceAnimation = true; // nothing slides, so nothing has to be waited for
     double textScale = 1;
     QString textSize = QStringLiteral("medium");

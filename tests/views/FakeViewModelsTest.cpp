@@ -6,6 +6,7 @@
 #include "view_models/ChatViewModel.h"
 #include "view_models/CompanionViewModel.h"
 #include "view_models/ConversationListModel.h"
+#include "view_models/HistorySearchModel.h"
 #include "view_models/NetworkLedgerViewModel.h"
 #include "view_models/ShellViewModel.h"
 
@@ -58,6 +59,7 @@ TEST(FakeViewModelsTest, TheRealViewModelsHaveWhatTheFakesOffer)
     expectRealHas(AISettingsViewModel::staticMetaObject, FakeAISettings::staticMetaObject);
     expectRealHas(ShellViewModel::staticMetaObject, FakeShell::staticMetaObject);
     expectRealHas(CompanionViewModel::staticMetaObject, FakeCompanion::staticMetaObject);
+    expectRealHas(HistorySearchModel::staticMetaObject, FakeSearch::staticMetaObject);
     expectRealHas(NetworkLedgerViewModel::staticMetaObject, FakeNetworkLedger::staticMetaObject);
 }
 

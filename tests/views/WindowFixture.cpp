@@ -36,6 +36,7 @@ void offerFakes()
     static const bool offered = [] {
         offer<FakeMessageList>("MessageListModel");
         offer<FakeConversationList>("ConversationListModel");
+        offer<FakeSearch>("HistorySearchModel");
         offer<FakeNetworkLedger>("NetworkLedgerViewModel");
         offer<FakeChat>("ChatViewModel");
         offer<FakeAISettings>("AISettingsViewModel");
@@ -70,6 +71,7 @@ void WindowFixture::load()
     m_engine->addImportPath(u"qrc:/qt/qml"_s);
     m_engine->setInitialProperties({{u"chat"_s, QVariant::fromValue(&m_chat)},
                                     {u"conversations"_s, QVariant::fromValue(&m_conversations)},
+                                    {u"search"_s, QVariant::fromValue(&m_search)},
                                     {u"aiSettings"_s, QVariant::fromValue(&m_aiSettings)},
                                     {u"networkLedger"_s, QVariant::fromValue(&m_ledger)},
                                     {u"shell"_s, QVariant::fromValue(&m_shell)},

@@ -57,6 +57,7 @@ protected:
 
     FakeChat m_chat;
     FakeConversationList m_conversations;
+    FakeSearch m_search;
     FakeAISettings m_aiSettings;
     FakeNetworkLedger m_ledger;
     FakeShell m_shell;

@@ -34,7 +34,7 @@ T.Dialog {
     }
     background: Rectangle {
         radius: Theme.cardRadius
-        color: Theme.card
+        color: Theme.floating
         border.width: 1
         border.color: Theme.hairline
     }

@@ -19,7 +19,7 @@ T.Menu {
     }
     background: Rectangle {
         radius: Theme.panelRadius
-        color: Theme.card
+        color: Theme.floating
         border.width: 1
         border.color: Theme.hairline
     }

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import Morvane
 import Morvane.ViewModels
@@ -32,6 +34,29 @@ SettingsPage {
                 text: qsTr("Dark")
                 checked: root.shell.appearance === "dark"
                 onClicked: root.shell.appearance = "dark"
+            }
+            ChoiceButton {
+                objectName: "appearance.gallery"
+                text: qsTr("Gallery")
+                checked: root.shell.appearance === "gallery"
+                onClicked: root.shell.appearance = "gallery"
+            }
+        }
+        SettingsRow {
+            visible: root.shell.appearance === "gallery"
+            title: qsTr("Backdrop")
+            explanation: qsTr("What the gallery shows behind the chat.")
+
+            Repeater {
+                model: root.shell.backdrops
+
+                BackdropButton {
+                    required property string modelData
+
+                    name: modelData
+                    checked: root.shell.backdrop === modelData
+                    onClicked: root.shell.backdrop = modelData
+                }
             }
         }
         SettingsRow {

@@ -20,6 +20,7 @@ T.ApplicationWindow {
     title: qsTr("Settings")
     color: Theme.page
 
+    Backdrop { anchors.fill: parent }
     Shortcut {
         sequences: ["Esc", "Ctrl+W"]
         onActivated: root.close()

@@ -11,12 +11,19 @@ Rectangle {
 
     required property ChatViewModel chat
     required property ConversationListModel conversations
+    required property HistorySearchModel search
     required property CompanionViewModel companion
 
     signal newChatChosen()
     signal chatChosen()
     signal settingsChosen()
     signal hideChosen()
+    signal searchLeft()
+
+    function focusSearch() {
+        field.forceActiveFocus();
+        field.selectAll();
+    }
 
     color: Theme.sidebar
     Accessible.role: Accessible.Pane
@@ -43,10 +50,38 @@ Rectangle {
                 onClicked: root.hideChosen()
             }
         }
+        SearchField {
+            id: field
+
+            objectName: "searchField"
+            Layout.fillWidth: true
+            Layout.leftMargin: Theme.gap12
+            Layout.rightMargin: Theme.gap12
+            Layout.bottomMargin: Theme.gap8
+            onTextChanged: root.search.query = text
+            onAbandoned: root.searchLeft()
+            onResultsWanted: if (root.search.isActive) results.forceActiveFocus()
+        }
+        SearchResults {
+            id: results
+
+            objectName: "searchResults"
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            visible: root.search.isActive
+            chat: root.chat
+            search: root.search
+            onChatChosen: root.chatChosen()
+            Keys.onEscapePressed: {
+                field.clear();
+                field.forceActiveFocus();
+            }
+        }
         ConversationList {
             objectName: "conversations"
             Layout.fillWidth: true
             Layout.fillHeight: true
+            visible: !root.search.isActive
             chat: root.chat
             model: root.conversations
             onChatChosen: root.chatChosen()
@@ -62,6 +97,13 @@ Rectangle {
             companion: root.companion
             onSettingsChosen: root.settingsChosen()
         }
+    }
+    SpeechBubble {
+        objectName: "speechBubble"
+        x: Theme.gap8
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 60
+        companion: root.companion
     }
     Rectangle {
         anchors.right: parent.right

@@ -15,6 +15,7 @@ RowLayout {
     spacing: Theme.gap8
 
     Ghost {
+        objectName: "companion"
         Layout.leftMargin: Theme.gap12
         Layout.topMargin: Theme.gap8
         Layout.bottomMargin: Theme.gap8

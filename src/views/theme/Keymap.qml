@@ -7,6 +7,7 @@ QtObject {
     readonly property string newChat: "Ctrl+N"
     readonly property string settings: "Ctrl+,"
     readonly property string sidebar: "F9"
+    readonly property string search: "Ctrl+K"
     readonly property string composer: "Ctrl+J"
     readonly property string copyAnswer: "Ctrl+Shift+C"
     readonly property string toEnd: "Alt+End"
@@ -22,6 +23,7 @@ QtObject {
         { keys: copyAnswer, action: "Copy the last answer" },
         { keys: composer, action: "Go to the message field" },
         { keys: newChat, action: "New chat" },
+        { keys: search, action: "Search the chats" },
         { keys: "F2", action: "Rename the chat under the list's marker" },
         { keys: "Delete", action: "Delete the chat under the list's marker" },
         { keys: sidebar, action: "Show or hide the list of chats" },

@@ -2,29 +2,41 @@ pragma Singleton
 
 import QtQuick
 
-// Every colour, size, distance and duration of the window. The window sets the first three once.
+// Every colour, size, distance and duration of the window. The window sets the first four once.
 QtObject {
     property bool dark: false
+    property string backdrop // of the gallery appearance, which is dark; empty for none
     property real textScale: 1
     property bool reduceAnimation: false
 
+    readonly property bool gallery: backdrop.length > 0
+    readonly property var backdropColors: ({
+        dusk: ["#241A40", "#4F2943"],
+        lagoon: ["#0B2030", "#144447"],
+        forest: ["#0F2118", "#25472F"],
+        ember: ["#24120F", "#5A2818"],
+        night: ["#0C0F22", "#262B5C"]
+    })
+
     // Colours. Text stands at 4.5:1 or better on each of the grounds, outlines of controls at 3:1.
-    readonly property color page: dark ? "#17171B" : "#FAFAFB"
-    readonly property color sidebar: dark ? "#111114" : "#F1F1F4"
-    readonly property color card: dark ? "#202026" : "#FFFFFF"
-    readonly property color bubble: dark ? "#2B2C37" : "#E9EAF2"
-    readonly property color code: dark ? "#1C1C22" : "#F3F3F6"
+    readonly property color page: gallery ? backdropColors[backdrop][0] : dark ? "#17171B" : "#FAFAFB"
+    readonly property color sidebar: gallery ? "#8C0C0C12" : dark ? "#111114" : "#F1F1F4"
+    readonly property color card: gallery ? "#B314141C" : dark ? "#202026" : "#FFFFFF"
+    readonly property color floating: gallery ? "#1D1C27" : card // never shows what is below
+    readonly property color bubble: gallery ? "#33FFFFFF" : dark ? "#2B2C37" : "#E9EAF2"
+    readonly property color code: gallery ? "#B30E0E14" : dark ? "#1C1C22" : "#F3F3F6"
     readonly property color text: dark ? "#ECECF1" : "#1B1B21"
-    readonly property color secondary: dark ? "#A9A9B7" : "#585866"
-    readonly property color disabled: dark ? "#8A8A99" : "#767684"
-    readonly property color hairline: dark ? "#33333D" : "#DEDEE6"
-    readonly property color outline: dark ? "#76768D" : "#85859A"
+    readonly property color secondary: gallery ? "#D2D2DE" : dark ? "#A9A9B7" : "#585866"
+    readonly property color disabled: gallery ? "#B4B4C2" : dark ? "#8A8A99" : "#767684"
+    readonly property color hairline: gallery ? "#2EFFFFFF" : dark ? "#33333D" : "#DEDEE6"
+    readonly property color outline: gallery ? "#A0A0B4" : dark ? "#76768D" : "#85859A"
     readonly property color accent: dark ? "#A7B0FF" : "#4350C8"
     readonly property color accentInk: dark ? "#17171B" : "#FFFFFF"
     readonly property color success: dark ? "#6CCB93" : "#1B7340"
     readonly property color warning: dark ? "#E3B341" : "#875300"
     readonly property color danger: dark ? "#FF8A80" : "#B3261E"
     readonly property color ghost: dark ? "#C3B0FF" : "#5F4AA0"
+    readonly property color ghostInk: dark ? "#241B3F" : "#FFFFFF"
     readonly property color scrim: dark ? "#A0000000" : "#66101018"
 
     // Washes over whatever is below: a pointer over a control, a control held down, the row of the open chat.

@@ -1,0 +1,64 @@
+import QtQuick
+import Morvane
+import Morvane.ViewModels
+
+// The ghost: its face, colour and signs tell what the application is doing. It moves a little when that
+// changes and blinks now and then; while it is still or hidden nothing runs.
+Item {
+    id: root
+
+    required property CompanionViewModel companion
+    property int size: 40
+    readonly property string description: companion.bubbleText.length > 0 ? companion.bubbleText : face.description
+    readonly property bool onView: visible && Window.visibility > Window.Hidden
+                                   && Window.visibility !== Window.Minimized && Window.active
+    readonly property bool moving: motion.running
+    readonly property color skin: companion.state === Companion.State.error ? Theme.danger : Theme.ghost
+
+    implicitWidth: size
+    implicitHeight: size
+
+    Accessible.role: Accessible.Graphic
+    Accessible.name: qsTr("Ghost")
+    Accessible.description: description
+
+    GhostMotion {
+        id: motion
+
+        running: root.onView && !Theme.reduceAnimation
+        gesture: root.companion.state
+    }
+    Item {
+        id: drawing
+
+        // Drawn on a square of 48 units.
+        readonly property real unit: root.size / 48
+
+        width: 48
+        height: 48
+        scale: unit
+        transformOrigin: Item.TopLeft
+
+        Item {
+            y: -motion.lift
+            width: 48
+            height: 48
+
+            GhostBody { skin: root.skin }
+            GhostFace {
+                id: face
+
+                mood: root.companion.state
+                blinking: motion.blinking
+                ink: Theme.ghostInk
+            }
+        }
+        GhostSigns {
+            mood: root.companion.state
+            skin: root.skin
+        }
+    }
+    HoverHandler {
+        onHoveredChanged: root.companion.isHovering = hovered
+    }
+}

@@ -1,0 +1,49 @@
+import QtQuick
+import Morvane
+import Morvane.ViewModels
+
+// What the ghost says, above it, for as long as it says it.
+Rectangle {
+    id: root
+
+    required property CompanionViewModel companion
+
+    implicitWidth: Math.min(words.implicitWidth + 2 * Theme.gap12, 240)
+    implicitHeight: words.implicitHeight + 2 * Theme.gap8
+    radius: Theme.panelRadius
+    color: Theme.floating
+    border.width: 1
+    border.color: Theme.hairline
+    visible: companion.bubbleText.length > 0
+
+    Accessible.role: Accessible.AlertMessage
+    Accessible.name: companion.bubbleText
+
+    Rectangle {
+        x: 22
+        y: parent.height - 5
+        width: 10
+        height: 10
+        rotation: 45
+        color: root.color
+        border.width: 1
+        border.color: Theme.hairline
+    }
+    Rectangle {
+        x: 14
+        y: parent.height - 9
+        width: 26
+        height: 8
+        color: root.color
+    }
+    SmallText {
+        id: words
+
+        anchors.fill: parent
+        anchors.leftMargin: Theme.gap12
+        anchors.rightMargin: Theme.gap12
+        anchors.topMargin: Theme.gap8
+        text: root.companion.bubbleText
+        color: Theme.text
+    }
+}

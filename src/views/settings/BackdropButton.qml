@@ -1,0 +1,29 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// A backdrop to choose, in its own colours.
+T.RadioButton {
+    id: root
+
+    required property string name
+
+    implicitWidth: 44
+    implicitHeight: Theme.controlHeight
+
+    Accessible.name: name
+    Keys.onReturnPressed: root.clicked()
+    Keys.onEnterPressed: root.clicked()
+
+    background: Rectangle {
+        radius: Theme.controlRadius
+        border.width: root.checked ? Theme.focusWidth : 1
+        border.color: root.checked ? Theme.accent : Theme.outline
+        gradient: Gradient {
+            GradientStop { position: 0; color: Theme.backdropColors[root.name][0] }
+            GradientStop { position: 1; color: Theme.backdropColors[root.name][1] }
+        }
+
+        FocusRing { visible: root.visualFocus }
+    }
+}

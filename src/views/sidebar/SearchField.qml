@@ -1,0 +1,50 @@
+import QtQuick
+import Morvane
+
+// Finds chats by their words. Escape empties it; in the empty field it gives the focus back.
+TextBox {
+    id: root
+
+    signal abandoned()
+    signal resultsWanted()
+
+    function clearOrAbandon() {
+        if (root.text.length > 0)
+            root.clear();
+        else
+            root.abandoned();
+    }
+
+    placeholderText: qsTr("Search chats")
+    leftPadding: 34
+    rightPadding: 34
+    inputMethodHints: Qt.ImhNoPredictiveText
+    Accessible.name: qsTr("Search chats")
+
+    Keys.onEscapePressed: root.clearOrAbandon()
+    Keys.onDownPressed: root.resultsWanted()
+    Keys.onReturnPressed: root.resultsWanted()
+    Keys.onEnterPressed: root.resultsWanted()
+
+    Icon {
+        x: 10
+        anchors.verticalCenter: parent.verticalCenter
+        name: "search"
+        color: Theme.secondary
+        implicitWidth: 16
+        implicitHeight: 16
+    }
+    IconButton {
+        anchors.right: parent.right
+        anchors.rightMargin: 2
+        anchors.verticalCenter: parent.verticalCenter
+        size: 28
+        visible: root.length > 0
+        text: qsTr("Clear the search")
+        glyph: "close"
+        onClicked: {
+            root.clear();
+            root.forceActiveFocus();
+        }
+    }
+}

@@ -1,0 +1,86 @@
+#include "screenshots/Studio.h"
+
+#include "persistence/SettingsStore.h"
+#include "support/Await.h"
+#include "support/WindowDriver.h"
+#include "view_models/ChatViewModel.h"
+#include "view_models/ShellViewModel.h"
+
+#include <QDir>
+
+#include <stdexcept>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void expect(bool holds, const char *what)
+{
+    if (!holds)
+        throw std::runtime_error(what);
+}
+
+} // namespace
+
+Studio::Studio(QString folder, QString suffix, bool dark)
+    : m_folder(std::move(folder))
+    , m_suffix(std::move(suffix))
+{
+    CommandLine commandLine;
+    commandLine.profile = m_profile.path();
+    m_state = std::make_unique<AppState>(commandLine, AppState::Host::test, m_clock,
+                                         AppState::Secrets{m_keychain, m_keychain});
+    m_state->shell().setAppearance(dark ? u"dark"_s : u"light"_s);
+    m_state->shell().setReduceAnimation(true); // pictures of things that stand still
+    m_window = std::make_unique<MainWindowController>(*m_state);
+    expect(window() != nullptr, "the window did not load");
+    m_state->start();
+    WindowDriver::settle();
+}
+
+Studio::~Studio()
+{
+    m_state->willTerminate();
+    TestWait::settle();
+    m_window.reset();
+    m_state.reset();
+}
+
+void Studio::beginChat(const QString &model)
+{
+    m_state->settings().setBaseURLString(m_server.baseUrl());
+    m_state->settings().setModel(model);
+    m_state->chat().newConversation();
+    WindowDriver::settle();
+}
+
+void Studio::say(const QString &words)
+{
+    m_state->chat().setDraft(words);
+    m_state->chat().send();
+}
+
+void Studio::awaitReply()
+{
+    expect(WindowDriver::eventually([this] { return m_state->chat().turnsInFlight() == 0; }),
+           "the reply never ended");
+}
+
+void Studio::awaitText(const QString &text)
+{
+    const auto *messages = m_state->chat().messages();
+    expect(WindowDriver::eventually([&] {
+               const QModelIndex last = messages->index(messages->rowCount() - 1);
+               return last.data(MessageListModel::TextRole).toString().contains(text);
+           }),
+           "the words never came");
+}
+
+void Studio::take(const QString &name, QQuickWindow *window)
+{
+    WindowDriver::settle();
+    QDir().mkpath(m_folder);
+    const QString path = QDir(m_folder).filePath(name + m_suffix + u".png"_s);
+    expect(window->grabWindow().convertToFormat(QImage::Format_RGB888).save(path, "PNG", 0),
+           "a picture could not be saved");
+}

@@ -1,0 +1,89 @@
+#include "screenshots/Studio.h"
+
+#include "app/WindowEngine.h"
+#include "view_models/ChatViewModel.h"
+#include "view_models/CompanionViewModel.h"
+#include "view_models/ShellViewModel.h"
+
+#include <QGuiApplication>
+#include <QQuickStyle>
+#include <QtQml/QQmlExtensionPlugin>
+
+#include <cstdio>
+
+Q_IMPORT_QML_PLUGIN(MorvanePlugin)
+
+using namespace Qt::StringLiterals;
+
+// Takes the pictures of the documentation:
+//
+//   morvane-screenshots FOLDER light|dark [SUFFIX]
+//
+// Each scene is the real application, driven as a person would, on the practice server.
+
+namespace {
+
+// The ghost in each of its states, in a window of its own.
+void takeGhost(Studio &studio, bool dark)
+{
+    SystemClock time;
+    std::vector<std::unique_ptr<CompanionViewModel>> companions;
+    QObjectList states;
+    for (int i = 0; i <= static_cast<int>(CompanionState::error); ++i) {
+        companions.push_back(std::make_unique<CompanionViewModel>(time));
+        companions.back()->transition(static_cast<CompanionState>(i));
+        states += companions.back().get();
+    }
+    WindowEngine engine;
+    engine.setInitialProperties({{u"companions"_s, QVariant::fromValue(states)}, {u"dark"_s, dark}});
+    engine.load(QUrl(u"qrc:/scenes/GhostStates.qml"_s));
+    auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().value(0));
+    if (!window)
+        throw std::runtime_error("the ghost's window did not load");
+    window->show();
+    studio.take(u"ghost"_s, window);
+}
+
+// The gallery appearance, on each of its backdrops.
+void takeGallery(Studio &studio)
+{
+    ShellViewModel &shell = studio.state().shell();
+    shell.setAppearance(u"gallery"_s);
+    for (const QString &backdrop : ShellViewModel::backdrops()) {
+        shell.setBackdrop(backdrop);
+        studio.take(u"gallery-"_s + backdrop);
+    }
+}
+
+void takeAll(Studio &studio)
+{
+    studio.take(u"first-start"_s);
+    studio.beginChat(u"practice-fast"_s);
+    studio.take(u"empty"_s);
+    studio.say(u"What happens to the words I type here?"_s);
+    studio.awaitReply();
+    studio.take(u"chat"_s);
+    takeGallery(studio);
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QQuickStyle::setStyle(u"Basic"_s);
+    const QGuiApplication application(argc, argv);
+    const QStringList arguments = QGuiApplication::arguments();
+    if (arguments.size() < 3) {
+        std::fprintf(stderr, "usage: morvane-screenshots FOLDER light|dark [SUFFIX]\n");
+        return 2;
+    }
+    try {
+        Studio studio(arguments[1], u"-"_s + arguments[2] + arguments.value(3), arguments[2] == u"dark"_s);
+        takeAll(studio);
+        takeGhost(studio, arguments[2] == u"dark"_s);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+    return 0;
+}

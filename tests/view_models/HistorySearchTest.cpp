@@ -1,0 +1,160 @@
+#include "models/Conversation.h"
+#include "persistence/ConversationRepository.h"
+#include "persistence/PersistenceController.h"
+#include "support/Await.h"
+#include "support/FakeFieldSealing.h"
+#include "support/ManualClock.h"
+#include "utils/Identifier.h"
+#include "view_models/HistorySearchModel.h"
+
+#include <QAbstractItemModelTester>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+TEST(SearchTermsTest, WordsMatchWhateverTheirOrderCaseAndAccents)
+{
+    const struct {
+        QString query;
+        QString text;
+        bool matches;
+    } rows[] = {{u"tea"_s, u"Green TEA"_s, true},
+                {u"tea green"_s, u"Green tea, loose leaf"_s, true},
+                {u"tea coffee"_s, u"Only tea"_s, false},
+                {u"cafe"_s, u"Au CAFÉ"_s, true},
+                {u"café"_s, u"cafe"_s, true},
+                {u"ärger"_s, u"A\u0308RGER"_s, true},
+                {u"straße"_s, u"STRASSE 5"_s, true},
+                {u"日本"_s, u"東京は日本の首都"_s, true},
+                {u"  "_s, u"anything"_s, false},
+                {u"a.c"_s, u"abc"_s, false},
+                {u"%"_s, u"100 %"_s, true}};
+    for (const auto &row : rows)
+        EXPECT_EQ(SearchTerms(row.query).match(row.text), row.matches) << qPrintable(row.query);
+}
+
+TEST(SearchTermsTest, AnExcerptIsOneShortLineAroundTheFind)
+{
+    const QString text = u"word "_s.repeated(50) + u"a needle\n\tin it "_s + u"more "_s.repeated(60);
+    const QString excerpt = SearchTerms(u"NEEDLE"_s).excerpt(text);
+    EXPECT_LE(excerpt.size(), 160);
+    EXPECT_TRUE(excerpt.startsWith(u'…') && excerpt.endsWith(u'…')) << qPrintable(excerpt);
+    EXPECT_TRUE(excerpt.contains(u"a needle in it"_s)) << qPrintable(excerpt);
+    EXPECT_EQ(SearchTerms(u"short"_s).excerpt(u"A short one"_s), u"A short one"_s);
+
+    const QString ghosts = u"👻"_s.repeated(300);
+    const QString cut = SearchTerms(u"👻"_s).excerpt(ghosts);
+    EXPECT_EQ(QString::fromUtf8(cut.toUtf8()), cut) << "no half of a pair is left";
+    const QString unbroken = u"x"_s.repeated(100'000) + u"needle"_s;
+    EXPECT_TRUE(SearchTerms(u"needle"_s).excerpt(unbroken).contains(u"needle"_s));
+}
+
+class HistorySearchTest : public testing::Test {
+protected:
+    std::shared_ptr<Conversation> chat(const QString &title, const QStringList &messages)
+    {
+        const auto made = repository.create();
+        for (const QString &text : messages)
+            repository.add(repository.makeMessage({.id = QUuid::createUuid(),
+                                                   .role = MessageRole::user,
+                                                   .content = text,
+                                                   .createdAt = clock.now(),
+                                                   .status = MessageStatus::delivered}),
+                           *made);
+        repository.rename(*made, title);
+        clock.advance(1s);
+        return made;
+    }
+    void search(const QString &query)
+    {
+        model.setQuery(query);
+        clock.advance(1s);
+        TestWait::until([this] { return !model.isSearching(); });
+    }
+    [[nodiscard]] QStringList found() const
+    {
+        QStringList rows;
+        for (int i = 0; i < model.rowCount(); ++i) {
+            const QModelIndex row = model.index(i, 0);
+            rows += row.data(HistorySearchModel::TitleRole).toString() + u'|' +
+                    row.data(HistorySearchModel::ExcerptRole).toString();
+        }
+        return rows;
+    }
+
+    ManualClock clock;
+    std::shared_ptr<FakeFieldSealing> sealing = std::make_shared<FakeFieldSealing>();
+    std::unique_ptr<PersistenceController> persistence = PersistenceController::inMemory(sealing);
+    ConversationRepository repository{persistence->mainContext(), clock};
+    HistorySearchModel model{repository, clock};
+    QAbstractItemModelTester tester{&model, QAbstractItemModelTester::FailureReportingMode::Fatal};
+};
+
+TEST_F(HistorySearchTest, TitlesComeFirstThenTheLatestMessagesAndAChatOnce)
+{
+    chat(u"Bread"_s, {u"rye and fern leaves"_s});
+    chat(u"Ferns"_s, {u"a fern"_s, u"another fern"_s});
+    chat(u"Garden"_s, {u"the fern by the wall"_s, u"and the fern\nby the door"_s});
+    chat(u"Tax"_s, {u"numbers"_s});
+    search(u"fern"_s);
+    EXPECT_EQ(found(), QStringList({u"Ferns|"_s, u"Garden|and the fern by the door"_s,
+                                    u"Bread|rye and fern leaves"_s}));
+    search(u"fern rye"_s);
+    EXPECT_EQ(found(), QStringList(u"Bread|rye and fern leaves"_s));
+    search(u" "_s);
+    EXPECT_EQ(found(), QStringList());
+    EXPECT_FALSE(model.isActive());
+}
+
+TEST_F(HistorySearchTest, OneSearchIsMadeForAWordTypedQuickly)
+{
+    chat(u"Ferns"_s, {u"a fern"_s});
+    for (const auto &typed : {u"f"_s, u"fe"_s, u"fer"_s}) {
+        model.setQuery(typed);
+        clock.advance(50ms);
+        TestWait::settle();
+        EXPECT_EQ(model.rowCount(), 0);
+    }
+    clock.advance(1s);
+    TestWait::until([this] { return !model.isSearching(); });
+    EXPECT_EQ(found(), QStringList(u"Ferns|"_s));
+}
+
+TEST_F(HistorySearchTest, FindsAreBoundedAndReachTheOldestMessage)
+{
+    QStringList many;
+    for (int i = 0; i < 700; ++i)
+        many += u"filler %1"_s.arg(i);
+    chat(u"Old"_s, {u"a needle"_s});
+    chat(u"Long"_s, many);
+    for (int i = 0; i < 260; ++i)
+        chat(u"Chat %1"_s.arg(i), {});
+    search(u"needle"_s);
+    EXPECT_EQ(found(), QStringList(u"Old|a needle"_s));
+    search(u"chat"_s);
+    EXPECT_EQ(model.rowCount(), static_cast<int>(HistorySearchModel::maxRows));
+}
+
+TEST_F(HistorySearchTest, RowsFollowARenamedAndADeletedChat)
+{
+    const auto kept = chat(u"Ferns"_s, {u"green"_s});
+    const auto gone = chat(u"Fern two"_s, {u"green"_s});
+    search(u"fern"_s);
+    ASSERT_EQ(model.rowCount(), 2);
+    repository.rename(*kept, u"Mosses"_s);
+    repository.remove(*gone);
+    model.refresh();
+    EXPECT_EQ(found(), QStringList(u"Mosses|"_s));
+}
+
+TEST_F(HistorySearchTest, AModelThatGoesEndsItsSearch)
+{
+    chat(u"Ferns"_s, {u"green"_s});
+    auto passing = std::make_unique<HistorySearchModel>(repository, clock);
+    passing->setQuery(u"green"_s);
+    clock.advance(130ms);
+    passing.reset();
+    TestWait::settle();
+}
