@@ -1,6 +1,8 @@
 #include "app/AppState.h"
 
 #include "ai/agent/ReplyRunner.h"
+#include "ai/prompts/SystemPrompt.h"
+#include "ai/prompts/SystemPromptStore.h"
 #include "ai/providers/OllamaNativeProvider.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
 #include "ai/routing/AIRequestRouter.h"
@@ -28,8 +30,10 @@
 #include "view_models/CompanionViewModel.h"
 #include "view_models/ConversationListModel.h"
 #include "view_models/HistorySearchModel.h"
+#include "view_models/InstructionsViewModel.h"
 #include "view_models/NetworkLedgerViewModel.h"
 #include "view_models/ShellViewModel.h"
+#include "view_models/SourceMenuViewModel.h"
 
 #include <QFileInfo>
 
@@ -160,6 +164,10 @@ void AppState::makeServices()
                                   .nativeOllama = ollama,
                                   .ollama = ollama.get(),
                                   .privateCloud = deployedPrivateCloud()});
+    m_systemPrompts = std::make_unique<SystemPromptStore>(*m_settings, *m_vault,
+                                                          SystemPromptStore::path(m_commandLine.folders()));
+    m_router->setPromptParts({.instructions = [this] { return m_systemPrompts->effectivePrompt(); },
+                              .rules = SystemPrompt::toolInstructions});
     m_replies = std::make_unique<ReplyRunner>(*m_router);
 }
 
@@ -179,7 +187,10 @@ void AppState::makeViewModels()
             &ConversationListModel::refresh);
     m_search = std::make_unique<HistorySearchModel>(*m_repository, m_clock);
     connect(m_chat.get(), &ChatViewModel::conversationsChanged, m_search.get(), &HistorySearchModel::refresh);
-    m_aiSettings = std::make_unique<AISettingsViewModel>(*m_settings, m_secrets.keychain, *m_router);
+    m_aiSettings =
+        std::make_unique<AISettingsViewModel>(*m_settings, m_secrets.keychain, *m_router, *m_network);
+    m_sources = std::make_unique<SourceMenuViewModel>(*m_router);
+    m_instructions = std::make_unique<InstructionsViewModel>(*m_systemPrompts);
     m_networkLedgerView = std::make_unique<NetworkLedgerViewModel>(*m_networkLedger, m_clock);
     m_shell = std::make_unique<ShellViewModel>(
         *m_settings, m_startupError ? m_startupError->userMessage() : QString(),
@@ -187,8 +198,8 @@ void AppState::makeViewModels()
 }
 
 // Who used an older build learns once what went; a first start has nothing to be told.
-// On disk at once: a program that is killed before its first chat is over must not take its person for one who
-// has been here before.
+// On disk at once: a program that is killed before its first chat is over must not take its person for one
+// who has been here before.
 void AppState::decideWhatChangedNotice()
 {
     if (m_settingsRepository->boolean(decidedWhatChangedKey))

@@ -18,6 +18,7 @@ class ConversationListModel;
 class ConversationRepository;
 class GhostKeeping;
 class HistorySearchModel;
+class InstructionsViewModel;
 class KeychainServicing;
 class LegacySecretListing;
 class LocalDataVault;
@@ -29,6 +30,8 @@ class ReplyRunning;
 class SettingsRepository;
 class SettingsStore;
 class ShellViewModel;
+class SourceMenuViewModel;
+class SystemPromptStore;
 
 // The root object: makes every long-lived service in its order, wires them to each other and answers the
 // application's lifecycle. One for the life of the process, on the main thread.
@@ -54,6 +57,8 @@ public:
     [[nodiscard]] CompanionViewModel &companion() { return *m_companion; }
     [[nodiscard]] ConversationListModel &conversations() { return *m_conversations; }
     [[nodiscard]] HistorySearchModel &search() { return *m_search; }
+    [[nodiscard]] SourceMenuViewModel &sources() { return *m_sources; }
+    [[nodiscard]] InstructionsViewModel &instructions() { return *m_instructions; }
     [[nodiscard]] AISettingsViewModel &aiSettings() { return *m_aiSettings; }
     [[nodiscard]] NetworkLedgerViewModel &networkLedger() { return *m_networkLedgerView; }
     [[nodiscard]] ShellViewModel &shell() { return *m_shell; }
@@ -106,12 +111,15 @@ private:
     std::unique_ptr<NetworkLedger> m_networkLedger;
     std::unique_ptr<AppNetwork> m_network;
     std::unique_ptr<ProofLedger> m_proofs;
+    std::unique_ptr<SystemPromptStore> m_systemPrompts;
     std::unique_ptr<AIRequestRouter> m_router;
     std::unique_ptr<ReplyRunning> m_replies;
     std::unique_ptr<CompanionViewModel> m_companion;
     std::unique_ptr<ChatViewModel> m_chat;
     std::unique_ptr<ConversationListModel> m_conversations;
     std::unique_ptr<HistorySearchModel> m_search;
+    std::unique_ptr<SourceMenuViewModel> m_sources;
+    std::unique_ptr<InstructionsViewModel> m_instructions;
     std::unique_ptr<AISettingsViewModel> m_aiSettings;
     std::unique_ptr<NetworkLedgerViewModel> m_networkLedgerView;
     std::unique_ptr<ShellViewModel> m_shell;

@@ -6,8 +6,10 @@
 #include "view_models/CompanionViewModel.h"
 #include "view_models/ConversationListModel.h"
 #include "view_models/HistorySearchModel.h"
+#include "view_models/InstructionsViewModel.h"
 #include "view_models/NetworkLedgerViewModel.h"
 #include "view_models/ShellViewModel.h"
+#include "view_models/SourceMenuViewModel.h"
 
 #include <QCloseEvent>
 
@@ -19,6 +21,8 @@ MainWindowController::MainWindowController(AppState &state, QObject *parent)
     m_engine.loadComponent(u"Main.qml"_s, {{u"chat"_s, QVariant::fromValue(&state.chat())},
                                            {u"conversations"_s, QVariant::fromValue(&state.conversations())},
                                            {u"search"_s, QVariant::fromValue(&state.search())},
+                                           {u"sources"_s, QVariant::fromValue(&state.sources())},
+                                           {u"instructions"_s, QVariant::fromValue(&state.instructions())},
                                            {u"aiSettings"_s, QVariant::fromValue(&state.aiSettings())},
                                            {u"networkLedger"_s, QVariant::fromValue(&state.networkLedger())},
                                            {u"shell"_s, QVariant::fromValue(&state.shell())},

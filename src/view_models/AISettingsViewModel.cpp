@@ -2,6 +2,7 @@
 
 #include "ai/contract/BaseURL.h"
 #include "ai/contract/ProviderError.h"
+#include "ai/providers/ServerModels.h"
 #include "ai/routing/AIRequestRouter.h"
 #include "persistence/SettingsStore.h"
 #include "security/KeychainError.h"
@@ -14,17 +15,22 @@
 using namespace Qt::StringLiterals;
 
 AISettingsViewModel::AISettingsViewModel(SettingsStore &settings, KeychainServicing &keychain,
-                                         AIRequestRouter &router, QObject *parent)
+                                         AIRequestRouter &router, HttpSessionProviding &network,
+                                         QObject *parent)
     : QObject(parent)
     , m_settings(settings)
     , m_keychain(keychain)
     , m_router(router)
+    , m_serverModels([&router, &network](std::stop_token stop) {
+        return ServerModels::list(&network, router.settingsConfiguration(), std::move(stop));
+    })
 {
     const auto forward = [this, &settings](auto changed, auto mine) {
         connect(&settings, changed, this, mine);
         connect(&settings, changed, this, &AISettingsViewModel::forgetTest);
     };
     forward(&SettingsStore::baseURLStringChanged, &AISettingsViewModel::addressChanged);
+    connect(&settings, &SettingsStore::baseURLStringChanged, &m_serverModels, &ServerModelsViewModel::forget);
     forward(&SettingsStore::modelChanged, &AISettingsViewModel::modelChanged);
     forward(&SettingsStore::temperatureChanged, &AISettingsViewModel::temperatureChanged);
     forward(&SettingsStore::maxOutputTokensChanged, &AISettingsViewModel::maxOutputTokensChanged);

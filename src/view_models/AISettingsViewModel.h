@@ -1,6 +1,7 @@
 #pragma once
 
 #include "utils/TaskHandle.h"
+#include "view_models/ServerModelsViewModel.h"
 
 #include <QCoroTask>
 #include <QObject>
@@ -11,6 +12,7 @@
 #include <stop_token>
 
 class AIRequestRouter;
+class HttpSessionProviding;
 class KeychainServicing;
 class SettingsStore;
 
@@ -23,6 +25,7 @@ class AISettingsViewModel : public QObject {
     // Why the address can't be used as it stands; empty when it can.
     Q_PROPERTY(QString addressProblem READ addressProblem NOTIFY addressChanged)
     Q_PROPERTY(QString model READ model WRITE setModel NOTIFY modelChanged)
+    Q_PROPERTY(ServerModelsViewModel *serverModels READ serverModels CONSTANT)
     Q_PROPERTY(bool hasKey READ hasKey NOTIFY keyChanged)
     Q_PROPERTY(double temperature READ temperature WRITE setTemperature NOTIFY temperatureChanged)
     Q_PROPERTY(
@@ -38,13 +41,14 @@ public:
     Q_ENUM(TestState)
 
     AISettingsViewModel(SettingsStore &settings, KeychainServicing &keychain, AIRequestRouter &router,
-                        QObject *parent = nullptr);
+                        HttpSessionProviding &network, QObject *parent = nullptr);
 
     [[nodiscard]] QString address() const;
     void setAddress(const QString &address);
     [[nodiscard]] QString addressProblem() const;
     [[nodiscard]] QString model() const;
     void setModel(const QString &model);
+    [[nodiscard]] ServerModelsViewModel *serverModels() { return &m_serverModels; }
     [[nodiscard]] bool hasKey() const;
     [[nodiscard]] double temperature() const;
     void setTemperature(double temperature);
@@ -81,6 +85,7 @@ private:
     SettingsStore &m_settings;
     KeychainServicing &m_keychain;
     AIRequestRouter &m_router;
+    ServerModelsViewModel m_serverModels;
     TestState m_testState = TestState::untested;
     QString m_testMessage;
     QString m_testSuggestion;

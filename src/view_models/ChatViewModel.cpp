@@ -83,11 +83,6 @@ QString ChatViewModel::sourceLabel() const
     return m_services.router.sourceLabel();
 }
 
-QString ChatViewModel::sourceNote() const
-{
-    return m_services.router.chatSource().destination();
-}
-
 bool ChatViewModel::isConfigured() const
 {
     const ChatSource source = m_services.router.chatSource();

@@ -46,7 +46,6 @@ class ChatViewModel : public QObject {
     Q_PROPERTY(QString title READ title NOTIFY conversationChanged)
     Q_PROPERTY(QString conversationId READ conversationId NOTIFY conversationChanged)
     Q_PROPERTY(QString sourceLabel READ sourceLabel NOTIFY sourceChanged)
-    Q_PROPERTY(QString sourceNote READ sourceNote NOTIFY sourceChanged)
     Q_PROPERTY(bool isConfigured READ isConfigured NOTIFY sourceChanged)
 
 public:
@@ -84,8 +83,6 @@ public:
     [[nodiscard]] QString title() const;
     [[nodiscard]] QString conversationId() const; // empty for none
     [[nodiscard]] QString sourceLabel() const;
-    // One line under the composer that says where the next message goes.
-    [[nodiscard]] QString sourceNote() const;
     [[nodiscard]] bool isConfigured() const;
 
     [[nodiscard]] const std::shared_ptr<Conversation> &conversation() const { return m_conversation; }

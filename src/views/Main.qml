@@ -10,6 +10,8 @@ T.ApplicationWindow {
     required property ChatViewModel chat
     required property ConversationListModel conversations
     required property HistorySearchModel search
+    required property SourceMenuViewModel sources
+    required property InstructionsViewModel instructions
     required property AISettingsViewModel aiSettings
     required property NetworkLedgerViewModel networkLedger
     required property ShellViewModel shell
@@ -39,6 +41,7 @@ T.ApplicationWindow {
         if (!settings.item)
             settings.setSource("settings/SettingsWindow.qml", {
                 aiSettings: window.aiSettings,
+                instructions: window.instructions,
                 networkLedger: window.networkLedger,
                 shell: window.shell
             });
@@ -80,6 +83,7 @@ T.ApplicationWindow {
             focus: true
             chat: window.chat
             shell: window.shell
+            sources: window.sources
             companion: window.companion
             sidebarShown: window.sidebarShown
             onSettingsChosen: window.openSettings()
@@ -105,6 +109,7 @@ T.ApplicationWindow {
                 chat: window.chat
                 conversations: window.conversations
                 search: window.search
+                sources: window.sources
                 companion: window.companion
                 onNewChatChosen: window.beginChat()
                 onChatChosen: {

@@ -83,18 +83,20 @@ TEST_F(AccessibilityTest, EveryControlOfTheSettingsHasANameAndTabReachesIt)
     m_aiSettings.hasKey = true;
     QQuickWindow *settings = settingsWindow();
     ASSERT_NE(settings, nullptr);
-    const QList<QStringList> expected{
-        {u"Address"_s, u"Model"_s, u"Key"_s, u"Test"_s, u"Temperature"_s, u"Longest reply in tokens"_s},
-        {u"System"_s, u"Large"_s, u"Reduce motion"_s},
-        {u"Connections"_s}};
-    for (int page = 0; page < expected.size(); ++page) {
+    const std::pair<QString, QStringList> expected[] = {
+        {u"ai"_s,
+         {u"Address"_s, u"Model"_s, u"Key"_s, u"Test"_s, u"Temperature"_s, u"Longest reply in tokens"_s}},
+        {u"instructions"_s, {u"Instructions"_s}},
+        {u"appearance"_s, {u"System"_s, u"Large"_s, u"Reduce motion"_s}},
+        {u"network"_s, {u"Connections"_s}}};
+    for (const auto &[page, controls] : expected) {
         settings->setProperty("page", page);
         settle();
         expectAllNamed(settings);
         QSet<QString> names;
         for (QQuickItem *reached : tabRound(settings))
             names += accessibleName(reached);
-        for (const QString &name : expected.at(page))
+        for (const QString &name : controls)
             EXPECT_TRUE(names.contains(name)) << name.toStdString();
     }
 }

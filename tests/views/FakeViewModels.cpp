@@ -95,6 +95,33 @@ void FakeSearch::setQuery(const QString &query)
     Q_EMIT queryChanged();
 }
 
+void FakeServerModels::fetch()
+{
+    isFetching = true;
+    Q_EMIT changed();
+}
+
+void FakeServerModels::answer(const QStringList &models, const QString &why)
+{
+    isFetching = false;
+    names = models;
+    problem = why;
+    Q_EMIT changed();
+}
+
+FakeSources::FakeSources(QObject *parent)
+    : FakeRows({"name", "destination", "glyph", "problem", "inUse"}, parent)
+{}
+
+void FakeSources::offer(const QString &place, const QString &why, bool isInUse)
+{
+    append({{u"name"_s, place},
+            {u"destination"_s, u"Goes to "_s + place},
+            {u"glyph"_s, u"network"_s},
+            {u"problem"_s, why},
+            {u"inUse"_s, isInUse}});
+}
+
 FakeNetworkLedger::FakeNetworkLedger(QObject *parent)
     : FakeRows({"time", "host", "place", "feature", "carried", "sent", "received", "outcome"}, parent)
 {}

@@ -111,7 +111,6 @@ class FakeChat : public QObject {
     Q_PROPERTY(QString title MEMBER title NOTIFY conversationChanged)
     Q_PROPERTY(QString conversationId MEMBER conversationId NOTIFY conversationChanged)
     Q_PROPERTY(QString sourceLabel MEMBER sourceLabel NOTIFY sourceChanged)
-    Q_PROPERTY(QString sourceNote MEMBER sourceNote NOTIFY sourceChanged)
     Q_PROPERTY(bool isConfigured MEMBER isConfigured NOTIFY sourceChanged)
 
 public:
@@ -151,7 +150,6 @@ public:
     QString title = QStringLiteral("New Conversation");
     QString conversationId = QStringLiteral("A");
     QString sourceLabel = QStringLiteral("practice");
-    QString sourceNote = QStringLiteral("Stays on this computer");
     QString answer;
     bool isConfigured = true;
 
@@ -176,11 +174,78 @@ private:
     QStringList m_calls;
 };
 
+class FakeServerModels : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QStringList names MEMBER names NOTIFY changed)
+    Q_PROPERTY(bool isFetching MEMBER isFetching NOTIFY changed)
+    Q_PROPERTY(QString problem MEMBER problem NOTIFY changed)
+
+public:
+    using QObject::QObject;
+
+    Q_INVOKABLE void fetch();
+    void answer(const QStringList &models, const QString &why = {});
+
+    QStringList names;
+    bool isFetching = false;
+    QString problem;
+
+Q_SIGNALS:
+    void changed();
+};
+
+class FakeSources : public FakeRows {
+    Q_OBJECT
+    Q_PROPERTY(QString name MEMBER name NOTIFY sourceChanged)
+    Q_PROPERTY(QString destination MEMBER destination NOTIFY sourceChanged)
+    Q_PROPERTY(QString glyph MEMBER glyph NOTIFY sourceChanged)
+    Q_PROPERTY(QString warning MEMBER warning NOTIFY sourceChanged)
+    Q_PROPERTY(QString cloudNotice MEMBER cloudNotice NOTIFY sourceChanged)
+
+public:
+    explicit FakeSources(QObject *parent = nullptr);
+
+    void offer(const QString &name, const QString &problem = {}, bool inUse = false);
+    Q_INVOKABLE void choose(int row) { chosen += row; }
+
+    QString name = QStringLiteral("practice");
+    QString destination = QStringLiteral("Stays on this computer");
+    QString glyph = QStringLiteral("computer");
+    QString warning;
+    QString cloudNotice;
+    QList<int> chosen;
+
+Q_SIGNALS:
+    void sourceChanged();
+};
+
+class FakeInstructions : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QString text MEMBER text NOTIFY textChanged)
+    Q_PROPERTY(QString defaultText MEMBER defaultText CONSTANT)
+    Q_PROPERTY(QString problem MEMBER problem NOTIFY problemChanged)
+
+public:
+    using QObject::QObject;
+
+    Q_INVOKABLE void reset() { ++resets; }
+
+    QString text;
+    QString defaultText = QStringLiteral("Be helpful.");
+    QString problem;
+    int resets = 0;
+
+Q_SIGNALS:
+    void textChanged();
+    void problemChanged();
+};
+
 class FakeAISettings : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString address MEMBER address NOTIFY addressChanged)
     Q_PROPERTY(QString addressProblem MEMBER addressProblem NOTIFY addressChanged)
     Q_PROPERTY(QString model MEMBER model NOTIFY modelChanged)
+    Q_PROPERTY(FakeServerModels *serverModels MEMBER serverModels CONSTANT)
     Q_PROPERTY(bool hasKey MEMBER hasKey NOTIFY keyChanged)
     Q_PROPERTY(double temperature MEMBER temperature NOTIFY temperatureChanged)
     Q_PROPERTY(int maxOutputTokens MEMBER maxOutputTokens NOTIFY maxOutputTokensChanged)
@@ -203,6 +268,7 @@ public:
     QString address;
     QString addressProblem;
     QString model;
+    FakeServerModels *serverModels = new FakeServerModels(this);
     bool hasKey = false;
     QStringList savedKeys;
     double temperature = 0.7;

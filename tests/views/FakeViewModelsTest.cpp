@@ -7,8 +7,10 @@
 #include "view_models/CompanionViewModel.h"
 #include "view_models/ConversationListModel.h"
 #include "view_models/HistorySearchModel.h"
+#include "view_models/InstructionsViewModel.h"
 #include "view_models/NetworkLedgerViewModel.h"
 #include "view_models/ShellViewModel.h"
+#include "view_models/SourceMenuViewModel.h"
 
 #include <QMetaMethod>
 #include <QMetaProperty>
@@ -60,6 +62,9 @@ TEST(FakeViewModelsTest, TheRealViewModelsHaveWhatTheFakesOffer)
     expectRealHas(ShellViewModel::staticMetaObject, FakeShell::staticMetaObject);
     expectRealHas(CompanionViewModel::staticMetaObject, FakeCompanion::staticMetaObject);
     expectRealHas(HistorySearchModel::staticMetaObject, FakeSearch::staticMetaObject);
+    expectRealHas(ServerModelsViewModel::staticMetaObject, FakeServerModels::staticMetaObject);
+    expectRealHas(SourceMenuViewModel::staticMetaObject, FakeSources::staticMetaObject);
+    expectRealHas(InstructionsViewModel::staticMetaObject, FakeInstructions::staticMetaObject);
     expectRealHas(NetworkLedgerViewModel::staticMetaObject, FakeNetworkLedger::staticMetaObject);
 }
 

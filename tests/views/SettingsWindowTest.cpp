@@ -17,7 +17,7 @@ protected:
         press(m_settings, Qt::Key_A, Qt::ControlModifier);
         type(m_settings, text);
     }
-    void turnTo(int page)
+    void turnTo(const QString &page)
     {
         m_settings->setProperty("page", page);
         settle();
@@ -83,9 +83,46 @@ TEST_F(SettingsWindowTest, TheConnectionTestRunsCanBeCancelledAndSaysHowItWent)
     EXPECT_EQ(accessibleName(row), u"It refused. Check the key."_s);
 }
 
+TEST_F(SettingsWindowTest, AModelIsPickedFromWhatTheServerLists)
+{
+    click(control(u"pickModel"_s));
+    EXPECT_TRUE(m_aiSettings.serverModels->isFetching);
+    EXPECT_EQ(accessibleName(control(u"modelPickerState"_s)), u"Asking the server…"_s);
+    m_aiSettings.serverModels->answer({u"llama3.2:3b"_s, u"qwen2.5:7b"_s});
+    settle();
+    press(m_settings, Qt::Key_Down);
+    press(m_settings, Qt::Key_Return);
+    EXPECT_EQ(m_aiSettings.model, u"qwen2.5:7b"_s);
+    EXPECT_FALSE(control(u"modelPickerState"_s));
+
+    m_aiSettings.serverModels->answer({}, u"It refused."_s);
+    click(control(u"pickModel"_s));
+    m_aiSettings.serverModels->answer({}, u"It refused."_s);
+    settle();
+    EXPECT_EQ(accessibleName(control(u"modelPickerState"_s)), u"It refused."_s);
+}
+
+TEST_F(SettingsWindowTest, InstructionsAreSavedWhenTheFieldIsLeftAndResetAsksFirst)
+{
+    turnTo(u"instructions"_s);
+    control(u"instructions.field"_s)->forceActiveFocus();
+    type(m_settings, u"Be short."_s);
+    turnTo(u"ai"_s);
+    EXPECT_EQ(m_instructions.text, u"Be short."_s);
+    turnTo(u"instructions"_s);
+    click(control(u"resetInstructions"_s));
+    EXPECT_EQ(m_instructions.resets, 0);
+    press(m_settings, Qt::Key_Escape);
+    EXPECT_EQ(m_instructions.resets, 0);
+    m_instructions.problem = u"Sealed with a lost key."_s;
+    Q_EMIT m_instructions.problemChanged();
+    settle();
+    EXPECT_EQ(accessibleName(control(u"instructionsProblem"_s)), u"Sealed with a lost key."_s);
+}
+
 TEST_F(SettingsWindowTest, AppearanceFollowsItsChoices)
 {
-    turnTo(1);
+    turnTo(u"appearance"_s);
     click(control(u"appearance.dark"_s));
     EXPECT_EQ(m_shell.appearance, u"dark"_s);
     control(u"textSize.large"_s)->forceActiveFocus(Qt::TabFocusReason);
@@ -98,7 +135,7 @@ TEST_F(SettingsWindowTest, AppearanceFollowsItsChoices)
 TEST_F(SettingsWindowTest, TheLedgerIsFollowedOnlyWhileItIsShown)
 {
     EXPECT_FALSE(m_ledger.watching);
-    turnTo(2);
+    turnTo(u"network"_s);
     EXPECT_TRUE(m_ledger.watching);
     EXPECT_FALSE(control(u"clearLedger"_s)->isEnabled());
     m_ledger.append({{u"time"_s, u"12:00"_s},

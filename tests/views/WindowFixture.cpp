@@ -37,6 +37,9 @@ void offerFakes()
         offer<FakeMessageList>("MessageListModel");
         offer<FakeConversationList>("ConversationListModel");
         offer<FakeSearch>("HistorySearchModel");
+        offer<FakeSources>("SourceMenuViewModel");
+        offer<FakeServerModels>("ServerModelsViewModel");
+        offer<FakeInstructions>("InstructionsViewModel");
         offer<FakeNetworkLedger>("NetworkLedgerViewModel");
         offer<FakeChat>("ChatViewModel");
         offer<FakeAISettings>("AISettingsViewModel");
@@ -72,6 +75,8 @@ void WindowFixture::load()
     m_engine->setInitialProperties({{u"chat"_s, QVariant::fromValue(&m_chat)},
                                     {u"conversations"_s, QVariant::fromValue(&m_conversations)},
                                     {u"search"_s, QVariant::fromValue(&m_search)},
+                                    {u"sources"_s, QVariant::fromValue(&m_sources)},
+                                    {u"instructions"_s, QVariant::fromValue(&m_instructions)},
                                     {u"aiSettings"_s, QVariant::fromValue(&m_aiSettings)},
                                     {u"networkLedger"_s, QVariant::fromValue(&m_ledger)},
                                     {u"shell"_s, QVariant::fromValue(&m_shell)},

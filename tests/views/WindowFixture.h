@@ -58,6 +58,8 @@ protected:
     FakeChat m_chat;
     FakeConversationList m_conversations;
     FakeSearch m_search;
+    FakeSources m_sources;
+    FakeInstructions m_instructions;
     FakeAISettings m_aiSettings;
     FakeNetworkLedger m_ledger;
     FakeShell m_shell;

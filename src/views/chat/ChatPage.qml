@@ -9,6 +9,7 @@ FocusScope {
 
     required property ChatViewModel chat
     required property ShellViewModel shell
+    required property SourceMenuViewModel sources
     required property CompanionViewModel companion
     property bool sidebarShown: true
     readonly property real column: Math.min(Theme.columnWidth, width - 2 * Theme.gap24)
@@ -131,7 +132,8 @@ FocusScope {
             }
             SourceLine {
                 Layout.fillWidth: true
-                note: root.chat.sourceNote
+                destination: root.sources.destination
+                warning: root.sources.warning
             }
         }
     }

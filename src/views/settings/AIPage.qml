@@ -39,10 +39,28 @@ SettingsPage {
 
             TextBox {
                 objectName: "model"
-                Layout.preferredWidth: 300
+                Layout.preferredWidth: 300 - pick.width - 8
                 text: root.settings.model
                 Accessible.name: qsTr("Model")
                 onTextEdited: root.settings.model = text
+            }
+            IconButton {
+                id: pick
+
+                objectName: "pickModel"
+                text: qsTr("Pick a model of the server")
+                glyph: "chevron-down"
+                onClicked: picker.open()
+
+                ModelPicker {
+                    id: picker
+
+                    y: parent.height + 4
+                    x: parent.width - width
+                    models: root.settings.serverModels
+                    current: root.settings.model
+                    onChosen: name => root.settings.model = name
+                }
             }
         }
         KeyRow {

@@ -7,9 +7,9 @@ import Morvane
 Rectangle {
     id: root
 
-    property int currentPage: 0
+    property string currentPage
 
-    signal chosen(int page)
+    signal chosen(string page)
 
     color: Theme.sidebar
 
@@ -20,29 +20,29 @@ Rectangle {
 
         Repeater {
             model: [
-                { title: qsTr("AI"), glyph: "spark" },
-                { title: qsTr("Appearance"), glyph: "appearance" },
-                { title: qsTr("Network"), glyph: "network" }
+                { page: "ai", title: qsTr("AI"), glyph: "spark" },
+                { page: "instructions", title: qsTr("Instructions"), glyph: "quill" },
+                { page: "appearance", title: qsTr("Appearance"), glyph: "appearance" },
+                { page: "network", title: qsTr("Network"), glyph: "network" }
             ]
 
             SidebarButton {
                 id: entry
 
-                required property int index
                 required property var modelData
 
                 width: parent.width
                 text: modelData.title
                 glyph: modelData.glyph
                 Accessible.role: Accessible.PageTab
-                Accessible.selected: index === root.currentPage
-                onClicked: root.chosen(index)
+                Accessible.selected: modelData.page === root.currentPage
+                onClicked: root.chosen(modelData.page)
 
                 Rectangle {
                     anchors.fill: parent
                     z: -1
                     radius: Theme.controlRadius
-                    visible: entry.index === root.currentPage
+                    visible: entry.modelData.page === root.currentPage
                     color: Theme.currentWash
                 }
             }

@@ -9,9 +9,12 @@ T.ApplicationWindow {
     id: root
 
     required property AISettingsViewModel aiSettings
+    required property InstructionsViewModel instructions
     required property NetworkLedgerViewModel networkLedger
     required property ShellViewModel shell
-    property int page: 0
+    // In the order of the menu and of the pages below.
+    readonly property list<string> pages: ["ai", "instructions", "appearance", "network"]
+    property string page: pages[0]
 
     width: 860
     height: 620
@@ -38,17 +41,18 @@ T.ApplicationWindow {
         StackLayout {
             Layout.fillWidth: true
             Layout.fillHeight: true
-            currentIndex: root.page
+            currentIndex: root.pages.indexOf(root.page)
 
             AIPage {
                 settings: root.aiSettings
                 keychainNotice: root.shell.keychainNotice
             }
+            InstructionsPage { instructions: root.instructions }
             AppearancePage { shell: root.shell }
             NetworkPage {
                 ledger: root.networkLedger
                 productName: root.shell.productName
-                shown: root.visible && root.page === 2
+                shown: root.visible && root.page === "network"
             }
         }
     }

@@ -12,6 +12,7 @@ Rectangle {
     required property ChatViewModel chat
     required property ConversationListModel conversations
     required property HistorySearchModel search
+    required property SourceMenuViewModel sources
     required property CompanionViewModel companion
 
     signal newChatChosen()
@@ -35,13 +36,13 @@ Rectangle {
 
         RowLayout {
             Layout.margins: Theme.gap12
+            Layout.bottomMargin: Theme.gap4
             spacing: Theme.gap4
 
-            SidebarButton {
+            SourceButton {
                 Layout.fillWidth: true
-                text: qsTr("New Chat")
-                glyph: "plus"
-                onClicked: root.newChatChosen()
+                sources: root.sources
+                onSettingsChosen: root.settingsChosen()
             }
             IconButton {
                 objectName: "hideSidebar"
@@ -49,6 +50,15 @@ Rectangle {
                 glyph: "sidebar"
                 onClicked: root.hideChosen()
             }
+        }
+        SidebarButton {
+            Layout.fillWidth: true
+            Layout.leftMargin: Theme.gap12
+            Layout.rightMargin: Theme.gap12
+            Layout.bottomMargin: Theme.gap8
+            text: qsTr("New Chat")
+            glyph: "plus"
+            onClicked: root.newChatChosen()
         }
         SearchField {
             id: field
@@ -93,7 +103,6 @@ Rectangle {
         }
         SidebarFoot {
             Layout.fillWidth: true
-            chat: root.chat
             companion: root.companion
             onSettingsChosen: root.settingsChosen()
         }

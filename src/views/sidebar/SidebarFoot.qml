@@ -3,11 +3,10 @@ import QtQuick.Layouts
 import Morvane
 import Morvane.ViewModels
 
-// The ghost, where replies come from, and the way to the settings.
+// The ghost, and the way to the settings.
 RowLayout {
     id: root
 
-    required property ChatViewModel chat
     required property CompanionViewModel companion
 
     signal settingsChosen()
@@ -22,27 +21,7 @@ RowLayout {
         size: 40
         companion: root.companion
     }
-    ColumnLayout {
-        Layout.fillWidth: true
-        spacing: 0
-
-        SmallText {
-            Layout.fillWidth: true
-            text: root.chat.isConfigured ? qsTr("Replies come from") : qsTr("Nothing is set up yet")
-            font.pixelSize: Theme.captionSize
-            elide: Text.ElideRight
-            wrapMode: Text.NoWrap
-        }
-        SmallText {
-            objectName: "activeSource"
-            Layout.fillWidth: true
-            visible: root.chat.isConfigured
-            text: root.chat.sourceLabel
-            color: Theme.text
-            elide: Text.ElideMiddle
-            wrapMode: Text.NoWrap
-        }
-    }
+    Item { Layout.fillWidth: true }
     IconButton {
         objectName: "openSettings"
         Layout.rightMargin: Theme.gap12

@@ -1,0 +1,51 @@
+#include "view_models/ServerModelsViewModel.h"
+
+#include "utils/UserPresentableError.h"
+
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+ServerModelsViewModel::ServerModelsViewModel(Lister lister, QObject *parent)
+    : QObject(parent)
+    , m_lister(std::move(lister))
+{}
+
+void ServerModelsViewModel::fetch()
+{
+    m_isFetching = true;
+    m_problem.clear();
+    Q_EMIT changed();
+    m_fetch = TaskHandle::start(
+        [this](std::stop_token stop) { return fetchNames(QPointer(this), m_lister, std::move(stop)); });
+}
+
+QCoro::Task<> ServerModelsViewModel::fetchNames(QPointer<ServerModelsViewModel> self, Lister lister,
+                                                std::stop_token stop)
+{
+    QStringList names;
+    QString problem;
+    try {
+        names = co_await lister(stop);
+        if (names.isEmpty())
+            problem = u"The server lists no models."_s;
+    } catch (...) {
+        problem = presentationOf(std::current_exception()).message;
+    }
+    if (self && !stop.stop_requested())
+        self->finish(names, problem);
+}
+
+void ServerModelsViewModel::finish(const QStringList &names, const QString &problem)
+{
+    m_isFetching = false;
+    m_names = names;
+    m_problem = problem;
+    Q_EMIT changed();
+}
+
+void ServerModelsViewModel::forget()
+{
+    m_fetch = {};
+    finish({}, {});
+}

@@ -1,0 +1,55 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// Several lines of text to fill in. Say in Accessible.name what it is for.
+Rectangle {
+    id: root
+
+    property alias text: field.text
+    property string placeholderText
+    property string description
+
+    signal edited()
+    signal focusLeft()
+
+    radius: Theme.controlRadius
+    color: Theme.card
+    border.width: field.activeFocus ? Theme.focusWidth : 1
+    border.color: field.activeFocus ? Theme.accent : Theme.outline
+
+    Flickable {
+        anchors.fill: parent
+        anchors.margins: 10
+        boundsBehavior: Flickable.StopAtBounds
+        clip: true
+
+        T.ScrollBar.vertical: ScrollHandle {}
+        T.TextArea.flickable: T.TextArea {
+            id: field
+
+            objectName: root.objectName + ".field"
+            textFormat: TextEdit.PlainText
+            wrapMode: TextEdit.Wrap
+            selectByMouse: true
+            color: Theme.text
+            selectionColor: Theme.selection
+            selectedTextColor: Theme.text
+            font.pixelSize: Theme.smallSize
+            Accessible.name: root.description
+            onTextChanged: root.edited()
+            onActiveFocusChanged: if (!activeFocus) root.focusLeft()
+            Keys.onTabPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+            Keys.onBacktabPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
+        }
+    }
+    SmallText {
+        anchors.fill: parent
+        anchors.margins: 10
+        visible: field.length === 0 && field.preeditText.length === 0
+        text: root.placeholderText
+        color: Theme.disabled
+        elide: Text.ElideRight
+        Accessible.ignored: true
+    }
+}

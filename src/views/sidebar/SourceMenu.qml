@@ -1,0 +1,89 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+import Morvane.ViewModels
+
+// The places that replies can come from, each with what leaves the machine. What can't run says why.
+T.Popup {
+    id: root
+
+    required property SourceMenuViewModel sources
+
+    signal settingsChosen()
+
+    function choose(row: int, problem: string) {
+        if (problem.length > 0)
+            return;
+        root.sources.choose(row);
+        root.close();
+    }
+
+    objectName: "sourceMenu"
+    implicitWidth: 340
+    implicitHeight: column.implicitHeight + 2 * padding
+    padding: 6
+    margins: 8
+    focus: true
+    onOpened: list.forceActiveFocus()
+
+    background: Rectangle {
+        radius: Theme.panelRadius
+        color: Theme.floating
+        border.width: 1
+        border.color: Theme.hairline
+    }
+    contentItem: Column {
+        id: column
+
+        spacing: 2
+
+        ListView {
+            id: list
+
+            width: parent.width
+            implicitHeight: contentHeight
+            height: contentHeight
+            interactive: false
+            activeFocusOnTab: true
+            keyNavigationEnabled: true
+            model: root.sources
+            Accessible.role: Accessible.List
+            Accessible.name: qsTr("Where replies come from")
+
+            delegate: SourceRow {
+                width: list.width
+                marked: ListView.isCurrentItem && list.activeFocus
+                onChosen: root.choose(index, problem)
+            }
+            Keys.onReturnPressed: (currentItem as SourceRow)?.chosen()
+            Keys.onEnterPressed: (currentItem as SourceRow)?.chosen()
+            Keys.onSpacePressed: (currentItem as SourceRow)?.chosen()
+        }
+        SmallText {
+            width: parent.width
+            visible: text.length > 0
+            leftPadding: Theme.gap8
+            rightPadding: Theme.gap8
+            topPadding: Theme.gap4
+            text: root.sources.cloudNotice
+            font.pixelSize: Theme.captionSize
+        }
+        Rectangle {
+            width: parent.width
+            height: 1
+            color: Theme.hairline
+        }
+        SidebarButton {
+            objectName: "sourceSettings"
+            width: parent.width
+            text: qsTr("Set up a server or service…")
+            glyph: "settings"
+            onClicked: {
+                root.close();
+                root.settingsChosen();
+            }
+        }
+    }
+}
