@@ -1,6 +1,7 @@
 #include "screenshots/Studio.h"
 
 #include "app/WindowEngine.h"
+#include "support/WindowDriver.h"
 #include "view_models/ChatViewModel.h"
 #include "view_models/CompanionViewModel.h"
 #include "view_models/ShellViewModel.h"
@@ -55,6 +56,25 @@ void takeGallery(Studio &studio)
     }
 }
 
+void takeSourceMenu(Studio &studio)
+{
+    WindowDriver::click(WindowDriver::item(studio.window(), u"sourceButton"_s));
+    studio.take(u"sources"_s);
+    WindowDriver::press(studio.window(), Qt::Key_Escape);
+}
+
+void takeSettings(Studio &studio)
+{
+    QQuickWindow *settings = WindowDriver::settingsWindow(studio.window());
+    if (!settings)
+        throw std::runtime_error("the settings did not open");
+    for (const QString &page : settings->property("pages").toStringList()) {
+        settings->setProperty("page", page);
+        studio.take(u"settings-"_s + page, settings);
+    }
+    settings->close();
+}
+
 void takeAll(Studio &studio)
 {
     studio.take(u"first-start"_s);
@@ -63,6 +83,8 @@ void takeAll(Studio &studio)
     studio.say(u"What happens to the words I type here?"_s);
     studio.awaitReply();
     studio.take(u"chat"_s);
+    takeSourceMenu(studio);
+    takeSettings(studio);
     takeGallery(studio);
 }
 
