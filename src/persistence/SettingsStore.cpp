@@ -8,6 +8,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString instructionsKey = u"customSystemPrompt"_s;
+const QString personasKey = u"characterPersonas"_s;
+
 struct Persona {
     QString name;
     QString personality;
@@ -57,12 +60,18 @@ void SettingsStore::reload()
 
 std::optional<SettingsStore::LegacyPersona> SettingsStore::legacyPersona() const
 {
-    const QString instructions = m_repository.string(u"customSystemPrompt"_s).value_or(QString());
-    const auto known = personas(m_repository.data(u"characterPersonas"_s).value_or(QByteArray()));
+    const QString instructions = m_repository.string(instructionsKey).value_or(QString());
+    const auto known = personas(m_repository.data(personasKey).value_or(QByteArray()));
     if (instructions.isEmpty() && known.empty())
         return std::nullopt;
     const Persona persona = chosen(known, selectedCharacterID().value_or(QString()));
     return LegacyPersona{instructions, persona.name, persona.personality};
+}
+
+void SettingsStore::forgetLegacyPersona()
+{
+    m_repository.remove(instructionsKey);
+    m_repository.remove(personasKey);
 }
 
 QString SettingsStore::versionText()

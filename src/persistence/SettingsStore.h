@@ -54,6 +54,9 @@ public:
     // The persona that an older build had selected; nothing when there was none.
     [[nodiscard]] std::optional<LegacyPersona> legacyPersona() const;
 
+    // Takes it out of the repository, for whoever gave its texts another place.
+    void forgetLegacyPersona();
+
     [[nodiscard]] static QString versionText();
 
 private:

@@ -1,0 +1,177 @@
+#include "ai/prompts/SystemPromptStore.h"
+
+#include "ai/prompts/SystemPrompt.h"
+#include "persistence/InMemorySettingsRepository.h"
+#include "persistence/SettingsStore.h"
+#include "security/InMemoryKeychainService.h"
+#include "security/LocalDataVault.h"
+#include "security/SealedForm.h"
+#include "support/LogCapture.h"
+#include "utils/PrivateFile.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString lostKeyLine = u"app: Instructions: the file is sealed with a key this Mac no longer has"_s;
+const QString movedLine =
+    u"app: Instructions: moved the custom prompt out of defaults into the sealed file"_s;
+const QString unwrittenLine = u"app: Instructions: could not write file: <private>"_s;
+const QByteArray sly = R"({"companion":{"name":"Fox","personality":" sly\n"}})";
+
+class SystemPromptStoreTest : public testing::Test {
+protected:
+    QByteArray contents() const { return PrivateFile::read(path, 1 << 20).value_or(QByteArray("(none)")); }
+    void write(const QByteArray &bytes) { PrivateFile::write(path, bytes); }
+    // What an older build left behind.
+    void leave(const QString &prompt, const QByteArray &personas)
+    {
+        repository.setString(u"customSystemPrompt"_s, prompt);
+        repository.setData(u"characterPersonas"_s, personas);
+    }
+
+    InMemoryKeychainService keychain;
+    LocalDataVault vault{keychain};
+    InMemorySettingsRepository repository;
+    SettingsStore settings{repository};
+    QTemporaryDir home;
+    QString path = SystemPromptStore::path({home.path(), {}, {}});
+    LogCapture log;
+};
+
+TEST_F(SystemPromptStoreTest, KeepsInstructionsInOneSealedFile)
+{
+    EXPECT_EQ(path, home.filePath(u"ai.morvane.macos/instructions.txt"_s));
+    {
+        SystemPromptStore store(settings, vault, path);
+        EXPECT_TRUE(QDir(home.filePath(u"ai.morvane.macos"_s)).isEmpty());
+        EXPECT_EQ(store.effectivePrompt(), SystemPrompt::defaultPrompt());
+        int changes = 0;
+        QObject::connect(&store, &SystemPromptStore::promptChanged, [&] { ++changes; });
+        store.setPrompt(u" Répondez court 👻\n"_s);
+        const QByteArray saved = contents();
+        store.setPrompt(u" Répondez court 👻\n"_s);
+        EXPECT_EQ(contents(), saved); // a new seal would have a new nonce
+        EXPECT_EQ(changes, 1);
+        EXPECT_TRUE(SealedForm::isSealedFile(saved));
+        EXPECT_FALSE(saved.contains("court"));
+    }
+    SystemPromptStore store(settings, vault, path);
+    EXPECT_EQ(store.prompt(), u" Répondez court 👻\n"_s);
+    EXPECT_EQ(store.effectivePrompt(), u"Répondez court 👻"_s);
+    store.setPrompt(u" \n\t"_s);
+    EXPECT_EQ(store.effectivePrompt(), SystemPrompt::defaultPrompt());
+    EXPECT_TRUE(log.lines().isEmpty());
+}
+
+TEST_F(SystemPromptStoreTest, TakesAPlainFileAsItStandsAndSealsItAtTheNextSave)
+{
+    write("Be kind");
+    SystemPromptStore store(settings, vault, path);
+    EXPECT_EQ(store.prompt(), u"Be kind"_s);
+    EXPECT_EQ(contents(), "Be kind");
+    store.setPrompt(u"Be kinder"_s);
+    EXPECT_EQ(vault.open(contents()), QByteArray("Be kinder"));
+    EXPECT_NE(contents(), "Be kinder");
+}
+
+TEST_F(SystemPromptStoreTest, LeavesAFileThatItCannotOpenAloneUntilReset)
+{
+    InMemoryKeychainService otherKeychain;
+    const QByteArray underALostKey = LocalDataVault(otherKeychain).seal(QByteArray("secret"));
+    leave(u"old"_s, sly);
+    for (const QByteArray &unreadable :
+         {underALostKey, QByteArray("KVT1 tampered, and no box at all"), QByteArray("\xff\xfe")}) {
+        write(unreadable);
+        SystemPromptStore store(settings, vault, path);
+        EXPECT_TRUE(store.loadFailed());
+        EXPECT_EQ(store.effectivePrompt(), SystemPrompt::defaultPrompt());
+        store.setPrompt(u"meanwhile"_s);
+        EXPECT_EQ(store.effectivePrompt(), u"meanwhile"_s);
+        EXPECT_EQ(contents(), unreadable);
+        EXPECT_EQ(repository.string(u"customSystemPrompt"_s), u"old"_s);
+    }
+    EXPECT_EQ(log.lines().mid(0, 2), (QStringList{lostKeyLine, unwrittenLine}));
+
+    repository.removeAll();
+    SystemPromptStore store(settings, vault, path);
+    store.reset();
+    EXPECT_FALSE(store.loadFailed());
+    EXPECT_EQ(vault.open(contents()), QByteArray());
+    store.setPrompt(u"anew"_s);
+    EXPECT_EQ(vault.open(contents()), QByteArray("anew"));
+
+    write(underALostKey);
+    store.load(); // the key is gone; then it comes back
+    EXPECT_TRUE(store.loadFailed());
+    keychain.save(*otherKeychain.read(LocalDataVault::keyAccount), LocalDataVault::keyAccount);
+    store.load();
+    EXPECT_FALSE(store.loadFailed());
+    EXPECT_EQ(store.prompt(), u"secret"_s);
+}
+
+TEST_F(SystemPromptStoreTest, WaitsForALockedVault)
+{
+    write(vault.seal(QByteArray("sealed words")));
+    const QByteArray before = contents();
+    vault.lock();
+    SystemPromptStore store(settings, vault, path);
+    EXPECT_FALSE(store.loadFailed());
+    store.setPrompt(u"unwritten"_s);
+    EXPECT_EQ(contents(), before);
+    EXPECT_EQ(log.lines(), QStringList{unwrittenLine});
+    vault.unlock();
+    store.load();
+    EXPECT_EQ(store.prompt(), u"sealed words"_s);
+}
+
+TEST_F(SystemPromptStoreTest, TakesOverOnceWhatOlderBuildsHeld)
+{
+    const struct {
+        QString prompt;
+        QByteArray personas;
+        QString expected;
+    } cases[] = {
+        {u" Be brief \n"_s, {}, u"Be brief"_s},
+        {u" Be brief "_s, sly, u"Be brief\n\nYour personality: sly"_s},
+        {u" \n"_s, sly, u"sly"_s},
+    };
+    for (const auto &[prompt, personas, expected] : cases) {
+        QFile::remove(path);
+        leave(prompt, personas);
+        SystemPromptStore store(settings, vault, path);
+        EXPECT_EQ(store.prompt(), expected);
+        EXPECT_EQ(vault.open(contents()), expected.toUtf8());
+        EXPECT_EQ(log.lines().back(), movedLine);
+        EXPECT_TRUE(repository.keys().isEmpty());
+
+        store.reset();
+        EXPECT_EQ(SystemPromptStore(settings, vault, path).prompt(), QString()); // it doesn't come back
+    }
+
+    write("Newer words");
+    leave(u"Older words"_s, {});
+    EXPECT_EQ(SystemPromptStore(settings, vault, path).prompt(), u"Newer words"_s);
+    EXPECT_TRUE(repository.keys().isEmpty());
+}
+
+TEST_F(SystemPromptStoreTest, LosesNothingWhenTheFileCannotBeWritten)
+{
+    leave(u"Be brief"_s, sly);
+    const QStringList keys = repository.keys();
+    ASSERT_TRUE(QFile::link(u"/nonexistent/folder"_s, home.filePath(u"ai.morvane.macos"_s)));
+    SystemPromptStore store(settings, vault, path);
+    EXPECT_FALSE(store.loadFailed());
+    EXPECT_EQ(store.prompt(), u"Be brief\n\nYour personality: sly"_s);
+    EXPECT_EQ(repository.keys(), keys);
+    store.setPrompt(u"kept in memory"_s);
+    EXPECT_EQ(store.effectivePrompt(), u"kept in memory"_s);
+    EXPECT_EQ(log.lines().back(), unwrittenLine);
+}
+
+} // namespace

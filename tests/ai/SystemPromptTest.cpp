@@ -1,0 +1,79 @@
+#include "ai/prompts/SystemPrompt.h"
+
+#include <QCryptographicHash>
+#include <QStringList>
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+std::vector<AITool> tools(const QStringList &names)
+{
+    std::vector<AITool> list;
+    for (const QString &name : names)
+        list.push_back({name});
+    return list;
+}
+
+QByteArray fingerprint(const QString &text)
+{
+    return QCryptographicHash::hash(text.toUtf8(), QCryptographicHash::Sha256).toHex();
+}
+
+// The digests were taken from the agreed wording, not from this program: a changed character is a fault here.
+TEST(SystemPromptTest, TheWordsAreTheAgreedOnes)
+{
+    EXPECT_EQ(fingerprint(SystemPrompt::defaultPrompt()),
+              "3fd61dfb2f81d8f849568082cf1e532247fdaccfe6e900899d70ec71922f00ea");
+    const struct {
+        QStringList tools;
+        QByteArray expected;
+    } cases[] = {
+        {{}, "c375559a930cdfa6b2841c72542929e35a6ce15746cd327eb1eac4a042d0c755"},
+        {{u"read_web_page"_s, u"look_at_screen"_s},
+         "c915748a569b7bd035848ae405e7acf6282b00d843738f168c1b3ecce3057195"},
+        {{u"search_web"_s}, "47eaa01e28b7cc82e697f06ffce051f210e3a8e871214d21f10bc84684522128"},
+        {{u"remember"_s, u"look_at_screen"_s, u"create_calendar_event"_s, u"search_web"_s,
+          u"read_web_page"_s},
+         "2c137777e698311d0f91e8ed1ab2a66499ef92bab185c9eba1fe3af71a6a8886"},
+    };
+    for (const auto &[names, expected] : cases)
+        EXPECT_EQ(fingerprint(SystemPrompt::toolInstructions(tools(names))), expected)
+            << names.join(u' ').toStdString();
+}
+
+TEST(SystemPromptTest, EachToolBringsAndTakesAwayItsRule)
+{
+    const struct {
+        QString tool;
+        QString withIt;
+        QString withoutIt; // empty: nothing stands in its place
+    } cases[] = {
+        {u"read_web_page"_s, u"call read_web_page with that exact URL"_s, u"You have no way to open links"_s},
+        {u"search_web"_s, u"you MUST call search_web before answering"_s, {}},
+        {u"create_calendar_event"_s, u"to the user's to-do lists or reminders in this"_s,
+         u"to the user's to-do lists, reminders, or calendar in this"_s},
+        {u"look_at_screen"_s, {}, u"You cannot see the user's screen."_s},
+    };
+    for (const auto &[tool, withIt, withoutIt] : cases) {
+        const QString given = SystemPrompt::toolInstructions(tools({tool}));
+        const QString bare = SystemPrompt::toolInstructions({});
+        EXPECT_TRUE(given.contains(withIt) && bare.contains(withoutIt)) << tool.toStdString();
+        EXPECT_TRUE(withIt.isEmpty() || !bare.contains(withIt)) << tool.toStdString();
+        EXPECT_TRUE(withoutIt.isEmpty() || !given.contains(withoutIt)) << tool.toStdString();
+    }
+}
+
+TEST(SystemPromptTest, IdentityThenRulesThenMemory)
+{
+    const QString identity = SystemPrompt::identity(u"Be brief."_s);
+    EXPECT_EQ(identity, u"Be brief.\n\nYour name is MorvaneGPT."_s);
+    const QString start = identity + u"\n\n"_s + SystemPrompt::toolInstructions({});
+    EXPECT_EQ(SystemPrompt::ofTurn(identity, {}, u"Notes"_s), start + u"\n\nNotes"_s);
+    EXPECT_EQ(SystemPrompt::ofTurn(identity, {}, u""_s), start);
+    EXPECT_EQ(SystemPrompt::ofTurn(identity, {}, std::nullopt), start);
+}
+
+} // namespace
