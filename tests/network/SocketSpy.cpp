@@ -1,13 +1,20 @@
 #include "SocketSpy.h"
 
+#include "network/PrivateNetworkAddress.h"
+
 #include <QCoreApplication>
 #include <QMetaObject>
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <map>
+#include <mutex>
 
 #include <dlfcn.h>
 #include <netdb.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 
 std::binary_semaphore SocketSpy::slowLookupBegan{0};
@@ -16,8 +23,39 @@ std::binary_semaphore SocketSpy::slowLookupMayEnd{0};
 namespace {
 
 std::atomic<int> connectCalls = 0;
+std::atomic<int> outsideCalls = 0;
 std::atomic<int> lookupCalls = 0;
 std::atomic<qint64> receivedBytes = 0;
+
+std::mutex answersMutex;
+std::map<QByteArray, std::vector<QStringList>> answers; // guarded by answersMutex
+
+bool isOutside(const sockaddr *address)
+{
+    QByteArray bytes;
+    if (address->sa_family == AF_INET) {
+        sockaddr_in in{};
+        std::memcpy(&in, address, sizeof in);
+        bytes = QByteArray(reinterpret_cast<const char *>(&in.sin_addr), sizeof in.sin_addr);
+    } else {
+        sockaddr_in6 in{};
+        std::memcpy(&in, address, sizeof in);
+        bytes = QByteArray(reinterpret_cast<const char *>(&in.sin6_addr), sizeof in.sin6_addr);
+    }
+    return !PrivateNetworkAddress::isInside(bytes, {});
+}
+
+std::optional<QStringList> addressesOf(const QByteArray &name)
+{
+    const std::scoped_lock lock(answersMutex);
+    const auto known = answers.find(name);
+    if (known == answers.end())
+        return std::nullopt;
+    const QStringList first = known->second.front();
+    if (known->second.size() > 1)
+        known->second.erase(known->second.begin());
+    return first;
+}
 
 } // namespace
 
@@ -31,6 +69,17 @@ int SocketSpy::lookups()
     return lookupCalls;
 }
 
+int SocketSpy::outsideConnections()
+{
+    return outsideCalls;
+}
+
+void SocketSpy::setAddresses(const QByteArray &name, const std::vector<QStringList> &all)
+{
+    const std::scoped_lock lock(answersMutex);
+    answers.insert_or_assign(name, all);
+}
+
 qint64 SocketSpy::received()
 {
     return receivedBytes;
@@ -41,8 +90,14 @@ extern "C" int connect(int descriptor, const sockaddr *address, socklen_t size)
 {
     using Connect = int (*)(int, const sockaddr *, socklen_t);
     static const auto real = reinterpret_cast<Connect>(dlsym(RTLD_NEXT, "connect"));
-    if (address->sa_family == AF_INET || address->sa_family == AF_INET6)
+    if (address->sa_family == AF_INET || address->sa_family == AF_INET6) {
         ++connectCalls;
+        if (isOutside(address)) {
+            ++outsideCalls;
+            errno = ENETUNREACH;
+            return -1;
+        }
+    }
     return real(descriptor, address, size);
 }
 
@@ -67,5 +122,19 @@ extern "C" int getaddrinfo(const char *node, const char *service, const addrinfo
             QCoreApplication::instance(), [] {}, Qt::QueuedConnection); // wake the test
         SocketSpy::slowLookupMayEnd.acquire();
     }
-    return name.endsWith(".test") ? EAI_NONAME : real(node, service, hints, result);
+    const auto addresses = addressesOf(name.toByteArray());
+    if (!addresses)
+        return name.endsWith(".test") ? EAI_NONAME : real(node, service, hints, result);
+    // A chain of what the real resolver makes of each literal, which freeaddrinfo() takes apart again.
+    addrinfo numeric = hints ? *hints : addrinfo{};
+    numeric.ai_flags |= AI_NUMERICHOST;
+    addrinfo **end = result;
+    *end = nullptr;
+    for (const QString &address : *addresses) {
+        if (real(address.toLatin1().constData(), service, &numeric, end) != 0)
+            *end = nullptr;
+        while (*end)
+            end = &(*end)->ai_next;
+    }
+    return *result ? 0 : EAI_NONAME;
 }

@@ -66,6 +66,15 @@ const std::vector<ModelServer::Request> &ModelServer::requests()
     return m_requests;
 }
 
+std::vector<ModelServer::Request> ModelServer::chats()
+{
+    readLog();
+    std::vector<Request> chats;
+    std::copy_if(m_requests.begin(), m_requests.end(), std::back_inserter(chats),
+                 [](const Request &request) { return request.target.endsWith("chat/completions"); });
+    return chats;
+}
+
 void ModelServer::awaitRequests(std::size_t count)
 {
     TestWait::until([&] { return requests().size() >= count; });

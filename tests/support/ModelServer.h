@@ -45,6 +45,9 @@ public:
     // What has arrived so far, first come first. Handles no events.
     [[nodiscard]] const std::vector<Request> &requests();
 
+    // Those of them that asked for a reply in the chat-completions dialect.
+    [[nodiscard]] std::vector<Request> chats();
+
     // Run the event loop until that many requests have arrived, or until that many are over.
     void awaitRequests(std::size_t count);
     void awaitEnded(std::size_t count);

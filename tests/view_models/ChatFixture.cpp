@@ -38,6 +38,7 @@ ChatFixture::ChatFixture()
             .clock = clock,
             .notifications = &notifications})
 {
+    router.setHostLookup([](QString, std::stop_token) -> QCoro::Task<QStringList> { co_return {}; });
     settings.setModel(u"practice"_s);
     chat.openAtStart();
 }

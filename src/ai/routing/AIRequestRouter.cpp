@@ -298,6 +298,8 @@ QCoro::Task<PreparedRequest> AIRequestRouter::prepareRequest(TurnRequest turn, s
     const auto check = m_lifeline.check(stop);
     check();
     TurnRoute route = chosenRoute(turn);
+    if (!turn.carrying) // one that carries may still move
+        route.requireUsable();
     const PrivacyClass chosen = co_await privacyOf(route, stop);
     check();
     route.privacy = chosen;
@@ -310,9 +312,10 @@ QCoro::Task<PreparedRequest> AIRequestRouter::prepareRequest(TurnRequest turn, s
         check();
         route.privacy = moved;
     }
-    route.requireUsable();
-    if (turn.carrying)
+    if (turn.carrying) {
+        route.requireUsable();
         route.requirePrivate();
+    }
     if (route.place == Place::privateCloud)
         m_burst.note();
     co_return assembled(turn, route);

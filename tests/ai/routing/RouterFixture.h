@@ -1,0 +1,85 @@
+#pragma once
+
+#include "ai/ReplyReading.h"
+#include "ai/routing/AIRequestRouter.h"
+#include "persistence/InMemorySettingsRepository.h"
+#include "persistence/SettingsStore.h"
+#include "security/InMemoryKeychainService.h"
+#include "support/LogCapture.h"
+#include "support/ManualClock.h"
+
+#include <gtest/gtest.h>
+
+// Answers every question with a script and keeps what it was asked.
+class ScriptedProvider final : public AIConnectionTesting {
+public:
+    [[nodiscard]] AsyncStream<AIStreamEvent> streamReply(std::vector<AIMessage> messages,
+                                                         AIConfiguration configuration,
+                                                         std::vector<AITool> tools) override;
+    [[nodiscard]] QCoro::Task<QString> testConnection(AIConfiguration configuration,
+                                                      std::stop_token stop) override;
+
+    std::vector<AIStreamEvent> reply{AIStream::Text{QStringLiteral("reply")}};
+    std::optional<ProviderError> failure; // behind the reply
+    std::vector<PreparedRequest> requests;
+};
+
+// A server that speaks Ollama's interface, by name.
+class ScriptedProbes final : public OllamaProbing {
+public:
+    [[nodiscard]] QCoro::Task<std::optional<QString>> version(QString baseURL, std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<std::optional<QStringList>> capabilities(QString baseURL, QString model,
+                                                                       std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<std::optional<std::vector<OllamaModel>>>
+    modelList(QString baseURL, std::stop_token stop) override;
+
+    bool isOllama = false;
+    std::optional<std::vector<OllamaModel>> models;
+    std::map<QString, QStringList> abilities; // a model that isn't here doesn't tell
+    std::function<void()> onQuestion;         // called with each
+    QStringList asked;                        // "version", "show name", "tags"
+
+private:
+    void note(const QString &question);
+};
+
+class ScriptedLocalModel final : public LocalModelServing {
+public:
+    [[nodiscard]] State state() const override { return m_state; }
+    [[nodiscard]] QString model() const override { return m_model; }
+    void set(State state, const QString &model = {});
+
+private:
+    State m_state = State::absent;
+    QString m_model;
+};
+
+// A router between scripted providers, on a clock that stands still and a network of scripted names.
+class RouterFixture : public testing::Test {
+protected:
+    RouterFixture();
+
+    // Sets the address and the model that the settings name.
+    void configure(const QString &baseURL, const QString &model);
+    void turnOnPrivateCloud();
+
+    [[nodiscard]] PreparedRequest prepare(TurnRequest turn = {});
+    // The error of preparing; fails the test when there is none.
+    [[nodiscard]] ProviderError refusal(TurnRequest turn);
+    [[nodiscard]] static TurnRequest carrying(SensitiveDataSet data);
+
+    ManualClock clock;
+    InMemorySettingsRepository settingsRepository;
+    SettingsStore settings{settingsRepository};
+    InMemoryKeychainService keychain;
+    ProofLedger proofs;
+    ScriptedProbes probes;
+    ScriptedLocalModel localModel;
+    std::map<QString, QStringList> names; // what the resolver knows
+    int lookups = 0;
+    std::shared_ptr<ScriptedProvider> compatible = std::make_shared<ScriptedProvider>();
+    std::shared_ptr<ScriptedProvider> native = std::make_shared<ScriptedProvider>();
+    std::shared_ptr<ScriptedProvider> sealed = std::make_shared<ScriptedProvider>();
+    std::unique_ptr<AIRequestRouter> router;
+    LogCapture log;
+};
