@@ -8,7 +8,7 @@
 
 // The application's sessions, one for each feature and set of private data carried. A session that carries
 // any reaches only this machine and the local network, by the name of the host and by the address that the
-// name leads to when its socket is opened.
+// name leads to when its socket is opened; one that reads web pages never connects there.
 //
 // The cache may be asked from any thread; a session belongs to the thread that asked for it first, which in
 // this program is the GUI thread. Ledger and clock outlive every session.
