@@ -1,0 +1,326 @@
+#include "memory/MemoryStore.h"
+
+#include "memory/MemoryFile.h"
+#include "memory/MemoryFold.h"
+#include "memory/NoteText.h"
+#include "persistence/SettingsStore.h"
+#include "security/LocalDataVault.h"
+#include "utils/Clock.h"
+#include "utils/Log.h"
+#include "utils/PrivateFile.h"
+#include "utils/Product.h"
+#include "utils/Text.h"
+
+#include <QThread>
+
+#include <algorithm>
+#include <cerrno>
+#include <ranges>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr auto category = Log::Category::Persistence;
+constexpr qsizetype promptBudget = 4000; // characters of the lines, one more for each line's end
+
+} // namespace
+
+MemoryStore::MemoryStore(const SettingsStore &settings, const LocalDataVault &vault, const Clock &clock,
+                         const QString &directory, QObject *parent)
+    : QObject(parent)
+    , m_settings(settings)
+    , m_vault(vault)
+    , m_clock(clock)
+    , m_directory(directory)
+{
+    try {
+        if (!m_directory.isEmpty())
+            PrivateFile::createFolder(m_directory);
+    } catch (const FileError &) {
+        // The first write says so.
+    }
+    fold();
+    load();
+}
+
+QString MemoryStore::defaultDirectory(const SupportFolders &folders)
+{
+    return folders.data.isEmpty() ? QString() : folders.data + u'/' + Product::serviceName;
+}
+
+const std::vector<MemoryStore::Fact> &MemoryStore::facts() const
+{
+    assertThread();
+    return m_facts;
+}
+
+const std::vector<MemoryStore::Receipt> &MemoryStore::receipts() const
+{
+    assertThread();
+    return m_receipts;
+}
+
+bool MemoryStore::loadFailed() const
+{
+    assertThread();
+    return m_loadFailed;
+}
+
+bool MemoryStore::isEnabled() const
+{
+    assertThread();
+    return m_settings.memoryEnabled();
+}
+
+std::optional<QString> MemoryStore::promptBlock() const
+{
+    if (!isEnabled())
+        return std::nullopt;
+    QStringList lines;
+    qsizetype budget = promptBudget;
+    for (const Fact &fact : std::views::reverse(m_facts)) {
+        const QString line = MemoryFile::bullet(fact.text);
+        const qsizetype length = Text::characterCount(line);
+        if (budget - length < 1)
+            break;
+        budget -= length + 1;
+        lines.append(line);
+    }
+    if (lines.isEmpty())
+        return std::nullopt;
+    return u"What you remember about this person from earlier conversations:\n"_s + lines.join(u'\n') +
+           u"\n\nUse these naturally when they're relevant. Don't recite them back or mention that you have "
+           u"notes unless asked."_s;
+}
+
+std::optional<MemoryStore::Receipt> MemoryStore::remember(const QString &text)
+{
+    assertThread();
+    const QString form = NoteText::normalized(NoteText::stored(text));
+    const auto isSame = [&](const Fact &fact) { return NoteText::normalized(fact.text) == form; };
+    const auto before = std::ranges::find_if(m_facts, isSame);
+    std::optional<QString> previousText;
+    if (before != m_facts.end())
+        previousText = before->text;
+
+    const auto stored = record(text);
+    if (!stored)
+        return std::nullopt;
+    const auto after = std::find_if(m_facts.crbegin(), m_facts.crend(), isSame);
+    const Receipt receipt{QUuid::createUuid(), after->id, *stored, previousText};
+    m_receipts.push_back(receipt);
+    if (m_receipts.size() > maxReceipts)
+        m_receipts.erase(m_receipts.begin());
+    Q_EMIT receiptsChanged();
+    return receipt;
+}
+
+std::optional<QString> MemoryStore::record(const QString &text)
+{
+    assertThread();
+    const QString stored = NoteText::stored(text);
+    if (stored.isEmpty())
+        return std::nullopt;
+    const QString form = NoteText::normalized(stored);
+    const auto same = std::ranges::find_if(
+        m_facts, [&](const Fact &fact) { return NoteText::normalized(fact.text) == form; });
+    const bool isNew = same == m_facts.end();
+    if (isNew)
+        m_facts.push_back({QUuid::createUuid(), stored, m_clock.now()});
+    else
+        same->text = stored;
+    if (m_facts.size() > maxFacts)
+        m_facts.erase(m_facts.begin(), m_facts.end() - maxFacts);
+    factsWereChanged();
+    if (isNew)
+        Log::info(category, "Memory: recorded a fact (%ld chars)"_L1, {Text::characterCount(stored)});
+    return stored;
+}
+
+std::vector<MemoryStore::Fact> MemoryStore::matching(const QString &description) const
+{
+    assertThread();
+    const QString wanted = NoteText::normalized(description);
+    std::vector<Fact> found;
+    std::ranges::copy_if(m_facts, std::back_inserter(found), [&](const Fact &fact) {
+        return NoteText::matches(NoteText::normalized(fact.text), wanted);
+    });
+    return found;
+}
+
+qsizetype MemoryStore::forget(const QString &description)
+{
+    const std::vector<Fact> going = matching(description);
+    if (going.empty())
+        return 0;
+    for (const Fact &fact : going) {
+        m_facts.erase(find(fact.id));
+        removeReceiptsOf(fact.id);
+    }
+    factsWereChanged();
+    Log::info(category, "Memory: forgot %ld fact(s)"_L1, {going.size()});
+    return std::ssize(going);
+}
+
+void MemoryStore::undo(const QUuid &receiptID)
+{
+    assertThread();
+    const auto found = std::ranges::find(m_receipts, receiptID, &Receipt::id);
+    if (found == m_receipts.end())
+        return;
+    const Receipt receipt = *found;
+    dismiss(receiptID);
+    const auto fact = find(receipt.factID);
+    if (fact == m_facts.end())
+        return;
+    if (receipt.previousText)
+        fact->text = *receipt.previousText;
+    else
+        m_facts.erase(fact);
+    factsWereChanged();
+    Log::info(category, "Memory: a save was undone"_L1);
+}
+
+void MemoryStore::dismiss(const QUuid &receiptID)
+{
+    assertThread();
+    if (std::erase_if(m_receipts, [&](const Receipt &receipt) { return receipt.id == receiptID; }) > 0)
+        Q_EMIT receiptsChanged();
+}
+
+void MemoryStore::remove(const QUuid &factID)
+{
+    assertThread();
+    const auto fact = find(factID);
+    if (fact == m_facts.end())
+        return;
+    m_facts.erase(fact);
+    removeReceiptsOf(factID);
+    factsWereChanged();
+}
+
+void MemoryStore::update(const QUuid &factID, const QString &text)
+{
+    assertThread();
+    const auto fact = find(factID);
+    const QString stored = NoteText::stored(text);
+    if (fact == m_facts.end() || stored.isEmpty())
+        return;
+    fact->text = stored;
+    factsWereChanged();
+}
+
+void MemoryStore::clear()
+{
+    assertThread();
+    m_facts.clear();
+    m_receipts.clear();
+    m_fileUnread = false;
+    setLoadFailed(false);
+    Q_EMIT receiptsChanged();
+    factsWereChanged();
+    Log::info(category, "Memory: cleared at user request"_L1);
+}
+
+void MemoryStore::fold()
+{
+    assertThread();
+    if (!m_directory.isEmpty())
+        MemoryFold::run(m_directory, m_vault);
+}
+
+void MemoryStore::load()
+{
+    assertThread();
+    if (m_directory.isEmpty())
+        return;
+    std::optional<QByteArray> contents;
+    m_fileUnread = false;
+    try {
+        contents = PrivateFile::read(path(), MemoryFile::maxBytes);
+    } catch (const FileError &) {
+        m_fileUnread = true;
+    }
+    if (!contents) {
+        setFacts({});
+        return;
+    }
+    const auto plain = m_vault.open(*contents);
+    if (!plain) {
+        setLoadFailed(true);
+        Log::error(category, "Memory: the notes file is sealed with a key this Mac no longer has"_L1);
+        return;
+    }
+    setFacts(MemoryFile::notes(*plain).value_or(QStringList()));
+    setLoadFailed(false);
+}
+
+void MemoryStore::readAnew()
+{
+    assertThread();
+    setFacts({});
+    fold();
+    load();
+}
+
+MemoryStore::FactIterator MemoryStore::find(const QUuid &factID)
+{
+    return std::ranges::find(m_facts, factID, &Fact::id);
+}
+
+void MemoryStore::removeReceiptsOf(const QUuid &factID)
+{
+    if (std::erase_if(m_receipts, [&](const Receipt &receipt) { return receipt.factID == factID; }) > 0)
+        Q_EMIT receiptsChanged();
+}
+
+void MemoryStore::setFacts(const QStringList &notes)
+{
+    const auto surplus = std::max<qsizetype>(0, notes.size() - static_cast<qsizetype>(maxFacts));
+    m_facts.clear();
+    for (const QString &note : notes.sliced(surplus))
+        m_facts.push_back({QUuid::createUuid(), note, m_clock.now()});
+    Q_EMIT factsChanged();
+}
+
+void MemoryStore::setLoadFailed(bool failed)
+{
+    if (m_loadFailed == failed)
+        return;
+    m_loadFailed = failed;
+    Q_EMIT loadFailedChanged();
+}
+
+void MemoryStore::factsWereChanged()
+{
+    write();
+    Q_EMIT factsChanged();
+}
+
+// A file whose notes were never read is not replaced: they may yet be readable another time.
+void MemoryStore::write() const
+{
+    if (m_directory.isEmpty() || m_loadFailed)
+        return;
+    QStringList notes;
+    for (const Fact &fact : m_facts)
+        notes.append(fact.text);
+    try {
+        if (m_fileUnread)
+            throw FileError(FileError::Operation::Read, EACCES);
+        m_vault.writeSealed(MemoryFile::compose(notes), path());
+    } catch (const std::exception &error) {
+        Log::error(category, "Memory: could not write the notes file: %s"_L1, {error.what()});
+    }
+}
+
+QString MemoryStore::path() const
+{
+    return m_directory + "/memory.md"_L1;
+}
+
+void MemoryStore::assertThread() const
+{
+    Q_ASSERT(QThread::currentThread() == thread());
+}
