@@ -110,12 +110,9 @@ QCoro::Task<std::optional<ToolOutcome>> ToolRegistry::approve(Self self, Ability
         co_return ToolFailure::because(
             u"This action needs the user's approval and nobody is here to give it. Do "
             "not retry; finish with what you have."_s);
-    const Hooks &hooks = self->m_hooks;
-    const bool isChatWide = ask.offersChatWideYes && hooks.chatWideApprovalHandler;
-    const ApprovalHandler handler = isChatWide ? hooks.chatWideApprovalHandler : hooks.approvalHandler;
-    const std::optional<ApprovalAnswer> answer =
-        co_await answerOf(hooks.approvalHandler ? handler : ApprovalHandler(), ask.verb, call,
-                          AbilityCatalogue::definition(ability));
+    const ApprovalHandler handler = self->handlerFor(ask);
+    const AITool tool = AbilityCatalogue::definition(ability);
+    const std::optional<ApprovalAnswer> answer = co_await answerOf(handler, ask.verb, call, tool);
     if (!answer)
         co_return ToolFailure::because(
             u"This action needs the user's approval and none could be requested."_s);
@@ -128,6 +125,12 @@ QCoro::Task<std::optional<ToolOutcome>> ToolRegistry::approve(Self self, Ability
         self->m_searchAllowedChats.insert(*turn->chatID);
     turn->approvedOnce.insert(call.name);
     co_return std::nullopt;
+}
+
+ToolRegistry::ApprovalHandler ToolRegistry::handlerFor(const ToolGate::Ask &ask) const
+{
+    const bool isChatWide = ask.offersChatWideYes && m_hooks.approvalHandler && m_hooks.chatWideApprovalHandler;
+    return isChatWide ? m_hooks.chatWideApprovalHandler : m_hooks.approvalHandler;
 }
 
 QCoro::Task<ToolOutcome> ToolRegistry::run(Self self, Ability ability, AIToolCall call, Turn turn,

@@ -96,6 +96,7 @@ private:
     [[nodiscard]] QString reasonFor(Ability ability) const;
     [[nodiscard]] ToolGate::Decision judge(Ability ability, const AIToolCall &call, TurnContext &turn) const;
     [[nodiscard]] ToolOutcome explain(const AIToolCall &call, const std::exception_ptr &failure);
+    [[nodiscard]] ApprovalHandler handlerFor(const ToolGate::Ask &ask) const;
     void noteScreenProblem(const ScreenGlanceError &error);
     [[nodiscard]] ToolRunner::Services runnerServices() const;
 
