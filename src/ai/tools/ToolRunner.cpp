@@ -44,9 +44,9 @@ ToolOutcome forget(const ToolArguments &arguments, MemoryStore &memory)
     QStringList notes;
     for (const MemoryStore::Fact &fact : memory.matching(*about))
         notes.append(fact.text);
-    const qsizetype removed = memory.forget(*about);
-    if (removed == 0)
+    if (notes.isEmpty())
         return {u"Nothing stored matched that, so there was nothing to forget."_s};
+    const qsizetype removed = memory.forget(*about);
     return {u"Forgot %1 note(s): "_s.arg(removed) + notes.join(u"; "_s)};
 }
 
