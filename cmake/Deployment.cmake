@@ -104,6 +104,7 @@ deployment_value(intelRootSHA256 DIGEST)
 deployment_value(quotingEnclaveSigner DIGEST)
 deployment_value(nvidiaRootSHA256 DIGEST)
 deployment_value(acceptedServers ARRAY)
+deployment_value(searchEndpoint URL OPTIONAL)
 
 _deployment_refuse_unknown_keys()
 _deployment_report_incomplete_servers()

@@ -6,6 +6,7 @@
 #include "app/GhostQuestion.h"
 #include "app/WhatChangedNotice.h"
 #include "attestation/ProofLedger.h"
+#include "memory/MemoryStore.h"
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"
 #include "persistence/ConversationRepository.h"
@@ -18,6 +19,8 @@
 #include "security/KeychainServicing.h"
 #include "security/LocalDataVault.h"
 #include "security/ProcessKeySealing.h"
+#include "security/ServiceIdentity.h"
+#include "services/WebAccessService.h"
 #include "utils/Clock.h"
 #include "utils/Log.h"
 #include "utils/Product.h"
@@ -67,6 +70,7 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
     openStore();
     makeServices();
     makeViewModels();
+    makeAbilities();
     if (host == Host::application)
         decideWhatChangedNotice();
     applyRetention();
@@ -160,6 +164,19 @@ void AppState::makeViewModels()
     m_shell = std::make_unique<ShellViewModel>(
         *m_settings, m_startupError ? m_startupError->userMessage() : QString(),
         m_startupError ? m_startupError->recoverySuggestion().value_or(QString()) : QString());
+}
+
+void AppState::makeAbilities()
+{
+    m_memory = std::make_unique<MemoryStore>(*m_settings, *m_vault, m_clock,
+                                             MemoryStore::defaultDirectory(m_commandLine.folders()));
+    m_identity = std::make_unique<ServiceIdentity>(m_secrets.keychain);
+    m_web =
+        std::make_unique<WebAccessService>(WebAccessService::Services{.network = *m_network,
+                                                                      .keychain = m_secrets.keychain,
+                                                                      .identity = *m_identity,
+                                                                      .quotaDefaults = *m_settingsRepository,
+                                                                      .clock = m_clock});
 }
 
 // Who used an older build learns once what went; a first start has nothing to be told.

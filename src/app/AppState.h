@@ -20,14 +20,17 @@ class GhostKeeping;
 class KeychainServicing;
 class LegacySecretListing;
 class LocalDataVault;
+class MemoryStore;
 class NetworkLedger;
 class NetworkLedgerViewModel;
 class PersistenceController;
 class ProofLedger;
 class ReplyRunning;
+class ServiceIdentity;
 class SettingsRepository;
 class SettingsStore;
 class ShellViewModel;
+class WebAccessService;
 
 // The root object: makes every long-lived service in its order, wires them to each other and answers the
 // application's lifecycle. One for the life of the process, on the main thread.
@@ -55,6 +58,8 @@ public:
     [[nodiscard]] AISettingsViewModel &aiSettings() { return *m_aiSettings; }
     [[nodiscard]] NetworkLedgerViewModel &networkLedger() { return *m_networkLedgerView; }
     [[nodiscard]] ShellViewModel &shell() { return *m_shell; }
+    [[nodiscard]] MemoryStore &memory() { return *m_memory; }
+    [[nodiscard]] WebAccessService &web() { return *m_web; }
 
     // Why the store on disk did not open; an in-memory store stands in for it then.
     [[nodiscard]] const std::optional<PersistenceError> &startupError() const { return m_startupError; }
@@ -85,6 +90,7 @@ private:
     void openStore();
     void makeServices();
     void makeViewModels();
+    void makeAbilities();
     void decideWhatChangedNotice();
     void showWhatChangedNotice();
     void applyRetention();
@@ -112,5 +118,8 @@ private:
     std::unique_ptr<AISettingsViewModel> m_aiSettings;
     std::unique_ptr<NetworkLedgerViewModel> m_networkLedgerView;
     std::unique_ptr<ShellViewModel> m_shell;
+    std::unique_ptr<MemoryStore> m_memory;
+    std::unique_ptr<ServiceIdentity> m_identity;
+    std::unique_ptr<WebAccessService> m_web;
     GhostKeeping *m_ghost = nullptr;
 };

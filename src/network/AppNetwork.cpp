@@ -1,6 +1,18 @@
 #include "network/AppNetwork.h"
 
 #include "network/CurlHttpSession.h"
+#include "network/PublicAddress.h"
+
+namespace {
+
+// A web page's name is looked up again when it is connected to, and may lead elsewhere than when it was
+// checked.
+AddressRule ruleOf(EgressFeature feature)
+{
+    return feature == EgressFeature::webPage ? AddressRule(PublicAddress::isPublic) : AddressRule();
+}
+
+} // namespace
 
 AppNetwork::AppNetwork(NetworkLedger &ledger, Clock &clock)
     : m_ledger(ledger)
@@ -15,7 +27,7 @@ std::shared_ptr<HttpSession> AppNetwork::session(EgressFeature feature, Sensitiv
         return known->second;
     if (m_sessions.size() >= capacity)
         m_sessions.clear();
-    auto session = std::make_shared<CurlHttpSession>(feature, carrying, m_ledger, m_clock);
+    auto session = std::make_shared<CurlHttpSession>(feature, carrying, m_ledger, m_clock, ruleOf(feature));
     m_sessions.emplace(key, session);
     return session;
 }

@@ -7,7 +7,7 @@
 #include <utility>
 
 // The application's sessions, one for each feature and set of private data carried. A session that carries
-// any reaches only this machine and the local network.
+// any reaches only this machine and the local network; one that reads web pages never connects there.
 //
 // The cache may be asked from any thread; a session belongs to the thread that asked for it first, which in
 // this program is the GUI thread. Ledger and clock outlive every session.

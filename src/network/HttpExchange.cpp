@@ -119,7 +119,8 @@ void HttpExchange::drained()
 void HttpExchange::headArrived()
 {
     const auto self = shared_from_this();
-    if (const auto next = Redirect::target(m_transfer->status(), m_transfer->headers(), m_request.url))
+    const auto next = Redirect::target(m_transfer->status(), m_transfer->headers(), m_request.url);
+    if (next && m_request.redirects == HttpRequest::Redirects::Followed)
         redirect(*next);
     else
         answer();

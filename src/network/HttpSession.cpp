@@ -24,3 +24,13 @@ QCoro::Task<QByteArray> readBody(HttpResponse response, qsizetype limit, std::st
     }
     co_return body;
 }
+
+QCoro::Task<> discardBody(HttpResponse response, std::stop_token stop)
+{
+    constexpr qsizetype nearEnough = qsizetype{64} * 1024;
+    try {
+        co_await readBody(std::move(response), nearEnough, stop);
+    } catch (const TransportError &) {
+        // Nobody wants it.
+    }
+}

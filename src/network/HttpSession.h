@@ -33,6 +33,10 @@ struct HttpRequest {
     // Longest silence in either direction, connecting included, before the request fails with TimedOut.
     std::chrono::milliseconds timeout{60'000};
 
+    // Whoever judges a hop by more than its address takes the redirect itself for the answer and asks again.
+    enum class Redirects { Followed, Answered };
+    Redirects redirects = Redirects::Followed;
+
     // Asked before each redirect hop, after the gate; absent means that every hop the gate lets through is
     // followed. A refused hop makes the redirect response itself the answer.
     std::function<bool(const QUrl &from, const QUrl &to)> followsRedirect;
@@ -70,6 +74,10 @@ public:
 
 // The rest of a body. Throws TransportError::ResponseTooLarge when it passes `limit` bytes.
 [[nodiscard]] QCoro::Task<QByteArray> readBody(HttpResponse response, qsizetype limit, std::stop_token stop);
+
+// Reads a body that nobody wants to its end, when that is near, so that the ledger shows a request that ended
+// by itself. Throws CancelledError only.
+[[nodiscard]] QCoro::Task<> discardBody(HttpResponse response, std::stop_token stop);
 
 // Where requests get their session. The one way to the network.
 class HttpSessionProviding {

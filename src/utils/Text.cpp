@@ -13,6 +13,16 @@ bool isPlainAscii(QStringView text)
     return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80 && c != u'\r'; });
 }
 
+qsizetype boundaryAfter(QStringView text, qsizetype count)
+{
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
+    for (qsizetype seen = 0; seen < count; ++seen) {
+        if (finder.toNextBoundary() < 0)
+            return text.size();
+    }
+    return finder.position();
+}
+
 // UTF-16 offset of the boundary behind the first `count` characters.
 qsizetype offsetAfter(QStringView text, qsizetype count)
 {
@@ -22,12 +32,14 @@ qsizetype offsetAfter(QStringView text, qsizetype count)
         return text.size();
     if (isPlainAscii(text.first(count + 1)))
         return count;
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
-    for (qsizetype seen = 0; seen < count; ++seen) {
-        if (finder.toNextBoundary() < 0)
-            return text.size();
+    // A finder looks at all of its text at once, so it gets no more of a long one than it needs. The end of a
+    // part is no boundary of the whole, and a pair of surrogates may be cut there.
+    for (qsizetype size = 4 * count; size < text.size(); size *= 4) {
+        const qsizetype offset = boundaryAfter(text.first(size), count);
+        if (offset < size - 1)
+            return offset;
     }
-    return finder.position();
+    return boundaryAfter(text, count);
 }
 
 template <typename View>
@@ -54,6 +66,11 @@ qsizetype Text::characterCount(QStringView text)
     while (finder.toNextBoundary() >= 0)
         ++count;
     return count;
+}
+
+bool Text::hasAtLeast(QStringView text, qsizetype count)
+{
+    return count <= 0 || (text.size() >= count && offsetAfter(text, count - 1) < text.size());
 }
 
 QString Text::prefix(QStringView text, qsizetype count)

@@ -13,6 +13,9 @@ namespace Text {
 
 [[nodiscard]] qsizetype characterCount(QStringView text);
 
+// Whether the text has `count` characters or more. Looks no further than it must.
+[[nodiscard]] bool hasAtLeast(QStringView text, qsizetype count);
+
 // The first `count` characters; the whole text when it has no more than that.
 [[nodiscard]] QString prefix(QStringView text, qsizetype count);
 

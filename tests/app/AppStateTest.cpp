@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/GhostQuestion.h"
 #include "app/WhatChangedNotice.h"
+#include "memory/MemoryStore.h"
 #include "persistence/ChatStoreLocation.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
@@ -77,6 +78,17 @@ TEST_F(AppStateTest, MovesWhatOlderBuildsLeftBeforeSettingsAreRead)
     EXPECT_TRUE(
         log.lines().contains(u"app: Completed migration from the legacy bundle identifier"_s) ||
         log.lines().contains(u"persistence: Completed migration from the legacy bundle identifier"_s));
+}
+
+TEST_F(AppStateTest, NotesOfOlderBuildsAreSealedThenFoldedIntoTheProfilesOwn)
+{
+    const QString folder = commandLine.folders().data + u"/ai.morvane.macos/"_s;
+    PrivateFile::write(folder + u"memory-work.md"_s, "- works nights\n");
+    start();
+    ASSERT_EQ(state->memory().facts().size(), 1U);
+    EXPECT_EQ(state->memory().facts().front().text, u"works nights"_s);
+    EXPECT_TRUE(QFileInfo::exists(folder + u"memory.md"_s));
+    EXPECT_FALSE(QFileInfo::exists(folder + u"memory-work.md"_s));
 }
 
 TEST_F(AppStateTest, UnderATestHostNothingOfThePersonsIsMoved)

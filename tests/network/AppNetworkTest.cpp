@@ -58,7 +58,7 @@ TEST_F(AppNetworkTest, AFullCacheGoesAsAWholeAndRequestsUnderWayFinish)
         mayAnswer.tryAcquire(1, 30'000);
         connection.send(ScriptedServer::response("200 OK", "late"));
     });
-    auto first = network.session(EgressFeature::webPage, SensitiveDataSet());
+    auto first = network.session(EgressFeature::webSearch, SensitiveDataSet());
     HttpRequest request;
     request.url = server.url();
     const auto answer = std::make_shared<TestWait::Outcome<HttpResponse>>();
@@ -66,15 +66,32 @@ TEST_F(AppNetworkTest, AFullCacheGoesAsAWholeAndRequestsUnderWayFinish)
 
     const auto key = [](int number) { return SensitiveDataSet::fromInt(static_cast<unsigned>(number)); };
     for (int i = 1; i < static_cast<int>(AppNetwork::capacity); ++i)
-        static_cast<void>(network.session(EgressFeature::webPage, key(i)));
-    EXPECT_EQ(network.session(EgressFeature::webPage, key(0)), first);
+        static_cast<void>(network.session(EgressFeature::webSearch, key(i)));
+    EXPECT_EQ(network.session(EgressFeature::webSearch, key(0)), first);
     static_cast<void>(network.session(EgressFeature::aiSetup, key(0)));
-    EXPECT_NE(network.session(EgressFeature::webPage, key(0)), first);
+    EXPECT_NE(network.session(EgressFeature::webSearch, key(0)), first);
 
     mayAnswer.release();
     TestWait::until([&] { return answer->done; });
     ASSERT_TRUE(answer->value);
     EXPECT_EQ(TestWait::await(readBody(std::move(*answer->value), 100, {})), "late");
+}
+
+TEST_F(AppNetworkTest, APageIsNeverReadFromAPrivateAddress)
+{
+    ScriptedServer server(ScriptedServer::answering(ScriptedServer::response("200 OK", "router")));
+    for (const auto &host : {u"127.0.0.1"_s, u"localhost"_s}) {
+        HttpRequest request;
+        request.url = server.url();
+        request.url.setHost(host);
+        try {
+            TestWait::await(network.session(EgressFeature::webPage, {})->send(request, {}));
+            FAIL() << "the request left";
+        } catch (const TransportError &error) {
+            EXPECT_EQ(error.code(), TransportError::Code::Blocked);
+        }
+    }
+    EXPECT_EQ(server.connections(), 0);
 }
 
 TEST(RefusingNetworkAccessManagerFactoryTest, NothingLeaves)

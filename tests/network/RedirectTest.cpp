@@ -75,6 +75,17 @@ TEST_F(RedirectTest, EachHopLeavesARowWithItsOwnHostAndBytes)
     EXPECT_EQ(rows()[1].outcome.text(), u"HTTP 404"_s);
 }
 
+TEST_F(RedirectTest, TheRedirectItselfIsTheAnswerForWhoAsksForIt)
+{
+    ScriptedServer server(ScriptedServer::answering(to("302 Found", QUrl(u"ftp://elsewhere.test/"_s))));
+    HttpRequest request = get(server.url());
+    request.redirects = HttpRequest::Redirects::Answered;
+    const Ending ending = fetch(request);
+    EXPECT_EQ(ending.status, 302);
+    EXPECT_EQ(ending.body, "moved");
+    EXPECT_EQ(ending.url, server.url());
+}
+
 TEST_F(RedirectTest, OnlyTheSameOriginGetsCredentials)
 {
     ScriptedServer other(ScriptedServer::answering(ScriptedServer::response("200 OK", "")));

@@ -34,6 +34,30 @@ TEST(TextTest, PrefixAndDroppingNeverSplitACharacter)
     EXPECT_EQ(Text::droppingLast(u"abc", -1), u"abc"_s);
 }
 
+// A long text is looked at part by part, and a part may end inside a character.
+TEST(TextTest, FindsTheSameBoundariesInALongText)
+{
+    const struct {
+        QString character;
+        int count;
+    } cases[] = {{u"x"_s, 100},
+                 {accented, 100},
+                 {family, 100},
+                 {u"\U0001F1E9\U0001F1EA"_s, 100},
+                 {u"e"_s + QString(1000, QChar(0x301)), 3}};
+    for (const auto &[character, count] : cases) {
+        for (int shift = 0; shift < 9; ++shift) {
+            const QString head = u"é"_s.repeated(shift);
+            const QString text = head + character.repeated(count) + u"z"_s;
+            EXPECT_EQ(Text::prefix(text, shift + 2), head + character.repeated(2));
+            EXPECT_TRUE(Text::hasAtLeast(text, shift + count + 1));
+            EXPECT_FALSE(Text::hasAtLeast(text, shift + count + 2));
+        }
+    }
+    EXPECT_TRUE(Text::hasAtLeast(u"", 0));
+    EXPECT_FALSE(Text::hasAtLeast(u"", 1));
+}
+
 TEST(TextTest, TrimsByItsOwnRules)
 {
     EXPECT_EQ(Text::trimmed(u" \t\n\u00A0\u2003\u0085x\r\n"), u"x"_s);

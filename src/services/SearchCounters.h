@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QDate>
+
+class SettingsRepository;
+
+// How often the product's own search was used on the present day and in the present month.
+namespace SearchCounters {
+
+// `today` by the person's calendar. Another day or month than the stored one starts at 1.
+void raise(SettingsRepository &repository, const QDate &today);
+
+} // namespace SearchCounters

@@ -1,0 +1,270 @@
+#include "network/CurlHttpSession.h"
+#include "network/NetworkLedger.h"
+#include "persistence/InMemorySettingsRepository.h"
+#include "security/InMemoryKeychainService.h"
+#include "security/ServiceIdentity.h"
+#include "services/WebAccessError.h"
+#include "services/WebAccessService.h"
+#include "support/Await.h"
+#include "support/FakeHttpSession.h"
+#include "support/ManualClock.h"
+#include "support/RoutedSession.h"
+#include "support/ScriptedServer.h"
+
+#include <QSemaphore>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <zlib.h>
+
+using namespace Qt::StringLiterals;
+using Plain = WebAccessError::Plain;
+
+namespace {
+
+constexpr qsizetype pageLimit = 5'242'880;
+const QByteArray prose = "<p>A long enough paragraph, which a person might well read.</p>";
+
+QByteArray gzip(const QByteArray &plain)
+{
+    z_stream stream{};
+    constexpr int gzipFraming = 16 + MAX_WBITS;
+    deflateInit2(&stream, Z_BEST_SPEED, Z_DEFLATED, gzipFraming, 8, Z_DEFAULT_STRATEGY);
+    QByteArray packed(static_cast<qsizetype>(deflateBound(&stream, static_cast<uLong>(plain.size()))), '\0');
+    stream.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(plain.constData()));
+    stream.avail_in = static_cast<uInt>(plain.size());
+    stream.next_out = reinterpret_cast<Bytef *>(packed.data());
+    stream.avail_out = static_cast<uInt>(packed.size());
+    deflate(&stream, Z_FINISH);
+    packed.truncate(static_cast<qsizetype>(stream.total_out));
+    deflateEnd(&stream);
+    return packed;
+}
+
+QByteArray redirectTo(const QByteArray &location)
+{
+    return ScriptedServer::response("302 Found", "moved", "Location: " + location + "\r\n");
+}
+
+// Pages of real servers behind names of the web.
+class PageReaderTest : public testing::Test {
+protected:
+    // `host` answers every request with `response`.
+    void serve(const QString &host, const QByteArray &response)
+    {
+        servers.push_back(std::make_unique<ScriptedServer>(ScriptedServer::answering(response)));
+        session->route(host, servers.back()->url());
+    }
+
+    WebAccessing::Page read(const QString &url, qsizetype limit = 6000)
+    {
+        return TestWait::await(web.readPage(url, limit, {}));
+    }
+
+    std::optional<WebAccessError::Case> errorOf(const QString &url)
+    {
+        try {
+            read(url);
+            return std::nullopt;
+        } catch (const WebAccessError &error) {
+            return error.reason();
+        }
+    }
+
+    // What the response makes of "https://a.example/".
+    std::optional<WebAccessError::Case> errorOfResponse(const QByteArray &response)
+    {
+        serve(u"a.example"_s, response);
+        return errorOf(u"https://a.example/"_s);
+    }
+
+    NetworkLedger ledger;
+    ManualClock clock;
+    InMemoryKeychainService keychain;
+    InMemorySettingsRepository counters;
+    ServiceIdentity identity{keychain};
+    FakeHttpSessionProvider noNetwork; // answers nothing
+    std::shared_ptr<RoutedSession> session = std::make_shared<RoutedSession>(
+        std::make_shared<CurlHttpSession>(EgressFeature::webPage, SensitiveDataSet(), ledger, clock));
+    std::map<QString, QStringList> names; // every other name is public
+    std::atomic<int> lookups = 0;
+    WebAccessService web{{noNetwork, keychain, identity, counters, clock},
+                         {},
+                         [this](const QString &name) {
+                             ++lookups;
+                             const auto found = names.find(name);
+                             return found == names.end() ? QStringList{u"93.184.215.14"_s} : found->second;
+                         },
+                         session};
+    std::vector<std::unique_ptr<ScriptedServer>> servers;
+};
+
+TEST_F(PageReaderTest, ReadsTitleAndTextOfAPage)
+{
+    serve(u"a.example"_s,
+          ScriptedServer::response("200 OK", "<head><title>News &amp; more</title></head>" + prose + prose));
+    const auto page = read(u"https://a.example/x?y=1"_s, 70);
+    EXPECT_EQ(page.title, u"News & more"_s);
+    EXPECT_EQ(page.text, u"A long enough paragraph, which a person might well read.\nA long enough"_s);
+    const auto request = servers[0]->requests().at(0);
+    EXPECT_EQ(request.target(), "/x?y=1");
+    EXPECT_TRUE(request.head.contains("Accept: text/html,application/xhtml+xml\r\n"));
+    EXPECT_TRUE(
+        request.head.contains("User-Agent: Mozilla/5.0 (Macintosh; Intel Mac OS X) MorvaneGPT/1.0\r\n"));
+    ASSERT_EQ(ledger.snapshot().entries.size(), 1U);
+    EXPECT_EQ(ledger.snapshot().entries[0].feature, EgressFeature::webPage);
+    EXPECT_EQ(read(u"https://a.example/"_s, 4).title, u"News"_s);
+    EXPECT_TRUE(noNetwork.asked.empty());
+}
+
+TEST_F(PageReaderTest, SendsNothingToAnAddressThatMayNotBeRead)
+{
+    names = {{u"inside.example"_s, {u"192.168.1.1"_s}},
+             {u"mixed.example"_s, {u"93.184.215.14"_s, u"fd00::1"_s}},
+             {u"mapped.example"_s, {u"::ffff:127.0.0.1"_s}},
+             {u"scoped.example"_s, {u"fe80::1%eth0"_s}},
+             {u"nowhere.example"_s, {}}};
+    const std::pair<QString, Plain> cases[] = {
+        {u"http://a.example"_s, Plain::insecureURL},
+        {u"nonsense"_s, Plain::invalidURL},
+        {u"https://10.0.0.1/"_s, Plain::privateAddress},
+        {u"https://printer/"_s, Plain::privateAddress},
+        {u"https://inside.example/"_s, Plain::privateAddress},
+        {u"https://mixed.example/"_s, Plain::privateAddress},
+        {u"https://mapped.example/"_s, Plain::privateAddress},
+        {u"https://scoped.example/"_s, Plain::privateAddress},
+        {u"https://nowhere.example/"_s, Plain::privateAddress},
+    };
+    for (const auto &[url, error] : cases)
+        EXPECT_EQ(errorOf(url), WebAccessError::Case(error)) << url.toStdString();
+    EXPECT_TRUE(session->asked().empty());
+    EXPECT_EQ(lookups, 5);
+}
+
+TEST_F(PageReaderTest, FollowsRedirectsToPublicHostsOnly)
+{
+    names = {{u"inside.example"_s, {u"10.1.1.1"_s}}};
+    serve(u"b.example"_s, ScriptedServer::response("200 OK", prose));
+    const struct {
+        QByteArray location;
+        int hops; // requests sent in all
+        std::optional<WebAccessError::Case> error;
+    } cases[] = {
+        {"https://b.example/there", 2, std::nullopt},
+        {"//b.example/", 2, std::nullopt},
+        {"http://b.example/", 1, WebAccessError::FetchFailed{302}},
+        {"ftp://b.example/", 1, WebAccessError::FetchFailed{302}},
+        {"https://127.0.0.1/", 1, WebAccessError::FetchFailed{302}},
+        {"https://router.local/", 1, WebAccessError::FetchFailed{302}},
+        {"https://inside.example/", 1, WebAccessError::FetchFailed{302}},
+        {"https://", 1, WebAccessError::FetchFailed{302}},
+        {"/again", 21, Plain::offline}, // in circles
+    };
+    for (const auto &[location, hops, error] : cases) {
+        serve(u"a.example"_s, redirectTo(location));
+        const auto before = session->asked().size();
+        EXPECT_EQ(errorOf(u"https://a.example/"_s), error) << location.constData();
+        EXPECT_EQ(session->asked().size() - before, static_cast<std::size_t>(hops)) << location.constData();
+    }
+    const auto rows = ledger.snapshot().entries;
+    EXPECT_EQ(rows.front().outcome, EgressOutcome{EgressOutcome::Completed{302}});
+}
+
+TEST_F(PageReaderTest, AFallbackTitleIsTheHost)
+{
+    serve(u"a.example"_s, ScriptedServer::response("200 OK", "<title> </title>" + prose));
+    EXPECT_EQ(read(u"https://A.example/"_s).title, u"a.example"_s);
+}
+
+TEST_F(PageReaderTest, SaysWhyAResponseIsNoPage)
+{
+    const auto ok = [](const QByteArray &body) { return ScriptedServer::response("200 OK", body); };
+    const struct {
+        const char *name;
+        QByteArray response;
+        std::optional<WebAccessError::Case> error;
+    } cases[] = {
+        {"missing", ScriptedServer::response("404 Not Found", prose), WebAccessError::FetchFailed{404}},
+        {"not modified", "HTTP/1.1 304 Not Modified\r\n\r\n", WebAccessError::FetchFailed{304}},
+        {"39 characters", ok(QByteArray(39, 'x')), Plain::unreadablePage},
+        {"40 characters", ok(QByteArray(40, 'x')), std::nullopt},
+        {"empty", ok(""), Plain::unreadablePage},
+        {"Latin 1", ok("caf\xe9 " + prose), std::nullopt},
+        {"wall", ok("<p>Please wait, checking your browser before you go on.</p>"),
+         WebAccessError::BlockedByBotProtection{u"a.example"_s}},
+        {"at the limit", ok(QByteArray(pageLimit, 'x')), std::nullopt},
+        {"over the limit", ok(QByteArray(pageLimit + 1, 'x')), Plain::pageTooLarge},
+        {"packed", ScriptedServer::response("200 OK", gzip(prose), "Content-Encoding: gzip\r\n"),
+         std::nullopt},
+        {"unpacks to too much",
+         ScriptedServer::response("200 OK", gzip(QByteArray(pageLimit + 1, 'x')),
+                                  "Content-Encoding: gzip\r\n"),
+         Plain::pageTooLarge},
+        {"broken off", "HTTP/1.1 200 OK\r\nContent-Length: 500\r\n\r\n" + prose, Plain::offline},
+        {"no HTTP", "hello\r\n", Plain::offline},
+    };
+    for (const auto &[name, response, error] : cases) {
+        servers.clear();
+        servers.push_back(std::make_unique<ScriptedServer>([&](ScriptedServer::Connection &connection) {
+            connection.readRequest();
+            connection.send(response);
+        }));
+        session->route(u"a.example"_s, servers.back()->url());
+        EXPECT_EQ(errorOf(u"https://a.example/"_s), error) << name;
+    }
+    EXPECT_EQ(errorOf(u"https://unreachable.example/"_s), WebAccessError::Case(Plain::offline));
+}
+
+TEST_F(PageReaderTest, ANameThatTurnsPrivateBeforeItIsConnectedToIsRefused)
+{
+    const auto refusing = std::make_shared<FakeHttpSession>();
+    refusing->answer(
+        {.sendError = std::make_exception_ptr(TransportError(TransportError::Code::Blocked, u"refused"_s))});
+    noNetwork.fake = refusing;
+    WebAccessService overNetwork({noNetwork, keychain, identity, counters, clock}, {},
+                                 [](const QString &) { return QStringList{u"8.8.8.8"_s}; });
+    try {
+        TestWait::await(overNetwork.readPage(u"https://a.example"_s, 100, {}));
+        FAIL();
+    } catch (const WebAccessError &error) {
+        EXPECT_TRUE(error.is(Plain::privateAddress));
+    }
+    ASSERT_EQ(noNetwork.asked.size(), 1U);
+    EXPECT_EQ(noNetwork.asked[0], std::pair(EgressFeature::webPage, SensitiveDataSet()));
+}
+
+// Wherever it is when the person stops it.
+TEST_F(PageReaderTest, AStopEndsTheReadAtOnce)
+{
+    QSemaphore resolverHangs;
+    const auto hangs = [&resolverHangs](const QString &) {
+        resolverHangs.acquire();
+        return QStringList();
+    };
+    WebAccessService slow({noNetwork, keychain, identity, counters, clock}, {}, hangs, session);
+    ScriptedServer silent([](ScriptedServer::Connection &connection) {
+        connection.readRequest();
+        connection.send("HTTP/1.1 200 OK\r\nContent-Length: 500\r\n\r\n");
+        connection.awaitClose();
+    });
+    session->route(u"a.example"_s, silent.url());
+    for (WebAccessService *service : {&slow, &web}) {
+        std::stop_source stop;
+        const auto outcome = std::make_shared<TestWait::Outcome<WebAccessing::Page>>();
+        TestWait::collect(service->readPage(u"https://a.example/"_s, 100, stop.get_token()), outcome);
+        if (service == &web)
+            TestWait::until([&] { return !silent.requests().empty(); });
+        stop.request_stop();
+        TestWait::until([&] { return outcome->done; });
+        try {
+            std::rethrow_exception(outcome->error);
+        } catch (const WebAccessError &error) {
+            EXPECT_TRUE(error.is(Plain::cancelled));
+        }
+    }
+    resolverHangs.release();
+    TestWait::until([&] { return silent.closedByPeer() == 1; });
+}
+
+} // namespace

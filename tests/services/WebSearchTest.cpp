@@ -1,0 +1,260 @@
+#include "network/CurlHttpSession.h"
+#include "network/NetworkLedger.h"
+#include "persistence/InMemorySettingsRepository.h"
+#include "security/InMemoryKeychainService.h"
+#include "security/ServiceIdentity.h"
+#include "services/WebAccessError.h"
+#include "services/WebAccessService.h"
+#include "support/Await.h"
+#include "support/FakeHttpSession.h"
+#include "support/LogCapture.h"
+#include "support/ManualClock.h"
+#include "support/ScriptedServer.h"
+
+#include <gtest/gtest.h>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+using Plain = WebAccessError::Plain;
+using Results = std::vector<WebAccessing::SearchResult>;
+
+namespace {
+
+const QByteArray noResults = R"({"web":{"results":[]},"results":[]})";
+const QByteArray entries = R"([
+    {"title":"<strong>A</strong> title","url":"https://a.example","description":"d <b>1</b>","snippet":"s <i>1</i>",
+     "thumbnail":{"src":"https://img.example/a.png"}},
+    {"title":"No address"}, {"url":"https://untitled.example"}, {"title":1,"url":"https://number.example"}, "text", null,
+    {"title":"B","url":"https://b.example","thumbnail":{"src":"http://img.example/b.png"}}])";
+
+class WebSearchTest : public testing::Test {
+protected:
+    WebSearchTest() { network.fake = fake; }
+
+    Results search(WebAccessService &service, const QString &query = u"news"_s)
+    {
+        return TestWait::await(service.search(query, {}));
+    }
+
+    std::optional<WebAccessError::Case> errorOf(WebAccessService &service, const QString &query = u"news"_s)
+    {
+        try {
+            search(service, query);
+            return std::nullopt;
+        } catch (const WebAccessError &error) {
+            return error.reason();
+        }
+    }
+
+    void giveKey(const QString &key = u"my key"_s)
+    {
+        keychain.save(key, WebAccessService::searchKeyAccount());
+    }
+
+    const WebAccessService::Endpoints endpoints{QUrl(u"https://brave.test"_s),
+                                                QUrl(u"https://search.test/"_s)};
+    ManualClock clock;
+    InMemoryKeychainService keychain;
+    InMemorySettingsRepository counters;
+    ServiceIdentity identity{keychain};
+    FakeHttpSessionProvider network;
+    std::shared_ptr<FakeHttpSession> fake = std::make_shared<FakeHttpSession>();
+    WebAccessService::Services services{network, keychain, identity, counters, clock};
+    WebAccessService web{services, endpoints};
+};
+
+TEST_F(WebSearchTest, BraveIsAskedWithThePersonsKeyAndNothingElse)
+{
+    NetworkLedger ledger;
+    ScriptedServer server(ScriptedServer::answering(
+        ScriptedServer::response("200 OK", R"({"web":{"results":)" + entries + "}}")));
+    WebAccessService real(
+        services, {server.url(), {}}, WebAccessService::systemResolver(),
+        std::make_shared<CurlHttpSession>(EgressFeature::webSearch, SensitiveDataSet(), ledger, clock));
+    giveKey();
+    EXPECT_TRUE(real.usesOwnKey());
+    const Results results = search(real, u"  tea & milk+süß?\n"_s);
+    const auto request = server.requests().at(0);
+    EXPECT_EQ(request.target(), "/res/v1/web/search?q=tea%20%26%20milk%2Bs%C3%BC%C3%9F%3F&count=5");
+    for (const char *header :
+         {"Accept: application/json", "Accept-Encoding: gzip", "X-Subscription-Token: my key"})
+        EXPECT_TRUE(request.head.contains(QByteArray(header) + "\r\n")) << header;
+    const Results expected{
+        {u"A title"_s, u"https://a.example"_s, u"d 1"_s, u"https://img.example/a.png"_s},
+        {u"B"_s, u"https://b.example"_s, u""_s, std::nullopt},
+    };
+    EXPECT_EQ(results, expected);
+}
+
+TEST_F(WebSearchTest, TheProductsEndpointIsAskedWithTheInstallsNumber)
+{
+    NetworkLedger ledger;
+    ScriptedServer server(
+        ScriptedServer::answering(ScriptedServer::response("200 OK", R"({"results":)" + entries + "}")));
+    WebAccessService real(
+        services, {{}, server.url()}, WebAccessService::systemResolver(),
+        std::make_shared<CurlHttpSession>(EgressFeature::webSearch, SensitiveDataSet(), ledger, clock));
+    const Results results = search(real);
+    const auto request = server.requests().at(0);
+    EXPECT_EQ(request.target(), "/v1/search?q=news");
+    const QByteArray credential = identity.credential(ServiceIdentity::Service::Search).toLatin1();
+    for (const QByteArray &header : {"Accept: application/json"_ba, "User-Agent: MorvaneGPT-mac/1.0"_ba,
+                                     "X-QF-Client: 1"_ba, "Authorization: Bearer qf_" + credential})
+        EXPECT_TRUE(request.head.contains(header + "\r\n")) << header.constData();
+    ASSERT_EQ(results.size(), 2U);
+    EXPECT_EQ(results[0].snippet, u"s 1"_s);
+}
+
+TEST_F(WebSearchTest, CountsTheProductsSearchesByDayAndMonth)
+{
+    int told = 0;
+    web.setOnProxiedSearch([&] { ++told; });
+    const auto searchOnce = [&] {
+        fake->answer(200, noResults);
+        search(web);
+    };
+    searchOnce();
+    searchOnce();
+    EXPECT_EQ(counters.string(u"builtInSearchDay"_s), u"2026-03-01"_s);
+    EXPECT_EQ(counters.integer(u"builtInSearchCount"_s), 2);
+    clock.advance(24h);
+    searchOnce();
+    EXPECT_EQ(counters.string(u"builtInSearchDay"_s), u"2026-03-02"_s);
+    EXPECT_EQ(counters.integer(u"builtInSearchCount"_s), 1);
+    EXPECT_EQ(counters.string(u"builtInSearchMonth"_s), u"2026-03"_s);
+    EXPECT_EQ(counters.integer(u"builtInSearchMonthCount"_s), 3);
+    clock.advance(24h * 31);
+    searchOnce();
+    EXPECT_EQ(counters.integer(u"builtInSearchMonthCount"_s), 1);
+    EXPECT_EQ(told, 4);
+    fake->answer(503, {});
+    EXPECT_TRUE(errorOf(web));
+    EXPECT_EQ(counters.integer(u"builtInSearchCount"_s), 1);
+    EXPECT_EQ(told, 4);
+}
+
+TEST_F(WebSearchTest, SaysWhyASearchFailed)
+{
+    const auto lost =
+        std::make_exception_ptr(TransportError(TransportError::Code::ConnectionLost, u"lost"_s));
+    const QByteArray tooMuch(2 << 20, ' ');
+    const struct {
+        FakeHttpSession::Answer answer;
+        Plain brave;
+        Plain builtIn;
+    } cases[] = {
+        {{.status = 401}, Plain::searchKeyRejected, Plain::builtInSearchUnavailable},
+        {{.status = 403}, Plain::searchKeyRejected, Plain::builtInSearchUnavailable},
+        {{.status = 429}, Plain::searchFailed, Plain::builtInSearchUnavailable},
+        {{.status = 302}, Plain::searchFailed, Plain::builtInSearchUnavailable},
+        {{.pieces = {"{"}}, Plain::searchFailed, Plain::builtInSearchUnavailable},
+        {{.pieces = {"[]"}}, Plain::searchFailed, Plain::builtInSearchUnavailable},
+        {{.pieces = {R"({"web":[],"results":{}})"}}, Plain::searchFailed, Plain::builtInSearchUnavailable},
+        {{.pieces = {tooMuch}}, Plain::searchFailed, Plain::builtInSearchUnavailable},
+        {{.sendError = lost}, Plain::offline, Plain::builtInSearchUnavailable},
+        {{.pieces = {"{"}, .bodyError = lost}, Plain::offline, Plain::builtInSearchUnavailable},
+    };
+    for (const auto &[answer, brave, builtIn] : cases) {
+        fake->answer(answer);
+        EXPECT_EQ(errorOf(web), WebAccessError::Case(builtIn));
+        giveKey();
+        clock.advance(2s);
+        fake->answer(answer);
+        EXPECT_EQ(errorOf(web), WebAccessError::Case(brave));
+        keychain.remove(WebAccessService::searchKeyAccount());
+    }
+    for (const HttpRequest &request : fake->requests())
+        EXPECT_EQ(request.redirects, HttpRequest::Redirects::Answered);
+}
+
+TEST_F(WebSearchTest, LogsTheStatusOfARefusal)
+{
+    const LogCapture log;
+    fake->answer(503, {});
+    errorOf(web);
+    giveKey();
+    fake->answer(429, {});
+    errorOf(web);
+    EXPECT_EQ(log.lines(), (QStringList{u"app: Built-in search proxy returned HTTP 503"_s,
+                                        u"app: Web search failed with HTTP 429"_s}));
+}
+
+TEST_F(WebSearchTest, WithoutAnEndpointOfTheBuildAKeyIsNeeded)
+{
+    WebAccessService bare(services, {QUrl(u"https://brave.test"_s), {}});
+    EXPECT_EQ(errorOf(bare), WebAccessError::Case(Plain::searchNotConfigured));
+    EXPECT_EQ(errorOf(bare, u" \n"_s), WebAccessError::Case(Plain::emptyQuery));
+    giveKey(QString()); // an empty item is no key
+    EXPECT_FALSE(bare.usesOwnKey());
+    EXPECT_EQ(errorOf(bare), WebAccessError::Case(Plain::searchNotConfigured));
+    keychain.setFailure(KeychainError(KeychainError::Operation::Read, KeychainStatus::NotAvailable));
+    EXPECT_FALSE(bare.usesOwnKey());
+    EXPECT_TRUE(fake->requests().empty());
+}
+
+TEST_F(WebSearchTest, CallsToBraveKeepTheirGap)
+{
+    giveKey();
+    for (int i = 0; i < 3; ++i)
+        fake->answer(200, noResults);
+    std::vector<std::shared_ptr<TestWait::Outcome<Results>>> outcomes;
+    for (int i = 0; i < 3; ++i) {
+        outcomes.push_back(std::make_shared<TestWait::Outcome<Results>>());
+        TestWait::collect(web.search(u"q"_s, {}), outcomes.back());
+    }
+    EXPECT_EQ(fake->requests().size(), 1U);
+    clock.advance(1049ms);
+    TestWait::settle();
+    EXPECT_EQ(fake->requests().size(), 1U);
+    clock.advance(1ms);
+    TestWait::settle();
+    EXPECT_EQ(fake->requests().size(), 2U); // the two that waited don't go together
+    clock.advance(1050ms);
+    TestWait::until([&] { return outcomes[2]->done && outcomes[1]->done; });
+    EXPECT_EQ(fake->requests().size(), 3U);
+}
+
+TEST_F(WebSearchTest, AStopEndsAWaitForTheGap)
+{
+    giveKey();
+    fake->answer(200, noResults);
+    search(web);
+    std::stop_source stop;
+    const auto outcome = std::make_shared<TestWait::Outcome<Results>>();
+    TestWait::collect(web.search(u"q"_s, stop.get_token()), outcome);
+    stop.request_stop();
+    TestWait::until([&] { return outcome->done; });
+    EXPECT_THROW(std::rethrow_exception(outcome->error), WebAccessError);
+    EXPECT_EQ(fake->requests().size(), 1U);
+}
+
+TEST_F(WebSearchTest, ASearchThatOutlivesTheServiceIsCancelled)
+{
+    auto shortLived = std::make_unique<WebAccessService>(services, endpoints);
+    fake->answer({.ending = FakeHttpSession::Ending::staysOpen});
+    const auto outcome = std::make_shared<TestWait::Outcome<Results>>();
+    TestWait::collect(shortLived->search(u"q"_s, {}), outcome);
+    TestWait::until([&] { return fake->openRequests() == 1; });
+    shortLived.reset();
+    fake->feed(noResults);
+    fake->closeBody();
+    TestWait::until([&] { return outcome->done; });
+    EXPECT_THROW(std::rethrow_exception(outcome->error), WebAccessError);
+    EXPECT_TRUE(counters.keys().isEmpty());
+}
+
+TEST_F(WebSearchTest, AKeyIsTestedWithoutBeingStored)
+{
+    fake->answer(200, noResults);
+    TestWait::await(web.testKey(u"new key"_s, {}));
+    const HttpRequest &request = fake->requests().at(0);
+    EXPECT_EQ(request.url, QUrl(u"https://brave.test/res/v1/web/search?q=test&count=5"_s));
+    const auto &sent = request.headers.back();
+    EXPECT_EQ(sent.name + '=' + sent.value, "X-Subscription-Token=new key");
+    EXPECT_FALSE(web.usesOwnKey());
+    clock.advance(2s);
+    fake->answer(403, {});
+    EXPECT_THROW(TestWait::await(web.testKey(u"bad"_s, {})), WebAccessError);
+}
+
+} // namespace
