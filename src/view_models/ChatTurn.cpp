@@ -117,7 +117,8 @@ QCoro::Task<AsyncStream<AgentEvent>> ChatViewModel::openReply(QPointer<ChatViewM
     TurnRequest request;
     request.history = turn.history;
     request.rollingSummary = turn.conversation->rollingSummary();
-    request.scopeKey = u"chat:"_s + Identifier::text(turn.conversation->id());
+    const TurnScope scope{u"chat:"_s + Identifier::text(turn.conversation->id()), turn.userWords};
+    request.scopeKey = scope.key;
     request.carrying =
         TurnHistory::carriedBy(turn.history, turn.conversation->messages(), self->m_services.repository);
     if (turn.isContinuation)
@@ -138,7 +139,7 @@ QCoro::Task<AsyncStream<AgentEvent>> ChatViewModel::openReply(QPointer<ChatViewM
     throwIfStopped(stop);
     std::shared_ptr<AIProvider> provider = co_await router.provider(prepared.configuration, stop);
     throwIfStopped(stop);
-    co_return self->m_services.replies.run(std::move(prepared), std::move(provider));
+    co_return self->m_services.replies.run(std::move(prepared), scope, std::move(provider));
 }
 
 void ChatViewModel::beginTurn(Turn &turn)

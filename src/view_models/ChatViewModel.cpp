@@ -207,7 +207,8 @@ void ChatViewModel::sendMessage(const QString &text, const std::optional<Importe
     auto history = TurnHistory::of(m_messages, reply.get());
     if (attachment)
         TurnHistory::attach(history, *attachment, body);
-    startTurn({.reply = reply, .conversation = m_conversation, .history = std::move(history)});
+    startTurn(
+        {.reply = reply, .conversation = m_conversation, .history = std::move(history), .userWords = body});
 }
 
 void ChatViewModel::retryLastTurn()
@@ -217,19 +218,23 @@ void ChatViewModel::retryLastTurn()
     const auto &messages = m_messages.messages();
     const bool lastFailed = !messages.empty() && messages.back()->knownRole() == MessageRole::assistant &&
                             messages.back()->status() == MessageStatus::failed;
-    const bool hasQuestion =
-        lastFailed && std::any_of(messages.begin(), messages.end() - 1,
-                                  [](const auto &message) { return message->role() == MessageRole::user; });
+    const auto question = std::find_if(messages.rbegin(), messages.rend(), [](const auto &message) {
+        return message->role() == MessageRole::user;
+    });
     setBanner(std::nullopt);
-    if (!hasQuestion)
+    if (!lastFailed || question == messages.rend())
         return;
+    const QString userWords = (*question)->content();
     const auto failed = messages.back();
     failed->setErrorMessage(std::nullopt);
     m_messages.messageChanged(failed->id());
     auto history = TurnHistory::of(m_messages, failed.get());
     const auto reply = addMessage(MessageRole::assistant, {}, MessageStatus::pending);
     refreshMessages();
-    startTurn({.reply = reply, .conversation = m_conversation, .history = std::move(history)});
+    startTurn({.reply = reply,
+               .conversation = m_conversation,
+               .history = std::move(history),
+               .userWords = userWords});
 }
 
 void ChatViewModel::continueReply(const QString &messageId)
@@ -249,6 +254,7 @@ void ChatViewModel::continueReply(const QString &messageId)
     startTurn({.reply = message,
                .conversation = m_conversation,
                .history = std::move(history),
+               .userWords = continuePrompt,
                .isContinuation = true});
 }
 

@@ -2,9 +2,11 @@
 
 using namespace Qt::StringLiterals;
 
-AsyncStream<AgentEvent> ScriptedReplies::run(PreparedRequest request, std::shared_ptr<AIProvider>)
+AsyncStream<AgentEvent> ScriptedReplies::run(PreparedRequest request, TurnScope scope,
+                                             std::shared_ptr<AIProvider>)
 {
     requests.push_back(std::move(request));
+    scopes.push_back(std::move(scope));
     auto [stream, producer] = AsyncStream<AgentEvent>::make();
     m_producers.push_back(std::move(producer));
     return std::move(stream);

@@ -21,7 +21,7 @@
 // Replies that a test plays event by event.
 class ScriptedReplies final : public ReplyRunning {
 public:
-    [[nodiscard]] AsyncStream<AgentEvent> run(PreparedRequest request,
+    [[nodiscard]] AsyncStream<AgentEvent> run(PreparedRequest request, TurnScope scope,
                                               std::shared_ptr<AIProvider> provider) override;
 
     // Yields to the newest run and lets the turn take it.
@@ -32,6 +32,7 @@ public:
     [[nodiscard]] bool isAbandoned() const { return m_producers.back().stopToken().stop_requested(); }
 
     std::vector<PreparedRequest> requests;
+    std::vector<TurnScope> scopes;
 
 private:
     std::vector<AsyncStream<AgentEvent>::Producer> m_producers;

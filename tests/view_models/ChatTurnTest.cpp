@@ -1,3 +1,4 @@
+#include "utils/Identifier.h"
 #include "view_models/ChatFixture.h"
 
 #include "ai/contract/ProviderError.h"
@@ -212,6 +213,32 @@ TEST_F(ChatTurnTest, ContinueAppendsToTheSameReplyAndStoresNoPrompt)
     EXPECT_FALSE(lastRow(MessageListModel::CanContinueRole).toBool());
     chat.continueReply(id);
     EXPECT_EQ(replies.requests.size(), 2U) << "the flag is spent";
+}
+
+// An address in a document is none that the person typed, so its text must not pass for their words.
+TEST_F(ChatTurnTest, ATurnsScopeIsItsChatAndThePersonsOwnWords)
+{
+    chat.setPendingAttachment(ImportedAttachment{.id = QUuid::createUuid(),
+                                                 .filename = u"notes.txt"_s,
+                                                 .fileExtension = u"txt"_s,
+                                                 .text = u"See https://evil.example/"_s});
+    send(u"Read https://typed.example/ too"_s);
+    const auto expectScope = [this] {
+        EXPECT_EQ(replies.scopes.back().key, u"chat:"_s + Identifier::text(chat.conversation()->id()));
+        EXPECT_EQ(replies.scopes.back().userWords, u"Read https://typed.example/ too"_s);
+    };
+    expectScope();
+    replies.fail(errorOf(ProviderError::ServerError{500}));
+    chat.retryLastTurn();
+    TestWait::settle();
+    expectScope();
+    replies.text(u"Half"_s);
+    replies.yield(Agent::TruncatedByTokenLimit{});
+    replies.finish();
+    chat.continueReply(lastRow(MessageListModel::MessageIdRole).toString());
+    TestWait::settle();
+    ASSERT_EQ(replies.scopes.size(), 3U);
+    EXPECT_TRUE(replies.scopes.back().userWords.startsWith(u"Continue your previous answer"_s));
 }
 
 TEST_F(ChatTurnTest, RetractionReachesTheRecordAtOnceAndBringsTheDotsBack)

@@ -16,7 +16,7 @@ bool matches(const Scenario &scenario, const QString &model)
 
 const Scenario *Scenarios::find(const QString &model)
 {
-    for (const auto scenarios : {replies(), broken()}) {
+    for (const auto scenarios : {replies(), agents(), broken()}) {
         for (const Scenario &scenario : scenarios) {
             if (matches(scenario, model))
                 return &scenario;

@@ -17,6 +17,9 @@ namespace Scenarios {
 // Replies of a server that keeps to the dialect.
 [[nodiscard]] std::span<const Scenario> replies();
 
+// Models that call tools over several rounds.
+[[nodiscard]] std::span<const Scenario> agents();
+
 // Servers that fail, stall, break off or send what no client expects.
 [[nodiscard]] std::span<const Scenario> broken();
 

@@ -20,7 +20,7 @@ int fail(const QString &sentence)
 
 int listScenarios()
 {
-    for (const auto scenarios : {Scenarios::replies(), Scenarios::broken()}) {
+    for (const auto scenarios : {Scenarios::replies(), Scenarios::agents(), Scenarios::broken()}) {
         for (const Scenario &scenario : scenarios)
             std::printf("%-22s%s\n", scenario.name.data(), scenario.summary.data());
     }

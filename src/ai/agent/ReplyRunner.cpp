@@ -1,5 +1,8 @@
 #include "ai/agent/ReplyRunner.h"
 
+#include "ai/agent/AgentLoop.h"
+#include "ai/tools/ToolRegistry.h"
+
 namespace {
 
 using Producer = AsyncStream<AgentEvent>::Producer;
@@ -30,8 +33,25 @@ QCoro::Task<> relay(AsyncStream<AIStreamEvent> events, Producer producer)
 
 } // namespace
 
-AsyncStream<AgentEvent> ReplyRunner::run(PreparedRequest request, std::shared_ptr<AIProvider> provider)
+ReplyRunner::ReplyRunner(AIRequestRouter &router, ToolRegistry *tools)
+    : m_router(router)
+    , m_tools(tools)
+{}
+
+ReplyRunner::~ReplyRunner() = default;
+
+AsyncStream<AgentEvent> ReplyRunner::run(PreparedRequest request, TurnScope scope,
+                                         std::shared_ptr<AIProvider> provider)
 {
+    if (!request.tools.empty() && m_tools)
+        return AgentLoop(std::move(provider), *m_tools)
+            .run({.messages = std::move(request.messages),
+                  .configuration = std::move(request.configuration),
+                  .tools = std::move(request.tools),
+                  .maxRounds = maxRounds,
+                  .memoryAllowed = request.memoryAllowed,
+                  .userWords = std::move(scope.userWords),
+                  .scopeKey = std::move(scope.key)});
     auto [stream, producer] = AsyncStream<AgentEvent>::make();
     relay(m_router.stream(std::move(request), std::move(provider)), producer);
     return std::move(stream);

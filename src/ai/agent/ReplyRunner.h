@@ -5,7 +5,17 @@
 #include "ai/routing/AIRequestRouter.h"
 #include "utils/AsyncStream.h"
 
+#include <QPointer>
+
 #include <memory>
+
+class ToolRegistry;
+
+// What a reply's tool calls have to know of the turn that asked.
+struct TurnScope {
+    QString key;       // the chat, for approvals that hold for all of it
+    QString userWords; // what the person wrote, without what came along with it
+};
 
 // Turns a prepared request into the events of one reply.
 class ReplyRunning {
@@ -13,20 +23,23 @@ public:
     virtual ~ReplyRunning() = default;
 
     // Returns at once. The stream may fail with ProviderError; dropping it ends the reply.
-    [[nodiscard]] virtual AsyncStream<AgentEvent> run(PreparedRequest request,
+    [[nodiscard]] virtual AsyncStream<AgentEvent> run(PreparedRequest request, TurnScope scope,
                                                       std::shared_ptr<AIProvider> provider) = 0;
 };
 
-// Relays a provider's plain stream.
+// Lets a request that offers tools run through the agent loop, and relays the plain stream of any other.
 class ReplyRunner final : public ReplyRunning {
 public:
-    explicit ReplyRunner(AIRequestRouter &router)
-        : m_router(router)
-    {}
+    static constexpr int maxRounds = 5;
 
-    [[nodiscard]] AsyncStream<AgentEvent> run(PreparedRequest request,
+    // Without a registry, or once it has gone, no call is ever run.
+    explicit ReplyRunner(AIRequestRouter &router, ToolRegistry *tools = nullptr);
+    ~ReplyRunner() override;
+
+    [[nodiscard]] AsyncStream<AgentEvent> run(PreparedRequest request, TurnScope scope,
                                               std::shared_ptr<AIProvider> provider) override;
 
 private:
     AIRequestRouter &m_router;
+    QPointer<ToolRegistry> m_tools;
 };

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "services/WebAccessing.h"
+
+// Search results as the model reads them.
+namespace SearchListing {
+
+enum class Images { shown, leftOut };
+
+// One numbered entry for each result, unwrapped.
+[[nodiscard]] QString of(const std::vector<WebAccessing::SearchResult> &results, Images images);
+
+} // namespace SearchListing

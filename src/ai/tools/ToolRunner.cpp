@@ -1,0 +1,163 @@
+#include "ai/tools/ToolRunner.h"
+
+#include "ai/tools/SearchListing.h"
+#include "ai/tools/WebAddress.h"
+#include "memory/MemoryStore.h"
+#include "services/DesktopActing.h"
+#include "services/ScreenGlancing.h"
+#include "utils/Clock.h"
+#include "utils/Text.h"
+#include "utils/UntrustedContent.h"
+
+#include <QDateTime>
+#include <QStringList>
+
+#include <cmath>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Turn = std::shared_ptr<TurnContext>;
+
+constexpr qsizetype longestPage = 6000; // characters
+constexpr double usualDuration = 30;    // minutes
+// About three thousand years on either side. A moment further away is none that a calendar could hold.
+constexpr double furthestMoment = 1e11; // seconds
+
+ToolOutcome remember(const ToolArguments &arguments, MemoryStore &memory)
+{
+    const auto fact = arguments.text("fact"_L1);
+    if (!fact)
+        return ToolFailure::because(u"A fact is required."_s);
+    const auto receipt = memory.remember(*fact);
+    if (!receipt)
+        return ToolFailure::because(u"That was empty; nothing was saved."_s);
+    return {u"Saved: "_s + receipt->text};
+}
+
+ToolOutcome forget(const ToolArguments &arguments, MemoryStore &memory)
+{
+    const auto about = arguments.text("about"_L1);
+    if (!about)
+        return ToolFailure::because(u"Say what to forget."_s);
+    QStringList notes;
+    for (const MemoryStore::Fact &fact : memory.matching(*about))
+        notes.append(fact.text);
+    if (notes.isEmpty())
+        return {u"Nothing stored matched that, so there was nothing to forget."_s};
+    const qsizetype removed = memory.forget(*about);
+    return {u"Forgot %1 note(s): "_s.arg(removed) + notes.join(u"; "_s)};
+}
+
+QCoro::Task<ToolOutcome> remembered(ToolOutcome outcome)
+{
+    co_return outcome;
+}
+
+QCoro::Task<ToolOutcome> searchWeb(ToolArguments arguments, Turn turn, WebAccessing *web,
+                                   std::stop_token stop)
+{
+    const auto query = arguments.text("query"_L1);
+    if (!query)
+        co_return ToolFailure::because(u"A query is required."_s);
+    const std::vector<WebAccessing::SearchResult> results = co_await web->search(*query, stop);
+    if (results.empty())
+        co_return ToolOutcome{u"No results for “"_s + *query + u"”."_s};
+    for (const WebAccessing::SearchResult &result : results) {
+        if (const auto url = WebAddress::parse(result.url))
+            turn->note(*url);
+    }
+    turn->webContentConsumed = turn->outsideContentInContext = true;
+    co_return ToolOutcome{UntrustedContent::wrap(u"Search results for “"_s + *query + u"”:\n"_s +
+                                                     SearchListing::of(results, SearchListing::Images::shown),
+                                                 u"web search"_s)};
+}
+
+QCoro::Task<ToolOutcome> readWebPage(ToolArguments arguments, Turn turn, WebAccessing *web,
+                                     std::stop_token stop)
+{
+    const auto address = arguments.text("url"_L1);
+    if (!address)
+        co_return ToolFailure::because(u"A url is required."_s);
+    const WebAccessing::Page page = co_await web->readPage(*address, longestPage, stop);
+    turn->webContentConsumed = turn->outsideContentInContext = true;
+    const auto url = WebAddress::parse(*address);
+    co_return ToolOutcome{
+        UntrustedContent::wrap(u"Page “"_s + page.title + u"”:\n"_s + page.text,
+                               u"web page "_s + (url ? WebAddress::host(*url) : QString()))};
+}
+
+QCoro::Task<ToolOutcome> lookAtScreen(Turn turn, std::shared_ptr<ScreenGlancing> screen, qsizetype limit,
+                                      std::stop_token stop)
+{
+    if (!screen)
+        co_return ToolFailure::because(u"Screen reading is unavailable."_s);
+    const QString text = co_await screen->captureText(stop);
+    turn->outsideContentInContext = turn->sensitiveDataInContext = true;
+    co_return ToolOutcome{
+        UntrustedContent::wrap(u"Text currently on screen:\n"_s + Text::prefix(text, limit), u"screen"_s)};
+}
+
+QCoro::Task<ToolOutcome> openLink(ToolArguments arguments, DesktopActing *desktop, std::stop_token stop)
+{
+    const auto url = arguments.text("url"_L1);
+    if (!url)
+        co_return ToolFailure::because(u"A url is required."_s);
+    const QString done = co_await desktop->openLink(*url, stop);
+    co_return ToolOutcome{done};
+}
+
+QCoro::Task<ToolOutcome> createCalendarEvent(ToolArguments arguments, DesktopActing *desktop, QDateTime now,
+                                             std::stop_token stop)
+{
+    const auto title = arguments.text("title"_L1);
+    const auto minutes = arguments.number("minutes_from_now"_L1);
+    const double seconds = minutes.value_or(0) * 60;
+    if (!title || !minutes || std::abs(seconds) > furthestMoment)
+        co_return ToolFailure::because(u"Both title and minutes_from_now are required."_s);
+    const double duration = arguments.number("duration_minutes"_L1).value_or(usualDuration);
+    const auto wholeMinutes =
+        static_cast<std::int64_t>(std::clamp(duration, -furthestMoment, furthestMoment));
+    const QDateTime start = now.addMSecs(std::llround(seconds * 1000));
+    const QString done = co_await desktop->createEvent(*title, start, wholeMinutes, stop);
+    co_return ToolOutcome{done};
+}
+
+QCoro::Task<ToolOutcome> runShortcut(ToolArguments arguments, DesktopActing *desktop, std::stop_token stop)
+{
+    const auto name = arguments.text("name"_L1);
+    if (!name)
+        co_return ToolFailure::because(u"A shortcut name is required."_s);
+    const QString done = co_await desktop->runShortcut(*name, arguments.text("input"_L1), stop);
+    co_return ToolOutcome{done};
+}
+
+} // namespace
+
+QCoro::Task<ToolOutcome> ToolRunner::run(Ability ability, ToolArguments arguments,
+                                         std::shared_ptr<TurnContext> turn, Services services,
+                                         std::stop_token stop)
+{
+    switch (ability) {
+    case Ability::remember:
+        return remembered(remember(arguments, *services.memory));
+    case Ability::forget:
+        return remembered(forget(arguments, *services.memory));
+    case Ability::searchWeb:
+        return searchWeb(std::move(arguments), std::move(turn), services.web, std::move(stop));
+    case Ability::readWebPage:
+        return readWebPage(std::move(arguments), std::move(turn), services.web, std::move(stop));
+    case Ability::lookAtScreen:
+        return lookAtScreen(std::move(turn), services.screenGlance.lock(), services.screenTextLimit,
+                            std::move(stop));
+    case Ability::openLink:
+        return openLink(std::move(arguments), services.desktop, std::move(stop));
+    case Ability::createCalendarEvent:
+        return createCalendarEvent(std::move(arguments), services.desktop, services.clock->now(),
+                                   std::move(stop));
+    case Ability::runShortcut:
+        return runShortcut(std::move(arguments), services.desktop, std::move(stop));
+    }
+    return remembered(ToolFailure::because(u"That didn't work."_s));
+}

@@ -1,0 +1,229 @@
+#include "ai/agent/AgentLoop.h"
+
+#include "ai/agent/AgentFixture.h"
+#include "ai/agent/ReplyPhrases.h"
+#include "support/LogCapture.h"
+
+using namespace Qt::StringLiterals;
+using Plain = ProviderError::Plain;
+using Round = ScriptedModel::Round;
+
+namespace {
+
+AIStreamEvent text(const QString &piece)
+{
+    return AIStream::Text{piece};
+}
+
+AIStreamEvent calls(const QStringList &names)
+{
+    std::vector<AIToolCall> all;
+    for (const QString &name : names)
+        all.push_back(
+            {u"id-"_s + name, name, uR"({"query":"weather","url":"https://typed.example/Page"})"_s});
+    return AIStream::ToolCalls{all};
+}
+
+AgentEvent retraction(qsizetype count)
+{
+    return Agent::RetractText{count};
+}
+
+class AgentLoopTest : public ToolFixture {
+protected:
+    AgentLoop::Turn turn()
+    {
+        AgentLoop::Turn turn;
+        turn.messages = {{.role = AIMessage::Role::system, .content = u"Be kind."_s},
+                         {.role = AIMessage::Role::user, .content = u"Read https://typed.example/Page"_s}};
+        turn.tools = registry.availableTools();
+        turn.memoryAllowed = true;
+        turn.scopeKey = u"chat:A"_s;
+        return turn;
+    }
+
+    PlayedRun play(std::vector<Round> rounds) { return play(std::move(rounds), turn()); }
+    PlayedRun play(std::vector<Round> rounds, AgentLoop::Turn turn)
+    {
+        model = std::make_shared<ScriptedModel>(std::move(rounds));
+        return readRun(AgentLoop(model, registry).run(std::move(turn)));
+    }
+
+    [[nodiscard]] const AIMessage &lastMessage(std::size_t round) const
+    {
+        return model->requests.at(round).messages.back();
+    }
+
+    std::shared_ptr<ScriptedModel> model;
+};
+
+TEST_F(AgentLoopTest, RunsCallsInOrderAndFeedsTheirResultsBack)
+{
+    const QString ahead = u"👻 moment"_s; // eight characters of nine units
+    const PlayedRun run = play({{{text(ahead), calls({u"look_at_screen"_s, u"fly"_s, u"read_web_page"_s})}},
+                                {{AIStream::Thinking{}, text(u"The "_s), text(u"answer."_s)}}});
+    ASSERT_EQ(run.events.size(), 9U);
+    EXPECT_EQ(run.events[1], retraction(8));
+    EXPECT_TRUE(std::holds_alternative<Agent::ToolStarted>(run.events[2]));
+    EXPECT_EQ(std::get<Agent::ToolFinished>(run.events[3]).call.name, u"look_at_screen"_s);
+    EXPECT_EQ(std::get<Agent::ToolStarted>(run.events[4]).call.name, u"read_web_page"_s) << "nobody can fly";
+    EXPECT_TRUE(std::holds_alternative<Agent::Thinking>(run.events[6]));
+    EXPECT_EQ(run.error, std::nullopt);
+    EXPECT_EQ(asked, QStringList(u"Read your screen"_s)) << "the page's address was typed";
+
+    const auto &messages = model->requests.at(1).messages;
+    ASSERT_EQ(messages.size(), 6U);
+    EXPECT_EQ(messages[2].content, ahead);
+    EXPECT_EQ(messages[2].toolCalls.size(), 3U);
+    EXPECT_EQ(messages[3].content, run.results().value(0));
+    EXPECT_EQ(
+        messages[4],
+        (AIMessage{.role = AIMessage::Role::tool,
+                   .content = u"Error: The fly ability is not available in this conversation. Do not call it "
+                              "again; answer with what you have."_s,
+                   .toolCallID = u"id-fly"_s,
+                   .toolName = u"fly"_s}));
+    EXPECT_EQ(messages[5].toolCallID, u"id-read_web_page"_s);
+    EXPECT_EQ(model->requests.at(1).tools.size(), 8);
+}
+
+TEST_F(AgentLoopTest, AToolThatWasNotOfferedRunsNothingThoughItExists)
+{
+    AgentLoop::Turn searchOnly = turn();
+    searchOnly.tools = {AbilityCatalogue::definition(Ability::searchWeb)};
+    const PlayedRun run = play({{{calls({u"open_link"_s})}}, {{text(u"No."_s)}}}, searchOnly);
+    EXPECT_EQ(effects(), 0);
+    EXPECT_EQ(run.events.size(), 1U);
+    EXPECT_TRUE(asked.empty());
+}
+
+TEST_F(AgentLoopTest, TheCeilingGivesOneRoundWithoutToolsWhoseCallsAreNotHeard)
+{
+    answer = ApprovalAnswer::allowedForChat;
+    const LogCapture log;
+    const PlayedRun run = play({{{text(u"x"_s), calls({u"search_web"_s})}}});
+    ASSERT_EQ(model->requests.size(), 6U);
+    EXPECT_FALSE(model->requests[4].tools.empty());
+    EXPECT_TRUE(model->requests[5].tools.empty());
+    EXPECT_TRUE(lastMessage(5).content.startsWith(u"You have used all available tool calls"_s));
+    EXPECT_EQ(web.searches.size(), 5);
+    EXPECT_EQ(run.shown(), u"x"_s);
+    EXPECT_EQ(run.error, std::nullopt);
+    EXPECT_EQ(log.lines(),
+              QStringList(u"ai-provider: Agent loop hit its round ceiling; requesting a final answer"_s));
+
+    EXPECT_EQ(play({{{calls({u"search_web"_s})}}}).error, ProviderError(Plain::emptyResponse));
+}
+
+TEST_F(AgentLoopTest, ADeclinedSearchIsTakenBackOnce)
+{
+    const QString refusal = u"Sorry, I CAN'T look that up."_s;
+    const LogCapture log;
+    const PlayedRun run = play({{{text(refusal)}}, {{text(refusal)}}});
+    EXPECT_EQ(run.events, (std::vector<AgentEvent>{Agent::Text{refusal}, retraction(refusal.size()),
+                                                   Agent::Text{refusal}}));
+    const auto &messages = model->requests.at(1).messages;
+    EXPECT_EQ(messages[2], (AIMessage{.role = AIMessage::Role::assistant, .content = refusal}));
+    EXPECT_TRUE(messages[3].content.startsWith(u"Correction: you CAN look that up."_s));
+    EXPECT_EQ(messages[3].role, AIMessage::Role::system);
+    EXPECT_EQ(log.lines().size(), 1);
+
+    settings.setWebAccessEnabled(false);
+    EXPECT_EQ(play({{{text(refusal)}}}).events.size(), 1U) << "without a search there is nothing to correct";
+}
+
+TEST_F(AgentLoopTest, AClaimedEventIsTakenBackUnlessOneWasMade)
+{
+    const QString claim = u"I've scheduled it. I can't search."_s;
+    const PlayedRun both = play({{{text(claim)}}});
+    ASSERT_EQ(model->requests.size(), 3U) << "each correction is granted once";
+    EXPECT_TRUE(lastMessage(1).content.startsWith(u"Correction: you CAN look"_s));
+    EXPECT_TRUE(lastMessage(2).content.startsWith(u"Correction: you said you scheduled"_s));
+    EXPECT_EQ(both.shown(), claim);
+
+    const QString plain = u"Done, added to your calendar."_s;
+    play({{{calls({u"create_calendar_event"_s})}}, {{text(plain)}}});
+    EXPECT_EQ(model->requests.size(), 2U) << "the tool was called, whatever came of it";
+    play({{{text(plain + u" Want me to add another?"_s)}}});
+    EXPECT_EQ(model->requests.size(), 1U) << "an offer is no claim";
+    settings.setDesktopActionsEnabled(false);
+    play({{{text(plain)}}});
+    EXPECT_EQ(model->requests.size(), 1U);
+}
+
+TEST_F(AgentLoopTest, AServerThatRejectsToolsIsAskedWithoutThem)
+{
+    const ProviderError rejection(ProviderError::ServerError{400});
+    for (const ProviderError &error : {rejection, ProviderError(ProviderError::ServerError{501}),
+                                       ProviderError(Plain::malformedResponse)}) {
+        const LogCapture log;
+        const PlayedRun run = play({{{text(u"Half "_s)}, failure(error)}, {{text(u"Whole."_s)}}});
+        EXPECT_EQ(run.shown(), u"Half Whole."_s) << "what went out stays";
+        EXPECT_TRUE(model->requests.at(1).tools.empty());
+        EXPECT_TRUE(
+            lastMessage(1).content.startsWith(u"Correction: the model server running you does not"_s));
+        EXPECT_EQ(log.lines(), QStringList(u"ai-provider: Endpoint rejected tools; retrying without them"_s));
+    }
+    EXPECT_EQ(play({{{}, failure(rejection)}}).error, rejection) << "once";
+    EXPECT_EQ(model->requests.size(), 2U);
+
+    AgentLoop::Turn bare = turn();
+    bare.tools.clear();
+    EXPECT_EQ(play({{{}, failure(rejection)}}, bare).error, rejection);
+    EXPECT_EQ(model->requests.size(), 1U);
+
+    for (const ProviderError &error :
+         {ProviderError(ProviderError::ServerError{500}), ProviderError(Plain::cancelled)})
+        EXPECT_EQ(play({{{}, failure(error)}}).error, error);
+}
+
+TEST_F(AgentLoopTest, OnlyTheFinalRepliesLimitIsTold)
+{
+    const AIStreamEvent limit = AIStream::TruncatedByTokenLimit{};
+    const PlayedRun cut = play({{{text(u"Long"_s), limit}}});
+    EXPECT_EQ(cut.events.back(), AgentEvent(Agent::TruncatedByTokenLimit{}));
+    const PlayedRun whole = play({{{limit, calls({u"read_web_page"_s})}}, {{text(u"Short."_s)}}});
+    EXPECT_EQ(whole.events.back(), AgentEvent(Agent::Text{u"Short."_s}));
+}
+
+TEST_F(AgentLoopTest, TheUsersWordsDecideWhatTheyTyped)
+{
+    const std::vector<Round> rounds{{{calls({u"read_web_page"_s})}}, {{text(u"Read."_s)}}};
+    AgentLoop::Turn told = turn();
+    told.userWords = u"Read the page in my document"_s;
+    play(rounds, told);
+    EXPECT_EQ(asked, QStringList(u"Read this page"_s));
+    asked.clear();
+    play(rounds);
+    EXPECT_EQ(asked, QStringList()) << "without them, all that stands as theirs counts";
+
+    told.attendance = TurnContext::Attendance::unattended;
+    EXPECT_TRUE(play(rounds, told).results().value(0).contains(u"nobody is here"_s));
+    EXPECT_EQ(asked, QStringList());
+}
+
+TEST_F(AgentLoopTest, DroppingTheReplyEndsItBeforeTheNextCall)
+{
+    std::optional<AsyncStream<AgentEvent>> stream;
+    web.onRead = [&stream] { stream.reset(); };
+    model = std::make_shared<ScriptedModel>(
+        std::vector<Round>{{{calls({u"look_at_screen"_s, u"read_web_page"_s, u"open_link"_s})}}});
+    stream.emplace(AgentLoop(model, registry).run(turn()));
+    TestWait::settle();
+    EXPECT_EQ(effects(), 2);
+    EXPECT_TRUE(desktop.actions.empty());
+    EXPECT_EQ(model->requests.size(), 1U);
+}
+
+TEST(ReplyPhrasesTest, AreSoughtInAnyLetterCaseAndAnywhere)
+{
+    for (const char16_t *reply : {u"I Cannot Look That Up today", u"That site blocks automated access.",
+                                  u"I DON'T HAVE REAL-TIME data", u"was blocked from accessing it"})
+        EXPECT_TRUE(ReplyPhrases::refusesSearch(reply)) << QString::fromUtf16(reply).toStdString();
+    EXPECT_FALSE(ReplyPhrases::refusesSearch(u"I looked it up."));
+    EXPECT_TRUE(ReplyPhrases::claimsScheduling(u"I HAVE SCHEDULED lunch"));
+    EXPECT_FALSE(ReplyPhrases::claimsScheduling(u"I have scheduled lunch. Shall I add another?"));
+    EXPECT_FALSE(ReplyPhrases::claimsScheduling(u"Lunch is at noon."));
+}
+
+} // namespace

@@ -1,0 +1,103 @@
+// Whole runs: the reply runner, the real provider and HTTP client, and the model server on the other side of
+// a socket. Only the web and the desktop are doubles.
+
+#include "ai/agent/AgentFixture.h"
+#include "ai/agent/ReplyRunner.h"
+#include "ai/providers/OpenAICompatibleProvider.h"
+#include "attestation/ProofLedger.h"
+#include "network/AppNetwork.h"
+#include "network/NetworkLedger.h"
+#include "support/ModelServer.h"
+
+#include <QJsonArray>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class AgentRunsAgainstServerTest : public ToolFixture {
+protected:
+    PlayedRun ask(const QString &name)
+    {
+        PreparedRequest request;
+        request.messages = {{.role = AIMessage::Role::user, .content = u"What is the weather?"_s}};
+        request.configuration.baseURLString = server.baseUrl();
+        request.configuration.maxOutputTokens = 100;
+        request.configuration.model = name;
+        request.tools = registry.availableTools();
+        request.memoryAllowed = true;
+        return readRun(runner.run(std::move(request), {u"chat:A"_s, u"What is the weather?"_s}, provider));
+    }
+
+    void TearDown() override
+    {
+        TestWait::settle();
+        server.awaitEnded(server.requests().size());
+        TestWait::settle();
+    }
+
+    ModelServer server;
+    NetworkLedger ledger;
+    AppNetwork network{ledger, clock};
+    std::shared_ptr<OpenAICompatibleProvider> provider = std::make_shared<OpenAICompatibleProvider>(network);
+    ProofLedger proofs;
+    AIRequestRouter router{settings, keychain, proofs, clock, provider};
+    ReplyRunner runner{router, &registry};
+};
+
+TEST_F(AgentRunsAgainstServerTest, SearchesReadsAndAnswers)
+{
+    const PlayedRun run = ask(u"agent-search"_s);
+    EXPECT_EQ(run.error, std::nullopt);
+    EXPECT_TRUE(run.shown().contains(u"Text of the page."_s)) << run.shown().toStdString();
+    EXPECT_FALSE(run.shown().contains(u"One moment."_s));
+    EXPECT_EQ(web.searches, QStringList(u"What is the weather?"_s));
+    EXPECT_EQ(web.reads, QStringList(u"https://found.example/One/"_s));
+    EXPECT_EQ(asked, QStringList(u"Search the web for this+"_s));
+    ASSERT_EQ(server.requests().size(), 3U);
+    const QJsonArray sent = server.requests().back().json()["messages"_L1].toArray();
+    ASSERT_EQ(sent.size(), 5);
+    EXPECT_EQ(sent[4]["tool_call_id"_L1].toString(), u"call_2"_s);
+    EXPECT_TRUE(sent[4]["content"_L1].toString().startsWith(
+        u"--- BEGIN UNTRUSTED CONTENT (web page found.example"_s));
+}
+
+TEST_F(AgentRunsAgainstServerTest, LoopsToTheCeiling)
+{
+    answer = ApprovalAnswer::allowedForChat;
+    const PlayedRun run = ask(u"agent-loops"_s);
+    EXPECT_EQ(run.shown(), u"The practice server has no more tools to call."_s);
+    EXPECT_EQ(web.searches.size(), ReplyRunner::maxRounds);
+    EXPECT_EQ(asked.size(), 1);
+    EXPECT_EQ(server.requests().size(), 6U);
+}
+
+TEST_F(AgentRunsAgainstServerTest, IsCorrectedWhereItMisbehaves)
+{
+    const PlayedRun event = ask(u"agent-claims-event"_s);
+    EXPECT_EQ(event.shown(), u"The practice server was told: “Added.”."_s);
+    EXPECT_EQ(desktop.actions, QStringList(u"event Lunch at 2026-03-01T13:00:00Z for 30"_s));
+
+    const PlayedRun search = ask(u"agent-refuses-search"_s);
+    EXPECT_TRUE(search.shown().contains(u"Search results for “What is the weather?”"_s));
+    EXPECT_FALSE(search.shown().contains(u"can't look that up"_s));
+}
+
+TEST_F(AgentRunsAgainstServerTest, GoesOnWithoutToolsWhereTheServerTakesNone)
+{
+    const PlayedRun run = ask(u"reject-tools"_s);
+    EXPECT_TRUE(run.shown().contains(u"You wrote: “What is the weather?”"_s)) << run.shown().toStdString();
+    ASSERT_EQ(server.requests().size(), 2U);
+    EXPECT_FALSE(server.requests().back().json().contains("tools"_L1));
+    EXPECT_EQ(effects(), 0);
+}
+
+TEST_F(AgentRunsAgainstServerTest, WithoutToolsTheStreamIsRelayed)
+{
+    settings.setAbilitiesEnabled(false);
+    const PlayedRun run = ask(u"agent-refuses-search"_s);
+    EXPECT_EQ(run.shown(), u"Sorry, I can't look that up."_s);
+    EXPECT_EQ(server.requests().size(), 1U);
+}
+
+} // namespace

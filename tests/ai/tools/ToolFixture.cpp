@@ -1,0 +1,122 @@
+#include "ai/tools/ToolFixture.h"
+
+#include <map>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void failIf(const std::exception_ptr &error)
+{
+    if (error)
+        std::rethrow_exception(error);
+}
+
+QCoro::Task<ApprovalAnswer> answered(ApprovalAnswer answer)
+{
+    co_return answer;
+}
+
+} // namespace
+
+QCoro::Task<std::vector<WebAccessing::SearchResult>> FakeWeb::search(QString query, std::stop_token)
+{
+    searches.append(query);
+    failIf(searchError);
+    co_return std::vector<SearchResult>(results);
+}
+
+QCoro::Task<WebAccessing::Page> FakeWeb::readPage(QString url, qsizetype limit, std::stop_token)
+{
+    reads.append(url);
+    lastLimit = limit;
+    if (onRead)
+        onRead();
+    failIf(readError);
+    co_return Page(page);
+}
+
+QCoro::Task<QString> FakeDesktop::openLink(QString url, std::stop_token)
+{
+    actions.append(u"open "_s + url);
+    failIf(error);
+    co_return u"Opened."_s;
+}
+
+QCoro::Task<QString> FakeDesktop::createEvent(QString title, QDateTime start, std::int64_t durationMinutes,
+                                              std::stop_token)
+{
+    actions.append(u"event %1 at %2 for %3"_s.arg(title, start.toString(Qt::ISODate)).arg(durationMinutes));
+    failIf(error);
+    co_return u"Added."_s;
+}
+
+QCoro::Task<QString> FakeDesktop::runShortcut(QString name, std::optional<QString> input, std::stop_token)
+{
+    actions.append(u"run "_s + name + u" with "_s + input.value_or(u"nothing"_s));
+    failIf(error);
+    co_return u"Ran."_s;
+}
+
+QCoro::Task<QString> FakeScreen::captureText(std::stop_token)
+{
+    ++captures;
+    failIf(error);
+    co_return QString(text);
+}
+
+ToolFixture::ToolFixture()
+{
+    settings.setScreenAwarenessEnabled(true);
+    settings.setDesktopActionsEnabled(true);
+    const auto ask = [this](const QString &mark) {
+        return [this, mark](const QString &verb, const AIToolCall &, const AITool &) {
+            asked.append(verb + mark);
+            return answered(answer);
+        };
+    };
+    registry.setHooks(
+        {.approvalHandler = ask({}),
+         .chatWideApprovalHandler = ask(u"+"_s),
+         .permissionAttentionHandler = [this](const UserPresentableError &) { ++attentions; },
+         .onToolCompleted = [this](const AIToolCall &,
+                                   const AIToolResult &result) { completed.push_back(result); }});
+}
+
+AIToolCall ToolFixture::call(const QString &name, const QString &arguments)
+{
+    return {u"call-1"_s, name, arguments};
+}
+
+AIToolCall ToolFixture::usual(const QString &name)
+{
+    static const std::map<QString, QString> arguments{
+        {u"remember"_s, uR"({"fact":"They like tea."})"_s},
+        {u"forget"_s, uR"({"about":"coffee"})"_s},
+        {u"search_web"_s, uR"({"query":"weather"})"_s},
+        {u"read_web_page"_s, uR"({"url":"https://typed.example/Page"})"_s},
+        {u"look_at_screen"_s, u"{}"_s},
+        {u"open_link"_s, uR"({"url":"https://open.example"})"_s},
+        {u"create_calendar_event"_s, uR"({"title":"Lunch","minutes_from_now":60})"_s},
+        {u"run_shortcut"_s, uR"({"name":"Tidy up"})"_s},
+    };
+    return call(name, arguments.at(name));
+}
+
+AIToolResult ToolFixture::dispatch(const AIToolCall &call, std::shared_ptr<TurnContext> turn,
+                                   std::stop_token stop)
+{
+    return TestWait::await(registry.dispatch(call, std::move(turn), std::move(stop)));
+}
+
+std::shared_ptr<TurnContext> ToolFixture::turnOf(TurnContext::Attendance attendance,
+                                                 const std::vector<AIMessage> &messages)
+{
+    return TurnContext::begin(attendance, u"chat:A"_s, TurnContext::Notes::kept,
+                              u"Look at https://typed.example/Page please"_s, messages);
+}
+
+qsizetype ToolFixture::effects() const
+{
+    return web.searches.size() + web.reads.size() + desktop.actions.size() + screen->captures;
+}

@@ -1,0 +1,101 @@
+#pragma once
+
+#include "ai/tools/ToolRegistry.h"
+#include "memory/MemoryStore.h"
+#include "persistence/InMemorySettingsRepository.h"
+#include "persistence/SettingsStore.h"
+#include "security/InMemoryKeychainService.h"
+#include "security/LocalDataVault.h"
+#include "services/DesktopActing.h"
+#include "services/ScreenGlanceError.h"
+#include "services/ScreenGlancing.h"
+#include "services/WebAccessError.h"
+#include "services/WebAccessing.h"
+#include "support/Await.h"
+#include "support/ManualClock.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+
+// The web as a test wrote it. An error, once set, is what every call of its kind ends in.
+class FakeWeb final : public WebAccessing {
+public:
+    QCoro::Task<std::vector<SearchResult>> search(QString query, std::stop_token stop) override;
+    QCoro::Task<Page> readPage(QString url, qsizetype limit, std::stop_token stop) override;
+
+    std::vector<SearchResult> results{
+        {QStringLiteral("One"), QStringLiteral("https://found.example/One/"), QStringLiteral("first"), {}}};
+    Page page{QStringLiteral("Title"), QStringLiteral("Text of the page.")};
+    std::exception_ptr searchError;
+    std::exception_ptr readError;
+    QStringList searches;
+    QStringList reads;
+    qsizetype lastLimit = 0;
+    std::function<void()> onRead; // while a page is being fetched
+};
+
+class FakeDesktop final : public DesktopActing {
+public:
+    QCoro::Task<QString> openLink(QString url, std::stop_token stop) override;
+    QCoro::Task<QString> createEvent(QString title, QDateTime start, std::int64_t durationMinutes,
+                                     std::stop_token stop) override;
+    QCoro::Task<QString> runShortcut(QString name, std::optional<QString> input,
+                                     std::stop_token stop) override;
+
+    std::exception_ptr error;
+    QStringList actions;
+};
+
+class FakeScreen final : public ScreenGlancing {
+public:
+    QCoro::Task<QString> captureText(std::stop_token stop) override;
+
+    QString text = QStringLiteral("words on the screen");
+    std::exception_ptr error;
+    int captures = 0;
+};
+
+// A registry over doubles of everything it acts on, and a person who answers as a test says.
+class ToolFixture : public testing::Test {
+protected:
+    ToolFixture();
+
+    [[nodiscard]] static AIToolCall call(const QString &name,
+                                         const QString &arguments = QStringLiteral("{}"));
+    // A call with the arguments that a sensible model would give.
+    [[nodiscard]] static AIToolCall usual(const QString &name);
+
+    AIToolResult dispatch(const AIToolCall &call, std::shared_ptr<TurnContext> turn = {},
+                          std::stop_token stop = {});
+
+    // A turn of a chat with somebody there, whose words name https://typed.example/Page.
+    [[nodiscard]] static std::shared_ptr<TurnContext>
+    turnOf(TurnContext::Attendance attendance = TurnContext::Attendance::attended,
+           const std::vector<AIMessage> &messages = {});
+
+    // How often something left the machine, was changed or was looked at.
+    [[nodiscard]] qsizetype effects() const;
+
+    ManualClock clock;
+    InMemorySettingsRepository repository;
+    SettingsStore settings{repository};
+    InMemoryKeychainService keychain;
+    LocalDataVault vault{keychain};
+    MemoryStore memory{settings, vault, clock, QString()};
+    FakeWeb web;
+    FakeDesktop desktop;
+    std::shared_ptr<FakeScreen> screen = std::make_shared<FakeScreen>();
+    ToolRegistry registry{{settings, memory, web, clock, &desktop, screen}};
+
+    ApprovalAnswer answer = ApprovalAnswer::allowedOnce;
+    QStringList asked; // verbs; those that offered a yes for the chat end in "+"
+    std::vector<AIToolResult> completed;
+    int attentions = 0;
+};
+
+template <typename Error>
+std::exception_ptr failure(Error error)
+{
+    return std::make_exception_ptr(std::move(error));
+}

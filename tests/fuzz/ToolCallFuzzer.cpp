@@ -1,0 +1,46 @@
+// The arguments of a call as a model wrote them, read as every kind of argument that there is.
+
+#include "ai/tools/ToolArguments.h"
+#include "ai/tools/WebAddress.h"
+
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void require(bool holds)
+{
+    if (!holds)
+        std::abort();
+}
+
+void readAddress(const QString &text)
+{
+    const auto url = WebAddress::parse(text);
+    if (!url)
+        return;
+    const QString normalised = WebAddress::normalised(*url);
+    require(normalised == normalised.toLower());
+    require(WebAddress::host(*url) == WebAddress::host(*url).toLower());
+    const QString query = WebAddress::searchQuery(*url).value_or(QString());
+    require(!query.contains(u'\n') && !query.contains(u'\r'));
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    const QString json =
+        QString::fromUtf8(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+    const ToolArguments arguments(json);
+    for (const auto name : {"url"_L1, "query"_L1, "minutes_from_now"_L1}) {
+        const auto number = arguments.number(name);
+        require(!number || std::isfinite(*number));
+        readAddress(arguments.text(name).value_or(QString()));
+    }
+    readAddress(json);
+    return 0;
+}

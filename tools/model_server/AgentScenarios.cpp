@@ -1,0 +1,123 @@
+// Models that use abilities over several rounds, well and badly.
+
+#include "ChatCompletion.h"
+#include "Reply.h"
+#include "Scenarios.h"
+
+#include <QJsonDocument>
+#include <QRegularExpression>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// What the tools gave back since the user last spoke, first come first.
+QStringList toolResults(const Request &request)
+{
+    QStringList results;
+    for (const QJsonValue message : request.json["messages"_L1].toArray()) {
+        const QString role = message["role"_L1].toString();
+        if (role == "user"_L1)
+            results.clear();
+        else if (role == "tool"_L1)
+            results.append(message["content"_L1].toString());
+    }
+    return results;
+}
+
+bool wasCorrected(const Request &request)
+{
+    const QJsonObject last = request.lastMessage();
+    return last["role"_L1].toString() == "system"_L1 &&
+           last["content"_L1].toString().startsWith("Correction:"_L1);
+}
+
+Reply saying(const QString &text)
+{
+    Reply reply;
+    reply.pieces = wordPieces(text);
+    return reply;
+}
+
+// A call with a word ahead of it, as models like to write.
+Reply calling(const Request &request, const QString &tool, const QJsonObject &arguments)
+{
+    Reply reply = saying(u"One moment. "_s);
+    const QString json = QString::fromUtf8(QJsonDocument(arguments).toJson(QJsonDocument::Compact));
+    const QString id = u"call_%1"_s.arg(toolResults(request).size() + 1);
+    reply.toolCalls.append(ChatCompletion::toolCall(id, tool, json));
+    reply.finishReason = u"tool_calls"_s;
+    return reply;
+}
+
+Reply searching(const Request &request)
+{
+    return calling(request, u"search_web"_s, {{u"query"_s, request.lastUserText().left(120)}});
+}
+
+Reply quoting(const QString &result)
+{
+    return saying(u"The practice server was told: “%1”."_s.arg(result));
+}
+
+// Searches, reads the first page that was found, and answers from it.
+Work agentSearch(Exchange &exchange)
+{
+    const Request &request = exchange.request();
+    const QStringList results = toolResults(request);
+    static const QRegularExpression address(uR"(https?://\S+)"_s);
+    const QString found = results.isEmpty() ? QString() : address.match(results.first()).captured();
+    Reply reply = quoting(results.value(results.size() - 1));
+    if (results.isEmpty() && request.offersTools())
+        reply = searching(request);
+    else if (results.size() == 1 && !found.isEmpty() && request.offersTools())
+        reply = calling(request, u"read_web_page"_s, {{u"url"_s, found}});
+    co_await play(exchange, std::move(reply));
+}
+
+Work agentLoops(Exchange &exchange)
+{
+    const Request &request = exchange.request();
+    Reply reply = request.offersTools() ? searching(request)
+                                        : saying(u"The practice server has no more tools to call."_s);
+    co_await play(exchange, std::move(reply));
+}
+
+Work agentClaimsEvent(Exchange &exchange)
+{
+    const Request &request = exchange.request();
+    const QStringList results = toolResults(request);
+    Reply reply = saying(u"I've scheduled lunch for you."_s);
+    if (!results.isEmpty())
+        reply = quoting(results.last());
+    else if (wasCorrected(request))
+        reply = calling(request, u"create_calendar_event"_s,
+                        {{u"title"_s, u"Lunch"_s}, {u"minutes_from_now"_s, 60}});
+    co_await play(exchange, std::move(reply));
+}
+
+Work agentRefusesSearch(Exchange &exchange)
+{
+    const Request &request = exchange.request();
+    const QStringList results = toolResults(request);
+    Reply reply = saying(u"Sorry, I can't look that up."_s);
+    if (!results.isEmpty())
+        reply = quoting(results.last());
+    else if (wasCorrected(request))
+        reply = searching(request);
+    co_await play(exchange, std::move(reply));
+}
+
+} // namespace
+
+std::span<const Scenario> Scenarios::agents()
+{
+    static constexpr Scenario all[]{
+        {"agent-search"_L1, "searches, reads the first page found, answers from it"_L1, agentSearch},
+        {"agent-loops"_L1, "calls a tool for as long as there are any"_L1, agentLoops},
+        {"agent-claims-event"_L1, "claims an event it never made; corrected, it makes it"_L1,
+         agentClaimsEvent},
+        {"agent-refuses-search"_L1, "declines to search; corrected, it searches"_L1, agentRefusesSearch},
+    };
+    return all;
+}
