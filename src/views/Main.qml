@@ -12,6 +12,10 @@ T.ApplicationWindow {
     required property HistorySearchModel search
     required property SourceMenuViewModel sources
     required property InstructionsViewModel instructions
+    required property NoteReceiptsModel receipts
+    required property AbilitiesViewModel abilities
+    required property SearchKeyViewModel searchKey
+    required property MemoryViewModel memory
     required property AISettingsViewModel aiSettings
     required property NetworkLedgerViewModel networkLedger
     required property ShellViewModel shell
@@ -42,6 +46,9 @@ T.ApplicationWindow {
             settings.setSource("settings/SettingsWindow.qml", {
                 aiSettings: window.aiSettings,
                 instructions: window.instructions,
+                abilities: window.abilities,
+                searchKey: window.searchKey,
+                memory: window.memory,
                 networkLedger: window.networkLedger,
                 shell: window.shell
             });
@@ -84,6 +91,7 @@ T.ApplicationWindow {
             chat: window.chat
             shell: window.shell
             sources: window.sources
+            receipts: window.receipts
             companion: window.companion
             sidebarShown: window.sidebarShown
             onSettingsChosen: window.openSettings()

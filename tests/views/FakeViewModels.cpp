@@ -122,6 +122,18 @@ void FakeSources::offer(const QString &place, const QString &why, bool isInUse)
             {u"inUse"_s, isInUse}});
 }
 
+FakeReceipts::FakeReceipts(QObject *parent)
+    : FakeRows({"receiptId", "note", "isChange"}, parent)
+{}
+
+FakeAbilities::FakeAbilities(QObject *parent)
+    : FakeRows({"name", "description", "reason", "hint"}, parent)
+{}
+
+FakeMemory::FakeMemory(QObject *parent)
+    : FakeRows({"factId", "note"}, parent)
+{}
+
 FakeNetworkLedger::FakeNetworkLedger(QObject *parent)
     : FakeRows({"time", "host", "place", "feature", "carried", "sent", "received", "outcome"}, parent)
 {}

@@ -240,6 +240,81 @@ Q_SIGNALS:
     void problemChanged();
 };
 
+class FakeReceipts : public FakeRows {
+    Q_OBJECT
+public:
+    explicit FakeReceipts(QObject *parent = nullptr);
+
+    Q_INVOKABLE void undo(const QString &receiptId) { calls += "undo " + receiptId; }
+    Q_INVOKABLE void dismiss(const QString &receiptId) { calls += "dismiss " + receiptId; }
+
+    QStringList calls;
+};
+
+class FakeAbilities : public FakeRows {
+    Q_OBJECT
+    Q_PROPERTY(bool enabled MEMBER enabled NOTIFY switchesChanged)
+    Q_PROPERTY(bool memory MEMBER memory NOTIFY switchesChanged)
+    Q_PROPERTY(bool web MEMBER web NOTIFY switchesChanged)
+    Q_PROPERTY(bool screen MEMBER screen NOTIFY switchesChanged)
+    Q_PROPERTY(bool desktop MEMBER desktop NOTIFY switchesChanged)
+
+public:
+    explicit FakeAbilities(QObject *parent = nullptr);
+
+    bool enabled = true;
+    bool memory = true;
+    bool web = true;
+    bool screen = false;
+    bool desktop = false;
+
+Q_SIGNALS:
+    void switchesChanged();
+};
+
+class FakeSearchKey : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(bool hasKey MEMBER hasKey NOTIFY changed)
+    Q_PROPERTY(bool isTesting MEMBER isTesting NOTIFY changed)
+    Q_PROPERTY(bool worked MEMBER worked NOTIFY changed)
+    Q_PROPERTY(QString message MEMBER message NOTIFY changed)
+
+public:
+    using QObject::QObject;
+
+    Q_INVOKABLE void save(const QString &key) { saved += key; }
+    Q_INVOKABLE void test() { ++tests; }
+    Q_INVOKABLE void cancelTest() {}
+
+    bool hasKey = false;
+    bool isTesting = false;
+    bool worked = false;
+    QString message;
+    QStringList saved;
+    int tests = 0;
+
+Q_SIGNALS:
+    void changed();
+};
+
+class FakeMemory : public FakeRows {
+    Q_OBJECT
+    Q_PROPERTY(QString problem MEMBER problem NOTIFY problemChanged)
+
+public:
+    explicit FakeMemory(QObject *parent = nullptr);
+
+    Q_INVOKABLE void update(const QString &factId, const QString &text) { calls += factId + ' ' + text; }
+    Q_INVOKABLE void remove(const QString &factId) { calls += "remove " + factId; }
+    Q_INVOKABLE void clear() { calls += "clear"; }
+
+    QString problem;
+    QStringList calls;
+
+Q_SIGNALS:
+    void problemChanged();
+};
+
 class FakeAISettings : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString address MEMBER address NOTIFY addressChanged)

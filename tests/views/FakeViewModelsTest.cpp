@@ -3,12 +3,16 @@
 #include "network/NetworkLedger.h"
 #include "support/ManualClock.h"
 #include "view_models/AISettingsViewModel.h"
+#include "view_models/AbilitiesViewModel.h"
 #include "view_models/ChatViewModel.h"
 #include "view_models/CompanionViewModel.h"
 #include "view_models/ConversationListModel.h"
 #include "view_models/HistorySearchModel.h"
 #include "view_models/InstructionsViewModel.h"
+#include "view_models/MemoryViewModel.h"
 #include "view_models/NetworkLedgerViewModel.h"
+#include "view_models/NoteReceiptsModel.h"
+#include "view_models/SearchKeyViewModel.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/SourceMenuViewModel.h"
 
@@ -65,6 +69,10 @@ TEST(FakeViewModelsTest, TheRealViewModelsHaveWhatTheFakesOffer)
     expectRealHas(ServerModelsViewModel::staticMetaObject, FakeServerModels::staticMetaObject);
     expectRealHas(SourceMenuViewModel::staticMetaObject, FakeSources::staticMetaObject);
     expectRealHas(InstructionsViewModel::staticMetaObject, FakeInstructions::staticMetaObject);
+    expectRealHas(NoteReceiptsModel::staticMetaObject, FakeReceipts::staticMetaObject);
+    expectRealHas(AbilitiesViewModel::staticMetaObject, FakeAbilities::staticMetaObject);
+    expectRealHas(SearchKeyViewModel::staticMetaObject, FakeSearchKey::staticMetaObject);
+    expectRealHas(MemoryViewModel::staticMetaObject, FakeMemory::staticMetaObject);
     expectRealHas(NetworkLedgerViewModel::staticMetaObject, FakeNetworkLedger::staticMetaObject);
 }
 

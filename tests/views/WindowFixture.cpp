@@ -40,6 +40,10 @@ void offerFakes()
         offer<FakeSources>("SourceMenuViewModel");
         offer<FakeServerModels>("ServerModelsViewModel");
         offer<FakeInstructions>("InstructionsViewModel");
+        offer<FakeReceipts>("NoteReceiptsModel");
+        offer<FakeAbilities>("AbilitiesViewModel");
+        offer<FakeSearchKey>("SearchKeyViewModel");
+        offer<FakeMemory>("MemoryViewModel");
         offer<FakeNetworkLedger>("NetworkLedgerViewModel");
         offer<FakeChat>("ChatViewModel");
         offer<FakeAISettings>("AISettingsViewModel");
@@ -77,6 +81,10 @@ void WindowFixture::load()
                                     {u"search"_s, QVariant::fromValue(&m_search)},
                                     {u"sources"_s, QVariant::fromValue(&m_sources)},
                                     {u"instructions"_s, QVariant::fromValue(&m_instructions)},
+                                    {u"receipts"_s, QVariant::fromValue(&m_receipts)},
+                                    {u"abilities"_s, QVariant::fromValue(&m_abilities)},
+                                    {u"searchKey"_s, QVariant::fromValue(&m_searchKey)},
+                                    {u"memory"_s, QVariant::fromValue(&m_memory)},
                                     {u"aiSettings"_s, QVariant::fromValue(&m_aiSettings)},
                                     {u"networkLedger"_s, QVariant::fromValue(&m_ledger)},
                                     {u"shell"_s, QVariant::fromValue(&m_shell)},

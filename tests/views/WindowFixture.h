@@ -60,6 +60,10 @@ protected:
     FakeSearch m_search;
     FakeSources m_sources;
     FakeInstructions m_instructions;
+    FakeReceipts m_receipts;
+    FakeAbilities m_abilities;
+    FakeSearchKey m_searchKey;
+    FakeMemory m_memory;
     FakeAISettings m_aiSettings;
     FakeNetworkLedger m_ledger;
     FakeShell m_shell;

@@ -1,3 +1,5 @@
+pragma ComponentBehavior: Bound
+
 import QtQuick
 import QtQuick.Layouts
 import Morvane
@@ -10,6 +12,7 @@ FocusScope {
     required property ChatViewModel chat
     required property ShellViewModel shell
     required property SourceMenuViewModel sources
+    required property NoteReceiptsModel receipts
     required property CompanionViewModel companion
     property bool sidebarShown: true
     readonly property real column: Math.min(Theme.columnWidth, width - 2 * Theme.gap24)
@@ -104,6 +107,15 @@ FocusScope {
                 retryable: root.chat.banner.retryable
                 onRetryChosen: root.chat.retryLastTurn()
                 onDismissed: root.chat.dismissBanner()
+            }
+            Repeater {
+                model: root.receipts
+
+                UndoBar {
+                    Layout.fillWidth: true
+                    onUndoChosen: id => root.receipts.undo(id)
+                    onDismissed: id => root.receipts.dismiss(id)
+                }
             }
             ApprovalCard {
                 objectName: "approval"

@@ -60,6 +60,7 @@ SettingsPage {
                 objectName: "instructions"
                 Layout.fillWidth: true
                 implicitHeight: 260
+                enabled: root.instructions.problem.length === 0
                 text: root.instructions.text
                 placeholderText: root.instructions.defaultText
                 description: qsTr("Instructions")

@@ -2,11 +2,12 @@ import QtQuick
 import QtQuick.Layouts
 import Morvane
 
-// The server's key. It goes into the keychain and is never read back into the window.
+// A key. It goes into the keychain and is never read back into the window.
 SettingsRow {
     id: root
 
     required property bool hasKey
+    property string purpose: qsTr("Only if the server asks for one.")
     property string notice // where keys are kept, when that needs saying
 
     signal saveChosen(string key)
@@ -18,7 +19,7 @@ SettingsRow {
     }
 
     title: qsTr("Key")
-    explanation: (hasKey ? qsTr("A key is saved.") : qsTr("Only if the server asks for one.")) + " "
+    explanation: (hasKey ? qsTr("A key is saved.") : purpose) + " "
         + (notice.length > 0 ? notice : qsTr("It is kept in your keyring."))
 
     TextBox {

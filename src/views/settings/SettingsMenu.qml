@@ -22,6 +22,8 @@ Rectangle {
             model: [
                 { page: "ai", title: qsTr("AI"), glyph: "spark" },
                 { page: "instructions", title: qsTr("Instructions"), glyph: "quill" },
+                { page: "abilities", title: qsTr("Abilities"), glyph: "globe" },
+                { page: "memory", title: qsTr("Memory"), glyph: "note" },
                 { page: "appearance", title: qsTr("Appearance"), glyph: "appearance" },
                 { page: "network", title: qsTr("Network"), glyph: "network" }
             ]

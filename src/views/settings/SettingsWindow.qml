@@ -10,10 +10,13 @@ T.ApplicationWindow {
 
     required property AISettingsViewModel aiSettings
     required property InstructionsViewModel instructions
+    required property AbilitiesViewModel abilities
+    required property SearchKeyViewModel searchKey
+    required property MemoryViewModel memory
     required property NetworkLedgerViewModel networkLedger
     required property ShellViewModel shell
     // In the order of the menu and of the pages below.
-    readonly property list<string> pages: ["ai", "instructions", "appearance", "network"]
+    readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "appearance", "network"]
     property string page: pages[0]
 
     width: 860
@@ -48,6 +51,15 @@ T.ApplicationWindow {
                 keychainNotice: root.shell.keychainNotice
             }
             InstructionsPage { instructions: root.instructions }
+            AbilitiesPage {
+                abilities: root.abilities
+                searchKey: root.searchKey
+                keychainNotice: root.shell.keychainNotice
+            }
+            MemoryPage {
+                memory: root.memory
+                abilities: root.abilities
+            }
             AppearancePage { shell: root.shell }
             NetworkPage {
                 ledger: root.networkLedger

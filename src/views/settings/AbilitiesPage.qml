@@ -1,0 +1,96 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Morvane
+import Morvane.ViewModels
+
+// What the model may do besides answering.
+SettingsPage {
+    id: root
+
+    required property AbilitiesViewModel abilities
+    required property SearchKeyViewModel searchKey
+    property string keychainNotice
+
+    title: qsTr("Abilities")
+
+    SettingsCard {
+        SwitchRow {
+            objectName: "abilities.enabled"
+            title: qsTr("Abilities")
+            explanation: qsTr("Lets the model look things up and act for you, each in its own way and never behind your back.")
+            checked: root.abilities.enabled
+            onToggled: on => root.abilities.enabled = on
+        }
+        SwitchRow {
+            objectName: "abilities.memory"
+            title: qsTr("Memory")
+            explanation: qsTr("Keeps short notes about you between chats, sealed on this computer.")
+            enabled: root.abilities.enabled
+            checked: root.abilities.memory
+            onToggled: on => root.abilities.memory = on
+        }
+        SwitchRow {
+            objectName: "abilities.web"
+            title: qsTr("Web access")
+            explanation: qsTr("Searches the web, after asking you, and reads pages.")
+            enabled: root.abilities.enabled
+            checked: root.abilities.web
+            onToggled: on => root.abilities.web = on
+        }
+        SwitchRow {
+            objectName: "abilities.screen"
+            title: qsTr("Screen awareness")
+            explanation: qsTr("Reads the text on your screen when you ask about it.")
+            enabled: root.abilities.enabled
+            checked: root.abilities.screen
+            onToggled: on => root.abilities.screen = on
+        }
+        SwitchRow {
+            objectName: "abilities.desktop"
+            title: qsTr("Desktop actions")
+            explanation: qsTr("Opens links, adds events and runs your shortcuts, each only after you say yes.")
+            enabled: root.abilities.enabled
+            checked: root.abilities.desktop
+            onToggled: on => root.abilities.desktop = on
+        }
+    }
+    SettingsCard {
+        heading: qsTr("Web search")
+
+        KeyRow {
+            title: qsTr("Search key")
+            purpose: qsTr("Your own key for Brave Search.")
+            hasKey: root.searchKey.hasKey
+            notice: root.keychainNotice
+            onSaveChosen: key => root.searchKey.save(key)
+            onRemoveChosen: root.searchKey.save("")
+        }
+        SettingsRow {
+            title: qsTr("Test")
+            visible: root.searchKey.hasKey || root.searchKey.message.length > 0
+            explanation: root.searchKey.isTesting ? qsTr("Searching…")
+                : root.searchKey.message.length > 0 ? root.searchKey.message : qsTr("Searches the web once, for the word “test”.")
+            explanationInk: root.searchKey.message.length === 0 || root.searchKey.isTesting ? Theme.secondary
+                : root.searchKey.worked ? Theme.success : Theme.danger
+            Accessible.role: Accessible.StatusBar
+            Accessible.name: explanation
+
+            PushButton {
+                objectName: "testSearchKey"
+                enabled: root.searchKey.hasKey
+                text: root.searchKey.isTesting ? qsTr("Cancel") : qsTr("Test")
+                onClicked: root.searchKey.isTesting ? root.searchKey.cancelTest() : root.searchKey.test()
+            }
+        }
+    }
+    SettingsCard {
+        heading: qsTr("What each one does")
+
+        Repeater {
+            model: root.abilities
+
+            AbilityRow {}
+        }
+    }
+}
