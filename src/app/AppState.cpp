@@ -1,6 +1,8 @@
 #include "app/AppState.h"
 
 #include "ai/agent/ReplyRunner.h"
+#include "ai/prompts/SystemPrompt.h"
+#include "ai/prompts/SystemPromptStore.h"
 #include "ai/providers/OllamaNativeProvider.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
 #include "ai/routing/AIRequestRouter.h"
@@ -8,6 +10,7 @@
 #include "app/WhatChangedNotice.h"
 #include "attestation/ProofLedger.h"
 #include "deployment/DeploymentValues.h"
+#include "memory/MemoryStore.h"
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"
 #include "persistence/ConversationRepository.h"
@@ -159,6 +162,17 @@ void AppState::makeServices()
                                   .nativeOllama = ollama,
                                   .ollama = ollama.get(),
                                   .privateCloud = deployedPrivateCloud()});
+    m_memory = std::make_unique<MemoryStore>(*m_settings, *m_vault, m_clock,
+                                             MemoryStore::defaultDirectory(m_commandLine.folders()));
+    m_systemPrompts = std::make_unique<SystemPromptStore>(*m_settings, *m_vault,
+                                                          SystemPromptStore::path(m_commandLine.folders()));
+    m_router->setPromptParts(
+        {.instructions =
+             [prompts = QPointer(m_systemPrompts.get())] {
+                 return prompts ? prompts->effectivePrompt() : SystemPrompt::defaultPrompt();
+             },
+         .notes = [memory =
+                       QPointer(m_memory.get())] { return memory ? memory->promptBlock() : std::nullopt; }});
     m_replies = std::make_unique<ReplyRunner>(*m_router);
 }
 

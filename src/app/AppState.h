@@ -20,6 +20,7 @@ class GhostKeeping;
 class KeychainServicing;
 class LegacySecretListing;
 class LocalDataVault;
+class MemoryStore;
 class NetworkLedger;
 class NetworkLedgerViewModel;
 class PersistenceController;
@@ -28,6 +29,7 @@ class ReplyRunning;
 class SettingsRepository;
 class SettingsStore;
 class ShellViewModel;
+class SystemPromptStore;
 
 // The root object: makes every long-lived service in its order, wires them to each other and answers the
 // application's lifecycle. One for the life of the process, on the main thread.
@@ -105,6 +107,8 @@ private:
     std::unique_ptr<AppNetwork> m_network;
     std::unique_ptr<ProofLedger> m_proofs;
     std::unique_ptr<AIRequestRouter> m_router;
+    std::unique_ptr<MemoryStore> m_memory;
+    std::unique_ptr<SystemPromptStore> m_systemPrompts;
     std::unique_ptr<ReplyRunning> m_replies;
     std::unique_ptr<CompanionViewModel> m_companion;
     std::unique_ptr<ChatViewModel> m_chat;
