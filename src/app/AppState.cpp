@@ -6,6 +6,7 @@
 #include "ai/providers/OllamaNativeProvider.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
 #include "ai/routing/AIRequestRouter.h"
+#include "ai/tools/ToolRegistry.h"
 #include "app/GhostQuestion.h"
 #include "app/WhatChangedNotice.h"
 #include "attestation/ProofLedger.h"
@@ -29,16 +30,21 @@
 #include "utils/Log.h"
 #include "utils/Product.h"
 #include "view_models/AISettingsViewModel.h"
+#include "view_models/AbilitiesViewModel.h"
 #include "view_models/ChatViewModel.h"
 #include "view_models/CompanionViewModel.h"
 #include "view_models/ConversationListModel.h"
 #include "view_models/HistorySearchModel.h"
 #include "view_models/InstructionsViewModel.h"
+#include "view_models/MemoryViewModel.h"
 #include "view_models/NetworkLedgerViewModel.h"
+#include "view_models/NoteReceiptsModel.h"
+#include "view_models/SearchKeyViewModel.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/SourceMenuViewModel.h"
 
 #include <QFileInfo>
+#include <QPointer>
 
 using namespace Qt::StringLiterals;
 
@@ -89,6 +95,7 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
     makeServices();
     makeViewModels();
     makeAbilities();
+    makeAbilityViewModels();
     if (host == Host::application)
         decideWhatChangedNotice();
     applyRetention();
@@ -168,23 +175,21 @@ void AppState::makeServices()
                                   .nativeOllama = ollama,
                                   .ollama = ollama.get(),
                                   .privateCloud = deployedPrivateCloud()});
-    m_systemPrompts = std::make_unique<SystemPromptStore>(*m_settings, *m_vault,
-                                                          SystemPromptStore::path(m_commandLine.folders()));
-    m_router->setPromptParts({.instructions = [this] { return m_systemPrompts->effectivePrompt(); },
-                              .rules = SystemPrompt::toolInstructions});
     m_replies = std::make_unique<ReplyRunner>(*m_router);
 }
 
 void AppState::makeViewModels()
 {
     m_companion = std::make_unique<CompanionViewModel>(m_clock);
-    m_chat = std::make_unique<ChatViewModel>(ChatViewModel::Services{.repository = *m_repository,
-                                                                     .router = *m_router,
-                                                                     .replies = *m_replies,
-                                                                     .settings = *m_settings,
-                                                                     .proofs = *m_proofs,
-                                                                     .companion = *m_companion,
-                                                                     .clock = m_clock});
+    m_chat = std::make_unique<ChatViewModel>(
+        ChatViewModel::Services{.repository = *m_repository,
+                                .router = *m_router,
+                                .replies = *m_replies,
+                                .settings = *m_settings,
+                                .proofs = *m_proofs,
+                                .companion = *m_companion,
+                                .clock = m_clock,
+                                .searchesWithOwnKey = [this] { return m_web && m_web->usesOwnKey(); }});
     m_chat->openAtStart();
     m_conversations = std::make_unique<ConversationListModel>(*m_repository, m_clock);
     connect(m_chat.get(), &ChatViewModel::conversationsChanged, m_conversations.get(),
@@ -194,7 +199,6 @@ void AppState::makeViewModels()
     m_aiSettings =
         std::make_unique<AISettingsViewModel>(*m_settings, m_secrets.keychain, *m_router, *m_network);
     m_sources = std::make_unique<SourceMenuViewModel>(*m_router);
-    m_instructions = std::make_unique<InstructionsViewModel>(*m_systemPrompts);
     m_networkLedgerView = std::make_unique<NetworkLedgerViewModel>(*m_networkLedger, m_clock);
     m_shell = std::make_unique<ShellViewModel>(
         *m_settings, m_startupError ? m_startupError->userMessage() : QString(),
@@ -205,6 +209,8 @@ void AppState::makeAbilities()
 {
     m_memory = std::make_unique<MemoryStore>(*m_settings, *m_vault, m_clock,
                                              MemoryStore::defaultDirectory(m_commandLine.folders()));
+    m_systemPrompts = std::make_unique<SystemPromptStore>(*m_settings, *m_vault,
+                                                          SystemPromptStore::path(m_commandLine.folders()));
     m_identity = std::make_unique<ServiceIdentity>(m_secrets.keychain);
     m_web =
         std::make_unique<WebAccessService>(WebAccessService::Services{.network = *m_network,
@@ -212,6 +218,54 @@ void AppState::makeAbilities()
                                                                       .identity = *m_identity,
                                                                       .quotaDefaults = *m_settingsRepository,
                                                                       .clock = m_clock});
+    // Nothing reads the screen or acts on the desktop here yet; those abilities say so and are not offered.
+    m_tools = std::make_unique<ToolRegistry>(ToolRegistry::Services{
+        .settings = *m_settings, .memory = *m_memory, .web = *m_web, .clock = m_clock});
+    letThePersonApprove();
+    tellTheRouter();
+    m_replies->setTools(m_tools.get());
+}
+
+// The registry goes before the chat does.
+void AppState::letThePersonApprove()
+{
+    const auto ask = [this](bool offersChatWideYes) {
+        return [this, offersChatWideYes](const QString &verb, const AIToolCall &call, const AITool &) {
+            return m_chat->requestApproval(verb, call, offersChatWideYes);
+        };
+    };
+    ToolRegistry::Hooks hooks;
+    hooks.approvalHandler = ask(false);
+    hooks.chatWideApprovalHandler = ask(true);
+    m_tools->setHooks(std::move(hooks));
+}
+
+// The router outlives what it is told of here.
+void AppState::tellTheRouter()
+{
+    m_router->setPromptParts(
+        {.instructions =
+             [prompts = QPointer(m_systemPrompts.get())] {
+                 return prompts ? prompts->effectivePrompt() : SystemPrompt::defaultPrompt();
+             },
+         .notes = [memory =
+                       QPointer(m_memory.get())] { return memory ? memory->promptBlock() : std::nullopt; }});
+    m_router->setTools([tools = QPointer(m_tools.get())] {
+        return tools ? tools->availableTools() : std::vector<AITool>();
+    });
+}
+
+void AppState::makeAbilityViewModels()
+{
+    m_instructions = std::make_unique<InstructionsViewModel>(*m_systemPrompts);
+    m_abilities = std::make_unique<AbilitiesViewModel>(*m_settings, *m_tools);
+    m_notes = std::make_unique<MemoryViewModel>(*m_memory);
+    m_receipts = std::make_unique<NoteReceiptsModel>(*m_memory);
+    m_searchKey =
+        std::make_unique<SearchKeyViewModel>(m_secrets.keychain, WebAccessService::searchKeyAccount(),
+                                             [web = m_web.get()](QString key, std::stop_token stop) {
+                                                 return web->testKey(std::move(key), std::move(stop));
+                                             });
 }
 
 // Who used an older build learns once what went; a first start has nothing to be told.

@@ -10,6 +10,7 @@
 
 class AIRequestRouter;
 class AISettingsViewModel;
+class AbilitiesViewModel;
 class AppNetwork;
 class ChatViewModel;
 class Clock;
@@ -23,17 +24,21 @@ class KeychainServicing;
 class LegacySecretListing;
 class LocalDataVault;
 class MemoryStore;
+class MemoryViewModel;
 class NetworkLedger;
 class NetworkLedgerViewModel;
+class NoteReceiptsModel;
 class PersistenceController;
 class ProofLedger;
-class ReplyRunning;
+class ReplyRunner;
+class SearchKeyViewModel;
 class ServiceIdentity;
 class SettingsRepository;
 class SettingsStore;
 class ShellViewModel;
 class SourceMenuViewModel;
 class SystemPromptStore;
+class ToolRegistry;
 class WebAccessService;
 
 // The root object: makes every long-lived service in its order, wires them to each other and answers the
@@ -62,6 +67,10 @@ public:
     [[nodiscard]] HistorySearchModel &search() { return *m_search; }
     [[nodiscard]] SourceMenuViewModel &sources() { return *m_sources; }
     [[nodiscard]] InstructionsViewModel &instructions() { return *m_instructions; }
+    [[nodiscard]] AbilitiesViewModel &abilities() { return *m_abilities; }
+    [[nodiscard]] SearchKeyViewModel &searchKey() { return *m_searchKey; }
+    [[nodiscard]] MemoryViewModel &notes() { return *m_notes; }
+    [[nodiscard]] NoteReceiptsModel &receipts() { return *m_receipts; }
     [[nodiscard]] AISettingsViewModel &aiSettings() { return *m_aiSettings; }
     [[nodiscard]] NetworkLedgerViewModel &networkLedger() { return *m_networkLedgerView; }
     [[nodiscard]] ShellViewModel &shell() { return *m_shell; }
@@ -98,6 +107,9 @@ private:
     void makeServices();
     void makeViewModels();
     void makeAbilities();
+    void letThePersonApprove();
+    void tellTheRouter();
+    void makeAbilityViewModels();
     void decideWhatChangedNotice();
     void showWhatChangedNotice();
     void applyRetention();
@@ -117,20 +129,25 @@ private:
     std::unique_ptr<NetworkLedger> m_networkLedger;
     std::unique_ptr<AppNetwork> m_network;
     std::unique_ptr<ProofLedger> m_proofs;
-    std::unique_ptr<SystemPromptStore> m_systemPrompts;
     std::unique_ptr<AIRequestRouter> m_router;
-    std::unique_ptr<ReplyRunning> m_replies;
+    std::unique_ptr<ReplyRunner> m_replies;
     std::unique_ptr<CompanionViewModel> m_companion;
     std::unique_ptr<ChatViewModel> m_chat;
     std::unique_ptr<ConversationListModel> m_conversations;
     std::unique_ptr<HistorySearchModel> m_search;
     std::unique_ptr<SourceMenuViewModel> m_sources;
-    std::unique_ptr<InstructionsViewModel> m_instructions;
     std::unique_ptr<AISettingsViewModel> m_aiSettings;
     std::unique_ptr<NetworkLedgerViewModel> m_networkLedgerView;
     std::unique_ptr<ShellViewModel> m_shell;
     std::unique_ptr<MemoryStore> m_memory;
+    std::unique_ptr<SystemPromptStore> m_systemPrompts;
     std::unique_ptr<ServiceIdentity> m_identity;
     std::unique_ptr<WebAccessService> m_web;
+    std::unique_ptr<ToolRegistry> m_tools;
+    std::unique_ptr<InstructionsViewModel> m_instructions;
+    std::unique_ptr<AbilitiesViewModel> m_abilities;
+    std::unique_ptr<MemoryViewModel> m_notes;
+    std::unique_ptr<NoteReceiptsModel> m_receipts;
+    std::unique_ptr<SearchKeyViewModel> m_searchKey;
     GhostKeeping *m_ghost = nullptr;
 };

@@ -2,12 +2,16 @@
 
 #include "app/AppState.h"
 #include "view_models/AISettingsViewModel.h"
+#include "view_models/AbilitiesViewModel.h"
 #include "view_models/ChatViewModel.h"
 #include "view_models/CompanionViewModel.h"
 #include "view_models/ConversationListModel.h"
 #include "view_models/HistorySearchModel.h"
 #include "view_models/InstructionsViewModel.h"
+#include "view_models/MemoryViewModel.h"
 #include "view_models/NetworkLedgerViewModel.h"
+#include "view_models/NoteReceiptsModel.h"
+#include "view_models/SearchKeyViewModel.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/SourceMenuViewModel.h"
 
@@ -23,6 +27,10 @@ MainWindowController::MainWindowController(AppState &state, QObject *parent)
                                            {u"search"_s, QVariant::fromValue(&state.search())},
                                            {u"sources"_s, QVariant::fromValue(&state.sources())},
                                            {u"instructions"_s, QVariant::fromValue(&state.instructions())},
+                                           {u"abilities"_s, QVariant::fromValue(&state.abilities())},
+                                           {u"searchKey"_s, QVariant::fromValue(&state.searchKey())},
+                                           {u"memory"_s, QVariant::fromValue(&state.notes())},
+                                           {u"receipts"_s, QVariant::fromValue(&state.receipts())},
                                            {u"aiSettings"_s, QVariant::fromValue(&state.aiSettings())},
                                            {u"networkLedger"_s, QVariant::fromValue(&state.networkLedger())},
                                            {u"shell"_s, QVariant::fromValue(&state.shell())},

@@ -5,24 +5,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-bool isElsewhere(const QString &host)
-{
-    using PrivateNetworkAddress::HostClass;
-    switch (PrivateNetworkAddress::classify(host)) {
-    case HostClass::thisMac:
-    case HostClass::localNetwork:
-        return false;
-    case HostClass::ownService:
-    case HostClass::thirdParty:
-        return true;
-    }
-    return true;
-}
-
-} // namespace
-
 std::optional<QString> EgressGate::refusalReason(const QUrl &url, Reach reach)
 {
     if (url.isEmpty() || !url.isValid())
@@ -33,7 +15,7 @@ std::optional<QString> EgressGate::refusalReason(const QUrl &url, Reach reach)
     const QString host = hostOf(url);
     if (host.isEmpty())
         return u"a request with no host"_s;
-    if (reach == Reach::PrivateOnly && isElsewhere(host))
+    if (reach == Reach::PrivateOnly && !PrivateNetworkAddress::isNear(host))
         return host + u" is not on this Mac or your network, and this request carries your own data"_s;
     return std::nullopt;
 }

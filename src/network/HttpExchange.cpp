@@ -32,9 +32,7 @@ bool isLocalAddress(const QByteArray &bytes)
 // address changes behind the gate's back takes nothing along.
 AddressRule ruleFor(const QUrl &url, const AddressRule &callersRule)
 {
-    using PrivateNetworkAddress::HostClass;
-    const auto hostClass = PrivateNetworkAddress::classify(EgressGate::hostOf(url));
-    if (hostClass != HostClass::thisMac && hostClass != HostClass::localNetwork)
+    if (!PrivateNetworkAddress::isNear(EgressGate::hostOf(url)))
         return callersRule;
     return [callersRule](const QByteArray &bytes) {
         return isLocalAddress(bytes) && (!callersRule || callersRule(bytes));

@@ -290,3 +290,16 @@ PrivateNetworkAddress::HostClass PrivateNetworkAddress::classify(const QString &
         return HostClass::ownService;
     return HostClass::thirdParty;
 }
+
+bool PrivateNetworkAddress::isNear(const QString &host)
+{
+    switch (classify(host)) {
+    case HostClass::thisMac:
+    case HostClass::localNetwork:
+        return true;
+    case HostClass::ownService:
+    case HostClass::thirdParty:
+        return false;
+    }
+    return false;
+}

@@ -43,4 +43,7 @@ enum class HostClass { thisMac, localNetwork, ownService, thirdParty };
 
 [[nodiscard]] HostClass classify(const QString &host);
 
+// This machine or the local network.
+[[nodiscard]] bool isNear(const QString &host);
+
 } // namespace PrivateNetworkAddress

@@ -137,6 +137,9 @@ TEST_F(OpenAICompatibleProviderTest, FollowsARedirectOnlyWhereTheUserCouldHavePo
     EXPECT_TRUE(follows(from, QUrl(u"http://192.168.1.4:8080/v1"_s)));
     EXPECT_FALSE(follows(from, QUrl(u"http://api.example.com/v1/chat/completions"_s)));
     EXPECT_FALSE(follows(from, QUrl(u"file:///etc/passwd"_s)));
+    const QUrl near(u"http://192.168.1.4:8080/v1"_s);
+    EXPECT_TRUE(follows(near, QUrl(u"https://box.local/v1"_s)));
+    EXPECT_FALSE(follows(near, from)) << "a reply from nearby comes from nearby";
 }
 
 TEST_F(OpenAICompatibleProviderTest, YieldsTextAsItsLinesArrive)

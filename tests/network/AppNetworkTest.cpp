@@ -2,6 +2,7 @@
 
 #include "network/NetworkLedger.h"
 #include "network/RefusingNetworkAccessManagerFactory.h"
+#include "network/SocketSpy.h"
 #include "support/Await.h"
 #include "support/ManualClock.h"
 #include "support/ScriptedServer.h"
@@ -48,6 +49,30 @@ TEST_F(AppNetworkTest, AnySensitiveDataKeepsASessionOnTheLocalNetwork)
     const auto rows = ledger.snapshot().entries;
     ASSERT_EQ(rows.size(), 3U);
     EXPECT_EQ(rows[1].carrying, SensitiveDataSet(SensitiveData::memory));
+}
+
+// A name's address may change between the moment that somebody judged it and the connection.
+TEST_F(AppNetworkTest, AHostThatIsNearByItsNameIsReachedOnlyAtALocalAddress)
+{
+    const ScriptedServer server(ScriptedServer::answering(ScriptedServer::response("200 OK", "near")));
+    SocketSpy::setAddresses("far.local", {{u"93.184.216.34"_s, u"2606:4700::1111"_s}});
+    SocketSpy::setAddresses("near.local", {{u"127.0.0.1"_s}});
+    const int before = SocketSpy::outsideConnections();
+    for (const SensitiveDataSet data : {SensitiveDataSet(), SensitiveDataSet(SensitiveData::memory)}) {
+        const auto session = network.session(EgressFeature::aiModel, data);
+        HttpRequest request;
+        request.url = server.url();
+        request.url.setHost(u"near.local"_s);
+        EXPECT_EQ(TestWait::await(session->send(request, {})).status, 200);
+        request.url.setHost(u"far.local"_s);
+        try {
+            static_cast<void>(TestWait::await(session->send(request, {})));
+            ADD_FAILURE() << "the request left";
+        } catch (const TransportError &error) {
+            EXPECT_EQ(error.code(), TransportError::Code::Blocked);
+        }
+    }
+    EXPECT_EQ(SocketSpy::outsideConnections(), before);
 }
 
 TEST_F(AppNetworkTest, AFullCacheGoesAsAWholeAndRequestsUnderWayFinish)

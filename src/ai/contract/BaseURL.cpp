@@ -65,10 +65,12 @@ QUrl BaseURL::withPath(const QString &text, QLatin1StringView path)
     return url;
 }
 
-bool BaseURL::isUsable(const QUrl &url)
+bool BaseURL::mayRedirect(const QUrl &from, const QUrl &to)
 {
+    if (PrivateNetworkAddress::isNear(from.host()) && !PrivateNetworkAddress::isNear(to.host()))
+        return false;
     try {
-        return validated(url.toString(QUrl::FullyEncoded)).isValid();
+        return validated(to.toString(QUrl::FullyEncoded)).isValid();
     } catch (const ProviderError &) {
         return false;
     }

@@ -16,8 +16,8 @@ namespace BaseURL {
 // The validated address with this path in place of its own path and query. `path` has no leading slash.
 [[nodiscard]] QUrl withPath(const QString &text, QLatin1StringView path);
 
-// The person could have entered this address, so a redirect may lead there: a conversation sent to a good
-// address must not be led on to one that is open to everybody on the way.
-[[nodiscard]] bool isUsable(const QUrl &url);
+// A redirect may lead there: the person could have entered the address, so a conversation isn't led on to one
+// that is open to everybody on the way; and what is asked of a host nearby is answered nearby.
+[[nodiscard]] bool mayRedirect(const QUrl &from, const QUrl &to);
 
 } // namespace BaseURL

@@ -74,7 +74,7 @@ HttpRequest ChatCompletionRequest::make(const std::vector<AIMessage> &messages,
     if (configuration.apiKey && !configuration.apiKey->isEmpty())
         request.headers.push_back({"Authorization", "Bearer " + configuration.apiKey->toUtf8()});
     request.body = body(messages, configuration, tools, form);
-    request.followsRedirect = [](const QUrl &, const QUrl &to) { return BaseURL::isUsable(to); };
+    request.followsRedirect = BaseURL::mayRedirect;
     return request;
 }
 

@@ -16,7 +16,7 @@ HttpRequest get(const QString &baseURL, QLatin1StringView path, std::chrono::mil
     HttpRequest request;
     request.url = BaseURL::withPath(baseURL, path);
     request.timeout = timeout;
-    request.followsRedirect = [](const QUrl &, const QUrl &to) { return BaseURL::isUsable(to); };
+    request.followsRedirect = BaseURL::mayRedirect;
     return request;
 }
 

@@ -1,6 +1,7 @@
 #include "ai/routing/AIRequestRouter.h"
 
 #include "ai/contract/ProviderError.h"
+#include "ai/prompts/SystemPrompt.h"
 #include "ai/routing/LocalFallbackStream.h"
 #include "ai/routing/ModelName.h"
 #include "ai/routing/RouteConfiguration.h"
@@ -333,7 +334,8 @@ PreparedRequest AIRequestRouter::assembled(const TurnRequest &turn, const TurnRo
         notes = m_prompts.notesBlock();
     if (notes) // from here on the request carries them, whatever the chat held
         prepared.configuration.carrying |= SensitiveData::memory;
-    prepared.configuration.systemPrompt = m_prompts.assembled(prepared.tools, notes);
+    prepared.configuration.systemPrompt =
+        SystemPrompt::ofTurn(route.configuration.systemPrompt, prepared.tools, notes);
     prepared.messages = ContextBuilder::build(turn.history, m_services.settings.maxContextMessages(),
                                               prepared.configuration.systemPrompt, turn.rollingSummary);
     return prepared;
@@ -379,11 +381,9 @@ AsyncStream<AIStreamEvent> AIRequestRouter::stream(PreparedRequest request,
             throw CancelledError();
         return *self;
     };
-    const QString baseURL = request.configuration.baseURLString;
     return LocalFallbackStream::relay(
         std::move(request), std::move(provider),
         {.noteRefusal = [living](const QString &reason) { living().setRefusal(reason); },
-         .noteUnreachable = [living, baseURL] { living().m_detection.forgetUnreachable(baseURL); },
          .localConfiguration = [living] { return living().localConfiguration(); },
          .provider =
              [living](AIConfiguration configuration, std::stop_token stop) {

@@ -39,9 +39,9 @@ public:
         return true;
     }
 
-    [[nodiscard]] int expect(const Producer &waiting)
+    [[nodiscard]] int expect(Producer waiting)
     {
-        m_waiting.emplace(++m_latest, waiting);
+        m_waiting.emplace(++m_latest, std::move(waiting));
         return m_latest;
     }
 
@@ -87,7 +87,7 @@ QCoro::Task<QStringList> HostLookup::addresses(QString name, std::stop_token sto
     const std::shared_ptr<Answers> answers = m_answers;
     if (!answers->begin())
         co_return QStringList();
-    const int question = answers->expect(producer);
+    const int question = answers->expect(std::move(producer));
     try {
         std::thread([answers, question, name] {
             Answers::deliver(answers, question, PrivateNetworkAddress::resolve(name));

@@ -20,9 +20,7 @@ HostPrivacy::HostPrivacy(Clock &clock)
 
 bool HostPrivacy::staysNear(const QString &baseURL)
 {
-    using PrivateNetworkAddress::HostClass;
-    const auto hostClass = PrivateNetworkAddress::classify(QUrl(Text::trimmed(baseURL)).host());
-    return hostClass == HostClass::thisMac || hostClass == HostClass::localNetwork;
+    return PrivateNetworkAddress::isNear(QUrl(Text::trimmed(baseURL)).host());
 }
 
 QCoro::Task<bool> HostPrivacy::isPrivate(QString host, std::stop_token stop)

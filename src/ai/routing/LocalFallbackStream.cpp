@@ -4,7 +4,6 @@
 
 using namespace Qt::StringLiterals;
 using LocalFallbackStream::Decisions;
-using Plain = ProviderError::Plain;
 using Producer = AsyncStream<AIStreamEvent>::Producer;
 
 namespace {
@@ -13,14 +12,6 @@ namespace {
 struct Refusal {
     QString reason;
 };
-
-void noteFailure(const ProviderError &error, const Decisions &decisions)
-{
-    if (const auto *unverified = std::get_if<ProviderError::EnclaveUnverified>(&error.reason()))
-        decisions.noteRefusal(unverified->text);
-    else if (error.is(Plain::networkUnavailable) || error.is(Plain::networkTimeout))
-        decisions.noteUnreachable();
-}
 
 // Passes a reply on. A refusal of the private cloud comes back as a value while no text has been shown;
 // whatever else goes wrong is thrown.
@@ -34,7 +25,8 @@ QCoro::Task<std::optional<Refusal>> pass(AsyncStream<AIStreamEvent> reply, Produ
             out.yield(std::move(*event));
         }
     } catch (const ProviderError &error) {
-        noteFailure(error, decisions);
+        if (const auto *unverified = std::get_if<ProviderError::EnclaveUnverified>(&error.reason()))
+            decisions.noteRefusal(unverified->text);
         if (hasShownText || !error.isPrivateCloudFallback())
             throw;
         co_return std::optional(Refusal{error.userMessage()});

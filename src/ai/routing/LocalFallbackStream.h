@@ -16,9 +16,6 @@ struct Decisions {
     // A hardware proof did not verify. Told before anything else happens.
     std::function<void(const QString &reason)> noteRefusal;
 
-    // A server couldn't be reached.
-    std::function<void()> noteUnreachable;
-
     // Where the reply goes instead; nothing when no local model is ready.
     std::function<std::optional<AIConfiguration>()> localConfiguration;
 

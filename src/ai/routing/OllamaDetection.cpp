@@ -40,7 +40,7 @@ std::optional<bool> OllamaDetection::known(const QString &baseURL) const
     return answer == m_answers.end() ? std::nullopt : std::optional(answer->second);
 }
 
-void OllamaDetection::forgetUnreachable(const QString &baseURL)
+void OllamaDetection::forgetDenial(const QString &baseURL)
 {
     if (const auto root = serverRoot(baseURL); root && known(baseURL) == false)
         m_answers.erase(*root);

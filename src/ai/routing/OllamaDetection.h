@@ -22,8 +22,8 @@ public:
     // What is known without asking.
     [[nodiscard]] std::optional<bool> known(const QString &baseURL) const;
 
-    // A server that couldn't be reached may have been starting when it was probed: a "no" is forgotten.
-    void forgetUnreachable(const QString &baseURL);
+    // A server that has shown otherwise since is asked again.
+    void forgetDenial(const QString &baseURL);
 
 private:
     OllamaProbing *m_probes;

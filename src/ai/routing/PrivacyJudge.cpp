@@ -38,8 +38,10 @@ QCoro::Task<PrivacyClass> PrivacyJudge::judge(QString baseURL, QString model, st
         co_return PrivacyClass{Kind::leavesThisNetwork, {}};
     const std::optional<ModelInventory::Models> models = co_await m_inventory.of(baseURL, stop);
     check();
-    if (models)
+    if (models) {
+        m_detection.forgetDenial(baseURL); // it was still starting when it was probed
         co_return classIn(*models, model);
+    }
     // A server that has no list because it knows none has nobody to pass questions on to. One that is known
     // to keep a list, and doesn't show it, may.
     const bool hidesList = m_detection.known(baseURL).value_or(false);

@@ -9,7 +9,7 @@
 class PrivacyJudge {
 public:
     // All outlive this object.
-    PrivacyJudge(HostPrivacy &hosts, ModelInventory &inventory, const OllamaDetection &detection)
+    PrivacyJudge(HostPrivacy &hosts, ModelInventory &inventory, OllamaDetection &detection)
         : m_hosts(hosts)
         , m_inventory(inventory)
         , m_detection(detection)
@@ -21,6 +21,6 @@ public:
 private:
     HostPrivacy &m_hosts;
     ModelInventory &m_inventory;
-    const OllamaDetection &m_detection;
+    OllamaDetection &m_detection;
     Lifeline m_lifeline;
 };

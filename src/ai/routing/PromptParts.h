@@ -1,25 +1,18 @@
 #pragma once
 
-#include "ai/contract/AITool.h"
-
 #include <QString>
 
 #include <functional>
 #include <optional>
-#include <vector>
 
-// What the system prompt of a turn is put together from. Each part comes from a room that may be absent.
+// Where the system prompt of a turn comes from, besides its rules. Each may be absent.
 struct PromptParts {
-    std::function<QString()> instructions;                     // absent: the default ones
-    std::function<QString(const std::vector<AITool> &)> rules; // of a turn that offers these tools
-    std::function<std::optional<QString>()> notes;             // what is remembered about the person
+    std::function<QString()> instructions;         // absent: the default ones
+    std::function<std::optional<QString>()> notes; // what is remembered about the person
 
     // The instructions and the application's name.
     [[nodiscard]] QString identity() const;
 
-    // The notes, unless there are none.
+    // Nothing when there are none.
     [[nodiscard]] std::optional<QString> notesBlock() const;
-
-    [[nodiscard]] QString assembled(const std::vector<AITool> &tools,
-                                    const std::optional<QString> &notesBlock) const;
 };

@@ -10,11 +10,18 @@ AsyncStream<AIStreamEvent> ScriptedProvider::streamReply(std::vector<AIMessage> 
     auto [stream, producer] = AsyncStream<AIStreamEvent>::make();
     for (const AIStreamEvent &event : reply)
         producer.yield(event);
-    if (failure)
-        producer.fail(std::make_exception_ptr(*failure));
-    else
-        producer.finish();
+    m_latest.emplace(std::move(producer));
+    if (!holdsEnd)
+        end();
     return std::move(stream);
+}
+
+void ScriptedProvider::end()
+{
+    if (failure)
+        m_latest->fail(std::make_exception_ptr(*failure));
+    else
+        m_latest->finish();
 }
 
 QCoro::Task<QString> ScriptedProvider::testConnection(AIConfiguration, std::stop_token)

@@ -21,7 +21,12 @@ public:
 
     std::vector<AIStreamEvent> reply{AIStream::Text{QStringLiteral("reply")}};
     std::optional<ProviderError> failure; // behind the reply
+    bool holdsEnd = false;                // until end()
+    void end();
     std::vector<PreparedRequest> requests;
+
+private:
+    std::optional<AsyncStream<AIStreamEvent>::Producer> m_latest;
 };
 
 // A server that speaks Ollama's interface, by name.

@@ -1,0 +1,111 @@
+#include "RouterFixture.h"
+
+#include "ai/routing/LocalFallbackStream.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString unverified =
+    u"MorvaneGPT could not confirm the private cloud was answering live, so this reply is from the model on "
+    "your Mac."_s;
+
+class LocalFallbackTest : public RouterFixture {
+protected:
+    LocalFallbackTest()
+    {
+        turnOnPrivateCloud();
+        sealed->reply.clear();
+    }
+
+    Reply run()
+    {
+        PreparedRequest prepared = prepare({.history = {{MessageRole::user, u"question"_s}}});
+        auto provider = TestWait::await(router->provider(prepared.configuration, {}));
+        return readReply(router->stream(std::move(prepared), std::move(provider)));
+    }
+};
+
+TEST_F(LocalFallbackTest, AFailedProofIsSaidAndTheLocalModelAnswers)
+{
+    localModel.set(LocalModelServing::State::ready, u"gemma3:4b"_s);
+    sealed->failure = ProviderError(ProviderError::EnclaveUnverified{unverified});
+    const Reply reply = run();
+    EXPECT_EQ(reply.error, std::nullopt);
+    EXPECT_EQ(reply.text(), unverified + u"\n\nreply"_s);
+    ASSERT_EQ(compatible->requests.size(), 1U);
+    const PreparedRequest &local = compatible->requests.front();
+    EXPECT_EQ(local.messages, sealed->requests.front().messages) << "the same request";
+    EXPECT_EQ(local.configuration.baseURLString, u"http://localhost:11434/v1"_s);
+    EXPECT_EQ(local.configuration.model, u"gemma3:4b"_s);
+    EXPECT_EQ(local.configuration.apiKey, std::nullopt) << "the key stays with its service";
+    EXPECT_EQ(local.configuration.maxOutputTokens, 4096);
+    EXPECT_EQ(proofs.snapshot().entries.back().place.kind, ProofLedger::Place::Kind::thisMac);
+    EXPECT_TRUE(log.lines().contains(u"ai-provider: Enclave not verified; answering on the local model"_s));
+
+    EXPECT_EQ(router->lastEnclaveRefusal(), unverified);
+    EXPECT_FALSE(router->usesPrivateCloud());
+    EXPECT_EQ(
+        router->privateCloudNotice(),
+        u"Private cloud is off: the last hardware proof did not verify on this Mac. Replies run on this "
+        "Mac until you try Private cloud again."_s);
+    configure(u"http://192.168.1.5"_s, u"m"_s);
+    EXPECT_TRUE(router->privateCloudNotice()->contains(u"Replies run on your network until"_s));
+    configure(u"https://service.example"_s, u"m"_s);
+    EXPECT_TRUE(router->privateCloudNotice()->contains(u"Replies run on the service you chose until"_s));
+    configure(u"http://localhost"_s, u"m"_s);
+    router->choose(SourceOption::Choice::privateCloud);
+    EXPECT_TRUE(router->usesPrivateCloud());
+}
+
+TEST_F(LocalFallbackTest, WithoutALocalModelTheReasonIsTheError)
+{
+    const std::vector<std::pair<QString, QString>> table{
+        {unverified,
+         u"MorvaneGPT could not confirm the private cloud was answering live, and no model is set up on this "
+         "Mac, so this message was not answered. Settings > AI sets one up."_s},
+        {u"Something else."_s, u"Something else."_s},
+    };
+    for (const auto &[reason, words] : table) {
+        sealed->failure = ProviderError(ProviderError::PrivateCloudBusy{reason});
+        EXPECT_EQ(run().error, ProviderError(ProviderError::PrivateCloudCouldNotAnswer{words}));
+        EXPECT_TRUE(router->usesPrivateCloud()) << "being busy says nothing about a proof";
+    }
+}
+
+TEST_F(LocalFallbackTest, AReplyThatHasBegunAndEveryOtherErrorStandAsTheyAre)
+{
+    localModel.set(LocalModelServing::State::ready, u"gemma3:4b"_s);
+    sealed->reply = {AIStream::Thinking{}, AIStream::Text{u"Half"_s}};
+    sealed->failure = ProviderError(ProviderError::EnclaveUnverified{unverified});
+    const Reply broken = run();
+    EXPECT_EQ(broken.error, sealed->failure);
+    EXPECT_EQ(broken.text(), u"Half"_s);
+    EXPECT_EQ(router->lastEnclaveRefusal(), unverified) << "off all the same";
+    router->tryPrivateCloudAgain();
+
+    sealed->reply = {AIStream::Thinking{}, AIStream::Text{QString()}};
+    EXPECT_EQ(run().text(), unverified + u"\n\nreply"_s) << "no text has been shown";
+    router->tryPrivateCloudAgain();
+
+    for (const ProviderError &error : {ProviderError(ProviderError::PrivateCloudUnavailable{504}),
+                                       ProviderError(ProviderError::Plain::cancelled)}) {
+        sealed->failure = error;
+        EXPECT_EQ(run().error, error);
+    }
+    EXPECT_EQ(router->lastEnclaveRefusal(), std::nullopt);
+}
+
+TEST_F(LocalFallbackTest, TheRouterMayGoBeforeItsReply)
+{
+    PreparedRequest prepared = prepare();
+    auto provider = TestWait::await(router->provider(prepared.configuration, {}));
+    sealed->failure = ProviderError(ProviderError::EnclaveUnverified{unverified});
+    sealed->holdsEnd = true;
+    auto stream = router->stream(std::move(prepared), std::move(provider));
+    router.reset();
+    sealed->end();
+    EXPECT_THROW(static_cast<void>(readReply(std::move(stream))), CancelledError);
+}
+
+} // namespace

@@ -1,0 +1,154 @@
+#include "RouterFixture.h"
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+// A server of four models on this machine; the one in use can do nothing but write.
+class ModelChoiceTest : public RouterFixture {
+protected:
+    ModelChoiceTest()
+    {
+        probes.isOllama = true;
+        probes.models = {{{u"llama3.2:3b"_s},
+                          {u"qwen3:235b-cloud"_s, true},
+                          {u"gemma3:4b"_s},
+                          {u"qwen2.5:7b"_s},
+                          {u"mistral"_s}}};
+        probes.abilities = {{u"llama3.2:3b"_s, {u"completion"_s}},
+                            {u"qwen3:235b-cloud"_s, {u"tools"_s, u"vision"_s}},
+                            {u"gemma3:4b"_s, {u"vision"_s, u"tools"_s}},
+                            {u"qwen2.5:7b"_s, {u"tools"_s}},
+                            {u"mistral"_s, {u"tools"_s, u"vision"_s}}};
+        router->setTools([] { return std::vector<AITool>{{.name = u"search_web"_s}}; });
+    }
+
+    std::optional<QString> vision(bool withImage = true)
+    {
+        std::vector<ContextBuilder::HistoryItem> history{{MessageRole::user, u"q"_s}};
+        if (withImage)
+            history.insert(history.begin(), {MessageRole::user, u"look"_s, {u"data:"_s}});
+        return TestWait::await(router->visionModel(history, {}));
+    }
+    std::optional<QString> tools(SensitiveDataSet carrying = {})
+    {
+        return TestWait::await(router->toolsModel(carrying, {}));
+    }
+};
+
+TEST_F(ModelChoiceTest, AModelOfTheServerItselfStandsInAndIsAskedForOnce)
+{
+    EXPECT_EQ(vision(false), std::nullopt);
+    EXPECT_TRUE(probes.asked.isEmpty()) << "no image, no question";
+    EXPECT_EQ(vision(), u"gemma3:4b"_s) << "the first that sees, but not one that runs elsewhere";
+    EXPECT_EQ(tools(), u"qwen2.5:7b"_s) << "the largest by its name, but not one that runs elsewhere";
+    EXPECT_EQ(TestWait::await(router->seesImages({})), false);
+    probes.asked.clear();
+    EXPECT_EQ(vision(), u"gemma3:4b"_s);
+    EXPECT_EQ(tools(), u"qwen2.5:7b"_s);
+    EXPECT_TRUE(probes.asked.isEmpty()) << probes.asked.join(u", "_s).toStdString();
+}
+
+TEST_F(ModelChoiceTest, AnAbleOrUnknownModelStays)
+{
+    configure(u"http://localhost:11434/v1"_s, u"mistral"_s);
+    EXPECT_EQ(vision(), std::nullopt);
+    EXPECT_EQ(tools(), std::nullopt);
+    configure(u"http://localhost:11434/v1"_s, u"untold"_s);
+    EXPECT_EQ(vision(), std::nullopt) << "its server doesn't tell";
+    EXPECT_EQ(tools(), std::nullopt);
+    EXPECT_FALSE(probes.asked.contains(u"tags"_s));
+}
+
+TEST_F(ModelChoiceTest, NobodyIsAskedInVain)
+{
+    const auto quiet = [&](const char *why) {
+        EXPECT_EQ(vision(), std::nullopt) << why;
+        EXPECT_EQ(tools(SensitiveData::screenText), std::nullopt) << why;
+        EXPECT_TRUE(probes.asked.isEmpty()) << why << probes.asked.join(u", "_s).toStdString();
+    };
+    configure(u"https://service.example"_s, u"m"_s);
+    quiet("a server outside may not even be asked");
+    configure(u"http://localhost:11434/v1"_s, u"llama3.2:3b"_s);
+    turnOnPrivateCloud();
+    quiet("the private cloud has one model");
+    settings.setHostedChatEnabled(false);
+    router->injectProvider(compatible);
+    quiet("an injected provider stands for all");
+    router->injectProvider(nullptr);
+    router->setTools([] { return std::vector<AITool>(); });
+    EXPECT_EQ(tools(), std::nullopt);
+    EXPECT_TRUE(probes.asked.isEmpty()) << "no tools, no question";
+}
+
+TEST_F(ModelChoiceTest, FindingNoneIsKeptUntilOtherModelsMayBeThere)
+{
+    probes.models = {{{u"llama3.2:3b"_s}}};
+    EXPECT_EQ(tools(), std::nullopt);
+    probes.models = {{{u"llama3.2:3b"_s}, {u"qwen2.5:7b"_s}}};
+    EXPECT_EQ(tools(), std::nullopt) << "kept";
+    localModel.set(LocalModelServing::State::ready, u"qwen2.5:7b"_s);
+    EXPECT_EQ(tools(), u"qwen2.5:7b"_s);
+}
+
+TEST_F(ModelChoiceTest, ASlowServerCostsOneProbeAndTeachesNothing)
+{
+    probes.abilities[u"mistral"_s] = {};
+    probes.onQuestion = [this] {
+        if (probes.asked.last() == "show qwen2.5:7b"_L1)
+            clock.advance(5s);
+    };
+    probes.abilities.erase(u"qwen2.5:7b"_s);
+    EXPECT_EQ(tools(), std::nullopt) << "the search ended before all were asked";
+    probes.onQuestion = {};
+    probes.abilities[u"qwen2.5:7b"_s] = {u"tools"_s};
+    EXPECT_EQ(tools(), u"qwen2.5:7b"_s);
+}
+
+TEST_F(ModelChoiceTest, TheProbeDecidesWhichProviderSpeaks)
+{
+    const auto providerOf = [this](const QString &baseURL) {
+        AIConfiguration configuration;
+        configuration.baseURLString = baseURL;
+        configuration.model = u"m"_s;
+        return TestWait::await(router->provider(configuration, {}));
+    };
+    EXPECT_EQ(providerOf(u"http://localhost:11434/v1"_s), native);
+    EXPECT_EQ(providerOf(u"http://localhost:11434/other?x"_s), native);
+    EXPECT_EQ(probes.asked, QStringList{u"version"_s}) << "one question for one server";
+    EXPECT_TRUE(
+        log.lines().contains(u"ai-provider: Server probe: http://localhost:11434 is Ollama = true"_s));
+    probes.isOllama = false;
+    EXPECT_EQ(providerOf(u"https://ollama.example/v1"_s), compatible) << "a name proves nothing";
+    EXPECT_EQ(providerOf(u"not an address"_s), compatible);
+    EXPECT_EQ(providerOf(u"https://cloud.invalid/v1/"_s), sealed);
+    EXPECT_EQ(probes.asked.size(), 2);
+
+    std::vector<ProofLedger::Place::Kind> places;
+    for (const auto &row : proofs.snapshot().entries) {
+        places.push_back(row.place.kind);
+        EXPECT_EQ(row.purpose, u"chat"_s);
+        EXPECT_FALSE(row.attestation);
+    }
+    using Place = ProofLedger::Place::Kind;
+    EXPECT_EQ(places, (std::vector{Place::thisMac, Place::thisMac, Place::yourOwnService, Place::thisMac}))
+        << "the private cloud's provider leaves its own rows";
+}
+
+TEST_F(ModelChoiceTest, AServerThatWasStillStartingIsProbedAgain)
+{
+    probes.isOllama = false;
+    configure(u"http://localhost:11434/v1"_s, u"gemma3:4b"_s);
+    probes.models = std::nullopt;
+    const auto providerNow = [this] {
+        const PreparedRequest prepared = prepare();
+        return TestWait::await(router->provider(prepared.configuration, {}));
+    };
+    EXPECT_EQ(providerNow(), compatible);
+    probes.isOllama = true;
+    probes.models = {{{u"gemma3:4b"_s}}};
+    EXPECT_EQ(providerNow(), native);
+}
+
+} // namespace
