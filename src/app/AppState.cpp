@@ -3,6 +3,7 @@
 #include "ai/agent/ReplyRunner.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
 #include "ai/routing/AIRequestRouter.h"
+#include "ai/tools/ToolRegistry.h"
 #include "app/GhostQuestion.h"
 #include "app/WhatChangedNotice.h"
 #include "attestation/ProofLedger.h"
@@ -148,13 +149,15 @@ void AppState::makeServices()
 void AppState::makeViewModels()
 {
     m_companion = std::make_unique<CompanionViewModel>(m_clock);
-    m_chat = std::make_unique<ChatViewModel>(ChatViewModel::Services{.repository = *m_repository,
-                                                                     .router = *m_router,
-                                                                     .replies = *m_replies,
-                                                                     .settings = *m_settings,
-                                                                     .proofs = *m_proofs,
-                                                                     .companion = *m_companion,
-                                                                     .clock = m_clock});
+    m_chat = std::make_unique<ChatViewModel>(
+        ChatViewModel::Services{.repository = *m_repository,
+                                .router = *m_router,
+                                .replies = *m_replies,
+                                .settings = *m_settings,
+                                .proofs = *m_proofs,
+                                .companion = *m_companion,
+                                .clock = m_clock,
+                                .searchesWithOwnKey = [this] { return m_web && m_web->usesOwnKey(); }});
     m_chat->openAtStart();
     m_conversations = std::make_unique<ConversationListModel>(*m_repository, m_clock);
     connect(m_chat.get(), &ChatViewModel::conversationsChanged, m_conversations.get(),
@@ -177,6 +180,25 @@ void AppState::makeAbilities()
                                                                       .identity = *m_identity,
                                                                       .quotaDefaults = *m_settingsRepository,
                                                                       .clock = m_clock});
+    // Nothing reads the screen or acts on the desktop here yet; those abilities say so and are not offered.
+    m_tools = std::make_unique<ToolRegistry>(ToolRegistry::Services{
+        .settings = *m_settings, .memory = *m_memory, .web = *m_web, .clock = m_clock});
+    letThePersonApprove();
+    m_replies->setTools(m_tools.get());
+}
+
+// The registry goes before the chat does.
+void AppState::letThePersonApprove()
+{
+    const auto ask = [this](bool offersChatWideYes) {
+        return [this, offersChatWideYes](const QString &verb, const AIToolCall &call, const AITool &) {
+            return m_chat->requestApproval(verb, call, offersChatWideYes);
+        };
+    };
+    ToolRegistry::Hooks hooks;
+    hooks.approvalHandler = ask(false);
+    hooks.chatWideApprovalHandler = ask(true);
+    m_tools->setHooks(std::move(hooks));
 }
 
 // Who used an older build learns once what went; a first start has nothing to be told.

@@ -25,11 +25,12 @@ class NetworkLedger;
 class NetworkLedgerViewModel;
 class PersistenceController;
 class ProofLedger;
-class ReplyRunning;
+class ReplyRunner;
 class ServiceIdentity;
 class SettingsRepository;
 class SettingsStore;
 class ShellViewModel;
+class ToolRegistry;
 class WebAccessService;
 
 // The root object: makes every long-lived service in its order, wires them to each other and answers the
@@ -60,6 +61,7 @@ public:
     [[nodiscard]] ShellViewModel &shell() { return *m_shell; }
     [[nodiscard]] MemoryStore &memory() { return *m_memory; }
     [[nodiscard]] WebAccessService &web() { return *m_web; }
+    [[nodiscard]] ToolRegistry &tools() { return *m_tools; }
 
     // Why the store on disk did not open; an in-memory store stands in for it then.
     [[nodiscard]] const std::optional<PersistenceError> &startupError() const { return m_startupError; }
@@ -91,6 +93,7 @@ private:
     void makeServices();
     void makeViewModels();
     void makeAbilities();
+    void letThePersonApprove();
     void decideWhatChangedNotice();
     void showWhatChangedNotice();
     void applyRetention();
@@ -111,7 +114,7 @@ private:
     std::unique_ptr<AppNetwork> m_network;
     std::unique_ptr<ProofLedger> m_proofs;
     std::unique_ptr<AIRequestRouter> m_router;
-    std::unique_ptr<ReplyRunning> m_replies;
+    std::unique_ptr<ReplyRunner> m_replies;
     std::unique_ptr<CompanionViewModel> m_companion;
     std::unique_ptr<ChatViewModel> m_chat;
     std::unique_ptr<ConversationListModel> m_conversations;
@@ -121,5 +124,6 @@ private:
     std::unique_ptr<MemoryStore> m_memory;
     std::unique_ptr<ServiceIdentity> m_identity;
     std::unique_ptr<WebAccessService> m_web;
+    std::unique_ptr<ToolRegistry> m_tools;
     GhostKeeping *m_ghost = nullptr;
 };
