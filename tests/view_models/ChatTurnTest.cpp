@@ -1,7 +1,7 @@
-#include "utils/Identifier.h"
 #include "view_models/ChatFixture.h"
 
 #include "ai/contract/ProviderError.h"
+#include "utils/Identifier.h"
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;

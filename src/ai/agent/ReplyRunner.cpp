@@ -33,12 +33,16 @@ QCoro::Task<> relay(AsyncStream<AIStreamEvent> events, Producer producer)
 
 } // namespace
 
-ReplyRunner::ReplyRunner(AIRequestRouter &router, ToolRegistry *tools)
+ReplyRunner::ReplyRunner(AIRequestRouter &router)
     : m_router(router)
-    , m_tools(tools)
 {}
 
 ReplyRunner::~ReplyRunner() = default;
+
+void ReplyRunner::setTools(ToolRegistry *tools)
+{
+    m_tools = tools;
+}
 
 AsyncStream<AgentEvent> ReplyRunner::run(PreparedRequest request, TurnScope scope,
                                          std::shared_ptr<AIProvider> provider)

@@ -32,9 +32,11 @@ class ReplyRunner final : public ReplyRunning {
 public:
     static constexpr int maxRounds = 5;
 
-    // Without a registry, or once it has gone, no call is ever run.
-    explicit ReplyRunner(AIRequestRouter &router, ToolRegistry *tools = nullptr);
+    explicit ReplyRunner(AIRequestRouter &router);
     ~ReplyRunner() override;
+
+    // Without a registry, or once it has gone, no call is ever run.
+    void setTools(ToolRegistry *tools);
 
     [[nodiscard]] AsyncStream<AgentEvent> run(PreparedRequest request, TurnScope scope,
                                               std::shared_ptr<AIProvider> provider) override;

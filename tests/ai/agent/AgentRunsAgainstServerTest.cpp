@@ -29,6 +29,8 @@ protected:
         return readRun(runner.run(std::move(request), {u"chat:A"_s, u"What is the weather?"_s}, provider));
     }
 
+    void SetUp() override { runner.setTools(&registry); }
+
     void TearDown() override
     {
         TestWait::settle();
@@ -42,7 +44,7 @@ protected:
     std::shared_ptr<OpenAICompatibleProvider> provider = std::make_shared<OpenAICompatibleProvider>(network);
     ProofLedger proofs;
     AIRequestRouter router{settings, keychain, proofs, clock, provider};
-    ReplyRunner runner{router, &registry};
+    ReplyRunner runner{router};
 };
 
 TEST_F(AgentRunsAgainstServerTest, SearchesReadsAndAnswers)
