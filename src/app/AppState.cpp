@@ -70,6 +70,15 @@ PrivateCloud deployedPrivateCloud()
     return cloud;
 }
 
+// The practice server answers searches as well.
+WebAccessService::Endpoints searchEndpoints(const CommandLine &commandLine)
+{
+    auto endpoints = WebAccessService::Endpoints::ofThisBuild();
+    if (commandLine.practiceServer)
+        endpoints.builtIn = QUrl(*commandLine.practiceServer).adjusted(QUrl::RemovePath);
+    return endpoints;
+}
+
 } // namespace
 
 AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets,
@@ -217,7 +226,8 @@ void AppState::makeAbilities()
                                                                       .keychain = m_secrets.keychain,
                                                                       .identity = *m_identity,
                                                                       .quotaDefaults = *m_settingsRepository,
-                                                                      .clock = m_clock});
+                                                                      .clock = m_clock},
+                                           searchEndpoints(m_commandLine));
     // Nothing reads the screen or acts on the desktop here yet; those abilities say so and are not offered.
     m_tools = std::make_unique<ToolRegistry>(ToolRegistry::Services{
         .settings = *m_settings, .memory = *m_memory, .web = *m_web, .clock = m_clock});

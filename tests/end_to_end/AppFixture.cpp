@@ -22,6 +22,7 @@ void AppFixture::start()
 {
     CommandLine commandLine;
     commandLine.profile = profile.path();
+    commandLine.practiceServer = server.baseUrl();
     state = std::make_unique<AppState>(commandLine, AppState::Host::test, clock,
                                        AppState::Secrets{keychain, keychain});
     state->settings().setBaseURLString(server.baseUrl());

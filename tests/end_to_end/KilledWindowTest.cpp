@@ -29,9 +29,8 @@ protected:
                       {u"--practice-server"_s, server.baseUrl(), u"--profile"_s, profile.path(),
                        u"--play-demo"_s, profile.filePath(u"demo.png"_s)});
         for (int i = 0; i < pieces; ++i)
-            ASSERT_TRUE(program.waitForReadyRead(20'000))
-                << program.readAllStandardOutput().toStdString()
-                << program.readAllStandardError().toStdString();
+            ASSERT_TRUE(program.waitForReadyRead(20'000)) << program.readAllStandardOutput().toStdString()
+                                                          << program.readAllStandardError().toStdString();
         ::kill(static_cast<pid_t>(program.processId()), SIGKILL);
         program.waitForFinished();
     }

@@ -4,6 +4,7 @@
 #include "OllamaInterface.h"
 #include "Reply.h"
 #include "Scenarios.h"
+#include "SearchAnswers.h"
 
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
@@ -66,6 +67,8 @@ Work Server::route(Exchange &exchange)
         co_await refuse(exchange, 401, u"Incorrect API key provided."_s);
     else if (request.method == "GET" && path == "/v1/models")
         co_await exchange.respondJson(200, modelList());
+    else if (SearchAnswers::answers(request))
+        co_await exchange.respondJson(200, SearchAnswers::answer(request));
     else if (request.method == "POST" && (path == "/v1/chat/completions" || (isKnown && path == "/api/chat")))
         co_await chat(exchange);
     else if (isKnown && OllamaInterface::answers(request))

@@ -1,0 +1,134 @@
+#include "end_to_end/AppFixture.h"
+
+#include "persistence/SettingsStore.h"
+#include "view_models/ChatViewModel.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Whole runs of the agent loop through the real window: the model and the search are played by the practice
+// server, the approvals by keys and clicks.
+class AbilitiesInWindowTest : public AppFixture {
+protected:
+    void ask(const QString &model, const QString &words)
+    {
+        useModel(model);
+        say(words);
+    }
+    [[nodiscard]] bool approvalComes()
+    {
+        return WindowDriver::eventually([this] { return state->chat().hasApproval(); });
+    }
+    // Clicks count once the card has been in view for a moment, so the answer is given as its button gives
+    // it.
+    void allow() { state->chat().approve(); }
+    void allowForChat() { state->chat().approveForChat(); }
+
+    [[nodiscard]] std::ptrdiff_t searches()
+    {
+        const auto &all = server.requests();
+        return std::count_if(all.begin(), all.end(), [](const ModelServer::Request &request) {
+            return request.target.startsWith("/v1/search");
+        });
+    }
+    [[nodiscard]] QStringList toolLines() const
+    {
+        return lastRow(MessageListModel::ToolLinesRole).toStringList();
+    }
+    [[nodiscard]] QStringList sources() const
+    {
+        return lastRow(MessageListModel::SourceDomainsRole).toStringList();
+    }
+};
+
+TEST_F(AbilitiesInWindowTest, ASearchIsShownAskedForAndAnsweredFromWithItsSources)
+{
+    ask(u"agent-search"_s, u"Tell me about ferns"_s);
+    ASSERT_TRUE(approvalComes());
+    WindowDriver::settle();
+    EXPECT_EQ(state->chat().approval().verb, u"Search the web for this"_s);
+    EXPECT_TRUE(state->chat().approval().detail.contains(u"Tell me about ferns"_s));
+    EXPECT_TRUE(state->chat().approval().offersChatWideYes);
+    EXPECT_NE(item(u"approval"_s), nullptr);
+    EXPECT_EQ(searches(), 0) << "nothing leaves before the answer";
+    allow();
+    ASSERT_TRUE(turnEnds());
+    EXPECT_EQ(searches(), 1) << "a page that can't be read starts no search of its own here";
+    EXPECT_TRUE(sources().contains(u"ferns.invalid"_s)) << sources().join(u' ').toStdString();
+    EXPECT_GE(toolLines().size(), 2);
+    EXPECT_FALSE(lastText().contains(u"One moment."_s)) << "words ahead of a call are no part of the answer";
+    EXPECT_TRUE(lastText().startsWith(u"The practice server was told: “Error: "_s))
+        << lastText().toStdString();
+}
+
+TEST_F(AbilitiesInWindowTest, AYesForTheChatHoldsForItAndForNoOther)
+{
+    ask(u"agent-search"_s, u"Tell me about ferns"_s);
+    ASSERT_TRUE(approvalComes());
+    allowForChat();
+    ASSERT_TRUE(turnEnds());
+    EXPECT_EQ(searches(), 2) << "the page that can't be read is looked up instead";
+    say(u"And about mosses"_s);
+    ASSERT_TRUE(turnEnds());
+    EXPECT_FALSE(state->chat().hasApproval());
+    EXPECT_EQ(searches(), 4);
+
+    state->chat().newConversation();
+    say(u"Once more"_s);
+    EXPECT_TRUE(approvalComes()) << "another chat asks for itself";
+    WindowDriver::press(window(), Qt::Key_Escape);
+    ASSERT_TRUE(turnEnds());
+}
+
+TEST_F(AbilitiesInWindowTest, ADeclinedSearchSendsNothingAndTheReplyGoesOn)
+{
+    ask(u"agent-search"_s, u"Tell me about ferns"_s);
+    ASSERT_TRUE(approvalComes());
+    WindowDriver::settle();
+    WindowDriver::press(window(), Qt::Key_Escape);
+    ASSERT_TRUE(turnEnds());
+    EXPECT_EQ(searches(), 0);
+    EXPECT_TRUE(lastText().contains(u"Error: The user declined."_s)) << lastText().toStdString();
+    EXPECT_FALSE(lastRow(MessageListModel::FailedRole).toBool());
+}
+
+TEST_F(AbilitiesInWindowTest, AModelThatLoopsIsBroughtToAnAnswer)
+{
+    ask(u"agent-loops"_s, u"Ferns"_s);
+    ASSERT_TRUE(approvalComes());
+    allowForChat();
+    ASSERT_TRUE(turnEnds());
+    EXPECT_EQ(lastText(), u"The practice server has no more tools to call."_s);
+    EXPECT_EQ(searches(), 5);
+}
+
+TEST_F(AbilitiesInWindowTest, ARefusalToSearchIsTakenBackAndCorrected)
+{
+    ask(u"agent-refuses-search"_s, u"Ferns"_s);
+    ASSERT_TRUE(approvalComes());
+    EXPECT_FALSE(lastText().contains(u"can't look that up"_s)) << "gone from view before the search";
+    allow();
+    ASSERT_TRUE(turnEnds());
+    EXPECT_TRUE(lastText().contains(u"Search results for “Ferns”"_s)) << lastText().toStdString();
+}
+
+TEST_F(AbilitiesInWindowTest, AServerThatRejectsToolsIsAskedAgainWithoutThem)
+{
+    ask(u"reject-tools"_s, u"Hello"_s);
+    ASSERT_TRUE(turnEnds());
+    EXPECT_FALSE(lastRow(MessageListModel::FailedRole).toBool());
+    EXPECT_FALSE(lastText().isEmpty());
+}
+
+TEST_F(AbilitiesInWindowTest, WithTheAbilitiesOffNoToolIsOffered)
+{
+    state->settings().setAbilitiesEnabled(false);
+    ask(u"agent-search"_s, u"Ferns"_s);
+    ASSERT_TRUE(turnEnds());
+    EXPECT_EQ(server.requests().back().json().contains("tools"_L1), false);
+}
+
+} // namespace
