@@ -43,7 +43,8 @@ protected:
     AppNetwork network{ledger, clock};
     std::shared_ptr<OpenAICompatibleProvider> provider = std::make_shared<OpenAICompatibleProvider>(network);
     ProofLedger proofs;
-    AIRequestRouter router{settings, keychain, proofs, clock, provider};
+    AIRequestRouter router{
+        {.settings = settings, .keychain = keychain, .proofs = proofs, .clock = clock, .provider = provider}};
     ReplyRunner runner{router};
 };
 
