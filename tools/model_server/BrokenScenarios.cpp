@@ -11,7 +11,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype mebibyte = 1024 * 1024;
+constexpr qsizetype mebibyte = qsizetype{1024} * 1024;
 
 // An event stream with its first words out.
 Work beginTalking(Exchange &exchange)

@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qsizetype largestFile = 16 * 1024 * 1024; // bytes; far beyond what any model reads
+constexpr qsizetype largestFile = qsizetype{16} * 1024 * 1024; // bytes; far beyond what any model reads
 
 // The instructions that an older build held, with the personality of its ghost folded in.
 QString folded(const SettingsStore::LegacyPersona &persona)

@@ -12,7 +12,7 @@ namespace ReplyLines {
 
 // Bytes of one line. Far beyond any reply; the costliest JSON of this size takes some 90 MB and a sixth of a
 // second to parse.
-inline constexpr qsizetype longest = 2 * 1024 * 1024;
+inline constexpr qsizetype longest = qsizetype{2} * 1024 * 1024;
 
 enum class Progress { goesOn, done };
 
