@@ -15,7 +15,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <ranges>
 
 using namespace Qt::StringLiterals;
 
@@ -79,8 +78,8 @@ std::optional<QString> MemoryStore::promptBlock() const
         return std::nullopt;
     QStringList lines;
     qsizetype budget = promptBudget;
-    for (const Fact &fact : std::views::reverse(m_facts)) {
-        const QString line = MemoryFile::bullet(fact.text);
+    for (auto fact = m_facts.crbegin(); fact != m_facts.crend(); ++fact) {
+        const QString line = MemoryFile::bullet(fact->text);
         const qsizetype length = Text::characterCount(line);
         if (budget - length < 1)
             break;

@@ -206,10 +206,11 @@ TEST_F(PageReaderTest, SaysWhyAResponseIsNoPage)
     };
     for (const auto &[name, response, error] : cases) {
         servers.clear();
-        servers.push_back(std::make_unique<ScriptedServer>([&](ScriptedServer::Connection &connection) {
-            connection.readRequest();
-            connection.send(response);
-        }));
+        servers.push_back(
+            std::make_unique<ScriptedServer>([&sent = response](ScriptedServer::Connection &connection) {
+                connection.readRequest();
+                connection.send(sent);
+            }));
         session->route(u"a.example"_s, servers.back()->url());
         EXPECT_EQ(errorOf(u"https://a.example/"_s), error) << name;
     }
