@@ -1,0 +1,96 @@
+// What preparing a turn's request takes of the GUI thread, from the history to the messages, the prompt and
+// the tools of the request.
+
+#include "ai/routing/AIRequestRouter.h"
+#include "persistence/InMemorySettingsRepository.h"
+#include "persistence/SettingsStore.h"
+#include "security/InMemoryKeychainService.h"
+#include "utils/Clock.h"
+
+#include <QCoreApplication>
+#include <QLoggingCategory>
+
+#include <benchmark/benchmark.h>
+
+#include <stdexcept>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Of the models in use: answers at once, as a list that is already known does.
+class OneModel final : public OllamaProbing {
+public:
+    QCoro::Task<std::optional<QString>> version(QString, std::stop_token) override { co_return u"0"_s; }
+    QCoro::Task<std::optional<QStringList>> capabilities(QString, QString, std::stop_token) override
+    {
+        co_return QStringList{u"tools"_s};
+    }
+    QCoro::Task<std::optional<std::vector<OllamaModel>>> modelList(QString, std::stop_token) override
+    {
+        co_return std::vector<OllamaModel>{{u"some-model"_s}};
+    }
+};
+
+std::vector<AITool> eightTools()
+{
+    std::vector<AITool> tools;
+    for (const char *name : {"remember", "forget", "search_web", "read_web_page", "look_at_screen",
+                             "open_link", "create_calendar_event", "run_shortcut"})
+        tools.push_back({.name = QString::fromLatin1(name),
+                         .description = QString(300, u'd'),
+                         .parameters = {{.name = u"value"_s, .description = QString(60, u'p')}}});
+    return tools;
+}
+
+std::vector<ContextBuilder::HistoryItem> history(int count)
+{
+    std::vector<ContextBuilder::HistoryItem> items;
+    for (int i = 0; i < count; ++i)
+        items.push_back({i % 2 == 0 ? MessageRole::user : MessageRole::assistant,
+                         QString::number(i) + QString(800, u'w')});
+    return items;
+}
+
+QCoro::Task<> prepareOne(AIRequestRouter *router, TurnRequest turn, std::size_t *messages)
+{
+    const PreparedRequest prepared = co_await router->prepareRequest(std::move(turn), {});
+    *messages = prepared.messages.size();
+}
+
+void prepare(benchmark::State &state, int messageCount)
+{
+    InMemorySettingsRepository repository;
+    SettingsStore settings(repository);
+    settings.setModel(u"some-model"_s);
+    InMemoryKeychainService keychain;
+    ProofLedger proofs;
+    SystemClock clock;
+    OneModel probes;
+    AIRequestRouter router(
+        {.settings = settings, .keychain = keychain, .proofs = proofs, .clock = clock, .ollama = &probes});
+    router.setTools(eightTools);
+    router.setPromptParts({.notes = [] { return std::optional(QString(4000, u'n')); }});
+    TurnRequest turn;
+    turn.history = history(messageCount);
+    for (auto _ : state) {
+        std::size_t messages = 0;
+        prepareOne(&router, turn, &messages);
+        if (messages == 0)
+            throw std::runtime_error("the request was not prepared at once");
+    }
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    QLoggingCategory::setFilterRules(u"ai.morvane.*=false"_s);
+    benchmark::RegisterBenchmark("prepare_30_messages_8_tools", prepare, 30)->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("prepare_2000_messages_8_tools", prepare, 2000)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
