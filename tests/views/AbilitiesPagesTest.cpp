@@ -20,7 +20,10 @@ protected:
         m_settings->setProperty("page", page);
         settle();
     }
-    [[nodiscard]] QQuickItem *control(const QString &name) const { return item(m_settings, name); }
+    [[nodiscard]] QQuickItem *control(const QString &name) const
+    {
+        return WindowDriver::item(m_settings, name); // the one of the page that is shown
+    }
     [[nodiscard]] bool shows(const QString &text) const
     {
         const auto all = allItems(m_settings);
@@ -87,6 +90,7 @@ TEST_F(AbilitiesPagesTest, ClearingAsksFirstAndIsTheWayOutOfALostKey)
     EXPECT_EQ(accessibleName(control(u"memoryProblem"_s)), m_memory.problem);
     click(control(u"clearMemory"_s));
     EXPECT_TRUE(m_memory.calls.isEmpty());
+    ASSERT_TRUE(eventually([this] { return accessibleName(m_settings->activeFocusItem()) == "Cancel"_L1; }));
     press(m_settings, Qt::Key_Tab);
     press(m_settings, Qt::Key_Return);
     EXPECT_EQ(m_memory.calls, QStringList(u"clear"_s));
@@ -94,7 +98,7 @@ TEST_F(AbilitiesPagesTest, ClearingAsksFirstAndIsTheWayOutOfALostKey)
 
 TEST_F(AbilitiesPagesTest, ASavedNoteIsTakenBackAboveTheComposer)
 {
-    EXPECT_EQ(item(u"undoNote"_s), nullptr);
+    EXPECT_EQ(WindowDriver::item(m_window, u"undoNote"_s), nullptr);
     m_receipts.append({{u"receiptId"_s, u"R"_s}, {u"note"_s, u"Likes tea."_s}, {u"isChange"_s, false}});
     settle();
     click(item(u"undoNote"_s));

@@ -114,6 +114,7 @@ TEST_F(SettingsWindowTest, InstructionsAreSavedWhenTheFieldIsLeftAndResetAsksFir
     EXPECT_EQ(m_instructions.resets, 0);
     press(m_settings, Qt::Key_Escape);
     EXPECT_EQ(m_instructions.resets, 0);
+    EXPECT_TRUE(m_settings->isVisible()) << "Escape closed the question and not the window";
     m_instructions.problem = u"Sealed with a lost key."_s;
     Q_EMIT m_instructions.problemChanged();
     settle();

@@ -28,10 +28,20 @@ T.ApplicationWindow {
 
     Backdrop { anchors.fill: parent }
     Shortcut {
-        sequences: ["Esc", "Ctrl+W"]
+        sequence: "Ctrl+W"
         onActivated: root.close()
     }
+    FocusScope {
+        id: scope
+
+        anchors.fill: parent
+        focus: true
+
+        // Comes here when no field and no panel has a use for it.
+        Keys.onEscapePressed: root.close()
+    }
     RowLayout {
+        parent: scope
         anchors.fill: parent
         spacing: 0
 
