@@ -1,0 +1,101 @@
+#include "markdown/BlockReader.h"
+
+#include "markdown/DataCards.h"
+#include "markdown/LineGrammar.h"
+
+#include <algorithm>
+
+using namespace MarkdownRenderer;
+
+namespace {
+
+constexpr qsizetype fenceLength = 3;
+
+QStringView withoutOuterNewlines(QStringView text)
+{
+    const auto first = std::find_if_not(text.begin(), text.end(), LineGrammar::isNewline) - text.begin();
+    qsizetype last = text.size();
+    while (last > first && LineGrammar::isNewline(text[last - 1]))
+        --last;
+    return text.sliced(first, last - first);
+}
+
+Block blockOf(const std::optional<QString> &language, QStringView code)
+{
+    if (language) {
+        if (auto card = DataCards::card(*language, code))
+            return *std::move(card);
+    }
+    if (!language || DataCards::isTyped(*language)) {
+        if (auto table = DataCards::table(code))
+            return *std::move(table);
+    }
+    return Code{code.toString(), language};
+}
+
+} // namespace
+
+void BlockReader::addLine(QStringView line)
+{
+    const QStringView words = LineGrammar::trimmed(line);
+    const qsizetype at = LineGrammar::fence(words);
+    if (at >= 0) {
+        const QStringView before = LineGrammar::trimmed(words.first(at));
+        const QStringView behind = LineGrammar::trimmed(words.sliced(at + fenceLength));
+        m_fence ? closeAt(before, behind) : openAt(before, behind);
+    } else if (m_fence) {
+        addCode(line);
+    } else {
+        m_text.addLine(line);
+    }
+}
+
+void BlockReader::openAt(QStringView before, QStringView behind)
+{
+    if (!before.isEmpty())
+        m_text.addLine(before);
+    m_text.flush();
+    m_fence.emplace();
+    if (!behind.isEmpty())
+        m_fence->language = behind.toString();
+}
+
+void BlockReader::closeAt(QStringView before, QStringView behind)
+{
+    if (!before.isEmpty())
+        addCode(before);
+    endFence();
+    if (!behind.isEmpty())
+        m_text.addLine(behind);
+}
+
+void BlockReader::addCode(QStringView line)
+{
+    if (m_fence->hasLines)
+        m_fence->code += u'\n';
+    m_fence->code += line;
+    m_fence->hasLines = true;
+}
+
+void BlockReader::endFence()
+{
+    m_blocks += m_text.takeBlocks();
+    const QStringView code = withoutOuterNewlines(m_fence->code);
+    if (!code.isEmpty())
+        m_blocks.append(blockOf(m_fence->language, code));
+    m_fence.reset();
+}
+
+void BlockReader::finish()
+{
+    if (m_fence)
+        endFence();
+    m_text.flush();
+}
+
+Blocks BlockReader::takeBlocks()
+{
+    Blocks blocks = std::exchange(m_blocks, {});
+    blocks += m_text.takeBlocks();
+    return blocks;
+}
