@@ -35,38 +35,38 @@ Block blockOf(const std::optional<QString> &language, QStringView code)
 
 } // namespace
 
-void BlockReader::addLine(QStringView line)
+void BlockReader::addLine(QStringView line, Blocks &ended)
 {
     const QStringView words = LineGrammar::trimmed(line);
     const qsizetype at = LineGrammar::fence(words);
     if (at >= 0) {
         const QStringView before = LineGrammar::trimmed(words.first(at));
         const QStringView behind = LineGrammar::trimmed(words.sliced(at + fenceLength));
-        m_fence ? closeAt(before, behind) : openAt(before, behind);
+        m_fence ? closeAt(before, behind, ended) : openAt(before, behind, ended);
     } else if (m_fence) {
         addCode(line);
     } else {
-        m_text.addLine(line);
+        m_text.addLine(line, ended);
     }
 }
 
-void BlockReader::openAt(QStringView before, QStringView behind)
+void BlockReader::openAt(QStringView before, QStringView behind, Blocks &ended)
 {
     if (!before.isEmpty())
-        m_text.addLine(before);
-    m_text.flush();
+        m_text.addLine(before, ended);
+    m_text.flush(ended);
     m_fence.emplace();
     if (!behind.isEmpty())
         m_fence->language = behind.toString();
 }
 
-void BlockReader::closeAt(QStringView before, QStringView behind)
+void BlockReader::closeAt(QStringView before, QStringView behind, Blocks &ended)
 {
     if (!before.isEmpty())
         addCode(before);
-    endFence();
+    endFence(ended);
     if (!behind.isEmpty())
-        m_text.addLine(behind);
+        m_text.addLine(behind, ended);
 }
 
 void BlockReader::addCode(QStringView line)
@@ -77,25 +77,17 @@ void BlockReader::addCode(QStringView line)
     m_fence->hasLines = true;
 }
 
-void BlockReader::endFence()
+void BlockReader::endFence(Blocks &ended)
 {
-    m_blocks += m_text.takeBlocks();
     const QStringView code = withoutOuterNewlines(m_fence->code);
     if (!code.isEmpty())
-        m_blocks.append(blockOf(m_fence->language, code));
+        ended.emplaceBack(blockOf(m_fence->language, code));
     m_fence.reset();
 }
 
-void BlockReader::finish()
+void BlockReader::finish(Blocks &ended)
 {
     if (m_fence)
-        endFence();
-    m_text.flush();
-}
-
-Blocks BlockReader::takeBlocks()
-{
-    Blocks blocks = std::exchange(m_blocks, {});
-    blocks += m_text.takeBlocks();
-    return blocks;
+        endFence(ended);
+    m_text.flush(ended);
 }

@@ -227,13 +227,13 @@ std::optional<Table> DataCards::table(QStringView text)
     if (lines.size() < 2)
         return std::nullopt;
     TextBlockReader reader;
+    Blocks blocks;
     for (const QStringView line : lines) {
         if (!LineGrammar::isTableRow(line))
             return std::nullopt;
-        reader.addLine(line);
+        reader.addLine(line, blocks);
     }
-    reader.flush();
-    const Blocks blocks = reader.takeBlocks();
+    reader.flush(blocks);
     const auto *table = blocks.size() == 1 ? std::get_if<Table>(&blocks.first()) : nullptr;
     return table ? std::optional(*table) : std::nullopt;
 }

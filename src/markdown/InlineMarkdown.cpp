@@ -1,11 +1,16 @@
 #include "markdown/InlineMarkdown.h"
 
+#include <QStringEncoder>
 #include <QUrl>
 
 #include <md4c-html.h>
 #include <md4c.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string_view>
 
 using namespace Qt::StringLiterals;
 
@@ -31,27 +36,74 @@ bool isOuterSpace(QChar character)
     return character.unicode() <= 0x20;
 }
 
+// What an ASCII character can do to the spans of a text.
+enum class Meaning : std::uint8_t {
+    none,
+    opens,     // changes nothing until one comes that completes
+    delimits,  // emphasis and code, between two runs of the same character
+    completes, // what one that opens has begun, or the "://" of an address
+    escapes,   // stands for something else, or makes the next one do so
+};
+
+constexpr std::array<Meaning, 128> meanings = [] {
+    std::array<Meaning, 128> table{};
+    const auto give = [&table](std::string_view characters, Meaning meaning) {
+        for (const char c : characters)
+            table[static_cast<std::size_t>(c)] = meaning;
+    };
+    give("[<&", Meaning::opens);
+    give("*_~`", Meaning::delimits);
+    give(")>;/", Meaning::completes);
+    give({"\\\0", 2}, Meaning::escapes);
+    return table;
+}();
+
+Meaning meaningOf(QChar character)
+{
+    return character.unicode() < meanings.size() ? meanings[character.unicode()] : Meaning::none;
+}
+
+// Most texts hold no span, and no open one either until its end is there: they need no parser.
 bool mayHoldSpans(QStringView text)
 {
-    for (qsizetype at = 0; at < text.size(); ++at) {
-        const QChar c = text[at];
-        if (c.unicode() >= 0x80)
-            continue;
-        if (c.isNull() || QStringView(u"\\*_~`&[<").contains(c))
+    bool opened = false;
+    QChar before;
+    for (const QChar &c : text) {
+        switch (meaningOf(c)) {
+        case Meaning::none:
+            break;
+        case Meaning::opens:
+            opened = true;
+            break;
+        case Meaning::delimits:
+            if (c != before && QStringView(text.begin(), &c).contains(c))
+                return true;
+            break;
+        case Meaning::completes:
+            if (opened || (c == u'/' && before == u':'))
+                return true;
+            break;
+        case Meaning::escapes:
             return true;
-        if (c == u':' && text.sliced(at).startsWith("://"_L1))
-            return true;
+        }
+        before = c;
     }
     return false;
 }
 
-QByteArray documentOf(QStringView text)
+// Nothing for a text that isn't valid.
+std::optional<QByteArray> documentOf(QStringView text)
 {
-    QByteArray document = text.toUtf8();
+    QStringEncoder encoder(QStringEncoder::Utf8);
+    QByteArray document(opening.size() + encoder.requiredSpace(text.size()) + closing.size(),
+                        Qt::Uninitialized);
+    char *const words = std::copy(opening.begin(), opening.end(), document.data());
+    char *const end = encoder.appendToBuffer(words, text);
+    if (encoder.hasError())
+        return std::nullopt;
     std::replace_if(
-        document.begin(), document.end(), [](char c) { return c == '\n' || c == '\r'; }, lineEndStandIn);
-    document.prepend(opening);
-    document.append(closing);
+        words, end, [](char c) { return c == '\n' || c == '\r'; }, lineEndStandIn);
+    document.truncate(std::copy(closing.begin(), closing.end(), end) - document.data());
     return document;
 }
 
@@ -95,7 +147,7 @@ QString attributeText(const MD_ATTRIBUTE &attribute)
 QString followableLink(const QString &address)
 {
     const QUrl url(address);
-    const QString scheme = url.scheme().toLower();
+    const QString scheme = url.scheme();
     if (!url.isValid() || (scheme != "http"_L1 && scheme != "https"_L1))
         return {};
     return QString::fromLatin1(url.toEncoded());
@@ -109,6 +161,7 @@ public:
         : m_original(original)
         , m_document(document)
         , m_result(result)
+        , m_isAscii(document.size() == opening.size() + original.size() + closing.size())
     {}
 
     [[nodiscard]] bool parse()
@@ -215,6 +268,8 @@ private:
     // Pieces come in order, so the two offsets go forward together.
     [[nodiscard]] qsizetype originalOffset(qsizetype documentOffset)
     {
+        if (m_isAscii)
+            return documentOffset - opening.size();
         for (; m_documentOffset < documentOffset; ++m_documentOffset) {
             const auto byte = static_cast<unsigned char>(m_document[m_documentOffset]);
             const bool continues = (byte & 0xC0U) == 0x80U;
@@ -226,6 +281,7 @@ private:
     QStringView m_original;
     const QByteArray &m_document;
     AttributedText &m_result;
+    bool m_isAscii; // a byte for each UTF-16 unit
     qsizetype m_documentOffset = opening.size();
     qsizetype m_originalOffset = 0;
     QStringList m_links; // the open ones, empty where a link is not followed
@@ -250,7 +306,7 @@ AttributedText InlineMarkdown::parse(QStringView text)
 {
     AttributedText plain;
     const QStringView parsed = text.first(parsedLength(text));
-    if (!mayHoldSpans(parsed) || !text.isValidUtf16()) {
+    if (!mayHoldSpans(parsed)) {
         plain.append(text);
         return plain;
     }
@@ -263,8 +319,8 @@ AttributedText InlineMarkdown::parse(QStringView text)
     result.text.reserve(text.size());
     result.append(text.first(first));
     const QStringView core = parsed.sliced(first, last - first);
-    const QByteArray document = documentOf(core);
-    if (!SpanBuilder(core, document, result).parse()) {
+    const auto document = documentOf(core);
+    if (!document || !SpanBuilder(core, *document, result).parse()) {
         plain.append(text);
         return plain;
     }
@@ -272,10 +328,11 @@ AttributedText InlineMarkdown::parse(QStringView text)
     return result;
 }
 
-bool InlineMarkdown::isInert(QChar character)
+bool InlineMarkdown::isInert(QStringView text)
 {
-    if (character.unicode() < 0x80)
-        return character.unicode() >= 0x20 && character.unicode() != 0x7F &&
-               !QStringView(u"\\*_~`&;[]()<>:@|").contains(character);
-    return !character.isSpace() && !character.isSurrogate();
+    return std::all_of(text.begin(), text.end(), [](QChar c) {
+        const Meaning meaning = meaningOf(c);
+        const bool passes = meaning == Meaning::none || meaning == Meaning::opens;
+        return passes && (c == u' ' || !c.isSpace()) && !c.isSurrogate();
+    });
 }

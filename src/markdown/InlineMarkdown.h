@@ -16,7 +16,8 @@ constexpr qsizetype longestParsed = 8192;
 // alternative text.
 [[nodiscard]] AttributedText parse(QStringView text);
 
-// Appending such characters to a text can't change what stands before, unless its last word is an address.
-[[nodiscard]] bool isInert(QChar character);
+// Whether the characters mean nothing to the spans: putting them behind such a character changes nothing of
+// what stands before, unless the last word is an address.
+[[nodiscard]] bool isInert(QStringView text);
 
 } // namespace InlineMarkdown

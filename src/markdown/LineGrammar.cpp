@@ -111,7 +111,11 @@ QList<QStringView> LineGrammar::tableCells(QStringView row)
 
 qsizetype LineGrammar::fence(QStringView line)
 {
-    return line.indexOf("```"_L1);
+    for (qsizetype at = line.indexOf(u'`'); at >= 0; at = line.indexOf(u'`', at + 1)) {
+        if (line.sliced(at).startsWith(u"```"))
+            return at;
+    }
+    return -1;
 }
 
 QStringList LineGrammar::parts(QStringView line)

@@ -33,10 +33,11 @@ MarkdownRenderer::Blocks MarkdownRenderer::parse(QStringView text)
 {
     Q_ASSERT(isOnMainThread());
     BlockReader reader;
+    Blocks blocks;
     for (const QStringView line : text.tokenize(u'\n'))
-        reader.addLine(line);
-    reader.finish();
-    return reader.takeBlocks();
+        reader.addLine(line, blocks);
+    reader.finish(blocks);
+    return blocks;
 }
 
 MarkdownRenderer::Blocks MarkdownRenderer::blocks(const QString &text)

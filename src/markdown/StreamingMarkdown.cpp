@@ -42,14 +42,20 @@ QStringView lastWord(QStringView line)
     return line.last(std::find_if(line.rbegin(), line.rend(), isSpace) - line.rbegin());
 }
 
+bool endsRow(QStringView line)
+{
+    return LineGrammar::trimmed(line).endsWith(u'|');
+}
+
 // Whether words put behind the line leave what it is, and what its spans are. A letter settles what a line
 // is, as every mark of a line's start stands before it; but a row of a table is known by its end.
 bool canGoOn(QStringView line)
 {
     const QStringView words = LineGrammar::trimmed(line);
     const auto isLetter = [](QChar c) { return c.isLetter(); };
-    return std::any_of(words.begin(), words.end(), isLetter) && InlineMarkdown::isInert(line.back()) &&
-           InlineMarkdown::isInert(words.back()) && !lastWord(line).contains(u':');
+    return std::any_of(words.begin(), words.end(), isLetter) && !endsRow(words) &&
+           InlineMarkdown::isInert(line.last(1)) && InlineMarkdown::isInert(words.last(1)) &&
+           !lastWord(line).contains("://"_L1);
 }
 
 // Whether more lines can't make a card or a table of it.
@@ -90,7 +96,7 @@ bool StreamingMarkdown::goesOn(QStringView piece) const
     case Growth::none:
         return false;
     case Growth::words:
-        return std::all_of(piece.begin(), piece.end(), InlineMarkdown::isInert);
+        return InlineMarkdown::isInert(piece) && !endsRow(piece);
     case Growth::code:
         // Line ends of other kinds than this one would be trimmed from the end too.
         return std::all_of(piece.begin(), piece.end(), [](QChar c) {
@@ -102,15 +108,14 @@ bool StreamingMarkdown::goesOn(QStringView piece) const
 
 void StreamingMarkdown::extend(QStringView piece)
 {
-    QString &words = *std::visit(LastWords{}, m_blocks.last());
-    const qsizetype withheld = trailing(piece, m_growth == Growth::code ? LineGrammar::isNewline : isSpace);
-    if (withheld < piece.size()) {
-        words += QStringView(m_text).last(m_withheld);
-        words += piece.chopped(withheld);
-        m_withheld = 0;
-    }
-    m_withheld += withheld;
     m_text += piece;
+    m_withheld += piece.size();
+    const qsizetype withheld = trailing(piece, m_growth == Growth::code ? LineGrammar::isNewline : isSpace);
+    if (withheld == piece.size())
+        return;
+    QString &words = *std::visit(LastWords{}, m_blocks.last());
+    words += QStringView(m_text).last(m_withheld).chopped(withheld);
+    m_withheld = withheld;
 }
 
 QStringView StreamingMarkdown::openLine() const
@@ -123,26 +128,25 @@ qsizetype StreamingMarkdown::readAgain()
     const qsizetype kept = m_ended;
     m_blocks.remove(kept, m_blocks.size() - kept);
     for (qsizetype end = m_text.indexOf(u'\n', m_read); end >= 0; end = m_text.indexOf(u'\n', m_read)) {
-        m_reader.addLine(QStringView(m_text).sliced(m_read, end - m_read));
+        m_reader.addLine(QStringView(m_text).sliced(m_read, end - m_read), m_blocks);
         m_read = end + 1;
     }
-    m_blocks += m_reader.takeBlocks();
     m_ended = m_blocks.size();
 
     BlockReader ahead = m_reader;
-    ahead.addLine(openLine());
-    ahead.finish();
-    m_blocks += ahead.takeBlocks();
-    m_growth = growth();
+    ahead.addLine(openLine(), m_blocks);
+    const bool holdsFence = ahead.isInFence() != m_reader.isInFence();
+    ahead.finish(m_blocks);
+    m_growth = holdsFence ? Growth::none : growth();
     m_withheld = trailing(m_text, m_growth == Growth::code ? LineGrammar::isNewline : isSpace);
     return kept;
 }
 
 StreamingMarkdown::Growth StreamingMarkdown::growth() const
 {
-    if (m_blocks.size() == m_ended || LineGrammar::fence(openLine()) >= 0)
+    if (m_blocks.size() == m_ended)
         return Growth::none;
-    if (m_reader.openFence()) {
+    if (m_reader.isInFence()) {
         const auto *code = std::get_if<Code>(&m_blocks.last());
         return code && staysCode(*code) ? Growth::code : Growth::none;
     }

@@ -25,37 +25,37 @@ QList<AttributedText> cellTexts(QStringView row)
 } // namespace
 
 template <typename Kind>
-Kind &TextBlockReader::open()
+Kind &TextBlockReader::open(Blocks &ended)
 {
     if (auto *same = std::get_if<Kind>(&m_open))
         return *same;
-    flush();
+    flush(ended);
     return m_open.emplace<Kind>();
 }
 
-void TextBlockReader::addLine(QStringView line)
+void TextBlockReader::addLine(QStringView line, Blocks &ended)
 {
     const QStringView words = LineGrammar::trimmed(line);
     if (const auto heading = LineGrammar::heading(words)) {
-        flush();
-        m_blocks.append(Heading{heading->level, InlineMarkdown::parse(heading->text)});
+        flush(ended);
+        ended.emplaceBack(Heading{heading->level, InlineMarkdown::parse(heading->text)});
     } else if (LineGrammar::isDivider(words)) {
-        flush();
-        m_blocks.append(Divider{});
+        flush(ended);
+        ended.emplaceBack(Divider{});
     } else if (const auto quoted = LineGrammar::quote(words)) {
         const bool continues = std::holds_alternative<OpenQuote>(m_open);
-        QString &lines = open<OpenQuote>().lines;
+        QString &lines = open<OpenQuote>(ended).lines;
         if (continues)
             lines += u'\n';
         lines += *quoted;
     } else if (const auto item = LineGrammar::bulletItem(words)) {
-        open<BulletList>().items.append(InlineMarkdown::parse(*item));
+        open<BulletList>(ended).items.append(InlineMarkdown::parse(*item));
     } else if (const auto step = LineGrammar::numberedItem(words)) {
-        open<NumberedList>().items.append(InlineMarkdown::parse(*step));
+        open<NumberedList>(ended).items.append(InlineMarkdown::parse(*step));
     } else if (words.isEmpty()) {
-        flush();
-    } else if (!continuesTable(words) && !beginsTable(words)) {
-        addWords(line);
+        flush(ended);
+    } else if (!continuesTable(words) && !beginsTable(words, ended)) {
+        addWords(line, ended);
     }
 }
 
@@ -76,7 +76,7 @@ bool TextBlockReader::continuesTable(QStringView trimmed)
 }
 
 // A row of headers is known by the separator under it, when it is the last line of a paragraph already.
-bool TextBlockReader::beginsTable(QStringView trimmed)
+bool TextBlockReader::beginsTable(QStringView trimmed, Blocks &ended)
 {
     auto *paragraph = std::get_if<OpenParagraph>(&m_open);
     if (!paragraph || !LineGrammar::isSeparatorRow(trimmed))
@@ -86,38 +86,33 @@ bool TextBlockReader::beginsTable(QStringView trimmed)
     if (!LineGrammar::isTableRow(headers))
         return false;
     paragraph->lines.truncate(start);
-    open<OpenTable>().table.headers = cellTexts(headers);
+    open<OpenTable>(ended).table.headers = cellTexts(headers);
     return true;
 }
 
-void TextBlockReader::addWords(QStringView line)
+void TextBlockReader::addWords(QStringView line, Blocks &ended)
 {
-    auto &paragraph = open<OpenParagraph>();
+    auto &paragraph = open<OpenParagraph>(ended);
     if (!paragraph.lines.isEmpty())
         paragraph.lines += u'\n';
     paragraph.lastLineStart = paragraph.lines.size();
     paragraph.lines += line;
 }
 
-void TextBlockReader::flush()
+void TextBlockReader::flush(Blocks &ended)
 {
     if (const auto *paragraph = std::get_if<OpenParagraph>(&m_open)) {
         const QStringView words = QStringView(paragraph->lines).trimmed();
         if (!words.isEmpty())
-            m_blocks.append(Paragraph{InlineMarkdown::parse(words)});
+            ended.emplaceBack(Paragraph{InlineMarkdown::parse(words)});
     } else if (const auto *quote = std::get_if<OpenQuote>(&m_open)) {
-        m_blocks.append(Quote{InlineMarkdown::parse(quote->lines)});
+        ended.emplaceBack(Quote{InlineMarkdown::parse(quote->lines)});
     } else if (auto *bullets = std::get_if<BulletList>(&m_open)) {
-        m_blocks.append(std::move(*bullets));
+        ended.emplaceBack(std::move(*bullets));
     } else if (auto *steps = std::get_if<NumberedList>(&m_open)) {
-        m_blocks.append(std::move(*steps));
+        ended.emplaceBack(std::move(*steps));
     } else if (auto *open = std::get_if<OpenTable>(&m_open)) {
-        m_blocks.append(std::move(open->table));
+        ended.emplaceBack(std::move(open->table));
     }
     m_open = std::monostate{};
-}
-
-Blocks TextBlockReader::takeBlocks()
-{
-    return std::exchange(m_blocks, {});
 }

@@ -4,16 +4,14 @@
 
 #include <variant>
 
-// Reads text without fences line by line and gives its blocks. A value: a copy reads on by itself.
+// Reads text without fences line by line. Blocks are put behind `ended` once they have ended; what a line
+// adds to the open block shows only then. A value: a copy reads on by itself.
 class TextBlockReader {
 public:
     // A line without its line end.
-    void addLine(QStringView line);
+    void addLine(QStringView line, MarkdownRenderer::Blocks &ended);
     // Ends the block that is open.
-    void flush();
-
-    // The blocks that have ended since the last call. What a line adds to the open block shows once it ends.
-    [[nodiscard]] MarkdownRenderer::Blocks takeBlocks();
+    void flush(MarkdownRenderer::Blocks &ended);
 
 private:
     // Lines as they were written, joined by line feeds.
@@ -34,11 +32,10 @@ private:
 
     // The open block of that kind; another one ends, and a new one begins.
     template <typename Kind>
-    Kind &open();
+    Kind &open(MarkdownRenderer::Blocks &ended);
     [[nodiscard]] bool continuesTable(QStringView trimmed);
-    [[nodiscard]] bool beginsTable(QStringView trimmed);
-    void addWords(QStringView line);
+    [[nodiscard]] bool beginsTable(QStringView trimmed, MarkdownRenderer::Blocks &ended);
+    void addWords(QStringView line, MarkdownRenderer::Blocks &ended);
 
     Open m_open;
-    MarkdownRenderer::Blocks m_blocks;
 };
