@@ -71,15 +71,16 @@ void BlockReader::closeAt(QStringView before, QStringView behind, Blocks &ended)
 
 void BlockReader::addCode(QStringView line)
 {
-    if (m_fence->hasLines)
-        m_fence->code += u'\n';
-    m_fence->code += line;
-    m_fence->hasLines = true;
+    if (m_fence->code)
+        m_fence->code->append(u'\n').append(line);
+    else
+        m_fence->code = line.toString();
 }
 
 void BlockReader::endFence(Blocks &ended)
 {
-    const QStringView code = withoutOuterNewlines(m_fence->code);
+    const QString lines = m_fence->code.value_or(QString());
+    const QStringView code = withoutOuterNewlines(lines);
     if (!code.isEmpty())
         ended.emplaceBack(blockOf(m_fence->language, code));
     m_fence.reset();

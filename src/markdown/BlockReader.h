@@ -16,8 +16,7 @@ public:
 private:
     struct OpenFence {
         std::optional<QString> language;
-        QString code; // the lines so far, joined by line feeds
-        bool hasLines = false;
+        std::optional<QString> code; // the lines so far, joined by line feeds
     };
 
     void openAt(QStringView before, QStringView behind, MarkdownRenderer::Blocks &ended);

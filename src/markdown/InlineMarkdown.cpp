@@ -49,7 +49,7 @@ constexpr std::array<Meaning, 128> meanings = [] {
     std::array<Meaning, 128> table{};
     const auto give = [&table](std::string_view characters, Meaning meaning) {
         for (const char c : characters)
-            table[static_cast<std::size_t>(c)] = meaning;
+            table[static_cast<unsigned char>(c)] = meaning;
     };
     give("[<&", Meaning::opens);
     give("*_~`", Meaning::delimits);

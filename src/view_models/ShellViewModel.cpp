@@ -8,6 +8,8 @@
 
 #include <utility>
 
+using namespace Qt::StringLiterals;
+
 ShellViewModel::ShellViewModel(SettingsStore &settings, QString startupError, QString startupSuggestion,
                                QObject *parent)
     : QObject(parent)
@@ -132,4 +134,11 @@ void ShellViewModel::answerQuestion(int button)
 void ShellViewModel::copy(const QString &text) const
 {
     QGuiApplication::clipboard()->setText(text);
+}
+
+void ShellViewModel::openLink(const QString &address)
+{
+    const QUrl url(address, QUrl::StrictMode);
+    if (url.isValid() && (url.scheme() == "http"_L1 || url.scheme() == "https"_L1))
+        Q_EMIT linkRequested(url);
 }
