@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -45,10 +46,12 @@ void ChartScale::makeLinear(double low, double high)
     const double step = half > 0 ? roundStep(2 * (half / wantedSteps)) : std::max(std::abs(high), 1.0);
     const double first = std::floor(low / step);
     const double last = std::max(std::ceil(high / step), first + 1);
-    m_low = first * step;
-    m_high = last * step;
-    for (double tick = first; tick <= last && std::isfinite(tick * step); tick += 1)
-        m_ticks.append(tick * step);
+    m_low = std::max(first * step, std::numeric_limits<double>::lowest());
+    m_high = std::min(last * step, std::numeric_limits<double>::max());
+    for (double tick = first; tick <= last; tick += 1) {
+        if (std::isfinite(tick * step))
+            m_ticks.append(tick * step);
+    }
 }
 
 void ChartScale::makeLogarithmic(double low, double high)
