@@ -6,6 +6,7 @@
 
 #include <QAccessible>
 #include <QQmlComponent>
+#include <QRegularExpression>
 #include <QTest>
 #include <QTextBlock>
 #include <QTextDocument>
@@ -125,6 +126,29 @@ TEST_F(ReplyBlocksTest, ALinkTellsWhereItLeadsAndOpensOnlyWhenAsked)
     EXPECT_EQ(words->property("focusedLink"), QString());
     press(Qt::Key_Return);
     EXPECT_EQ(m_shell.openedLinks.size(), 2);
+}
+
+TEST_F(ReplyBlocksTest, ASelectionGoesOnFromBlockToBlock)
+{
+    showReply(u"First words\n\n> second\n\n```\nthird\n```\n\nfourth words"_s);
+    const QList<QQuickItem *> all = blocks();
+    ASSERT_EQ(all.size(), 4);
+    const QPoint start = all[0]->mapToScene({20, 12}).toPoint();
+    const QPoint end = all[3]->mapToScene({60, 12}).toPoint();
+    QTest::mousePress(m_window, Qt::LeftButton, {}, start);
+    for (int step = 1; step <= 10; ++step)
+        QTest::mouseMove(m_window, start + (end - start) * step / 10);
+    QTest::mouseRelease(m_window, Qt::LeftButton, {}, end);
+    settle();
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_TRUE(QRegularExpression(u"^\\w+ words\n\nsecond\n\nthird\n\nfourth ?\\w*$"_s)
+                    .match(m_shell.copied)
+                    .hasMatch())
+        << m_shell.copied.toStdString();
+    EXPECT_FALSE(m_shell.copied.startsWith(u"First"_s));
+    item(u"composer"_s)->forceActiveFocus();
+    settle();
+    EXPECT_EQ(all[3]->property("selectedText"), QString());
 }
 
 TEST_F(ReplyBlocksTest, LongCodeFoldsOnceItIsAllThere)

@@ -6,7 +6,7 @@ import Morvane
 import Morvane.ViewModels
 
 // The blocks of a reply, one below the other.
-Column {
+ReplySelection {
     id: root
 
     property alias text: blocks.text
@@ -15,94 +15,101 @@ Column {
     required property real column
 
     signal linkAsked(string address)
-    signal copyAsked(string text)
 
     width: column
-    spacing: Theme.gap12
+    implicitHeight: parts.implicitHeight
 
     ReplyBlocksModel {
         id: blocks
 
         growing: !root.finished
-        onTextChanged: root.forceLayout()
+        onTextChanged: parts.forceLayout()
     }
-    Repeater {
-        model: blocks
-        delegate: DelegateChooser {
-            role: "kind"
+    Column {
+        id: parts
 
-            DelegateChoice {
-                roleValue: "paragraph"
-                ParagraphBlock { onLinkAsked: address => root.linkAsked(address) }
-            }
-            DelegateChoice {
-                roleValue: "heading"
-                HeadingBlock { onLinkAsked: address => root.linkAsked(address) }
-            }
-            DelegateChoice {
-                roleValue: "bulletList"
-                ListBlock { onLinkAsked: address => root.linkAsked(address) }
-            }
-            DelegateChoice {
-                roleValue: "numberedList"
-                ListBlock { onLinkAsked: address => root.linkAsked(address) }
-            }
-            DelegateChoice {
-                roleValue: "quote"
-                QuoteBlock { onLinkAsked: address => root.linkAsked(address) }
-            }
-            DelegateChoice {
-                roleValue: "code"
-                CodeBlock {
-                    finished: root.finished
-                    onCopyAsked: text => root.copyAsked(text)
+        objectName: "replyBlocks"
+        width: root.column
+        spacing: Theme.gap12
+
+        Repeater {
+            model: blocks
+            delegate: DelegateChooser {
+                role: "kind"
+
+                DelegateChoice {
+                    roleValue: "paragraph"
+                    ParagraphBlock { onLinkAsked: address => root.linkAsked(address) }
                 }
-            }
-            DelegateChoice {
-                roleValue: "table"
-                TableBlock {
-                    onLinkAsked: address => root.linkAsked(address)
-                    onCopyAsked: text => root.copyAsked(text)
+                DelegateChoice {
+                    roleValue: "heading"
+                    HeadingBlock { onLinkAsked: address => root.linkAsked(address) }
                 }
-            }
-            DelegateChoice {
-                roleValue: "comparison"
-                ComparisonCard { onCopyAsked: text => root.copyAsked(text) }
-            }
-            DelegateChoice {
-                roleValue: "stats"
-                StatsCard {}
-            }
-            DelegateChoice {
-                roleValue: "facts"
-                FactsCard {}
-            }
-            DelegateChoice {
-                roleValue: "timeline"
-                TimelineCard {}
-            }
-            DelegateChoice {
-                roleValue: "chart"
-                ChartCard {}
-            }
-            DelegateChoice {
-                roleValue: "market"
-                MarketCard {}
-            }
-            DelegateChoice {
-                roleValue: "weather"
-                WeatherCard {}
-            }
-            DelegateChoice {
-                roleValue: "divider"
-                DividerBlock {}
+                DelegateChoice {
+                    roleValue: "bulletList"
+                    ListBlock { onLinkAsked: address => root.linkAsked(address) }
+                }
+                DelegateChoice {
+                    roleValue: "numberedList"
+                    ListBlock { onLinkAsked: address => root.linkAsked(address) }
+                }
+                DelegateChoice {
+                    roleValue: "quote"
+                    QuoteBlock { onLinkAsked: address => root.linkAsked(address) }
+                }
+                DelegateChoice {
+                    roleValue: "code"
+                    CodeBlock {
+                        finished: root.finished
+                        onCopyAsked: text => root.copyAsked(text)
+                    }
+                }
+                DelegateChoice {
+                    roleValue: "table"
+                    TableBlock {
+                        onLinkAsked: address => root.linkAsked(address)
+                        onCopyAsked: text => root.copyAsked(text)
+                    }
+                }
+                DelegateChoice {
+                    roleValue: "comparison"
+                    ComparisonCard { onCopyAsked: text => root.copyAsked(text) }
+                }
+                DelegateChoice {
+                    roleValue: "stats"
+                    StatsCard {}
+                }
+                DelegateChoice {
+                    roleValue: "facts"
+                    FactsCard {}
+                }
+                DelegateChoice {
+                    roleValue: "timeline"
+                    TimelineCard {}
+                }
+                DelegateChoice {
+                    roleValue: "chart"
+                    ChartCard {}
+                }
+                DelegateChoice {
+                    roleValue: "market"
+                    MarketCard {}
+                }
+                DelegateChoice {
+                    roleValue: "weather"
+                    WeatherCard {}
+                }
+                DelegateChoice {
+                    roleValue: "divider"
+                    DividerBlock {}
+                }
             }
         }
-    }
-    PushButton {
-        objectName: "showMoreBlocks"
-        visible: blocks.hiddenCount > 0
-        text: qsTr("Show more of this reply")
-        onClicked: blocks.showMore()
+        PushButton {
+            objectName: "showMoreBlocks"
+            visible: blocks.hiddenCount > 0
+            text: qsTr("Show more of this reply")
+            onClicked: blocks.showMore()
+        }
     }
 }

@@ -37,7 +37,6 @@ ColumnLayout {
         running: root.running
     }
     ReplyBlocks {
-        objectName: "replyBlocks"
         column: root.width
         Layout.topMargin: root.toolLines.length > 0 ? 0 : Theme.gap12
         visible: root.text.length > 0
