@@ -48,9 +48,10 @@ void ChartScale::makeLinear(double low, double high)
     const double last = std::max(std::ceil(high / step), first + 1);
     m_low = std::max(first * step, std::numeric_limits<double>::lowest());
     m_high = std::min(last * step, std::numeric_limits<double>::max());
-    for (double tick = first; tick <= last; tick += 1) {
-        if (std::isfinite(tick * step))
-            m_ticks.append(tick * step);
+    const int steps = static_cast<int>(last - first);
+    for (int tick = 0; tick <= steps; ++tick) {
+        if (const double value = (first + tick) * step; std::isfinite(value))
+            m_ticks.append(value);
     }
 }
 
@@ -60,9 +61,10 @@ void ChartScale::makeLogarithmic(double low, double high)
     const double last = std::max(std::ceil(std::log10(high)), first + 1);
     m_low = first;
     m_high = last;
-    const double step = std::ceil((last - first) / mostLogTicks);
-    for (double power = first; power <= last; power += step)
-        m_ticks.append(std::pow(10, power));
+    const int powers = static_cast<int>(last - first);
+    const int step = (powers + mostLogTicks - 1) / mostLogTicks;
+    for (int power = 0; power <= powers; power += step)
+        m_ticks.append(std::pow(10, first + power));
 }
 
 double ChartScale::place(double value) const
