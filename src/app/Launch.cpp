@@ -8,6 +8,7 @@
 #include "persistence/ChatStoreLocation.h"
 #include "persistence/SettingsStore.h"
 #include "platform/linux/DesktopAppearance.h"
+#include "platform/linux/WebBrowser.h"
 #include "security/TestHost.h"
 #include "utils/Product.h"
 #include "view_models/ChatViewModel.h"
@@ -116,6 +117,7 @@ void Launch::finish()
     shell.setKeychainNotice(sentenceFor(m_secrets.preparation().state()));
     shell.setSystemDark(m_appearance->isDark());
     connect(m_appearance.get(), &DesktopAppearance::darkChanged, &shell, &ShellViewModel::setSystemDark);
+    connect(&shell, &ShellViewModel::linkRequested, this, &WebBrowser::open);
 
     m_mainWindow = std::make_unique<MainWindowController>(*m_state);
     if (!m_mainWindow->window())

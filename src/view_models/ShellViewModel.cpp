@@ -152,3 +152,10 @@ void ShellViewModel::copy(const QString &text) const
 {
     QGuiApplication::clipboard()->setText(text);
 }
+
+void ShellViewModel::openLink(const QString &address)
+{
+    const QUrl url(address, QUrl::StrictMode);
+    if (url.isValid() && (url.scheme() == "http"_L1 || url.scheme() == "https"_L1))
+        Q_EMIT linkRequested(url);
+}

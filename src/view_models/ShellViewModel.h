@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 #include <QtQml/qqmlregistration.h>
 
 #include <functional>
@@ -73,6 +74,8 @@ public:
 
     // Puts plain text on the clipboard.
     Q_INVOKABLE void copy(const QString &text) const;
+    // A link that the person clicked. Only addresses of the web are passed on.
+    Q_INVOKABLE void openLink(const QString &address);
 
 Q_SIGNALS:
     void appearanceChanged();
@@ -81,6 +84,7 @@ Q_SIGNALS:
     void sidebarOpenChanged();
     void keychainNoticeChanged();
     void questionChanged();
+    void linkRequested(const QUrl &address);
     void settingsRequested(); // something outside the window asks for the settings page
 
 private:

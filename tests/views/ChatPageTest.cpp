@@ -120,14 +120,14 @@ TEST_F(ChatPageTest, AGrowingReplyKeepsWhatIsSelectedInIt)
 {
     m_chat.messages->addReply(u"First words"_s, {{u"running"_s, true}});
     settle();
-    QQuickItem *words = lastVisible(u"replyText"_s);
+    QQuickItem *words = lastVisible(u"paragraph"_s);
     ASSERT_NE(words, nullptr);
     QMetaObject::invokeMethod(words, "select", Q_ARG(int, 0), Q_ARG(int, 5));
     words->forceActiveFocus();
-    for (const QString &more : {u"First words and"_s, u"First words and more\n\nHere"_s}) {
+    for (const QString &more : {u"First words and"_s, u"First words and **more**\n\nHere"_s}) {
         m_chat.messages->set(0, "text", more);
         settle();
-        EXPECT_EQ(words->property("text").toString(), more);
+        EXPECT_TRUE(words->property("text").toString().startsWith(u"First words and"_s));
         EXPECT_EQ(words->property("selectedText").toString(), u"First"_s);
     }
     m_chat.messages->set(0, "text", u"Fir"_s); // the last characters were taken back

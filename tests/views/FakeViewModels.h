@@ -386,6 +386,7 @@ public:
 
     Q_INVOKABLE void answerQuestion(int button);
     Q_INVOKABLE void copy(const QString &text) const { copied = text; }
+    Q_INVOKABLE void openLink(const QString &address) { openedLinks += address; }
     void ask(const QString &title, const QStringList &buttons);
 
     QString productName = QStringLiteral("MorvaneGPT");
@@ -405,6 +406,7 @@ public:
     QStringList questionButtons;
     QList<int> answers;
     mutable QString copied;
+    QStringList openedLinks;
 
 Q_SIGNALS:
     void appearanceChanged();

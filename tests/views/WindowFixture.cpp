@@ -1,5 +1,7 @@
 #include "WindowFixture.h"
 
+#include "view_models/ReplyBlocksModel.h"
+
 #include <QAccessible>
 #include <QDeadlineTimer>
 #include <QGuiApplication>
@@ -49,6 +51,7 @@ void offerFakes()
         offer<FakeAISettings>("AISettingsViewModel");
         offer<FakeShell>("ShellViewModel");
         offer<FakeCompanion>("CompanionViewModel");
+        qmlRegisterType<ReplyBlocksModel>("Morvane.ViewModels", 1, 0, "ReplyBlocksModel"); // the real one
         qmlRegisterUncreatableMetaObject(Companion::staticMetaObject, "Morvane.ViewModels", 1, 0, "Companion",
                                          u"an enumeration"_s);
         return true;

@@ -70,6 +70,7 @@ FocusScope {
                 visible: count > 0
                 model: root.chat.messages
                 onCopyAsked: text => root.shell.copy(text)
+                onLinkAsked: address => root.shell.openLink(address)
                 onContinueAsked: messageId => root.chat.continueReply(messageId)
             }
             ToEndButton {

@@ -21,6 +21,7 @@ ListView {
     readonly property real gapToEnd: endY - contentY
 
     signal copyAsked(string text)
+    signal linkAsked(string address)
     signal continueAsked(string messageId)
 
     // Once this moment's changes are all in, and before the next frame.
@@ -94,6 +95,7 @@ ListView {
         column: root.column
         isLast: index === root.count - 1
         onCopyAsked: text => root.copyAsked(text)
+        onLinkAsked: address => root.linkAsked(address)
         onContinueAsked: messageId => root.continueAsked(messageId)
     }
 }

@@ -25,6 +25,7 @@ Item {
     property bool isLast: false
 
     signal copyAsked(string text)
+    signal linkAsked(string address)
     signal continueAsked(string messageId)
 
     implicitHeight: isUser ? question.implicitHeight : answer.implicitHeight
@@ -56,7 +57,8 @@ Item {
         canContinue: root.canContinue
         place: root.place
         isLast: root.isLast
-        onCopyAsked: root.copyAsked(root.text)
+        onCopyAsked: text => root.copyAsked(text)
+        onLinkAsked: address => root.linkAsked(address)
         onContinueAsked: root.continueAsked(root.messageId)
     }
 }

@@ -21,7 +21,8 @@ ColumnLayout {
     readonly property string mark: cancelled ? qsTr("You stopped this reply.")
         : interrupted ? qsTr("This reply was interrupted.") : ""
 
-    signal copyAsked()
+    signal copyAsked(string text)
+    signal linkAsked(string address)
     signal continueAsked()
 
     spacing: Theme.gap12
@@ -35,19 +36,14 @@ ColumnLayout {
         lines: root.toolLines
         running: root.running
     }
-    SelectableText {
-        id: words
-
-        objectName: "replyText"
-        Layout.fillWidth: true
+    ReplyBlocks {
+        column: root.width
         Layout.topMargin: root.toolLines.length > 0 ? 0 : Theme.gap12
         visible: root.text.length > 0
-        shownText: root.text
-
-        FocusRing {
-            anchors.margins: -Theme.gap8
-            visible: words.activeFocus
-        }
+        text: root.text
+        finished: !root.running
+        onLinkAsked: address => root.linkAsked(address)
+        onCopyAsked: text => root.copyAsked(text)
     }
     ReplyIndicator {
         objectName: "replyIndicator"
@@ -80,8 +76,8 @@ ColumnLayout {
         finished: !root.running
         hasText: root.text.length > 0
         canContinue: root.canContinue
-        emphasised: root.isLast || hover.hovered || words.activeFocus
-        onCopyAsked: root.copyAsked()
+        emphasised: root.isLast || hover.hovered
+        onCopyAsked: root.copyAsked(root.text)
         onContinueAsked: root.continueAsked()
     }
 }

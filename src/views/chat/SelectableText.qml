@@ -6,6 +6,7 @@ TextEdit {
     id: root
 
     property alias shownText: growing.text
+    property alias lineHeight: growing.lineHeight
 
     readOnly: true
     selectByMouse: true

@@ -51,6 +51,10 @@ QtObject {
     readonly property int smallSize: Math.round(13 * textScale)
     readonly property int captionSize: Math.round(12 * textScale)
     readonly property int titleSize: Math.round(20 * textScale)
+    readonly property int subtitleSize: Math.round(17 * textScale)
+    readonly property int codeSize: Math.round(13.5 * textScale)
+    readonly property int codeLine: Math.round(20 * textScale)
+    readonly property int tableSize: Math.round(14 * textScale)
     readonly property int headingSize: Math.round(26 * textScale)
     readonly property string monoFamily: "monospace"
 

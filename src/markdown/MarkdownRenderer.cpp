@@ -1,0 +1,61 @@
+#include "markdown/MarkdownRenderer.h"
+
+#include "markdown/BlockReader.h"
+#include "markdown/SpeechText.h"
+
+#include <QCache>
+#include <QCoreApplication>
+#include <QThread>
+
+namespace {
+
+constexpr qsizetype keptTexts = 400;
+
+struct BlocksBox {
+    MarkdownRenderer::Blocks blocks;
+};
+
+QCache<QString, BlocksBox> &cache()
+{
+    static QCache<QString, BlocksBox> kept(keptTexts);
+    return kept;
+}
+
+[[maybe_unused]] bool isOnMainThread()
+{
+    const QCoreApplication *application = QCoreApplication::instance();
+    return !application || application->thread() == QThread::currentThread();
+}
+
+} // namespace
+
+MarkdownRenderer::Blocks MarkdownRenderer::parse(QStringView text)
+{
+    Q_ASSERT(isOnMainThread());
+    BlockReader reader;
+    Blocks blocks;
+    for (const QStringView line : text.tokenize(u'\n'))
+        reader.addLine(line, blocks);
+    reader.finish(blocks);
+    return blocks;
+}
+
+MarkdownRenderer::Blocks MarkdownRenderer::blocks(const QString &text)
+{
+    Q_ASSERT(isOnMainThread());
+    if (const BlocksBox *box = cache().object(text))
+        return box->blocks;
+    Blocks parsed = parse(text);
+    cache().insert(text, new BlocksBox{parsed});
+    return parsed;
+}
+
+void MarkdownRenderer::forgetBlocks()
+{
+    cache().clear();
+}
+
+QString MarkdownRenderer::speakable(const QString &text, CodeInSpeech code)
+{
+    return SpeechText::clean(text, code);
+}

@@ -1,0 +1,154 @@
+#include "markdown/StreamingMarkdown.h"
+
+#include "markdown/DataCards.h"
+#include "markdown/InlineMarkdown.h"
+#include "markdown/LineGrammar.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+using namespace MarkdownRenderer;
+
+namespace {
+
+// The text at the end of a block, where more words would stand.
+struct LastWords {
+    QString *operator()(Paragraph &block) const { return &block.text.text; }
+    QString *operator()(Heading &block) const { return &block.text.text; }
+    QString *operator()(Quote &block) const { return &block.text.text; }
+    QString *operator()(BulletList &block) const { return &block.items.last().text; }
+    QString *operator()(NumberedList &block) const { return &block.items.last().text; }
+    QString *operator()(Code &block) const { return &block.text; }
+    template <typename Card>
+    QString *operator()(Card &) const
+    {
+        return nullptr;
+    }
+};
+
+bool isSpace(QChar character)
+{
+    return character.isSpace();
+}
+
+// How many characters of that kind stand at the end.
+qsizetype trailing(QStringView text, bool (*kind)(QChar))
+{
+    return std::find_if_not(text.rbegin(), text.rend(), kind) - text.rbegin();
+}
+
+QStringView lastWord(QStringView line)
+{
+    return line.last(std::find_if(line.rbegin(), line.rend(), isSpace) - line.rbegin());
+}
+
+bool endsRow(QStringView line)
+{
+    return LineGrammar::trimmed(line).endsWith(u'|');
+}
+
+// Whether words put behind the line leave what it is, and what its spans are. A letter settles what a line
+// is, as every mark of a line's start stands before it; but a row of a table is known by its end.
+bool canGoOn(QStringView line)
+{
+    const QStringView words = LineGrammar::trimmed(line);
+    const auto isLetter = [](QChar c) { return c.isLetter(); };
+    return std::any_of(words.begin(), words.end(), isLetter) && !endsRow(words) &&
+           InlineMarkdown::isInert(line.last(1)) && InlineMarkdown::isInert(words.last(1)) &&
+           !lastWord(line).contains("://"_L1);
+}
+
+// Whether more lines can't make a card or a table of it.
+bool staysCode(const Code &code)
+{
+    if (code.language)
+        return !DataCards::isTyped(*code.language);
+    const auto first = std::find_if_not(code.text.begin(), code.text.end(), isSpace);
+    return first != code.text.end() && *first != u'|';
+}
+
+} // namespace
+
+qsizetype StreamingMarkdown::setText(const QString &text)
+{
+    if (text.startsWith(m_text))
+        return append(QStringView(text).sliced(m_text.size()));
+    *this = {};
+    m_text = text;
+    return readAgain();
+}
+
+qsizetype StreamingMarkdown::append(QStringView piece)
+{
+    if (piece.isEmpty())
+        return m_blocks.size();
+    if (goesOn(piece)) {
+        extend(piece);
+        return m_blocks.size() - 1;
+    }
+    m_text += piece;
+    return readAgain();
+}
+
+bool StreamingMarkdown::goesOn(QStringView piece) const
+{
+    switch (m_growth) {
+    case Growth::none:
+        return false;
+    case Growth::words:
+        return InlineMarkdown::isInert(piece) && !endsRow(piece);
+    case Growth::code:
+        // Line ends of other kinds than this one would be trimmed from the end too.
+        return std::all_of(piece.begin(), piece.end(), [](QChar c) {
+            return c != u'`' && (c == u'\n' || c == u' ' || c == u'\t' || (c.isPrint() && !c.isSpace()));
+        });
+    }
+    Q_UNREACHABLE();
+}
+
+void StreamingMarkdown::extend(QStringView piece)
+{
+    m_text += piece;
+    m_withheld += piece.size();
+    const qsizetype withheld = trailing(piece, m_growth == Growth::code ? LineGrammar::isNewline : isSpace);
+    if (withheld == piece.size())
+        return;
+    QString &words = *std::visit(LastWords{}, m_blocks.last());
+    words += QStringView(m_text).last(m_withheld).chopped(withheld);
+    m_withheld = withheld;
+}
+
+QStringView StreamingMarkdown::openLine() const
+{
+    return QStringView(m_text).sliced(m_read);
+}
+
+qsizetype StreamingMarkdown::readAgain()
+{
+    const qsizetype kept = m_ended;
+    m_blocks.remove(kept, m_blocks.size() - kept);
+    for (qsizetype end = m_text.indexOf(u'\n', m_read); end >= 0; end = m_text.indexOf(u'\n', m_read)) {
+        m_reader.addLine(QStringView(m_text).sliced(m_read, end - m_read), m_blocks);
+        m_read = end + 1;
+    }
+    m_ended = m_blocks.size();
+
+    BlockReader ahead = m_reader;
+    ahead.addLine(openLine(), m_blocks);
+    const bool holdsFence = ahead.isInFence() != m_reader.isInFence();
+    ahead.finish(m_blocks);
+    m_growth = holdsFence ? Growth::none : growth();
+    m_withheld = trailing(m_text, m_growth == Growth::code ? LineGrammar::isNewline : isSpace);
+    return kept;
+}
+
+StreamingMarkdown::Growth StreamingMarkdown::growth() const
+{
+    if (m_blocks.size() == m_ended)
+        return Growth::none;
+    if (m_reader.isInFence()) {
+        const auto *code = std::get_if<Code>(&m_blocks.last());
+        return code && staysCode(*code) ? Growth::code : Growth::none;
+    }
+    return canGoOn(openLine()) ? Growth::words : Growth::none;
+}

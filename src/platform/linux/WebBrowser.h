@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QUrl>
+
+// The browser that the desktop has for addresses of the web.
+namespace WebBrowser {
+
+void open(const QUrl &address);
+
+} // namespace WebBrowser

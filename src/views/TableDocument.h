@@ -1,0 +1,45 @@
+#pragma once
+
+#include "view_models/Prose.h"
+#include "views/BlockDocument.h"
+
+#include <QTextTable>
+#include <QVariant>
+
+// A table in a TextEdit that doesn't wrap. Columns of numbers stand at the right.
+class TableDocument : public BlockDocument {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(QVariant table READ table WRITE setTable NOTIFY tableChanged) // TableWords
+    // Where the lines between the rows belong, from the top of the text.
+    Q_PROPERTY(QList<double> rules READ rules NOTIFY rulesChanged)
+    // Rows at the end that are not drawn.
+    Q_PROPERTY(int hiddenRows READ hiddenRows NOTIFY tableChanged)
+
+public:
+    using BlockDocument::BlockDocument;
+
+    [[nodiscard]] QVariant table() const { return QVariant::fromValue(m_table); }
+    void setTable(const QVariant &value);
+    [[nodiscard]] const QList<double> &rules() const { return m_rules; }
+    [[nodiscard]] int hiddenRows() const;
+
+    // The text layout has changed.
+    Q_INVOKABLE void measure();
+
+Q_SIGNALS:
+    void tableChanged();
+    void rulesChanged();
+
+protected:
+    void showAll() override;
+
+private:
+    [[nodiscard]] int drawnRows() const;
+    [[nodiscard]] bool isNumeric(qsizetype column) const;
+    void fill(int row, const QList<AttributedText> &cells, const QList<bool> &numeric);
+
+    TableWords m_table;
+    QPointer<QTextTable> m_grid; // of the document
+    QList<double> m_rules;
+};

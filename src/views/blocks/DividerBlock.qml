@@ -1,0 +1,18 @@
+import QtQuick
+import Morvane
+
+Item {
+    objectName: "divider"
+    width: parent?.width ?? 0
+    implicitHeight: 9
+
+    Accessible.role: Accessible.Separator
+    Accessible.name: qsTr("Divider")
+
+    Rectangle {
+        anchors.verticalCenter: parent.verticalCenter
+        width: parent.width
+        height: 1
+        color: Theme.hairline
+    }
+}

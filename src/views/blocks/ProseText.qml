@@ -1,0 +1,57 @@
+import QtQuick
+import Morvane
+
+// Formatted words that can be selected and copied. A link says where it leads when the pointer or the cursor is
+// on it, and asks to be opened when it is clicked, or by Return.
+TextEdit {
+    id: root
+
+    required property var words // Prose
+    property real lineHeight: Theme.bodyLine
+    readonly property string focusedLink: activeFocus ? prose.linkAt(cursorPosition) : ""
+    readonly property string pointedLink: hoveredLink.length > 0 ? hoveredLink : focusedLink
+
+    signal linkAsked(string address)
+
+    readOnly: true
+    selectByMouse: true
+    selectByKeyboard: true
+    cursorVisible: activeFocus
+    activeFocusOnTab: root.words.hasLinks
+    textFormat: TextEdit.PlainText
+    wrapMode: TextEdit.Wrap
+    color: Theme.text
+    font.pixelSize: Theme.bodySize
+    selectionColor: Theme.selection
+    selectedTextColor: Theme.text
+
+    Accessible.role: Accessible.StaticText
+    Accessible.name: root.words.plainText
+    Accessible.readOnly: true
+
+    Keys.onReturnPressed: if (focusedLink.length > 0) linkAsked(focusedLink)
+    onActiveFocusChanged: if (!activeFocus) deselect()
+    onLinkActivated: link => linkAsked(link)
+
+    ProseDocument {
+        id: prose
+
+        document: root.textDocument
+        prose: root.words
+        lineHeight: root.lineHeight
+        linkColor: Theme.accent
+        codeGround: Theme.code
+        codeFamily: Theme.monoFamily
+    }
+    HoverHandler {
+        id: pointer
+
+        cursorShape: root.hoveredLink.length > 0 ? Qt.PointingHandCursor : Qt.IBeamCursor
+    }
+    LinkHint {
+        objectName: "linkHint"
+        address: root.pointedLink
+        place: root.hoveredLink.length > 0 ? pointer.point.position
+            : Qt.point(root.cursorRectangle.x, root.cursorRectangle.y)
+    }
+}

@@ -1,0 +1,115 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Qt.labs.qmlmodels
+import Morvane
+import Morvane.ViewModels
+
+// The blocks of a reply, one below the other.
+ReplySelection {
+    id: root
+
+    property alias text: blocks.text
+    property bool finished: true
+    // Known before a layout gives it, so that a new row has its height at once.
+    required property real column
+
+    signal linkAsked(string address)
+
+    width: column
+    implicitHeight: parts.implicitHeight
+
+    ReplyBlocksModel {
+        id: blocks
+
+        growing: !root.finished
+        onTextChanged: parts.forceLayout()
+    }
+    Column {
+        id: parts
+
+        objectName: "replyBlocks"
+        width: root.column
+        spacing: Theme.gap12
+
+        Repeater {
+            model: blocks
+            delegate: DelegateChooser {
+                role: "kind"
+
+                DelegateChoice {
+                    roleValue: "paragraph"
+                    ParagraphBlock { onLinkAsked: address => root.linkAsked(address) }
+                }
+                DelegateChoice {
+                    roleValue: "heading"
+                    HeadingBlock { onLinkAsked: address => root.linkAsked(address) }
+                }
+                DelegateChoice {
+                    roleValue: "bulletList"
+                    ListBlock { onLinkAsked: address => root.linkAsked(address) }
+                }
+                DelegateChoice {
+                    roleValue: "numberedList"
+                    ListBlock { onLinkAsked: address => root.linkAsked(address) }
+                }
+                DelegateChoice {
+                    roleValue: "quote"
+                    QuoteBlock { onLinkAsked: address => root.linkAsked(address) }
+                }
+                DelegateChoice {
+                    roleValue: "code"
+                    CodeBlock {
+                        finished: root.finished
+                        onCopyAsked: text => root.copyAsked(text)
+                    }
+                }
+                DelegateChoice {
+                    roleValue: "table"
+                    TableBlock {
+                        onLinkAsked: address => root.linkAsked(address)
+                        onCopyAsked: text => root.copyAsked(text)
+                    }
+                }
+                DelegateChoice {
+                    roleValue: "comparison"
+                    ComparisonCard { onCopyAsked: text => root.copyAsked(text) }
+                }
+                DelegateChoice {
+                    roleValue: "stats"
+                    StatsCard {}
+                }
+                DelegateChoice {
+                    roleValue: "facts"
+                    FactsCard {}
+                }
+                DelegateChoice {
+                    roleValue: "timeline"
+                    TimelineCard {}
+                }
+                DelegateChoice {
+                    roleValue: "chart"
+                    ChartCard {}
+                }
+                DelegateChoice {
+                    roleValue: "market"
+                    MarketCard {}
+                }
+                DelegateChoice {
+                    roleValue: "weather"
+                    WeatherCard {}
+                }
+                DelegateChoice {
+                    roleValue: "divider"
+                    DividerBlock {}
+                }
+            }
+        }
+        PushButton {
+            objectName: "showMoreBlocks"
+            visible: blocks.hiddenCount > 0
+            text: qsTr("Show more of this reply")
+            onClicked: blocks.showMore()
+        }
+    }
+}

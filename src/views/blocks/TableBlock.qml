@@ -1,0 +1,114 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Morvane
+
+// Rows and columns with lines between the rows only.
+Item {
+    id: root
+
+    required property var content
+    required property string plainText
+    property bool framed: false
+
+    signal linkAsked(string address)
+    signal copyAsked(string text)
+
+    objectName: "table"
+    width: parent?.width ?? 0
+    implicitHeight: view.implicitHeight + (more.visible ? more.implicitHeight + Theme.gap8 : 0)
+
+    HoverHandler { id: hover }
+
+    SidewaysView {
+        id: view
+
+        width: parent.width
+
+        TextEdit {
+            id: cells
+
+            objectName: "tableText"
+            readOnly: true
+            selectByMouse: true
+            selectByKeyboard: true
+            activeFocusOnTab: true
+            textFormat: TextEdit.PlainText
+            wrapMode: TextEdit.NoWrap
+            color: Theme.text
+            font.pixelSize: Theme.tableSize
+            selectionColor: Theme.selection
+            selectedTextColor: Theme.text
+
+            Accessible.role: Accessible.Table
+            Accessible.name: qsTr("Table: %1").arg(root.plainText)
+            Accessible.readOnly: true
+
+            onActiveFocusChanged: if (!activeFocus) deselect()
+            onLinkActivated: link => root.linkAsked(link)
+            onContentSizeChanged: table.measure()
+            onCursorRectangleChanged: if (activeFocus) view.reveal(cursorRectangle.x - Theme.gap16,
+                                                                   cursorRectangle.x + Theme.gap16)
+
+            TableDocument {
+                id: table
+
+                document: cells.textDocument
+                table: root.content.table
+                lineHeight: Theme.tableSize * 1.4
+                linkColor: Theme.accent
+                codeGround: Theme.code
+                codeFamily: Theme.monoFamily
+            }
+            HoverHandler {
+                id: pointer
+
+                cursorShape: cells.hoveredLink.length > 0 ? Qt.PointingHandCursor : Qt.IBeamCursor
+            }
+            LinkHint {
+                address: cells.hoveredLink
+                place: pointer.point.position
+            }
+        }
+        Repeater {
+            model: table.rules
+
+            Rectangle {
+                required property int index
+                required property real modelData
+
+                y: Math.round(modelData)
+                width: Math.max(cells.width, view.width)
+                height: 1
+                color: index === 0 ? Theme.outline : Theme.hairline
+            }
+        }
+    }
+    FocusRing { visible: cells.activeFocus }
+    CaptionText {
+        id: more
+
+        anchors.bottom: parent.bottom
+        visible: table.hiddenRows > 0
+        text: qsTr("%1 more rows; copying the table takes them all.").arg(table.hiddenRows)
+    }
+    Rectangle {
+        anchors.right: parent.right
+        anchors.top: parent.top
+        width: copy.width
+        height: copy.height
+        radius: Theme.controlRadius
+        color: root.framed ? Theme.card : Theme.page
+        opacity: hover.hovered || copy.activeFocus || cells.activeFocus ? 1 : 0
+
+        Behavior on opacity { NumberAnimation { duration: Theme.fade } }
+
+        CopyButton {
+            id: copy
+
+            objectName: "copyTable"
+            subject: qsTr("the table")
+            onClicked: root.copyAsked(root.plainText)
+        }
+    }
+}

@@ -1,0 +1,89 @@
+#include "markdown/StreamingMarkdown.h"
+
+#include "markdown/MarkdownRenderer.h"
+
+#include "Sketch.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString answer = u"# The plan\n\nSome *quiet* words, then **loud\nones** and `code`; see "
+                       "https://example.com/a_b or [here](http://x.y).\n> quoted _words_\n> go on\n"
+                       "- one item\n- **two** of them \n\n12. twelve\n13) *more*\n"
+                       "Before ```cpp\nint main() {\n\n    return `0`;\n}\n\n``` behind the code\n---\n"
+                       "| Name | Size |\n|---|--:|\n| alpha | 1 |\n| b | 2 |\nAfter it\n\n"
+                       "```chart\ntype: line\nMon | 1\nTue | 2\n```\n```\n| a |\n|---|\n```\n"
+                       "____\ngröße 😀 — “end”\n```py\nopen"_s;
+
+// Feeds the text in pieces of the size and compares with a whole parse behind each of them.
+void expectSameBlocks(const QString &text, qsizetype size)
+{
+    StreamingMarkdown streaming;
+    MarkdownRenderer::Blocks before;
+    for (qsizetype at = 0; at < text.size(); at += size) {
+        const QStringView piece = QStringView(text).sliced(at, std::min(size, text.size() - at));
+        const qsizetype same = streaming.append(piece);
+        const QStringView prefix = QStringView(text).first(at + piece.size());
+        ASSERT_EQ(streaming.text(), prefix);
+        ASSERT_EQ(streaming.blocks(), MarkdownRenderer::parse(prefix))
+            << "after " << prefix.last(std::min<qsizetype>(40, prefix.size())).toUtf8().constData() << "\n"
+            << Sketch::of(streaming.blocks());
+        ASSERT_LE(same, std::min(before.size(), streaming.blocks().size()));
+        ASSERT_TRUE(std::equal(before.begin(), before.begin() + same, streaming.blocks().begin()));
+        before = streaming.blocks();
+    }
+}
+
+TEST(StreamingMarkdownTest, EveryPrefixGivesTheBlocksOfAWholeParse)
+{
+    for (const qsizetype size : {1, 2, 3, 4, 7, 64})
+        expectSameBlocks(answer, size);
+}
+
+// Random texts out of the pieces that have a meaning, with words between them.
+TEST(StreamingMarkdownTest, RandomTextsGiveTheBlocksOfAWholeParse)
+{
+    const QStringList pieces = {u"\n"_s,     u"\n\n"_s,   u"```"_s,        u"`"_s,   u"|"_s,     u"|-|\n"_s,
+                                u"| a |"_s,  u"- "_s,     u"* "_s,         u"1. "_s, u"# "_s,    u"#"_s,
+                                u"> "_s,     u"---"_s,    u"**"_s,         u"_"_s,   u"~~"_s,    u"["_s,
+                                u"]("_s,     u")"_s,      u"http://a.b"_s, u":"_s,   u"&amp;"_s, u"\\"_s,
+                                u"chart"_s,  u"stat"_s,   u"word"_s,       u" "_s,   u"  "_s,    u"\t"_s,
+                                u"x"_s,      u"1"_s,      u"9 "_s,         u"é"_s,   u"😀"_s,     u"\r\n"_s,
+                                u"\u00a0"_s, u"\u2028"_s, u"<"_s,          u">"_s,   u"."_s,     u"a b c"_s};
+    std::mt19937 random(20260401);
+    for (int round = 0; round < 1500; ++round) {
+        QString text;
+        for (int i = 0; i < 40; ++i)
+            text += pieces[static_cast<qsizetype>(random() % static_cast<std::size_t>(pieces.size()))];
+        expectSameBlocks(text, 1 + static_cast<qsizetype>(random() % 4));
+        if (HasFatalFailure())
+            break;
+    }
+}
+
+TEST(StreamingMarkdownTest, ATextThatIsTakenBackIsReadAnew)
+{
+    StreamingMarkdown streaming;
+    for (const QString &text :
+         {answer, answer.first(40), u"Other *words*"_s, u"Other *words* more"_s, QString(), u"# New"_s}) {
+        streaming.setText(text);
+        EXPECT_EQ(streaming.blocks(), MarkdownRenderer::parse(text));
+    }
+}
+
+TEST(StreamingMarkdownTest, OnlyTheOpenBlockIsToldAsChanged)
+{
+    StreamingMarkdown streaming;
+    streaming.setText(u"# One\n\nTwo\n\n- a\n- b"_s);
+    EXPECT_EQ(streaming.append(u" and more"), 2);
+    EXPECT_EQ(streaming.append(u" **loud**\n"), 2);
+    EXPECT_EQ(streaming.append(u"\nThe next"), 2);
+    EXPECT_EQ(streaming.append(u" words"), 3);
+}
+
+} // namespace
