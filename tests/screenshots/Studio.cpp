@@ -1,9 +1,13 @@
 #include "screenshots/Studio.h"
 
+#include "models/Conversation.h"
+#include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
 #include "support/Await.h"
 #include "support/WindowDriver.h"
+#include "utils/Identifier.h"
 #include "view_models/ChatViewModel.h"
+#include "view_models/ConversationListModel.h"
 #include "view_models/ShellViewModel.h"
 
 #include <QDir>
@@ -28,6 +32,7 @@ Studio::Studio(QString folder, QString suffix, bool dark)
 {
     CommandLine commandLine;
     commandLine.profile = m_profile.path();
+    commandLine.practiceServer = m_server.baseUrl();
     m_state = std::make_unique<AppState>(commandLine, AppState::Host::test, m_clock,
                                          AppState::Secrets{m_keychain, m_keychain});
     m_state->shell().setAppearance(dark ? u"dark"_s : u"light"_s);
@@ -60,10 +65,31 @@ void Studio::say(const QString &words)
     m_state->chat().send();
 }
 
+void Studio::openChat(const QString &question, const QString &answer)
+{
+    ConversationRepository &repository = m_state->repository();
+    const auto chat = repository.create();
+    for (const auto &[role, text] :
+         {std::pair{MessageRole::user, question}, {MessageRole::assistant, answer}})
+        repository.add(repository.makeMessage({.id = QUuid::createUuid(),
+                                               .role = role,
+                                               .content = text,
+                                               .createdAt = m_clock.now(),
+                                               .status = MessageStatus::delivered}),
+                       *chat);
+    m_state->chat().open(Identifier::text(chat->id()));
+    m_state->conversations().refresh();
+}
+
 void Studio::awaitReply()
 {
     expect(WindowDriver::eventually([this] { return m_state->chat().turnsInFlight() == 0; }),
            "the reply never ended");
+}
+
+void Studio::awaitApproval()
+{
+    expect(WindowDriver::eventually([this] { return m_state->chat().hasApproval(); }), "nothing was asked");
 }
 
 void Studio::awaitText(const QString &text)

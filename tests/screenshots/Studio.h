@@ -28,8 +28,11 @@ public:
     // A new chat with another model of the practice server.
     void beginChat(const QString &model);
     void say(const QString &words);
+    // A chat of the past, opened from the store: a question and its answer.
+    void openChat(const QString &question, const QString &answer);
     // Runs the event loop until the reply is over; throws when it never is.
     void awaitReply();
+    void awaitApproval();
     void awaitText(const QString &text);
 
     // Saves what `window` shows, once it stands still.

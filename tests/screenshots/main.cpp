@@ -6,6 +6,7 @@
 #include "view_models/CompanionViewModel.h"
 #include "view_models/ShellViewModel.h"
 
+#include <QFile>
 #include <QGuiApplication>
 #include <QQuickStyle>
 #include <QtQml/QQmlExtensionPlugin>
@@ -56,6 +57,52 @@ void takeGallery(Studio &studio)
     }
 }
 
+// Turns on their way: streaming, an approval, a saved note, an error.
+void takeTurns(Studio &studio)
+{
+    studio.beginChat(u"practice"_s);
+    studio.say(u"What happens to the words I type here?"_s);
+    studio.awaitText(u"No model"_s);
+    studio.take(u"streaming"_s);
+    studio.state().chat().stopResponding();
+    studio.awaitReply();
+
+    studio.beginChat(u"agent-search"_s);
+    studio.say(u"Which ferns grow in deep shade?"_s);
+    studio.awaitApproval();
+    studio.take(u"approval"_s);
+    studio.state().chat().approve();
+    studio.awaitReply();
+    studio.take(u"abilities"_s);
+
+    studio.beginChat(u"status-503"_s);
+    studio.say(u"Are you there?"_s);
+    studio.awaitReply();
+    studio.take(u"error"_s);
+    studio.state().chat().dismissBanner();
+}
+
+QString answerNamed(const QString &name)
+{
+    QFile file(u":/scenes/answers/"_s + name + u".md"_s);
+    if (!file.open(QIODevice::ReadOnly))
+        throw std::runtime_error("an answer is missing");
+    return QString::fromUtf8(file.readAll());
+}
+
+void takeAnswers(Studio &studio)
+{
+    const std::pair<QString, QString> answers[] = {
+        {u"technical"_s, u"How does a sealed store survive a crash?"_s},
+        {u"cards"_s, u"Sum up the house on Elm Street"_s},
+        {u"charts"_s, u"How did prices develop?"_s},
+        {u"boards"_s, u"Markets and weather, please"_s}};
+    for (const auto &[name, question] : answers) {
+        studio.openChat(question, answerNamed(name));
+        studio.take(u"answer-"_s + name);
+    }
+}
+
 void takeSourceMenu(Studio &studio)
 {
     WindowDriver::click(WindowDriver::item(studio.window(), u"sourceButton"_s));
@@ -83,6 +130,8 @@ void takeAll(Studio &studio)
     studio.say(u"What happens to the words I type here?"_s);
     studio.awaitReply();
     studio.take(u"chat"_s);
+    takeTurns(studio);
+    takeAnswers(studio);
     takeSourceMenu(studio);
     takeSettings(studio);
     takeGallery(studio);
