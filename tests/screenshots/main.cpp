@@ -97,6 +97,7 @@ void takeAnswers(Studio &studio)
         {u"cards"_s, u"Sum up the house on Elm Street"_s},
         {u"charts"_s, u"How did prices develop?"_s},
         {u"boards"_s, u"Markets and weather, please"_s}};
+    studio.beginChat(u"llama3.2:3b"_s); // only its name is shown
     for (const auto &[name, question] : answers) {
         studio.openChat(question, answerNamed(name));
         studio.take(u"answer-"_s + name);
@@ -130,8 +131,8 @@ void takeAll(Studio &studio)
     studio.say(u"What happens to the words I type here?"_s);
     studio.awaitReply();
     studio.take(u"chat"_s);
-    takeTurns(studio);
     takeAnswers(studio);
+    takeTurns(studio);
     takeSourceMenu(studio);
     takeSettings(studio);
     takeGallery(studio);

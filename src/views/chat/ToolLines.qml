@@ -18,6 +18,7 @@ Column {
 
             required property int index
             required property string modelData
+            readonly property bool failed: modelData.startsWith("Couldn't")
             readonly property bool atWork: root.running && index === root.lines.length - 1
                 && modelData.endsWith("…")
 
@@ -28,7 +29,7 @@ Column {
                 anchors.verticalCenter: parent.verticalCenter
                 width: 16
                 height: 16
-                name: line.atWork ? "spark" : "check"
+                name: line.atWork ? "spark" : line.failed ? "warning" : "check"
                 color: line.atWork ? Theme.accent : Theme.secondary
             }
             SmallText {
