@@ -1,13 +1,9 @@
+#include "WindowFigures.h"
 #include "app/AppState.h"
-#include "app/MainWindowController.h"
 #include "app/SecretKeeping.h"
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
-#include "persistence/SettingsStore.h"
-#include "security/InMemoryKeychainService.h"
-#include "support/ModelServer.h"
 #include "utils/Clock.h"
-#include "view_models/ChatViewModel.h"
 #include "view_models/HistorySearchModel.h"
 
 #include <QElapsedTimer>
@@ -18,8 +14,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <atomic>
-#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -54,12 +48,6 @@ Start minimalStart()
     return startOf(QStringLiteral(MORVANE_MINIMAL_START), {});
 }
 
-void report(benchmark::State &state, double value, const char *unit)
-{
-    state.counters["value"] = value;
-    state.SetLabel(unit);
-}
-
 void startTime(benchmark::State &state, Start (*start)())
 {
     double sum = 0;
@@ -74,54 +62,6 @@ void startMemory(benchmark::State &state, Start (*start)())
     for ([[maybe_unused]] auto iteration : state)
         sum += start().mebibytes;
     report(state, sum / static_cast<double>(state.iterations()), "MiB");
-}
-
-// The longest time that a call posted from another thread waited for the GUI thread to get round to it. The
-// next call is posted a millisecond after the one before was answered.
-class LongestBlock {
-public:
-    LongestBlock()
-        : m_thread([this](const std::stop_token &stop) { beat(stop); })
-    {}
-
-    [[nodiscard]] double milliseconds() const { return static_cast<double>(m_longest.load()) / 1e6; }
-
-private:
-    void beat(const std::stop_token &stop)
-    {
-        while (!stop.stop_requested()) {
-            QElapsedTimer posted;
-            posted.start();
-            std::atomic_bool answered = false;
-            QMetaObject::invokeMethod(
-                QCoreApplication::instance(),
-                [&answered] {
-                    answered = true;
-                    answered.notify_one();
-                },
-                Qt::QueuedConnection);
-            answered.wait(false);
-            m_longest = std::max(m_longest.load(), posted.nsecsElapsed());
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    }
-
-    std::atomic<qint64> m_longest = 0; // nanoseconds
-    std::jthread m_thread;
-};
-
-void fill(ConversationRepository &repository, Conversation &conversation, Clock &clock, int messages)
-{
-    for (int i = 0; i < messages; ++i) {
-        conversation.append(
-            repository.makeMessage({.id = QUuid::createUuid(),
-                                    .role = i % 2 ? MessageRole::assistant : MessageRole::user,
-                                    .content = u"Message number %1, a line of chat."_s.arg(i),
-                                    .createdAt = clock.now(),
-                                    .status = MessageStatus::delivered}));
-        repository.context().insert(conversation.messages().back());
-    }
-    repository.save();
 }
 
 // A profile that holds so many chats of twenty messages each.
@@ -208,50 +148,6 @@ void searchEverything(benchmark::State &state)
     application->willTerminate();
 }
 
-// A reply of 2,000 pieces streams into a chat of 1,000 messages that is open in the window.
-void streamIntoLongChat(benchmark::State &state)
-{
-    for ([[maybe_unused]] auto iteration : state) {
-        const QTemporaryDir profile;
-        SystemClock clock;
-        InMemoryKeychainService keychain;
-        ModelServer server;
-        CommandLine commandLine;
-        commandLine.profile = profile.path();
-        AppState application(commandLine, AppState::Host::test, clock, {keychain, keychain});
-        application.settings().setBaseURLString(server.baseUrl());
-        application.settings().setModel(u"pieces-2000"_s);
-        fill(application.repository(), *application.chat().conversation(), clock, 1000);
-        const QString id = application.chat().conversationId();
-        application.chat().newConversation();
-        application.chat().open(id);
-        MainWindowController window(application);
-        application.start();
-        const auto turn = [&](auto &&done) {
-            while (!done())
-                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        };
-        QElapsedTimer shown;
-        shown.start();
-        turn([&] { return shown.elapsed() > 1000; });
-        application.chat().sendMessage(u"Go"_s, std::nullopt);
-        auto block = std::make_unique<LongestBlock>();
-        turn([&] { return !application.chat().isResponding(); });
-        report(state, block->milliseconds(), "ms");
-        // Its thread may be waiting for one more answer.
-        std::atomic_bool ended = false;
-        std::thread ending([&] {
-            block.reset();
-            ended = true;
-            QMetaObject::invokeMethod(
-                QCoreApplication::instance(), [] {}, Qt::QueuedConnection);
-        });
-        turn([&] { return ended.load(); });
-        ending.join();
-        application.willTerminate();
-    }
-}
-
 } // namespace
 
 BENCHMARK_CAPTURE(startTime, application, applicationStart)->Name("start_to_first_frame")->Iterations(3);
@@ -269,7 +165,6 @@ BENCHMARK_CAPTURE(startMemory, few, startWithTenChats)
     ->Name("resident_on_10000_chats/yardstick")
     ->Iterations(3);
 BENCHMARK(searchEverything)->Name("search_200000_messages")->Iterations(1);
-BENCHMARK(streamIntoLongChat)->Name("longest_block_while_streaming")->Iterations(1);
 
 int main(int argc, char **argv)
 {

@@ -94,6 +94,18 @@ std::vector<ConversationListModel::Row> ConversationListModel::read(std::size_t 
     return rows;
 }
 
+QString ConversationListModel::neighbour(const QString &id, int step)
+{
+    const QUuid uuid = QUuid::fromString(id);
+    const auto here =
+        std::find_if(m_rows.begin(), m_rows.end(), [&](const Row &row) { return row.id == uuid; });
+    const auto row = here == m_rows.end() ? 0 : std::distance(m_rows.begin(), here) + step;
+    if (row >= std::ssize(m_rows) && canFetchMore({}))
+        fetchMore({});
+    return row < 0 || row >= std::ssize(m_rows) ? QString()
+                                                : Identifier::text(m_rows[static_cast<std::size_t>(row)].id);
+}
+
 void ConversationListModel::refresh()
 {
     // One more than is shown: a new chat joins the list, and a full page tells that there are more.

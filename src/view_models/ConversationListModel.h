@@ -34,6 +34,10 @@ public:
     [[nodiscard]] bool canFetchMore(const QModelIndex &parent) const override;
     void fetchMore(const QModelIndex &parent) override;
 
+    // The chat that many rows below the one of this id, above it when negative. Empty where the list ends;
+    // the first one when the id isn't listed.
+    Q_INVOKABLE QString neighbour(const QString &id, int step);
+
     // Reads the list again; rows that stay are moved and updated in place.
     void refresh();
 

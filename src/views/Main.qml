@@ -36,6 +36,11 @@ T.ApplicationWindow {
             window.toggleSidebar();
         list.focusSearch();
     }
+    function switchChat(step: int) {
+        const id = window.conversations.neighbour(window.chat.conversationId, step);
+        if (id.length > 0)
+            window.chat.open(id);
+    }
     function beginChat() {
         window.overlayOpen = false;
         window.chat.newConversation();
@@ -135,6 +140,7 @@ T.ApplicationWindow {
         onSettings: window.openSettings()
         onSidebar: window.toggleSidebar()
         onSearch: window.findChat()
+        onSwitchChat: step => window.switchChat(step)
         onComposer: page.focusComposer()
         onCopyAnswer: page.copyLastAnswer()
         onPage: direction => page.scrollPage(direction)

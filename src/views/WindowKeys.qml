@@ -9,6 +9,7 @@ Item {
     signal settings()
     signal sidebar()
     signal search()
+    signal switchChat(int step)
     signal composer()
     signal copyAnswer()
     signal page(int direction)
@@ -19,6 +20,8 @@ Item {
     Shortcut { sequence: Keymap.settings; onActivated: root.settings() }
     Shortcut { sequence: Keymap.sidebar; onActivated: root.sidebar() }
     Shortcut { sequence: Keymap.search; onActivated: root.search() }
+    Shortcut { sequence: Keymap.nextChat; onActivated: root.switchChat(1) }
+    Shortcut { sequence: Keymap.previousChat; onActivated: root.switchChat(-1) }
     Shortcut { sequence: Keymap.composer; onActivated: root.composer() }
     Shortcut { sequence: Keymap.copyAnswer; onActivated: root.copyAnswer() }
     Shortcut { sequence: "PgUp"; onActivated: root.page(-1) }

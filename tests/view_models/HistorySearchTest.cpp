@@ -5,6 +5,7 @@
 #include "support/FakeFieldSealing.h"
 #include "support/ManualClock.h"
 #include "utils/Identifier.h"
+#include "view_models/ConversationListModel.h"
 #include "view_models/HistorySearchModel.h"
 
 #include <QAbstractItemModelTester>
@@ -147,6 +148,23 @@ TEST_F(HistorySearchTest, RowsFollowARenamedAndADeletedChat)
     repository.remove(*gone);
     model.refresh();
     EXPECT_EQ(found(), QStringList(u"Mosses|"_s));
+}
+
+TEST_F(HistorySearchTest, TheListTellsTheNeighboursOfAChat)
+{
+    const auto older = chat(u"Older"_s, {});
+    for (int i = 0; i < 70; ++i)
+        chat(u"Chat %1"_s.arg(i), {});
+    const auto newer = chat(u"Newer"_s, {});
+    ConversationListModel list(repository, clock);
+    const QString top = Identifier::text(newer->id());
+    EXPECT_EQ(list.neighbour(top, -1), QString());
+    EXPECT_EQ(list.neighbour(list.neighbour(top, 1), -1), top);
+    EXPECT_EQ(list.neighbour(u"unknown"_s, 1), top);
+    QString last = top;
+    for (QString next = top; !next.isEmpty(); next = list.neighbour(next, 1))
+        last = next;
+    EXPECT_EQ(last, Identifier::text(older->id())) << "beyond the first page too";
 }
 
 TEST_F(HistorySearchTest, AModelThatGoesEndsItsSearch)

@@ -85,6 +85,11 @@ FakeConversationList::FakeConversationList(QObject *parent)
     : FakeRows({"conversationId", "title", "section"}, parent)
 {}
 
+QString FakeConversationList::neighbour(const QString &id, int step)
+{
+    return id + QString::number(step);
+}
+
 FakeSearch::FakeSearch(QObject *parent)
     : FakeRows({"conversationId", "title", "excerpt", "section"}, parent)
 {}

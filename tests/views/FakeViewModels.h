@@ -51,6 +51,8 @@ class FakeConversationList : public FakeRows {
     Q_OBJECT
 public:
     explicit FakeConversationList(QObject *parent = nullptr);
+
+    Q_INVOKABLE QString neighbour(const QString &id, int step);
 };
 
 class FakeSearch : public FakeRows {

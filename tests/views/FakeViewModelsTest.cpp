@@ -62,6 +62,7 @@ void expectSameRoles(const Model &real, const FakeRows &fake)
 TEST(FakeViewModelsTest, TheRealViewModelsHaveWhatTheFakesOffer)
 {
     expectRealHas(ChatViewModel::staticMetaObject, FakeChat::staticMetaObject);
+    expectRealHas(ConversationListModel::staticMetaObject, FakeConversationList::staticMetaObject);
     expectRealHas(AISettingsViewModel::staticMetaObject, FakeAISettings::staticMetaObject);
     expectRealHas(ShellViewModel::staticMetaObject, FakeShell::staticMetaObject);
     expectRealHas(CompanionViewModel::staticMetaObject, FakeCompanion::staticMetaObject);

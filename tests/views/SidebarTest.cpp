@@ -76,6 +76,13 @@ TEST_F(SidebarTest, TheListWorksByKeyboardAlone)
     EXPECT_TRUE(m_chat.takeCalls().isEmpty()) << "Escape leaves the name as it was";
 }
 
+TEST_F(SidebarTest, KeysLeadToTheChatAboveAndBelow)
+{
+    press(Qt::Key_PageDown, Qt::ControlModifier);
+    press(Qt::Key_PageUp, Qt::ControlModifier);
+    EXPECT_EQ(m_chat.takeCalls(), QStringList({u"open A1"_s, u"open A-1"_s}));
+}
+
 TEST_F(SidebarTest, DeletingAsksFirstAndStartsOnTheHarmlessAnswer)
 {
     const auto ask = [this] {

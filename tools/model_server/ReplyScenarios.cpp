@@ -38,11 +38,23 @@ Work slow(Exchange &exchange)
     co_await play(exchange, std::move(reply));
 }
 
-Work pieces(Exchange &exchange)
+Reply manyPieces(Exchange &exchange)
 {
     Reply reply;
     for (int i = 1; i <= Scenarios::number(exchange.request().model()); ++i)
         reply.pieces.append(i % 12 == 0 ? u"piece %1.\n"_s.arg(i) : u"piece %1, "_s.arg(i));
+    return reply;
+}
+
+Work pieces(Exchange &exchange)
+{
+    co_await play(exchange, manyPieces(exchange));
+}
+
+Work pacedPieces(Exchange &exchange)
+{
+    Reply reply = manyPieces(exchange);
+    reply.pause = 20ms;
     co_await play(exchange, std::move(reply));
 }
 
@@ -275,6 +287,7 @@ std::span<const Scenario> Scenarios::replies()
         {"practice-fast"_L1, "the same without pauses"_L1, practiceFast},
         {"slow"_L1, "the same, after five seconds and half a second between words"_L1, slow},
         {"pieces-N"_L1, "N pieces without pauses"_L1, pieces},
+        {"paced-N"_L1, "the same, fifty a second"_L1, pacedPieces},
         {"length"_L1, "stops at the output limit; asked to continue, it sends the rest"_L1, length},
         {"tool-call-whole"_L1, "calls the first tool offered, in one piece"_L1, toolCallWhole},
         {"tool-call-split"_L1, "the same call, its arguments in small fragments"_L1, toolCallSplit},

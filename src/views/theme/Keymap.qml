@@ -8,6 +8,8 @@ QtObject {
     readonly property string settings: "Ctrl+,"
     readonly property string sidebar: "F9"
     readonly property string search: "Ctrl+K"
+    readonly property string nextChat: "Ctrl+PgDown"
+    readonly property string previousChat: "Ctrl+PgUp"
     readonly property string composer: "Ctrl+J"
     readonly property string copyAnswer: "Ctrl+Shift+C"
     readonly property string toEnd: "Alt+End"
@@ -24,6 +26,7 @@ QtObject {
         { keys: composer, action: "Go to the message field" },
         { keys: newChat, action: "New chat" },
         { keys: search, action: "Search the chats" },
+        { keys: previousChat + ", " + nextChat, action: "Go to the chat above or below in the list" },
         { keys: "F2", action: "Rename the chat under the list's marker" },
         { keys: "Delete", action: "Delete the chat under the list's marker" },
         { keys: sidebar, action: "Show or hide the list of chats" },

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "models/Conversation.h"
+#include "persistence/ConversationRepository.h"
+#include "utils/Clock.h"
+
+#include <benchmark/benchmark.h>
+
+// What the benchmarks of the window share.
+
+// A figure that is not the time of an iteration.
+inline void report(benchmark::State &state, double value, const char *unit)
+{
+    state.counters["value"] = value;
+    state.SetLabel(unit);
+}
+
+// Adds so many messages to a chat, all of the same text, or of one short line each, and saves.
+inline void fill(ConversationRepository &repository, Conversation &conversation, Clock &clock, int messages,
+                 const QString &text = {})
+{
+    for (int i = 0; i < messages; ++i) {
+        conversation.append(repository.makeMessage(
+            {.id = QUuid::createUuid(),
+             .role = i % 2 ? MessageRole::assistant : MessageRole::user,
+             .content = text.isEmpty() ? QStringLiteral("Message number %1, a line of chat.").arg(i) : text,
+             .createdAt = clock.now(),
+             .status = MessageStatus::delivered}));
+        repository.context().insert(conversation.messages().back());
+    }
+    repository.save();
+}

@@ -1,0 +1,235 @@
+#include "WindowFigures.h"
+#include "app/AppState.h"
+#include "app/MainWindowController.h"
+#include "persistence/ConversationRepository.h"
+#include "persistence/SettingsStore.h"
+#include "security/InMemoryKeychainService.h"
+#include "support/ModelServer.h"
+#include "utils/Clock.h"
+#include "view_models/ChatViewModel.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QGuiApplication>
+#include <QQuickItem>
+#include <QQuickStyle>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+#include <atomic>
+#include <ctime>
+#include <thread>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The longest time that a call posted from another thread waited for the GUI thread to get round to it. The
+// next call is posted a millisecond after the one before was answered.
+class LongestBlock {
+public:
+    LongestBlock()
+        : m_thread([this](const std::stop_token &stop) { beat(stop); })
+    {}
+
+    [[nodiscard]] double milliseconds() const { return static_cast<double>(m_longest.load()) / 1e6; }
+
+private:
+    void beat(const std::stop_token &stop)
+    {
+        while (!stop.stop_requested()) {
+            QElapsedTimer posted;
+            posted.start();
+            std::atomic_bool answered = false;
+            QMetaObject::invokeMethod(
+                QCoreApplication::instance(),
+                [&answered] {
+                    answered = true;
+                    answered.notify_one();
+                },
+                Qt::QueuedConnection);
+            answered.wait(false);
+            m_longest = std::max(m_longest.load(), posted.nsecsElapsed());
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    }
+
+    std::atomic<qint64> m_longest = 0; // nanoseconds
+    std::jthread m_thread;
+};
+
+const QString richAnswer =
+    u"## Heading\n\nSome **strong** words, a [link](https://example.org) and `code` in a line that wraps.\n\n"
+    "- one\n- two\n- three\n\n```cpp\nint main() { return 0; }\n```\n\n| a | b |\n|---|---|\n| 1 | 2 |\n\n"
+    "```stat\n$32M | Price | +12%\n```\n"_s;
+
+// A reply of 2,000 pieces streams into a chat of 1,000 messages that is open in the window.
+void streamIntoLongChat(benchmark::State &state)
+{
+    for ([[maybe_unused]] auto iteration : state) {
+        const QTemporaryDir profile;
+        SystemClock clock;
+        InMemoryKeychainService keychain;
+        ModelServer server;
+        CommandLine commandLine;
+        commandLine.profile = profile.path();
+        AppState application(commandLine, AppState::Host::test, clock, {keychain, keychain});
+        application.settings().setBaseURLString(server.baseUrl());
+        application.settings().setModel(u"pieces-2000"_s);
+        fill(application.repository(), *application.chat().conversation(), clock, 1000);
+        const QString id = application.chat().conversationId();
+        application.chat().newConversation();
+        application.chat().open(id);
+        MainWindowController window(application);
+        application.start();
+        const auto turn = [&](auto &&done) {
+            while (!done())
+                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        };
+        QElapsedTimer shown;
+        shown.start();
+        turn([&] { return shown.elapsed() > 1000; });
+        application.chat().sendMessage(u"Go"_s, std::nullopt);
+        auto block = std::make_unique<LongestBlock>();
+        turn([&] { return !application.chat().isResponding(); });
+        report(state, block->milliseconds(), "ms");
+        // Its thread may be waiting for one more answer.
+        std::atomic_bool ended = false;
+        std::thread ending([&] {
+            block.reset();
+            ended = true;
+            QMetaObject::invokeMethod(
+                QCoreApplication::instance(), [] {}, Qt::QueuedConnection);
+        });
+        turn([&] { return ended.load(); });
+        ending.join();
+        application.willTerminate();
+    }
+}
+
+// The application with its window on a throw-away profile.
+class OpenWindow {
+public:
+    OpenWindow()
+    {
+        CommandLine commandLine;
+        commandLine.profile = m_profile.path();
+        m_state = std::make_unique<AppState>(commandLine, AppState::Host::test, m_clock,
+                                             AppState::Secrets{m_keychain, m_keychain});
+        m_state->settings().setBaseURLString(m_server.baseUrl());
+        m_window = std::make_unique<MainWindowController>(*m_state);
+        m_state->start();
+        turnFor(500);
+    }
+    ~OpenWindow() { m_state->willTerminate(); }
+
+    [[nodiscard]] AppState &state() { return *m_state; }
+    [[nodiscard]] QQuickItem *messages()
+    {
+        return m_window->window()->findChild<QQuickItem *>(u"messages"_s);
+    }
+    void openFilled(int messages, const QString &text)
+    {
+        fill(m_state->repository(), *m_state->chat().conversation(), m_clock, messages, text);
+        const QString id = m_state->chat().conversationId();
+        m_state->chat().newConversation();
+        m_state->chat().open(id);
+        turnFor(500);
+    }
+    static void turnFor(int milliseconds)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        while (timer.elapsed() < milliseconds)
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    }
+
+private:
+    QTemporaryDir m_profile;
+    SystemClock m_clock;
+    InMemoryKeychainService m_keychain;
+    ModelServer m_server;
+    std::unique_ptr<AppState> m_state;
+    std::unique_ptr<MainWindowController> m_window;
+};
+
+double residentMebibytes()
+{
+    QFile statm(u"/proc/self/statm"_s);
+    const bool isOpen = statm.open(QIODevice::ReadOnly);
+    return isOpen ? statm.readAll().split(' ').value(1).toDouble() * 4096 / (1024 * 1024) : 0;
+}
+
+double processorSeconds()
+{
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+// A chat of 1,000 rich answers is scrolled from its end to its beginning, a third of a view at a time. The
+// longest step of laying out and drawing, and what the chat added to memory.
+void scrollRichAnswers(benchmark::State &state, bool wantsMemory)
+{
+    for ([[maybe_unused]] auto iteration : state) {
+        OpenWindow open;
+        const double before = residentMebibytes();
+        open.openFilled(2000, richAnswer);
+        QQuickItem *list = open.messages();
+        double longest = 0;
+        for (int step = 0; step < 400; ++step) {
+            const double top = list->property("contentY").toDouble();
+            QElapsedTimer frame;
+            frame.start();
+            list->setProperty("contentY", top - list->height() / 3);
+            QCoreApplication::processEvents();
+            longest = std::max(longest, static_cast<double>(frame.nsecsElapsed()) / 1e6);
+        }
+        if (wantsMemory)
+            report(state, residentMebibytes() - before, "MiB");
+        else
+            report(state, longest, "ms");
+    }
+}
+
+// Of one core, in percent, while a reply streams in at fifty pieces a second for four seconds.
+void processorWhileStreaming(benchmark::State &state)
+{
+    for ([[maybe_unused]] auto iteration : state) {
+        OpenWindow open;
+        open.state().settings().setModel(u"paced-400"_s);
+        open.state().chat().sendMessage(u"Go"_s, std::nullopt);
+        OpenWindow::turnFor(1000);
+        const double before = processorSeconds();
+        QElapsedTimer wall;
+        wall.start();
+        while (wall.elapsed() < 4000)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        const double seconds = static_cast<double>(wall.nsecsElapsed()) / 1e9;
+        report(state, (processorSeconds() - before) / seconds * 100, "%");
+        open.state().chat().stopResponding();
+        OpenWindow::turnFor(200);
+    }
+}
+
+} // namespace
+
+BENCHMARK_CAPTURE(scrollRichAnswers, frame, false)
+    ->Name("longest_scroll_step_1000_rich_answers")
+    ->Iterations(1);
+BENCHMARK_CAPTURE(scrollRichAnswers, memory, true)->Name("memory_of_1000_rich_answers")->Iterations(1);
+BENCHMARK(processorWhileStreaming)->Name("processor_at_50_pieces_a_second")->Iterations(1);
+BENCHMARK(streamIntoLongChat)->Name("longest_block_while_streaming")->Iterations(1);
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_QUICK_BACKEND", "software");
+    qputenv("QT_LOGGING_RULES", "*.info=false");
+    QQuickStyle::setStyle(QStringLiteral("Basic"));
+    QGuiApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
