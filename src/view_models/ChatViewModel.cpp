@@ -245,13 +245,13 @@ void ChatViewModel::continueReply(const QString &messageId)
                      [id = QUuid(messageId)](const auto &message) { return message->id() == id; });
     if (m_isResponding || found == messages.end() || !(*found)->hitTokenLimit())
         return;
-    const auto message = *found;
+    auto message = *found; // the list may let go of it below
     message->setHitTokenLimit(false);
     m_messages.messageChanged(message->id());
     auto history = TurnHistory::upTo(m_messages, *message);
     history.push_back({MessageRole::user, continuePrompt, {}});
     setBanner(std::nullopt);
-    startTurn({.reply = message,
+    startTurn({.reply = std::move(message),
                .conversation = m_conversation,
                .history = std::move(history),
                .userWords = continuePrompt,

@@ -35,9 +35,9 @@ ConversationListModel::ConversationListModel(ConversationRepository &repository,
     : QAbstractListModel(parent)
     , m_repository(repository)
     , m_clock(clock)
-{
-    refresh();
-}
+    , m_rows(read(0, pageSize))
+    , m_hasMore(m_rows.size() == pageSize)
+{}
 
 int ConversationListModel::rowCount(const QModelIndex &parent) const
 {

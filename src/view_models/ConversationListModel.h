@@ -58,5 +58,5 @@ private:
     ConversationRepository &m_repository;
     Clock &m_clock;
     std::vector<Row> m_rows;
-    bool m_hasMore = true;
+    bool m_hasMore;
 };

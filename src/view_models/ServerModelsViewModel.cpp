@@ -17,16 +17,15 @@ void ServerModelsViewModel::fetch()
     m_problem.clear();
     Q_EMIT changed();
     m_fetch = TaskHandle::start(
-        [this](std::stop_token stop) { return fetchNames(QPointer(this), m_lister, std::move(stop)); });
+        [this](std::stop_token stop) { return fetchNames(QPointer(this), std::move(stop)); });
 }
 
-QCoro::Task<> ServerModelsViewModel::fetchNames(QPointer<ServerModelsViewModel> self, Lister lister,
-                                                std::stop_token stop)
+QCoro::Task<> ServerModelsViewModel::fetchNames(QPointer<ServerModelsViewModel> self, std::stop_token stop)
 {
     QStringList names;
     QString problem;
     try {
-        names = co_await lister(stop);
+        names = co_await self->m_lister(stop);
         if (names.isEmpty())
             problem = u"The server lists no models."_s;
     } catch (...) {

@@ -39,8 +39,7 @@ Q_SIGNALS:
     void changed();
 
 private:
-    static QCoro::Task<> fetchNames(QPointer<ServerModelsViewModel> self, Lister lister,
-                                    std::stop_token stop);
+    static QCoro::Task<> fetchNames(QPointer<ServerModelsViewModel> self, std::stop_token stop);
     void finish(const QStringList &names, const QString &problem);
 
     Lister m_lister;
