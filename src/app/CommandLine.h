@@ -11,7 +11,7 @@ struct CommandLine {
     bool resetOnboarding = false;          // shows the welcome flow again
     bool simulateFreshSetup = false;       // the local model service acts as though nothing is installed
     std::optional<QString> profile;        // a folder that takes the place of every XDG folder
-    std::optional<QString> practiceServer; // base address to chat with and to search at, in a profile of its own
+    std::optional<QString> practiceServer; // where to chat and to search, in a profile of its own
     std::optional<QString> demoPicture;    // plays one turn, saves the window there and ends
 
     [[nodiscard]] SupportFolders folders() const;

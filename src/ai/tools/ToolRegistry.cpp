@@ -129,7 +129,8 @@ QCoro::Task<std::optional<ToolOutcome>> ToolRegistry::approve(Self self, Ability
 
 ToolRegistry::ApprovalHandler ToolRegistry::handlerFor(const ToolGate::Ask &ask) const
 {
-    const bool isChatWide = ask.offersChatWideYes && m_hooks.approvalHandler && m_hooks.chatWideApprovalHandler;
+    const bool isChatWide =
+        ask.offersChatWideYes && m_hooks.approvalHandler && m_hooks.chatWideApprovalHandler;
     return isChatWide ? m_hooks.chatWideApprovalHandler : m_hooks.approvalHandler;
 }
 
