@@ -317,7 +317,8 @@ std::int64_t ConversationRepository::sealPlainTextsOf()
     std::int64_t sealed = 0;
     while (true) {
         const auto records = answerOr(std::vector<std::shared_ptr<R>>(), [&] {
-            return m_context.fetch<R>({.where = isPlain, .limit = plainTextPortion});
+            // In the order of the index over such rows; any other reads the whole table.
+            return m_context.fetch<R>({.where = isPlain, .order = "id", .limit = plainTextPortion});
         });
         const auto changed = std::ranges::count_if(records, [](const auto &record) {
             const auto before = record->revision();
