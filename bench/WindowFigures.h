@@ -4,9 +4,25 @@
 #include "persistence/ConversationRepository.h"
 #include "utils/Clock.h"
 
+#include <QGuiApplication>
+#include <QQuickStyle>
+
 #include <benchmark/benchmark.h>
 
 // What the benchmarks of the window share.
+
+// The benchmarks of a program, with windows that need no display.
+inline int runOffScreen(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_QUICK_BACKEND", "software");
+    qputenv("QT_LOGGING_RULES", "*.info=false");
+    QQuickStyle::setStyle(QStringLiteral("Basic"));
+    QGuiApplication application(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
 
 // A figure that is not the time of an iteration.
 inline void report(benchmark::State &state, double value, const char *unit)

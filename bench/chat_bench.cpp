@@ -8,11 +8,10 @@
 #include "utils/Clock.h"
 #include "view_models/ChatViewModel.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
-#include <QGuiApplication>
 #include <QQuickItem>
-#include <QQuickStyle>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
@@ -224,12 +223,5 @@ BENCHMARK(streamIntoLongChat)->Name("longest_block_while_streaming")->Iterations
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    qputenv("QT_QUICK_BACKEND", "software");
-    qputenv("QT_LOGGING_RULES", "*.info=false");
-    QQuickStyle::setStyle(QStringLiteral("Basic"));
-    QGuiApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return runOffScreen(argc, argv);
 }

@@ -6,10 +6,9 @@
 #include "utils/Clock.h"
 #include "view_models/HistorySearchModel.h"
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QGuiApplication>
 #include <QProcess>
-#include <QQuickStyle>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
@@ -167,12 +166,5 @@ BENCHMARK(searchEverything)->Name("search_200000_messages")->Iterations(1);
 
 int main(int argc, char **argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    qputenv("QT_QUICK_BACKEND", "software");
-    qputenv("QT_LOGGING_RULES", "*.info=false");
-    QQuickStyle::setStyle(QStringLiteral("Basic"));
-    QGuiApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
+    return runOffScreen(argc, argv);
 }

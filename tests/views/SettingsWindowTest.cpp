@@ -110,11 +110,20 @@ TEST_F(SettingsWindowTest, InstructionsAreSavedWhenTheFieldIsLeftAndResetAsksFir
     turnTo(u"ai"_s);
     EXPECT_EQ(m_instructions.text, u"Be short."_s);
     turnTo(u"instructions"_s);
+    const auto isAsked = [this] { return accessibleName(m_settings->activeFocusItem()) == "Cancel"_L1; };
     click(control(u"resetInstructions"_s));
-    EXPECT_EQ(m_instructions.resets, 0);
+    ASSERT_TRUE(eventually(isAsked));
     press(m_settings, Qt::Key_Escape);
     EXPECT_EQ(m_instructions.resets, 0);
     EXPECT_TRUE(m_settings->isVisible()) << "Escape closed the question and not the window";
+    ASSERT_TRUE(eventually([&] { // the panel that fades takes no clicks, and lets none through
+        click(control(u"resetInstructions"_s));
+        return isAsked();
+    }));
+    press(m_settings, Qt::Key_Tab);
+    press(m_settings, Qt::Key_Return);
+    EXPECT_EQ(m_instructions.resets, 1);
+    EXPECT_EQ(control(u"instructions.field"_s)->property("text").toString(), QString());
     m_instructions.problem = u"Sealed with a lost key."_s;
     Q_EMIT m_instructions.problemChanged();
     settle();
