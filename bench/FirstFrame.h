@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <unistd.h>
 
+namespace morvane {
+
 // Ends the program when its first window has shown its first frame, and prints the resident memory in bytes.
 class FirstFrame : public QObject {
 public:
@@ -36,3 +38,5 @@ private:
 
     QQuickWindow *m_window = nullptr;
 };
+
+} // namespace morvane

@@ -1,13 +1,15 @@
 #pragma once
 
+#include "async/Clock.h"
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
-#include "utils/Clock.h"
 
 #include <QGuiApplication>
 #include <QQuickStyle>
 
 #include <benchmark/benchmark.h>
+
+namespace morvane {
 
 // What the benchmarks of the window share.
 
@@ -46,3 +48,5 @@ inline void fill(ConversationRepository &repository, Conversation &conversation,
     }
     repository.save();
 }
+
+} // namespace morvane

@@ -1,12 +1,12 @@
 #include "WindowFigures.h"
 #include "app/AppState.h"
 #include "app/MainWindowController.h"
+#include "async/Clock.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
 #include "security/InMemoryKeychainService.h"
 #include "support/ModelServer.h"
-#include "utils/Clock.h"
-#include "view_models/ChatViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -20,6 +20,7 @@
 #include <ctime>
 #include <thread>
 
+using namespace morvane;
 using namespace Qt::StringLiterals;
 
 namespace {

@@ -9,6 +9,8 @@
 
 #include <chrono>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 // Hardware proof: each figure beside the work that no implementation can leave out.
@@ -208,3 +210,5 @@ BENCHMARK(digestConfiguration)->Name("configuration_match_20k/yardstick");
 } // namespace
 
 BENCHMARK_MAIN();
+
+} // namespace morvane

@@ -7,6 +7,7 @@
 #include <benchmark/benchmark.h>
 #include <md4c.h>
 
+using namespace morvane;
 using namespace Qt::StringLiterals;
 
 namespace {

@@ -2,10 +2,10 @@
 // the tools of the request.
 
 #include "ai/routing/AIRequestRouter.h"
+#include "async/Clock.h"
 #include "persistence/InMemorySettingsRepository.h"
 #include "persistence/SettingsStore.h"
 #include "security/InMemoryKeychainService.h"
-#include "utils/Clock.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -14,6 +14,7 @@
 
 #include <stdexcept>
 
+using namespace morvane;
 using namespace Qt::StringLiterals;
 
 namespace {

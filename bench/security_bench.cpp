@@ -1,11 +1,12 @@
 #include "security/KeychainService.h"
 #include "security/LocalDataVault.h"
-#include "utils/SealedBox.h"
+#include "utils/bytes/SealedBox.h"
 
 #include <benchmark/benchmark.h>
 
 #include <map>
 
+using namespace morvane;
 using namespace Qt::StringLiterals;
 
 // Sealing and opening one field, as a list does for each row, beside the bare cipher with the library's

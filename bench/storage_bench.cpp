@@ -3,7 +3,7 @@
 #include "persistence/PersistenceController.h"
 #include "persistence/StoreFiles.h"
 #include "security/ProcessKeySealing.h"
-#include "utils/Log.h"
+#include "utils/log/Log.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -12,6 +12,7 @@
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
 
+using namespace morvane;
 using namespace Qt::StringLiterals;
 
 // The chat store at the sizes that years of use give it, beside the same work on a small one.

@@ -11,6 +11,7 @@
 
 #include <benchmark/benchmark.h>
 
+using namespace morvane;
 using namespace Qt::StringLiterals;
 
 namespace {

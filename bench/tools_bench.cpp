@@ -2,6 +2,7 @@
 // be.
 
 #include "ai/tools/ToolRegistry.h"
+#include "async/Clock.h"
 #include "memory/MemoryStore.h"
 #include "memory/NoteText.h"
 #include "persistence/InMemorySettingsRepository.h"
@@ -9,13 +10,13 @@
 #include "security/InMemoryKeychainService.h"
 #include "security/LocalDataVault.h"
 #include "services/WebAccessing.h"
-#include "utils/Clock.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
 
 #include <benchmark/benchmark.h>
 
+using namespace morvane;
 using namespace Qt::StringLiterals;
 
 namespace {

@@ -7,6 +7,7 @@
 
 #include <benchmark/benchmark.h>
 
+using namespace morvane;
 using namespace Qt::StringLiterals;
 
 namespace {

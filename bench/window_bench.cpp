@@ -1,10 +1,10 @@
 #include "WindowFigures.h"
 #include "app/AppState.h"
 #include "app/SecretKeeping.h"
+#include "async/Clock.h"
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
-#include "utils/Clock.h"
-#include "view_models/HistorySearchModel.h"
+#include "view_models/sidebar/HistorySearchModel.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -13,6 +13,7 @@
 
 #include <benchmark/benchmark.h>
 
+using namespace morvane;
 using namespace Qt::StringLiterals;
 
 namespace {

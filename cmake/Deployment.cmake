@@ -115,11 +115,11 @@ file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/include/deployment_values/deployment/D
 #include <QLatin1StringView>
 
 // Written by the build from deployment/@MORVANE_DEPLOYMENT@.json.
-namespace DeploymentValues {
+namespace morvane::DeploymentValues {
 
 inline constexpr QLatin1StringView deploymentName{\"@MORVANE_DEPLOYMENT@\"};
 @MORVANE_DEPLOYMENT_LINES@
-} // namespace DeploymentValues
+} // namespace morvane::DeploymentValues
 " @ONLY)
 
 add_library(deployment_values INTERFACE)

@@ -35,5 +35,15 @@ function(add_layer)
     target_link_libraries(${name}
         PUBLIC ${LAYER_DEPENDS} ${LAYER_LIBS}
         PRIVATE ${LAYER_USES} ${LAYER_PRIVATE_LIBS} morvane_options)
-    set_property(GLOBAL APPEND PROPERTY MORVANE_LAYERS ${name})
+
+    # Rooms that don't stand on async see nothing that waits, not even through precompiled headers.
+    set(headers values)
+    foreach(other IN ITEMS ${name} ${LAYER_DEPENDS} ${LAYER_USES})
+        get_target_property(waits ${other} MORVANE_MAY_WAIT)
+        if(waits OR other STREQUAL "async")
+            set(headers tasks)
+            set_target_properties(${name} PROPERTIES MORVANE_MAY_WAIT ON)
+        endif()
+    endforeach()
+    precompile(${name} ${headers})
 endfunction()

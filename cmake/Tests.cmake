@@ -23,6 +23,7 @@ function(add_morvane_test name)
     add_executable(${name} ${TEST_SOURCES})
     target_link_libraries(${name} PRIVATE ${TEST_LIBS} test_support test_main morvane_options)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    precompile(${name} tests)
     gtest_discover_tests(${name}
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 60
@@ -35,8 +36,9 @@ endfunction()
 function(add_morvane_fuzzer name)
     cmake_parse_arguments(FUZZ "" "CORPUS" "SOURCES;LIBS" ${ARGN})
     add_executable(${name} ${FUZZ_SOURCES})
-    target_link_libraries(${name} PRIVATE ${FUZZ_LIBS} morvane_options)
+    target_link_libraries(${name} PRIVATE ${FUZZ_LIBS} utils_text utils_bytes morvane_options)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/fuzz)
+    precompile(${name} tasks)
     if(MORVANE_LIBFUZZER)
         target_link_options(${name} PRIVATE -fsanitize=fuzzer)
     else()

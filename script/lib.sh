@@ -8,6 +8,9 @@ fail() { printf '%s\n' "$*" >&2; exit 1; }
 
 # The compiler cache stays small and shared between checkouts unless the environment says otherwise.
 export CCACHE_MAXSIZE=${CCACHE_MAXSIZE:-5G}
+# Checkouts share what they compile alike, precompiled headers included.
+export CCACHE_BASEDIR=${CCACHE_BASEDIR:-$root} CCACHE_NOHASHDIR=1
+export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
 
 # build PRESET [TARGET…]
 build() {

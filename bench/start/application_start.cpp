@@ -4,6 +4,8 @@
 #include <QGuiApplication>
 #include <QQuickStyle>
 
+using namespace morvane;
+
 // The application's own start, on the profile named by the first argument.
 int main(int argc, char **argv)
 {

@@ -4,6 +4,8 @@
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
 
+using namespace morvane;
+
 // The yardstick of a start: a bare window from the modules that the application's window uses.
 int main(int argc, char **argv)
 {

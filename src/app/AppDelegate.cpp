@@ -1,10 +1,12 @@
 #include "app/AppDelegate.h"
 
 #include "app/AppState.h"
-#include "utils/Log.h"
-#include "view_models/ChatViewModel.h"
+#include "utils/log/Log.h"
+#include "view_models/chat/ChatViewModel.h"
 
 #include <QGuiApplication>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -53,3 +55,5 @@ void AppDelegate::willTerminate()
     Log::info(Log::Category::App, "Application will terminate"_L1);
     m_state.willTerminate();
 }
+
+} // namespace morvane

@@ -2,9 +2,12 @@
 
 #include <QObject>
 
-class AppState;
 class QGuiApplication;
 class QQmlEngine;
+
+namespace morvane {
+
+class AppState;
 
 // Receives the lifecycle of the application object and of the desktop, and hands it on.
 class AppDelegate : public QObject {
@@ -28,3 +31,5 @@ private:
     AppState &m_state;
     bool m_hasTerminated = false;
 };
+
+} // namespace morvane

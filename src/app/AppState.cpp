@@ -9,6 +9,7 @@
 #include "ai/tools/ToolRegistry.h"
 #include "app/GhostQuestion.h"
 #include "app/WhatChangedNotice.h"
+#include "async/Clock.h"
 #include "attestation/ProofLedger.h"
 #include "deployment/DeploymentValues.h"
 #include "memory/MemoryStore.h"
@@ -26,25 +27,26 @@
 #include "security/ProcessKeySealing.h"
 #include "security/ServiceIdentity.h"
 #include "services/WebAccessService.h"
-#include "utils/Clock.h"
-#include "utils/Log.h"
-#include "utils/Product.h"
-#include "view_models/AISettingsViewModel.h"
-#include "view_models/AbilitiesViewModel.h"
-#include "view_models/ChatViewModel.h"
-#include "view_models/CompanionViewModel.h"
-#include "view_models/ConversationListModel.h"
-#include "view_models/HistorySearchModel.h"
-#include "view_models/InstructionsViewModel.h"
-#include "view_models/MemoryViewModel.h"
-#include "view_models/NetworkLedgerViewModel.h"
-#include "view_models/NoteReceiptsModel.h"
-#include "view_models/SearchKeyViewModel.h"
+#include "utils/log/Log.h"
+#include "utils/text/Product.h"
 #include "view_models/ShellViewModel.h"
-#include "view_models/SourceMenuViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
+#include "view_models/chat/NoteReceiptsModel.h"
+#include "view_models/companion/CompanionViewModel.h"
+#include "view_models/settings/AISettingsViewModel.h"
+#include "view_models/settings/AbilitiesViewModel.h"
+#include "view_models/settings/InstructionsViewModel.h"
+#include "view_models/settings/MemoryViewModel.h"
+#include "view_models/settings/NetworkLedgerViewModel.h"
+#include "view_models/settings/SearchKeyViewModel.h"
+#include "view_models/sidebar/ConversationListModel.h"
+#include "view_models/sidebar/HistorySearchModel.h"
+#include "view_models/sidebar/SourceMenuViewModel.h"
 
 #include <QFileInfo>
 #include <QPointer>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -351,3 +353,5 @@ void AppState::willTerminate()
         // Logged where it failed; there is no window left to show it.
     }
 }
+
+} // namespace morvane

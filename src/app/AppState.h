@@ -8,6 +8,8 @@
 #include <memory>
 #include <optional>
 
+namespace morvane {
+
 class AIRequestRouter;
 class AISettingsViewModel;
 class AbilitiesViewModel;
@@ -151,3 +153,5 @@ private:
     std::unique_ptr<SearchKeyViewModel> m_searchKey;
     GhostKeeping *m_ghost = nullptr;
 };
+
+} // namespace morvane

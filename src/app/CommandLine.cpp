@@ -1,12 +1,14 @@
 #include "app/CommandLine.h"
 
-#include "utils/Product.h"
+#include "utils/text/Product.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
 
 #include <cstdio>
 #include <cstdlib>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -52,3 +54,5 @@ SupportFolders CommandLine::folders() const
     return profile ? SupportFolders::inProfile(QFileInfo(*profile).absoluteFilePath())
                    : SupportFolders::standard();
 }
+
+} // namespace morvane

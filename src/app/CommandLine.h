@@ -1,10 +1,12 @@
 #pragma once
 
-#include "utils/SupportFolders.h"
+#include "utils/files/SupportFolders.h"
 
 #include <QStringList>
 
 #include <optional>
+
+namespace morvane {
 
 // What the program was started with.
 struct CommandLine {
@@ -19,3 +21,5 @@ struct CommandLine {
     // Ends the program with a message for unknown arguments, --help and --version.
     [[nodiscard]] static CommandLine parse(const QStringList &arguments);
 };
+
+} // namespace morvane

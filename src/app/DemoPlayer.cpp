@@ -1,6 +1,6 @@
 #include "app/DemoPlayer.h"
 
-#include "view_models/ChatViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -9,6 +9,8 @@
 #include <QTimer>
 
 #include <cstdio>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -93,3 +95,5 @@ void DemoPlayer::takePicture()
         Q_EMIT finished(saved && !m_chat.hasBanner() ? 0 : 1);
     });
 }
+
+} // namespace morvane

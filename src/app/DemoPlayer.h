@@ -5,6 +5,8 @@
 #include <QQuickWindow>
 #include <QString>
 
+namespace morvane {
+
 class ChatViewModel;
 
 // Plays one turn in the real window with real key events: types a question, sends it, prints the reply as it
@@ -33,3 +35,5 @@ private:
     QString m_picturePath;
     qsizetype m_printed = 0;
 };
+
+} // namespace morvane

@@ -1,5 +1,7 @@
 #include "app/GhostQuestion.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -36,3 +38,5 @@ GhostQuestion GhostQuestion::ask(bool isLocked)
     return {
         title, lead + u"Keep it first if you want it back."_s, {Answer::drop, Answer::keep, Answer::cancel}};
 }
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace morvane {
+
 // The chat that is never saved, as the end of the program sees it.
 class GhostKeeping {
 public:
@@ -25,3 +27,5 @@ struct GhostQuestion {
     // A locked application can't keep anything.
     [[nodiscard]] static GhostQuestion ask(bool isLocked);
 };
+
+} // namespace morvane

@@ -10,14 +10,16 @@
 #include "platform/linux/DesktopAppearance.h"
 #include "platform/linux/WebBrowser.h"
 #include "security/TestHost.h"
-#include "utils/Product.h"
-#include "view_models/ChatViewModel.h"
+#include "utils/text/Product.h"
 #include "view_models/ShellViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
 
 #include <QFileInfo>
 #include <QGuiApplication>
 
 #include <cstdio>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -146,3 +148,5 @@ void Launch::show()
     else if (m_startupWindow)
         m_startupWindow->raise();
 }
+
+} // namespace morvane

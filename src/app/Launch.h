@@ -2,20 +2,23 @@
 
 #include "app/CommandLine.h"
 #include "app/SecretKeeping.h"
-#include "utils/Clock.h"
-#include "utils/TaskHandle.h"
+#include "async/Clock.h"
+#include "async/TaskHandle.h"
 
 #include <QCoroTask>
 #include <QObject>
 
 #include <memory>
 
+class QGuiApplication;
+
+namespace morvane {
+
 class AppDelegate;
 class AppState;
 class DemoPlayer;
 class DesktopAppearance;
 class MainWindowController;
-class QGuiApplication;
 class StartupWindow;
 
 // From the first line of the program to its window. The key to the person's data comes first, and a keyring
@@ -51,3 +54,5 @@ private:
     std::unique_ptr<DemoPlayer> m_demo;
     TaskHandle m_opening;
 };
+
+} // namespace morvane

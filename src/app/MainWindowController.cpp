@@ -1,21 +1,23 @@
 #include "app/MainWindowController.h"
 
 #include "app/AppState.h"
-#include "view_models/AISettingsViewModel.h"
-#include "view_models/AbilitiesViewModel.h"
-#include "view_models/ChatViewModel.h"
-#include "view_models/CompanionViewModel.h"
-#include "view_models/ConversationListModel.h"
-#include "view_models/HistorySearchModel.h"
-#include "view_models/InstructionsViewModel.h"
-#include "view_models/MemoryViewModel.h"
-#include "view_models/NetworkLedgerViewModel.h"
-#include "view_models/NoteReceiptsModel.h"
-#include "view_models/SearchKeyViewModel.h"
 #include "view_models/ShellViewModel.h"
-#include "view_models/SourceMenuViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
+#include "view_models/chat/NoteReceiptsModel.h"
+#include "view_models/companion/CompanionViewModel.h"
+#include "view_models/settings/AISettingsViewModel.h"
+#include "view_models/settings/AbilitiesViewModel.h"
+#include "view_models/settings/InstructionsViewModel.h"
+#include "view_models/settings/MemoryViewModel.h"
+#include "view_models/settings/NetworkLedgerViewModel.h"
+#include "view_models/settings/SearchKeyViewModel.h"
+#include "view_models/sidebar/ConversationListModel.h"
+#include "view_models/sidebar/HistorySearchModel.h"
+#include "view_models/sidebar/SourceMenuViewModel.h"
 
 #include <QCloseEvent>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -63,3 +65,5 @@ bool MainWindowController::eventFilter(QObject *watched, QEvent *event)
     m_window->showMinimized();
     return true;
 }
+
+} // namespace morvane

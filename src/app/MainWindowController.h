@@ -5,6 +5,8 @@
 #include <QObject>
 #include <QQuickWindow>
 
+namespace morvane {
+
 class AppState;
 
 // Loads the window and brings it up.
@@ -28,3 +30,5 @@ private:
     WindowEngine m_engine;
     QQuickWindow *m_window = nullptr; // owned by the engine
 };
+
+} // namespace morvane

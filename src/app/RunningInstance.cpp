@@ -1,9 +1,11 @@
 #include "app/RunningInstance.h"
 
-#include "utils/PrivateFile.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QDateTime>
 #include <QFile>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -47,3 +49,5 @@ void RunningInstance::watch()
     m_watcher.addPath(m_requestPath);
     connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &RunningInstance::showRequested);
 }
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace morvane {
+
 // One program for one profile. A second start asks the first to come forward and ends.
 //
 // It works through two files in the runtime folder, a lock and a request, and needs no bus: a profile of its
@@ -33,3 +35,5 @@ private:
     QLockFile m_lock;
     QFileSystemWatcher m_watcher;
 };
+
+} // namespace morvane

@@ -2,7 +2,9 @@
 
 #include "security/LocalDataVault.h"
 #include "security/SecretServiceKeyring.h"
-#include "utils/Product.h"
+#include "utils/text/Product.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -28,3 +30,5 @@ SecretKeeping::SecretKeeping(const SupportFolders &folders, Keyring keyring)
     , m_keychain(Product::serviceName, m_home, m_presence)
     , m_preparation(Product::serviceName, m_home, m_keychain)
 {}
+
+} // namespace morvane

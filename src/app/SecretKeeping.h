@@ -4,9 +4,11 @@
 #include "security/KeychainHome.h"
 #include "security/KeychainPreparation.h"
 #include "security/KeychainService.h"
-#include "utils/SupportFolders.h"
+#include "utils/files/SupportFolders.h"
 
 #include <memory>
+
+namespace morvane {
 
 // The program's secrets: the person's keyring, or a file of the profile where that is to stay apart.
 class SecretKeeping {
@@ -25,3 +27,5 @@ private:
     KeychainService m_keychain;
     KeychainPreparation m_preparation;
 };
+
+} // namespace morvane

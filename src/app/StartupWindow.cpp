@@ -2,6 +2,8 @@
 
 #include <QQuickWindow>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 StartupWindow::StartupWindow(bool dark, QObject *parent)
@@ -29,3 +31,5 @@ void StartupWindow::raise()
     m_window->raise();
     m_window->requestActivate();
 }
+
+} // namespace morvane

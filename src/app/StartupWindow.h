@@ -7,6 +7,8 @@
 
 class QQuickWindow;
 
+namespace morvane {
+
 // The small window that stands while the key to the person's data is being fetched.
 class StartupWindow : public QObject {
     Q_OBJECT
@@ -25,3 +27,5 @@ private:
     WindowEngine m_engine;
     QQuickWindow *m_window = nullptr; // owned by the engine
 };
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace morvane {
+
 namespace {
 
 constexpr std::array signalNumbers{SIGTERM, SIGINT, SIGHUP};
@@ -50,3 +52,5 @@ TerminationSignals::~TerminationSignals()
     ::close(m_readEnd);
     ::close(writeEnd);
 }
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 
 #include <memory>
 
+namespace morvane {
+
 // Turns SIGTERM, SIGINT and SIGHUP into a signal of the event loop, so that a logout or a Ctrl+C ends the
 // program the way its own Quit does. One at a time.
 class TerminationSignals : public QObject {
@@ -20,3 +22,5 @@ private:
     int m_readEnd = -1;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
+
+} // namespace morvane

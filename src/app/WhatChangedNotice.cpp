@@ -1,6 +1,8 @@
 #include "app/WhatChangedNotice.h"
 
-#include "utils/Product.h"
+#include "utils/text/Product.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -29,3 +31,5 @@ QStringList WhatChangedNotice::lines()
             "you can do that."_s,
     };
 }
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace morvane {
+
 // What people who used an older build are told once: which pages have left, and what became of their data.
 namespace WhatChangedNotice {
 
@@ -10,3 +12,5 @@ namespace WhatChangedNotice {
 [[nodiscard]] QStringList lines();
 
 } // namespace WhatChangedNotice
+
+} // namespace morvane

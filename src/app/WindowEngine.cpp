@@ -7,6 +7,8 @@
 Q_IMPORT_QML_PLUGIN(MorvanePlugin)
 extern void qml_register_types_Morvane_ViewModels();
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 WindowEngine::WindowEngine(QObject *parent)
@@ -23,3 +25,5 @@ void WindowEngine::loadComponent(const QString &fileName, const QVariantMap &pro
     setInitialProperties(properties);
     load(QUrl(u"qrc:/qt/qml/Morvane/"_s + fileName));
 }
+
+} // namespace morvane

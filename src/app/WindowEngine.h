@@ -2,6 +2,8 @@
 
 #include <QQmlApplicationEngine>
 
+namespace morvane {
+
 // An engine with the window's module in it that can't reach the network, so that nothing fetches by being
 // drawn.
 class WindowEngine : public QQmlApplicationEngine {
@@ -12,3 +14,5 @@ public:
     // Loads a component of the module by its file name, with its required properties.
     void loadComponent(const QString &fileName, const QVariantMap &properties);
 };
+
+} // namespace morvane

@@ -3,7 +3,7 @@
 #include "app/Launch.h"
 #include "app/RunningInstance.h"
 #include "app/TerminationSignals.h"
-#include "utils/Product.h"
+#include "utils/text/Product.h"
 #include <QFont>
 #include <QGuiApplication>
 #include <QIcon>
@@ -11,6 +11,7 @@
 
 #include <cstdio>
 
+using namespace morvane;
 using namespace Qt::StringLiterals;
 
 namespace {

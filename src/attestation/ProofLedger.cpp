@@ -2,6 +2,8 @@
 
 #include <array>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -73,3 +75,5 @@ std::optional<QString> placeNameOfCode(const QString &code)
     }
     return std::nullopt;
 }
+
+} // namespace morvane

@@ -12,6 +12,8 @@
 #include <optional>
 #include <vector>
 
+namespace morvane {
+
 // One row for each model request: where the answer ran, what private data it carried and, for the private
 // cloud, the hardware proof behind it. Holds no prompt, reply or tool argument, lives in memory for the run
 // and keeps the newest 200 rows. Any thread.
@@ -88,3 +90,5 @@ private:
 
 // The plain name behind a stored place code; nothing for a code of another version.
 [[nodiscard]] std::optional<QString> placeNameOfCode(const QString &code);
+
+} // namespace morvane

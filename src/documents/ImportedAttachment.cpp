@@ -1,6 +1,8 @@
 #include "documents/ImportedAttachment.h"
 
-#include "utils/UntrustedContent.h"
+#include "utils/text/UntrustedContent.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -25,3 +27,5 @@ QString ImportedAttachment::context() const
     const QString truncation = wasTruncated ? u"\n[truncated to fit size limits]"_s : QString();
     return UntrustedContent::wrap(text + truncation, sourceName(*this));
 }
+
+} // namespace morvane

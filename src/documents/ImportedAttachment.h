@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace morvane {
+
 // What the user handed to the composer: a document's text, or a picture prepared for a model that can see.
 // Lives in the request only; the store keeps a record without content.
 struct ImportedAttachment {
@@ -20,3 +22,5 @@ struct ImportedAttachment {
     // The attachment's wording for the model; document text is marked as untrusted.
     [[nodiscard]] QString context() const;
 };
+
+} // namespace morvane

@@ -1,5 +1,7 @@
 #include "markdown/AttributedText.h"
 
+namespace morvane {
+
 void AttributedText::append(QStringView piece, Formats formats, const QString &link)
 {
     if (piece.isEmpty())
@@ -17,3 +19,5 @@ void AttributedText::append(QStringView piece, Formats formats, const QString &l
     }
     runs.append({start, piece.size(), formats, link});
 }
+
+} // namespace morvane

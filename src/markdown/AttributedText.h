@@ -4,6 +4,8 @@
 #include <QList>
 #include <QString>
 
+namespace morvane {
+
 // Text with formatted stretches. The text is what a reader sees and a voice speaks: no marks are left in it.
 struct AttributedText {
     enum Format { Bold = 1, Italic = 2, Strikethrough = 4, Code = 8 };
@@ -29,3 +31,5 @@ struct AttributedText {
 };
 
 Q_DECLARE_OPERATORS_FOR_FLAGS(AttributedText::Formats)
+
+} // namespace morvane

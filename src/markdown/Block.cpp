@@ -1,5 +1,7 @@
 #include "markdown/Block.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -140,3 +142,5 @@ QString MarkdownRenderer::identity(const Block &block)
 {
     return std::visit(IdentityOf{}, block);
 }
+
+} // namespace morvane

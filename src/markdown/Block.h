@@ -9,6 +9,8 @@
 #include <optional>
 #include <variant>
 
+namespace morvane {
+
 // What a reply is made of: a flat list of blocks that the chat draws one by one.
 namespace MarkdownRenderer {
 
@@ -145,3 +147,5 @@ using Blocks = QList<Block>;
 [[nodiscard]] QString identity(const Block &block);
 
 } // namespace MarkdownRenderer
+
+} // namespace morvane

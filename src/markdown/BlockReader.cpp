@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 using namespace MarkdownRenderer;
 
 namespace {
@@ -92,3 +94,5 @@ void BlockReader::finish(Blocks &ended)
         endFence(ended);
     m_text.flush(ended);
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include "markdown/TextBlockReader.h"
 
+namespace morvane {
+
 // Reads a reply line by line: text as it stands, and what is fenced by "```". Blocks are put behind `ended`
 // once they have ended. A value: a copy reads on by itself.
 class BlockReader {
@@ -27,3 +29,5 @@ private:
     TextBlockReader m_text;
     std::optional<OpenFence> m_fence;
 };
+
+} // namespace morvane

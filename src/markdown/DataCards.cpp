@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -237,3 +239,5 @@ std::optional<Table> DataCards::table(QStringView text)
     const auto *table = blocks.size() == 1 ? std::get_if<Table>(&blocks.first()) : nullptr;
     return table ? std::optional(*table) : std::nullopt;
 }
+
+} // namespace morvane

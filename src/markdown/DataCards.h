@@ -2,6 +2,8 @@
 
 #include "markdown/Block.h"
 
+namespace morvane {
+
 // Fenced blocks that carry data: a reply writes them in lines such as "left | right".
 namespace DataCards {
 
@@ -15,3 +17,5 @@ namespace DataCards {
 [[nodiscard]] std::optional<MarkdownRenderer::Table> table(QStringView text);
 
 } // namespace DataCards
+
+} // namespace morvane

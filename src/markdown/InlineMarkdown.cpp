@@ -12,6 +12,8 @@
 #include <optional>
 #include <string_view>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -336,3 +338,5 @@ bool InlineMarkdown::isInert(QStringView text)
         return passes && (c == u' ' || !c.isSpace()) && !c.isSurrogate();
     });
 }
+
+} // namespace morvane

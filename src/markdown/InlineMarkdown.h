@@ -4,6 +4,8 @@
 
 #include <QStringView>
 
+namespace morvane {
+
 // The spans inside a block: emphasis, code, links. Nothing that stands at the start of a line means anything
 // here, and white space stays as it is.
 namespace InlineMarkdown {
@@ -21,3 +23,5 @@ constexpr qsizetype longestParsed = 8192;
 [[nodiscard]] bool isInert(QStringView text);
 
 } // namespace InlineMarkdown
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -139,3 +141,5 @@ std::optional<LineGrammar::LabelValue> LineGrammar::labelValue(QStringView line)
         return std::nullopt;
     return LabelValue{label.toString(), value.toString()};
 }
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace morvane {
+
 // What one line of a reply is, judged by the line alone. Lines are given without their line end and trimmed
 // by `trimmed`.
 namespace LineGrammar {
@@ -47,3 +49,5 @@ struct LabelValue {
 [[nodiscard]] std::optional<LabelValue> labelValue(QStringView line);
 
 } // namespace LineGrammar
+
+} // namespace morvane

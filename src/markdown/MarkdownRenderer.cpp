@@ -7,6 +7,8 @@
 #include <QCoreApplication>
 #include <QThread>
 
+namespace morvane {
+
 namespace {
 
 constexpr qsizetype keptTexts = 400;
@@ -59,3 +61,5 @@ QString MarkdownRenderer::speakable(const QString &text, CodeInSpeech code)
 {
     return SpeechText::clean(text, code);
 }
+
+} // namespace morvane

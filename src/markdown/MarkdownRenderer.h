@@ -2,6 +2,8 @@
 
 #include "markdown/Block.h"
 
+namespace morvane {
+
 // Turns the text of a reply into blocks. Not all of Markdown: block structure is decided line by line, and
 // only the spans inside a block go to a Markdown parser.
 //
@@ -23,3 +25,5 @@ enum class CodeInSpeech { announced, read };
 [[nodiscard]] QString speakable(const QString &text, CodeInSpeech code);
 
 } // namespace MarkdownRenderer
+
+} // namespace morvane

@@ -1,9 +1,11 @@
 #include "markdown/SpeechText.h"
 
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <QRegularExpression>
 #include <QStringView>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -187,3 +189,5 @@ QString SpeechText::clean(QString text, CodeInSpeech code)
     replace(text, u"\\n{3,}"_s, u"\n\n"_s);
     return Text::trimmed(text);
 }
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using namespace MarkdownRenderer;
 
@@ -152,3 +154,5 @@ StreamingMarkdown::Growth StreamingMarkdown::growth() const
     }
     return canGoOn(openLine()) ? Growth::words : Growth::none;
 }
+
+} // namespace morvane

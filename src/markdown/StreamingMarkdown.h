@@ -2,6 +2,8 @@
 
 #include "markdown/BlockReader.h"
 
+namespace morvane {
+
 // The blocks of a text that grows at its end. They are always what parsing the whole text would give, but the
 // work follows what is new: blocks that have ended are kept, and words that only go on are put behind the
 // ones that stand there.
@@ -33,3 +35,5 @@ private:
     Growth m_growth = Growth::none;
     qsizetype m_withheld = 0; // white space at the end of the text that the last block doesn't show yet
 };
+
+} // namespace morvane

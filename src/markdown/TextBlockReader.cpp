@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 using namespace MarkdownRenderer;
 
 namespace {
@@ -116,3 +118,5 @@ void TextBlockReader::flush(Blocks &ended)
     }
     m_open = std::monostate{};
 }
+
+} // namespace morvane

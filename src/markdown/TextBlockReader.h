@@ -4,6 +4,8 @@
 
 #include <variant>
 
+namespace morvane {
+
 // Reads text without fences line by line. Blocks are put behind `ended` once they have ended; what a line
 // adds to the open block shows only then. A value: a copy reads on by itself.
 class TextBlockReader {
@@ -39,3 +41,5 @@ private:
 
     Open m_open;
 };
+
+} // namespace morvane

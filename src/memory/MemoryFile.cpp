@@ -1,10 +1,12 @@
 #include "memory/MemoryFile.h"
 
 #include "security/LocalDataVault.h"
-#include "utils/PrivateFile.h"
-#include "utils/Text.h"
+#include "utils/files/PrivateFile.h"
+#include "utils/text/Text.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -70,3 +72,5 @@ std::optional<QStringList> MemoryFile::notesAt(const QString &path, const LocalD
         return std::nullopt;
     }
 }
+
+} // namespace morvane

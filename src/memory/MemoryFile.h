@@ -6,6 +6,8 @@
 
 #include <optional>
 
+namespace morvane {
+
 class LocalDataVault;
 
 // The notes as they stand in a file: Markdown in UTF-8 under a heading, one bullet for each note, oldest
@@ -28,3 +30,5 @@ inline constexpr qsizetype maxBytes = 16 << 20;
 [[nodiscard]] std::optional<QStringList> notesAt(const QString &path, const LocalDataVault &vault);
 
 } // namespace MemoryFile
+
+} // namespace morvane

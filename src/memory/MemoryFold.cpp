@@ -3,12 +3,14 @@
 #include "memory/MemoryFile.h"
 #include "memory/NoteText.h"
 #include "security/LocalDataVault.h"
-#include "utils/Log.h"
+#include "utils/log/Log.h"
 
 #include <QFile>
 #include <QSet>
 
 #include <array>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -74,3 +76,5 @@ void MemoryFold::run(const QString &directory, const LocalDataVault &vault)
     Log::info(Log::Category::Persistence, "Memory: folded %ld partition file(s) into one"_L1,
               {waiting.size()});
 }
+
+} // namespace morvane

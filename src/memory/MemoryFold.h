@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace morvane {
+
 class LocalDataVault;
 
 // Notes of older builds, which kept them in three files beside the present one.
@@ -12,3 +14,5 @@ namespace MemoryFold {
 void run(const QString &directory, const LocalDataVault &vault);
 
 } // namespace MemoryFold
+
+} // namespace morvane

@@ -1,20 +1,22 @@
 #include "memory/MemoryStore.h"
 
+#include "async/Clock.h"
 #include "memory/MemoryFile.h"
 #include "memory/MemoryFold.h"
 #include "memory/NoteText.h"
 #include "persistence/SettingsStore.h"
 #include "security/LocalDataVault.h"
-#include "utils/Clock.h"
-#include "utils/Log.h"
-#include "utils/PrivateFile.h"
-#include "utils/Product.h"
-#include "utils/Text.h"
+#include "utils/files/PrivateFile.h"
+#include "utils/log/Log.h"
+#include "utils/text/Product.h"
+#include "utils/text/Text.h"
 
 #include <QThread>
 
 #include <algorithm>
 #include <cerrno>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -323,3 +325,5 @@ void MemoryStore::assertThread() const
 {
     Q_ASSERT(QThread::currentThread() == thread());
 }
+
+} // namespace morvane

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "utils/SupportFolders.h"
+#include "utils/files/SupportFolders.h"
 
 #include <QDateTime>
 #include <QObject>
@@ -9,6 +9,8 @@
 
 #include <optional>
 #include <vector>
+
+namespace morvane {
 
 class Clock;
 class LocalDataVault;
@@ -110,3 +112,5 @@ private:
     bool m_loadFailed = false;
     bool m_fileUnread = false; // there is a file, and the system wouldn't let us read it
 };
+
+} // namespace morvane

@@ -1,10 +1,12 @@
 #include "memory/NoteText.h"
 
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <QStringList>
 
 #include <algorithm>
+
+namespace morvane {
 
 namespace {
 
@@ -47,3 +49,5 @@ bool NoteText::matches(const QString &note, const QString &description)
     return !words.isEmpty() && std::all_of(words.cbegin(), words.cend(),
                                            [&](const QString &word) { return note.contains(word); });
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace morvane {
+
 // How notes are compared. Two notes that differ only in case, spacing or punctuation are the same note.
 namespace NoteText {
 
@@ -18,3 +20,5 @@ inline constexpr qsizetype maxCharacters = 240;
 [[nodiscard]] bool matches(const QString &note, const QString &description);
 
 } // namespace NoteText
+
+} // namespace morvane

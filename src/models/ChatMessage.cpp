@@ -4,6 +4,8 @@
 #include "models/ImportedDocument.h"
 #include "models/RecordContext.h"
 
+namespace morvane {
+
 namespace {
 
 constexpr qsizetype keptToolLines = 8;
@@ -75,3 +77,5 @@ void ChatMessage::sealPlainTexts()
     sealIfPlain(m_columns.sealedAttachmentName);
     sealIfPlain(m_columns.sealedToolSummary);
 }
+
+} // namespace morvane

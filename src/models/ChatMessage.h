@@ -7,6 +7,8 @@
 #include <QDateTime>
 #include <QStringList>
 
+namespace morvane {
+
 class Conversation;
 class ImportedDocument;
 
@@ -120,3 +122,5 @@ private:
 
     Columns m_columns;
 };
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 Conversation::Conversation(std::shared_ptr<const FieldSealing> sealing, Columns columns)
     : Record(RecordKind::Conversation, columns.id, std::move(sealing))
     , m_columns(std::move(columns))
@@ -74,3 +76,5 @@ void Conversation::sealPlainTexts()
     sealIfPlain(m_columns.sealedTitle);
     sealIfPlain(m_columns.sealedRollingSummary);
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <vector>
 
+namespace morvane {
+
 // One chat. Its messages are loaded from the store when they are first asked for.
 class Conversation final : public Record {
 public:
@@ -77,3 +79,5 @@ private:
     Columns m_columns;
     mutable std::optional<Messages> m_messages; // nothing until first asked for
 };
+
+} // namespace morvane

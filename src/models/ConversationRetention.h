@@ -6,6 +6,8 @@
 #include <chrono>
 #include <optional>
 
+namespace morvane {
+
 // How long a conversation stays after its last change.
 enum class ConversationRetention { forever, ninetyDays, thirtyDays, sevenDays };
 
@@ -30,3 +32,5 @@ inline constexpr std::array rawTexts<ConversationRetention>{
     }
     return std::nullopt;
 }
+
+} // namespace morvane

@@ -1,5 +1,7 @@
 #include "models/ImportedDocument.h"
 
+namespace morvane {
+
 ImportedDocument::ImportedDocument(std::shared_ptr<const FieldSealing> sealing, Columns columns)
     : Record(RecordKind::ImportedDocument, columns.id, std::move(sealing))
     , m_columns(std::move(columns))
@@ -23,3 +25,5 @@ void ImportedDocument::sealPlainTexts()
 {
     sealIfPlain(m_columns.sealedFilename);
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <QDateTime>
 
+namespace morvane {
+
 // A file that was imported into a chat, without its content. Its id is the attachment id of the message that
 // carried it.
 class ImportedDocument final : public Record {
@@ -53,3 +55,5 @@ public:
 private:
     Columns m_columns;
 };
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <array>
 
+namespace morvane {
+
 // The life of one message.
 enum class MessageStatus {
     pending,   // a reply's placeholder; nothing has been asked for yet
@@ -17,3 +19,5 @@ template <>
 inline constexpr std::array rawTexts<MessageStatus>{
     QLatin1StringView("pending"), QLatin1StringView("streaming"), QLatin1StringView("delivered"),
     QLatin1StringView("failed"), QLatin1StringView("cancelled")};
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <optional>
 
+namespace morvane {
+
 // Enumerations that are stored as text. Each gives its texts beside its declaration, in case order:
 //
 //     template <> inline constexpr std::array rawTexts<MessageRole>{QLatin1StringView("user"), …};
@@ -29,3 +31,5 @@ template <typename Enum>
         return std::nullopt;
     return static_cast<Enum>(found - texts.begin());
 }
+
+} // namespace morvane

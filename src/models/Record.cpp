@@ -3,6 +3,8 @@
 #include "models/RecordContext.h"
 #include "security/SealedForm.h"
 
+namespace morvane {
+
 Record::Record(RecordKind kind, const QUuid &id, std::shared_ptr<const FieldSealing> sealing)
     : m_kind(kind)
     , m_id(id)
@@ -67,3 +69,5 @@ void Record::changed()
     if (m_context)
         m_context->recordChanged(*this);
 }
+
+} // namespace morvane

@@ -10,6 +10,8 @@
 #include <optional>
 #include <utility>
 
+namespace morvane {
+
 class RecordContext;
 
 enum class RecordKind { Conversation, ChatMessage, ImportedDocument };
@@ -73,3 +75,5 @@ private:
     RecordContext *m_context = nullptr;
     std::uint64_t m_revision = 0;
 };
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 #include <optional>
 #include <vector>
 
+namespace morvane {
+
 class ChatMessage;
 class Conversation;
 class ImportedDocument;
@@ -35,3 +37,5 @@ public:
 protected:
     ~RecordContext() = default;
 };
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <array>
 
+namespace morvane {
+
 // A key combination, the one its name says.
 enum class ShortcutPreset {
     optionSpace,
@@ -21,3 +23,5 @@ inline constexpr std::array rawTexts<ShortcutPreset>{
     QLatin1StringView("commandShiftSpace"), QLatin1StringView("optionC"),
     QLatin1StringView("optionV"),           QLatin1StringView("functionF13"),
     QLatin1StringView("disabled")};
+
+} // namespace morvane

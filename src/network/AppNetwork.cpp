@@ -3,6 +3,8 @@
 #include "network/CurlHttpSession.h"
 #include "network/PublicAddress.h"
 
+namespace morvane {
+
 namespace {
 
 // A web page's name is looked up again when it is connected to, and may lead elsewhere than when it was
@@ -31,3 +33,5 @@ std::shared_ptr<HttpSession> AppNetwork::session(EgressFeature feature, Sensitiv
     m_sessions.emplace(key, session);
     return session;
 }
+
+} // namespace morvane

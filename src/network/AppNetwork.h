@@ -6,6 +6,8 @@
 #include <mutex>
 #include <utility>
 
+namespace morvane {
+
 // The application's sessions, one for each feature and set of private data carried. A session that carries
 // any reaches only this machine and the local network, by the name of the host and by the address that the
 // name leads to when its socket is opened; one that reads web pages never connects there.
@@ -31,3 +33,5 @@ private:
     std::mutex m_mutex;
     std::map<Key, std::shared_ptr<HttpSession>> m_sessions; // guarded by m_mutex
 };
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 
 #include <utility>
 
+namespace morvane {
+
 namespace {
 
 QCoro::Task<HttpResponse> awaitHead(AsyncStream<HttpResponse> heads, std::stop_token stop)
@@ -50,3 +52,5 @@ QCoro::Task<HttpResponse> CurlHttpSession::send(HttpRequest request, std::stop_t
     m_exchanges.emplace(exchange.get(), exchange);
     return awaitHead(exchange->start(stop), stop);
 }
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 #include <memory>
 #include <unordered_map>
 
+namespace morvane {
+
 class CurlLoop;
 class HttpExchange;
 
@@ -32,3 +34,5 @@ private:
     std::unique_ptr<CurlLoop> m_loop;
     std::unordered_map<HttpExchange *, std::shared_ptr<HttpExchange>> m_exchanges; // under way
 };
+
+} // namespace morvane

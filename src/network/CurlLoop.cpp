@@ -9,6 +9,8 @@
 #include <csignal>
 #include <utility>
 
+namespace morvane {
+
 namespace {
 
 // Idle connections that a loop keeps for its next requests.
@@ -185,3 +187,5 @@ void CurlLoop::settle()
             return;
     }
 }
+
+} // namespace morvane

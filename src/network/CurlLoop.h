@@ -9,6 +9,8 @@
 
 #include <curl/curl.h>
 
+namespace morvane {
+
 class CurlTransfer;
 
 // Runs transfers of one libcurl multi handle on the Qt event loop of its thread. Connections are kept and
@@ -52,3 +54,5 @@ private:
     std::deque<CurlTransfer *> m_heads; // heads not told yet
     std::vector<CurlTransfer *> m_held; // to be resumed
 };
+
+} // namespace morvane

@@ -2,7 +2,7 @@
 
 #include "network/CurlLoop.h"
 #include "network/EgressGate.h"
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -12,6 +12,8 @@
 
 #include <netinet/in.h>
 #include <sys/socket.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using Code = TransportError::Code;
@@ -390,3 +392,5 @@ curl_socket_t CurlTransfer::onOpenSocket(void *self, curlsocktype, curl_sockaddr
     // Programs that the application starts must not inherit the connection.
     return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
 }
+
+} // namespace morvane

@@ -11,6 +11,8 @@
 
 #include <curl/curl.h>
 
+namespace morvane {
+
 class CurlLoop;
 
 // One request to one host and its response, with no redirect followed. Destroying it cuts the connection
@@ -108,3 +110,5 @@ private:
     bool m_addressRefused = false;
     Traffic m_traffic;
 };
+
+} // namespace morvane

@@ -1,7 +1,9 @@
 #include "network/EgressGate.h"
 
 #include "network/PrivateNetworkAddress.h"
-#include "utils/Product.h"
+#include "utils/text/Product.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -29,3 +31,5 @@ QString EgressGate::refusal(const QString &reason)
 {
     return u"%1 did not send this request: %2."_s.arg(Product::name, reason);
 }
+
+} // namespace morvane

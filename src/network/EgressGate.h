@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace morvane {
+
 // Decides whether a request may leave. It only ever refuses, by the text of the address alone: no name is
 // resolved here. Pure; any thread.
 namespace EgressGate {
@@ -26,3 +28,5 @@ enum class Reach {
 [[nodiscard]] QString refusal(const QString &reason);
 
 } // namespace EgressGate
+
+} // namespace morvane

@@ -1,5 +1,7 @@
 #include "network/EgressTypes.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 QString labelOf(EgressFeature feature)
@@ -64,3 +66,5 @@ QString EgressOutcome::text() const
 {
     return std::visit([](const auto &outcome) { return textOf(outcome); }, value);
 }
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 #include <optional>
 #include <variant>
 
+namespace morvane {
+
 // The feature of the application that asked for a request. A ledger row shows its label.
 enum class EgressFeature { aiModel, aiSetup, webSearch, webPage, feedback, crashReports, serverList };
 
@@ -44,3 +46,5 @@ struct EgressOutcome {
 
     bool operator==(const EgressOutcome &) const = default;
 };
+
+} // namespace morvane

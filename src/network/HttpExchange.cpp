@@ -1,10 +1,12 @@
 #include "network/HttpExchange.h"
 
+#include "async/Clock.h"
 #include "network/PrivateNetworkAddress.h"
 #include "network/Redirect.h"
-#include "utils/Clock.h"
 
 #include <utility>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using Code = TransportError::Code;
@@ -270,3 +272,5 @@ NetworkLedger::Entry HttpExchange::row() const
     entry.carrying = m_setting.carrying;
     return entry;
 }
+
+} // namespace morvane

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "async/Clock.h"
 #include "network/CurlTransfer.h"
 #include "network/EgressGate.h"
 #include "network/NetworkLedger.h"
-#include "utils/Clock.h"
 
 #include <deque>
 #include <exception>
@@ -11,6 +11,8 @@
 #include <optional>
 #include <stop_token>
 #include <vector>
+
+namespace morvane {
 
 class CurlLoop;
 
@@ -85,3 +87,5 @@ private:
     std::unique_ptr<Alarm> m_alarm;
     std::chrono::milliseconds m_lastMovement{0};
 };
+
+} // namespace morvane

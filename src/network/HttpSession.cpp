@@ -1,5 +1,7 @@
 #include "network/HttpSession.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 std::optional<QByteArray> HttpResponse::header(QByteArrayView name) const
@@ -34,3 +36,5 @@ QCoro::Task<> discardBody(HttpResponse response, std::stop_token stop)
         // Nobody wants it.
     }
 }
+
+} // namespace morvane

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "async/AsyncStream.h"
 #include "network/EgressTypes.h"
 #include "network/TransportError.h"
-#include "utils/AsyncStream.h"
 
 #include <QByteArray>
 #include <QCoroTask>
@@ -15,6 +15,8 @@
 #include <stop_token>
 #include <utility>
 #include <vector>
+
+namespace morvane {
 
 class Clock;
 class NetworkLedger;
@@ -86,3 +88,5 @@ public:
     [[nodiscard]] virtual std::shared_ptr<HttpSession> session(EgressFeature feature,
                                                                SensitiveDataSet carrying) = 0;
 };
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 #include <QLocale>
 #include <QStringList>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -60,3 +62,5 @@ QString LedgerExport::carriedLabels(SensitiveDataSet carrying)
     labels.sort();
     return labels.isEmpty() ? u"none"_s : labels.join(u", "_s);
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <QByteArray>
 
+namespace morvane {
+
 // The network ledger as a table for a spreadsheet. Pure.
 namespace LedgerExport {
 
@@ -17,3 +19,5 @@ namespace LedgerExport {
 [[nodiscard]] QString carriedLabels(SensitiveDataSet carrying);
 
 } // namespace LedgerExport
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace morvane {
+
 namespace {
 
 void trim(std::vector<NetworkLedger::Entry> &entries)
@@ -40,3 +42,5 @@ NetworkLedger::Snapshot NetworkLedger::snapshot() const
     const std::scoped_lock lock(m_mutex);
     return {m_entries, m_revision};
 }
+
+} // namespace morvane

@@ -10,6 +10,8 @@
 #include <mutex>
 #include <vector>
 
+namespace morvane {
+
 // What the application sent and received since it started, newest row last.
 //
 // Any thread may call any member. Rows live in memory only, and a row never changes once it is here.
@@ -46,3 +48,5 @@ private:
     std::vector<Entry> m_entries; // guarded by m_mutex
     std::uint64_t m_revision = 0; // guarded by m_mutex
 };
+
+} // namespace morvane

@@ -1,6 +1,6 @@
 #include "network/PrivateNetworkAddress.h"
 
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <QLatin1StringView>
 
@@ -16,6 +16,8 @@
 #include <netdb.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -303,3 +305,5 @@ bool PrivateNetworkAddress::isNear(const QString &host)
     }
     return false;
 }
+
+} // namespace morvane

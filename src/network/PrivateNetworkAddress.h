@@ -7,6 +7,8 @@
 #include <optional>
 #include <vector>
 
+namespace morvane {
+
 // Judges from the text of a host alone what counts as local. Pure, but for listing the machine's subnets and
 // resolving a name.
 namespace PrivateNetworkAddress {
@@ -47,3 +49,5 @@ enum class HostClass { thisMac, localNetwork, ownService, thirdParty };
 [[nodiscard]] bool isNear(const QString &host);
 
 } // namespace PrivateNetworkAddress
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace morvane {
+
 namespace {
 
 bool isPublicIPv4(const QByteArray &bytes)
@@ -35,3 +37,5 @@ bool PublicAddress::isPublic(const QByteArray &bytes)
         return isPublicIPv4(bytes);
     return bytes.size() == 16 && isPublicIPv6(bytes);
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+namespace morvane {
+
 // Judges addresses by their bytes, for requests that must stay off every private network. Pure.
 namespace PublicAddress {
 
@@ -10,3 +12,5 @@ namespace PublicAddress {
 [[nodiscard]] bool isPublic(const QByteArray &bytes);
 
 } // namespace PublicAddress
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 #include <array>
 #include <span>
 
+namespace morvane {
+
 namespace {
 
 bool isOneOf(QByteArrayView name, std::span<const QByteArrayView> names)
@@ -70,3 +72,5 @@ HttpRequest Redirect::following(HttpRequest request, int status, const QUrl &tar
     request.url = target;
     return request;
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include "network/HttpSession.h"
 
+namespace morvane {
+
 // What a redirect response asks for. Pure.
 namespace Redirect {
 
@@ -19,3 +21,5 @@ inline constexpr int limit = 20;
 [[nodiscard]] HttpRequest following(HttpRequest request, int status, const QUrl &target);
 
 } // namespace Redirect
+
+} // namespace morvane

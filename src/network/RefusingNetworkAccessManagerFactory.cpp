@@ -5,6 +5,8 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -54,3 +56,5 @@ QNetworkAccessManager *RefusingNetworkAccessManagerFactory::create(QObject *pare
 {
     return new RefusingManager(parent);
 }
+
+} // namespace morvane

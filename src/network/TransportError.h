@@ -5,6 +5,8 @@
 #include <exception>
 #include <string>
 
+namespace morvane {
+
 // A request that ended without a usable response. An HTTP status of any kind is a response, not an error.
 class TransportError final : public std::exception {
 public:
@@ -35,3 +37,5 @@ private:
     QString m_description;
     std::string m_what;
 };
+
+} // namespace morvane

@@ -2,7 +2,7 @@
 
 #include "persistence/StoreFiles.h"
 #include "persistence/StoreSchema.h"
-#include "utils/PrivateFile.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -10,6 +10,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace ChatStoreLocation;
@@ -171,3 +173,5 @@ Outcome ChatStoreCopy::intoLiveStore(const Move &move, Database &source, const F
     }
     return Failed{*reason};
 }
+
+} // namespace morvane

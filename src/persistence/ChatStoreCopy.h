@@ -3,6 +3,8 @@
 #include "persistence/ChatStoreLocation.h"
 #include "persistence/Database.h"
 
+namespace morvane {
+
 // The two ways to bring the records of an older store to their new place. Either all of them arrive as they
 // were, or the new place is as before. The source is only read. Nothing throws.
 namespace ChatStoreCopy {
@@ -17,3 +19,5 @@ namespace ChatStoreCopy {
                                                        const ChatStoreLocation::Fingerprint &expected);
 
 } // namespace ChatStoreCopy
+
+} // namespace morvane

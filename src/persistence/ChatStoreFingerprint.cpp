@@ -2,10 +2,12 @@
 
 #include "persistence/StoreSchema.h"
 #include "security/SealedForm.h"
-#include "utils/Base64.h"
-#include "utils/SealedBox.h"
+#include "utils/bytes/Base64.h"
+#include "utils/bytes/SealedBox.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -85,3 +87,5 @@ std::optional<QString> ChatStoreLocation::shortcoming(const Fingerprint &source,
         return u"%1 sealed fields did not come through the copy at their original length"_s.arg(changed);
     return std::nullopt;
 }
+
+} // namespace morvane

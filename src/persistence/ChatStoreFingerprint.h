@@ -10,6 +10,8 @@
 #include <optional>
 #include <set>
 
+namespace morvane {
+
 namespace ChatStoreLocation {
 
 // What a store holds, for proof that a copy is whole.
@@ -33,3 +35,5 @@ struct Fingerprint {
 [[nodiscard]] std::optional<QString> shortcoming(const Fingerprint &source, const Fingerprint &copy);
 
 } // namespace ChatStoreLocation
+
+} // namespace morvane

@@ -3,13 +3,15 @@
 #include "persistence/ChatStoreCopy.h"
 #include "persistence/StoreFiles.h"
 #include "persistence/StoreSchema.h"
-#include "utils/Log.h"
-#include "utils/PrivateFile.h"
-#include "utils/Product.h"
+#include "utils/files/PrivateFile.h"
+#include "utils/log/Log.h"
+#include "utils/text/Product.h"
 
 #include <QFileInfo>
 
 #include <sqlite3.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -179,3 +181,5 @@ Outcome moveIfNeeded(const Move &move)
 }
 
 } // namespace ChatStoreLocation
+
+} // namespace morvane

@@ -3,11 +3,13 @@
 #include "persistence/ChatStoreFingerprint.h"
 #include "persistence/FileLock.h"
 #include "persistence/SettingsRepository.h"
-#include "utils/SupportFolders.h"
+#include "utils/files/SupportFolders.h"
 
 #include <functional>
 #include <memory>
 #include <variant>
+
+namespace morvane {
 
 using ChatStoreMigrationLock = FileLock;
 
@@ -70,3 +72,5 @@ struct Move {
 Outcome moveIfNeeded(const Move &move);
 
 } // namespace ChatStoreLocation
+
+} // namespace morvane

@@ -3,14 +3,16 @@
 #include "persistence/PersistenceError.h"
 #include "persistence/SettingsRepository.h"
 #include "persistence/StoreSchema.h"
-#include "utils/Log.h"
-#include "utils/Text.h"
+#include "utils/log/Log.h"
+#include "utils/text/Text.h"
 
 #include <QCoreApplication>
 #include <QRegularExpression>
 #include <QThread>
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -340,3 +342,5 @@ void ConversationRepository::sealPlainTexts()
     if (sealed > 0)
         Log::info(category, "Sealed %ld record(s) an older build left in the clear"_L1, {sealed});
 }
+
+} // namespace morvane

@@ -1,12 +1,14 @@
 #pragma once
 
+#include "async/Clock.h"
 #include "models/Conversation.h"
 #include "models/ImportedDocument.h"
 #include "persistence/ObjectContext.h"
-#include "utils/Clock.h"
 
 #include <chrono>
 #include <limits>
+
+namespace morvane {
 
 class SettingsRepository;
 
@@ -88,3 +90,5 @@ private:
     Clock &m_clock;
     const SettingsRepository *m_defaults;
 };
+
+} // namespace morvane

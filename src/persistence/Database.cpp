@@ -4,6 +4,8 @@
 
 #include <sqlite3.h>
 
+namespace morvane {
+
 namespace {
 
 // How long a statement waits for another process that is writing.
@@ -72,3 +74,5 @@ bool Database::isReadOnly() const
 {
     return sqlite3_db_readonly(m_connection.get(), "main") == 1;
 }
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 
 #include <memory>
 
+namespace morvane {
+
 // A connection to one SQLite database. Moves, does not copy. Stays on the thread that opened it. Throws
 // DatabaseError.
 class Database {
@@ -50,3 +52,5 @@ private:
 
     std::unique_ptr<sqlite3, Closer> m_connection;
 };
+
+} // namespace morvane

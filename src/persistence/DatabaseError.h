@@ -3,6 +3,8 @@
 #include <exception>
 #include <string>
 
+namespace morvane {
+
 // SQLite refused. `code` is its extended result code; the text is SQLite's own and holds no stored value.
 class DatabaseError final : public std::exception {
 public:
@@ -18,3 +20,5 @@ private:
     int m_code;
     std::string m_description;
 };
+
+} // namespace morvane

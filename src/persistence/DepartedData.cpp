@@ -1,13 +1,15 @@
 #include "persistence/DepartedData.h"
 
-#include "utils/Log.h"
-#include "utils/Product.h"
+#include "utils/log/Log.h"
+#include "utils/text/Product.h"
 
 #include <QDir>
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -116,3 +118,5 @@ void DepartedData::removeModulesOnce(const SupportFolders &folders, SettingsRepo
     Log::info(category, "Removed %ld store(s) the departed modules left"_L1, {removed});
     finish(defaults, departedKeys, modulesFlagKey);
 }
+
+} // namespace morvane

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "persistence/SettingsRepository.h"
-#include "utils/SupportFolders.h"
+#include "utils/files/SupportFolders.h"
 
 #include <QLatin1StringView>
 
 #include <span>
+
+namespace morvane {
 
 // What pages and tools that have left the application kept in its support folder. Each removal runs once; one
 // that fails is logged and not tried again. Nothing here throws.
@@ -24,3 +26,5 @@ void removeModulesOnce(const SupportFolders &folders, SettingsRepository &defaul
 [[nodiscard]] std::span<const QLatin1StringView> moduleFilePrefixes();
 
 } // namespace DepartedData
+
+} // namespace morvane

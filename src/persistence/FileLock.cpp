@@ -9,6 +9,8 @@
 #include <thread>
 #include <unistd.h>
 
+namespace morvane {
+
 namespace {
 
 constexpr std::chrono::milliseconds betweenAttempts{50};
@@ -48,3 +50,5 @@ void FileLock::sleep(std::chrono::milliseconds duration)
 {
     std::this_thread::sleep_for(duration);
 }
+
+} // namespace morvane

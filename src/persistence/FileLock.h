@@ -7,6 +7,8 @@
 #include <optional>
 #include <utility>
 
+namespace morvane {
+
 // An exclusive lock on a file that other processes respect too. It goes with its object, and with the process
 // however that ends. Moves, does not copy.
 class FileLock {
@@ -33,3 +35,5 @@ private:
 
     int m_descriptor;
 };
+
+} // namespace morvane

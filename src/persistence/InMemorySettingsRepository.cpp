@@ -1,5 +1,7 @@
 #include "persistence/InMemorySettingsRepository.h"
 
+namespace morvane {
+
 std::optional<SettingsValue> InMemorySettingsRepository::value(const QString &key) const
 {
     const auto found = m_storage.find(key);
@@ -28,3 +30,5 @@ QStringList InMemorySettingsRepository::keys() const
         all.append(key);
     return all;
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <map>
 
+namespace morvane {
+
 // Settings that are gone with the object, for tests and previews.
 class InMemorySettingsRepository final : public SettingsRepository {
 public:
@@ -16,3 +18,5 @@ public:
 private:
     std::map<QString, SettingsValue> m_storage;
 };
+
+} // namespace morvane

@@ -3,15 +3,17 @@
 #include "security/KeychainError.h"
 #include "security/KeychainServicing.h"
 #include "security/LegacySecretListing.h"
-#include "utils/Log.h"
-#include "utils/PrivateFile.h"
-#include "utils/Product.h"
+#include "utils/files/PrivateFile.h"
+#include "utils/log/Log.h"
+#include "utils/text/Product.h"
 
 #include <QDir>
 #include <QSet>
 
 #include <array>
 #include <filesystem>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -127,3 +129,5 @@ void LegacyBundleMigration::runOnce(const Surroundings &surroundings)
     surroundings.defaults.flush();
     Log::info(category, "Completed migration from the legacy bundle identifier"_L1);
 }
+
+} // namespace morvane

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "persistence/SettingsRepository.h"
-#include "utils/SupportFolders.h"
+#include "utils/files/SupportFolders.h"
 
 #include <functional>
 #include <memory>
+
+namespace morvane {
 
 class KeychainServicing;
 class LegacySecretListing;
@@ -28,3 +30,5 @@ struct Surroundings {
 void runOnce(const Surroundings &surroundings);
 
 } // namespace LegacyBundleMigration
+
+} // namespace morvane

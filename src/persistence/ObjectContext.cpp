@@ -1,11 +1,13 @@
 #include "persistence/ObjectContext.h"
 
-#include "utils/Log.h"
+#include "utils/log/Log.h"
 
 #include <QCoreApplication>
 #include <QThread>
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -396,3 +398,5 @@ std::shared_ptr<ImportedDocument> ObjectContext::document(const QUuid &id)
 {
     return answerOr(std::shared_ptr<ImportedDocument>(), [&] { return find<ImportedDocument>(id); });
 }
+
+} // namespace morvane

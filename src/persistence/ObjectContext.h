@@ -7,6 +7,8 @@
 #include <set>
 #include <unordered_map>
 
+namespace morvane {
+
 // Which records, in which order, how many. `where` and `order` are SQL over the table's columns, always
 // literals; values stand in `values` and are bound to the question marks.
 struct FetchRequest {
@@ -123,3 +125,5 @@ private:
     std::set<RecordKind> m_emptied;                           // since the last save; before m_removed
     bool m_removalsAreWritten = true;
 };
+
+} // namespace morvane

@@ -3,10 +3,12 @@
 #include "persistence/PersistenceError.h"
 #include "persistence/StoreFiles.h"
 #include "persistence/StoreSchema.h"
-#include "utils/Log.h"
-#include "utils/PrivateFile.h"
+#include "utils/files/PrivateFile.h"
+#include "utils/log/Log.h"
 
 #include <QFileInfo>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -100,3 +102,5 @@ void PersistenceController::moveAfterUnlock(const Place &place)
     move.targetIs = ChatStoreLocation::Target::OpenHere;
     (void)ChatStoreLocation::moveIfNeeded(move);
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 #include "persistence/FileLock.h"
 #include "persistence/ObjectContext.h"
 
+namespace morvane {
+
 // Opens the store that holds the chats and owns its context. Main thread only.
 class PersistenceController {
 public:
@@ -40,3 +42,5 @@ private:
     std::optional<FileLock> m_lock; // given back after the context has closed the store
     ObjectContext m_context;
 };
+
+} // namespace morvane

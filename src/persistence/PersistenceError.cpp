@@ -1,5 +1,7 @@
 #include "persistence/PersistenceError.h"
 
+namespace morvane {
+
 QString PersistenceError::userMessage() const
 {
     switch (m_reason) {
@@ -17,3 +19,5 @@ std::optional<QString> PersistenceError::recoverySuggestion() const
         "Restart the app. If the problem persists, use Settings → Privacy → Delete All Local "
         "Data.");
 }
+
+} // namespace morvane

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "utils/UserPresentableError.h"
+#include "utils/text/UserPresentableError.h"
+
+namespace morvane {
 
 class PersistenceError final : public UserPresentableError {
 public:
@@ -18,3 +20,5 @@ public:
 private:
     Reason m_reason;
 };
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+namespace morvane {
+
 using SqlCoding::value;
 
 namespace {
@@ -104,3 +106,5 @@ void RecordTable<ImportedDocument>::bind(Statement &statement, const ImportedDoc
         .bind(value(columns.wasTruncated))
         .bind(value(columns.importedAt));
 }
+
+} // namespace morvane

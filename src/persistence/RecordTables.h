@@ -4,6 +4,8 @@
 #include "models/ImportedDocument.h"
 #include "persistence/Statement.h"
 
+namespace morvane {
+
 // How each record type stands in its table. `columns` names every column in the order in which `bind` gives
 // them and `read` takes them; the id is the first, and is read before.
 template <typename R>
@@ -39,3 +41,5 @@ struct RecordTable<ImportedDocument> {
     [[nodiscard]] static ImportedDocument::Columns read(const QUuid &id, Statement &row);
     static void bind(Statement &statement, const ImportedDocument::Columns &columns);
 };
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 
 #include <type_traits>
 
+namespace morvane {
+
 // How the values of one setting stand in a repository: enumerations as their raw text, an absent optional as
 // no key at all. A value of another type and an unknown raw text read as absent.
 template <typename T>
@@ -56,3 +58,5 @@ struct Setting {
     T initial;
     T value;
 };
+
+} // namespace morvane

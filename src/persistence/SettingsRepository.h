@@ -8,6 +8,8 @@
 #include <optional>
 #include <variant>
 
+namespace morvane {
+
 // A value of a defaults domain, with its type.
 using SettingsValue = std::variant<bool, std::int64_t, double, QString, QByteArray, QStringList>;
 
@@ -54,3 +56,5 @@ private:
         return typed ? std::optional(*typed) : std::nullopt;
     }
 };
+
+} // namespace morvane

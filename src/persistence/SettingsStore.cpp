@@ -1,8 +1,10 @@
 #include "persistence/SettingsStore.h"
 
-#include "utils/Json.h"
+#include "utils/text/Json.h"
 
 #include <QJsonDocument>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -78,3 +80,5 @@ QString SettingsStore::versionText()
 {
     return QStringLiteral(MORVANE_VERSION);
 }
+
+} // namespace morvane

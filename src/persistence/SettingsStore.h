@@ -12,6 +12,8 @@
 #include <functional>
 #include <vector>
 
+namespace morvane {
+
 // A property with its getter, its setter, its signal and its key in the repository.
 #define MORVANE_SETTING(Type, name, Name, key, initial)                                                      \
     Q_PROPERTY(Type name READ name WRITE set##Name NOTIFY name##Changed)                                     \
@@ -140,3 +142,5 @@ private:
     MORVANE_SETTING(bool, autoSummarizeDroppedFiles, AutoSummarizeDroppedFiles, "autoSummarizeDroppedFiles", false)
     // clang-format on
 };
+
+} // namespace morvane

@@ -1,12 +1,14 @@
 #include "persistence/SettingsValueCoding.h"
 
-#include "utils/Base64.h"
+#include "utils/bytes/Base64.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QLocale>
 
 #include <cmath>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -102,3 +104,5 @@ std::optional<SettingsValue> SettingsValueCoding::decode(const QString &text)
         return decodedList(rest);
     return std::nullopt;
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include "persistence/SettingsRepository.h"
 
+namespace morvane {
+
 // Settings as text that keeps their type: the type's name, a colon and the value.
 //
 //     bool:true   int:5   real:0.7   text:5   data:(base64)   list:["a","b"]
@@ -13,3 +15,5 @@ namespace SettingsValueCoding {
 [[nodiscard]] std::optional<SettingsValue> decode(const QString &text);
 
 } // namespace SettingsValueCoding
+
+} // namespace morvane

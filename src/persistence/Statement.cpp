@@ -1,7 +1,7 @@
 #include "persistence/Statement.h"
 
 #include "persistence/DatabaseError.h"
-#include "utils/Identifier.h"
+#include "utils/text/Identifier.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -9,6 +9,8 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+
+namespace morvane {
 
 namespace {
 
@@ -194,3 +196,5 @@ SqlValue Statement::value()
         return text();
     }
 }
+
+} // namespace morvane

@@ -14,6 +14,8 @@
 struct sqlite3;
 struct sqlite3_stmt;
 
+namespace morvane {
+
 // What a column can hold here.
 using SqlValue = std::variant<std::monostate, std::int64_t, QString>;
 
@@ -80,3 +82,5 @@ private:
     int m_parameter = 0;
     int m_column = 0;
 };
+
+} // namespace morvane

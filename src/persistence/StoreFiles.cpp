@@ -1,7 +1,7 @@
 #include "persistence/StoreFiles.h"
 
 #include "persistence/StoreSchema.h"
-#include "utils/PrivateFile.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -10,6 +10,8 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -104,3 +106,5 @@ Database StoreFiles::openToRead(const QString &path)
     const bool hasLog = QFileInfo(path + u"-wal"_s).size() > 0; // left by a process that died
     return Database::open(path, hasLog ? Database::Access::ReadOnly : Database::Access::Still);
 }
+
+} // namespace morvane

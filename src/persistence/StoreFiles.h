@@ -7,6 +7,8 @@
 
 #include <array>
 
+namespace morvane {
+
 // The chat store as files: the database with its "-wal" and "-shm" companions, for their owner only.
 namespace StoreFiles {
 
@@ -35,3 +37,5 @@ void makePrivate(const QString &path);
 [[nodiscard]] Database openToRead(const QString &path);
 
 } // namespace StoreFiles
+
+} // namespace morvane

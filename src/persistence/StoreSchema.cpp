@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <set>
 
+namespace morvane {
+
 namespace {
 
 using StoreSchema::Column;
@@ -177,3 +179,5 @@ void StoreSchema::prepare(Database &database)
         throw;
     }
 }
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 #include <array>
 #include <vector>
 
+namespace morvane {
+
 // The tables of the chat store. Text columns hold sealed text only; their names changed when sealing came,
 // and a store with the former names is brought up to date by renaming, with its values as they are.
 namespace StoreSchema {
@@ -52,3 +54,5 @@ struct Table {
 void prepare(Database &database);
 
 } // namespace StoreSchema
+
+} // namespace morvane

@@ -1,11 +1,13 @@
 #include "persistence/UserDefaultsSettingsRepository.h"
 
 #include "persistence/SettingsValueCoding.h"
-#include "utils/Log.h"
-#include "utils/PrivateFile.h"
+#include "utils/files/PrivateFile.h"
+#include "utils/log/Log.h"
 
 #include <QFile>
 #include <QFileInfo>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -115,3 +117,5 @@ void UserDefaultsSettingsRepository::flush()
 {
     m_defaults.sync();
 }
+
+} // namespace morvane

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "persistence/SettingsRepository.h"
-#include "utils/SupportFolders.h"
+#include "utils/files/SupportFolders.h"
 
 #include <QSettings>
 
 #include <memory>
+
+namespace morvane {
 
 // A defaults domain in one INI file that only its owner may read. Each value carries its type in front
 // ("int:5", "text:5"), so what was written as a text never reads as a number.
@@ -35,3 +37,5 @@ private:
 
     QSettings m_defaults;
 };
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 #include "security/SecretStoring.h"
 #include "security/UserPresenceConfirming.h"
 
+namespace morvane {
+
 // Stands where there is no keyring to be used: a trial profile must never read or change the person's own.
 class AbsentKeyring final : public SecretStoring {
 public:
@@ -25,3 +27,5 @@ public:
     [[nodiscard]] bool canConfirm() const override { return false; }
     [[nodiscard]] Answer confirm(const QString &, std::stop_token) override { return Answer::Unavailable; }
 };
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace morvane {
+
 // Seals the texts of stored records. Records hold sealed text only; readable text exists for as long as a
 // caller has opened it. Any thread.
 class FieldSealing {
@@ -18,3 +20,5 @@ public:
     // as itself.
     [[nodiscard]] virtual QString open(const QString &sealed) const = 0;
 };
+
+} // namespace morvane

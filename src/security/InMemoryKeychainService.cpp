@@ -1,5 +1,7 @@
 #include "security/InMemoryKeychainService.h"
 
+namespace morvane {
+
 void InMemoryKeychainService::throwFailure() const
 {
     const std::lock_guard lock(m_mutex);
@@ -106,3 +108,5 @@ void InMemoryKeychainService::addSecret(const QString &service, const Secret &se
     const std::lock_guard lock(m_mutex);
     m_olderBuilds[service][secret.account] = secret.value;
 }
+
+} // namespace morvane

@@ -8,6 +8,8 @@
 #include <mutex>
 #include <set>
 
+namespace morvane {
+
 // A keychain that forgets everything with the process. Any thread.
 class InMemoryKeychainService final : public KeychainServicing, public LegacySecretListing {
 public:
@@ -40,3 +42,5 @@ private:
     std::set<QString> m_shown;                                   // read with a prompt; guarded by m_mutex
     std::map<QString, std::map<QString, QString>> m_olderBuilds; // by service; guarded by m_mutex
 };
+
+} // namespace morvane

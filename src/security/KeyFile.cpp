@@ -1,13 +1,15 @@
 #include "security/KeyFile.h"
 
-#include "utils/PrivateFile.h"
-#include "utils/SecretBytes.h"
+#include "utils/bytes/SecretBytes.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
 #include <unistd.h>
+
+namespace morvane {
 
 namespace {
 
@@ -179,3 +181,5 @@ bool KeyFile::remove(const QString &service, const QString &account)
     store(entries.list);
     return true;
 }
+
+} // namespace morvane

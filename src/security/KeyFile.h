@@ -5,6 +5,8 @@
 
 #include <mutex>
 
+namespace morvane {
+
 // A file of mode 0600 that stands in where no keyring answers. It protects against other accounts of the
 // machine and no more: whoever can read the disk can read it.
 //
@@ -40,3 +42,5 @@ private:
     const QString m_path;
     mutable std::mutex m_mutex; // over the file as a whole
 };
+
+} // namespace morvane

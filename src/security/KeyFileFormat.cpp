@@ -1,10 +1,12 @@
 #include "security/KeyFileFormat.h"
 
-#include "utils/Base64.h"
-#include "utils/SecretBytes.h"
-#include "utils/Text.h"
+#include "utils/bytes/Base64.h"
+#include "utils/bytes/SecretBytes.h"
+#include "utils/text/Text.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 namespace {
 
@@ -76,3 +78,5 @@ QByteArray KeyFileFormat::print(const std::vector<Entry> &entries)
     }
     return contents + lastLine.toByteArray();
 }
+
+} // namespace morvane

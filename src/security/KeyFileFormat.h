@@ -6,6 +6,8 @@
 #include <optional>
 #include <vector>
 
+namespace morvane {
+
 // Text of the file that stands in for a keyring. A first line, one line for each secret, a last line that
 // tells a whole file from a cut one:
 //
@@ -28,3 +30,5 @@ struct Entry {
 [[nodiscard]] QByteArray print(const std::vector<Entry> &entries);
 
 } // namespace KeyFileFormat
+
+} // namespace morvane

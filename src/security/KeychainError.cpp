@@ -1,5 +1,7 @@
 #include "security/KeychainError.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 KeychainError::KeychainError(Operation operation, KeychainStatus status)
@@ -24,3 +26,5 @@ std::optional<QString> KeychainError::recoverySuggestion() const
 {
     return u"Try again. If the problem persists, check Keychain Access for a locked or damaged keychain."_s;
 }
+
+} // namespace morvane

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "utils/UserPresentableError.h"
+#include "utils/text/UserPresentableError.h"
 
 #include <cstdint>
+
+namespace morvane {
 
 // Why a keychain could not do it. The numbers are what the log and the error carry; they are the same
 // whichever place stands behind the keychain.
@@ -34,3 +36,5 @@ private:
     Operation m_operation;
     KeychainStatus m_status;
 };
+
+} // namespace morvane

@@ -1,9 +1,11 @@
 #include "security/KeychainHome.h"
 
+#include "async/CancelledError.h"
 #include "security/FormerServices.h"
-#include "utils/CancelledError.h"
-#include "utils/Log.h"
-#include "utils/SecretBytes.h"
+#include "utils/bytes/SecretBytes.h"
+#include "utils/log/Log.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -242,3 +244,5 @@ bool KeychainHome::keepsPresence() const
     SecretStoring *const chosen = m_place;
     return chosen && chosen->keepsPresence();
 }
+
+} // namespace morvane

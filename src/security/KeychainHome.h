@@ -7,6 +7,8 @@
 #include <atomic>
 #include <functional>
 
+namespace morvane {
+
 // Whether sealed data exists, so that a key must be there to open it.
 enum class KeyExpectation { Unknown, MustExist };
 
@@ -66,3 +68,5 @@ private:
     const QString m_dataAccount;
     std::atomic<SecretStoring *> m_place = nullptr; // m_keyring or m_file, once chosen
 };
+
+} // namespace morvane

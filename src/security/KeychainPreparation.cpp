@@ -1,9 +1,11 @@
 #include "security/KeychainPreparation.h"
 
+#include "async/CancelledError.h"
 #include "security/KeychainError.h"
-#include "utils/CancelledError.h"
 
 #include <utility>
+
+namespace morvane {
 
 KeychainPreparation::KeychainPreparation(QString service, KeychainHome &home, KeychainService &keychain)
     : m_service(std::move(service))
@@ -76,3 +78,5 @@ void KeychainPreparation::setState(KeychainState state)
     if (std::exchange(m_state, state) != state)
         Q_EMIT stateChanged(state);
 }
+
+} // namespace morvane

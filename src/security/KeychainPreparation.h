@@ -3,7 +3,7 @@
 #include "security/KeychainHome.h"
 #include "security/KeychainService.h"
 
-#include "utils/AsyncStream.h"
+#include "async/AsyncStream.h"
 
 #include <QCoroTask>
 #include <QObject>
@@ -12,6 +12,8 @@
 #include <optional>
 #include <stop_token>
 #include <thread>
+
+namespace morvane {
 
 // Opens the keychain with the window already up: the waiting happens on a thread of its own, and the state
 // tells the window what is being waited for. The stores are opened after it.
@@ -51,3 +53,5 @@ private:
     std::optional<Openings::Producer> m_openings;
     std::jthread m_worker;
 };
+
+} // namespace morvane

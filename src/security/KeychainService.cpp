@@ -2,9 +2,11 @@
 
 #include "security/FormerServices.h"
 #include "security/KeychainError.h"
-#include "utils/Log.h"
-#include "utils/SecretBytes.h"
-#include "utils/Text.h"
+#include "utils/bytes/SecretBytes.h"
+#include "utils/log/Log.h"
+#include "utils/text/Text.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -342,3 +344,5 @@ void KeychainService::forget(const QString &account)
     if (m_leftOut)
         m_leftOut->erase(account);
 }
+
+} // namespace morvane

@@ -9,6 +9,8 @@
 #include <mutex>
 #include <set>
 
+namespace morvane {
+
 // The system's only door to the platform's secrets: the items of one service, with a small read cache so that
 // the data key is not fetched for every sealed field.
 //
@@ -67,3 +69,5 @@ private:
     // What the last listing found and left out of the cache; none before a listing. Guarded by m_mutex.
     std::optional<std::set<QString>> m_leftOut;
 };
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 #include <optional>
 #include <stop_token>
 
+namespace morvane {
+
 // Whether an item is handed out only to someone who shows that they are there.
 enum class UserPresence { NotRequired, Required };
 
@@ -45,3 +47,5 @@ public:
     // Forgets the values held in memory.
     virtual void clearCache() = 0;
 };
+
+} // namespace morvane

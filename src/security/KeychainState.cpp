@@ -1,6 +1,8 @@
 #include "security/KeychainState.h"
 
-#include "utils/Product.h"
+#include "utils/text/Product.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -51,3 +53,5 @@ QString sentenceFor(KeychainState state)
     }
     return {};
 }
+
+} // namespace morvane

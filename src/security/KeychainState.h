@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace morvane {
+
 // Where the keychain stands, from the start of the process until it can be used, and why it cannot.
 enum class KeychainState : std::uint8_t {
     Opening,          // being asked; nothing is known yet
@@ -24,3 +26,5 @@ enum class KeychainState : std::uint8_t {
 
 // What the window says, and Settings for ReadyInFile; empty where there is nothing to say.
 [[nodiscard]] QString sentenceFor(KeychainState state);
+
+} // namespace morvane

@@ -1,8 +1,10 @@
 #include "security/KeychainTasks.h"
 
-#include "utils/PoolTask.h"
+#include "async/PoolTask.h"
 
 #include <QCoroFuture>
+
+namespace morvane {
 
 QCoro::Task<> KeychainTasks::save(KeychainServicing *keychain, QString value, QString account)
 {
@@ -22,3 +24,5 @@ QCoro::Task<std::optional<QString>> KeychainTasks::read(KeychainServicing *keych
     const auto value = onPool<std::optional<QString>>([=] { return keychain->read(account, reason, stop); });
     co_return co_await value;
 }
+
+} // namespace morvane

@@ -8,6 +8,8 @@
 #include <optional>
 #include <stop_token>
 
+namespace morvane {
+
 // The keychain's calls for the GUI thread: they run on the thread pool and answer by co_await. Throw what the
 // call throws. `keychain` outlives the pool's work.
 namespace KeychainTasks {
@@ -20,3 +22,5 @@ QCoro::Task<std::optional<QString>> read(KeychainServicing *keychain, QString ac
                                          std::stop_token stop);
 
 } // namespace KeychainTasks
+
+} // namespace morvane

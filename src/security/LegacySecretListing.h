@@ -4,6 +4,8 @@
 
 #include <vector>
 
+namespace morvane {
+
 // Items that older builds kept under other service names, for the one-time move into this build's name. Any
 // thread; waits for another process. Throws KeychainError.
 class LegacySecretListing {
@@ -20,3 +22,5 @@ public:
     [[nodiscard]] virtual std::vector<Secret> secretsOf(const QString &service) = 0;
     virtual void removeSecret(const QString &service, const QString &account) = 0;
 };
+
+} // namespace morvane

@@ -2,9 +2,11 @@
 
 #include "security/SealedForm.h"
 #include "security/TestHost.h"
-#include "utils/Base64.h"
-#include "utils/Log.h"
-#include "utils/PrivateFile.h"
+#include "utils/bytes/Base64.h"
+#include "utils/files/PrivateFile.h"
+#include "utils/log/Log.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -176,3 +178,5 @@ bool LocalDataVault::isLocked() const
     const std::lock_guard lock(m_mutex);
     return m_isLocked;
 }
+
+} // namespace morvane

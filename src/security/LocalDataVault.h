@@ -2,13 +2,15 @@
 
 #include "security/FieldSealing.h"
 #include "security/KeychainServicing.h"
-#include "utils/SecretBytes.h"
+#include "utils/bytes/SecretBytes.h"
 
 #include <QByteArray>
 #include <QStringList>
 
 #include <exception>
 #include <mutex>
+
+namespace morvane {
 
 // Owns the local data key and everything that is sealed with it. While it is locked the key is not handed
 // out, so nothing is sealed and nothing is opened.
@@ -84,3 +86,5 @@ private:
     bool m_keyMustExist = false;   // guarded by m_mutex
     mutable std::mutex m_creation; // one thread at a time makes the first key
 };
+
+} // namespace morvane

@@ -2,15 +2,17 @@
 
 #include "security/LocalDataVault.h"
 #include "security/SealedForm.h"
-#include "utils/PrivateFile.h"
-#include "utils/Product.h"
-#include "utils/SupportFolders.h"
+#include "utils/files/PrivateFile.h"
+#include "utils/files/SupportFolders.h"
+#include "utils/text/Product.h"
 
 #include <QDir>
 #include <QFile>
 
 #include <array>
 #include <limits>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -91,3 +93,5 @@ bool LocalDataVault::sealLeftover(const QString &path) const
         return false;
     }
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <stdexcept>
 
+namespace morvane {
+
 ProcessKeySealing::ProcessKeySealing()
     : m_key(SecretBytes::random(SealedForm::keySize))
 {}
@@ -23,3 +25,5 @@ QString ProcessKeySealing::open(const QString &sealed) const
         return sealed;
     return SealedForm::openField(sealed, m_key).value_or(QString());
 }
+
+} // namespace morvane

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "security/FieldSealing.h"
-#include "utils/SecretBytes.h"
+#include "utils/bytes/SecretBytes.h"
+
+namespace morvane {
 
 // Seals under a random key that is gone with the object. For stores that live in memory only. Any thread.
 class ProcessKeySealing final : public FieldSealing {
@@ -16,3 +18,5 @@ public:
 private:
     SecretBytes m_key;
 };
+
+} // namespace morvane

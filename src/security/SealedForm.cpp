@@ -1,8 +1,10 @@
 #include "security/SealedForm.h"
 
-#include "utils/Base64.h"
-#include "utils/SealedBox.h"
-#include "utils/Text.h"
+#include "utils/bytes/Base64.h"
+#include "utils/bytes/SealedBox.h"
+#include "utils/text/Text.h"
+
+namespace morvane {
 
 bool SealedForm::isSealedField(QStringView text)
 {
@@ -50,3 +52,5 @@ std::optional<QByteArray> SealedForm::openFile(QByteArrayView contents, const Se
         return std::nullopt;
     return SealedBox::open(contents.sliced(fileMagic.size()), key);
 }
+
+} // namespace morvane

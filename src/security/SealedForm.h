@@ -1,11 +1,13 @@
 #pragma once
 
-#include "utils/SecretBytes.h"
+#include "utils/bytes/SecretBytes.h"
 
 #include <QByteArray>
 #include <QString>
 
 #include <optional>
+
+namespace morvane {
 
 // The two shapes of a sealed value, byte for byte. Both hold the same box: nonce, ciphertext, tag. Any
 // thread.
@@ -36,3 +38,5 @@ inline constexpr qsizetype keySize = 32;
 [[nodiscard]] std::optional<QByteArray> openFile(QByteArrayView contents, const SecretBytes &key);
 
 } // namespace SealedForm
+
+} // namespace morvane

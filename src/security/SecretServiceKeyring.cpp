@@ -1,7 +1,7 @@
 #include "security/SecretServiceKeyring.h"
 
-#include "utils/CancelledError.h"
-#include "utils/Product.h"
+#include "async/CancelledError.h"
+#include "utils/text/Product.h"
 
 #include <QFileInfo>
 #include <QtGlobal>
@@ -10,6 +10,8 @@
 
 #include <algorithm>
 #include <memory>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -404,3 +406,5 @@ bool SecretServiceKeyring::remove(const QString &service, const QString &account
         deleteItem(item.get());
     return !items.empty();
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include "security/SecretStoring.h"
 
+namespace morvane {
+
 // The desktop's keyring, reached over the session bus by the Secret Service protocol.
 //
 // Any thread; each call opens its own session with the service and ends it, so a keyring that is restarted,
@@ -20,3 +22,5 @@ public:
     bool remove(const QString &service, const QString &account) override;
     [[nodiscard]] bool keepsPresence() const override { return true; }
 };
+
+} // namespace morvane

@@ -11,6 +11,8 @@
 #include <stop_token>
 #include <vector>
 
+namespace morvane {
+
 // Why a place for secrets refused.
 class SecretStoreError final : public std::exception {
 public:
@@ -65,3 +67,5 @@ public:
     // Whether items can carry the presence mark here.
     [[nodiscard]] virtual bool keepsPresence() const = 0;
 };
+
+} // namespace morvane

@@ -1,13 +1,15 @@
 #include "security/ServiceIdentity.h"
 
 #include "security/KeychainError.h"
-#include "utils/Hex.h"
-#include "utils/Log.h"
-#include "utils/SecretBytes.h"
+#include "utils/bytes/Hex.h"
+#include "utils/bytes/SecretBytes.h"
+#include "utils/log/Log.h"
 
 #include <QUuid>
 
 #include <stdexcept>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -108,3 +110,5 @@ QString ServiceIdentity::credentialOfThisRun(Service service)
         credential = newCredential();
     return credential;
 }
+
+} // namespace morvane

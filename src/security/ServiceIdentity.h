@@ -5,6 +5,8 @@
 #include <map>
 #include <mutex>
 
+namespace morvane {
+
 // The random number by which each online service knows this install: a different one for each service, made
 // on this machine, derived from nothing.
 //
@@ -37,3 +39,5 @@ private:
     std::mutex m_mutex;
     std::map<Service, QString> m_ofThisRun; // what the keychain would not take or give back
 };
+
+} // namespace morvane

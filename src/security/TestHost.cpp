@@ -2,8 +2,12 @@
 
 #include <QtGlobal>
 
+namespace morvane {
+
 bool TestHost::isActive()
 {
     return qEnvironmentVariableIsSet("XCTestConfigurationFilePath") ||
            qEnvironmentVariableIsSet("XCTestBundlePath");
 }
+
+} // namespace morvane

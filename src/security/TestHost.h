@@ -1,5 +1,7 @@
 #pragma once
 
+namespace morvane {
+
 // A run that a test harness hosts. It must not touch the person's own data: no moves, no sweep, no change to
 // the data key.
 namespace TestHost {
@@ -7,3 +9,5 @@ namespace TestHost {
 [[nodiscard]] bool isActive();
 
 } // namespace TestHost
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <stop_token>
 
+namespace morvane {
+
 // Asks the person at the machine to show that they are there: a fingerprint, the login password.
 class UserPresenceConfirming {
 public:
@@ -17,3 +19,5 @@ public:
     // Prompts and waits; `reason` completes "… is trying to". Never on the GUI thread.
     [[nodiscard]] virtual Answer confirm(const QString &reason, std::stop_token stop) = 0;
 };
+
+} // namespace morvane

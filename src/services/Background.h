@@ -1,6 +1,6 @@
 #pragma once
 
-#include "utils/AsyncStream.h"
+#include "async/AsyncStream.h"
 
 #include <QCoroTask>
 #include <QObject>
@@ -12,6 +12,8 @@
 #include <stop_token>
 #include <thread>
 #include <utility>
+
+namespace morvane {
 
 // Work that the GUI thread must not wait for.
 namespace Background {
@@ -63,3 +65,5 @@ template <typename T>
 }
 
 } // namespace Background
+
+} // namespace morvane

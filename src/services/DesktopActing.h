@@ -7,6 +7,8 @@
 #include <optional>
 #include <stop_token>
 
+namespace morvane {
+
 // What the abilities may do on the desktop, once the person has agreed. Each call answers with a sentence
 // for the model, or throws a UserPresentableError. GUI thread.
 class DesktopActing {
@@ -19,3 +21,5 @@ public:
     [[nodiscard]] virtual QCoro::Task<QString> runShortcut(QString name, std::optional<QString> input,
                                                            std::stop_token stop) = 0;
 };
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -319,3 +321,5 @@ void MarkupScan::tidyLines(QString &text)
     }
     text.truncate(kept - data);
 }
+
+} // namespace morvane

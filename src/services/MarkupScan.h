@@ -5,6 +5,8 @@
 #include <functional>
 #include <optional>
 
+namespace morvane {
+
 // Finds and cuts markup by fixed patterns, each in one pass over the text, however the markup is broken. A
 // matcher for the general pattern may take quadratic time or run out of its limits on a hostile page.
 //
@@ -37,3 +39,5 @@ void decodeEntities(QString &text);    // the named entities of plain prose; "&a
 void tidyLines(QString &text);
 
 } // namespace MarkupScan
+
+} // namespace morvane

@@ -4,10 +4,12 @@
 #include "network/PrivateNetworkAddress.h"
 #include "network/PublicAddress.h"
 #include "services/WebAccessError.h"
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <algorithm>
 #include <array>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -70,3 +72,5 @@ bool PageAddress::isPrivateLiteral(const QString &text)
         bytes = PrivateNetworkAddress::addressBytes(text);
     return bytes && !PublicAddress::isPublic(*bytes);
 }
+
+} // namespace morvane

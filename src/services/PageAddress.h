@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace morvane {
+
 // Which addresses of the web may be read, as far as their text tells. Stricter than the gate: a page must not
 // come from the local network even though the gate would let it. Pure.
 namespace PageAddress {
@@ -22,3 +24,5 @@ namespace PageAddress {
 [[nodiscard]] bool isPrivateLiteral(const QString &text);
 
 } // namespace PageAddress
+
+} // namespace morvane

@@ -5,9 +5,11 @@
 #include "services/PageAddress.h"
 #include "services/PageText.h"
 #include "services/WebAccessError.h"
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -147,3 +149,5 @@ QCoro::Task<bool> PageReader::isPrivate(PageReader self, QString host, std::stop
     co_return addresses.isEmpty() ||
         std::any_of(addresses.begin(), addresses.end(), PageAddress::isPrivateLiteral);
 }
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 
 #include <QStringList>
 
+namespace morvane {
+
 // Reads one page of the web as plain text. Each hop's host is judged before it is asked: by its text, then by
 // the addresses that its name leads to. GUI thread; resolving and extracting run beside it.
 class PageReader {
@@ -30,3 +32,5 @@ private:
     std::shared_ptr<HttpSession> m_session;
     Resolve m_resolve;
 };
+
+} // namespace morvane

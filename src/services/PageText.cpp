@@ -1,10 +1,12 @@
 #include "services/PageText.h"
 
 #include "services/MarkupScan.h"
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <algorithm>
 #include <array>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -93,3 +95,5 @@ bool PageText::isBotWall(const QString &title, const QString &text)
     return std::any_of(wallWords.begin(), wallWords.end(),
                        [&](QLatin1StringView words) { return seen.contains(words); });
 }
+
+} // namespace morvane

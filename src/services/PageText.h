@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace morvane {
+
 // What a person would read of a page: its title and the text of its main part, without markup. Pure, in
 // linear time; any thread.
 namespace PageText {
@@ -22,3 +24,5 @@ namespace PageText {
 [[nodiscard]] bool isBotWall(const QString &title, const QString &text);
 
 } // namespace PageText
+
+} // namespace morvane

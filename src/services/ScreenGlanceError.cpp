@@ -1,5 +1,7 @@
 #include "services/ScreenGlanceError.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 QString ScreenGlanceError::userMessage() const
@@ -45,3 +47,5 @@ bool ScreenGlanceError::isRetryable() const
 {
     return true;
 }
+
+} // namespace morvane

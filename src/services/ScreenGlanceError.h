@@ -1,6 +1,8 @@
 #pragma once
 
-#include "utils/UserPresentableError.h"
+#include "utils/text/UserPresentableError.h"
+
+namespace morvane {
 
 // Why the screen's text could not be read.
 class ScreenGlanceError final : public UserPresentableError {
@@ -20,3 +22,5 @@ public:
 private:
     Case m_case;
 };
+
+} // namespace morvane

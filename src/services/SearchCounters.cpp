@@ -2,6 +2,8 @@
 
 #include "persistence/SettingsRepository.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -25,3 +27,5 @@ void SearchCounters::raise(SettingsRepository &repository, const QDate &today)
     raiseCount(repository, u"builtInSearchMonth"_s,
                QString::asprintf("%04d-%02d", today.year(), today.month()), u"builtInSearchMonthCount"_s);
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QDate>
 
+namespace morvane {
+
 class SettingsRepository;
 
 // How often the product's own search was used on the present day and in the present month.
@@ -11,3 +13,5 @@ namespace SearchCounters {
 void raise(SettingsRepository &repository, const QDate &today);
 
 } // namespace SearchCounters
+
+} // namespace morvane

@@ -1,7 +1,9 @@
 #include "services/SearchResults.h"
 
 #include "services/PageText.h"
-#include "utils/Json.h"
+#include "utils/text/Json.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -33,3 +35,5 @@ std::vector<WebAccessing::SearchResult> SearchResults::read(const QJsonArray &re
     }
     return read;
 }
+
+} // namespace morvane

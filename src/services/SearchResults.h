@@ -4,6 +4,8 @@
 
 #include <QJsonArray>
 
+namespace morvane {
+
 // What search services answer with. Pure.
 namespace SearchResults {
 
@@ -12,3 +14,5 @@ namespace SearchResults {
                                                            QLatin1StringView snippetKey);
 
 } // namespace SearchResults
+
+} // namespace morvane

@@ -1,5 +1,7 @@
 #include "services/WebAccessError.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -70,3 +72,5 @@ bool WebAccessError::isRetryable() const
     return is(Plain::searchFailed) || is(Plain::builtInSearchUnavailable) || is(Plain::offline) ||
            std::holds_alternative<FetchFailed>(m_case);
 }
+
+} // namespace morvane

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "utils/UserPresentableError.h"
+#include "utils/text/UserPresentableError.h"
 
 #include <variant>
+
+namespace morvane {
 
 // Why the web could not be searched or read. The cases carry what their words need.
 class WebAccessError final : public UserPresentableError {
@@ -47,3 +49,5 @@ public:
 private:
     Case m_case;
 };
+
+} // namespace morvane

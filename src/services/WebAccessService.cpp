@@ -4,7 +4,9 @@
 #include "security/KeychainError.h"
 #include "security/KeychainServicing.h"
 #include "services/WebAccessError.h"
-#include "utils/Text.h"
+#include "utils/text/Text.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -81,3 +83,5 @@ QString WebAccessService::ownKey() const
         return {}; // a key that isn't handed out can't be used
     }
 }
+
+} // namespace morvane

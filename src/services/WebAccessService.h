@@ -4,6 +4,8 @@
 #include "services/WebAccessing.h"
 #include "services/WebSearch.h"
 
+namespace morvane {
+
 // Searches the web and reads pages. A search carries the query and a read the address; nothing else of the
 // person leaves.
 //
@@ -51,3 +53,5 @@ private:
     std::shared_ptr<HttpSession> m_injectedSession;
     std::shared_ptr<WebSearch> m_search;
 };
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 #include <stop_token>
 #include <vector>
 
+namespace morvane {
+
 // The web, as the abilities use it. GUI thread.
 class WebAccessing {
 public:
@@ -35,3 +37,5 @@ public:
     // At most `limit` characters of the page's text.
     [[nodiscard]] virtual QCoro::Task<Page> readPage(QString url, qsizetype limit, std::stop_token stop) = 0;
 };
+
+} // namespace morvane

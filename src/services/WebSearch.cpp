@@ -1,14 +1,16 @@
 #include "services/WebSearch.h"
 
+#include "async/Clock.h"
 #include "deployment/DeploymentValues.h"
 #include "security/ServiceIdentity.h"
 #include "services/Background.h"
 #include "services/SearchCounters.h"
 #include "services/SearchResults.h"
 #include "services/WebAccessError.h"
-#include "utils/Clock.h"
-#include "utils/Json.h"
-#include "utils/Log.h"
+#include "utils/log/Log.h"
+#include "utils/text/Json.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -189,3 +191,5 @@ void WebSearch::countBuiltIn()
     if (m_onProxiedSearch)
         m_onProxiedSearch();
 }
+
+} // namespace morvane

@@ -10,6 +10,8 @@
 #include <memory>
 #include <optional>
 
+namespace morvane {
+
 class Clock;
 class KeychainServicing;
 class ServiceIdentity;
@@ -72,3 +74,5 @@ private:
     std::optional<std::chrono::milliseconds> m_lastBraveCallAt; // by Clock::elapsed()
     bool m_isClosed = false;
 };
+
+} // namespace morvane

@@ -1,12 +1,14 @@
 #include "view_models/ShellViewModel.h"
 
 #include "persistence/SettingsStore.h"
-#include "utils/Product.h"
+#include "utils/text/Product.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
 
 #include <utility>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -159,3 +161,5 @@ void ShellViewModel::openLink(const QString &address)
     if (url.isValid() && (url.scheme() == "http"_L1 || url.scheme() == "https"_L1))
         Q_EMIT linkRequested(url);
 }
+
+} // namespace morvane

@@ -8,6 +8,8 @@
 
 #include <functional>
 
+namespace morvane {
+
 class SettingsStore;
 
 // What the window as a whole shows: appearance, sidebar, which page is open, and what went wrong at start.
@@ -101,3 +103,5 @@ private:
     };
     Question m_question;
 };
+
+} // namespace morvane

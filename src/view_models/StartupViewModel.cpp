@@ -1,6 +1,8 @@
 #include "view_models/StartupViewModel.h"
 
-#include "utils/Product.h"
+#include "utils/text/Product.h"
+
+namespace morvane {
 
 QString StartupViewModel::productName() const
 {
@@ -19,3 +21,5 @@ void StartupViewModel::retry()
     if (m_canRetry)
         Q_EMIT retryChosen();
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
+namespace morvane {
+
 // What the small window says that stands while the key to the person's data is being fetched.
 class StartupViewModel : public QObject {
     Q_OBJECT
@@ -31,3 +33,5 @@ private:
     QString m_sentence;
     bool m_canRetry = false;
 };
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
+namespace morvane {
+
 // Says one text through assistive technology, without a trace on the screen. Give the item a role of its own
 // (Accessible.AlertMessage) and the text as its name; announce() then points the screen reader at it.
 class Announcement : public QQuickItem {
@@ -18,3 +20,5 @@ public:
 Q_SIGNALS:
     void announced();
 };
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 BlockDocument::BlockDocument(QObject *parent)
     : QObject(parent)
 {
@@ -89,3 +91,5 @@ void BlockDocument::insert(QTextCursor &cursor, const AttributedText &text, qsiz
     }
     insertPart(text.text.size(), QTextCharFormat());
 }
+
+} // namespace morvane

@@ -9,6 +9,8 @@
 #include <QTextCursor>
 #include <QtQml/qqmlregistration.h>
 
+namespace morvane {
+
 // Writes formatted words into the document of a TextEdit. No markup is read on the way: what stands in the
 // words is shown and can't fetch or format anything.
 class BlockDocument : public QObject {
@@ -55,3 +57,5 @@ private:
     QString m_codeFamily;
     double m_lineHeight = 0;
 };
+
+} // namespace morvane

@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <cmath>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -179,3 +181,5 @@ void ChartPlot::paintLine(QPainter *painter, const ChartScale &scale, const QRec
         painter->drawEllipse(points[i], radius, radius);
     }
 }
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 #include <QStringList>
 #include <QtQml/qqmlregistration.h>
 
+namespace morvane {
+
 class ChartScale;
 
 // Bars or a line over labels, with a few grid lines. One of the points may be the current one, which stands
@@ -59,3 +61,5 @@ private:
     QColor m_gridColor;
     int m_fontSize = 12;
 };
+
+} // namespace morvane

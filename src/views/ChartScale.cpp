@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+namespace morvane {
+
 namespace {
 
 constexpr double wantedSteps = 4;
@@ -73,3 +75,5 @@ double ChartScale::place(double value) const
     const double place = (at / 2 - m_low / 2) / (m_high / 2 - m_low / 2);
     return std::isfinite(place) ? std::clamp(place, 0.0, 1.0) : 0;
 }
+
+} // namespace morvane

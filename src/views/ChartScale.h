@@ -2,6 +2,8 @@
 
 #include <QList>
 
+namespace morvane {
+
 // Where values stand on the upright axis of a chart.
 class ChartScale {
 public:
@@ -25,3 +27,5 @@ private:
     double m_high = 1;
     QList<double> m_ticks;
 };
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 #include <QTextCursor>
 #include <QTextDocument>
 
+namespace morvane {
+
 void GrowingText::setDocument(QQuickTextDocument *document)
 {
     if (m_document == document)
@@ -58,3 +60,5 @@ void GrowingText::append(QStringView piece)
     end.movePosition(QTextCursor::End);
     end.insertText(piece.toString()); // a new paragraph takes over the format of the one before it
 }
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
+namespace morvane {
+
 // Shows a text that mostly grows at its end in a TextEdit. What stands already is neither laid out again nor
 // deselected: only the new piece is inserted. The text is plain, whatever it looks like.
 class GrowingText : public QObject {
@@ -39,3 +41,5 @@ private:
     QString m_text;
     double m_lineHeight = 0;
 };
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 #include <QPainter>
 #include <QSvgRenderer>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -55,3 +57,5 @@ void Icon::paint(QPainter *painter)
     renderer.setAspectRatioMode(Qt::KeepAspectRatio);
     renderer.render(painter, boundingRect());
 }
+
+} // namespace morvane

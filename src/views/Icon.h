@@ -5,6 +5,8 @@
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
+namespace morvane {
+
 // A drawing of ours from icons/, in one colour. It is painted from its vectors at the size and scale of the
 // moment, so it is sharp everywhere. An unknown name draws nothing.
 class Icon : public QQuickPaintedItem {
@@ -31,3 +33,5 @@ private:
     QString m_name;
     QColor m_color = Qt::black;
 };
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 namespace {
 
 constexpr double listIndent = 26;
@@ -115,3 +117,5 @@ void ProseDocument::write(AttributedText whole, qsizetype from)
     cursor.endEditBlock();
     m_shown = std::move(whole);
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QKeyEvent>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -153,3 +155,5 @@ bool ReplySelection::eventFilter(QObject *watched, QEvent *event)
     }
     return QObject::eventFilter(watched, event);
 }
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 #include <QQuickItem>
 #include <QtQml/qqmlregistration.h>
 
+namespace morvane {
+
 // Holds texts that belong together, and carries a selection on from the one in which it was begun into those
 // above or below. Each text selects within itself; this item sees the same presses and moves, and selects in
 // the others.
@@ -40,3 +42,5 @@ private:
     int m_anchor = 0;              // place in its text
     QList<QPointer<QQuickItem>> m_others;
 };
+
+} // namespace morvane

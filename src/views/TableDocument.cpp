@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 namespace {
 
 constexpr qsizetype mostRows = 200;
@@ -114,3 +116,5 @@ void TableDocument::measure()
     m_rules = rules;
     Q_EMIT rulesChanged();
 }
+
+} // namespace morvane

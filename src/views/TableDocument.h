@@ -1,13 +1,15 @@
 #pragma once
 
-#include "view_models/Prose.h"
+#include "view_models/blocks/Prose.h"
 #include "views/BlockDocument.h"
 
 #include <QTextTable>
 #include <QVariant>
 
+namespace morvane {
+
 // A table in a TextEdit that doesn't wrap. Columns of numbers stand at the right.
-class TableDocument : public BlockDocument {
+class TableDocument : public morvane::BlockDocument {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QVariant table READ table WRITE setTable NOTIFY tableChanged) // TableWords
@@ -43,3 +45,5 @@ private:
     QPointer<QTextTable> m_grid; // of the document
     QList<double> m_rules;
 };
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using Role = AIMessage::Role;
 
@@ -41,3 +43,5 @@ TEST(AIMessageTest, TheWireFormHoldsTheKeysThatTheMessageNeedsAndNoOthers)
 }
 
 } // namespace
+
+} // namespace morvane

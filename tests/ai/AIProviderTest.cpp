@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -57,3 +59,5 @@ TEST(AIProviderTest, DroppingTheTextViewStopsTheProvider)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -89,3 +91,5 @@ TEST(BaseURLTest, RefusesWhatIsNoWebAddress)
 }
 
 } // namespace
+
+} // namespace morvane

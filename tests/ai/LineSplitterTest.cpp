@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+namespace morvane {
+
 namespace {
 
 std::vector<std::string> linesOf(const QByteArray &body, qsizetype pieceSize, qsizetype longestLine = 100)
@@ -50,3 +52,5 @@ TEST(LineSplitterTest, ALineMayReachTheLimitAndNotPassIt)
 }
 
 } // namespace
+
+} // namespace morvane

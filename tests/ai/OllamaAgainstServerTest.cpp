@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using Plain = ProviderError::Plain;
 
@@ -142,3 +144,5 @@ TEST_F(OllamaAgainstServerTest, TheProbesTellWhatIsListed)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -79,3 +81,5 @@ TEST(OllamaChunkTest, SkipsWhatIsNoObject)
 }
 
 } // namespace
+
+} // namespace morvane

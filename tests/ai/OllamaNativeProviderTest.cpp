@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Plain = ProviderError::Plain;
@@ -323,3 +325,5 @@ TEST_F(OllamaNativeProviderTest, AConnectionTestLooksAtTheStatusOnly)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using Plain = ProviderError::Plain;
 
@@ -394,3 +396,5 @@ TEST_F(OpenAICompatibleProviderTest, TriesAConnectionWithOneShortQuestion)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using namespace OpenAIStreamParser;
 
@@ -155,3 +157,5 @@ TEST(ParseBodyTest, RefusesWhatIsNoReply)
 }
 
 } // namespace
+
+} // namespace morvane

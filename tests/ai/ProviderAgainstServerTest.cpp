@@ -19,6 +19,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Plain = ProviderError::Plain;
@@ -261,3 +263,5 @@ TEST_F(ProviderAgainstServerTest, HugeAnswersCostLittleMemory)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using E = ProviderError;
 using Plain = ProviderError::Plain;
 
@@ -106,3 +108,5 @@ TEST(ProviderErrorTest, EachStatusHasItsErrorAndTheGroupsHoldWhatTheyShould)
 }
 
 } // namespace
+
+} // namespace morvane

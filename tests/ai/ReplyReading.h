@@ -2,8 +2,10 @@
 
 #include "ai/contract/AIStreamEvent.h"
 #include "ai/contract/ProviderError.h"
+#include "async/AsyncStream.h"
 #include "support/Await.h"
-#include "utils/AsyncStream.h"
+
+namespace morvane {
 
 // A reply read to its end.
 struct Reply {
@@ -37,3 +39,5 @@ inline Reply readReply(AsyncStream<AIStreamEvent> stream)
 {
     return TestWait::await(readReplyTask(std::move(stream)));
 }
+
+} // namespace morvane

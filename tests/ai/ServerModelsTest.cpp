@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 TEST(ServerModelsTest, NamesAreReadInOrderAndAnythingElseIsNoList)
@@ -52,3 +54,5 @@ TEST(ServerModelsTest, ARealServerListsItsModelsAndAnAddressThatIsNoneSaysSo)
     EXPECT_THROW(TestWait::await(ServerModels::list(&network, configuration, {})), ProviderError);
     EXPECT_EQ(server.requests().size(), 1U);
 }
+
+} // namespace morvane

@@ -7,12 +7,14 @@
 #include "security/LocalDataVault.h"
 #include "security/SealedForm.h"
 #include "support/LogCapture.h"
-#include "utils/PrivateFile.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QDir>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -175,3 +177,5 @@ TEST_F(SystemPromptStoreTest, LosesNothingWhenTheFileCannotBeWritten)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -77,3 +79,5 @@ TEST(SystemPromptTest, IdentityThenRulesThenMemory)
 }
 
 } // namespace
+
+} // namespace morvane

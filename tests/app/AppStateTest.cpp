@@ -13,16 +13,18 @@
 #include "support/Await.h"
 #include "support/LogCapture.h"
 #include "support/ManualClock.h"
-#include "utils/PrivateFile.h"
-#include "utils/Product.h"
-#include "view_models/ChatViewModel.h"
+#include "utils/files/PrivateFile.h"
+#include "utils/text/Product.h"
 #include "view_models/ShellViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
 
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -220,3 +222,5 @@ TEST(GhostQuestionTest, ALockedApplicationOffersNoKeep)
 }
 
 } // namespace
+
+} // namespace morvane

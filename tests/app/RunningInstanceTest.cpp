@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -45,3 +47,5 @@ TEST(RunningInstanceTest, TheEndOfTheFirstMakesRoomAndADeadOwnersLockCountsAsNon
 }
 
 } // namespace
+
+} // namespace morvane

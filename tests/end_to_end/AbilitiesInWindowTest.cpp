@@ -1,9 +1,11 @@
 #include "end_to_end/AppFixture.h"
 
 #include "persistence/SettingsStore.h"
-#include "view_models/ChatViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -135,3 +137,5 @@ TEST_F(AbilitiesInWindowTest, WithTheAbilitiesOffNoToolIsOffered)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -2,9 +2,11 @@
 
 #include "persistence/SettingsStore.h"
 #include "support/Await.h"
-#include "view_models/ChatViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
 
 #include <QTest>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -79,3 +81,5 @@ QQuickItem *AppFixture::item(const QString &objectName) const
 {
     return WindowDriver::item(window(), objectName);
 }
+
+} // namespace morvane

@@ -2,16 +2,18 @@
 
 #include "app/AppState.h"
 #include "app/MainWindowController.h"
+#include "async/Clock.h"
 #include "security/InMemoryKeychainService.h"
 #include "support/ModelServer.h"
 #include "support/WindowDriver.h"
-#include "utils/Clock.h"
 
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <memory>
+
+namespace morvane {
 
 // The whole application on a profile of its own, with its real window off screen and the real model server on
 // the other side of a socket. Only the keychain stands in.
@@ -41,3 +43,5 @@ protected:
     std::unique_ptr<AppState> state;
     std::unique_ptr<MainWindowController> mainWindow;
 };
+
+} // namespace morvane

@@ -1,7 +1,9 @@
 #include "end_to_end/AppFixture.h"
 
 #include "support/ProcessMemory.h"
-#include "view_models/ChatViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -54,3 +56,5 @@ INSTANTIATE_TEST_SUITE_P(
     });
 
 } // namespace
+
+} // namespace morvane

@@ -2,15 +2,17 @@
 
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
-#include "view_models/AISettingsViewModel.h"
-#include "view_models/ChatViewModel.h"
-#include "view_models/ConversationListModel.h"
-#include "view_models/NetworkLedgerViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
+#include "view_models/settings/AISettingsViewModel.h"
+#include "view_models/settings/NetworkLedgerViewModel.h"
+#include "view_models/sidebar/ConversationListModel.h"
 
 #include <QElapsedTimer>
 #include <QJsonArray>
 #include <QSignalSpy>
 #include <QTest>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -163,3 +165,5 @@ TEST_F(ChatWindowTest, TheChatListOpensAndStartsChatsByKey)
 }
 
 } // namespace
+
+} // namespace morvane

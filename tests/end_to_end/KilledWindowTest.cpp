@@ -1,10 +1,10 @@
 #include "app/AppState.h"
 #include "app/SecretKeeping.h"
+#include "async/Clock.h"
 #include "support/Await.h"
 #include "support/ModelServer.h"
-#include "utils/Clock.h"
-#include "view_models/ChatViewModel.h"
-#include "view_models/ConversationListModel.h"
+#include "view_models/chat/ChatViewModel.h"
+#include "view_models/sidebar/ConversationListModel.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -13,6 +13,8 @@
 
 #include <csignal>
 #include <random>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -90,3 +92,5 @@ TEST_P(KilledWindowTest, TheNextStartHasEverythingThatWasThere)
 INSTANTIATE_TEST_SUITE_P(Seeds, KilledWindowTest, testing::Range(1U, 3U));
 
 } // namespace
+
+} // namespace morvane

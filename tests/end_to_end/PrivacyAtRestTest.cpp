@@ -1,9 +1,11 @@
 #include "end_to_end/AppFixture.h"
 
-#include "view_models/ChatViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
 
 #include <QDirIterator>
 #include <QFile>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -67,3 +69,5 @@ TEST_F(PrivacyAtRestTest, NoWordOfASessionLiesReadableInAnyFile)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+namespace morvane {
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     const QByteArrayView json(data, static_cast<qsizetype>(size));
@@ -24,3 +26,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     return 0;
 }
+
+} // namespace morvane

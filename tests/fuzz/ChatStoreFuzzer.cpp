@@ -8,6 +8,8 @@
 
 #include <cstdlib>
 
+namespace morvane {
+
 namespace {
 
 QString written(const std::uint8_t *data, std::size_t size)
@@ -47,3 +49,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     return 0;
 }
+
+} // namespace morvane

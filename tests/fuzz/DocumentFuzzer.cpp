@@ -4,10 +4,12 @@
 
 #include "attestation/evidence/Digest.h"
 #include "attestation/evidence/VeniceAttestationVerifier.h"
-#include "utils/Hex.h"
+#include "utils/bytes/Hex.h"
 
 #include <cstdint>
 #include <cstdlib>
+
+namespace morvane {
 
 namespace {
 
@@ -57,3 +59,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     return 0;
 }
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+namespace morvane {
+
 // A key file that something else wrote: whatever is accepted prints to a file that reads the same.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
@@ -13,3 +15,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     return 0;
 }
+
+} // namespace morvane

@@ -1,9 +1,11 @@
 // Whatever a person pastes: links stand in order inside the text, and each is an address.
 
-#include "utils/LinkDetector.h"
+#include "utils/text/LinkDetector.h"
 
 #include <cstdint>
 #include <cstdlib>
+
+namespace morvane {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
@@ -19,3 +21,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     return 0;
 }
+
+} // namespace morvane

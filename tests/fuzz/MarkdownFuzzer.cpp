@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+namespace morvane {
+
 namespace {
 
 void check(const AttributedText &text)
@@ -52,3 +54,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     static_cast<void>(MarkdownRenderer::speakable(text, MarkdownRenderer::CodeInSpeech::announced));
     return 0;
 }
+
+} // namespace morvane

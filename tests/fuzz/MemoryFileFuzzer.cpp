@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+namespace morvane {
+
 // A notes file that something else wrote: the notes read from it are the notes read again once this program
 // has written them.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
@@ -16,3 +18,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         std::abort();
     return 0;
 }
+
+} // namespace morvane

@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+namespace morvane {
+
 namespace {
 
 constexpr qsizetype longestLine = 4096;
@@ -59,3 +61,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         std::abort();
     return 0;
 }
+
+} // namespace morvane

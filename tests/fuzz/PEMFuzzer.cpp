@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+namespace morvane {
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static const QDateTime date(QDate(2026, 9, 1), QTime(0, 0), Qt::UTC);
@@ -23,3 +25,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     return 0;
 }
+
+} // namespace morvane

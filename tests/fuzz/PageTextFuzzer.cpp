@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+namespace morvane {
+
 // Any bytes as a page: what the scanners read is what the patterns read.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
@@ -18,3 +20,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         std::abort();
     return 0;
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+namespace morvane {
+
 namespace {
 
 void require(bool holds)
@@ -29,3 +31,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     require(isInside(host, {}) == isPrivate.value_or(false));
     return 0;
 }
+
+} // namespace morvane

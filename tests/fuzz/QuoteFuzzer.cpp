@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+namespace morvane {
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static const QDateTime date(QDate(2026, 9, 1), QTime(0, 0), Qt::UTC);
@@ -34,3 +36,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     return 0;
 }
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+namespace morvane {
+
 // Stored bytes that something else changed: a vault with the key they were sealed under opens them or not,
 // and what it opens it can seal and open again.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
@@ -34,3 +36,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         std::abort();
     return 0;
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+namespace morvane {
+
 // What decodes must say the same after another round through the text.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
@@ -12,3 +14,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         std::abort();
     return 0;
 }
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <cstdlib>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -44,3 +46,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     readAddress(json);
     return 0;
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -105,3 +107,5 @@ TEST(CardsTest, APipeTableInAFenceIsATable)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -8,6 +8,8 @@
 
 #include <functional>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -120,3 +122,5 @@ TEST(HostileTextTest, ATableDoesNotGrowFarBeyondItsText)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -88,3 +90,5 @@ TEST(InlineMarkdownTest, ALongTextIsPlainBehindItsFirstPart)
 }
 
 } // namespace
+
+} // namespace morvane

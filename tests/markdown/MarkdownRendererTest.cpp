@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -160,3 +162,5 @@ TEST(MarkdownRendererTest, BlocksOfOtherContentHaveOtherIdentities)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using namespace MarkdownRenderer;
 
@@ -150,3 +152,5 @@ std::string Sketch::of(const Blocks &blocks)
         result += (result.empty() ? "" : " ") + of(block);
     return result;
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <string>
 
+namespace morvane {
+
 // Blocks in one short line, to compare and to read: p(Some <b>bold</b> words) ul(one, two) code[cpp](x). A
 // line feed shows as "\n".
 namespace Sketch {
@@ -13,3 +15,5 @@ namespace Sketch {
 [[nodiscard]] std::string of(const MarkdownRenderer::Blocks &blocks);
 
 } // namespace Sketch
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 
 #include <random>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using MarkdownRenderer::CodeInSpeech;
 
@@ -93,3 +95,5 @@ TEST(SpeechTextTest, RandomTextsComeOutAsByThePatterns)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -8,6 +8,8 @@
 
 #include <random>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -87,3 +89,5 @@ TEST(StreamingMarkdownTest, OnlyTheOpenBlockIsToldAsChanged)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -8,7 +8,7 @@
 #include "security/SealedForm.h"
 #include "support/LogCapture.h"
 #include "support/ManualClock.h"
-#include "utils/PrivateFile.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -16,6 +16,8 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -297,3 +299,5 @@ TEST_F(MemoryStoreTest, WithoutAFolderNotesLastForTheRun)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -50,3 +52,5 @@ TEST(NoteTextTest, StoresTheFirstCharactersThatAPersonSees)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -143,3 +145,5 @@ TEST_F(RecordsTest, RevisionTellsWhenAFieldChanged)
 }
 
 } // namespace
+
+} // namespace morvane

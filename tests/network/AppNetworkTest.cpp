@@ -13,6 +13,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -135,3 +137,5 @@ TEST(RefusingNetworkAccessManagerFactoryTest, NothingLeaves)
 }
 
 } // namespace
+
+} // namespace morvane

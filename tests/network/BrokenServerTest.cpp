@@ -5,6 +5,8 @@
 #include <openssl/ssl.h>
 #include <openssl/x509.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Code = TransportError::Code;
@@ -211,3 +213,5 @@ TEST_F(SilenceTest, EachByteStartsTheSilenceAnew)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 
 #include <QFile>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using Code = TransportError::Code;
 
@@ -232,3 +234,5 @@ TEST_F(CurlHttpSessionTest, SendsNoUserNameOfAnAddress)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -54,3 +56,5 @@ TEST(EgressGateTest, RefusesInOrder)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -1,5 +1,7 @@
 #include "HttpFixture.h"
 
+namespace morvane {
+
 HttpRequest HttpTest::get(const QUrl &url)
 {
     HttpRequest request;
@@ -60,3 +62,5 @@ std::string HttpTest::textOf(const NetworkLedger::Entry &row)
         .arg(row.outcome.text())
         .toStdString();
 }
+
+} // namespace morvane

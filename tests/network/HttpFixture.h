@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 // A session over a ledger of its own and a clock that stands still.
 class HttpTest : public testing::Test {
 protected:
@@ -45,3 +47,5 @@ private:
     static QCoro::Task<> run(std::shared_ptr<CurlHttpSession> session, HttpRequest request,
                              std::stop_token stop, std::shared_ptr<Ending> ending);
 };
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 
 #include <thread>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Code = TransportError::Code;
@@ -186,3 +188,5 @@ TEST_F(HttpConsumerTest, ASlowReaderHoldsTheSenderBack)
 }
 
 } // namespace
+
+} // namespace morvane

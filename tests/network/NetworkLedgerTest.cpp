@@ -6,6 +6,8 @@
 #include <set>
 #include <thread>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -99,3 +101,5 @@ TEST(LedgerExportTest, NamesTheFileAfterItsMinute)
 }
 
 } // namespace
+
+} // namespace morvane

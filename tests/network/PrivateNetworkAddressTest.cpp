@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using PrivateNetworkAddress::HostClass;
 using PrivateNetworkAddress::Subnet;
@@ -166,3 +168,5 @@ TEST(PrivateNetworkAddressTest, ResolvesToNumericAddresses)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -60,3 +62,5 @@ TEST(PublicAddressTest, JudgesEachRangeAtItsEdges)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -17,6 +17,8 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 
+namespace morvane {
+
 std::binary_semaphore SocketSpy::slowLookupBegan{0};
 std::binary_semaphore SocketSpy::slowLookupMayEnd{0};
 
@@ -138,3 +140,5 @@ extern "C" int getaddrinfo(const char *node, const char *service, const addrinfo
     }
     return *result ? 0 : EAI_NONAME;
 }
+
+} // namespace morvane

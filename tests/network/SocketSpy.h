@@ -6,6 +6,8 @@
 #include <semaphore>
 #include <vector>
 
+namespace morvane {
+
 // Watches the doors of this process to the network below libcurl: connect(), recv() and the system's
 // resolver. Names under ".test" never reach the real resolver: "slow.test" waits for `answer`, every other
 // one is unknown. A connection to an address outside this machine and the private ranges is noted and never
@@ -27,3 +29,5 @@ extern std::binary_semaphore slowLookupBegan;
 extern std::binary_semaphore slowLookupMayEnd;
 
 } // namespace SocketSpy
+
+} // namespace morvane

@@ -5,13 +5,15 @@
 #include "support/FakeFieldSealing.h"
 #include "support/LogCapture.h"
 #include "support/ManualClock.h"
-#include "utils/PrivateFile.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QDir>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace ChatStoreLocation;
@@ -324,3 +326,5 @@ TEST_F(ChatStoreMoveTest, ASecondLaunchWaitsItsTimeAndLeavesTheMoveToTheFirst)
 }
 
 } // namespace
+
+} // namespace morvane

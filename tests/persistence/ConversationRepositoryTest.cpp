@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -221,3 +223,5 @@ TEST_F(ConversationRepositoryTest, AdoptingWhileLockedCopiesTheSealedTexts)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -4,12 +4,14 @@
 #include "persistence/UserDefaultsSettingsRepository.h"
 #include "security/InMemoryKeychainService.h"
 #include "support/LogCapture.h"
-#include "utils/PrivateFile.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QDir>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -181,3 +183,5 @@ TEST_F(MigrationTest, DepartedModulesLoseTheirFilesAndKeepTheirFolders)
 }
 
 } // namespace
+
+} // namespace morvane

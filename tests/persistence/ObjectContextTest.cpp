@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -181,3 +183,5 @@ TEST_F(ObjectContextTest, EmptinessIsKnownWithoutLoadingMessages)
 }
 
 } // namespace
+
+} // namespace morvane

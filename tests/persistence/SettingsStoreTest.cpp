@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -161,3 +163,5 @@ TEST(SettingsStoreTest, LegacyPersonaOfAnOlderBuild)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -16,6 +16,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -150,3 +152,5 @@ TEST_P(StoreCrashTest, AKilledProcessLeavesAWholeStore)
 INSTANTIATE_TEST_SUITE_P(Seeds, StoreCrashTest, testing::Range(1U, 5U));
 
 } // namespace
+
+} // namespace morvane

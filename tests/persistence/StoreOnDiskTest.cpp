@@ -7,7 +7,7 @@
 #include "support/FakeFieldSealing.h"
 #include "support/LogCapture.h"
 #include "support/ManualClock.h"
-#include "utils/PrivateFile.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QDirIterator>
 #include <QTemporaryDir>
@@ -18,6 +18,8 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -324,3 +326,5 @@ TEST_F(StoreOnDiskTest, AdoptingThatCannotBeSavedLeavesTheStoreAsBefore)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -9,6 +9,7 @@
 #include <random>
 #include <unistd.h>
 
+using namespace morvane;
 using namespace Qt::StringLiterals;
 
 namespace {

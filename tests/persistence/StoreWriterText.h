@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace morvane {
+
 // Texts that tell their version and whether they are whole, for the store that is killed while it writes.
 namespace StoreWriterText {
 
@@ -20,3 +22,5 @@ namespace StoreWriterText {
 }
 
 } // namespace StoreWriterText
+
+} // namespace morvane

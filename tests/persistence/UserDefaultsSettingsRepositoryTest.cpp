@@ -1,7 +1,7 @@
 #include "persistence/UserDefaultsSettingsRepository.h"
 #include "persistence/SettingsValueCoding.h"
 #include "support/LogCapture.h"
-#include "utils/PrivateFile.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -116,3 +118,5 @@ TEST(SettingsValueCodingTest, WhatIsNoValueReadsAsAbsent)
 }
 
 } // namespace
+
+} // namespace morvane

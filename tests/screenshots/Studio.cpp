@@ -5,14 +5,16 @@
 #include "persistence/SettingsStore.h"
 #include "support/Await.h"
 #include "support/WindowDriver.h"
-#include "utils/Identifier.h"
-#include "view_models/ChatViewModel.h"
-#include "view_models/ConversationListModel.h"
+#include "utils/text/Identifier.h"
 #include "view_models/ShellViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
+#include "view_models/sidebar/ConversationListModel.h"
 
 #include <QDir>
 
 #include <stdexcept>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -110,3 +112,5 @@ void Studio::take(const QString &name, QQuickWindow *window)
     expect(window->grabWindow().convertToFormat(QImage::Format_RGB888).save(path, "PNG", 0),
            "a picture could not be saved");
 }
+
+} // namespace morvane

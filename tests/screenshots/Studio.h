@@ -2,14 +2,16 @@
 
 #include "app/AppState.h"
 #include "app/MainWindowController.h"
+#include "async/Clock.h"
 #include "security/InMemoryKeychainService.h"
 #include "support/ModelServer.h"
-#include "utils/Clock.h"
 
 #include <QQuickWindow>
 #include <QTemporaryDir>
 
 #include <memory>
+
+namespace morvane {
 
 // The whole application on a throw-away profile and the practice server, with its real window, for taking
 // pictures.
@@ -49,3 +51,5 @@ private:
     std::unique_ptr<AppState> m_state;
     std::unique_ptr<MainWindowController> m_window;
 };
+
+} // namespace morvane

@@ -2,9 +2,9 @@
 
 #include "app/WindowEngine.h"
 #include "support/WindowDriver.h"
-#include "view_models/ChatViewModel.h"
-#include "view_models/CompanionViewModel.h"
 #include "view_models/ShellViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
+#include "view_models/companion/CompanionViewModel.h"
 
 #include <QFile>
 #include <QGuiApplication>
@@ -15,6 +15,7 @@
 
 Q_IMPORT_QML_PLUGIN(MorvanePlugin)
 
+using namespace morvane;
 using namespace Qt::StringLiterals;
 
 // Takes the pictures of the documentation:

@@ -7,6 +7,8 @@
 #include <map>
 #include <mutex>
 
+namespace morvane {
+
 // A keyring with a script: what it holds, whether it is open, which calls it refuses. Any thread.
 class FakeSecretStore final : public SecretStoring {
 public:
@@ -97,3 +99,5 @@ private:
 
     std::mutex m_mutex;
 };
+
+} // namespace morvane

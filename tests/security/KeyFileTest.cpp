@@ -7,6 +7,8 @@
 
 #include <sys/stat.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -104,3 +106,5 @@ TEST_F(KeyFileTest, WipingZeroesTheBytesThatOtherNamesOfTheFileStillShow)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -282,3 +284,5 @@ TEST(KeychainStateTest, EveryStateThatStopsThePersonHasWordsAndAWayOn)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -279,3 +281,5 @@ TEST(KeychainErrorTest, SpeaksToThePerson)
 }
 
 } // namespace
+
+} // namespace morvane

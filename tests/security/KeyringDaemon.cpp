@@ -10,6 +10,8 @@
 
 #include <stdexcept>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -115,3 +117,5 @@ void KeyringDaemon::setDelay(unsigned milliseconds)
 {
     MockPrompter::instance().setDelay(milliseconds);
 }
+
+} // namespace morvane

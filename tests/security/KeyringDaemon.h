@@ -4,6 +4,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+namespace morvane {
+
 // A real keyring daemon on the bus of the environment, with files of its own that live as long as this
 // object, and a person at its prompts who does what the test says.
 //
@@ -38,3 +40,5 @@ private:
     QProcess m_process;
     QByteArray m_prompter; // bus name of the prompts' other end
 };
+
+} // namespace morvane

@@ -2,8 +2,8 @@
 
 #include "security/InMemoryKeychainService.h"
 #include "support/LogCapture.h"
-#include "utils/Base64.h"
-#include "utils/PrivateFile.h"
+#include "utils/bytes/Base64.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,6 +13,8 @@
 
 #include <sys/stat.h>
 #include <thread>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -303,3 +305,5 @@ TEST(LocalDataVaultLockTest, LockingDoesNotWaitForAKeychainCallAndDoesNotStopIts
 }
 
 } // namespace
+
+} // namespace morvane

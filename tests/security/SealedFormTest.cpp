@@ -1,10 +1,12 @@
 #include "security/SealedForm.h"
 
 #include "security/ProcessKeySealing.h"
-#include "utils/Base64.h"
-#include "utils/Hex.h"
+#include "utils/bytes/Base64.h"
+#include "utils/bytes/Hex.h"
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -93,3 +95,5 @@ TEST(ProcessKeySealingTest, OpensItsOwnFieldsOnly)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -1,14 +1,16 @@
 #include "security/SecretServiceKeyring.h"
 
+#include "async/CancelledError.h"
 #include "security/KeychainPreparation.h"
 #include "security/KeyringDaemon.h"
 #include "security/LocalDataVault.h"
 #include "support/Await.h"
-#include "utils/CancelledError.h"
 
 #include <QFile>
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -215,3 +217,5 @@ TEST_F(KeychainRoadTest, EndingTheProgramEndsTheWaitForThePrompt)
 }
 
 } // namespace
+
+} // namespace morvane

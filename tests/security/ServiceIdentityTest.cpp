@@ -9,6 +9,8 @@
 
 #include <thread>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -120,3 +122,5 @@ TEST_F(ServiceIdentityTest, CallersOnManyThreadsGetOneNumber)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <QHash>
 #include <QRegularExpression>
@@ -8,6 +8,8 @@
 
 #include <array>
 #include <utility>
+
+namespace morvane {
 
 // Reading a page by the patterns as they are written, for comparison with the scanners. The general matcher
 // takes quadratic time on broken markup, so texts are short.
@@ -93,3 +95,5 @@ inline QString text(QString html)
 }
 
 } // namespace LiteralPatterns
+
+} // namespace morvane

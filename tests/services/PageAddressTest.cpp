@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using Plain = WebAccessError::Plain;
 
@@ -86,3 +88,5 @@ TEST(PageAddressTest, KnowsPrivateHostsByTheirText)
 }
 
 } // namespace
+
+} // namespace morvane

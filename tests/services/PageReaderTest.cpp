@@ -18,6 +18,8 @@
 #include <atomic>
 #include <zlib.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using Plain = WebAccessError::Plain;
 
@@ -269,3 +271,5 @@ TEST_F(PageReaderTest, AStopEndsTheReadAtOnce)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -9,6 +9,8 @@
 
 #include <random>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -191,3 +193,5 @@ TEST(PageTextTest, HostilePagesTakeLinearTime)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -13,6 +13,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Plain = WebAccessError::Plain;
@@ -258,3 +260,5 @@ TEST_F(WebSearchTest, AKeyIsTestedWithoutBeingStored)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -10,6 +10,8 @@
 #include <stdexcept>
 #include <type_traits>
 
+namespace morvane {
+
 // Running coroutines from a test. A wait that takes longer than `limit` fails the test instead of hanging it.
 namespace TestWait {
 
@@ -79,3 +81,5 @@ T await(QCoro::Task<T> task)
 }
 
 } // namespace TestWait
+
+} // namespace morvane

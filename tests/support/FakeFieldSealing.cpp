@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -42,3 +44,5 @@ QString FakeFieldSealing::open(const QString &sealed) const
         return {};
     return QString::fromUtf8(hidden(box.sliced(nonceSize).chopped(tagSize)));
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include "security/FieldSealing.h"
 
+namespace morvane {
+
 // Sealing that a test can see through and switch off: the shape and the lengths of the real form (marker,
 // base64 of 12 bytes of nonce, the hidden text, 16 bytes of tag) with no cipher behind it.
 class FakeFieldSealing final : public FieldSealing {
@@ -23,3 +25,5 @@ private:
     bool m_isLocked = false;
     mutable quint64 m_seals = 0; // makes every seal differ
 };
+
+} // namespace morvane

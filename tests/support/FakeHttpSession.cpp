@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+namespace morvane {
+
 void FakeHttpSession::answer(int status, QByteArray body)
 {
     Answer next;
@@ -51,3 +53,5 @@ int FakeHttpSession::openRequests() const
                return !body.stopToken().stop_requested();
            }));
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <deque>
 
+namespace morvane {
+
 // A session that answers from a script and keeps what it was asked.
 class FakeHttpSession final : public HttpSession {
 public:
@@ -51,3 +53,5 @@ public:
     std::shared_ptr<FakeHttpSession> fake = std::make_shared<FakeHttpSession>();
     std::vector<std::pair<EgressFeature, SensitiveDataSet>> asked;
 };
+
+} // namespace morvane

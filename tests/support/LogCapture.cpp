@@ -3,6 +3,8 @@
 #include <QMutex>
 #include <QMutexLocker>
 
+namespace morvane {
+
 namespace {
 
 QMutex mutex;
@@ -39,3 +41,5 @@ const QStringList &LogCapture::lines() const
 {
     return captured;
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+namespace morvane {
+
 // The log lines of the application's own categories while it lives, as "category: line". One at a time.
 class LogCapture {
 public:
@@ -12,3 +14,5 @@ public:
 
     [[nodiscard]] const QStringList &lines() const;
 };
+
+} // namespace morvane

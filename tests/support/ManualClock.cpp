@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 class ManualClock::ManualAlarm final : public Alarm {
 public:
     ManualAlarm(std::shared_ptr<std::list<Pending>> alarms, std::list<Pending>::iterator position,
@@ -56,3 +58,5 @@ void ManualClock::advance(std::chrono::milliseconds duration)
     }
     m_elapsed = target;
 }
+
+} // namespace morvane

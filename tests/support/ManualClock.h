@@ -1,8 +1,10 @@
 #pragma once
 
-#include "utils/Clock.h"
+#include "async/Clock.h"
 
 #include <list>
+
+namespace morvane {
 
 // A clock that stands still until a test turns it.
 class ManualClock final : public Clock {
@@ -31,3 +33,5 @@ private:
     std::chrono::milliseconds m_elapsed{0};
     std::shared_ptr<std::list<Pending>> m_alarms = std::make_shared<std::list<Pending>>();
 };
+
+} // namespace morvane

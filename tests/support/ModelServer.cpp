@@ -10,6 +10,8 @@
 #include <stdexcept>
 #include <sys/prctl.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 QJsonObject ModelServer::Request::json() const
@@ -105,3 +107,5 @@ void ModelServer::readLog()
                               line["headers"_L1].toObject(), line["body"_L1].toString().toUtf8()});
     }
 }
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 
 #include <vector>
 
+namespace morvane {
+
 // The real model server, on a free port, for as long as this object lives. The kernel ends the child when
 // the test dies. Its log comes through a pipe, so waiting for it needs no clock.
 class ModelServer {
@@ -59,3 +61,5 @@ private:
     QString m_baseUrl;
     std::vector<Request> m_requests;
 };
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <stdexcept>
 
+namespace morvane {
+
 namespace {
 
 qint64 statusBytes(QByteArrayView key)
@@ -38,3 +40,5 @@ bool ProcessMemory::isInstrumented()
     return false;
 #endif
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <functional>
 
+namespace morvane {
+
 // What work costs in memory, as the kernel counts it for this process.
 namespace ProcessMemory {
 
@@ -14,3 +16,5 @@ namespace ProcessMemory {
 [[nodiscard]] bool isInstrumented();
 
 } // namespace ProcessMemory
+
+} // namespace morvane

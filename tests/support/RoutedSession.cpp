@@ -1,5 +1,7 @@
 #include "support/RoutedSession.h"
 
+namespace morvane {
+
 QCoro::Task<HttpResponse> RoutedSession::send(HttpRequest request, std::stop_token stop)
 {
     const QUrl asked = request.url;
@@ -24,3 +26,5 @@ QCoro::Task<HttpResponse> RoutedSession::carry(std::shared_ptr<HttpSession> carr
     response.url = asked;
     co_return std::move(response);
 }
+
+} // namespace morvane

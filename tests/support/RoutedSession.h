@@ -4,6 +4,8 @@
 
 #include <map>
 
+namespace morvane {
+
 // Plays the web's names to a caller: requests for a routed host go to the server given for it, over real
 // sockets, and everything else can't be connected to. What the caller sees keeps the name.
 class RoutedSession final : public HttpSession {
@@ -27,3 +29,5 @@ private:
     std::map<QString, QUrl> m_routes;
     std::vector<QUrl> m_asked;
 };
+
+} // namespace morvane

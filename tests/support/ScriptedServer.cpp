@@ -10,6 +10,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+namespace morvane {
+
 QByteArray ScriptedServer::Request::target() const
 {
     const auto words = head.left(head.indexOf('\r')).split(' ');
@@ -194,3 +196,5 @@ std::vector<ScriptedServer::Request> ScriptedServer::requests() const
     const std::scoped_lock lock(m_mutex);
     return m_requests;
 }
+
+} // namespace morvane

@@ -10,6 +10,8 @@
 #include <thread>
 #include <vector>
 
+namespace morvane {
+
 // A real TCP server on loopback that plays any bytes. Each connection runs the script on a thread of its
 // own; each step of it wakes the test's event loop, so a test may wait for what the server saw. Destroying
 // the server breaks its connections and joins their threads.
@@ -93,3 +95,5 @@ private:
     std::vector<int> m_descriptors;     // guarded by m_mutex
     std::vector<std::thread> m_workers; // touched by the acceptor, then by the destructor
 };
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -91,3 +93,5 @@ void WindowDriver::settle()
     }
     QCoreApplication::processEvents();
 }
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 
 #include <functional>
 
+namespace morvane {
+
 // Works a real window the way a person does: by key and pointer events, and by what is drawn.
 namespace WindowDriver {
 
@@ -33,3 +35,5 @@ void click(QQuickItem *item);
 void settle();
 
 } // namespace WindowDriver
+
+} // namespace morvane

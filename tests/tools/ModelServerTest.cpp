@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -116,3 +118,5 @@ TEST_F(ModelServerTest, EndsWellWhenToldToAndSaysNoToABadFile)
 }
 
 } // namespace
+
+} // namespace morvane

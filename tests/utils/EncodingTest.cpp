@@ -1,11 +1,13 @@
-#include "utils/Base64.h"
-#include "utils/ByteReader.h"
-#include "utils/Hex.h"
-#include "utils/Json.h"
+#include "utils/bytes/Base64.h"
+#include "utils/bytes/ByteReader.h"
+#include "utils/bytes/Hex.h"
+#include "utils/text/Json.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -95,3 +97,5 @@ TEST(JsonTest, ReadersNeverCoerce)
     for (const char *text : {"", "[]", "{", "{}x", "\"s\"", "{\"a\":\xff}"})
         EXPECT_FALSE(Json::parseObject(text)) << text;
 }
+
+} // namespace morvane

@@ -1,10 +1,12 @@
-#include "utils/LinkDetector.h"
+#include "utils/text/LinkDetector.h"
 
 #include <QStringList>
 
 #include <gtest/gtest.h>
 
 #include <chrono>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -91,3 +93,5 @@ TEST(LinkDetectorTest, TakesTimeInProportionToHostileText)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -1,8 +1,10 @@
-#include "utils/Log.h"
+#include "utils/log/Log.h"
 
 #include "support/LogCapture.h"
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -15,3 +17,5 @@ TEST(LogTest, PrivateContentNeverReachesTheLine)
     EXPECT_EQ(capture.lines(), (QStringList{u"ai-provider: HTTP 503 from host: <private>, retry true"_s,
                                             u"app: 100%s sure"_s}));
 }
+
+} // namespace morvane

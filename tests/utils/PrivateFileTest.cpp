@@ -1,4 +1,4 @@
-#include "utils/PrivateFile.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -8,6 +8,8 @@
 
 #include <cerrno>
 #include <sys/stat.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -60,3 +62,5 @@ TEST(PrivateFileTest, ReadTellsAbsentFromTooLargeFromUnreadable)
 }
 
 } // namespace
+
+} // namespace morvane

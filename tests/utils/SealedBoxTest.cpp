@@ -1,8 +1,10 @@
-#include "utils/SealedBox.h"
+#include "utils/bytes/SealedBox.h"
 
-#include "utils/Hex.h"
+#include "utils/bytes/Hex.h"
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -50,3 +52,5 @@ TEST(SealedBoxTest, AnEmptyTextIsABoxOf28Bytes)
 }
 
 } // namespace
+
+} // namespace morvane

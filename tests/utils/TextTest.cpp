@@ -1,6 +1,8 @@
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -66,3 +68,5 @@ TEST(TextTest, TrimsByItsOwnRules)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -1,6 +1,8 @@
 #include "view_models/ChatFixture.h"
 
-#include "view_models/ApprovalWords.h"
+#include "view_models/chat/ApprovalWords.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -102,3 +104,5 @@ TEST(ApprovalWordsTest, TellWhatWouldLeaveAndWhere)
 }
 
 } // namespace
+
+} // namespace morvane

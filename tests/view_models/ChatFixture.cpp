@@ -1,5 +1,7 @@
 #include "view_models/ChatFixture.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 AsyncStream<AgentEvent> ScriptedReplies::run(PreparedRequest request, TurnScope scope,
@@ -71,3 +73,5 @@ std::vector<std::pair<bool, QString>> ChatFixture::transcript() const
         rows.emplace_back(message->role() == MessageRole::user, message->content());
     return rows;
 }
+
+} // namespace morvane

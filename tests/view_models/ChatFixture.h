@@ -12,11 +12,13 @@
 #include "support/Await.h"
 #include "support/FakeFieldSealing.h"
 #include "support/ManualClock.h"
-#include "view_models/ChatViewModel.h"
-#include "view_models/CompanionViewModel.h"
-#include "view_models/ReplyPorts.h"
+#include "view_models/chat/ChatViewModel.h"
+#include "view_models/chat/ReplyPorts.h"
+#include "view_models/companion/CompanionViewModel.h"
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 // Replies that a test plays event by event.
 class ScriptedReplies final : public ReplyRunning {
@@ -85,3 +87,5 @@ protected:
     CompanionViewModel companion{clock};
     mutable ChatViewModel chat;
 };
+
+} // namespace morvane

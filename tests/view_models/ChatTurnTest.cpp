@@ -1,7 +1,9 @@
 #include "view_models/ChatFixture.h"
 
 #include "ai/contract/ProviderError.h"
-#include "utils/Identifier.h"
+#include "utils/text/Identifier.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -368,3 +370,5 @@ TEST_F(ChatTurnTest, TheAnswersPlaceComesFromTheTurnsOwnProofRow)
 }
 
 } // namespace
+
+} // namespace morvane

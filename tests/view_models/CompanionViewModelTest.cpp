@@ -1,8 +1,10 @@
-#include "view_models/CompanionViewModel.h"
+#include "view_models/companion/CompanionViewModel.h"
 
 #include "support/ManualClock.h"
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -65,3 +67,5 @@ TEST_F(CompanionViewModelTest, ASecondBubbleGetsItsOwnFullTime)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -4,13 +4,15 @@
 #include "support/Await.h"
 #include "support/FakeFieldSealing.h"
 #include "support/ManualClock.h"
-#include "utils/Identifier.h"
-#include "view_models/ConversationListModel.h"
-#include "view_models/HistorySearchModel.h"
+#include "utils/text/Identifier.h"
+#include "view_models/sidebar/ConversationListModel.h"
+#include "view_models/sidebar/HistorySearchModel.h"
 
 #include <QAbstractItemModelTester>
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -176,3 +178,5 @@ TEST_F(HistorySearchTest, AModelThatGoesEndsItsSearch)
     passing.reset();
     TestWait::settle();
 }
+
+} // namespace morvane

@@ -4,13 +4,15 @@
 #include "security/InMemoryKeychainService.h"
 #include "security/LocalDataVault.h"
 #include "support/ManualClock.h"
-#include "view_models/MemoryViewModel.h"
-#include "view_models/NoteReceiptsModel.h"
+#include "view_models/chat/NoteReceiptsModel.h"
+#include "view_models/settings/MemoryViewModel.h"
 
 #include <QAbstractItemModelTester>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -85,3 +87,5 @@ TEST_F(NotesTest, NotesOfALostKeySaySoUntilTheyAreCleared)
 }
 
 } // namespace
+
+} // namespace morvane

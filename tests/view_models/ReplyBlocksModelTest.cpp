@@ -1,11 +1,13 @@
-#include "view_models/ReplyBlocksModel.h"
+#include "view_models/blocks/ReplyBlocksModel.h"
 
 #include "markdown/MarkdownRenderer.h"
-#include "view_models/BlockContent.h"
-#include "view_models/Prose.h"
-#include "view_models/WeatherGlyph.h"
+#include "view_models/blocks/BlockContent.h"
+#include "view_models/blocks/Prose.h"
+#include "view_models/blocks/WeatherGlyph.h"
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -173,3 +175,5 @@ TEST(BlockContentTest, AWeatherReportHasTheDrawingOfItsWords)
 }
 
 } // namespace
+
+} // namespace morvane

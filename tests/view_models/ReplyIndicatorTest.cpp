@@ -1,6 +1,8 @@
-#include "view_models/ReplyIndicator.h"
+#include "view_models/chat/ReplyIndicator.h"
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -75,3 +77,5 @@ TEST(ReplyIndicatorTest, SaysHowFarItIs)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -1,6 +1,8 @@
-#include "view_models/ToolLabels.h"
+#include "view_models/chat/ToolLabels.h"
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -46,3 +48,5 @@ TEST(ToolLabelsTest, NameEachToolInEachPhase)
             row.labels);
     }
 }
+
+} // namespace morvane

@@ -1,6 +1,8 @@
-#include "view_models/TurnHistory.h"
+#include "view_models/chat/TurnHistory.h"
 
 #include "view_models/ChatFixture.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -79,3 +81,5 @@ TEST_F(TurnHistoryTest, ScreenReadingsMarkTheChat)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -1,5 +1,7 @@
 #include "WindowFixture.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 class AbilitiesPagesTest : public WindowFixture {
@@ -105,3 +107,5 @@ TEST_F(AbilitiesPagesTest, ASavedNoteIsTakenBackAboveTheComposer)
     click(item(u"dismissNote"_s));
     EXPECT_EQ(m_receipts.calls, QStringList({u"undo R"_s, u"dismiss R"_s}));
 }
+
+} // namespace morvane

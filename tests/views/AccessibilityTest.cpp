@@ -5,6 +5,8 @@
 #include <QAccessible>
 #include <QSet>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 class AccessibilityTest : public WindowFixture {
@@ -128,3 +130,5 @@ TEST_F(AccessibilityTest, AReplyIsAnnouncedWhenItBeginsAndWhenItIsDoneAndNeverBy
     settle();
     EXPECT_EQ(heard, QStringList({u"Replying"_s, u"One two three"_s}));
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QElapsedTimer>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 class ApprovalCardTest : public WindowFixture {
@@ -68,3 +70,5 @@ TEST_F(ApprovalCardTest, EachRequestIsGuardedAnew)
     ask(false);
     EXPECT_FALSE(isArmed());
 }
+
+} // namespace morvane

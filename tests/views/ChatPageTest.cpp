@@ -1,5 +1,7 @@
 #include "WindowFixture.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 class ChatPageTest : public WindowFixture {
@@ -164,3 +166,5 @@ TEST_F(ChatPageTest, AQuestionOfTheApplicationIsAnsweredOrClosed)
     ASSERT_TRUE(eventually([this] { return m_shell.answers.size() == 2; }));
     EXPECT_EQ(m_shell.answers, QList<int>({-1, 0}));
 }
+
+} // namespace morvane

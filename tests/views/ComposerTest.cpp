@@ -2,6 +2,8 @@
 
 #include <QInputMethodEvent>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 class ComposerTest : public WindowFixture {
@@ -125,3 +127,5 @@ TEST_F(ComposerTest, ASuggestionFillsTheFieldAndSendsNothing)
     type(u"x"_s);
     EXPECT_EQ(m_chat.draft(), u"Make a plan for x"_s) << "the field has the focus";
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QUrl>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 FakeRows::FakeRows(QList<QByteArray> roles, QObject *parent)
@@ -217,3 +219,5 @@ void FakeShell::ask(const QString &title, const QStringList &buttons)
     questionButtons = buttons;
     Q_EMIT questionChanged();
 }
+
+} // namespace morvane

@@ -1,13 +1,15 @@
 #pragma once
 
-#include "view_models/ApprovalDesk.h"
-#include "view_models/CompanionState.h"
-#include "view_models/ErrorBanner.h"
+#include "view_models/chat/ApprovalDesk.h"
+#include "view_models/chat/ErrorBanner.h"
+#include "view_models/companion/CompanionState.h"
 
 #include <QAbstractListModel>
 #include <QObject>
 #include <QStringList>
 #include <QVariantMap>
+
+namespace morvane {
 
 // What the window binds to, under the test's control. Each class has the properties, roles and operations of
 // its real counterpart that the window uses, and notes what the window asks for. A test of its own compares
@@ -106,9 +108,9 @@ class FakeChat : public QObject {
     Q_PROPERTY(bool canSend READ canSend NOTIFY canSendChanged)
     Q_PROPERTY(bool isResponding READ isResponding NOTIFY isRespondingChanged)
     Q_PROPERTY(bool hasBanner READ hasBanner NOTIFY bannerChanged)
-    Q_PROPERTY(ErrorBanner banner READ banner NOTIFY bannerChanged)
+    Q_PROPERTY(morvane::ErrorBanner banner READ banner NOTIFY bannerChanged)
     Q_PROPERTY(bool hasApproval READ hasApproval NOTIFY approvalChanged)
-    Q_PROPERTY(ApprovalRequest approval READ approval NOTIFY approvalChanged)
+    Q_PROPERTY(morvane::ApprovalRequest approval READ approval NOTIFY approvalChanged)
     Q_PROPERTY(QDateTime approvalDeadline READ approvalDeadline NOTIFY approvalChanged)
     Q_PROPERTY(QString title MEMBER title NOTIFY conversationChanged)
     Q_PROPERTY(QString conversationId MEMBER conversationId NOTIFY conversationChanged)
@@ -421,7 +423,7 @@ Q_SIGNALS:
 
 class FakeCompanion : public QObject {
     Q_OBJECT
-    Q_PROPERTY(Companion::State state MEMBER state NOTIFY stateChanged)
+    Q_PROPERTY(morvane::Companion::State state MEMBER state NOTIFY stateChanged)
     Q_PROPERTY(QString bubbleText MEMBER bubbleText NOTIFY bubbleTextChanged)
     Q_PROPERTY(bool isHovering MEMBER isHovering NOTIFY isHoveringChanged)
 
@@ -437,3 +439,5 @@ Q_SIGNALS:
     void bubbleTextChanged();
     void isHoveringChanged();
 };
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <set>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 class GhostTest : public WindowFixture {
@@ -67,3 +69,5 @@ TEST_F(GhostTest, ItSpeaksInABubble)
     EXPECT_TRUE(eventually([&] { return bubble->isVisible(); }));
     EXPECT_EQ(accessibleName(bubble), u"Boo"_s);
 }
+
+} // namespace morvane

@@ -1,6 +1,6 @@
 #include "WindowFixture.h"
 
-#include "view_models/Prose.h"
+#include "view_models/blocks/Prose.h"
 #include "views/ChartScale.h"
 #include "views/ProseDocument.h"
 
@@ -13,6 +13,8 @@
 
 #include <cmath>
 #include <random>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -294,3 +296,5 @@ TEST(ChartScaleTest, ValuesStandBetweenRoundTicks)
         }
     }
 }
+
+} // namespace morvane

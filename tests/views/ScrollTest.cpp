@@ -2,6 +2,8 @@
 
 #include <QWheelEvent>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 class ScrollTest : public WindowFixture {
@@ -132,3 +134,5 @@ TEST_F(ScrollTest, ALongChatBuildsOnlyTheRowsThatAreSeen)
         press(Qt::Key_PageUp);
     EXPECT_LT(rows(), 80);
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QTest>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 class SearchTest : public WindowFixture {
@@ -66,3 +68,5 @@ TEST_F(SearchTest, TheKeyOpensAHiddenSidebar)
     EXPECT_EQ(m_search.query(), u"a"_s);
     EXPECT_TRUE(m_shell.sidebarOpen);
 }
+
+} // namespace morvane

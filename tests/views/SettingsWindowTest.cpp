@@ -1,5 +1,7 @@
 #include "WindowFixture.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 class SettingsWindowTest : public WindowFixture {
@@ -166,3 +168,5 @@ TEST_F(SettingsWindowTest, TheLedgerIsFollowedOnlyWhileItIsShown)
     EXPECT_FALSE(m_settings->isVisible());
     EXPECT_FALSE(m_ledger.watching);
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QTest>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 class SidebarTest : public WindowFixture {
@@ -108,3 +110,5 @@ TEST_F(SidebarTest, NewChatComesFromTheButtonAndFromTheKey)
     EXPECT_EQ(m_chat.takeCalls(), QStringList(u"new"_s));
     EXPECT_TRUE(item(u"composer"_s)->hasActiveFocus());
 }
+
+} // namespace morvane

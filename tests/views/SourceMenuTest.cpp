@@ -1,5 +1,7 @@
 #include "WindowFixture.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 class SourceMenuTest : public WindowFixture {
@@ -44,3 +46,5 @@ TEST_F(SourceMenuTest, ItsLastEntryLeadsToTheSettings)
     click(item(u"sourceSettings"_s));
     EXPECT_NE(settingsWindow(), nullptr);
 }
+
+} // namespace morvane

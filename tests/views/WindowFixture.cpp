@@ -1,6 +1,6 @@
 #include "WindowFixture.h"
 
-#include "view_models/ReplyBlocksModel.h"
+#include "view_models/blocks/ReplyBlocksModel.h"
 
 #include <QAccessible>
 #include <QDeadlineTimer>
@@ -10,6 +10,8 @@
 #include <QtQml/QQmlExtensionPlugin>
 
 Q_IMPORT_QML_PLUGIN(MorvanePlugin)
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -112,3 +114,5 @@ QString WindowFixture::accessibleName(QQuickItem *item)
     QAccessibleInterface *face = QAccessible::queryAccessibleInterface(item);
     return face ? face->text(QAccessible::Name) : QString();
 }
+
+} // namespace morvane

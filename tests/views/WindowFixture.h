@@ -11,6 +11,8 @@
 
 #include <functional>
 
+namespace morvane {
+
 // The real window on view models under the test's control, shown off screen and driven by real key and
 // pointer events. Whatever QML complains about while a test runs fails the test.
 class WindowFixture : public testing::Test {
@@ -72,3 +74,5 @@ protected:
     std::unique_ptr<QQmlApplicationEngine> m_engine;
     QQuickWindow *m_window = nullptr;
 };
+
+} // namespace morvane

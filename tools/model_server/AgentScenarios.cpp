@@ -7,6 +7,8 @@
 #include <QJsonDocument>
 #include <QRegularExpression>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -121,3 +123,5 @@ std::span<const Scenario> Scenarios::agents()
     };
     return all;
 }
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 #include <random>
 #include <utility>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -251,3 +253,5 @@ std::span<const Scenario> Scenarios::broken()
     };
     return all;
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QDateTime>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -50,3 +52,5 @@ QJsonObject ChatCompletion::toolCall(const QString &id, const QString &name, con
         call.insert(u"id"_s, id);
     return call;
 }
+
+} // namespace morvane

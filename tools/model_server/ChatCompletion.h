@@ -4,6 +4,8 @@
 #include <QJsonObject>
 #include <QString>
 
+namespace morvane {
+
 // JSON objects of the chat-completions dialect.
 namespace ChatCompletion {
 
@@ -22,3 +24,5 @@ namespace ChatCompletion {
 [[nodiscard]] QJsonObject toolCall(const QString &id, const QString &name, const QString &arguments);
 
 } // namespace ChatCompletion
+
+} // namespace morvane

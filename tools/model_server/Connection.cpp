@@ -14,6 +14,8 @@
 
 #include <QJsonDocument>
 
+namespace morvane {
+
 namespace asio = boost::asio;
 namespace http = boost::beast::http;
 using asio::use_awaitable;
@@ -122,3 +124,5 @@ Work Connection::watch(std::shared_ptr<Connection> self)
     if (self->m_line.clientLeft)
         self->m_line.timer.cancel();
 }
+
+} // namespace morvane

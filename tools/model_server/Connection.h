@@ -6,6 +6,8 @@
 
 #include <memory>
 
+namespace morvane {
+
 class Server;
 
 // One client's connection: reads its requests one after the other and plays the answer to each. A client that
@@ -26,3 +28,5 @@ private:
     Exchange::Line m_line;
     Server &m_server;
 };
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 
 #include <QJsonDocument>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -113,3 +115,5 @@ QByteArray Dialect::errorStart(const Request &request)
 {
     return request.isOllama() ? R"({"error":")" : R"({"error":{"message":")";
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <QJsonArray>
 
+namespace morvane {
+
 // How a request's interface, chat completions or Ollama's own, writes what a scenario sends.
 namespace Dialect {
 
@@ -31,3 +33,5 @@ namespace Dialect {
 [[nodiscard]] QByteArray errorStart(const Request &request);
 
 } // namespace Dialect
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 
 #include <QJsonDocument>
 
+namespace morvane {
+
 namespace asio = boost::asio;
 using asio::use_awaitable;
 
@@ -86,3 +88,5 @@ Work Exchange::endStream()
 {
     co_await send("0\r\n\r\n");
 }
+
+} // namespace morvane

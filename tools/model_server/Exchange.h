@@ -8,6 +8,8 @@
 
 #include <chrono>
 
+namespace morvane {
+
 using Work = boost::asio::awaitable<void>;
 
 // Thrown out of a wait when the client closes its side; ends the exchange.
@@ -56,3 +58,5 @@ private:
     const Request &m_request;
     bool m_keepsConnection = true;
 };
+
+} // namespace morvane

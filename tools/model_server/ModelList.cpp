@@ -8,6 +8,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -99,3 +101,5 @@ QString ModelList::scenarioFor(const QString &name) const
     const ListedModel *model = find(name);
     return model && !model->scenario.isEmpty() ? model->scenario : name;
 }
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 #include <optional>
 #include <vector>
 
+namespace morvane {
+
 // A model that the server says it has.
 struct ListedModel {
     QString name;
@@ -42,3 +44,5 @@ public:
 private:
     std::vector<ListedModel> m_models;
 };
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 #include "OllamaObjects.h"
 #include "Reply.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -141,3 +143,5 @@ std::optional<QString> OllamaInterface::objection(const Request &request, const 
         return u"\"%1\" does not support thinking"_s.arg(model->name);
     return std::nullopt;
 }
+
+} // namespace morvane

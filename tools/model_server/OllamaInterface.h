@@ -3,6 +3,8 @@
 #include "Exchange.h"
 #include "ModelList.h"
 
+namespace morvane {
+
 // What an Ollama server answers besides chats: its version, its models, and the pull of a new one.
 namespace OllamaInterface {
 
@@ -14,3 +16,5 @@ Work answer(Exchange &exchange, ModelList &models);
 [[nodiscard]] std::optional<QString> objection(const Request &request, const ModelList &models);
 
 } // namespace OllamaInterface
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 #include <QDateTime>
 #include <QJsonDocument>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -100,3 +102,5 @@ QJsonObject OllamaObjects::shown(const ListedModel &model)
     insertPlace(object, model);
     return object;
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 #include <QJsonObject>
 #include <QString>
 
+namespace morvane {
+
 struct ListedModel;
 
 // JSON objects of Ollama's own interface.
@@ -28,3 +30,5 @@ namespace OllamaObjects {
 [[nodiscard]] QJsonObject shown(const ListedModel &model);
 
 } // namespace OllamaObjects
+
+} // namespace morvane

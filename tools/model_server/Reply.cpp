@@ -2,6 +2,8 @@
 
 #include "Dialect.h"
 
+namespace morvane {
+
 namespace {
 
 Work playWhole(Exchange &exchange, Reply reply)
@@ -63,3 +65,5 @@ QStringList wordPieces(const QString &text)
     }
     return pieces;
 }
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 
 #include <chrono>
 
+namespace morvane {
+
 // A well-formed reply, played as a stream or as one JSON body, as the request asks, in the request's
 // interface.
 struct Reply {
@@ -28,3 +30,5 @@ Work refuse(Exchange &exchange, int status, QString message);
 
 // The text cut behind each blank, so that joining the pieces gives it back.
 [[nodiscard]] QStringList wordPieces(const QString &text);
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 
 #include <QJsonDocument>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -307,3 +309,5 @@ std::span<const Scenario> Scenarios::replies()
     };
     return all;
 }
+
+} // namespace morvane

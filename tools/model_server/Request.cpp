@@ -2,6 +2,8 @@
 
 #include <QJsonArray>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -84,3 +86,5 @@ QString Request::lastUserText() const
     }
     return {};
 }
+
+} // namespace morvane

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+namespace morvane {
+
 // One request as it arrived, and what its JSON body asks for.
 struct Request {
     int number = 0; // counted from 1 over the life of the server
@@ -29,3 +31,5 @@ struct Request {
     [[nodiscard]] QJsonObject lastMessage() const;
     [[nodiscard]] QString lastUserText() const;
 };
+
+} // namespace morvane

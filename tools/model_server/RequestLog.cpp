@@ -6,6 +6,8 @@
 
 #include <cstdio>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 bool RequestLog::open(const QString &path)
@@ -42,3 +44,5 @@ void RequestLog::write(const QJsonObject &line)
     m_file.write(QJsonDocument(line).toJson(QJsonDocument::Compact) + '\n');
     m_file.flush();
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QFile>
 
+namespace morvane {
+
 struct Request;
 
 // Writes what arrived, one JSON object a line, flushed line by line so that a test can follow it live:
@@ -20,3 +22,5 @@ private:
 
     QFile m_file;
 };
+
+} // namespace morvane

@@ -1,5 +1,7 @@
 #include "Scenarios.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -44,3 +46,5 @@ QString Scenarios::practiceText(const Request &request)
            "behind it: the words are prepared, and nothing you type leaves this machine. You wrote: “%1”. "
            "Once a model is connected in Settings, its answer will stand here instead."_s.arg(said);
 }
+
+} // namespace morvane

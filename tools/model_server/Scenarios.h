@@ -4,6 +4,8 @@
 
 #include <span>
 
+namespace morvane {
+
 // What the server does with a chat request, chosen by the request's model name. A name ending in "-N" takes
 // a number in that place.
 struct Scenario {
@@ -35,3 +37,5 @@ inline constexpr QLatin1StringView continueInstruction{"Continue your previous a
 [[nodiscard]] QString practiceText(const Request &request);
 
 } // namespace Scenarios
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -88,5 +90,7 @@ Work ScriptedReplies::play(Exchange &exchange, QJsonObject answer)
     else if (answer["status"_L1].isDouble())
         co_await exchange.respondJson(answer["status"_L1].toInt(), answer["json"_L1].toObject());
     else
-        co_await ::play(exchange, replyOf(answer));
+        co_await morvane::play(exchange, replyOf(answer));
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <vector>
 
+namespace morvane {
+
 // Answers from a scenario file, which come before the built-in scenarios. README.md describes the file.
 class ScriptedReplies {
 public:
@@ -22,3 +24,5 @@ private:
     };
     std::vector<Entry> m_entries;
 };
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 #include <QUrl>
 #include <QUrlQuery>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -34,3 +36,5 @@ QJsonObject SearchAnswers::answer(const Request &request)
     }
     return {{u"results"_s, results}};
 }
+
+} // namespace morvane

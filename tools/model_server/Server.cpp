@@ -13,6 +13,8 @@
 
 #include <QJsonArray>
 
+namespace morvane {
+
 namespace asio = boost::asio;
 using namespace Qt::StringLiterals;
 
@@ -106,3 +108,5 @@ QJsonObject Server::modelList() const
     }
     return {{u"object"_s, u"list"_s}, {u"data"_s, models}};
 }
+
+} // namespace morvane

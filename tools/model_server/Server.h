@@ -8,6 +8,8 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 
+namespace morvane {
+
 // Speaks the chat-completions dialect on loopback, and Ollama's own interface when it is told to. One thread.
 class Server {
 public:
@@ -43,3 +45,5 @@ private:
     ScriptedReplies &m_scripted;
     int m_requests = 0;
 };
+
+} // namespace morvane

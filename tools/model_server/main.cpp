@@ -8,6 +8,7 @@
 
 #include <cstdio>
 
+using namespace morvane;
 using namespace Qt::StringLiterals;
 
 namespace {

@@ -9,6 +9,8 @@
 
 #include <memory>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -51,3 +53,5 @@ QString CertificateText::of(const QByteArray &der)
                                  dateText(X509_get0_notBefore(certificate.get())),
                                  dateText(X509_get0_notAfter(certificate.get())));
 }
+
+} // namespace morvane

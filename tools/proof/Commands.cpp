@@ -8,14 +8,16 @@
 #include "attestation/evidence/TDXQuoteVerifier.h"
 #include "attestation/evidence/VeniceAttestationVerifier.h"
 #include "attestation/evidence/VeniceSignedMeasurementList.h"
-#include "utils/Base64.h"
-#include "utils/Hex.h"
-#include "utils/Json.h"
+#include "utils/bytes/Base64.h"
+#include "utils/bytes/Hex.h"
+#include "utils/text/Json.h"
 
 #include <QFile>
 #include <QJsonDocument>
 
 #include <functional>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -335,3 +337,5 @@ Report Commands::run(const Options &options)
     }
     throw UsageError(u"there is nothing to check"_s);
 }
+
+} // namespace morvane

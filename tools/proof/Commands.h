@@ -3,6 +3,8 @@
 #include "Options.h"
 #include "Report.h"
 
+namespace morvane {
+
 // The four things the program can check. Each reads its file, runs the application's own checks one by one
 // and reports them. Throws UsageError when a file can't be read.
 namespace Commands {
@@ -10,3 +12,5 @@ namespace Commands {
 [[nodiscard]] Report run(const Options &options);
 
 } // namespace Commands
+
+} // namespace morvane

@@ -1,5 +1,7 @@
 #include "Help.h"
 
+namespace morvane {
+
 QString Help::text()
 {
     return QString::fromUtf8(
@@ -51,3 +53,5 @@ then compare "reportdata" with the proof: its first 20 bytes are the signing add
 the nonce your machine made up.
 )");
 }
+
+} // namespace morvane

@@ -2,8 +2,12 @@
 
 #include <QString>
 
+namespace morvane {
+
 namespace Help {
 
 [[nodiscard]] QString text();
 
 } // namespace Help
+
+} // namespace morvane

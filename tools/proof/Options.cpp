@@ -1,10 +1,12 @@
 #include "Options.h"
 
-#include "utils/Hex.h"
+#include "utils/bytes/Hex.h"
 
 #include <QCommandLineParser>
 
 #include <optional>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -142,3 +144,5 @@ Options Options::parse(const QStringList &arguments)
         replacePin(options, assignment);
     return options;
 }
+
+} // namespace morvane

@@ -9,6 +9,8 @@
 
 #include <stdexcept>
 
+namespace morvane {
+
 // A command line that can't be carried out, or a file that can't be read: nothing was checked.
 class UsageError final : public std::runtime_error {
 public:
@@ -41,3 +43,5 @@ struct Options {
     // Throws UsageError.
     [[nodiscard]] static Options parse(const QStringList &arguments);
 };
+
+} // namespace morvane

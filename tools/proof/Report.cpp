@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -82,3 +84,5 @@ QJsonObject Report::json() const
             {u"remarks"_s, QJsonArray::fromStringList(m_remarks)},
             {u"verdict"_s, m_verdict}};
 }
+
+} // namespace morvane

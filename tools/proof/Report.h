@@ -6,6 +6,8 @@
 #include <QJsonObject>
 #include <QString>
 
+namespace morvane {
+
 // What one run found: values read, checks made, remarks, and the verdict. Texts that come from the evidence
 // are passed through CaseText::quoted() by the caller.
 class Report {
@@ -45,3 +47,5 @@ private:
     QStringList m_remarks;
     QString m_verdict;
 };
+
+} // namespace morvane

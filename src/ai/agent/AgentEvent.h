@@ -6,6 +6,8 @@
 
 #include <variant>
 
+namespace morvane {
+
 // An event of one reply that may call tools, as the chat shows it.
 namespace Agent {
 
@@ -45,3 +47,5 @@ struct TruncatedByTokenLimit {
 
 using AgentEvent = std::variant<Agent::Text, Agent::RetractText, Agent::ToolStarted, Agent::ToolFinished,
                                 Agent::Thinking, Agent::TruncatedByTokenLimit>;
+
+} // namespace morvane

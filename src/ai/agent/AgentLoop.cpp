@@ -2,6 +2,8 @@
 
 #include "ai/agent/AgentRun.h"
 
+namespace morvane {
+
 namespace {
 
 QCoro::Task<> play(std::shared_ptr<AgentRun> run, AgentRun::Producer producer)
@@ -22,3 +24,5 @@ AsyncStream<AgentEvent> AgentLoop::run(Turn turn)
     play(std::make_shared<AgentRun>(std::move(turn), m_provider, m_registry, producer), producer);
     return std::move(stream);
 }
+
+} // namespace morvane

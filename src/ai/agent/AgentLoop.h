@@ -3,10 +3,12 @@
 #include "ai/agent/AgentEvent.h"
 #include "ai/contract/AIProvider.h"
 #include "ai/tools/TurnContext.h"
-#include "utils/AsyncStream.h"
+#include "async/AsyncStream.h"
 
 #include <memory>
 #include <optional>
+
+namespace morvane {
 
 class ToolRegistry;
 
@@ -41,3 +43,5 @@ private:
     std::shared_ptr<AIProvider> m_provider;
     ToolRegistry &m_registry;
 };
+
+} // namespace morvane

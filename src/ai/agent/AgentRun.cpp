@@ -2,12 +2,14 @@
 
 #include "ai/agent/ReplyPhrases.h"
 #include "ai/contract/ProviderError.h"
-#include "utils/Log.h"
-#include "utils/Text.h"
+#include "utils/log/Log.h"
+#include "utils/text/Text.h"
 
 #include <QStringList>
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -213,3 +215,5 @@ bool AgentRun::offers(QLatin1StringView tool) const
 {
     return std::any_of(m_tools.begin(), m_tools.end(), [tool](const AITool &t) { return t.name == tool; });
 }
+
+} // namespace morvane

@@ -9,6 +9,8 @@
 #include <exception>
 #include <set>
 
+namespace morvane {
+
 // The state of one run of the agent loop. Lives in the task that plays it.
 class AgentRun {
 public:
@@ -56,3 +58,5 @@ private:
     bool m_claimCorrected = false;
     std::set<QString> m_used; // names of the tools that have run
 };
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -74,3 +76,5 @@ bool ReplyPhrases::claimsScheduling(QStringView reply)
     const QString text = reply.toString().toLower();
     return !holdsAny(text, offers) && holdsAny(text, claims);
 }
+
+} // namespace morvane

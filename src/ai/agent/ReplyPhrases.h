@@ -2,6 +2,8 @@
 
 #include <QStringView>
 
+namespace morvane {
+
 // The words by which a small model gives itself away.
 namespace ReplyPhrases {
 
@@ -12,3 +14,5 @@ namespace ReplyPhrases {
 [[nodiscard]] bool claimsScheduling(QStringView reply);
 
 } // namespace ReplyPhrases
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 #include "ai/agent/AgentLoop.h"
 #include "ai/tools/ToolRegistry.h"
 
+namespace morvane {
+
 namespace {
 
 using Producer = AsyncStream<AgentEvent>::Producer;
@@ -60,3 +62,5 @@ AsyncStream<AgentEvent> ReplyRunner::run(PreparedRequest request, TurnScope scop
     relay(m_router.stream(std::move(request), std::move(provider)), producer);
     return std::move(stream);
 }
+
+} // namespace morvane

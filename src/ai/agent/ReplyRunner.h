@@ -3,11 +3,13 @@
 #include "ai/agent/AgentEvent.h"
 #include "ai/contract/AIProvider.h"
 #include "ai/routing/AIRequestRouter.h"
-#include "utils/AsyncStream.h"
+#include "async/AsyncStream.h"
 
 #include <QPointer>
 
 #include <memory>
+
+namespace morvane {
 
 class ToolRegistry;
 
@@ -45,3 +47,5 @@ private:
     AIRequestRouter &m_router;
     QPointer<ToolRegistry> m_tools;
 };
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <optional>
 
+namespace morvane {
+
 // All that a request to a model needs besides its messages.
 struct AIConfiguration {
     QString baseURLString;
@@ -23,3 +25,5 @@ struct AIConfiguration {
 
     bool operator==(const AIConfiguration &) const = default;
 };
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QJsonArray>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -59,3 +61,5 @@ QJsonObject AIMessage::wireForm() const
         object.insert(u"name"_s, *toolName);
     return object;
 }
+
+} // namespace morvane

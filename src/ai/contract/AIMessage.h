@@ -7,6 +7,8 @@
 #include <optional>
 #include <vector>
 
+namespace morvane {
+
 // One call that the model asked for.
 struct AIToolCall {
     QString id;
@@ -44,3 +46,5 @@ struct AIMessage {
 };
 
 [[nodiscard]] QString rawText(AIMessage::Role role);
+
+} // namespace morvane

@@ -1,5 +1,7 @@
 #include "ai/contract/AIProvider.h"
 
+namespace morvane {
+
 namespace {
 
 QCoro::Task<> relayText(AsyncStream<AIStreamEvent> events, AsyncStream<QString>::Producer producer,
@@ -33,3 +35,5 @@ QString AIConnectionTesting::testMessage()
 {
     return QStringLiteral("Reply with the single word: ok");
 }
+
+} // namespace morvane

@@ -4,13 +4,15 @@
 #include "ai/contract/AIMessage.h"
 #include "ai/contract/AIStreamEvent.h"
 #include "ai/contract/AITool.h"
-#include "utils/AsyncStream.h"
+#include "async/AsyncStream.h"
 
 #include <QCoroTask>
 
 #include <functional>
 #include <stop_token>
 #include <vector>
+
+namespace morvane {
 
 // A way to a model. Implementations hold no conversation state. GUI thread.
 class AIProvider {
@@ -39,3 +41,5 @@ public:
     [[nodiscard]] virtual QCoro::Task<QString> testConnection(AIConfiguration configuration,
                                                               std::stop_token stop) = 0;
 };
+
+} // namespace morvane

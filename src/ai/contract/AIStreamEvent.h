@@ -4,6 +4,8 @@
 
 #include <variant>
 
+namespace morvane {
+
 // An event of one streaming reply.
 namespace AIStream {
 
@@ -32,3 +34,5 @@ struct Thinking {
 
 using AIStreamEvent =
     std::variant<AIStream::Text, AIStream::ToolCalls, AIStream::TruncatedByTokenLimit, AIStream::Thinking>;
+
+} // namespace morvane

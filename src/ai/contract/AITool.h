@@ -6,6 +6,8 @@
 #include <optional>
 #include <vector>
 
+namespace morvane {
+
 // A tool that a model may call, as it is described to the model and to the user.
 struct AITool {
     struct Parameter {
@@ -39,3 +41,5 @@ struct AITool {
 
 // The user's answer to an approval card.
 enum class ApprovalAnswer { declined, allowedOnce, allowedForChat };
+
+} // namespace morvane

@@ -2,9 +2,11 @@
 
 #include "ai/contract/ProviderError.h"
 #include "network/PrivateNetworkAddress.h"
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -75,3 +77,5 @@ bool BaseURL::mayRedirect(const QUrl &from, const QUrl &to)
         return false;
     }
 }
+
+} // namespace morvane

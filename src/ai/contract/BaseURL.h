@@ -3,6 +3,8 @@
 #include <QString>
 #include <QUrl>
 
+namespace morvane {
+
 // Checks of a model server's base address.
 namespace BaseURL {
 
@@ -21,3 +23,5 @@ namespace BaseURL {
 [[nodiscard]] bool mayRedirect(const QUrl &from, const QUrl &to);
 
 } // namespace BaseURL
+
+} // namespace morvane

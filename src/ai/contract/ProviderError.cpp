@@ -1,9 +1,11 @@
 #include "ai/contract/ProviderError.h"
 
-#include "utils/Product.h"
+#include "utils/text/Product.h"
 
 #include <algorithm>
 #include <array>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -168,3 +170,5 @@ bool ProviderError::isRetryable() const
 {
     return wordsOf(*this).retryable;
 }
+
+} // namespace morvane

@@ -1,8 +1,10 @@
 #pragma once
 
-#include "utils/UserPresentableError.h"
+#include "utils/text/UserPresentableError.h"
 
 #include <variant>
+
+namespace morvane {
 
 // Why a provider could not answer. The cases carry what their words need.
 class ProviderError final : public UserPresentableError {
@@ -88,3 +90,5 @@ public:
 private:
     Case m_case;
 };
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QStringView>
 
+namespace morvane {
+
 // The words of the rules that a model is given with every turn. They are the main defence against a small
 // model that invents facts or obeys a web page, so each word is deliberate and none is changed in passing.
 namespace PromptTexts {
@@ -133,3 +135,5 @@ inline constexpr QStringView defaultInstructions =
     "shares with you.";
 
 } // namespace PromptTexts
+
+} // namespace morvane

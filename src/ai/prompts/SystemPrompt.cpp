@@ -1,9 +1,11 @@
 #include "ai/prompts/SystemPrompt.h"
 
 #include "ai/prompts/PromptTexts.h"
-#include "utils/Product.h"
+#include "utils/text/Product.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -53,3 +55,5 @@ QString SystemPrompt::ofTurn(const QString &identity, const std::vector<AITool> 
     const QString prompt = identity + blankLine + toolInstructions(tools);
     return memoryBlock && !memoryBlock->isEmpty() ? prompt + blankLine + *memoryBlock : prompt;
 }
+
+} // namespace morvane

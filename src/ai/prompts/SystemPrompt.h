@@ -7,6 +7,8 @@
 #include <optional>
 #include <vector>
 
+namespace morvane {
+
 // The system prompt of a turn: who the assistant is, the rules of the turn, and what it remembers.
 namespace SystemPrompt {
 
@@ -24,3 +26,5 @@ namespace SystemPrompt {
                              const std::optional<QString> &memoryBlock);
 
 } // namespace SystemPrompt
+
+} // namespace morvane

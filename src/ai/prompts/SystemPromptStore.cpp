@@ -3,12 +3,14 @@
 #include "ai/prompts/SystemPrompt.h"
 #include "persistence/SettingsStore.h"
 #include "security/LocalDataVault.h"
-#include "utils/Log.h"
-#include "utils/PrivateFile.h"
-#include "utils/Product.h"
-#include "utils/Text.h"
+#include "utils/files/PrivateFile.h"
+#include "utils/log/Log.h"
+#include "utils/text/Product.h"
+#include "utils/text/Text.h"
 
 #include <QFileInfo>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -154,3 +156,5 @@ void SystemPromptStore::setLoadFailed(bool failed)
     m_loadFailed = failed;
     Q_EMIT loadFailedChanged();
 }
+
+} // namespace morvane

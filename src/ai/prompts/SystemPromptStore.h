@@ -1,10 +1,12 @@
 #pragma once
 
-#include "utils/SupportFolders.h"
+#include "utils/files/SupportFolders.h"
 
 #include <QObject>
 
 #include <optional>
+
+namespace morvane {
 
 class LocalDataVault;
 class SettingsStore;
@@ -63,3 +65,5 @@ private:
     QString m_prompt;
     bool m_loadFailed = false;
 };
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -89,3 +91,5 @@ QJsonArray ChatCompletionRequest::toolObjects(const std::vector<AITool> &tools)
     }
     return list;
 }
+
+} // namespace morvane

@@ -9,6 +9,8 @@
 
 #include <vector>
 
+namespace morvane {
+
 // The HTTP request of one chat completion.
 namespace ChatCompletionRequest {
 
@@ -23,3 +25,5 @@ enum class Form { whole, streamed };
 [[nodiscard]] QJsonArray toolObjects(const std::vector<AITool> &tools);
 
 } // namespace ChatCompletionRequest
+
+} // namespace morvane

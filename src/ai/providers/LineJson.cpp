@@ -1,6 +1,8 @@
 #include "ai/providers/LineJson.h"
 
-#include "utils/Json.h"
+#include "utils/text/Json.h"
+
+namespace morvane {
 
 std::optional<QJsonObject> LineJson::parseObject(QByteArrayView line)
 {
@@ -14,3 +16,5 @@ QByteArray LineJson::validUtf8(QByteArrayView bytes)
 {
     return bytes.isValidUtf8() ? bytes.toByteArray() : QString::fromUtf8(bytes).toUtf8();
 }
+
+} // namespace morvane

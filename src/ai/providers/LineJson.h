@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace morvane {
+
 // JSON as model servers send it: where a piece was cut inside a character, its bytes are no UTF-8, and they
 // count as replacement characters.
 namespace LineJson {
@@ -16,3 +18,5 @@ namespace LineJson {
 [[nodiscard]] QByteArray validUtf8(QByteArrayView bytes);
 
 } // namespace LineJson
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+namespace morvane {
+
 void LineSplitter::add(QByteArray piece)
 {
     m_piece = std::move(piece);
@@ -57,3 +59,5 @@ qsizetype LineSplitter::lineEnd()
         return m_at + carriageReturn;
     return m_nextLineFeed < m_piece.size() ? m_nextLineFeed : -1;
 }
+
+} // namespace morvane

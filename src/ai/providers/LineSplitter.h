@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace morvane {
+
 // Cuts a body into lines at LF, CR LF and CR, wherever its pieces break. Lines are bytes; nothing is decoded,
 // and a line that lies within one piece is not copied.
 class LineSplitter {
@@ -35,3 +37,5 @@ private:
     QByteArray m_carried;          // start of a line from earlier pieces
     bool m_carriedIsHandedOut = false;
 };
+
+} // namespace morvane

@@ -1,10 +1,12 @@
 #include "ai/providers/OllamaChunk.h"
 
 #include "ai/providers/LineJson.h"
-#include "utils/Json.h"
-#include "utils/Text.h"
+#include "utils/text/Json.h"
+#include "utils/text/Text.h"
 
 #include <QJsonDocument>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -54,3 +56,5 @@ std::optional<OllamaChunk> OllamaChunk::parse(QByteArrayView line)
     chunk.isThinking = words(message, "thinking"_L1).has_value();
     return chunk;
 }
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 #include <optional>
 #include <vector>
 
+namespace morvane {
+
 // One line of a reply in Ollama's own interface, which is one JSON object. Any thread.
 struct OllamaChunk {
     QString text;
@@ -21,3 +23,5 @@ struct OllamaChunk {
     // Nothing for a line that is no JSON object. Bytes that are no UTF-8 count as replacement characters.
     [[nodiscard]] static std::optional<OllamaChunk> parse(QByteArrayView line);
 };
+
+} // namespace morvane

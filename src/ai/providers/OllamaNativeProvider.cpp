@@ -5,9 +5,11 @@
 #include "ai/providers/OllamaReply.h"
 #include "ai/providers/OllamaRequest.h"
 #include "ai/providers/ProviderFailure.h"
-#include "utils/Json.h"
-#include "utils/Log.h"
-#include "utils/Text.h"
+#include "utils/log/Log.h"
+#include "utils/text/Json.h"
+#include "utils/text/Text.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using OllamaRequest::Thinking;
@@ -220,3 +222,5 @@ std::shared_ptr<HttpSession> OllamaNativeProvider::sessionFor(SensitiveDataSet c
 {
     return m_injectedSession ? m_injectedSession : m_network.session(EgressFeature::aiModel, carrying);
 }
+
+} // namespace morvane

@@ -8,6 +8,8 @@
 #include <map>
 #include <memory>
 
+namespace morvane {
+
 class Clock;
 class OllamaProbe;
 
@@ -49,3 +51,5 @@ private:
     std::shared_ptr<HttpSession> m_injectedSession;
     std::shared_ptr<std::map<QString, bool>> m_thinkingCache; // by model name; shared with replies under way
 };
+
+} // namespace morvane

@@ -2,7 +2,9 @@
 
 #include "ai/providers/ProviderFailure.h"
 #include "ai/providers/ReplyLines.h"
-#include "utils/Json.h"
+#include "utils/text/Json.h"
+
+namespace morvane {
 
 OllamaProbe::OllamaProbe(std::shared_ptr<HttpSession> session, HttpRequest request, Clock &clock,
                          std::stop_token stop)
@@ -32,3 +34,5 @@ QCoro::Task<std::optional<QJsonObject>> OllamaProbe::answer(std::shared_ptr<Olla
     throwIfStopped(probe->m_stop);
     co_return object;
 }
+
+} // namespace morvane

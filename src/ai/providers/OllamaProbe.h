@@ -1,10 +1,12 @@
 #pragma once
 
 #include "ai/providers/RequestStop.h"
+#include "async/Clock.h"
 #include "network/HttpSession.h"
-#include "utils/Clock.h"
 
 #include <QJsonObject>
+
+namespace morvane {
 
 // One question to a server that may speak Ollama's own interface. It has its request's timeout for the whole
 // answer: a server that sends a byte now and then must not hold up a turn.
@@ -25,3 +27,5 @@ private:
     RequestStop m_requestStop;
     std::unique_ptr<Alarm> m_limit;
 };
+
+} // namespace morvane

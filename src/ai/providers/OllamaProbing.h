@@ -8,6 +8,8 @@
 #include <stop_token>
 #include <vector>
 
+namespace morvane {
+
 // A model that a server lists.
 struct OllamaModel {
     QString name;
@@ -30,3 +32,5 @@ public:
     [[nodiscard]] virtual QCoro::Task<std::optional<std::vector<OllamaModel>>>
     modelList(QString baseURL, std::stop_token stop) = 0;
 };
+
+} // namespace morvane

@@ -3,7 +3,9 @@
 #include "ai/contract/ProviderError.h"
 #include "ai/providers/OllamaChunk.h"
 #include "ai/providers/ToolCallAccumulator.h"
-#include "utils/Log.h"
+#include "utils/log/Log.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using Plain = ProviderError::Plain;
@@ -55,3 +57,5 @@ void OllamaReply::gather(std::vector<AIToolCall> calls)
             throw ProviderError(Plain::malformedResponse);
     }
 }
+
+} // namespace morvane

@@ -2,7 +2,9 @@
 
 #include "ai/contract/AIStreamEvent.h"
 #include "ai/providers/ReplyLines.h"
-#include "utils/AsyncStream.h"
+#include "async/AsyncStream.h"
+
+namespace morvane {
 
 // One reply in Ollama's own interface as it grows: takes its lines and yields events at once.
 class OllamaReply {
@@ -25,3 +27,5 @@ private:
     std::optional<QString> m_doneReason;
     bool m_hasText = false;
 };
+
+} // namespace morvane

@@ -2,9 +2,11 @@
 
 #include "ai/contract/BaseURL.h"
 #include "ai/providers/ChatCompletionRequest.h"
-#include "utils/Json.h"
+#include "utils/text/Json.h"
 
 #include <QJsonDocument>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -113,3 +115,5 @@ HttpRequest OllamaRequest::connectionTest(const QString &baseURL)
 {
     return get(baseURL, "api/tags"_L1, 20s);
 }
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 
 #include <vector>
 
+namespace morvane {
+
 // The HTTP requests of Ollama's own interface. Each goes to the configured address with a path of its own, so
 // that an address of the chat-completions dialect serves as well. All throw ProviderError for an address that
 // may not be used. Redirects are followed only to addresses that the person could have entered.
@@ -27,3 +29,5 @@ inline constexpr int contextTokens = 16384;
 [[nodiscard]] HttpRequest connectionTest(const QString &baseURL);
 
 } // namespace OllamaRequest
+
+} // namespace morvane

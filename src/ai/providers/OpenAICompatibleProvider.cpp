@@ -6,8 +6,10 @@
 #include "ai/providers/ReplyLines.h"
 #include "ai/providers/RequestStop.h"
 #include "ai/providers/StreamedReply.h"
-#include "utils/Log.h"
-#include "utils/Text.h"
+#include "utils/log/Log.h"
+#include "utils/text/Text.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using OpenAIStreamParser::Completion;
@@ -166,3 +168,5 @@ std::shared_ptr<HttpSession> OpenAICompatibleProvider::sessionFor(const AIConfig
     return m_injectedSession ? m_injectedSession
                              : m_network.session(EgressFeature::aiModel, configuration.carrying);
 }
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 #include "ai/contract/AIProvider.h"
 #include "ai/providers/ReplyLines.h"
 
+namespace morvane {
+
 // Speaks to every server of the chat-completions dialect: a service that the user added, a server on the
 // local network, a model runtime on this machine. GUI thread.
 //
@@ -30,3 +32,5 @@ private:
     HttpSessionProviding &m_network;
     std::shared_ptr<HttpSession> m_injectedSession;
 };
+
+} // namespace morvane

@@ -2,8 +2,10 @@
 
 #include "ai/contract/ProviderError.h"
 #include "ai/providers/LineJson.h"
-#include "utils/Json.h"
-#include "utils/Text.h"
+#include "utils/text/Json.h"
+#include "utils/text/Text.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -123,3 +125,5 @@ Completion parseBody(QByteArrayView body)
 }
 
 } // namespace OpenAIStreamParser
+
+} // namespace morvane

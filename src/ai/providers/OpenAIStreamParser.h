@@ -10,6 +10,8 @@
 #include <variant>
 #include <vector>
 
+namespace morvane {
+
 // Reads what a chat-completions server sends: one line of an event stream at a time, or a whole JSON body.
 // Stateless; any thread.
 namespace OpenAIStreamParser {
@@ -66,3 +68,5 @@ struct Completion {
 [[nodiscard]] Completion parseBody(QByteArrayView body);
 
 } // namespace OpenAIStreamParser
+
+} // namespace morvane

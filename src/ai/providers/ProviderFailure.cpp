@@ -1,9 +1,11 @@
 #include "ai/providers/ProviderFailure.h"
 
-#include "utils/CancelledError.h"
-#include "utils/Json.h"
-#include "utils/Log.h"
-#include "utils/Text.h"
+#include "async/CancelledError.h"
+#include "utils/log/Log.h"
+#include "utils/text/Json.h"
+#include "utils/text/Text.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using Plain = ProviderError::Plain;
@@ -91,3 +93,5 @@ QString ProviderFailure::summary(QByteArrayView body)
         return message;
     return Text::prefix(message, longest) + u'…';
 }
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 #include <exception>
 #include <stop_token>
 
+namespace morvane {
+
 // From what went wrong on the way to a server to the provider's error for it.
 namespace ProviderFailure {
 
@@ -32,3 +34,5 @@ inline constexpr qsizetype errorBodyLimit = 0x10000;
 [[nodiscard]] QString summary(QByteArrayView body);
 
 } // namespace ProviderFailure
+
+} // namespace morvane

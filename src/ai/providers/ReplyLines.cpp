@@ -2,6 +2,8 @@
 
 #include "ai/providers/LineSplitter.h"
 
+namespace morvane {
+
 namespace {
 
 // Takes what a server still sends behind the end of its reply, which is hardly ever more than the end of the
@@ -41,3 +43,5 @@ QCoro::Task<> ReplyLines::read(HttpResponse response, Reader reader, std::stop_t
     if (const auto line = lines.last())
         reader(*line);
 }
+
+} // namespace morvane

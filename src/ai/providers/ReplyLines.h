@@ -7,6 +7,8 @@
 #include <functional>
 #include <stop_token>
 
+namespace morvane {
+
 // The lines of a streamed reply, handed to its reader as they arrive.
 namespace ReplyLines {
 
@@ -25,3 +27,5 @@ using Reader = std::function<Progress(QByteArrayView line)>;
 [[nodiscard]] QCoro::Task<> read(HttpResponse response, Reader reader, std::stop_token stop);
 
 } // namespace ReplyLines
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 #include <stop_token>
 #include <utility>
 
+namespace morvane {
+
 // Ends a request when the consumer of its answer goes, for as long as this lives. A consumer that goes after
 // a complete answer must not cut off the end of the body, so the request has a token of its own.
 class RequestStop {
@@ -23,3 +25,5 @@ private:
     std::stop_source m_source;
     std::stop_callback<Forward> m_link;
 };
+
+} // namespace morvane

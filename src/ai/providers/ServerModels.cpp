@@ -4,7 +4,9 @@
 #include "ai/contract/ProviderError.h"
 #include "ai/providers/ProviderFailure.h"
 #include "ai/providers/ReplyLines.h"
-#include "utils/Json.h"
+#include "utils/text/Json.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -64,3 +66,5 @@ QCoro::Task<QStringList> ServerModels::list(HttpSessionProviding *network, AICon
         throw ProviderFailure::mapped(std::current_exception());
     }
 }
+
+} // namespace morvane

@@ -8,6 +8,8 @@
 
 #include <stop_token>
 
+namespace morvane {
+
 // The models that a server of the chat-completions dialect offers ("GET …/models"), for a person to pick
 // from. Ollama servers answer it as well.
 namespace ServerModels {
@@ -24,3 +26,5 @@ inline constexpr qsizetype mostNames = 2'000;
 [[nodiscard]] std::optional<QStringList> parse(QByteArrayView body);
 
 } // namespace ServerModels
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 #include "ai/contract/ProviderError.h"
 #include "ai/providers/LineJson.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 namespace Parser = OpenAIStreamParser;
 
@@ -63,3 +65,5 @@ void yieldCompletion(const Parser::Completion &completion, StreamedReply::Events
     if (completion.finishReason == tokenLimit)
         events.yield(AIStream::TruncatedByTokenLimit{});
 }
+
+} // namespace morvane

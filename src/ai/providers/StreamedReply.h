@@ -3,9 +3,11 @@
 #include "ai/contract/AIStreamEvent.h"
 #include "ai/providers/ReplyLines.h"
 #include "ai/providers/ToolCallAccumulator.h"
-#include "utils/AsyncStream.h"
+#include "async/AsyncStream.h"
 
 #include <QByteArray>
+
+namespace morvane {
 
 // One streamed reply as it grows: takes its lines and yields events at once. No text is gathered here.
 class StreamedReply {
@@ -39,3 +41,5 @@ private:
 
 // The events of a reply that came whole, in the order of a streamed one.
 void yieldCompletion(const OpenAIStreamParser::Completion &completion, StreamedReply::Events &events);
+
+} // namespace morvane

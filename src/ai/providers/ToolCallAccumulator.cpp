@@ -1,7 +1,9 @@
 #include "ai/providers/ToolCallAccumulator.h"
 
 #include "ai/contract/ProviderError.h"
-#include "utils/Text.h"
+#include "utils/text/Text.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -49,3 +51,5 @@ std::vector<AIToolCall> ToolCallAccumulator::finish() const
 }
 
 } // namespace OpenAIStreamParser
+
+} // namespace morvane

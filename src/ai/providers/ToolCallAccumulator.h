@@ -4,6 +4,8 @@
 
 #include <map>
 
+namespace morvane {
+
 namespace OpenAIStreamParser {
 
 // Puts the tool calls of one streamed reply together from their fragments.
@@ -31,3 +33,5 @@ private:
 };
 
 } // namespace OpenAIStreamParser
+
+} // namespace morvane

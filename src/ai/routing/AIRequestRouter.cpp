@@ -5,12 +5,14 @@
 #include "ai/routing/LocalFallbackStream.h"
 #include "ai/routing/ModelName.h"
 #include "ai/routing/RouteConfiguration.h"
+#include "async/Clock.h"
 #include "persistence/SettingsStore.h"
-#include "utils/Clock.h"
-#include "utils/Log.h"
-#include "utils/Text.h"
+#include "utils/log/Log.h"
+#include "utils/text/Text.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -399,3 +401,5 @@ QCoro::Task<QString> AIRequestRouter::testConnection(AIConfiguration configurati
     const auto tested = isOllama && m_services.nativeOllama ? m_services.nativeOllama : m_services.provider;
     co_return co_await tested->testConnection(std::move(configuration), std::move(stop));
 }
+
+} // namespace morvane

@@ -15,6 +15,8 @@
 #include <QObject>
 #include <QPointer>
 
+namespace morvane {
+
 class KeychainServicing;
 class SettingsStore;
 
@@ -140,3 +142,5 @@ private:
     BurstGuard m_burst;
     Lifeline m_lifeline;
 };
+
+} // namespace morvane

@@ -1,6 +1,8 @@
 #include "ai/routing/BurstGuard.h"
 
-#include "utils/Clock.h"
+#include "async/Clock.h"
+
+namespace morvane {
 
 bool BurstGuard::isFull()
 {
@@ -16,3 +18,5 @@ void BurstGuard::note()
     if (m_times.size() > limit)
         m_times.pop_front();
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <deque>
 
+namespace morvane {
+
 class Clock;
 
 // Counts the requests of the past hour to a service that is paid for by the request. GUI thread.
@@ -23,3 +25,5 @@ private:
     const Clock &m_clock;
     std::deque<std::chrono::milliseconds> m_times; // oldest first
 };
+
+} // namespace morvane

@@ -2,11 +2,13 @@
 
 #include "ai/routing/ModelName.h"
 #include "network/PrivateNetworkAddress.h"
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <QUrl>
 
 #include <array>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -87,3 +89,5 @@ QString ChatSource::destination() const
     }
     return {};
 }
+
+} // namespace morvane

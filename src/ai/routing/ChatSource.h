@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace morvane {
+
 // The place that the settings point at for replies.
 struct ChatSource {
     enum class Kind {
@@ -28,3 +30,5 @@ struct ChatSource {
     // What becomes of a message, in a few words.
     [[nodiscard]] QString destination() const;
 };
+
+} // namespace morvane

@@ -1,8 +1,10 @@
 #include "ai/routing/ContextBuilder.h"
 
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -67,3 +69,5 @@ QString ContextBuilder::digest(const std::vector<HistoryItem> &dropped)
     }
     return sentences.join(u' ');
 }
+
+} // namespace morvane

@@ -9,6 +9,8 @@
 #include <optional>
 #include <vector>
 
+namespace morvane {
+
 // Turns a chat's history into the messages of a request: the most recent ones, with a short note by rule in
 // place of what was cut. No model is asked.
 namespace ContextBuilder {
@@ -30,3 +32,5 @@ struct HistoryItem {
 [[nodiscard]] QString digest(const std::vector<HistoryItem> &dropped);
 
 } // namespace ContextBuilder
+
+} // namespace morvane

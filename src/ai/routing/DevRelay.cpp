@@ -2,6 +2,8 @@
 
 #include <QUrl>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -35,3 +37,5 @@ std::optional<DevRelay::Origin> DevRelay::origin(const QString &address)
     }
     return std::nullopt;
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace morvane {
+
 // A stand-in for the private cloud while developing. It can only be on this machine.
 namespace DevRelay {
 
@@ -23,3 +25,5 @@ struct Origin {
 [[nodiscard]] std::optional<Origin> origin(const QString &address);
 
 } // namespace DevRelay
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <chrono>
 
+namespace morvane {
+
 // Whether something learnt at a moment may still be used. An age that a change of the clock made negative is
 // no age.
 [[nodiscard]] inline bool isFresh(const QDateTime &learntAt, const QDateTime &now,
@@ -12,3 +14,5 @@
     const std::chrono::milliseconds age(learntAt.msecsTo(now));
     return age.count() >= 0 && age < keptFor;
 }
+
+} // namespace morvane

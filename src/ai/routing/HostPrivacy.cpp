@@ -1,12 +1,14 @@
 #include "ai/routing/HostPrivacy.h"
 
 #include "ai/routing/Freshness.h"
-#include "utils/Clock.h"
-#include "utils/Text.h"
+#include "async/Clock.h"
+#include "utils/text/Text.h"
 
 #include <QUrl>
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -51,3 +53,5 @@ bool HostPrivacy::areLocal(const QStringList &addresses) const
         return PrivateNetworkAddress::isInside(address, subnets);
     });
 }
+
+} // namespace morvane

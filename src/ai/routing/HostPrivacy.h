@@ -1,13 +1,15 @@
 #pragma once
 
-#include "ai/routing/HostLookup.h"
-#include "ai/routing/Lifeline.h"
+#include "async/Lifeline.h"
+#include "network/HostLookup.h"
 #include "network/PrivateNetworkAddress.h"
 
 #include <QDateTime>
 
 #include <functional>
 #include <map>
+
+namespace morvane {
 
 // Whether a host is this machine or on its network, a name judged by the addresses that it leads to. A name
 // may lead elsewhere a moment later: what is sent is watched once more where its socket is opened. GUI
@@ -47,3 +49,5 @@ private:
     std::map<QString, Answer> m_answers; // by host
     Lifeline m_lifeline;
 };
+
+} // namespace morvane

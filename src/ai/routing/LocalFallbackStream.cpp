@@ -1,6 +1,8 @@
 #include "ai/routing/LocalFallbackStream.h"
 
-#include "utils/Log.h"
+#include "utils/log/Log.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using LocalFallbackStream::Decisions;
@@ -87,3 +89,5 @@ ProviderError LocalFallbackStream::unanswered(const QString &reason)
         reason.chopped(promise.size()) + u", and no model is set up on this Mac, so this message was not "
                                          u"answered. Settings > AI sets one up."_s});
 }
+
+} // namespace morvane

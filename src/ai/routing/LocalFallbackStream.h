@@ -7,6 +7,8 @@
 #include <functional>
 #include <memory>
 
+namespace morvane {
+
 // Relays a reply, and when the private cloud refuses to give one goes on with the model on this machine.
 namespace LocalFallbackStream {
 
@@ -30,3 +32,5 @@ struct Decisions {
 [[nodiscard]] ProviderError unanswered(const QString &reason);
 
 } // namespace LocalFallbackStream
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 #include <QObject>
 #include <QString>
 
+namespace morvane {
+
 // The model runtime that the application keeps on this machine. GUI thread.
 class LocalModelServing : public QObject {
     Q_OBJECT
@@ -25,3 +27,5 @@ public:
 Q_SIGNALS:
     void changed(); // the state, or the models that are installed
 };
+
+} // namespace morvane

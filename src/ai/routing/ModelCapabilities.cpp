@@ -1,9 +1,11 @@
 #include "ai/routing/ModelCapabilities.h"
 
 #include "ai/routing/ModelName.h"
-#include "utils/Clock.h"
+#include "async/Clock.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -104,3 +106,5 @@ void ModelCapabilities::forget()
     m_abilities.clear();
     m_standIns.clear();
 }
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 #include "ai/routing/ModelInventory.h"
 #include "ai/routing/OllamaDetection.h"
 
+namespace morvane {
+
 // What the models of Ollama servers can do, and which of them stands in for one that can't. GUI thread.
 //
 // Only a model that runs on the server itself stands in: nothing is passed on to a service because of an
@@ -38,3 +40,5 @@ private:
     std::map<std::pair<Ability, QString>, std::optional<QString>> m_standIns; // by ability and server root
     Lifeline m_lifeline;
 };
+
+} // namespace morvane

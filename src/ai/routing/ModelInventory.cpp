@@ -2,7 +2,9 @@
 
 #include "ai/routing/Freshness.h"
 #include "ai/routing/OllamaDetection.h"
-#include "utils/Clock.h"
+#include "async/Clock.h"
+
+namespace morvane {
 
 ModelInventory::ModelInventory(OllamaProbing *probes, Clock &clock)
     : m_clock(clock)
@@ -28,3 +30,5 @@ QCoro::Task<std::optional<ModelInventory::Models>> ModelInventory::of(QString ba
         m_lists.insert_or_assign(*root, List{m_clock.now(), *models});
     co_return models;
 }
+
+} // namespace morvane

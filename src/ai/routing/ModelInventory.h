@@ -1,12 +1,14 @@
 #pragma once
 
 #include "ai/providers/OllamaProbing.h"
-#include "ai/routing/Lifeline.h"
+#include "async/Lifeline.h"
 
 #include <QDateTime>
 
 #include <functional>
 #include <map>
+
+namespace morvane {
 
 class Clock;
 
@@ -40,3 +42,5 @@ private:
     std::map<QString, List> m_lists; // by server root
     Lifeline m_lifeline;
 };
+
+} // namespace morvane

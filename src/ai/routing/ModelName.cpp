@@ -4,6 +4,8 @@
 
 #include <array>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -67,3 +69,5 @@ bool ModelName::isSame(const QString &left, const QString &right)
 {
     return withTag(left.trimmed()) == withTag(right.trimmed());
 }
+
+} // namespace morvane

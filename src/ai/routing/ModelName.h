@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace morvane {
+
 // What can be read off the name of a model.
 namespace ModelName {
 
@@ -19,3 +21,5 @@ namespace ModelName {
 [[nodiscard]] bool isSame(const QString &left, const QString &right);
 
 } // namespace ModelName
+
+} // namespace morvane

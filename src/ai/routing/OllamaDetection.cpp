@@ -2,7 +2,9 @@
 
 #include "ai/contract/BaseURL.h"
 #include "ai/contract/ProviderError.h"
-#include "utils/Log.h"
+#include "utils/log/Log.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -45,3 +47,5 @@ void OllamaDetection::forgetDenial(const QString &baseURL)
     if (const auto root = serverRoot(baseURL); root && known(baseURL) == false)
         m_answers.erase(*root);
 }
+
+} // namespace morvane

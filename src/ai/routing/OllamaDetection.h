@@ -1,9 +1,11 @@
 #pragma once
 
 #include "ai/providers/OllamaProbing.h"
-#include "ai/routing/Lifeline.h"
+#include "async/Lifeline.h"
 
 #include <map>
+
+namespace morvane {
 
 // Which servers speak Ollama's interface, asked once of each. GUI thread.
 class OllamaDetection {
@@ -30,3 +32,5 @@ private:
     std::map<QString, bool> m_answers; // by server root
     Lifeline m_lifeline;
 };
+
+} // namespace morvane

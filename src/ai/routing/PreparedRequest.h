@@ -8,6 +8,8 @@
 #include <optional>
 #include <vector>
 
+namespace morvane {
+
 // What a turn asks the router to prepare.
 struct TurnRequest {
     std::vector<ContextBuilder::HistoryItem> history;
@@ -27,3 +29,5 @@ struct PreparedRequest {
     std::vector<AITool> tools;
     bool memoryAllowed = false;
 };
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace morvane {
+
 // What becomes of the words of a turn at its destination.
 struct PrivacyClass {
     enum class Kind {
@@ -16,3 +18,5 @@ struct PrivacyClass {
 
     bool operator==(const PrivacyClass &) const = default;
 };
+
+} // namespace morvane

@@ -1,11 +1,13 @@
 #include "ai/routing/PrivacyJudge.h"
 
 #include "ai/routing/ModelName.h"
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <QUrl>
 
 #include <algorithm>
+
+namespace morvane {
 
 using Kind = PrivacyClass::Kind;
 
@@ -47,3 +49,5 @@ QCoro::Task<PrivacyClass> PrivacyJudge::judge(QString baseURL, QString model, st
     const bool hidesList = m_detection.known(baseURL).value_or(false);
     co_return PrivacyClass{hidesList ? Kind::unknownModel : Kind::staysPrivate, {}};
 }
+
+} // namespace morvane

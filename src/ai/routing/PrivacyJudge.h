@@ -5,6 +5,8 @@
 #include "ai/routing/OllamaDetection.h"
 #include "ai/routing/PrivacyClass.h"
 
+namespace morvane {
+
 // Finds out where the words of a turn would end up. GUI thread.
 class PrivacyJudge {
 public:
@@ -24,3 +26,5 @@ private:
     OllamaDetection &m_detection;
     Lifeline m_lifeline;
 };
+
+} // namespace morvane

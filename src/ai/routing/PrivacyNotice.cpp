@@ -1,8 +1,10 @@
 #include "ai/routing/PrivacyNotice.h"
 
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <QUrl>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -24,3 +26,5 @@ std::optional<PrivacyNotice> PrivacyNotice::of(const ChatSource &source, const Q
     }
     return std::nullopt;
 }
+
+} // namespace morvane

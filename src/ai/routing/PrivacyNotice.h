@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace morvane {
+
 // What the composer warns of before anything is sent.
 struct PrivacyNotice {
     enum class Kind {
@@ -20,3 +22,5 @@ struct PrivacyNotice {
     [[nodiscard]] static std::optional<PrivacyNotice> of(const ChatSource &source,
                                                          const QString &baseURLString);
 };
+
+} // namespace morvane

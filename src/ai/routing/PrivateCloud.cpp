@@ -1,8 +1,10 @@
 #include "ai/routing/PrivateCloud.h"
 
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <QUrl>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -33,3 +35,5 @@ bool PrivateCloud::isAt(const QString &baseURL) const
     const QString place = placeOf(this->baseURL());
     return !place.isEmpty() && placeOf(baseURL) == place;
 }
+
+} // namespace morvane

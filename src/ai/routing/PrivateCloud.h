@@ -7,6 +7,8 @@
 #include <memory>
 #include <optional>
 
+namespace morvane {
+
 // The private cloud as this build reaches it.
 struct PrivateCloud {
     QString endpoint;                         // https, ends in "/v1"; empty when this build knows none
@@ -25,3 +27,5 @@ struct PrivateCloud {
     // A base address that leads there, however it is spelled.
     [[nodiscard]] bool isAt(const QString &baseURL) const;
 };
+
+} // namespace morvane

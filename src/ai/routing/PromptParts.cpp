@@ -2,6 +2,8 @@
 
 #include "ai/prompts/SystemPrompt.h"
 
+namespace morvane {
+
 QString PromptParts::identity() const
 {
     return SystemPrompt::identity(instructions ? instructions() : SystemPrompt::defaultPrompt());
@@ -12,3 +14,5 @@ std::optional<QString> PromptParts::notesBlock() const
     const std::optional<QString> block = notes ? notes() : std::nullopt;
     return block && !block->isEmpty() ? block : std::nullopt;
 }
+
+} // namespace morvane

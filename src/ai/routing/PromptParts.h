@@ -5,6 +5,8 @@
 #include <functional>
 #include <optional>
 
+namespace morvane {
+
 // Where the system prompt of a turn comes from, besides its rules. Each may be absent.
 struct PromptParts {
     std::function<QString()> instructions;         // absent: the default ones
@@ -16,3 +18,5 @@ struct PromptParts {
     // Nothing when there are none.
     [[nodiscard]] std::optional<QString> notesBlock() const;
 };
+
+} // namespace morvane

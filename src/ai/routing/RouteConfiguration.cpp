@@ -4,9 +4,11 @@
 #include "ai/routing/PrivateCloud.h"
 #include "persistence/SettingsStore.h"
 #include "security/KeychainServicing.h"
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -67,3 +69,5 @@ std::optional<AIConfiguration> RouteConfiguration::local(const SettingsStore &se
     configuration.maxOutputTokens = std::max(configuration.maxOutputTokens, smallestLocalOutput);
     return configuration;
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace morvane {
+
 class KeychainServicing;
 class LocalModelServing;
 class SettingsStore;
@@ -32,3 +34,5 @@ namespace RouteConfiguration {
 inline constexpr std::int64_t smallestLocalOutput = 4096;
 
 } // namespace RouteConfiguration
+
+} // namespace morvane

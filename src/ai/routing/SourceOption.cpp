@@ -1,6 +1,8 @@
 #include "ai/routing/SourceOption.h"
 
-#include "utils/Text.h"
+#include "utils/text/Text.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using Kind = ChatSource::Kind;
@@ -70,3 +72,5 @@ std::vector<SourceOption> SourceOption::all(const Facts &facts)
     }
     return options;
 }
+
+} // namespace morvane

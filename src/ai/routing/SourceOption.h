@@ -6,6 +6,8 @@
 #include <optional>
 #include <vector>
 
+namespace morvane {
+
 // One entry of the menu in which the person picks where replies come from. An entry that can't run is listed
 // as well, with the reason.
 struct SourceOption {
@@ -41,3 +43,5 @@ struct SourceOption {
     // In the order of the menu.
     [[nodiscard]] static std::vector<SourceOption> all(const Facts &facts);
 };
+
+} // namespace morvane

@@ -5,10 +5,12 @@
 #include "ai/routing/HostPrivacy.h"
 #include "ai/routing/ModelName.h"
 #include "ai/routing/RouteConfiguration.h"
-#include "utils/Log.h"
-#include "utils/Text.h"
+#include "utils/log/Log.h"
+#include "utils/text/Text.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 using Plain = ProviderError::Plain;
@@ -77,3 +79,5 @@ std::vector<AITool> TurnRoute::offered(std::vector<AITool> tools, bool memoryAll
     });
     return tools;
 }
+
+} // namespace morvane

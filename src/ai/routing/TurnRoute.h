@@ -5,6 +5,8 @@
 #include "ai/routing/PreparedRequest.h"
 #include "ai/routing/PrivacyClass.h"
 
+namespace morvane {
+
 // A place that a turn may go to, and what may be sent there. Pure.
 struct TurnRoute {
     enum class Place { configured, privateCloud, local };
@@ -28,3 +30,5 @@ struct TurnRoute {
     // Those of `tools` that may be used there.
     [[nodiscard]] std::vector<AITool> offered(std::vector<AITool> tools, bool memoryAllowed) const;
 };
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -172,3 +174,5 @@ std::optional<Ability> AbilityCatalogue::named(QStringView name)
         return std::nullopt;
     return static_cast<Ability>(found - tools.begin());
 }
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 #include <optional>
 #include <vector>
 
+namespace morvane {
+
 // The tools that a model may call, in the order in which they are offered.
 enum class Ability {
     remember,
@@ -31,3 +33,5 @@ namespace AbilityCatalogue {
 [[nodiscard]] std::optional<Ability> named(QStringView name);
 
 } // namespace AbilityCatalogue
+
+} // namespace morvane

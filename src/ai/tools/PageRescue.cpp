@@ -2,8 +2,10 @@
 
 #include "ai/tools/SearchListing.h"
 #include "ai/tools/WebAddress.h"
-#include "utils/Text.h"
-#include "utils/UntrustedContent.h"
+#include "utils/text/Text.h"
+#include "utils/text/UntrustedContent.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -51,3 +53,5 @@ QCoro::Task<ToolOutcome> PageRescue::outcome(QString problem, std::optional<QStr
         u" Do not ask the user to paste anything yet; call search_web for the same information (for a "
         "property or listing, search its street address) and answer from the results."_s);
 }
+
+} // namespace morvane

@@ -9,6 +9,8 @@
 #include <optional>
 #include <stop_token>
 
+namespace morvane {
+
 class WebAccessing;
 
 // What a turn gets in place of a page that could not be read.
@@ -25,3 +27,5 @@ namespace PageRescue {
                                                std::stop_token stop);
 
 } // namespace PageRescue
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 QString SearchListing::of(const std::vector<WebAccessing::SearchResult> &results, Images images)
@@ -16,3 +18,5 @@ QString SearchListing::of(const std::vector<WebAccessing::SearchResult> &results
     }
     return entries.join(u'\n');
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include "services/WebAccessing.h"
 
+namespace morvane {
+
 // Search results as the model reads them.
 namespace SearchListing {
 
@@ -11,3 +13,5 @@ enum class Images { shown, leftOut };
 [[nodiscard]] QString of(const std::vector<WebAccessing::SearchResult> &results, Images images);
 
 } // namespace SearchListing
+
+} // namespace morvane

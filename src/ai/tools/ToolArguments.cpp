@@ -1,10 +1,12 @@
 #include "ai/tools/ToolArguments.h"
 
-#include "utils/Json.h"
+#include "utils/text/Json.h"
 
 #include <QLocale>
 
 #include <cmath>
+
+namespace morvane {
 
 ToolArguments::ToolArguments(const QString &json)
     : m_values(Json::parseObject(json.toUtf8()).value_or(QJsonObject()))
@@ -32,3 +34,5 @@ std::optional<double> ToolArguments::number(QLatin1StringView name) const
     }
     return number && std::isfinite(*number) ? number : std::nullopt;
 }
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 
 #include <optional>
 
+namespace morvane {
+
 // The arguments of one call. Models write what they like, so a text may stand as a number and the other way
 // round; whatever reads as neither is absent, and a text that is no JSON object holds nothing.
 class ToolArguments {
@@ -19,3 +21,5 @@ public:
 private:
     QJsonObject m_values;
 };
+
+} // namespace morvane

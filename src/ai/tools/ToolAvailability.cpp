@@ -2,7 +2,9 @@
 
 #include "ai/tools/ToolRegistry.h"
 #include "persistence/SettingsStore.h"
-#include "utils/Product.h"
+#include "utils/text/Product.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -85,3 +87,5 @@ std::optional<QString> ToolRegistry::relaunchHint(QStringView name) const
     return u"Quit "_s + product +
            u" and open it again: macOS only applies Screen Recording permission when an app launches."_s;
 }
+
+} // namespace morvane

@@ -2,7 +2,9 @@
 
 #include "ai/tools/WebAddress.h"
 #include "memory/MemoryStore.h"
-#include "utils/Text.h"
+#include "utils/text/Text.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -109,3 +111,5 @@ ToolGate::Decision ToolGate::decide(Ability ability, const ToolArguments &argume
     }
     return Refuse{u"That didn't work."_s};
 }
+
+} // namespace morvane

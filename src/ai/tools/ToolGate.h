@@ -6,6 +6,8 @@
 
 #include <variant>
 
+namespace morvane {
+
 class MemoryStore;
 
 // Decides whether a call of an available ability runs, is refused, or waits for the person's yes.
@@ -39,3 +41,5 @@ struct Facts {
                               const Facts &facts);
 
 } // namespace ToolGate
+
+} // namespace morvane

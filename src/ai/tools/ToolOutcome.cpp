@@ -2,6 +2,8 @@
 
 #include <QStringList>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 ToolOutcome ToolFailure::because(const QString &text)
@@ -15,3 +17,5 @@ QString ToolFailure::wordsOf(const UserPresentableError &error)
     words.removeAll(QString());
     return words.join(u' ');
 }
+
+} // namespace morvane

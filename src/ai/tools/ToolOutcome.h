@@ -1,8 +1,10 @@
 #pragma once
 
-#include "utils/UserPresentableError.h"
+#include "utils/text/UserPresentableError.h"
 
 #include <QString>
+
+namespace morvane {
 
 // What became of a call, as the model reads it.
 struct ToolOutcome {
@@ -21,3 +23,5 @@ namespace ToolFailure {
 [[nodiscard]] QString wordsOf(const UserPresentableError &error);
 
 } // namespace ToolFailure
+
+} // namespace morvane

@@ -6,7 +6,9 @@
 #include "services/ScreenGlanceError.h"
 #include "services/WebAccessError.h"
 #include "services/WebAccessing.h"
-#include "utils/Log.h"
+#include "utils/log/Log.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -204,3 +206,5 @@ void ToolRegistry::noteScreenProblem(const ScreenGlanceError &error)
     if (m_hooks.permissionAttentionHandler)
         m_hooks.permissionAttentionHandler(error);
 }
+
+} // namespace morvane

@@ -14,6 +14,8 @@
 #include <set>
 #include <stop_token>
 
+namespace morvane {
+
 class Clock;
 class DesktopActing;
 class MemoryStore;
@@ -105,3 +107,5 @@ private:
     std::set<QString> m_searchAllowedChats;
     bool m_screenGlanceNeedsRelaunch = false;
 };
+
+} // namespace morvane

@@ -2,17 +2,19 @@
 
 #include "ai/tools/SearchListing.h"
 #include "ai/tools/WebAddress.h"
+#include "async/Clock.h"
 #include "memory/MemoryStore.h"
 #include "services/DesktopActing.h"
 #include "services/ScreenGlancing.h"
-#include "utils/Clock.h"
-#include "utils/Text.h"
-#include "utils/UntrustedContent.h"
+#include "utils/text/Text.h"
+#include "utils/text/UntrustedContent.h"
 
 #include <QDateTime>
 #include <QStringList>
 
 #include <cmath>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -161,3 +163,5 @@ QCoro::Task<ToolOutcome> ToolRunner::run(Ability ability, ToolArguments argument
     }
     return remembered(ToolFailure::because(u"That didn't work."_s));
 }
+
+} // namespace morvane

@@ -10,6 +10,8 @@
 #include <memory>
 #include <stop_token>
 
+namespace morvane {
+
 class Clock;
 class DesktopActing;
 class MemoryStore;
@@ -35,3 +37,5 @@ struct Services {
                                            std::stop_token stop);
 
 } // namespace ToolRunner
+
+} // namespace morvane

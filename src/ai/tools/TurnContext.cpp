@@ -1,10 +1,12 @@
 #include "ai/tools/TurnContext.h"
 
 #include "ai/tools/WebAddress.h"
-#include "utils/LinkDetector.h"
-#include "utils/UntrustedContent.h"
+#include "utils/text/LinkDetector.h"
+#include "utils/text/UntrustedContent.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 std::shared_ptr<TurnContext> TurnContext::begin(Attendance attendance, std::optional<QString> chatID,
                                                 Notes notes, const QString &words,
@@ -43,3 +45,5 @@ void TurnContext::mark(const std::vector<AIMessage> &messages)
     });
     outsideContentInContext = sensitiveDataInContext = holdsOutside;
 }
+
+} // namespace morvane

@@ -10,6 +10,8 @@
 
 class QUrl;
 
+namespace morvane {
+
 // What the calls of one turn share: who is there to answer, what the person typed, and what the turn has
 // taken in from outside. A flag that one call sets binds the calls behind it. GUI thread.
 struct TurnContext {
@@ -45,3 +47,5 @@ private:
     void noteLinks(const QString &text);
     void mark(const std::vector<AIMessage> &messages);
 };
+
+} // namespace morvane

@@ -1,10 +1,12 @@
 #include "ai/tools/WebAddress.h"
 
-#include "utils/Text.h"
+#include "utils/text/Text.h"
 
 #include <QStringList>
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -63,3 +65,5 @@ std::optional<QString> WebAddress::searchQuery(const QUrl &url)
     // A decoded path may hold line ends, which would let an address write lines of its own into the answer.
     return words.first(std::min(words.size(), mostWords)).join(u' ').simplified();
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <optional>
 
+namespace morvane {
+
 // Web addresses as the abilities compare them.
 namespace WebAddress {
 
@@ -22,3 +24,5 @@ namespace WebAddress {
 [[nodiscard]] std::optional<QString> searchQuery(const QUrl &url);
 
 } // namespace WebAddress
+
+} // namespace morvane

@@ -1,9 +1,11 @@
 #include "attestation/evidence/BundledAllowlist.h"
 
 #include "deployment/DeploymentValues.h"
-#include "utils/Json.h"
+#include "utils/text/Json.h"
 
 #include <QJsonDocument>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -101,3 +103,5 @@ VeniceMeasurementAllowlist BundledAllowlist::read(QByteArrayView json)
     }
     return allowlist;
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include "attestation/evidence/VeniceMeasurementAllowlist.h"
 
+namespace morvane {
+
 // The accepted servers built into the application: the floor when no signed list is valid.
 namespace BundledAllowlist {
 
@@ -13,3 +15,5 @@ namespace BundledAllowlist {
 [[nodiscard]] VeniceMeasurementAllowlist read(QByteArrayView json);
 
 } // namespace BundledAllowlist
+
+} // namespace morvane

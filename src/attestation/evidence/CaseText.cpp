@@ -1,5 +1,7 @@
 #include "attestation/evidence/CaseText.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -42,3 +44,5 @@ QString CaseText::quoted(QStringView text)
     }
     return result + u'"';
 }
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+namespace morvane {
+
 // A failure as the code names it, on one line: tooShort("mrtd"), certificateChain(1, "certificate has
 // expired"). It goes to logs and to what morvane-proof prints.
 namespace CaseText {
@@ -15,3 +17,5 @@ namespace CaseText {
 [[nodiscard]] QString quoted(QStringView text);
 
 } // namespace CaseText
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QLatin1StringView>
 
+namespace morvane {
+
 // One step of a verification: what it claims, and the code that throws unless the claim holds. A verifier is
 // a row of checks in their binding order, so a program that explains a proof shows the very steps that run.
 //
@@ -11,3 +13,5 @@ struct Check {
     QLatin1StringView claim;
     void (*require)(Inquiry &);
 };
+
+} // namespace morvane

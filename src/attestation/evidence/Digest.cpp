@@ -1,9 +1,11 @@
 #include "attestation/evidence/Digest.h"
 
 #include "attestation/evidence/OpenSSLHandles.h"
-#include "utils/Hex.h"
+#include "utils/bytes/Hex.h"
 
 #include <stdexcept>
+
+namespace morvane {
 
 namespace {
 
@@ -39,3 +41,5 @@ QString Digest::sha256Hex(QByteArrayView bytes)
 {
     return Hex::encode(sha256({bytes}));
 }
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 
 #include <initializer_list>
 
+namespace morvane {
+
 // SHA-2 over pieces in a row, as if they were one text. Any thread.
 namespace Digest {
 
@@ -17,3 +19,5 @@ using Pieces = std::initializer_list<QByteArrayView>;
 [[nodiscard]] QString sha256Hex(QByteArrayView bytes);
 
 } // namespace Digest
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 #include <openssl/err.h>
 #include <openssl/params.h>
 
+namespace morvane {
+
 namespace {
 
 using ECDSASignature::Curve;
@@ -80,3 +82,5 @@ bool ECDSASignature::isValid(Curve curve, QByteArrayView publicKey, QByteArrayVi
     ERR_clear_error(); // a refusal leaves its reasons in the thread's queue
     return valid;
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+namespace morvane {
+
 // ECDSA with bare keys and signatures, as hardware writes them. Any thread.
 namespace ECDSASignature {
 
@@ -14,3 +16,5 @@ enum class Curve { P256, P384 };
                            QByteArrayView message);
 
 } // namespace ECDSASignature
+
+} // namespace morvane

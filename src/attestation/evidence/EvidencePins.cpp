@@ -2,9 +2,13 @@
 
 #include "deployment/DeploymentValues.h"
 
+namespace morvane {
+
 EvidencePins EvidencePins::ofThisBuild()
 {
     return {.intelRootSHA256 = QString(DeploymentValues::intelRootSHA256),
             .quotingEnclaveSigner = QString(DeploymentValues::quotingEnclaveSigner),
             .nvidiaRootSHA256 = QString(DeploymentValues::nvidiaRootSHA256)};
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+namespace morvane {
+
 // The facts about two makers that the checks take as given, each 32 bytes as lower-case hexadecimal. They are
 // values, so a test passes its own.
 struct EvidencePins {
@@ -12,3 +14,5 @@ struct EvidencePins {
     // Those compiled into this build.
     [[nodiscard]] static EvidencePins ofThisBuild();
 };
+
+} // namespace morvane

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace morvane {
+
 namespace {
 
 constexpr std::size_t rate = 136; // bytes absorbed per permutation: 1600 bits less twice the digest
@@ -94,3 +96,5 @@ QByteArray Keccak256::hash(QByteArrayView message)
         digest[i] = static_cast<char>(lanes[static_cast<std::size_t>(i / 8)] >> (8 * (i % 8)));
     return digest;
 }
+
+} // namespace morvane

@@ -3,12 +3,14 @@
 #include "attestation/evidence/CaseText.h"
 #include "attestation/evidence/ECDSASignature.h"
 #include "attestation/evidence/PoolWork.h"
-#include "utils/Base64.h"
-#include "utils/Hex.h"
-#include "utils/Json.h"
+#include "utils/bytes/Base64.h"
+#include "utils/bytes/Hex.h"
+#include "utils/text/Json.h"
 
 #include <array>
 #include <atomic>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -203,3 +205,5 @@ std::span<const Check<Inquiry>> NvidiaGPUEvidence::deviceChecks()
 {
     return bindingOrder;
 }
+
+} // namespace morvane

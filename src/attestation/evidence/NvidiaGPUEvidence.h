@@ -14,6 +14,8 @@
 #include <variant>
 #include <vector>
 
+namespace morvane {
+
 // A server's signed evidence for each of its NVIDIA GPUs. A good one shows that every report was signed just
 // now, for our nonce, by a key certified under NVIDIA's root. What the reports measure is not judged.
 struct NvidiaGPUEvidence {
@@ -89,3 +91,5 @@ struct NvidiaGPUEvidence {
     void requireNonce(const QByteArray &expectedNonce) const;
     [[nodiscard]] static std::span<const Check<Inquiry>> deviceChecks();
 };
+
+} // namespace morvane

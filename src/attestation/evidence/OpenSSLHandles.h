@@ -9,6 +9,8 @@
 
 #include <memory>
 
+namespace morvane {
+
 // Owners and byte views for OpenSSL's C interface. Included by .cpp files of this folder only.
 namespace OpenSSL {
 
@@ -62,3 +64,5 @@ inline const EVP_MD *sha384()
 }
 
 } // namespace OpenSSL
+
+} // namespace morvane

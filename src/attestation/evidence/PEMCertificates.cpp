@@ -2,8 +2,8 @@
 
 #include "attestation/evidence/Digest.h"
 #include "attestation/evidence/OpenSSLHandles.h"
-#include "utils/Base64.h"
-#include "utils/Text.h"
+#include "utils/bytes/Base64.h"
+#include "utils/text/Text.h"
 
 #include <QStringDecoder>
 
@@ -11,6 +11,8 @@
 #include <openssl/err.h>
 
 #include <optional>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -154,3 +156,5 @@ QByteArray PEMCertificates::leafPublicKey(const QByteArray &certificate)
 {
     return Leaf(parseCertificate(certificate)).publicKey();
 }
+
+} // namespace morvane

@@ -11,6 +11,8 @@
 
 using X509 = struct x509_st;
 
+namespace morvane {
+
 // PEM text to certificates, and a chain judged against one pinned root at a given date. Nothing else is
 // trusted and nothing is fetched. Any thread.
 namespace PEMCertificates {
@@ -77,3 +79,5 @@ Leaf verifyChain(const Chain &chain, const QString &pinnedRootSHA256, const QDat
 [[nodiscard]] QByteArray leafPublicKey(const QByteArray &certificate);
 
 } // namespace PEMCertificates
+
+} // namespace morvane

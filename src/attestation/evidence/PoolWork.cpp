@@ -5,6 +5,8 @@
 
 #include <atomic>
 
+namespace morvane {
+
 void PoolWork::forEach(std::size_t count, const std::function<void(std::size_t)> &work)
 {
     std::atomic<std::size_t> next = 0;
@@ -25,3 +27,5 @@ void PoolWork::forEach(std::size_t count, const std::function<void(std::size_t)>
     takeTurns();
     finishedHelpers.acquire(helpers);
 }
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <functional>
 
+namespace morvane {
+
 // Independent pieces of work spread over the global thread pool.
 namespace PoolWork {
 
@@ -12,3 +14,5 @@ namespace PoolWork {
 void forEach(std::size_t count, const std::function<void(std::size_t)> &work);
 
 } // namespace PoolWork
+
+} // namespace morvane

@@ -1,9 +1,11 @@
 #include "attestation/evidence/TDXQuote.h"
 
 #include "attestation/evidence/CaseText.h"
-#include "utils/ByteReader.h"
+#include "utils/bytes/ByteReader.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -168,3 +170,5 @@ TDXQuote TDXQuote::parse(QByteArrayView bytes)
     readSignatureData(quote, FieldReader(block));
     return quote;
 }
+
+} // namespace morvane

@@ -10,6 +10,8 @@
 #include <optional>
 #include <variant>
 
+namespace morvane {
+
 // An Intel TDX quote, version 4, signed with ECDSA on P-256: what a server's hardware says about what it
 // runs. Parsing proves nothing; TDXQuoteVerifier does.
 struct TDXQuote {
@@ -95,3 +97,5 @@ struct TDXQuote {
     // Bytes behind the last field of the quote or of a nested block are ignored. Throws ParseError.
     [[nodiscard]] static TDXQuote parse(QByteArrayView bytes);
 };
+
+} // namespace morvane

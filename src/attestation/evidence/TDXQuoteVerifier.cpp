@@ -3,9 +3,11 @@
 #include "attestation/evidence/CaseText.h"
 #include "attestation/evidence/Digest.h"
 #include "attestation/evidence/ECDSASignature.h"
-#include "utils/Hex.h"
+#include "utils/bytes/Hex.h"
 
 #include <array>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -168,3 +170,5 @@ void TDXQuoteVerifier::verify(const TDXQuote &quote, const EvidencePins &pins, c
     for (const auto &check : checks())
         check.require(inquiry);
 }
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 
 #include <span>
 
+namespace morvane {
+
 // Whether Intel's hardware stands behind a quote: its signatures, its certificates and the enclave that made
 // it. What the quote measures is judged elsewhere. Any thread.
 namespace TDXQuoteVerifier {
@@ -62,3 +64,5 @@ struct Inquiry {
 void verify(const TDXQuote &quote, const EvidencePins &pins, const QDateTime &date);
 
 } // namespace TDXQuoteVerifier
+
+} // namespace morvane

@@ -1,10 +1,12 @@
 #include "attestation/evidence/VeniceAttestationDocument.h"
 
-#include "utils/Base64.h"
-#include "utils/Hex.h"
-#include "utils/Json.h"
+#include "utils/bytes/Base64.h"
+#include "utils/bytes/Hex.h"
+#include "utils/text/Json.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -119,3 +121,5 @@ VeniceAttestationDocument VeniceAttestationDocument::decode(QByteArrayView json)
         throw DecodeError(DecodeError::Case::notJSON);
     return decode(*object);
 }
+
+} // namespace morvane

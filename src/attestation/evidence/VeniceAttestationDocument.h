@@ -7,6 +7,8 @@
 #include <exception>
 #include <optional>
 
+namespace morvane {
+
 // A server's whole claim about itself, decoded and not yet judged.
 struct VeniceAttestationDocument {
     class DecodeError final : public std::exception {
@@ -44,3 +46,5 @@ struct VeniceAttestationDocument {
     // The same for the bytes of a response. Throws DecodeError::notJSON unless they hold a JSON object.
     [[nodiscard]] static VeniceAttestationDocument decode(QByteArrayView json);
 };
+
+} // namespace morvane

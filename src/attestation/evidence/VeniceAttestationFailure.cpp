@@ -1,6 +1,8 @@
 #include "attestation/evidence/CaseText.h"
 #include "attestation/evidence/VeniceAttestationVerifier.h"
-#include "utils/Product.h"
+#include "utils/text/Product.h"
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -111,3 +113,5 @@ QString VeniceAttestationVerifier::Failure::userMessage() const
 {
     return std::visit(UserMessage{}, m_case);
 }
+
+} // namespace morvane

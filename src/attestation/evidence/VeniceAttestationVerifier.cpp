@@ -4,6 +4,8 @@
 
 #include <array>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -178,3 +180,5 @@ QString VeniceAttestationVerifier::Verified::summary() const
     const QString gpus = verifiedGPUCount >= 1 ? u"%1 GPUs"_s.arg(verifiedGPUCount) : u"no GPU evidence"_s;
     return u"%1 on %2, %3, host %4, %5"_s.arg(model, stack.label, configurationLabel, hostLabel, gpus);
 }
+
+} // namespace morvane

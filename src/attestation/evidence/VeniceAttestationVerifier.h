@@ -7,9 +7,11 @@
 #include "attestation/evidence/TDXQuoteVerifier.h"
 #include "attestation/evidence/VeniceAttestationDocument.h"
 #include "attestation/evidence/VeniceMeasurementAllowlist.h"
-#include "utils/UserPresentableError.h"
+#include "utils/text/UserPresentableError.h"
 
 #include <span>
+
+namespace morvane {
 
 // Judges a server's claim. What passes becomes a Verified, the one value that the rest of the program trusts.
 // Takes as long as its certificate work, so it runs off the GUI thread; any thread will do.
@@ -121,3 +123,5 @@ struct Inquiry {
 [[nodiscard]] std::optional<QByteArray> addressOf(const QByteArray &signingKey);
 
 } // namespace VeniceAttestationVerifier
+
+} // namespace morvane

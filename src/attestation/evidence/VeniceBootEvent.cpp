@@ -1,9 +1,11 @@
 #include "attestation/evidence/VeniceBootEvent.h"
 
 #include "attestation/evidence/Digest.h"
-#include "utils/Hex.h"
+#include "utils/bytes/Hex.h"
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -53,3 +55,5 @@ std::optional<QByteArray> VeniceBootEvent::replay(const std::vector<VeniceBootEv
     }
     return reg;
 }
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 #include <optional>
 #include <vector>
 
+namespace morvane {
+
 // One thing a server measured into register 3 while it started.
 struct VeniceBootEvent {
     QString name;
@@ -20,3 +22,5 @@ struct VeniceBootEvent {
 
     bool operator==(const VeniceBootEvent &) const = default;
 };
+
+} // namespace morvane

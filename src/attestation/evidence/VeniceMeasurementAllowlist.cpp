@@ -1,12 +1,14 @@
 #include "attestation/evidence/VeniceMeasurementAllowlist.h"
 
 #include "attestation/evidence/CaseText.h"
-#include "utils/Hex.h"
-#include "utils/Product.h"
+#include "utils/bytes/Hex.h"
+#include "utils/text/Product.h"
 
 #include <QLocale>
 
 #include <algorithm>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -170,3 +172,5 @@ VeniceMeasurementAllowlist VeniceMeasurementAllowlist::withdrawing(const std::se
     std::erase_if(rest.stacksByModel, [](const auto &entry) { return entry.second.empty(); });
     return rest;
 }
+
+} // namespace morvane

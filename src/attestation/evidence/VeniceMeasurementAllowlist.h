@@ -14,6 +14,8 @@
 #include <variant>
 #include <vector>
 
+namespace morvane {
+
 // The server images and configurations that are accepted, by model. An immutable value; any thread.
 struct VeniceMeasurementAllowlist {
     // One accepted image: its boot chain, and what may be configured and measured on top of it. Measurements
@@ -110,3 +112,5 @@ struct VeniceMeasurementAllowlist {
     // Without the configurations of these identifiers, and without the stacks that then have none.
     [[nodiscard]] VeniceMeasurementAllowlist withdrawing(const std::set<QString> &ids) const;
 };
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 namespace {
 
 bool isLowerCaseLetterOrDigit(char c)
@@ -34,3 +36,5 @@ QByteArray VeniceReviewedConfiguration::expectedMrconfigid(QByteArrayView text)
 {
     return QByteArray("\x01") + Digest::sha256({text}) + QByteArray(15, '\0');
 }
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <optional>
 
+namespace morvane {
+
 // A server configuration that was read and approved. Servers of one deployment differ only in a host label in
 // the middle of the text, so the bytes before and behind it are pinned and the label is left open.
 struct VeniceReviewedConfiguration {
@@ -28,3 +30,5 @@ struct VeniceReviewedConfiguration {
 
     bool operator==(const VeniceReviewedConfiguration &) const = default;
 };
+
+} // namespace morvane

@@ -1,13 +1,15 @@
 #include "attestation/evidence/VeniceSignedMeasurementList.h"
 
 #include "attestation/evidence/CaseText.h"
-#include "utils/Json.h"
-#include "utils/Text.h"
+#include "utils/text/Json.h"
+#include "utils/text/Text.h"
 
 #include <QStringList>
 
 #include <algorithm>
 #include <optional>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -310,3 +312,5 @@ VeniceSignedMeasurementList::allowlistAt(const QDateTime &date,
     }
     return allowlist.withdrawing(revoked);
 }
+
+} // namespace morvane

@@ -11,6 +11,8 @@
 #include <variant>
 #include <vector>
 
+namespace morvane {
+
 // A list of accepted servers as it travels: read whole or not at all.
 struct VeniceSignedMeasurementList {
     struct Entry {
@@ -81,3 +83,5 @@ struct VeniceSignedMeasurementList {
     [[nodiscard]] VeniceMeasurementAllowlist allowlistAt(const QDateTime &date,
                                                          const VeniceMeasurementAllowlist &bundled) const;
 };
+
+} // namespace morvane

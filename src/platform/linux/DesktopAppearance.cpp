@@ -6,6 +6,8 @@
 #include <QDBusPendingReply>
 #include <QDBusVariant>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -59,3 +61,5 @@ void DesktopAppearance::take(const QVariant &colorScheme)
     m_isDark = isDark;
     Q_EMIT darkChanged(isDark);
 }
+
+} // namespace morvane

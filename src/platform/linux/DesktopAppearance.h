@@ -5,6 +5,8 @@
 
 class QDBusVariant;
 
+namespace morvane {
+
 // Whether the desktop prefers dark windows, from the settings portal (org.freedesktop.portal.Settings, key
 // color-scheme: 1 dark, anything else light). Without a bus or a portal it stays light. Never blocks.
 class DesktopAppearance : public QObject {
@@ -25,3 +27,5 @@ private:
 
     bool m_isDark = false;
 };
+
+} // namespace morvane

@@ -2,7 +2,11 @@
 
 #include <QDesktopServices>
 
+namespace morvane {
+
 void WebBrowser::open(const QUrl &address)
 {
     QDesktopServices::openUrl(address);
 }
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 
 #include <QCoreApplication>
 
+namespace morvane {
+
 // A model that plays what a test wrote: one entry for each round, the last one again and again.
 class ScriptedModel final : public AIProvider {
 public:
@@ -99,3 +101,5 @@ inline PlayedRun readRun(AsyncStream<AgentEvent> stream)
 {
     return TestWait::await(readRunTask(std::move(stream)));
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 #include "ai/agent/ReplyPhrases.h"
 #include "support/LogCapture.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using Plain = ProviderError::Plain;
 using Round = ScriptedModel::Round;
@@ -227,3 +229,5 @@ TEST(ReplyPhrasesTest, AreSoughtInAnyLetterCaseAndAnywhere)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -11,6 +11,8 @@
 
 #include <QJsonArray>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -104,3 +106,5 @@ TEST_F(AgentRunsAgainstServerTest, WithoutToolsTheStreamIsRelayed)
 }
 
 } // namespace
+
+} // namespace morvane

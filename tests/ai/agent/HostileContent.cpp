@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -81,3 +83,5 @@ std::vector<HostileContent> hostileContents()
         {"nothing", QString()},
     };
 }
+
+} // namespace morvane

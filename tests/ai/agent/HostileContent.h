@@ -4,6 +4,8 @@
 
 #include <vector>
 
+namespace morvane {
+
 // Texts that try to take a reply over, to forge the frame they stand in, or to break what reads them.
 struct HostileContent {
     const char *name;
@@ -11,3 +13,5 @@ struct HostileContent {
 };
 
 [[nodiscard]] std::vector<HostileContent> hostileContents();
+
+} // namespace morvane

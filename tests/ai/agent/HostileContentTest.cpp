@@ -4,9 +4,11 @@
 #include "ai/agent/HostileContent.h"
 #include "ai/agent/AgentFixture.h"
 #include "ai/agent/AgentLoop.h"
-#include "utils/UntrustedContent.h"
+#include "utils/text/UntrustedContent.h"
 
 #include <QJsonDocument>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -166,3 +168,5 @@ TEST_F(HostileContentTest, UnattendedNothingHappensAtAll)
 }
 
 } // namespace
+
+} // namespace morvane

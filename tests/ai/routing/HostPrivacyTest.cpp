@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -96,3 +98,5 @@ TEST_F(HostPrivacyTest, AHangingResolverHoldsUpNobody)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include "ai/routing/LocalFallbackStream.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -109,3 +111,5 @@ TEST_F(LocalFallbackTest, TheRouterMayGoBeforeItsReply)
 }
 
 } // namespace
+
+} // namespace morvane

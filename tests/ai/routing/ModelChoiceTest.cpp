@@ -1,5 +1,7 @@
 #include "RouterFixture.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
@@ -152,3 +154,5 @@ TEST_F(ModelChoiceTest, AServerThatWasStillStartingIsProbedAgain)
 }
 
 } // namespace
+
+} // namespace morvane

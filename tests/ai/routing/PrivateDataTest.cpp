@@ -10,6 +10,8 @@
 #include "network/SocketSpy.h"
 #include "support/ScriptedServer.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -178,3 +180,5 @@ TEST_F(PrivateDataTest, NotesGoOnlyWhereTheyMay)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -1,5 +1,7 @@
 #include "RouterFixture.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 AsyncStream<AIStreamEvent> ScriptedProvider::streamReply(std::vector<AIMessage> messages,
@@ -125,3 +127,5 @@ TurnRequest RouterFixture::carrying(SensitiveDataSet data)
         turn.history = {{MessageRole::user, u"look"_s, {u"data:image/png;base64,AA=="_s}}};
     return turn;
 }
+
+} // namespace morvane

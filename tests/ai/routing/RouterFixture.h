@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 // Answers every question with a script and keeps what it was asked.
 class ScriptedProvider final : public AIConnectionTesting {
 public:
@@ -88,3 +90,5 @@ protected:
     std::unique_ptr<AIRequestRouter> router;
     LogCapture log;
 };
+
+} // namespace morvane

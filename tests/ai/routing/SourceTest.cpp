@@ -2,6 +2,8 @@
 
 #include "ai/routing/ModelName.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using Kind = ChatSource::Kind;
 using Notice = PrivacyNotice;
@@ -142,3 +144,5 @@ TEST(PrivateCloudTest, AnAddressSpelledOtherwiseStillLeadsToIt)
 }
 
 } // namespace
+
+} // namespace morvane

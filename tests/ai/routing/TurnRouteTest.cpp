@@ -4,6 +4,8 @@
 
 #include "ai/prompts/SystemPrompt.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 using Plain = ProviderError::Plain;
@@ -244,3 +246,5 @@ TEST_F(TurnRouteTest, WaitsForAStartingModelAndNoLonger)
 }
 
 } // namespace
+
+} // namespace morvane

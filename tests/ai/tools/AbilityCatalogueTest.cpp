@@ -1,5 +1,7 @@
 #include "ai/tools/ToolFixture.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -74,3 +76,5 @@ TEST_F(AbilityCatalogueTest, FollowsTheSwitchesAndWhatTheBuildHas)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <array>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -175,3 +177,5 @@ TEST_F(TaintTest, AFoundPageIsAQuestionOnceTheTurnHoldsSomethingPrivate)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <map>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -120,3 +122,5 @@ qsizetype ToolFixture::effects() const
 {
     return web.searches.size() + web.reads.size() + desktop.actions.size() + screen->captures;
 }
+
+} // namespace morvane

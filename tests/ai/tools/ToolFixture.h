@@ -18,6 +18,8 @@
 
 #include <deque>
 
+namespace morvane {
+
 // The web as a test wrote it. An error, once set, is what every call of its kind ends in.
 class FakeWeb final : public WebAccessing {
 public:
@@ -99,3 +101,5 @@ std::exception_ptr failure(Error error)
 {
     return std::make_exception_ptr(std::move(error));
 }
+
+} // namespace morvane

@@ -1,5 +1,7 @@
 #include "ai/tools/ToolFixture.h"
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -181,3 +183,5 @@ TEST_F(ToolGateTest, ATurnSavesTwoNotes)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -1,8 +1,10 @@
 #include "ai/tools/ToolFixture.h"
+#include "async/AsyncStream.h"
 #include "support/LogCapture.h"
-#include "utils/AsyncStream.h"
 
 #include <QRegularExpression>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -220,3 +222,5 @@ TEST_F(SlowAnswerTest, AStopDuringAFailedReadSendsNoSearch)
 }
 
 } // namespace
+
+} // namespace morvane

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -68,3 +70,5 @@ TEST(ToolArgumentsTest, ReadWhatModelsWrite)
 }
 
 } // namespace
+
+} // namespace morvane

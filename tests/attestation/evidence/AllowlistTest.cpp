@@ -9,6 +9,8 @@
 
 #include <algorithm>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -126,3 +128,5 @@ TEST(BundledAllowlistTest, TheDeploymentsStackCountsOnceItIsComplete)
               2);
     EXPECT_TRUE(VeniceBootEvent::replay(complete.bootEvents, QByteArray(32, 'c'), QByteArray(20, 'i')));
 }
+
+} // namespace morvane

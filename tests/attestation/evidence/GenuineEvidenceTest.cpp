@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 // Evidence that machines in the field produced, under the real pins. The files are not part of the
@@ -96,3 +98,5 @@ TEST_F(GenuineEvidenceTest, TheGraphicsChipHolds)
         EXPECT_EQ(failure.caseText(), u"signatureInvalid(0)"_s);
     }
 }
+
+} // namespace morvane

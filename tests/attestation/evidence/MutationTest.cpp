@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 // Each row bends one thing of a good proof, and names the one failure that must come of it. Where a row bends
 // two, it shows which of their failures comes first.
 
@@ -714,3 +716,5 @@ TEST(MutationTest, TheGraphicsChips)
          u"configuration(hostLabelNotAllowed)"_s},
     });
 }
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -80,3 +82,5 @@ TEST(PEMCertificatesTest, AnEmptyChainIsMalformed)
     EXPECT_THROW(PEMCertificates::verifyChain({}, u""_s, QDateTime::currentDateTimeUtc()),
                  PEMCertificates::ChainError);
 }
+
+} // namespace morvane

@@ -8,6 +8,8 @@
 
 #include <atomic>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -107,3 +109,5 @@ TEST(PoolWorkTest, EachIndexOnceAlsoWhenNested)
     for (const auto &count : counts)
         EXPECT_EQ(count, 1);
 }
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -148,3 +150,5 @@ TEST(SignedMeasurementListTest, AListAcceptsUntilItRunsOut)
     const auto withdrawn = with(object, {u"revoked"_s}, QJsonArray{u"test.configuration"_s}).toObject();
     EXPECT_TRUE(List::read(text(withdrawn), 0).allowlistAt(list.notAfter, bundled).stacksByModel.empty());
 }
+
+} // namespace morvane

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -142,3 +144,5 @@ TEST(TDXQuoteTest, ComposeHash)
         EXPECT_EQ(report.composeHash(), std::nullopt);
     }
 }
+
+} // namespace morvane

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+namespace morvane {
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -111,3 +113,5 @@ TEST(VerdictTest, BytesThatAreNoJSONObjectAreNotJSON)
         }
     }
 }
+
+} // namespace morvane

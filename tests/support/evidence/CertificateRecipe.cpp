@@ -7,6 +7,8 @@
 
 #include <atomic>
 
+namespace morvane {
+
 namespace {
 
 void setName(X509_NAME *name, const QString &commonName)
@@ -97,3 +99,5 @@ QByteArray pemText(const std::vector<QByteArray> &chain)
     }
     return text;
 }
+
+} // namespace morvane

@@ -7,6 +7,8 @@
 
 #include <vector>
 
+namespace morvane {
+
 // A certificate to be minted. Tests bend one property at a time.
 struct CertificateRecipe {
     QString name;
@@ -28,3 +30,5 @@ using ChainRecipe = std::vector<CertificateRecipe>;
                                       SigningKey::Curve curve);
 [[nodiscard]] std::vector<QByteArray> mint(const ChainRecipe &chain);
 [[nodiscard]] QByteArray pemText(const std::vector<QByteArray> &chain);
+
+} // namespace morvane

@@ -3,7 +3,7 @@
 
 #include "support/evidence/TestAuthority.h"
 
-#include "utils/Hex.h"
+#include "utils/bytes/Hex.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <stdexcept>
 
+using namespace morvane;
 using namespace Qt::StringLiterals;
 
 namespace {

@@ -5,6 +5,8 @@
 
 #include <stdexcept>
 
+namespace morvane {
+
 namespace {
 
 unsigned char *bytesOf(QByteArray &array)
@@ -53,3 +55,5 @@ QByteArray SigningKey::sign(QByteArrayView message) const
     BN_bn2binpad(ECDSA_SIG_get0_s(parts.get()), bytesOf(raw) + half, half);
     return raw;
 }
+
+} // namespace morvane

@@ -6,6 +6,8 @@
 
 #include <memory>
 
+namespace morvane {
+
 // A fresh ECDSA key that signs as hardware does. Copies share the key.
 class SigningKey {
 public:
@@ -25,3 +27,5 @@ private:
     Curve m_curve;
     std::shared_ptr<EVP_PKEY> m_key;
 };
+
+} // namespace morvane

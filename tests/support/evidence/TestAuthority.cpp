@@ -1,11 +1,13 @@
 #include "support/evidence/TestAuthority.h"
 
-#include "utils/Hex.h"
+#include "utils/bytes/Hex.h"
 
 #include <QCryptographicHash>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QtEndian>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -313,3 +315,5 @@ QString Scenario::verdict() const
         return failure.caseText();
     }
 }
+
+} // namespace morvane

@@ -9,6 +9,8 @@
 
 #include <functional>
 
+namespace morvane {
+
 // Mints what the makers and a server would: quotes, GPU evidence, documents and lists, all good unless told
 // otherwise.
 //
@@ -92,3 +94,5 @@ namespace KnownKey {
 [[nodiscard]] QByteArray publicKey();
 [[nodiscard]] QByteArray address();
 } // namespace KnownKey
+
+} // namespace morvane

@@ -1,6 +1,6 @@
 #include "support/evidence/TestAuthority.h"
 
-#include "utils/Hex.h"
+#include "utils/bytes/Hex.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -10,6 +10,8 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+namespace morvane {
 
 using namespace Qt::StringLiterals;
 
@@ -201,3 +203,5 @@ TEST_F(ProofProgramTest, WhatCannotBeCheckedIsSaid)
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(help.output.contains("morvane-proof quote FILE"));
 }
+
+} // namespace morvane

@@ -1,0 +1,59 @@
+#include "utils/bytes/SecretBytes.h"
+
+#include <openssl/crypto.h>
+#include <openssl/rand.h>
+
+#include <stdexcept>
+#include <utility>
+
+namespace morvane {
+
+void wipe(QByteArray &secret)
+{
+    if (!secret.isEmpty())
+        OPENSSL_cleanse(secret.data(), static_cast<std::size_t>(secret.size()));
+    secret.clear();
+}
+
+void wipe(QString &secret)
+{
+    if (!secret.isEmpty())
+        OPENSSL_cleanse(secret.data(), static_cast<std::size_t>(secret.size()) * sizeof(QChar));
+    secret.clear();
+}
+
+SecretBytes::SecretBytes(QByteArrayView bytes)
+    : m_bytes(reinterpret_cast<const unsigned char *>(bytes.data()),
+              reinterpret_cast<const unsigned char *>(bytes.data()) + bytes.size())
+{}
+
+SecretBytes::~SecretBytes()
+{
+    OPENSSL_cleanse(m_bytes.data(), m_bytes.size());
+}
+
+SecretBytes::SecretBytes(SecretBytes &&other) noexcept
+    : m_bytes(std::exchange(other.m_bytes, {}))
+{}
+
+SecretBytes &SecretBytes::operator=(SecretBytes &&other) noexcept
+{
+    std::swap(m_bytes, other.m_bytes);
+    return *this;
+}
+
+SecretBytes SecretBytes::random(std::size_t count)
+{
+    SecretBytes result;
+    result.m_bytes.resize(count);
+    if (RAND_bytes(result.m_bytes.data(), static_cast<int>(count)) != 1)
+        throw std::runtime_error("the system's random source failed");
+    return result;
+}
+
+QByteArrayView SecretBytes::view() const
+{
+    return {m_bytes.data(), static_cast<qsizetype>(m_bytes.size())};
+}
+
+} // namespace morvane

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "markdown/AttributedText.h"
+
+#include <QObject>
+#include <QtQml/qqmlregistration.h>
+
+namespace morvane {
+
+// Formatted words on their way to the view: a text, or the items of a list.
+struct Prose {
+    Q_GADGET
+    QML_VALUE_TYPE(prose)
+    Q_PROPERTY(QString plainText READ plainText)
+    Q_PROPERTY(bool hasLinks READ hasLinks)
+
+public:
+    enum class Form { words, bullets, numbers };
+
+    Form form = Form::words;
+    QList<AttributedText> parts;
+
+    [[nodiscard]] QString plainText() const;
+    [[nodiscard]] bool hasLinks() const;
+
+    bool operator==(const Prose &) const = default;
+};
+
+// The cells of a table on their way to the view, each row as wide as the headers.
+struct TableWords {
+    Q_GADGET
+    QML_VALUE_TYPE(tableWords)
+
+public:
+    QList<AttributedText> headers;
+    QList<QList<AttributedText>> rows;
+
+    bool operator==(const TableWords &) const = default;
+};
+
+} // namespace morvane

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "utils/text/UserPresentableError.h"
+
+#include <QObject>
+#include <QString>
+#include <QtQml/qqmlregistration.h>
+
+namespace morvane {
+
+// The error shown above the composer: one sentence, a suggestion, and what can be done about it.
+struct ErrorBanner {
+    Q_GADGET
+    QML_VALUE_TYPE(errorBanner)
+    Q_PROPERTY(QString message MEMBER message)
+    Q_PROPERTY(QString suggestion MEMBER suggestion)
+    Q_PROPERTY(bool retryable MEMBER retryable)
+
+public:
+    // What the Retry button runs again.
+    enum class Retry { lastChatTurn };
+    // A remedy offered beside it.
+    enum class Recovery { none, openScreenRecordingSettings, relaunchForScreenRecording, restartLocalModel };
+
+    QString message;
+    QString suggestion; // empty for none
+    bool retryable = false;
+    Recovery recovery = Recovery::none;
+    Retry retry = Retry::lastChatTurn;
+
+    bool operator==(const ErrorBanner &) const = default;
+
+    [[nodiscard]] static ErrorBanner of(const ErrorPresentation &presentation)
+    {
+        return {presentation.message, presentation.suggestion.value_or(QString()), presentation.retryable};
+    }
+};
+
+} // namespace morvane

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "view_models/chat/ReplyIndicator.h"
+
+#include <QAbstractListModel>
+#include <QDateTime>
+#include <QUuid>
+#include <QtQml/qqmlregistration.h>
+
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace morvane {
+
+class ChatMessage;
+class Clock;
+class Alarm;
+
+// The open chat's messages as the window shows them. Each message's sealed text is opened once and kept until
+// its record changes, so that a scroll or a streamed piece opens nothing else.
+class MessageListModel : public QAbstractListModel {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the chat")
+    Q_PROPERTY(int count READ rowCountNow NOTIFY countChanged)
+
+public:
+    enum Role {
+        MessageIdRole = Qt::UserRole + 1, // text
+        IsUserRole,                       // bool
+        TextRole,                         // plain text
+        FailedRole,                       // bool: the turn ended in an error
+        CancelledRole,                    // bool: the user stopped it
+        InterruptedRole,                  // bool: stored as unfinished, but no turn is at work on it
+        RunningRole,                      // bool: a turn is at work on it now
+        IndicatorTextRole,                // words beside the "working" animation; empty for none
+        ErrorTextRole,                    // text; empty for none
+        ToolLinesRole,                    // list of texts
+        SourceDomainsRole,                // list of texts
+        AttachmentNameRole,               // text; empty for none
+        CanContinueRole,                  // bool: the reply hit its limit and may go on
+        PlaceRole,                        // where the answer ran; empty when unknown
+    };
+
+    explicit MessageListModel(Clock &clock, QObject *parent = nullptr);
+    ~MessageListModel() override;
+
+    [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+    // Takes the chat's messages in order. Rows that stay keep their place; a chat switch resets the list.
+    void setMessages(std::vector<std::shared_ptr<ChatMessage>> messages);
+    [[nodiscard]] const std::vector<std::shared_ptr<ChatMessage>> &messages() const { return m_messages; }
+
+    // The message's readable text, opened at most once for each change.
+    [[nodiscard]] QString textOf(const ChatMessage &message) const;
+
+    // The message's record changed: only its row is told.
+    void messageChanged(const QUuid &id);
+
+    // Whether Continue may be offered at all now.
+    void setResponding(bool responding);
+
+    // The indicators of replies that are or were in flight. A row without a running one is never shown as
+    // running, whatever its stored status says.
+    void beginIndicator(const QUuid &id);
+    void signalIndicator(const QUuid &id, const ReplyIndicator::Signal &signal);
+    [[nodiscard]] const ReplyIndicator *indicator(const QUuid &id) const;
+
+Q_SIGNALS:
+    void countChanged();
+
+private:
+    struct Opened;
+
+    [[nodiscard]] int rowCountNow() const { return rowCount(); }
+    [[nodiscard]] int rowOf(const QUuid &id) const;
+    [[nodiscard]] const Opened &opened(const ChatMessage &message) const;
+    [[nodiscard]] bool isRunning(const ChatMessage &message) const;
+    [[nodiscard]] bool isInterrupted(const ChatMessage &message) const;
+    void rowChanged(int row, const QList<int> &roles = {});
+    void tick();
+
+    Clock &m_clock;
+    std::vector<std::shared_ptr<ChatMessage>> m_messages;
+    mutable std::map<QUuid, Opened> m_opened;
+    std::map<QUuid, ReplyIndicator> m_indicators;
+    bool m_responding = false;
+    std::unique_ptr<Alarm> m_ticker; // runs only while an indicator shows seconds
+};
+
+} // namespace morvane

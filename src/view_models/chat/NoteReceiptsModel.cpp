@@ -1,0 +1,59 @@
+#include "view_models/chat/NoteReceiptsModel.h"
+
+#include "utils/text/Identifier.h"
+
+namespace morvane {
+
+NoteReceiptsModel::NoteReceiptsModel(MemoryStore &memory, QObject *parent)
+    : QAbstractListModel(parent)
+    , m_memory(memory)
+    , m_receipts(memory.receipts())
+{
+    connect(&memory, &MemoryStore::receiptsChanged, this, &NoteReceiptsModel::refresh);
+}
+
+void NoteReceiptsModel::refresh()
+{
+    beginResetModel();
+    m_receipts = m_memory.receipts();
+    endResetModel();
+}
+
+int NoteReceiptsModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_receipts.size());
+}
+
+QHash<int, QByteArray> NoteReceiptsModel::roleNames() const
+{
+    return {{ReceiptIdRole, "receiptId"}, {NoteRole, "note"}, {IsChangeRole, "isChange"}};
+}
+
+QVariant NoteReceiptsModel::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+        return {};
+    const MemoryStore::Receipt &receipt = m_receipts[static_cast<std::size_t>(index.row())];
+    switch (role) {
+    case ReceiptIdRole:
+        return Identifier::text(receipt.id);
+    case NoteRole:
+        return receipt.text;
+    case IsChangeRole:
+        return receipt.previousText.has_value();
+    default:
+        return {};
+    }
+}
+
+void NoteReceiptsModel::undo(const QString &receiptId)
+{
+    m_memory.undo(QUuid::fromString(receiptId));
+}
+
+void NoteReceiptsModel::dismiss(const QString &receiptId)
+{
+    m_memory.dismiss(QUuid::fromString(receiptId));
+}
+
+} // namespace morvane

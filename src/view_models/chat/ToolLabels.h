@@ -1,0 +1,26 @@
+#pragma once
+
+#include "ai/contract/AIMessage.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace morvane {
+
+// What the chat shows of the tools that ran during a reply.
+namespace ToolLabels {
+
+[[nodiscard]] QString running(const AIToolCall &call);
+[[nodiscard]] QString finished(const AIToolCall &call);
+[[nodiscard]] QString failed(const AIToolCall &call);
+
+// The line that a finished reading of the screen leaves; it marks its chat as holding screen text.
+[[nodiscard]] QString finishedScreenReading();
+
+// Hosts of the web pages that a call and its result name, in order, each once. Empty for tools that read no
+// web content.
+[[nodiscard]] QStringList sourceDomains(const AIToolCall &call, const AIToolResult &result);
+
+} // namespace ToolLabels
+
+} // namespace morvane

@@ -1,0 +1,108 @@
+#include "view_models/settings/AbilitiesViewModel.h"
+
+#include "ai/tools/AbilityCatalogue.h"
+#include "ai/tools/ToolRegistry.h"
+#include "persistence/SettingsStore.h"
+
+namespace morvane {
+
+AbilitiesViewModel::AbilitiesViewModel(SettingsStore &settings, ToolRegistry &tools, QObject *parent)
+    : QAbstractListModel(parent)
+    , m_settings(settings)
+    , m_tools(tools)
+{
+    for (const auto changed :
+         {&SettingsStore::abilitiesEnabledChanged, &SettingsStore::memoryEnabledChanged,
+          &SettingsStore::webAccessEnabledChanged, &SettingsStore::screenAwarenessEnabledChanged,
+          &SettingsStore::desktopActionsEnabledChanged}) {
+        connect(&settings, changed, this, &AbilitiesViewModel::switchesChanged);
+        connect(&settings, changed, this, &AbilitiesViewModel::availabilityChanged);
+    }
+    connect(&tools, &ToolRegistry::availabilityChanged, this, &AbilitiesViewModel::availabilityChanged);
+}
+
+void AbilitiesViewModel::availabilityChanged()
+{
+    Q_EMIT dataChanged(index(0), index(rowCount() - 1), {ReasonRole, HintRole});
+}
+
+bool AbilitiesViewModel::isEnabled() const
+{
+    return m_settings.abilitiesEnabled();
+}
+
+void AbilitiesViewModel::setEnabled(bool enabled)
+{
+    m_settings.setAbilitiesEnabled(enabled);
+}
+
+bool AbilitiesViewModel::usesMemory() const
+{
+    return m_settings.memoryEnabled();
+}
+
+void AbilitiesViewModel::setMemory(bool on)
+{
+    m_settings.setMemoryEnabled(on);
+}
+
+bool AbilitiesViewModel::usesWeb() const
+{
+    return m_settings.webAccessEnabled();
+}
+
+void AbilitiesViewModel::setWeb(bool on)
+{
+    m_settings.setWebAccessEnabled(on);
+}
+
+bool AbilitiesViewModel::readsScreen() const
+{
+    return m_settings.screenAwarenessEnabled();
+}
+
+void AbilitiesViewModel::setScreen(bool on)
+{
+    m_settings.setScreenAwarenessEnabled(on);
+}
+
+bool AbilitiesViewModel::actsOnDesktop() const
+{
+    return m_settings.desktopActionsEnabled();
+}
+
+void AbilitiesViewModel::setDesktop(bool on)
+{
+    m_settings.setDesktopActionsEnabled(on);
+}
+
+int AbilitiesViewModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(AbilityCatalogue::all().size());
+}
+
+QHash<int, QByteArray> AbilitiesViewModel::roleNames() const
+{
+    return {{NameRole, "name"}, {DescriptionRole, "description"}, {ReasonRole, "reason"}, {HintRole, "hint"}};
+}
+
+QVariant AbilitiesViewModel::data(const QModelIndex &index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+        return {};
+    const AITool &tool = AbilityCatalogue::all()[static_cast<std::size_t>(index.row())];
+    switch (role) {
+    case NameRole:
+        return tool.displayName;
+    case DescriptionRole:
+        return tool.userDescription;
+    case ReasonRole:
+        return m_tools.unavailableReason(tool.name).value_or(QString());
+    case HintRole:
+        return m_tools.relaunchHint(tool.name).value_or(QString());
+    default:
+        return {};
+    }
+}
+
+} // namespace morvane

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QAbstractListModel>
+#include <QString>
+#include <QtQml/qqmlregistration.h>
+
+#include "network/NetworkLedger.h"
+
+class QTimer;
+
+namespace morvane {
+
+class Clock;
+
+// Settings > Network: what the application sent and received since it started, newest first.
+class NetworkLedgerViewModel : public QAbstractListModel {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
+    Q_PROPERTY(int count READ rowCountNow NOTIFY countChanged)
+    Q_PROPERTY(QString exportFileName READ exportFileName)
+    Q_PROPERTY(QString exportProblem READ exportProblem NOTIFY exportProblemChanged)
+    // While set, the list follows the ledger; a hidden panel costs nothing.
+    Q_PROPERTY(bool watching READ isWatching WRITE setWatching NOTIFY watchingChanged)
+
+public:
+    enum Role {
+        TimeRole = Qt::UserRole + 1,
+        HostRole,
+        PlaceRole,
+        FeatureRole,
+        DataRole,
+        SentRole,
+        ReceivedRole,
+        OutcomeRole
+    };
+
+    NetworkLedgerViewModel(NetworkLedger &ledger, Clock &clock, QObject *parent = nullptr);
+    ~NetworkLedgerViewModel() override;
+
+    [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+    [[nodiscard]] QString exportFileName() const;
+    [[nodiscard]] const QString &exportProblem() const { return m_exportProblem; }
+    [[nodiscard]] bool isWatching() const;
+    void setWatching(bool watching);
+
+    // Writes the CSV to a file: URL that the user chose; true when it was saved.
+    Q_INVOKABLE bool exportTo(const QUrl &file);
+    Q_INVOKABLE void clear();
+
+Q_SIGNALS:
+    void countChanged();
+    void exportProblemChanged();
+    void watchingChanged();
+
+private:
+    [[nodiscard]] int rowCountNow() const { return rowCount(); }
+    void refresh();
+
+    NetworkLedger &m_ledger;
+    Clock &m_clock;
+    NetworkLedger::Snapshot m_shown;
+    QString m_exportProblem;
+    std::unique_ptr<QTimer> m_poll;
+};
+
+} // namespace morvane

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "async/TaskHandle.h"
+
+#include <QCoroTask>
+#include <QObject>
+#include <QPointer>
+#include <QtQml/qqmlregistration.h>
+
+#include <functional>
+#include <stop_token>
+
+namespace morvane {
+
+class KeychainServicing;
+
+// The person's own key for searching the web. It goes into the keychain and is never read back into the
+// window. GUI thread.
+class SearchKeyViewModel : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
+    Q_PROPERTY(bool hasKey READ hasKey NOTIFY changed)
+    Q_PROPERTY(bool isTesting READ isTesting NOTIFY changed)
+    Q_PROPERTY(bool worked READ worked NOTIFY changed)      // the last test
+    Q_PROPERTY(QString message READ message NOTIFY changed) // what came of it; empty before one
+
+public:
+    // Runs a search with the key; throws when it is not taken.
+    using Tester = std::function<QCoro::Task<>(QString key, std::stop_token stop)>;
+
+    // The keychain outlives this object.
+    SearchKeyViewModel(KeychainServicing &keychain, QString account, Tester tester,
+                       QObject *parent = nullptr);
+
+    [[nodiscard]] bool hasKey() const;
+    [[nodiscard]] bool isTesting() const { return m_isTesting; }
+    [[nodiscard]] bool worked() const { return m_worked; }
+    [[nodiscard]] const QString &message() const { return m_message; }
+
+    // The empty text removes the key.
+    Q_INVOKABLE void save(const QString &key);
+    // Tries the key that is saved.
+    Q_INVOKABLE void test();
+    Q_INVOKABLE void cancelTest();
+
+Q_SIGNALS:
+    void changed();
+
+private:
+    static QCoro::Task<> store(QPointer<SearchKeyViewModel> self, QString key);
+    static QCoro::Task<> runTest(QPointer<SearchKeyViewModel> self, std::stop_token stop);
+    void finish(bool worked, const QString &message);
+
+    KeychainServicing &m_keychain;
+    QString m_account;
+    Tester m_tester;
+    bool m_isTesting = false;
+    bool m_worked = false;
+    QString m_message;
+    TaskHandle m_test;
+    TaskHandle m_saving;
+};
+
+} // namespace morvane

@@ -1,0 +1,54 @@
+#include "view_models/settings/ServerModelsViewModel.h"
+
+#include "utils/text/UserPresentableError.h"
+
+#include <utility>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+ServerModelsViewModel::ServerModelsViewModel(Lister lister, QObject *parent)
+    : QObject(parent)
+    , m_lister(std::move(lister))
+{}
+
+void ServerModelsViewModel::fetch()
+{
+    m_isFetching = true;
+    m_problem.clear();
+    Q_EMIT changed();
+    m_fetch = TaskHandle::start(
+        [this](std::stop_token stop) { return fetchNames(QPointer(this), std::move(stop)); });
+}
+
+QCoro::Task<> ServerModelsViewModel::fetchNames(QPointer<ServerModelsViewModel> self, std::stop_token stop)
+{
+    QStringList names;
+    QString problem;
+    try {
+        names = co_await self->m_lister(stop);
+        if (names.isEmpty())
+            problem = u"The server lists no models."_s;
+    } catch (...) {
+        problem = presentationOf(std::current_exception()).message;
+    }
+    if (self && !stop.stop_requested())
+        self->finish(names, problem);
+}
+
+void ServerModelsViewModel::finish(const QStringList &names, const QString &problem)
+{
+    m_isFetching = false;
+    m_names = names;
+    m_problem = problem;
+    Q_EMIT changed();
+}
+
+void ServerModelsViewModel::forget()
+{
+    m_fetch = {};
+    finish({}, {});
+}
+
+} // namespace morvane
