@@ -60,13 +60,17 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, QObject *p
     : QObject(parent)
     , m_application(application)
     , m_commandLine(std::move(commandLine))
-    , m_secrets(m_commandLine.folders(), keyringOf(m_commandLine))
+    , m_secrets(m_commandLine.folders(), keyringOf(m_commandLine), m_work)
     , m_appearance(std::make_unique<DesktopAppearance>())
 {
     connect(&m_secrets.preparation(), &KeychainPreparation::stateChanged, this, &Launch::keychainChanged);
 }
 
-Launch::~Launch() = default;
+// What still runs beside the GUI thread may use the secrets, the vault and the services, so it ends before them.
+Launch::~Launch()
+{
+    m_work.end();
+}
 
 void Launch::start()
 {

@@ -4,6 +4,7 @@
 #include "app/SecretKeeping.h"
 #include "async/Clock.h"
 #include "async/TaskHandle.h"
+#include "async/Work.h"
 
 #include <QCoroTask>
 #include <QObject>
@@ -44,6 +45,7 @@ private:
     QGuiApplication &m_application;
     const CommandLine m_commandLine;
     SystemClock m_clock;
+    Work m_work{m_clock};
     SecretKeeping m_secrets;
     std::unique_ptr<DesktopAppearance> m_appearance;
     std::unique_ptr<StartupWindow> m_startupWindow; // while the key is waited for

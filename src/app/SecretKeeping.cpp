@@ -24,11 +24,11 @@ QString keyFilePath(const SupportFolders &folders)
 
 } // namespace
 
-SecretKeeping::SecretKeeping(const SupportFolders &folders, Keyring keyring)
+SecretKeeping::SecretKeeping(const SupportFolders &folders, Keyring keyring, Work &work)
     : m_keyring(makeKeyring(keyring))
     , m_home(*m_keyring, keyFilePath(folders), LocalDataVault::keyAccount)
     , m_keychain(Product::serviceName, m_home, m_presence)
-    , m_preparation(Product::serviceName, m_home, m_keychain)
+    , m_preparation(Product::serviceName, m_home, m_keychain, work)
 {}
 
 } // namespace morvane

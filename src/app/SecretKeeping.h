@@ -15,7 +15,8 @@ class SecretKeeping {
 public:
     enum class Keyring { ofThePerson, none };
 
-    SecretKeeping(const SupportFolders &folders, Keyring keyring);
+    // Outlives the end of `work`.
+    SecretKeeping(const SupportFolders &folders, Keyring keyring, Work &work);
 
     [[nodiscard]] KeychainPreparation &preparation() { return m_preparation; }
     [[nodiscard]] KeychainService &keychain() { return m_keychain; }

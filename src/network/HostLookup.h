@@ -4,35 +4,32 @@
 #include <QStringList>
 
 #include <chrono>
-#include <memory>
+#include <functional>
 #include <stop_token>
 
 namespace morvane {
 
-class Clock;
+class Work;
 
-// Asks the system's resolver for a name's addresses without blocking the GUI thread. Each question runs on a
-// thread of its own, which nobody waits for: a resolver that hangs delays neither a turn beyond the limit nor
-// the end of the program. GUI thread.
+// Asks the system's resolver for a name's addresses without blocking the GUI thread. A resolver that hangs
+// delays neither its caller beyond the limit nor the end of the program. GUI thread.
 class HostLookup {
 public:
-    static constexpr std::chrono::seconds limit{5};
-    static constexpr int mostAtOnce = 8; // threads, those left behind by a hanging resolver included
+    // Numeric addresses of a name; blocks, and owns all that it touches.
+    using Resolve = std::function<QStringList(const QString &name)>;
 
-    explicit HostLookup(Clock &clock);
-    ~HostLookup();
-    HostLookup(const HostLookup &) = delete;
-    HostLookup &operator=(const HostLookup &) = delete;
+    static constexpr std::chrono::seconds limit{5};
+
+    explicit HostLookup(Work &work); // the system's resolver
+    HostLookup(Work &work, Resolve resolve);
 
     // Numeric addresses; empty for an unknown name and when the resolver takes too long. Throws
     // CancelledError.
-    [[nodiscard]] QCoro::Task<QStringList> addresses(QString name, std::stop_token stop);
+    [[nodiscard]] QCoro::Task<QStringList> addresses(QString name, std::stop_token stop) const;
 
 private:
-    class Answers;
-
-    Clock &m_clock;
-    std::shared_ptr<Answers> m_answers;
+    Work *m_work;
+    Resolve m_resolve;
 };
 
 } // namespace morvane

@@ -4,7 +4,7 @@ namespace morvane {
 
 QString PersistenceError::userMessage() const
 {
-    switch (m_reason) {
+    switch (reason()) {
     case Reason::storeUnavailable:
         return QStringLiteral("Local storage could not be opened.");
     case Reason::saveFailed:

@@ -1,24 +1,21 @@
 #pragma once
 
-#include "utils/text/UserPresentableError.h"
+#include "utils/text/ErrorFamily.h"
 
 namespace morvane {
 
-class PersistenceError final : public UserPresentableError {
-public:
+struct PersistenceErrorCases {
     enum class Reason { storeUnavailable, saveFailed };
+    using Case = Reason;
+};
 
-    explicit PersistenceError(Reason reason)
-        : m_reason(reason)
-    {}
+class PersistenceError final : public ErrorFamily<PersistenceErrorCases> {
+public:
+    using ErrorFamily::ErrorFamily;
 
-    [[nodiscard]] Reason reason() const { return m_reason; }
     [[nodiscard]] QString userMessage() const override;
     [[nodiscard]] std::optional<QString> recoverySuggestion() const override;
-    [[nodiscard]] bool isRetryable() const override { return m_reason == Reason::saveFailed; }
-
-private:
-    Reason m_reason;
+    [[nodiscard]] bool isRetryable() const override { return is(Reason::saveFailed); }
 };
 
 } // namespace morvane

@@ -7,70 +7,71 @@
 
 namespace morvane {
 
-KeychainPreparation::KeychainPreparation(QString service, KeychainHome &home, KeychainService &keychain)
-    : m_service(std::move(service))
-    , m_home(home)
-    , m_keychain(keychain)
-{}
+namespace {
 
-KeychainPreparation::~KeychainPreparation()
-{
-    m_worker = {}; // stops and joins while this object is still whole
-}
+using Report = Work::Report<KeychainOpening>;
 
-QCoro::Task<KeychainOpening> KeychainPreparation::prepare(KeyExpectation expectation, std::stop_token stop)
-{
-    m_worker = {};
-    auto [openings, producer] = Openings::make();
-    m_openings = std::move(producer);
-    setState(KeychainState::Opening);
-    m_worker = std::jthread(
-        [this, expectation](const std::stop_token &workerStop) { work(expectation, workerStop); });
-    return follow(this, std::move(openings), std::move(stop));
-}
-
-QCoro::Task<KeychainOpening> KeychainPreparation::follow(QPointer<KeychainPreparation> self,
-                                                         Openings openings, std::stop_token stop)
-{
-    try {
-        while (const auto opening = co_await openings.next(stop)) {
-            if (!self)
-                break;
-            self->setState(opening->state);
-            if (opening->state != KeychainState::WaitingForUnlock)
-                co_return *opening;
-        }
-    } catch (const CancelledError &) {
-        if (self)
-            self->m_worker.request_stop();
-        throw;
-    }
-    throw CancelledError();
-}
-
-// On the worker's thread.
-void KeychainPreparation::work(KeyExpectation expectation, const std::stop_token &stop)
+// Beside the GUI thread.
+KeychainOpening opened(const QString &service, KeychainHome &home, KeychainService &keychain,
+                       KeyExpectation expectation, const Report &report, const std::stop_token &stop)
 {
     KeychainOpening opening{KeychainState::Unavailable};
     try {
-        opening = m_home.open(
-            m_service, expectation, [this](KeychainState state) { report({state}); }, stop);
+        opening = home.open(
+            service, expectation, [&report](KeychainState state) { report({state}); }, stop);
         if (isReady(opening.state))
-            m_keychain.warmUp();
+            keychain.warmUp();
     } catch (const CancelledError &) {
-        return; // whoever stopped it does not wait for an answer
+        throw;
     } catch (const KeychainError &) {
         // Open, but it would not be listed: each secret is read when it is needed.
     } catch (const std::exception &) {
         opening = {KeychainState::Unavailable};
     }
-    report(opening);
+    return opening;
 }
 
-void KeychainPreparation::report(const KeychainOpening &opening)
+} // namespace
+
+KeychainPreparation::KeychainPreparation(QString service, KeychainHome &home, KeychainService &keychain,
+                                         Work &work)
+    : m_service(std::move(service))
+    , m_home(home)
+    , m_keychain(keychain)
+    , m_work(work)
+{}
+
+KeychainPreparation::~KeychainPreparation()
 {
-    QMetaObject::invokeMethod(
-        this, [this, opening] { m_openings->yield(opening); }, Qt::QueuedConnection);
+    m_gone.request_stop();
+}
+
+QCoro::Task<KeychainOpening> KeychainPreparation::prepare(KeyExpectation expectation, std::stop_token stop)
+{
+    setState(KeychainState::Opening);
+    auto openings = m_work.start<KeychainOpening>(
+        [service = m_service, &home = m_home, &keychain = m_keychain, expectation](
+            const Report &report, const std::stop_token &stopped) {
+            report(opened(service, home, keychain, expectation, report, stopped));
+        });
+    return follow(this, std::move(openings), std::move(stop), m_gone.get_token());
+}
+
+QCoro::Task<KeychainOpening> KeychainPreparation::follow(QPointer<KeychainPreparation> self,
+                                                         Openings openings, std::stop_token stop,
+                                                         std::stop_token gone)
+{
+    std::stop_source either;
+    const auto request = [either]() mutable { either.request_stop(); };
+    const std::stop_callback onStop(stop, request);
+    const std::stop_callback onGone(gone, request);
+    while (const auto opening = co_await openings.next(either.get_token())) {
+        if (self)
+            self->setState(opening->state);
+        if (opening->state != KeychainState::WaitingForUnlock)
+            co_return *opening;
+    }
+    throw CancelledError();
 }
 
 void KeychainPreparation::setState(KeychainState state)

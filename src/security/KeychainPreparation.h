@@ -1,30 +1,27 @@
 #pragma once
 
+#include "async/Work.h"
 #include "security/KeychainHome.h"
 #include "security/KeychainService.h"
-
-#include "async/AsyncStream.h"
 
 #include <QCoroTask>
 #include <QObject>
 #include <QPointer>
 
-#include <optional>
 #include <stop_token>
-#include <thread>
 
 namespace morvane {
 
-// Opens the keychain with the window already up: the waiting happens on a thread of its own, and the state
-// tells the window what is being waited for. The stores are opened after it.
+// Opens the keychain with the window already up: the waiting happens beside the GUI thread, and the state tells
+// the window what is being waited for. The stores are opened after it.
 //
 // GUI thread. Destroying it ends the wait.
 class KeychainPreparation final : public QObject {
     Q_OBJECT
 
 public:
-    // Both outlive this object. `service` is the name the secrets stand under.
-    KeychainPreparation(QString service, KeychainHome &home, KeychainService &keychain);
+    // `home` and `keychain` outlive the end of `work`. `service` is the name the secrets stand under.
+    KeychainPreparation(QString service, KeychainHome &home, KeychainService &keychain, Work &work);
     ~KeychainPreparation() override;
 
     [[nodiscard]] KeychainState state() const { return m_state; }
@@ -38,20 +35,18 @@ Q_SIGNALS:
     void stateChanged(KeychainState state);
 
 private:
-    using Openings = AsyncStream<KeychainOpening>;
+    using Openings = Work::Results<KeychainOpening>;
 
     static QCoro::Task<KeychainOpening> follow(QPointer<KeychainPreparation> self, Openings openings,
-                                               std::stop_token stop);
-    void work(KeyExpectation expectation, const std::stop_token &stop);
-    void report(const KeychainOpening &opening);
+                                               std::stop_token stop, std::stop_token gone);
     void setState(KeychainState state);
 
     const QString m_service;
     KeychainHome &m_home;
     KeychainService &m_keychain;
+    Work &m_work;
     KeychainState m_state = KeychainState::Opening;
-    std::optional<Openings::Producer> m_openings;
-    std::jthread m_worker;
+    std::stop_source m_gone;
 };
 
 } // namespace morvane

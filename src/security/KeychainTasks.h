@@ -10,16 +10,18 @@
 
 namespace morvane {
 
-// The keychain's calls for the GUI thread: they run on the thread pool and answer by co_await. Throw what the
-// call throws. `keychain` outlives the pool's work.
+class Work;
+
+// The keychain's calls for the GUI thread: they run beside it and answer by co_await. Throw what the call throws.
+// `keychain` outlives the end of `work`.
 namespace KeychainTasks {
 
-QCoro::Task<> save(KeychainServicing *keychain, QString value, QString account);
-QCoro::Task<> remove(KeychainServicing *keychain, QString account);
+QCoro::Task<> save(Work &work, KeychainServicing &keychain, QString value, QString account);
+QCoro::Task<> remove(Work &work, KeychainServicing &keychain, QString account);
 
 // May prompt, with `reason`.
-QCoro::Task<std::optional<QString>> read(KeychainServicing *keychain, QString account, QString reason,
-                                         std::stop_token stop);
+QCoro::Task<std::optional<QString>> read(Work &work, KeychainServicing &keychain, QString account,
+                                         QString reason, std::stop_token stop);
 
 } // namespace KeychainTasks
 

@@ -1,7 +1,7 @@
 #include "services/PageReader.h"
 
+#include "async/Work.h"
 #include "network/Redirect.h"
-#include "services/Background.h"
 #include "services/PageAddress.h"
 #include "services/PageText.h"
 #include "services/WebAccessError.h"
@@ -77,9 +77,10 @@ Plain reasonOf(const TransportError &error)
 
 } // namespace
 
-PageReader::PageReader(std::shared_ptr<HttpSession> session, Resolve resolve)
+PageReader::PageReader(std::shared_ptr<HttpSession> session, HostLookup hosts, Work &work)
     : m_session(std::move(session))
-    , m_resolve(std::move(resolve))
+    , m_hosts(std::move(hosts))
+    , m_work(&work)
 {}
 
 QCoro::Task<Page> PageReader::read(QString url, qsizetype limit, std::stop_token stop) const
@@ -101,8 +102,8 @@ QCoro::Task<Page> PageReader::readPage(PageReader self, QString text, qsizetype 
             throw WebAccessError(WebAccessError::FetchFailed{status});
         }
         const QByteArray body = co_await readBody(std::move(response), maxPageBytes, stop);
-        const std::function<Page()> extraction = [=] { return extracted(body, host, limit); };
-        Page page = co_await Background::run<Page>(extraction, stop);
+        const auto extraction = [=] { return extracted(body, host, limit); };
+        Page page = co_await self.m_work->run(extraction, stop);
         co_return page;
     } catch (const CancelledError &) {
         throw WebAccessError(Plain::cancelled);
@@ -144,8 +145,7 @@ QCoro::Task<bool> PageReader::isPrivate(PageReader self, QString host, std::stop
 {
     if (PageAddress::isPrivate(host))
         co_return true;
-    const std::function<QStringList()> lookup = [resolve = self.m_resolve, host] { return resolve(host); };
-    const QStringList addresses = co_await Background::run<QStringList>(lookup, stop);
+    const QStringList addresses = co_await self.m_hosts.addresses(host, stop);
     co_return addresses.isEmpty() ||
         std::any_of(addresses.begin(), addresses.end(), PageAddress::isPrivateLiteral);
 }

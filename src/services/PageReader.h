@@ -1,20 +1,19 @@
 #pragma once
 
+#include "network/HostLookup.h"
 #include "network/HttpSession.h"
 #include "services/WebAccessing.h"
 
-#include <QStringList>
-
 namespace morvane {
+
+class Work;
 
 // Reads one page of the web as plain text. Each hop's host is judged before it is asked: by its text, then by
 // the addresses that its name leads to. GUI thread; resolving and extracting run beside it.
 class PageReader {
 public:
-    // Numeric addresses of a name; blocks. From any thread.
-    using Resolve = std::function<QStringList(const QString &name)>;
-
-    PageReader(std::shared_ptr<HttpSession> session, Resolve resolve);
+    // `work` outlives the reader's tasks.
+    PageReader(std::shared_ptr<HttpSession> session, HostLookup hosts, Work &work);
 
     // Throws WebAccessError. A redirect that leads off https or to a private host is not followed; the
     // redirect itself is then the page that failed.
@@ -30,7 +29,8 @@ private:
     static QCoro::Task<bool> isPrivate(PageReader self, QString host, std::stop_token stop);
 
     std::shared_ptr<HttpSession> m_session;
-    Resolve m_resolve;
+    HostLookup m_hosts;
+    Work *m_work;
 };
 
 } // namespace morvane

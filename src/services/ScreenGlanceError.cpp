@@ -6,7 +6,7 @@ using namespace Qt::StringLiterals;
 
 QString ScreenGlanceError::userMessage() const
 {
-    switch (m_case) {
+    switch (reason()) {
     case Case::permissionNeeded:
         return u"I need permission to glance at your screen."_s;
     case Case::needsRelaunch:
@@ -23,7 +23,7 @@ QString ScreenGlanceError::userMessage() const
 
 std::optional<QString> ScreenGlanceError::recoverySuggestion() const
 {
-    switch (m_case) {
+    switch (reason()) {
     case Case::permissionNeeded:
         return u"Choose Allow when macOS asks, or turn on MorvaneGPT in System Settings → Privacy & Security "
                u"→ "

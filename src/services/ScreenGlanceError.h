@@ -1,26 +1,21 @@
 #pragma once
 
-#include "utils/text/UserPresentableError.h"
+#include "utils/text/ErrorFamily.h"
 
 namespace morvane {
 
 // Why the screen's text could not be read.
-class ScreenGlanceError final : public UserPresentableError {
-public:
+struct ScreenGlanceErrorCases {
     enum class Case { permissionNeeded, needsRelaunch, captureFailed, noTextFound, hiddenByFullScreen };
+};
 
-    ScreenGlanceError(Case reason)
-        : m_case(reason)
-    {}
-
-    [[nodiscard]] Case reason() const { return m_case; }
+class ScreenGlanceError final : public ErrorFamily<ScreenGlanceErrorCases> {
+public:
+    using ErrorFamily::ErrorFamily;
 
     [[nodiscard]] QString userMessage() const override;
     [[nodiscard]] std::optional<QString> recoverySuggestion() const override;
     [[nodiscard]] bool isRetryable() const override;
-
-private:
-    Case m_case;
 };
 
 } // namespace morvane

@@ -51,7 +51,7 @@ QString messageOf(WebAccessError::Plain failure)
 
 QString WebAccessError::userMessage() const
 {
-    return std::visit([](const auto &failure) { return messageOf(failure); }, m_case);
+    return std::visit([](const auto &failure) { return messageOf(failure); }, reason());
 }
 
 std::optional<QString> WebAccessError::recoverySuggestion() const
@@ -70,7 +70,7 @@ std::optional<QString> WebAccessError::recoverySuggestion() const
 bool WebAccessError::isRetryable() const
 {
     return is(Plain::searchFailed) || is(Plain::builtInSearchUnavailable) || is(Plain::offline) ||
-           std::holds_alternative<FetchFailed>(m_case);
+           std::holds_alternative<FetchFailed>(reason());
 }
 
 } // namespace morvane

@@ -1,14 +1,13 @@
 #pragma once
 
-#include "utils/text/UserPresentableError.h"
+#include "utils/text/ErrorFamily.h"
 
 #include <variant>
 
 namespace morvane {
 
 // Why the web could not be searched or read. The cases carry what their words need.
-class WebAccessError final : public UserPresentableError {
-public:
+struct WebAccessErrorCases {
     struct FetchFailed {
         int statusCode;
         bool operator==(const FetchFailed &) const = default;
@@ -32,22 +31,15 @@ public:
         cancelled, // shows no text
     };
     using Case = std::variant<FetchFailed, BlockedByBotProtection, Plain>;
+};
 
-    WebAccessError(Case reason)
-        : m_case(std::move(reason))
-    {}
-
-    [[nodiscard]] const Case &reason() const { return m_case; }
-    [[nodiscard]] bool is(Plain plain) const { return m_case == Case(plain); }
+class WebAccessError final : public ErrorFamily<WebAccessErrorCases> {
+public:
+    using ErrorFamily::ErrorFamily;
 
     [[nodiscard]] QString userMessage() const override;
     [[nodiscard]] std::optional<QString> recoverySuggestion() const override;
     [[nodiscard]] bool isRetryable() const override;
-
-    bool operator==(const WebAccessError &other) const { return m_case == other.m_case; }
-
-private:
-    Case m_case;
 };
 
 } // namespace morvane

@@ -26,9 +26,9 @@ QCoro::Task<> answered(QCoro::Task<WebSearch::Results> search)
 } // namespace
 
 WebAccessService::WebAccessService(const Services &services, const Endpoints &endpoints,
-                                   PageReader::Resolve resolve, std::shared_ptr<HttpSession> injectedSession)
+                                   HostLookup::Resolve resolve, std::shared_ptr<HttpSession> injectedSession)
     : m_services(services)
-    , m_resolve(std::move(resolve))
+    , m_hosts(services.work, std::move(resolve))
     , m_injectedSession(std::move(injectedSession))
     , m_search(std::make_shared<WebSearch>(services, endpoints, m_injectedSession))
 {}
@@ -43,7 +43,7 @@ QString WebAccessService::searchKeyAccount()
     return u"brave-search-api-key"_s;
 }
 
-PageReader::Resolve WebAccessService::systemResolver()
+HostLookup::Resolve WebAccessService::systemResolver()
 {
     return PrivateNetworkAddress::resolve;
 }
@@ -67,7 +67,7 @@ QCoro::Task<WebAccessing::Page> WebAccessService::readPage(QString url, qsizetyp
 {
     const auto session =
         m_injectedSession ? m_injectedSession : m_services.network.session(EgressFeature::webPage, {});
-    return PageReader(session, m_resolve).read(url, limit, stop);
+    return PageReader(session, m_hosts, m_services.work).read(url, limit, stop);
 }
 
 QCoro::Task<> WebAccessService::testKey(QString key, std::stop_token stop)

@@ -24,14 +24,14 @@ public:
     // All services outlive it. An `injectedSession` takes the place of the network's sessions, `resolve` that
     // of the system's resolver.
     explicit WebAccessService(const Services &services, const Endpoints &endpoints = Endpoints::ofThisBuild(),
-                              PageReader::Resolve resolve = systemResolver(),
+                              HostLookup::Resolve resolve = systemResolver(),
                               std::shared_ptr<HttpSession> injectedSession = nullptr);
     ~WebAccessService() override;
     WebAccessService(const WebAccessService &) = delete;
     WebAccessService &operator=(const WebAccessService &) = delete;
 
     [[nodiscard]] static QString searchKeyAccount();
-    [[nodiscard]] static PageReader::Resolve systemResolver();
+    [[nodiscard]] static HostLookup::Resolve systemResolver();
 
     [[nodiscard]] Backend backend() const { return Backend::brave; }
     [[nodiscard]] bool usesOwnKey() const;
@@ -49,7 +49,7 @@ private:
     [[nodiscard]] QString ownKey() const; // empty when there is none
 
     Services m_services;
-    PageReader::Resolve m_resolve;
+    HostLookup m_hosts;
     std::shared_ptr<HttpSession> m_injectedSession;
     std::shared_ptr<WebSearch> m_search;
 };

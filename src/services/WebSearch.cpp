@@ -1,9 +1,9 @@
 #include "services/WebSearch.h"
 
+#include "async/Work.h"
 #include "async/Clock.h"
 #include "deployment/DeploymentValues.h"
 #include "security/ServiceIdentity.h"
-#include "services/Background.h"
 #include "services/SearchCounters.h"
 #include "services/SearchResults.h"
 #include "services/WebAccessError.h"
@@ -123,10 +123,10 @@ QCoro::Task<WebSearch::Results> WebSearch::askBuiltIn(std::shared_ptr<WebSearch>
     if (self->m_endpoints.builtIn.isEmpty())
         throw WebAccessError(Plain::searchNotConfigured);
     try {
-        const std::function<QString()> identify = [identity = &self->m_services.identity] {
+        const auto identify = [identity = &self->m_services.identity] {
             return identity->credential(ServiceIdentity::Service::Search);
         };
-        const QString credential = co_await Background::run<QString>(identify, stop);
+        const QString credential = co_await self->m_services.work.run(identify, stop);
         self->throwIfClosed();
         HttpRequest request = requestFor(self->m_endpoints.builtIn, u"/v1/search"_s, queryItem(query));
         request.headers.push_back({"User-Agent", "MorvaneGPT-mac/1.0"});

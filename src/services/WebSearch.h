@@ -16,6 +16,7 @@ class Clock;
 class KeychainServicing;
 class ServiceIdentity;
 class SettingsRepository;
+class Work;
 
 // The two services that answer a query, asked with nothing but it. Redirects are not followed: query and
 // credential go to the endpoint alone.
@@ -31,6 +32,7 @@ public:
         ServiceIdentity &identity;
         SettingsRepository &quotaDefaults; // counts of the product's own searches
         Clock &clock;
+        Work &work;
     };
 
     struct Endpoints {

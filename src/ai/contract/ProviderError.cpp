@@ -145,15 +145,15 @@ ProviderError ProviderError::forStatus(int status)
 bool ProviderError::isToolRejection() const
 {
     static constexpr std::array rejecting{400, 404, 422, 501};
-    if (const auto *server = std::get_if<ServerError>(&m_case))
+    if (const auto *server = std::get_if<ServerError>(&reason()))
         return std::find(rejecting.begin(), rejecting.end(), server->statusCode) != rejecting.end();
     return is(Plain::malformedResponse);
 }
 
 bool ProviderError::isPrivateCloudFallback() const
 {
-    return std::holds_alternative<EnclaveUnverified>(m_case) ||
-           std::holds_alternative<PrivateCloudBusy>(m_case);
+    return std::holds_alternative<EnclaveUnverified>(reason()) ||
+           std::holds_alternative<PrivateCloudBusy>(reason());
 }
 
 QString ProviderError::userMessage() const

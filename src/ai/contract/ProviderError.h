@@ -1,14 +1,13 @@
 #pragma once
 
-#include "utils/text/UserPresentableError.h"
+#include "utils/text/ErrorFamily.h"
 
 #include <variant>
 
 namespace morvane {
 
 // Why a provider could not answer. The cases carry what their words need.
-class ProviderError final : public UserPresentableError {
-public:
+struct ProviderErrorCases {
     struct InvalidBaseURL {
         QString text;
         bool operator==(const InvalidBaseURL &) const = default;
@@ -65,16 +64,14 @@ public:
     using Case = std::variant<InvalidBaseURL, InsecureBaseURL, ServerError, LocalSetupFailed, ModelError,
                               CloudModelInPrivateMode, EnclaveUnverified, PrivateCloudBusy,
                               PrivateCloudUnavailable, PrivateCloudCouldNotAnswer, Plain>;
+};
 
-    ProviderError(Case reason)
-        : m_case(std::move(reason))
-    {}
+class ProviderError final : public ErrorFamily<ProviderErrorCases> {
+public:
+    using ErrorFamily::ErrorFamily;
 
     // The error for a response status outside 200 to 299.
     [[nodiscard]] static ProviderError forStatus(int status);
-
-    [[nodiscard]] const Case &reason() const { return m_case; }
-    [[nodiscard]] bool is(Plain plain) const { return m_case == Case(plain); }
 
     // A server that may not support tools answered a request that carried some.
     [[nodiscard]] bool isToolRejection() const;
@@ -84,11 +81,6 @@ public:
     [[nodiscard]] QString userMessage() const override;
     [[nodiscard]] std::optional<QString> recoverySuggestion() const override;
     [[nodiscard]] bool isRetryable() const override;
-
-    bool operator==(const ProviderError &other) const { return m_case == other.m_case; }
-
-private:
-    Case m_case;
 };
 
 } // namespace morvane

@@ -2,12 +2,10 @@
 
 #include "async/CancelledError.h"
 #include "async/Clock.h"
-#include "async/PoolTask.h"
+#include "async/Work.h"
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
 #include "utils/text/Identifier.h"
-
-#include <QCoroFuture>
 
 #include <algorithm>
 
@@ -43,10 +41,12 @@ std::vector<Hit> hitsIn(const std::vector<SealedText> &texts, const SearchTerms 
 
 } // namespace
 
-HistorySearchModel::HistorySearchModel(ConversationRepository &repository, Clock &clock, QObject *parent)
+HistorySearchModel::HistorySearchModel(ConversationRepository &repository, Clock &clock, Work &work,
+                                       QObject *parent)
     : QAbstractListModel(parent)
     , m_repository(repository)
     , m_clock(clock)
+    , m_work(work)
 {}
 
 void HistorySearchModel::setQuery(const QString &query)
@@ -96,8 +96,8 @@ HistorySearchModel::searchTitles(QPointer<HistorySearchModel> self, SearchTerms 
         }
         if (std::ssize(page) < portion)
             break;
-        const QFuture<void> others = onPool<void>([] {}); // lets the window draw
-        co_await others;
+        const auto nothing = [] {};
+        co_await self->m_work.run(nothing, stop); // lets the window draw
         throwIfStopped(stop);
     }
     co_return titles;
@@ -110,9 +110,8 @@ QCoro::Task<> HistorySearchModel::searchMessages(QPointer<HistorySearchModel> se
     auto texts = self->m_repository.sealedTexts(portion);
     while (!texts.empty() && !self->isFull()) {
         const std::int64_t last = texts.back().position;
-        const QFuture<std::vector<Hit>> found = onPool<std::vector<Hit>>(
-            [texts = std::move(texts), terms, sealing] { return hitsIn(texts, terms, *sealing); });
-        const std::vector<Hit> hits = co_await found;
+        const auto look = [texts = std::move(texts), terms, sealing] { return hitsIn(texts, terms, *sealing); };
+        const std::vector<Hit> hits = co_await self->m_work.run(look, stop);
         throwIfStopped(stop);
         for (const Hit &hit : hits) {
             const auto title = titles.constFind(hit.conversation);

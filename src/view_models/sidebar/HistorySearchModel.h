@@ -15,6 +15,7 @@
 namespace morvane {
 
 class Clock;
+class Work;
 class ConversationRepository;
 
 // The chats whose title or messages hold every word of a query: first those found by their title, then those
@@ -42,7 +43,8 @@ public:
     // Enough for a person to look through; a longer query finds what is beyond.
     static constexpr std::size_t maxRows = 200;
 
-    HistorySearchModel(ConversationRepository &repository, Clock &clock, QObject *parent = nullptr);
+    // All outlive it, and what it has begun ends with `work`.
+    HistorySearchModel(ConversationRepository &repository, Clock &clock, Work &work, QObject *parent = nullptr);
 
     [[nodiscard]] const QString &query() const { return m_query; }
     void setQuery(const QString &query);
@@ -83,6 +85,7 @@ private:
 
     ConversationRepository &m_repository;
     Clock &m_clock;
+    Work &m_work;
     QString m_query;
     std::vector<Row> m_rows;
     bool m_isSearching = false;
