@@ -1,7 +1,9 @@
 #include "utils/files/PrivateFile.h"
 
+#include "support/FileSpy.h"
+
 #include <QDir>
-#include <QFileInfo>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -34,14 +36,30 @@ TEST(PrivateFileTest, WritesOwnerOnlyFilesInNewOwnerOnlyFolders)
     EXPECT_EQ(QDir(home.filePath(u"a/b"_s)).entryList(QDir::Files | QDir::Hidden), QStringList{u"file"_s});
 }
 
-TEST(PrivateFileTest, AFailedWriteLeavesTheFormerFileAndNoNeighbour)
+// A power cut at any moment leaves the former file or the new one, whole.
+TEST(PrivateFileTest, IsOnTheDiskBeforeItTakesItsPlaceAndAFailedStepLeavesTheFormerFile)
 {
     const QTemporaryDir home;
     const QString path = home.filePath(u"file"_s);
-    ASSERT_TRUE(QDir().mkpath(path + u"/in the way"_s)); // a rename over a full folder fails
-    EXPECT_THROW(PrivateFile::write(path, "x"), FileError);
-    EXPECT_EQ(QDir(home.path()).entryList(QDir::Files | QDir::Hidden), QStringList());
-    EXPECT_TRUE(QFileInfo(path).isDir());
+    const auto written = [&](FileSpy &spy) {
+        PrivateFile::write(path, "one");
+        return spy.steps().replaceInStrings(QRegularExpression(u"file\\.\\w{6}"_s), u"new"_s);
+    };
+    {
+        FileSpy spy(home.path());
+        EXPECT_EQ(written(spy),
+                  (QStringList{u"write new"_s, u"sync new"_s, u"rename new file"_s, u"sync ."_s}));
+    }
+    for (const auto &step : {u"write"_s, u"sync file."_s, u"rename"_s}) {
+        FileSpy spy(home.path());
+        spy.refuse(step);
+        EXPECT_THROW(PrivateFile::write(path, "two"), FileError) << step.toStdString();
+        EXPECT_EQ(PrivateFile::read(path, 100), QByteArray("one"));
+        EXPECT_EQ(QDir(home.path()).entryList(QDir::Files | QDir::Hidden), QStringList{u"file"_s});
+    }
+    FileSpy spy(home.path());
+    spy.refuse(u"sync ."_s);
+    EXPECT_THROW(PrivateFile::write(path, "two"), FileError);
 }
 
 TEST(PrivateFileTest, ReadTellsAbsentFromTooLargeFromUnreadable)

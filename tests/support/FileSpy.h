@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QMutex>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace morvane {
+
+// Notes what this process does to the files of one folder below Qt and SQLite, in order: that a file was
+// synced before it took another's place can't be read from what is on the disk afterwards.
+//
+// One at a time; the calls may come from any thread.
+class FileSpy {
+public:
+    explicit FileSpy(const QString &folder);
+    ~FileSpy();
+    FileSpy(const FileSpy &) = delete;
+    FileSpy &operator=(const FileSpy &) = delete;
+
+    // "write a", "sync a", "rename a b", "unlink a", oldest first; names are relative to the folder, which
+    // is "." itself. Writes that follow one another in one file are one step.
+    [[nodiscard]] QStringList steps() const;
+
+    // Steps that begin so fail with EIO from now on: "sync", "rename a".
+    void refuse(const QString &beginning);
+
+    // For the wrapped calls: notes the step, and says whether it is refused.
+    [[nodiscard]] bool note(const char *verb, const QString &path, const QString &target = {});
+
+private:
+    [[nodiscard]] std::optional<QString> nameIn(const QString &path) const;
+
+    QString m_folder;
+    mutable QMutex m_mutex;
+    QStringList m_steps;                // guarded by m_mutex
+    std::optional<QString> m_beginning; // guarded by m_mutex
+};
+
+} // namespace morvane
