@@ -22,12 +22,13 @@ QCoro::Task<HttpResponse> awaitHead(AsyncStream<HttpResponse> heads, std::stop_t
 } // namespace
 
 CurlHttpSession::CurlHttpSession(EgressFeature feature, SensitiveDataSet carrying, NetworkLedger &ledger,
-                                 Clock &clock, AddressRule mayConnect)
+                                 Clock &clock, AddressRule mayConnect, QByteArray authorities)
     : m_feature(feature)
     , m_carrying(carrying)
     , m_ledger(ledger)
     , m_clock(clock)
     , m_mayConnect(std::move(mayConnect))
+    , m_authorities(std::move(authorities))
     , m_loop(std::make_unique<CurlLoop>())
 {}
 
@@ -43,6 +44,7 @@ QCoro::Task<HttpResponse> CurlHttpSession::send(HttpRequest request, std::stop_t
         .feature = m_feature,
         .carrying = m_carrying,
         .mayConnect = m_mayConnect,
+        .authorities = m_authorities,
         .ledger = m_ledger,
         .clock = m_clock,
         .loop = *m_loop,

@@ -19,8 +19,10 @@ class CurlHttpSession final : public HttpSession {
 public:
     // With a non-empty `carrying`, only this machine and the local network are within reach. Both services
     // outlive the session. A request whose host leads to no address that `mayConnect` allows is Blocked.
+    // `authorities` are certificates (PEM) that vouch for servers in place of the system's; none: the
+    // system's.
     CurlHttpSession(EgressFeature feature, SensitiveDataSet carrying, NetworkLedger &ledger, Clock &clock,
-                    AddressRule mayConnect = {});
+                    AddressRule mayConnect = {}, QByteArray authorities = {});
     ~CurlHttpSession() override;
 
     [[nodiscard]] QCoro::Task<HttpResponse> send(HttpRequest request, std::stop_token stop) override;
@@ -31,6 +33,7 @@ private:
     NetworkLedger &m_ledger;
     Clock &m_clock;
     AddressRule m_mayConnect;
+    QByteArray m_authorities;
     std::unique_ptr<CurlLoop> m_loop;
     std::unordered_map<HttpExchange *, std::shared_ptr<HttpExchange>> m_exchanges; // under way
 };

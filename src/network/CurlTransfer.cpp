@@ -127,7 +127,7 @@ QString sentenceOf(Code code, CURLcode result)
 } // namespace
 
 CurlTransfer::CurlTransfer(CurlLoop &loop, Observer &observer, const HttpRequest &request,
-                           const AddressRule &mayConnect)
+                           const AddressRule &mayConnect, const QByteArray &authorities)
     : m_loop(loop)
     , m_observer(observer)
     , m_mayConnect(mayConnect)
@@ -136,6 +136,7 @@ CurlTransfer::CurlTransfer(CurlLoop &loop, Observer &observer, const HttpRequest
     , m_easy(curl_easy_init())
 {
     setLimits(request.timeout);
+    setAuthorities(authorities);
     setAddress(request.url);
     setMethod(request);
     setHeaders(request.headers);
@@ -182,6 +183,15 @@ void CurlTransfer::setLimits(std::chrono::milliseconds timeout)
     set(CURLOPT_VERBOSE, 1L);
     set(CURLOPT_DEBUGFUNCTION, &CurlTransfer::onDebug);
     set(CURLOPT_DEBUGDATA, this);
+}
+
+void CurlTransfer::setAuthorities(const QByteArray &certificates)
+{
+    if (certificates.isEmpty())
+        return;
+    curl_blob blob{const_cast<char *>(certificates.constData()),
+                   static_cast<std::size_t>(certificates.size()), CURL_BLOB_COPY};
+    set(CURLOPT_CAINFO_BLOB, &blob);
 }
 
 // Part by part, so that the host that the gate judged is the host that is connected to, whatever libcurl

@@ -46,7 +46,7 @@ public:
     // Starts at the next turn of the event loop. `observer` and `loop` outlive the transfer. Throws
     // TransportError when the request can't be put on the wire.
     CurlTransfer(CurlLoop &loop, Observer &observer, const HttpRequest &request,
-                 const AddressRule &mayConnect);
+                 const AddressRule &mayConnect, const QByteArray &authorities);
     ~CurlTransfer();
     CurlTransfer(const CurlTransfer &) = delete;
     CurlTransfer &operator=(const CurlTransfer &) = delete;
@@ -86,6 +86,7 @@ private:
     void set(CURLoption option, Value value);
     void setAddress(const QUrl &url);
     void setLimits(std::chrono::milliseconds timeout);
+    void setAuthorities(const QByteArray &certificates);
     void setMethod(const HttpRequest &request);
     void setHeaders(const std::vector<HttpHeader> &headers);
     void addHeaderLine(const QByteArray &line);

@@ -79,7 +79,8 @@ void HttpExchange::openHop()
     CurlTransfer::Observer &observer = *this;
     try {
         m_transfer = std::make_unique<CurlTransfer>(m_setting.loop, observer, m_request,
-                                                    ruleFor(m_request.url, m_setting.mayConnect));
+                                                    ruleFor(m_request.url, m_setting.mayConnect),
+                                                    m_setting.authorities);
     } catch (const TransportError &error) {
         fail(error);
         return;

@@ -26,6 +26,7 @@ public:
         EgressFeature feature{};
         SensitiveDataSet carrying;
         AddressRule mayConnect; // absent: any address
+        QByteArray authorities; // PEM; none: the system's
         NetworkLedger &ledger;
         Clock &clock;
         CurlLoop &loop;

@@ -1,10 +1,6 @@
 #include "HttpFixture.h"
 #include "SocketSpy.h"
 
-#include <openssl/err.h>
-#include <openssl/ssl.h>
-#include <openssl/x509.h>
-
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -88,72 +84,6 @@ TEST_F(UnreachableTest, NoListenerAndNoName)
     EXPECT_EQ(fetch(get(closed)).error, Code::CannotConnect);
     EXPECT_EQ(fetch(get(QUrl(u"http://unknown.test/"_s))).error, Code::CannotConnect);
     EXPECT_EQ(textOf(rows()[1]), "unknown.test 0/0 Failed: Could not connect to the server.");
-}
-
-TEST_F(UnreachableTest, PlainHttpOnASecurePortIsInsecure)
-{
-    ScriptedServer server([](ScriptedServer::Connection &connection) {
-        connection.send(ScriptedServer::response("200 OK", "plain"));
-        connection.awaitClose();
-    });
-    QUrl url = server.url();
-    url.setScheme(u"https"_s);
-    EXPECT_EQ(fetch(get(url)).error, Code::InsecureConnection);
-}
-
-// A TLS server whose certificate nobody vouches for. Answers whether the client refused it by an alert.
-class SelfSigned {
-public:
-    SelfSigned()
-        : m_key(EVP_EC_gen("P-256"), EVP_PKEY_free)
-        , m_certificate(X509_new(), X509_free)
-        , m_context(SSL_CTX_new(TLS_server_method()), SSL_CTX_free)
-    {
-        X509 *certificate = m_certificate.get();
-        X509_gmtime_adj(X509_getm_notBefore(certificate), -3600);
-        X509_gmtime_adj(X509_getm_notAfter(certificate), 3600);
-        X509_set_pubkey(certificate, m_key.get());
-        X509_NAME *name = X509_get_subject_name(certificate);
-        X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC,
-                                   reinterpret_cast<const unsigned char *>("localhost"), -1, -1, 0);
-        X509_set_issuer_name(certificate, name);
-        X509_sign(certificate, m_key.get(), EVP_sha256());
-        SSL_CTX_use_certificate(m_context.get(), certificate);
-        SSL_CTX_use_PrivateKey(m_context.get(), m_key.get());
-    }
-
-    bool isRefusedBy(int descriptor)
-    {
-        const std::unique_ptr<SSL, decltype(&SSL_free)> tls(SSL_new(m_context.get()), SSL_free);
-        SSL_set_fd(tls.get(), descriptor);
-        char byte = 0;
-        // TLS 1.3 tells the server only at its first read.
-        if (SSL_accept(tls.get()) == 1)
-            SSL_read(tls.get(), &byte, 1);
-        return ERR_GET_REASON(ERR_peek_last_error()) == SSL_R_TLSV1_ALERT_UNKNOWN_CA;
-    }
-
-private:
-    std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)> m_key;
-    std::unique_ptr<X509, decltype(&X509_free)> m_certificate;
-    std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)> m_context;
-};
-
-TEST_F(UnreachableTest, AnUnknownCertificateIsRefusedBeforeAnythingIsSent)
-{
-    SelfSigned authority;
-    std::atomic<bool> isRefused = false;
-    QSemaphore judged;
-    ScriptedServer server([&](ScriptedServer::Connection &connection) {
-        isRefused = authority.isRefusedBy(connection.descriptor());
-        judged.release();
-    });
-    QUrl url = server.url();
-    url.setScheme(u"https"_s);
-    EXPECT_EQ(fetch(post(url, "secret")).error, Code::InsecureConnection);
-    ASSERT_TRUE(judged.tryAcquire(1, 30'000));
-    EXPECT_TRUE(isRefused);
-    EXPECT_EQ(textOf(rows()[0]), "127.0.0.1 0/0 Failed: A secure connection could not be made.");
 }
 
 class SilenceTest : public HttpTest {};

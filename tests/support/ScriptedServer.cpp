@@ -26,12 +26,14 @@ bool ScriptedServer::Request::hasHeader(const QByteArray &name) const
 ScriptedServer::Connection::Connection(ScriptedServer &server, int descriptor)
     : m_server(server)
     , m_descriptor(descriptor)
+    , m_channel(server.m_wrap ? server.m_wrap(descriptor) : nullptr)
 {}
 
 bool ScriptedServer::Connection::fill()
 {
     std::array<char, 16384> buffer{};
-    const ssize_t count = read(m_descriptor, buffer.data(), buffer.size());
+    const ssize_t count = m_channel ? m_channel->read(buffer.data(), buffer.size())
+                                    : read(m_descriptor, buffer.data(), buffer.size());
     if (count <= 0) {
         ++m_server.m_closedByPeer;
         wakeTest();
@@ -74,8 +76,9 @@ bool ScriptedServer::Connection::send(QByteArrayView bytes)
 {
     while (!bytes.isEmpty()) {
         m_server.m_sent += bytes.size(); // before the peer can have it
-        const ssize_t count =
-            ::send(m_descriptor, bytes.data(), static_cast<std::size_t>(bytes.size()), MSG_NOSIGNAL);
+        const auto size = static_cast<std::size_t>(bytes.size());
+        const ssize_t count = m_channel ? m_channel->write(bytes.data(), size)
+                                        : ::send(m_descriptor, bytes.data(), size, MSG_NOSIGNAL);
         m_server.m_sent -= bytes.size() - std::max<ssize_t>(count, 0);
         if (count <= 0) {
             ++m_server.m_closedByPeer;
@@ -94,9 +97,10 @@ void ScriptedServer::Connection::awaitClose()
     }
 }
 
-ScriptedServer::ScriptedServer(Script script, Family family)
+ScriptedServer::ScriptedServer(Script script, Family family, Wrap wrap)
     : m_script(std::move(script))
     , m_family(family)
+    , m_wrap(std::move(wrap))
 {
     sockaddr_in ipv4{};
     ipv4.sin_family = AF_INET;
@@ -149,8 +153,10 @@ void ScriptedServer::acceptAll()
             m_descriptors.push_back(descriptor);
         }
         m_workers.emplace_back([this, descriptor] {
-            Connection connection(*this, descriptor);
-            m_script(connection);
+            {
+                Connection connection(*this, descriptor);
+                m_script(connection);
+            }
             {
                 const std::scoped_lock lock(m_mutex);
                 std::erase(m_descriptors, descriptor);
@@ -188,7 +194,8 @@ QByteArray ScriptedServer::response(const QByteArray &status, const QByteArray &
 QUrl ScriptedServer::url(const QString &path) const
 {
     const QString host = m_family == Family::IPv4 ? QStringLiteral("127.0.0.1") : QStringLiteral("[::1]");
-    return QUrl(QStringLiteral("http://%1:%2%3").arg(host).arg(m_port).arg(path));
+    const QString scheme = m_wrap ? QStringLiteral("https") : QStringLiteral("http");
+    return QUrl(QStringLiteral("%1://%2:%3%4").arg(scheme, host).arg(m_port).arg(path));
 }
 
 std::vector<ScriptedServer::Request> ScriptedServer::requests() const

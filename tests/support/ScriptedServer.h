@@ -6,9 +6,13 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
+
+#include <sys/types.h>
 
 namespace morvane {
 
@@ -28,6 +32,15 @@ public:
         [[nodiscard]] bool hasHeader(const QByteArray &name) const;
     };
 
+    // What a connection's bytes pass through instead of bare TCP. A result of 0 or less ends it.
+    class Channel {
+    public:
+        virtual ~Channel() = default;
+        virtual ssize_t read(char *bytes, std::size_t size) = 0;
+        virtual ssize_t write(const char *bytes, std::size_t size) = 0;
+    };
+    using Wrap = std::function<std::unique_ptr<Channel>(int descriptor)>;
+
     class Connection {
     public:
         // The next request, its body by Content-Length; nothing once the peer is gone.
@@ -39,8 +52,6 @@ public:
         // Blocks until the peer closes.
         void awaitClose();
 
-        [[nodiscard]] int descriptor() const { return m_descriptor; }
-
     private:
         friend class ScriptedServer;
         Connection(ScriptedServer &server, int descriptor);
@@ -48,12 +59,14 @@ public:
 
         ScriptedServer &m_server;
         int m_descriptor;
+        std::unique_ptr<Channel> m_channel; // absent: bare TCP
         QByteArray m_pending;
     };
 
     using Script = std::function<void(Connection &)>;
 
-    explicit ScriptedServer(Script script, Family family = Family::IPv4);
+    // With `wrap` the server's addresses are https.
+    explicit ScriptedServer(Script script, Family family = Family::IPv4, Wrap wrap = {});
     ~ScriptedServer();
     ScriptedServer(const ScriptedServer &) = delete;
     ScriptedServer &operator=(const ScriptedServer &) = delete;
@@ -82,6 +95,7 @@ private:
 
     Script m_script;
     Family m_family;
+    Wrap m_wrap;
     int m_listener = -1;
     int m_port = 0;
     std::thread m_acceptor;
