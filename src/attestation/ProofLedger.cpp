@@ -8,8 +8,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr std::size_t maximumRows = 200;
-
 using Kind = ProofLedger::Place::Kind;
 
 struct PlaceWords {
@@ -43,28 +41,6 @@ QString ProofLedger::Place::code() const
 QString ProofLedger::Place::plainName() const
 {
     return wordsOf(kind).name;
-}
-
-void ProofLedger::append(Entry entry)
-{
-    const std::scoped_lock lock(m_mutex);
-    m_entries.push_back(std::move(entry));
-    if (m_entries.size() > maximumRows)
-        m_entries.erase(m_entries.begin(), m_entries.end() - maximumRows);
-    ++m_revision;
-}
-
-void ProofLedger::clear()
-{
-    const std::scoped_lock lock(m_mutex);
-    m_entries.clear();
-    ++m_revision;
-}
-
-ProofLedger::Snapshot ProofLedger::snapshot() const
-{
-    const std::scoped_lock lock(m_mutex);
-    return {m_entries, m_revision};
 }
 
 std::optional<QString> placeNameOfCode(const QString &code)

@@ -1,16 +1,15 @@
 #pragma once
 
 #include "network/EgressTypes.h"
+#include "network/LedgerRing.h"
 
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
 #include <QUuid>
 
-#include <cstdint>
-#include <mutex>
 #include <optional>
-#include <vector>
+#include <utility>
 
 namespace morvane {
 
@@ -61,7 +60,7 @@ public:
     };
 
     struct Entry {
-        QUuid id;
+        QUuid id = QUuid::createUuid();
         QDateTime startedAt;
         Place place;
         QString purpose;
@@ -71,21 +70,15 @@ public:
         std::optional<QString> acceptedServersList;
     };
 
-    struct Snapshot {
-        std::vector<Entry> entries; // oldest first
-        std::uint64_t revision = 0;
-    };
+    using Snapshot = LedgerRing<Entry>::Snapshot;
 
-    void append(Entry entry);
-    void clear();
-
-    // Rows and revision of one moment.
-    [[nodiscard]] Snapshot snapshot() const;
+    // The row's id, by which whoever asked finds it again.
+    QUuid append(Entry entry) { return m_rows.append(std::move(entry)); }
+    void clear() { m_rows.clear(); }
+    [[nodiscard]] Snapshot snapshot() const { return m_rows.snapshot(); }
 
 private:
-    mutable std::mutex m_mutex;
-    std::vector<Entry> m_entries; // guarded by m_mutex
-    std::uint64_t m_revision = 0; // guarded by m_mutex
+    LedgerRing<Entry> m_rows{200};
 };
 
 // The plain name behind a stored place code; nothing for a code of another version.

@@ -6,41 +6,30 @@ namespace morvane {
 
 namespace {
 
-void trim(std::vector<NetworkLedger::Entry> &entries)
+bool hasEnded(const NetworkLedger::Entry &entry)
 {
-    if (entries.size() <= NetworkLedger::capacity)
-        return;
-    std::size_t surplus = entries.size() - NetworkLedger::capacity;
-    std::erase_if(entries, [&surplus](const NetworkLedger::Entry &entry) {
-        const bool isRunning = std::holds_alternative<EgressOutcome::InFlight>(entry.outcome.value);
-        if (surplus == 0 || isRunning)
-            return false;
-        --surplus;
-        return true;
-    });
+    return !std::holds_alternative<EgressOutcome::InFlight>(entry.outcome.value);
 }
 
 } // namespace
 
+NetworkLedger::NetworkLedger()
+    : m_rows(capacity, hasEnded)
+{}
+
 void NetworkLedger::record(Entry entry)
 {
-    const std::scoped_lock lock(m_mutex);
-    m_entries.push_back(std::move(entry));
-    trim(m_entries);
-    ++m_revision;
+    m_rows.append(std::move(entry));
 }
 
 void NetworkLedger::clear()
 {
-    const std::scoped_lock lock(m_mutex);
-    m_entries.clear();
-    ++m_revision;
+    m_rows.clear();
 }
 
 NetworkLedger::Snapshot NetworkLedger::snapshot() const
 {
-    const std::scoped_lock lock(m_mutex);
-    return {m_entries, m_revision};
+    return m_rows.snapshot();
 }
 
 } // namespace morvane

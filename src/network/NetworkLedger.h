@@ -1,20 +1,19 @@
 #pragma once
 
 #include "network/EgressTypes.h"
+#include "network/LedgerRing.h"
 
 #include <QDateTime>
 #include <QString>
 #include <QUuid>
 
 #include <cstdint>
-#include <mutex>
-#include <vector>
 
 namespace morvane {
 
 // What the application sent and received since it started, newest row last.
 //
-// Any thread may call any member. Rows live in memory only, and a row never changes once it is here.
+// Any thread may call any member.
 class NetworkLedger {
 public:
     struct Entry {
@@ -28,25 +27,19 @@ public:
         EgressOutcome outcome;
     };
 
-    struct Snapshot {
-        std::vector<Entry> entries;
-        std::uint64_t revision = 0; // rises by one on every change
-    };
+    using Snapshot = LedgerRing<Entry>::Snapshot;
 
     // Beyond this many rows, the oldest finished ones go.
     static constexpr std::size_t capacity = 500;
 
+    NetworkLedger();
+
     void record(Entry entry);
     void clear();
-
-    // Rows and revision of one moment, so a view that compares revisions never shows older rows under a
-    // newer number.
     [[nodiscard]] Snapshot snapshot() const;
 
 private:
-    mutable std::mutex m_mutex;
-    std::vector<Entry> m_entries; // guarded by m_mutex
-    std::uint64_t m_revision = 0; // guarded by m_mutex
+    LedgerRing<Entry> m_rows;
 };
 
 } // namespace morvane
