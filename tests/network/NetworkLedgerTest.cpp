@@ -20,59 +20,48 @@ NetworkLedger::Entry row(int number, const EgressOutcome &outcome = {EgressOutco
     return entry;
 }
 
-TEST(NetworkLedgerTest, KeepsTheNewestFiveHundred)
+TEST(NetworkLedgerTest, KeepsTheNewestFiveHundredAndWhatIsStillRunning)
 {
+    const EgressOutcome running{EgressOutcome::InFlight{}};
     NetworkLedger ledger;
     for (int i = 0; i < 502; ++i)
-        ledger.record(row(i));
-    const auto [entries, revision] = ledger.snapshot();
+        ledger.record(row(i, i == 1 ? running : EgressOutcome{}));
+    auto [entries, revision] = ledger.snapshot();
     ASSERT_EQ(entries.size(), 500U);
-    EXPECT_EQ(entries.front().host, u"2"_s);
+    EXPECT_EQ(entries[0].host, u"1"_s);
+    EXPECT_EQ(entries[1].host, u"3"_s);
     EXPECT_EQ(entries.back().host, u"501"_s);
-    EXPECT_EQ(revision, 502U);
-
     std::set<QUuid> ids;
     for (const auto &entry : entries)
         ids.insert(entry.id);
     EXPECT_EQ(ids.size(), 500U);
-}
-
-TEST(NetworkLedgerTest, TrimSkipsRowsInFlight)
-{
-    const EgressOutcome running{EgressOutcome::InFlight{}};
-    NetworkLedger ledger;
-    ledger.record(row(0, running));
-    for (int i = 1; i <= 500; ++i)
-        ledger.record(row(i));
-    auto entries = ledger.snapshot().entries;
-    ASSERT_EQ(entries.size(), 500U);
-    EXPECT_EQ(entries[0].host, u"0"_s);
-    EXPECT_EQ(entries[1].host, u"2"_s);
 
     ledger.clear();
     for (int i = 0; i < 510; ++i)
         ledger.record(row(i, running));
     EXPECT_EQ(ledger.snapshot().entries.size(), 510U); // nothing finished to drop
-    EXPECT_EQ(ledger.snapshot().revision, 501U + 1U + 510U);
+    EXPECT_EQ(ledger.snapshot().revision, 502U + 1U + 510U);
 }
 
-TEST(NetworkLedgerTest, AnyThreadMayRecord)
+TEST(LedgerRingTest, AnyThreadMayAppendAndFindsItsRowById)
 {
-    NetworkLedger ledger;
-    const auto work = [&ledger] {
-        for (int i = 0; i < 200; ++i) {
-            ledger.record(row(i));
-            const auto [entries, revision] = ledger.snapshot();
-            ASSERT_EQ(entries.size(), std::min<std::uint64_t>(revision, 500)); // of one moment
+    LedgerRing<NetworkLedger::Entry> ring(150);
+    const auto work = [&ring] {
+        for (int i = 0; i < 100; ++i) {
+            const QUuid id = ring.append(row(i));
+            const auto [entries, revision] = ring.snapshot();
+            ASSERT_EQ(entries.size(), std::min<std::uint64_t>(revision, 150)); // of one moment
+            ASSERT_TRUE(std::any_of(entries.begin(), entries.end(),
+                                    [&](const auto &entry) { return entry.id == id; }));
         }
     };
     std::thread other(work);
     work();
     other.join();
-    EXPECT_EQ(ledger.snapshot().revision, 400U);
+    EXPECT_EQ(ring.snapshot().revision, 200U);
 }
 
-TEST(LedgerExportTest, QuotesEveryField)
+TEST(LedgerExportTest, QuotesEveryFieldInAFileNamedAfterItsMinute)
 {
     NetworkLedger::Entry refused;
     refused.startedAt = QDateTime({2026, 3, 1}, {9, 5, 7, 80}, Qt::UTC);
@@ -92,10 +81,6 @@ TEST(LedgerExportTest, QuotesEveryField)
 "2026-03-01T09:05:07.080Z","(no host)","Third party","Private cloud server list","none","0","0","Blocked: no ""host"", none"
 "2026-03-01T09:05:07.080Z","::1","This Mac","AI model","attached images, memory notes, screen text","5000000000","12","HTTP 204")csv";
     EXPECT_EQ(LedgerExport::csv({refused, sent}).toStdString(), expected);
-}
-
-TEST(LedgerExportTest, NamesTheFileAfterItsMinute)
-{
     EXPECT_EQ(LedgerExport::fileName(QDateTime({2026, 3, 1}, {9, 5, 59})),
               u"morvane-network-ledger-2026-03-01-0905.csv"_s);
 }

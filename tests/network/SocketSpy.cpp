@@ -1,20 +1,17 @@
 #include "SocketSpy.h"
 
-#include "network/PrivateNetworkAddress.h"
-
 #include <QCoreApplication>
+#include <QHostAddress>
 #include <QMetaObject>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstring>
 #include <map>
 #include <mutex>
 
 #include <dlfcn.h>
 #include <netdb.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 
 namespace morvane {
@@ -31,21 +28,6 @@ std::atomic<qint64> receivedBytes = 0;
 
 std::mutex answersMutex;
 std::map<QByteArray, std::vector<QStringList>> answers; // guarded by answersMutex
-
-bool isOutside(const sockaddr *address)
-{
-    QByteArray bytes;
-    if (address->sa_family == AF_INET) {
-        sockaddr_in in{};
-        std::memcpy(&in, address, sizeof in);
-        bytes = QByteArray(reinterpret_cast<const char *>(&in.sin_addr), sizeof in.sin_addr);
-    } else {
-        sockaddr_in6 in{};
-        std::memcpy(&in, address, sizeof in);
-        bytes = QByteArray(reinterpret_cast<const char *>(&in.sin6_addr), sizeof in.sin6_addr);
-    }
-    return !PrivateNetworkAddress::isInside(bytes, {});
-}
 
 std::optional<QStringList> addressesOf(const QByteArray &name)
 {
@@ -94,7 +76,7 @@ extern "C" int connect(int descriptor, const sockaddr *address, socklen_t size)
     static const auto real = reinterpret_cast<Connect>(dlsym(RTLD_NEXT, "connect"));
     if (address->sa_family == AF_INET || address->sa_family == AF_INET6) {
         ++connectCalls;
-        if (isOutside(address)) {
+        if (QHostAddress(address).isGlobal()) {
             ++outsideCalls;
             errno = ENETUNREACH;
             return -1;

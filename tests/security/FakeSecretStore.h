@@ -1,6 +1,9 @@
 #pragma once
 
 #include "security/SecretStoring.h"
+#include "security/UserPresenceConfirming.h"
+
+#include <QStringList>
 
 #include <atomic>
 #include <functional>
@@ -98,6 +101,20 @@ private:
     }
 
     std::mutex m_mutex;
+};
+
+// A person who does what the test says, and what they were told.
+class FakePresence final : public UserPresenceConfirming {
+public:
+    Answer answer = Answer::Unavailable;
+    QStringList reasons;
+
+    bool canConfirm() const override { return answer != Answer::Unavailable; }
+    Answer confirm(const QString &reason, std::stop_token) override
+    {
+        reasons.append(reason);
+        return answer;
+    }
 };
 
 } // namespace morvane

@@ -4,8 +4,8 @@
 #include "security/KeychainPreparation.h"
 #include "support/Await.h"
 #include "support/LogCapture.h"
+#include "utils/files/PrivateFile.h"
 
-#include <QFile>
 #include <QSemaphore>
 #include <QTemporaryDir>
 
@@ -23,45 +23,49 @@ using Condition = SecretStoring::Condition;
 const QString service = u"ai.morvane.macos"_s;
 const QString keyAccount = u"local-data-key"_s;
 
-class NobodyThere final : public UserPresenceConfirming {
-public:
-    bool canConfirm() const override { return false; }
-    Answer confirm(const QString &, std::stop_token) override { return Answer::Unavailable; }
-};
-
 class KeychainHomeTest : public testing::Test {
 protected:
-    KeychainOpening open(KeyExpectation expectation = KeyExpectation::Unknown)
-    {
-        heard.clear();
-        return home().open(service, expectation, [this](KeychainState state) { heard.push_back(state); }, {});
-    }
-    KeychainState stateAfterOpening(KeyExpectation expectation = KeyExpectation::Unknown)
-    {
-        return open(expectation).state;
-    }
-    // As after a start of the process.
-    void restart() { m_home.reset(); }
     KeychainHome &home()
     {
         if (!m_home)
             m_home = std::make_unique<KeychainHome>(keyring, path, keyAccount);
         return *m_home;
     }
-    void fileHolds(const std::vector<KeyFileFormat::Entry> &entries)
+    KeychainOpening open(KeyExpectation expectation = KeyExpectation::Unknown)
     {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(KeyFileFormat::print(entries));
+        return home().open(service, expectation, [this](KeychainState state) { heard.push_back(state); }, {});
     }
-    bool fileExists() const { return QFile::exists(path); }
+    // As after a start of the process, with this in the file and the keyring.
+    void restart(const QByteArray &file, const QByteArray &keyringKey)
+    {
+        m_home.reset();
+        heard.clear();
+        QFile::remove(path);
+        if (!file.isEmpty())
+            PrivateFile::write(path, file);
+        keyring.held.clear();
+        if (!keyringKey.isEmpty())
+            keyring.held[{service, keyAccount}] = {keyAccount, keyringKey};
+        keyring.calls.clear();
+        keyring.refusal = nullptr;
+        keyring.corruption = nullptr;
+        keyring.state = Condition::Open;
+    }
+    QByteArray file() const { return PrivateFile::read(path, 1 << 20).value_or(QByteArray()); }
+    QByteArray keyringKey() const
+    {
+        const auto found = keyring.held.find({service, keyAccount});
+        return found == keyring.held.end() ? QByteArray() : found->second.value;
+    }
+    static QByteArray fileWith(const QByteArray &key)
+    {
+        return KeyFileFormat::print({{service, u"api"_s, "a"}, {service, keyAccount, key}});
+    }
 
     QTemporaryDir folder;
     const QString path = folder.filePath(u"support/keys"_s);
     FakeSecretStore keyring;
     std::vector<KeychainState> heard;
-
-    void SetUp() override { QDir().mkpath(folder.filePath(u"support"_s)); }
 
 private:
     std::unique_ptr<KeychainHome> m_home;
@@ -74,62 +78,90 @@ TEST_F(KeychainHomeTest, BeforeItIsOpenNothingIsReadOrStored)
     EXPECT_FALSE(home().keepsPresence());
 }
 
-TEST_F(KeychainHomeTest, AnOpenKeyringIsUsedAtOnceAndAMissingKeyIsToldFromAFreshStart)
+// A keyring is used where there is one; the file stands in only where there is neither keyring nor data; and
+// what holds a key is never replaced, whatever fails.
+TEST_F(KeychainHomeTest, OpensTheKeyringOrTheFileAndLosesNoKey)
 {
-    EXPECT_EQ(stateAfterOpening(), KeychainState::Ready);
-    EXPECT_EQ(stateAfterOpening(KeyExpectation::MustExist), KeychainState::KeyMissing);
-    home().add(service, {keyAccount, "k"});
-    EXPECT_EQ(keyring.held.size(), 1U);
-    const auto opening = open(KeyExpectation::MustExist);
-    EXPECT_EQ(opening.state, KeychainState::Ready);
-    EXPECT_TRUE(opening.holdsDataKey);
-    EXPECT_FALSE(opening.dataKeyBehindPresence);
-    EXPECT_TRUE(heard.empty());
-    EXPECT_FALSE(fileExists());
-
-    keyring.held.at({service, keyAccount}).presence = UserPresence::Required;
-    EXPECT_TRUE(open().dataKeyBehindPresence);
-    keyring.held.clear(); // a key that the move from an older build has yet to fetch is not lost
-    keyring.held[{u"ai.quelmarfolk.mac"_s, keyAccount}] = {keyAccount, "k"};
-    EXPECT_EQ(stateAfterOpening(KeyExpectation::MustExist), KeychainState::Ready);
+    using enum KeychainState;
+    using Refusal = std::optional<std::pair<Call, KeychainStatus>>;
+    constexpr auto isThere = KeyExpectation::MustExist;
+    constexpr auto unknown = KeyExpectation::Unknown;
+    const auto open = Condition::Open, absent = Condition::Absent, locked = Condition::Locked;
+    const auto failing = [](Call call) { return Refusal({call, KeychainStatus::InputOutput}); };
+    const Refusal dismissed({Call::Unlock, KeychainStatus::UserCancelled});
+    const QByteArray none, empty = KeyFileFormat::print({}), withK = fileWith("k"),
+                           broken = "morvane-keys 1\nc";
+    const struct {
+        Condition condition;
+        Refusal refusal;
+        KeyExpectation expectation;
+        QByteArray file, keyring;
+        KeychainState state;
+        QByteArray fileAfter, keyringAfter;
+    } cases[] = {
+        {open, {}, unknown, none, none, Ready, none, none},
+        {open, {}, isThere, none, none, KeyMissing, none, none},
+        {open, {}, isThere, none, "k", Ready, none, "k"},
+        {open, failing(Call::Condition), unknown, none, none, Unavailable, none, none}, // there, but silent
+        {open, failing(Call::Find), unknown, none, "k", Unavailable, none, "k"},
+        {locked, {}, isThere, none, "k", Ready, none, "k"},
+        {locked, dismissed, unknown, none, "k", Locked, none, "k"},
+        {locked, failing(Call::Unlock), unknown, none, "k", Unavailable, none, "k"},
+        {absent, {}, unknown, none, none, ReadyInFile, empty, none},
+        {absent, {}, isThere, none, none, Unavailable, none, none},
+        {absent, {}, isThere, withK, none, ReadyInFile, withK, none},
+        {absent, {}, isThere, empty, none, KeyMissing, empty, none},
+        {absent, {}, unknown, broken, none, FileUnreadable, broken, none},
+        {open, {}, unknown, broken, "k", FileUnreadable, broken, "k"}, // its keys may be the ones in use
+        // A later keyring takes the secrets over, or nothing changes.
+        {open, {}, isThere, withK, none, Ready, none, "k"},
+        {open, {}, isThere, withK, "k", Ready, none, "k"}, // of a start that didn't come to its end
+        {open, {}, isThere, withK, "o", ReadyInFile, withK, "o"},
+        {open, failing(Call::Add), isThere, withK, none, ReadyInFile, withK, none},
+        {open, failing(Call::Find), isThere, withK, none, ReadyInFile, withK, none},
+        {locked, dismissed, isThere, withK, none, ReadyInFile, withK, none},
+    };
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+        const auto &each = cases[i];
+        SCOPED_TRACE(i);
+        restart(each.file, each.keyring);
+        keyring.state = each.condition;
+        if (each.refusal)
+            keyring.refuse(each.refusal->first, each.refusal->second);
+        const LogCapture log;
+        const auto opening = this->open(each.expectation);
+        EXPECT_EQ(opening.state, each.state);
+        EXPECT_EQ(file(), each.fileAfter);
+        EXPECT_EQ(keyringKey(), each.keyringAfter);
+        EXPECT_EQ(heard.size(), each.condition == locked ? 1U : 0U);
+        keyring.refusal = nullptr;
+        const bool isUsable = each.state == Ready || each.state == ReadyInFile;
+        const QByteArray key = each.state == ReadyInFile && !each.file.isEmpty() ? "k" : each.keyringAfter;
+        ASSERT_EQ(opening.holdsDataKey, isUsable && !key.isEmpty());
+        EXPECT_EQ(opening.holdsDataKey ? home().find(service, keyAccount)->value : key, key);
+        const bool isMoved = each.state == Ready && !each.file.isEmpty();
+        EXPECT_EQ(log.lines(),
+                  QStringList(isMoved ? (each.keyring.isEmpty() ? 2 : 1) : 0,
+                              u"app: Migrated a stored secret to the data-protection keychain"_s));
+    }
 }
 
-TEST_F(KeychainHomeTest, ALockedKeyringIsWaitedForAndADismissedPromptCanBeRetried)
+TEST_F(KeychainHomeTest, ATakeOverThatGoesWrongMidwayLeavesTheKeyringAsItWas)
 {
-    keyring.held[{service, keyAccount}] = {keyAccount, "k"};
-    keyring.state = Condition::Locked;
-    keyring.refuse(Call::Unlock, KeychainStatus::UserCancelled);
-    EXPECT_EQ(stateAfterOpening(), KeychainState::Locked);
-    EXPECT_EQ(heard, std::vector{KeychainState::WaitingForUnlock});
-    EXPECT_TRUE(canRetry(KeychainState::Locked));
-    EXPECT_FALSE(fileExists());
-    keyring.refusal = nullptr;
-    EXPECT_EQ(stateAfterOpening(KeyExpectation::MustExist), KeychainState::Ready);
-}
-
-TEST_F(KeychainHomeTest, WithoutAKeyringAFileStandsInAndIsRemembered)
-{
-    keyring.state = Condition::Absent;
-    EXPECT_EQ(stateAfterOpening(), KeychainState::ReadyInFile);
-    ASSERT_TRUE(fileExists());
-    EXPECT_EQ(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther), 0);
-    home().add(service, {keyAccount, "k"});
-    restart();
-    const auto opening = open(KeyExpectation::MustExist);
-    EXPECT_EQ(opening.state, KeychainState::ReadyInFile);
-    EXPECT_TRUE(opening.holdsDataKey);
-    EXPECT_EQ(home().find(service, keyAccount)->value, "k");
-    EXPECT_TRUE(keyring.held.empty());
-}
-
-TEST_F(KeychainHomeTest, AKeyThatMustExistIsNeverReplacedByAFile)
-{
-    keyring.state = Condition::Absent;
-    EXPECT_EQ(stateAfterOpening(KeyExpectation::MustExist), KeychainState::Unavailable);
-    keyring.state = Condition::Open;
-    keyring.refuse(Call::Condition, KeychainStatus::InputOutput); // there, but silent
-    EXPECT_EQ(stateAfterOpening(), KeychainState::Unavailable);
-    EXPECT_FALSE(fileExists());
+    const auto refuseTheSecond = [this](Call call) {
+        const bool late = call == Call::Add && keyring.calls[Call::Add] > 1;
+        return late ? std::optional(KeychainStatus::InputOutput) : std::nullopt;
+    };
+    for (const bool isCorrupted : {true, false}) {
+        restart(fileWith("k"), {});
+        if (isCorrupted)
+            keyring.corruption = [](const QByteArray &value) { return QByteArray(value.size(), 'x'); };
+        else
+            keyring.refusal = refuseTheSecond;
+        EXPECT_EQ(open(KeyExpectation::MustExist).state, KeychainState::ReadyInFile);
+        EXPECT_EQ(file(), fileWith("k"));
+        EXPECT_TRUE(keyring.held.empty());
+    }
 }
 
 TEST_F(KeychainHomeTest, ASlowKeyringIsAskedAgain)
@@ -138,89 +170,33 @@ TEST_F(KeychainHomeTest, ASlowKeyringIsAskedAgain)
         const bool slow = call == Call::Condition && keyring.calls[Call::Condition] < 3;
         return slow ? std::optional(KeychainStatus::InputOutput) : std::nullopt;
     };
-    EXPECT_EQ(stateAfterOpening(), KeychainState::Ready);
+    EXPECT_EQ(open().state, KeychainState::Ready);
 }
 
-TEST_F(KeychainHomeTest, ABrokenFileIsReportedAndKept)
+TEST_F(KeychainHomeTest, AKeyBehindPresenceIsToldAndOneThatHasYetToBeMovedIsNotLost)
 {
-    keyring.state = Condition::Absent;
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write("morvane-keys 1\ncut");
-    file.close();
-    EXPECT_EQ(stateAfterOpening(), KeychainState::FileUnreadable);
-    keyring.state = Condition::Open;
-    EXPECT_EQ(stateAfterOpening(), KeychainState::FileUnreadable); // its keys may be the ones in use
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), "morvane-keys 1\ncut");
+    keyring.held[{service, keyAccount}] = {keyAccount, "k", UserPresence::Required};
+    EXPECT_TRUE(open().dataKeyBehindPresence);
+    restart({}, "k");
+    EXPECT_FALSE(open().dataKeyBehindPresence);
+    restart({}, {});
+    keyring.held[{u"ai.quelmarfolk.mac"_s, keyAccount}] = {keyAccount, "k"};
+    EXPECT_EQ(open(KeyExpectation::MustExist).state, KeychainState::Ready);
+}
+
+TEST_F(KeychainHomeTest, AnErasureReachesTheKeyringBesideTheFile)
+{
+    restart(fileWith("of the file"), "of the keyring");
+    EXPECT_EQ(open().state, KeychainState::ReadyInFile);
+    FakePresence nobody;
+    EXPECT_EQ(KeychainService(service, home(), nobody).deleteAll(), 2 + 1);
     EXPECT_TRUE(keyring.held.empty());
-}
-
-TEST_F(KeychainHomeTest, ALaterKeyringTakesTheSecretsOverAndTheFileIsWiped)
-{
-    fileHolds({{service, keyAccount, "k"}, {service, u"api"_s, "a"}});
-    keyring.held[{service, u"api"_s}] = {u"api"_s, "a"}; // of a start that did not come to its end
-    const LogCapture log;
-    const auto opening = open(KeyExpectation::MustExist);
-    EXPECT_EQ(opening.state, KeychainState::Ready);
-    EXPECT_TRUE(opening.holdsDataKey);
-    EXPECT_FALSE(fileExists());
-    EXPECT_EQ(keyring.held.at({service, keyAccount}).value, "k");
-    EXPECT_EQ(log.lines(), QStringList{u"app: Migrated a stored secret to the data-protection keychain"_s});
-}
-
-TEST_F(KeychainHomeTest, ATakeOverThatCannotBeVerifiedChangesNothing)
-{
-    const std::vector<KeyFileFormat::Entry> entries{{service, u"a"_s, "1"}, {service, keyAccount, "k"}};
-    const auto scripts = std::vector<std::function<void()>>{
-        [&] { keyring.corruption = [](const QByteArray &value) { return value + "x"; }; },
-        [&] { keyring.refuse(Call::Add, KeychainStatus::InputOutput); },
-        [&] {
-            keyring.refusal = [this](Call call) { // the second item is refused
-                const bool late = call == Call::Add && keyring.calls[Call::Add] > 1;
-                return late ? std::optional(KeychainStatus::InputOutput) : std::nullopt;
-            };
-        },
-        [&] { keyring.refuse(Call::Find, KeychainStatus::InputOutput); },
-        [&] {
-            keyring.state = Condition::Locked;
-            keyring.refuse(Call::Unlock, KeychainStatus::UserCancelled);
-        },
-    };
-    for (std::size_t i = 0; i < scripts.size(); ++i) {
-        restart();
-        fileHolds(entries);
-        keyring.calls.clear();
-        scripts[i]();
-        EXPECT_EQ(stateAfterOpening(KeyExpectation::MustExist), KeychainState::ReadyInFile) << i;
-        EXPECT_EQ(KeyFile(path).entries(), entries) << i;
-        EXPECT_TRUE(keyring.held.empty()) << i;
-        keyring.refusal = nullptr;
-        keyring.corruption = nullptr;
-    }
-}
-
-TEST_F(KeychainHomeTest, AKeyringThatHoldsAnotherKeyIsNotWrittenOver)
-{
-    fileHolds({{service, u"a"_s, "1"}, {service, keyAccount, "of the file"}});
-    keyring.held[{service, keyAccount}] = {keyAccount, "of the keyring"};
-    EXPECT_EQ(stateAfterOpening(), KeychainState::ReadyInFile);
-    EXPECT_EQ(home().find(service, keyAccount)->value, "of the file");
-    EXPECT_TRUE(fileExists());
-    ASSERT_EQ(keyring.held.size(), 1U);
-    EXPECT_EQ(keyring.held.at({service, keyAccount}).value, "of the keyring");
-
-    // An erasure reaches both.
-    NobodyThere nobody;
-    KeychainService keychain(service, home(), nobody);
-    EXPECT_EQ(keychain.deleteAll(), 2 + 1);
-    EXPECT_TRUE(keyring.held.empty());
-    EXPECT_TRUE(KeyFile(path).entries().empty());
+    EXPECT_EQ(file(), KeyFileFormat::print({}));
 }
 
 class KeychainPreparationTest : public KeychainHomeTest {
 protected:
-    NobodyThere nobody;
+    FakePresence nobody;
     KeychainService keychain{service, home(), nobody};
 };
 
@@ -272,15 +248,14 @@ TEST_F(KeychainPreparationTest, StoppingOrDestroyingItEndsTheWait)
 
 TEST(KeychainStateTest, EveryStateThatStopsThePersonHasWordsAndAWayOn)
 {
-    for (const auto state : {KeychainState::Locked, KeychainState::Unavailable, KeychainState::KeyMissing,
-                             KeychainState::FileUnreadable}) {
-        EXPECT_FALSE(isReady(state));
-        EXPECT_TRUE(canRetry(state));
-        EXPECT_TRUE(sentenceFor(state).endsWith(u'.'));
+    using enum KeychainState;
+    for (const auto state :
+         {Opening, WaitingForUnlock, Ready, ReadyInFile, Locked, Unavailable, KeyMissing, FileUnreadable}) {
+        const bool isFailure = state >= Locked;
+        EXPECT_EQ(canRetry(state), isFailure);
+        EXPECT_EQ(isReady(state), state == Ready || state == ReadyInFile);
+        EXPECT_EQ(sentenceFor(state).endsWith(u'.'), state != Opening && state != Ready);
     }
-    EXPECT_TRUE(isReady(KeychainState::ReadyInFile));
-    EXPECT_FALSE(sentenceFor(KeychainState::ReadyInFile).isEmpty());
-    EXPECT_TRUE(sentenceFor(KeychainState::Ready).isEmpty());
 }
 
 } // namespace

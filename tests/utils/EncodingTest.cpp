@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <span>
 
 namespace morvane {
 
@@ -34,18 +35,7 @@ TEST(HexTest, DecodesStrictly)
     EXPECT_EQ(Hex::encode(QByteArray("\x00\xAB", 2)), u"00ab"_s);
 }
 
-TEST(Base64Test, RefusesWhatIsNotStandard)
-{
-    EXPECT_EQ(Base64::decode("QQ=="), QByteArray("A"));
-    EXPECT_EQ(Base64::decode(""), QByteArray());
-    for (const char *bad : {"QQ", "QQ=", "QQ==\n", "Q Q=", "QQ__", "====", "===A", "QQ=A", "QQ==QQ=="}) {
-        EXPECT_EQ(Base64::decode(bad), std::nullopt) << bad;
-        EXPECT_EQ(Base64::decode(QString::fromLatin1(bad)), std::nullopt) << bad;
-    }
-    EXPECT_EQ(Base64::decode(u"QU\u0151B"_s), std::nullopt); // U+0151 is "Q" in its lower byte
-}
-
-TEST(Base64Test, AgreesWithAnotherEncoderForEveryByteAndLength)
+TEST(Base64Test, AgreesWithAnotherEncoderAndRefusesWhatIsNotStandard)
 {
     QByteArray bytes;
     for (int size = 0; size <= 512; ++size) {
@@ -58,13 +48,17 @@ TEST(Base64Test, AgreesWithAnotherEncoderForEveryByteAndLength)
         EXPECT_EQ(Base64::decode(QString::fromLatin1(encoded)), bytes);
         bytes.append(static_cast<char>(size));
     }
+    for (const char *bad : {"QQ", "QQ=", "QQ==\n", "Q Q=", "QQ__", "====", "===A", "QQ=A", "QQ==QQ=="}) {
+        EXPECT_EQ(Base64::decode(bad), std::nullopt) << bad;
+        EXPECT_EQ(Base64::decode(QString::fromLatin1(bad)), std::nullopt) << bad;
+    }
+    EXPECT_EQ(Base64::decode(u"QU\u0151B"_s), std::nullopt); // U+0151 is "Q" in its lower byte
 }
 
 TEST(ByteReaderTest, AReadPastTheEndYieldsNothingAndMovesNothing)
 {
-    const std::array<std::byte, 8> bytes{std::byte{1}, std::byte{2}, std::byte{3}, std::byte{4},
-                                         std::byte{5}, std::byte{6}, std::byte{7}, std::byte{8}};
-    ByteReader reader{bytes};
+    constexpr std::array<std::uint8_t, 8> bytes{1, 2, 3, 4, 5, 6, 7, 8};
+    ByteReader reader{std::as_bytes(std::span(bytes))};
     EXPECT_EQ(reader.readUInt16(), 0x0201);
     EXPECT_EQ(reader.readUInt64(), std::nullopt);
     EXPECT_EQ(reader.remaining(), 6U);

@@ -1,5 +1,6 @@
 #include "utils/bytes/SealedBox.h"
 
+#include "support/WipeSpy.h"
 #include "utils/bytes/Hex.h"
 
 #include <gtest/gtest.h>
@@ -10,18 +11,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-SecretBytes keyOf(const QString &hex)
-{
-    return SecretBytes(*Hex::decode(hex));
-}
-
 // Test case 14 of the GCM submission (McGrew, Viega): AES-256, zero key, nonce and plaintext block.
 TEST(SealedBoxTest, OpensThePublishedVector)
 {
-    const auto key = keyOf(QString(64, u'0'));
     const auto box = *Hex::decode(
         u"000000000000000000000000cea7403d4d606b6e074ec5d3baf39d18d0d1c8a799996bf0265b98b5d48ab919"_s);
-    EXPECT_EQ(SealedBox::open(box, key), QByteArray(16, '\0'));
+    EXPECT_EQ(SealedBox::open(box, SecretBytes(QByteArray(32, '\0'))), QByteArray(16, '\0'));
 }
 
 TEST(SealedBoxTest, EveryTamperedBitAndEveryTruncationIsRefused)
@@ -38,17 +33,31 @@ TEST(SealedBoxTest, EveryTamperedBitAndEveryTruncationIsRefused)
     }
     for (qsizetype size = 0; size < box.size(); ++size)
         EXPECT_EQ(SealedBox::open(QByteArrayView(box).first(size), key), std::nullopt) << size;
-    EXPECT_EQ(SealedBox::open(box, SecretBytes::random(32)), std::nullopt);
-    EXPECT_EQ(SealedBox::open(box, SecretBytes::random(16)), std::nullopt);
+    for (const std::size_t size : {16U, 32U})
+        EXPECT_EQ(SealedBox::open(box, SecretBytes::random(size)), std::nullopt);
     EXPECT_THROW((void)SealedBox::seal("words", SecretBytes::random(16)), std::runtime_error);
+    EXPECT_EQ(SealedBox::open(SealedBox::seal("", key), key), QByteArray(""));
 }
 
-TEST(SealedBoxTest, AnEmptyTextIsABoxOf28Bytes)
+TEST(SecretBytesTest, WhatHeldASecretIsWiped)
 {
-    const auto key = SecretBytes::random(32);
-    const QByteArray box = SealedBox::seal("", key);
-    EXPECT_EQ(box.size(), 28);
-    EXPECT_EQ(SealedBox::open(box, key), QByteArray(""));
+    WipeSpy spy(u"open sesame"_s);
+    QByteArray bytes("open sesame");
+    wipe(bytes);
+    QString text = u"open sesame"_s.repeated(2);
+    wipe(text);
+    EXPECT_EQ(spy.takeCount(), 2);
+    EXPECT_TRUE(bytes.isEmpty() && text.isEmpty());
+    {
+        SecretBytes key(QByteArray("open sesame"));
+        const SecretBytes moved = std::move(key);
+    }
+    EXPECT_EQ(spy.takeCount(), 1);
+    const QByteArray box = SealedBox::seal("open sesame", SecretBytes(QByteArray(32, 'k')));
+    QByteArray tampered = box;
+    tampered.back() ^= 1;
+    EXPECT_EQ(SealedBox::open(tampered, SecretBytes(QByteArray(32, 'k'))), std::nullopt);
+    EXPECT_EQ(spy.takeCount(), 1); // plain text that was never verified
 }
 
 } // namespace
