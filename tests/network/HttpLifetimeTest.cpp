@@ -14,30 +14,19 @@ namespace {
 // Where a request stands when it is taken away.
 enum class Stage { Resolving, AwaitingHead, Streaming };
 
-void PrintTo(Stage stage, std::ostream *out)
-{
-    *out << (stage == Stage::Resolving      ? "resolving"
-             : stage == Stage::AwaitingHead ? "waiting"
-                                            : "streaming");
-}
-
-class HttpLifetimeTest : public HttpTest, public testing::WithParamInterface<Stage> {
+class HttpLifetimeTest : public HttpTest, public testing::WithParamInterface<std::tuple<Stage, bool>> {
 protected:
     static constexpr QByteArrayView firstPart{"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf"};
 
-    std::shared_ptr<Ending> reach(Stage stage)
+    std::shared_ptr<Ending> reach()
     {
-        const auto ending = begin(
-            get(stage == Stage::Resolving ? QUrl(u"http://slow.test/"_s) : server.url()), stop.get_token());
-        switch (stage) {
-        case Stage::Resolving:
-            TestWait::until([] { return SocketSpy::slowLookupBegan.try_acquire(); });
-            break;
-        case Stage::AwaitingHead:
-            TestWait::until([&] { return server.requests().size() == 1; });
-            break;
-        case Stage::Streaming:
-            TestWait::until([&] { return server.requests().size() == 1; });
+        const bool isResolving = stage == Stage::Resolving;
+        const auto ending =
+            begin(get(isResolving ? QUrl(u"http://slow.test/"_s) : server.url()), stop.get_token());
+        TestWait::until([&] {
+            return isResolving ? SocketSpy::slowLookupBegan.try_acquire() : server.requests().size() == 1;
+        });
+        if (stage == Stage::Streaming) {
             mayAnswer.release();
             TestWait::until([&] { return ending->body == "half"; });
         }
@@ -45,53 +34,44 @@ protected:
         return ending;
     }
 
-    void release(Stage stage)
-    {
-        if (stage == Stage::Resolving)
-            SocketSpy::slowLookupMayEnd.release();
-        else
-            TestWait::until([&] { return server.closedByPeer() == 1; });
-    }
-
+    const Stage stage = std::get<Stage>(GetParam());
     QSemaphore mayAnswer;
     ScriptedServer server{[this](ScriptedServer::Connection &connection) {
         connection.readRequest();
-        if (mayAnswer.tryAcquire(1, GetParam() == Stage::Streaming ? 30'000 : 0))
+        if (mayAnswer.tryAcquire(1, stage == Stage::Streaming ? 30'000 : 0))
             connection.send(firstPart);
         connection.awaitClose();
     }};
     std::stop_source stop;
 };
 
-TEST_P(HttpLifetimeTest, StopEndsItWithinOneTurnOfTheEventLoop)
+TEST_P(HttpLifetimeTest, AStopOrTheEndOfTheSessionEndsItWithinOneTurnOfTheEventLoop)
 {
-    const auto ending = reach(GetParam());
-    stop.request_stop();
+    const bool isStopped = std::get<bool>(GetParam());
+    const auto ending = reach();
+    if (isStopped)
+        stop.request_stop();
+    else
+        session.reset();
     ASSERT_EQ(rows().size(), 1U); // gone already
     QCoreApplication::sendPostedEvents();
-    EXPECT_TRUE(ending->isDone);
-    EXPECT_TRUE(ending->isCancelled);
+    ASSERT_TRUE(ending->isDone);
+    EXPECT_EQ(ending->isCancelled, isStopped);
+    EXPECT_EQ(ending->error, isStopped ? std::nullopt : std::optional(Code::Cancelled));
     EXPECT_EQ(rows()[0].outcome.text(), u"Failed: The request was cancelled."_s);
     EXPECT_EQ(rows()[0].bytesSent, server.bytesReceived());
     EXPECT_EQ(rows()[0].bytesReceived, server.bytesSent());
-    release(GetParam());
-    EXPECT_EQ(clock.pendingAlarms(), 0U);
-}
-
-TEST_P(HttpLifetimeTest, ASessionThatGoesEndsItsRequests)
-{
-    const auto ending = reach(GetParam());
-    session.reset();
-    TestWait::until([&] { return ending->isDone; });
-    EXPECT_EQ(ending->error, Code::Cancelled);
-    ASSERT_EQ(rows().size(), 1U);
-    release(GetParam());
-    clock.advance(1h); // nothing is left that could fire
-    EXPECT_EQ(rows().size(), 1U);
+    if (stage == Stage::Resolving)
+        SocketSpy::slowLookupMayEnd.release();
+    else
+        TestWait::until([&] { return server.closedByPeer() == 1; });
+    EXPECT_EQ(clock.pendingAlarms(), 0U); // nothing is left that could fire
 }
 
 INSTANTIATE_TEST_SUITE_P(Stages, HttpLifetimeTest,
-                         testing::Values(Stage::Resolving, Stage::AwaitingHead, Stage::Streaming));
+                         testing::Combine(testing::Values(Stage::Resolving, Stage::AwaitingHead,
+                                                          Stage::Streaming),
+                                          testing::Bool()));
 
 class HttpConsumerTest : public HttpTest {};
 

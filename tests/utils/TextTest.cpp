@@ -1,5 +1,7 @@
 #include "utils/text/Text.h"
 
+#include <QStringList>
+
 #include <gtest/gtest.h>
 
 namespace morvane {
