@@ -27,7 +27,6 @@ QCoro::Task<> HttpTest::run(std::shared_ptr<CurlHttpSession> session, HttpReques
         HttpResponse response = co_await std::move(sending);
         ending->status = response.status;
         ending->url = response.url;
-        ending->headers = response.headers;
         AsyncStream<QByteArray> pieces = std::move(response.body);
         while (const auto piece = co_await pieces.next(stop))
             ending->body.append(*piece);

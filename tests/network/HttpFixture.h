@@ -19,7 +19,6 @@ protected:
     struct Ending {
         int status = 0;
         QUrl url;
-        std::vector<HttpHeader> headers;
         QByteArray body;
         std::optional<TransportError::Code> error; // also of a body that broke after its head
         bool isCancelled = false;

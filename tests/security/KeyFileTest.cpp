@@ -1,5 +1,6 @@
 #include "security/KeyFile.h"
 
+#include "support/FileSpy.h"
 #include "support/WipeSpy.h"
 
 #include <QFile>
@@ -86,14 +87,17 @@ TEST_F(KeyFileTest, NeverWritesOverWhatItCannotRead)
     EXPECT_EQ(contentsOf(path), "something else");
 }
 
-TEST_F(KeyFileTest, WipingZeroesTheBytesThatOtherNamesOfTheFileStillShow)
+TEST_F(KeyFileTest, WipingZeroesTheBytesOnTheDiskThatOtherNamesOfTheFileStillShow)
 {
     file.create();
     const QString link = folder.filePath(u"link"_s);
     ASSERT_EQ(::link(nativePath.constData(), QFile::encodeName(link).constData()), 0);
     const qsizetype size = contentsOf(link).size();
+    const FileSpy spy(folder.path());
     file.wipeOut();
     EXPECT_FALSE(file.exists());
+    EXPECT_EQ(spy.steps(), (QStringList{u"unlink new/keys"_s, u"write new/keys (deleted)"_s,
+                                        u"sync new/keys (deleted)"_s}));
     EXPECT_EQ(contentsOf(link), QByteArray(size, '\0'));
 }
 

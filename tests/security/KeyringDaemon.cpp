@@ -20,33 +20,15 @@ const QString secretsName = u"org.freedesktop.secrets"_s;
 
 // The prompts' test double that comes with the library the daemon prompts through. Resolved by name: its
 // headers would bring a widget toolkit along.
-class MockPrompter {
-    QLibrary m_library{u"gcr-base-3"_s, 1}; // before what is resolved from it
-
-public:
-    static MockPrompter &instance()
-    {
-        static MockPrompter prompter;
-        return prompter;
-    }
-
-    const char *(*start)() = resolve<const char *()>("gcr_mock_prompter_start");
-    void (*stop)() = resolve<void()>("gcr_mock_prompter_stop");
-    void (*setDelay)(unsigned) = resolve<void(unsigned)>("gcr_mock_prompter_set_delay_msec");
-    void (*expectPassword)(const char *,
-                           ...) = resolve<void(const char *, ...)>("gcr_mock_prompter_expect_password_ok");
-    void (*expectDismissal)() = resolve<void()>("gcr_mock_prompter_expect_password_cancel");
-
-private:
-    template <typename Signature>
-    Signature *resolve(const char *name)
-    {
-        const auto function = m_library.resolve(name);
-        if (!function)
-            throw std::runtime_error(m_library.errorString().toStdString());
-        return reinterpret_cast<Signature *>(function);
-    }
-};
+template <typename Signature>
+Signature *prompter(const char *function)
+{
+    static QLibrary library(u"gcr-base-3"_s, 1);
+    const auto resolved = library.resolve(function);
+    if (!resolved)
+        throw std::runtime_error(library.errorString().toStdString());
+    return reinterpret_cast<Signature *>(resolved);
+}
 
 bool isOnBus()
 {
@@ -57,13 +39,13 @@ bool isOnBus()
 
 KeyringDaemon::KeyringDaemon()
     : m_watcher(secretsName, QDBusConnection::sessionBus())
-    , m_prompter(MockPrompter::instance().start())
+    , m_prompter(prompter<const char *()>("gcr_mock_prompter_start")())
 {}
 
 KeyringDaemon::~KeyringDaemon()
 {
     stop();
-    MockPrompter::instance().stop();
+    prompter<void()>("gcr_mock_prompter_stop")();
 }
 
 void KeyringDaemon::start(Start how)
@@ -105,17 +87,17 @@ void KeyringDaemon::lock()
 
 void KeyringDaemon::expectPassword()
 {
-    MockPrompter::instance().expectPassword(password, nullptr);
+    prompter<void(const char *, ...)>("gcr_mock_prompter_expect_password_ok")(password, nullptr);
 }
 
 void KeyringDaemon::expectDismissal()
 {
-    MockPrompter::instance().expectDismissal();
+    prompter<void()>("gcr_mock_prompter_expect_password_cancel")();
 }
 
 void KeyringDaemon::setDelay(unsigned milliseconds)
 {
-    MockPrompter::instance().setDelay(milliseconds);
+    prompter<void(unsigned)>("gcr_mock_prompter_set_delay_msec")(milliseconds);
 }
 
 } // namespace morvane

@@ -65,18 +65,18 @@ TEST(PrivateFileTest, IsOnTheDiskBeforeItTakesItsPlaceAndAFailedStepLeavesTheFor
 TEST(PrivateFileTest, ReadTellsAbsentFromTooLargeFromUnreadable)
 {
     const QTemporaryDir home;
-    EXPECT_EQ(PrivateFile::read(home.filePath(u"none"_s), 10), std::nullopt);
     PrivateFile::write(home.filePath(u"big"_s), QByteArray(11, 'x'));
-    const auto statusOf = [](const QString &path) {
+    const auto statusOf = [&](const QString &name, qsizetype limit) {
         try {
-            (void)PrivateFile::read(path, 10);
-            return 0;
+            return PrivateFile::read(home.filePath(name), limit) ? 0 : ENOENT;
         } catch (const FileError &error) {
             return error.status();
         }
     };
-    EXPECT_EQ(statusOf(home.filePath(u"big"_s)), EFBIG);
-    EXPECT_EQ(statusOf(home.path()), EISDIR);
+    EXPECT_EQ(statusOf(u"none"_s, 10), ENOENT);
+    EXPECT_EQ(statusOf(u"big"_s, 11), 0);
+    EXPECT_EQ(statusOf(u"big"_s, 10), EFBIG);
+    EXPECT_EQ(statusOf(u"."_s, 10), EISDIR);
 }
 
 } // namespace
