@@ -191,10 +191,11 @@ Report checkGPUs(const Options &options)
     if (run.isGood())
         describe(report, evidence);
     run.check(u"the payload answers our nonce"_s, [&] { evidence.requireNonce(options.nonce); });
+    KnownCertificates known;
     for (std::size_t i = 0; i < evidence.gpus.size(); ++i) {
-        NvidiaGPUEvidence::Inquiry inquiry{evidence.gpus[i], static_cast<qsizetype>(i),
-                                           options.nonce,    options.pins,
-                                           options.date,     std::nullopt};
+        NvidiaGPUEvidence::Inquiry inquiry{
+            evidence.gpus[i], static_cast<qsizetype>(i), options.nonce, options.pins, options.date, known,
+            std::nullopt};
         for (const auto &check : NvidiaGPUEvidence::deviceChecks())
             run.check(u"device %1: "_s.arg(i) + check.claim, [&] { check.require(inquiry); });
     }

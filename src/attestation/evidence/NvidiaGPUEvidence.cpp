@@ -2,7 +2,6 @@
 
 #include "attestation/evidence/CaseText.h"
 #include "attestation/evidence/ECDSASignature.h"
-#include "attestation/evidence/PoolWork.h"
 #include "utils/bytes/Base64.h"
 #include "utils/bytes/Hex.h"
 #include "utils/text/Json.h"
@@ -85,8 +84,8 @@ QString chainReason(const ChainError &error)
 void requireCertificateChain(Inquiry &inquiry)
 {
     try {
-        inquiry.leaf = PEMCertificates::verifyChain(inquiry.gpu.certificateChain,
-                                                    inquiry.pins.nvidiaRootSHA256, inquiry.date);
+        inquiry.leaf = PEMCertificates::verifyChain(
+            inquiry.gpu.certificateChain, inquiry.pins.nvidiaRootSHA256, inquiry.date, inquiry.known);
     } catch (const ChainError &error) {
         throw Failure(Failure::CertificateChain{inquiry.index, chainReason(error)});
     } catch (const std::exception &) {
@@ -120,14 +119,16 @@ constexpr std::array<Check<Inquiry>, 4> bindingOrder{{
 // Checks every device and keeps the failure of the first that has one. A device behind one that is known to
 // have failed can't change the answer and is left out.
 std::exception_ptr firstFailure(const std::vector<GPU> &gpus, const QByteArray &expectedNonce,
-                                const EvidencePins &pins, const QDateTime &date)
+                                const EvidencePins &pins, const QDateTime &date,
+                                const NvidiaGPUEvidence::Spread &spread)
 {
+    KnownCertificates known;
     std::vector<std::exception_ptr> failures(gpus.size());
     std::atomic<std::size_t> firstFailed = gpus.size();
-    PoolWork::forEach(gpus.size(), [&](std::size_t i) {
+    spread(gpus.size(), [&](std::size_t i) {
         if (i > firstFailed)
             return;
-        Inquiry inquiry{gpus[i], static_cast<qsizetype>(i), expectedNonce, pins, date, std::nullopt};
+        Inquiry inquiry{gpus[i], static_cast<qsizetype>(i), expectedNonce, pins, date, known, std::nullopt};
         try {
             for (const auto &check : bindingOrder)
                 check.require(inquiry);
@@ -187,11 +188,17 @@ NvidiaGPUEvidence NvidiaGPUEvidence::parse(const QString &payload)
     return evidence;
 }
 
+void NvidiaGPUEvidence::inTurn(std::size_t count, const Piece &piece)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        piece(i);
+}
+
 void NvidiaGPUEvidence::verify(const QByteArray &expectedNonce, const EvidencePins &pins,
-                               const QDateTime &date) const
+                               const QDateTime &date, const Spread &spread) const
 {
     requireNonce(expectedNonce);
-    if (const auto failure = firstFailure(gpus, expectedNonce, pins, date))
+    if (const auto failure = firstFailure(gpus, expectedNonce, pins, date, spread))
         std::rethrow_exception(failure);
 }
 

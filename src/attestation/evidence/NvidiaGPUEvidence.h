@@ -2,13 +2,16 @@
 
 #include "attestation/evidence/Check.h"
 #include "attestation/evidence/EvidencePins.h"
+#include "attestation/evidence/KnownCertificates.h"
 #include "attestation/evidence/PEMCertificates.h"
 
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
 
+#include <cstddef>
 #include <exception>
+#include <functional>
 #include <optional>
 #include <span>
 #include <variant>
@@ -73,6 +76,7 @@ struct NvidiaGPUEvidence {
         const QByteArray &expectedNonce;
         const EvidencePins &pins;
         const QDateTime &date;
+        KnownCertificates &known;
         std::optional<PEMCertificates::Leaf> leaf; // once its chain has been verified
     };
 
@@ -83,9 +87,17 @@ struct NvidiaGPUEvidence {
     // Throws Failure.
     [[nodiscard]] static NvidiaGPUEvidence parse(const QString &payload);
 
-    // Throws the first Failure in the order of the devices. Devices are checked on the thread pool, beside
-    // the calling thread.
-    void verify(const QByteArray &expectedNonce, const EvidencePins &pins, const QDateTime &date) const;
+    // How the devices are spread over threads: calls `piece` once for each index below `count`, on as many
+    // threads at once as the caller wants to give, and returns when all are done. A piece doesn't throw.
+    using Piece = std::function<void(std::size_t)>;
+    using Spread = std::function<void(std::size_t count, const Piece &piece)>;
+
+    // One after the other on the calling thread.
+    static void inTurn(std::size_t count, const Piece &piece);
+
+    // Throws the first Failure in the order of the devices.
+    void verify(const QByteArray &expectedNonce, const EvidencePins &pins, const QDateTime &date,
+                const Spread &spread = inTurn) const;
 
     // The steps of verify(): first the payload's own nonce, then for each device these, in order.
     void requireNonce(const QByteArray &expectedNonce) const;

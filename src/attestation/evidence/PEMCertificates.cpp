@@ -1,6 +1,7 @@
 #include "attestation/evidence/PEMCertificates.h"
 
 #include "attestation/evidence/Digest.h"
+#include "attestation/evidence/KnownCertificates.h"
 #include "attestation/evidence/OpenSSLHandles.h"
 #include "utils/bytes/Base64.h"
 #include "utils/text/Text.h"
@@ -9,6 +10,7 @@
 
 #include <openssl/core_names.h>
 #include <openssl/err.h>
+#include <openssl/x509v3.h>
 
 #include <optional>
 
@@ -21,41 +23,64 @@ namespace {
 using PEMCertificates::Chain;
 using PEMCertificates::ChainError;
 
-// Nothing when the bytes aren't exactly one certificate.
-OpenSSL::Certificate parseCertificate(const QByteArray &der)
-{
-    const unsigned char *cursor = OpenSSL::bytesOf(der);
-    const unsigned char *const end = cursor + der.size();
-    OpenSSL::Certificate certificate(d2i_X509(nullptr, &cursor, static_cast<long>(der.size())));
-    if (cursor != end)
-        certificate.reset();
-    ERR_clear_error();
-    return certificate;
-}
+using Certificates = std::vector<std::shared_ptr<X509>>;
 
-std::vector<OpenSSL::Certificate> parseAll(const Chain &chain)
+Certificates readAll(const Chain &chain, KnownCertificates &known)
 {
-    std::vector<OpenSSL::Certificate> certificates;
+    Certificates certificates;
     certificates.reserve(chain.size());
     for (const QByteArray &der : chain) {
-        certificates.push_back(parseCertificate(der));
+        certificates.push_back(known.read(der));
         if (!certificates.back())
             throw ChainError(ChainError::MalformedCertificate{});
     }
     return certificates;
 }
 
-// A certificate is still valid in its last second (RFC 5280); the library's comparison leaves that second
-// out.
-int acceptLastSecond(int good, X509_STORE_CTX *context)
+int signatureError(X509 *subject, X509 *issuer, KnownCertificates &known)
 {
-    if (good == 1 || X509_STORE_CTX_get_error(context) != X509_V_ERR_CERT_HAS_EXPIRED)
-        return good;
-    const ASN1_TIME *const end = X509_get0_notAfter(X509_STORE_CTX_get_current_cert(context));
+    if (const int error = X509_check_issued(issuer, subject); error != X509_V_OK)
+        return error; // above all, a key that may not sign certificates
+    return known.isSigned(subject, issuer) ? X509_V_OK : X509_V_ERR_CERT_SIGNATURE_FAILURE;
+}
+
+// The library's comparison answers -1 for a moment up to `date`, 1 for a later one, 0 for one that it can't
+// read. A certificate is still valid in its last second (RFC 5280), which that leaves out.
+int dateError(const X509 *certificate, time_t date)
+{
+    const ASN1_TIME *const from = X509_get0_notBefore(certificate);
+    const ASN1_TIME *const to = X509_get0_notAfter(certificate);
+    const int begins = X509_cmp_time(from, &date);
+    const int ends = X509_cmp_time(to, &date);
+    if (begins == 0)
+        return X509_V_ERR_ERROR_IN_CERT_NOT_BEFORE_FIELD;
+    if (begins > 0)
+        return X509_V_ERR_CERT_NOT_YET_VALID;
+    if (ends == 0)
+        return X509_V_ERR_ERROR_IN_CERT_NOT_AFTER_FIELD;
+    return ends > 0 || ASN1_TIME_cmp_time_t(to, date) == 0 ? X509_V_OK : X509_V_ERR_CERT_HAS_EXPIRED;
+}
+
+// The library's last step, from the root down, in its order: what a certificate's issuer says of it, then its
+// dates. Ours asks KnownCertificates for a signature instead of computing it each time. The root's own
+// signature proves nothing and is left out, as the library does.
+int judgeSignaturesAndDates(X509_STORE_CTX *context)
+{
+    auto &known = *static_cast<KnownCertificates *>(X509_STORE_CTX_get_app_data(context));
     const time_t date = X509_VERIFY_PARAM_get_time(X509_STORE_CTX_get0_param(context));
-    if (ASN1_TIME_cmp_time_t(end, date) != 0)
-        return 0;
-    X509_STORE_CTX_set_error(context, X509_V_OK);
+    const STACK_OF(X509) *const chain = X509_STORE_CTX_get0_chain(context);
+    X509 *issuer = nullptr;
+    for (int depth = sk_X509_num(chain) - 1; depth >= 0; --depth) {
+        X509 *const subject = sk_X509_value(chain, depth);
+        int error = issuer ? signatureError(subject, issuer, known) : X509_V_OK;
+        if (error == X509_V_OK)
+            error = dateError(subject, date);
+        if (error != X509_V_OK) {
+            X509_STORE_CTX_set_error(context, error);
+            return 0;
+        }
+        issuer = subject;
+    }
     return 1;
 }
 
@@ -69,12 +94,13 @@ OpenSSL::Store storeTrusting(X509 *root, const QDateTime &date)
     X509_VERIFY_PARAM_set_time(rules, static_cast<time_t>(date.toSecsSinceEpoch()));
     X509_VERIFY_PARAM_set_flags(rules, X509_V_FLAG_PARTIAL_CHAIN); // the pin decides what a root is
     X509_VERIFY_PARAM_set_auth_level(rules, 2);                    // 112 bits: no SHA-1, no short keys
-    X509_STORE_set_verify_cb(store.get(), acceptLastSecond);
+    X509_STORE_set_verify(store.get(), judgeSignaturesAndDates);
     return store;
 }
 
 // The library's reason for refusing the chain; nothing when it accepts it.
-std::optional<QString> refusal(const std::vector<OpenSSL::Certificate> &certificates, const QDateTime &date)
+std::optional<QString> refusal(const Certificates &certificates, const QDateTime &date,
+                               KnownCertificates &known)
 {
     const OpenSSL::BorrowingStack others(sk_X509_new_null());
     const OpenSSL::Store store = storeTrusting(certificates.back().get(), date);
@@ -85,6 +111,7 @@ std::optional<QString> refusal(const std::vector<OpenSSL::Certificate> &certific
     if (!assembled ||
         X509_STORE_CTX_init(context.get(), store.get(), certificates.front().get(), others.get()) != 1)
         return u"the chain could not be assembled"_s;
+    X509_STORE_CTX_set_app_data(context.get(), &known);
     if (X509_verify_cert(context.get()) == 1)
         return std::nullopt;
     const int error = X509_STORE_CTX_get_error(context.get());
@@ -123,19 +150,26 @@ Chain PEMCertificates::blocks(QByteArrayView utf8)
 }
 
 PEMCertificates::Leaf PEMCertificates::verifyChain(const Chain &chain, const QString &pinnedRootSHA256,
-                                                   const QDateTime &date)
+                                                   const QDateTime &date, KnownCertificates &known)
 {
     if (chain.empty())
         throw ChainError(ChainError::MalformedCertificate{});
     const QString rootSHA256 = Digest::sha256Hex(chain.back());
     if (rootSHA256 != pinnedRootSHA256.toLower())
         throw ChainError(ChainError::RootNotPinned{rootSHA256});
-    auto certificates = parseAll(chain);
-    const auto reason = refusal(certificates, date);
+    const Certificates certificates = readAll(chain, known);
+    const auto reason = refusal(certificates, date, known);
     ERR_clear_error();
     if (reason)
         throw ChainError(ChainError::ChainRejected{*reason});
-    return Leaf(std::move(certificates.front()));
+    return Leaf(certificates.front());
+}
+
+PEMCertificates::Leaf PEMCertificates::verifyChain(const Chain &chain, const QString &pinnedRootSHA256,
+                                                   const QDateTime &date)
+{
+    KnownCertificates none;
+    return verifyChain(chain, pinnedRootSHA256, date, none);
 }
 
 QByteArray PEMCertificates::Leaf::publicKey() const
@@ -154,7 +188,7 @@ QByteArray PEMCertificates::Leaf::publicKey() const
 
 QByteArray PEMCertificates::leafPublicKey(const QByteArray &certificate)
 {
-    return Leaf(parseCertificate(certificate)).publicKey();
+    return Leaf(KnownCertificates().read(certificate)).publicKey();
 }
 
 } // namespace morvane

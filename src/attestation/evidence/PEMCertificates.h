@@ -13,6 +13,8 @@ using X509 = struct x509_st;
 
 namespace morvane {
 
+class KnownCertificates;
+
 // PEM text to certificates, and a chain judged against one pinned root at a given date. Nothing else is
 // trusted and nothing is fetched. Any thread.
 namespace PEMCertificates {
@@ -73,6 +75,10 @@ private:
 // Returns when `chain` leads from its first certificate to its last, that root is the pinned one, and all are
 // valid at `date`. Throws ChainError. `pinnedRootSHA256` is hexadecimal in either letter case.
 Leaf verifyChain(const Chain &chain, const QString &pinnedRootSHA256, const QDateTime &date);
+
+// The same for one of several chains that share certificates. `known` spares work and changes no answer.
+Leaf verifyChain(const Chain &chain, const QString &pinnedRootSHA256, const QDateTime &date,
+                 KnownCertificates &known);
 
 // The same key from a certificate that nobody has read yet. Throws ChainError::NoPublicKey also when it can't
 // be read.

@@ -109,7 +109,8 @@ void requireGraphicsHardware(Inquiry &inquiry)
     require(payload && !inquiry.question.document.gpuEvidenceOmitted, Plain::gpuEvidenceMissing);
     try {
         const auto evidence = NvidiaGPUEvidence::parse(*payload);
-        evidence.verify(inquiry.question.nonce, inquiry.question.pins, inquiry.question.date);
+        evidence.verify(inquiry.question.nonce, inquiry.question.pins, inquiry.question.date,
+                        inquiry.question.spread);
         inquiry.gpuCount = static_cast<qsizetype>(evidence.gpus.size());
     } catch (const NvidiaGPUEvidence::Failure &failure) {
         throw Failure(Failure::GPUEvidence{failure});

@@ -102,6 +102,7 @@ struct Question {
     VeniceMeasurementAllowlist allowlist;
     EvidencePins pins;
     QDateTime date; // the certificates must be valid then
+    NvidiaGPUEvidence::Spread spread = NvidiaGPUEvidence::inTurn;
 };
 
 struct Inquiry {

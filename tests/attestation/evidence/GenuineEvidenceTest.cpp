@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -27,17 +29,14 @@ protected:
         return file.readAll();
     }
 
-    static QDateTime date(const char *iso)
-    {
-        return QDateTime::fromString(QString::fromLatin1(iso), Qt::ISODate);
-    }
-
-    static QString quoteVerdict(const TDXQuote &quote, const char *iso)
+    // "ok", or the failure with which the evidence is judged at a date.
+    template <typename Failure>
+    static QString verdict(const char *iso, const std::function<void(const QDateTime &)> &verify)
     {
         try {
-            TDXQuoteVerifier::verify(quote, EvidencePins::ofThisBuild(), date(iso));
+            verify(QDateTime::fromString(QString::fromLatin1(iso), Qt::ISODate));
             return u"ok"_s;
-        } catch (const TDXQuoteVerifier::Failure &failure) {
+        } catch (const Failure &failure) {
             return failure.caseText();
         }
     }
@@ -55,48 +54,32 @@ TEST_F(GenuineEvidenceTest, TheQuoteHoldsWhileItsCertificatesDo)
 {
     const TDXQuote quote = TDXQuote::parse(contents(u"tdx_quote.bin"_s));
     EXPECT_EQ(quote.certificateChain.size(), 3U);
-    EXPECT_EQ(quote.report.composeHash(), std::nullopt);
-    EXPECT_EQ(quoteVerdict(quote, "2026-09-01T00:00:00Z"), u"ok"_s);
-    EXPECT_EQ(quoteVerdict(quote, "2025-02-06T23:25:51Z"), u"ok"_s);
-    EXPECT_EQ(quoteVerdict(quote, "2032-02-06T23:25:51Z"), u"ok"_s);
-    EXPECT_EQ(quoteVerdict(quote, "2025-02-06T23:25:50Z"),
-              u"certificateChain(\"certificate is not yet valid\")"_s);
-    EXPECT_EQ(quoteVerdict(quote, "2032-02-06T23:25:52Z"),
-              u"certificateChain(\"certificate has expired\")"_s);
-}
-
-TEST_F(GenuineEvidenceTest, NoSignedByteMayChange)
-{
-    const QByteArray bytes = contents(u"tdx_quote.bin"_s);
-    for (qsizetype at = 8; at < 632; at += 13) {
-        QByteArray changed = bytes;
-        changed[at] = static_cast<char>(changed[at] ^ 0x02);
-        ASSERT_EQ(quoteVerdict(TDXQuote::parse(changed), "2026-09-01T00:00:00Z"), u"quoteSignatureInvalid"_s)
-            << at;
-    }
+    const auto verdictAt = [&quote](const char *iso) {
+        return verdict<TDXQuoteVerifier::Failure>(iso, [&quote](const QDateTime &date) {
+            TDXQuoteVerifier::verify(quote, EvidencePins::ofThisBuild(), date);
+        });
+    };
+    EXPECT_EQ(verdictAt("2025-02-06T23:25:50Z"), u"certificateChain(\"certificate is not yet valid\")"_s);
+    EXPECT_EQ(verdictAt("2025-02-06T23:25:51Z"), u"ok"_s);
+    EXPECT_EQ(verdictAt("2032-02-06T23:25:51Z"), u"ok"_s);
+    EXPECT_EQ(verdictAt("2032-02-06T23:25:52Z"), u"certificateChain(\"certificate has expired\")"_s);
 }
 
 TEST_F(GenuineEvidenceTest, TheGraphicsChipHolds)
 {
-    const auto evidence = NvidiaGPUEvidence::parse(QString::fromUtf8(contents(u"nvidia_payload.json"_s)));
+    auto evidence = NvidiaGPUEvidence::parse(QString::fromUtf8(contents(u"nvidia_payload.json"_s)));
     const auto nonce =
         QByteArray::fromHex("e97b23a1718095a0e9e35edca810768c70a6a5a389b705e753b197912bc11576");
-    const auto pins = EvidencePins::ofThisBuild();
+    const auto verdictAt = [&](const char *iso) {
+        return verdict<NvidiaGPUEvidence::Failure>(
+            iso, [&](const QDateTime &date) { evidence.verify(nonce, EvidencePins::ofThisBuild(), date); });
+    };
     ASSERT_EQ(evidence.gpus.size(), 1U);
-    EXPECT_EQ(evidence.gpus[0].architecture, u"HOPPER"_s);
     EXPECT_EQ(evidence.gpus[0].certificateChain.size(), 5U);
-    EXPECT_NO_THROW(evidence.verify(nonce, pins, date("2026-09-01T00:00:00Z")));
-    EXPECT_NO_THROW(evidence.verify(nonce, pins, date("9999-12-31T23:59:59Z")));
-    EXPECT_THROW(evidence.verify(nonce, pins, date("2022-02-28T23:59:59Z")), NvidiaGPUEvidence::Failure);
-
-    auto changed = evidence;
-    changed.gpus[0].report[500] = static_cast<char>(changed.gpus[0].report[500] ^ 1);
-    try {
-        changed.verify(nonce, pins, date("2026-09-01T00:00:00Z"));
-        ADD_FAILURE();
-    } catch (const NvidiaGPUEvidence::Failure &failure) {
-        EXPECT_EQ(failure.caseText(), u"signatureInvalid(0)"_s);
-    }
+    EXPECT_EQ(verdictAt("2022-02-28T23:59:59Z"), u"certificateChain(0, \"certificate is not yet valid\")"_s);
+    EXPECT_EQ(verdictAt("9999-12-31T23:59:59Z"), u"ok"_s);
+    evidence.gpus[0].report[500] = static_cast<char>(evidence.gpus[0].report[500] ^ 1);
+    EXPECT_EQ(verdictAt("2026-09-01T00:00:00Z"), u"signatureInvalid(0)"_s);
 }
 
 } // namespace morvane

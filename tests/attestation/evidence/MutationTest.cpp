@@ -1,4 +1,4 @@
-#include "support/evidence/TestAuthority.h"
+#include "evidence/TestAuthority.h"
 
 #include <QCryptographicHash>
 #include <QJsonArray>
@@ -15,21 +15,78 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+using S = Scenario;
+using DER = std::vector<QByteArray>;
+using Edit = std::function<void(S &)>;
+
 struct Row {
     const char *name;
-    void (*bend)(Scenario &);
-    QString verdict;
+    Edit edit;
+    std::string verdict;
 };
 
-using Document = QJsonObject &;
-
-void expectVerdicts(std::initializer_list<Row> rows)
+std::string verdictOf(const Edit &edit)
 {
-    for (const Row &row : rows) {
-        Scenario scenario;
-        row.bend(scenario);
-        EXPECT_EQ(scenario.verdict().toStdString(), row.verdict.toStdString()) << row.name;
-    }
+    Scenario scenario;
+    edit(scenario);
+    return scenario.verdict().toStdString();
+}
+
+Edit both(Edit first, Edit second)
+{
+    return [=](S &s) {
+        first(s);
+        second(s);
+    };
+}
+
+// A hook that does what it did, then `change`.
+template <typename Piece, typename Change>
+void also(std::function<void(Piece &)> &hook, Change change)
+{
+    hook = [before = std::move(hook), change](Piece &piece) {
+        before(piece);
+        change(piece);
+    };
+}
+
+const QJsonValue absent(QJsonValue::Undefined);
+
+auto member(const char *key, const QJsonValue &value)
+{
+    return [=](QJsonObject &object) { object.insert(QLatin1StringView(key), value); };
+}
+
+Edit document(const char *key, const QJsonValue &value)
+{
+    return [=](S &s) { also(s.onDocument, member(key, value)); };
+}
+
+Edit info(const char *key, const QJsonValue &value)
+{
+    return [=](S &s) { also(s.onInfo, member(key, value)); };
+}
+
+Edit quoteInBase64(const QJsonValue &hex)
+{
+    const QString base64 = QString::fromLatin1(Scenario().quoteBytes().toBase64());
+    return both(document("quote_b64", base64), document("intel_quote", hex));
+}
+
+Edit keyUnderItsOtherName(const QJsonValue &underTheFirst)
+{
+    const QString hex = QString::fromLatin1(KnownKey::publicKey().toHex());
+    return both(document("signing_public_key", hex), document("signing_key", underTheFirst));
+}
+
+Edit payload(const char *key, const QJsonValue &value)
+{
+    return [=](S &s) { also(s.onPayload, member(key, value)); };
+}
+
+Edit device(std::size_t index, const char *key, const QJsonValue &value)
+{
+    return [=](S &s) { also(s.gpus[index].onEntry, member(key, value)); };
 }
 
 void flip(QByteArray &bytes, qsizetype at)
@@ -37,684 +94,296 @@ void flip(QByteArray &bytes, qsizetype at)
     bytes[at] = static_cast<char>(bytes[at] ^ 0x10);
 }
 
-template <qsizetype at>
-void flipInQuote(Scenario &s)
+Edit quoteByte(qsizetype at)
 {
-    s.quote.onQuote = [](QByteArray &quote) { flip(quote, at); };
+    return [=](S &s) { also(s.quote.onQuote, [=](QByteArray &quote) { flip(quote, at); }); };
 }
 
-template <qsizetype at>
-void flipInQEReport(Scenario &s)
+Edit enclaveByte(qsizetype at)
 {
-    s.quote.onQEReport = [](QByteArray &report) { flip(report, at); };
+    return [=](S &s) { s.quote.onQEReport = [=](QByteArray &report) { flip(report, at); }; };
 }
 
-QByteArray hexOf(const QJsonObject &object, QLatin1StringView key)
+Edit deviceByte(std::size_t index, qsizetype at)
 {
-    return QByteArray::fromHex(object[key].toString().toLatin1());
+    return [=](S &s) { s.gpus[index].onReport = [=](QByteArray &report) { flip(report, at); }; };
 }
 
-void replaceInfo(Document document, QLatin1StringView key, const QJsonValue &value)
+// A byte of the trust domain's report, before it is signed.
+Edit measured(QByteArray TDXQuote::TDReport::*field, qsizetype at)
 {
-    QJsonObject info = document["info"_L1].toObject();
-    info[key] = value;
-    document["info"_L1] = info;
+    return [=](S &s) { also(s.onReport, [=](auto &report) { flip(report.*field, at); }); };
 }
 
-void setHost(Scenario &s, const QString &host)
+Edit chain(std::function<void(DER &)> change)
 {
-    s.configurationText.replace(u"host-7"_s, host);
+    return [=](S &s) { also(s.quote.onChain, change); };
+}
+
+Edit host(const QString &label)
+{
+    return [=](S &s) { s.configurationText.replace(u"host-7"_s, label); };
+}
+
+Edit accepted(std::function<void(VeniceMeasurementAllowlist::Stack &)> change)
+{
+    return [=](S &s) { s.onAcceptedStack = change; };
+}
+
+Edit event(std::size_t index, const VeniceBootEvent &event)
+{
+    return [=](S &s) { s.stack.bootEvents[index] = event; };
 }
 
 // The leaf certificate speaks for a key that didn't sign the quoting enclave's report.
-void replaceLeafKey(Scenario &s, SigningKey::Curve curve)
+Edit leafKey(SigningKey::Curve curve)
 {
-    s.quote.onChain = [leaf = s.quote.chain[0], curve](auto &chain) mutable {
+    return [=](S &s) {
+        CertificateRecipe leaf = s.quote.chain[0];
         leaf.key = SigningKey(curve);
-        chain[0] = leaf.mint();
+        s.quote.onChain = [leaf](DER &chain) { chain[0] = leaf.mint(); };
     };
 }
 
-// A root of the right name that nobody pinned.
-const QByteArray &strangeRoot()
+// A root that nobody pinned here.
+void endInStrangeRoot(DER &chain)
 {
-    static const QByteArray root = [] {
-        const SigningKey key(SigningKey::Curve::P256);
-        return CertificateRecipe{u"Strange Root"_s, key, u"Strange Root"_s, key}.mint();
-    }();
-    return root;
+    static const SigningKey key(SigningKey::Curve::P256);
+    static const QByteArray root = CertificateRecipe{u"Strange Root"_s, key, u"Strange Root"_s, key}.mint();
+    chain.back() = root;
 }
 
-QString strangeRootReason()
+std::string unexpectedRoot()
 {
-    const QString digest =
-        QString::fromLatin1(QCryptographicHash::hash(strangeRoot(), QCryptographicHash::Sha256).toHex());
-    return u"the chain ends at an unexpected root (%1)"_s.arg(digest.left(16));
+    DER chain(1);
+    endInStrangeRoot(chain);
+    const auto digest = QCryptographicHash::hash(chain[0], QCryptographicHash::Sha256).toHex();
+    return "the chain ends at an unexpected root (" + digest.first(16).toStdString() + ")";
 }
 
-QString chainFailure(const QString &reason)
+// A failure inside another, with one text in it.
+std::string text(const std::string &before, const std::string &words)
 {
-    return u"quote(certificateChain(\"%1\"))"_s.arg(reason);
+    return before + "\"" + words + "\"))";
 }
 
-QString gpuChainFailure(int index, const QString &reason)
+Edit leaf(std::function<void(CertificateRecipe &)> change)
 {
-    return u"gpuEvidence(certificateChain(%1, \"%2\"))"_s.arg(index).arg(reason);
+    return [=](S &s) { change(s.quote.chain[0]); };
 }
 
+// All but the bent certificate is as the first device's good chain has it.
+Edit ofSecondDevice(std::size_t index, std::function<void(CertificateRecipe &)> change)
+{
+    return [=](S &s) { change(s.gpus[1].chain[index]); };
+}
+
+using Report = TDXQuote::TDReport;
+constexpr auto P256 = SigningKey::Curve::P256;
+constexpr auto P384 = SigningKey::Curve::P384;
 const QDateTime past(QDate(2026, 1, 1), QTime(0, 0), Qt::UTC);
-const QDateTime future(QDate(2027, 1, 1), QTime(0, 0), Qt::UTC);
-const QString malformedPayload = u"gpuEvidence(malformedPayload)"_s;
-const QString notListed = u"measurementsNotAllowed(\"e2ee-test-model\")"_s;
-const QString bootMismatch = u"configuration(bootMeasurementMismatch)"_s;
 
 } // namespace
 
 TEST(MutationTest, WhatAGoodProofMayVary)
 {
-    expectVerdicts({
-        {"nothing", [](Scenario &) {}, u"ok"_s},
-        {"upper-case hex with prefix",
-         [](Scenario &s) {
-             s.onDocument = [](Document d) {
-                 d["intel_quote"_L1] = u"0x"_s + d["intel_quote"_L1].toString().toUpper();
-             };
-         },
-         u"ok"_s},
-        {"quote in base64",
-         [](Scenario &s) {
-             s.onDocument = [](Document d) {
-                 d["quote_b64"_L1] = QString::fromLatin1(hexOf(d, "intel_quote"_L1).toBase64());
-                 d["intel_quote"_L1] = u""_s;
-             };
-         },
-         u"ok"_s},
-        {"key under its other name",
-         [](Scenario &s) {
-             s.onDocument = [](Document d) {
-                 d["signing_public_key"_L1] = d["signing_key"_L1];
-                 d["signing_key"_L1] = 5;
-             };
-         },
-         u"ok"_s},
-        {"no stated address",
-         [](Scenario &s) { s.onDocument = [](Document d) { d.remove(u"signing_address"_s); }; }, u"ok"_s},
-        {"server does not call itself verified",
-         [](Scenario &s) { s.onDocument = [](Document d) { d["verified"_L1] = false; }; }, u"ok"_s},
-        {"tcb_info as text",
-         [](Scenario &s) {
-             s.onDocument = [](Document d) {
-                 const auto tcb = d["info"_L1].toObject()["tcb_info"_L1].toObject();
-                 replaceInfo(d, "tcb_info"_L1, QString::fromUtf8(QJsonDocument(tcb).toJson()));
-             };
-         },
-         u"ok"_s},
-        {"bytes behind every block",
-         [](Scenario &s) {
-             s.quote.onCertificationData = [](QByteArray &data) { data += "extra"; };
-             s.quote.onSignatureData = [](QByteArray &data) { data += "extra"; };
-             s.quote.onQuote = [](QByteArray &quote) { quote += QByteArray(70, '\0'); };
-         },
-         u"ok"_s},
-        {"chain text with CR LF, blanks and a zero byte",
-         [](Scenario &s) {
-             s.quote.onPEM = [](QByteArray &pem) { pem = " note\n" + pem.replace("\n", " \r\n") + '\0'; };
-         },
-         u"ok"_s},
-        {"other attributes of the trust domain",
-         [](Scenario &s) { s.onReport = [](auto &r) { r.tdAttributes = QByteArray(8, '\xfe'); }; }, u"ok"_s},
-        {"list in upper case",
-         [](Scenario &s) {
-             s.onAcceptedStack = [](auto &stack) {
-                 stack.mrtd = stack.mrtd.toUpper();
-                 stack.configurations[0].prefixSHA256 = stack.configurations[0].prefixSHA256.toUpper();
-             };
-         },
-         u"ok"_s},
-        {"pin in upper case", [](Scenario &s) { s.pins.intelRootSHA256 = s.pins.intelRootSHA256.toUpper(); },
-         u"ok"_s},
-        {"longest host label", [](Scenario &s) { setHost(s, QString(31, u'a') + u'-'); }, u"ok"_s},
-        {"no GPU evidence where none is asked for",
-         [](Scenario &s) {
-             s.stack.requiresGPUEvidence = false;
-             s.onDocument = [](Document d) { d.remove(u"nvidia_payload"_s); };
-         },
-         u"ok"_s},
-        {"bad GPU evidence where none is asked for",
-         [](Scenario &s) {
-             s.stack.requiresGPUEvidence = false;
-             s.onDocument = [](Document d) { d["nvidia_payload"_L1] = u"junk"_s; };
-         },
-         u"ok"_s},
-        {"last second of a certificate", [](Scenario &s) { s.quote.chain[0].to = s.date; }, u"ok"_s},
-        {"first second of a certificate", [](Scenario &s) { s.quote.chain[0].from = s.date; }, u"ok"_s},
-    });
-}
-
-TEST(MutationTest, TheDocument)
-{
-    const auto wrongModel = [](const char *answered) {
-        return u"wrongModel(\"e2ee-test-model\", \"%1\")"_s.arg(QLatin1StringView(answered));
+    const QString hex = u"0x"_s + QString::fromLatin1(Scenario().quoteBytes().toHex().toUpper());
+    const auto more = [](QByteArray &data) { data += "extra"; };
+    const auto untidyPEM = [](QByteArray &pem) { pem = " note\n" + pem.replace("\n", " \r\n") + '\0'; };
+    const QJsonObject tcbInfo{{u"app_compose"_s, Scenario().configurationText}};
+    const QString tcbText = QString::fromUtf8(QJsonDocument(tcbInfo).toJson());
+    const Edit noGPUs = [](S &s) { s.stack.requiresGPUEvidence = false; };
+    const Edit edits[] = {
+        document("intel_quote", hex),
+        quoteInBase64(""),
+        keyUnderItsOtherName(5),
+        document("signing_address", absent),
+        info("tcb_info", tcbText),
+        [=](S &s) { s.quote.onCertificationData = s.quote.onSignatureData = s.quote.onQuote = more; },
+        [=](S &s) { s.quote.onPEM = untidyPEM; },
+        [](S &s) { s.onReport = [](auto &r) { r.tdAttributes.fill('\xfe'); }; },
+        accepted([](auto &t) { t.mrtd = t.mrtd.toUpper(); }),
+        accepted(
+            [](auto &t) { t.configurations[0].prefixSHA256 = t.configurations[0].prefixSHA256.toUpper(); }),
+        [](S &s) { s.pins.intelRootSHA256 = s.pins.intelRootSHA256.toUpper(); },
+        host(QString(31, u'a') + u'-'),
+        both(noGPUs, document("nvidia_payload", "junk")),
+        [](S &s) { s.quote.chain[0].to = s.date; },
+        [](S &s) { s.quote.chain[0].from = s.date; },
     };
-    expectVerdicts({
-        {"quote not hex",
-         [](Scenario &s) { s.onDocument = [](Document d) { d["intel_quote"_L1] = u"zz"_s; }; }, u"noQuote"_s},
-        {"quote not hex, good base64 beside it",
-         [](Scenario &s) {
-             s.onDocument = [](Document d) {
-                 d["quote_b64"_L1] = QString::fromLatin1(hexOf(d, "intel_quote"_L1).toBase64());
-                 d["intel_quote"_L1] = u"123"_s;
-             };
-         },
-         u"noQuote"_s},
-        {"no quote", [](Scenario &s) { s.onDocument = [](Document d) { d.remove(u"intel_quote"_s); }; },
-         u"noQuote"_s},
-        {"bad base64",
-         [](Scenario &s) {
-             s.onDocument = [](Document d) {
-                 d.remove(u"intel_quote"_s);
-                 d["quote_b64"_L1] = u"QQ=="_s + u"!"_s;
-             };
-         },
-         u"noQuote"_s},
-        {"key of 64 bytes", [](Scenario &s) { s.signingKey = s.signingKey.mid(1); },
-         u"malformedSigningKey"_s},
-        {"key of 66 bytes", [](Scenario &s) { s.signingKey += '\x01'; }, u"malformedSigningKey"_s},
-        {"key with another first byte", [](Scenario &s) { s.signingKey[0] = 2; }, u"malformedSigningKey"_s},
-        {"key not hex", [](Scenario &s) { s.onDocument = [](Document d) { d["signing_key"_L1] = u"xy"_s; }; },
-         u"malformedSigningKey"_s},
-        {"no key", [](Scenario &s) { s.onDocument = [](Document d) { d.remove(u"signing_key"_s); }; },
-         u"noSigningKey"_s},
-        {"empty key hides its other name",
-         [](Scenario &s) {
-             s.onDocument = [](Document d) {
-                 d["signing_public_key"_L1] = d["signing_key"_L1];
-                 d["signing_key"_L1] = u""_s;
-             };
-         },
-         u"noSigningKey"_s},
-        {"address of 19 bytes",
-         [](Scenario &s) { s.onDocument = [](Document d) { d["signing_address"_L1] = QString(38, u'a'); }; },
-         u"malformedSigningAddress"_s},
-        {"address not hex",
-         [](Scenario &s) { s.onDocument = [](Document d) { d["signing_address"_L1] = u"0xg0"_s; }; },
-         u"malformedSigningAddress"_s},
-        {"another address",
-         [](Scenario &s) { s.onDocument = [](Document d) { d["signing_address"_L1] = QString(40, u'a'); }; },
-         u"statedAddressDoesNotMatchKey"_s},
-        {"another address before a broken quote",
-         [](Scenario &s) {
-             s.onDocument = [](Document d) {
-                 d["signing_address"_L1] = QString(40, u'a');
-                 d["intel_quote"_L1] = u"00"_s;
-             };
-         },
-         u"statedAddressDoesNotMatchKey"_s},
-        {"another model", [](Scenario &s) { s.model = u"e2ee-other"_s; }, wrongModel("e2ee-other")},
-        {"model in another case", [](Scenario &s) { s.model = u"E2EE-test-model"_s; },
-         wrongModel("E2EE-test-model")},
-        {"model that would forge a line", [](Scenario &s) { s.model = u"x\")\nverdict: ok"_s; },
-         wrongModel("x\\\")\\u000averdict: ok")},
-        {"no model", [](Scenario &s) { s.onDocument = [](Document d) { d.remove(u"model"_s); }; },
-         wrongModel("")},
-        {"no nonce", [](Scenario &s) { s.onDocument = [](Document d) { d.remove(u"nonce"_s); }; },
-         u"nonceMismatch"_s},
-        {"nonce not hex", [](Scenario &s) { s.onDocument = [](Document d) { d["nonce"_L1] = u"5"_s; }; },
-         u"nonceMismatch"_s},
-        {"stale nonce", [](Scenario &s) { flip(s.nonce, 31); }, u"nonceMismatch"_s},
-        {"short nonce", [](Scenario &s) { s.nonce.chop(1); }, u"nonceMismatch"_s},
-    });
+    for (const Edit &edit : edits)
+        EXPECT_EQ(verdictOf(edit), "ok") << &edit - edits;
 }
 
-TEST(MutationTest, TheQuotesForm)
+TEST(MutationTest, EachFaultHasItsFailure)
 {
-    const auto malformed = [](const QString &error) { return u"quoteMalformed(%1)"_s.arg(error); };
-    expectVerdicts({
-        {"empty", [](Scenario &s) { s.onDocument = [](Document d) { d["intel_quote"_L1] = u"0x"_s; }; },
-         malformed(u"tooShort(\"version\")"_s)},
-        {"version", [](Scenario &s) { s.quote.version = 5; }, malformed(u"unsupportedVersion(5)"_s)},
-        {"version before TEE type",
-         [](Scenario &s) {
-             s.quote.version = 5;
-             s.quote.teeType = 0;
-         },
-         malformed(u"unsupportedVersion(5)"_s)},
-        {"TEE type", [](Scenario &s) { s.quote.teeType = 0x81000000; },
-         malformed(u"unsupportedTEEType(2164260864)"_s)},
-        {"TEE type before key type",
-         [](Scenario &s) {
-             s.quote.teeType = 0;
-             s.quote.attestationKeyType = 3;
-         },
-         malformed(u"unsupportedTEEType(0)"_s)},
-        {"key type", [](Scenario &s) { s.quote.attestationKeyType = 3; },
-         malformed(u"unsupportedAttestationKeyType(3)"_s)},
-        {"certification data type", [](Scenario &s) { s.quote.certificationDataType = 5; },
-         malformed(u"unexpectedCertificationDataType(5)"_s)},
-        {"PCK data type", [](Scenario &s) { s.quote.pckDataType = 6; },
-         malformed(u"unexpectedCertificationDataType(6)"_s)},
-        {"certification data past its block, bytes behind",
-         [](Scenario &s) {
-             s.quote.onSignatureData = [](QByteArray &data) { data[133] = 1; };
-             s.quote.onQuote = [](QByteArray &quote) { quote += QByteArray(4096, 'x'); };
-         },
-         malformed(u"tooShort(\"certification data\")"_s)},
-        {"signature data of 4 GiB",
-         [](Scenario &s) { s.quote.onQuote = [](QByteArray &q) { q.replace(632, 4, "\xff\xff\xff\xff"); }; },
-         malformed(u"tooShort(\"signature data\")"_s)},
-        {"authentication data past its block",
-         [](Scenario &s) { s.quote.onCertificationData = [](QByteArray &data) { data[449] = '\xff'; }; },
-         malformed(u"tooShort(\"QE auth data\")"_s)},
-        {"chain past its block",
-         [](Scenario &s) { s.quote.onCertificationData = [](QByteArray &d) { d.chop(1); }; },
-         malformed(u"tooShort(\"PCK chain\")"_s)},
-        {"block without an end",
-         [](Scenario &s) { s.quote.onPEM = [](QByteArray &pem) { pem.truncate(pem.indexOf("-----END")); }; },
-         malformed(u"noCertificates"_s)},
-        {"blocks of bad base64",
-         [](Scenario &s) { s.quote.onPEM = [](QByteArray &pem) { pem.replace("MII", "M!I"); }; },
-         malformed(u"noCertificates"_s)},
-    });
-}
-
-TEST(MutationTest, TheQuotesBinding)
-{
-    expectVerdicts({
-        {"another key's address", [](Scenario &s) { s.onReport = [](auto &r) { flip(r.reportData, 0); }; },
-         u"reportDataDoesNotBindKey"_s},
-        {"last byte of the address",
-         [](Scenario &s) { s.onReport = [](auto &r) { flip(r.reportData, 19); }; },
-         u"reportDataDoesNotBindKey"_s},
-        {"no zero behind the address",
-         [](Scenario &s) { s.onReport = [](auto &r) { flip(r.reportData, 25); }; },
-         u"reportDataDoesNotBindKey"_s},
-        {"no zero before the nonce",
-         [](Scenario &s) { s.onReport = [](auto &r) { flip(r.reportData, 31); }; },
-         u"reportDataDoesNotBindKey"_s},
-        {"first byte of the nonce", [](Scenario &s) { s.onReport = [](auto &r) { flip(r.reportData, 32); }; },
-         u"reportDataDoesNotBindNonce"_s},
-        {"last byte of the nonce", [](Scenario &s) { s.onReport = [](auto &r) { flip(r.reportData, 63); }; },
-         u"reportDataDoesNotBindNonce"_s},
-        {"binding before hardware",
-         [](Scenario &s) {
-             s.onReport = [](auto &r) {
-                 flip(r.reportData, 0);
-                 r.tdAttributes[0] = 1;
-             };
-         },
-         u"reportDataDoesNotBindKey"_s},
-    });
-}
-
-TEST(MutationTest, TheQuotesSignatures)
-{
-    const QString quoteSignature = u"quote(quoteSignatureInvalid)"_s;
-    const QString enclaveSignature = u"quote(quotingEnclaveSignatureInvalid)"_s;
-    expectVerdicts({
-        {"debug", [](Scenario &s) { s.onReport = [](auto &r) { r.tdAttributes[0] = 1; }; },
-         u"quote(debugEnclave)"_s},
-        {"debug before signature",
-         [](Scenario &s) {
-             s.onReport = [](auto &r) { r.tdAttributes[0] = '\xff'; };
-             flipInQuote<650>(s);
-         },
-         u"quote(debugEnclave)"_s},
-        {"header tail", flipInQuote<8>, quoteSignature},
-        {"mrseam", flipInQuote<70>, quoteSignature},
-        {"mrtd", flipInQuote<184>, quoteSignature},
-        {"rtmr3", flipInQuote<567>, quoteSignature},
-        {"first byte of r", flipInQuote<636>, quoteSignature},
-        {"last byte of s", flipInQuote<699>, quoteSignature},
-        {"no signature",
-         [](Scenario &s) {
-             s.quote.onQuote = [](QByteArray &q) { q.replace(636, 64, QByteArray(64, '\0')); };
-         },
-         quoteSignature},
-        {"key off its curve", flipInQuote<700>, quoteSignature},
-        {"key of zeros",
-         [](Scenario &s) {
-             s.quote.onQuote = [](QByteArray &q) { q.replace(700, 64, QByteArray(64, '\0')); };
-         },
-         quoteSignature},
-        {"signature before chain",
-         [](Scenario &s) {
-             s.quote.chain[0].to = past;
-             flipInQuote<636>(s);
-         },
-         quoteSignature},
-        {"first byte of the QE report", flipInQuote<770>, enclaveSignature},
-        {"last byte of the QE report", flipInQuote<1153>, enclaveSignature},
-        {"QE report signature", flipInQuote<1154>, enclaveSignature},
-        {"leaf with another key", [](Scenario &s) { replaceLeafKey(s, SigningKey::Curve::P256); },
-         enclaveSignature},
-        {"leaf on another curve", [](Scenario &s) { replaceLeafKey(s, SigningKey::Curve::P384); },
-         enclaveSignature},
-        {"root alone",
-         [](Scenario &s) { s.quote.onChain = [](auto &c) { c.erase(c.begin(), c.begin() + 2); }; },
-         enclaveSignature},
-        {"intermediate first", [](Scenario &s) { s.quote.onChain = [](auto &c) { std::swap(c[0], c[1]); }; },
-         enclaveSignature},
-    });
-}
-
-TEST(MutationTest, TheQuotesChain)
-{
-    const QString unreadable = chainFailure(u"a certificate in the chain could not be read"_s);
-    expectVerdicts({
-        {"leaf expired", [](Scenario &s) { s.quote.chain[0].to = past; },
-         chainFailure(u"certificate has expired"_s)},
-        {"leaf expired a second ago", [](Scenario &s) { s.quote.chain[0].to = s.date.addSecs(-1); },
-         chainFailure(u"certificate has expired"_s)},
-        {"leaf valid in a second", [](Scenario &s) { s.quote.chain[0].from = s.date.addSecs(1); },
-         chainFailure(u"certificate is not yet valid"_s)},
-        {"intermediate expired", [](Scenario &s) { s.quote.chain[1].to = past; },
-         chainFailure(u"certificate has expired"_s)},
-        {"intermediate of the future", [](Scenario &s) { s.quote.chain[1].from = future; },
-         chainFailure(u"certificate is not yet valid"_s)},
-        {"judged when all have run out", [](Scenario &s) { s.date = s.date.addYears(20); },
-         chainFailure(u"certificate has expired"_s)},
-        {"judged before any was valid", [](Scenario &s) { s.date = s.date.addYears(-20); },
-         chainFailure(u"certificate is not yet valid"_s)},
-        {"intermediate is no authority", [](Scenario &s) { s.quote.chain[1].isCA = false; },
-         chainFailure(u"invalid CA certificate"_s)},
-        {"leaf signed by a stranger",
-         [](Scenario &s) { s.quote.chain[0].issuerKey = SigningKey(SigningKey::Curve::P256); },
-         chainFailure(u"certificate signature failure"_s)},
-        {"leaf of another issuer", [](Scenario &s) { s.quote.chain[0].issuer = u"Someone Else"_s; },
-         chainFailure(u"unable to get local issuer certificate"_s)},
-        {"no intermediate", [](Scenario &s) { s.quote.onChain = [](auto &c) { c.erase(c.begin() + 1); }; },
-         chainFailure(u"unable to get local issuer certificate"_s)},
-        {"demand that nobody understands",
-         [](Scenario &s) { s.quote.chain[0].unknownCriticalExtension = true; },
-         chainFailure(u"unhandled critical extension"_s)},
-        {"certificate cut short", [](Scenario &s) { s.quote.onChain = [](auto &c) { c[1].chop(1); }; },
-         unreadable},
-        {"byte behind a certificate", [](Scenario &s) { s.quote.onChain = [](auto &c) { c[0] += '\0'; }; },
-         unreadable},
-        {"empty block", [](Scenario &s) { s.quote.onChain = [](auto &c) { c[0].clear(); }; }, unreadable},
-        {"another root", [](Scenario &s) { s.quote.onChain = [](auto &c) { c.back() = strangeRoot(); }; },
-         chainFailure(strangeRootReason())},
-        {"another root before unreadable certificates",
-         [](Scenario &s) {
-             s.quote.onChain = [](auto &c) {
-                 c[0] = "junk";
-                 c.back() = strangeRoot();
-             };
-         },
-         chainFailure(strangeRootReason())},
-        {"a certificate behind the root",
-         [](Scenario &s) { s.quote.onChain = [](auto &c) { c.push_back(strangeRoot()); }; },
-         chainFailure(strangeRootReason())},
-        {"pin of another root", [](Scenario &s) { s.pins.intelRootSHA256 = s.pins.nvidiaRootSHA256; },
-         chainFailure(
-             u"the chain ends at an unexpected root (%1)"_s.arg(Scenario().pins.intelRootSHA256.left(16)))},
-    });
-}
-
-TEST(MutationTest, TheQuotingEnclave)
-{
-    const QString notBound = u"quote(attestationKeyNotBoundToQuotingEnclave)"_s;
-    const auto notIntel = [](const char *reason) {
-        return u"quote(quotingEnclaveNotIntel(\"%1\"))"_s.arg(QLatin1StringView(reason));
+    const std::string expired = "certificate has expired";
+    const std::string stranger = "certificate signature failure";
+    const std::string unreadable = "a certificate in the chain could not be read";
+    const std::string notBound = "quote(attestationKeyNotBoundToQuotingEnclave)";
+    const std::string notListed = "measurementsNotAllowed(\"e2ee-test-model\")";
+    const std::string missing = "configuration(configurationMissing)";
+    const std::string otherHash = "configuration(configurationHashMismatch)";
+    const std::string notReviewed = "configuration(configurationNotReviewed)";
+    const std::string badHost = "configuration(hostLabelNotAllowed)";
+    const std::string otherBoot = "configuration(bootMeasurementMismatch)";
+    const std::string noQuoteSignature = "quote(quoteSignatureInvalid)";
+    const std::string noEnclaveSignature = "quote(quotingEnclaveSignatureInvalid)";
+    const std::string otherType = "quoteMalformed(unexpectedCertificationDataType(";
+    const std::string malformedPayload = "gpuEvidence(malformedPayload)";
+    const std::string pck = "quote(certificateChain(";
+    const std::string gpu1 = "gpuEvidence(certificateChain(1, ";
+    const std::string enclave = "quote(quotingEnclaveNotIntel(";
+    const Edit otherAddress = document("signing_address", QString(40, u'a'));
+    const Edit noTEE = [](S &s) { s.quote.teeType = 0x81000000; };
+    const Edit keyType3 = [](S &s) { s.quote.attestationKeyType = 3; };
+    const Edit pastItsBlock = [](S &s) {
+        s.quote.onSignatureData = [](QByteArray &data) { data[133] = 1; };
+        s.quote.onQuote = [](QByteArray &quote) { quote += QByteArray(4096, 'x'); };
     };
-    expectVerdicts({
-        {"another key's digest", flipInQEReport<320>, notBound},
-        {"last byte of the digest", flipInQEReport<351>, notBound},
-        {"no zero behind the digest", flipInQEReport<352>, notBound},
-        {"no zero at the end", flipInQEReport<383>, notBound},
-        {"authentication data", [](Scenario &s) { flipInQuote<1221>(s); }, notBound},
-        {"binding before identity",
-         [](Scenario &s) {
-             s.quote.qeProduct = 1;
-             flipInQEReport<320>(s);
-         },
-         notBound},
-        {"debug", [](Scenario &s) { s.quote.qeAttributes |= 2; },
-         notIntel("the quoting enclave is in debug mode")},
-        {"debug before signer",
-         [](Scenario &s) {
-             s.quote.qeAttributes |= 2;
-             flip(s.quote.qeSigner, 0);
-         },
-         notIntel("the quoting enclave is in debug mode")},
-        {"signer", [](Scenario &s) { flip(s.quote.qeSigner, 0); },
-         notIntel("the quoting enclave was signed by 4151515151515151, not by Intel")},
-        {"last byte of the signer", [](Scenario &s) { flip(s.quote.qeSigner, 31); },
-         notIntel("the quoting enclave was signed by 5151515151515151, not by Intel")},
-        {"product", [](Scenario &s) { s.quote.qeProduct = 1; },
-         notIntel("the quoting enclave is Intel product 1, not the TDX quoting enclave")},
-        {"high byte of the product", [](Scenario &s) { s.quote.qeProduct = 0x0102; },
-         notIntel("the quoting enclave is Intel product 258, not the TDX quoting enclave")},
-    });
+    const auto noEnd = [](QByteArray &pem) { pem.replace("-END", "-EN"); };
+    const Edit debug = [](S &s) { also(s.onReport, [](auto &r) { r.tdAttributes[0] = '\xff'; }); };
+    const auto ofStranger = [](auto &c) { c.issuerKey = SigningKey(P256); };
+    const Edit junkLeaf = chain([](DER &c) { c[0] = "junk"; });
+    const Edit strangeRoot = chain(endInStrangeRoot);
+    const Edit moreBehindRoot = chain([](DER &c) { c.emplace_back(); });
+    const Edit enclaveDebug = [](S &s) { s.quote.qeAttributes |= 2; };
+    const Edit signer = [](S &s) { flip(s.quote.qeSigner, 31); };
+    const auto swapEvents = [](auto &stack) { std::swap(stack.bootEvents[0], stack.bootEvents[1]); };
+    const auto storedLive = [](auto &stack) { stack.bootEvents[3].payload = u"2b"_s.repeated(20); };
+    const Edit noDevices = [](S &s) { s.gpus.clear(); };
+    const Edit noBody = [](S &s) { s.gpus[0].body.clear(); };
+
+    const Row rows[] = {
+        // The document.
+        {"quote not hex, good base64 beside it", quoteInBase64("123"), "noQuote"},
+        {"no quote", document("intel_quote", absent), "noQuote"},
+        {"bad base64", both(quoteInBase64(""), document("quote_b64", "QQ==!")), "noQuote"},
+        {"key of 64 bytes", [](S &s) { s.signingKey.remove(0, 1); }, "malformedSigningKey"},
+        {"key with another first byte", [](S &s) { s.signingKey[0] = 2; }, "malformedSigningKey"},
+        {"no key", document("signing_key", absent), "noSigningKey"},
+        {"empty key hides its other name", keyUnderItsOtherName(""), "noSigningKey"},
+        {"address of 19 bytes", document("signing_address", QString(38, u'a')), "malformedSigningAddress"},
+        {"another address", both(otherAddress, document("intel_quote", "00")),
+         "statedAddressDoesNotMatchKey"},
+        {"other model", [](S &s) { s.model = u"E2EE-\n"_s; },
+         R"(wrongModel("e2ee-test-model", "E2EE-\u000a"))"},
+        {"no nonce", document("nonce", absent), "nonceMismatch"},
+        {"stale nonce", [](S &s) { flip(s.nonce, 31); }, "nonceMismatch"},
+        // The quote's form.
+        {"version", both([](S &s) { s.quote.version = 5; }, noTEE), "quoteMalformed(unsupportedVersion(5))"},
+        {"TEE type", both(noTEE, keyType3), "quoteMalformed(unsupportedTEEType(2164260864))"},
+        {"key type", keyType3, "quoteMalformed(unsupportedAttestationKeyType(3))"},
+        {"certification data type", [](S &s) { s.quote.certificationDataType = 5; }, otherType + "5))"},
+        {"PCK data type", [](S &s) { s.quote.pckDataType = 6; }, otherType + "6))"},
+        {"past its block", pastItsBlock, text("quoteMalformed(tooShort(", "certification data")},
+        {"block without an end", [=](S &s) { s.quote.onPEM = noEnd; }, "quoteMalformed(noCertificates)"},
+        // What the quote binds.
+        {"last byte of the address", measured(&Report::reportData, 19), "reportDataDoesNotBindKey"},
+        {"no zero before the nonce", measured(&Report::reportData, 31), "reportDataDoesNotBindKey"},
+        {"first byte of the nonce", measured(&Report::reportData, 32), "reportDataDoesNotBindNonce"},
+        {"before hardware", both(measured(&Report::reportData, 0), debug), "reportDataDoesNotBindKey"},
+        // Its signatures.
+        {"debug before signature", both(debug, quoteByte(650)), "quote(debugEnclave)"},
+        {"rtmr3", quoteByte(567), noQuoteSignature},
+        {"last byte of s", quoteByte(699), noQuoteSignature},
+        {"key off its curve", quoteByte(700), noQuoteSignature},
+        {"before chain", both(leaf([](auto &c) { c.to = past; }), quoteByte(636)), noQuoteSignature},
+        {"first byte of the QE report", quoteByte(770), noEnclaveSignature},
+        {"leaf on another curve", leafKey(P384), noEnclaveSignature},
+        {"root alone", chain([](DER &c) { c.erase(c.begin(), c.begin() + 2); }), noEnclaveSignature},
+        // Its certificates.
+        {"ended a second ago", [](S &s) { s.quote.chain[0].to = s.date.addSecs(-1); }, text(pck, expired)},
+        {"begins in a second", [](S &s) { s.quote.chain[0].from = s.date.addSecs(1); },
+         text(pck, "certificate is not yet valid")},
+        {"root expired", [](S &s) { s.date = s.date.addYears(20); }, text(pck, expired)},
+        {"leaf signed by a stranger", leaf(ofStranger), text(pck, stranger)},
+        {"certificate cut short", chain([](DER &c) { c[1].chop(1); }), text(pck, unreadable)},
+        {"byte behind a certificate", chain([](DER &c) { c[0] += '\0'; }), text(pck, unreadable)},
+        {"root first", both(junkLeaf, strangeRoot), text(pck, unexpectedRoot())},
+        {"behind the root", both(moreBehindRoot, strangeRoot), text(pck, unexpectedRoot())},
+        // The quoting enclave.
+        {"first byte of the key's digest", enclaveByte(320), notBound},
+        {"last byte of the key's digest", enclaveByte(351), notBound},
+        {"authentication data", quoteByte(1221), notBound},
+        {"debug", both(enclaveDebug, signer), text(enclave, "the quoting enclave is in debug mode")},
+        {"signer", signer, text(enclave, "the quoting enclave was signed by 5151515151515151, not by Intel")},
+        {"product", [](S &s) { s.quote.qeProduct = 0x0102; },
+         text(enclave, "the quoting enclave is Intel product 258, not the TDX quoting enclave")},
+        // The accepted servers.
+        {"image first", both(measured(&Report::mrtd, 47), document("info", absent)), notListed},
+        {"rtmr0", measured(&Report::rtmr0, 0), notListed},
+        {"rtmr1", measured(&Report::rtmr1, 0), notListed},
+        {"rtmr2", measured(&Report::rtmr2, 0), notListed},
+        {"rtmr3", measured(&Report::rtmr3, 0), otherBoot},
+        {"no configuration", info("tcb_info", 1), missing},
+        {"empty configuration", info("tcb_info", QJsonObject{{u"app_compose"_s, u""_s}}), missing},
+        {"instance in upper case", info("instance_id", QString(40, u'B')), missing},
+        {"another instance", info("instance_id", QString(40, u'b')), otherBoot},
+        {"text that wasn't measured", measured(&Report::mrconfigid, 1), otherHash},
+        {"register of another kind", measured(&Report::mrconfigid, 0), otherHash},
+        {"byte before the host", host(u"\u00a0host-7"_s), badHost},
+        {"first byte", [](S &s) { s.configurationText[0] = u'['; }, notReviewed},
+        {"byte at the very end", [](S &s) { s.configurationText += u'\n'; }, notReviewed},
+        {"no host", host(u""_s), notReviewed},
+        {"negative suffix", [](S &s) { s.stack.configurations[0].suffixLength = -1; }, notReviewed},
+        {"host of 33 bytes", host(QString(33, u'a')), badHost},
+        {"hyphen in front", host(u"-a"_s), badHost},
+        {"host in upper case", host(u"hostA"_s), badHost},
+        {"events in another order", accepted(swapEvents), otherBoot},
+        {"stored payload of a live event", accepted(storedLive), otherBoot},
+        {"compose hash twice", event(0, {u"compose-hash"_s, std::nullopt}), otherBoot},
+        {"no instance event", event(3, {u"other"_s, u""_s}), otherBoot},
+        {"payload missing", event(1, {u"app-id"_s, std::nullopt}), otherBoot},
+        {"payload not hex", event(1, {u"app-id"_s, u"0"_s}), otherBoot},
+        {"event without a name", event(0, {u""_s, u""_s}), otherBoot},
+        {"event name with a colon", event(0, {u"a:b"_s, u""_s}), otherBoot},
+        // The graphics chips' payload.
+        {"server first", both(noDevices, host(u"-"_s)), badHost},
+        {"empty payload", document("nvidia_payload", ""), "gpuEvidenceMissing"},
+        {"omitted, though it is there", document("gpu_evidence_omitted", true), "gpuEvidenceMissing"},
+        {"no list", payload("evidence_list", absent), malformedPayload},
+        {"empty list", noDevices, "gpuEvidence(noEvidence)"},
+        {"nonce is read before the list", both(noDevices, payload("nonce", "abc")), malformedPayload},
+        {"certificate no base64", device(0, "certificate", "é==="), malformedPayload},
+        {"device without a nonce", device(0, "nonce", absent), malformedPayload},
+        {"stale payload", payload("nonce", "5a"), "gpuEvidence(nonceMismatch(-1))"},
+        // The graphics chips.
+        {"stale device", device(1, "nonce", "5a"), "gpuEvidence(nonceMismatch(1))"},
+        {"stale report", [](S &s) { flip(s.gpus[1].reportNonce, 31); }, "gpuEvidence(nonceNotInReport(1))"},
+        {"nothing between nonce and signature", noBody, "gpuEvidence(nonceNotInReport(0))"},
+        {"no certificates", device(1, "certificate", ""), text(gpu1, "the certificate chain did not verify")},
+        {"root before signature",
+         both([](S &s) { s.gpus[1].onChain = endInStrangeRoot; }, deviceByte(1, 100)),
+         text(gpu1, unexpectedRoot())},
+        {"expired above", ofSecondDevice(3, [](auto &c) { c.to = past; }), text(gpu1, expired)},
+        {"leaf signed by a stranger", ofSecondDevice(0, ofStranger), text(gpu1, stranger)},
+        {"intermediate signed by a stranger", ofSecondDevice(2, ofStranger), text(gpu1, stranger)},
+        {"report body", deviceByte(1, 40), "gpuEvidence(signatureInvalid(1))"},
+        {"signature", deviceByte(1, 300), "gpuEvidence(signatureInvalid(1))"},
+    };
+    for (const Row &row : rows)
+        EXPECT_EQ(verdictOf(row.edit), row.verdict) << row.name;
 }
 
-TEST(MutationTest, TheAcceptedServer)
+// Whatever order a caller takes the devices in, the first failure in the payload's order is reported.
+TEST(MutationTest, TheFirstDeviceThatFailsIsReported)
 {
-    const QString missing = u"configuration(configurationMissing)"_s;
-    const QString hashMismatch = u"configuration(configurationHashMismatch)"_s;
-    const QString notReviewed = u"configuration(configurationNotReviewed)"_s;
-    const QString badHost = u"configuration(hostLabelNotAllowed)"_s;
-    expectVerdicts({
-        {"mrtd", [](Scenario &s) { s.onReport = [](auto &r) { flip(r.mrtd, 47); }; }, notListed},
-        {"rtmr0", [](Scenario &s) { s.onReport = [](auto &r) { flip(r.rtmr0, 0); }; }, notListed},
-        {"rtmr1", [](Scenario &s) { s.onReport = [](auto &r) { flip(r.rtmr1, 0); }; }, notListed},
-        {"rtmr2", [](Scenario &s) { s.onReport = [](auto &r) { flip(r.rtmr2, 0); }; }, notListed},
-        {"rtmr3", [](Scenario &s) { s.onReport = [](auto &r) { flip(r.rtmr3, 0); }; }, bootMismatch},
-        {"image before configuration",
-         [](Scenario &s) {
-             s.onReport = [](auto &r) { flip(r.mrtd, 0); };
-             s.onDocument = [](Document d) { d.remove(u"info"_s); };
-         },
-         notListed},
-        {"no configuration",
-         [](Scenario &s) { s.onDocument = [](Document d) { replaceInfo(d, "tcb_info"_L1, 1); }; }, missing},
-        {"empty configuration",
-         [](Scenario &s) {
-             s.onDocument = [](Document d) {
-                 replaceInfo(d, "tcb_info"_L1, QJsonObject{{u"app_compose"_s, u""_s}});
-             };
-         },
-         missing},
-        {"tcb_info that is no JSON",
-         [](Scenario &s) { s.onDocument = [](Document d) { replaceInfo(d, "tcb_info"_L1, u"{"_s); }; },
-         missing},
-        {"no instance",
-         [](Scenario &s) { s.onDocument = [](Document d) { replaceInfo(d, "instance_id"_L1, {}); }; },
-         missing},
-        {"instance in upper case",
-         [](Scenario &s) {
-             s.onDocument = [](Document d) { replaceInfo(d, "instance_id"_L1, QString(40, u'B')); };
-         },
-         missing},
-        {"instance of 39 digits",
-         [](Scenario &s) {
-             s.onDocument = [](Document d) { replaceInfo(d, "instance_id"_L1, QString(39, u'b')); };
-         },
-         missing},
-        {"another instance",
-         [](Scenario &s) {
-             s.onDocument = [](Document d) { replaceInfo(d, "instance_id"_L1, QString(40, u'b')); };
-         },
-         bootMismatch},
-        {"text that wasn't measured",
-         [](Scenario &s) { s.onReport = [](auto &r) { flip(r.mrconfigid, 1); }; }, hashMismatch},
-        {"no measured text", [](Scenario &s) { s.onReport = [](auto &r) { r.mrconfigid.fill('\0'); }; },
-         hashMismatch},
-        {"register of another kind", [](Scenario &s) { s.onReport = [](auto &r) { r.mrconfigid[0] = 2; }; },
-         hashMismatch},
-        {"register with a byte behind the hash",
-         [](Scenario &s) { s.onReport = [](auto &r) { r.mrconfigid[40] = 1; }; }, hashMismatch},
-        {"byte before the host", [](Scenario &s) { s.configurationText.replace(u"service"_s, u"servicf"_s); },
-         notReviewed},
-        {"byte behind the host", [](Scenario &s) { s.configurationText.replace(u"déjà"_s, u"déja"_s); },
-         notReviewed},
-        {"byte at the very end", [](Scenario &s) { s.configurationText += u'\n'; }, notReviewed},
-        {"no host", [](Scenario &s) { setHost(s, u""_s); }, notReviewed},
-        {"negative prefix", [](Scenario &s) { s.stack.configurations[0].prefixLength = -1; }, notReviewed},
-        {"negative suffix", [](Scenario &s) { s.stack.configurations[0].suffixLength = -1; }, notReviewed},
-        {"endless prefix",
-         [](Scenario &s) {
-             s.stack.configurations[0].prefixLength = std::numeric_limits<std::int64_t>::max();
-         },
-         notReviewed},
-        {"endless suffix",
-         [](Scenario &s) {
-             s.stack.configurations[0].suffixLength = std::numeric_limits<std::int64_t>::max();
-         },
-         notReviewed},
-        {"no configuration reviewed", [](Scenario &s) { s.stack.configurations.clear(); }, notReviewed},
-        {"host of 33 bytes", [](Scenario &s) { setHost(s, QString(33, u'a')); }, badHost},
-        {"host with a hyphen in front", [](Scenario &s) { setHost(s, u"-a"_s); }, badHost},
-        {"host in upper case", [](Scenario &s) { setHost(s, u"hostA"_s); }, badHost},
-        {"host that closes the string", [](Scenario &s) { setHost(s, u"a\",\"x\":\"b"_s); }, badHost},
-        {"host beyond ASCII", [](Scenario &s) { setHost(s, u"höst"_s); }, badHost},
-        {"events in another order",
-         [](Scenario &s) {
-             s.onAcceptedStack = [](auto &t) { std::swap(t.bootEvents[0], t.bootEvents[1]); };
-         },
-         bootMismatch},
-        {"event left out", [](Scenario &s) { s.onAcceptedStack = [](auto &t) { t.bootEvents.pop_back(); }; },
-         bootMismatch},
-        {"payload",
-         [](Scenario &s) { s.onAcceptedStack = [](auto &t) { t.bootEvents[1].payload = u"00aabc"_s; }; },
-         bootMismatch},
-        {"compose hash twice",
-         [](Scenario &s) {
-             s.stack.bootEvents.push_back({u"compose-hash"_s, std::nullopt});
-         },
-         bootMismatch},
-        {"no instance event", [](Scenario &s) { s.stack.bootEvents.erase(s.stack.bootEvents.begin() + 3); },
-         bootMismatch},
-        {"stored payload of the live instance",
-         [](Scenario &s) {
-             s.onAcceptedStack = [](auto &t) {
-                 t.bootEvents[3].payload = QString(40, u'2').replace(u"22"_s, u"2b"_s);
-             };
-         },
-         bootMismatch},
-        {"payload missing", [](Scenario &s) { s.stack.bootEvents[1].payload.reset(); }, bootMismatch},
-        {"payload not hex", [](Scenario &s) { s.stack.bootEvents[1].payload = u"0"_s; }, bootMismatch},
-        {"event without a name", [](Scenario &s) { s.stack.bootEvents[0].name.clear(); }, bootMismatch},
-        {"event name with a colon", [](Scenario &s) { s.stack.bootEvents[0].name = u"a:b"_s; }, bootMismatch},
-    });
-}
-
-TEST(MutationTest, TheGraphicsChipsPayload)
-{
-    expectVerdicts({
-        {"no payload", [](Scenario &s) { s.onDocument = [](Document d) { d.remove(u"nvidia_payload"_s); }; },
-         u"gpuEvidenceMissing"_s},
-        {"empty payload",
-         [](Scenario &s) { s.onDocument = [](Document d) { d["nvidia_payload"_L1] = u""_s; }; },
-         u"gpuEvidenceMissing"_s},
-        {"omitted, though a good one is there",
-         [](Scenario &s) { s.onDocument = [](Document d) { d["gpu_evidence_omitted"_L1] = true; }; },
-         u"gpuEvidenceMissing"_s},
-        {"no JSON", [](Scenario &s) { s.onDocument = [](Document d) { d["nvidia_payload"_L1] = u"{"_s; }; },
-         malformedPayload},
-        {"no object",
-         [](Scenario &s) { s.onDocument = [](Document d) { d["nvidia_payload"_L1] = u"[]"_s; }; },
-         malformedPayload},
-        {"no nonce", [](Scenario &s) { s.onPayload = [](Document p) { p.remove(u"nonce"_s); }; },
-         malformedPayload},
-        {"odd nonce", [](Scenario &s) { s.onPayload = [](Document p) { p["nonce"_L1] = u"abc"_s; }; },
-         malformedPayload},
-        {"no list", [](Scenario &s) { s.onPayload = [](Document p) { p.remove(u"evidence_list"_s); }; },
-         malformedPayload},
-        {"list of texts",
-         [](Scenario &s) { s.onPayload = [](Document p) { p["evidence_list"_L1] = QJsonArray{u"x"_s}; }; },
-         malformedPayload},
-        {"empty list", [](Scenario &s) { s.gpus.clear(); }, u"gpuEvidence(noEvidence)"_s},
-        {"nonce is read before the list",
-         [](Scenario &s) {
-             s.gpus.clear();
-             s.onPayload = [](Document p) { p["nonce"_L1] = 1; };
-         },
-         malformedPayload},
-        {"no report", [](Scenario &s) { s.gpus[1].onEntry = [](Document e) { e.remove(u"evidence"_s); }; },
-         malformedPayload},
-        {"report no base64",
-         [](Scenario &s) { s.gpus[1].onEntry = [](Document e) { e["evidence"_L1] = u"A"_s; }; },
-         malformedPayload},
-        {"no certificate",
-         [](Scenario &s) { s.gpus[0].onEntry = [](Document e) { e.remove(u"certificate"_s); }; },
-         malformedPayload},
-        {"certificate no base64",
-         [](Scenario &s) { s.gpus[0].onEntry = [](Document e) { e["certificate"_L1] = u"é==="_s; }; },
-         malformedPayload},
-        {"device without a nonce",
-         [](Scenario &s) { s.gpus[0].onEntry = [](Document e) { e.remove(u"nonce"_s); }; }, malformedPayload},
-        {"stale payload", [](Scenario &s) { s.onPayload = [](Document p) { p["nonce"_L1] = u"5a"_s; }; },
-         u"gpuEvidence(nonceMismatch(-1))"_s},
-    });
-}
-
-TEST(MutationTest, TheGraphicsChips)
-{
-    const QString general = u"the certificate chain did not verify"_s;
-    expectVerdicts({
-        {"stale device", [](Scenario &s) { flip(s.gpus[1].nonce, 0); }, u"gpuEvidence(nonceMismatch(1))"_s},
-        {"stale report", [](Scenario &s) { flip(s.gpus[1].reportNonce, 31); },
-         u"gpuEvidence(nonceNotInReport(1))"_s},
-        {"nothing between nonce and signature", [](Scenario &s) { s.gpus[0].body.clear(); },
-         u"gpuEvidence(nonceNotInReport(0))"_s},
-        {"empty report", [](Scenario &s) { s.gpus[0].onReport = [](QByteArray &r) { r.clear(); }; },
-         u"gpuEvidence(nonceNotInReport(0))"_s},
-        {"nonce before report",
-         [](Scenario &s) {
-             flip(s.gpus[0].nonce, 0);
-             s.gpus[0].body.clear();
-         },
-         u"gpuEvidence(nonceMismatch(0))"_s},
-        {"no certificates", [](Scenario &s) { s.gpus[0].onPEM = [](QByteArray &pem) { pem = "none"; }; },
-         gpuChainFailure(0, general)},
-        {"certificate cut short", [](Scenario &s) { s.gpus[1].onChain = [](auto &c) { c[2].chop(1); }; },
-         gpuChainFailure(1, general)},
-        {"another root", [](Scenario &s) { s.gpus[1].onChain = [](auto &c) { c.back() = strangeRoot(); }; },
-         gpuChainFailure(1, strangeRootReason())},
-        {"another root before the signature",
-         [](Scenario &s) {
-             s.gpus[1].onChain = [](auto &c) { c.back() = strangeRoot(); };
-             s.gpus[1].onReport = [](QByteArray &r) { flip(r, 100); };
-         },
-         gpuChainFailure(1, strangeRootReason())},
-        {"leaf expired", [](Scenario &s) { s.gpus[1].chain[0].to = past; },
-         gpuChainFailure(1, u"certificate has expired"_s)},
-        {"intermediate of the future", [](Scenario &s) { s.gpus[0].chain[3].from = future; },
-         gpuChainFailure(0, u"certificate is not yet valid"_s)},
-        {"leaf signed by a stranger",
-         [](Scenario &s) { s.gpus[0].chain[0].issuerKey = SigningKey(SigningKey::Curve::P384); },
-         gpuChainFailure(0, u"certificate signature failure"_s)},
-        {"device is no authority", [](Scenario &s) { s.gpus[0].chain[1].isCA = false; },
-         gpuChainFailure(0, u"invalid CA certificate"_s)},
-        {"report header", [](Scenario &s) { s.gpus[0].onReport = [](QByteArray &r) { flip(r, 0); }; },
-         u"gpuEvidence(signatureInvalid(0))"_s},
-        {"report body", [](Scenario &s) { s.gpus[1].onReport = [](QByteArray &r) { flip(r, 40); }; },
-         u"gpuEvidence(signatureInvalid(1))"_s},
-        {"signature", [](Scenario &s) { s.gpus[1].onReport = [](QByteArray &r) { flip(r, r.size() - 1); }; },
-         u"gpuEvidence(signatureInvalid(1))"_s},
-        {"leaf on another curve",
-         [](Scenario &s) { s.gpus[0].chain[0].key = SigningKey(SigningKey::Curve::P256); },
-         u"gpuEvidence(signatureInvalid(0))"_s},
-        {"the first of two that fail",
-         [](Scenario &s) {
-             s.gpus[0].onReport = [](QByteArray &r) { flip(r, 40); };
-             flip(s.gpus[1].nonce, 0);
-         },
-         u"gpuEvidence(signatureInvalid(0))"_s},
-        {"the third of three",
-         [](Scenario &s) {
-             s.gpus.push_back(s.gpus[0]);
-             s.gpus[2].onReport = [](QByteArray &r) { flip(r, 40); };
-         },
-         u"gpuEvidence(signatureInvalid(2))"_s},
-        {"server before graphics chips",
-         [](Scenario &s) {
-             s.gpus.clear();
-             setHost(s, u"-"_s);
-         },
-         u"configuration(hostLabelNotAllowed)"_s},
-    });
+    Scenario scenario;
+    both(deviceByte(0, 40), device(1, "nonce", "5a"))(scenario);
+    auto question = scenario.question();
+    std::vector<std::size_t> order;
+    question.spread = [&order](std::size_t count, const NvidiaGPUEvidence::Piece &piece) {
+        for (std::size_t i = count; i-- > 0; order.push_back(i))
+            piece(i);
+    };
+    try {
+        (void)VeniceAttestationVerifier::verify(question);
+        ADD_FAILURE();
+    } catch (const VeniceAttestationVerifier::Failure &failure) {
+        EXPECT_EQ(failure.caseText(), u"gpuEvidence(signatureInvalid(0))"_s);
+    }
+    EXPECT_EQ(order, (std::vector<std::size_t>{1, 0}));
 }
 
 } // namespace morvane

@@ -1,4 +1,6 @@
-#include "support/evidence/TestAuthority.h"
+#include "evidence/TestAuthority.h"
+
+#include <QFile>
 
 #include <gtest/gtest.h>
 
@@ -10,108 +12,80 @@ namespace {
 
 using VeniceAttestationVerifier::Failure;
 using Plain = VeniceAttestationVerifier::Failure::Plain;
-using Hardware = TDXQuoteVerifier::Failure;
-using Parse = TDXQuote::ParseError;
-using Graphics = NvidiaGPUEvidence::Failure;
+using Refusal = VeniceMeasurementAllowlist::Refusal;
+using Source = VeniceMeasurementAllowlist::Source;
 
 } // namespace
 
 TEST(VerdictTest, VerifiedHoldsWhatWasProved)
 {
     Scenario scenario;
-    scenario.onDocument = [](QJsonObject &d) { d["signing_address"_L1] = QJsonValue(); };
+    scenario.onDocument = [](QJsonObject &d) { d.remove(u"signing_address"_s); };
     const auto question = scenario.question();
     const auto verified = VeniceAttestationVerifier::verify(question);
     EXPECT_EQ(verified.model, scenario.model);
     EXPECT_EQ(verified.modelPublicKey, KnownKey::publicKey());
     EXPECT_EQ(verified.signingAddress, KnownKey::address());
+    EXPECT_EQ(VeniceAttestationVerifier::addressOf(KnownKey::publicKey().replace(0, 1, "\x02")),
+              std::nullopt);
     EXPECT_EQ(verified.nonce, scenario.nonce);
     EXPECT_EQ(verified.stack, scenario.stack);
-    EXPECT_EQ(verified.hostLabel, u"host-7"_s);
     EXPECT_EQ(verified.mrtd, scenario.quote.report.mrtd);
     EXPECT_EQ(verified.rtmr3.size(), 48);
     EXPECT_EQ(verified.composeHash->size(), 32);
     EXPECT_EQ(verified.quote, *question.document.intelQuote);
-    EXPECT_EQ(verified.verifiedGPUCount, 2);
     EXPECT_TRUE(verified.serverClaimedVerified);
     EXPECT_EQ(verified.verifiedAt, scenario.date);
     EXPECT_EQ(verified.summary(),
               u"e2ee-test-model on Test stack, Test configuration, host host-7, 2 GPUs"_s);
 
     scenario.stack.requiresGPUEvidence = false;
-    const auto withoutGPUs = VeniceAttestationVerifier::verify(scenario.question());
-    EXPECT_EQ(withoutGPUs.verifiedGPUCount, 0);
-    EXPECT_TRUE(withoutGPUs.summary().endsWith(u", no GPU evidence"_s));
+    EXPECT_TRUE(
+        VeniceAttestationVerifier::verify(scenario.question()).summary().endsWith(u", no GPU evidence"_s));
 }
 
-TEST(VerdictTest, EachFailureHasItsSentence)
+// What a person reads: of each failure, and of each source of accepted servers.
+TEST(VerdictTest, Words)
 {
-    const QString hardware = u"MorvaneGPT could not verify the private cloud's hardware proof"_s;
-    const QString setup = u"The private cloud's server is not set up in a way MorvaneGPT accepts"_s;
-    const QString graphics = u"MorvaneGPT could not confirm the private cloud's graphics hardware"_s;
-    const QString key =
-        u"MorvaneGPT could not confirm the private cloud's encryption key belongs to the verified hardware"_s;
-    const QString live = u"MorvaneGPT could not confirm the private cloud was answering live"_s;
-    const struct {
-        Failure::Case failure;
-        QString sentence;
-    } rows[] = {
-        {Failure::Quote{Hardware(Hardware::DebugEnclave{})}, hardware},
-        {Failure::QuoteMalformed{Parse(Parse::NoCertificates{})}, hardware},
-        {Plain::noQuote, hardware},
-        {Failure::MeasurementsNotAllowed{u"m"_s}, setup},
-        {Failure::Configuration{VeniceMeasurementAllowlist::Refusal::Case::hostLabelNotAllowed}, setup},
-        {Failure::WrongModel{u"a"_s, u"b"_s},
-         u"The private cloud answered for a different model than MorvaneGPT asked for"_s},
-        {Failure::GPUEvidence{Graphics(Graphics::NoEvidence{})}, graphics},
-        {Plain::gpuEvidenceMissing, graphics},
-        {Plain::noSigningKey, key},
-        {Plain::reportDataDoesNotBindKey, key},
-        {Plain::statedAddressDoesNotMatchKey, key},
-        {Plain::nonceMismatch, live},
-        {Plain::reportDataDoesNotBindNonce, live},
+    const Failure::Case failures[] = {
+        Failure::Quote{TDXQuoteVerifier::Failure(TDXQuoteVerifier::Failure::DebugEnclave{})},
+        Failure::QuoteMalformed{TDXQuote::ParseError(TDXQuote::ParseError::NoCertificates{})},
+        Plain::noQuote,
+        Failure::MeasurementsNotAllowed{u"m"_s},
+        Failure::Configuration{Refusal(Refusal::Case::hostLabelNotAllowed)},
+        Failure::WrongModel{u"a"_s, u"b"_s},
+        Failure::GPUEvidence{NvidiaGPUEvidence::Failure(NvidiaGPUEvidence::Failure::NoEvidence{})},
+        Plain::gpuEvidenceMissing,
+        Plain::noSigningKey,
+        Plain::reportDataDoesNotBindKey,
+        Plain::statedAddressDoesNotMatchKey,
+        Plain::nonceMismatch,
+        Plain::reportDataDoesNotBindNonce,
     };
-    for (const auto &row : rows) {
-        const Failure failure(row.failure);
-        EXPECT_EQ(failure.userMessage(), row.sentence + u", so this reply is from the model on your Mac."_s);
+    QString words;
+    for (const Failure failure : failures) {
+        words += failure.caseText() + u": "_s + failure.userMessage() + u'\n';
         EXPECT_FALSE(failure.isRetryable());
     }
+    const QDateTime date(QDate(2026, 9, 1), QTime(0, 0), Qt::UTC);
+    for (const Source &source :
+         {Source(), Source(Source::SignedList{12, date}), Source(Source::ExpiredList{12, date.addSecs(-1)})})
+        words += source.text() + u'\n';
+    QFile file(QStringLiteral(MORVANE_SOURCE_DIR "/tests/data/attestation/words.txt"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(words.toStdString(), file.readAll().toStdString());
 }
 
 TEST(VerdictTest, TheArchitectureOfADeviceFallsBack)
 {
-    const auto architectures = [](const Scenario &scenario) {
-        QStringList list;
-        for (const auto &gpu : NvidiaGPUEvidence::parse(scenario.payload()).gpus)
-            list.append(gpu.architecture);
-        return list;
-    };
     Scenario scenario;
     scenario.gpus[0].onEntry = [](QJsonObject &entry) { entry["arch"_L1] = u"BLACKWELL"_s; };
     scenario.gpus[1].onEntry = [](QJsonObject &entry) { entry["arch"_L1] = 5; };
-    EXPECT_EQ(architectures(scenario), QStringList({u"BLACKWELL"_s, u"HOPPER"_s}));
+    const auto gpus = NvidiaGPUEvidence::parse(scenario.payload()).gpus;
+    EXPECT_EQ(gpus[0].architecture, u"BLACKWELL"_s);
+    EXPECT_EQ(gpus[1].architecture, u"HOPPER"_s);
     scenario.onPayload = [](QJsonObject &payload) { payload.remove(u"arch"_s); };
-    EXPECT_EQ(architectures(scenario), QStringList({u"BLACKWELL"_s, u"unknown"_s}));
-}
-
-TEST(VerdictTest, TheAddressNeedsAnUncompressedKey)
-{
-    const QByteArray key = KnownKey::publicKey();
-    EXPECT_EQ(VeniceAttestationVerifier::addressOf(key), KnownKey::address());
-    for (const QByteArray &bad : {QByteArray(), key.mid(1), key + '\0', '\x02' + key.mid(1)})
-        EXPECT_EQ(VeniceAttestationVerifier::addressOf(bad), std::nullopt);
-}
-
-TEST(VerdictTest, BytesThatAreNoJSONObjectAreNotJSON)
-{
-    for (const char *text : {"", "[]", "{", "null"}) {
-        try {
-            (void)VeniceAttestationDocument::decode(QByteArrayView(text));
-            ADD_FAILURE() << text;
-        } catch (const VeniceAttestationDocument::DecodeError &error) {
-            EXPECT_EQ(error.caseText(), u"notJSON"_s);
-        }
-    }
+    EXPECT_EQ(NvidiaGPUEvidence::parse(scenario.payload()).gpus[1].architecture, u"unknown"_s);
 }
 
 } // namespace morvane

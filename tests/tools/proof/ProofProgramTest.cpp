@@ -1,4 +1,4 @@
-#include "support/evidence/TestAuthority.h"
+#include "evidence/TestAuthority.h"
 
 #include "utils/bytes/Hex.h"
 
@@ -28,34 +28,36 @@ struct Outcome {
 // The program itself, over minted files in a folder of its own.
 class ProofProgramTest : public testing::Test {
 protected:
-    QString file(const QString &name, const QByteArray &contents)
+    void write(const QString &name, const QByteArray &contents)
     {
         QFile file(m_folder.filePath(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
         file.write(contents);
-        return file.fileName();
     }
 
-    static Outcome run(const QStringList &arguments)
+    // The words of a command line, in which "@name" stands for the path of a file.
+    Outcome run(QString words) const
     {
         QProcess process;
-        process.start(QStringLiteral(MORVANE_PROOF), arguments);
+        process.start(QStringLiteral(MORVANE_PROOF),
+                      words.replace(u'@', m_folder.path() + u'/').split(u' ', Qt::SkipEmptyParts));
         EXPECT_TRUE(process.waitForFinished(60000));
         return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
     }
 
-    // With the test authority's pins, at a date when its certificates are valid.
-    Outcome runPinned(const QStringList &arguments) const
+    // With the test authority's pins, at a date when its certificates are valid; a later --at counts.
+    Outcome runPinned(const QString &words) const
     {
-        const QStringList pins{
-            u"--pin"_s, u"intel-root="_s + scenario.pins.intelRootSHA256,
-            u"--pin"_s, u"quoting-enclave="_s + scenario.pins.quotingEnclaveSigner.toUpper(),
-            u"--pin"_s, u"nvidia-root="_s + scenario.pins.nvidiaRootSHA256};
-        return run(QStringList{u"--at"_s, u"2026-09-01T12:00:00Z"_s} + pins +
-                   arguments); // a later --at counts
+        const EvidencePins &pins = scenario.pins;
+        const QString options =
+            u"--at 2026-09-01T12:00Z --pin intel-root=%1 --pin quoting-enclave=%2 --pin nvidia-root=%3 "_s;
+        return run(
+            options.arg(pins.intelRootSHA256, pins.quotingEnclaveSigner.toUpper(), pins.nvidiaRootSHA256) +
+            words);
     }
 
     Scenario scenario;
+    const QString nonce = u" --nonce "_s + Hex::encode(scenario.nonce);
 
 private:
     QTemporaryDir m_folder;
@@ -66,142 +68,99 @@ private:
 TEST_F(ProofProgramTest, AQuoteInEachEncoding)
 {
     const QByteArray quote = scenario.quoteBytes();
-    const struct {
-        QByteArray contents;
-        QStringList option;
-    } rows[] = {{quote, {}},
-                {"0x" + quote.toHex().toUpper() + "\n", {u"--hex"_s}},
-                {quote.toBase64().insert(76, "\r\n") + "\n", {u"--base64"_s}}};
-    for (const auto &row : rows) {
-        const Outcome result =
-            runPinned(QStringList{u"quote"_s, file(u"quote"_s, row.contents)} + row.option);
-        EXPECT_EQ(result.status, 0);
+    write(u"raw"_s, quote);
+    write(u"hex"_s, "0x" + quote.toHex().toUpper() + "\n");
+    write(u"base64"_s, quote.toBase64().insert(76, "\r\n") + "\n");
+    for (const auto &words : {u"quote @raw"_s, u"quote @hex --hex"_s, u"quote @base64 --base64"_s}) {
+        const Outcome result = runPinned(words);
         EXPECT_EQ(result.lastLine(), "verdict: ok");
         EXPECT_TRUE(result.output.contains(scenario.quote.report.mrtd.toHex()));
         EXPECT_TRUE(result.output.contains("WARNING: the intel-root pin is replaced"));
         EXPECT_TRUE(result.errors.contains("proves nothing about real hardware"));
     }
-}
-
-TEST_F(ProofProgramTest, ABrokenQuoteNamesItsFault)
-{
-    const QByteArray quote = scenario.quoteBytes();
-    const QString good = file(u"good"_s, quote);
-    const struct {
-        Outcome result;
-        const char *verdict;
-    } rows[] = {
-        {runPinned({u"quote"_s, file(u"cut"_s, quote.first(200))}), "verdict: tooShort(\"mrtd\")"},
-        {runPinned({u"quote"_s, file(u"empty"_s, {})}), "verdict: tooShort(\"version\")"},
-        {runPinned({u"quote"_s, good, u"--hex"_s}), "verdict: noQuote"},
-        {runPinned({u"quote"_s, good, u"--at"_s, u"2036-01-01"_s}),
-         "verdict: certificateChain(\"certificate has expired\")"},
-    };
-    for (const auto &row : rows) {
-        EXPECT_EQ(row.result.status, 1) << row.verdict;
-        EXPECT_EQ(row.result.lastLine(), row.verdict);
-    }
-    const Outcome unpinned = run({u"quote"_s, good, u"--at"_s, u"2026-09-01"_s});
+    const Outcome unpinned = run(u"quote @raw --at 2026-09-01"_s);
     EXPECT_EQ(unpinned.lastLine(), "verdict: certificateChain(\"the chain ends at an unexpected root (" +
                                        scenario.pins.intelRootSHA256.left(16).toStdString() + ")\")");
     EXPECT_TRUE(unpinned.errors.isEmpty());
 }
 
-TEST_F(ProofProgramTest, GraphicsChips)
+TEST_F(ProofProgramTest, EachFaultHasItsVerdict)
 {
-    const QString good = file(u"good"_s, scenario.payload().toUtf8());
-    const QString nonce = Hex::encode(scenario.nonce);
-    EXPECT_EQ(runPinned({u"gpu"_s, good, u"--nonce"_s, nonce}).lastLine(), "verdict: ok");
-    EXPECT_EQ(runPinned({u"gpu"_s, good, u"--nonce"_s, u"00"_s}).lastLine(), "verdict: nonceMismatch(-1)");
-    EXPECT_EQ(runPinned({u"gpu"_s, file(u"list"_s, "[]"), u"--nonce"_s, nonce}).lastLine(),
-              "verdict: malformedPayload");
+    write(u"quote"_s, scenario.quoteBytes());
+    write(u"cut"_s, scenario.quoteBytes().first(200));
+    write(u"payload"_s, scenario.payload().toUtf8());
+    write(u"document"_s, QJsonDocument(scenario.document()).toJson());
+    write(u"list"_s, QJsonDocument(scenario.signedList()).toJson());
+    write(u"array"_s, "[]");
     scenario.gpus[1].chain[0].to = QDateTime(QDate(2025, 6, 1), QTime(0, 0), Qt::UTC);
     scenario.gpus[0].onEntry = [](QJsonObject &entry) { entry["arch"_L1] = u"\u001b[2J"_s; };
-    const Outcome stale =
-        runPinned({u"gpu"_s, file(u"stale"_s, scenario.payload().toUtf8()), u"--nonce"_s, nonce});
-    EXPECT_EQ(stale.lastLine(), "verdict: certificateChain(1, \"certificate has expired\")");
-    EXPECT_FALSE(stale.output.contains('\x1b'));
+    write(u"stale"_s, scenario.payload().toUtf8());
+    const QString document = u"document @document --model e2ee-test-model"_s + nonce;
+    const std::string notListed = "measurementsNotAllowed(\"e2ee-test-model\")";
+    const std::pair<QString, std::string> rows[] = {
+        {u"quote @cut"_s, "tooShort(\"mrtd\")"},
+        {u"quote @quote --hex"_s, "noQuote"},
+        {u"quote @quote --at 2036-01-01"_s, "certificateChain(\"certificate has expired\")"},
+        {u"gpu @payload"_s + nonce, "ok"},
+        {u"gpu @payload --nonce 00"_s, "nonceMismatch(-1)"},
+        {u"gpu @array"_s + nonce, "malformedPayload"},
+        {u"gpu @stale"_s + nonce, "certificateChain(1, \"certificate has expired\")"},
+        {document + u" --accepted @list"_s, "ok"},
+        {document, notListed},
+        {document + u" --accepted @document"_s, "unknownFormat"},
+        {document + u" --accepted @list --at 2026-12-01"_s, notListed},
+        {u"document @list --model m --nonce 00"_s, "wrongModel(\"m\", \"\")"},
+        {u"document @array --model m --nonce 00"_s, "notJSON"},
+    };
+    QByteArray output;
+    for (const auto &[words, verdict] : rows) {
+        const Outcome result = runPinned(words);
+        EXPECT_EQ(result.lastLine(), "verdict: " + verdict);
+        EXPECT_EQ(result.status, verdict == "ok" ? 0 : 1) << verdict;
+        output += result.output;
+    }
+    EXPECT_FALSE(output.contains('\x1b'));
+    EXPECT_TRUE(output.contains("The list of accepted servers is empty, so no server can pass."));
+    EXPECT_TRUE(output.contains("Version 3, signed by Morvane, good until December 1, 2026"));
 }
 
 TEST_F(ProofProgramTest, ReplayPrintsTheRegister)
 {
     const QJsonArray events = scenario.signedList()["entries"_L1][0]["bootEvents"_L1].toArray();
-    const QString path = file(u"events"_s, QJsonDocument(events).toJson());
-    const QString hash = Hex::encode(
-        QCryptographicHash::hash(scenario.configurationText.toUtf8(), QCryptographicHash::Sha256));
-    const QString instance = Hex::encode(scenario.instanceID);
-    const Outcome good = run({u"replay"_s, path, u"--compose-hash"_s, hash, u"--instance-id"_s, instance});
-    EXPECT_EQ(good.status, 0);
+    write(u"events"_s, QJsonDocument(events).toJson());
+    const QByteArray text = scenario.configurationText.toUtf8();
+    const QString hash = Hex::encode(QCryptographicHash::hash(text, QCryptographicHash::Sha256));
+    const QString replay = u"replay @events --instance-id "_s + Hex::encode(scenario.instanceID);
+    const Outcome good = run(replay + u" --compose-hash "_s + hash);
     EXPECT_EQ(good.lastLine(), "verdict: ok");
     EXPECT_TRUE(good.output.contains(TDXQuote::parse(scenario.quoteBytes()).report.rtmr3.toHex()));
-    const Outcome shortHash =
-        run({u"replay"_s, path, u"--compose-hash"_s, u"00"_s, u"--instance-id"_s, instance});
-    EXPECT_EQ(shortHash.lastLine(), "verdict: bootMeasurementMismatch");
-    EXPECT_EQ(shortHash.status, 1);
-}
-
-TEST_F(ProofProgramTest, ADocumentAgainstAList)
-{
-    const QString document = file(u"document"_s, QJsonDocument(scenario.document()).toJson());
-    const QString list = file(u"list"_s, QJsonDocument(scenario.signedList()).toJson());
-    const QStringList ask{u"document"_s,        document,     u"--model"_s,
-                          u"e2ee-test-model"_s, u"--nonce"_s, Hex::encode(scenario.nonce)};
-    const Outcome good = runPinned(ask + QStringList{u"--accepted"_s, list});
-    EXPECT_EQ(good.status, 0);
-    EXPECT_EQ(good.lastLine(), "verdict: ok");
-    EXPECT_TRUE(good.output.contains("Version 3, signed by Morvane, good until December 1, 2026"));
-
-    const Outcome builtIn = runPinned(ask);
-    EXPECT_EQ(builtIn.lastLine(), "verdict: measurementsNotAllowed(\"e2ee-test-model\")");
-    EXPECT_TRUE(builtIn.output.contains("The list of accepted servers is empty, so no server can pass."));
-    EXPECT_EQ(runPinned(ask + QStringList{u"--accepted"_s, document}).lastLine(), "verdict: unknownFormat");
-    EXPECT_EQ(runPinned(ask + QStringList{u"--accepted"_s, list, u"--at"_s, u"2026-12-01"_s}).lastLine(),
-              "verdict: measurementsNotAllowed(\"e2ee-test-model\")");
-    EXPECT_EQ(runPinned({u"document"_s, list, u"--model"_s, u"m"_s, u"--nonce"_s, u""_s}).lastLine(),
-              "verdict: wrongModel(\"m\", \"\")");
-    EXPECT_EQ(
-        runPinned({u"document"_s, file(u"x"_s, "x"), u"--model"_s, u"m"_s, u"--nonce"_s, u""_s}).lastLine(),
-        "verdict: notJSON");
+    EXPECT_EQ(run(replay + u" --compose-hash 00"_s).lastLine(), "verdict: bootMeasurementMismatch");
 }
 
 TEST_F(ProofProgramTest, JsonForMachines)
 {
-    const Outcome result =
-        runPinned({u"quote"_s, file(u"cut"_s, scenario.quoteBytes().first(8)), u"--json"_s});
+    write(u"cut"_s, scenario.quoteBytes().first(8));
+    const Outcome result = runPinned(u"quote @cut --json"_s);
     const auto object = QJsonDocument::fromJson(result.output).object();
     EXPECT_EQ(object["verdict"_L1].toString(), u"tooShort(\"header tail\")"_s);
     EXPECT_EQ(object["checks"_L1][0]["result"_L1].toString(), u"failed"_s);
     EXPECT_EQ(object["checks"_L1][1]["result"_L1].toString(), u"notReached"_s);
     EXPECT_TRUE(result.errors.endsWith("verdict: tooShort(\"header tail\")\n"));
-    EXPECT_EQ(result.status, 1);
 }
 
 TEST_F(ProofProgramTest, WhatCannotBeCheckedIsSaid)
 {
-    const QString quote = file(u"quote"_s, scenario.quoteBytes());
-    const QStringList rows[] = {
-        {},
-        {u"quotes"_s, quote},
-        {u"quote"_s},
-        {u"quote"_s, quote, quote},
-        {u"quote"_s, quote + u".missing"_s},
-        {u"quote"_s, quote, u"--nonce"_s, u"00"_s},
-        {u"quote"_s, quote, u"--hex"_s, u"--base64"_s},
-        {u"quote"_s, quote, u"--at"_s, u"yesterday"_s},
-        {u"quote"_s, quote, u"--pin"_s, u"intel-root=00"_s},
-        {u"quote"_s, quote, u"--pin"_s, u"root="_s + QString(64, u'a')},
-        {u"quote"_s, quote, u"--color"_s},
-        {u"gpu"_s, quote},
-        {u"gpu"_s, quote, u"--nonce"_s, u"xyz"_s},
-    };
-    for (const QStringList &arguments : rows) {
-        const Outcome result = run(arguments);
-        EXPECT_EQ(result.status, 2) << arguments.join(u' ').toStdString();
+    write(u"quote"_s, scenario.quoteBytes());
+    for (const auto &words :
+         {u""_s, u"quotes @quote"_s, u"quote"_s, u"quote @quote @quote"_s, u"quote @missing"_s,
+          u"quote @quote --nonce 00"_s, u"quote @quote --hex --base64"_s, u"quote @quote --at yesterday"_s,
+          u"quote @quote --pin intel-root=00"_s, u"quote @quote --pin root="_s + QString(64, u'a'),
+          u"quote @quote --color"_s, u"gpu @quote"_s, u"gpu @quote --nonce xyz"_s}) {
+        const Outcome result = run(words);
+        EXPECT_EQ(result.status, 2) << words.toStdString();
         EXPECT_TRUE(result.lastLine().starts_with("verdict: notChecked(\"")) << result.lastLine();
     }
-    const Outcome help = run({u"--help"_s});
-    EXPECT_EQ(help.status, 0);
-    EXPECT_TRUE(help.output.contains("morvane-proof quote FILE"));
+    EXPECT_TRUE(run(u"--help"_s).output.contains("morvane-proof quote FILE"));
 }
 
 } // namespace morvane

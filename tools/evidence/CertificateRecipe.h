@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/evidence/SigningKey.h"
+#include "evidence/SigningKey.h"
 
 #include <QDateTime>
 #include <QString>
@@ -20,7 +20,9 @@ struct CertificateRecipe {
     QDateTime to = QDateTime(QDate(2035, 1, 1), QTime(0, 0), Qt::UTC);
     bool unknownCriticalExtension = false;
 
-    [[nodiscard]] QByteArray mint() const; // DER
+    [[nodiscard]] QByteArray mint() const; // DER, of a new serial number each time
+
+    bool operator==(const CertificateRecipe &) const = default;
 };
 
 // Leaf first, each issued by the one behind it; the last issues itself.
@@ -28,7 +30,6 @@ using ChainRecipe = std::vector<CertificateRecipe>;
 
 [[nodiscard]] ChainRecipe chainRecipe(const QStringList &namesLeafFirst, const SigningKey &leafKey,
                                       SigningKey::Curve curve);
-[[nodiscard]] std::vector<QByteArray> mint(const ChainRecipe &chain);
 [[nodiscard]] QByteArray pemText(const std::vector<QByteArray> &chain);
 
 } // namespace morvane

@@ -3,7 +3,7 @@
 #include "attestation/evidence/EvidencePins.h"
 #include "attestation/evidence/TDXQuote.h"
 #include "attestation/evidence/VeniceAttestationVerifier.h"
-#include "support/evidence/CertificateRecipe.h"
+#include "evidence/CertificateRecipe.h"
 
 #include <QJsonObject>
 
@@ -76,6 +76,7 @@ struct Scenario {
     std::function<void(VeniceMeasurementAllowlist::Stack &)> onAcceptedStack = [](auto &) {}; // list only
     std::function<void(TDXQuote::TDReport &)> onReport = [](auto &) {};
     std::function<void(QJsonObject &)> onPayload = [](QJsonObject &) {};
+    std::function<void(QJsonObject &)> onInfo = [](QJsonObject &) {};
     std::function<void(QJsonObject &)> onDocument = [](QJsonObject &) {};
 
     [[nodiscard]] QByteArray quoteBytes() const;

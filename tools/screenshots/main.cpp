@@ -1,4 +1,4 @@
-#include "screenshots/Studio.h"
+#include "Studio.h"
 
 #include "app/WindowEngine.h"
 #include "support/WindowDriver.h"

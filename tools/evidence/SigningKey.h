@@ -23,6 +23,8 @@ public:
     [[nodiscard]] EVP_PKEY *handle() const { return m_key.get(); }
     [[nodiscard]] const EVP_MD *digest() const;
 
+    bool operator==(const SigningKey &) const = default; // the very same key
+
 private:
     Curve m_curve;
     std::shared_ptr<EVP_PKEY> m_key;

@@ -1,4 +1,4 @@
-#include "support/evidence/SigningKey.h"
+#include "evidence/SigningKey.h"
 
 #include <openssl/core_names.h>
 #include <openssl/ec.h>

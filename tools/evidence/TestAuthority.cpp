@@ -1,4 +1,4 @@
-#include "support/evidence/TestAuthority.h"
+#include "evidence/TestAuthority.h"
 
 #include "utils/bytes/Hex.h"
 
@@ -6,6 +6,9 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QtEndian>
+
+#include <algorithm>
+#include <deque>
 
 namespace morvane {
 
@@ -49,22 +52,21 @@ const ChainRecipe &nvidiaChain()
     return chain;
 }
 
-// The root is minted once, so that a pin can name it.
-const QByteArray &rootOf(const ChainRecipe &chain)
+// Equal recipes give the same bytes, so that a pin can name a root, and devices of one server share their
+// upper certificates as in the field.
+const QByteArray &mintedOnce(const CertificateRecipe &recipe)
 {
-    static std::map<QString, QByteArray> roots;
-    QByteArray &root = roots[chain.back().name];
-    if (root.isEmpty())
-        root = chain.back().mint();
-    return root;
+    static std::deque<std::pair<CertificateRecipe, QByteArray>> minted;
+    const auto known = std::find_if(minted.begin(), minted.end(),
+                                    [&recipe](const auto &entry) { return entry.first == recipe; });
+    return known != minted.end() ? known->second : minted.emplace_back(recipe, recipe.mint()).second;
 }
 
-std::vector<QByteArray> mintUnderKnownRoot(const ChainRecipe &chain)
+std::vector<QByteArray> certificatesOf(const ChainRecipe &chain)
 {
     std::vector<QByteArray> certificates;
-    for (std::size_t i = 0; i + 1 < chain.size(); ++i)
-        certificates.push_back(chain[i].mint());
-    certificates.push_back(rootOf(chain));
+    for (const CertificateRecipe &recipe : chain)
+        certificates.push_back(mintedOnce(recipe));
     return certificates;
 }
 
@@ -95,7 +97,7 @@ QByteArray signedBody(const QuoteRecipe &recipe)
 QByteArray certificationData(const QuoteRecipe &recipe)
 {
     const QByteArray report = qeReport(recipe);
-    auto chain = mintUnderKnownRoot(recipe.chain);
+    auto chain = certificatesOf(recipe.chain);
     recipe.onChain(chain);
     QByteArray pem = pemText(chain);
     recipe.onPEM(pem);
@@ -203,7 +205,7 @@ QJsonObject GPURecipe::build() const
     QByteArray report = QByteArray::fromHex("11e001ff") + reportNonce + body;
     report += chain.front().key.sign(report);
     onReport(report);
-    auto certificates = mintUnderKnownRoot(chain);
+    auto certificates = certificatesOf(chain);
     onChain(certificates);
     QByteArray pem = pemText(certificates);
     onPEM(pem);
@@ -224,9 +226,9 @@ Scenario::Scenario()
     , instanceID(20, '\x2b')
     , gpus(2, GPURecipe{.nonce = nonce, .reportNonce = nonce, .chain = nvidiaChain()})
 {
-    pins = {.intelRootSHA256 = Hex::encode(sha256(rootOf(intelChain()))),
+    pins = {.intelRootSHA256 = Hex::encode(sha256(mintedOnce(intelChain().back()))),
             .quotingEnclaveSigner = Hex::encode(quote.qeSigner),
-            .nvidiaRootSHA256 = Hex::encode(sha256(rootOf(nvidiaChain())))};
+            .nvidiaRootSHA256 = Hex::encode(sha256(mintedOnce(nvidiaChain().back())))};
     stack = {.label = u"Test stack"_s,
              .mrtd = Hex::encode(quote.report.mrtd),
              .rtmr0 = Hex::encode(quote.report.rtmr0),
@@ -260,8 +262,9 @@ QString Scenario::payload() const
 
 QJsonObject Scenario::document() const
 {
-    const QJsonObject info{{u"tcb_info"_s, QJsonObject{{u"app_compose"_s, configurationText}}},
-                           {u"instance_id"_s, Hex::encode(instanceID)}};
+    QJsonObject info{{u"tcb_info"_s, QJsonObject{{u"app_compose"_s, configurationText}}},
+                     {u"instance_id"_s, Hex::encode(instanceID)}};
+    onInfo(info);
     QJsonObject object{{u"model"_s, model},
                        {u"verified"_s, true},
                        {u"nonce"_s, Hex::encode(nonce)},

@@ -1,4 +1,4 @@
-#include "support/evidence/CertificateRecipe.h"
+#include "evidence/CertificateRecipe.h"
 
 #include <QStringList>
 
@@ -77,14 +77,6 @@ ChainRecipe chainRecipe(const QStringList &namesLeafFirst, const SigningKey &lea
         key = issuerKey;
     }
     return chain;
-}
-
-std::vector<QByteArray> mint(const ChainRecipe &chain)
-{
-    std::vector<QByteArray> certificates;
-    for (const CertificateRecipe &recipe : chain)
-        certificates.push_back(recipe.mint());
-    return certificates;
 }
 
 QByteArray pemText(const std::vector<QByteArray> &chain)

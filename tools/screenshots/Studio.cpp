@@ -1,4 +1,4 @@
-#include "screenshots/Studio.h"
+#include "Studio.h"
 
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"

@@ -1,7 +1,7 @@
 // `mint-evidence FOLDER` writes one good proof of the test authority, piece by piece, with the command lines
 // that check it. For trying morvane-proof by hand, and for the seeds of the fuzz targets.
 
-#include "support/evidence/TestAuthority.h"
+#include "evidence/TestAuthority.h"
 
 #include "utils/bytes/Hex.h"
 
