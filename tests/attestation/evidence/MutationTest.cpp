@@ -235,7 +235,7 @@ TEST(MutationTest, EachFaultHasItsFailure)
     const std::string gpu1 = "gpuEvidence(certificateChain(1, ";
     const std::string enclave = "quote(quotingEnclaveNotIntel(";
     const Edit otherAddress = document("signing_address", QString(40, u'a'));
-    const Edit noTEE = [](S &s) { s.quote.teeType = 0x81000000; };
+    const Edit noTEE = [](S &s) { s.quote.teeType = 0x81000081; };
     const Edit keyType3 = [](S &s) { s.quote.attestationKeyType = 3; };
     const Edit pastItsBlock = [](S &s) {
         s.quote.onSignatureData = [](QByteArray &data) { data[133] = 1; };
@@ -272,7 +272,7 @@ TEST(MutationTest, EachFaultHasItsFailure)
         {"stale nonce", [](S &s) { flip(s.nonce, 31); }, "nonceMismatch"},
         // The quote's form.
         {"version", both([](S &s) { s.quote.version = 5; }, noTEE), "quoteMalformed(unsupportedVersion(5))"},
-        {"TEE type", both(noTEE, keyType3), "quoteMalformed(unsupportedTEEType(2164260864))"},
+        {"TEE type", both(noTEE, keyType3), "quoteMalformed(unsupportedTEEType(2164260993))"},
         {"key type", keyType3, "quoteMalformed(unsupportedAttestationKeyType(3))"},
         {"certification data type", [](S &s) { s.quote.certificationDataType = 5; }, otherType + "5))"},
         {"PCK data type", [](S &s) { s.quote.pckDataType = 6; }, otherType + "6))"},
