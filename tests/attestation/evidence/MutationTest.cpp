@@ -349,7 +349,7 @@ TEST(MutationTest, EachFaultHasItsFailure)
         {"device without a nonce", device(0, "nonce", absent), malformedPayload},
         {"stale payload", payload("nonce", "5a"), "gpuEvidence(nonceMismatch(-1))"},
         // The graphics chips.
-        {"stale device", device(1, "nonce", "5a"), "gpuEvidence(nonceMismatch(1))"},
+        {"stale device", [](S &s) { flip(s.gpus[1].nonce, 0); }, "gpuEvidence(nonceMismatch(1))"},
         {"stale report", [](S &s) { flip(s.gpus[1].reportNonce, 31); }, "gpuEvidence(nonceNotInReport(1))"},
         {"nothing between nonce and signature", noBody, "gpuEvidence(nonceNotInReport(0))"},
         {"no certificates", device(1, "certificate", ""), text(gpu1, "the certificate chain did not verify")},
