@@ -30,13 +30,14 @@ function(add_morvane_test name)
         PROPERTIES TIMEOUT 120 ENVIRONMENT "${MORVANE_TEST_ENVIRONMENT}")
 endfunction()
 
-# add_morvane_fuzzer(name SOURCES … LIBS … CORPUS folder): `SOURCES` define LLVMFuzzerTestOneInput. Under the
-# fuzz preset the target is a libFuzzer program. Otherwise a small driver replays the corpus and mutates it
+# add_morvane_fuzzer(name SOURCES … LIBS … CORPUS folder): `SOURCES` define fuzz() of fuzz/Fuzz.h. Under the fuzz
+# preset the target is a libFuzzer program. Otherwise a small driver replays the corpus and mutates it
 # for a fixed number of rounds with a fixed seed, so the everyday run is short and repeatable.
 function(add_morvane_fuzzer name)
     cmake_parse_arguments(FUZZ "" "CORPUS" "SOURCES;LIBS" ${ARGN})
-    add_executable(${name} ${FUZZ_SOURCES})
-    target_link_libraries(${name} PRIVATE ${FUZZ_LIBS} utils_text utils_bytes morvane_options)
+    add_executable(${name} ${FUZZ_SOURCES} ${CMAKE_SOURCE_DIR}/tests/fuzz/Fuzz.cpp)
+    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+    target_link_libraries(${name} PRIVATE ${FUZZ_LIBS} utils_text utils_bytes Qt6::Core morvane_options)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/fuzz)
     precompile(${name} tasks)
     if(MORVANE_LIBFUZZER)

@@ -5,6 +5,7 @@
 #include "support/Await.h"
 #include "support/ManualClock.h"
 #include "support/ModelServer.h"
+#include "support/TestData.h"
 
 #include <gtest/gtest.h>
 
@@ -14,22 +15,12 @@ using namespace Qt::StringLiterals;
 
 TEST(ServerModelsTest, NamesAreReadInOrderAndAnythingElseIsNoList)
 {
-    const struct {
-        const char *body;
-        std::optional<QStringList> names;
-    } rows[] = {
-        {R"({"data":[{"id":"b10"},{"id":"b9"},{"id":"A"},{"id":"b9"}]})",
-         QStringList({u"A"_s, u"b10"_s, u"b9"_s})},
-        {R"({"data":[{"id":7},{"id":""},{},"x",null,{"id":"ok"}]})", QStringList(u"ok"_s)},
-        {R"({"data":[]})", QStringList()},
-        {R"({"data":{}})", std::nullopt},
-        {R"({"models":[]})", std::nullopt},
-        {R"([{"id":"a"}])", std::nullopt},
-        {"<html>", std::nullopt},
-        {"", std::nullopt},
+    const char *table = "ai/model_lists.txt";
+    const auto outcome = [](const QByteArray &body) {
+        const auto names = ServerModels::parse(body);
+        return names ? u'[' + names->join(u", ") + u']' : u"no list"_s;
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(ServerModels::parse(row.body), row.names) << row.body;
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
 
     QByteArray many = R"({"data":[)";
     for (int i = 0; i < 5'000; ++i)

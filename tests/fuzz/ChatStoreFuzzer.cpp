@@ -1,3 +1,5 @@
+#include "fuzz/Fuzz.h"
+
 #include "persistence/ObjectContext.h"
 #include "persistence/StoreFiles.h"
 #include "persistence/StoreSchema.h"
@@ -6,19 +8,16 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include <cstdlib>
-
 namespace morvane {
 
 namespace {
 
-QString written(const std::uint8_t *data, std::size_t size)
+QString written(QByteArrayView bytes)
 {
     static const QTemporaryDir folder;
     QFile file(folder.filePath(QStringLiteral("store")));
-    if (!file.open(QFile::WriteOnly))
-        std::abort();
-    file.write(reinterpret_cast<const char *>(data), static_cast<qint64>(size));
+    require(file.open(QFile::WriteOnly));
+    file.write(bytes.data(), bytes.size());
     return file.fileName();
 }
 
@@ -37,17 +36,16 @@ void readAll(ObjectContext &context)
 } // namespace
 
 // A damaged store opens, or is refused; reading what opens never does more than fail.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void fuzz(QByteArrayView input)
 {
     try {
-        Database database = StoreFiles::openToRead(written(data, size));
+        Database database = StoreFiles::openToRead(written(input));
         if (StoreSchema::recognize(database) != StoreSchema::Recognition::Known)
-            return 0;
+            return;
         ObjectContext context(std::move(database), std::make_shared<FakeFieldSealing>());
         readAll(context);
     } catch (const DatabaseError &) {
     }
-    return 0;
 }
 
 } // namespace morvane

@@ -1,13 +1,10 @@
 // Any bytes as a server's answer. The question is taken from the answer itself, so that the checks reach far.
 
-#include "fuzz/Judged.h"
+#include "fuzz/Fuzz.h"
 
 #include "attestation/evidence/Digest.h"
 #include "attestation/evidence/VeniceAttestationVerifier.h"
 #include "utils/bytes/Hex.h"
-
-#include <cstdint>
-#include <cstdlib>
 
 namespace morvane {
 
@@ -30,14 +27,12 @@ VeniceMeasurementAllowlist accepting(const QString &model, const TDXQuote::TDRep
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void fuzz(QByteArrayView input)
 {
     using namespace VeniceAttestationVerifier;
     try {
-        const auto document =
-            VeniceAttestationDocument::decode(QByteArrayView(data, static_cast<qsizetype>(size)));
-        if (document.signingPublicKey && !addressOf(*document.signingPublicKey))
-            std::abort();
+        const auto document = VeniceAttestationDocument::decode(input);
+        require(!document.signingPublicKey || addressOf(*document.signingPublicKey));
         Question question{.document = document,
                           .model = document.model,
                           .nonce = document.echoedNonce.value_or(QByteArray()),
@@ -50,14 +45,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
             question.pins.quotingEnclaveSigner = Hex::encode(QByteArrayView(quote.qeReport).sliced(128, 32));
             question.allowlist = accepting(document.model, quote.report);
         }
-        if (isJudged(QByteArrayView(data, static_cast<qsizetype>(size))))
+        if (isJudged(input))
             static_cast<void>(verify(question));
     } catch (const VeniceAttestationDocument::DecodeError &) {
     } catch (const TDXQuote::ParseError &) {
     } catch (const Failure &failure) {
         static_cast<void>(failure.caseText());
     }
-    return 0;
 }
 
 } // namespace morvane

@@ -1,19 +1,14 @@
-#include "security/KeyFileFormat.h"
+#include "fuzz/Fuzz.h"
 
-#include <cstdint>
-#include <cstdlib>
+#include "security/KeyFileFormat.h"
 
 namespace morvane {
 
 // A key file that something else wrote: whatever is accepted prints to a file that reads the same.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void fuzz(QByteArrayView input)
 {
-    const QByteArrayView bytes(data, static_cast<qsizetype>(size));
-    if (const auto entries = KeyFileFormat::parse(bytes)) {
-        if (KeyFileFormat::parse(KeyFileFormat::print(*entries)) != entries)
-            std::abort();
-    }
-    return 0;
+    const auto entries = KeyFileFormat::parse(input);
+    require(!entries || KeyFileFormat::parse(KeyFileFormat::print(*entries)) == entries);
 }
 
 } // namespace morvane

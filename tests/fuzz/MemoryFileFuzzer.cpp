@@ -1,22 +1,19 @@
-#include "memory/MemoryFile.h"
+#include "fuzz/Fuzz.h"
 
-#include <cstdint>
-#include <cstdlib>
+#include "memory/MemoryFile.h"
 
 namespace morvane {
 
 // A notes file that something else wrote: the notes read from it are the notes read again once this program
 // has written them.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void fuzz(QByteArrayView input)
 {
-    const auto notes = MemoryFile::notes(QByteArrayView(data, static_cast<qsizetype>(size)));
+    const auto notes = MemoryFile::notes(input);
     if (!notes)
-        return 0;
+        return;
     const auto again = MemoryFile::notes(MemoryFile::compose(*notes));
-    if (!again || again->size() != notes->size() ||
-        MemoryFile::compose(*again) != MemoryFile::compose(*notes))
-        std::abort();
-    return 0;
+    require(again && again->size() == notes->size() &&
+            MemoryFile::compose(*again) == MemoryFile::compose(*notes));
 }
 
 } // namespace morvane

@@ -1,75 +1,69 @@
-#include <cstddef>
-#include <cstdint>
+// Stands in for libFuzzer where its runtime isn't linked: `driver FOLDER [ROUNDS]`.
+
+#include "fuzz/Fuzz.h"
+
+#include <QDirIterator>
+#include <QFile>
+
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
+using namespace morvane;
 
 namespace {
 
-using Bytes = std::vector<std::uint8_t>;
-
-Bytes contents(const std::filesystem::path &path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 // One small change: a flipped bit, a new byte, a cut, a doubled stretch or an inserted byte.
-void mutate(Bytes &bytes, std::mt19937 &random)
+void mutate(QByteArray &bytes, std::mt19937 &random)
 {
-    if (bytes.empty()) {
-        bytes.push_back(static_cast<std::uint8_t>(random()));
-        return;
-    }
-    const std::size_t at = random() % bytes.size();
-    const auto position = bytes.begin() + static_cast<std::ptrdiff_t>(at);
-    switch (random() % 5) {
+    const auto byte = static_cast<char>(random());
+    const qsizetype at = bytes.isEmpty() ? 0 : static_cast<qsizetype>(random() % bytes.size());
+    switch (bytes.isEmpty() ? 4 : random() % 5) {
     case 0:
-        bytes[at] ^= static_cast<std::uint8_t>(1U << (random() % 8));
+        bytes[at] = static_cast<char>(bytes[at] ^ (1U << (random() % 8)));
         break;
     case 1:
-        bytes[at] = static_cast<std::uint8_t>(random());
+        bytes[at] = byte;
         break;
     case 2:
-        bytes.resize(at);
+        bytes.truncate(at);
         break;
-    case 3: {
-        const std::size_t length = std::min<std::size_t>(bytes.size() - at, 1 + random() % 64);
-        const Bytes stretch(position, position + static_cast<std::ptrdiff_t>(length));
-        bytes.insert(position, stretch.begin(), stretch.end());
+    case 3:
+        bytes.insert(at, bytes.mid(at, 1 + static_cast<qsizetype>(random() % 64)));
         break;
-    }
     default:
-        bytes.insert(position, static_cast<std::uint8_t>(random()));
+        bytes.insert(at, byte);
     }
+}
+
+// Without the byte that a QByteArray keeps behind its last, which would hide a read past the end.
+void run(const QByteArray &input)
+{
+    const std::vector<char> exact(input.begin(), input.end());
+    fuzz({exact.data(), static_cast<qsizetype>(exact.size())});
 }
 
 } // namespace
 
-// Stands in for libFuzzer where its runtime isn't linked: `driver FOLDER [ROUNDS]`.
 int main(int argc, char **argv)
 {
-    std::vector<Bytes> corpus{{}};
-    if (argc > 1 && std::filesystem::is_directory(argv[1])) {
-        for (const auto &entry : std::filesystem::directory_iterator(argv[1]))
-            corpus.push_back(contents(entry.path()));
+    std::vector<QByteArray> corpus{{}};
+    for (QDirIterator files(QString::fromLocal8Bit(argc > 1 ? argv[1] : "/none"), QDir::Files);
+         files.hasNext();) {
+        QFile file(files.next());
+        require(file.open(QFile::ReadOnly));
+        corpus.push_back(file.readAll());
     }
-    const int rounds = argc > 2 ? std::atoi(argv[2]) : 4000;
-    for (const Bytes &seed : corpus)
-        LLVMFuzzerTestOneInput(seed.data(), seed.size());
+    for (const QByteArray &seed : corpus)
+        run(seed);
 
+    const int rounds = argc > 2 ? std::atoi(argv[2]) : 4000;
     std::mt19937 random(20260301);
     for (int round = 0; round < rounds; ++round) {
-        Bytes input = corpus[random() % corpus.size()];
+        QByteArray input = corpus[random() % corpus.size()];
         for (unsigned changes = 1 + random() % 4; changes > 0; --changes)
             mutate(input, random);
-        LLVMFuzzerTestOneInput(input.data(), input.size());
+        run(input);
     }
     std::printf("%d rounds over %zu seeds\n", rounds, corpus.size());
     return 0;

@@ -1,62 +1,12 @@
-// A reply's body in pieces of every size: whatever a server sends, the lines, the events and the plain body
-// must come out without a crash and within the limits.
+#include "fuzz/ReplyFuzzing.h"
 
-#include "ai/contract/ProviderError.h"
-#include "ai/providers/LineSplitter.h"
 #include "ai/providers/StreamedReply.h"
-
-#include <cstdint>
-#include <cstdlib>
 
 namespace morvane {
 
-namespace {
-
-constexpr qsizetype longestLine = 4096;
-
-QByteArray textOf(AsyncStream<AIStreamEvent> &stream)
+void fuzz(QByteArrayView input)
 {
-    QByteArray text;
-    while (const auto event = stream.takeBuffered()) {
-        if (const auto *piece = std::get_if<AIStream::Text>(&*event))
-            text += piece->piece.toUtf8();
-    }
-    return text;
-}
-
-QByteArray read(const QByteArray &body, qsizetype pieceSize)
-{
-    auto [stream, events] = AsyncStream<AIStreamEvent>::make();
-    StreamedReply reply;
-    try {
-        LineSplitter lines(longestLine);
-        for (qsizetype at = 0; at < body.size(); at += pieceSize) {
-            lines.add(body.mid(at, pieceSize));
-            while (const auto line = lines.next())
-                reply.add(*line, events);
-        }
-        if (const auto line = lines.last())
-            reply.add(*line, events);
-        reply.finish(events);
-        if (!reply.hasContent())
-            static_cast<void>(reply.plainBody());
-    } catch (const ProviderError &) {
-        return "refused";
-    }
-    return textOf(stream);
-}
-
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
-{
-    if (size == 0)
-        return 0;
-    const QByteArray body(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
-    // Where the network cuts must not matter.
-    if (read(body, 1 + data[0] % 16) != read(body, body.size()))
-        std::abort();
-    return 0;
+    ReplyFuzzing::check<StreamedReply>(input);
 }
 
 } // namespace morvane

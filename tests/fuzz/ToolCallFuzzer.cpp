@@ -1,23 +1,17 @@
 // The arguments of a call as a model wrote them, read as every kind of argument that there is.
 
+#include "fuzz/Fuzz.h"
+
 #include "ai/tools/ToolArguments.h"
 #include "ai/tools/WebAddress.h"
 
 #include <cmath>
-#include <cstdint>
-#include <cstdlib>
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-void require(bool holds)
-{
-    if (!holds)
-        std::abort();
-}
 
 void readAddress(const QString &text)
 {
@@ -33,10 +27,9 @@ void readAddress(const QString &text)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void fuzz(QByteArrayView input)
 {
-    const QString json =
-        QString::fromUtf8(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+    const QString json = QString::fromUtf8(input);
     const ToolArguments arguments(json);
     for (const auto name : {"url"_L1, "query"_L1, "minutes_from_now"_L1}) {
         const auto number = arguments.number(name);
@@ -44,7 +37,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         readAddress(arguments.text(name).value_or(QString()));
     }
     readAddress(json);
-    return 0;
 }
 
 } // namespace morvane

@@ -6,9 +6,6 @@
 #include <QRegularExpression>
 #include <QString>
 
-#include <array>
-#include <utility>
-
 namespace morvane {
 
 // Reading a page by the patterns as they are written, for comparison with the scanners. The general matcher
@@ -32,24 +29,12 @@ inline void replace(QString &text, const char *expression, const char *with)
 
 inline void decodeEntities(QString &text)
 {
-    static const std::array<std::pair<const char *, const char16_t *>, 14> table{{
-        {"&nbsp;", u" "},
-        {"&lt;", u"<"},
-        {"&gt;", u">"},
-        {"&quot;", u"\""},
-        {"&#39;", u"'"},
-        {"&apos;", u"'"},
-        {"&mdash;", u"\u2014"},
-        {"&ndash;", u"\u2013"},
-        {"&hellip;", u"\u2026"},
-        {"&rsquo;", u"\u2019"},
-        {"&lsquo;", u"\u2018"},
-        {"&ldquo;", u"\u201c"},
-        {"&rdquo;", u"\u201d"},
-        {"&amp;", u"&"},
-    }};
-    for (const auto &[entity, character] : table)
-        text.replace(QString::fromLatin1(entity), QString::fromUtf16(character), Qt::CaseInsensitive);
+    static const QStringList table =
+        QStringLiteral("&nbsp;| |&lt;|<|&gt;|>|&quot;|\"|&#39;|'|&apos;|'|&mdash;|\u2014|&ndash;|\u2013|"
+                       "&hellip;|\u2026|&rsquo;|\u2019|&lsquo;|\u2018|&ldquo;|\u201c|&rdquo;|\u201d|&amp;|&")
+            .split(u'|');
+    for (qsizetype i = 0; i < table.size(); i += 2)
+        text.replace(table[i], table[i + 1], Qt::CaseInsensitive);
 }
 
 inline QString title(const QString &html)

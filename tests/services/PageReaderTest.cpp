@@ -1,19 +1,7 @@
-#include "network/CurlHttpSession.h"
-#include "network/NetworkLedger.h"
-#include "persistence/InMemorySettingsRepository.h"
-#include "security/InMemoryKeychainService.h"
-#include "security/ServiceIdentity.h"
-#include "services/WebAccessError.h"
-#include "services/WebAccessService.h"
-#include "support/Await.h"
-#include "support/FakeHttpSession.h"
-#include "support/ManualClock.h"
+#include "services/WebServiceFixture.h"
 #include "support/RoutedSession.h"
-#include "support/ScriptedServer.h"
 
 #include <QSemaphore>
-
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <zlib.h>
@@ -50,7 +38,7 @@ QByteArray redirectTo(const QByteArray &location)
 }
 
 // Pages of real servers behind names of the web.
-class PageReaderTest : public testing::Test {
+class PageReaderTest : public WebServiceFixture {
 protected:
     // `host` answers every request with `response`.
     void serve(const QString &host, const QByteArray &response)
@@ -64,34 +52,13 @@ protected:
         return TestWait::await(web.readPage(url, limit, {}));
     }
 
-    std::optional<WebAccessError::Case> errorOf(const QString &url)
-    {
-        try {
-            read(url);
-            return std::nullopt;
-        } catch (const WebAccessError &error) {
-            return error.reason();
-        }
-    }
+    Error errorOfPage(const QString &url) { return errorOf(web.readPage(url, 6000, {})); }
 
-    // What the response makes of "https://a.example/".
-    std::optional<WebAccessError::Case> errorOfResponse(const QByteArray &response)
-    {
-        serve(u"a.example"_s, response);
-        return errorOf(u"https://a.example/"_s);
-    }
-
-    NetworkLedger ledger;
-    ManualClock clock;
-    InMemoryKeychainService keychain;
-    InMemorySettingsRepository counters;
-    ServiceIdentity identity{keychain};
-    FakeHttpSessionProvider noNetwork; // answers nothing
-    std::shared_ptr<RoutedSession> session = std::make_shared<RoutedSession>(
-        std::make_shared<CurlHttpSession>(EgressFeature::webPage, SensitiveDataSet(), ledger, clock));
+    std::shared_ptr<RoutedSession> session =
+        std::make_shared<RoutedSession>(realSession(EgressFeature::webPage));
     std::map<QString, QStringList> names; // every other name is public
     std::atomic<int> lookups = 0;
-    WebAccessService web{{noNetwork, keychain, identity, counters, clock},
+    WebAccessService web{services,
                          {},
                          [this](const QString &name) {
                              ++lookups;
@@ -117,7 +84,9 @@ TEST_F(PageReaderTest, ReadsTitleAndTextOfAPage)
     ASSERT_EQ(ledger.snapshot().entries.size(), 1U);
     EXPECT_EQ(ledger.snapshot().entries[0].feature, EgressFeature::webPage);
     EXPECT_EQ(read(u"https://a.example/"_s, 4).title, u"News"_s);
-    EXPECT_TRUE(noNetwork.asked.empty());
+    EXPECT_TRUE(network.asked.empty());
+    serve(u"a.example"_s, ScriptedServer::response("200 OK", "<title> </title>" + prose));
+    EXPECT_EQ(read(u"https://A.example/"_s).title, u"a.example"_s);
 }
 
 TEST_F(PageReaderTest, SendsNothingToAnAddressThatMayNotBeRead)
@@ -139,7 +108,7 @@ TEST_F(PageReaderTest, SendsNothingToAnAddressThatMayNotBeRead)
         {u"https://nowhere.example/"_s, Plain::privateAddress},
     };
     for (const auto &[url, error] : cases)
-        EXPECT_EQ(errorOf(url), WebAccessError::Case(error)) << url.toStdString();
+        EXPECT_EQ(errorOfPage(url), WebAccessError::Case(error)) << url.toStdString();
     EXPECT_TRUE(session->asked().empty());
     EXPECT_EQ(lookups, 5);
 }
@@ -151,7 +120,7 @@ TEST_F(PageReaderTest, FollowsRedirectsToPublicHostsOnly)
     const struct {
         QByteArray location;
         int hops; // requests sent in all
-        std::optional<WebAccessError::Case> error;
+        Error error;
     } cases[] = {
         {"https://b.example/there", 2, std::nullopt},
         {"//b.example/", 2, std::nullopt},
@@ -166,17 +135,11 @@ TEST_F(PageReaderTest, FollowsRedirectsToPublicHostsOnly)
     for (const auto &[location, hops, error] : cases) {
         serve(u"a.example"_s, redirectTo(location));
         const auto before = session->asked().size();
-        EXPECT_EQ(errorOf(u"https://a.example/"_s), error) << location.constData();
+        EXPECT_EQ(errorOfPage(u"https://a.example/"_s), error) << location.constData();
         EXPECT_EQ(session->asked().size() - before, static_cast<std::size_t>(hops)) << location.constData();
     }
     const auto rows = ledger.snapshot().entries;
     EXPECT_EQ(rows.front().outcome, EgressOutcome{EgressOutcome::Completed{302}});
-}
-
-TEST_F(PageReaderTest, AFallbackTitleIsTheHost)
-{
-    serve(u"a.example"_s, ScriptedServer::response("200 OK", "<title> </title>" + prose));
-    EXPECT_EQ(read(u"https://A.example/"_s).title, u"a.example"_s);
 }
 
 TEST_F(PageReaderTest, SaysWhyAResponseIsNoPage)
@@ -185,7 +148,7 @@ TEST_F(PageReaderTest, SaysWhyAResponseIsNoPage)
     const struct {
         const char *name;
         QByteArray response;
-        std::optional<WebAccessError::Case> error;
+        Error error;
     } cases[] = {
         {"missing", ScriptedServer::response("404 Not Found", prose), WebAccessError::FetchFailed{404}},
         {"not modified", "HTTP/1.1 304 Not Modified\r\n\r\n", WebAccessError::FetchFailed{304}},
@@ -214,27 +177,20 @@ TEST_F(PageReaderTest, SaysWhyAResponseIsNoPage)
                 connection.send(sent);
             }));
         session->route(u"a.example"_s, servers.back()->url());
-        EXPECT_EQ(errorOf(u"https://a.example/"_s), error) << name;
+        EXPECT_EQ(errorOfPage(u"https://a.example/"_s), error) << name;
     }
-    EXPECT_EQ(errorOf(u"https://unreachable.example/"_s), WebAccessError::Case(Plain::offline));
+    EXPECT_EQ(errorOfPage(u"https://unreachable.example/"_s), WebAccessError::Case(Plain::offline));
 }
 
 TEST_F(PageReaderTest, ANameThatTurnsPrivateBeforeItIsConnectedToIsRefused)
 {
-    const auto refusing = std::make_shared<FakeHttpSession>();
-    refusing->answer(
+    network.fake->answer(
         {.sendError = std::make_exception_ptr(TransportError(TransportError::Code::Blocked, u"refused"_s))});
-    noNetwork.fake = refusing;
-    WebAccessService overNetwork({noNetwork, keychain, identity, counters, clock}, {},
-                                 [](const QString &) { return QStringList{u"8.8.8.8"_s}; });
-    try {
-        TestWait::await(overNetwork.readPage(u"https://a.example"_s, 100, {}));
-        FAIL();
-    } catch (const WebAccessError &error) {
-        EXPECT_TRUE(error.is(Plain::privateAddress));
-    }
-    ASSERT_EQ(noNetwork.asked.size(), 1U);
-    EXPECT_EQ(noNetwork.asked[0], std::pair(EgressFeature::webPage, SensitiveDataSet()));
+    WebAccessService overNetwork(services, {}, [](const QString &) { return QStringList{u"8.8.8.8"_s}; });
+    EXPECT_EQ(errorOf(overNetwork.readPage(u"https://a.example"_s, 100, {})),
+              WebAccessError::Case(Plain::privateAddress));
+    ASSERT_EQ(network.asked.size(), 1U);
+    EXPECT_EQ(network.asked[0], std::pair(EgressFeature::webPage, SensitiveDataSet()));
 }
 
 // Wherever it is when the person stops it.
@@ -245,7 +201,7 @@ TEST_F(PageReaderTest, AStopEndsTheReadAtOnce)
         resolverHangs.acquire();
         return QStringList();
     };
-    WebAccessService slow({noNetwork, keychain, identity, counters, clock}, {}, hangs, session);
+    WebAccessService slow(services, {}, hangs, session);
     ScriptedServer silent([](ScriptedServer::Connection &connection) {
         connection.readRequest();
         connection.send("HTTP/1.1 200 OK\r\nContent-Length: 500\r\n\r\n");
@@ -254,17 +210,11 @@ TEST_F(PageReaderTest, AStopEndsTheReadAtOnce)
     session->route(u"a.example"_s, silent.url());
     for (WebAccessService *service : {&slow, &web}) {
         std::stop_source stop;
-        const auto outcome = std::make_shared<TestWait::Outcome<WebAccessing::Page>>();
-        TestWait::collect(service->readPage(u"https://a.example/"_s, 100, stop.get_token()), outcome);
+        const auto read = begin(service->readPage(u"https://a.example/"_s, 100, stop.get_token()));
         if (service == &web)
             TestWait::until([&] { return !silent.requests().empty(); });
         stop.request_stop();
-        TestWait::until([&] { return outcome->done; });
-        try {
-            std::rethrow_exception(outcome->error);
-        } catch (const WebAccessError &error) {
-            EXPECT_TRUE(error.is(Plain::cancelled));
-        }
+        EXPECT_EQ(errorOf(*read), WebAccessError::Case(Plain::cancelled));
     }
     resolverHangs.release();
     TestWait::until([&] { return silent.closedByPeer() == 1; });

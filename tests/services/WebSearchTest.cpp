@@ -1,17 +1,5 @@
-#include "network/CurlHttpSession.h"
-#include "network/NetworkLedger.h"
-#include "persistence/InMemorySettingsRepository.h"
-#include "security/InMemoryKeychainService.h"
-#include "security/ServiceIdentity.h"
-#include "services/WebAccessError.h"
-#include "services/WebAccessService.h"
-#include "support/Await.h"
-#include "support/FakeHttpSession.h"
+#include "services/WebServiceFixture.h"
 #include "support/LogCapture.h"
-#include "support/ManualClock.h"
-#include "support/ScriptedServer.h"
-
-#include <gtest/gtest.h>
 
 namespace morvane {
 
@@ -29,24 +17,14 @@ const QByteArray entries = R"([
     {"title":"No address"}, {"url":"https://untitled.example"}, {"title":1,"url":"https://number.example"}, "text", null,
     {"title":"B","url":"https://b.example","thumbnail":{"src":"http://img.example/b.png"}}])";
 
-class WebSearchTest : public testing::Test {
+class WebSearchTest : public WebServiceFixture {
 protected:
-    WebSearchTest() { network.fake = fake; }
-
     Results search(WebAccessService &service, const QString &query = u"news"_s)
     {
         return TestWait::await(service.search(query, {}));
     }
 
-    std::optional<WebAccessError::Case> errorOf(WebAccessService &service, const QString &query = u"news"_s)
-    {
-        try {
-            search(service, query);
-            return std::nullopt;
-        } catch (const WebAccessError &error) {
-            return error.reason();
-        }
-    }
+    Error errorOfSearch(const QString &query = u"news"_s) { return errorOf(web.search(query, {})); }
 
     void giveKey(const QString &key = u"my key"_s)
     {
@@ -55,24 +33,16 @@ protected:
 
     const WebAccessService::Endpoints endpoints{QUrl(u"https://brave.test"_s),
                                                 QUrl(u"https://search.test/"_s)};
-    ManualClock clock;
-    InMemoryKeychainService keychain;
-    InMemorySettingsRepository counters;
-    ServiceIdentity identity{keychain};
-    FakeHttpSessionProvider network;
-    std::shared_ptr<FakeHttpSession> fake = std::make_shared<FakeHttpSession>();
-    WebAccessService::Services services{network, keychain, identity, counters, clock};
+    std::shared_ptr<FakeHttpSession> fake = network.fake;
     WebAccessService web{services, endpoints};
 };
 
 TEST_F(WebSearchTest, BraveIsAskedWithThePersonsKeyAndNothingElse)
 {
-    NetworkLedger ledger;
     ScriptedServer server(ScriptedServer::answering(
         ScriptedServer::response("200 OK", R"({"web":{"results":)" + entries + "}}")));
-    WebAccessService real(
-        services, {server.url(), {}}, WebAccessService::systemResolver(),
-        std::make_shared<CurlHttpSession>(EgressFeature::webSearch, SensitiveDataSet(), ledger, clock));
+    WebAccessService real(services, {server.url(), {}}, WebAccessService::systemResolver(),
+                          realSession(EgressFeature::webSearch));
     giveKey();
     EXPECT_TRUE(real.usesOwnKey());
     const Results results = search(real, u"  tea & milk+süß?\n"_s);
@@ -90,12 +60,10 @@ TEST_F(WebSearchTest, BraveIsAskedWithThePersonsKeyAndNothingElse)
 
 TEST_F(WebSearchTest, TheProductsEndpointIsAskedWithTheInstallsNumber)
 {
-    NetworkLedger ledger;
     ScriptedServer server(
         ScriptedServer::answering(ScriptedServer::response("200 OK", R"({"results":)" + entries + "}")));
-    WebAccessService real(
-        services, {{}, server.url()}, WebAccessService::systemResolver(),
-        std::make_shared<CurlHttpSession>(EgressFeature::webSearch, SensitiveDataSet(), ledger, clock));
+    WebAccessService real(services, {{}, server.url()}, WebAccessService::systemResolver(),
+                          realSession(EgressFeature::webSearch));
     const Results results = search(real);
     const auto request = server.requests().at(0);
     EXPECT_EQ(request.target(), "/v1/search?q=news");
@@ -130,7 +98,7 @@ TEST_F(WebSearchTest, CountsTheProductsSearchesByDayAndMonth)
     EXPECT_EQ(counters.integer(u"builtInSearchMonthCount"_s), 1);
     EXPECT_EQ(told, 4);
     fake->answer(503, {});
-    EXPECT_TRUE(errorOf(web));
+    EXPECT_TRUE(errorOfSearch());
     EXPECT_EQ(counters.integer(u"builtInSearchCount"_s), 1);
     EXPECT_EQ(told, 4);
 }
@@ -158,11 +126,11 @@ TEST_F(WebSearchTest, SaysWhyASearchFailed)
     };
     for (const auto &[answer, brave, builtIn] : cases) {
         fake->answer(answer);
-        EXPECT_EQ(errorOf(web), WebAccessError::Case(builtIn));
+        EXPECT_EQ(errorOfSearch(), WebAccessError::Case(builtIn));
         giveKey();
         clock.advance(2s);
         fake->answer(answer);
-        EXPECT_EQ(errorOf(web), WebAccessError::Case(brave));
+        EXPECT_EQ(errorOfSearch(), WebAccessError::Case(brave));
         keychain.remove(WebAccessService::searchKeyAccount());
     }
     for (const HttpRequest &request : fake->requests())
@@ -173,10 +141,10 @@ TEST_F(WebSearchTest, LogsTheStatusOfARefusal)
 {
     const LogCapture log;
     fake->answer(503, {});
-    errorOf(web);
+    EXPECT_TRUE(errorOfSearch());
     giveKey();
     fake->answer(429, {});
-    errorOf(web);
+    EXPECT_TRUE(errorOfSearch());
     EXPECT_EQ(log.lines(), (QStringList{u"app: Built-in search proxy returned HTTP 503"_s,
                                         u"app: Web search failed with HTTP 429"_s}));
 }
@@ -184,11 +152,11 @@ TEST_F(WebSearchTest, LogsTheStatusOfARefusal)
 TEST_F(WebSearchTest, WithoutAnEndpointOfTheBuildAKeyIsNeeded)
 {
     WebAccessService bare(services, {QUrl(u"https://brave.test"_s), {}});
-    EXPECT_EQ(errorOf(bare), WebAccessError::Case(Plain::searchNotConfigured));
-    EXPECT_EQ(errorOf(bare, u" \n"_s), WebAccessError::Case(Plain::emptyQuery));
+    EXPECT_EQ(errorOf(bare.search(u"news"_s, {})), WebAccessError::Case(Plain::searchNotConfigured));
+    EXPECT_EQ(errorOf(bare.search(u" \n"_s, {})), WebAccessError::Case(Plain::emptyQuery));
     giveKey(QString()); // an empty item is no key
     EXPECT_FALSE(bare.usesOwnKey());
-    EXPECT_EQ(errorOf(bare), WebAccessError::Case(Plain::searchNotConfigured));
+    EXPECT_EQ(errorOf(bare.search(u"news"_s, {})), WebAccessError::Case(Plain::searchNotConfigured));
     keychain.setFailure(KeychainError(KeychainError::Operation::Read, KeychainStatus::NotAvailable));
     EXPECT_FALSE(bare.usesOwnKey());
     EXPECT_TRUE(fake->requests().empty());
@@ -199,11 +167,8 @@ TEST_F(WebSearchTest, CallsToBraveKeepTheirGap)
     giveKey();
     for (int i = 0; i < 3; ++i)
         fake->answer(200, noResults);
-    std::vector<std::shared_ptr<TestWait::Outcome<Results>>> outcomes;
-    for (int i = 0; i < 3; ++i) {
-        outcomes.push_back(std::make_shared<TestWait::Outcome<Results>>());
-        TestWait::collect(web.search(u"q"_s, {}), outcomes.back());
-    }
+    const std::array searches{begin(web.search(u"q"_s, {})), begin(web.search(u"q"_s, {})),
+                              begin(web.search(u"q"_s, {}))};
     EXPECT_EQ(fake->requests().size(), 1U);
     clock.advance(1049ms);
     TestWait::settle();
@@ -212,7 +177,8 @@ TEST_F(WebSearchTest, CallsToBraveKeepTheirGap)
     TestWait::settle();
     EXPECT_EQ(fake->requests().size(), 2U); // the two that waited don't go together
     clock.advance(1050ms);
-    TestWait::until([&] { return outcomes[2]->done && outcomes[1]->done; });
+    for (const auto &search : searches)
+        EXPECT_EQ(errorOf(*search), std::nullopt);
     EXPECT_EQ(fake->requests().size(), 3U);
 }
 
@@ -222,11 +188,9 @@ TEST_F(WebSearchTest, AStopEndsAWaitForTheGap)
     fake->answer(200, noResults);
     search(web);
     std::stop_source stop;
-    const auto outcome = std::make_shared<TestWait::Outcome<Results>>();
-    TestWait::collect(web.search(u"q"_s, stop.get_token()), outcome);
+    const auto waiting = begin(web.search(u"q"_s, stop.get_token()));
     stop.request_stop();
-    TestWait::until([&] { return outcome->done; });
-    EXPECT_THROW(std::rethrow_exception(outcome->error), WebAccessError);
+    EXPECT_EQ(errorOf(*waiting), WebAccessError::Case(Plain::cancelled));
     EXPECT_EQ(fake->requests().size(), 1U);
 }
 
@@ -234,14 +198,12 @@ TEST_F(WebSearchTest, ASearchThatOutlivesTheServiceIsCancelled)
 {
     auto shortLived = std::make_unique<WebAccessService>(services, endpoints);
     fake->answer({.ending = FakeHttpSession::Ending::staysOpen});
-    const auto outcome = std::make_shared<TestWait::Outcome<Results>>();
-    TestWait::collect(shortLived->search(u"q"_s, {}), outcome);
+    const auto orphan = begin(shortLived->search(u"q"_s, {}));
     TestWait::until([&] { return fake->openRequests() == 1; });
     shortLived.reset();
     fake->feed(noResults);
     fake->closeBody();
-    TestWait::until([&] { return outcome->done; });
-    EXPECT_THROW(std::rethrow_exception(outcome->error), WebAccessError);
+    EXPECT_EQ(errorOf(*orphan), WebAccessError::Case(Plain::cancelled));
     EXPECT_TRUE(counters.keys().isEmpty());
 }
 
@@ -256,7 +218,7 @@ TEST_F(WebSearchTest, AKeyIsTestedWithoutBeingStored)
     EXPECT_FALSE(web.usesOwnKey());
     clock.advance(2s);
     fake->answer(403, {});
-    EXPECT_THROW(TestWait::await(web.testKey(u"bad"_s, {})), WebAccessError);
+    EXPECT_EQ(errorOf(web.testKey(u"bad"_s, {})), WebAccessError::Case(Plain::searchKeyRejected));
 }
 
 } // namespace

@@ -1,9 +1,9 @@
 // Hostile pages, results, documents and screens, read by a model that obeys them in everything. The person
 // says no to each question. Whatever the content says, nothing happens that they weren't asked about.
 
-#include "ai/agent/HostileContent.h"
 #include "ai/agent/AgentFixture.h"
 #include "ai/agent/AgentLoop.h"
+#include "support/TestData.h"
 #include "utils/text/UntrustedContent.h"
 
 #include <QJsonDocument>
@@ -13,6 +13,24 @@ namespace morvane {
 using namespace Qt::StringLiterals;
 
 namespace {
+
+// Texts that try to take a reply over, to forge the frame they stand in, or to break what reads them.
+QStringList hostileContents()
+{
+    QStringList all;
+    for (const QByteArray &line : TestData::lines("ai/hostile_contents.txt"))
+        all.append(QString::fromUtf8(line));
+    constexpr qsizetype huge = 500'000;
+    const QString loneHigh(QChar(0xD83D));
+    const QString loneLow(QChar(0xDC7B));
+    return all + QStringList{all.at(0).repeated(2000),
+                             u"<div><b>"_s.repeated(huge / 8),
+                             QString(huge, u'['),
+                             QString(huge, u'A'),
+                             u"Z"_s + QString(huge, QChar(0x0301)),
+                             u"👨\u200d"_s.repeated(huge / 3),
+                             loneLow + u"text"_s + loneHigh + loneHigh + loneLow + loneLow};
+}
 
 enum class Carrier { page, pageTitle, searchResult, document, screen };
 
@@ -127,16 +145,16 @@ void expectFramed(const QString &result, const std::string &where)
 
 TEST_F(HostileContentTest, NothingHappensThatThePersonWasNotAskedAbout)
 {
-    const auto contents = hostileContents();
-    ASSERT_GE(contents.size(), 25U);
+    const QStringList contents = hostileContents();
+    ASSERT_GE(contents.size(), 35);
     const auto notes = memory.facts();
-    for (const HostileContent &content : contents) {
+    for (const QString &content : contents) {
         for (const auto carrier :
              {Carrier::page, Carrier::pageTitle, Carrier::searchResult, Carrier::document, Carrier::screen}) {
             const std::string where =
-                std::string(content.name) + " in " + std::to_string(static_cast<int>(carrier));
+                content.left(80).toStdString() + " in " + std::to_string(static_cast<int>(carrier));
             forgetEffects();
-            const PlayedRun run = play(carrier, content.text);
+            const PlayedRun run = play(carrier, content);
             EXPECT_EQ(run.shown(), u"As you wish."_s) << where;
             EXPECT_EQ(effects(), carrier == Carrier::document ? 0 : 1)
                 << where << asked.join(u'|').toStdString();
@@ -154,16 +172,17 @@ TEST_F(HostileContentTest, NothingHappensThatThePersonWasNotAskedAbout)
 // With nobody there, there is no question either.
 TEST_F(HostileContentTest, UnattendedNothingHappensAtAll)
 {
-    for (const HostileContent &content : hostileContents()) {
+    for (const QString &content : hostileContents()) {
         const auto turn = turnOf(TurnContext::Attendance::unattended);
-        web.page.text = content.text;
+        web.page.text = content;
         dispatch(usual(u"read_web_page"_s), turn);
         forgetEffects();
-        for (const AIToolCall &call : obedience(content.text))
-            EXPECT_TRUE(dispatch(call, turn).isError) << content.name << call.name.left(40).toStdString();
-        EXPECT_EQ(effects(), 0) << content.name;
-        EXPECT_TRUE(asked.empty()) << content.name;
-        EXPECT_EQ(memory.facts().size(), 2U) << content.name;
+        for (const AIToolCall &call : obedience(content))
+            EXPECT_TRUE(dispatch(call, turn).isError)
+                << content.left(80).toStdString() << call.name.left(40).toStdString();
+        EXPECT_EQ(effects(), 0) << content.left(80).toStdString();
+        EXPECT_TRUE(asked.empty()) << content.left(80).toStdString();
+        EXPECT_EQ(memory.facts().size(), 2U) << content.left(80).toStdString();
     }
 }
 

@@ -1,4 +1,5 @@
 #include "ai/tools/ToolFixture.h"
+#include "support/TestData.h"
 
 namespace morvane {
 
@@ -16,30 +17,20 @@ QStringList namesOf(const std::vector<AITool> &tools)
     return names;
 }
 
-// One line for each tool: the words that small models and people were promised.
+// The words that small models and people were promised.
 TEST_F(AbilityCatalogueTest, OffersTheEightInTheirOrder)
 {
     QStringList lines;
     for (const AITool &tool : registry.availableTools()) {
-        QString line = tool.name + u'(';
+        lines += {tool.name + u": "_s + tool.displayName,
+                  u"    "_s + tool.risk.approvalVerb.value_or(u"(runs unasked)"_s),
+                  u"    "_s + tool.description, u"    "_s + tool.userDescription};
         for (const auto &parameter : tool.parameters)
-            line += parameter.name + (parameter.kind == AITool::Parameter::Kind::number ? u":n"_s : u":s"_s) +
-                    (parameter.required ? u" "_s : u"? "_s);
-        lines.append(line.trimmed() + u") "_s + tool.risk.approvalVerb.value_or(u"safe"_s) + u" / "_s +
-                     tool.displayName);
+            lines += u"    - "_s + parameter.name +
+                     (parameter.kind == AITool::Parameter::Kind::number ? u", a number"_s : QString()) +
+                     (parameter.required ? u": "_s : u", optional: "_s) + parameter.description;
     }
-    EXPECT_EQ(lines,
-              QStringList({
-                  u"remember(fact:s) safe / Remember things about you"_s,
-                  u"forget(about:s) safe / Forget on request"_s,
-                  u"search_web(query:s) Search the web for this / Search the web"_s,
-                  u"read_web_page(url:s) safe / Read a web page"_s,
-                  u"look_at_screen() Read your screen / Look at your screen"_s,
-                  u"open_link(url:s) Open this link / Open links"_s,
-                  u"create_calendar_event(title:s minutes_from_now:n duration_minutes:n?) Add this event / "
-                  "Add calendar events"_s,
-                  u"run_shortcut(name:s input:s?) Run this shortcut / Run your Shortcuts"_s,
-              }));
+    EXPECT_EQ((lines.join(u'\n') + u'\n').toStdString(), TestData::text("ai/abilities.txt"));
 }
 
 TEST_F(AbilityCatalogueTest, FollowsTheSwitchesAndWhatTheBuildHas)

@@ -1,5 +1,6 @@
 #include "ai/tools/WebAddress.h"
 #include "ai/tools/ToolArguments.h"
+#include "support/TestData.h"
 
 #include <gtest/gtest.h>
 
@@ -9,44 +10,17 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-TEST(WebAddressTest, WhatCountsAsAnAddress)
+// Two addresses are the same where their normalised texts are; a search is made of the words of the path.
+TEST(WebAddressTest, IsReadNormalisedAndTurnedIntoASearch)
 {
-    for (const QString &text :
-         {u""_s, u" \n"_s, u"two words"_s, u"https://a.example/\nb"_s, u"https://[bad"_s,
-          u"https://a.example:99999/"_s, u"https://a.example/\u2028b"_s})
-        EXPECT_EQ(WebAddress::parse(text), std::nullopt) << text.toStdString();
-    for (const QString &text :
-         {u" https://a.example \n"_s, u"page"_s, u"https://b\u00fccher.example/\u00e4"_s})
-        EXPECT_NE(WebAddress::parse(text), std::nullopt) << text.toStdString();
-}
-
-TEST(WebAddressTest, CaseAndOneLastSlashMakeNoDifference)
-{
-    const auto same = [](const QString &a, const QString &b) {
-        return WebAddress::normalised(*WebAddress::parse(a)) == WebAddress::normalised(*WebAddress::parse(b));
+    const char *table = "ai/web_addresses.txt";
+    const auto outcome = [](const QByteArray &line) {
+        const auto url = WebAddress::parse(line);
+        return url ? WebAddress::normalised(*url) + u" on “"_s + WebAddress::host(*url) + u"”; "_s +
+                         WebAddress::searchQuery(*url).value_or(u"no search"_s)
+                   : u"no address"_s;
     };
-    EXPECT_TRUE(same(u"https://A.example/Page/"_s, u"HTTPS://a.EXAMPLE/pAGE"_s));
-    EXPECT_TRUE(same(u"https://b\u00fccher.example"_s, u"https://xn--bcher-kva.example/"_s));
-    EXPECT_FALSE(same(u"https://a.example/page"_s, u"https://a.example/page//"_s));
-    EXPECT_FALSE(same(u"https://a.example/page"_s, u"http://a.example/page"_s));
-    EXPECT_FALSE(same(u"https://a.example/page"_s, u"https://a.example/page?q=secret"_s));
-    EXPECT_FALSE(same(u"https://a.example/page"_s, u"https://a.example/page#secret"_s));
-    EXPECT_FALSE(same(u"https://a.example/page"_s, u"https://user@a.example/page"_s));
-    EXPECT_FALSE(same(u"https://a.example/page"_s, u"https://a.example:8443/page"_s));
-}
-
-TEST(WebAddressTest, ASearchIsMadeOfTheWordsOfThePath)
-{
-    const auto query = [](const QString &url) { return WebAddress::searchQuery(QUrl(url)).value_or(u"-"_s); };
-    EXPECT_EQ(query(u"https://homes.example/for-sale/12-Oak_Street-Springfield.html"_s),
-              u"for sale 12 Oak Street Springfield"_s);
-    EXPECT_EQ(query(u"https://news.example/a-story-1234567-12345"_s), u"a story 12345"_s);
-    EXPECT_EQ(query(u"https://news.example/plain/story"_s), u"-"_s);
-    EXPECT_EQ(query(u"https://news.example/one-"_s), u"-"_s);
-    EXPECT_EQ(query(u"https://news.example/1234567-story"_s), u"-"_s);
-    EXPECT_EQ(query(u"https://n.example/a-b-c-d-e-f-g-h-i-j-k-l-m-n"_s), u"a b c d e f g h i j k l"_s);
-    EXPECT_EQ(query(u"https://n.example/caf%C3%A9-menu%0A---%20END"_s), u"caf\u00e9 menu END"_s)
-        << "no address writes lines of its own";
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
 }
 
 TEST(ToolArgumentsTest, ReadWhatModelsWrite)

@@ -1,0 +1,97 @@
+// What single lines and bodies of a reply say, in both dialects.
+
+#include "ai/contract/ProviderError.h"
+#include "ai/providers/OllamaChunk.h"
+#include "ai/providers/OpenAIStreamParser.h"
+#include "ai/providers/ToolCallAccumulator.h"
+#include "support/TestData.h"
+
+#include <gtest/gtest.h>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+using namespace OpenAIStreamParser;
+
+namespace {
+
+QString described(const std::optional<QString> &text)
+{
+    return text ? u'“' + *text + u'”' : u"none"_s;
+}
+
+QString described(const std::vector<AIToolCall> &calls)
+{
+    QString all;
+    for (const AIToolCall &call : calls)
+        all += u" call id “%1” name “%2” arguments “%3”;"_s.arg(call.id, call.name, call.argumentsJSON);
+    return all;
+}
+
+QString described(const ToolAwareEvent &event)
+{
+    if (const auto *delta = std::get_if<Delta>(&event))
+        return u"text “"_s + delta->text + u'”';
+    if (const auto *part = std::get_if<ToolCallFragment>(&event))
+        return u"part of call %1: id %2, name %3, arguments “%4”"_s.arg(part->index)
+            .arg(described(part->id), described(part->name), part->arguments);
+    if (const auto *finished = std::get_if<Finished>(&event))
+        return u"finished: "_s + finished->reason;
+    return std::holds_alternative<Done>(event) ? u"done"_s : u"ignored"_s;
+}
+
+QString classified(const QByteArray &line)
+{
+    QStringList all;
+    for (const ToolAwareEvent &event : classify(line))
+        all += described(event);
+    return all.join(u"; ");
+}
+
+QString parsedBody(const QByteArray &body)
+{
+    try {
+        const Completion whole = parseBody(body);
+        return u"text “"_s + whole.text + u"”;"_s + described(whole.toolCalls) + u" finished "_s +
+               described(whole.finishReason);
+    } catch (const ProviderError &error) {
+        return error.is(ProviderError::Plain::malformedResponse) ? u"malformed"_s : u"another error"_s;
+    }
+}
+
+QString chunk(const QByteArray &line)
+{
+    const auto read = OllamaChunk::parse(line);
+    if (!read)
+        return u"none"_s;
+    return u"text “"_s + read->text + u"”;"_s + described(read->toolCalls) +
+           (read->isThinking ? u" thinking;"_s : QString()) + (read->done ? u" done "_s : u" goes on "_s) +
+           described(read->doneReason) + u"; error "_s + described(read->errorMessage);
+}
+
+TEST(ReplyLinesTest, SayWhatTheyHold)
+{
+    const auto compare = [](const char *table, QString (*outcome)(const QByteArray &)) {
+        EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    };
+    compare("ai/chat_lines.txt", classified);
+    compare("ai/chat_bodies.txt", parsedBody);
+    compare("ai/ollama_lines.txt", chunk);
+}
+
+TEST(ToolCallAccumulatorTest, PutsFragmentsTogether)
+{
+    ToolCallAccumulator accumulator;
+    accumulator.add({1, u"first"_s, u"f"_s, u" {\"a\":"_s});
+    accumulator.add({0, {}, u"g"_s, u" \n"_s});
+    accumulator.add({1, u""_s, u""_s, u"1} "_s});
+    accumulator.add({1, u"second"_s, {}, {}});
+    accumulator.add({7, u"nameless"_s, u""_s, u"{}"_s});
+    const std::vector<AIToolCall> expected{{u"second"_s, u"f"_s, u"{\"a\":1}"_s},
+                                           {u"call_0"_s, u"g"_s, u"{}"_s}};
+    EXPECT_EQ(accumulator.finish(), expected);
+}
+
+} // namespace
+
+} // namespace morvane

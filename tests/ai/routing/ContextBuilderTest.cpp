@@ -1,0 +1,110 @@
+#include "ai/routing/ContextBuilder.h"
+
+#include <gtest/gtest.h>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+using Item = ContextBuilder::HistoryItem;
+
+// A history of so many messages, the person's first, named by their numbers.
+std::vector<Item> history(int count)
+{
+    std::vector<Item> items;
+    for (int i = 0; i < count; ++i)
+        items.push_back({i % 2 == 0 ? MessageRole::user : MessageRole::assistant, QString::number(i), {}});
+    return items;
+}
+
+// One line for each message: its role, its words, and how many pictures it has.
+QStringList lines(const std::vector<AIMessage> &messages)
+{
+    QStringList all;
+    for (const AIMessage &message : messages)
+        all.append(rawText(message.role) + u": "_s + message.content +
+                   QString(message.imageDataURLs.size(), u'*'));
+    return all;
+}
+
+TEST(ContextBuilderTest, KeepsTheNewestAndSaysWhatWasCut)
+{
+    const auto note = [](int cut, const QString &last) {
+        return u"system: Context from earlier in this conversation (%1 older messages not shown): The "
+               "conversation began with the user asking: “0”%2"_s.arg(QString::number(cut), last);
+    };
+    const auto lastTurn = [](const QString &role, int number) {
+        return u" The most recent omitted turn was the %1 saying: “%2”"_s.arg(role, QString::number(number));
+    };
+    const struct {
+        int messages;
+        std::int64_t most;
+        QString note; // empty: nothing was cut
+        int firstKept;
+    } cases[] = {
+        {0, 10, {}, 0},
+        {4, 0, {}, 0}, // four are kept, whatever the setting
+        {5, -1, note(1, {}), 1},
+        {8, 4, note(4, lastTurn(u"assistant"_s, 3)), 4},
+        {8, 5, note(3, lastTurn(u"user"_s, 2)), 3},
+        {8, 8, {}, 0},
+        {20'000, 4, note(19'996, lastTurn(u"assistant"_s, 19'995)), 19'996},
+        {8, std::numeric_limits<std::int64_t>::max(), {}, 0},
+    };
+    for (const auto &[count, most, cutNote, firstKept] : cases) {
+        QStringList expected{u"system: Be kind."_s};
+        if (!cutNote.isEmpty())
+            expected.append(cutNote);
+        for (int i = firstKept; i < count; ++i)
+            expected.append((i % 2 == 0 ? u"user: "_s : u"assistant: "_s) + QString::number(i));
+        EXPECT_EQ(lines(ContextBuilder::build(history(count), most, u"Be kind."_s, std::nullopt)), expected)
+            << count << '/' << most;
+    }
+}
+
+TEST(ContextBuilderTest, PicturesStayWithTheirMessageAndASummaryStandsInForTheNote)
+{
+    std::vector<Item> items = history(5);
+    items[0].images = {u"data:cut"_s};
+    items[4].images = {u"data:a"_s, u"data:b"_s};
+    const auto messages = ContextBuilder::build(items, 4, {}, u"They spoke of tea."_s);
+    EXPECT_EQ(
+        messages.at(1).content,
+        u"Context from earlier in this conversation (1 older messages not shown): They spoke of tea."_s);
+    EXPECT_EQ(messages.back().imageDataURLs, items[4].images);
+    EXPECT_EQ(lines(messages).join(u' ').count(u'*'), 2);
+}
+
+// A quote is one line of 140 characters, which are what a person counts: a family or an accented letter is
+// one.
+TEST(ContextBuilderTest, AQuoteIsCutByCharacters)
+{
+    const auto quoted = [](const QString &words) {
+        const QString start = u"The conversation began with the user asking: “"_s;
+        const QString sentence = ContextBuilder::digest({{MessageRole::user, words, {}}});
+        EXPECT_TRUE(sentence.startsWith(start) && sentence.endsWith(u'”'));
+        return sentence.mid(start.size()).chopped(1);
+    };
+    for (const QString &character : {u"x"_s, u"e\u0301"_s, u"👨‍👩‍👧"_s, u"👻"_s}) {
+        EXPECT_EQ(quoted(character.repeated(140)), character.repeated(140));
+        EXPECT_EQ(quoted(character.repeated(141)), character.repeated(140) + u'…');
+    }
+    EXPECT_EQ(quoted(u" \none\ntwo\r\n"_s), u"one two"_s);
+    EXPECT_EQ(quoted(u"x"_s.repeated(140) + u"\n \n"_s), u"x"_s.repeated(140));
+}
+
+TEST(ContextBuilderTest, ADigestNamesOnlyWhatThereIs)
+{
+    EXPECT_EQ(ContextBuilder::digest({}), u"No earlier context."_s);
+    EXPECT_EQ(ContextBuilder::digest({{MessageRole::assistant, u"Hello."_s, {}}}), QString());
+    EXPECT_EQ(
+        ContextBuilder::digest({{MessageRole::assistant, u"Hello."_s, {}}, {MessageRole::user, u"Hi"_s, {}}}),
+        u"The conversation began with the user asking: “Hi” The most recent omitted turn was the user "
+        "saying: “Hi”"_s);
+}
+
+} // namespace
+
+} // namespace morvane

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "ai/contract/ProviderError.h"
+#include "ai/providers/LineSplitter.h"
+#include "ai/providers/ReplyLines.h"
+#include "async/AsyncStream.h"
+#include "fuzz/Fuzz.h"
+
+namespace morvane {
+
+// A reply's body in pieces of every size: whatever a server sends, its lines and events must come out without
+// a crash and within the limits. `Reply` takes lines as a ReplyLines::Reader does.
+namespace ReplyFuzzing {
+
+inline constexpr qsizetype longestLine = 4096;
+
+template <typename Reply>
+QByteArray textOf(QByteArrayView body, qsizetype pieceSize)
+{
+    auto [stream, events] = AsyncStream<AIStreamEvent>::make();
+    Reply reply;
+    try {
+        LineSplitter lines(longestLine);
+        auto progress = ReplyLines::Progress::goesOn;
+        for (qsizetype at = 0; at < body.size() && progress == ReplyLines::Progress::goesOn;
+             at += pieceSize) {
+            lines.add(body.sliced(at, std::min(pieceSize, body.size() - at)).toByteArray());
+            for (auto line = lines.next(); line && progress == ReplyLines::Progress::goesOn;
+                 line = lines.next())
+                progress = reply.add(*line, events);
+        }
+        if (const auto line = lines.last(); line && progress == ReplyLines::Progress::goesOn)
+            reply.add(*line, events);
+        reply.finish(events);
+        if constexpr (requires { reply.plainBody(); })
+            static_cast<void>(reply.plainBody());
+    } catch (const ProviderError &) {
+        return "refused";
+    }
+    QByteArray text;
+    while (const auto event = stream.takeBuffered()) {
+        if (const auto *piece = std::get_if<AIStream::Text>(&*event))
+            text += piece->piece.toUtf8();
+    }
+    return text;
+}
+
+// Where the network cuts must not matter.
+template <typename Reply>
+void check(QByteArrayView input)
+{
+    if (!input.isEmpty())
+        require(textOf<Reply>(input, 1 + static_cast<uchar>(input[0]) % 16) ==
+                textOf<Reply>(input, input.size()));
+}
+
+} // namespace ReplyFuzzing
+
+} // namespace morvane

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "network/CurlHttpSession.h"
+#include "network/NetworkLedger.h"
+#include "persistence/InMemorySettingsRepository.h"
+#include "security/InMemoryKeychainService.h"
+#include "security/ServiceIdentity.h"
+#include "services/WebAccessError.h"
+#include "services/WebAccessService.h"
+#include "support/Await.h"
+#include "support/FakeHttpSession.h"
+#include "support/ManualClock.h"
+#include "support/ScriptedServer.h"
+
+#include <gtest/gtest.h>
+
+namespace morvane {
+
+// What the web service stands on, and how a call to it ends.
+class WebServiceFixture : public testing::Test {
+protected:
+    using Error = std::optional<WebAccessError::Case>;
+
+    template <typename T>
+    static Error errorOf(QCoro::Task<T> task)
+    {
+        return errorOf(*begin(std::move(task)));
+    }
+    // The same for a call that is under way; waits for its end.
+    template <typename T>
+    static Error errorOf(const TestWait::Outcome<T> &outcome)
+    {
+        TestWait::until([&] { return outcome.done; });
+        try {
+            if (outcome.error)
+                std::rethrow_exception(outcome.error);
+        } catch (const WebAccessError &error) {
+            return error.reason();
+        }
+        return std::nullopt;
+    }
+    template <typename T>
+    static std::shared_ptr<TestWait::Outcome<T>> begin(QCoro::Task<T> task)
+    {
+        const auto outcome = std::make_shared<TestWait::Outcome<T>>();
+        TestWait::collect(std::move(task), outcome);
+        return outcome;
+    }
+    std::shared_ptr<HttpSession> realSession(EgressFeature feature)
+    {
+        return std::make_shared<CurlHttpSession>(feature, SensitiveDataSet(), ledger, clock);
+    }
+
+    NetworkLedger ledger;
+    ManualClock clock;
+    InMemoryKeychainService keychain;
+    InMemorySettingsRepository counters;
+    ServiceIdentity identity{keychain};
+    FakeHttpSessionProvider network;
+    WebAccessService::Services services{network, keychain, identity, counters, clock};
+};
+
+} // namespace morvane
