@@ -4,6 +4,7 @@
 #include "ai/providers/ProviderFailure.h"
 #include "support/FakeHttpSession.h"
 #include "support/LogCapture.h"
+#include "support/TestData.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -137,40 +138,32 @@ TEST_F(OllamaNativeProviderTest, TheServersWordsDecideAboutAnError)
 TEST_F(OllamaNativeProviderTest, ProbesReadWhatTheServerTellsAndNothingElse)
 {
     const QString base = u"https://host.example.com/deep/v1"_s;
-    const auto versionOf = [&](int status, const QByteArray &body) {
-        session.answer(status, body);
-        return TestWait::await(provider.version(base, {}));
+    const auto outcome = [&](const QByteArray &body) {
+        for (int i = 0; i < 3; ++i)
+            session.answer(200, body);
+        const auto version = TestWait::await(provider.version(base, {}));
+        const auto abilities = TestWait::await(provider.capabilities(base, u"m"_s, {}));
+        const auto models = TestWait::await(provider.modelList(base, {}));
+        QStringList names;
+        for (const OllamaModel &model : models.value_or(std::vector<OllamaModel>()))
+            names += model.name + (model.runsElsewhere ? u" elsewhere"_s : QString());
+        return u"version "_s + version.value_or(u"none"_s) + u"; capabilities "_s +
+               (abilities ? u'[' + abilities->join(u", ") + u']' : u"none"_s) + u"; models "_s +
+               (models ? u'[' + names.join(u", ") + u']' : u"none"_s);
     };
-    EXPECT_EQ(versionOf(200, R"({"version":"0.34.0"})"), u"0.34.0"_s);
-    EXPECT_EQ(versionOf(500, R"({"version":"0.34.0"})"), std::nullopt);
-    EXPECT_EQ(versionOf(200, R"({"version":34})"), std::nullopt);
+    const char *table = "ai/ollama_probes.txt";
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
     EXPECT_EQ(lineOf(session.requests()[0]), "GET https://host.example.com/api/version 3000");
-
-    const auto capabilitiesOf = [&](const QByteArray &body) {
-        session.answer(200, body);
-        return TestWait::await(provider.capabilities(base, u"m"_s, {}));
-    };
-    EXPECT_EQ(capabilitiesOf(R"({"capabilities":["vision",1,"tools"]})"),
-              (QStringList{u"vision"_s, u"tools"_s}));
-    EXPECT_EQ(capabilitiesOf(R"({"capabilities":[]})"), QStringList());
-    EXPECT_EQ(capabilitiesOf(R"({"capabilities":"vision"})"), std::nullopt);
-
-    const auto modelsOf = [&](const QByteArray &body) {
-        session.answer(200, body);
-        return TestWait::await(provider.modelList(base, {}));
-    };
-    EXPECT_EQ(
-        modelsOf(R"({"models":[{"name":"a:1b","remote_model":"","remote_host":null},{"model":"b"},
-                      {"name":"c","remote_model":"c"},{"name":"d","remote_host":"https://elsewhere.invalid"},
-                      {"name":"e","remote_host":{"name":"elsewhere"}},{"size":1},7]})"),
-        (std::vector<OllamaModel>{{u"a:1b"_s}, {u"b"_s}, {u"c"_s, true}, {u"d"_s, true}, {u"e"_s, true}}));
-    EXPECT_EQ(modelsOf(R"({"models":null})"), std::vector<OllamaModel>());
-    EXPECT_EQ(modelsOf(R"({"data":[]})"), std::nullopt);
-    EXPECT_EQ(lineOf(session.requests().back()), "GET https://host.example.com/api/tags 5000");
+    EXPECT_EQ(lineOf(session.requests()[1]), "POST https://host.example.com/api/show 5000");
+    EXPECT_EQ(lineOf(session.requests()[2]), "GET https://host.example.com/api/tags 5000");
     for (const auto &[feature, carrying] : network.asked)
         EXPECT_EQ(carrying, SensitiveDataSet());
+
+    session.answer(500, R"({"version":"0.34.0"})");
+    EXPECT_EQ(TestWait::await(provider.version(base, {})), std::nullopt);
+    const auto sent = session.requests().size();
     EXPECT_EQ(TestWait::await(provider.version(u"http://public.example.com"_s, {})), std::nullopt);
-    EXPECT_EQ(session.requests().size(), 9U) << "nothing goes to an address that may not be used";
+    EXPECT_EQ(session.requests().size(), sent) << "nothing goes to an address that may not be used";
 }
 
 TEST_F(OllamaNativeProviderTest, AProbeEndsInItsTimeAlsoWhileBytesComeAndThrowsOnlyWhenItIsStopped)

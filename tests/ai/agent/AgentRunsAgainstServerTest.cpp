@@ -77,26 +77,6 @@ TEST_F(AgentRunsAgainstServerTest, LoopsToTheCeiling)
     EXPECT_EQ(server.requests().size(), 6U);
 }
 
-TEST_F(AgentRunsAgainstServerTest, IsCorrectedWhereItMisbehaves)
-{
-    const PlayedRun event = ask(u"agent-claims-event"_s);
-    EXPECT_EQ(event.shown(), u"The practice server was told: “Added.”."_s);
-    EXPECT_EQ(desktop.actions, QStringList(u"event Lunch at 2026-03-01T13:00:00Z for 30"_s));
-
-    const PlayedRun search = ask(u"agent-refuses-search"_s);
-    EXPECT_TRUE(search.shown().contains(u"Search results for “What is the weather?”"_s));
-    EXPECT_FALSE(search.shown().contains(u"can't look that up"_s));
-}
-
-TEST_F(AgentRunsAgainstServerTest, GoesOnWithoutToolsWhereTheServerTakesNone)
-{
-    const PlayedRun run = ask(u"reject-tools"_s);
-    EXPECT_TRUE(run.shown().contains(u"You wrote: “What is the weather?”"_s)) << run.shown().toStdString();
-    ASSERT_EQ(server.requests().size(), 2U);
-    EXPECT_FALSE(server.requests().back().json().contains("tools"_L1));
-    EXPECT_EQ(effects(), 0);
-}
-
 TEST_F(AgentRunsAgainstServerTest, WithoutToolsTheStreamIsRelayed)
 {
     settings.setAbilitiesEnabled(false);

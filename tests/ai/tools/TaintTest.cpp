@@ -96,7 +96,7 @@ TEST_F(TaintTest, EveryOrderingOfTwoKeepsTheRules)
                                                                    : u"\nNobody is there"_s;
             all += QStringList{u"\n"_s, u", a document is attached\n"_s, u", an image is attached\n"_s}.at(
                 static_cast<int>(attached));
-            all += QString(36, u' ') + u'|';
+            all += QString(35, u' ') + u'|';
             for (const Action &action : actions())
                 all += u' ' + action.name;
             all += u'\n' + table(attendance, attached);

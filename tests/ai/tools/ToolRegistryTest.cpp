@@ -1,6 +1,7 @@
 #include "ai/tools/ToolFixture.h"
 #include "async/AsyncStream.h"
 #include "support/LogCapture.h"
+#include "support/TestData.h"
 
 #include <QRegularExpression>
 
@@ -50,29 +51,19 @@ TEST_F(ToolRegistryTest, TellsTheModelWhatCameOfEachCall)
     EXPECT_FALSE(untouched->webContentConsumed);
 }
 
-TEST_F(ToolRegistryTest, ReadsTheArgumentsOfTheDesktop)
+// Each call in a turn of its own: what the person is asked, what happens, and what the model is told.
+TEST_F(ToolRegistryTest, ReadsTheArgumentsOfEachCall)
 {
-    const auto run = [this](const QString &name, const QString &arguments) {
+    const auto outcome = [this](const QByteArray &line) {
+        asked.clear();
         desktop.actions.clear();
-        const AIToolResult result = dispatch(call(name, arguments), turnOf());
-        return result.isError ? result.content : desktop.actions.value(0);
+        const QString text = QString::fromUtf8(line);
+        const AIToolResult result = dispatch(call(text.section(u' ', 0, 0), text.section(u' ', 1)), turnOf());
+        EXPECT_EQ(result.isError, result.content.startsWith(u"Error: "_s));
+        return (asked + desktop.actions + QStringList(result.content)).join(u" | ");
     };
-    const QString event = u"create_calendar_event"_s;
-    const QString missing = u"Error: Both title and minutes_from_now are required."_s;
-    EXPECT_EQ(run(event, uR"({"title":"Lunch","minutes_from_now":"90"})"_s),
-              u"event Lunch at 2026-03-01T13:30:00Z for 30"_s);
-    EXPECT_EQ(run(event, uR"({"title":7,"minutes_from_now":0,"duration_minutes":45.9})"_s),
-              u"event 7 at 2026-03-01T12:00:00Z for 45"_s);
-    EXPECT_EQ(run(event, uR"({"title":"Lunch","minutes_from_now":0.5,"duration_minutes":1e300})"_s),
-              u"event Lunch at 2026-03-01T12:00:30Z for 100000000000"_s);
-    for (const QString &arguments : {uR"({"title":"Lunch"})"_s, uR"({"minutes_from_now":1})"_s,
-                                     uR"({"title":"Lunch","minutes_from_now":1e300})"_s,
-                                     uR"({"title":"Lunch","minutes_from_now":"nan"})"_s, u"nonsense"_s})
-        EXPECT_EQ(run(event, arguments), missing) << arguments.toStdString();
-    EXPECT_EQ(run(u"run_shortcut"_s, uR"({"name":"Tidy","input":5})"_s), u"run Tidy with 5"_s);
-    EXPECT_EQ(run(u"run_shortcut"_s, u"{}"_s), u"Error: A shortcut name is required."_s);
-    EXPECT_EQ(run(u"open_link"_s, u"{}"_s), u"Error: A url is required."_s);
-    EXPECT_EQ(run(u"search_web"_s, u"{}"_s), u"Error: A query is required."_s);
+    const char *table = "ai/tool_calls.txt";
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
     EXPECT_TRUE(completed.back().isError) << "it was asked and tried";
 }
 
