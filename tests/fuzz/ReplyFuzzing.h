@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ai/contract/AIStreamEvent.h"
 #include "ai/contract/ProviderError.h"
 #include "ai/providers/LineSplitter.h"
 #include "ai/providers/ReplyLines.h"
