@@ -30,6 +30,8 @@ public:
         std::optional<bool> hitTokenLimit; // absent in rows from before the field
         std::optional<QString> placeRaw;
         std::optional<QUuid> conversation;
+
+        bool operator==(const Columns &) const = default;
     };
 
     // A new message in readable form.

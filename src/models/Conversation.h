@@ -23,6 +23,8 @@ public:
         std::optional<QString> sealedRollingSummary;
         std::optional<QString> personaPreset;
         std::optional<QString> spaceRaw;
+
+        bool operator==(const Columns &) const = default;
     };
 
     // A new conversation in readable form; it was last changed when it was created.

@@ -19,6 +19,8 @@ public:
         std::int64_t extractedCharacterCount = 0; // after any truncation
         bool wasTruncated = false;
         QDateTime importedAt;
+
+        bool operator==(const Columns &) const = default;
     };
 
     // A new document in readable form.

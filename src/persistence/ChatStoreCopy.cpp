@@ -1,5 +1,6 @@
 #include "persistence/ChatStoreCopy.h"
 
+#include "persistence/RecordTables.h"
 #include "persistence/StoreFiles.h"
 #include "persistence/StoreSchema.h"
 #include "utils/files/PrivateFile.h"
@@ -149,7 +150,7 @@ Outcome ChatStoreCopy::intoLiveStore(const Move &move, Database &source, const F
     std::optional<Database> target;
     try {
         target = StoreFiles::open(move.target);
-        if (target->integer("SELECT count(*) FROM Conversation") > 0)
+        if (target->integer(QByteArray("SELECT count(*) FROM ") + RecordTable<Conversation>::name) > 0)
             return KeptBoth{move.source, std::ssize(expected.conversations)};
         target->execute("BEGIN IMMEDIATE");
     } catch (const std::exception &) {

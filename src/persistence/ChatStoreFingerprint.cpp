@@ -1,5 +1,6 @@
 #include "persistence/ChatStoreFingerprint.h"
 
+#include "persistence/RecordTables.h"
 #include "persistence/StoreSchema.h"
 #include "security/SealedForm.h"
 #include "utils/bytes/Base64.h"
@@ -51,7 +52,7 @@ std::set<QUuid> readTable(Database &database, const StoreSchema::Table &table, c
             readField(database, table, table.columns[i], storedNames[i], sealing, fingerprint);
     }
     std::set<QUuid> ids;
-    Statement rows = database.prepare(QByteArray("SELECT id FROM ") + table.name);
+    Statement rows = database.prepare(QByteArray("SELECT ") + idColumn + " FROM " + table.name);
     while (rows.step())
         ids.insert(rows.id());
     return ids;

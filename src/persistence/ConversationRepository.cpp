@@ -19,7 +19,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr auto category = Log::Category::Persistence;
-constexpr QByteArrayView lastChangedFirst{"updatedAt DESC, rowid DESC"};
+constexpr const char *lastChange = columnName<Conversation>(&Conversation::Columns::updatedAt);
+constexpr const char *owner = columnName<ChatMessage>(&ChatMessage::Columns::conversation);
 constexpr qsizetype derivedTitleLength = 42;
 constexpr qsizetype givenTitleLength = 80;
 constexpr std::int64_t plainTextPortion = 500;
@@ -80,26 +81,16 @@ std::optional<QString> resealed(const FieldSealing &sealing, const std::optional
     return sealed ? std::optional(resealed(sealing, *sealed)) : std::nullopt;
 }
 
-Conversation::Columns copied(const FieldSealing &sealing, Conversation::Columns columns)
+template <typename R>
+typename R::Columns copied(const FieldSealing &sealing, typename R::Columns row)
 {
-    columns.sealedTitle = resealed(sealing, columns.sealedTitle);
-    columns.sealedRollingSummary = resealed(sealing, columns.sealedRollingSummary);
-    return columns;
-}
-
-ChatMessage::Columns copied(const FieldSealing &sealing, ChatMessage::Columns columns)
-{
-    columns.sealedContent = resealed(sealing, columns.sealedContent);
-    columns.sealedErrorMessage = resealed(sealing, columns.sealedErrorMessage);
-    columns.sealedAttachmentName = resealed(sealing, columns.sealedAttachmentName);
-    columns.sealedToolSummary = resealed(sealing, columns.sealedToolSummary);
-    return columns;
-}
-
-ImportedDocument::Columns copied(const FieldSealing &sealing, ImportedDocument::Columns columns)
-{
-    columns.sealedFilename = resealed(sealing, columns.sealedFilename);
-    return columns;
+    forEachColumn<R>([&](const auto &column) {
+        if constexpr (std::remove_cvref_t<decltype(column)>::isText) {
+            if (column.isSealed())
+                row.*column.field = resealed(sealing, row.*column.field);
+        }
+    });
+    return row;
 }
 
 } // namespace
@@ -125,10 +116,11 @@ void ConversationRepository::save()
 // Conversations of departed pages are left out of what people see.
 FetchRequest ConversationRepository::listed(std::int64_t offset, std::int64_t count) const
 {
-    FetchRequest request{.order = lastChangedFirst, .limit = count, .offset = offset};
+    FetchRequest request{
+        .order = QByteArray(lastChange) + " DESC, rowid DESC", .limit = count, .offset = offset};
     const auto departed = m_defaults ? m_defaults->list(legacyModuleConversationsKey) : std::nullopt;
     if (departed && !departed->isEmpty()) {
-        request.where = "id NOT IN (SELECT upper(value) FROM json_each(?))";
+        request.where = QByteArray(idColumn) + " NOT IN (SELECT upper(value) FROM json_each(?))";
         request.values = {SqlCoding::value(*departed)};
     }
     return request;
@@ -249,7 +241,7 @@ std::shared_ptr<Conversation> ConversationRepository::adopt(const Conversation &
     const auto &sealing = m_context.sealing();
     std::vector<std::shared_ptr<Record>> copies;
     const auto take = [&]<typename R>(const R &original) {
-        auto copy = std::make_shared<R>(sealing, copied(*sealing, original.columns()));
+        auto copy = std::make_shared<R>(sealing, copied<R>(*sealing, original.columns()));
         m_context.insert(copy);
         copies.push_back(copy);
         return copy;
@@ -279,8 +271,9 @@ void ConversationRepository::remove(Conversation &conversation)
 
 void ConversationRepository::removeEmpty(const Conversation *except)
 {
-    const auto empty = fetch({.where = "NOT EXISTS (SELECT 1 FROM ChatMessage WHERE conversation = "
-                                       "Conversation.id)"});
+    const auto empty =
+        fetch({.where = QByteArray("NOT EXISTS (SELECT 1 FROM ") + RecordTable<ChatMessage>::name +
+                        " WHERE " + owner + " = " + RecordTable<Conversation>::name + "." + idColumn + ")"});
     for (const auto &conversation : empty) {
         if (conversation.get() != except)
             m_context.remove(*conversation);
@@ -293,7 +286,8 @@ void ConversationRepository::prune(std::optional<std::chrono::seconds> interval,
     if (!interval)
         return;
     const QDateTime cutoff = now.addSecs(-interval->count());
-    const auto expired = fetch({.where = "updatedAt < ?", .values = {SqlCoding::value(cutoff)}});
+    const auto expired =
+        fetch({.where = QByteArray(lastChange) + " < ?", .values = {SqlCoding::value(cutoff)}});
     if (expired.empty())
         return;
     for (const auto &conversation : expired)
@@ -320,7 +314,7 @@ std::int64_t ConversationRepository::sealPlainTextsOf()
     while (true) {
         const auto records = answerOr(std::vector<std::shared_ptr<R>>(), [&] {
             // In the order of the index over such rows; any other reads the whole table.
-            return m_context.fetch<R>({.where = isPlain, .order = "id", .limit = plainTextPortion});
+            return m_context.fetch<R>({.where = isPlain, .order = idColumn, .limit = plainTextPortion});
         });
         const auto changed = std::ranges::count_if(records, [](const auto &record) {
             const auto before = record->revision();

@@ -13,6 +13,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr const char *ownerColumn = columnName<ChatMessage>(&ChatMessage::Columns::conversation);
+constexpr const char *contentColumn = columnName<ChatMessage>(&ChatMessage::Columns::sealedContent);
+
 void assertMainThread()
 {
     Q_ASSERT(!QCoreApplication::instance() ||
@@ -43,15 +46,27 @@ QByteArray joined(std::initializer_list<QByteArrayView> pieces)
 template <typename R>
 QByteArray upsertSql()
 {
-    using Table = RecordTable<R>;
+    const QByteArrayList columns = columnNames<R>();
     QByteArrayList marks;
     QByteArrayList updates;
-    for (const QByteArray &column : Table::columns.toByteArray().split(',')) {
+    for (const QByteArray &column : columns) {
         marks.append("?");
         updates.append(column + "=excluded." + column);
     }
-    return joined({"INSERT INTO ", Table::name, "(", Table::columns, ") VALUES(", marks.join(','),
-                   ") ON CONFLICT(id) DO UPDATE SET ", updates.join(',')});
+    return joined({"INSERT INTO ", RecordTable<R>::name, "(", columns.join(','), ") VALUES(", marks.join(','),
+                   ") ON CONFLICT(", idColumn, ") DO UPDATE SET ", updates.join(',')});
+}
+
+template <typename R>
+void write(Statement &upsert, const Record &record)
+{
+    bindRow<R>(upsert, static_cast<const R &>(record).columns());
+    upsert.run();
+}
+
+FetchRequest messagesIn(const Conversation &conversation)
+{
+    return {.where = joined({ownerColumn, "=?"}), .values = {SqlCoding::value(conversation.id())}};
 }
 
 QByteArrayView tableOf(RecordKind kind)
@@ -226,6 +241,13 @@ void ObjectContext::rollBack() noexcept
     }
 }
 
+void ObjectContext::removeRows(RecordKind kind, QByteArrayView column, const QUuid &id)
+{
+    m_database.prepare(joined({"DELETE FROM ", tableOf(kind), " WHERE ", column, "=?"}))
+        .bind(SqlCoding::value(id))
+        .run();
+}
+
 void ObjectContext::writeRemovals()
 {
     if (m_removalsAreWritten)
@@ -233,13 +255,9 @@ void ObjectContext::writeRemovals()
     for (const RecordKind kind : m_emptied)
         m_database.execute(joined({"DELETE FROM ", tableOf(kind)}));
     for (const auto &[kind, id] : m_removed) {
-        m_database.prepare(joined({"DELETE FROM ", tableOf(kind), " WHERE id=?"}))
-            .bind(SqlCoding::value(id))
-            .run();
+        removeRows(kind, idColumn, id);
         if (kind == RecordKind::Conversation)
-            m_database.prepare("DELETE FROM ChatMessage WHERE conversation=?")
-                .bind(SqlCoding::value(id))
-                .run();
+            removeRows(RecordKind::ChatMessage, ownerColumn, id);
     }
     m_removalsAreWritten = true;
 }
@@ -272,13 +290,6 @@ void ObjectContext::writeChanges()
 }
 
 template <typename R>
-void ObjectContext::write(Statement &upsert, const Record &record)
-{
-    RecordTable<R>::bind(upsert, static_cast<const R &>(record).columns());
-    upsert.run();
-}
-
-template <typename R>
 std::shared_ptr<R> ObjectContext::known(const QUuid &id) const
 {
     const auto found = m_live.find({RecordTable<R>::kind, id});
@@ -304,7 +315,8 @@ std::vector<std::shared_ptr<R>> ObjectContext::fetch(const FetchRequest &request
 {
     assertMainThread();
     flush();
-    Statement rows = select<R>(RecordTable<R>::columns, request);
+    static const QByteArray columns = columnNames<R>().join(',');
+    Statement rows = select<R>(columns, request);
     std::vector<std::shared_ptr<R>> records;
     while (rows.step()) {
         const QUuid id = rows.id();
@@ -315,7 +327,7 @@ std::vector<std::shared_ptr<R>> ObjectContext::fetch(const FetchRequest &request
         if (entry.record) {
             record = std::static_pointer_cast<R>(entry.record->shared_from_this());
         } else {
-            record = std::make_shared<R>(m_sealing, RecordTable<R>::read(id, rows));
+            record = std::make_shared<R>(m_sealing, readRow<R>(id, rows));
             entry.record = record.get();
             record->attach(*this);
         }
@@ -329,7 +341,8 @@ std::shared_ptr<R> ObjectContext::find(const QUuid &id)
 {
     if (auto record = known<R>(id))
         return record;
-    const auto found = fetch<R>({.where = "id=?", .values = {SqlCoding::value(id)}, .limit = 1});
+    const auto found =
+        fetch<R>({.where = joined({idColumn, "=?"}), .values = {SqlCoding::value(id)}, .limit = 1});
     return found.empty() ? nullptr : found.front();
 }
 
@@ -349,7 +362,7 @@ std::vector<SealedText> ObjectContext::sealedTexts(std::int64_t before, std::int
     assertMainThread();
     flush();
     Statement rows =
-        select<ChatMessage>("rowid,conversation,id,sealedContent",
+        select<ChatMessage>(joined({"rowid,", ownerColumn, ",", idColumn, ",", contentColumn}),
                             {.where = "rowid<?", .values = {before}, .order = "rowid DESC", .limit = count});
     std::vector<SealedText> texts;
     while (rows.step()) {
@@ -376,16 +389,14 @@ std::optional<std::vector<std::shared_ptr<ChatMessage>>>
 ObjectContext::messagesOf(const Conversation &conversation)
 {
     using Messages = std::optional<std::vector<std::shared_ptr<ChatMessage>>>;
-    const FetchRequest request{.where = "conversation=?", .values = {SqlCoding::value(conversation.id())}};
-    return answerOr(Messages(), [&] { return Messages(fetch<ChatMessage>(request)); });
+    return answerOr(Messages(), [&] { return Messages(fetch<ChatMessage>(messagesIn(conversation))); });
 }
 
 bool ObjectContext::hasMessages(const Conversation &conversation)
 {
-    const FetchRequest request{.where = "conversation=?", .values = {SqlCoding::value(conversation.id())}};
     return answerOr(true, [&] {
         flush();
-        return select<ChatMessage>("1", request).step();
+        return select<ChatMessage>("1", messagesIn(conversation)).step();
     });
 }
 

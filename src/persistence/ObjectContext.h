@@ -9,12 +9,12 @@
 
 namespace morvane {
 
-// Which records, in which order, how many. `where` and `order` are SQL over the table's columns, always
-// literals; values stand in `values` and are bound to the question marks.
+// Which records, in which order, how many. `where` and `order` are SQL, made of literals and of names of
+// columns alone; values stand in `values` and are bound to the question marks.
 struct FetchRequest {
-    QByteArrayView where{"1"};
+    QByteArray where{"1"};
     std::vector<SqlValue> values;
-    QByteArrayView order{"rowid"};
+    QByteArray order{"rowid"};
     std::int64_t limit = -1; // below 0: all
     std::int64_t offset = 0;
 };
@@ -112,9 +112,8 @@ private:
     void flush();
     void begin();
     void writeRemovals();
+    void removeRows(RecordKind kind, QByteArrayView column, const QUuid &id);
     void writeChanges();
-    template <typename R>
-    void write(Statement &upsert, const Record &record);
     void rollBack() noexcept;
 
     Database m_database;

@@ -1,110 +1,84 @@
 #include "persistence/RecordTables.h"
 
-#include <algorithm>
-#include <array>
-
 namespace morvane {
-
-using SqlCoding::value;
 
 namespace {
 
-// The raw texts of an enumeration, shared by all rows that hold them.
-template <typename Enum>
-std::span<const QString> sharedTexts()
+void read(Statement &row, QString &field)
 {
-    static const auto texts = [] {
-        std::array<QString, rawTexts<Enum>.size()> shared;
-        std::ranges::copy(rawTexts<Enum>, shared.begin());
-        return shared;
-    }();
-    return texts;
+    field = row.text();
+}
+
+void read(Statement &row, QDateTime &field)
+{
+    field = row.date();
+}
+
+void read(Statement &row, std::int64_t &field)
+{
+    field = row.integer();
+}
+
+void read(Statement &row, bool &field)
+{
+    field = row.flag();
+}
+
+void read(Statement &row, std::optional<QString> &field)
+{
+    field = row.optionalText();
+}
+
+void read(Statement &row, std::optional<QUuid> &field)
+{
+    field = row.optionalId();
+}
+
+void read(Statement &row, std::optional<bool> &field)
+{
+    field = row.optionalFlag();
+}
+
+void read(Statement &row, std::optional<QStringList> &field)
+{
+    field = row.optionalList();
+}
+
+template <typename Row, typename Value>
+void readColumn(Statement &statement, Row &row, const RecordColumn<Row, Value> &column)
+{
+    if constexpr (std::is_same_v<Value, QString>) {
+        if (column.sharedTexts) {
+            row.*column.field = statement.text(column.sharedTexts());
+            return;
+        }
+    }
+    read(statement, row.*column.field);
 }
 
 } // namespace
 
-Conversation::Columns RecordTable<Conversation>::read(const QUuid &id, Statement &row)
+template <typename R>
+typename R::Columns readRow(const QUuid &id, Statement &row)
 {
-    Conversation::Columns columns;
+    typename R::Columns columns;
     columns.id = id;
-    columns.sealedTitle = row.text();
-    columns.createdAt = row.date();
-    columns.updatedAt = row.date();
-    columns.sealedRollingSummary = row.optionalText();
-    columns.personaPreset = row.optionalText();
-    columns.spaceRaw = row.optionalText();
+    std::apply([&](const auto &, const auto &...column) { (readColumn(row, columns, column), ...); },
+               RecordTable<R>::columns);
     return columns;
 }
 
-void RecordTable<Conversation>::bind(Statement &statement, const Conversation::Columns &columns)
+template <typename R>
+void bindRow(Statement &statement, const typename R::Columns &columns)
 {
-    statement.bind(value(columns.id))
-        .bind(value(columns.sealedTitle))
-        .bind(value(columns.createdAt))
-        .bind(value(columns.updatedAt))
-        .bind(value(columns.sealedRollingSummary))
-        .bind(value(columns.personaPreset))
-        .bind(value(columns.spaceRaw));
+    forEachColumn<R>([&](const auto &column) { statement.bind(SqlCoding::value(columns.*column.field)); });
 }
 
-ChatMessage::Columns RecordTable<ChatMessage>::read(const QUuid &id, Statement &row)
-{
-    ChatMessage::Columns columns;
-    columns.id = id;
-    columns.roleRaw = row.text(sharedTexts<MessageRole>());
-    columns.sealedContent = row.text();
-    columns.createdAt = row.date();
-    columns.statusRaw = row.text(sharedTexts<MessageStatus>());
-    columns.sealedErrorMessage = row.optionalText();
-    columns.attachmentID = row.optionalId();
-    columns.sealedAttachmentName = row.optionalText();
-    columns.sealedToolSummary = row.optionalText();
-    columns.sourceDomains = row.optionalList();
-    columns.hitTokenLimit = row.optionalFlag();
-    columns.placeRaw = row.optionalText();
-    columns.conversation = row.optionalId();
-    return columns;
-}
-
-void RecordTable<ChatMessage>::bind(Statement &statement, const ChatMessage::Columns &columns)
-{
-    statement.bind(value(columns.id))
-        .bind(value(columns.roleRaw))
-        .bind(value(columns.sealedContent))
-        .bind(value(columns.createdAt))
-        .bind(value(columns.statusRaw))
-        .bind(value(columns.sealedErrorMessage))
-        .bind(value(columns.attachmentID))
-        .bind(value(columns.sealedAttachmentName))
-        .bind(value(columns.sealedToolSummary))
-        .bind(value(columns.sourceDomains))
-        .bind(value(columns.hitTokenLimit))
-        .bind(value(columns.placeRaw))
-        .bind(value(columns.conversation));
-}
-
-ImportedDocument::Columns RecordTable<ImportedDocument>::read(const QUuid &id, Statement &row)
-{
-    ImportedDocument::Columns columns;
-    columns.id = id;
-    columns.sealedFilename = row.text();
-    columns.fileExtension = row.text();
-    columns.fileSizeBytes = row.integer();
-    columns.extractedCharacterCount = row.integer();
-    columns.wasTruncated = row.flag();
-    columns.importedAt = row.date();
-    return columns;
-}
-
-void RecordTable<ImportedDocument>::bind(Statement &statement, const ImportedDocument::Columns &columns)
-{
-    statement.bind(value(columns.id))
-        .bind(value(columns.sealedFilename))
-        .bind(value(columns.fileExtension))
-        .bind(value(columns.fileSizeBytes))
-        .bind(value(columns.extractedCharacterCount))
-        .bind(value(columns.wasTruncated))
-        .bind(value(columns.importedAt));
-}
+template Conversation::Columns readRow<Conversation>(const QUuid &, Statement &);
+template ChatMessage::Columns readRow<ChatMessage>(const QUuid &, Statement &);
+template ImportedDocument::Columns readRow<ImportedDocument>(const QUuid &, Statement &);
+template void bindRow<Conversation>(Statement &, const Conversation::Columns &);
+template void bindRow<ChatMessage>(Statement &, const ChatMessage::Columns &);
+template void bindRow<ImportedDocument>(Statement &, const ImportedDocument::Columns &);
 
 } // namespace morvane

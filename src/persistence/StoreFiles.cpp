@@ -93,10 +93,7 @@ Database StoreFiles::open(const QString &path)
         throw DatabaseError(SQLITE_READONLY, "the store cannot be written");
     configure(database);
     StoreSchema::prepare(database);
-    // The head of the list is what a window shows first: when it is damaged, the store is.
-    (void)database.integer(
-        "SELECT sum(length(sealedTitle)) FROM (SELECT sealedTitle FROM Conversation ORDER BY "
-        "updatedAt DESC LIMIT 100)");
+    StoreSchema::readHead(database);
     makePrivate(path);
     return database;
 }

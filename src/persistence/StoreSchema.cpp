@@ -1,5 +1,7 @@
 #include "persistence/StoreSchema.h"
 
+#include "persistence/RecordTables.h"
+
 #include <algorithm>
 #include <set>
 
@@ -12,6 +14,34 @@ using StoreSchema::Presence;
 using StoreSchema::Table;
 
 using Names = std::set<QByteArray>;
+
+constexpr const char *lastChange = columnName<Conversation>(&Conversation::Columns::updatedAt);
+constexpr const char *owner = columnName<ChatMessage>(&ChatMessage::Columns::conversation);
+
+template <typename Value>
+constexpr bool isOptional = false;
+template <typename Value>
+constexpr bool isOptional<std::optional<Value>> = true;
+
+template <typename Value>
+constexpr bool isNumber = std::is_integral_v<Value> || std::is_same_v<Value, QDateTime>;
+template <typename Value>
+constexpr bool isNumber<std::optional<Value>> = isNumber<Value>;
+
+template <typename Row, typename Value>
+Column described(const RecordColumn<Row, Value> &column)
+{
+    return {column.name, isNumber<Value> ? "INTEGER" : "TEXT",
+            isOptional<Value> ? Presence::Optional : Presence::Required, column.formerName};
+}
+
+template <typename R>
+Table tableOf()
+{
+    Table table{RecordTable<R>::name, {}};
+    forEachColumn<R>([&](const auto &column) { table.columns.push_back(described(column)); });
+    return table;
+}
 
 // Names of the columns, empty for a table that isn't there.
 Names columnsOf(Database &database, const Table &table)
@@ -62,12 +92,19 @@ void update(Database &database, const Table &table, const Names &present)
     }
 }
 
+void createIndex(Database &database, const QByteArray &kind, const QByteArray &table,
+                 const QByteArray &column)
+{
+    database.execute("CREATE " + kind + "INDEX IF NOT EXISTS " + table + "_" + column + " ON " + table + "(" +
+                     column + ")");
+}
+
 void index(Database &database, const Table &table)
 {
     const QByteArray name = table.name;
-    database.execute("CREATE UNIQUE INDEX IF NOT EXISTS " + name + "_id ON " + name + "(id)");
-    database.execute("CREATE INDEX IF NOT EXISTS " + name + "_plain ON " + name + "(id) WHERE " +
-                     StoreSchema::holdsPlainText(name));
+    createIndex(database, "UNIQUE ", name, idColumn);
+    database.execute("CREATE INDEX IF NOT EXISTS " + name + "_plain ON " + name + "(" + idColumn +
+                     ") WHERE " + StoreSchema::holdsPlainText(name));
 }
 
 void prepareTables(Database &database)
@@ -80,8 +117,8 @@ void prepareTables(Database &database)
             update(database, table, present);
         index(database, table);
     }
-    database.execute("CREATE INDEX IF NOT EXISTS ChatMessage_conversation ON ChatMessage(conversation)");
-    database.execute("CREATE INDEX IF NOT EXISTS Conversation_updatedAt ON Conversation(updatedAt)");
+    createIndex(database, "", RecordTable<ChatMessage>::name, owner);
+    createIndex(database, "", RecordTable<Conversation>::name, lastChange);
     database.execute("PRAGMA user_version = " + QByteArray::number(StoreSchema::version));
 }
 
@@ -90,40 +127,16 @@ void prepareTables(Database &database)
 // Every table has a rowid besides: it grows with each row, and so keeps the order in which rows were added.
 const std::array<Table, 3> &StoreSchema::tables()
 {
-    using enum Presence;
-    static const std::array<Table, 3> all{{
-        {"Conversation",
-         {{"id", "TEXT", Required},
-          {"sealedTitle", "TEXT", Required, "title"},
-          {"createdAt", "INTEGER", Required},
-          {"updatedAt", "INTEGER", Required},
-          {"sealedRollingSummary", "TEXT", Optional, "rollingSummary"},
-          {"personaPreset", "TEXT", Optional},
-          {"spaceRaw", "TEXT", Optional}}},
-        {"ChatMessage",
-         {{"id", "TEXT", Required},
-          {"roleRaw", "TEXT", Required},
-          {"sealedContent", "TEXT", Required, "content"},
-          {"createdAt", "INTEGER", Required},
-          {"statusRaw", "TEXT", Required},
-          {"sealedErrorMessage", "TEXT", Optional, "errorMessage"},
-          {"attachmentID", "TEXT", Optional},
-          {"sealedAttachmentName", "TEXT", Optional, "attachmentName"},
-          {"sealedToolSummary", "TEXT", Optional, "toolSummary"},
-          {"sourceDomains", "TEXT", Optional},
-          {"hitTokenLimit", "INTEGER", Optional},
-          {"placeRaw", "TEXT", Optional},
-          {"conversation", "TEXT", Optional}}},
-        {"ImportedDocument",
-         {{"id", "TEXT", Required},
-          {"sealedFilename", "TEXT", Required, "filename"},
-          {"fileExtension", "TEXT", Required},
-          {"fileSizeBytes", "INTEGER", Required},
-          {"extractedCharacterCount", "INTEGER", Required},
-          {"wasTruncated", "INTEGER", Required},
-          {"importedAt", "INTEGER", Required}}},
-    }};
+    static const std::array<Table, 3> all{tableOf<Conversation>(), tableOf<ChatMessage>(),
+                                          tableOf<ImportedDocument>()};
     return all;
+}
+
+void StoreSchema::readHead(Database &database)
+{
+    const QByteArray title = columnName<Conversation>(&Conversation::Columns::sealedTitle);
+    (void)database.integer("SELECT sum(length(" + title + ")) FROM (SELECT " + title + " FROM " +
+                           RecordTable<Conversation>::name + " ORDER BY " + lastChange + " DESC LIMIT 100)");
 }
 
 std::vector<QByteArray> StoreSchema::storedNames(Database &database, const Table &table)

@@ -44,6 +44,10 @@ struct Table {
 // has, and empty for an optional one that it lacks.
 [[nodiscard]] std::vector<QByteArray> storedNames(Database &database, const Table &table);
 
+// Reads the head of the list of conversations, which a window shows first. Throws DatabaseError when it is
+// damaged.
+void readHead(Database &database);
+
 // SQL that holds for rows with a text that isn't sealed; an index answers it.
 [[nodiscard]] QByteArray holdsPlainText(QByteArrayView table);
 

@@ -1,17 +1,9 @@
-#include "persistence/ChatStoreLocation.h"
-#include "persistence/ConversationRepository.h"
-#include "persistence/InMemorySettingsRepository.h"
+#include "StoreFixture.h"
 #include "persistence/StoreFiles.h"
-#include "support/FakeFieldSealing.h"
-#include "support/LogCapture.h"
-#include "support/ManualClock.h"
-#include "utils/files/PrivateFile.h"
+#include "support/FileSpy.h"
 
 #include <QDir>
 #include <QRegularExpression>
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
 
 namespace morvane {
 
@@ -21,100 +13,137 @@ using std::chrono::milliseconds;
 
 namespace {
 
-class ChatStoreMoveTest : public testing::Test {
+const QString notMoved = u"Could not move the conversation store: "_s;
+
+class ChatStoreMoveTest : public StoreFixture {
 protected:
     ChatStoreMoveTest() { PrivateFile::createFolder(folders.data); }
 
-    // A store with one conversation for each title, two messages in each, and one document.
-    void makeStore(const QString &path, const QStringList &titles)
+    // A store with one conversation of two messages for each title, and one document.
+    void makeStore(const QString &file, const QStringList &titles)
     {
-        ObjectContext context(StoreFiles::open(path), sealing);
+        ObjectContext context(StoreFiles::open(file), sealing);
         ConversationRepository repository(context, clock);
-        for (const QString &title : titles) {
-            const auto chat = repository.create();
-            for (const auto &text : {title, title + u" again"_s})
-                repository.add(repository.makeMessage({.id = QUuid::createUuid(),
-                                                       .role = MessageRole::user,
-                                                       .content = text,
-                                                       .createdAt = clock.now(),
-                                                       .attachmentName = u"n"_s}),
-                               *chat);
-        }
+        for (const QString &title : titles)
+            makeChat(repository, title, {title, title + u" again"_s});
         if (!titles.isEmpty())
-            repository.insert({.id = QUuid::createUuid(), .filename = u"f"_s});
+            repository.insert({.id = QUuid::createUuid(), .filename = u""_s});
     }
 
-    [[nodiscard]] QStringList titlesIn(const QString &path)
+    void expectChats(const QString &file, const QStringList &titles)
     {
-        ObjectContext context(StoreFiles::open(path), sealing);
-        QStringList titles;
-        for (const auto &chat : context.fetch<Conversation>()) {
-            titles += chat->title();
-            EXPECT_EQ(chat->messages().size(), 2U);
-            EXPECT_EQ(chat->messages().at(1)->content(), chat->title() + u" again"_s);
-        }
-        return titles;
+        ObjectContext context(StoreFiles::open(file), sealing);
+        const auto chats = context.fetch<Conversation>();
+        EXPECT_EQ(titlesOf(chats), titles);
+        for (const auto &chat : chats)
+            EXPECT_EQ(textsOf(*chat), QStringList({chat->title(), chat->title() + u" again"_s}));
     }
 
     [[nodiscard]] Move move()
     {
-        return {.source = oldStorePath(folders),
-                .target = storePath(folders),
+        return {.source = source,
+                .target = path,
                 .defaults = defaults,
                 .sealing = sealing,
                 .isVaultLocked = [this] { return vaultIsLocked; }};
     }
 
+    // The move's outcome and the line it logs; until it is done for good the old store stays as it was.
+    template <typename Expected>
+    void expectMove(const Move &attempt, const QString &line)
+    {
+        const auto before = bytesOf(source);
+        const auto logged = log.lines().size();
+        EXPECT_TRUE(std::holds_alternative<Expected>(moveIfNeeded(attempt)));
+        EXPECT_EQ(log.lines().mid(logged),
+                  line.isEmpty() ? QStringList() : QStringList{u"persistence: "_s + line});
+        const bool isDone = std::is_same_v<Expected, Moved> || std::is_same_v<Expected, NothingToMove>;
+        EXPECT_EQ(defaults.boolean(movedFlagKey).value_or(false), isDone);
+        if (!isDone) {
+            EXPECT_EQ(bytesOf(source), before);
+        }
+    }
+
+    // Moves one conversation, "a".
+    void expectMoved()
+    {
+        expectMove<Moved>(move(), u"Moved 1 conversations, 2 messages and 1 document records into the app's "
+                                  "own encrypted store"_s);
+        expectChats(path, {u"a"_s});
+        EXPECT_TRUE(QDir(folders.data).entryList({u"default.store*"_s}, QDir::Files).isEmpty());
+    }
+
     // What stands beside the target, lock files aside.
     [[nodiscard]] QStringList targetFiles() const
     {
-        return QDir(QFileInfo(storePath(folders)).path())
+        return QDir(QFileInfo(path).path())
             .entryList({u"Morvane.store*"_s}, QDir::Files)
             .filter(QRegularExpression(u"^(?!.*-lock$)"_s));
     }
 
-    [[nodiscard]] bool isMarkedMoved() const { return defaults.boolean(movedFlagKey).value_or(false); }
-
-    void expectFailure(const Move &move, const QString &reason)
-    {
-        const auto before = PrivateFile::read(move.source, 1 << 30);
-        const Outcome outcome = moveIfNeeded(move);
-        ASSERT_TRUE(std::holds_alternative<Failed>(outcome));
-        EXPECT_EQ(std::get<Failed>(outcome).reason, reason);
-        EXPECT_EQ(log.lines().constLast(),
-                  u"persistence: Could not move the conversation store: "_s + reason);
-        EXPECT_EQ(PrivateFile::read(move.source, 1 << 30), before);
-        EXPECT_FALSE(isMarkedMoved());
-    }
-
-    QTemporaryDir home;
-    SupportFolders folders = SupportFolders::inProfile(home.path());
-    InMemorySettingsRepository defaults;
-    ManualClock clock;
-    std::shared_ptr<FakeFieldSealing> sealing = std::make_shared<FakeFieldSealing>();
+    const QString source = oldStorePath(folders);
     bool vaultIsLocked = false;
-    LogCapture log;
 };
 
-TEST_F(ChatStoreMoveTest, AFreshTargetTakesTheWholeFile)
+TEST_F(ChatStoreMoveTest, OfAnyAgeTheStoreArrivesWholeAtAFreshTargetAndAtAnEmptyOne)
 {
-    makeStore(oldStorePath(folders), {u"a"_s, u"b"_s});
-    defaults.setString(leftOldFileKey, u"former"_s);
-    EXPECT_TRUE(std::holds_alternative<Moved>(moveIfNeeded(move())));
-    EXPECT_EQ(log.lines().constLast(),
-              u"persistence: Moved 2 conversations, 4 messages and 1 document records "
-              "into the app's own encrypted store"_s);
-    EXPECT_TRUE(isMarkedMoved());
-    EXPECT_EQ(defaults.string(leftOldFileKey), std::nullopt);
-    EXPECT_TRUE(QDir(folders.data).entryList({u"default.store*"_s}, QDir::Files).isEmpty());
-    EXPECT_EQ(targetFiles(), QStringList{u"Morvane.store"_s});
-    EXPECT_EQ(QFile::permissions(storePath(folders)) & (QFile::ReadGroup | QFile::ReadOther),
-              QFile::Permissions());
-    EXPECT_EQ(titlesIn(storePath(folders)), QStringList({u"a"_s, u"b"_s}));
+    for (const bool isOld : {false, true}) {
+        for (const bool targetExists : {false, true}) {
+            SCOPED_TRACE(testing::Message() << isOld << targetExists);
+            defaults.removeAll();
+            defaults.setString(leftOldFileKey, u"former"_s);
+            StoreFiles::remove(path);
+            makeStore(source, {u"a"_s});
+            if (isOld)
+                Database::open(source, Database::Access::ReadWrite)
+                    .execute("DROP INDEX Conversation_plain; DROP INDEX ChatMessage_plain;"
+                             "ALTER TABLE Conversation RENAME COLUMN sealedTitle TO title;"
+                             "ALTER TABLE ChatMessage RENAME COLUMN sealedContent TO content;"
+                             "ALTER TABLE ChatMessage DROP COLUMN placeRaw;"
+                             "UPDATE Conversation SET title='a'; PRAGMA user_version=0");
+            if (targetExists)
+                makeStore(path, {});
+            expectMoved();
+            EXPECT_EQ(defaults.string(leftOldFileKey), std::nullopt);
+            EXPECT_EQ(targetFiles(), QStringList{u"Morvane.store"_s});
+            EXPECT_EQ(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+        }
+    }
+    makeStore(source, {u"late"_s});
+    expectMove<NothingToMove>(move(), {});
+    EXPECT_TRUE(StoreFiles::exists(source));
+}
 
-    makeStore(oldStorePath(folders), {u"late"_s});
-    EXPECT_TRUE(std::holds_alternative<NothingToMove>(moveIfNeeded(move())));
-    EXPECT_TRUE(StoreFiles::exists(oldStorePath(folders)));
+// A power cut at any moment finds a whole store.
+TEST_F(ChatStoreMoveTest, TheOldStoreGoesWhenTheNewOneIsOnTheDisk)
+{
+    const auto steps = [&] {
+        FileSpy spy(folders.data);
+        expectMoved();
+        const QStringList all = spy.steps();
+        return all.first(all.indexOf(u"unlink default.store"_s)).replaceInStrings(u"Morvane/"_s, QString());
+    };
+    makeStore(source, {u"a"_s});
+    EXPECT_EQ(steps().last(3),
+              QStringList({u"sync Morvane.store.moving"_s, u"rename Morvane.store.moving Morvane.store"_s,
+                           u"sync Morvane"_s}));
+
+    defaults.removeAll();
+    StoreFiles::remove(path);
+    makeStore(source, {u"a"_s});
+    makeStore(path, {});
+    const QStringList rows = steps();
+    EXPECT_GT(rows.lastIndexOf(u"sync Morvane.store-wal"_s), rows.lastIndexOf(u"write Morvane.store-wal"_s));
+    EXPECT_GT(rows.lastIndexOf(u"sync Morvane.store"_s), rows.lastIndexOf(u"write Morvane.store"_s));
+
+    for (const auto &step : {u"sync Morvane/Morvane.store.moving"_s, u"rename"_s, u"sync Morvane"_s}) {
+        defaults.removeAll();
+        StoreFiles::remove(path);
+        makeStore(source, {u"a"_s});
+        FileSpy spy(folders.data);
+        spy.refuse(step);
+        expectMove<Failed>(move(), notMoved + u"the copy could not be put in its place"_s);
+    }
 }
 
 // A store whose last process died keeps its newest rows in the "-wal" file.
@@ -125,115 +154,68 @@ TEST_F(ChatStoreMoveTest, TheCompanionsCount)
     {
         ObjectContext context(StoreFiles::open(elsewhere), sealing);
         ConversationRepository repository(context, clock);
-        const auto chat = repository.create();
-        for (const auto &text : {u"w"_s, u"w again"_s})
-            repository.add(repository.makeMessage(
-                               {.id = QUuid::createUuid(), .role = MessageRole::user, .content = text}),
-                           *chat);
+        makeChat(repository, u"a"_s, {u"a"_s, u"a again"_s});
+        repository.insert({.id = QUuid::createUuid(), .filename = u"f"_s});
         const auto from = StoreFiles::withCompanions(elsewhere);
-        const auto to = StoreFiles::withCompanions(oldStorePath(folders));
+        const auto to = StoreFiles::withCompanions(source);
         for (std::size_t i = 0; i < from.size(); ++i)
             ASSERT_TRUE(QFile::copy(from[i], to[i]));
     }
-    EXPECT_TRUE(std::holds_alternative<Moved>(moveIfNeeded(move())));
-    EXPECT_EQ(titlesIn(storePath(folders)), QStringList{u"w"_s});
+    expectMoved();
 }
 
-TEST_F(ChatStoreMoveTest, AnEmptyTargetTakesTheRecords)
-{
-    makeStore(oldStorePath(folders), {u"a"_s});
-    makeStore(storePath(folders), {});
-    EXPECT_TRUE(std::holds_alternative<Moved>(moveIfNeeded(move())));
-    EXPECT_EQ(titlesIn(storePath(folders)), QStringList{u"a"_s});
-    EXPECT_FALSE(StoreFiles::exists(oldStorePath(folders)));
-}
-
-TEST_F(ChatStoreMoveTest, FormerColumnNamesComeThroughBothWays)
-{
-    for (const bool targetExists : {false, true}) {
-        SCOPED_TRACE(targetExists);
-        defaults.removeAll();
-        StoreFiles::remove(storePath(folders));
-        makeStore(oldStorePath(folders), {u"a"_s});
-        {
-            Database old = Database::open(oldStorePath(folders), Database::Access::ReadWrite);
-            old.execute("DROP INDEX Conversation_plain; DROP INDEX ChatMessage_plain;"
-                        "ALTER TABLE Conversation RENAME COLUMN sealedTitle TO title;"
-                        "ALTER TABLE ChatMessage RENAME COLUMN sealedContent TO content;"
-                        "ALTER TABLE ChatMessage DROP COLUMN placeRaw;"
-                        "UPDATE Conversation SET title='a'; PRAGMA user_version=0");
-        }
-        if (targetExists)
-            makeStore(storePath(folders), {});
-        EXPECT_TRUE(std::holds_alternative<Moved>(moveIfNeeded(move())));
-        EXPECT_EQ(titlesIn(storePath(folders)), QStringList{u"a"_s});
-    }
-}
-
-TEST_F(ChatStoreMoveTest, ChatsInBothStoresStayWhereTheyAre)
-{
-    makeStore(oldStorePath(folders), {u"a"_s, u"b"_s});
-    makeStore(storePath(folders), {u"new"_s});
-    const auto before = PrivateFile::read(oldStorePath(folders), 1 << 30);
-    EXPECT_TRUE(std::holds_alternative<KeptBoth>(moveIfNeeded(move())));
-    EXPECT_EQ(log.lines().constLast(),
-              u"persistence: Both chat stores hold conversations; left 2 in the older file untouched"_s);
-    EXPECT_EQ(defaults.string(leftOldFileKey), oldStorePath(folders));
-    EXPECT_FALSE(isMarkedMoved());
-    EXPECT_EQ(PrivateFile::read(oldStorePath(folders), 1 << 30), before);
-    EXPECT_EQ(titlesIn(storePath(folders)), QStringList{u"new"_s});
-}
-
-TEST_F(ChatStoreMoveTest, AStoreThatIsNotOursIsLeftInPlace)
-{
-    const auto expectLeft = [&](const QByteArray &bytes) {
-        EXPECT_TRUE(std::holds_alternative<NothingToMove>(moveIfNeeded(move())));
-        EXPECT_EQ(
-            log.lines().constLast(),
-            u"persistence: The shared default store is not readable as Morvane's; leaving it in place"_s);
-        EXPECT_EQ(PrivateFile::read(oldStorePath(folders), 1 << 30), bytes);
-        EXPECT_TRUE(isMarkedMoved());
-        defaults.removeAll();
-    };
-    PrivateFile::write(oldStorePath(folders), QByteArray(5000, 'x'));
-    expectLeft(QByteArray(5000, 'x'));
-    QFile::remove(oldStorePath(folders));
-    Database::open(oldStorePath(folders), Database::Access::Create).execute("CREATE TABLE notes(id TEXT)");
-    expectLeft(*PrivateFile::read(oldStorePath(folders), 1 << 30));
-}
-
-TEST_F(ChatStoreMoveTest, NothingOrAnEmptyStoreIsNothingToMove)
+TEST_F(ChatStoreMoveTest, AStoreThatIsNotOursIsLeftInPlaceAndAnEmptyOneGoes)
 {
     defaults.setString(leftOldFileKey, u"former"_s);
-    EXPECT_TRUE(std::holds_alternative<NothingToMove>(moveIfNeeded(move())));
-    EXPECT_TRUE(isMarkedMoved());
+    expectMove<NothingToMove>(move(), {}); // there is none
     EXPECT_EQ(defaults.string(leftOldFileKey), std::nullopt);
-
+    const std::function<void()> foreign[] = {
+        [&] { PrivateFile::write(source, QByteArray(5000, 'x')); },
+        [&] { Database::open(source, Database::Access::Create).execute("CREATE TABLE notes(id TEXT)"); },
+    };
+    for (const auto &make : foreign) {
+        defaults.removeAll();
+        make();
+        const auto before = bytesOf(source);
+        expectMove<NothingToMove>(
+            move(), u"The shared default store is not readable as Morvane's; leaving it in place"_s);
+        EXPECT_EQ(bytesOf(source), before);
+        StoreFiles::remove(source);
+    }
     defaults.removeAll();
-    makeStore(oldStorePath(folders), {});
-    EXPECT_TRUE(std::holds_alternative<NothingToMove>(moveIfNeeded(move())));
-    EXPECT_FALSE(StoreFiles::exists(oldStorePath(folders)));
-    EXPECT_TRUE(log.lines().isEmpty());
+    makeStore(source, {});
+    expectMove<NothingToMove>(move(), {});
+    EXPECT_FALSE(StoreFiles::exists(source));
 }
 
-TEST_F(ChatStoreMoveTest, ALockedVaultPutsTheMoveOff)
+TEST_F(ChatStoreMoveTest, WhatCannotMoveNowStaysWhereItIs)
 {
-    makeStore(oldStorePath(folders), {u"a"_s});
+    makeStore(source, {u"a"_s});
     vaultIsLocked = true;
-    EXPECT_TRUE(std::holds_alternative<WaitingForUnlock>(moveIfNeeded(move())));
-    EXPECT_EQ(log.lines().constLast(),
-              u"persistence: The conversation store move is waiting for the app to be unlocked"_s);
-    EXPECT_FALSE(isMarkedMoved());
+    expectMove<WaitingForUnlock>(move(),
+                                 u"The conversation store move is waiting for the app to be unlocked"_s);
     vaultIsLocked = false;
-    EXPECT_TRUE(std::holds_alternative<Moved>(moveIfNeeded(move())));
-}
-
-TEST_F(ChatStoreMoveTest, AFieldThatDoesNotOpenKeepsTheOldStoreWhole)
-{
-    makeStore(oldStorePath(folders), {u"a"_s});
-    sealing = std::make_shared<FakeFieldSealing>('o'); // another key
-    expectFailure(move(), u"6 sealed fields in the older store will not open with this Mac's key"_s);
+    auto otherKey = move();
+    otherKey.sealing = std::make_shared<FakeFieldSealing>('o');
+    expectMove<Failed>(otherKey,
+                       notMoved + u"5 sealed fields in the older store will not open with this Mac's key"_s);
     EXPECT_TRUE(targetFiles().isEmpty());
+
+    PrivateFile::write(path, QByteArray(5000, 'x'));
+    expectMove<Failed>(move(), notMoved + u"the store at Morvane.store could not be opened"_s);
+    EXPECT_EQ(bytesOf(path), QByteArray(5000, 'x'));
+
+    StoreFiles::remove(path);
+    makeStore(path, {u"new"_s});
+    expectMove<KeptBoth>(move(),
+                         u"Both chat stores hold conversations; left 1 in the older file untouched"_s);
+    EXPECT_EQ(defaults.string(leftOldFileKey), source);
+    expectChats(path, {u"new"_s});
+
+    StoreFiles::remove(path); // what an earlier attempt left is replaced
+    makeStore(path + u".moving"_s, {u"half"_s});
+    PrivateFile::write(path + u"-wal"_s, "of a store that is gone");
+    expectMoved();
 }
 
 TEST_F(ChatStoreMoveTest, ACopyThatIsNotWholeIsUndone)
@@ -247,61 +229,40 @@ TEST_F(ChatStoreMoveTest, ACopyThatIsNotWholeIsUndone)
             return true;
         };
     };
+    const auto half = [](bool succeeds) {
+        return [succeeds](const QString &, const QString &to) {
+            PrivateFile::write(to, "half");
+            return succeeds;
+        };
+    };
     const struct {
         std::function<bool(const QString &, const QString &)> copyFile;
         QString reason;
     } cases[] = {
+        {changed("DELETE FROM Conversation"), u"the copy is missing rows the original has"_s},
         {changed("DELETE FROM ChatMessage WHERE rowid=2"), u"the copy is missing rows the original has"_s},
         {changed("DELETE FROM ImportedDocument"), u"the copy is missing rows the original has"_s},
         {changed("UPDATE ChatMessage SET sealedContent=substr(sealedContent,2), sealedAttachmentName=NULL"),
          u"2 sealed fields did not come through the copy at their original length"_s},
-        {[](const QString &, const QString &to) {
-             PrivateFile::write(to, "half");
-             return true;
-         },
-         u"the store at Morvane.store.moving could not be opened"_s},
-        {[](const QString &, const QString &to) {
-             PrivateFile::write(to, "half");
-             return false;
-         },
-         u"the copy could not be written"_s},
+        {half(true), u"the store at Morvane.store.moving could not be opened"_s},
+        {half(false), u"the copy could not be written"_s},
         {[](const QString &, const QString &to) { return !QDir().mkpath(to + u"/in the way"_s); },
          u"a part-finished move into Morvane.store.moving could not be undone"_s},
     };
-    makeStore(oldStorePath(folders), {u"a"_s});
+    makeStore(source, {u"a"_s});
     for (const auto &[copyFile, reason] : cases) {
         SCOPED_TRACE(reason.toStdString());
         auto faulty = move();
         faulty.copyFile = copyFile;
-        expectFailure(faulty, reason);
+        expectMove<Failed>(faulty, notMoved + reason);
         EXPECT_TRUE(targetFiles().isEmpty());
     }
-    QDir(storePath(folders) + u".moving"_s).removeRecursively();
-    EXPECT_TRUE(std::holds_alternative<Moved>(moveIfNeeded(move())));
-    EXPECT_EQ(titlesIn(storePath(folders)), QStringList{u"a"_s});
-}
-
-TEST_F(ChatStoreMoveTest, WhatAnEarlierAttemptLeftIsReplaced)
-{
-    makeStore(oldStorePath(folders), {u"a"_s});
-    makeStore(storePath(folders) + u".moving"_s, {u"half"_s});
-    PrivateFile::write(storePath(folders) + u"-wal"_s, "of a store that is gone");
-    EXPECT_TRUE(std::holds_alternative<Moved>(moveIfNeeded(move())));
-    EXPECT_EQ(titlesIn(storePath(folders)), QStringList{u"a"_s});
-}
-
-TEST_F(ChatStoreMoveTest, ATargetThatCannotBeOpenedKeepsTheOldStore)
-{
-    makeStore(oldStorePath(folders), {u"a"_s});
-    PrivateFile::write(storePath(folders), QByteArray(5000, 'x'));
-    expectFailure(move(), u"the store at Morvane.store could not be opened"_s);
-    EXPECT_EQ(PrivateFile::read(storePath(folders), 9000), QByteArray(5000, 'x'));
 }
 
 TEST_F(ChatStoreMoveTest, ASecondLaunchWaitsItsTimeAndLeavesTheMoveToTheFirst)
 {
-    makeStore(oldStorePath(folders), {u"a"_s});
-    const QString lockPath = QFileInfo(storePath(folders)).path() + u"/.chat-store-move.lock"_s;
+    makeStore(source, {u"a"_s});
+    const QString lockPath = QFileInfo(path).path() + u"/.chat-store-move.lock"_s;
     PrivateFile::createFolder(QFileInfo(lockPath).path());
     auto first = FileLock::acquire(lockPath, milliseconds(0));
     ASSERT_TRUE(first);
@@ -309,20 +270,17 @@ TEST_F(ChatStoreMoveTest, ASecondLaunchWaitsItsTimeAndLeavesTheMoveToTheFirst)
     auto second = move();
     milliseconds waited{0};
     second.pause = [&](milliseconds duration) { waited += duration; };
-    EXPECT_TRUE(std::holds_alternative<AnotherLaunchIsMoving>(moveIfNeeded(second)));
+    expectMove<AnotherLaunchIsMoving>(
+        second, u"Another launch is moving the conversation store; leaving it to that one"_s);
     EXPECT_EQ(waited, std::chrono::seconds(10));
-    EXPECT_EQ(log.lines().constLast(),
-              u"persistence: Another launch is moving the conversation store; leaving it to that one"_s);
-    EXPECT_FALSE(isMarkedMoved());
-    EXPECT_TRUE(StoreFiles::exists(oldStorePath(folders)));
 
     // The first one finishes while the second waits.
     second.pause = [&](milliseconds) {
         defaults.setBoolean(movedFlagKey, true);
         first.reset();
     };
-    EXPECT_TRUE(std::holds_alternative<NothingToMove>(moveIfNeeded(second)));
-    EXPECT_TRUE(StoreFiles::exists(oldStorePath(folders)));
+    expectMove<NothingToMove>(second, {});
+    EXPECT_TRUE(StoreFiles::exists(source));
 }
 
 } // namespace

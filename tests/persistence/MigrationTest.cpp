@@ -17,35 +17,43 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString currentFlag = QString(LegacyBundleMigration::flagKey);
+const QString oldest = u"ai.quelmarfolk.macos"_s;
+const QString older = u"ai.quelmarfolk.mac"_s;
+const QString old = u"com.morvane.Quelmar"_s;
+const QString keptLine = u"Migration: Keychain move failed; the old entry was left in place"_s;
 
 class MigrationTest : public testing::Test {
 protected:
-    void legacySetting(const QString &identifier, const QString &key, const SettingsValue &value)
+    [[nodiscard]] QString domain(const QString &name) const
     {
-        UserDefaultsSettingsRepository(UserDefaultsSettingsRepository::path(folders, identifier))
-            .setValue(key, value);
+        return UserDefaultsSettingsRepository::path(folders, name);
     }
 
     void migrate()
     {
-        LegacyBundleMigration::runOnce({folders, defaults,
-                                        [this](const QString &identifier) {
-                                            return UserDefaultsSettingsRepository::existing(
-                                                UserDefaultsSettingsRepository::path(folders, identifier));
-                                        },
-                                        keychain, keychain});
+        const auto open = [this](const QString &name) {
+            return UserDefaultsSettingsRepository::existing(domain(name));
+        };
+        LegacyBundleMigration::runOnce({folders, defaults, open, keychain, keychain});
+        EXPECT_EQ(defaults.boolean(QString(LegacyBundleMigration::flagKey)), true);
     }
 
-    void place(const QString &relative, const QByteArray &bytes = "x")
+    void place(const QString &folder, const QString &names, const QByteArray &bytes = "x")
     {
-        PrivateFile::write(folders.data + u'/' + relative, bytes);
+        for (const QString &name : names.split(u' '))
+            PrivateFile::write(folders.data + u'/' + folder + u'/' + name, bytes);
     }
 
-    [[nodiscard]] QStringList itemsOf(const QString &folder) const
+    // Names of all items of a folder, with a blank between.
+    [[nodiscard]] QString itemsOf(const QString &folder) const
     {
-        return QDir(folders.data + u'/' + folder)
-            .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+        const auto everything = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
+        return QDir(folders.data + u'/' + folder).entryList(everything, QDir::Name).join(u' ');
+    }
+
+    [[nodiscard]] qsizetype logged(const QString &line) const
+    {
+        return log.lines().count(u"persistence: "_s + line);
     }
 
     QTemporaryDir home;
@@ -59,11 +67,11 @@ TEST_F(MigrationTest, SettingsOfOlderIdentifiersFillWhatIsNotSet)
 {
     defaults.setString(u"aiModel"_s, u"mine"_s);
     defaults.setInteger(u"odd"_s, 1);
-    legacySetting(u"ai.quelmarfolk.macos"_s, u"aiModel"_s, u"older"_s);
-    legacySetting(u"ai.quelmarfolk.macos"_s, u"appLockIdleMinutes"_s, std::int64_t{9});
-    legacySetting(u"ai.quelmarfolk.mac"_s, u"appLockIdleMinutes"_s, std::int64_t{10});
-    legacySetting(u"ai.quelmarfolk.mac"_s, u"odd"_s, u"text"_s);
-    legacySetting(u"com.morvane.Quelmar"_s, u"memoryEnabled"_s, false);
+    UserDefaultsSettingsRepository(domain(oldest)).setString(u"aiModel"_s, u"older"_s);
+    UserDefaultsSettingsRepository(domain(oldest)).setInteger(u"appLockIdleMinutes"_s, 9);
+    UserDefaultsSettingsRepository(domain(older)).setInteger(u"appLockIdleMinutes"_s, 10);
+    UserDefaultsSettingsRepository(domain(older)).setString(u"odd"_s, u"text"_s);
+    UserDefaultsSettingsRepository(domain(old)).setBoolean(u"memoryEnabled"_s, false);
     migrate();
     EXPECT_EQ(defaults.string(u"aiModel"_s), u"mine"_s);
     EXPECT_EQ(defaults.integer(u"odd"_s), 1);
@@ -74,7 +82,7 @@ TEST_F(MigrationTest, SettingsOfOlderIdentifiersFillWhatIsNotSet)
                            u"persistence: Migration: carried over 1 setting(s) from com.morvane.Quelmar"_s,
                            u"persistence: Completed migration from the legacy bundle identifier"_s}));
 
-    legacySetting(u"com.morvane.Quelmar"_s, u"late"_s, true);
+    UserDefaultsSettingsRepository(domain(old)).setBoolean(u"late"_s, true);
     migrate(); // the flag is set
     EXPECT_EQ(defaults.value(u"late"_s), std::nullopt);
     EXPECT_EQ(log.lines().size(), 3);
@@ -82,104 +90,89 @@ TEST_F(MigrationTest, SettingsOfOlderIdentifiersFillWhatIsNotSet)
 
 TEST_F(MigrationTest, SupportFilesMoveUnlessTheirNameIsTaken)
 {
-    place(u"ai.quelmarfolk.macos/code.json"_s, "old");
-    place(u"ai.quelmarfolk.macos/.hidden"_s);
-    place(u"ai.quelmarfolk.macos/bin/ollama"_s);
-    place(u"com.morvane.Quelmar/Morvane.store"_s);
-    place(u"com.morvane.Quelmar/taken"_s, "old");
-    place(u"Morvane/taken"_s, "new");
+    place(oldest, u"code.json .hidden bin/ollama"_s);
+    place(old, u"Morvane.store taken"_s, "old");
+    place(u"Morvane"_s, u"taken"_s, "new");
     migrate();
-    EXPECT_EQ(itemsOf(u"Morvane"_s),
-              QStringList({u".hidden"_s, u"Morvane.store"_s, u"bin"_s, u"code.json"_s, u"taken"_s}));
+    EXPECT_EQ(itemsOf(u"Morvane"_s), u".hidden Morvane.store bin code.json taken"_s);
     EXPECT_EQ(PrivateFile::read(folders.data + u"/Morvane/taken"_s, 9), "new");
-    EXPECT_FALSE(QDir(folders.data + u"/ai.quelmarfolk.macos"_s).exists());
-    EXPECT_EQ(itemsOf(u"com.morvane.Quelmar"_s), QStringList{u"taken"_s});
-    EXPECT_EQ(log.lines().count(u"persistence: Migration: moved app-support contents to the new folder"_s),
-              2);
+    EXPECT_FALSE(QDir(folders.data + u'/' + oldest).exists());
+    EXPECT_EQ(itemsOf(old), u"taken"_s);
+    EXPECT_EQ(logged(u"Migration: moved app-support contents to the new folder"_s), 2);
 }
 
 TEST_F(MigrationTest, AFailedFileMoveIsLoggedAndTheRestGoesOn)
 {
-    place(u"ai.quelmarfolk.macos/code.json"_s);
-    place(u"Morvane"_s, "a file where the folder belongs");
-    keychain.addSecret(u"ai.quelmarfolk.mac"_s, {u"account"_s, u"value"_s});
+    place(oldest, u"code.json"_s);
+    place(u"."_s, u"Morvane"_s, "a file where the folder belongs");
+    keychain.addSecret(older, {u"account"_s, u"value"_s});
     migrate();
-    EXPECT_EQ(itemsOf(u"ai.quelmarfolk.macos"_s), QStringList{u"code.json"_s});
-    EXPECT_TRUE(log.lines().contains(u"persistence: Migration: app-support move failed — <private>"_s));
+    EXPECT_EQ(itemsOf(oldest), u"code.json"_s);
+    EXPECT_EQ(logged(u"Migration: app-support move failed — <private>"_s), 1);
     EXPECT_EQ(keychain.read(u"account"_s), u"value"_s);
-    EXPECT_EQ(defaults.boolean(currentFlag), true);
 }
 
 TEST_F(MigrationTest, SecretsMoveAndNeverReplaceAnother)
 {
     keychain.save(u"in use"_s, u"local-data-key"_s);
-    keychain.addSecret(u"ai.quelmarfolk.macos"_s, {u"local-data-key"_s, u"older"_s});
-    keychain.addSecret(u"ai.quelmarfolk.macos"_s, {u"ai-provider-api-key"_s, u"k"_s});
-    keychain.addSecret(u"com.morvane.Quelmar"_s, {u"empty"_s, QString()});
+    keychain.addSecret(oldest, {u"local-data-key"_s, u"older"_s});
+    keychain.addSecret(oldest, {u"ai-provider-api-key"_s, u"k"_s});
+    keychain.addSecret(old, {u"empty"_s, QString()});
+    keychain.setFailure(KeychainError(KeychainError::Operation::Save, KeychainStatus::NotAvailable));
+    migrate();
+    keychain.setFailure(std::nullopt);
+    EXPECT_EQ(keychain.secretsOf(oldest).size(), 2U);
+    EXPECT_EQ(logged(keptLine), 3); // once for each identifier that has any
+    defaults.removeAll();
     migrate();
     EXPECT_EQ(keychain.read(u"local-data-key"_s), u"in use"_s);
     EXPECT_EQ(keychain.read(u"ai-provider-api-key"_s), u"k"_s);
     using Secrets = std::vector<LegacySecretListing::Secret>;
-    EXPECT_EQ(keychain.secretsOf(u"ai.quelmarfolk.macos"_s), (Secrets{{u"local-data-key"_s, u"older"_s}}));
-    EXPECT_EQ(keychain.secretsOf(u"com.morvane.Quelmar"_s).size(), 1U);
-    EXPECT_EQ(
-        log.lines().count(u"persistence: Migration: moved a stored secret to the new Keychain service"_s), 1);
-    EXPECT_EQ(
-        log.lines().count(u"persistence: Migration: Keychain move failed; the old entry was left in place"_s),
-        1);
-}
-
-TEST_F(MigrationTest, AKeychainThatRefusesKeepsTheOldSecrets)
-{
-    keychain.addSecret(u"ai.quelmarfolk.macos"_s, {u"account"_s, u"value"_s});
-    keychain.setFailure(KeychainError(KeychainError::Operation::Save, KeychainStatus::NotAvailable));
-    migrate();
-    keychain.setFailure(std::nullopt);
-    EXPECT_EQ(keychain.secretsOf(u"ai.quelmarfolk.macos"_s).size(), 1U);
-    EXPECT_TRUE(log.lines().contains(
-        u"persistence: Migration: Keychain move failed; the old entry was left in place"_s));
-    EXPECT_EQ(defaults.boolean(currentFlag), true);
+    EXPECT_EQ(keychain.secretsOf(oldest), (Secrets{{u"local-data-key"_s, u"older"_s}}));
+    EXPECT_EQ(keychain.secretsOf(old).size(), 1U);
+    EXPECT_EQ(logged(u"Migration: moved a stored secret to the new Keychain service"_s), 1);
+    EXPECT_EQ(logged(keptLine), 4);
 }
 
 TEST_F(MigrationTest, CodingEngineLeftoversGoOnce)
 {
-    for (const auto &item : {u"claude-code-scan.json"_s, u"terminal/log"_s, u"code.json"_s})
-        place(u"Morvane/"_s + item);
-    defaults.setString(u"codeClaudeModel"_s, u"m"_s);
-    defaults.setString(u"aiModel"_s, u"m"_s);
+    place(u"Morvane"_s, u"claude-code-scan.json code-confinement/a terminal/log code.json"_s);
+    for (const auto &key : {u"codeDefaultEngine"_s, u"codeVerifiedEngines"_s, u"codeClaudeModel"_s,
+                            u"codeCodexModel"_s, u"aiModel"_s})
+        defaults.setString(key, u"m"_s);
     DepartedData::removeCodingEngineOnce(folders, defaults);
-    EXPECT_EQ(itemsOf(u"Morvane"_s), QStringList{u"code.json"_s});
+    EXPECT_EQ(itemsOf(u"Morvane"_s), u"code.json"_s);
     EXPECT_EQ(log.lines(),
               QStringList({u"persistence: Removed leftover coding-engine data: claude-code-scan.json"_s,
+                           u"persistence: Removed leftover coding-engine data: code-confinement"_s,
                            u"persistence: Removed leftover coding-engine data: terminal"_s}));
     EXPECT_EQ(defaults.keys(), QStringList({u"aiModel"_s, u"didRemoveExternalCodingEngineData.v1"_s}));
 
-    place(u"Morvane/terminal"_s);
+    place(u"Morvane"_s, u"terminal"_s);
     DepartedData::removeCodingEngineOnce(folders, defaults);
-    EXPECT_EQ(itemsOf(u"Morvane"_s).size(), 2);
+    EXPECT_EQ(itemsOf(u"Morvane"_s), u"code.json terminal"_s);
 }
 
 TEST_F(MigrationTest, DepartedModulesLoseTheirFilesAndKeepTheirFolders)
 {
-    for (const auto &item :
-         {u"email-accounts.json"_s, u"email-cache.json"_s, u"gift-people.json"_s,
-          u"gift-people.backup.json"_s, u"subscriptions.json"_s, u"telegram-notebook.json"_s, u"learn.json"_s,
-          u"learn-last-unparseable-3"_s, u"recurring-jobs.json"_s, u"routines.json"_s, u"price-alerts.json"_s,
-          u"telegram/database"_s, u"gift-people-folder/x"_s, u"Morvane.store"_s, u"learn.json.bak"_s,
-          u"code.json"_s})
-        place(u"Morvane/"_s + item);
-    defaults.setBoolean(u"proactiveEnabled"_s, true);
-    defaults.setBoolean(u"hostedChatEnabled"_s, true);
-    DepartedData::removeModulesOnce(folders, defaults);
-    EXPECT_EQ(itemsOf(u"Morvane"_s), QStringList({u"Morvane.store"_s, u"code.json"_s, u"gift-people-folder"_s,
-                                                  u"learn.json.bak"_s, u"telegram"_s}));
+    place(
+        u"Morvane"_s,
+        u"email-accounts.json email-cache.json gift-people.json gift-people.backup.json subscriptions.json "
+        "telegram-notebook.json learn.json learn-last-unparseable-3 recurring-jobs.json routines.json "
+        "price-alerts.json telegram/database gift-people-folder/x Morvane.store learn.json.bak code.json"_s);
+    const QString keys =
+        u"hostedForUtility hostedUtilityModel telegramPrivateMode emailPrivateMode statementsPrivateMode "
+        "learnPrivateMode browsePrivateMode hiddenDockModules emailLoadRemoteImages marketChartStyle "
+        "marketIndicators proactiveEnabled lastProactiveCheckIn hostedChatEnabled"_s;
+    for (const QString &key : keys.split(u' '))
+        defaults.setBoolean(key, true);
+    for (int times = 0; times < 2; ++times)
+        DepartedData::removeModulesOnce(folders, defaults);
+    EXPECT_EQ(itemsOf(u"Morvane"_s), u"Morvane.store code.json gift-people-folder learn.json.bak telegram"_s);
     EXPECT_EQ(log.lines().size(), 12);
-    EXPECT_EQ(log.lines().constFirst(),
-              u"persistence: Removed a departed module's store: email-accounts.json"_s);
+    EXPECT_EQ(logged(u"Removed a departed module's store: email-accounts.json"_s), 1);
     EXPECT_EQ(log.lines().constLast(), u"persistence: Removed 11 store(s) the departed modules left"_s);
     EXPECT_EQ(defaults.keys(), QStringList({u"didRemoveDepartedModuleData.v1"_s, u"hostedChatEnabled"_s}));
-    DepartedData::removeModulesOnce(folders, defaults);
-    EXPECT_EQ(log.lines().size(), 12);
 }
 
 } // namespace

@@ -1,20 +1,12 @@
+#include "StoreFixture.h"
 #include "StoreWriterText.h"
-#include "persistence/ConversationRepository.h"
-#include "persistence/InMemorySettingsRepository.h"
-#include "persistence/PersistenceController.h"
-#include "support/FakeFieldSealing.h"
 
-#include <QTemporaryDir>
-
-#include <gtest/gtest.h>
+#include <QProcess>
 
 #include <chrono>
-#include <csignal>
 #include <map>
 #include <random>
 #include <set>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace morvane {
 
@@ -22,91 +14,52 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// A process that writes chats into a profile and reports on a pipe.
-class Writer {
-public:
-    Writer(const QString &profile, unsigned seed)
-    {
-        int ends[2];
-        if (::pipe(ends) != 0)
-            throw std::runtime_error("no pipe");
-        const QByteArray folder = profile.toLocal8Bit();
-        const QByteArray number = QByteArray::number(seed);
-        m_process = ::fork();
-        if (m_process == 0) {
-            ::dup2(ends[1], STDOUT_FILENO);
-            ::close(ends[0]);
-            ::execl(STORE_WRITER, STORE_WRITER, folder.constData(), number.constData(), nullptr);
-            ::_exit(127);
-        }
-        ::close(ends[1]);
-        m_reports = ::fdopen(ends[0], "r");
-    }
-
-    ~Writer() { ::fclose(m_reports); }
-    Writer(const Writer &) = delete;
-    Writer &operator=(const Writer &) = delete;
-
-    // The next report; empty at the end.
-    [[nodiscard]] QString next()
-    {
-        char line[256];
-        return std::fgets(line, sizeof line, m_reports) ? QString::fromLatin1(line).trimmed() : QString();
-    }
-
-    // The signal that ended it.
-    int kill()
-    {
-        ::kill(m_process, SIGKILL);
-        int status = 0;
-        ::waitpid(m_process, &status, 0);
-        return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
-    }
-
-private:
-    pid_t m_process = 0;
-    std::FILE *m_reports = nullptr;
-};
-
 struct Saved {
     QUuid conversation;
     int version = 0;
 };
 
-class StoreCrashTest : public testing::TestWithParam<unsigned> {
+class StoreCrashTest : public StoreFixture, public testing::WithParamInterface<unsigned> {
 protected:
-    void note(const QString &report)
+    // Takes in the next report of a writer; false at the end.
+    bool note(QProcess &writer)
     {
-        const QStringList words = report.split(u' ');
+        while (!writer.canReadLine() && writer.waitForReadyRead()) {
+        }
+        if (!writer.canReadLine())
+            return false;
+        const QStringList words = QString::fromLatin1(writer.readLine()).trimmed().split(u' ');
         const QUuid conversation = QUuid::fromString(words.value(1));
         if (words.constFirst() == u"saved"_s)
             saved[QUuid::fromString(words.value(2))] = {conversation, words.value(3).toInt()};
         else
             removing.insert(conversation);
+        return true;
     }
 
     // Lets a writer run for some reports and a moment longer, kills it, and reads what it still said.
-    void runAndKill(const QString &profile)
+    void runAndKill()
     {
         using Clock = std::chrono::steady_clock;
-        Writer writer(profile, static_cast<unsigned>(random()));
+        QProcess writer;
+        writer.start(QStringLiteral(STORE_WRITER), {profile->path(), QString::number(random() % 1000)});
         for (auto reports = random() % 12; reports > 0; --reports)
-            note(writer.next());
+            note(writer);
         const auto end = Clock::now() + std::chrono::microseconds(random() % 3000);
         while (Clock::now() < end) {
         }
-        ASSERT_EQ(writer.kill(), SIGKILL);
-        for (QString report = writer.next(); !report.isEmpty(); report = writer.next())
-            note(report);
+        writer.kill();
+        ASSERT_TRUE(writer.waitForFinished(-1));
+        ASSERT_EQ(writer.exitStatus(), QProcess::CrashExit);
+        while (note(writer)) {
+        }
     }
 
-    void expectWhole(const QString &profile)
+    void expectWhole()
     {
-        const auto persistence = PersistenceController::onDisk(
-            {SupportFolders::inProfile(profile), defaults, [] { return false; }}, sealing);
-        auto &context = persistence->mainContext();
+        auto session = onDisk();
         std::map<QUuid, int> versions;
-        for (const auto &chat : context.fetch<Conversation>()) {
+        for (const auto &chat : session.repository.all()) {
             EXPECT_TRUE(chat->title() == Conversation::untitled() ||
                         StoreWriterText::versionOf(chat->title()));
             for (const auto &message : chat->messages()) {
@@ -116,7 +69,8 @@ protected:
                 versions[message->id()] = *version;
             }
         }
-        EXPECT_EQ(context.count<ChatMessage>(), std::ssize(versions)) << "messages without a conversation";
+        EXPECT_EQ(session.context().count<ChatMessage>(), std::ssize(versions))
+            << "messages without a conversation";
         for (const auto &[id, last] : saved) {
             if (!removing.contains(last.conversation)) {
                 EXPECT_GE(versions[id], last.version) << "a saved text is lost";
@@ -124,8 +78,7 @@ protected:
         }
     }
 
-    InMemorySettingsRepository defaults;
-    std::shared_ptr<FakeFieldSealing> sealing = std::make_shared<FakeFieldSealing>();
+    std::optional<QTemporaryDir> profile;
     std::mt19937 random{GetParam()};
     std::map<QUuid, Saved> saved; // by message
     std::set<QUuid> removing;     // conversations
@@ -136,11 +89,12 @@ TEST_P(StoreCrashTest, AKilledProcessLeavesAWholeStore)
 {
     std::size_t seen = 0;
     for (int profiles = 0; profiles < 5; ++profiles) {
-        const QTemporaryDir profile;
+        profile.emplace();
+        folders = SupportFolders::inProfile(profile->path());
         saved.clear();
         for (int rounds = 0; rounds < 11; ++rounds) {
-            runAndKill(profile.path());
-            expectWhole(profile.path());
+            runAndKill();
+            expectWhole();
             if (HasFailure())
                 return;
         }
