@@ -11,8 +11,6 @@
 #include "utils/files/PrivateFile.h"
 
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -23,80 +21,89 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString keyGoneLine =
-    u"persistence: Memory: the notes file is sealed with a key this Mac no longer has"_s;
-const QString notWrittenLine = u"persistence: Memory: could not write the notes file: <private>"_s;
+const QString notesFile = u"memory.md"_s;
+const QString notWrittenLine = u"Memory: could not write the notes file: <private>"_s;
 
 class MemoryStoreTest : public testing::Test {
 protected:
-    QString path(const QString &name = u"memory.md"_s) const { return home.path() + u"/notes/"_s + name; }
+    QString path(const QString &name = notesFile) const { return directory + u'/' + name; }
 
-    void write(const QString &name, const QByteArray &plain) { vault.writeSealed(plain, path(name)); }
-
-    QByteArray onDisk(const QString &name = u"memory.md"_s) const
+    QByteArray onDisk(const QString &name = notesFile) const
     {
-        return PrivateFile::read(path(name), 1 << 24).value_or(QByteArray());
+        return PrivateFile::read(path(name), 1 << 25).value_or(QByteArray());
     }
 
     QByteArray opened() const { return vault.open(onDisk()).value_or(QByteArray("(not opened)")); }
 
-    MemoryStore &start()
-    {
-        store.reset();
-        store = std::make_unique<MemoryStore>(settings, vault, clock, home.path() + u"/notes"_s);
-        return *store;
-    }
+    // The notes in the file, with a bar between.
+    QString stored() const { return MemoryFile::notes(opened())->join(u'|'); }
 
-    QStringList texts() const
+    // The notes of the store.
+    QString texts() const
     {
         QStringList all;
         for (const auto &fact : store->facts())
             all.append(fact.text);
-        return all;
+        return all.join(u'|');
     }
 
-    // Another key than the one that sealed the files so far.
-    void loseKey() { keychain.remove(LocalDataVault::keyAccount); }
+    // A new run over the file; over one with these bytes, sealed, when they are given.
+    MemoryStore &start(const std::optional<QByteArray> &plain = {})
+    {
+        if (plain)
+            vault.writeSealed(*plain, path());
+        store = std::make_unique<MemoryStore>(settings, vault, clock, directory);
+        return *store;
+    }
+
+    void record(const QString &notes)
+    {
+        for (const QString &note : notes.split(u'|'))
+            store->record(note);
+    }
+
+    qsizetype logged(const QString &line) const { return log.lines().count(u"persistence: "_s + line); }
 
     QTemporaryDir home;
+    const QString directory = home.filePath(u"notes"_s);
     InMemoryKeychainService keychain;
     LocalDataVault vault{keychain};
     InMemorySettingsRepository repository;
     SettingsStore settings{repository};
     ManualClock clock;
+    LogCapture log;
     std::unique_ptr<MemoryStore> store;
 };
 
 TEST_F(MemoryStoreTest, WritesOneSealedPrivateFileAndReadsItAgain)
 {
-    start().record(u"likes tea"_s);
-    store->record(u"works\r\nat\u2028night"_s); // one line in the file, whatever it holds
+    start();
+    record(u"likes tea|works\r\nat\u2028night"_s); // one line in the file, whatever it holds
     EXPECT_TRUE(SealedForm::isSealedFile(onDisk()));
-    EXPECT_EQ(QFile::permissions(path()) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());
+    EXPECT_FALSE(QFile::permissions(path()) & (QFile::ReadGroup | QFile::ReadOther));
     EXPECT_EQ(opened(),
               "# What Morvane remembers\n\nThese are Morvane's notes about you from your chats. Add, "
               "edit and delete them in Settings; the app reads them fresh on every launch. The file "
               "itself is encrypted on this Mac, so a text editor shows only ciphertext.\n\n"
               "- likes tea\n- works at night\n");
-    EXPECT_EQ(start().facts().size(), 2);
-    EXPECT_EQ(texts(), (QStringList{u"likes tea"_s, u"works at night"_s}));
-    EXPECT_EQ(store->facts().front().recordedAt, clock.now());
+    EXPECT_EQ(start().facts().front().recordedAt, clock.now());
+    EXPECT_EQ(texts(), u"likes tea|works at night"_s);
+
+    MemoryStore memory(settings, vault, clock, QString()); // without a folder notes last for the run
+    memory.record(u"likes tea"_s);
+    EXPECT_EQ(memory.facts().size(), 1);
+    EXPECT_EQ(QDir(home.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList{u"notes"_s});
 }
 
 TEST_F(MemoryStoreTest, ReadsBulletsOfAHandEditedFileAsTheyStand)
 {
-    const QString longNote(300, u'x');
-    write(
-        u"memory.md"_s,
-        ("# My heading\r\n- one\r\n  -  two  \n* three\n-four\n- \n-\n\n- " + longNote + "\n- one").toUtf8());
-    start();
-    EXPECT_EQ(texts(), (QStringList{u"one"_s, u"two"_s, longNote, u"one"_s}));
-
+    const QByteArray longNote(300, 'x');
+    start("# My heading\r\n- one\r\n  -  two  \n* three\n-four\n- \n-\n\n- " + longNote + "\n- one");
+    EXPECT_EQ(texts(), u"one|two|"_s + QString::fromLatin1(longNote) + u"|one"_s);
     PrivateFile::write(path(), "- never sealed"); // from before sealing
     start();
-    EXPECT_EQ(texts(), QStringList{u"never sealed"_s});
-    write(u"memory.md"_s, "- bad \xff");
-    EXPECT_TRUE(start().facts().empty());
+    EXPECT_EQ(texts(), u"never sealed"_s);
+    EXPECT_TRUE(start("- bad \xff").facts().empty());
     EXPECT_FALSE(store->loadFailed());
 }
 
@@ -105,14 +112,12 @@ TEST_F(MemoryStoreTest, KeepsTheNewestEighty)
     QStringList notes;
     for (int i = 0; i < 83; ++i)
         notes.append(u"note %1"_s.arg(i));
-    write(u"memory.md"_s, MemoryFile::compose(notes));
-    start();
-    EXPECT_EQ(texts(), notes.sliced(3));
+    start(MemoryFile::compose(notes));
+    EXPECT_EQ(texts(), notes.sliced(3).join(u'|'));
     const auto receipt = store->remember(u"one more"_s);
     EXPECT_EQ(store->facts().size(), 80);
-    EXPECT_EQ(texts().first(), u"note 4"_s);
-    for (int i = 0; i < 80; ++i)
-        store->record(u"later %1"_s.arg(i));
+    EXPECT_EQ(store->facts().front().text, u"note 4"_s);
+    record(notes.replaceInStrings(u"note"_s, u"later"_s).join(u'|'));
     const QByteArray before = onDisk();
     store->undo(receipt->id); // its note fell off the list
     EXPECT_EQ(onDisk(), before);
@@ -121,22 +126,20 @@ TEST_F(MemoryStoreTest, KeepsTheNewestEighty)
 TEST_F(MemoryStoreTest, TheSameWordsReplaceTheTextAndUndoBringsItBack)
 {
     start();
-    const LogCapture log;
     const auto first = store->remember(u"likes tea"_s);
     const auto second = store->remember(u" Likes  TEA."_s);
-    EXPECT_EQ(texts(), QStringList{u"Likes  TEA."_s});
+    EXPECT_EQ(stored(), u"Likes  TEA."_s);
     EXPECT_EQ(second->factID, first->factID);
     EXPECT_EQ(first->previousText, std::nullopt);
     EXPECT_EQ(second->previousText, u"likes tea"_s);
-    store->undo(second->id);
-    EXPECT_EQ(texts(), QStringList{u"likes tea"_s});
-    store->undo(second->id); // used up
+    for (int times = 0; times < 2; ++times) { // the second time it is used up
+        store->undo(second->id);
+        EXPECT_EQ(stored(), u"likes tea"_s);
+    }
     store->undo(first->id);
-    EXPECT_TRUE(texts().isEmpty());
-    EXPECT_TRUE(MemoryFile::notes(opened())->isEmpty());
-    EXPECT_EQ(log.lines(), (QStringList{u"persistence: Memory: recorded a fact (9 chars)"_s,
-                                        u"persistence: Memory: a save was undone"_s,
-                                        u"persistence: Memory: a save was undone"_s}));
+    EXPECT_EQ(stored(), QString());
+    EXPECT_EQ(logged(u"Memory: recorded a fact (9 chars)"_s), 1);
+    EXPECT_EQ(logged(u"Memory: a save was undone"_s), 2);
     EXPECT_EQ(store->remember(u" \n"_s), std::nullopt);
 
     const QString tooLong(300, u'x');
@@ -156,42 +159,32 @@ TEST_F(MemoryStoreTest, ReceiptsAreTheLastThreeAndGoWithTheirNote)
     store->remove(store->receipts().front().factID);
     EXPECT_EQ(store->forget(u"four"_s), 1);
     EXPECT_TRUE(store->receipts().empty());
-    EXPECT_EQ(texts(), (QStringList{u"one"_s, u"two"_s}));
+    EXPECT_EQ(stored(), u"one|two"_s);
 }
 
 TEST_F(MemoryStoreTest, ForgetsWhatMatchesAndWritesOnlyThen)
 {
     start();
-    for (const QString &note : {u"coffee, then tea"_s, u"tea"_s, u"lives in Abu Dhabi"_s})
-        store->record(note);
+    record(u"coffee, then tea|tea|lives in Abu Dhabi"_s);
     const QByteArray before = onDisk();
-    EXPECT_EQ(store->forget(u"cocoa"_s), 0);
-    EXPECT_EQ(store->forget(u"?!"_s), 0);
+    EXPECT_EQ(store->forget(u"cocoa"_s) + store->forget(u"?!"_s), 0);
     EXPECT_EQ(onDisk(), before);
     EXPECT_EQ(store->matching(u"tea coffee"_s).size(), 1);
-    const LogCapture log;
     EXPECT_EQ(store->forget(u"Tea."_s), 2);
-    EXPECT_EQ(log.lines(), QStringList{u"persistence: Memory: forgot 2 fact(s)"_s});
-    EXPECT_EQ(MemoryFile::notes(opened()), QStringList{u"lives in Abu Dhabi"_s});
-}
-
-TEST_F(MemoryStoreTest, EditsAreTrimmedBoundedAndStored)
-{
-    start().record(u"likes tea"_s);
+    EXPECT_EQ(logged(u"Memory: forgot 2 fact(s)"_s), 1);
+    EXPECT_EQ(stored(), u"lives in Abu Dhabi"_s);
     const QUuid id = store->facts().front().id;
-    store->update(id, u"  \n"_s);
-    EXPECT_EQ(texts(), QStringList{u"likes tea"_s});
+    store->update(id, u"  \n"_s); // an edit is trimmed and bounded
+    EXPECT_EQ(texts(), u"lives in Abu Dhabi"_s);
     store->update(id, u' ' + QString(300, u'y'));
-    EXPECT_EQ(texts(), QStringList{QString(240, u'y')});
+    EXPECT_EQ(stored(), QString(240, u'y'));
     EXPECT_EQ(store->facts().front().id, id);
-    EXPECT_EQ(*MemoryFile::notes(opened()), texts());
 }
 
 TEST_F(MemoryStoreTest, ThePromptTakesTheNewestNotesThatFitItsBudget)
 {
     EXPECT_EQ(start().promptBlock(), std::nullopt);
-    store->record(u"likes tea"_s);
-    store->record(u"lives in Ghent"_s);
+    record(u"likes tea|lives in Ghent"_s);
     EXPECT_EQ(store->promptBlock(),
               u"What you remember about this person from earlier conversations:\n- lives in Ghent\n- likes "
               u"tea\n\nUse these naturally when they're relevant. Don't recite them back or mention that you "
@@ -202,100 +195,82 @@ TEST_F(MemoryStoreTest, ThePromptTakesTheNewestNotesThatFitItsBudget)
 
     // A line of 3,999 characters is the longest that fits; a family of 7 code points is one character.
     const QString family = u"\U0001F468\u200D\U0001F469\u200D\U0001F467\u200D\U0001F466"_s;
-    write(u"memory.md"_s, MemoryFile::compose({u"old"_s, family + QString(3996, u'x')}));
-    EXPECT_TRUE(start().promptBlock());
+    start(MemoryFile::compose({u"old"_s, family + QString(3996, u'x')}));
+    ASSERT_TRUE(store->promptBlock());
     EXPECT_FALSE(store->promptBlock()->contains(u"old"_s));
-    write(u"memory.md"_s, MemoryFile::compose({u"old"_s, QString(3998, u'x')}));
-    EXPECT_EQ(start().promptBlock(), std::nullopt); // nothing behind the one that stops it either
+    start(MemoryFile::compose({u"old"_s, QString(3998, u'x')}));
+    EXPECT_EQ(store->promptBlock(), std::nullopt); // nothing behind the one that stops it either
 }
 
-TEST_F(MemoryStoreTest, AFileUnderALostKeyIsKeptUntilItIsCleared)
+TEST_F(MemoryStoreTest, AFileThatDoesNotOpenOrCannotBeReadIsKeptUntilItIsCleared)
 {
-    start().record(u"likes tea"_s);
-    const QByteArray sealed = onDisk();
-    loseKey();
-    const LogCapture log;
-    start();
-    EXPECT_TRUE(store->loadFailed());
-    EXPECT_TRUE(log.lines().contains(keyGoneLine));
-    store->remember(u"new"_s);
-    store->forget(u"new"_s);
-    EXPECT_EQ(onDisk(), sealed);
-    store->clear();
-    EXPECT_FALSE(store->loadFailed());
-    EXPECT_TRUE(log.lines().contains(u"persistence: Memory: cleared at user request"_s));
-    EXPECT_TRUE(MemoryFile::notes(opened())->isEmpty());
-    EXPECT_FALSE(start().loadFailed());
+    const QByteArray tooLarge((16 << 20) + 1, 'x'); // stands for any failure to read
+    for (const bool isKeyLost : {true, false}) {
+        start("- likes tea");
+        if (isKeyLost)
+            keychain.remove(LocalDataVault::keyAccount);
+        else
+            PrivateFile::write(path(), tooLarge);
+        const QByteArray before = onDisk();
+        EXPECT_EQ(start().loadFailed(), isKeyLost);
+        EXPECT_TRUE(store->facts().empty());
+        store->remember(u"new"_s);
+        store->forget(u"new"_s);
+        EXPECT_EQ(onDisk(), before);
+        store->clear();
+        EXPECT_FALSE(store->loadFailed());
+        EXPECT_EQ(stored(), QString());
+        record(u"again"_s);
+        EXPECT_FALSE(start().loadFailed());
+        EXPECT_EQ(texts(), u"again"_s);
+    }
+    EXPECT_EQ(logged(u"Memory: the notes file is sealed with a key this Mac no longer has"_s), 1);
+    EXPECT_EQ(logged(notWrittenLine), 2);
+    EXPECT_EQ(logged(u"Memory: cleared at user request"_s), 2);
 }
 
 TEST_F(MemoryStoreTest, WhileLockedChangesStayInMemoryAndAnUnlockReadsAnew)
 {
-    start().record(u"likes tea"_s);
+    start("- likes tea");
     const QByteArray sealed = onDisk();
     vault.lock();
-    const LogCapture log;
-    store->record(u"unwritten"_s);
-    EXPECT_EQ(store->facts().size(), 2);
+    record(u"unwritten"_s);
+    EXPECT_EQ(texts(), u"likes tea|unwritten"_s);
     EXPECT_EQ(onDisk(), sealed);
-    EXPECT_TRUE(log.lines().contains(notWrittenLine));
+    EXPECT_EQ(logged(notWrittenLine), 1);
     EXPECT_TRUE(start().loadFailed()); // a start behind the lock
     vault.unlock();
     store->readAnew();
     EXPECT_FALSE(store->loadFailed());
-    EXPECT_EQ(texts(), QStringList{u"likes tea"_s});
+    EXPECT_EQ(texts(), u"likes tea"_s);
 }
 
-TEST_F(MemoryStoreTest, AFileThatTheSystemWontReadIsNotWrittenOver)
+TEST_F(MemoryStoreTest, FoldsTheThreeOldFilesIntoOneWhenAllOfThemOpen)
 {
-    PrivateFile::write(path(), QByteArray((16 << 20) + 1, 'x')); // stands for any failure to read
-    start();
-    EXPECT_TRUE(store->facts().empty());
-    EXPECT_FALSE(store->loadFailed());
-    const LogCapture log;
-    store->record(u"likes tea"_s);
-    EXPECT_TRUE(log.lines().contains(notWrittenLine));
-    EXPECT_EQ(QFileInfo(path()).size(), (16 << 20) + 1);
-    store->clear();
-    store->record(u"likes tea"_s);
-    EXPECT_EQ(*MemoryFile::notes(opened()), QStringList{u"likes tea"_s});
-}
-
-TEST_F(MemoryStoreTest, FoldsTheThreeOldFilesIntoOne)
-{
-    write(u"memory.md"_s, "- kept\n- Same note\n");
-    write(u"memory-personal.md"_s, "- personal\n- !!\n");
-    PrivateFile::write(path(u"memory-open.md"_s), "heading\n- same  note.\n- open\n"); // from before sealing
-    const LogCapture log;
-    start();
-    EXPECT_EQ(texts(), (QStringList{u"kept"_s, u"Same note"_s, u"open"_s, u"personal"_s}));
-    EXPECT_TRUE(SealedForm::isSealedFile(onDisk()));
-    EXPECT_EQ(QDir(home.path() + u"/notes"_s).entryList(QDir::Files), QStringList{u"memory.md"_s});
-    EXPECT_EQ(log.lines(), QStringList{u"persistence: Memory: folded 2 partition file(s) into one"_s});
-}
-
-TEST_F(MemoryStoreTest, TheFoldWaitsWhileAFileCantBeOpened)
-{
-    const QStringList names{u"memory.md"_s, u"memory-work.md"_s};
-    for (const QString &foreign : names) {
-        for (const QString &name : names)
-            PrivateFile::write(path(name), "- " + name.toLatin1());
-        InMemoryKeychainService otherKeychain;
-        LocalDataVault(otherKeychain).writeSealed("- foreign", path(foreign));
-        const QByteArrayList before{onDisk(names[0]), onDisk(names[1])};
-        const LogCapture log;
+    const QString personal = u"memory-personal.md"_s;
+    InMemoryKeychainService otherKeychain;
+    const LocalDataVault otherVault(otherKeychain);
+    const auto place = [&](const QString &foreign) {
+        for (const auto &[name, bytes] :
+             {std::pair(notesFile, "- kept\n- Same note\n"), {personal, "- personal\n- !!\n"}})
+            (name == foreign ? otherVault : vault).writeSealed(bytes, path(name));
+        PrivateFile::write(path(u"memory-open.md"_s), "heading\n- same  note.\n- open\n"); // never sealed
+        PrivateFile::write(path(u"memory-work.md"_s), "- work\n");
+    };
+    for (const QString &foreign : {notesFile, personal}) {
+        place(foreign);
+        const QByteArrayList before{onDisk(), onDisk(personal)};
         start();
-        EXPECT_EQ((QByteArrayList{onDisk(names[0]), onDisk(names[1])}), before);
-        EXPECT_EQ(log.lines().first(),
-                  u"persistence: Memory: %1 could not be opened; the merge waits"_s.arg(foreign));
+        EXPECT_EQ((QByteArrayList{onDisk(), onDisk(personal)}), before);
+        EXPECT_EQ(logged(u"Memory: %1 could not be opened; the merge waits"_s.arg(foreign)), 1);
+        EXPECT_EQ(QDir(directory).entryList(QDir::Files).size(), 4);
     }
-}
-
-TEST_F(MemoryStoreTest, WithoutAFolderNotesLastForTheRun)
-{
-    MemoryStore memory(settings, vault, clock, QString());
-    memory.record(u"likes tea"_s);
-    EXPECT_EQ(memory.facts().size(), 1);
-    EXPECT_TRUE(QDir(home.path()).isEmpty());
+    place({});
+    start();
+    EXPECT_EQ(texts(), u"kept|Same note|open|work|personal"_s);
+    EXPECT_TRUE(SealedForm::isSealedFile(onDisk()));
+    EXPECT_EQ(QDir(directory).entryList(QDir::Files), QStringList{notesFile});
+    EXPECT_EQ(logged(u"Memory: folded 3 partition file(s) into one"_s), 1);
 }
 
 } // namespace

@@ -18,60 +18,39 @@ class RecordsTest : public testing::Test {
 protected:
     std::shared_ptr<ChatMessage> message(const QString &content = u"hello"_s, qint64 milliseconds = 0) const
     {
-        return ChatMessage::create(sealing,
-                                   {.id = QUuid::createUuid(),
-                                    .role = MessageRole::user,
-                                    .content = content,
-                                    .createdAt = QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::UTC),
-                                    .status = MessageStatus::delivered,
-                                    .attachmentName = u"notes.txt"_s});
+        const auto moment = QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::UTC);
+        return ChatMessage::create(
+            sealing, {{}, MessageRole::user, content, moment, MessageStatus::delivered, {}, u"notes.txt"_s});
     }
 
     std::shared_ptr<FakeFieldSealing> sealing = std::make_shared<FakeFieldSealing>();
 };
 
 template <typename Enum>
-void expectTexts(const QStringList &texts)
+void expectTexts(const QString &texts)
 {
-    ASSERT_EQ(static_cast<qsizetype>(rawTexts<Enum>.size()), texts.size());
-    for (qsizetype i = 0; i < texts.size(); ++i) {
-        EXPECT_EQ(rawText(static_cast<Enum>(i)), texts[i]);
-        EXPECT_EQ(fromRawText<Enum>(texts[i]), static_cast<Enum>(i));
-        EXPECT_EQ(fromRawText<Enum>(texts[i].toUpper()), std::nullopt);
+    QStringList raw;
+    for (std::size_t i = 0; i < rawTexts<Enum>.size(); ++i) {
+        raw += rawText(static_cast<Enum>(i));
+        EXPECT_EQ(fromRawText<Enum>(raw.last()), static_cast<Enum>(i));
+        EXPECT_EQ(fromRawText<Enum>(raw.last().toUpper()), std::nullopt);
     }
+    EXPECT_EQ(raw.join(u' '), texts);
 }
 
 TEST(RawTextTest, CasesAreStoredUnderTheirNames)
 {
-    expectTexts<MessageRole>({u"user"_s, u"assistant"_s, u"system"_s});
-    expectTexts<MessageStatus>({u"pending"_s, u"streaming"_s, u"delivered"_s, u"failed"_s, u"cancelled"_s});
-    expectTexts<ConversationRetention>({u"forever"_s, u"ninetyDays"_s, u"thirtyDays"_s, u"sevenDays"_s});
-    expectTexts<ChatTextSize>({u"small"_s, u"medium"_s, u"large"_s});
-    expectTexts<AppAppearance>({u"system"_s, u"light"_s, u"dark"_s, u"gallery"_s});
-    expectTexts<ShortcutPreset>({u"optionSpace"_s, u"controlSpace"_s, u"commandShiftSpace"_s, u"optionC"_s,
-                                 u"optionV"_s, u"functionF13"_s, u"disabled"_s});
-    EXPECT_EQ(retentionInterval(ConversationRetention::ninetyDays), std::chrono::seconds(7'776'000));
-    EXPECT_EQ(retentionInterval(ConversationRetention::thirtyDays), std::chrono::seconds(2'592'000));
-    EXPECT_EQ(retentionInterval(ConversationRetention::sevenDays), std::chrono::seconds(604'800));
-    EXPECT_EQ(retentionInterval(ConversationRetention::forever), std::nullopt);
-}
-
-TEST_F(RecordsTest, TextsAreSealedFromTheStart)
-{
-    const auto stored = message();
-    EXPECT_TRUE(FakeFieldSealing::isSealed(stored->sealedContent()));
-    EXPECT_TRUE(FakeFieldSealing::isSealed(*stored->columns().sealedAttachmentName));
-    EXPECT_EQ(stored->content(), u"hello"_s);
-    EXPECT_EQ(stored->attachmentName(), u"notes.txt"_s);
-
-    const auto document = ImportedDocument::create(sealing, {.filename = u"plan.pdf"_s});
-    EXPECT_TRUE(FakeFieldSealing::isSealed(document->columns().sealedFilename));
-    EXPECT_EQ(document->filename(), u"plan.pdf"_s);
-
-    const auto conversation =
-        Conversation::create(sealing, {.title = u"Trip"_s, .rollingSummary = u"So far"_s});
-    EXPECT_TRUE(FakeFieldSealing::isSealed(conversation->columns().sealedTitle));
-    EXPECT_EQ(conversation->rollingSummary(), u"So far"_s);
+    expectTexts<MessageRole>(u"user assistant system"_s);
+    expectTexts<MessageStatus>(u"pending streaming delivered failed cancelled"_s);
+    expectTexts<ConversationRetention>(u"forever ninetyDays thirtyDays sevenDays"_s);
+    expectTexts<ChatTextSize>(u"small medium large"_s);
+    expectTexts<AppAppearance>(u"system light dark gallery"_s);
+    expectTexts<ShortcutPreset>(
+        u"optionSpace controlSpace commandShiftSpace optionC optionV functionF13 disabled"_s);
+    using enum ConversationRetention;
+    for (const auto &[retention, days] : {std::pair(ninetyDays, 90), {thirtyDays, 30}, {sevenDays, 7}})
+        EXPECT_EQ(retentionInterval(retention), std::chrono::seconds(86'400 * days));
+    EXPECT_EQ(retentionInterval(forever), std::nullopt);
 }
 
 TEST_F(RecordsTest, ATextThatCannotBeSealedIsLostAtCreationAndKeepsItsFormerValueLater)
@@ -79,44 +58,56 @@ TEST_F(RecordsTest, ATextThatCannotBeSealedIsLostAtCreationAndKeepsItsFormerValu
     const auto former = message(u"former"_s);
     former->appendToolLine(u"one"_s);
     sealing->setLocked(true);
-
-    const auto created = message(u"new"_s);
-    EXPECT_EQ(created->sealedContent(), QString());
-    EXPECT_EQ(created->columns().sealedAttachmentName, QString());
-
+    const auto created = message(u"new"_s)->columns();
+    EXPECT_EQ(created.sealedContent, QString());
+    EXPECT_EQ(created.sealedAttachmentName, QString());
+    const auto before = former->columns();
     former->setContent(u"changed"_s);
     former->setErrorMessage(u"error"_s);
-    former->appendToolLine(u"two"_s);
     former->replaceLastToolLine(u"three"_s);
+    EXPECT_TRUE(former->columns() == before);
     EXPECT_EQ(former->content(), QString()); // unreadable for now
-    sealing->setLocked(false);
-    EXPECT_EQ(former->content(), u"former"_s);
-    EXPECT_EQ(former->errorMessage(), std::nullopt);
-    EXPECT_EQ(former->toolSummary(), u"one"_s);
+    former->setAttachmentName(std::nullopt); // needs no key
+    EXPECT_EQ(former->columns().sealedAttachmentName, std::nullopt);
 
-    former->setErrorMessage(u"error"_s);
-    sealing->setLocked(true);
-    former->setErrorMessage(std::nullopt); // needs no key
-    EXPECT_EQ(former->columns().sealedErrorMessage, std::nullopt);
+    // Sealed from the start, when it can be.
+    sealing->setLocked(false);
+    const auto document = ImportedDocument::create(sealing, {.filename = u"plan.pdf"_s});
+    const auto chat = Conversation::create(sealing, {.title = u"Trip"_s, .rollingSummary = u"So far"_s});
+    const auto stored = message()->columns();
+    const std::pair<QString, QString> texts[] = {{before.sealedContent, u"former"_s},
+                                                 {*before.sealedToolSummary, u"one"_s},
+                                                 {stored.sealedContent, u"hello"_s},
+                                                 {*stored.sealedAttachmentName, u"notes.txt"_s},
+                                                 {document->columns().sealedFilename, u"plan.pdf"_s},
+                                                 {chat->columns().sealedTitle, u"Trip"_s},
+                                                 {*chat->columns().sealedRollingSummary, u"So far"_s}};
+    for (const auto &[sealed, opened] : texts) {
+        EXPECT_TRUE(FakeFieldSealing::isSealed(sealed));
+        EXPECT_EQ(sealing->open(sealed), opened);
+    }
 }
 
-TEST_F(RecordsTest, UnknownRawTextsReadAsTold)
+TEST_F(RecordsTest, AnUnknownRoleReadsAsThePersonsAndAnUnknownStatusAsDelivered)
 {
-    const ChatMessage odd(sealing, {.roleRaw = u"Assistant"_s, .statusRaw = u"paused"_s});
+    const ChatMessage odd(sealing, {.roleRaw = u"robot"_s, .statusRaw = u"odd"_s});
     EXPECT_EQ(odd.role(), MessageRole::user);
     EXPECT_EQ(odd.knownRole(), std::nullopt);
     EXPECT_EQ(odd.status(), MessageStatus::delivered);
     EXPECT_FALSE(odd.hitTokenLimit());
 }
 
-TEST_F(RecordsTest, ToolLinesKeepTheLastEight)
+TEST_F(RecordsTest, ToolLinesKeepTheLastEightAndAChangeTellsByTheRevision)
 {
     const auto reply = message();
+    const auto before = reply->revision();
+    reply->setStatus(MessageStatus::delivered); // as it was
+    EXPECT_EQ(reply->revision(), before);
     reply->replaceLastToolLine(u"0"_s);
+    EXPECT_GT(reply->revision(), before);
     EXPECT_EQ(reply->toolSummary(), u"0"_s);
-    reply->replaceLastToolLine(u"1"_s);
-    for (int line = 2; line <= 9; ++line)
-        reply->appendToolLine(QString::number(line));
+    for (const QChar line : u"123456789"_s)
+        reply->appendToolLine(line);
     EXPECT_EQ(reply->toolSummary(), u"2\n3\n4\n5\n6\n7\n8\n9"_s);
     reply->replaceLastToolLine(u"last"_s);
     EXPECT_EQ(reply->toolSummary(), u"2\n3\n4\n5\n6\n7\n8\nlast"_s);
@@ -124,24 +115,14 @@ TEST_F(RecordsTest, ToolLinesKeepTheLastEight)
 
 TEST_F(RecordsTest, MessagesOfOneMomentKeepTheOrderTheyWereAddedIn)
 {
-    const auto conversation = Conversation::create(sealing, {.id = QUuid::createUuid(), .title = u"T"_s});
+    const auto chat = Conversation::create(sealing, {.title = u"T"_s});
     for (const auto &[text, moment] : {std::pair(u"c"_s, 2), {u"a"_s, 1}, {u"d"_s, 2}, {u"b"_s, 1}})
-        conversation->append(message(text, moment));
+        chat->append(message(text, moment));
     QString order;
-    for (const auto &one : conversation->orderedMessages())
+    for (const auto &one : chat->orderedMessages())
         order += one->content();
     EXPECT_EQ(order, u"abcd"_s);
-    EXPECT_EQ(conversation->messages().front()->content(), u"c"_s);
-}
-
-TEST_F(RecordsTest, RevisionTellsWhenAFieldChanged)
-{
-    const auto reply = message();
-    const auto before = reply->revision();
-    reply->setStatus(MessageStatus::delivered); // as it was
-    EXPECT_EQ(reply->revision(), before);
-    reply->setContent(u"more"_s);
-    EXPECT_GT(reply->revision(), before);
+    EXPECT_EQ(chat->messages().front()->content(), u"c"_s);
 }
 
 } // namespace

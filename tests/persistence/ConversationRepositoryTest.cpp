@@ -30,17 +30,13 @@ TEST_F(ConversationRepositoryTest, ListsWhatWasLastChangedFirst)
     EXPECT_EQ(repository.find(first->id()), first);
     EXPECT_EQ(repository.find(QUuid::createUuid()), nullptr);
     EXPECT_EQ(titlesOf(repository.page(1, 1)), QStringList{u"third"_s});
-}
 
-TEST_F(ConversationRepositoryTest, LeavesConversationsOfDepartedPagesOut)
-{
-    const auto departed = makeChat(repository, u"departed"_s);
-    makeChat(repository, u"stays"_s);
+    // Without those of departed pages.
     defaults.setList(QString(ConversationRepository::legacyModuleConversationsKey),
-                     {departed->id().toString(QUuid::WithoutBraces).toLower(), u"no id"_s});
-    EXPECT_EQ(titles(), QStringList{u"stays"_s});
-    EXPECT_EQ(repository.count(), 1);
-    EXPECT_EQ(repository.find(departed->id()), departed);
+                     {first->id().toString(QUuid::WithoutBraces).toLower(), u"no id"_s});
+    EXPECT_EQ(titles(), QStringList({u"third"_s, u"second"_s}));
+    EXPECT_EQ(repository.count(), 2);
+    EXPECT_EQ(repository.find(first->id()), first);
 }
 
 TEST_F(ConversationRepositoryTest, TitlesFromFirstWords)
@@ -58,7 +54,7 @@ TEST_F(ConversationRepositoryTest, TitlesFromFirstWords)
         EXPECT_EQ(ConversationRepository::titleFrom(text), title) << text.toStdString();
 }
 
-TEST_F(ConversationRepositoryTest, TheFirstWordsOfAPersonNameAnUntitledConversation)
+TEST_F(ConversationRepositoryTest, TheFirstWordsOfAPersonNameAnUntitledConversationAndRenameCleansATitle)
 {
     const auto chat = repository.create();
     say(repository, *chat, u"I answer"_s, MessageRole::assistant);
@@ -66,12 +62,6 @@ TEST_F(ConversationRepositoryTest, TheFirstWordsOfAPersonNameAnUntitledConversat
     say(repository, *chat, u"How do boats float?"_s);
     say(repository, *chat, u"And planes?"_s);
     EXPECT_EQ(chat->title(), u"How do boats float?"_s);
-    EXPECT_TRUE(FakeFieldSealing::isSealed(chat->columns().sealedTitle));
-}
-
-TEST_F(ConversationRepositoryTest, RenameCleansTheTitle)
-{
-    const auto chat = repository.create();
     const std::pair<QString, QString> cases[] = {{u" a\nb "_s, u"a b"_s},
                                                  {u" \n\t "_s, u"a b"_s}, // blank: as it was
                                                  {QString(79, u'x') + u" y"_s, QString(79, u'x')},
@@ -105,21 +95,6 @@ TEST_F(ConversationRepositoryTest, PruneKeepsWhatStandsAtTheCutoff)
     EXPECT_EQ(session.context().count<ChatMessage>(), 0);
     EXPECT_EQ(log.lines().mid(logged),
               QStringList{u"persistence: Pruned 1 conversations past retention window"_s});
-}
-
-TEST_F(ConversationRepositoryTest, ASearchGoesThroughAllTextsInPortions)
-{
-    const auto chat = makeChat(repository, u"A"_s, {u"1"_s, u"2"_s, u"3"_s});
-    QStringList texts;
-    for (auto portion = repository.sealedTexts(2); !portion.empty();
-         portion = repository.sealedTexts(2, portion.back().position)) {
-        for (const auto &text : portion) {
-            EXPECT_EQ(text.conversation, chat->id());
-            texts += sealing->open(text.sealedContent);
-        }
-    }
-    EXPECT_EQ(texts, QStringList({u"3"_s, u"2"_s, u"1"_s}));
-    EXPECT_EQ(repository.sealedTexts(1).front().message, chat->messages().back()->id());
 }
 
 TEST_F(ConversationRepositoryTest, RemovesEmptyConversationsAndEverything)

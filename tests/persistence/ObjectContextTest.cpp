@@ -29,11 +29,11 @@ TEST_F(ObjectContextTest, EveryFieldComesBackFromTheStore)
     const QUuid id = QUuid::createUuid();
     expectBack(std::type_identity<ChatMessage>(),
                {id, u"assistant"_s, u"sealed \u0001 text"_s, moment, u"odd"_s, u""_s, QUuid::createUuid(),
-                u"name"_s, u"tools"_s, QStringList{u"a.example"_s, u"b \"quoted\", ü"_s}, false, u"place"_s,
+                u"name"_s, u"tools"_s, QStringList{u"a.example"_s, u"b \"quoted\", ü"_s}, true, u"place"_s,
                 QUuid::createUuid()});
     expectBack(
         std::type_identity<ChatMessage>(),
-        {QUuid::createUuid(), u"user"_s, u""_s, moment, u"delivered"_s, {}, {}, {}, {}, {}, true, {}, {}});
+        {QUuid::createUuid(), u"user"_s, u""_s, moment, u"delivered"_s, {}, {}, {}, {}, {}, {}, {}, {}});
     expectBack(std::type_identity<Conversation>(),
                {id, u"title"_s, moment, moment.addMSecs(1), u"summary"_s, u"persona"_s, u"space"_s});
     expectBack(std::type_identity<ImportedDocument>(), {id, u"name"_s, u"pdf"_s, 1LL << 40, 8, true, moment});
@@ -103,18 +103,7 @@ TEST_F(ObjectContextTest, RemovingAConversationRemovesItsMessagesAndLeavesDocume
     EXPECT_TRUE(owner->messages().empty());
 }
 
-TEST_F(ObjectContextTest, RecordsOutliveTheirContext)
-{
-    const auto chat = chatOf({u"hello"_s});
-    const auto message = chat->messages().front();
-    session.persistence.reset();
-    message->setContent(u"after"_s);
-    EXPECT_EQ(message->content(), u"after"_s);
-    EXPECT_EQ(message->conversation(), nullptr);
-    EXPECT_EQ(chat->messages().size(), 1U);
-}
-
-TEST_F(ObjectContextTest, MessagesKeepTheirOrderAcrossChangesAndReloads)
+TEST_F(ObjectContextTest, MessagesKeepTheirOrderAcrossChangesAndReloadsAndOutliveTheContext)
 {
     auto chat = chatOf({u"1"_s, u"2"_s, u"3"_s});
     chat->messages().front()->setContent(u"1*"_s);
@@ -125,6 +114,26 @@ TEST_F(ObjectContextTest, MessagesKeepTheirOrderAcrossChangesAndReloads)
     EXPECT_FALSE(chat->isEmpty()); // told without loading them
     EXPECT_EQ(textsOf(*chat), QStringList({u"1*"_s, u"2"_s, u"3"_s, u"4"_s}));
     EXPECT_TRUE(chatOf({})->isEmpty());
+
+    // A search reads the texts alone, in portions.
+    QStringList texts;
+    for (auto portion = context.sealedTexts(1 << 30, 3); !portion.empty();
+         portion = context.sealedTexts(portion.back().position, 3)) {
+        for (const auto &text : portion) {
+            EXPECT_EQ(text.conversation, id);
+            EXPECT_EQ(context.find<ChatMessage>(text.message)->sealedContent(), text.sealedContent);
+            texts += sealing->open(text.sealedContent);
+        }
+    }
+    EXPECT_EQ(texts, QStringList({u"4"_s, u"3"_s, u"2"_s, u"1*"_s}));
+
+    // Records outlive their context.
+    const auto message = chat->messages().front();
+    session.persistence.reset();
+    message->setContent(u"after"_s);
+    EXPECT_EQ(message->content(), u"after"_s);
+    EXPECT_EQ(message->conversation(), nullptr);
+    EXPECT_EQ(chat->messages().size(), 4U);
 }
 
 } // namespace

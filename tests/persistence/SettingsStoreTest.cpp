@@ -110,27 +110,23 @@ TEST(SettingsStoreTest, LegacyPersonaOfAnOlderBuild)
         QString prompt;
         QByteArray personas;
         QString character;
-        QStringList expected; // instructions, name, personality
-    } cases[] = {{{}, {}, {}, {}},
-                 {u""_s, "{}", {}, {}},
-                 {u"Be brief"_s, {}, {}, {u"Be brief"_s, {}, {}}},
-                 {u"Be brief"_s, "{\"fox\":1}", {}, {u"Be brief"_s, {}, {}}},
-                 {u"I"_s, three, u"fox"_s, {u"I"_s, u"Fox"_s, u"sly"_s}},
-                 {{}, three, u"owl"_s, {{}, u"Pal"_s, u"kind"_s}},
-                 {{}, two, {}, {{}, u"A"_s, u"1"_s}}};
+        QString expected; // instructions|name|personality
+    } cases[] = {{u""_s, "{}", u""_s, {}},
+                 {u"Be brief"_s, "", u""_s, u"Be brief||"_s},
+                 {u"Be brief"_s, "{\"fox\":1}", u""_s, u"Be brief||"_s},
+                 {u"I"_s, three, u"fox"_s, u"I|Fox|sly"_s},
+                 {u""_s, three, u"owl"_s, u"|Pal|kind"_s},
+                 {u""_s, two, u""_s, u"|A|1"_s}};
     for (const auto &[prompt, personas, character, expected] : cases) {
         InMemorySettingsRepository repository;
-        if (!prompt.isNull())
-            repository.setString(u"customSystemPrompt"_s, prompt);
-        if (!personas.isNull())
-            repository.setData(u"characterPersonas"_s, personas);
-        if (!character.isNull())
-            repository.setString(u"selectedCharacterID"_s, character);
+        repository.setString(u"customSystemPrompt"_s, prompt);
+        repository.setData(u"characterPersonas"_s, personas);
+        repository.setString(u"selectedCharacterID"_s, character);
         SettingsStore store(repository);
-        const auto persona = store.legacyPersona();
-        EXPECT_EQ(persona ? QStringList({persona->instructions, persona->name, persona->personality})
-                          : QStringList(),
-                  expected);
+        const auto found = store.legacyPersona().value_or(SettingsStore::LegacyPersona());
+        const QString texts = QStringList({found.instructions, found.name, found.personality}).join(u'|');
+        EXPECT_EQ(texts, expected.isEmpty() ? u"||"_s : expected);
+        EXPECT_EQ(store.legacyPersona().has_value(), !expected.isEmpty());
         store.forgetLegacyPersona();
         EXPECT_EQ(store.legacyPersona(), std::nullopt);
     }

@@ -66,12 +66,16 @@ TEST_F(UserDefaultsTest, EveryValueComesBackWithItsType)
     EXPECT_TRUE(isPrivate());
 }
 
-TEST_F(UserDefaultsTest, AFileWithLooserPermissionsIsTightened)
+TEST_F(UserDefaultsTest, AFileWithLooserPermissionsIsTightenedAndAFolderThatCannotBeWrittenLosesNoRead)
 {
     PrivateFile::write(path, "[General]\nn=int:1\n");
     QFile::setPermissions(path, QFile::ReadOwner | QFile::ReadGroup | QFile::ReadOther);
     EXPECT_EQ(UserDefaultsSettingsRepository(path).integer(u"n"_s), 1);
     EXPECT_TRUE(isPrivate());
+    UserDefaultsSettingsRepository blocked(path + u"/settings.ini"_s); // a file where its folder belongs
+    blocked.setBoolean(u"b"_s, true);
+    blocked.flush();
+    EXPECT_EQ(blocked.boolean(u"b"_s), true);
 }
 
 TEST_F(UserDefaultsTest, ABrokenFileIsSetAsideAndNothingOfItIsLost)
@@ -87,15 +91,6 @@ TEST_F(UserDefaultsTest, ABrokenFileIsSetAsideAndNothingOfItIsLost)
                                            "domain.name.ini.unreadable-"_s +
                                                number);
     }
-}
-
-TEST_F(UserDefaultsTest, AFolderThatCannotBeWrittenLosesNoRead)
-{
-    PrivateFile::write(home.filePath(u"blocked"_s), "a file, not a folder");
-    UserDefaultsSettingsRepository repository(home.filePath(u"blocked/settings.ini"_s));
-    repository.setBoolean(u"b"_s, true);
-    repository.flush();
-    EXPECT_EQ(repository.boolean(u"b"_s), true);
 }
 
 TEST(SettingsValueCodingTest, WhatIsNoValueReadsAsAbsent)
