@@ -60,6 +60,17 @@ constexpr std::array<Meaning, 128> meanings = [] {
     return table;
 }();
 
+// The ASCII characters that mean nothing to what stands before them. Looked up for each character that
+// streams in.
+constexpr std::array<bool, 128> inertCharacters = [] {
+    std::array<bool, 128> table{};
+    for (std::size_t c = 0; c < table.size(); ++c) {
+        const bool isOtherSpace = (c >= '\t' && c <= '\r');
+        table[c] = (meanings[c] == Meaning::none || meanings[c] == Meaning::opens) && !isOtherSpace;
+    }
+    return table;
+}();
+
 Meaning meaningOf(QChar character)
 {
     return character.unicode() < meanings.size() ? meanings[character.unicode()] : Meaning::none;
@@ -333,9 +344,8 @@ AttributedText InlineMarkdown::parse(QStringView text)
 bool InlineMarkdown::isInert(QStringView text)
 {
     return std::all_of(text.begin(), text.end(), [](QChar c) {
-        const Meaning meaning = meaningOf(c);
-        const bool passes = meaning == Meaning::none || meaning == Meaning::opens;
-        return passes && (c == u' ' || !c.isSpace()) && !c.isSurrogate();
+        return c.unicode() < inertCharacters.size() ? inertCharacters[c.unicode()]
+                                                    : !c.isSpace() && !c.isSurrogate();
     });
 }
 

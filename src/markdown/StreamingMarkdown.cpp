@@ -46,7 +46,8 @@ QStringView lastWord(QStringView line)
 
 bool endsRow(QStringView line)
 {
-    return LineGrammar::trimmed(line).endsWith(u'|');
+    const auto last = std::find_if_not(line.rbegin(), line.rend(), isSpace);
+    return last != line.rend() && *last == u'|';
 }
 
 // Whether words put behind the line leave what it is, and what its spans are. A letter settles what a line

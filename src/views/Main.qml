@@ -152,16 +152,12 @@ T.ApplicationWindow {
 
         active: false
         source: "ShortcutsSheet.qml"
-        onLoaded: (item as ShortcutsSheet).open()
+        onLoaded: (item as ShortcutsSheet).closed.connect(() => sheet.active = false)
     }
-    Connections {
-        target: sheet.item as ShortcutsSheet
-
-        function onClosed() { sheet.active = false; }
-    }
-    QuestionPanel {
-        shell: window.shell
-        visible: shell.questionTitle.length > 0
+    Later {
+        part: "QuestionPanel.qml"
+        given: ({ shell: window.shell })
+        wanted: window.shell.questionTitle.length > 0
     }
     Loader {
         id: settings

@@ -17,6 +17,7 @@ Panel {
         root.close();
     }
 
+    visible: shell.questionTitle.length > 0
     title: shell.questionTitle
     onAboutToShow: answer = -1
     onClosed: shell.answerQuestion(answer)

@@ -9,6 +9,7 @@ import Morvane
 Panel {
     id: root
 
+    visible: true
     title: qsTr("Keyboard shortcuts")
     widest: 460
     onOpened: closeButton.forceActiveFocus(Qt.TabFocusReason)

@@ -1,15 +1,16 @@
 import QtQuick
 import Morvane
 
-// Where a link leads, above a place of its parent.
+// Where a link of its parent leads, above the link.
 Hint {
     id: root
 
-    property string address
-    property point place
+    required property var source // the text: a TextEdit with `pointedLink` and `linkPlace`
+    readonly property string address: source.pointedLink
 
-    x: Math.round(place.x - implicitWidth / 2)
-    y: Math.round(place.y - implicitHeight - Theme.gap12)
+    objectName: "linkHint"
+    x: Math.round(source.linkPlace.x - implicitWidth / 2)
+    y: Math.round(source.linkPlace.y - implicitHeight - Theme.gap12)
     delay: 200
     timeout: -1
     visible: address.length > 0

@@ -10,6 +10,8 @@ TextEdit {
     property real lineHeight: Theme.bodyLine
     readonly property string focusedLink: activeFocus ? prose.linkAt(cursorPosition) : ""
     readonly property string pointedLink: hoveredLink.length > 0 ? hoveredLink : focusedLink
+    readonly property point linkPlace: hoveredLink.length > 0 ? pointer.point.position
+        : Qt.point(cursorRectangle.x, cursorRectangle.y)
 
     signal linkAsked(string address)
 
@@ -48,10 +50,9 @@ TextEdit {
 
         cursorShape: root.hoveredLink.length > 0 ? Qt.PointingHandCursor : Qt.IBeamCursor
     }
-    LinkHint {
-        objectName: "linkHint"
-        address: root.pointedLink
-        place: root.hoveredLink.length > 0 ? pointer.point.position
-            : Qt.point(root.cursorRectangle.x, root.cursorRectangle.y)
+    Later {
+        part: "blocks/LinkHint.qml"
+        given: ({ source: root })
+        wanted: root.pointedLink.length > 0
     }
 }

@@ -28,6 +28,9 @@ Item {
         TextEdit {
             id: cells
 
+            readonly property string pointedLink: hoveredLink
+            readonly property point linkPlace: pointer.point.position
+
             objectName: "tableText"
             readOnly: true
             selectByMouse: true
@@ -65,9 +68,10 @@ Item {
 
                 cursorShape: cells.hoveredLink.length > 0 ? Qt.PointingHandCursor : Qt.IBeamCursor
             }
-            LinkHint {
-                address: cells.hoveredLink
-                place: pointer.point.position
+            Later {
+                part: "blocks/LinkHint.qml"
+                given: ({ source: cells })
+                wanted: cells.pointedLink.length > 0
             }
         }
         Repeater {

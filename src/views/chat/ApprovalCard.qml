@@ -1,24 +1,27 @@
 import QtQuick
 import QtQuick.Layouts
 import Morvane
+import Morvane.ViewModels
 
 // A tool asks before it acts. The harmless answer has the focus, and no answer counts in the first half
 // second, so that a key or a click meant for something else can't give one.
 Rectangle {
     id: root
 
-    required property string verb
-    required property string detail
-    required property string footnote
-    required property bool offersChatWideYes
-    required property date deadline
+    required property ChatViewModel chat
+    readonly property string verb: chat.approval.verb
+    readonly property string detail: chat.approval.detail
+    readonly property string footnote: chat.approval.footnote
     readonly property bool armed: !guard.running
 
-    signal allowed()
-    signal allowedForChat()
-    signal declined()
     signal answered() // by the person or by the clock: the card is gone
 
+    function begin() {
+        guard.restart();
+        declineButton.forceActiveFocus(Qt.TabFocusReason);
+    }
+
+    objectName: "approval"
     implicitHeight: content.implicitHeight + 2 * Theme.gap16
     radius: Theme.cardRadius
     color: Theme.card
@@ -27,14 +30,10 @@ Rectangle {
 
     Accessible.role: Accessible.AlertMessage
     Accessible.name: verb + " " + detail + " " + footnote
-    Keys.onEscapePressed: root.declined()
+    Keys.onEscapePressed: root.chat.decline()
 
-    onVisibleChanged: {
-        if (!visible)
-            return root.answered();
-        guard.restart();
-        declineButton.forceActiveFocus(Qt.TabFocusReason);
-    }
+    onVisibleChanged: visible ? root.begin() : root.answered()
+    Component.onCompleted: if (visible) root.begin()
 
     Timer {
         id: guard
@@ -67,7 +66,7 @@ Rectangle {
         }
         CountdownBar {
             Layout.fillWidth: true
-            deadline: root.deadline
+            deadline: root.chat.approvalDeadline
         }
         Flow {
             Layout.fillWidth: true
@@ -78,20 +77,20 @@ Rectangle {
                 objectName: "allow"
                 text: qsTr("Allow")
                 rank: PushButton.Primary
-                onClicked: if (root.armed) root.allowed()
+                onClicked: if (root.armed) root.chat.approve()
             }
             PushButton {
                 objectName: "allowForChat"
-                visible: root.offersChatWideYes
+                visible: root.chat.approval.offersChatWideYes
                 text: qsTr("Allow for this chat")
-                onClicked: if (root.armed) root.allowedForChat()
+                onClicked: if (root.armed) root.chat.approveForChat()
             }
             PushButton {
                 id: declineButton
 
                 objectName: "decline"
                 text: qsTr("Decline")
-                onClicked: if (root.armed) root.declined()
+                onClicked: if (root.armed) root.chat.decline()
             }
         }
     }

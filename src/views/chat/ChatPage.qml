@@ -29,10 +29,10 @@ FocusScope {
             root.shell.copy(answer);
     }
     function scrollPage(direction: int) {
-        messages.scrollBy(direction * messages.height * 0.85);
+        (conversation.item as Conversation)?.scrollPage(direction);
     }
     function goToEnd() {
-        messages.goToEnd();
+        (conversation.item as Conversation)?.goToEnd();
     }
 
     Accessible.role: Accessible.Pane
@@ -49,41 +49,31 @@ FocusScope {
             onSidebarChosen: root.sidebarChosen()
             onNewChatChosen: root.chat.newConversation()
         }
-        StartupProblem {
+        Later {
             Layout.alignment: Qt.AlignHCenter
             Layout.preferredWidth: root.column
             Layout.topMargin: Theme.gap8
-            visible: message.length > 0
-            message: root.shell.startupError
-            suggestion: root.shell.startupSuggestion
+            visible: wanted
+            part: "chat/StartupProblem.qml"
+            given: ({ message: root.shell.startupError, suggestion: root.shell.startupSuggestion })
+            wanted: root.shell.startupError.length > 0
         }
         Item {
             Layout.fillWidth: true
             Layout.fillHeight: true
 
-            MessageList {
-                id: messages
+            Later {
+                id: conversation
 
-                objectName: "messages"
                 anchors.fill: parent
-                column: root.column
-                visible: count > 0
-                model: root.chat.messages
-                onCopyAsked: text => root.shell.copy(text)
-                onLinkAsked: address => root.shell.openLink(address)
-                onContinueAsked: messageId => root.chat.continueReply(messageId)
-            }
-            ToEndButton {
-                objectName: "toEnd"
-                anchors.bottom: parent.bottom
-                anchors.bottomMargin: Theme.gap12
-                anchors.horizontalCenter: parent.horizontalCenter
-                shown: messages.visible && !messages.following && messages.gapToEnd > 64
-                onClicked: messages.goToEnd()
+                visible: wanted
+                part: "chat/Conversation.qml"
+                given: ({ chat: root.chat, shell: root.shell })
+                wanted: root.chat.messages.count > 0
             }
             EmptyState {
                 anchors.fill: parent
-                visible: messages.count === 0
+                visible: !conversation.wanted
                 column: root.column
                 configured: root.chat.isConfigured
                 companion: root.companion
@@ -100,14 +90,12 @@ FocusScope {
             Layout.bottomMargin: Theme.gap8
             spacing: Theme.gap8
 
-            ErrorNotice {
+            Later {
                 Layout.fillWidth: true
-                visible: root.chat.hasBanner
-                message: root.chat.banner.message
-                suggestion: root.chat.banner.suggestion
-                retryable: root.chat.banner.retryable
-                onRetryChosen: root.chat.retryLastTurn()
-                onDismissed: root.chat.dismissBanner()
+                visible: wanted
+                part: "chat/ErrorNotice.qml"
+                given: ({ chat: root.chat })
+                wanted: root.chat.hasBanner
             }
             Repeater {
                 model: root.receipts
@@ -118,19 +106,13 @@ FocusScope {
                     onDismissed: id => root.receipts.dismiss(id)
                 }
             }
-            ApprovalCard {
-                objectName: "approval"
+            Later {
                 Layout.fillWidth: true
-                visible: root.chat.hasApproval
-                verb: root.chat.approval.verb
-                detail: root.chat.approval.detail
-                footnote: root.chat.approval.footnote
-                offersChatWideYes: root.chat.approval.offersChatWideYes
-                deadline: root.chat.approvalDeadline
-                onAllowed: root.chat.approve()
-                onAllowedForChat: root.chat.approveForChat()
-                onDeclined: root.chat.decline()
-                onAnswered: root.focusComposer()
+                visible: wanted
+                part: "chat/ApprovalCard.qml"
+                given: ({ chat: root.chat })
+                wanted: root.chat.hasApproval
+                onLoaded: (item as ApprovalCard).answered.connect(root.focusComposer)
             }
             Composer {
                 id: composer
@@ -153,8 +135,6 @@ FocusScope {
     Connections {
         target: root.chat
 
-        function onMessageSent() { messages.bringTurnUp(); }
-        function onConversationChanged() { messages.startOver(); }
         function onIsRespondingChanged() { if (root.chat.isResponding) announcement.say(qsTr("Replying")); }
         function onReplyFinished(text: string) { announcement.say(text); }
     }

@@ -57,12 +57,12 @@ Item {
             spacing: Theme.gap8
 
             Repeater {
-                model: [
+                model: root.configured ? [
                     qsTr("Explain something in plain words: "),
                     qsTr("Help me write a message to "),
                     qsTr("Make a plan for "),
                     qsTr("What should I ask before I decide on ")
-                ]
+                ] : []
 
                 SuggestionCard {
                     required property string modelData

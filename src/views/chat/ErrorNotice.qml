@@ -1,17 +1,15 @@
 import QtQuick
 import QtQuick.Layouts
 import Morvane
+import Morvane.ViewModels
 
 // What went wrong in one sentence, what may help, and the one thing to do about it.
 Rectangle {
     id: root
 
-    required property string message
-    required property string suggestion
-    required property bool retryable
-
-    signal retryChosen()
-    signal dismissed()
+    required property ChatViewModel chat
+    readonly property string message: chat.banner.message
+    readonly property string suggestion: chat.banner.suggestion
 
     implicitHeight: content.implicitHeight + 2 * Theme.gap12
     radius: Theme.panelRadius
@@ -54,16 +52,16 @@ Rectangle {
         PushButton {
             objectName: "retry"
             Layout.alignment: Qt.AlignTop
-            visible: root.retryable
+            visible: root.chat.banner.retryable
             text: qsTr("Retry")
-            onClicked: root.retryChosen()
+            onClicked: root.chat.retryLastTurn()
         }
         IconButton {
             objectName: "dismissBanner"
             Layout.alignment: Qt.AlignTop
             text: qsTr("Dismiss")
             glyph: "close"
-            onClicked: root.dismissed()
+            onClicked: root.chat.dismissBanner()
         }
     }
 }

@@ -44,8 +44,10 @@ T.RoundButton {
             visible: root.visualFocus
         }
     }
-    Hint {
-        text: root.text
-        visible: root.hovered && !root.down
+    Later {
+        anchors.fill: parent
+        part: "controls/ButtonHint.qml"
+        given: ({ button: root })
+        wanted: root.hovered
     }
 }

@@ -32,8 +32,10 @@ T.Button {
 
         FocusRing { visible: root.visualFocus }
     }
-    Hint {
-        text: root.text
-        visible: root.hovered && root.text.length > 0 && !root.down
+    Later {
+        anchors.fill: parent
+        part: "controls/ButtonHint.qml"
+        given: ({ button: root })
+        wanted: root.hovered
     }
 }

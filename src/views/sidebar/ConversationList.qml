@@ -18,9 +18,8 @@ ListView {
         root.chatChosen();
     }
     function askToDelete(id: string, title: string) {
-        deletion.conversationId = id;
-        deletion.title = qsTr("Delete “%1”?").arg(title);
-        deletion.open();
+        deletion.wanted = true;
+        (deletion.item as DeletionPanel).ask(id, title);
     }
 
     leftMargin: Theme.gap12
@@ -60,13 +59,10 @@ ListView {
             (root.currentItem as ConversationRow)?.beginRename();
     }
 
-    ConfirmPanel {
+    Later {
         id: deletion
 
-        property string conversationId
-
-        explanation: qsTr("The chat and its messages are removed from this computer. This can't be undone.")
-        remedy: qsTr("Delete")
-        onConfirmed: root.chat.remove(conversationId)
+        part: "sidebar/DeletionPanel.qml"
+        given: ({ chat: root.chat })
     }
 }

@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Templates as T
 import Morvane
 
 // One chat: its title on one line, and a menu that shows when the pointer or the marker is on it. The first
@@ -13,6 +14,7 @@ Item {
     property bool isOpen: false
     property bool marked: false
     property bool renaming: false
+    readonly property bool menuOpen: (menu.item as T.Menu)?.visible ?? false
 
     signal chosen()
     signal renamed(string name)
@@ -20,13 +22,12 @@ Item {
     signal deletionAsked()
 
     function openMenu() {
-        menu.popup(menuButton, 0, menuButton.height);
+        menu.wanted = true;
+        (menu.item as ConversationMenu).popup(menuButton, 0, menuButton.height);
     }
     function beginRename() {
-        field.text = root.title;
         root.renaming = true;
-        field.forceActiveFocus();
-        field.selectAll();
+        (field.item as RenameField).begin(root.title);
     }
     function endRename(name: string) {
         if (!root.renaming)
@@ -101,16 +102,14 @@ Item {
             wrapMode: Text.NoWrap
             maximumLineCount: 1
         }
-        TextBox {
+        Later {
             id: field
 
             anchors.fill: parent
             visible: root.renaming
-            Accessible.name: qsTr("Name of the chat")
-            Keys.onReturnPressed: root.endRename(text.trim())
-            Keys.onEnterPressed: root.endRename(text.trim())
-            onActiveFocusChanged: if (!activeFocus) root.endRename(text.trim())
-            Keys.onEscapePressed: root.endRename("")
+            part: "sidebar/RenameField.qml"
+            wanted: root.renaming
+            onLoaded: (item as RenameField).ended.connect(root.endRename)
         }
         IconButton {
             id: menuButton
@@ -119,23 +118,20 @@ Item {
             anchors.rightMargin: 2
             anchors.verticalCenter: parent.verticalCenter
             size: 28
-            visible: !root.renaming && (hover.hovered || root.marked || activeFocus || menu.visible)
+            visible: !root.renaming && (hover.hovered || root.marked || activeFocus || root.menuOpen)
             text: qsTr("Rename or delete “%1”").arg(root.title)
             glyph: "more"
             onClicked: root.openMenu()
         }
     }
-    PopupMenu {
+    Later {
         id: menu
 
-        PopupMenuItem {
-            text: qsTr("Rename")
-            onTriggered: root.beginRename()
-        }
-        PopupMenuItem {
-            text: qsTr("Delete…")
-            dangerous: true
-            onTriggered: root.deletionAsked()
+        part: "sidebar/ConversationMenu.qml"
+        onLoaded: {
+            const entries = item as ConversationMenu;
+            entries.renameChosen.connect(root.beginRename);
+            entries.deletionChosen.connect(root.deletionAsked);
         }
     }
 }

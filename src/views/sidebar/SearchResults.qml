@@ -19,6 +19,7 @@ ListView {
         root.chatChosen();
     }
 
+    objectName: "searchResults"
     model: search
     leftMargin: Theme.gap12
     rightMargin: Theme.gap12

@@ -70,18 +70,18 @@ Rectangle {
             Layout.bottomMargin: Theme.gap8
             onTextChanged: root.search.query = text
             onAbandoned: root.searchLeft()
-            onResultsWanted: if (root.search.isActive) results.forceActiveFocus()
+            onResultsWanted: if (root.search.isActive) (results.item as Item).forceActiveFocus()
         }
-        SearchResults {
+        Later {
             id: results
 
-            objectName: "searchResults"
             Layout.fillWidth: true
             Layout.fillHeight: true
             visible: root.search.isActive
-            chat: root.chat
-            search: root.search
-            onChatChosen: root.chatChosen()
+            part: "sidebar/SearchResults.qml"
+            given: ({ chat: root.chat, search: root.search })
+            wanted: root.search.isActive
+            onLoaded: (item as SearchResults).chatChosen.connect(root.chatChosen)
             Keys.onEscapePressed: {
                 field.clear();
                 field.forceActiveFocus();

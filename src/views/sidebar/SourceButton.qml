@@ -9,6 +9,7 @@ T.Button {
     id: root
 
     required property SourceMenuViewModel sources
+    readonly property bool menuOpen: (menu.item as T.Popup)?.opened ?? false
 
     signal settingsChosen()
 
@@ -21,7 +22,11 @@ T.Button {
     Accessible.description: sources.destination
     Keys.onReturnPressed: root.clicked()
     Keys.onEnterPressed: root.clicked()
-    onClicked: menu.opened ? menu.close() : menu.open()
+    onClicked: {
+        menu.wanted = true;
+        const places = menu.item as T.Popup;
+        places.opened ? places.close() : places.open();
+    }
 
     contentItem: RowLayout {
         spacing: Theme.gap8
@@ -62,16 +67,17 @@ T.Button {
     }
     background: Rectangle {
         radius: Theme.controlRadius
-        color: root.down || menu.opened ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+        color: root.down || root.menuOpen ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
 
         FocusRing { visible: root.visualFocus }
     }
 
-    SourceMenu {
+    Later {
         id: menu
 
         y: root.height + 4
-        sources: root.sources
-        onSettingsChosen: root.settingsChosen()
+        part: "sidebar/SourceMenu.qml"
+        given: ({ sources: root.sources })
+        onLoaded: (item as SourceMenu).settingsChosen.connect(root.settingsChosen)
     }
 }

@@ -1,0 +1,45 @@
+import QtQuick
+import Morvane
+import Morvane.ViewModels
+
+// What was said in the open chat, and the way back to its end.
+Item {
+    id: root
+
+    required property ChatViewModel chat
+    required property ShellViewModel shell
+
+    function scrollPage(direction: int) {
+        messages.scrollBy(direction * messages.height * 0.85);
+    }
+    function goToEnd() {
+        messages.goToEnd();
+    }
+
+    MessageList {
+        id: messages
+
+        objectName: "messages"
+        anchors.fill: parent
+        column: Math.min(Theme.columnWidth, root.width - 2 * Theme.gap24)
+        visible: count > 0
+        model: root.chat.messages
+        onCopyAsked: text => root.shell.copy(text)
+        onLinkAsked: address => root.shell.openLink(address)
+        onContinueAsked: messageId => root.chat.continueReply(messageId)
+    }
+    ToEndButton {
+        objectName: "toEnd"
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: Theme.gap12
+        anchors.horizontalCenter: parent.horizontalCenter
+        shown: messages.visible && !messages.following && messages.gapToEnd > 64
+        onClicked: messages.goToEnd()
+    }
+    Connections {
+        target: root.chat
+
+        function onMessageSent() { messages.bringTurnUp(); }
+        function onConversationChanged() { messages.startOver(); }
+    }
+}
