@@ -1,3 +1,4 @@
+#include "BareWindow.h"
 #include "WindowFigures.h"
 #include "app/AppState.h"
 #include "app/MainWindowController.h"
@@ -13,6 +14,7 @@
 #include <QFile>
 #include <QQuickItem>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <benchmark/benchmark.h>
 
@@ -33,6 +35,13 @@ public:
         : m_thread([this](const std::stop_token &stop) { beat(stop); })
     {}
 
+    // Ends the calls. The thread may be waiting for one more answer.
+    void end()
+    {
+        m_thread.request_stop();
+        while (!m_ended)
+            QCoreApplication::processEvents();
+    }
     [[nodiscard]] double milliseconds() const { return static_cast<double>(m_longest.load()) / 1e6; }
 
 private:
@@ -53,9 +62,11 @@ private:
             m_longest = std::max(m_longest.load(), posted.nsecsElapsed());
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
+        m_ended = true;
     }
 
     std::atomic<qint64> m_longest = 0; // nanoseconds
+    std::atomic_bool m_ended = false;
     std::jthread m_thread;
 };
 
@@ -91,19 +102,10 @@ void streamIntoLongChat(benchmark::State &state)
         shown.start();
         turn([&] { return shown.elapsed() > 1000; });
         application.chat().sendMessage(u"Go"_s, std::nullopt);
-        auto block = std::make_unique<LongestBlock>();
+        LongestBlock block;
         turn([&] { return !application.chat().isResponding(); });
-        report(state, block->milliseconds(), "ms");
-        // Its thread may be waiting for one more answer.
-        std::atomic_bool ended = false;
-        std::thread ending([&] {
-            block.reset();
-            ended = true;
-            QMetaObject::invokeMethod(
-                QCoreApplication::instance(), [] {}, Qt::QueuedConnection);
-        });
-        turn([&] { return ended.load(); });
-        ending.join();
+        report(state, block.milliseconds(), "ms");
+        block.end();
         application.willTerminate();
     }
 }
@@ -168,24 +170,30 @@ double processorSeconds()
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
 }
 
-// A chat of 1,000 rich answers is scrolled from its end to its beginning, a third of a view at a time. The
-// longest step of laying out and drawing, and what the chat added to memory.
+// Scrolls a list from its end a third of a view at a time. The longest step of laying out and drawing, in
+// milliseconds.
+double longestScrollStep(QQuickItem *list)
+{
+    double longest = 0;
+    for (int step = 0; step < 400; ++step) {
+        const double top = list->property("contentY").toDouble();
+        QElapsedTimer frame;
+        frame.start();
+        list->setProperty("contentY", top - list->height() / 3);
+        QCoreApplication::processEvents();
+        longest = std::max(longest, static_cast<double>(frame.nsecsElapsed()) / 1e6);
+    }
+    return longest;
+}
+
+// A chat of 1,000 rich answers, and what it added to memory.
 void scrollRichAnswers(benchmark::State &state, bool wantsMemory)
 {
     for ([[maybe_unused]] auto iteration : state) {
         OpenWindow open;
         const double before = residentMebibytes();
         open.openFilled(2000, richAnswer);
-        QQuickItem *list = open.messages();
-        double longest = 0;
-        for (int step = 0; step < 400; ++step) {
-            const double top = list->property("contentY").toDouble();
-            QElapsedTimer frame;
-            frame.start();
-            list->setProperty("contentY", top - list->height() / 3);
-            QCoreApplication::processEvents();
-            longest = std::max(longest, static_cast<double>(frame.nsecsElapsed()) / 1e6);
-        }
+        const double longest = longestScrollStep(open.messages());
         if (wantsMemory)
             report(state, residentMebibytes() - before, "MiB");
         else
@@ -193,7 +201,63 @@ void scrollRichAnswers(benchmark::State &state, bool wantsMemory)
     }
 }
 
-// Of one core, in percent, while a reply streams in at fifty pieces a second for four seconds.
+void scrollPlainTexts(benchmark::State &state)
+{
+    for ([[maybe_unused]] auto iteration : state) {
+        const BareWindow window = BareWindow::listOf(2000, richAnswer);
+        OpenWindow::turnFor(500);
+        report(state, longestScrollStep(window.subject()), "ms");
+    }
+}
+
+// The processor time that four seconds take, in percent of one core.
+double processorShare()
+{
+    const double before = processorSeconds();
+    QElapsedTimer wall;
+    wall.start();
+    while (wall.elapsed() < 4000)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return (processorSeconds() - before) / (static_cast<double>(wall.nsecsElapsed()) / 1e9) * 100;
+}
+
+// The pieces that the practice server writes.
+QString piece(int number)
+{
+    return number % 12 == 0 ? u"piece %1.\n"_s.arg(number) : u"piece %1, "_s.arg(number);
+}
+
+void processorOfPlainText(benchmark::State &state)
+{
+    for ([[maybe_unused]] auto iteration : state) {
+        const BareWindow window = BareWindow::text();
+        OpenWindow::turnFor(500);
+        int number = 0;
+        QTimer pace;
+        QObject::connect(&pace, &QTimer::timeout, [&] { window.append(piece(++number)); });
+        pace.start(std::chrono::milliseconds(20));
+        OpenWindow::turnFor(1000);
+        report(state, processorShare(), "%");
+    }
+}
+
+// The pieces come as fast as they are shown, one in each turn of the event loop.
+void streamIntoPlainText(benchmark::State &state)
+{
+    for ([[maybe_unused]] auto iteration : state) {
+        const BareWindow window = BareWindow::text();
+        OpenWindow::turnFor(500);
+        LongestBlock block;
+        for (int number = 1; number <= 2000; ++number) {
+            window.append(piece(number));
+            QCoreApplication::processEvents();
+        }
+        report(state, block.milliseconds(), "ms");
+        block.end();
+    }
+}
+
+// While a reply streams in at fifty pieces a second.
 void processorWhileStreaming(benchmark::State &state)
 {
     for ([[maybe_unused]] auto iteration : state) {
@@ -201,13 +265,7 @@ void processorWhileStreaming(benchmark::State &state)
         open.state().settings().setModel(u"paced-400"_s);
         open.state().chat().sendMessage(u"Go"_s, std::nullopt);
         OpenWindow::turnFor(1000);
-        const double before = processorSeconds();
-        QElapsedTimer wall;
-        wall.start();
-        while (wall.elapsed() < 4000)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        const double seconds = static_cast<double>(wall.nsecsElapsed()) / 1e9;
-        report(state, (processorSeconds() - before) / seconds * 100, "%");
+        report(state, processorShare(), "%");
         open.state().chat().stopResponding();
         OpenWindow::turnFor(200);
     }
@@ -218,9 +276,12 @@ void processorWhileStreaming(benchmark::State &state)
 BENCHMARK_CAPTURE(scrollRichAnswers, frame, false)
     ->Name("longest_scroll_step_1000_rich_answers")
     ->Iterations(1);
+BENCHMARK(scrollPlainTexts)->Name("longest_scroll_step_1000_rich_answers/yardstick")->Iterations(1);
 BENCHMARK_CAPTURE(scrollRichAnswers, memory, true)->Name("memory_of_1000_rich_answers")->Iterations(1);
 BENCHMARK(processorWhileStreaming)->Name("processor_at_50_pieces_a_second")->Iterations(1);
+BENCHMARK(processorOfPlainText)->Name("processor_at_50_pieces_a_second/yardstick")->Iterations(1);
 BENCHMARK(streamIntoLongChat)->Name("longest_block_while_streaming")->Iterations(1);
+BENCHMARK(streamIntoPlainText)->Name("longest_block_while_streaming/yardstick")->Iterations(1);
 
 int main(int argc, char **argv)
 {

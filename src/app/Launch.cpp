@@ -77,6 +77,9 @@ void Launch::start()
     m_patience = m_clock.after(silentWait, [this] { showWaiting(u"Opening your chats…"_s, false); });
     m_opening = TaskHandle::start(
         [this](std::stop_token stop) { return openKeychain(QPointer(this), std::move(stop)); });
+    // The keychain opens on a thread of its own, and the window's components hold nothing of the person's.
+    if (!m_windowEngine)
+        m_windowEngine = MainWindowController::prepareEngine();
 }
 
 QCoro::Task<> Launch::openKeychain(QPointer<Launch> self, std::stop_token stop)
@@ -125,7 +128,9 @@ void Launch::finish()
     connect(m_appearance.get(), &DesktopAppearance::darkChanged, &shell, &ShellViewModel::setSystemDark);
     connect(&shell, &ShellViewModel::linkRequested, this, &WebBrowser::open);
 
-    m_mainWindow = std::make_unique<MainWindowController>(*m_state);
+    if (!m_windowEngine)
+        m_windowEngine = MainWindowController::prepareEngine();
+    m_mainWindow = std::make_unique<MainWindowController>(*m_state, std::move(m_windowEngine));
     if (!m_mainWindow->window())
         return QCoreApplication::exit(1);
     m_delegate = std::make_unique<AppDelegate>(m_application, *m_state);

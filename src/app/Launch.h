@@ -21,6 +21,7 @@ class DemoPlayer;
 class DesktopAppearance;
 class MainWindowController;
 class StartupWindow;
+class WindowEngine;
 
 // From the first line of the program to its window. The key to the person's data comes first, and a keyring
 // may be slow or ask for its password, so that waiting has a small window of its own; stores are opened only
@@ -50,6 +51,7 @@ private:
     std::unique_ptr<DesktopAppearance> m_appearance;
     std::unique_ptr<StartupWindow> m_startupWindow; // while the key is waited for
     std::unique_ptr<Alarm> m_patience;
+    std::unique_ptr<WindowEngine> m_windowEngine; // until the window has it
     std::unique_ptr<AppState> m_state;
     std::unique_ptr<MainWindowController> m_mainWindow;
     std::unique_ptr<AppDelegate> m_delegate;

@@ -21,24 +21,37 @@ namespace morvane {
 
 using namespace Qt::StringLiterals;
 
-MainWindowController::MainWindowController(AppState &state, QObject *parent)
-    : QObject(parent)
+namespace {
+
+const QString mainComponent = u"Main.qml"_s;
+
+} // namespace
+
+std::unique_ptr<WindowEngine> MainWindowController::prepareEngine()
 {
-    m_engine.loadComponent(u"Main.qml"_s, {{u"chat"_s, QVariant::fromValue(&state.chat())},
-                                           {u"conversations"_s, QVariant::fromValue(&state.conversations())},
-                                           {u"search"_s, QVariant::fromValue(&state.search())},
-                                           {u"sources"_s, QVariant::fromValue(&state.sources())},
-                                           {u"instructions"_s, QVariant::fromValue(&state.instructions())},
-                                           {u"abilities"_s, QVariant::fromValue(&state.abilities())},
-                                           {u"searchKey"_s, QVariant::fromValue(&state.searchKey())},
-                                           {u"memory"_s, QVariant::fromValue(&state.notes())},
-                                           {u"receipts"_s, QVariant::fromValue(&state.receipts())},
-                                           {u"aiSettings"_s, QVariant::fromValue(&state.aiSettings())},
-                                           {u"networkLedger"_s, QVariant::fromValue(&state.networkLedger())},
-                                           {u"shell"_s, QVariant::fromValue(&state.shell())},
-                                           {u"companion"_s, QVariant::fromValue(&state.companion())}});
-    if (!m_engine.rootObjects().isEmpty())
-        m_window = qobject_cast<QQuickWindow *>(m_engine.rootObjects().constFirst());
+    auto engine = std::make_unique<WindowEngine>();
+    engine->prepare(mainComponent);
+    return engine;
+}
+
+MainWindowController::MainWindowController(AppState &state, std::unique_ptr<WindowEngine> engine)
+    : m_engine(std::move(engine))
+{
+    m_engine->loadComponent(mainComponent, {{u"chat"_s, QVariant::fromValue(&state.chat())},
+                                            {u"conversations"_s, QVariant::fromValue(&state.conversations())},
+                                            {u"search"_s, QVariant::fromValue(&state.search())},
+                                            {u"sources"_s, QVariant::fromValue(&state.sources())},
+                                            {u"instructions"_s, QVariant::fromValue(&state.instructions())},
+                                            {u"abilities"_s, QVariant::fromValue(&state.abilities())},
+                                            {u"searchKey"_s, QVariant::fromValue(&state.searchKey())},
+                                            {u"memory"_s, QVariant::fromValue(&state.notes())},
+                                            {u"receipts"_s, QVariant::fromValue(&state.receipts())},
+                                            {u"aiSettings"_s, QVariant::fromValue(&state.aiSettings())},
+                                            {u"networkLedger"_s, QVariant::fromValue(&state.networkLedger())},
+                                            {u"shell"_s, QVariant::fromValue(&state.shell())},
+                                            {u"companion"_s, QVariant::fromValue(&state.companion())}});
+    if (!m_engine->rootObjects().isEmpty())
+        m_window = qobject_cast<QQuickWindow *>(m_engine->rootObjects().constFirst());
     if (!m_window)
         return;
     m_window->installEventFilter(this);

@@ -5,6 +5,8 @@
 #include <QObject>
 #include <QQuickWindow>
 
+#include <memory>
+
 namespace morvane {
 
 class AppState;
@@ -13,11 +15,14 @@ class AppState;
 class MainWindowController : public QObject {
     Q_OBJECT
 public:
-    explicit MainWindowController(AppState &state, QObject *parent = nullptr);
+    // What a window is loaded from, with its components read already.
+    [[nodiscard]] static std::unique_ptr<WindowEngine> prepareEngine();
+
+    explicit MainWindowController(AppState &state, std::unique_ptr<WindowEngine> engine = prepareEngine());
 
     // Null when the window could not be loaded; the reason is in the log.
     [[nodiscard]] QQuickWindow *window() const { return m_window; }
-    [[nodiscard]] QQmlEngine &engine() { return m_engine; }
+    [[nodiscard]] QQmlEngine &engine() { return *m_engine; }
 
     // Shows the window or brings the open one to the front.
     void show();
@@ -27,7 +32,7 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    WindowEngine m_engine;
+    const std::unique_ptr<WindowEngine> m_engine;
     QQuickWindow *m_window = nullptr; // owned by the engine
 };
 

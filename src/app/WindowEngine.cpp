@@ -2,7 +2,10 @@
 
 #include "network/RefusingNetworkAccessManagerFactory.h"
 
+#include <QQmlComponent>
 #include <QtQml/QQmlExtensionPlugin>
+
+#include <utility>
 
 Q_IMPORT_QML_PLUGIN(MorvanePlugin)
 extern void qml_register_types_Morvane_ViewModels();
@@ -10,6 +13,15 @@ extern void qml_register_types_Morvane_ViewModels();
 namespace morvane {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+QUrl urlOf(const QString &fileName)
+{
+    return QUrl(u"qrc:/qt/qml/Morvane/"_s + fileName);
+}
+
+} // namespace
 
 WindowEngine::WindowEngine(QObject *parent)
     : QQmlApplicationEngine(parent)
@@ -20,10 +32,16 @@ WindowEngine::WindowEngine(QObject *parent)
     addImportPath(u"qrc:/qt/qml"_s);
 }
 
+void WindowEngine::prepare(const QString &fileName)
+{
+    delete std::exchange(m_prepared, new QQmlComponent(this, urlOf(fileName), this));
+}
+
 void WindowEngine::loadComponent(const QString &fileName, const QVariantMap &properties)
 {
     setInitialProperties(properties);
-    load(QUrl(u"qrc:/qt/qml/Morvane/"_s + fileName));
+    load(urlOf(fileName));
+    delete std::exchange(m_prepared, nullptr);
 }
 
 } // namespace morvane

@@ -11,8 +11,13 @@ class WindowEngine : public QQmlApplicationEngine {
 public:
     explicit WindowEngine(QObject *parent = nullptr);
 
+    // Reads a component and the types it names, so that loading it has only its objects to make.
+    void prepare(const QString &fileName);
     // Loads a component of the module by its file name, with its required properties.
     void loadComponent(const QString &fileName, const QVariantMap &properties);
+
+private:
+    QQmlComponent *m_prepared = nullptr; // keeps what was read; a child
 };
 
 } // namespace morvane

@@ -80,7 +80,11 @@ T.ApplicationWindow {
     Binding { target: Theme; property: "textScale"; value: window.shell.textScale }
     Binding { target: Theme; property: "reduceAnimation"; value: window.shell.reduceAnimation }
 
-    Backdrop { anchors.fill: parent }
+    Later {
+        anchors.fill: parent
+        part: "Backdrop.qml" // its large circles take megabytes, hidden ones too
+        wanted: Theme.gallery
+    }
     FocusScope {
         anchors.fill: parent
         focus: true

@@ -7,6 +7,6 @@ Rectangle {
     anchors.margins: -Theme.focusWidth
     color: "transparent"
     radius: Theme.controlRadius + Theme.focusWidth
-    border.width: Theme.focusWidth
+    border.width: visible ? Theme.focusWidth : 0 // hidden items are prepared for drawing too
     border.color: Theme.accent
 }
