@@ -33,7 +33,8 @@ inline void report(benchmark::State &state, double value, const char *unit)
     state.SetLabel(unit);
 }
 
-// Adds so many messages to a chat, all of the same text, or of one short line each, and saves.
+// Adds so many messages to a chat, of that text with its "NUMBER" counted up, or of one short line each, and
+// saves.
 inline void fill(ConversationRepository &repository, Conversation &conversation, Clock &clock, int messages,
                  const QString &text = {})
 {
@@ -41,7 +42,8 @@ inline void fill(ConversationRepository &repository, Conversation &conversation,
         conversation.append(repository.makeMessage(
             {.id = QUuid::createUuid(),
              .role = i % 2 ? MessageRole::assistant : MessageRole::user,
-             .content = text.isEmpty() ? QStringLiteral("Message number %1, a line of chat.").arg(i) : text,
+             .content = text.isEmpty() ? QStringLiteral("Message number %1, a line of chat.").arg(i)
+                                       : QString(text).replace(QStringLiteral("NUMBER"), QString::number(i)),
              .createdAt = clock.now(),
              .status = MessageStatus::delivered}));
         repository.context().insert(conversation.messages().back());

@@ -70,10 +70,11 @@ private:
     std::jthread m_thread;
 };
 
-const QString richAnswer =
-    u"## Heading\n\nSome **strong** words, a [link](https://example.org) and `code` in a line that wraps.\n\n"
-    "- one\n- two\n- three\n\n```cpp\nint main() { return 0; }\n```\n\n| a | b |\n|---|---|\n| 1 | 2 |\n\n"
-    "```stat\n$32M | Price | +12%\n```\n"_s;
+const QString richAnswer = u"## Heading NUMBER\n\nSome **strong** words, a [link](https://example.org) and "
+                           u"`code NUMBER` in a line that wraps.\n\n"
+                           "- one NUMBER\n- two\n- three\n\n```cpp\nint main() { return NUMBER; }\n```\n\n| "
+                           "a | b |\n|---|---|\n| 1 | NUMBER |\n\n"
+                           "```stat\n$NUMBERM | Price | +12%\n```\n"_s;
 
 // A reply of 2,000 pieces streams into a chat of 1,000 messages that is open in the window.
 void streamIntoLongChat(benchmark::State &state)

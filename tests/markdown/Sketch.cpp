@@ -23,110 +23,97 @@ QString formatted(QString words, const AttributedText::Run &run)
     return run.link.isEmpty() ? words : u"<a %1>%2</a>"_s.arg(run.link, words);
 }
 
-QString sketch(const AttributedText &text)
-{
-    QString result;
-    qsizetype at = 0;
-    for (const AttributedText::Run &run : text.runs) {
-        result += text.text.sliced(at, run.start - at);
-        result += formatted(text.text.sliced(run.start, run.length), run);
-        at = run.start + run.length;
-    }
-    return result + text.text.sliced(at);
-}
-
-QString sketch(const QString &text)
-{
-    return text;
-}
-
-QString sketch(const std::optional<QString> &text)
-{
-    return text.value_or(u"-"_s);
-}
-
-QString sketch(const Fact &fact)
-{
-    return fact.label + u'=' + fact.value;
-}
-
-QString sketch(const Stat &stat)
-{
-    return stat.value + u'=' + stat.label + u'=' + sketch(stat.delta);
-}
-
-QString sketch(const TimelineEntry &entry)
-{
-    return entry.marker + u'=' + entry.text;
-}
-
-QString sketch(const ChartPoint &point)
-{
-    return point.label + u'=' + QString::number(point.value, 'g', 10) + u'=' + point.display;
-}
-
-QString sketch(const MarketQuote &quote)
-{
-    return quote.name + u'=' + quote.value + u'=' + sketch(quote.change);
-}
-
 template <typename Part>
-QString listed(const QList<Part> &parts, const QString &separator = u", "_s)
-{
-    QStringList words;
-    for (const Part &part : parts)
-        words += sketch(part);
-    return words.join(separator);
-}
+QString listed(const QList<Part> &parts, const QString &separator = u", "_s);
 
-template <typename Row>
-QString rows(const QList<Row> &rows)
+// A name with the parts of a block in brackets.
+template <typename... Parts>
+QString named(const QString &name, const Parts &...parts)
 {
-    QStringList lines;
-    for (const Row &row : rows)
-        lines += listed(row, u"|"_s);
-    return lines.join(u"; "_s);
+    return name + u'(' + QStringList{parts...}.join(u"; "_s) + u')';
 }
 
 struct SketchOf {
-    QString operator()(const Paragraph &block) const { return u"p(%1)"_s.arg(sketch(block.text)); }
+    QString operator()(const QString &text) const { return text; }
+    QString operator()(const std::optional<QString> &text) const { return text.value_or(u"-"_s); }
+    QString operator()(const AttributedText &text) const
+    {
+        QString result;
+        qsizetype at = 0;
+        for (const AttributedText::Run &run : text.runs) {
+            result += text.text.sliced(at, run.start - at);
+            result += formatted(text.text.sliced(run.start, run.length), run);
+            at = run.start + run.length;
+        }
+        return result + text.text.sliced(at);
+    }
+    template <typename Cell>
+    QString operator()(const QList<Cell> &row) const
+    {
+        return listed(row, u"|"_s);
+    }
+    QString operator()(const Fact &fact) const { return fact.label + u'=' + fact.value; }
+    QString operator()(const TimelineEntry &entry) const { return entry.marker + u'=' + entry.text; }
+    QString operator()(const Stat &stat) const { return joined(stat.value, stat.label, stat.delta); }
+    QString operator()(const MarketQuote &quote) const
+    {
+        return joined(quote.name, quote.value, quote.change);
+    }
+    QString operator()(const ChartPoint &point) const
+    {
+        return joined(point.label, QString::number(point.value, 'g', 10), point.display);
+    }
+    QString joined(const QString &a, const QString &b, const std::optional<QString> &c) const
+    {
+        return a + u'=' + b + u'=' + (*this)(c);
+    }
+
+    QString operator()(const Paragraph &block) const { return named(u"p"_s, (*this)(block.text)); }
+    QString operator()(const Quote &block) const { return named(u"q"_s, (*this)(block.text)); }
     QString operator()(const Heading &block) const
     {
-        return u"h%1(%2)"_s.arg(QString::number(block.level), sketch(block.text));
+        return named(u"h%1"_s.arg(block.level), (*this)(block.text));
     }
-    QString operator()(const BulletList &block) const { return u"ul(%1)"_s.arg(listed(block.items)); }
-    QString operator()(const NumberedList &block) const { return u"ol(%1)"_s.arg(listed(block.items)); }
-    QString operator()(const Quote &block) const { return u"q(%1)"_s.arg(sketch(block.text)); }
+    QString operator()(const BulletList &block) const { return named(u"ul"_s, listed(block.items)); }
+    QString operator()(const NumberedList &block) const { return named(u"ol"_s, listed(block.items)); }
     QString operator()(const Code &block) const
     {
-        return u"code[%1](%2)"_s.arg(sketch(block.language), block.text);
+        return named(u"code[%1]"_s.arg((*this)(block.language)), block.text);
     }
     QString operator()(const Table &block) const
     {
-        return u"table(%1; %2)"_s.arg(listed(block.headers, u"|"_s), rows(block.rows));
+        return named(u"table"_s, (*this)(block.headers), listed(block.rows, u"; "_s));
     }
-    QString operator()(const Stats &block) const { return u"stats(%1)"_s.arg(listed(block.stats)); }
-    QString operator()(const Facts &block) const { return u"facts(%1)"_s.arg(listed(block.facts)); }
     QString operator()(const Comparison &block) const
     {
-        return u"compare(%1; %2)"_s.arg(block.titles.join(u'|'), rows(block.rows));
+        return named(u"compare"_s, (*this)(block.titles), listed(block.rows, u"; "_s));
     }
-    QString operator()(const Timeline &block) const { return u"timeline(%1)"_s.arg(listed(block.entries)); }
+    QString operator()(const Stats &block) const { return named(u"stats"_s, listed(block.stats)); }
+    QString operator()(const Facts &block) const { return named(u"facts"_s, listed(block.facts)); }
+    QString operator()(const Timeline &block) const { return named(u"timeline"_s, listed(block.entries)); }
+    QString operator()(const Market &block) const { return named(u"market"_s, listed(block.quotes)); }
     QString operator()(const ChartSpec &block) const
     {
-        return u"%1%2[%3](%4)"_s.arg(block.kind == ChartSpec::Kind::line ? u"line"_s : u"bar"_s,
-                                     block.logScale ? u"-log"_s : QString(), sketch(block.title),
-                                     listed(block.points));
+        const QString kind = block.kind == ChartSpec::Kind::line ? u"line"_s : u"bar"_s;
+        return named(kind + (block.logScale ? u"-log["_s : u"["_s) + (*this)(block.title) + u']',
+                     listed(block.points));
     }
-    QString operator()(const Market &block) const { return u"market(%1)"_s.arg(listed(block.quotes)); }
     QString operator()(const WeatherInfo &block) const
     {
-        return u"weather(%1, %2, %3, %4; %5)"_s.arg(sketch(block.location), sketch(block.condition),
-                                                    sketch(block.high), sketch(block.low),
-                                                    listed(block.details));
+        const QList<std::optional<QString>> main{block.location, block.condition, block.high, block.low};
+        return named(u"weather"_s, listed(main), listed(block.details));
     }
     QString operator()(const Divider &) const { return u"hr"_s; }
 };
+
+template <typename Part>
+QString listed(const QList<Part> &parts, const QString &separator)
+{
+    QStringList words;
+    for (const Part &part : parts)
+        words += SketchOf{}(part);
+    return words.join(separator);
+}
 
 std::string shown(QString sketch)
 {
@@ -137,7 +124,7 @@ std::string shown(QString sketch)
 
 std::string Sketch::of(const AttributedText &text)
 {
-    return shown(sketch(text));
+    return shown(SketchOf{}(text));
 }
 
 std::string Sketch::of(const Block &block)
