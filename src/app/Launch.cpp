@@ -66,7 +66,8 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, QObject *p
     connect(&m_secrets.preparation(), &KeychainPreparation::stateChanged, this, &Launch::keychainChanged);
 }
 
-// What still runs beside the GUI thread may use the secrets, the vault and the services, so it ends before them.
+// What still runs beside the GUI thread may use the secrets, the vault and the services, so it ends before
+// them.
 Launch::~Launch()
 {
     m_work.end();

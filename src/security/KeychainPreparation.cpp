@@ -49,9 +49,9 @@ KeychainPreparation::~KeychainPreparation()
 QCoro::Task<KeychainOpening> KeychainPreparation::prepare(KeyExpectation expectation, std::stop_token stop)
 {
     setState(KeychainState::Opening);
-    auto openings = m_work.start<KeychainOpening>(
-        [service = m_service, &home = m_home, &keychain = m_keychain, expectation](
-            const Report &report, const std::stop_token &stopped) {
+    auto openings =
+        m_work.start<KeychainOpening>([service = m_service, &home = m_home, &keychain = m_keychain,
+                                       expectation](const Report &report, const std::stop_token &stopped) {
             report(opened(service, home, keychain, expectation, report, stopped));
         });
     return follow(this, std::move(openings), std::move(stop), m_gone.get_token());

@@ -12,8 +12,8 @@
 
 namespace morvane {
 
-// Opens the keychain with the window already up: the waiting happens beside the GUI thread, and the state tells
-// the window what is being waited for. The stores are opened after it.
+// Opens the keychain with the window already up: the waiting happens beside the GUI thread, and the state
+// tells the window what is being waited for. The stores are opened after it.
 //
 // GUI thread. Destroying it ends the wait.
 class KeychainPreparation final : public QObject {

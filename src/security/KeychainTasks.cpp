@@ -16,8 +16,8 @@ QCoro::Task<> KeychainTasks::remove(Work &work, KeychainServicing &keychain, QSt
     co_await work.run(removing);
 }
 
-QCoro::Task<std::optional<QString>> KeychainTasks::read(Work &work, KeychainServicing &keychain, QString account,
-                                                        QString reason, std::stop_token stop)
+QCoro::Task<std::optional<QString>> KeychainTasks::read(Work &work, KeychainServicing &keychain,
+                                                        QString account, QString reason, std::stop_token stop)
 {
     const auto reading = [&keychain, account, reason](const std::stop_token &stopped) {
         return keychain.read(account, reason, stopped);

@@ -12,8 +12,8 @@ namespace morvane {
 
 class Work;
 
-// The keychain's calls for the GUI thread: they run beside it and answer by co_await. Throw what the call throws.
-// `keychain` outlives the end of `work`.
+// The keychain's calls for the GUI thread: they run beside it and answer by co_await. Throw what the call
+// throws. `keychain` outlives the end of `work`.
 namespace KeychainTasks {
 
 QCoro::Task<> save(Work &work, KeychainServicing &keychain, QString value, QString account);

@@ -1,7 +1,7 @@
 #include "services/WebSearch.h"
 
-#include "async/Work.h"
 #include "async/Clock.h"
+#include "async/Work.h"
 #include "deployment/DeploymentValues.h"
 #include "security/ServiceIdentity.h"
 #include "services/SearchCounters.h"

@@ -4,6 +4,7 @@
 #include "security/KeychainPreparation.h"
 #include "support/Await.h"
 #include "support/LogCapture.h"
+#include "support/ManualClock.h"
 #include "utils/files/PrivateFile.h"
 
 #include <QSemaphore>
@@ -198,6 +199,8 @@ class KeychainPreparationTest : public KeychainHomeTest {
 protected:
     FakePresence nobody;
     KeychainService keychain{service, home(), nobody};
+    ManualClock clock;
+    Work work{clock};
 };
 
 TEST_F(KeychainPreparationTest, TheGuiThreadRunsOnWhileThePersonIsAsked)
@@ -207,7 +210,7 @@ TEST_F(KeychainPreparationTest, TheGuiThreadRunsOnWhileThePersonIsAsked)
     QSemaphore answered;
     keyring.onUnlock = [&](std::stop_token) { answered.acquire(); };
 
-    KeychainPreparation preparation(service, home(), keychain);
+    KeychainPreparation preparation(service, home(), keychain, work);
     std::vector<KeychainState> states;
     QObject::connect(&preparation, &KeychainPreparation::stateChanged, &preparation,
                      [&](KeychainState state) {
@@ -234,7 +237,7 @@ TEST_F(KeychainPreparationTest, StoppingOrDestroyingItEndsTheWait)
         throw SecretStoreError(KeychainStatus::UserCancelled);
     };
     std::stop_source stop;
-    auto preparation = std::make_unique<KeychainPreparation>(service, home(), keychain);
+    auto preparation = std::make_unique<KeychainPreparation>(service, home(), keychain, work);
     QObject::connect(preparation.get(), &KeychainPreparation::stateChanged, preparation.get(),
                      [&] { stop.request_stop(); });
     EXPECT_THROW(TestWait::await(preparation->prepare(KeyExpectation::Unknown, stop.get_token())),

@@ -1,9 +1,11 @@
 #include "security/KeychainService.h"
 
+#include "async/Work.h"
 #include "security/FakeSecretStore.h"
 #include "security/KeychainTasks.h"
 #include "support/Await.h"
 #include "support/LogCapture.h"
+#include "support/ManualClock.h"
 #include "support/WipeSpy.h"
 
 #include <gtest/gtest.h>
@@ -229,15 +231,17 @@ TEST_F(KeychainServiceTest, LeavesNoCopyOfASecretBehind)
     EXPECT_EQ(wipes([&] { keychain.remove(account); }), 1);
 }
 
-TEST_F(KeychainServiceTest, TheGuiThreadMayHaveItsCallsDoneOnThePool)
+TEST_F(KeychainServiceTest, TheGuiThreadMayHaveItsCallsDoneBesideIt)
 {
-    TestWait::await(KeychainTasks::save(&keychain, u"v"_s, u"a"_s));
+    ManualClock clock;
+    Work work{clock};
+    TestWait::await(KeychainTasks::save(work, keychain, u"v"_s, u"a"_s));
     keychain.clearCache();
-    EXPECT_EQ(TestWait::await(KeychainTasks::read(&keychain, u"a"_s, u"reason"_s, {})), u"v"_s);
-    TestWait::await(KeychainTasks::remove(&keychain, u"a"_s));
+    EXPECT_EQ(TestWait::await(KeychainTasks::read(work, keychain, u"a"_s, u"reason"_s, {})), u"v"_s);
+    TestWait::await(KeychainTasks::remove(work, keychain, u"a"_s));
     EXPECT_TRUE(store.held.empty());
     store.refuse(Call::Update, KeychainStatus::InputOutput);
-    EXPECT_THROW(TestWait::await(KeychainTasks::save(&keychain, u"v"_s, u"a"_s)), KeychainError);
+    EXPECT_THROW(TestWait::await(KeychainTasks::save(work, keychain, u"v"_s, u"a"_s)), KeychainError);
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "security/KeyringDaemon.h"
 #include "security/LocalDataVault.h"
 #include "support/Await.h"
+#include "support/ManualClock.h"
 
 #include <QFile>
 
@@ -147,7 +148,9 @@ protected:
         FakePresence nobody;
         KeychainService keychain{service, home, nobody};
         LocalDataVault vault{keychain};
-        KeychainPreparation preparation{service, home, keychain};
+        ManualClock clock;
+        Work work{clock};
+        KeychainPreparation preparation{service, home, keychain, work};
     };
     std::unique_ptr<Run> newRun() { return std::make_unique<Run>(keyring, path); }
 

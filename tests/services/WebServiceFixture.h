@@ -1,5 +1,6 @@
 #pragma once
 
+#include "async/Work.h"
 #include "network/CurlHttpSession.h"
 #include "network/NetworkLedger.h"
 #include "persistence/InMemorySettingsRepository.h"
@@ -57,7 +58,8 @@ protected:
     InMemorySettingsRepository counters;
     ServiceIdentity identity{keychain};
     FakeHttpSessionProvider network;
-    WebAccessService::Services services{network, keychain, identity, counters, clock};
+    Work work{clock};
+    WebAccessService::Services services{network, keychain, identity, counters, clock, work};
 };
 
 } // namespace morvane

@@ -91,7 +91,8 @@ protected:
     std::shared_ptr<FakeFieldSealing> sealing = std::make_shared<FakeFieldSealing>();
     std::unique_ptr<PersistenceController> persistence = PersistenceController::inMemory(sealing);
     ConversationRepository repository{persistence->mainContext(), clock};
-    HistorySearchModel model{repository, clock};
+    Work work{clock};
+    HistorySearchModel model{repository, clock, work};
     QAbstractItemModelTester tester{&model, QAbstractItemModelTester::FailureReportingMode::Fatal};
 };
 
@@ -172,7 +173,7 @@ TEST_F(HistorySearchTest, TheListTellsTheNeighboursOfAChat)
 TEST_F(HistorySearchTest, AModelThatGoesEndsItsSearch)
 {
     chat(u"Ferns"_s, {u"green"_s});
-    auto passing = std::make_unique<HistorySearchModel>(repository, clock);
+    auto passing = std::make_unique<HistorySearchModel>(repository, clock, work);
     passing->setQuery(u"green"_s);
     clock.advance(130ms);
     passing.reset();
