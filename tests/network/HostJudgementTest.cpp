@@ -41,16 +41,6 @@ TEST(HostJudgementTest, TakesEachHostForWhatTheTableSays)
     EXPECT_FALSE(PublicAddress::isPublic(QByteArray(5, '\x20')));
 }
 
-TEST(HostJudgementTest, NormalisesInOrder)
-{
-    const std::vector<std::pair<QString, QString>> table{
-        {u"  Example.COM.\n"_s, u"example.com"_s}, {u"[::1"_s, u"[::1"_s}, {u"a.."_s, u"a."_s},
-        {u"[10.0.0.1.]"_s, u"10.0.0.1"_s},         {u"."_s, u"."_s},
-    };
-    for (const auto &[given, expected] : table)
-        EXPECT_EQ(PrivateNetworkAddress::normalisedHost(given), expected) << given.toStdString();
-}
-
 TEST(HostJudgementTest, ComparesWholeBytesAndThenTheRestOfAPrefix)
 {
     const QByteArray ipv4 = QByteArray::fromHex("cb007180"); // 203.0.113.128

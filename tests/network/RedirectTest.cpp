@@ -38,7 +38,7 @@ TEST(RedirectRuleTest, WhatTheNextHopTakesAlong)
         {307, "POST", u"https://a.test/y"_s, "POST", true, true},
         {308, "POST", u"https://a.test/y"_s, "POST", true, true},
         // Scheme, host and port are the origin; another one gets no credential.
-        {307, "POST", u"http://a.test/x"_s, "POST", true, false},
+        {307, "POST", u"http://a.test:443/x"_s, "POST", true, false},
         {307, "POST", u"https://a.test:8443/x"_s, "POST", true, false},
         {307, "POST", u"https://b.a.test/x"_s, "POST", true, false},
     };

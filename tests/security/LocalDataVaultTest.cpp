@@ -232,28 +232,6 @@ TEST_F(LocalDataVaultTest, FirstSealsFromManyThreadsShareOneKey)
         EXPECT_EQ(vault.open(field), u"words"_s);
 }
 
-TEST_F(LocalDataVaultTest, ALockThatLandsAmongSealsNeverLetsPlainTextThrough)
-{
-    (void)vault.seal(u"known"_s);
-    std::atomic<int> plain = 0, dropped = 0, kept = 0;
-    {
-        std::vector<std::jthread> threads;
-        for (int i = 0; i < 3; ++i)
-            threads.emplace_back([&](const std::stop_token &stop) {
-                while (!stop.stop_requested()) {
-                    const auto field = vault.seal(u"words"_s);
-                    ++(field ? kept : dropped);
-                    plain += field && !field->startsWith(u"\u0001KVT1:"_s);
-                }
-            });
-        while (dropped < 200 || kept < 200) {
-            vault.lock();
-            vault.unlock();
-        }
-    }
-    EXPECT_EQ(plain, 0);
-}
-
 // The lock must not wait for a keychain that waits for a person.
 TEST_F(LocalDataVaultTest, LockingDoesNotWaitForAKeychainCallAndDoesNotStopItsSeal)
 {
