@@ -23,12 +23,28 @@ Item {
     required property string place
     property real column: Theme.columnWidth
     property bool isLast: false
+    property bool waits: false // to be used again: its properties belong to two messages for a moment
 
     signal copyAsked(string text)
     signal linkAsked(string address)
     signal continueAsked(string messageId)
 
+    // The drawing that is hidden keeps its words until it has others to show, so that it changes what differs and
+    // builds nothing anew.
+    function showText() {
+        if (!root.waits)
+            (root.isUser ? question : answer).text = root.text;
+    }
+
     implicitHeight: isUser ? question.implicitHeight : answer.implicitHeight
+
+    onTextChanged: root.showText()
+    Component.onCompleted: root.showText()
+    ListView.onPooled: root.waits = true
+    ListView.onReused: {
+        root.waits = false;
+        root.showText();
+    }
 
     UserMessage {
         id: question
@@ -36,7 +52,7 @@ Item {
         anchors.horizontalCenter: parent.horizontalCenter
         width: root.column
         visible: root.isUser
-        text: root.isUser ? root.text : ""
+        text: ""
         attachmentName: root.attachmentName
     }
     ReplyMessage {
@@ -45,7 +61,7 @@ Item {
         anchors.horizontalCenter: parent.horizontalCenter
         width: root.column
         visible: !root.isUser
-        text: root.isUser ? "" : root.text
+        text: ""
         failed: root.failed
         cancelled: root.cancelled
         interrupted: root.interrupted
