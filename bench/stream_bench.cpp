@@ -1,9 +1,16 @@
-// What a streamed reply costs from the socket's bytes to its events, beside parsing the JSON of the same
-// lines and doing nothing with it.
+// What a streamed reply costs from the socket's bytes to its events, and from there to the row that is drawn,
+// beside parsing the JSON of the same lines and doing nothing with it.
 
 #include "ai/providers/LineSplitter.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
 #include "ai/providers/StreamedReply.h"
+#include "async/Clock.h"
+#include "models/ChatMessage.h"
+#include "security/ProcessKeySealing.h"
+#include "view_models/blocks/ReplyBlocksModel.h"
+#include "view_models/chat/MessageListModel.h"
+#include "view_models/chat/TurnRecorder.h"
+#include "view_models/companion/CompanionViewModel.h"
 
 #include <QCoreApplication>
 #include <QJsonDocument>
@@ -143,6 +150,55 @@ void provide(benchmark::State &state)
     countPieces(state);
 }
 
+// Goes on by itself as pieces are taken, fifty in a second; what waits for it is never called.
+class PacedClock final : public Clock {
+public:
+    QDateTime now() const override { return m_start.addMSecs(m_elapsed.count()); }
+    std::chrono::milliseconds elapsed() const override { return m_elapsed; }
+    std::unique_ptr<Alarm> after(std::chrono::milliseconds, std::function<void()>) override
+    {
+        return std::make_unique<Alarm>();
+    }
+    void pieceCame() { m_elapsed += std::chrono::milliseconds(20); }
+
+private:
+    QDateTime m_start = QDateTime::currentDateTimeUtc();
+    std::chrono::milliseconds m_elapsed{0};
+};
+
+// Events as a turn records them: the text is sealed, the row is told, and the view reads the row's text into
+// the blocks that it draws. A paragraph has twenty pieces.
+void drawnRow(benchmark::State &state)
+{
+    const auto sealing = std::make_shared<ProcessKeySealing>();
+    for (auto _ : state) {
+        PacedClock clock;
+        CompanionViewModel companion(clock);
+        const auto reply = ChatMessage::create(sealing, {.id = QUuid::createUuid(),
+                                                         .role = MessageRole::assistant,
+                                                         .createdAt = clock.now(),
+                                                         .status = MessageStatus::streaming});
+        MessageListModel messages(clock);
+        messages.setMessages({reply});
+        messages.beginIndicator(reply->id());
+        ReplyBlocksModel blocks;
+        blocks.setGrowing(true);
+        QObject::connect(&messages, &MessageListModel::dataChanged, &blocks, [&](const QModelIndex &row) {
+            blocks.setText(row.data(MessageListModel::TextRole).toString());
+        });
+        TurnRecorder recorder(reply, {}, messages, companion, clock);
+        for (int i = 0; i < pieceCount; ++i) {
+            clock.pieceCame();
+            recorder.apply(
+                Agent::Text{u" piece"_s + QString::number(i) + (i % 20 == 19 ? u"\n\n"_s : QString())});
+        }
+        recorder.store();
+        if (blocks.rowCount() != pieceCount / 20)
+            state.SkipWithError("the row did not show every piece");
+    }
+    countPieces(state);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -153,6 +209,8 @@ int main(int argc, char **argv)
     benchmark::RegisterBenchmark("stream_parse/yardstick", bareJson);
     benchmark::RegisterBenchmark("stream_provider", provide);
     benchmark::RegisterBenchmark("stream_provider/yardstick", bareJson);
+    benchmark::RegisterBenchmark("stream_drawn_row", drawnRow);
+    benchmark::RegisterBenchmark("stream_drawn_row/yardstick", bareJson);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return 0;

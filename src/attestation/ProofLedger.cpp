@@ -1,5 +1,6 @@
 #include "attestation/ProofLedger.h"
 
+#include <algorithm>
 #include <array>
 
 namespace morvane {
@@ -41,6 +42,13 @@ QString ProofLedger::Place::code() const
 QString ProofLedger::Place::plainName() const
 {
     return wordsOf(kind).name;
+}
+
+QUuid ProofLedger::append(Entry entry)
+{
+    if (entry.id.isNull())
+        entry.id = QUuid::createUuid();
+    return m_rows.append(std::move(entry));
 }
 
 std::optional<QString> placeNameOfCode(const QString &code)

@@ -60,7 +60,7 @@ public:
     };
 
     struct Entry {
-        QUuid id = QUuid::createUuid();
+        QUuid id;
         QDateTime startedAt;
         Place place;
         QString purpose;
@@ -72,9 +72,11 @@ public:
 
     using Snapshot = LedgerRing<Entry>::Snapshot;
 
-    // The row's id, by which whoever asked finds it again.
-    QUuid append(Entry entry) { return m_rows.append(std::move(entry)); }
+    // The row's id, by which whoever asked finds it again: the entry's own, or a new one when it has none.
+    QUuid append(Entry entry);
     void clear() { m_rows.clear(); }
+    // Nothing for a row that has gone or never was.
+    [[nodiscard]] std::optional<Entry> find(const QUuid &id) const { return m_rows.find(id); }
     [[nodiscard]] Snapshot snapshot() const { return m_rows.snapshot(); }
 
 private:

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -44,6 +45,14 @@ public:
         const std::scoped_lock lock(m_mutex);
         m_rows.clear();
         ++m_revision;
+    }
+
+    // Nothing for a row that has gone or never was.
+    [[nodiscard]] std::optional<Row> find(const QUuid &id) const
+    {
+        const std::scoped_lock lock(m_mutex);
+        const auto found = std::find_if(m_rows.rbegin(), m_rows.rend(), [&id](const Row &row) { return row.id == id; });
+        return found == m_rows.rend() ? std::nullopt : std::optional(*found);
     }
 
     // Rows and revision of one moment, so a view that compares revisions never shows older rows under a

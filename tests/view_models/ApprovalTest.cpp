@@ -44,14 +44,6 @@ TEST_F(ApprovalTest, ShowsTheWordsThatWouldLeaveAndWaits)
     EXPECT_EQ(clock.pendingAlarms(), 0U);
 }
 
-TEST_F(ApprovalTest, AChatWideYesWhereNoneWasOfferedIsAPlainYes)
-{
-    const auto answer = ask(false);
-    chat.approveForChat();
-    TestWait::settle();
-    EXPECT_EQ(*answer, ApprovalAnswer::allowedOnce);
-}
-
 TEST_F(ApprovalTest, IsDeclinedAfter120SecondsAndTheNextGetsItsOwnTime)
 {
     const auto answer = ask(true);
@@ -65,6 +57,12 @@ TEST_F(ApprovalTest, IsDeclinedAfter120SecondsAndTheNextGetsItsOwnTime)
     chat.approve();
     TestWait::settle();
     EXPECT_EQ(*next, ApprovalAnswer::allowedOnce);
+    const auto narrow = ask(false);
+    clock.advance(61s);
+    EXPECT_EQ(*narrow, std::nullopt) << "a former alarm is not its own";
+    chat.approveForChat();
+    TestWait::settle();
+    EXPECT_EQ(*narrow, ApprovalAnswer::allowedOnce) << "a chat-wide yes was not offered";
 }
 
 TEST_F(ApprovalTest, ASecondRequestIsDeclinedWhileOneIsPending)

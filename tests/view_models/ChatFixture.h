@@ -1,91 +1,77 @@
 #pragma once
 
-#include "ai/agent/ReplyRunner.h"
-#include "ai/routing/AIRequestRouter.h"
-#include "attestation/ProofLedger.h"
-#include "models/Conversation.h"
-#include "persistence/ConversationRepository.h"
-#include "persistence/InMemorySettingsRepository.h"
-#include "persistence/PersistenceController.h"
-#include "persistence/SettingsStore.h"
-#include "security/InMemoryKeychainService.h"
+#include "ai/agent/AgentEvent.h"
+#include "ai/routing/PreparedRequest.h"
+#include "models/ChatMessage.h"
 #include "support/Await.h"
-#include "support/FakeFieldSealing.h"
 #include "support/ManualClock.h"
 #include "view_models/chat/ChatViewModel.h"
-#include "view_models/chat/ReplyPorts.h"
 #include "view_models/companion/CompanionViewModel.h"
 
 #include <gtest/gtest.h>
 
 namespace morvane {
 
-// Replies that a test plays event by event.
-class ScriptedReplies final : public ReplyRunning {
-public:
-    [[nodiscard]] AsyncStream<AgentEvent> run(PreparedRequest request, TurnScope scope,
-                                              std::shared_ptr<AIProvider> provider) override;
+class FakeFieldSealing;
 
-    // Yields to the newest run and lets the turn take it.
-    void yield(AgentEvent event);
+// Replies that a test plays event by event, and what was asked for.
+class ReplyScript {
+public:
+    struct Asked {
+        PreparedRequest request;
+        QString scopeKey;
+        QString userWords;
+    };
+
+    virtual ~ReplyScript() = default;
+
+    // To the newest reply, and lets the turn take it.
+    virtual void yield(AgentEvent event) = 0;
+    virtual void finish() = 0;
+    virtual void fail(std::exception_ptr error) = 0;
+    [[nodiscard]] virtual bool isAbandoned() const = 0;
     void text(const QString &piece) { yield(Agent::Text{piece}); }
-    void finish();
-    void fail(std::exception_ptr error);
-    [[nodiscard]] bool isAbandoned() const { return m_producers.back().stopToken().stop_requested(); }
+    [[nodiscard]] const AIMessage &lastWords() const { return asked.back().request.messages.back(); }
 
-    std::vector<PreparedRequest> requests;
-    std::vector<TurnScope> scopes;
-
-private:
-    std::vector<AsyncStream<AgentEvent>::Producer> m_producers;
+    std::vector<Asked> asked;
 };
 
-class NotificationLog final : public ReplyNotifying {
-public:
-    void replyReady(const QUuid &, const QString &title) override
-    {
-        lines.append(QStringLiteral("ready ") + title);
-    }
-    void ghostReplyReady() override { lines.append(QStringLiteral("ghost")); }
-    void replyFailed(const QString &message, const QString &suggestion) override
-    {
-        lines.append(QStringLiteral("failed ") + message + u'|' + suggestion);
-    }
-
-    QStringList lines;
-};
-
-// A chat controller over a store in memory, scripted replies and a clock that stands still.
+// A chat controller over a small store in memory, scripted replies and a clock that stands still.
 class ChatFixture : public testing::Test {
 protected:
+    using Rows = std::vector<std::pair<bool, QString>>; // is user, text
+
     ChatFixture();
+    ~ChatFixture() override;
 
     // Ends what a test left running, so that no suspended turn outlives its services.
     void TearDown() override;
 
     // Sends a message and lets the turn come to its wait for the reply.
     void send(const QString &text);
+    void deliver(const QString &question, const QString &answer);
 
-    [[nodiscard]] std::shared_ptr<ChatMessage> lastMessage() const
-    {
-        return chat.messages()->messages().back();
-    }
+    [[nodiscard]] std::shared_ptr<ChatMessage> lastMessage() const;
     [[nodiscard]] QVariant lastRow(MessageListModel::Role role) const;
-    [[nodiscard]] std::vector<std::pair<bool, QString>> transcript() const; // is user, text
+    [[nodiscard]] Rows transcript() const;
 
-    ManualClock clock;
-    std::shared_ptr<FakeFieldSealing> sealing = std::make_shared<FakeFieldSealing>();
-    std::unique_ptr<PersistenceController> persistence = PersistenceController::inMemory(sealing);
-    InMemorySettingsRepository settingsRepository;
-    SettingsStore settings{settingsRepository};
-    ConversationRepository repository{persistence->mainContext(), clock, &settingsRepository};
-    InMemoryKeychainService keychain;
-    ProofLedger proofs;
-    AIRequestRouter router{{.settings = settings, .keychain = keychain, .proofs = proofs, .clock = clock}};
-    ScriptedReplies replies;
-    NotificationLog notifications;
-    CompanionViewModel companion{clock};
-    mutable ChatViewModel chat;
+    // Another controller over the same rooms.
+    [[nodiscard]] std::unique_ptr<ChatViewModel> another();
+
+private:
+    struct World;
+    std::unique_ptr<World> m_world;
+
+protected:
+    ManualClock &clock;
+    FakeFieldSealing &sealing;
+    ConversationRepository &repository;
+    SettingsStore &settings;
+    ProofLedger &proofs;
+    CompanionViewModel &companion;
+    ReplyScript &replies;
+    const QStringList &heard; // what was read aloud and notified, in order
+    ChatViewModel &chat;
 };
 
 } // namespace morvane

@@ -1,6 +1,7 @@
 #include "ai/agent/ReplyRunner.h"
 
 #include "ai/agent/AgentLoop.h"
+#include "ai/routing/AIRequestRouter.h"
 #include "ai/tools/ToolRegistry.h"
 
 namespace morvane {
@@ -46,11 +47,11 @@ void ReplyRunner::setTools(ToolRegistry *tools)
     m_tools = tools;
 }
 
-AsyncStream<AgentEvent> ReplyRunner::run(PreparedRequest request, TurnScope scope,
-                                         std::shared_ptr<AIProvider> provider)
+AsyncStream<AgentEvent> ReplyRunner::run(OpenedTurn turn, TurnScope scope)
 {
+    PreparedRequest &request = turn.request;
     if (!request.tools.empty() && m_tools)
-        return AgentLoop(std::move(provider), *m_tools)
+        return AgentLoop(std::move(turn.provider), *m_tools)
             .run({.messages = std::move(request.messages),
                   .configuration = std::move(request.configuration),
                   .tools = std::move(request.tools),
@@ -59,7 +60,7 @@ AsyncStream<AgentEvent> ReplyRunner::run(PreparedRequest request, TurnScope scop
                   .userWords = std::move(scope.userWords),
                   .scopeKey = std::move(scope.key)});
     auto [stream, producer] = AsyncStream<AgentEvent>::make();
-    relay(m_router.stream(std::move(request), std::move(provider)), producer);
+    relay(m_router.stream(std::move(turn)), producer);
     return std::move(stream);
 }
 

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "ai/agent/AgentEvent.h"
-#include "ai/contract/AIProvider.h"
-#include "ai/routing/AIRequestRouter.h"
+#include "ai/routing/OpenedTurn.h"
 #include "async/AsyncStream.h"
 
 #include <QPointer>
@@ -11,6 +10,7 @@
 
 namespace morvane {
 
+class AIRequestRouter;
 class ToolRegistry;
 
 // What a reply's tool calls have to know of the turn that asked.
@@ -19,14 +19,13 @@ struct TurnScope {
     QString userWords; // what the person wrote, without what came along with it
 };
 
-// Turns a prepared request into the events of one reply.
+// Turns an opened turn into the events of one reply.
 class ReplyRunning {
 public:
     virtual ~ReplyRunning() = default;
 
     // Returns at once. The stream may fail with ProviderError; dropping it ends the reply.
-    [[nodiscard]] virtual AsyncStream<AgentEvent> run(PreparedRequest request, TurnScope scope,
-                                                      std::shared_ptr<AIProvider> provider) = 0;
+    [[nodiscard]] virtual AsyncStream<AgentEvent> run(OpenedTurn turn, TurnScope scope) = 0;
 };
 
 // Lets a request that offers tools run through the agent loop, and relays the plain stream of any other.
@@ -40,8 +39,7 @@ public:
     // Without a registry, or once it has gone, no call is ever run.
     void setTools(ToolRegistry *tools);
 
-    [[nodiscard]] AsyncStream<AgentEvent> run(PreparedRequest request, TurnScope scope,
-                                              std::shared_ptr<AIProvider> provider) override;
+    [[nodiscard]] AsyncStream<AgentEvent> run(OpenedTurn turn, TurnScope scope) override;
 
 private:
     AIRequestRouter &m_router;

@@ -20,46 +20,6 @@ using Ability = ModelCapabilities::Ability;
 using Place = TurnRoute::Place;
 using Plain = ProviderError::Plain;
 
-namespace {
-
-ProofLedger::Place placeOf(const ChatSource &source, const QString &model)
-{
-    using Kind = ProofLedger::Place::Kind;
-    switch (source.kind) {
-    case ChatSource::Kind::thisMac:
-    case ChatSource::Kind::notConfigured:
-        return {Kind::thisMac, model, {}};
-    case ChatSource::Kind::network:
-        return {Kind::network, model, source.host};
-    case ChatSource::Kind::ollamaCloud:
-        return {Kind::ollamaCloud, model, {}};
-    case ChatSource::Kind::morvaneCloud:
-        return {Kind::morvaneCloud, model, {}};
-    case ChatSource::Kind::customCloud:
-        return {Kind::yourOwnService, model, source.host};
-    }
-    return {};
-}
-
-// Where replies run while the private cloud is off.
-QString placePhrase(const ChatSource &source)
-{
-    switch (source.kind) {
-    case ChatSource::Kind::thisMac:
-    case ChatSource::Kind::notConfigured:
-    case ChatSource::Kind::morvaneCloud:
-        return u"on this Mac"_s;
-    case ChatSource::Kind::network:
-        return u"on your network"_s;
-    case ChatSource::Kind::customCloud:
-    case ChatSource::Kind::ollamaCloud:
-        return u"on the service you chose"_s;
-    }
-    return {};
-}
-
-} // namespace
-
 AIRequestRouter::AIRequestRouter(Services services, QObject *parent)
     : QObject(parent)
     , m_services(std::move(services))
@@ -96,9 +56,15 @@ void AIRequestRouter::setLocalModel(LocalModelServing *localModel)
 
 // Sources
 
+// Before a place has been looked at, only its address and the model's name speak.
+JudgedPlace AIRequestRouter::placeOf(const QString &baseURL, const QString &model) const
+{
+    return JudgedPlace::of(baseURL, model, m_judge.known(baseURL, model));
+}
+
 ChatSource AIRequestRouter::configuredSource() const
 {
-    return ChatSource::of(m_services.settings.baseURLString(), m_services.settings.model());
+    return placeOf(m_services.settings.baseURLString(), m_services.settings.model()).source;
 }
 
 bool AIRequestRouter::usesPrivateCloud() const
@@ -130,7 +96,7 @@ std::optional<QString> AIRequestRouter::privateCloudNotice() const
     const ChatSource source = chatSource();
     if (m_lastEnclaveRefusal)
         return u"Private cloud is off: the last hardware proof did not verify on this Mac. Replies run %1 "
-               u"until you try Private cloud again."_s.arg(placePhrase(source));
+               u"until you try Private cloud again."_s.arg(source.whereRepliesRun());
     if (source.kind == ChatSource::Kind::customCloud && m_services.settings.hostedChatEnabled())
         return SourceOption::customServiceNotice();
     return std::nullopt;
@@ -226,13 +192,15 @@ QCoro::Task<std::optional<QString>> AIRequestRouter::standIn(Ability ability, st
 
 QCoro::Task<> AIRequestRouter::waitForLocalModel(std::stop_token stop)
 {
-    const QPointer<LocalModelServing> runtime = m_localModel;
+    const auto check = m_lifeline.check(stop);
     Clock &clock = m_services.clock;
     const auto deadline = clock.elapsed() + 30s;
     try {
-        while (runtime && runtime->state() == LocalModelServing::State::starting &&
-               clock.elapsed() < deadline)
+        while (m_localModel && m_localModel->state() == LocalModelServing::State::starting &&
+               clock.elapsed() < deadline) {
             co_await pause(clock, 250ms, stop);
+            check();
+        }
     } catch (const CancelledError &) {
         // Whoever stopped it sees to the rest.
     }
@@ -293,7 +261,14 @@ QCoro::Task<PrivacyClass> AIRequestRouter::privacyOf(TurnRoute route, std::stop_
         co_return PrivacyClass{PrivacyClass::Kind::leavesThisNetwork, {}};
     if (m_injectedProvider)
         co_return PrivacyClass{PrivacyClass::Kind::staysPrivate, {}};
-    co_return co_await m_judge.judge(configuration.baseURLString, configuration.model, stop);
+    const ChatSource before = chatSource();
+    const auto check = m_lifeline.check(stop);
+    const PrivacyClass judged =
+        co_await m_judge.judge(configuration.baseURLString, configuration.model, stop);
+    check();
+    if (chatSource() != before)
+        Q_EMIT sourceChanged();
+    co_return PrivacyClass(judged);
 }
 
 QCoro::Task<PreparedRequest> AIRequestRouter::prepareRequest(TurnRequest turn, std::stop_token stop)
@@ -328,6 +303,8 @@ PreparedRequest AIRequestRouter::assembled(const TurnRequest &turn, const TurnRo
 {
     PreparedRequest prepared;
     prepared.configuration = route.configuration;
+    prepared.configuration.proofRow = QUuid::createUuid();
+    prepared.place = route.judged();
     prepared.memoryAllowed = route.keepsDataPrivate() && turn.memoryAllowed;
     if (m_tools)
         prepared.tools = route.offered(m_tools(), prepared.memoryAllowed);
@@ -357,15 +334,21 @@ std::shared_ptr<AIProvider> AIRequestRouter::privateCloudProvider()
 QCoro::Task<std::shared_ptr<AIProvider>> AIRequestRouter::provider(AIConfiguration configuration,
                                                                    std::stop_token stop)
 {
+    const JudgedPlace place = placeOf(configuration.baseURLString, configuration.model);
+    co_return co_await providerAt(place, std::move(configuration), std::move(stop));
+}
+
+QCoro::Task<std::shared_ptr<AIProvider>>
+AIRequestRouter::providerAt(JudgedPlace place, AIConfiguration configuration, std::stop_token stop)
+{
     // Copies on purpose: QCoro 0.8 moves out of the lvalue that is returned.
     if (m_injectedProvider)
         co_return std::shared_ptr<AIProvider>(m_injectedProvider);
     if (m_services.privateCloud.isAt(configuration.baseURLString))
         co_return privateCloudProvider();
-    const auto source = ChatSource::of(configuration.baseURLString, configuration.model);
-    m_services.proofs.append({.id = QUuid::createUuid(),
+    m_services.proofs.append({.id = configuration.proofRow,
                               .startedAt = m_services.clock.now(),
-                              .place = placeOf(source, configuration.model),
+                              .place = place.inLedger(configuration.model),
                               .purpose = configuration.purpose.value_or(u"chat"_s),
                               .carrying = configuration.carrying});
     const auto check = m_lifeline.check(stop);
@@ -375,18 +358,52 @@ QCoro::Task<std::shared_ptr<AIProvider>> AIRequestRouter::provider(AIConfigurati
                                                                               : m_services.provider);
 }
 
-AsyncStream<AIStreamEvent> AIRequestRouter::stream(PreparedRequest request,
-                                                   std::shared_ptr<AIProvider> provider)
+QCoro::Task<OpenedTurn> AIRequestRouter::openTurn(TurnRequest turn, std::stop_token stop)
 {
-    const auto living = [self = QPointer(this)]() -> AIRequestRouter & {
-        if (!self)
-            throw CancelledError();
-        return *self;
+    const auto check = m_lifeline.check(stop);
+    check();
+    if (turn.isContinuation)
+        turn.outputBudget = outputBudget();
+    if (turn.carrying) {
+        co_await waitForLocalModel(stop);
+        check();
+    }
+    const std::optional<QString> seeing = co_await visionModel(turn.history, stop);
+    check();
+    turn.visionModel = seeing;
+    if (!seeing) {
+        const std::optional<QString> able = co_await toolsModel(turn.carrying, stop);
+        check();
+        turn.toolsModel = able;
+    }
+    const PreparedRequest prepared = co_await prepareRequest(std::move(turn), stop);
+    check();
+    const std::shared_ptr<AIProvider> provider =
+        co_await providerAt(prepared.place, prepared.configuration, stop);
+    check();
+    co_return OpenedTurn{prepared, provider, std::make_shared<QUuid>(prepared.configuration.proofRow)};
+}
+
+AsyncStream<AIStreamEvent> AIRequestRouter::stream(OpenedTurn turn)
+{
+    PreparedRequest &request = turn.request;
+    if (request.place.source.kind != ChatSource::Kind::morvaneCloud)
+        return turn.provider->streamReply(std::move(request.messages), std::move(request.configuration),
+                                          std::move(request.tools));
+    const auto living = [this, check = m_lifeline.check({})]() -> AIRequestRouter & {
+        check();
+        return *this;
+    };
+    const auto localConfiguration = [living, row = turn.proofRow] {
+        auto local = living().localConfiguration();
+        if (local)
+            *row = local->proofRow = QUuid::createUuid();
+        return local;
     };
     return LocalFallbackStream::relay(
-        std::move(request), std::move(provider),
+        std::move(request), std::move(turn.provider),
         {.noteRefusal = [living](const QString &reason) { living().setRefusal(reason); },
-         .localConfiguration = [living] { return living().localConfiguration(); },
+         .localConfiguration = localConfiguration,
          .provider =
              [living](AIConfiguration configuration, std::stop_token stop) {
                  return living().provider(std::move(configuration), std::move(stop));

@@ -1,19 +1,19 @@
 #pragma once
 
-#include "ai/contract/AIProvider.h"
 #include "ai/routing/BurstGuard.h"
 #include "ai/routing/ModelCapabilities.h"
-#include "ai/routing/PreparedRequest.h"
+#include "ai/routing/OpenedTurn.h"
 #include "ai/routing/PrivacyJudge.h"
 #include "ai/routing/PrivacyNotice.h"
 #include "ai/routing/PrivateCloud.h"
 #include "ai/routing/PromptParts.h"
 #include "ai/routing/SourceOption.h"
 #include "ai/routing/TurnRoute.h"
-#include "attestation/ProofLedger.h"
 
 #include <QObject>
 #include <QPointer>
+
+#include <functional>
 
 namespace morvane {
 
@@ -98,10 +98,13 @@ public:
     [[nodiscard]] QCoro::Task<std::shared_ptr<AIProvider>> provider(AIConfiguration configuration,
                                                                     std::stop_token stop);
 
-    // The reply of a prepared request. A refusal of the private cloud turns into its reason and the local
+    // All of the above in their order: waits for the local model where private data needs it, lets another
+    // model stand in, prepares the request and finds its provider. Throws as they do.
+    [[nodiscard]] QCoro::Task<OpenedTurn> openTurn(TurnRequest turn, std::stop_token stop);
+
+    // The reply of an opened turn. A refusal of the private cloud turns into its reason and the local
     // model's reply.
-    [[nodiscard]] AsyncStream<AIStreamEvent> stream(PreparedRequest request,
-                                                    std::shared_ptr<AIProvider> provider);
+    [[nodiscard]] AsyncStream<AIStreamEvent> stream(OpenedTurn turn);
 
     // What the settings name, whatever the private cloud's switch says.
     [[nodiscard]] AIConfiguration settingsConfiguration() const;
@@ -115,6 +118,7 @@ Q_SIGNALS:
     void sourceChanged();
 
 private:
+    [[nodiscard]] JudgedPlace placeOf(const QString &baseURL, const QString &model) const;
     [[nodiscard]] ChatSource configuredSource() const;
     [[nodiscard]] std::optional<AIConfiguration> localConfiguration() const;
     [[nodiscard]] TurnRoute chosenRoute(const TurnRequest &turn);
@@ -124,6 +128,8 @@ private:
     [[nodiscard]] QCoro::Task<std::optional<QString>> standIn(ModelCapabilities::Ability ability,
                                                               std::stop_token stop);
     [[nodiscard]] std::shared_ptr<AIProvider> privateCloudProvider();
+    [[nodiscard]] QCoro::Task<std::shared_ptr<AIProvider>>
+    providerAt(JudgedPlace place, AIConfiguration configuration, std::stop_token stop);
     void setRefusal(std::optional<QString> reason);
 
     Services m_services;

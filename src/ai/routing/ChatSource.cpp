@@ -90,4 +90,20 @@ QString ChatSource::destination() const
     return {};
 }
 
+QString ChatSource::whereRepliesRun() const
+{
+    switch (kind) {
+    case Kind::thisMac:
+    case Kind::notConfigured:
+    case Kind::morvaneCloud:
+        return u"on this Mac"_s;
+    case Kind::network:
+        return u"on your network"_s;
+    case Kind::customCloud:
+    case Kind::ollamaCloud:
+        return u"on the service you chose"_s;
+    }
+    return {};
+}
+
 } // namespace morvane

@@ -29,6 +29,9 @@ struct ChatSource {
 
     // What becomes of a message, in a few words.
     [[nodiscard]] QString destination() const;
+
+    // Where replies run while the private cloud is off: "on this Mac", …
+    [[nodiscard]] QString whereRepliesRun() const;
 };
 
 } // namespace morvane

@@ -4,6 +4,7 @@
 #include "ai/contract/AIMessage.h"
 #include "ai/contract/AITool.h"
 #include "ai/routing/ContextBuilder.h"
+#include "ai/routing/JudgedPlace.h"
 
 #include <optional>
 #include <vector>
@@ -18,7 +19,8 @@ struct TurnRequest {
     SensitiveDataSet carrying;
     std::optional<QString> visionModel; // takes the place of the configured model
     std::optional<QString> toolsModel;
-    std::optional<std::int64_t> outputBudget; // of a continuation
+    std::optional<std::int64_t> outputBudget; // in place of the settings' limit
+    bool isContinuation = false;              // of a reply that hit its limit; gets a budget of its own
     bool memoryAllowed = true;                // a Ghost chat keeps no notes
 };
 
@@ -28,6 +30,7 @@ struct PreparedRequest {
     AIConfiguration configuration;
     std::vector<AITool> tools;
     bool memoryAllowed = false;
+    JudgedPlace place;
 };
 
 } // namespace morvane

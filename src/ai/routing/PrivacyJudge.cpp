@@ -26,7 +26,22 @@ PrivacyClass classIn(const ModelInventory::Models &models, const QString &model)
 
 } // namespace
 
+std::optional<PrivacyClass> PrivacyJudge::known(const QString &baseURL, const QString &model) const
+{
+    const auto judged = m_judged.find({baseURL, model});
+    return judged == m_judged.end() ? std::nullopt : std::optional(judged->second);
+}
+
 QCoro::Task<PrivacyClass> PrivacyJudge::judge(QString baseURL, QString model, std::stop_token stop)
+{
+    const auto check = m_lifeline.check(stop);
+    const PrivacyClass answer = co_await ask(baseURL, model, stop);
+    check();
+    m_judged.insert_or_assign({baseURL, model}, answer);
+    co_return PrivacyClass(answer);
+}
+
+QCoro::Task<PrivacyClass> PrivacyJudge::ask(QString baseURL, QString model, std::stop_token stop)
 {
     const auto check = m_lifeline.check(stop);
     const QString host = QUrl(Text::trimmed(baseURL)).host();

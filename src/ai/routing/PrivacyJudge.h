@@ -5,6 +5,10 @@
 #include "ai/routing/OllamaDetection.h"
 #include "ai/routing/PrivacyClass.h"
 
+#include <map>
+#include <optional>
+#include <utility>
+
 namespace morvane {
 
 // Finds out where the words of a turn would end up. GUI thread.
@@ -20,10 +24,16 @@ public:
     // May ask the resolver and, on the local network, the server. Throws CancelledError.
     [[nodiscard]] QCoro::Task<PrivacyClass> judge(QString baseURL, QString model, std::stop_token stop);
 
+    // The last judgement, without asking anybody; nothing when there was none.
+    [[nodiscard]] std::optional<PrivacyClass> known(const QString &baseURL, const QString &model) const;
+
 private:
+    [[nodiscard]] QCoro::Task<PrivacyClass> ask(QString baseURL, QString model, std::stop_token stop);
+
     HostPrivacy &m_hosts;
     ModelInventory &m_inventory;
     OllamaDetection &m_detection;
+    std::map<std::pair<QString, QString>, PrivacyClass> m_judged; // by address and model
     Lifeline m_lifeline;
 };
 

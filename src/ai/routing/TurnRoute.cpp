@@ -35,6 +35,13 @@ void TurnRoute::apply(const TurnRequest &turn)
     configuration.carrying = turn.carrying;
 }
 
+JudgedPlace TurnRoute::judged() const
+{
+    return place == Place::privateCloud
+               ? JudgedPlace::privateCloud()
+               : JudgedPlace::of(configuration.baseURLString, configuration.model, privacy);
+}
+
 bool TurnRoute::keepsDataPrivate() const
 {
     return place != Place::privateCloud && privacy.kind == PrivacyClass::Kind::staysPrivate &&

@@ -3,7 +3,6 @@
 #include "ai/contract/AIConfiguration.h"
 #include "ai/contract/AITool.h"
 #include "ai/routing/PreparedRequest.h"
-#include "ai/routing/PrivacyClass.h"
 
 namespace morvane {
 
@@ -18,6 +17,9 @@ struct TurnRoute {
 
     // What the turn asks of its model: another one, and the limit of its output.
     void apply(const TurnRequest &turn);
+
+    // The place as windows and the ledger tell of it.
+    [[nodiscard]] JudgedPlace judged() const;
 
     // Private data may be sent: by what is known of the place, and by the egress gate, which judges the text
     // of the host alone.

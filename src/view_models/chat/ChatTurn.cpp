@@ -2,47 +2,41 @@
 
 #include "ai/agent/ReplyRunner.h"
 #include "ai/contract/ProviderError.h"
-#include "attestation/ProofLedger.h"
+#include "ai/routing/AIRequestRouter.h"
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
-#include "persistence/SettingsStore.h"
 #include "utils/text/Identifier.h"
-#include "view_models/chat/ReplyPorts.h"
-#include "view_models/chat/TurnRecorder.h"
-#include "view_models/companion/CompanionViewModel.h"
+#include "view_models/chat/AnswerProofs.h"
+#include "view_models/chat/MessageListModel.h"
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 
 namespace {
 
 using Signal = ReplyIndicator::Signal;
 
-bool isProviderCancellation(const std::exception_ptr &error)
+enum class Failure {
+    providerCancelled, // a stop that came through the provider
+    runtimeCancelled,  // the work went away under the turn, which nobody asked for
+    other,
+};
+
+Failure kindOf(const std::exception_ptr &error)
 {
     try {
         std::rethrow_exception(error);
     } catch (const ProviderError &provider) {
-        return provider.is(ProviderError::Plain::cancelled);
-    } catch (...) {
-        return false;
-    }
-}
-
-bool isRuntimeCancellation(const std::exception_ptr &error)
-{
-    try {
-        std::rethrow_exception(error);
+        return provider.is(ProviderError::Plain::cancelled) ? Failure::providerCancelled : Failure::other;
     } catch (const CancelledError &) {
-        return true;
+        return Failure::runtimeCancelled;
     } catch (...) {
-        return false;
+        return Failure::other;
     }
 }
 
-Signal::Kind endingOf(MessageStatus status)
+Signal::Kind indicatorEnding(MessageStatus status)
 {
     switch (status) {
     case MessageStatus::failed:
@@ -59,201 +53,108 @@ Signal::Kind endingOf(MessageStatus status)
 
 } // namespace
 
-void ChatViewModel::startTurn(Turn turn)
+ChatTurn::ChatTurn(Services services, TurnPlan plan)
+    : m_services(services)
+    , m_plan(std::move(plan))
+{}
+
+ChatTurn::~ChatTurn() = default;
+
+void ChatTurn::start()
 {
-    turn.number = ++m_latestTurn;
-    setResponding(true);
-    m_services.companion.transition(CompanionState::thinking);
-    m_responseTask = TaskHandle::start([this, &turn](std::stop_token stop) {
-        return runTurn(QPointer(this), std::move(turn), std::move(stop));
-    });
+    m_services.messages.beginIndicator(m_plan.reply->id());
+    m_task = TaskHandle::start(
+        [self = QPointer(this)](std::stop_token stop) { return run(self, std::move(stop)); });
 }
 
-QCoro::Task<> ChatViewModel::runTurn(QPointer<ChatViewModel> self, Turn turn, std::stop_token stop)
+QCoro::Task<> ChatTurn::run(QPointer<ChatTurn> self, std::stop_token stop)
 {
-    self->beginTurn(turn);
     std::exception_ptr failure;
     try {
-        co_await streamReply(self, turn, stop);
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    if (!self)
-        co_return;
-    if (stop.stop_requested())
-        self->cancelTurn(turn);
-    else if (failure)
-        self->failTurn(turn, failure);
-    else
-        self->completeTurn(turn);
-    self->endTurn(turn);
-}
-
-QCoro::Task<> ChatViewModel::streamReply(QPointer<ChatViewModel> self, Turn turn, std::stop_token stop)
-{
-    AsyncStream<AgentEvent> events = co_await openReply(self, turn, stop);
-    throwIfStopped(stop); // also when the controller is gone
-    turn.reply->setStatus(MessageStatus::streaming);
-    TurnRecorder recorder(turn.reply, turn.isContinuation ? turn.reply->content() : QString(),
-                          self->m_messages, self->m_services.companion, self->m_services.clock);
-    std::exception_ptr failure;
-    try {
+        OpenedTurn opened = co_await self->open(stop);
+        throwIfStopped(stop); // also when the turn is gone
+        AsyncStream<AgentEvent> events = self->begin(std::move(opened));
         while (const auto event = co_await events.next(stop))
-            recorder.apply(*event);
+            self->m_recorder->apply(*event);
+        self->requireText();
     } catch (...) {
         failure = std::current_exception();
     }
-    if (!self)
-        co_return;
-    recorder.store(); // text that had arrived stays, however the turn ends
-    if (failure)
-        std::rethrow_exception(failure);
-    if (recorder.text().isEmpty())
+    if (self)
+        self->end(stop.stop_requested(), failure);
+}
+
+QString ChatTurn::scopeKey() const
+{
+    return u"chat:"_s + Identifier::text(m_plan.conversation->id());
+}
+
+QCoro::Task<OpenedTurn> ChatTurn::open(std::stop_token stop)
+{
+    TurnRequest request;
+    request.history = m_plan.history;
+    request.rollingSummary = m_plan.conversation->rollingSummary();
+    request.scopeKey = scopeKey();
+    request.carrying =
+        TurnHistory::carriedBy(m_plan.history, m_plan.conversation->messages(), m_services.repository);
+    request.isContinuation = m_plan.isContinuation;
+    return m_services.router.openTurn(std::move(request), std::move(stop));
+}
+
+AsyncStream<AgentEvent> ChatTurn::begin(OpenedTurn opened)
+{
+    m_proofRow = opened.proofRow;
+    m_plan.reply->setStatus(MessageStatus::streaming);
+    m_recorder.emplace(m_plan.reply, m_plan.isContinuation ? m_plan.reply->content() : QString(),
+                       m_services.messages, m_services.companion, m_services.clock);
+    return m_services.replies.run(std::move(opened), {scopeKey(), m_plan.userWords});
+}
+
+void ChatTurn::requireText() const
+{
+    if (m_recorder->text().isEmpty())
         throw ProviderError(ProviderError::Plain::emptyResponse);
 }
 
-QCoro::Task<AsyncStream<AgentEvent>> ChatViewModel::openReply(QPointer<ChatViewModel> self, Turn turn,
-                                                              std::stop_token stop)
+void ChatTurn::end(bool wasStopped, std::exception_ptr failure)
 {
-    AIRequestRouter &router = self->m_services.router;
-    TurnRequest request;
-    request.history = turn.history;
-    request.rollingSummary = turn.conversation->rollingSummary();
-    const TurnScope scope{u"chat:"_s + Identifier::text(turn.conversation->id()), turn.userWords};
-    request.scopeKey = scope.key;
-    request.carrying =
-        TurnHistory::carriedBy(turn.history, turn.conversation->messages(), self->m_services.repository);
-    if (turn.isContinuation)
-        request.outputBudget = router.outputBudget();
-    if (request.carrying) {
-        co_await router.waitForLocalModel(stop);
-        throwIfStopped(stop);
-    }
-    const std::optional<QString> visionModel = co_await router.visionModel(turn.history, stop);
-    throwIfStopped(stop);
-    request.visionModel = visionModel;
-    if (!visionModel) {
-        const std::optional<QString> toolsModel = co_await router.toolsModel(request.carrying, stop);
-        throwIfStopped(stop);
-        request.toolsModel = toolsModel;
-    }
-    PreparedRequest prepared = co_await router.prepareRequest(std::move(request), stop);
-    throwIfStopped(stop);
-    std::shared_ptr<AIProvider> provider = co_await router.provider(prepared.configuration, stop);
-    throwIfStopped(stop);
-    co_return self->m_services.replies.run(std::move(prepared), scope, std::move(provider));
-}
-
-void ChatViewModel::beginTurn(Turn &turn)
-{
-    ++m_turnsInFlight;
-    m_messages.beginIndicator(turn.reply->id());
-    for (const auto &entry : m_services.proofs.snapshot().entries)
-        turn.formerProofs.insert(entry.id);
-}
-
-void ChatViewModel::completeTurn(const Turn &turn)
-{
-    turn.reply->setStatus(MessageStatus::delivered);
-    deliver(turn);
+    if (m_recorder)
+        m_recorder->store(); // text that had arrived stays, however the turn ends
+    m_recorder.reset();
+    writeEnding(wasStopped, failure);
     save();
+    if (m_proofRow && m_services.proofs.note(*m_plan.reply, *m_proofRow))
+        save();
+    m_services.messages.signalIndicator(m_plan.reply->id(), {indicatorEnding(m_plan.reply->status())});
+    m_services.messages.messageChanged(m_plan.reply->id());
+    Q_EMIT ended();
 }
 
-void ChatViewModel::cancelTurn(const Turn &turn)
+void ChatTurn::writeEnding(bool wasStopped, const std::exception_ptr &failure)
 {
-    turn.reply->setStatus(MessageStatus::cancelled);
-    if (isCurrent(turn))
-        m_services.companion.reset();
-    save();
-}
-
-void ChatViewModel::failTurn(const Turn &turn, const std::exception_ptr &error)
-{
-    const ErrorPresentation words = presentationOf(error);
-    const bool wasCancelled = isProviderCancellation(error);
-    turn.reply->setStatus(wasCancelled || isRuntimeCancellation(error) ? MessageStatus::cancelled
-                                                                       : MessageStatus::failed);
-    turn.reply->setErrorMessage(words.message);
-    save();
-    if (wasCancelled) {
-        m_services.companion.reset();
-        return;
-    }
-    showError(error);
-    if (!m_isWindowInFront && m_services.notifications)
-        m_services.notifications->replyFailed(words.message, words.suggestion.value_or(QString()));
-}
-
-void ChatViewModel::deliver(const Turn &turn)
-{
-    const SettingsStore &settings = m_services.settings;
-    CompanionViewModel &companion = m_services.companion;
-    if (settings.voiceOutputEnabled() && m_services.speech) {
-        companion.transition(CompanionState::speaking);
-        const QPointer self(this);
-        const QString text = m_messages.textOf(*turn.reply);
-        m_speechTask = TaskHandle::start([self, text, &settings](std::stop_token stop) {
-            return speakReply(self, text, settings.voiceIdentifier(), settings.speakingRate(),
-                              settings.speakCodeBlocks(), std::move(stop));
-        });
+    ChatMessage &reply = *m_plan.reply;
+    if (wasStopped) {
+        reply.setStatus(MessageStatus::cancelled);
+        m_ending = Ending::cancelled;
+    } else if (!failure) {
+        reply.setStatus(MessageStatus::delivered);
+        m_ending = Ending::completed;
     } else {
-        companion.reset();
-    }
-    if (!m_isWindowInFront)
-        notifyDelivered(turn);
-}
-
-QCoro::Task<> ChatViewModel::speakReply(QPointer<ChatViewModel> self, QString text,
-                                        std::optional<QString> voice, double rate, bool speakCodeBlocks,
-                                        std::stop_token stop)
-{
-    co_await self->m_services.speech->speak(std::move(text), std::move(voice), rate, speakCodeBlocks, stop);
-    if (self && !stop.stop_requested())
-        self->m_services.companion.reset();
-}
-
-void ChatViewModel::notifyDelivered(const Turn &turn)
-{
-    m_services.companion.flash(CompanionState::notification, 2s);
-    if (m_services.notifications)
-        m_services.notifications->replyReady(turn.conversation->id(), turn.conversation->title());
-}
-
-void ChatViewModel::endTurn(const Turn &turn)
-{
-    recordPlace(turn);
-    refreshMessages();
-    m_messages.signalIndicator(turn.reply->id(), {endingOf(turn.reply->status())});
-    m_messages.messageChanged(turn.reply->id());
-    if (isCurrent(turn)) {
-        setResponding(false);
-        m_approvals.resolve(ApprovalAnswer::declined);
-    }
-    --m_turnsInFlight;
-    if (turn.reply->status() == MessageStatus::delivered)
-        Q_EMIT replyFinished(m_messages.textOf(*turn.reply));
-    Q_EMIT conversationsChanged();
-}
-
-void ChatViewModel::recordPlace(const Turn &turn)
-{
-    const auto rows = m_services.proofs.snapshot().entries;
-    const auto newest = std::find_if(rows.rbegin(), rows.rend(), [&turn](const ProofLedger::Entry &entry) {
-        return !turn.formerProofs.contains(entry.id);
-    });
-    if (newest == rows.rend())
-        return;
-    turn.reply->setPlaceRaw(newest->place.code());
-    save();
-    if (newest->attestation && newest->attestation != m_lastAttestation) {
-        m_attestationRows[turn.reply->id()] = newest->id;
-        m_lastAttestation = newest->attestation;
+        const Failure kind = kindOf(failure);
+        reply.setStatus(kind == Failure::other ? MessageStatus::failed : MessageStatus::cancelled);
+        reply.setErrorMessage(presentationOf(failure).message);
+        m_ending = kind == Failure::providerCancelled ? Ending::cancelled : Ending::failed;
+        m_error = failure;
     }
 }
 
-bool ChatViewModel::isCurrent(const Turn &turn) const
+void ChatTurn::save()
 {
-    return turn.number == m_latestTurn;
+    try {
+        m_services.repository.save();
+    } catch (...) {
+        m_saveError = std::current_exception();
+    }
 }
 
 } // namespace morvane

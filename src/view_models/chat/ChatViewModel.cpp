@@ -1,38 +1,39 @@
 #include "view_models/chat/ChatViewModel.h"
 
+#include "ai/routing/AIRequestRouter.h"
 #include "models/Conversation.h"
-#include "models/ImportedDocument.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
-#include "utils/text/Identifier.h"
 #include "utils/text/Text.h"
+#include "view_models/chat/AnswerProofs.h"
 #include "view_models/chat/ApprovalWords.h"
 #include "view_models/chat/ChatTurn.h"
-#include "view_models/chat/ReplyPorts.h"
 #include "view_models/companion/CompanionViewModel.h"
 
+#include <algorithm>
+
 namespace morvane {
-
-using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
-
-namespace {
-
-const QString continuePrompt = u"Continue your previous answer exactly where it stopped. Do not repeat "
-                               u"anything you already wrote, do not "
-                               "summarize it, just carry on."_s;
-
-} // namespace
 
 ChatViewModel::ChatViewModel(Services services, QObject *parent)
     : QObject(parent)
     , m_services(std::move(services))
     , m_messages(m_services.clock)
     , m_approvals(m_services.clock)
+    , m_banner(m_services.companion)
+    , m_open(m_services.repository, m_banner)
+    , m_delivery({m_services.settings, m_services.companion, m_services.speech, m_services.notifications})
+    , m_planner(std::make_unique<TurnPlanner>(
+          TurnPlanner::Services{m_services.repository, m_messages, m_banner, m_services.clock}))
+    , m_proofs(std::make_unique<AnswerProofs>(m_services.proofs))
 {
     connect(&m_approvals, &ApprovalDesk::pendingChanged, this, &ChatViewModel::approvalChanged);
     connect(&m_approvals, &ApprovalDesk::needsAttention, this, &ChatViewModel::needsAttention);
     connect(&m_approvals, &ApprovalDesk::resolved, this, &ChatViewModel::approvalResolved);
+    connect(&m_banner, &BannerDesk::changed, this, &ChatViewModel::bannerChanged);
+    connect(&m_open, &OpenConversation::leaving, this, &ChatViewModel::stopResponding);
+    connect(&m_open, &OpenConversation::opened, this, &ChatViewModel::showOpened);
+    connect(&m_open, &OpenConversation::renamed, this, &ChatViewModel::conversationChanged);
+    connect(&m_open, &OpenConversation::listChanged, this, &ChatViewModel::conversationsChanged);
     connect(&m_services.router, &AIRequestRouter::sourceChanged, this, &ChatViewModel::sourceChanged);
 }
 
@@ -56,16 +57,6 @@ void ChatViewModel::setPendingAttachment(std::optional<ImportedAttachment> attac
 {
     m_pendingAttachment = std::move(attachment);
     Q_EMIT canSendChanged();
-}
-
-QString ChatViewModel::title() const
-{
-    return m_conversation ? m_conversation->title() : QString();
-}
-
-QString ChatViewModel::conversationId() const
-{
-    return m_conversation ? Identifier::text(m_conversation->id()) : QString();
 }
 
 QString ChatViewModel::lastAnswer() const
@@ -93,90 +84,25 @@ bool ChatViewModel::isConfigured() const
             !Text::trimmed(m_services.settings.model()).isEmpty());
 }
 
-// Conversations
-
-void ChatViewModel::openAtStart()
+const std::map<QUuid, QUuid> &ChatViewModel::attestationRows() const
 {
-    auto newest = m_services.repository.mostRecent();
-    if (newest && newest->isEmpty())
-        setConversation(std::move(newest));
-    else
-        newConversation();
+    return m_proofs->rows();
 }
 
-void ChatViewModel::newConversation()
+void ChatViewModel::showOpened()
 {
-    stopResponding();
-    auto conversation = m_services.repository.mostRecent();
-    try {
-        if (!conversation || !conversation->isEmpty())
-            conversation = m_services.repository.create();
-    } catch (...) {
-        showError(std::current_exception());
-        return;
-    }
-    setConversation(std::move(conversation));
-}
-
-void ChatViewModel::open(const QString &id)
-{
-    if (conversationId() == id)
-        return;
-    stopResponding();
-    if (auto conversation = m_services.repository.find(QUuid(id)))
-        setConversation(std::move(conversation));
-}
-
-void ChatViewModel::remove(const QString &id)
-{
-    const auto conversation = m_services.repository.find(QUuid(id));
-    if (!conversation)
-        return;
-    const bool wasOpen = conversation == m_conversation;
-    if (wasOpen)
-        stopResponding();
-    try {
-        m_services.repository.remove(*conversation);
-    } catch (...) {
-        showError(std::current_exception());
-        return;
-    }
-    if (wasOpen)
-        newConversation();
-    Q_EMIT conversationsChanged();
-}
-
-void ChatViewModel::rename(const QString &id, const QString &title)
-{
-    const auto conversation = m_services.repository.find(QUuid(id));
-    if (!conversation)
-        return;
-    try {
-        m_services.repository.rename(*conversation, title);
-    } catch (...) {
-        showError(std::current_exception());
-    }
-    Q_EMIT conversationsChanged();
-    if (conversation == m_conversation)
-        Q_EMIT conversationChanged();
-}
-
-void ChatViewModel::setConversation(std::shared_ptr<Conversation> conversation)
-{
-    m_conversation = std::move(conversation);
     setPendingAttachment(std::nullopt);
-    setBanner(std::nullopt);
+    m_banner.dismiss();
     refreshMessages();
     Q_EMIT conversationChanged();
-    Q_EMIT conversationsChanged();
 }
 
 void ChatViewModel::refreshMessages()
 {
-    m_messages.setMessages(m_conversation ? m_conversation->orderedMessages() : Conversation::Messages());
+    m_messages.setMessages(m_open.current() ? m_open.current()->orderedMessages() : Conversation::Messages());
 }
 
-// Sending
+// What begins a turn
 
 void ChatViewModel::send()
 {
@@ -191,122 +117,106 @@ void ChatViewModel::send()
 
 void ChatViewModel::sendMessage(const QString &text, const std::optional<ImportedAttachment> &attachment)
 {
-    if (!m_conversation)
+    if (!m_open.current())
         return;
-    setBanner(std::nullopt);
-    if (m_services.speech)
-        m_services.speech->stop();
-    // Only an attachment may come without words.
-    const QString body = text.isEmpty() ? u"Summarize this document."_s : text;
-    addMessage(MessageRole::user, body, MessageStatus::delivered, attachment ? &*attachment : nullptr);
-    if (attachment)
-        addDocument(*attachment);
-    refreshMessages();
+    m_banner.dismiss();
+    m_delivery.stopSpeaking();
+    TurnPlan plan = m_planner->sending(text, attachment, m_open.current());
+    Q_EMIT conversationChanged(); // the first words gave it a title
+    Q_EMIT conversationsChanged();
     Q_EMIT messageSent();
-
-    const auto reply = addMessage(MessageRole::assistant, {}, MessageStatus::pending);
-    refreshMessages();
-    auto history = TurnHistory::of(m_messages, reply.get());
-    if (attachment)
-        TurnHistory::attach(history, *attachment, body);
-    startTurn(
-        {.reply = reply, .conversation = m_conversation, .history = std::move(history), .userWords = body});
+    startTurn(std::move(plan));
 }
 
 void ChatViewModel::retryLastTurn()
 {
     if (m_isResponding)
         return;
-    const auto &messages = m_messages.messages();
-    const bool lastFailed = !messages.empty() && messages.back()->knownRole() == MessageRole::assistant &&
-                            messages.back()->status() == MessageStatus::failed;
-    const auto question = std::find_if(messages.rbegin(), messages.rend(), [](const auto &message) {
-        return message->role() == MessageRole::user;
-    });
-    setBanner(std::nullopt);
-    if (!lastFailed || question == messages.rend())
-        return;
-    const QString userWords = (*question)->content();
-    const auto failed = messages.back();
-    failed->setErrorMessage(std::nullopt);
-    m_messages.messageChanged(failed->id());
-    auto history = TurnHistory::of(m_messages, failed.get());
-    const auto reply = addMessage(MessageRole::assistant, {}, MessageStatus::pending);
-    refreshMessages();
-    startTurn({.reply = reply,
-               .conversation = m_conversation,
-               .history = std::move(history),
-               .userWords = userWords});
+    m_banner.dismiss();
+    if (auto plan = m_planner->retrying(m_open.current()))
+        startTurn(std::move(*plan));
 }
 
 void ChatViewModel::continueReply(const QString &messageId)
 {
-    const auto &messages = m_messages.messages();
-    const auto found =
-        std::find_if(messages.begin(), messages.end(),
-                     [id = QUuid(messageId)](const auto &message) { return message->id() == id; });
-    if (m_isResponding || found == messages.end() || !(*found)->hitTokenLimit())
+    if (m_isResponding)
         return;
-    auto message = *found; // the list may let go of it below
-    message->setHitTokenLimit(false);
-    m_messages.messageChanged(message->id());
-    auto history = TurnHistory::upTo(m_messages, *message);
-    history.push_back({MessageRole::user, continuePrompt, {}});
-    setBanner(std::nullopt);
-    startTurn({.reply = std::move(message),
-               .conversation = m_conversation,
-               .history = std::move(history),
-               .userWords = continuePrompt,
-               .isContinuation = true});
+    auto plan = m_planner->continuing(QUuid(messageId), m_open.current());
+    if (!plan)
+        return;
+    m_banner.dismiss();
+    startTurn(std::move(*plan));
+}
+
+// The turn at work
+
+void ChatViewModel::startTurn(TurnPlan plan)
+{
+    m_turns.push_back(std::make_unique<ChatTurn>(ChatTurn::Services{m_services.repository, m_services.router,
+                                                                    m_services.replies, *m_proofs, m_messages,
+                                                                    m_services.companion, m_services.clock},
+                                                 std::move(plan)));
+    ChatTurn &turn = *m_turns.back();
+    m_latestTurn = &turn;
+    connect(&turn, &ChatTurn::ended, this, [this, &turn] { turnEnded(turn); });
+    setResponding(true);
+    m_services.companion.transition(CompanionState::thinking);
+    turn.start();
 }
 
 void ChatViewModel::stopResponding()
 {
     m_approvals.resolve(ApprovalAnswer::declined);
-    m_responseTask = {};
+    if (m_latestTurn)
+        m_latestTurn->stop();
     setResponding(false);
     m_services.companion.reset();
 }
 
-std::shared_ptr<ChatMessage> ChatViewModel::addMessage(MessageRole role, const QString &text,
-                                                       MessageStatus status,
-                                                       const ImportedAttachment *attachment)
+void ChatViewModel::turnEnded(ChatTurn &turn)
 {
-    ChatMessage::Creation fields{.id = QUuid::createUuid(),
-                                 .role = role,
-                                 .content = text,
-                                 .createdAt = m_services.clock.now(),
-                                 .status = status};
-    if (attachment) {
-        fields.attachmentID = attachment->id;
-        fields.attachmentName = attachment->filename;
+    refreshMessages();
+    tellEnding(turn);
+    if (turn.saveError())
+        m_banner.show(turn.saveError());
+    if (m_latestTurn == &turn) {
+        setResponding(false);
+        m_approvals.resolve(ApprovalAnswer::declined);
     }
-    auto message = m_services.repository.makeMessage(fields);
-    try {
-        m_services.repository.add(message, *m_conversation);
-    } catch (...) {
-        showError(std::current_exception()); // the turn goes on; the message is kept for the next save
-    }
-    if (role == MessageRole::user) {
-        Q_EMIT conversationChanged(); // the first words gave it a title
-        Q_EMIT conversationsChanged();
-    }
-    return message;
+    const auto ended = std::find_if(m_turns.begin(), m_turns.end(),
+                                    [&turn](const auto &each) { return each.get() == &turn; });
+    ended->release()->deleteLater(); // it is still on the stack
+    m_turns.erase(ended);
+    if (turn.ending() == ChatTurn::Ending::completed)
+        Q_EMIT replyFinished(m_messages.textOf(turn.reply()));
+    Q_EMIT conversationsChanged();
 }
 
-void ChatViewModel::addDocument(const ImportedAttachment &attachment)
+void ChatViewModel::tellEnding(const ChatTurn &turn)
 {
-    try {
-        m_services.repository.insert({.id = attachment.id,
-                                      .filename = attachment.filename,
-                                      .fileExtension = attachment.fileExtension,
-                                      .fileSizeBytes = attachment.fileSizeBytes,
-                                      .extractedCharacterCount = Text::characterCount(attachment.text),
-                                      .wasTruncated = attachment.wasTruncated,
-                                      .importedAt = m_services.clock.now()});
-    } catch (...) {
-        showError(std::current_exception());
+    switch (turn.ending()) {
+    case ChatTurn::Ending::completed:
+        m_delivery.deliver(m_messages.textOf(turn.reply()), turn.conversation());
+        break;
+    case ChatTurn::Ending::cancelled:
+        if (m_latestTurn == &turn)
+            m_services.companion.reset();
+        break;
+    case ChatTurn::Ending::failed:
+        m_banner.show(turn.error());
+        m_delivery.tellFailure(turn.error());
+        break;
     }
+}
+
+void ChatViewModel::setResponding(bool responding)
+{
+    if (m_isResponding == responding)
+        return;
+    m_isResponding = responding;
+    m_messages.setResponding(responding);
+    Q_EMIT isRespondingChanged();
+    Q_EMIT canSendChanged();
 }
 
 // Approvals
@@ -323,61 +233,6 @@ QCoro::Task<ApprovalAnswer> ChatViewModel::requestApproval(QString verb, AIToolC
     request.call = std::move(call);
     request.offersChatWideYes = offersChatWideYes;
     return m_approvals.request(std::move(request));
-}
-
-void ChatViewModel::approve()
-{
-    resolveApproval(ApprovalAnswer::allowedOnce);
-}
-
-void ChatViewModel::approveForChat()
-{
-    resolveApproval(ApprovalAnswer::allowedForChat);
-}
-
-void ChatViewModel::decline()
-{
-    resolveApproval(ApprovalAnswer::declined);
-}
-
-// Errors
-
-void ChatViewModel::showError(const std::exception_ptr &error)
-{
-    setBanner(ErrorBanner::of(presentationOf(error)));
-    m_services.companion.flash(CompanionState::error, 2s);
-}
-
-void ChatViewModel::dismissBanner()
-{
-    setBanner(std::nullopt);
-}
-
-void ChatViewModel::setBanner(std::optional<ErrorBanner> banner)
-{
-    if (m_banner == banner)
-        return;
-    m_banner = std::move(banner);
-    Q_EMIT bannerChanged();
-}
-
-void ChatViewModel::setResponding(bool responding)
-{
-    if (m_isResponding == responding)
-        return;
-    m_isResponding = responding;
-    m_messages.setResponding(responding);
-    Q_EMIT isRespondingChanged();
-    Q_EMIT canSendChanged();
-}
-
-void ChatViewModel::save()
-{
-    try {
-        m_services.repository.save();
-    } catch (...) {
-        showError(std::current_exception());
-    }
 }
 
 } // namespace morvane

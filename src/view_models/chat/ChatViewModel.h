@@ -1,12 +1,10 @@
 #pragma once
 
-#include "ai/agent/AgentEvent.h"
-#include "ai/routing/AIRequestRouter.h"
-#include "async/TaskHandle.h"
 #include "documents/ImportedAttachment.h"
-#include "models/MessageStatus.h"
+#include "view_models/chat/BannerDesk.h"
+#include "view_models/chat/OpenConversation.h"
+#include "view_models/chat/ReplyDelivery.h"
 #include "view_models/chat/ApprovalDesk.h"
-#include "view_models/chat/ErrorBanner.h"
 #include "view_models/chat/MessageListModel.h"
 
 #include <QObject>
@@ -17,21 +15,27 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace morvane {
 
-class ChatMessage;
+class AIRequestRouter;
+class AnswerProofs;
+class ChatTurn;
 class Clock;
 class CompanionViewModel;
 class Conversation;
 class ConversationRepository;
+class ProofLedger;
 class ReplyNotifying;
 class ReplyRunning;
 class SettingsStore;
 class SpeechOutputting;
+class TurnPlanner;
+struct TurnPlan;
 
-// Controller of the chat screen: the open conversation, the composer's draft and the one turn in progress.
-// GUI thread.
+// Controller of the chat screen: the composer's draft, and what the window binds to of the open chat, the
+// turn at work in it, its error and its approval. GUI thread.
 class ChatViewModel : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -74,33 +78,34 @@ public:
     void setDraft(const QString &draft);
     [[nodiscard]] bool canSend() const;
     [[nodiscard]] bool isResponding() const { return m_isResponding; }
-    [[nodiscard]] bool hasBanner() const { return m_banner.has_value(); }
-    [[nodiscard]] ErrorBanner banner() const { return m_banner.value_or(ErrorBanner{}); }
+    [[nodiscard]] bool hasBanner() const { return m_banner.banner().has_value(); }
+    [[nodiscard]] ErrorBanner banner() const { return m_banner.banner().value_or(ErrorBanner{}); }
     [[nodiscard]] bool hasApproval() const { return m_approvals.pending().has_value(); }
     [[nodiscard]] ApprovalRequest approval() const
     {
         return m_approvals.pending().value_or(ApprovalRequest{});
     }
     [[nodiscard]] QDateTime approvalDeadline() const { return m_approvals.deadline(); }
-    [[nodiscard]] QString title() const;
-    [[nodiscard]] QString conversationId() const; // empty for none
+    [[nodiscard]] QString title() const { return m_open.title(); }
+    [[nodiscard]] QString conversationId() const { return m_open.id(); } // empty for none
     [[nodiscard]] QString sourceLabel() const;
     [[nodiscard]] bool isConfigured() const;
 
-    [[nodiscard]] const std::shared_ptr<Conversation> &conversation() const { return m_conversation; }
-    [[nodiscard]] int turnsInFlight() const { return m_turnsInFlight; }
+    [[nodiscard]] const std::shared_ptr<Conversation> &conversation() const { return m_open.current(); }
+    // Turns that have started and not ended, those that were stopped included.
+    [[nodiscard]] int turnsInFlight() const { return static_cast<int>(m_turns.size()); }
     // The proof row of each answer whose proof differs from the answer before it.
-    [[nodiscard]] const std::map<QUuid, QUuid> &attestationRows() const { return m_attestationRows; }
+    [[nodiscard]] const std::map<QUuid, QUuid> &attestationRows() const;
 
     // Set by the shell; a turn that ends while it is false notifies.
-    void setWindowInFront(bool inFront) { m_isWindowInFront = inFront; }
+    void setWindowInFront(bool inFront) { m_delivery.setWindowInFront(inFront); }
 
     // Opens the newest chat if it is still empty, else a new one.
-    void openAtStart();
-    Q_INVOKABLE void newConversation();
-    Q_INVOKABLE void open(const QString &id);
-    Q_INVOKABLE void remove(const QString &id);
-    Q_INVOKABLE void rename(const QString &id, const QString &title);
+    void openAtStart() { m_open.openAtStart(); }
+    Q_INVOKABLE void newConversation() { m_open.openNew(); }
+    Q_INVOKABLE void open(const QString &id) { m_open.open(id); }
+    Q_INVOKABLE void remove(const QString &id) { m_open.remove(id); }
+    Q_INVOKABLE void rename(const QString &id, const QString &title) { m_open.rename(id, title); }
 
     // Sends the draft and the pending attachment; nothing unless canSend().
     Q_INVOKABLE void send();
@@ -110,10 +115,10 @@ public:
     Q_INVOKABLE void stopResponding();
     // The text of the newest reply that has any; empty for none.
     Q_INVOKABLE QString lastAnswer() const;
-    Q_INVOKABLE void dismissBanner();
-    Q_INVOKABLE void approve();
-    Q_INVOKABLE void approveForChat();
-    Q_INVOKABLE void decline();
+    Q_INVOKABLE void dismissBanner() { m_banner.dismiss(); }
+    Q_INVOKABLE void approve() { resolveApproval(ApprovalAnswer::allowedOnce); }
+    Q_INVOKABLE void approveForChat() { resolveApproval(ApprovalAnswer::allowedForChat); }
+    Q_INVOKABLE void decline() { resolveApproval(ApprovalAnswer::declined); }
 
     void setPendingAttachment(std::optional<ImportedAttachment> attachment);
 
@@ -122,7 +127,7 @@ public:
                                                               bool offersChatWideYes);
     void resolveApproval(ApprovalAnswer answer) { m_approvals.resolve(answer); }
 
-    void showError(const std::exception_ptr &error);
+    void showError(const std::exception_ptr &error) { m_banner.show(error); }
 
 Q_SIGNALS:
     void draftChanged();
@@ -139,51 +144,26 @@ Q_SIGNALS:
     void replyFinished(const QString &text); // for assistive technology
 
 private:
-    struct Turn;
-
-    static QCoro::Task<> runTurn(QPointer<ChatViewModel> self, Turn turn, std::stop_token stop);
-    static QCoro::Task<> streamReply(QPointer<ChatViewModel> self, Turn turn, std::stop_token stop);
-    static QCoro::Task<AsyncStream<AgentEvent>> openReply(QPointer<ChatViewModel> self, Turn turn,
-                                                          std::stop_token stop);
-
-    static QCoro::Task<> speakReply(QPointer<ChatViewModel> self, QString text, std::optional<QString> voice,
-                                    double rate, bool speakCodeBlocks, std::stop_token stop);
-
-    void startTurn(Turn turn);
-    void beginTurn(Turn &turn);
-    void completeTurn(const Turn &turn);
-    void cancelTurn(const Turn &turn);
-    void failTurn(const Turn &turn, const std::exception_ptr &error);
-    void endTurn(const Turn &turn);
-    void deliver(const Turn &turn);
-    void notifyDelivered(const Turn &turn);
-    void recordPlace(const Turn &turn);
-
-    std::shared_ptr<ChatMessage> addMessage(MessageRole role, const QString &text, MessageStatus status,
-                                            const ImportedAttachment *attachment = nullptr);
-    void addDocument(const ImportedAttachment &attachment);
-    void setConversation(std::shared_ptr<Conversation> conversation);
+    void showOpened();
     void refreshMessages();
-    void save();
+    void startTurn(TurnPlan plan);
+    void turnEnded(ChatTurn &turn);
+    void tellEnding(const ChatTurn &turn);
     void setResponding(bool responding);
-    void setBanner(std::optional<ErrorBanner> banner);
-    [[nodiscard]] bool isCurrent(const Turn &turn) const;
 
     Services m_services;
     MessageListModel m_messages;
     ApprovalDesk m_approvals;
-    std::shared_ptr<Conversation> m_conversation;
+    BannerDesk m_banner;
+    OpenConversation m_open;
+    ReplyDelivery m_delivery;
+    std::unique_ptr<TurnPlanner> m_planner;
+    std::unique_ptr<AnswerProofs> m_proofs;
     QString m_draft;
-    bool m_isResponding = false;
     std::optional<ImportedAttachment> m_pendingAttachment;
-    std::optional<ErrorBanner> m_banner;
-    bool m_isWindowInFront = true;
-    TaskHandle m_responseTask;
-    TaskHandle m_speechTask;
-    std::uint64_t m_latestTurn = 0; // a stopped turn ends after the next one may have begun
-    int m_turnsInFlight = 0;
-    std::map<QUuid, QUuid> m_attestationRows;
-    std::optional<ProofLedger::Attestation> m_lastAttestation; // of the answer before
+    bool m_isResponding = false;
+    std::vector<std::unique_ptr<ChatTurn>> m_turns; // a stopped turn may end after the next has begun
+    QPointer<ChatTurn> m_latestTurn;
 };
 
 } // namespace morvane

@@ -4,6 +4,7 @@
 #include "ai/agent/AgentFixture.h"
 #include "ai/agent/ReplyRunner.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
+#include "ai/routing/AIRequestRouter.h"
 #include "attestation/ProofLedger.h"
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"
@@ -21,14 +22,15 @@ class AgentRunsAgainstServerTest : public ToolFixture {
 protected:
     PlayedRun ask(const QString &name)
     {
-        PreparedRequest request;
+        OpenedTurn turn{.provider = provider};
+        PreparedRequest &request = turn.request;
         request.messages = {{.role = AIMessage::Role::user, .content = u"What is the weather?"_s}};
         request.configuration.baseURLString = server.baseUrl();
         request.configuration.maxOutputTokens = 100;
         request.configuration.model = name;
         request.tools = registry.availableTools();
         request.memoryAllowed = true;
-        return readRun(runner.run(std::move(request), {u"chat:A"_s, u"What is the weather?"_s}, provider));
+        return readRun(runner.run(std::move(turn), {u"chat:A"_s, u"What is the weather?"_s}));
     }
 
     void SetUp() override { runner.setTools(&registry); }

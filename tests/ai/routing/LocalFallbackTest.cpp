@@ -22,10 +22,12 @@ protected:
 
     Reply run()
     {
-        PreparedRequest prepared = prepare({.history = {{MessageRole::user, u"question"_s}}});
-        auto provider = TestWait::await(router->provider(prepared.configuration, {}));
-        return readReply(router->stream(std::move(prepared), std::move(provider)));
+        OpenedTurn opened = open({.history = {{MessageRole::user, u"question"_s}}});
+        proofRow = opened.proofRow;
+        return readReply(router->stream(std::move(opened)));
     }
+
+    std::shared_ptr<const QUuid> proofRow; // of the latest turn
 };
 
 TEST_F(LocalFallbackTest, AFailedProofIsSaidAndTheLocalModelAnswers)
@@ -42,7 +44,9 @@ TEST_F(LocalFallbackTest, AFailedProofIsSaidAndTheLocalModelAnswers)
     EXPECT_EQ(local.configuration.model, u"gemma3:4b"_s);
     EXPECT_EQ(local.configuration.apiKey, std::nullopt) << "the key stays with its service";
     EXPECT_EQ(local.configuration.maxOutputTokens, 4096);
-    EXPECT_EQ(proofs.snapshot().entries.back().place.kind, ProofLedger::Place::Kind::thisMac);
+    ASSERT_TRUE(proofs.find(*proofRow)) << "the turn's row is now that of the place it moved to";
+    EXPECT_EQ(proofs.find(*proofRow)->place.model, u"gemma3:4b"_s);
+    EXPECT_NE(*proofRow, sealed->requests.front().configuration.proofRow);
     EXPECT_TRUE(log.lines().contains(u"ai-provider: Enclave not verified; answering on the local model"_s));
 
     EXPECT_EQ(router->lastEnclaveRefusal(), unverified);
@@ -51,10 +55,12 @@ TEST_F(LocalFallbackTest, AFailedProofIsSaidAndTheLocalModelAnswers)
         router->privateCloudNotice(),
         u"Private cloud is off: the last hardware proof did not verify on this Mac. Replies run on this "
         "Mac until you try Private cloud again."_s);
-    configure(u"http://192.168.1.5"_s, u"m"_s);
-    EXPECT_TRUE(router->privateCloudNotice()->contains(u"Replies run on your network until"_s));
-    configure(u"https://service.example"_s, u"m"_s);
-    EXPECT_TRUE(router->privateCloudNotice()->contains(u"Replies run on the service you chose until"_s));
+    for (const auto &[address, words] :
+         {std::pair{u"http://192.168.1.5"_s, u"Replies run on your network until"_s},
+          std::pair{u"https://service.example"_s, u"Replies run on the service you chose until"_s}}) {
+        configure(address, u"m"_s);
+        EXPECT_TRUE(router->privateCloudNotice()->contains(words));
+    }
     configure(u"http://localhost"_s, u"m"_s);
     router->choose(SourceOption::Choice::privateCloud);
     EXPECT_TRUE(router->usesPrivateCloud());
@@ -98,13 +104,24 @@ TEST_F(LocalFallbackTest, AReplyThatHasBegunAndEveryOtherErrorStandAsTheyAre)
     EXPECT_EQ(router->lastEnclaveRefusal(), std::nullopt);
 }
 
+// Only the private cloud's refusals are made good, whoever else may speak of one.
+TEST_F(LocalFallbackTest, OtherPlacesAreNotRelayed)
+{
+    settings.setHostedChatEnabled(false);
+    localModel.set(LocalModelServing::State::ready, u"gemma3:4b"_s);
+    compatible->reply.clear();
+    compatible->failure = ProviderError(ProviderError::EnclaveUnverified{unverified});
+    EXPECT_EQ(run().error, compatible->failure);
+    EXPECT_EQ(compatible->requests.size(), 1U);
+    EXPECT_EQ(router->lastEnclaveRefusal(), std::nullopt);
+}
+
 TEST_F(LocalFallbackTest, TheRouterMayGoBeforeItsReply)
 {
-    PreparedRequest prepared = prepare();
-    auto provider = TestWait::await(router->provider(prepared.configuration, {}));
+    OpenedTurn opened = open();
     sealed->failure = ProviderError(ProviderError::EnclaveUnverified{unverified});
     sealed->holdsEnd = true;
-    auto stream = router->stream(std::move(prepared), std::move(provider));
+    auto stream = router->stream(std::move(opened));
     router.reset();
     sealed->end();
     EXPECT_THROW(static_cast<void>(readReply(std::move(stream))), CancelledError);

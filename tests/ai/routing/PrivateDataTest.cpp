@@ -34,11 +34,8 @@ protected:
         if (data.testFlag(SensitiveData::image))
             turn.history.front().images = QStringList{u"data:image/png;base64,AA=="_s};
         try {
-            turn.visionModel = TestWait::await(router.visionModel(turn.history, {}));
-            turn.toolsModel = TestWait::await(router.toolsModel(data, {}));
-            PreparedRequest prepared = TestWait::await(router.prepareRequest(turn, {}));
-            auto provider = TestWait::await(router.provider(prepared.configuration, {}));
-            static_cast<void>(readReply(router.stream(std::move(prepared), std::move(provider))));
+            OpenedTurn opened = TestWait::await(router.openTurn(std::move(turn), {}));
+            static_cast<void>(readReply(router.stream(std::move(opened))));
         } catch (const ProviderError &) {
         }
         TestWait::settle();
@@ -81,8 +78,8 @@ protected:
     {
         const QString outside = u"93.184.216.34"_s;
         for (const char *name :
-             {"outside.test", "outside.test.", "127.0.0.1.outside.test", "localhost.outside.test",
-              "outside.local", "8.8.2056", "134744072", "010.010.010.010", "0x8.0x8.0x8.0x8"})
+             {"outside.test", "outside.test.", "127.0.0.1.outside.test", "outside.local",
+              "localhost.outside.test", "8.8.2056", "134744072", "010.010.010.010", "0x8.0x8.0x8.0x8"})
             SocketSpy::setAddresses(name, {{outside}});
         SocketSpy::setAddresses("mixed.local", {{u"127.0.0.1"_s, outside}});
         SocketSpy::setAddresses("near.test", {{u"127.0.0.1"_s}});

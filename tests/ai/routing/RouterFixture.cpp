@@ -108,6 +108,11 @@ PreparedRequest RouterFixture::prepare(TurnRequest turn)
     return TestWait::await(router->prepareRequest(std::move(turn), {}));
 }
 
+OpenedTurn RouterFixture::open(TurnRequest turn)
+{
+    return TestWait::await(router->openTurn(std::move(turn), {}));
+}
+
 ProviderError RouterFixture::refusal(TurnRequest turn)
 {
     try {

@@ -71,6 +71,7 @@ protected:
     void turnOnPrivateCloud();
 
     [[nodiscard]] PreparedRequest prepare(TurnRequest turn = {});
+    [[nodiscard]] OpenedTurn open(TurnRequest turn = {});
     // The error of preparing; fails the test when there is none.
     [[nodiscard]] ProviderError refusal(TurnRequest turn);
     [[nodiscard]] static TurnRequest carrying(SensitiveDataSet data);

@@ -5,55 +5,78 @@
 namespace morvane {
 
 using namespace Qt::StringLiterals;
-using Kind = ChatSource::Kind;
-using Notice = PrivacyNotice;
 
 namespace {
 
 using SourceTest = RouterFixture;
 
+// Label, destination and warning of the place in use.
+QStringList wordsOf(const AIRequestRouter &router)
+{
+    const auto notice = router.privacyNotice();
+    const QString kind =
+        notice && notice->kind == PrivacyNotice::Kind::unencryptedOnNetwork ? u"open "_s : u"read by "_s;
+    return {router.sourceLabel(), router.chatSource().destination(), notice ? kind + notice->host : u"-"_s};
+}
+
 TEST_F(SourceTest, AnAddressAndAModelMakeASource)
 {
-    struct Row {
+    const QStringList none{u"Not set up yet"_s, u"Not set up yet"_s, u"-"_s};
+    const QStringList here{u"Local Qwen2.5"_s, u"Stays on this computer"_s, u"-"_s};
+    const auto network = [](const QString &warning) {
+        return QStringList{u"Network Qwen2.5"_s, u"Goes to 192.168.1.5 on your network"_s, warning};
+    };
+    const auto service = [](const QString &host) {
+        return QStringList{host, u"Goes to %1, a service you added"_s.arg(host), u"read by "_s + host};
+    };
+    const QStringList ollama{u"GPT-OSS · Ollama's cloud"_s, u"Goes to Ollama's cloud"_s,
+                             u"read by ollama.com"_s};
+    const QString m = u"qwen2.5:7b"_s;
+    const struct {
         QString baseURL;
         QString model;
-        ChatSource source;
-        QString label;
-        std::optional<Notice> notice;
+        QStringList words;
+    } table[] = {
+        {u" "_s, u"\n"_s, none},
+        {u"localhost:11434"_s, m, none}, // no host
+        {u"http://LOCALHOST:1/v1"_s, m, here},
+        {u"http://[::1]:1"_s, m, here},
+        {u"http://0.0.0.0"_s, m, here},
+        {u"http://localhost"_s, u"gpt-oss:120b-cloud"_s, ollama},
+        {u"http://192.168.1.5:1"_s, m, network(u"open 192.168.1.5"_s)},
+        {u"https://192.168.1.5"_s, m, network(u"-"_s)},
+        {u"https://api.service.example/v1"_s, u"x:cloud"_s, service(u"service.example"_s)}, // not Ollama's
+        {u"https://[::ffff:8.8.8.8]"_s, m, service(u"::ffff:8.8.8.8"_s)},
     };
-    const Notice open{Notice::Kind::unencryptedOnNetwork, u"192.168.1.5"_s};
-    const QString m = u"qwen2.5:7b"_s;
-    const std::vector<Row> table{
-        {u" "_s, u"\n"_s, {}, u"Not set up yet"_s, {}},
-        {u"localhost:11434"_s, m, {}, u"Not set up yet"_s, {}}, // no host
-        {u"http://LOCALHOST:1/v1"_s, m, {Kind::thisMac, {}, m}, u"Local Qwen2.5"_s, {}},
-        {u"http://[::1]:1"_s, m, {Kind::thisMac, {}, m}, u"Local Qwen2.5"_s, {}},
-        {u"http://0.0.0.0"_s, m, {Kind::thisMac, {}, m}, u"Local Qwen2.5"_s, {}},
-        {u"http://localhost"_s,
-         u"gpt-oss:120b-cloud"_s,
-         {Kind::ollamaCloud, {}, u"gpt-oss:120b-cloud"_s},
-         u"GPT-OSS · Ollama's cloud"_s,
-         Notice{Notice::Kind::notPrivate, u"ollama.com"_s}},
-        {u"http://192.168.1.5:1"_s, m, {Kind::network, u"192.168.1.5"_s, m}, u"Network Qwen2.5"_s, open},
-        {u"https://192.168.1.5"_s, m, {Kind::network, u"192.168.1.5"_s, m}, u"Network Qwen2.5"_s, {}},
-        {u"https://api.service.example/v1"_s,
-         u"x:cloud"_s, // a service of its own isn't Ollama's
-         {Kind::customCloud, u"service.example"_s, {}},
-         u"service.example"_s,
-         Notice{Notice::Kind::notPrivate, u"service.example"_s}},
-        {u"https://[::ffff:8.8.8.8]"_s,
-         m,
-         {Kind::customCloud, u"::ffff:8.8.8.8"_s, {}},
-         u"::ffff:8.8.8.8"_s,
-         Notice{Notice::Kind::notPrivate, u"::ffff:8.8.8.8"_s}},
-    };
-    for (const Row &row : table) {
-        SCOPED_TRACE(row.baseURL.toStdString());
+    for (const auto &row : table) {
         configure(row.baseURL, row.model);
-        EXPECT_EQ(router->chatSource(), row.source);
-        EXPECT_EQ(router->sourceLabel(), row.label);
-        EXPECT_EQ(router->privacyNotice(), row.notice);
+        EXPECT_EQ(wordsOf(*router), row.words) << row.baseURL.toStdString();
     }
+}
+
+// The name doesn't tell, the server's own list does.
+TEST_F(SourceTest, AModelThatTheServerPassesOnIsCalledACloudModelEverywhere)
+{
+    configure(u"http://localhost:11434/v1"_s, u"alias"_s);
+    probes.models = {{{u"llama3.2:3b"_s}, {u"alias"_s, true}}};
+    int changes = 0;
+    QObject::connect(router.get(), &AIRequestRouter::sourceChanged, [&changes] { ++changes; });
+    const OpenedTurn opened = open();
+    EXPECT_EQ(changes, 1) << "what the window says has changed";
+    EXPECT_FALSE(opened.request.memoryAllowed);
+    EXPECT_EQ(opened.request.place.source.kind, ChatSource::Kind::ollamaCloud);
+    EXPECT_EQ(proofs.find(*opened.proofRow)->place,
+              (ProofLedger::Place{ProofLedger::Place::Kind::ollamaCloud, u"alias"_s, {}}));
+    EXPECT_EQ(wordsOf(*router), (QStringList{u"alias · Ollama's cloud"_s, u"Goes to Ollama's cloud"_s,
+                                             u"read by ollama.com"_s}));
+    EXPECT_EQ(router->sources().back().name, u"alias · Ollama's cloud"_s);
+    localModel.set(LocalModelServing::State::starting); // its lists are forgotten
+    EXPECT_EQ(router->sourceLabel(), u"alias · Ollama's cloud"_s);
+
+    probes.models = {{{u"alias"_s}}};
+    const OpenedTurn here = open();
+    EXPECT_EQ(proofs.find(*here.proofRow)->place.kind, ProofLedger::Place::Kind::thisMac);
+    EXPECT_EQ(router->sourceLabel(), u"Local alias"_s);
 }
 
 TEST(ModelNameTest, ReadsCloudSizeAndSameness)

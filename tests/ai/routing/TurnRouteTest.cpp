@@ -174,6 +174,9 @@ TEST_F(TurnRouteTest, TheConfigurationComesFromTheSettings)
     EXPECT_TRUE(prepare().tools.empty());
     settings.setMaxOutputTokens(3000);
     EXPECT_EQ(router->outputBudget(), 4096);
+    settings.setHostedChatEnabled(false);
+    configure(u"https://CLOUD.invalid/v1/"_s, u"m"_s);
+    EXPECT_TRUE(prepare().tools.empty()) << "the same place, named in the settings";
 }
 
 TEST_F(TurnRouteTest, TheSixtyFirstPrivateCloudTurnOfAnHourRunsLocally)
@@ -211,38 +214,69 @@ TEST_F(TurnRouteTest, ABuildWithoutThePrivateCloudSendsNothingInItsPlace)
               u"gemma3:4b"_s);
 }
 
-TEST_F(TurnRouteTest, WaitsForAStartingModelAndNoLonger)
+TEST_F(TurnRouteTest, APrivateTurnWaitsForAStartingModelAndNoLonger)
 {
-    const auto begin = [this](std::stop_token stop) {
-        auto outcome = std::make_shared<TestWait::Outcome<void>>();
-        TestWait::collect<void>(router->waitForLocalModel(std::move(stop)), outcome);
+    configure(u"https://service.example"_s, u"m"_s);
+    const auto begin = [this](SensitiveDataSet data, std::stop_token stop = {}) {
+        auto outcome = std::make_shared<TestWait::Outcome<OpenedTurn>>();
+        TestWait::collect(router->openTurn(carrying(data), std::move(stop)), outcome);
         TestWait::settle();
         return outcome;
     };
-    EXPECT_TRUE(begin({})->done) << "nothing is starting";
     localModel.set(LocalModelServing::State::starting);
-    const auto ready = begin({});
+    EXPECT_TRUE(begin({})->done) << "it carries nothing";
+    const auto ready = begin(SensitiveData::screenText);
     clock.advance(10s);
     EXPECT_FALSE(ready->done);
     localModel.set(LocalModelServing::State::ready, u"m"_s);
     clock.advance(250ms);
     TestWait::settle();
-    EXPECT_TRUE(ready->done);
+    ASSERT_TRUE(ready->value);
+    EXPECT_EQ(ready->value->request.configuration.baseURLString, localhost);
 
     localModel.set(LocalModelServing::State::starting);
-    const auto late = begin({});
+    const auto late = begin(SensitiveData::screenText);
     std::stop_source stop;
-    const auto stopped = begin(stop.get_token());
+    const auto stopped = begin(SensitiveData::screenText, stop.get_token());
     stop.request_stop();
     TestWait::settle();
     EXPECT_TRUE(stopped->done);
-    EXPECT_FALSE(stopped->error);
     clock.advance(29'750ms);
     TestWait::settle();
     EXPECT_FALSE(late->done);
     clock.advance(250ms);
     TestWait::settle();
-    EXPECT_TRUE(late->done);
+    EXPECT_TRUE(late->error) << "and nobody else may have it";
+    const auto orphan = begin(SensitiveData::screenText);
+    router.reset();
+    clock.advance(250ms);
+    TestWait::settle();
+    EXPECT_TRUE(orphan->error);
+}
+
+// One picture and tools: the model that sees takes the turn, and none is asked about tools.
+TEST_F(TurnRouteTest, AnOpenedTurnHasItsStandInItsBudgetItsProviderAndItsRow)
+{
+    configure(localhost, u"llama3.2:3b"_s);
+    probes.isOllama = true;
+    probes.models = {{{u"llama3.2:3b"_s}, {u"gemma3:4b"_s}, {u"qwen2.5:7b"_s}}};
+    probes.abilities = {
+        {u"llama3.2:3b"_s, {}}, {u"gemma3:4b"_s, {u"vision"_s}}, {u"qwen2.5:7b"_s, {u"tools"_s}}};
+    const OpenedTurn seeing = open(carrying(SensitiveData::image));
+    EXPECT_EQ(seeing.request.configuration.model, u"gemma3:4b"_s);
+    EXPECT_FALSE(probes.asked.contains(u"show qwen2.5:7b"_s));
+    EXPECT_EQ(seeing.provider, native);
+    const auto row = proofs.find(*seeing.proofRow);
+    ASSERT_TRUE(row);
+    EXPECT_EQ(row->startedAt, clock.now());
+    EXPECT_EQ(row->place, (ProofLedger::Place{ProofLedger::Place::Kind::thisMac, u"gemma3:4b"_s, {}}));
+    EXPECT_EQ(row->purpose, u"chat"_s);
+    EXPECT_TRUE(row->carrying.testFlag(SensitiveData::image));
+
+    const OpenedTurn continued = open({.isContinuation = true});
+    EXPECT_EQ(continued.request.configuration.model, u"qwen2.5:7b"_s);
+    EXPECT_EQ(continued.request.configuration.maxOutputTokens, 8192);
+    EXPECT_NE(*continued.proofRow, *seeing.proofRow);
 }
 
 } // namespace

@@ -1,0 +1,99 @@
+#include "view_models/chat/OpenConversation.h"
+
+#include "models/Conversation.h"
+#include "persistence/ConversationRepository.h"
+#include "utils/text/Identifier.h"
+#include "view_models/chat/BannerDesk.h"
+
+namespace morvane {
+
+OpenConversation::OpenConversation(ConversationRepository &repository, BannerDesk &banner, QObject *parent)
+    : QObject(parent)
+    , m_repository(repository)
+    , m_banner(banner)
+{}
+
+QString OpenConversation::title() const
+{
+    return m_current ? m_current->title() : QString();
+}
+
+QString OpenConversation::id() const
+{
+    return m_current ? Identifier::text(m_current->id()) : QString();
+}
+
+void OpenConversation::openAtStart()
+{
+    auto newest = m_repository.mostRecent();
+    if (newest && newest->isEmpty())
+        set(std::move(newest));
+    else
+        openNew();
+}
+
+void OpenConversation::openNew()
+{
+    Q_EMIT leaving();
+    auto conversation = m_repository.mostRecent();
+    try {
+        if (!conversation || !conversation->isEmpty())
+            conversation = m_repository.create();
+    } catch (...) {
+        m_banner.show(std::current_exception());
+        return;
+    }
+    set(std::move(conversation));
+}
+
+void OpenConversation::open(const QString &id)
+{
+    if (this->id() == id)
+        return;
+    Q_EMIT leaving();
+    if (auto conversation = m_repository.find(QUuid(id)))
+        set(std::move(conversation));
+}
+
+void OpenConversation::remove(const QString &id)
+{
+    const auto conversation = m_repository.find(QUuid(id));
+    if (!conversation)
+        return;
+    const bool wasOpen = conversation == m_current;
+    if (wasOpen)
+        Q_EMIT leaving();
+    try {
+        m_repository.remove(*conversation);
+    } catch (...) {
+        m_banner.show(std::current_exception());
+        return;
+    }
+    if (wasOpen)
+        openNew();
+    Q_EMIT listChanged();
+}
+
+void OpenConversation::rename(const QString &id, const QString &title)
+{
+    const auto conversation = m_repository.find(QUuid(id));
+    if (!conversation)
+        return;
+    try {
+        m_repository.rename(*conversation, title);
+    } catch (...) {
+        m_banner.show(std::current_exception());
+    }
+    Q_EMIT listChanged();
+    if (conversation == m_current)
+        Q_EMIT renamed();
+}
+
+void OpenConversation::set(std::shared_ptr<Conversation> conversation)
+{
+    m_current = std::move(conversation);
+    Q_EMIT opened();
+    Q_EMIT listChanged();
+}
+
+} // namespace morvane
