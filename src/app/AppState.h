@@ -63,6 +63,7 @@ public:
 
     [[nodiscard]] SettingsStore &settings() { return *m_settings; }
     [[nodiscard]] ConversationRepository &repository() { return *m_repository; }
+    [[nodiscard]] AIRequestRouter &router() { return *m_router; }
     [[nodiscard]] ChatViewModel &chat() { return *m_chat; }
     [[nodiscard]] CompanionViewModel &companion() { return *m_companion; }
     [[nodiscard]] ConversationListModel &conversations() { return *m_conversations; }

@@ -1,6 +1,7 @@
 #include "app/MainWindowController.h"
 
 #include "app/AppState.h"
+#include "persistence/SettingsStore.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/chat/NoteReceiptsModel.h"
@@ -47,6 +48,7 @@ MainWindowController::MainWindowController(AppState &state, std::unique_ptr<Wind
                                             {u"memory"_s, QVariant::fromValue(&state.notes())},
                                             {u"receipts"_s, QVariant::fromValue(&state.receipts())},
                                             {u"aiSettings"_s, QVariant::fromValue(&state.aiSettings())},
+                                            {u"settings"_s, QVariant::fromValue(&state.settings())},
                                             {u"networkLedger"_s, QVariant::fromValue(&state.networkLedger())},
                                             {u"shell"_s, QVariant::fromValue(&state.shell())},
                                             {u"companion"_s, QVariant::fromValue(&state.companion())}});

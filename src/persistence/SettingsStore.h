@@ -14,9 +14,8 @@
 
 namespace morvane {
 
-// A property with its getter, its setter, its signal and its key in the repository.
-#define MORVANE_SETTING(Type, name, Name, key, initial)                                                      \
-    Q_PROPERTY(Type name READ name WRITE set##Name NOTIFY name##Changed)                                     \
+// A setting with its getter, its setter, its signal and its key in the repository.
+#define MORVANE_STORED(Type, name, Name, key, initial)                                                       \
 public:                                                                                                      \
     [[nodiscard]] const Type &name() const                                                                   \
     {                                                                                                        \
@@ -32,8 +31,33 @@ private:                                                                        
     Setting<Type> m_##name =                                                                                 \
         declare<Type>(&SettingsStore::m_##name, key, initial, &SettingsStore::name##Changed);
 
-// Every preference of the person, read once and written through on each change. No setter checks or limits a
-// value: whoever reads a number applies its own floor. Equal values don't notify. Main thread only.
+// One that a page binds to as it is. A whole number is an `int` there.
+#define MORVANE_SETTING(Type, name, Name, key, initial)                                                      \
+    Q_PROPERTY(Type name READ name WRITE set##Name NOTIFY name##Changed)                                     \
+    MORVANE_STORED(Type, name, Name, key, initial)
+
+#define MORVANE_NUMBER(name, Name, key, initial)                                                             \
+    Q_PROPERTY(int name READ name WRITE set##Name NOTIFY name##Changed)                                      \
+    MORVANE_STORED(std::int64_t, name, Name, key, initial)
+
+// One of a few, which pages know by its raw text. A text that no case carries changes nothing.
+#define MORVANE_CHOICE(Type, name, Name, key, initial)                                                       \
+    Q_PROPERTY(QString name READ name##Text WRITE set##Name##Text NOTIFY name##Changed)                      \
+    MORVANE_STORED(Type, name, Name, key, initial)                                                           \
+public:                                                                                                      \
+    [[nodiscard]] QString name##Text() const                                                                 \
+    {                                                                                                        \
+        return rawText(m_##name.value);                                                                      \
+    }                                                                                                        \
+    void set##Name##Text(const QString &raw)                                                                 \
+    {                                                                                                        \
+        if (const auto value = fromRawText<Type>(raw))                                                       \
+            set##Name(*value);                                                                               \
+    }
+
+// Every preference of the person, read once and written through on each change. The pages of the settings
+// bind to it. No setter checks or limits a value: whoever reads a number applies its own floor. Equal values
+// don't notify. Main thread only.
 class SettingsStore final : public QObject {
     Q_OBJECT
 
@@ -106,26 +130,26 @@ private:
     MORVANE_SETTING(bool, onboardingComplete, OnboardingComplete, "onboardingComplete", false)
     MORVANE_SETTING(bool, showMenuBarIcon, ShowMenuBarIcon, "showMenuBarIcon", true)
     MORVANE_SETTING(bool, reduceAnimation, ReduceAnimation, "reduceAnimation", false)
-    MORVANE_SETTING(AppAppearance, appearance, Appearance, "appearance", AppAppearance::system)
+    MORVANE_CHOICE(AppAppearance, appearance, Appearance, "appearance", AppAppearance::system)
     MORVANE_SETTING(QString, galleryBackdrop, GalleryBackdrop, "galleryBackdrop", QString())
-    MORVANE_SETTING(ShortcutPreset, chatShortcut, ChatShortcut, "chatShortcut", ShortcutPreset::optionSpace)
-    MORVANE_SETTING(ShortcutPreset, pushToTalkShortcut, PushToTalkShortcut, "pushToTalkShortcut", ShortcutPreset::optionV)
-    MORVANE_SETTING(std::optional<QString>, selectedCharacterID, SelectedCharacterID, "selectedCharacterID", std::nullopt)
+    MORVANE_CHOICE(ShortcutPreset, chatShortcut, ChatShortcut, "chatShortcut", ShortcutPreset::optionSpace)
+    MORVANE_CHOICE(ShortcutPreset, pushToTalkShortcut, PushToTalkShortcut, "pushToTalkShortcut", ShortcutPreset::optionV)
+    MORVANE_STORED(std::optional<QString>, selectedCharacterID, SelectedCharacterID, "selectedCharacterID", std::nullopt)
     MORVANE_SETTING(bool, hostedChatEnabled, HostedChatEnabled, "hostedChatEnabled", true)
     MORVANE_SETTING(bool, privateCloudThinksLonger, PrivateCloudThinksLonger, "privateCloudThinksLonger", false)
     MORVANE_SETTING(bool, hostedRelayEncrypted, HostedRelayEncrypted, "hostedRelayEncrypted", false)
     MORVANE_SETTING(QString, hostedRelayModel, HostedRelayModel, "hostedRelayModel", QString())
     MORVANE_SETTING(bool, hostedRelayStateKnown, HostedRelayStateKnown, "hostedRelayStateKnown", false)
-    MORVANE_SETTING(ChatTextSize, chatTextSize, ChatTextSize, "chatTextSize", ChatTextSize::medium)
+    MORVANE_CHOICE(ChatTextSize, chatTextSize, ChatTextSize, "chatTextSize", ChatTextSize::medium)
     MORVANE_SETTING(bool, chatHistoryOpen, ChatHistoryOpen, "chatHistoryOpen", true)
     MORVANE_SETTING(QString, providerName, ProviderName, "providerName", QStringLiteral("OpenAI-compatible"))
     MORVANE_SETTING(QString, baseURLString, BaseURLString, "aiBaseURL", QStringLiteral("http://localhost:11434/v1"))
     MORVANE_SETTING(QString, model, Model, "aiModel", QString())
     MORVANE_SETTING(double, temperature, Temperature, "aiTemperature", 0.7)
-    MORVANE_SETTING(std::int64_t, maxOutputTokens, MaxOutputTokens, "aiMaxOutputTokens", 1024)
+    MORVANE_NUMBER(maxOutputTokens, MaxOutputTokens, "aiMaxOutputTokens", 1024)
     MORVANE_SETTING(bool, voiceOutputEnabled, VoiceOutputEnabled, "voiceOutputEnabled", false)
-    MORVANE_SETTING(std::optional<QString>, voiceIdentifier, VoiceIdentifier, "voiceIdentifier", std::nullopt)
-    MORVANE_SETTING(std::optional<QString>, microphoneUID, MicrophoneUID, "microphoneUID", std::nullopt)
+    MORVANE_STORED(std::optional<QString>, voiceIdentifier, VoiceIdentifier, "voiceIdentifier", std::nullopt)
+    MORVANE_STORED(std::optional<QString>, microphoneUID, MicrophoneUID, "microphoneUID", std::nullopt)
     MORVANE_SETTING(double, speakingRate, SpeakingRate, "speakingRate", 0.5)
     MORVANE_SETTING(bool, autoSendTranscription, AutoSendTranscription, "autoSendTranscription", false)
     MORVANE_SETTING(bool, speakCodeBlocks, SpeakCodeBlocks, "speakCodeBlocks", false)
@@ -135,10 +159,10 @@ private:
     MORVANE_SETTING(bool, screenAwarenessEnabled, ScreenAwarenessEnabled, "screenAwarenessEnabled", false)
     MORVANE_SETTING(bool, desktopActionsEnabled, DesktopActionsEnabled, "desktopActionsEnabled", false)
     MORVANE_SETTING(bool, appLockEnabled, AppLockEnabled, "appLockEnabled", false)
-    MORVANE_SETTING(std::int64_t, appLockIdleMinutes, AppLockIdleMinutes, "appLockIdleMinutes", 5)
-    MORVANE_SETTING(std::int64_t, maxContextMessages, MaxContextMessages, "maxContextMessages", 30)
-    MORVANE_SETTING(std::int64_t, maxExtractedCharacters, MaxExtractedCharacters, "maxExtractedCharacters", 100000)
-    MORVANE_SETTING(ConversationRetention, conversationRetention, ConversationRetention, "conversationRetention", ConversationRetention::forever)
+    MORVANE_NUMBER(appLockIdleMinutes, AppLockIdleMinutes, "appLockIdleMinutes", 5)
+    MORVANE_NUMBER(maxContextMessages, MaxContextMessages, "maxContextMessages", 30)
+    MORVANE_NUMBER(maxExtractedCharacters, MaxExtractedCharacters, "maxExtractedCharacters", 100000)
+    MORVANE_CHOICE(ConversationRetention, conversationRetention, ConversationRetention, "conversationRetention", ConversationRetention::forever)
     MORVANE_SETTING(bool, autoSummarizeDroppedFiles, AutoSummarizeDroppedFiles, "autoSummarizeDroppedFiles", false)
     // clang-format on
 };

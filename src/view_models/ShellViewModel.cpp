@@ -21,30 +21,12 @@ ShellViewModel::ShellViewModel(SettingsStore &settings, QString startupError, QS
 {
     connect(&settings, &SettingsStore::appearanceChanged, this, &ShellViewModel::appearanceChanged);
     connect(&settings, &SettingsStore::galleryBackdropChanged, this, &ShellViewModel::appearanceChanged);
-    connect(&settings, &SettingsStore::reduceAnimationChanged, this, &ShellViewModel::reduceAnimationChanged);
     connect(&settings, &SettingsStore::chatTextSizeChanged, this, &ShellViewModel::textScaleChanged);
-    connect(&settings, &SettingsStore::chatHistoryOpenChanged, this, &ShellViewModel::sidebarOpenChanged);
 }
 
 QString ShellViewModel::productName() const
 {
     return Product::name;
-}
-
-QString ShellViewModel::versionText() const
-{
-    return SettingsStore::versionText();
-}
-
-QString ShellViewModel::appearance() const
-{
-    return rawText(m_settings.appearance());
-}
-
-void ShellViewModel::setAppearance(const QString &raw)
-{
-    if (const auto appearance = fromRawText<AppAppearance>(raw))
-        m_settings.setAppearance(*appearance);
 }
 
 bool ShellViewModel::isDark() const
@@ -72,27 +54,12 @@ QString ShellViewModel::backdrop() const
     return backdrops().contains(chosen) ? chosen : backdrops().constFirst();
 }
 
-void ShellViewModel::setBackdrop(const QString &name)
-{
-    m_settings.setGalleryBackdrop(name);
-}
-
 void ShellViewModel::setSystemDark(bool dark)
 {
     if (m_systemDark == dark)
         return;
     m_systemDark = dark;
     Q_EMIT appearanceChanged();
-}
-
-bool ShellViewModel::reduceAnimation() const
-{
-    return m_settings.reduceAnimation();
-}
-
-void ShellViewModel::setReduceAnimation(bool reduce)
-{
-    m_settings.setReduceAnimation(reduce);
 }
 
 double ShellViewModel::textScale() const
@@ -106,27 +73,6 @@ double ShellViewModel::textScale() const
         return 1.15;
     }
     return 1.0;
-}
-
-QString ShellViewModel::textSize() const
-{
-    return rawText(m_settings.chatTextSize());
-}
-
-void ShellViewModel::setTextSize(const QString &raw)
-{
-    if (const auto size = fromRawText<ChatTextSize>(raw))
-        m_settings.setChatTextSize(*size);
-}
-
-bool ShellViewModel::isSidebarOpen() const
-{
-    return m_settings.chatHistoryOpen();
-}
-
-void ShellViewModel::setSidebarOpen(bool open)
-{
-    m_settings.setChatHistoryOpen(open);
 }
 
 void ShellViewModel::setKeychainNotice(const QString &notice)

@@ -12,23 +12,18 @@ namespace morvane {
 
 class SettingsStore;
 
-// What the window as a whole shows: appearance, sidebar, which page is open, and what went wrong at start.
+// What the window as a whole shows: its colours and sizes, what it asks, and what went wrong at start.
 class ShellViewModel : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(QString productName READ productName CONSTANT)
-    Q_PROPERTY(QString versionText READ versionText CONSTANT)
-    Q_PROPERTY(QString appearance READ appearance WRITE setAppearance NOTIFY appearanceChanged) // raw text
     Q_PROPERTY(bool dark READ isDark NOTIFY appearanceChanged)
-    // What is drawn behind the window in the gallery appearance: one of `backdrops`.
-    Q_PROPERTY(QString backdrop READ backdrop WRITE setBackdrop NOTIFY appearanceChanged)
+    // What is drawn behind the window in the gallery appearance: one of `backdrops`, whatever the setting
+    // says.
+    Q_PROPERTY(QString backdrop READ backdrop NOTIFY appearanceChanged)
     Q_PROPERTY(QStringList backdrops READ backdrops CONSTANT)
-    Q_PROPERTY(
-        bool reduceAnimation READ reduceAnimation WRITE setReduceAnimation NOTIFY reduceAnimationChanged)
-    Q_PROPERTY(double textScale READ textScale NOTIFY textScaleChanged)                  // 0.9, 1 or 1.15
-    Q_PROPERTY(QString textSize READ textSize WRITE setTextSize NOTIFY textScaleChanged) // raw text
-    Q_PROPERTY(bool sidebarOpen READ isSidebarOpen WRITE setSidebarOpen NOTIFY sidebarOpenChanged)
+    Q_PROPERTY(double textScale READ textScale NOTIFY textScaleChanged)   // 0.9, 1 or 1.15
     Q_PROPERTY(QString startupError READ startupError CONSTANT)           // empty for none
     Q_PROPERTY(QString startupSuggestion READ startupSuggestion CONSTANT) // empty for none
     // Where the key to the person's data is kept, when that needs saying; empty otherwise.
@@ -43,22 +38,12 @@ public:
                    QObject *parent = nullptr);
 
     [[nodiscard]] QString productName() const;
-    [[nodiscard]] QString versionText() const;
-    [[nodiscard]] QString appearance() const;
-    void setAppearance(const QString &raw);
     [[nodiscard]] bool isDark() const;
     [[nodiscard]] QString backdrop() const;
-    void setBackdrop(const QString &name);
     [[nodiscard]] static QStringList backdrops();
     // What the desktop prefers, used while the appearance follows the system.
     void setSystemDark(bool dark);
-    [[nodiscard]] bool reduceAnimation() const;
-    void setReduceAnimation(bool reduce);
     [[nodiscard]] double textScale() const;
-    [[nodiscard]] QString textSize() const;
-    void setTextSize(const QString &raw);
-    [[nodiscard]] bool isSidebarOpen() const;
-    void setSidebarOpen(bool open);
     [[nodiscard]] const QString &startupError() const { return m_startupError; }
     [[nodiscard]] const QString &startupSuggestion() const { return m_startupSuggestion; }
 
@@ -81,9 +66,7 @@ public:
 
 Q_SIGNALS:
     void appearanceChanged();
-    void reduceAnimationChanged();
     void textScaleChanged();
-    void sidebarOpenChanged();
     void keychainNoticeChanged();
     void questionChanged();
     void linkRequested(const QUrl &address);

@@ -17,19 +17,20 @@ T.ApplicationWindow {
     required property SearchKeyViewModel searchKey
     required property MemoryViewModel memory
     required property AISettingsViewModel aiSettings
+    required property SettingsStore settings
     required property NetworkLedgerViewModel networkLedger
     required property ShellViewModel shell
     required property CompanionViewModel companion
 
     readonly property bool narrow: width < 800
     property bool overlayOpen: false
-    readonly property bool sidebarShown: narrow ? overlayOpen : shell.sidebarOpen
+    readonly property bool sidebarShown: narrow ? overlayOpen : settings.chatHistoryOpen
 
     function toggleSidebar() {
         if (window.narrow)
             window.overlayOpen = !window.overlayOpen;
         else
-            window.shell.sidebarOpen = !window.shell.sidebarOpen;
+            window.settings.chatHistoryOpen = !window.settings.chatHistoryOpen;
     }
     function findChat() {
         if (!window.sidebarShown)
@@ -47,9 +48,10 @@ T.ApplicationWindow {
         page.focusComposer();
     }
     function openSettings() {
-        if (!settings.item)
-            settings.setSource("settings/SettingsWindow.qml", {
+        if (!settingsLoader.item)
+            settingsLoader.setSource("settings/SettingsWindow.qml", {
                 aiSettings: window.aiSettings,
+                settings: window.settings,
                 instructions: window.instructions,
                 abilities: window.abilities,
                 searchKey: window.searchKey,
@@ -57,7 +59,7 @@ T.ApplicationWindow {
                 networkLedger: window.networkLedger,
                 shell: window.shell
             });
-        const opened = settings.item as SettingsWindow;
+        const opened = settingsLoader.item as SettingsWindow;
         opened.show();
         opened.raise();
         opened.requestActivate();
@@ -75,10 +77,10 @@ T.ApplicationWindow {
     Binding {
         target: Theme
         property: "backdrop"
-        value: window.shell.appearance === "gallery" ? window.shell.backdrop : ""
+        value: window.settings.appearance === "gallery" ? window.shell.backdrop : ""
     }
     Binding { target: Theme; property: "textScale"; value: window.shell.textScale }
-    Binding { target: Theme; property: "reduceAnimation"; value: window.shell.reduceAnimation }
+    Binding { target: Theme; property: "reduceAnimation"; value: window.settings.reduceAnimation }
 
     Later {
         anchors.fill: parent
@@ -164,7 +166,7 @@ T.ApplicationWindow {
         wanted: window.shell.questionTitle.length > 0
     }
     Loader {
-        id: settings
+        id: settingsLoader
     }
     Connections {
         target: window.shell

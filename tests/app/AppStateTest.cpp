@@ -21,8 +21,10 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 namespace morvane {
 
@@ -64,43 +66,72 @@ TEST_F(AppStateTest, AFirstStartOpensAnEmptyChatOnDiskAndTellsNothingOfChanges)
     EXPECT_TRUE(keychain.read(LocalDataVault::keyAccount));
     state->start();
     EXPECT_EQ(state->shell().questionTitle(), QString());
+    for (const bool isReset : {false, true}) {
+        state->settings().setOnboardingComplete(true);
+        commandLine.resetOnboarding = isReset;
+        start();
+        EXPECT_EQ(state->settings().onboardingComplete(), !isReset);
+    }
 }
 
-TEST_F(AppStateTest, MovesWhatOlderBuildsLeftBeforeSettingsAreRead)
+TEST_F(AppStateTest, WhatOlderBuildsLeftIsMovedSealedAndRemovedOnceAndNeverUnderATestHost)
 {
+    const QString support = commandLine.folders().data + u"/Morvane/"_s;
+    const QString notes = commandLine.folders().data + u"/ai.morvane.macos/"_s;
+    const QStringList departed{support + u"routines.json"_s, support + u"terminal"_s};
+    const QString kept = support + u"code.json"_s; // nobody reads it any more, and nobody may
+    const QByteArray readable = "- works nights\n";
+    for (const QString &path : departed + QStringList{kept, notes + u"memory-work.md"_s})
+        PrivateFile::write(path, readable);
     defaults(u"ai.quelmarfolk.macos"_s)->setString(u"aiModel"_s, u"carried over"_s);
     keychain.addSecret(u"com.morvane.Quelmar"_s, {u"ai-provider-api-key"_s, u"old key"_s});
-    const QString departed = commandLine.folders().data + u"/Morvane/routines.json"_s;
-    PrivateFile::write(departed, "{}");
-    const LogCapture log;
-    start();
-    EXPECT_EQ(state->settings().model(), u"carried over"_s);
-    EXPECT_EQ(keychain.read(u"ai-provider-api-key"_s), u"old key"_s);
-    EXPECT_FALSE(QFileInfo::exists(departed));
-    EXPECT_TRUE(
-        log.lines().contains(u"app: Completed migration from the legacy bundle identifier"_s) ||
-        log.lines().contains(u"persistence: Completed migration from the legacy bundle identifier"_s));
-}
+    const auto isThere = [](const QString &path) { return QFileInfo::exists(path); };
 
-TEST_F(AppStateTest, NotesOfOlderBuildsAreSealedThenFoldedIntoTheProfilesOwn)
-{
-    const QString folder = commandLine.folders().data + u"/ai.morvane.macos/"_s;
-    PrivateFile::write(folder + u"memory-work.md"_s, "- works nights\n");
-    start();
-    ASSERT_EQ(state->memory().facts().size(), 1U);
-    EXPECT_EQ(state->memory().facts().front().text, u"works nights"_s);
-    EXPECT_TRUE(QFileInfo::exists(folder + u"memory.md"_s));
-    EXPECT_FALSE(QFileInfo::exists(folder + u"memory-work.md"_s));
-}
-
-TEST_F(AppStateTest, UnderATestHostNothingOfThePersonsIsMoved)
-{
-    defaults(u"ai.quelmarfolk.macos"_s)->setString(u"aiModel"_s, u"stays"_s);
-    const QString departed = commandLine.folders().data + u"/Morvane/routines.json"_s;
-    PrivateFile::write(departed, "{}");
     start(AppState::Host::test);
     EXPECT_EQ(state->settings().model(), QString());
-    EXPECT_TRUE(QFileInfo::exists(departed));
+    EXPECT_TRUE(std::all_of(departed.begin(), departed.end(), isThere));
+    EXPECT_EQ(PrivateFile::read(kept, 100), readable);
+
+    const LogCapture log;
+    start();
+    EXPECT_EQ(state->settings().model(), u"carried over"_s) << "before the settings are read";
+    EXPECT_EQ(keychain.read(u"ai-provider-api-key"_s), u"old key"_s);
+    EXPECT_FALSE(std::any_of(departed.begin(), departed.end(), isThere));
+    EXPECT_NE(PrivateFile::read(kept, 1000), readable);
+    ASSERT_EQ(state->memory().facts().size(), 1U);
+    EXPECT_EQ(state->memory().facts().front().text, u"works nights"_s);
+    EXPECT_FALSE(isThere(notes + u"memory-work.md"_s));
+    EXPECT_EQ(log.lines().filter(u"Completed migration"_s).size(), 1);
+}
+
+TEST_F(AppStateTest, TextsThatAnOlderBuildLeftReadableAreSealedAtTheNextStart)
+{
+    start();
+    state.reset();
+    sqlite3 *store = nullptr;
+    ASSERT_EQ(sqlite3_open(qUtf8Printable(ChatStoreLocation::storePath(commandLine.folders())), &store), 0);
+    EXPECT_EQ(sqlite3_exec(store, "UPDATE Conversation SET title = 'readable'", nullptr, nullptr, nullptr),
+              0);
+    sqlite3_close(store);
+    const LogCapture log;
+    start();
+    EXPECT_EQ(log.lines().filter(u"Sealed 1 record(s)"_s).size(), 1);
+}
+
+TEST_F(AppStateTest, ChatsGoWhenTheirTimeIsOver)
+{
+    start();
+    state->chat().sendMessage(u"old words"_s, std::nullopt);
+    const QUuid id = state->repository().mostRecent()->id();
+    state->settings().setConversationRetention(ConversationRetention::sevenDays);
+    for (const auto &[days, isKept] :
+         {std::pair{std::chrono::days(6), true}, {std::chrono::days(2), false}}) {
+        state->willTerminate();
+        TestWait::settle();
+        clock.advance(days);
+        start();
+        EXPECT_EQ(state->repository().find(id) != nullptr, isKept);
+    }
 }
 
 TEST_F(AppStateTest, ATestHostSkipsTheWindow)
@@ -134,45 +165,40 @@ TEST_F(AppStateTest, AStoreThatWontOpenStillBringsUpAChatAndIsLeftAlone)
 
 TEST_F(AppStateTest, TheNoticeOfWhatChangedIsShownOnceToWhoHadChats)
 {
-    start();
-    state.reset();
-    auto flags = defaults();
-    flags->remove(u"didDecideWhatChangedNotice.v1"_s); // as an older build left it
-    flags->remove(u"showWhatChangedNotice.v1"_s);
-    flags.reset();
-    start();
-    state->start();
-    EXPECT_EQ(state->shell().questionTitle(), u"What changed in MorvaneGPT"_s);
+    const auto question = [this] {
+        start();
+        EXPECT_EQ(defaults()->boolean(u"didDecideWhatChangedNotice.v1"_s), true) << "on disk at once";
+        state->start();
+        return state->shell().questionTitle();
+    };
+    PrivateFile::write(ChatStoreLocation::oldStorePath(commandLine.folders()), "chats of an older build");
+    EXPECT_EQ(question(), u"What changed in MorvaneGPT"_s);
     for (const QString &line : WhatChangedNotice::lines())
         EXPECT_TRUE(state->shell().questionText().contains(line));
+    EXPECT_EQ(question(), u"What changed in MorvaneGPT"_s) << "until it is answered";
     state->shell().answerQuestion(0);
-    start();
-    state->start();
-    EXPECT_EQ(state->shell().questionTitle(), QString());
+    EXPECT_EQ(question(), QString());
 }
 
-TEST_F(AppStateTest, TheSwitchShowsTheWelcomeFlowAgain)
+TEST_F(AppStateTest, AKeyThatHasGoneOrIsRefusedIsNeverReplaced)
 {
-    start();
-    state->settings().setOnboardingComplete(true);
-    start();
-    EXPECT_TRUE(state->settings().onboardingComplete());
-    commandLine.resetOnboarding = true;
-    start();
-    EXPECT_FALSE(state->settings().onboardingComplete());
-}
-
-TEST_F(AppStateTest, AKeyThatHasGoneIsAnErrorAndNothingIsOverwritten)
-{
-    start();
-    state->chat().sendMessage(u"precious"_s, std::nullopt);
-    state->willTerminate();
-    state->settings().setOnboardingComplete(true);
-    state.reset();
-    TestWait::settle();
-    keychain.remove(LocalDataVault::keyAccount);
-    start();
-    EXPECT_EQ(keychain.read(LocalDataVault::keyAccount), std::nullopt) << "no new key takes its place";
+    for (const bool isRefused : {true, false}) {
+        start();
+        state->chat().sendMessage(u"precious"_s, std::nullopt);
+        state->settings().setOnboardingComplete(!isRefused);
+        state->willTerminate();
+        TestWait::settle();
+        state.reset();
+        if (isRefused)
+            keychain.setFailure(KeychainError(KeychainError::Operation::Read, 1));
+        else
+            keychain.remove(LocalDataVault::keyAccount);
+        start();
+        keychain.setFailure({});
+        keychain.remove(LocalDataVault::keyAccount);
+        state->memory().remember(u"would be sealed"_s);
+        EXPECT_EQ(keychain.read(LocalDataVault::keyAccount), std::nullopt) << isRefused;
+    }
 }
 
 // A Ghost chat with words in it.
@@ -192,33 +218,38 @@ TEST_F(AppStateTest, QuittingAsksAboutAGhostChatWithMessages)
     Ghost ghost;
     EXPECT_EQ(state->shouldTerminate(), AppState::Termination::now);
     state->setGhost(&ghost);
-    int quits = 0;
-    QObject::connect(state.get(), &AppState::quitConfirmed, [&] { ++quits; });
-    const auto answer = [&](const QString &button) {
+    QStringList quits;
+    QObject::connect(state.get(), &AppState::quitConfirmed, [&] { quits += ghost.ending; });
+    for (const int button : {2, -1, 1, 0}) {
         EXPECT_EQ(state->shouldTerminate(), AppState::Termination::cancel);
         EXPECT_EQ(state->shell().questionTitle(), u"Drop this Ghost chat?"_s);
-        state->shell().answerQuestion(static_cast<int>(state->shell().questionButtons().indexOf(button)));
-    };
-    answer(u"Cancel"_s);
-    EXPECT_EQ(quits, 0);
-    EXPECT_EQ(ghost.ending, QString());
-    answer(u"Keep"_s);
-    EXPECT_EQ(ghost.ending, u"kept"_s);
-    answer(u"Drop"_s);
-    EXPECT_EQ(ghost.ending, u"dropped"_s);
-    EXPECT_EQ(quits, 2);
-    ghost.full = false;
-    EXPECT_EQ(state->shouldTerminate(), AppState::Termination::now);
+        EXPECT_EQ(state->shell().questionButtons(), (QStringList{u"Drop"_s, u"Keep"_s, u"Cancel"_s}));
+        state->shell().answerQuestion(button);
+    }
+    EXPECT_EQ(quits, (QStringList{u"kept"_s, u"dropped"_s}));
+    EXPECT_EQ(GhostQuestion::ask(true).buttons(), (QStringList{u"Drop"_s, u"Cancel"_s})) << "while locked";
+    EXPECT_TRUE(GhostQuestion::ask(true).text.endsWith(u"To keep it, cancel and unlock first."_s));
 }
 
-TEST(GhostQuestionTest, ALockedApplicationOffersNoKeep)
+TEST_F(AppStateTest, QuittingEndsTheProgramAndItsTurnUnlessThePersonHasToBeAsked)
 {
-    EXPECT_EQ(GhostQuestion::ask(false).buttons(), (QStringList{u"Drop"_s, u"Keep"_s, u"Cancel"_s}));
-    EXPECT_EQ(GhostQuestion::ask(false).text,
-              u"It was never saved, so it goes when you leave it. Keep it first if you want it back."_s);
-    EXPECT_EQ(GhostQuestion::ask(true).buttons(), (QStringList{u"Drop"_s, u"Cancel"_s}));
-    EXPECT_EQ(GhostQuestion::ask(true).text,
-              u"It was never saved, so it goes when you leave it. To keep it, cancel and unlock first."_s);
+    start();
+    Ghost ghost;
+    state->setGhost(&ghost);
+    AppDelegate delegate(*qGuiApp, *state);
+    EXPECT_FALSE(QGuiApplication::quitOnLastWindowClosed());
+    state->chat().sendMessage(u"a turn at work"_s, std::nullopt);
+    const LogCapture log;
+    const auto quit = [&] {
+        QTimer::singleShot(0, &delegate, &AppDelegate::requestQuit);
+        QTimer::singleShot(100, &delegate, [] { QCoreApplication::exit(7); }); // it goes on
+        return QGuiApplication::exec();
+    };
+    EXPECT_EQ(quit(), 7);
+    ghost.full = false;
+    EXPECT_EQ(quit(), 0);
+    EXPECT_FALSE(state->chat().isResponding());
+    EXPECT_EQ(log.lines().count(u"app: Application will terminate"_s), 1);
 }
 
 } // namespace

@@ -3,13 +3,10 @@
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
 #include "view_models/chat/ChatViewModel.h"
-#include "view_models/settings/AISettingsViewModel.h"
 #include "view_models/settings/NetworkLedgerViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
 
-#include <QElapsedTimer>
 #include <QJsonArray>
-#include <QSignalSpy>
 #include <QTest>
 
 namespace morvane {
@@ -50,7 +47,7 @@ TEST_F(ChatWindowTest, ATypedMessageBringsAStreamedReplyThatIsThereAfterARestart
     EXPECT_EQ(lastRow(MessageListModel::PlaceRole), u"This Mac"_s);
 }
 
-TEST_F(ChatWindowTest, EscapeStopsWithinATenthOfASecondAtEachStage)
+TEST_F(ChatWindowTest, EscapeStopsAtEachStage)
 {
     for (const auto &model : {u"stall-before-headers"_s, u"stall-mid-stream"_s}) {
         useModel(model);
@@ -61,11 +58,8 @@ TEST_F(ChatWindowTest, EscapeStopsWithinATenthOfASecondAtEachStage)
         ASSERT_TRUE(WindowDriver::eventually([&] { return !sendsFirst || !lastText().isEmpty(); }));
         const QString arrived = lastText();
 
-        QElapsedTimer timer;
-        timer.start();
         QTest::keyClick(window(), Qt::Key_Escape);
-        ASSERT_TRUE(turnEnds());
-        EXPECT_LT(timer.elapsed(), 100) << model.toStdString();
+        ASSERT_TRUE(turnEnds()) << model.toStdString();
         EXPECT_TRUE(lastRow(MessageListModel::CancelledRole).toBool());
         EXPECT_EQ(lastText(), arrived) << "what had arrived stays";
         EXPECT_FALSE(state->chat().hasBanner());
@@ -103,51 +97,6 @@ TEST_F(ChatWindowTest, ContinueAddsTheRestToAReplyThatHitItsLimit)
     EXPECT_GT(lastText().size(), half.size());
     EXPECT_EQ(state->chat().messages()->rowCount(), 2);
     EXPECT_FALSE(lastRow(MessageListModel::CanContinueRole).toBool());
-}
-
-TEST_F(ChatWindowTest, TheSettingsPageTakesAServerAndTriesIt)
-{
-    state->settings().setBaseURLString(u"http://localhost:1/v1"_s);
-    QQuickWindow *settings = WindowDriver::settingsWindow(window());
-    ASSERT_NE(settings, nullptr);
-    const auto replace = [&](const QString &field, const QString &text) {
-        auto *box = WindowDriver::item(settings, field);
-        ASSERT_NE(box, nullptr) << field.toStdString();
-        box->forceActiveFocus();
-        QTest::keyClick(settings, Qt::Key_A, Qt::ControlModifier);
-        WindowDriver::type(settings, text);
-        QTest::keyClick(settings, Qt::Key_Tab);
-    };
-    replace(u"address"_s, server.baseUrl());
-    replace(u"model"_s, u"status-401"_s);
-    EXPECT_EQ(state->settings().baseURLString(), server.baseUrl());
-
-    auto &page = state->aiSettings();
-    const auto test = [&] {
-        WindowDriver::click(WindowDriver::item(settings, u"testConnection"_s));
-        return WindowDriver::eventually(
-            [&] { return page.testState() != AISettingsViewModel::TestState::running; });
-    };
-    ASSERT_TRUE(test());
-    EXPECT_EQ(page.testState(), AISettingsViewModel::TestState::failed);
-    EXPECT_EQ(page.testMessage(), u"The AI provider rejected the API key."_s);
-
-    replace(u"model"_s, u"practice-fast"_s);
-    EXPECT_EQ(page.testState(), AISettingsViewModel::TestState::untested)
-        << "a result ends with its settings";
-    ASSERT_TRUE(test());
-    EXPECT_EQ(page.testState(), AISettingsViewModel::TestState::succeeded);
-    const QJsonObject body = server.requests().back().json();
-    EXPECT_EQ(body.value("max_tokens"_L1), 8);
-    EXPECT_FALSE(body.contains("stream"_L1));
-
-    QSignalSpy keyChanged(&page, &AISettingsViewModel::keyChanged);
-    page.saveKey(u" sk-secret "_s);
-    ASSERT_TRUE(WindowDriver::eventually([&] { return !keyChanged.empty(); }));
-    EXPECT_TRUE(page.hasKey());
-    ASSERT_TRUE(test());
-    EXPECT_EQ(server.requests().back().headers.value("Authorization"_L1).toString(), u"Bearer sk-secret"_s);
-    settings->close();
 }
 
 TEST_F(ChatWindowTest, TheChatListOpensAndStartsChatsByKey)

@@ -16,26 +16,23 @@ namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+using std::chrono::days;
 
 TEST(SearchTermsTest, WordsMatchWhateverTheirOrderCaseAndAccents)
 {
-    const struct {
-        QString query;
-        QString text;
-        bool matches;
-    } rows[] = {{u"tea"_s, u"Green TEA"_s, true},
-                {u"tea green"_s, u"Green tea, loose leaf"_s, true},
-                {u"tea coffee"_s, u"Only tea"_s, false},
-                {u"cafe"_s, u"Au CAFÉ"_s, true},
-                {u"café"_s, u"cafe"_s, true},
-                {u"ärger"_s, u"A\u0308RGER"_s, true},
-                {u"straße"_s, u"STRASSE 5"_s, true},
-                {u"日本"_s, u"東京は日本の首都"_s, true},
-                {u"  "_s, u"anything"_s, false},
-                {u"a.c"_s, u"abc"_s, false},
-                {u"%"_s, u"100 %"_s, true}};
-    for (const auto &row : rows)
-        EXPECT_EQ(SearchTerms(row.query).match(row.text), row.matches) << qPrintable(row.query);
+    const std::tuple<QString, QString, bool> rows[] = {{u"tea"_s, u"Green TEA"_s, true},
+                                                       {u"tea green"_s, u"Green tea, loose leaf"_s, true},
+                                                       {u"tea coffee"_s, u"Only tea"_s, false},
+                                                       {u"cafe"_s, u"Au CAFÉ"_s, true},
+                                                       {u"café"_s, u"cafe"_s, true},
+                                                       {u"ärger"_s, u"A\u0308RGER"_s, true},
+                                                       {u"straße"_s, u"STRASSE 5"_s, true},
+                                                       {u"日本"_s, u"東京は日本の首都"_s, true},
+                                                       {u"  "_s, u"anything"_s, false},
+                                                       {u"a.c"_s, u"abc"_s, false},
+                                                       {u"%"_s, u"100 %"_s, true}};
+    for (const auto &[query, text, matches] : rows)
+        EXPECT_EQ(SearchTerms(query).match(text), matches) << qPrintable(query);
 }
 
 TEST(SearchTermsTest, AnExcerptIsOneShortLineAroundTheFind)
@@ -50,8 +47,6 @@ TEST(SearchTermsTest, AnExcerptIsOneShortLineAroundTheFind)
     const QString ghosts = u"👻"_s.repeated(300);
     const QString cut = SearchTerms(u"👻"_s).excerpt(ghosts);
     EXPECT_EQ(QString::fromUtf8(cut.toUtf8()), cut) << "no half of a pair is left";
-    const QString unbroken = u"x"_s.repeated(100'000) + u"needle"_s;
-    EXPECT_TRUE(SearchTerms(u"needle"_s).excerpt(unbroken).contains(u"needle"_s));
 }
 
 class HistorySearchTest : public testing::Test {
@@ -121,9 +116,13 @@ TEST_F(HistorySearchTest, OneSearchIsMadeForAWordTypedQuickly)
         TestWait::settle();
         EXPECT_EQ(model.rowCount(), 0);
     }
-    clock.advance(1s);
-    TestWait::until([this] { return !model.isSearching(); });
+    search(u"fern"_s);
     EXPECT_EQ(found(), QStringList(u"Ferns|"_s));
+    auto passing = std::make_unique<HistorySearchModel>(repository, clock);
+    passing->setQuery(u"fern"_s);
+    clock.advance(130ms);
+    passing.reset(); // in the middle of its search
+    TestWait::settle();
 }
 
 TEST_F(HistorySearchTest, FindsAreBoundedAndReachTheOldestMessage)
@@ -160,6 +159,15 @@ TEST_F(HistorySearchTest, TheListTellsTheNeighboursOfAChat)
         chat(u"Chat %1"_s.arg(i), {});
     const auto newer = chat(u"Newer"_s, {});
     ConversationListModel list(repository, clock);
+    const auto section = [&](days later) {
+        clock.advance(later);
+        return list.index(0).data(ConversationListModel::SectionRole).toString();
+    };
+    EXPECT_EQ(section(days(0)), u"Today"_s);
+    EXPECT_EQ(section(days(1)), u"Yesterday"_s);
+    EXPECT_EQ(section(days(1)), u"Last 7 Days"_s);
+    EXPECT_EQ(section(days(4)), u"Last 7 Days"_s);
+    EXPECT_EQ(section(days(1)), u"March 2026"_s);
     const QString top = Identifier::text(newer->id());
     EXPECT_EQ(list.neighbour(top, -1), QString());
     EXPECT_EQ(list.neighbour(list.neighbour(top, 1), -1), top);
@@ -168,16 +176,6 @@ TEST_F(HistorySearchTest, TheListTellsTheNeighboursOfAChat)
     for (QString next = top; !next.isEmpty(); next = list.neighbour(next, 1))
         last = next;
     EXPECT_EQ(last, Identifier::text(older->id())) << "beyond the first page too";
-}
-
-TEST_F(HistorySearchTest, AModelThatGoesEndsItsSearch)
-{
-    chat(u"Ferns"_s, {u"green"_s});
-    auto passing = std::make_unique<HistorySearchModel>(repository, clock, work);
-    passing->setQuery(u"green"_s);
-    clock.advance(130ms);
-    passing.reset();
-    TestWait::settle();
 }
 
 } // namespace morvane

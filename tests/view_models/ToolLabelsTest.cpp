@@ -4,48 +4,34 @@
 
 namespace morvane {
 
-using namespace Qt::StringLiterals;
-
 TEST(ToolLabelsTest, NameEachToolInEachPhase)
 {
     const struct {
-        QString tool;
-        QString arguments;
-        QStringList labels; // running, finished, failed
+        const char *tool;
+        const char *arguments;
+        const char *labels; // running|finished|failed
     } rows[] = {
-        {u"search_web"_s,
-         uR"({"query":"a"})"_s,
-         {u"Searching the web…"_s, u"Searched the web for “a”"_s, u"Couldn't search the web"_s}},
-        {u"read_web_page"_s,
-         uR"({"url":"https://h.example/x"})"_s,
-         {u"Reading h.example…"_s, u"Read h.example"_s, u"Couldn't read h.example"_s}},
-        {u"read_web_page"_s,
-         u"broken"_s,
-         {u"Reading a page…"_s, u"Read a page"_s, u"Couldn't read a page"_s}},
-        {u"look_at_screen"_s,
-         {},
-         {u"Looking at your screen…"_s, u"Looked at your screen"_s, u"Couldn't read the screen"_s}},
-        {u"remember"_s, {}, {u"Saving a note…"_s, u"Remembered something"_s, u"Couldn't save that note"_s}},
-        {u"forget"_s,
-         {},
-         {u"Forgot what you asked"_s, u"Forgot what you asked"_s, u"Couldn't forget that"_s}},
-        {u"open_link"_s, {}, {u"Opening a link…"_s, u"Opened a link"_s, u"Didn't open the link"_s}},
-        {u"create_calendar_event"_s,
-         {},
-         {u"Adding a calendar event…"_s, u"Added a calendar event"_s, u"Didn't add the event"_s}},
-        {u"run_shortcut"_s,
-         uR"({"name":"Tea"})"_s,
-         {u"Running “Tea”…"_s, u"Ran “Tea”"_s, u"Didn't run “Tea”"_s}},
-        {u"run_shortcut"_s,
-         uR"({"name":5})"_s,
-         {u"Running “a shortcut”…"_s, u"Ran “a shortcut”"_s, u"Didn't run “a shortcut”"_s}},
-        {u"new_tool"_s, {}, {u"Using new_tool…"_s, u"Used new_tool"_s, u"Used new_tool"_s}},
+        {"search_web", R"({"query":"a"})",
+         "Searching the web…|Searched the web for “a”|Couldn't search the web"},
+        {"read_web_page", R"({"url":"https://h.example/x"})",
+         "Reading h.example…|Read h.example|Couldn't read h.example"},
+        {"read_web_page", "broken", "Reading a page…|Read a page|Couldn't read a page"},
+        {"look_at_screen", "", "Looking at your screen…|Looked at your screen|Couldn't read the screen"},
+        {"remember", "", "Saving a note…|Remembered something|Couldn't save that note"},
+        {"forget", "", "Forgot what you asked|Forgot what you asked|Couldn't forget that"},
+        {"open_link", "", "Opening a link…|Opened a link|Didn't open the link"},
+        {"create_calendar_event", "", "Adding a calendar event…|Added a calendar event|Didn't add the event"},
+        {"run_shortcut", R"({"name":"Tea"})", "Running “Tea”…|Ran “Tea”|Didn't run “Tea”"},
+        {"run_shortcut", R"({"name":5})", "Running “a shortcut”…|Ran “a shortcut”|Didn't run “a shortcut”"},
+        {"new_tool", "", "Using new_tool…|Used new_tool|Used new_tool"},
     };
     for (const auto &row : rows) {
-        const AIToolCall call{u"1"_s, row.tool, row.arguments};
+        const AIToolCall call{QStringLiteral("1"), QString::fromUtf8(row.tool),
+                              QString::fromUtf8(row.arguments)};
         EXPECT_EQ(
-            (QStringList{ToolLabels::running(call), ToolLabels::finished(call), ToolLabels::failed(call)}),
-            row.labels);
+            (QStringList{ToolLabels::running(call), ToolLabels::finished(call), ToolLabels::failed(call)})
+                .join(u'|'),
+            QString::fromUtf8(row.labels));
     }
 }
 

@@ -1,19 +1,19 @@
 #include "WindowFixture.h"
 
+#include "ai/contract/ProviderError.h"
+#include "memory/MemoryStore.h"
+#include "models/ChatMessage.h"
+#include "persistence/SettingsStore.h"
+#include "view_models/ShellViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
 
 class ChatPageTest : public WindowFixture {
 protected:
-    // Whether a text is drawn anywhere in the window.
-    [[nodiscard]] bool shows(const QString &text) const
-    {
-        const auto items = allItems();
-        return std::any_of(items.begin(), items.end(),
-                           [&](auto *item) { return item->isVisible() && item->property("text") == text; });
-    }
-    // The named item of the last row.
+    // The named item of the last row; null when it isn't drawn.
     [[nodiscard]] QQuickItem *lastVisible(const QString &name) const
     {
         QQuickItem *last = nullptr;
@@ -24,93 +24,80 @@ protected:
         }
         return last;
     }
+    void fail(const ProviderError &error)
+    {
+        m_app->chat().showError(std::make_exception_ptr(error));
+        settle();
+    }
 };
 
 TEST_F(ChatPageTest, ABannerOffersRetryOnlyWhenThatHelps)
 {
-    m_chat.setBanner({u"It broke."_s, u"Look at it."_s, true});
-    settle();
-    EXPECT_TRUE(shows(u"It broke."_s));
-    EXPECT_TRUE(shows(u"Look at it."_s));
-    click(item(u"retry"_s));
-    click(item(u"dismissBanner"_s));
-    EXPECT_EQ(m_chat.takeCalls(), QStringList({u"retry"_s, u"dismiss"_s}));
-
-    m_chat.setBanner({u"It is over."_s, QString(), false});
-    settle();
-    EXPECT_FALSE(item(u"retry"_s)->isVisible());
-    m_chat.setBanner({});
-    settle();
-    EXPECT_FALSE(shows(u"It is over."_s));
+    for (const bool helps : {true, false}) {
+        fail(ProviderError(helps ? ProviderError::Plain::networkUnavailable
+                                 : ProviderError::Plain::authenticationFailed));
+        const ErrorBanner banner = m_app->chat().banner();
+        EXPECT_TRUE(shows(banner.message) && shows(banner.suggestion)) << banner.message.toStdString();
+        EXPECT_EQ(item(u"retry"_s)->isVisible(), helps);
+        click(item(u"dismissBanner"_s));
+        EXPECT_FALSE(shows(banner.message));
+    }
 }
 
 TEST_F(ChatPageTest, OnlyARowThatIsRunningShowsTheDots)
 {
-    struct Case {
-        QVariantMap row;
+    const struct {
+        MessageStatus status;
         QString words;
-        bool dots;
-    };
-    const QList<Case> cases{
-        {{{u"running"_s, true}, {u"indicatorText"_s, u"Thinking… 3 s"_s}}, u"Thinking… 3 s"_s, true},
-        {{{u"interrupted"_s, true}}, u"This reply was interrupted."_s, false},
-        {{{u"cancelled"_s, true}}, u"You stopped this reply."_s, false},
-        {{{u"failed"_s, true}, {u"errorText"_s, u"No connection."_s}}, u"No connection."_s, false}};
-    for (const Case &expected : cases) {
-        m_chat.messages->clear();
-        m_chat.messages->addReply({}, expected.row);
-        settle();
-        EXPECT_TRUE(shows(expected.words)) << expected.words.toStdString();
-        EXPECT_EQ(lastVisible(u"replyIndicator"_s) != nullptr, expected.dots) << expected.words.toStdString();
+    } stored[] = {{MessageStatus::streaming, u"This reply was interrupted."_s},
+                  {MessageStatus::cancelled, u"You stopped this reply."_s},
+                  {MessageStatus::failed, u"No connection."_s}};
+    for (const auto &[status, words] : stored) {
+        showReply({}, [&, status = status](ChatMessage &reply) {
+            reply.setStatus(status);
+            if (status == MessageStatus::failed)
+                reply.setErrorMessage(u"No connection."_s);
+        });
+        EXPECT_TRUE(shows(words)) << words.toStdString();
+        EXPECT_EQ(lastVisible(u"replyIndicator"_s), nullptr) << words.toStdString();
     }
+    send();
+    EXPECT_NE(lastVisible(u"replyIndicator"_s), nullptr);
+    stream(u"An answer"_s);
+    EXPECT_EQ(lastVisible(u"replyIndicator"_s), nullptr);
+    EXPECT_TRUE(shows(u"An answer"_s));
 }
 
 TEST_F(ChatPageTest, AReplyIsCopiedAndSaysSo)
 {
-    m_chat.messages->addUser(u"Question"_s);
-    m_chat.messages->addReply(u"The answer"_s);
-    settle();
+    showReply(u"The **answer**"_s);
     QQuickItem *copy = lastVisible(u"copyReply"_s);
     ASSERT_NE(copy, nullptr);
     click(copy);
-    EXPECT_EQ(m_shell.copied, u"The answer"_s);
+    EXPECT_EQ(clipboard(), u"The **answer**"_s);
     EXPECT_EQ(accessibleName(copy), u"Copied"_s);
-
-    m_chat.answer = u"The newest"_s;
+    EXPECT_EQ(lastVisible(u"continueReply"_s), nullptr) << "it is whole";
+    showReply(u"The newest"_s);
     press(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_EQ(m_shell.copied, u"The newest"_s);
-}
-
-TEST_F(ChatPageTest, AReplyAtItsLimitOffersToGoOn)
-{
-    m_chat.messages->addReply(u"Half an"_s);
-    settle();
-    EXPECT_EQ(lastVisible(u"continueReply"_s), nullptr);
-    m_chat.messages->set(0, "canContinue", true);
-    settle();
-    QQuickItem *button = lastVisible(u"continueReply"_s);
-    ASSERT_NE(button, nullptr);
-    click(button);
-    EXPECT_EQ(m_chat.takeCalls(), QStringList(u"continue m0"_s));
+    EXPECT_EQ(clipboard(), u"The newest"_s);
 }
 
 TEST_F(ChatPageTest, WhatLooksLikeMarkupStaysText)
 {
     const QString hostile =
         u"<img src=\"http://tracker.example/p.png\"><b>bold</b> ![x](http://a.example/y.png)"_s;
-    m_chat.title = hostile;
-    Q_EMIT m_chat.conversationChanged();
-    m_chat.messages->addUser(hostile);
-    m_chat.messages->addReply(hostile, {{u"toolLines"_s, QStringList(hostile)},
-                                        {u"sources"_s, QStringList(hostile)},
-                                        {u"failed"_s, true},
-                                        {u"errorText"_s, hostile}});
-    m_chat.setBanner({hostile, hostile, true});
+    m_app->chat().open(addChat(hostile, {hostile, hostile}, [&](ChatMessage &reply) {
+        reply.setStatus(MessageStatus::failed);
+        reply.setErrorMessage(hostile);
+        reply.appendToolLine(hostile);
+        reply.setSourceDomains(QStringList(hostile));
+    }));
+    fail(ProviderError(ProviderError::ServerError{500, hostile}));
+    m_app->memory().remember(hostile);
     settle();
     int texts = 0;
-    const auto all = allItems();
-    for (QQuickItem *child : all) {
-        if (child->property("text").toString() != hostile || child->property("textFormat").isNull())
+    for (QQuickItem *child : allItems()) {
+        if (!child->property("text").toString().contains(hostile) || child->property("textFormat").isNull())
             continue;
         ++texts;
         EXPECT_EQ(child->property("textFormat").toInt(), Qt::PlainText) << child->metaObject()->className();
@@ -120,19 +107,20 @@ TEST_F(ChatPageTest, WhatLooksLikeMarkupStaysText)
 
 TEST_F(ChatPageTest, AGrowingReplyKeepsWhatIsSelectedInIt)
 {
-    m_chat.messages->addReply(u"First words"_s, {{u"running"_s, true}});
-    settle();
+    send();
+    stream(u"First words"_s);
     QQuickItem *words = lastVisible(u"paragraph"_s);
     ASSERT_NE(words, nullptr);
     QMetaObject::invokeMethod(words, "select", Q_ARG(int, 0), Q_ARG(int, 5));
     words->forceActiveFocus();
-    for (const QString &more : {u"First words and"_s, u"First words and **more**\n\nHere"_s}) {
-        m_chat.messages->set(0, "text", more);
-        settle();
+    for (const auto &piece : {u" and"_s, u" **more**\n\nHere"_s}) {
+        stream(piece);
         EXPECT_TRUE(words->property("text").toString().startsWith(u"First words and"_s));
         EXPECT_EQ(words->property("selectedText").toString(), u"First"_s);
     }
-    m_chat.messages->set(0, "text", u"Fir"_s); // the last characters were taken back
+    const auto reply = m_app->chat().messages()->messages().back();
+    reply->setContent(u"Fir"_s); // words that are taken back
+    m_app->chat().messages()->messageChanged(reply->id());
     settle();
     EXPECT_EQ(words->property("text").toString(), u"Fir"_s);
 }
@@ -140,8 +128,7 @@ TEST_F(ChatPageTest, AGrowingReplyKeepsWhatIsSelectedInIt)
 TEST_F(ChatPageTest, WithoutAServerTheEmptyChatLeadsToTheSettings)
 {
     EXPECT_FALSE(item(u"emptyStateSettings"_s)->isVisible());
-    m_chat.isConfigured = false;
-    Q_EMIT m_chat.sourceChanged();
+    m_app->settings().setModel({});
     settle();
     click(item(u"emptyStateSettings"_s));
     EXPECT_NE(settingsWindow(), nullptr);
@@ -149,22 +136,37 @@ TEST_F(ChatPageTest, WithoutAServerTheEmptyChatLeadsToTheSettings)
 
 TEST_F(ChatPageTest, AQuestionOfTheApplicationIsAnsweredOrClosed)
 {
-    m_shell.ask(u"Drop this Ghost chat?"_s, {u"Drop"_s, u"Keep"_s, u"Cancel"_s});
-    ASSERT_TRUE(eventually([this] { return shows(u"Keep"_s); }));
+    QList<int> answers;
+    const auto ask = [&] {
+        m_app->shell().ask(u"Drop this Ghost chat?"_s, u"It goes."_s, {u"Drop"_s, u"Cancel"_s},
+                           [&](int button) { answers += button; });
+        ASSERT_TRUE(eventually([this] { return shows(u"It goes."_s); }));
+        settle();
+    };
+    ask();
     press(Qt::Key_Escape);
-    ASSERT_TRUE(eventually([this] { return m_shell.answers.size() == 1; }));
-    m_shell.ask(u"Drop this Ghost chat?"_s, {u"Drop"_s, u"Cancel"_s});
-    ASSERT_TRUE(eventually([this] { return shows(u"Drop"_s); }));
+    ASSERT_TRUE(eventually([&] { return answers.size() == 1; }));
+    ask();
+    ASSERT_NE(named(u"Drop"_s), nullptr);
+    click(named(u"Drop"_s));
+    ASSERT_TRUE(eventually([&] { return answers.size() == 2; }));
+    EXPECT_EQ(answers, QList<int>({-1, 0}));
+}
+
+TEST_F(ChatPageTest, ASavedNoteIsTakenBackOrLeftAboveTheComposer)
+{
+    const auto button = [this](const QString &name) { return WindowDriver::item(m_window, name); };
+    EXPECT_EQ(button(u"undoNote"_s), nullptr);
+    m_app->memory().remember(u"Likes tea."_s);
     settle();
-    const auto all = allItems();
-    for (QQuickItem *child : all) {
-        if (child->isVisible() && accessibleName(child) == "Drop"_L1 && child->property("down").isValid()) {
-            click(child);
-            break;
-        }
-    }
-    ASSERT_TRUE(eventually([this] { return m_shell.answers.size() == 2; }));
-    EXPECT_EQ(m_shell.answers, QList<int>({-1, 0}));
+    EXPECT_TRUE(shows(u"Likes tea."_s));
+    click(button(u"dismissNote"_s));
+    EXPECT_EQ(button(u"undoNote"_s), nullptr);
+    EXPECT_EQ(m_app->memory().facts().size(), 1U);
+    m_app->memory().remember(u"Lives in Oslo."_s);
+    settle();
+    click(button(u"undoNote"_s));
+    EXPECT_EQ(m_app->memory().facts().size(), 1U);
 }
 
 } // namespace morvane

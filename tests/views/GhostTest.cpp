@@ -1,10 +1,14 @@
 #include "WindowFixture.h"
 
+#include "persistence/SettingsStore.h"
+#include "view_models/companion/CompanionViewModel.h"
+
 #include <set>
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 class GhostTest : public WindowFixture {
 protected:
@@ -13,12 +17,6 @@ protected:
         load();
         m_ghost = item(u"companion"_s);
         ASSERT_NE(m_ghost, nullptr);
-    }
-    void show(Companion::State state)
-    {
-        m_companion.state = state;
-        Q_EMIT m_companion.stateChanged();
-        settle();
     }
     [[nodiscard]] QByteArray picture()
     {
@@ -36,7 +34,9 @@ TEST_F(GhostTest, EachStateLooksDifferentAndIsNamedForAScreenReader)
     std::set<QByteArray> pictures;
     std::set<QString> descriptions;
     for (int state = 0; state <= static_cast<int>(Companion::State::error); ++state) {
-        show(static_cast<Companion::State>(state));
+        m_app->companion().reset();
+        m_app->companion().transition(static_cast<Companion::State>(state));
+        settle();
         pictures.insert(picture());
         descriptions.insert(m_ghost->property("description").toString());
     }
@@ -47,8 +47,7 @@ TEST_F(GhostTest, EachStateLooksDifferentAndIsNamedForAScreenReader)
 TEST_F(GhostTest, ItIsStillWhereMotionIsReducedAndWhereNobodySeesIt)
 {
     EXPECT_FALSE(moves());
-    m_shell.reduceAnimation = false;
-    Q_EMIT m_shell.reduceAnimationChanged();
+    m_app->settings().setReduceAnimation(false);
     settle();
     EXPECT_TRUE(moves());
     press(Qt::Key_F9); // takes the sidebar away
@@ -61,11 +60,10 @@ TEST_F(GhostTest, ItIsStillWhereMotionIsReducedAndWhereNobodySeesIt)
 
 TEST_F(GhostTest, ItSpeaksInABubble)
 {
-    QQuickItem *bubble = WindowDriver::anyItem(m_window, u"speechBubble"_s);
+    QQuickItem *bubble = item(u"speechBubble"_s);
     ASSERT_NE(bubble, nullptr);
     EXPECT_FALSE(bubble->isVisible());
-    m_companion.bubbleText = u"Boo"_s;
-    Q_EMIT m_companion.bubbleTextChanged();
+    m_app->companion().say(u"Boo"_s, 5s);
     EXPECT_TRUE(eventually([&] { return bubble->isVisible(); }));
     EXPECT_EQ(accessibleName(bubble), u"Boo"_s);
 }

@@ -1,19 +1,22 @@
 #include "WindowFixture.h"
 
+#include "view_models/chat/ChatViewModel.h"
+
 #include <QWheelEvent>
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
 
+// A long chat at whose end a reply is being written.
 class ScrollTest : public WindowFixture {
 protected:
     void SetUp() override
     {
-        for (int turn = 0; turn < 20; ++turn) {
-            m_chat.messages->addUser(u"Question %1"_s.arg(turn));
-            m_chat.messages->addReply(u"An answer with some words. "_s.repeated(20));
-        }
+        QStringList turns;
+        for (int turn = 0; turn < 20; ++turn)
+            turns += {u"Question %1"_s.arg(turn), u"An answer with some words. "_s.repeated(20)};
+        m_app->chat().open(addChat(u"Long"_s, turns));
         load();
         m_list = item(u"messages"_s);
         settle();
@@ -31,12 +34,12 @@ protected:
         settle();
         EXPECT_TRUE(eventually([this] { return !m_list->property("moving").toBool(); }));
     }
-    void growLastReply(int words)
+    void growLastReply(int words) { stream(u"more words "_s.repeated(words)); }
+    void beginLongReply()
     {
-        const int last = m_chat.messages->count() - 1;
-        const QString text = m_chat.messages->data(m_chat.messages->index(last), Qt::UserRole + 2).toString();
-        m_chat.messages->set(last, "text", text + u"more words "_s.repeated(words));
-        settle();
+        send();
+        growLastReply(400);
+        EXPECT_NEAR(gap(), 0, 1);
     }
 
     QQuickItem *m_list = nullptr;
@@ -46,6 +49,7 @@ protected:
 TEST_F(ScrollTest, AChatOpensAtItsEndAndFollowsAGrowingReply)
 {
     EXPECT_NEAR(gap(), 0, 1);
+    beginLongReply();
     for (int piece = 0; piece < 10; ++piece) {
         growLastReply(40);
         EXPECT_NEAR(gap(), 0, 1) << piece;
@@ -54,6 +58,7 @@ TEST_F(ScrollTest, AChatOpensAtItsEndAndFollowsAGrowingReply)
 
 TEST_F(ScrollTest, OneStepUpLetsGoAndTheEndButtonLeadsBack)
 {
+    beginLongReply();
     wheel(1);
     EXPECT_FALSE(follows());
     const double before = top();
@@ -64,21 +69,19 @@ TEST_F(ScrollTest, OneStepUpLetsGoAndTheEndButtonLeadsBack)
     click(item(u"toEnd"_s));
     EXPECT_TRUE(follows());
     EXPECT_NEAR(gap(), 0, 1);
-    growLastReply(50);
-    EXPECT_NEAR(gap(), 0, 1);
-}
-
-TEST_F(ScrollTest, ScrollingBackToTheEndTakesHoldAgain)
-{
     wheel(3);
     EXPECT_FALSE(follows());
     for (int step = 0; step < 20 && gap() > 1; ++step)
         wheel(-3);
-    EXPECT_TRUE(follows());
+    EXPECT_TRUE(follows()) << "scrolling back takes hold again";
+    growLastReply(50);
+    EXPECT_NEAR(gap(), 0, 1);
 }
 
 TEST_F(ScrollTest, PageKeysScrollFromTheComposer)
 {
+    beginLongReply();
+    item(u"composer"_s)->forceActiveFocus();
     const double end = top();
     press(Qt::Key_PageUp);
     EXPECT_LT(top(), end - 100);
@@ -96,15 +99,12 @@ TEST_F(ScrollTest, PageKeysScrollFromTheComposer)
 
 TEST_F(ScrollTest, ASentMessageGoesToTheUpperThirdAndStaysThereWhileItsAnswerFits)
 {
-    m_chat.messages->addUser(u"The new question"_s);
-    Q_EMIT m_chat.messageSent();
-    m_chat.messages->addReply({}, {{u"running"_s, true}});
-    settle();
+    send(u"The new question"_s);
     settle();
     const auto placeOfQuestion = [this] {
         QQuickItem *row = nullptr;
         QMetaObject::invokeMethod(m_list, "itemAtIndex", Q_RETURN_ARG(QQuickItem *, row),
-                                  Q_ARG(int, m_chat.messages->count() - 2));
+                                  Q_ARG(int, m_app->chat().messages()->rowCount() - 2));
         return row ? row->mapToItem(m_list, QPointF()).y() : -1000;
     };
     EXPECT_NEAR(placeOfQuestion(), m_list->height() / 3, 30);
@@ -117,20 +117,15 @@ TEST_F(ScrollTest, ASentMessageGoesToTheUpperThirdAndStaysThereWhileItsAnswerFit
 
 TEST_F(ScrollTest, ALongChatBuildsOnlyTheRowsThatAreSeen)
 {
-    for (int turn = 0; turn < 1000; ++turn) {
-        m_chat.messages->addUser(u"q"_s);
-        m_chat.messages->addReply(u"a"_s);
-    }
+    m_app->chat().open(addChat(u"Longer"_s, QStringList(500, u"words"_s)));
     settle();
     const auto rows = [this] {
-        int count = 0;
         const auto children = m_list->property("contentItem").value<QQuickItem *>()->childItems();
-        for (QQuickItem *child : children)
-            count += child->property("messageId").isValid();
-        return count;
+        return std::count_if(children.begin(), children.end(),
+                             [](QQuickItem *child) { return child->property("messageId").isValid(); });
     };
     EXPECT_LT(rows(), 80);
-    for (int page = 0; page < 30; ++page)
+    for (int page = 0; page < 10; ++page)
         press(Qt::Key_PageUp);
     EXPECT_LT(rows(), 80);
 }

@@ -1,6 +1,9 @@
 #include "WindowFixture.h"
 
-#include <QTest>
+#include "persistence/SettingsStore.h"
+#include "support/ManualClock.h"
+#include "view_models/chat/ChatViewModel.h"
+#include "view_models/sidebar/HistorySearchModel.h"
 
 namespace morvane {
 
@@ -10,53 +13,48 @@ class SearchTest : public WindowFixture {
 protected:
     void SetUp() override
     {
+        m_garden = addChat(u"Garden"_s, {u"Where?"_s, u"the fern by the wall"_s});
+        m_ferns = addChat(u"Ferns"_s);
         load();
         press(Qt::Key_K, Qt::ControlModifier);
     }
-    void find(const QString &title, const QString &excerpt)
+    void find(const QString &words)
     {
-        m_search.append({{u"conversationId"_s, title.left(1)},
-                         {u"title"_s, title},
-                         {u"excerpt"_s, excerpt},
-                         {u"section"_s, excerpt.isEmpty() ? u"Titles"_s : u"Messages"_s}});
+        type(words);
+        m_clock.advance(std::chrono::seconds(1));
+        ASSERT_TRUE(eventually([this] { return !m_app->search().isSearching(); }));
         settle();
     }
-    void setSearching(bool searching)
-    {
-        m_search.isSearching = searching;
-        Q_EMIT m_search.isSearchingChanged();
-        settle();
-    }
+
+    QString m_garden;
+    QString m_ferns;
 };
 
 TEST_F(SearchTest, KeysAloneLeadFromTheFieldToAFoundChatAndBack)
 {
-    type(u"fern"_s);
-    EXPECT_EQ(m_search.query(), u"fern"_s);
+    find(u"fern"_s);
     EXPECT_FALSE(item(u"conversations"_s)->isVisible()) << "the results stand in its place";
-    find(u"Ferns"_s, {});
-    find(u"Garden"_s, u"…the fern by the wall…"_s);
+    EXPECT_TRUE(shows(u"the fern by the wall"_s));
     press(Qt::Key_Down);
     press(Qt::Key_Down);
     press(Qt::Key_Return);
-    EXPECT_EQ(m_chat.takeCalls(), QStringList(u"open G"_s));
-    EXPECT_EQ(m_search.query(), u"fern"_s) << "the next result is one step away";
+    EXPECT_EQ(m_app->chat().conversationId(), m_garden);
+    EXPECT_EQ(m_app->search().query(), u"fern"_s) << "the next result is one step away";
 
     press(Qt::Key_K, Qt::ControlModifier);
     press(Qt::Key_Escape);
-    EXPECT_EQ(m_search.query(), QString());
+    EXPECT_EQ(m_app->search().query(), QString());
     EXPECT_TRUE(item(u"conversations"_s)->isVisible());
     press(Qt::Key_Escape);
     type(u"Hello"_s);
-    EXPECT_EQ(m_chat.draft(), u"Hello"_s) << "an empty field gives the focus back";
+    EXPECT_EQ(m_app->chat().draft(), u"Hello"_s) << "an empty field gives the focus back";
 }
 
 TEST_F(SearchTest, AnEmptyResultSaysSoOnceTheSearchIsOver)
 {
-    setSearching(true);
     type(u"zzz"_s);
     EXPECT_EQ(item(u"searchState"_s)->property("text").toString(), u"Searching…"_s);
-    setSearching(false);
+    find(u"z"_s);
     EXPECT_EQ(item(u"searchState"_s)->property("text").toString(), u"No chat has these words."_s);
 }
 
@@ -65,8 +63,8 @@ TEST_F(SearchTest, TheKeyOpensAHiddenSidebar)
     press(Qt::Key_F9);
     press(Qt::Key_K, Qt::ControlModifier);
     type(u"a"_s);
-    EXPECT_EQ(m_search.query(), u"a"_s);
-    EXPECT_TRUE(m_shell.sidebarOpen);
+    EXPECT_EQ(m_app->search().query(), u"a"_s);
+    EXPECT_TRUE(m_app->settings().chatHistoryOpen());
 }
 
 } // namespace morvane

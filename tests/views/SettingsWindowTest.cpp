@@ -1,5 +1,16 @@
 #include "WindowFixture.h"
 
+#include "ai/prompts/SystemPromptStore.h"
+#include "memory/MemoryStore.h"
+#include "persistence/SettingsStore.h"
+#include "services/WebAccessError.h"
+#include "support/ScriptedServer.h"
+#include "view_models/ShellViewModel.h"
+#include "view_models/settings/AISettingsViewModel.h"
+#include "view_models/settings/InstructionsViewModel.h"
+#include "view_models/settings/NetworkLedgerViewModel.h"
+#include "view_models/settings/SearchKeyViewModel.h"
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -9,164 +20,293 @@ protected:
     void SetUp() override
     {
         load();
-        m_settings = settingsWindow();
-        ASSERT_NE(m_settings, nullptr);
+        m_page = settingsWindow();
+        ASSERT_NE(m_page, nullptr);
     }
-    [[nodiscard]] QQuickItem *control(const QString &name) const { return item(m_settings, name); }
+    // The one of the page that is shown; null when it isn't drawn.
+    [[nodiscard]] QQuickItem *control(const QString &name) const { return WindowDriver::item(m_page, name); }
+    void pressKey(int key) { WindowDriver::press(m_page, key); }
     void fill(const QString &name, const QString &text)
     {
         control(name)->forceActiveFocus();
-        press(m_settings, Qt::Key_A, Qt::ControlModifier);
-        type(m_settings, text);
+        WindowDriver::press(m_page, Qt::Key_A, Qt::ControlModifier);
+        WindowDriver::type(m_page, text);
     }
     void turnTo(const QString &page)
     {
-        m_settings->setProperty("page", page);
+        m_page->setProperty("page", page);
         settle();
     }
+    [[nodiscard]] bool says(const QString &text) const { return shows(m_page, text); }
+    // A question comes up on its harmless answer; the other one is taken.
+    void confirm(const QString &button)
+    {
+        ASSERT_TRUE(eventually([&] { // a panel that fades takes no clicks, and lets none through
+            click(control(button));
+            return isAt(m_page, u"Cancel"_s);
+        }));
+        pressKey(Qt::Key_Tab);
+        pressKey(Qt::Key_Return);
+    }
 
-    QQuickWindow *m_settings = nullptr;
+    QQuickWindow *m_page = nullptr;
 };
 
-TEST_F(SettingsWindowTest, FieldsGoToTheirSettingsAtOnce)
+TEST_F(SettingsWindowTest, FieldsGoToTheirSettingsAtOnceAndFollowThem)
 {
-    fill(u"address"_s, u"http://a"_s);
+    SettingsStore &settings = m_app->settings();
+    fill(u"address"_s, u"http://a.example"_s);
     fill(u"model"_s, u"small"_s);
-    EXPECT_EQ(m_aiSettings.address, u"http://a"_s);
-    EXPECT_EQ(m_aiSettings.model, u"small"_s);
-
-    control(u"temperature"_s)->forceActiveFocus();
-    press(m_settings, Qt::Key_Right);
-    EXPECT_DOUBLE_EQ(m_aiSettings.temperature, 0.8);
-    control(u"maxContextMessages"_s)->forceActiveFocus();
-    press(m_settings, Qt::Key_Up);
-    EXPECT_EQ(m_aiSettings.maxContextMessages, 21);
-    control(u"maxOutputTokens"_s)->forceActiveFocus();
-    press(m_settings, Qt::Key_Down);
-    EXPECT_EQ(m_aiSettings.maxOutputTokens, 2048 - 256);
-}
-
-TEST_F(SettingsWindowTest, AnAddressThatCannotBeUsedSaysWhy)
-{
-    m_aiSettings.addressProblem = u"The address needs a host."_s;
-    Q_EMIT m_aiSettings.addressChanged();
-    settle();
+    EXPECT_EQ(settings.baseURLString(), u"http://a.example"_s);
+    EXPECT_EQ(settings.model(), u"small"_s);
     EXPECT_TRUE(control(u"address"_s)->property("hasProblem").toBool());
-    const auto all = allItems(m_settings);
-    EXPECT_TRUE(std::any_of(all.begin(), all.end(), [](QQuickItem *child) {
-        return child->isVisible() && child->property("text") == u"The address needs a host."_s;
-    }));
+    ASSERT_FALSE(m_app->aiSettings().addressProblem().isEmpty());
+    EXPECT_TRUE(says(m_app->aiSettings().addressProblem())) << "why it can't be used";
+    const auto step = [&](const QString &name, int key) {
+        control(name)->forceActiveFocus();
+        pressKey(key);
+    };
+    step(u"temperature"_s, Qt::Key_Right);
+    EXPECT_DOUBLE_EQ(settings.temperature(), 0.8);
+    step(u"maxContextMessages"_s, Qt::Key_Up);
+    EXPECT_EQ(settings.maxContextMessages(), 31);
+    step(u"maxOutputTokens"_s, Qt::Key_Down);
+    EXPECT_EQ(settings.maxOutputTokens(), 1024 - 256);
+
+    settings.setBaseURLString(u"http://localhost:1/v1"_s);
+    settings.setMaxOutputTokens(77);
+    settle();
+    EXPECT_FALSE(control(u"address"_s)->property("hasProblem").toBool());
+    EXPECT_EQ(control(u"address"_s)->property("text"), u"http://localhost:1/v1"_s);
+    EXPECT_EQ(control(u"maxOutputTokens"_s)->property("value"), 77);
 }
 
-TEST_F(SettingsWindowTest, TheKeyGoesInAndIsNeverShownAgain)
+TEST_F(SettingsWindowTest, AKeyGoesInIsNeverShownAgainAndSaysWhyItWasNotSaved)
 {
-    EXPECT_FALSE(control(u"removeKey"_s)->isVisible());
-    EXPECT_EQ(control(u"key"_s)->property("echoMode").toInt(), 2) << "TextInput.Password";
-    fill(u"key"_s, u"secret"_s);
-    click(control(u"saveKey"_s));
-    EXPECT_EQ(m_aiSettings.savedKeys, QStringList(u"secret"_s));
-    EXPECT_EQ(control(u"key"_s)->property("text").toString(), QString());
-    click(control(u"removeKey"_s));
-    EXPECT_EQ(m_aiSettings.savedKeys, QStringList({u"secret"_s, QString()}));
-    EXPECT_FALSE(control(u"removeKey"_s)->isVisible());
+    for (const auto &[page, account] :
+         {std::pair{u"ai"_s, u"ai-provider-api-key"_s}, {u"abilities"_s, u"brave-search-api-key"_s}}) {
+        turnTo(page);
+        m_keychain.setFailure(KeychainError(KeychainError::Operation::Save, 1));
+        fill(u"key"_s, u"secret"_s);
+        click(control(u"saveKey"_s));
+        EXPECT_TRUE(eventually([this] { return says(u"could not be saved to the Keychain."_s); }));
+        EXPECT_EQ(control(u"removeKey"_s), nullptr);
+        m_keychain.setFailure({});
+        EXPECT_EQ(control(u"key"_s)->property("echoMode").toInt(), 2) << "TextInput.Password";
+        fill(u"key"_s, u" secret "_s);
+        pressKey(Qt::Key_Return);
+        EXPECT_EQ(control(u"key"_s)->property("text").toString(), QString());
+        ASSERT_TRUE(eventually([this] { return control(u"removeKey"_s) != nullptr; }));
+        EXPECT_EQ(m_keychain.read(account), u"secret"_s);
+        click(control(u"removeKey"_s));
+        ASSERT_TRUE(eventually([this] { return control(u"removeKey"_s) == nullptr; }));
+        EXPECT_EQ(m_keychain.read(account), std::nullopt);
+    }
 }
 
 TEST_F(SettingsWindowTest, TheConnectionTestRunsCanBeCancelledAndSaysHowItWent)
 {
     QQuickItem *button = control(u"testConnection"_s);
+    const auto said = [&] { return accessibleName(button->parentItem()->parentItem()->parentItem()); };
+    ScriptedServer silent([](ScriptedServer::Connection &connection) { connection.awaitClose(); });
+    m_app->settings().setBaseURLString(silent.url(u"/v1"_s).toString());
     click(button);
-    EXPECT_EQ(m_aiSettings.testState, FakeAISettings::TestState::running);
+    EXPECT_EQ(said(), u"Asking the server…"_s);
     EXPECT_EQ(accessibleName(button), u"Cancel"_s);
     click(button);
-    EXPECT_EQ(m_aiSettings.testState, FakeAISettings::TestState::untested);
-    m_aiSettings.setTest(FakeAISettings::TestState::failed, u"It refused."_s, u"Check the key."_s);
-    settle();
-    const auto row = button->parentItem()->parentItem()->parentItem();
-    EXPECT_EQ(accessibleName(row), u"It refused. Check the key."_s);
+    EXPECT_EQ(accessibleName(button), u"Test"_s);
+    EXPECT_EQ(said(), u"Asks the server for a short reply."_s);
+
+    const struct {
+        QByteArray status;
+        QString words;
+    } outcomes[] = {
+        {"401 No", u"The AI provider rejected the API key. Check the API key in Settings → AI."_s},
+        {"200 OK", u"The server answered."_s}};
+    m_keychain.save(u"sk"_s, u"ai-provider-api-key"_s);
+    for (const auto &[status, words] : outcomes) {
+        const ScriptedServer server(ScriptedServer::answering(ScriptedServer::response(
+            status, R"({"choices":[{"message":{"role":"assistant","content":"Hi"}}]})")));
+        m_app->settings().setBaseURLString(server.url(u"/v1"_s).toString());
+        click(button);
+        EXPECT_TRUE(eventually([&, words = words] { return said() == words; })) << said().toStdString();
+        EXPECT_TRUE(server.requests().back().head.contains("Bearer sk\r\n"));
+        m_app->settings().setTemperature(m_app->settings().temperature() + 0.1);
+        settle();
+        EXPECT_EQ(said(), u"Asks the server for a short reply."_s) << "a result ends with its settings";
+    }
 }
 
 TEST_F(SettingsWindowTest, AModelIsPickedFromWhatTheServerLists)
 {
-    click(control(u"pickModel"_s));
-    EXPECT_TRUE(m_aiSettings.serverModels->isFetching);
-    EXPECT_EQ(accessibleName(control(u"modelPickerState"_s)), u"Asking the server…"_s);
-    m_aiSettings.serverModels->answer({u"llama3.2:3b"_s, u"qwen2.5:7b"_s});
-    settle();
-    press(m_settings, Qt::Key_Down);
-    press(m_settings, Qt::Key_Return);
-    EXPECT_EQ(m_aiSettings.model, u"qwen2.5:7b"_s);
-    EXPECT_FALSE(control(u"modelPickerState"_s));
-
-    m_aiSettings.serverModels->answer({}, u"It refused."_s);
-    click(control(u"pickModel"_s));
-    m_aiSettings.serverModels->answer({}, u"It refused."_s);
-    settle();
-    EXPECT_EQ(accessibleName(control(u"modelPickerState"_s)), u"It refused."_s);
+    const struct {
+        QByteArray body;
+        QString words; // in place of the list
+    } answers[] = {{R"({"data":[]})", u"The server lists no models."_s},
+                   {"nonsense", u"The AI provider returned a response"_s},
+                   {R"({"data":[{"id":"llama3.2:3b"},{"id":"qwen2.5:7b"}]})", {}}};
+    for (const auto &[body, words] : answers) {
+        const ScriptedServer server(ScriptedServer::answering(ScriptedServer::response("200 OK", body)));
+        m_app->settings().setBaseURLString(server.url(u"/v1"_s).toString());
+        click(control(u"pickModel"_s));
+        ASSERT_TRUE(eventually([&, words = words] {
+            QQuickItem *state = control(u"modelPickerState"_s);
+            return words.isEmpty() ? !state : state && accessibleName(state).startsWith(words);
+        })) << body.constData();
+        pressKey(words.isEmpty() ? Qt::Key_Down : Qt::Key_Escape);
+    }
+    pressKey(Qt::Key_Return);
+    EXPECT_EQ(m_app->settings().model(), u"qwen2.5:7b"_s);
 }
 
 TEST_F(SettingsWindowTest, InstructionsAreSavedWhenTheFieldIsLeftAndResetAsksFirst)
 {
     turnTo(u"instructions"_s);
-    control(u"instructions.field"_s)->forceActiveFocus();
-    type(m_settings, u"Be short."_s);
+    fill(u"instructions.field"_s, u"Be short."_s);
     turnTo(u"ai"_s);
-    EXPECT_EQ(m_instructions.text, u"Be short."_s);
+    EXPECT_EQ(m_app->instructions().text(), u"Be short."_s);
     turnTo(u"instructions"_s);
-    const auto isAsked = [this] { return accessibleName(m_settings->activeFocusItem()) == "Cancel"_L1; };
     click(control(u"resetInstructions"_s));
-    ASSERT_TRUE(eventually(isAsked));
-    press(m_settings, Qt::Key_Escape);
-    EXPECT_EQ(m_instructions.resets, 0);
-    EXPECT_TRUE(m_settings->isVisible()) << "Escape closed the question and not the window";
-    ASSERT_TRUE(eventually([&] { // the panel that fades takes no clicks, and lets none through
-        click(control(u"resetInstructions"_s));
-        return isAsked();
-    }));
-    press(m_settings, Qt::Key_Tab);
-    press(m_settings, Qt::Key_Return);
-    EXPECT_EQ(m_instructions.resets, 1);
+    ASSERT_TRUE(eventually([this] { return isAt(m_page, u"Cancel"_s); }));
+    pressKey(Qt::Key_Escape);
+    EXPECT_EQ(m_app->instructions().text(), u"Be short."_s);
+    EXPECT_TRUE(m_page->isVisible()) << "Escape closed the question and not the window";
+    confirm(u"resetInstructions"_s);
+    EXPECT_EQ(m_app->instructions().text(), QString());
     EXPECT_EQ(control(u"instructions.field"_s)->property("text").toString(), QString());
-    m_instructions.problem = u"Sealed with a lost key."_s;
-    Q_EMIT m_instructions.problemChanged();
-    settle();
-    EXPECT_EQ(accessibleName(control(u"instructionsProblem"_s)), u"Sealed with a lost key."_s);
+}
+
+TEST_F(SettingsWindowTest, WhatALostKeyClosesSaysSoAndClearingIsTheWayOut)
+{
+    m_app->instructions().setText(u"Be short."_s);
+    m_app->memory().remember(u"Likes tea."_s);
+    m_keychain.remove(u"local-data-key"_s);
+    start();
+    SetUp();
+    turnTo(u"instructions"_s);
+    EXPECT_EQ(accessibleName(control(u"instructionsProblem"_s)), SystemPromptStore::loadFailedMessage());
+    EXPECT_FALSE(control(u"instructions.field"_s)->isEnabled());
+    confirm(u"resetInstructions"_s);
+    EXPECT_TRUE(control(u"instructions.field"_s)->isEnabled());
+    turnTo(u"memory"_s);
+    EXPECT_TRUE(accessibleName(control(u"memoryProblem"_s)).contains(u"a key this Mac no longer has"_s));
+    confirm(u"clearMemory"_s);
+    EXPECT_FALSE(m_app->memory().loadFailed());
+    EXPECT_EQ(control(u"memoryProblem"_s), nullptr);
 }
 
 TEST_F(SettingsWindowTest, AppearanceFollowsItsChoices)
 {
+    SettingsStore &settings = m_app->settings();
+    const auto ground = [this](const QString &choice = {}) {
+        if (!choice.isEmpty())
+            click(control(choice));
+        return m_window->color();
+    };
     turnTo(u"appearance"_s);
-    click(control(u"appearance.dark"_s));
-    EXPECT_EQ(m_shell.appearance, u"dark"_s);
+    const QColor light = ground(u"appearance.light"_s);
+    const QColor dark = ground(u"appearance.dark"_s);
+    EXPECT_LT(dark.lightness(), light.lightness());
+    const QColor dusk = ground(u"appearance.gallery"_s);
+    EXPECT_NE(dusk, dark);
+    settings.setGalleryBackdrop(u"forest"_s);
+    EXPECT_NE(ground(), dusk);
+    settings.setGalleryBackdrop(u"no such place"_s);
+    EXPECT_EQ(ground(), dusk);
+    EXPECT_EQ(ground(u"appearance.system"_s), light);
+    m_app->shell().setSystemDark(true);
+    EXPECT_EQ(ground(), dark);
+
+    const auto height = [this] { return control(u"textSize.large"_s)->height(); };
+    const double before = height();
     control(u"textSize.large"_s)->forceActiveFocus(Qt::TabFocusReason);
-    press(m_settings, Qt::Key_Return);
-    EXPECT_EQ(m_shell.textSize, u"large"_s);
+    pressKey(Qt::Key_Return);
+    EXPECT_EQ(settings.chatTextSize(), ChatTextSize::large);
+    EXPECT_NEAR(height(), before * 1.15, 1);
     click(control(u"reduceMotion"_s));
-    EXPECT_FALSE(m_shell.reduceAnimation);
+    EXPECT_FALSE(settings.reduceAnimation());
 }
 
 TEST_F(SettingsWindowTest, TheLedgerIsFollowedOnlyWhileItIsShown)
 {
-    EXPECT_FALSE(m_ledger.watching);
+    NetworkLedgerViewModel &ledger = m_app->networkLedger();
+    const ScriptedServer server(ScriptedServer::answering(ScriptedServer::response("200 OK", "{}")));
+    m_app->settings().setBaseURLString(server.url(u"/v1"_s).toString());
+    m_app->aiSettings().serverModels()->fetch();
+    ASSERT_TRUE(eventually([this] { return !m_app->aiSettings().serverModels()->isFetching(); }));
+    EXPECT_EQ(ledger.rowCount(), 0);
     turnTo(u"network"_s);
-    EXPECT_TRUE(m_ledger.watching);
-    EXPECT_FALSE(control(u"clearLedger"_s)->isEnabled());
-    m_ledger.append({{u"time"_s, u"12:00"_s},
-                     {u"host"_s, u"localhost"_s},
-                     {u"place"_s, u"This Mac"_s},
-                     {u"feature"_s, u"Chat"_s},
-                     {u"carried"_s, u"none"_s},
-                     {u"sent"_s, u"1 kB"_s},
-                     {u"received"_s, u"2 kB"_s},
-                     {u"outcome"_s, u"200"_s}});
+    ASSERT_TRUE(eventually([this] { return control(u"clearLedger"_s)->isEnabled(); }));
+    EXPECT_TRUE(says(u"HTTP 200"_s));
+    ledger.exportTo(QUrl(u"file:///nowhere/x.csv"_s));
     settle();
+    EXPECT_NE(control(u"exportProblem"_s), nullptr);
+    EXPECT_TRUE(ledger.exportTo(QUrl::fromLocalFile(m_profile.filePath(u"x.csv"_s))));
+    settle();
+    EXPECT_EQ(control(u"exportProblem"_s), nullptr);
     click(control(u"clearLedger"_s));
-    EXPECT_EQ(m_ledger.count(), 0);
-    m_ledger.exportTo(QUrl(u"file:///nowhere/x.csv"_s));
-    settle();
-    EXPECT_TRUE(control(u"exportProblem"_s)->isVisible());
-    press(m_settings, Qt::Key_Escape);
-    EXPECT_FALSE(m_settings->isVisible());
-    EXPECT_FALSE(m_ledger.watching);
+    EXPECT_FALSE(says(u"HTTP 200"_s));
+    EXPECT_FALSE(control(u"clearLedger"_s)->isEnabled());
+    pressKey(Qt::Key_Escape);
+    EXPECT_FALSE(m_page->isVisible());
+    EXPECT_FALSE(ledger.isWatching());
+}
+
+TEST_F(SettingsWindowTest, SwitchesApplyAtOnceAndAnAbilityThatIsOffSaysWhy)
+{
+    SettingsStore &settings = m_app->settings();
+    turnTo(u"abilities"_s);
+    EXPECT_FALSE(says(u"Turn on Web access"_s));
+    for (const auto &name : {u"web"_s, u"screen"_s, u"desktop"_s, u"memory"_s, u"enabled"_s})
+        click(control(u"abilities."_s + name + u".switch"_s));
+    EXPECT_EQ(std::tuple(settings.webAccessEnabled(), settings.screenAwarenessEnabled(),
+                         settings.desktopActionsEnabled(), settings.memoryEnabled(),
+                         settings.abilitiesEnabled()),
+              std::tuple(false, true, true, false, false));
+    EXPECT_TRUE(says(u"Turn on Web access"_s));
+    EXPECT_FALSE(control(u"abilities.web.switch"_s)->isEnabled());
+    turnTo(u"memory"_s);
+    click(control(u"memory.enabled.switch"_s));
+    EXPECT_TRUE(settings.memoryEnabled());
+}
+
+TEST_F(SettingsWindowTest, TheSearchKeyIsTried)
+{
+    m_keychain.save(u"bad"_s, u"own"_s);
+    SearchKeyViewModel key(m_keychain, u"own"_s, [](QString tried, std::stop_token) -> QCoro::Task<> {
+        if (tried != "good"_L1)
+            throw WebAccessError(WebAccessError::Plain::searchKeyRejected);
+        co_return;
+    });
+    m_page->setProperty("searchKey", QVariant::fromValue(&key));
+    turnTo(u"abilities"_s);
+    for (const auto &words : {u"The search service rejected that key."_s, u"The key works."_s}) {
+        EXPECT_TRUE(says(u"Searches the web once, for the word “test”."_s));
+        click(control(u"testSearchKey"_s));
+        EXPECT_TRUE(eventually([&] { return says(words); })) << words.toStdString();
+        fill(u"key"_s, u"good"_s);
+        pressKey(Qt::Key_Return);
+        EXPECT_TRUE(eventually([&] { return !says(words); })) << "what came of the former key is gone";
+    }
+    m_page->setProperty("searchKey", QVariant::fromValue(&m_app->searchKey()));
+}
+
+TEST_F(SettingsWindowTest, ANoteIsEditedInPlaceAndDeleted)
+{
+    MemoryStore &memory = m_app->memory();
+    memory.remember(u"Lives in Oslo."_s);
+    memory.remember(u"Likes tea."_s); // the latest stands first
+    turnTo(u"memory"_s);
+    for (const auto &[words, key] :
+         {std::pair{u"Likes rooibos."_s, Qt::Key_Return}, {u"x"_s, Qt::Key_Escape}}) {
+        click(control(u"editNote"_s));
+        fill(u"noteField"_s, words);
+        pressKey(key);
+        EXPECT_EQ(memory.facts().back().text, u"Likes rooibos."_s);
+    }
+    click(control(u"removeNote"_s));
+    ASSERT_EQ(memory.facts().size(), 1U);
+    EXPECT_EQ(memory.facts().front().text, u"Lives in Oslo."_s);
 }
 
 } // namespace morvane

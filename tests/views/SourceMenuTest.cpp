@@ -1,48 +1,48 @@
 #include "WindowFixture.h"
 
+#include "persistence/SettingsStore.h"
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
 
 class SourceMenuTest : public WindowFixture {
 protected:
-    void SetUp() override
-    {
-        m_sources.offer(u"Private cloud"_s, u"Not available in this build."_s);
-        m_sources.offer(u"Local Llama"_s, {}, true);
-        m_sources.offer(u"printer.example"_s);
-        load();
-    }
+    [[nodiscard]] bool isOpen() const { return item(u"sourceSettings"_s) != nullptr; }
 };
 
 TEST_F(SourceMenuTest, APlaceIsPickedByKeysAndOneThatCannotRunIsNot)
 {
+    m_app->settings().setHostedChatEnabled(true);
     item(u"sourceButton"_s)->forceActiveFocus(Qt::TabFocusReason);
     press(Qt::Key_Return);
-    ASSERT_TRUE(eventually([this] { return item(u"sourceSettings"_s) != nullptr; }));
+    ASSERT_TRUE(eventually([this] { return isOpen(); }));
+    EXPECT_TRUE(shows(u"The private cloud is not available in this build."_s));
     press(Qt::Key_Return);
-    EXPECT_TRUE(m_sources.chosen.isEmpty()) << "the first one can't run";
-    press(Qt::Key_Down);
+    EXPECT_TRUE(isOpen()) << "the first one can't run";
     press(Qt::Key_Down);
     press(Qt::Key_Return);
-    EXPECT_EQ(m_sources.chosen, QList<int>({2}));
-    EXPECT_TRUE(eventually([this] { return item(u"sourceSettings"_s) == nullptr; }));
+    EXPECT_FALSE(m_app->settings().hostedChatEnabled());
+    EXPECT_TRUE(eventually([this] { return !isOpen(); }));
 }
 
 TEST_F(SourceMenuTest, WhoCanReadAMessageIsInPlainViewBeforeItIsSent)
 {
-    EXPECT_EQ(item(u"sourceLine"_s)->property("note").toString(), u"Stays on this computer"_s);
-    m_sources.destination = u"Goes to example.org"_s;
-    m_sources.warning = u"example.org can read what you send."_s;
-    Q_EMIT m_sources.sourceChanged();
+    const auto line = [this] { return accessibleName(item(u"sourceLine"_s)); };
+    EXPECT_FALSE(line().contains(u"can read"_s)) << line().toStdString();
+    m_app->settings().setBaseURLString(u"https://api.example.org/v1"_s);
     settle();
-    EXPECT_TRUE(accessibleName(item(u"sourceLine"_s)).contains(m_sources.warning));
+    EXPECT_TRUE(line().contains(u"api.example.org can read what you send."_s)) << line().toStdString();
+    EXPECT_TRUE(shows(u"api.example.org can read what you send."_s));
+    m_app->settings().setBaseURLString(u"http://192.168.7.7/v1"_s);
+    settle();
+    EXPECT_TRUE(line().contains(u"192.168.7.7 is not encrypted."_s)) << line().toStdString();
 }
 
 TEST_F(SourceMenuTest, ItsLastEntryLeadsToTheSettings)
 {
     click(item(u"sourceButton"_s));
-    ASSERT_TRUE(eventually([this] { return item(u"sourceSettings"_s) != nullptr; }));
+    ASSERT_TRUE(eventually([this] { return isOpen(); }));
     click(item(u"sourceSettings"_s));
     EXPECT_NE(settingsWindow(), nullptr);
 }

@@ -1,19 +1,26 @@
 #include "WindowFixture.h"
 
-#include "view_models/blocks/ReplyBlocksModel.h"
+#include "ai/routing/AIRequestRouter.h"
+#include "app/MainWindowController.h"
+#include "models/ChatMessage.h"
+#include "models/Conversation.h"
+#include "persistence/ConversationRepository.h"
+#include "persistence/SettingsStore.h"
+#include "support/Await.h"
+#include "utils/text/Identifier.h"
+#include "view_models/ShellViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
+#include "view_models/sidebar/ConversationListModel.h"
 
 #include <QAccessible>
-#include <QDeadlineTimer>
+#include <QClipboard>
 #include <QGuiApplication>
-#include <QSignalSpy>
 #include <QTest>
-#include <QtQml/QQmlExtensionPlugin>
-
-Q_IMPORT_QML_PLUGIN(MorvanePlugin)
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -22,97 +29,199 @@ QtMessageHandler formerHandler = nullptr;
 
 void noteComplaint(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
-    // Off screen there is no stack of windows to raise one in.
-    const bool counts = type != QtDebugMsg && type != QtInfoMsg && !message.contains("raise()"_L1);
+    // The program's own log has categories; off screen there is no stack of windows to raise one in.
+    const bool counts = type != QtDebugMsg && type != QtInfoMsg &&
+                        !QByteArrayView(context.category).startsWith("ai.morvane") &&
+                        !message.contains("raise()"_L1);
     if (complaints && counts)
         *complaints += message;
     formerHandler(type, context, message);
 }
 
-template <typename Fake>
-void offer(const char *name)
-{
-    qmlRegisterUncreatableType<Fake>("Morvane.ViewModels", 1, 0, name, u"made by the test"_s);
-}
-
-void offerFakes()
-{
-    static const bool offered = [] {
-        offer<FakeMessageList>("MessageListModel");
-        offer<FakeConversationList>("ConversationListModel");
-        offer<FakeSearch>("HistorySearchModel");
-        offer<FakeSources>("SourceMenuViewModel");
-        offer<FakeServerModels>("ServerModelsViewModel");
-        offer<FakeInstructions>("InstructionsViewModel");
-        offer<FakeReceipts>("NoteReceiptsModel");
-        offer<FakeAbilities>("AbilitiesViewModel");
-        offer<FakeSearchKey>("SearchKeyViewModel");
-        offer<FakeMemory>("MemoryViewModel");
-        offer<FakeNetworkLedger>("NetworkLedgerViewModel");
-        offer<FakeChat>("ChatViewModel");
-        offer<FakeAISettings>("AISettingsViewModel");
-        offer<FakeShell>("ShellViewModel");
-        offer<FakeCompanion>("CompanionViewModel");
-        qmlRegisterType<ReplyBlocksModel>("Morvane.ViewModels", 1, 0, "ReplyBlocksModel"); // the real one
-        qmlRegisterUncreatableMetaObject(Companion::staticMetaObject, "Morvane.ViewModels", 1, 0, "Companion",
-                                         u"an enumeration"_s);
-        return true;
-    }();
-    Q_UNUSED(offered)
-}
-
 } // namespace
 
+// Answers piece by piece as the test goes.
+class ScriptedProvider final : public AIProvider {
+public:
+    AsyncStream<AIStreamEvent> streamReply(std::vector<AIMessage>, AIConfiguration,
+                                           std::vector<AITool>) override
+    {
+        auto [stream, producer] = AsyncStream<AIStreamEvent>::make();
+        reply = std::move(producer);
+        return std::move(stream);
+    }
+
+    std::optional<AsyncStream<AIStreamEvent>::Producer> reply; // the newest
+};
+
 WindowFixture::WindowFixture()
+    : m_clock(QDateTime::currentDateTimeUtc()) // the window counts an approval down by the real one
+    , m_provider(std::make_shared<ScriptedProvider>())
 {
     complaints = &m_complaints;
     formerHandler = qInstallMessageHandler(noteComplaint);
-    offerFakes();
+    start();
 }
 
 WindowFixture::~WindowFixture()
 {
-    m_engine.reset();
+    close();
     qInstallMessageHandler(formerHandler);
     complaints = nullptr;
 }
 
+void WindowFixture::start()
+{
+    close();
+    CommandLine commandLine;
+    commandLine.profile = m_profile.path();
+    m_app = std::make_unique<AppState>(commandLine, AppState::Host::test, m_clock,
+                                       AppState::Secrets{m_keychain, m_keychain});
+    m_app->router().injectProvider(m_provider);
+    m_app->settings().setModel(u"practice"_s);
+    m_app->settings().setReduceAnimation(true); // nothing slides, so nothing has to be waited for
+    QObject::connect(&m_app->shell(), &ShellViewModel::linkRequested,
+                     [this](const QUrl &link) { m_openedLinks += link.toString(); });
+}
+
+// Ends what a test left running first, so that no suspended turn outlives its services.
+void WindowFixture::close()
+{
+    if (!m_app)
+        return;
+    m_app->chat().decline();
+    m_app->willTerminate();
+    TestWait::settle();
+    m_controller.reset();
+    m_app.reset();
+    TestWait::settle();
+}
+
 void WindowFixture::load()
 {
-    m_engine = std::make_unique<QQmlApplicationEngine>();
-    m_engine->addImportPath(u"qrc:/qt/qml"_s);
-    m_engine->setInitialProperties({{u"chat"_s, QVariant::fromValue(&m_chat)},
-                                    {u"conversations"_s, QVariant::fromValue(&m_conversations)},
-                                    {u"search"_s, QVariant::fromValue(&m_search)},
-                                    {u"sources"_s, QVariant::fromValue(&m_sources)},
-                                    {u"instructions"_s, QVariant::fromValue(&m_instructions)},
-                                    {u"receipts"_s, QVariant::fromValue(&m_receipts)},
-                                    {u"abilities"_s, QVariant::fromValue(&m_abilities)},
-                                    {u"searchKey"_s, QVariant::fromValue(&m_searchKey)},
-                                    {u"memory"_s, QVariant::fromValue(&m_memory)},
-                                    {u"aiSettings"_s, QVariant::fromValue(&m_aiSettings)},
-                                    {u"networkLedger"_s, QVariant::fromValue(&m_ledger)},
-                                    {u"shell"_s, QVariant::fromValue(&m_shell)},
-                                    {u"companion"_s, QVariant::fromValue(&m_companion)}});
-    m_engine->load(QUrl(u"qrc:/qt/qml/Morvane/Main.qml"_s));
-    ASSERT_EQ(m_engine->rootObjects().size(), 1);
-    m_window = qobject_cast<QQuickWindow *>(m_engine->rootObjects().constFirst());
+    m_controller = std::make_unique<MainWindowController>(*m_app);
+    m_window = m_controller->window();
     ASSERT_NE(m_window, nullptr);
-    m_window->show();
-    m_window->requestActivate();
+    m_controller->show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(m_window));
     settle();
 }
 
 void WindowFixture::TearDown()
 {
+    close();
     EXPECT_TRUE(m_complaints.isEmpty()) << m_complaints.join(u'\n').toStdString();
+}
+
+QString WindowFixture::addChat(const QString &title, const QStringList &messages,
+                               const std::function<void(ChatMessage &last)> &finish)
+{
+    m_clock.advance(1s);
+    ConversationRepository &repository = m_app->repository();
+    const auto chat = repository.create();
+    for (qsizetype i = 0; i < messages.size(); ++i) {
+        const bool isReply = (messages.size() - i) % 2 == 1;
+        const auto message =
+            repository.makeMessage({.id = QUuid::createUuid(),
+                                    .role = isReply ? MessageRole::assistant : MessageRole::user,
+                                    .content = messages[i],
+                                    .createdAt = m_clock.now().addMSecs(i),
+                                    .status = MessageStatus::delivered});
+        if (finish && i + 1 == messages.size())
+            finish(*message);
+        repository.add(message, *chat);
+    }
+    repository.rename(*chat, title);
+    m_app->conversations().refresh();
+    return Identifier::text(chat->id());
+}
+
+void WindowFixture::showReply(const QString &text, const std::function<void(ChatMessage &reply)> &finish)
+{
+    m_app->chat().open(addChat(u"A chat"_s, {u"Question"_s, text}, finish));
+    settle();
+}
+
+void WindowFixture::send(const QString &words)
+{
+    m_provider->reply.reset();
+    m_app->chat().setDraft(words);
+    m_app->chat().send();
+    TestWait::until([this] { return m_provider->reply.has_value(); });
+    settle();
+}
+
+void WindowFixture::stream(const QString &piece)
+{
+    m_provider->reply->yield(AIStream::Text{piece});
+    TestWait::settle();
+    m_clock.advance(1s); // a piece held back is stored by then
+    settle();
+}
+
+void WindowFixture::endReply()
+{
+    m_provider->reply->finish();
+    TestWait::until([this] { return !m_app->chat().isResponding(); });
+    settle();
+}
+
+bool WindowFixture::isAbandoned() const
+{
+    return m_provider->reply->stopToken().stop_requested();
+}
+
+void WindowFixture::askToSearch(const QString &words, bool offersChatWideYes)
+{
+    const AIToolCall call{u"1"_s, u"search_web"_s, uR"({"query":"%1"})"_s.arg(words)};
+    [](QCoro::Task<ApprovalAnswer> asked, QStringList *answers) -> QCoro::Task<> {
+        const ApprovalAnswer answer = co_await asked;
+        *answers += answer == ApprovalAnswer::declined         ? u"no"_s
+                    : answer == ApprovalAnswer::allowedForChat ? u"yes for the chat"_s
+                                                               : u"yes"_s;
+    }(m_app->chat().requestApproval(u"Search the web"_s, call, offersChatWideYes), &m_answers);
+    settle();
+}
+
+QQuickItem *WindowFixture::named(const QString &name) const
+{
+    const auto items = allItems();
+    const auto found = std::find_if(items.begin(), items.end(), [&](QQuickItem *item) {
+        return item->isVisible() && item->width() > 0 && accessibleName(item) == name;
+    });
+    return found == items.end() ? nullptr : *found;
+}
+
+bool WindowFixture::shows(QQuickWindow *window, const QString &text)
+{
+    const auto items = WindowDriver::allItems(window);
+    return std::any_of(items.begin(), items.end(), [&](QQuickItem *item) {
+        return item->isVisible() && item->property("text").toString().contains(text);
+    });
+}
+
+bool WindowFixture::isAt(QQuickWindow *window, const QString &name)
+{
+    return window->activeFocusItem() && accessibleName(window->activeFocusItem()) == name;
 }
 
 QString WindowFixture::accessibleName(QQuickItem *item)
 {
     QAccessibleInterface *face = QAccessible::queryAccessibleInterface(item);
     return face ? face->text(QAccessible::Name) : QString();
+}
+
+QString WindowFixture::clipboard()
+{
+    return QGuiApplication::clipboard()->text();
+}
+
+QStringList WindowFixture::transcript() const
+{
+    QStringList texts;
+    for (const auto &message : m_app->chat().messages()->messages())
+        texts += message->content();
+    return texts;
 }
 
 } // namespace morvane

@@ -1,20 +1,28 @@
 #pragma once
 
-#include "FakeViewModels.h"
+#include "app/AppState.h"
+#include "security/InMemoryKeychainService.h"
+#include "support/ManualClock.h"
 #include "support/WindowDriver.h"
 
-#include <QQmlApplicationEngine>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 
 namespace morvane {
 
-// The real window on view models under the test's control, shown off screen and driven by real key and
-// pointer events. Whatever QML complains about while a test runs fails the test.
+class ChatMessage;
+class MainWindowController;
+class ScriptedProvider;
+
+// The real window of the real application, on a profile of its own, shown off screen and driven by real key
+// and pointer events. Its keychain is in memory, its clock stands still and its model says what the test
+// gives it. Whatever QML complains about while a test runs fails the test.
 class WindowFixture : public testing::Test {
 protected:
     WindowFixture();
@@ -23,18 +31,40 @@ protected:
     void SetUp() override { load(); }
     void TearDown() override;
 
+    // Starts the application anew on its profile, without a window.
+    void start();
     void load();
 
-    [[nodiscard]] static QList<QQuickItem *> allItems(QQuickWindow *window)
+    // A saved chat, listed above the former ones. Its last message is the model's and becomes what `finish`
+    // makes of it; without messages it is empty.
+    QString addChat(const QString &title, const QStringList &messages = {},
+                    const std::function<void(ChatMessage &last)> &finish = {});
+    // A saved chat of one question and its reply, opened.
+    void showReply(const QString &text, const std::function<void(ChatMessage &reply)> &finish = {});
+
+    // Asks something, and lets the model begin to answer, go on, and end.
+    void send(const QString &words = QStringLiteral("Question"));
+    void stream(const QString &piece);
+    void endReply();
+    // Whether the newest turn was stopped.
+    [[nodiscard]] bool isAbandoned() const;
+
+    // A tool asks the person to search the web for those words; `answers` tells what became of each request.
+    void askToSearch(const QString &words, bool offersChatWideYes);
+
+    [[nodiscard]] QList<QQuickItem *> allItems() const { return WindowDriver::allItems(m_window); }
+    // Hidden or not; null when there is none.
+    [[nodiscard]] QQuickItem *item(const QString &objectName) const
     {
-        return WindowDriver::allItems(window);
+        return WindowDriver::anyItem(m_window, objectName);
     }
-    [[nodiscard]] QList<QQuickItem *> allItems() const { return allItems(m_window); }
-    [[nodiscard]] static QQuickItem *item(QQuickWindow *window, const QString &objectName)
-    {
-        return WindowDriver::anyItem(window, objectName);
-    }
-    [[nodiscard]] QQuickItem *item(const QString &objectName) const { return item(m_window, objectName); }
+    // The first one of a window that is drawn and that assistive technology knows by this name.
+    [[nodiscard]] QQuickItem *named(const QString &name) const;
+    // Whether these words are drawn anywhere in a window.
+    [[nodiscard]] static bool shows(QQuickWindow *window, const QString &text);
+    [[nodiscard]] bool shows(const QString &text) const { return shows(m_window, text); }
+    // Whether the item that has the keyboard has this name.
+    [[nodiscard]] static bool isAt(QQuickWindow *window, const QString &name);
     // The settings window; opened if it isn't yet.
     [[nodiscard]] QQuickWindow *settingsWindow() { return WindowDriver::settingsWindow(m_window); }
 
@@ -42,12 +72,7 @@ protected:
     {
         WindowDriver::press(m_window, key, modifiers);
     }
-    static void press(QQuickWindow *window, int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
-    {
-        WindowDriver::press(window, key, modifiers);
-    }
-    static void type(QQuickWindow *window, const QString &text) { WindowDriver::type(window, text); }
-    void type(const QString &text) { type(m_window, text); }
+    void type(const QString &text) { WindowDriver::type(m_window, text); }
     static void click(QQuickItem *item) { WindowDriver::click(item); }
     static bool eventually(const std::function<bool()> &condition)
     {
@@ -56,23 +81,24 @@ protected:
     static void settle() { WindowDriver::settle(); }
     // The name that assistive technology reads.
     [[nodiscard]] static QString accessibleName(QQuickItem *item);
+    [[nodiscard]] static QString clipboard();
+    // The texts of the open chat, one each.
+    [[nodiscard]] QStringList transcript() const;
 
-    FakeChat m_chat;
-    FakeConversationList m_conversations;
-    FakeSearch m_search;
-    FakeSources m_sources;
-    FakeInstructions m_instructions;
-    FakeReceipts m_receipts;
-    FakeAbilities m_abilities;
-    FakeSearchKey m_searchKey;
-    FakeMemory m_memory;
-    FakeAISettings m_aiSettings;
-    FakeNetworkLedger m_ledger;
-    FakeShell m_shell;
-    FakeCompanion m_companion;
-    QStringList m_complaints;
-    std::unique_ptr<QQmlApplicationEngine> m_engine;
+    QTemporaryDir m_profile;
+    ManualClock m_clock;
+    InMemoryKeychainService m_keychain;
+    std::unique_ptr<AppState> m_app;
+    QStringList m_openedLinks;
+    QStringList m_answers;
     QQuickWindow *m_window = nullptr;
+
+private:
+    void close();
+
+    std::shared_ptr<ScriptedProvider> m_provider;
+    std::unique_ptr<MainWindowController> m_controller;
+    QStringList m_complaints;
 };
 
 } // namespace morvane

@@ -6,7 +6,6 @@
 #include "support/Await.h"
 #include "support/WindowDriver.h"
 #include "utils/text/Identifier.h"
-#include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
 
@@ -37,8 +36,8 @@ Studio::Studio(QString folder, QString suffix, bool dark)
     commandLine.practiceServer = m_server.baseUrl();
     m_state = std::make_unique<AppState>(commandLine, AppState::Host::test, m_clock,
                                          AppState::Secrets{m_keychain, m_keychain});
-    m_state->shell().setAppearance(dark ? u"dark"_s : u"light"_s);
-    m_state->shell().setReduceAnimation(true); // pictures of things that stand still
+    m_state->settings().setAppearance(dark ? AppAppearance::dark : AppAppearance::light);
+    m_state->settings().setReduceAnimation(true); // pictures of things that stand still
     m_window = std::make_unique<MainWindowController>(*m_state);
     expect(window() != nullptr, "the window did not load");
     m_state->start();

@@ -1,6 +1,7 @@
 #include "Studio.h"
 
 #include "app/WindowEngine.h"
+#include "persistence/SettingsStore.h"
 #include "support/WindowDriver.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
@@ -50,10 +51,10 @@ void takeGhost(Studio &studio, bool dark)
 // The gallery appearance, on each of its backdrops.
 void takeGallery(Studio &studio)
 {
-    ShellViewModel &shell = studio.state().shell();
-    shell.setAppearance(u"gallery"_s);
+    SettingsStore &settings = studio.state().settings();
+    settings.setAppearance(AppAppearance::gallery);
     for (const QString &backdrop : ShellViewModel::backdrops()) {
-        shell.setBackdrop(backdrop);
+        settings.setGalleryBackdrop(backdrop);
         studio.take(u"gallery-"_s + backdrop);
     }
 }

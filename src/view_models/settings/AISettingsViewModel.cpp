@@ -4,13 +4,8 @@
 #include "ai/contract/ProviderError.h"
 #include "ai/providers/ServerModels.h"
 #include "ai/routing/AIRequestRouter.h"
-#include "async/CancelledError.h"
 #include "persistence/SettingsStore.h"
-#include "security/KeychainError.h"
-#include "security/KeychainServicing.h"
-#include "security/KeychainTasks.h"
-#include "utils/bytes/SecretBytes.h"
-#include "utils/text/Text.h"
+#include "utils/text/UserPresentableError.h"
 
 namespace morvane {
 
@@ -21,32 +16,22 @@ AISettingsViewModel::AISettingsViewModel(SettingsStore &settings, KeychainServic
                                          QObject *parent)
     : QObject(parent)
     , m_settings(settings)
-    , m_keychain(keychain)
     , m_router(router)
+    , m_key(keychain, AIRequestRouter::apiKeyAccount())
     , m_serverModels([&router, &network](std::stop_token stop) {
         return ServerModels::list(&network, router.settingsConfiguration(), std::move(stop));
     })
 {
-    const auto forward = [this, &settings](auto changed, auto mine) {
-        connect(&settings, changed, this, mine);
+    for (const auto changed : {&SettingsStore::baseURLStringChanged, &SettingsStore::modelChanged,
+                               &SettingsStore::temperatureChanged, &SettingsStore::maxOutputTokensChanged,
+                               &SettingsStore::maxContextMessagesChanged})
         connect(&settings, changed, this, &AISettingsViewModel::forgetTest);
-    };
-    forward(&SettingsStore::baseURLStringChanged, &AISettingsViewModel::addressChanged);
+    connect(&settings, &SettingsStore::baseURLStringChanged, this,
+            &AISettingsViewModel::addressProblemChanged);
     connect(&settings, &SettingsStore::baseURLStringChanged, &m_serverModels, &ServerModelsViewModel::forget);
-    forward(&SettingsStore::modelChanged, &AISettingsViewModel::modelChanged);
-    forward(&SettingsStore::temperatureChanged, &AISettingsViewModel::temperatureChanged);
-    forward(&SettingsStore::maxOutputTokensChanged, &AISettingsViewModel::maxOutputTokensChanged);
-    forward(&SettingsStore::maxContextMessagesChanged, &AISettingsViewModel::maxContextMessagesChanged);
-}
-
-QString AISettingsViewModel::address() const
-{
-    return m_settings.baseURLString();
-}
-
-void AISettingsViewModel::setAddress(const QString &address)
-{
-    m_settings.setBaseURLString(address);
+    connect(&m_key, &StoredKey::changed, this, &AISettingsViewModel::keyChanged);
+    connect(&m_key, &StoredKey::stored, this, &AISettingsViewModel::forgetTest);
+    connect(&m_key, &StoredKey::failed, this, &AISettingsViewModel::failTest);
 }
 
 QString AISettingsViewModel::addressProblem() const
@@ -57,84 +42,6 @@ QString AISettingsViewModel::addressProblem() const
     } catch (const ProviderError &error) {
         return error.userMessage();
     }
-}
-
-QString AISettingsViewModel::model() const
-{
-    return m_settings.model();
-}
-
-void AISettingsViewModel::setModel(const QString &model)
-{
-    m_settings.setModel(model);
-}
-
-bool AISettingsViewModel::hasKey() const
-{
-    try {
-        return m_keychain.read(AIRequestRouter::apiKeyAccount()).has_value();
-    } catch (const KeychainError &) {
-        return false;
-    }
-}
-
-double AISettingsViewModel::temperature() const
-{
-    return m_settings.temperature();
-}
-
-void AISettingsViewModel::setTemperature(double temperature)
-{
-    m_settings.setTemperature(temperature);
-}
-
-int AISettingsViewModel::maxOutputTokens() const
-{
-    return static_cast<int>(m_settings.maxOutputTokens());
-}
-
-void AISettingsViewModel::setMaxOutputTokens(int limit)
-{
-    m_settings.setMaxOutputTokens(limit);
-}
-
-int AISettingsViewModel::maxContextMessages() const
-{
-    return static_cast<int>(m_settings.maxContextMessages());
-}
-
-void AISettingsViewModel::setMaxContextMessages(int count)
-{
-    m_settings.setMaxContextMessages(count);
-}
-
-void AISettingsViewModel::saveKey(const QString &key)
-{
-    m_keySaving = TaskHandle::start([this, key = Text::trimmed(key)](std::stop_token) {
-        return storeKey(QPointer(this), &m_keychain, key);
-    });
-}
-
-QCoro::Task<> AISettingsViewModel::storeKey(QPointer<AISettingsViewModel> self, KeychainServicing *keychain,
-                                            QString key)
-{
-    ErrorPresentation failure;
-    try {
-        if (key.isEmpty())
-            co_await KeychainTasks::remove(keychain, AIRequestRouter::apiKeyAccount());
-        else
-            co_await KeychainTasks::save(keychain, key, AIRequestRouter::apiKeyAccount());
-    } catch (...) {
-        failure = presentationOf(std::current_exception());
-    }
-    wipe(key);
-    if (!self)
-        co_return;
-    if (failure.message.isEmpty())
-        self->forgetTest();
-    else
-        self->finishTest(TestState::failed, failure.message, failure.suggestion.value_or(QString()));
-    Q_EMIT self->keyChanged();
 }
 
 void AISettingsViewModel::test()
@@ -165,7 +72,12 @@ QCoro::Task<> AISettingsViewModel::runTest(QPointer<AISettingsViewModel> self, s
     if (succeeded)
         self->finishTest(TestState::succeeded, u"The server answered."_s, {});
     else
-        self->finishTest(TestState::failed, failure.message, failure.suggestion.value_or(QString()));
+        self->failTest(failure);
+}
+
+void AISettingsViewModel::failTest(const ErrorPresentation &why)
+{
+    finishTest(TestState::failed, why.message, why.suggestion.value_or(QString()));
 }
 
 void AISettingsViewModel::finishTest(TestState state, const QString &message, const QString &suggestion)

@@ -8,72 +8,19 @@ namespace morvane {
 
 AbilitiesViewModel::AbilitiesViewModel(SettingsStore &settings, ToolRegistry &tools, QObject *parent)
     : QAbstractListModel(parent)
-    , m_settings(settings)
     , m_tools(tools)
 {
     for (const auto changed :
          {&SettingsStore::abilitiesEnabledChanged, &SettingsStore::memoryEnabledChanged,
           &SettingsStore::webAccessEnabledChanged, &SettingsStore::screenAwarenessEnabledChanged,
-          &SettingsStore::desktopActionsEnabledChanged}) {
-        connect(&settings, changed, this, &AbilitiesViewModel::switchesChanged);
+          &SettingsStore::desktopActionsEnabledChanged})
         connect(&settings, changed, this, &AbilitiesViewModel::availabilityChanged);
-    }
     connect(&tools, &ToolRegistry::availabilityChanged, this, &AbilitiesViewModel::availabilityChanged);
 }
 
 void AbilitiesViewModel::availabilityChanged()
 {
     Q_EMIT dataChanged(index(0), index(rowCount() - 1), {ReasonRole, HintRole});
-}
-
-bool AbilitiesViewModel::isEnabled() const
-{
-    return m_settings.abilitiesEnabled();
-}
-
-void AbilitiesViewModel::setEnabled(bool enabled)
-{
-    m_settings.setAbilitiesEnabled(enabled);
-}
-
-bool AbilitiesViewModel::usesMemory() const
-{
-    return m_settings.memoryEnabled();
-}
-
-void AbilitiesViewModel::setMemory(bool on)
-{
-    m_settings.setMemoryEnabled(on);
-}
-
-bool AbilitiesViewModel::usesWeb() const
-{
-    return m_settings.webAccessEnabled();
-}
-
-void AbilitiesViewModel::setWeb(bool on)
-{
-    m_settings.setWebAccessEnabled(on);
-}
-
-bool AbilitiesViewModel::readsScreen() const
-{
-    return m_settings.screenAwarenessEnabled();
-}
-
-void AbilitiesViewModel::setScreen(bool on)
-{
-    m_settings.setScreenAwarenessEnabled(on);
-}
-
-bool AbilitiesViewModel::actsOnDesktop() const
-{
-    return m_settings.desktopActionsEnabled();
-}
-
-void AbilitiesViewModel::setDesktop(bool on)
-{
-    m_settings.setDesktopActionsEnabled(on);
 }
 
 int AbilitiesViewModel::rowCount(const QModelIndex &parent) const

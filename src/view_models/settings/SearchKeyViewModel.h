@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/TaskHandle.h"
+#include "view_models/settings/StoredKey.h"
 
 #include <QCoroTask>
 #include <QObject>
@@ -14,8 +15,7 @@ namespace morvane {
 
 class KeychainServicing;
 
-// The person's own key for searching the web. It goes into the keychain and is never read back into the
-// window. GUI thread.
+// The person's own key for searching the web, and a search that tries it. GUI thread.
 class SearchKeyViewModel : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -33,13 +33,13 @@ public:
     SearchKeyViewModel(KeychainServicing &keychain, QString account, Tester tester,
                        QObject *parent = nullptr);
 
-    [[nodiscard]] bool hasKey() const;
+    [[nodiscard]] bool hasKey() const { return m_key.exists(); }
     [[nodiscard]] bool isTesting() const { return m_isTesting; }
     [[nodiscard]] bool worked() const { return m_worked; }
     [[nodiscard]] const QString &message() const { return m_message; }
 
     // The empty text removes the key.
-    Q_INVOKABLE void save(const QString &key);
+    Q_INVOKABLE void save(const QString &key) { m_key.save(key); }
     // Tries the key that is saved.
     Q_INVOKABLE void test();
     Q_INVOKABLE void cancelTest();
@@ -48,18 +48,15 @@ Q_SIGNALS:
     void changed();
 
 private:
-    static QCoro::Task<> store(QPointer<SearchKeyViewModel> self, QString key);
     static QCoro::Task<> runTest(QPointer<SearchKeyViewModel> self, std::stop_token stop);
     void finish(bool worked, const QString &message);
 
-    KeychainServicing &m_keychain;
-    QString m_account;
+    StoredKey m_key;
     Tester m_tester;
     bool m_isTesting = false;
     bool m_worked = false;
     QString m_message;
     TaskHandle m_test;
-    TaskHandle m_saving;
 };
 
 } // namespace morvane

@@ -7,7 +7,8 @@ import Morvane.ViewModels
 SettingsPage {
     id: root
 
-    required property AISettingsViewModel settings
+    required property AISettingsViewModel ai
+    required property SettingsStore settings
     property string keychainNotice
 
     title: qsTr("AI")
@@ -17,20 +18,20 @@ SettingsPage {
 
         SettingsRow {
             title: qsTr("Address")
-            explanation: root.settings.addressProblem.length > 0 ? root.settings.addressProblem
+            explanation: root.ai.addressProblem.length > 0 ? root.ai.addressProblem
                 : qsTr("Any server that speaks chat completions.")
-            explanationInk: root.settings.addressProblem.length > 0 ? Theme.danger : Theme.secondary
+            explanationInk: root.ai.addressProblem.length > 0 ? Theme.danger : Theme.secondary
 
             TextBox {
                 objectName: "address"
                 Layout.preferredWidth: 300
-                text: root.settings.address
+                text: root.settings.baseURLString
                 placeholderText: "http://localhost:11434/v1"
-                hasProblem: root.settings.addressProblem.length > 0
+                hasProblem: root.ai.addressProblem.length > 0
                 inputMethodHints: Qt.ImhUrlCharactersOnly | Qt.ImhNoPredictiveText
                 Accessible.name: qsTr("Address")
-                Accessible.description: root.settings.addressProblem
-                onTextEdited: root.settings.address = text
+                Accessible.description: root.ai.addressProblem
+                onTextEdited: root.settings.baseURLString = text
             }
         }
         SettingsRow {
@@ -57,19 +58,19 @@ SettingsPage {
 
                     y: parent.height + 4
                     x: parent.width - width
-                    models: root.settings.serverModels
+                    models: root.ai.serverModels
                     current: root.settings.model
                     onChosen: name => root.settings.model = name
                 }
             }
         }
         KeyRow {
-            hasKey: root.settings.hasKey
+            hasKey: root.ai.hasKey
             notice: root.keychainNotice
-            onSaveChosen: key => root.settings.saveKey(key)
-            onRemoveChosen: root.settings.saveKey("")
+            onSaveChosen: key => root.ai.saveKey(key)
+            onRemoveChosen: root.ai.saveKey("")
         }
-        ConnectionTest { settings: root.settings }
+        ConnectionTest { ai: root.ai }
     }
     SettingsCard {
         heading: qsTr("Replies")

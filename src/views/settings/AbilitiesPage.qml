@@ -9,6 +9,7 @@ SettingsPage {
     id: root
 
     required property AbilitiesViewModel abilities
+    required property SettingsStore settings
     required property SearchKeyViewModel searchKey
     property string keychainNotice
 
@@ -19,40 +20,40 @@ SettingsPage {
             objectName: "abilities.enabled"
             title: qsTr("Abilities")
             explanation: qsTr("Lets the model look things up and act for you, each in its own way and never behind your back.")
-            checked: root.abilities.enabled
-            onToggled: on => root.abilities.enabled = on
+            checked: root.settings.abilitiesEnabled
+            onToggled: on => root.settings.abilitiesEnabled = on
         }
         SwitchRow {
             objectName: "abilities.memory"
             title: qsTr("Memory")
             explanation: qsTr("Keeps short notes about you between chats, sealed on this computer.")
-            enabled: root.abilities.enabled
-            checked: root.abilities.memory
-            onToggled: on => root.abilities.memory = on
+            enabled: root.settings.abilitiesEnabled
+            checked: root.settings.memoryEnabled
+            onToggled: on => root.settings.memoryEnabled = on
         }
         SwitchRow {
             objectName: "abilities.web"
             title: qsTr("Web access")
             explanation: qsTr("Searches the web, after asking you, and reads pages.")
-            enabled: root.abilities.enabled
-            checked: root.abilities.web
-            onToggled: on => root.abilities.web = on
+            enabled: root.settings.abilitiesEnabled
+            checked: root.settings.webAccessEnabled
+            onToggled: on => root.settings.webAccessEnabled = on
         }
         SwitchRow {
             objectName: "abilities.screen"
             title: qsTr("Screen awareness")
             explanation: qsTr("Reads the text on your screen when you ask about it.")
-            enabled: root.abilities.enabled
-            checked: root.abilities.screen
-            onToggled: on => root.abilities.screen = on
+            enabled: root.settings.abilitiesEnabled
+            checked: root.settings.screenAwarenessEnabled
+            onToggled: on => root.settings.screenAwarenessEnabled = on
         }
         SwitchRow {
             objectName: "abilities.desktop"
             title: qsTr("Desktop actions")
             explanation: qsTr("Opens links, adds events and runs your shortcuts, each only after you say yes.")
-            enabled: root.abilities.enabled
-            checked: root.abilities.desktop
-            onToggled: on => root.abilities.desktop = on
+            enabled: root.settings.abilitiesEnabled
+            checked: root.settings.desktopActionsEnabled
+            onToggled: on => root.settings.desktopActionsEnabled = on
         }
     }
     SettingsCard {

@@ -8,6 +8,7 @@ import Morvane.ViewModels
 SettingsPage {
     id: root
 
+    required property SettingsStore settings
     required property ShellViewModel shell
 
     title: qsTr("Appearance")
@@ -20,30 +21,30 @@ SettingsPage {
             ChoiceButton {
                 objectName: "appearance.system"
                 text: qsTr("System")
-                checked: root.shell.appearance === "system"
-                onClicked: root.shell.appearance = "system"
+                checked: root.settings.appearance === "system"
+                onClicked: root.settings.appearance = "system"
             }
             ChoiceButton {
                 objectName: "appearance.light"
                 text: qsTr("Light")
-                checked: root.shell.appearance === "light"
-                onClicked: root.shell.appearance = "light"
+                checked: root.settings.appearance === "light"
+                onClicked: root.settings.appearance = "light"
             }
             ChoiceButton {
                 objectName: "appearance.dark"
                 text: qsTr("Dark")
-                checked: root.shell.appearance === "dark"
-                onClicked: root.shell.appearance = "dark"
+                checked: root.settings.appearance === "dark"
+                onClicked: root.settings.appearance = "dark"
             }
             ChoiceButton {
                 objectName: "appearance.gallery"
                 text: qsTr("Gallery")
-                checked: root.shell.appearance === "gallery"
-                onClicked: root.shell.appearance = "gallery"
+                checked: root.settings.appearance === "gallery"
+                onClicked: root.settings.appearance = "gallery"
             }
         }
         SettingsRow {
-            visible: root.shell.appearance === "gallery"
+            visible: root.settings.appearance === "gallery"
             title: qsTr("Backdrop")
             explanation: qsTr("What the gallery shows behind the chat.")
 
@@ -55,7 +56,7 @@ SettingsPage {
 
                     name: modelData
                     checked: root.shell.backdrop === modelData
-                    onClicked: root.shell.backdrop = modelData
+                    onClicked: root.settings.galleryBackdrop = modelData
                 }
             }
         }
@@ -66,20 +67,20 @@ SettingsPage {
             ChoiceButton {
                 objectName: "textSize.small"
                 text: qsTr("Small")
-                checked: root.shell.textSize === "small"
-                onClicked: root.shell.textSize = "small"
+                checked: root.settings.chatTextSize === "small"
+                onClicked: root.settings.chatTextSize = "small"
             }
             ChoiceButton {
                 objectName: "textSize.medium"
                 text: qsTr("Medium")
-                checked: root.shell.textSize === "medium"
-                onClicked: root.shell.textSize = "medium"
+                checked: root.settings.chatTextSize === "medium"
+                onClicked: root.settings.chatTextSize = "medium"
             }
             ChoiceButton {
                 objectName: "textSize.large"
                 text: qsTr("Large")
-                checked: root.shell.textSize === "large"
-                onClicked: root.shell.textSize = "large"
+                checked: root.settings.chatTextSize === "large"
+                onClicked: root.settings.chatTextSize = "large"
             }
         }
         SettingsRow {
@@ -89,8 +90,8 @@ SettingsPage {
             ToggleSwitch {
                 objectName: "reduceMotion"
                 text: qsTr("Reduce motion")
-                checked: root.shell.reduceAnimation
-                onToggled: root.shell.reduceAnimation = checked
+                checked: root.settings.reduceAnimation
+                onToggled: root.settings.reduceAnimation = checked
             }
         }
     }

@@ -6,28 +6,28 @@ import Morvane.ViewModels
 SettingsRow {
     id: root
 
-    required property AISettingsViewModel settings
-    readonly property bool running: settings.testState === AISettingsViewModel.TestState.running
+    required property AISettingsViewModel ai
+    readonly property bool running: ai.testState === AISettingsViewModel.TestState.running
 
     title: qsTr("Connection")
     explanation: running ? qsTr("Asking the server…")
-        : settings.testState === AISettingsViewModel.TestState.untested ? qsTr("Asks the server for a short reply.")
-        : (settings.testMessage + " " + settings.testSuggestion).trim()
-    explanationInk: settings.testState === AISettingsViewModel.TestState.succeeded ? Theme.success
-        : settings.testState === AISettingsViewModel.TestState.failed ? Theme.danger : Theme.secondary
+        : ai.testState === AISettingsViewModel.TestState.untested ? qsTr("Asks the server for a short reply.")
+        : (ai.testMessage + " " + ai.testSuggestion).trim()
+    explanationInk: ai.testState === AISettingsViewModel.TestState.succeeded ? Theme.success
+        : ai.testState === AISettingsViewModel.TestState.failed ? Theme.danger : Theme.secondary
 
     Accessible.role: Accessible.StatusBar
     Accessible.name: explanation
 
     Icon {
-        visible: root.settings.testState === AISettingsViewModel.TestState.succeeded
-            || root.settings.testState === AISettingsViewModel.TestState.failed
-        name: root.settings.testState === AISettingsViewModel.TestState.succeeded ? "check" : "warning"
+        visible: root.ai.testState === AISettingsViewModel.TestState.succeeded
+            || root.ai.testState === AISettingsViewModel.TestState.failed
+        name: root.ai.testState === AISettingsViewModel.TestState.succeeded ? "check" : "warning"
         color: root.explanationInk
     }
     PushButton {
         objectName: "testConnection"
         text: root.running ? qsTr("Cancel") : qsTr("Test")
-        onClicked: root.running ? root.settings.cancelTest() : root.settings.test()
+        onClicked: root.running ? root.ai.cancelTest() : root.ai.test()
     }
 }

@@ -10,7 +10,7 @@ SettingsPage {
     id: root
 
     required property MemoryViewModel memory
-    required property AbilitiesViewModel abilities
+    required property SettingsStore settings
 
     title: qsTr("Memory")
 
@@ -19,8 +19,8 @@ SettingsPage {
             objectName: "memory.enabled"
             title: qsTr("Keep notes")
             explanation: qsTr("While it is off, no note is saved and none goes along with a message. A Ghost chat never uses them.")
-            checked: root.abilities.memory
-            onToggled: on => root.abilities.memory = on
+            checked: root.settings.memoryEnabled
+            onToggled: on => root.settings.memoryEnabled = on
         }
     }
     SettingsCard {

@@ -9,6 +9,7 @@ T.ApplicationWindow {
     id: root
 
     required property AISettingsViewModel aiSettings
+    required property SettingsStore settings
     required property InstructionsViewModel instructions
     required property AbilitiesViewModel abilities
     required property SearchKeyViewModel searchKey
@@ -57,20 +58,25 @@ T.ApplicationWindow {
             currentIndex: root.pages.indexOf(root.page)
 
             AIPage {
-                settings: root.aiSettings
+                ai: root.aiSettings
+                settings: root.settings
                 keychainNotice: root.shell.keychainNotice
             }
             InstructionsPage { instructions: root.instructions }
             AbilitiesPage {
                 abilities: root.abilities
+                settings: root.settings
                 searchKey: root.searchKey
                 keychainNotice: root.shell.keychainNotice
             }
             MemoryPage {
                 memory: root.memory
-                abilities: root.abilities
+                settings: root.settings
             }
-            AppearancePage { shell: root.shell }
+            AppearancePage {
+                settings: root.settings
+                shell: root.shell
+            }
             NetworkPage {
                 ledger: root.networkLedger
                 productName: root.shell.productName
