@@ -6,6 +6,7 @@
 #include "memory/MemoryStore.h"
 #include "persistence/ChatStoreLocation.h"
 #include "persistence/ConversationRepository.h"
+#include "persistence/Database.h"
 #include "persistence/SettingsStore.h"
 #include "persistence/UserDefaultsSettingsRepository.h"
 #include "security/InMemoryKeychainService.h"
@@ -24,7 +25,6 @@
 #include <QTimer>
 
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 namespace morvane {
 
@@ -108,11 +108,8 @@ TEST_F(AppStateTest, TextsThatAnOlderBuildLeftReadableAreSealedAtTheNextStart)
 {
     start();
     state.reset();
-    sqlite3 *store = nullptr;
-    ASSERT_EQ(sqlite3_open(qUtf8Printable(ChatStoreLocation::storePath(commandLine.folders())), &store), 0);
-    EXPECT_EQ(sqlite3_exec(store, "UPDATE Conversation SET title = 'readable'", nullptr, nullptr, nullptr),
-              0);
-    sqlite3_close(store);
+    Database::open(ChatStoreLocation::storePath(commandLine.folders()), Database::Access::ReadWrite)
+        .execute("UPDATE Conversation SET sealedTitle = 'readable'");
     const LogCapture log;
     start();
     EXPECT_EQ(log.lines().filter(u"Sealed 1 record(s)"_s).size(), 1);
@@ -190,7 +187,7 @@ TEST_F(AppStateTest, AKeyThatHasGoneOrIsRefusedIsNeverReplaced)
         TestWait::settle();
         state.reset();
         if (isRefused)
-            keychain.setFailure(KeychainError(KeychainError::Operation::Read, 1));
+            keychain.setFailure(KeychainError(KeychainError::Operation::Read, KeychainStatus::NotAvailable));
         else
             keychain.remove(LocalDataVault::keyAccount);
         start();

@@ -95,6 +95,7 @@ TEST(CommandLineTest, SaysWhatTheProgramWasStartedWith)
     EXPECT_EQ(line.practiceServer, u"http://a"_s);
     EXPECT_EQ(line.folders().data, QFileInfo(u"here/data"_s).absoluteFilePath());
     EXPECT_EQ(CommandLine::parse({u"morvane"_s}).folders().data, SupportFolders::standard().data);
+    testing::FLAGS_gtest_death_test_style = "threadsafe"; // other threads are at work
     EXPECT_EXIT(static_cast<void>(CommandLine::parse({u"m"_s, u"--practice-server"_s, u"http://a"_s})),
                 testing::ExitedWithCode(2), "needs --profile");
 }

@@ -33,6 +33,7 @@ TEST_F(ApprovalCardTest, TheHarmlessAnswerHasTheFocusAndNothingCountsInTheFirstH
         EXPECT_GE(sinceShown.elapsed(), 480);
     }
     m_app->chat().decline();
+    settle();
     m_answers.clear();
     for (const auto &button : {u"allow"_s, u"allowForChat"_s, u"decline"_s}) {
         ask(true);

@@ -92,7 +92,7 @@ TEST_F(ChatPageTest, WhatLooksLikeMarkupStaysText)
         reply.appendToolLine(hostile);
         reply.setSourceDomains(QStringList(hostile));
     }));
-    fail(ProviderError(ProviderError::ServerError{500, hostile}));
+    fail(ProviderError(ProviderError::ModelError{hostile}));
     m_app->memory().remember(hostile);
     settle();
     int texts = 0;

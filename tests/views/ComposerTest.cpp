@@ -71,7 +71,7 @@ TEST_F(ComposerTest, EscapeStopsFromBesideTheComposerToo)
     send();
     press(Qt::Key_Tab);
     press(Qt::Key_Escape);
-    EXPECT_TRUE(isAbandoned());
+    EXPECT_TRUE(eventually([this] { return isAbandoned(); }));
 }
 
 TEST_F(ComposerTest, TheFieldGrowsWithItsTextAndThenScrolls)

@@ -117,7 +117,7 @@ TEST_F(ScrollTest, ASentMessageGoesToTheUpperThirdAndStaysThereWhileItsAnswerFit
 
 TEST_F(ScrollTest, ALongChatBuildsOnlyTheRowsThatAreSeen)
 {
-    m_app->chat().open(addChat(u"Longer"_s, QStringList(500, u"words"_s)));
+    m_app->chat().open(addChat(u"Longer"_s, QStringList(200, u"words"_s)));
     settle();
     const auto rows = [this] {
         const auto children = m_list->property("contentItem").value<QQuickItem *>()->childItems();

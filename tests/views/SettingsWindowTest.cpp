@@ -11,6 +11,8 @@
 #include "view_models/settings/NetworkLedgerViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
 
+#include <QTest>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -43,7 +45,7 @@ protected:
     {
         ASSERT_TRUE(eventually([&] { // a panel that fades takes no clicks, and lets none through
             click(control(button));
-            return isAt(m_page, u"Cancel"_s);
+            return QTest::qWaitFor([this] { return isAt(m_page, u"Cancel"_s); }, 1000);
         }));
         pressKey(Qt::Key_Tab);
         pressKey(Qt::Key_Return);
@@ -86,7 +88,7 @@ TEST_F(SettingsWindowTest, AKeyGoesInIsNeverShownAgainAndSaysWhyItWasNotSaved)
     for (const auto &[page, account] :
          {std::pair{u"ai"_s, u"ai-provider-api-key"_s}, {u"abilities"_s, u"brave-search-api-key"_s}}) {
         turnTo(page);
-        m_keychain.setFailure(KeychainError(KeychainError::Operation::Save, 1));
+        m_keychain.setFailure(KeychainError(KeychainError::Operation::Save, KeychainStatus::NotAvailable));
         fill(u"key"_s, u"secret"_s);
         click(control(u"saveKey"_s));
         EXPECT_TRUE(eventually([this] { return says(u"could not be saved to the Keychain."_s); }));
@@ -143,7 +145,7 @@ TEST_F(SettingsWindowTest, AModelIsPickedFromWhatTheServerLists)
         QByteArray body;
         QString words; // in place of the list
     } answers[] = {{R"({"data":[]})", u"The server lists no models."_s},
-                   {"nonsense", u"The AI provider returned a response"_s},
+                   {"nonsense", u"The AI provider sent a response"_s},
                    {R"({"data":[{"id":"llama3.2:3b"},{"id":"qwen2.5:7b"}]})", {}}};
     for (const auto &[body, words] : answers) {
         const ScriptedServer server(ScriptedServer::answering(ScriptedServer::response("200 OK", body)));
@@ -238,7 +240,7 @@ TEST_F(SettingsWindowTest, TheLedgerIsFollowedOnlyWhileItIsShown)
     turnTo(u"network"_s);
     ASSERT_TRUE(eventually([this] { return control(u"clearLedger"_s)->isEnabled(); }));
     EXPECT_TRUE(says(u"HTTP 200"_s));
-    ledger.exportTo(QUrl(u"file:///nowhere/x.csv"_s));
+    ledger.exportTo(QUrl(u"file:///dev/null/x.csv"_s));
     settle();
     EXPECT_NE(control(u"exportProblem"_s), nullptr);
     EXPECT_TRUE(ledger.exportTo(QUrl::fromLocalFile(m_profile.filePath(u"x.csv"_s))));
@@ -256,14 +258,16 @@ TEST_F(SettingsWindowTest, SwitchesApplyAtOnceAndAnAbilityThatIsOffSaysWhy)
 {
     SettingsStore &settings = m_app->settings();
     turnTo(u"abilities"_s);
-    EXPECT_FALSE(says(u"Turn on Web access"_s));
-    for (const auto &name : {u"web"_s, u"screen"_s, u"desktop"_s, u"memory"_s, u"enabled"_s})
+    EXPECT_FALSE(says(u"Turn on Web access."_s));
+    click(control(u"abilities.web.switch"_s));
+    EXPECT_TRUE(says(u"Turn on Web access."_s));
+    for (const auto &name : {u"screen"_s, u"desktop"_s, u"memory"_s, u"enabled"_s})
         click(control(u"abilities."_s + name + u".switch"_s));
     EXPECT_EQ(std::tuple(settings.webAccessEnabled(), settings.screenAwarenessEnabled(),
                          settings.desktopActionsEnabled(), settings.memoryEnabled(),
                          settings.abilitiesEnabled()),
               std::tuple(false, true, true, false, false));
-    EXPECT_TRUE(says(u"Turn on Web access"_s));
+    EXPECT_TRUE(says(u"Abilities are switched off."_s));
     EXPECT_FALSE(control(u"abilities.web.switch"_s)->isEnabled());
     turnTo(u"memory"_s);
     click(control(u"memory.enabled.switch"_s));

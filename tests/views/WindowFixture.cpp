@@ -109,7 +109,6 @@ void WindowFixture::load()
 
 void WindowFixture::TearDown()
 {
-    close();
     EXPECT_TRUE(m_complaints.isEmpty()) << m_complaints.join(u'\n').toStdString();
 }
 

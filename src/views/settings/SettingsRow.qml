@@ -24,6 +24,7 @@ Item {
 
         ColumnLayout {
             Layout.fillWidth: true
+            Layout.preferredWidth: 0 // what the controls leave, whatever the words need: no round of layouts
             spacing: 2
 
             PlainText {
