@@ -2,6 +2,7 @@
 // the tools of the request.
 
 #include "ai/routing/AIRequestRouter.h"
+#include "async/Work.h"
 #include "async/Clock.h"
 #include "persistence/InMemorySettingsRepository.h"
 #include "persistence/SettingsStore.h"
@@ -68,10 +69,15 @@ void prepare(benchmark::State &state, int messageCount)
     ProofLedger proofs;
     SystemClock clock;
     OneModel probes;
-    AIRequestRouter router(
-        {.settings = settings, .keychain = keychain, .proofs = proofs, .clock = clock, .ollama = &probes});
-    router.setTools(eightTools);
-    router.setPromptParts({.notes = [] { return std::optional(QString(4000, u'n')); }});
+    Work work(clock);
+    AIRequestRouter router({.settings = settings,
+                            .keychain = keychain,
+                            .proofs = proofs,
+                            .clock = clock,
+                            .work = work,
+                            .ollama = &probes,
+                            .prompts = {.notes = [] { return std::optional(QString(4000, u'n')); }},
+                            .tools = eightTools});
     TurnRequest turn;
     turn.history = history(messageCount);
     for (auto _ : state) {

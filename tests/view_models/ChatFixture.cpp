@@ -1,5 +1,6 @@
 #include "view_models/ChatFixture.h"
 
+#include "async/Work.h"
 #include "ai/agent/ReplyRunner.h"
 #include "ai/routing/AIRequestRouter.h"
 #include "attestation/ProofLedger.h"
@@ -100,7 +101,9 @@ struct ChatFixture::World {
     ConversationRepository repository{context, clock, &settingsRepository};
     InMemoryKeychainService keychain;
     ProofLedger proofs;
-    AIRequestRouter router{{.settings = settings, .keychain = keychain, .proofs = proofs, .clock = clock}};
+    Work work{clock};
+    AIRequestRouter router{
+        {.settings = settings, .keychain = keychain, .proofs = proofs, .clock = clock, .work = work}};
     ScriptedReplies replies;
     Desktop desktop{clock};
     CompanionViewModel companion{clock};

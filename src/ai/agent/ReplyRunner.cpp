@@ -36,22 +36,16 @@ QCoro::Task<> relay(AsyncStream<AIStreamEvent> events, Producer producer)
 
 } // namespace
 
-ReplyRunner::ReplyRunner(AIRequestRouter &router)
+ReplyRunner::ReplyRunner(AIRequestRouter &router, ToolRegistry &tools)
     : m_router(router)
+    , m_tools(tools)
 {}
-
-ReplyRunner::~ReplyRunner() = default;
-
-void ReplyRunner::setTools(ToolRegistry *tools)
-{
-    m_tools = tools;
-}
 
 AsyncStream<AgentEvent> ReplyRunner::run(OpenedTurn turn, TurnScope scope)
 {
     PreparedRequest &request = turn.request;
-    if (!request.tools.empty() && m_tools)
-        return AgentLoop(std::move(turn.provider), *m_tools)
+    if (!request.tools.empty())
+        return AgentLoop(std::move(turn.provider), m_tools)
             .run({.messages = std::move(request.messages),
                   .configuration = std::move(request.configuration),
                   .tools = std::move(request.tools),

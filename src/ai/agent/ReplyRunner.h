@@ -4,8 +4,6 @@
 #include "ai/routing/OpenedTurn.h"
 #include "async/AsyncStream.h"
 
-#include <QPointer>
-
 #include <memory>
 
 namespace morvane {
@@ -33,17 +31,14 @@ class ReplyRunner final : public ReplyRunning {
 public:
     static constexpr int maxRounds = 5;
 
-    explicit ReplyRunner(AIRequestRouter &router);
-    ~ReplyRunner() override;
-
-    // Without a registry, or once it has gone, no call is ever run.
-    void setTools(ToolRegistry *tools);
+    // Both outlive it.
+    ReplyRunner(AIRequestRouter &router, ToolRegistry &tools);
 
     [[nodiscard]] AsyncStream<AgentEvent> run(OpenedTurn turn, TurnScope scope) override;
 
 private:
     AIRequestRouter &m_router;
-    QPointer<ToolRegistry> m_tools;
+    ToolRegistry &m_tools;
 };
 
 } // namespace morvane

@@ -23,7 +23,7 @@ using Plain = ProviderError::Plain;
 AIRequestRouter::AIRequestRouter(Services services, QObject *parent)
     : QObject(parent)
     , m_services(std::move(services))
-    , m_hosts(m_services.clock)
+    , m_hosts(m_services.clock, m_services.work)
     , m_detection(m_services.ollama)
     , m_inventory(m_services.ollama, m_services.clock)
     , m_capabilities(m_services.ollama, m_detection, m_inventory, m_services.clock)
@@ -34,24 +34,16 @@ AIRequestRouter::AIRequestRouter(Services services, QObject *parent)
          {&SettingsStore::baseURLStringChanged, &SettingsStore::modelChanged,
           &SettingsStore::hostedChatEnabledChanged, &SettingsStore::hostedRelayEncryptedChanged})
         connect(&m_services.settings, changed, this, &AIRequestRouter::sourceChanged);
+    if (m_services.localModel)
+        connect(m_services.localModel, &LocalModelServing::changed, this, [this] {
+            m_capabilities.forget();
+            Q_EMIT sourceChanged();
+        });
 }
 
 QString AIRequestRouter::apiKeyAccount()
 {
     return RouteConfiguration::apiKeyAccount();
-}
-
-void AIRequestRouter::setLocalModel(LocalModelServing *localModel)
-{
-    if (m_localModel)
-        m_localModel->disconnect(this);
-    m_localModel = localModel;
-    if (localModel)
-        connect(localModel, &LocalModelServing::changed, this, [this] {
-            m_capabilities.forget();
-            Q_EMIT sourceChanged();
-        });
-    Q_EMIT sourceChanged();
 }
 
 // Sources
@@ -114,7 +106,7 @@ std::vector<SourceOption> AIRequestRouter::sources() const
          .knowsPrivateCloud =
              m_services.privateCloud.makeProvider && !m_services.privateCloud.baseURL().isEmpty(),
          .offersSealedChats = m_services.settings.hostedRelayEncrypted(),
-         .local = m_localModel ? m_localModel->state() : LocalModelServing::State::absent,
+         .local = m_services.localModel ? m_services.localModel->state() : LocalModelServing::State::absent,
          .model = m_services.settings.model()});
 }
 
@@ -171,7 +163,7 @@ QCoro::Task<std::optional<QString>> AIRequestRouter::toolsModel(SensitiveDataSet
                                                                 std::stop_token stop)
 {
     const bool mayAsk = !carrying || HostPrivacy::staysNear(m_services.settings.baseURLString());
-    if (!m_tools || m_tools().empty() || !mayAsk)
+    if (!m_services.tools || m_services.tools().empty() || !mayAsk)
         co_return std::nullopt;
     co_return co_await standIn(Ability::tools, stop);
 }
@@ -196,7 +188,7 @@ QCoro::Task<> AIRequestRouter::waitForLocalModel(std::stop_token stop)
     Clock &clock = m_services.clock;
     const auto deadline = clock.elapsed() + 30s;
     try {
-        while (m_localModel && m_localModel->state() == LocalModelServing::State::starting &&
+        while (m_services.localModel && m_services.localModel->state() == LocalModelServing::State::starting &&
                clock.elapsed() < deadline) {
             co_await pause(clock, 250ms, stop);
             check();
@@ -210,12 +202,12 @@ QCoro::Task<> AIRequestRouter::waitForLocalModel(std::stop_token stop)
 
 AIConfiguration AIRequestRouter::settingsConfiguration() const
 {
-    return RouteConfiguration::configured(m_services.settings, m_services.keychain, m_prompts.identity());
+    return RouteConfiguration::configured(m_services.settings, m_services.keychain, m_services.prompts.identity());
 }
 
 std::optional<AIConfiguration> AIRequestRouter::localConfiguration() const
 {
-    return RouteConfiguration::local(m_services.settings, m_localModel, m_prompts.identity());
+    return RouteConfiguration::local(m_services.settings, m_services.localModel, m_services.prompts.identity());
 }
 
 std::optional<TurnRoute> AIRequestRouter::localRoute(const TurnRequest &turn) const
@@ -240,7 +232,7 @@ TurnRoute AIRequestRouter::chosenRoute(const TurnRequest &turn)
             throw ProviderError(Plain::hostedBurstLimited);
         }
         route.configuration = RouteConfiguration::privateCloud(m_services.settings, m_services.privateCloud,
-                                                               m_prompts.identity());
+                                                               m_services.prompts.identity());
         route.place = Place::privateCloud;
     } else {
         route.configuration = settingsConfiguration();
@@ -306,11 +298,11 @@ PreparedRequest AIRequestRouter::assembled(const TurnRequest &turn, const TurnRo
     prepared.configuration.proofRow = QUuid::createUuid();
     prepared.place = route.judged();
     prepared.memoryAllowed = route.keepsDataPrivate() && turn.memoryAllowed;
-    if (m_tools)
-        prepared.tools = route.offered(m_tools(), prepared.memoryAllowed);
+    if (m_services.tools)
+        prepared.tools = route.offered(m_services.tools(), prepared.memoryAllowed);
     std::optional<QString> notes;
     if (prepared.memoryAllowed && !m_injectedProvider)
-        notes = m_prompts.notesBlock();
+        notes = m_services.prompts.notesBlock();
     if (notes) // from here on the request carries them, whatever the chat held
         prepared.configuration.carrying |= SensitiveData::memory;
     prepared.configuration.systemPrompt =

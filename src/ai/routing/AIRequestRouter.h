@@ -19,6 +19,7 @@ namespace morvane {
 
 class KeychainServicing;
 class SettingsStore;
+class Work;
 
 // Decides for each turn who answers, and prepares the exact request. Holds no chat state. GUI thread.
 //
@@ -32,21 +33,20 @@ public:
         KeychainServicing &keychain;
         ProofLedger &proofs;
         Clock &clock;
+        Work &work;
         std::shared_ptr<AIConnectionTesting> provider;     // of the chat-completions dialect
         std::shared_ptr<AIConnectionTesting> nativeOllama; // without it every server speaks that dialect
         OllamaProbing *ollama = nullptr;                   // without it no server is asked about its models
         PrivateCloud privateCloud;
+        LocalModelServing *localModel = nullptr;           // without it nothing runs in the program itself
+        PromptParts prompts;
+        std::function<std::vector<AITool>()> tools; // those that may be offered now; may be empty
     };
 
     explicit AIRequestRouter(Services services, QObject *parent = nullptr);
 
     // Where the keychain holds the key of the person's service.
     [[nodiscard]] static QString apiKeyAccount();
-
-    // Rooms that come after the router, or never.
-    void setLocalModel(LocalModelServing *localModel);
-    void setPromptParts(PromptParts parts) { m_prompts = std::move(parts); }
-    void setTools(std::function<std::vector<AITool>()> enabled) { m_tools = std::move(enabled); }
 
     // For tests. An injected provider takes the place of every other one, and no server is asked about
     // itself or its models then.
@@ -133,9 +133,6 @@ private:
     void setRefusal(std::optional<QString> reason);
 
     Services m_services;
-    QPointer<LocalModelServing> m_localModel;
-    PromptParts m_prompts;
-    std::function<std::vector<AITool>()> m_tools; // may be empty
     std::shared_ptr<AIProvider> m_injectedProvider;
     std::shared_ptr<AIProvider> m_privateCloudProvider;
     std::optional<QString> m_lastEnclaveRefusal;

@@ -12,9 +12,9 @@ namespace morvane {
 
 using namespace Qt::StringLiterals;
 
-HostPrivacy::HostPrivacy(Clock &clock)
+HostPrivacy::HostPrivacy(Clock &clock, Work &work)
     : m_clock(clock)
-    , m_resolver(clock)
+    , m_resolver(work)
     , m_lookup([this](QString name, std::stop_token stop) {
         return m_resolver.addresses(std::move(name), std::move(stop));
     })

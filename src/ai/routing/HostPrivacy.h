@@ -21,7 +21,7 @@ public:
 
     static constexpr std::chrono::seconds keptFor{60};
 
-    explicit HostPrivacy(Clock &clock);
+    HostPrivacy(Clock &clock, Work &work);
 
     // Take the place of the system's resolver and of this machine's interfaces.
     void setLookup(Lookup lookup) { m_lookup = std::move(lookup); }

@@ -12,12 +12,12 @@ namespace morvane {
 using namespace Qt::StringLiterals;
 
 AISettingsViewModel::AISettingsViewModel(SettingsStore &settings, KeychainServicing &keychain,
-                                         AIRequestRouter &router, HttpSessionProviding &network,
+                                         AIRequestRouter &router, HttpSessionProviding &network, Work &work,
                                          QObject *parent)
     : QObject(parent)
     , m_settings(settings)
     , m_router(router)
-    , m_key(keychain, AIRequestRouter::apiKeyAccount())
+    , m_key(keychain, AIRequestRouter::apiKeyAccount(), work)
     , m_serverModels([&router, &network](std::stop_token stop) {
         return ServerModels::list(&network, router.settingsConfiguration(), std::move(stop));
     })

@@ -17,6 +17,7 @@ namespace morvane {
 class AIRequestRouter;
 class HttpSessionProviding;
 class KeychainServicing;
+class Work;
 class SettingsStore;
 
 // Settings > AI: whether the server that the settings name can be used, and what it offers.
@@ -37,7 +38,7 @@ public:
     Q_ENUM(TestState)
 
     AISettingsViewModel(SettingsStore &settings, KeychainServicing &keychain, AIRequestRouter &router,
-                        HttpSessionProviding &network, QObject *parent = nullptr);
+                        HttpSessionProviding &network, Work &work, QObject *parent = nullptr);
 
     [[nodiscard]] QString addressProblem() const;
     [[nodiscard]] ServerModelsViewModel *serverModels() { return &m_serverModels; }

@@ -17,10 +17,10 @@ QString wordsOf(const ErrorPresentation &words)
 
 } // namespace
 
-SearchKeyViewModel::SearchKeyViewModel(KeychainServicing &keychain, QString account, Tester tester,
+SearchKeyViewModel::SearchKeyViewModel(KeychainServicing &keychain, QString account, Tester tester, Work &work,
                                        QObject *parent)
     : QObject(parent)
-    , m_key(keychain, std::move(account))
+    , m_key(keychain, std::move(account), work)
     , m_tester(std::move(tester))
 {
     connect(&m_key, &StoredKey::stored, this, &SearchKeyViewModel::cancelTest);

@@ -14,6 +14,7 @@
 namespace morvane {
 
 class KeychainServicing;
+class Work;
 
 // The person's own key for searching the web, and a search that tries it. GUI thread.
 class SearchKeyViewModel : public QObject {
@@ -30,7 +31,7 @@ public:
     using Tester = std::function<QCoro::Task<>(QString key, std::stop_token stop)>;
 
     // The keychain outlives this object.
-    SearchKeyViewModel(KeychainServicing &keychain, QString account, Tester tester,
+    SearchKeyViewModel(KeychainServicing &keychain, QString account, Tester tester, Work &work,
                        QObject *parent = nullptr);
 
     [[nodiscard]] bool hasKey() const { return m_key.exists(); }

@@ -10,10 +10,11 @@
 
 namespace morvane {
 
-StoredKey::StoredKey(KeychainServicing &keychain, QString account, QObject *parent)
+StoredKey::StoredKey(KeychainServicing &keychain, QString account, Work &work, QObject *parent)
     : QObject(parent)
     , m_keychain(keychain)
     , m_account(std::move(account))
+    , m_work(work)
 {}
 
 bool StoredKey::exists() const
@@ -33,19 +34,19 @@ QString StoredKey::value() const
 void StoredKey::save(const QString &key)
 {
     m_saving = TaskHandle::start([this, key = Text::trimmed(key)](std::stop_token) {
-        return store(QPointer(this), &m_keychain, m_account, key);
+        return store(QPointer(this), &m_work, &m_keychain, m_account, key);
     });
 }
 
-QCoro::Task<> StoredKey::store(QPointer<StoredKey> self, KeychainServicing *keychain, QString account,
-                               QString key)
+QCoro::Task<> StoredKey::store(QPointer<StoredKey> self, Work *work, KeychainServicing *keychain,
+                               QString account, QString key)
 {
     ErrorPresentation failure;
     try {
         if (key.isEmpty())
-            co_await KeychainTasks::remove(keychain, account);
+            co_await KeychainTasks::remove(*work, *keychain, account);
         else
-            co_await KeychainTasks::save(keychain, key, account);
+            co_await KeychainTasks::save(*work, *keychain, key, account);
     } catch (...) {
         failure = presentationOf(std::current_exception());
     }

@@ -11,14 +11,15 @@
 namespace morvane {
 
 class KeychainServicing;
+class Work;
 
 // One key of the person's in the keychain. It is written and removed off this thread, and never goes back to
 // the window. GUI thread.
 class StoredKey : public QObject {
     Q_OBJECT
 public:
-    // The keychain outlives this object.
-    StoredKey(KeychainServicing &keychain, QString account, QObject *parent = nullptr);
+    // The keychain outlives the end of `work`, which outlives this object.
+    StoredKey(KeychainServicing &keychain, QString account, Work &work, QObject *parent = nullptr);
 
     // False as well while the keychain refuses.
     [[nodiscard]] bool exists() const;
@@ -36,11 +37,12 @@ Q_SIGNALS:
     void changed();
 
 private:
-    static QCoro::Task<> store(QPointer<StoredKey> self, KeychainServicing *keychain, QString account,
-                               QString key);
+    static QCoro::Task<> store(QPointer<StoredKey> self, Work *work, KeychainServicing *keychain,
+                               QString account, QString key);
 
     KeychainServicing &m_keychain;
     QString m_account;
+    Work &m_work;
     TaskHandle m_saving;
 };
 

@@ -2,6 +2,7 @@
 // a socket. Only the web and the desktop are doubles.
 
 #include "ai/agent/AgentFixture.h"
+#include "async/Work.h"
 #include "ai/agent/ReplyRunner.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
 #include "ai/routing/AIRequestRouter.h"
@@ -33,8 +34,6 @@ protected:
         return readRun(runner.run(std::move(turn), {u"chat:A"_s, u"What is the weather?"_s}));
     }
 
-    void SetUp() override { runner.setTools(&registry); }
-
     void TearDown() override
     {
         TestWait::settle();
@@ -47,9 +46,14 @@ protected:
     AppNetwork network{ledger, clock};
     std::shared_ptr<OpenAICompatibleProvider> provider = std::make_shared<OpenAICompatibleProvider>(network);
     ProofLedger proofs;
-    AIRequestRouter router{
-        {.settings = settings, .keychain = keychain, .proofs = proofs, .clock = clock, .provider = provider}};
-    ReplyRunner runner{router};
+    Work work{clock};
+    AIRequestRouter router{{.settings = settings,
+                            .keychain = keychain,
+                            .proofs = proofs,
+                            .clock = clock,
+                            .work = work,
+                            .provider = provider}};
+    ReplyRunner runner{router, registry};
 };
 
 TEST_F(AgentRunsAgainstServerTest, SearchesReadsAndAnswers)

@@ -1,5 +1,6 @@
 #include "ai/routing/HostPrivacy.h"
 
+#include "async/Work.h"
 #include "network/SocketSpy.h"
 #include "support/Await.h"
 #include "support/ManualClock.h"
@@ -24,7 +25,8 @@ protected:
     bool isPrivate(const QString &host) { return TestWait::await(hosts.isPrivate(host, {})); }
 
     ManualClock clock;
-    HostPrivacy hosts{clock};
+    Work work{clock};
+    HostPrivacy hosts{clock, work};
 };
 
 TEST_F(HostPrivacyTest, ANameIsPrivateWhenAllItsAddressesAre)
@@ -87,11 +89,12 @@ TEST_F(HostPrivacyTest, AHangingResolverHoldsUpNobody)
     SocketSpy::slowLookupMayEnd.release();
 
     // Its owner may go while it hangs.
-    auto gone = std::make_unique<HostPrivacy>(clock);
+    auto gone = std::make_unique<HostPrivacy>(clock, work);
     const auto orphan = std::make_shared<TestWait::Outcome<bool>>();
     TestWait::collect(gone->isPrivate(u"slow.test"_s, {}), orphan);
     SocketSpy::slowLookupBegan.acquire();
     gone.reset();
+    clock.advance(HostLookup::limit);
     TestWait::until([&] { return orphan->done; });
     EXPECT_TRUE(orphan->error);
     SocketSpy::slowLookupMayEnd.release();

@@ -23,7 +23,8 @@ protected:
                             {u"gemma3:4b"_s, {u"vision"_s, u"tools"_s}},
                             {u"qwen2.5:7b"_s, {u"tools"_s}},
                             {u"mistral"_s, {u"tools"_s, u"vision"_s}}};
-        router->setTools([] { return std::vector<AITool>{{.name = u"search_web"_s}}; });
+        services.tools = [] { return std::vector<AITool>{{.name = u"search_web"_s}}; };
+        start();
     }
 
     std::optional<QString> vision(bool withImage = true)
@@ -79,7 +80,8 @@ TEST_F(ModelChoiceTest, NobodyIsAskedInVain)
     router->injectProvider(compatible);
     quiet("an injected provider stands for all");
     router->injectProvider(nullptr);
-    router->setTools([] { return std::vector<AITool>(); });
+    services.tools = [] { return std::vector<AITool>(); };
+    start();
     EXPECT_EQ(tools(), std::nullopt);
     EXPECT_TRUE(probes.asked.isEmpty()) << "no tools, no question";
 }

@@ -3,6 +3,7 @@
 
 #include "RouterFixture.h"
 
+#include "async/Work.h"
 #include "ai/providers/OllamaNativeProvider.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
 #include "network/AppNetwork.h"
@@ -18,13 +19,6 @@ namespace {
 
 class PrivateDataTest : public testing::Test {
 protected:
-    PrivateDataTest()
-    {
-        router.setLocalModel(&localModel);
-        router.setTools([] { return std::vector<AITool>{{.name = u"search_web"_s}}; });
-        router.setPromptParts({.notes = [] { return std::optional(u"- SECRET NOTE"_s); }});
-    }
-
     // A turn as the chat runs it. Whatever goes wrong in it is fine here.
     void runTurn(SensitiveDataSet data)
     {
@@ -98,15 +92,20 @@ protected:
     std::shared_ptr<OllamaNativeProvider> native = std::make_shared<OllamaNativeProvider>(network, clock);
     std::shared_ptr<OpenAICompatibleProvider> compatible =
         std::make_shared<OpenAICompatibleProvider>(network);
+    Work work{clock};
     AIRequestRouter router{{.settings = settings,
                             .keychain = keychain,
                             .proofs = proofs,
                             .clock = clock,
+                            .work = work,
                             .provider = compatible,
                             .nativeOllama = native,
                             .ollama = native.get(),
                             .privateCloud = {.endpoint = u"https://outside.test/cloud/v1"_s,
-                                             .makeProvider = [this] { return compatible; }}}};
+                                             .makeProvider = [this] { return compatible; }},
+                            .localModel = &localModel,
+                            .prompts = {.notes = [] { return std::optional(u"- SECRET NOTE"_s); }},
+                            .tools = [] { return std::vector<AITool>{{.name = u"search_web"_s}}; }}};
 };
 
 TEST_F(PrivateDataTest, NoConnectionLeavesForAnyTurnThatCarriesPrivateData)

@@ -65,20 +65,26 @@ void ScriptedLocalModel::set(State state, const QString &model)
 }
 
 RouterFixture::RouterFixture()
+    : services{.settings = settings,
+               .keychain = keychain,
+               .proofs = proofs,
+               .clock = clock,
+               .work = work,
+               .provider = compatible,
+               .nativeOllama = native,
+               .ollama = &probes,
+               .privateCloud = {.endpoint = u"https://cloud.invalid/v1"_s,
+                                .apiKey = [] { return u"install"_s; },
+                                .makeProvider = [this] { return sealed; }},
+               .localModel = &localModel}
 {
-    PrivateCloud cloud;
-    cloud.endpoint = u"https://cloud.invalid/v1"_s;
-    cloud.apiKey = [] { return u"install"_s; };
-    cloud.makeProvider = [this] { return sealed; };
-    router = std::make_unique<AIRequestRouter>(AIRequestRouter::Services{.settings = settings,
-                                                                         .keychain = keychain,
-                                                                         .proofs = proofs,
-                                                                         .clock = clock,
-                                                                         .provider = compatible,
-                                                                         .nativeOllama = native,
-                                                                         .ollama = &probes,
-                                                                         .privateCloud = cloud});
-    router->setLocalModel(&localModel);
+    start();
+    configure(u"http://localhost:11434/v1"_s, u"llama3.2:3b"_s);
+}
+
+void RouterFixture::start()
+{
+    router = std::make_unique<AIRequestRouter>(services);
     router->setSubnets([] { return std::vector<PrivateNetworkAddress::Subnet>(); });
     router->setHostLookup([this](const QString &name, const std::stop_token &) {
         ++lookups;
@@ -88,7 +94,6 @@ RouterFixture::RouterFixture()
         };
         return answer(known == names.end() ? QStringList() : known->second);
     });
-    configure(u"http://localhost:11434/v1"_s, u"llama3.2:3b"_s);
 }
 
 void RouterFixture::configure(const QString &baseURL, const QString &model)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "async/Work.h"
 #include "ai/ReplyReading.h"
 #include "ai/routing/AIRequestRouter.h"
 #include "persistence/InMemorySettingsRepository.h"
@@ -66,6 +67,9 @@ class RouterFixture : public testing::Test {
 protected:
     RouterFixture();
 
+    // Makes the router anew.
+    void start();
+
     // Sets the address and the model that the settings name.
     void configure(const QString &baseURL, const QString &model);
     void turnOnPrivateCloud();
@@ -88,6 +92,8 @@ protected:
     std::shared_ptr<ScriptedProvider> compatible = std::make_shared<ScriptedProvider>();
     std::shared_ptr<ScriptedProvider> native = std::make_shared<ScriptedProvider>();
     std::shared_ptr<ScriptedProvider> sealed = std::make_shared<ScriptedProvider>();
+    Work work{clock};
+    AIRequestRouter::Services services; // of the router; start() makes one on them
     std::unique_ptr<AIRequestRouter> router;
     LogCapture log;
 };

@@ -18,14 +18,15 @@ class TurnRouteTest : public RouterFixture {
 protected:
     TurnRouteTest()
     {
-        router->setTools([] {
+        services.tools = [] {
             std::vector<AITool> tools;
             for (const auto *name : {"remember", "forget", "search_web", "look_at_screen"})
                 tools.push_back({.name = QString::fromLatin1(name)});
             return tools;
-        });
-        router->setPromptParts({.instructions = [] { return u"Be brief."_s; },
-                                .notes = [] { return std::optional(u"- Likes tea"_s); }});
+        };
+        services.prompts = {.instructions = [] { return u"Be brief."_s; },
+                                .notes = [] { return std::optional(u"- Likes tea"_s); }};
+        start();
     }
 
     static QString toolNames(const PreparedRequest &prepared)
@@ -202,9 +203,10 @@ TEST_F(TurnRouteTest, ABuildWithoutThePrivateCloudSendsNothingInItsPlace)
                           .keychain = keychain,
                           .proofs = proofs,
                           .clock = clock,
-                          .provider = compatible});
+                          .work = work,
+                          .provider = compatible,
+                          .localModel = &localModel});
     turnOnPrivateCloud();
-    bare.setLocalModel(&localModel);
     const auto attempt = [&] { static_cast<void>(TestWait::await(bare.prepareRequest({}, {}))); };
     EXPECT_THROW(attempt(), ProviderError);
     EXPECT_EQ(bare.sources().front().problem, u"The private cloud is not available in this build."_s);
