@@ -1,6 +1,7 @@
 #include "BareWindow.h"
 #include "WindowFigures.h"
 #include "app/AppState.h"
+#include "async/Work.h"
 #include "app/MainWindowController.h"
 #include "async/Clock.h"
 #include "persistence/ConversationRepository.h"
@@ -86,14 +87,15 @@ void streamIntoLongChat(benchmark::State &state)
         ModelServer server;
         CommandLine commandLine;
         commandLine.profile = profile.path();
-        AppState application(commandLine, AppState::Host::test, clock, {keychain, keychain});
-        application.settings().setBaseURLString(server.baseUrl());
-        application.settings().setModel(u"pieces-2000"_s);
-        fill(application.repository(), *application.chat().conversation(), clock, 1000);
-        const QString id = application.chat().conversationId();
-        application.chat().newConversation();
-        application.chat().open(id);
-        MainWindowController window(application);
+        Work work(clock);
+        AppState application(commandLine, Host::test, clock, {keychain, keychain}, work);
+        application.storage().settings->setBaseURLString(server.baseUrl());
+        application.storage().settings->setModel(u"pieces-2000"_s);
+        fill(*application.storage().repository, *application.presentation().chat->conversation(), clock, 1000);
+        const QString id = application.presentation().chat->conversationId();
+        application.presentation().chat->newConversation();
+        application.presentation().chat->open(id);
+        MainWindowController window(application.presentation());
         application.start();
         const auto turn = [&](auto &&done) {
             while (!done())
@@ -102,9 +104,9 @@ void streamIntoLongChat(benchmark::State &state)
         QElapsedTimer shown;
         shown.start();
         turn([&] { return shown.elapsed() > 1000; });
-        application.chat().sendMessage(u"Go"_s, std::nullopt);
+        application.presentation().chat->sendMessage(u"Go"_s, std::nullopt);
         LongestBlock block;
-        turn([&] { return !application.chat().isResponding(); });
+        turn([&] { return !application.presentation().chat->isResponding(); });
         report(state, block.milliseconds(), "ms");
         block.end();
         application.willTerminate();
@@ -118,10 +120,10 @@ public:
     {
         CommandLine commandLine;
         commandLine.profile = m_profile.path();
-        m_state = std::make_unique<AppState>(commandLine, AppState::Host::test, m_clock,
-                                             AppState::Secrets{m_keychain, m_keychain});
-        m_state->settings().setBaseURLString(m_server.baseUrl());
-        m_window = std::make_unique<MainWindowController>(*m_state);
+        m_state = std::make_unique<AppState>(commandLine, Host::test, m_clock, Secrets{m_keychain, m_keychain}, m_work);
+        m_state->storage().settings->setBaseURLString(m_server.baseUrl());
+        m_window = std::make_unique<MainWindowController>(m_state->presentation());
+        QObject::connect(m_state.get(), &AppState::mainWindowRequested, m_window.get(), &MainWindowController::show);
         m_state->start();
         turnFor(500);
     }
@@ -134,10 +136,10 @@ public:
     }
     void openFilled(int messages, const QString &text)
     {
-        fill(m_state->repository(), *m_state->chat().conversation(), m_clock, messages, text);
-        const QString id = m_state->chat().conversationId();
-        m_state->chat().newConversation();
-        m_state->chat().open(id);
+        fill(*m_state->storage().repository, *m_state->presentation().chat->conversation(), m_clock, messages, text);
+        const QString id = m_state->presentation().chat->conversationId();
+        m_state->presentation().chat->newConversation();
+        m_state->presentation().chat->open(id);
         turnFor(500);
     }
     static void turnFor(int milliseconds)
@@ -153,6 +155,7 @@ private:
     SystemClock m_clock;
     InMemoryKeychainService m_keychain;
     ModelServer m_server;
+    Work m_work{m_clock};
     std::unique_ptr<AppState> m_state;
     std::unique_ptr<MainWindowController> m_window;
 };

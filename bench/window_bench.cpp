@@ -86,8 +86,8 @@ public:
 
     [[nodiscard]] std::unique_ptr<AppState> start()
     {
-        return std::make_unique<AppState>(commandLine(), AppState::Host::test, m_clock,
-                                          AppState::Secrets{m_secrets.keychain(), m_secrets.keychain()});
+        return std::make_unique<AppState>(commandLine(), Host::test, m_clock,
+                                          Secrets{m_secrets.keychain(), m_secrets.keychain()});
     }
     [[nodiscard]] QString path() const { return m_folder.path(); }
 

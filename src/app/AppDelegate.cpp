@@ -18,7 +18,7 @@ AppDelegate::AppDelegate(QGuiApplication &application, AppState &state, QObject 
     // Closing the last window leaves the program running, so that a reply still arrives.
     QGuiApplication::setQuitOnLastWindowClosed(false);
     connect(&application, &QGuiApplication::applicationStateChanged, this, [this](Qt::ApplicationState now) {
-        m_state.chat().setWindowInFront(now == Qt::ApplicationActive);
+        m_state.presentation().chat->setWindowInFront(now == Qt::ApplicationActive);
         if (now == Qt::ApplicationActive)
             m_state.didBecomeActive();
     });
@@ -29,7 +29,7 @@ AppDelegate::AppDelegate(QGuiApplication &application, AppState &state, QObject 
 void AppDelegate::didFinishLaunching()
 {
     Log::info(Log::Category::App, "Application did finish launching"_L1);
-    if (m_state.host() == AppState::Host::test) {
+    if (m_state.host() == Host::test) {
         Log::info(Log::Category::App, "Unit-test host detected; skipping UI startup"_L1);
         return;
     }

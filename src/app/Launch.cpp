@@ -34,9 +34,9 @@ SecretKeeping::Keyring keyringOf(const CommandLine &commandLine)
     return commandLine.profile ? SecretKeeping::Keyring::none : SecretKeeping::Keyring::ofThePerson;
 }
 
-AppState::Host hostOfThisRun()
+Host hostOfThisRun()
 {
-    return TestHost::isActive() ? AppState::Host::test : AppState::Host::application;
+    return TestHost::isActive() ? Host::test : Host::application;
 }
 
 KeyExpectation expectationOf(const SupportFolders &folders)
@@ -66,8 +66,7 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, QObject *p
     connect(&m_secrets.preparation(), &KeychainPreparation::stateChanged, this, &Launch::keychainChanged);
 }
 
-// What still runs beside the GUI thread may use the secrets, the vault and the services, so it ends before
-// them.
+// What still runs beside the GUI thread may use the secrets, also when there is no AppState yet that would end it.
 Launch::~Launch()
 {
     m_work.end();
@@ -120,10 +119,10 @@ void Launch::finish()
 {
     m_patience.reset();
     m_state = std::make_unique<AppState>(m_commandLine, hostOfThisRun(), m_clock,
-                                         AppState::Secrets{m_secrets.keychain(), m_secrets.keychain()});
+                                         Secrets{m_secrets.keychain(), m_secrets.keychain()}, m_work);
     if (m_commandLine.practiceServer)
-        usePracticeServer(m_state->settings(), *m_commandLine.practiceServer);
-    ShellViewModel &shell = m_state->shell();
+        usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);
+    ShellViewModel &shell = *m_state->presentation().shell;
     shell.setKeychainNotice(sentenceFor(m_secrets.preparation().state()));
     shell.setSystemDark(m_appearance->isDark());
     connect(m_appearance.get(), &DesktopAppearance::darkChanged, &shell, &ShellViewModel::setSystemDark);
@@ -131,9 +130,10 @@ void Launch::finish()
 
     if (!m_windowEngine)
         m_windowEngine = MainWindowController::prepareEngine();
-    m_mainWindow = std::make_unique<MainWindowController>(*m_state, std::move(m_windowEngine));
+    m_mainWindow = std::make_unique<MainWindowController>(m_state->presentation(), std::move(m_windowEngine));
     if (!m_mainWindow->window())
         return QCoreApplication::exit(1);
+    connect(m_state.get(), &AppState::mainWindowRequested, m_mainWindow.get(), &MainWindowController::show);
     m_delegate = std::make_unique<AppDelegate>(m_application, *m_state);
     connect(&m_mainWindow->engine(), &QQmlEngine::quit, m_delegate.get(), &AppDelegate::requestQuit);
     m_delegate->didFinishLaunching();
@@ -145,7 +145,7 @@ void Launch::finish()
 void Launch::playDemo()
 {
     m_demo =
-        std::make_unique<DemoPlayer>(*m_mainWindow->window(), m_state->chat(), *m_commandLine.demoPicture);
+        std::make_unique<DemoPlayer>(*m_mainWindow->window(), *m_state->presentation().chat, *m_commandLine.demoPicture);
     connect(m_demo.get(), &DemoPlayer::finished, &m_application, &QCoreApplication::exit,
             Qt::QueuedConnection);
     m_demo->play();

@@ -1,6 +1,6 @@
 #include "app/MainWindowController.h"
 
-#include "app/AppState.h"
+#include "app/Presentation.h"
 #include "persistence/SettingsStore.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
@@ -35,29 +35,28 @@ std::unique_ptr<WindowEngine> MainWindowController::prepareEngine()
     return engine;
 }
 
-MainWindowController::MainWindowController(AppState &state, std::unique_ptr<WindowEngine> engine)
+MainWindowController::MainWindowController(Presentation &presentation, std::unique_ptr<WindowEngine> engine)
     : m_engine(std::move(engine))
 {
-    m_engine->loadComponent(mainComponent, {{u"chat"_s, QVariant::fromValue(&state.chat())},
-                                            {u"conversations"_s, QVariant::fromValue(&state.conversations())},
-                                            {u"search"_s, QVariant::fromValue(&state.search())},
-                                            {u"sources"_s, QVariant::fromValue(&state.sources())},
-                                            {u"instructions"_s, QVariant::fromValue(&state.instructions())},
-                                            {u"abilities"_s, QVariant::fromValue(&state.abilities())},
-                                            {u"searchKey"_s, QVariant::fromValue(&state.searchKey())},
-                                            {u"memory"_s, QVariant::fromValue(&state.notes())},
-                                            {u"receipts"_s, QVariant::fromValue(&state.receipts())},
-                                            {u"aiSettings"_s, QVariant::fromValue(&state.aiSettings())},
-                                            {u"settings"_s, QVariant::fromValue(&state.settings())},
-                                            {u"networkLedger"_s, QVariant::fromValue(&state.networkLedger())},
-                                            {u"shell"_s, QVariant::fromValue(&state.shell())},
-                                            {u"companion"_s, QVariant::fromValue(&state.companion())}});
+    m_engine->loadComponent(mainComponent, {{u"chat"_s, QVariant::fromValue(presentation.chat.get())},
+                                            {u"conversations"_s, QVariant::fromValue(presentation.conversations.get())},
+                                            {u"search"_s, QVariant::fromValue(presentation.search.get())},
+                                            {u"sources"_s, QVariant::fromValue(presentation.sources.get())},
+                                            {u"instructions"_s, QVariant::fromValue(presentation.instructions.get())},
+                                            {u"abilities"_s, QVariant::fromValue(presentation.abilities.get())},
+                                            {u"searchKey"_s, QVariant::fromValue(presentation.searchKey.get())},
+                                            {u"memory"_s, QVariant::fromValue(presentation.notes.get())},
+                                            {u"receipts"_s, QVariant::fromValue(presentation.receipts.get())},
+                                            {u"aiSettings"_s, QVariant::fromValue(presentation.aiSettings.get())},
+                                            {u"settings"_s, QVariant::fromValue(&presentation.settings)},
+                                            {u"networkLedger"_s, QVariant::fromValue(presentation.networkLedger.get())},
+                                            {u"shell"_s, QVariant::fromValue(presentation.shell.get())},
+                                            {u"companion"_s, QVariant::fromValue(presentation.companion.get())}});
     if (!m_engine->rootObjects().isEmpty())
         m_window = qobject_cast<QQuickWindow *>(m_engine->rootObjects().constFirst());
     if (!m_window)
         return;
     m_window->installEventFilter(this);
-    connect(&state, &AppState::mainWindowRequested, this, &MainWindowController::show);
 }
 
 void MainWindowController::show()

@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/GhostQuestion.h"
 #include "app/WhatChangedNotice.h"
+#include "async/Work.h"
 #include "memory/MemoryStore.h"
 #include "persistence/ChatStoreLocation.h"
 #include "persistence/ConversationRepository.h"
@@ -36,10 +37,11 @@ class AppStateTest : public testing::Test {
 protected:
     AppStateTest() { commandLine.profile = profile.path(); }
 
-    void start(AppState::Host host = AppState::Host::application)
+    void start(Host host = Host::application)
     {
         state.reset();
-        state = std::make_unique<AppState>(commandLine, host, clock, AppState::Secrets{keychain, keychain});
+        work.emplace(clock);
+        state = std::make_unique<AppState>(commandLine, host, clock, Secrets{keychain, keychain}, *work);
     }
 
     std::unique_ptr<UserDefaultsSettingsRepository>
@@ -53,24 +55,25 @@ protected:
     CommandLine commandLine;
     ManualClock clock;
     InMemoryKeychainService keychain;
+    std::optional<Work> work;
     std::unique_ptr<AppState> state;
 };
 
 TEST_F(AppStateTest, AFirstStartOpensAnEmptyChatOnDiskAndTellsNothingOfChanges)
 {
     start();
-    EXPECT_FALSE(state->startupError());
+    EXPECT_FALSE(state->storage().startupError);
     EXPECT_TRUE(QFileInfo::exists(ChatStoreLocation::storePath(commandLine.folders())));
-    EXPECT_EQ(state->chat().messages()->rowCount(), 0);
-    EXPECT_EQ(state->repository().count(), 1);
+    EXPECT_EQ(state->presentation().chat->messages()->rowCount(), 0);
+    EXPECT_EQ(state->storage().repository->count(), 1);
     EXPECT_TRUE(keychain.read(LocalDataVault::keyAccount));
     state->start();
-    EXPECT_EQ(state->shell().questionTitle(), QString());
+    EXPECT_EQ(state->presentation().shell->questionTitle(), QString());
     for (const bool isReset : {false, true}) {
-        state->settings().setOnboardingComplete(true);
+        state->storage().settings->setOnboardingComplete(true);
         commandLine.resetOnboarding = isReset;
         start();
-        EXPECT_EQ(state->settings().onboardingComplete(), !isReset);
+        EXPECT_EQ(state->storage().settings->onboardingComplete(), !isReset);
     }
 }
 
@@ -87,19 +90,19 @@ TEST_F(AppStateTest, WhatOlderBuildsLeftIsMovedSealedAndRemovedOnceAndNeverUnder
     keychain.addSecret(u"com.morvane.Quelmar"_s, {u"ai-provider-api-key"_s, u"old key"_s});
     const auto isThere = [](const QString &path) { return QFileInfo::exists(path); };
 
-    start(AppState::Host::test);
-    EXPECT_EQ(state->settings().model(), QString());
+    start(Host::test);
+    EXPECT_EQ(state->storage().settings->model(), QString());
     EXPECT_TRUE(std::all_of(departed.begin(), departed.end(), isThere));
     EXPECT_EQ(PrivateFile::read(kept, 100), readable);
 
     const LogCapture log;
     start();
-    EXPECT_EQ(state->settings().model(), u"carried over"_s) << "before the settings are read";
+    EXPECT_EQ(state->storage().settings->model(), u"carried over"_s) << "before the settings are read";
     EXPECT_EQ(keychain.read(u"ai-provider-api-key"_s), u"old key"_s);
     EXPECT_FALSE(std::any_of(departed.begin(), departed.end(), isThere));
     EXPECT_NE(PrivateFile::read(kept, 1000), readable);
-    ASSERT_EQ(state->memory().facts().size(), 1U);
-    EXPECT_EQ(state->memory().facts().front().text, u"works nights"_s);
+    ASSERT_EQ(state->assistant().memory->facts().size(), 1U);
+    EXPECT_EQ(state->assistant().memory->facts().front().text, u"works nights"_s);
     EXPECT_FALSE(isThere(notes + u"memory-work.md"_s));
     EXPECT_EQ(log.lines().filter(u"Completed migration"_s).size(), 1);
 }
@@ -118,29 +121,29 @@ TEST_F(AppStateTest, TextsThatAnOlderBuildLeftReadableAreSealedAtTheNextStart)
 TEST_F(AppStateTest, ChatsGoWhenTheirTimeIsOver)
 {
     start();
-    state->chat().sendMessage(u"old words"_s, std::nullopt);
-    const QUuid id = state->repository().mostRecent()->id();
-    state->settings().setConversationRetention(ConversationRetention::sevenDays);
+    state->presentation().chat->sendMessage(u"old words"_s, std::nullopt);
+    const QUuid id = state->storage().repository->mostRecent()->id();
+    state->storage().settings->setConversationRetention(ConversationRetention::sevenDays);
     for (const auto &[days, isKept] :
          {std::pair{std::chrono::days(6), true}, {std::chrono::days(2), false}}) {
         state->willTerminate();
         TestWait::settle();
         clock.advance(days);
         start();
-        EXPECT_EQ(state->repository().find(id) != nullptr, isKept);
+        EXPECT_EQ(state->storage().repository->find(id) != nullptr, isKept);
     }
 }
 
 TEST_F(AppStateTest, ATestHostSkipsTheWindow)
 {
-    for (const auto host : {AppState::Host::application, AppState::Host::test}) {
+    for (const auto host : {Host::application, Host::test}) {
         start(host);
         int windows = 0;
         QObject::connect(state.get(), &AppState::mainWindowRequested, [&] { ++windows; });
         AppDelegate delegate(*qGuiApp, *state);
         const LogCapture log;
         delegate.didFinishLaunching();
-        const bool skips = host == AppState::Host::test;
+        const bool skips = host == Host::test;
         EXPECT_EQ(windows, skips ? 0 : 1);
         EXPECT_EQ(log.lines().contains(u"app: Unit-test host detected; skipping UI startup"_s), skips);
     }
@@ -152,10 +155,10 @@ TEST_F(AppStateTest, AStoreThatWontOpenStillBringsUpAChatAndIsLeftAlone)
     const QByteArray broken(4096, 'x');
     PrivateFile::write(path, broken);
     start();
-    ASSERT_TRUE(state->startupError());
-    EXPECT_EQ(state->shell().startupError(), u"Local storage could not be opened."_s);
-    EXPECT_FALSE(state->shell().startupSuggestion().isEmpty());
-    EXPECT_NE(state->chat().conversation(), nullptr);
+    ASSERT_TRUE(state->storage().startupError);
+    EXPECT_EQ(state->presentation().shell->startupError(), u"Local storage could not be opened."_s);
+    EXPECT_FALSE(state->presentation().shell->startupSuggestion().isEmpty());
+    EXPECT_NE(state->presentation().chat->conversation(), nullptr);
     state->willTerminate();
     EXPECT_EQ(PrivateFile::read(path, 1 << 20), broken);
 }
@@ -166,14 +169,14 @@ TEST_F(AppStateTest, TheNoticeOfWhatChangedIsShownOnceToWhoHadChats)
         start();
         EXPECT_EQ(defaults()->boolean(u"didDecideWhatChangedNotice.v1"_s), true) << "on disk at once";
         state->start();
-        return state->shell().questionTitle();
+        return state->presentation().shell->questionTitle();
     };
     PrivateFile::write(ChatStoreLocation::oldStorePath(commandLine.folders()), "chats of an older build");
     EXPECT_EQ(question(), u"What changed in MorvaneGPT"_s);
     for (const QString &line : WhatChangedNotice::lines())
-        EXPECT_TRUE(state->shell().questionText().contains(line));
+        EXPECT_TRUE(state->presentation().shell->questionText().contains(line));
     EXPECT_EQ(question(), u"What changed in MorvaneGPT"_s) << "until it is answered";
-    state->shell().answerQuestion(0);
+    state->presentation().shell->answerQuestion(0);
     EXPECT_EQ(question(), QString());
 }
 
@@ -181,8 +184,8 @@ TEST_F(AppStateTest, AKeyThatHasGoneOrIsRefusedIsNeverReplaced)
 {
     for (const bool isRefused : {true, false}) {
         start();
-        state->chat().sendMessage(u"precious"_s, std::nullopt);
-        state->settings().setOnboardingComplete(!isRefused);
+        state->presentation().chat->sendMessage(u"precious"_s, std::nullopt);
+        state->storage().settings->setOnboardingComplete(!isRefused);
         state->willTerminate();
         TestWait::settle();
         state.reset();
@@ -193,7 +196,7 @@ TEST_F(AppStateTest, AKeyThatHasGoneOrIsRefusedIsNeverReplaced)
         start();
         keychain.setFailure({});
         keychain.remove(LocalDataVault::keyAccount);
-        state->memory().remember(u"would be sealed"_s);
+        state->assistant().memory->remember(u"would be sealed"_s);
         EXPECT_EQ(keychain.read(LocalDataVault::keyAccount), std::nullopt) << isRefused;
     }
 }
@@ -219,9 +222,9 @@ TEST_F(AppStateTest, QuittingAsksAboutAGhostChatWithMessages)
     QObject::connect(state.get(), &AppState::quitConfirmed, [&] { quits += ghost.ending; });
     for (const int button : {2, -1, 1, 0}) {
         EXPECT_EQ(state->shouldTerminate(), AppState::Termination::cancel);
-        EXPECT_EQ(state->shell().questionTitle(), u"Drop this Ghost chat?"_s);
-        EXPECT_EQ(state->shell().questionButtons(), (QStringList{u"Drop"_s, u"Keep"_s, u"Cancel"_s}));
-        state->shell().answerQuestion(button);
+        EXPECT_EQ(state->presentation().shell->questionTitle(), u"Drop this Ghost chat?"_s);
+        EXPECT_EQ(state->presentation().shell->questionButtons(), (QStringList{u"Drop"_s, u"Keep"_s, u"Cancel"_s}));
+        state->presentation().shell->answerQuestion(button);
     }
     EXPECT_EQ(quits, (QStringList{u"kept"_s, u"dropped"_s}));
     EXPECT_EQ(GhostQuestion::ask(true).buttons(), (QStringList{u"Drop"_s, u"Cancel"_s})) << "while locked";
@@ -235,7 +238,7 @@ TEST_F(AppStateTest, QuittingEndsTheProgramAndItsTurnUnlessThePersonHasToBeAsked
     state->setGhost(&ghost);
     AppDelegate delegate(*qGuiApp, *state);
     EXPECT_FALSE(QGuiApplication::quitOnLastWindowClosed());
-    state->chat().sendMessage(u"a turn at work"_s, std::nullopt);
+    state->presentation().chat->sendMessage(u"a turn at work"_s, std::nullopt);
     const LogCapture log;
     const auto quit = [&] {
         QTimer::singleShot(0, &delegate, &AppDelegate::requestQuit);
@@ -245,7 +248,7 @@ TEST_F(AppStateTest, QuittingEndsTheProgramAndItsTurnUnlessThePersonHasToBeAsked
     EXPECT_EQ(quit(), 7);
     ghost.full = false;
     EXPECT_EQ(quit(), 0);
-    EXPECT_FALSE(state->chat().isResponding());
+    EXPECT_FALSE(state->presentation().chat->isResponding());
     EXPECT_EQ(log.lines().count(u"app: Application will terminate"_s), 1);
 }
 

@@ -24,7 +24,7 @@ protected:
     // give them.
     [[nodiscard]] bool approvalComes()
     {
-        return WindowDriver::eventually([this] { return state->chat().hasApproval(); });
+        return WindowDriver::eventually([this] { return state->presentation().chat->hasApproval(); });
     }
     [[nodiscard]] std::ptrdiff_t searches()
     {
@@ -40,12 +40,12 @@ TEST_F(AbilitiesInWindowTest, ASearchIsShownAskedForAndAnsweredFromWithItsSource
     ask(u"agent-search"_s, u"Tell me about ferns"_s);
     ASSERT_TRUE(approvalComes());
     WindowDriver::settle();
-    EXPECT_EQ(state->chat().approval().verb, u"Search the web for this"_s);
-    EXPECT_TRUE(state->chat().approval().detail.contains(u"Tell me about ferns"_s));
-    EXPECT_TRUE(state->chat().approval().offersChatWideYes);
+    EXPECT_EQ(state->presentation().chat->approval().verb, u"Search the web for this"_s);
+    EXPECT_TRUE(state->presentation().chat->approval().detail.contains(u"Tell me about ferns"_s));
+    EXPECT_TRUE(state->presentation().chat->approval().offersChatWideYes);
     EXPECT_NE(item(u"approval"_s), nullptr);
     EXPECT_EQ(searches(), 0) << "nothing leaves before the answer";
-    state->chat().approve();
+    state->presentation().chat->approve();
     ASSERT_TRUE(turnEnds());
     EXPECT_EQ(searches(), 1) << "a page that can't be read starts no search of its own here";
     EXPECT_TRUE(lastRow(MessageListModel::SourceDomainsRole).toStringList().contains(u"ferns.invalid"_s));
@@ -59,18 +59,18 @@ TEST_F(AbilitiesInWindowTest, AYesForTheChatHoldsForItAndForNoOther)
 {
     ask(u"agent-search"_s, u"Tell me about ferns"_s);
     ASSERT_TRUE(approvalComes());
-    state->chat().approveForChat();
+    state->presentation().chat->approveForChat();
     ASSERT_TRUE(turnEnds());
     EXPECT_EQ(searches(), 2) << "the page that can't be read is looked up instead";
     say(u"And about mosses"_s);
     ASSERT_TRUE(approvalComes());
-    EXPECT_EQ(state->chat().approval().verb, u"Read this page from the search results"_s)
+    EXPECT_EQ(state->presentation().chat->approval().verb, u"Read this page from the search results"_s)
         << "the search itself is asked for no more";
     EXPECT_EQ(searches(), 3);
     WindowDriver::press(window(), Qt::Key_Escape);
     ASSERT_TRUE(turnEnds());
 
-    state->chat().newConversation();
+    state->presentation().chat->newConversation();
     say(u"Once more"_s);
     EXPECT_TRUE(approvalComes()) << "another chat asks for itself";
     WindowDriver::press(window(), Qt::Key_Escape);
@@ -93,7 +93,7 @@ TEST_F(AbilitiesInWindowTest, AModelThatLoopsIsBroughtToAnAnswer)
 {
     ask(u"agent-loops"_s, u"Ferns"_s);
     ASSERT_TRUE(approvalComes());
-    state->chat().approveForChat();
+    state->presentation().chat->approveForChat();
     ASSERT_TRUE(turnEnds());
     EXPECT_EQ(lastText(), u"The practice server has no more tools to call."_s);
     EXPECT_EQ(searches(), 5);
@@ -104,7 +104,7 @@ TEST_F(AbilitiesInWindowTest, ARefusalToSearchIsTakenBackAndCorrected)
     ask(u"agent-refuses-search"_s, u"Ferns"_s);
     ASSERT_TRUE(approvalComes());
     EXPECT_FALSE(lastText().contains(u"can't look that up"_s)) << "gone from view before the search";
-    state->chat().approve();
+    state->presentation().chat->approve();
     ASSERT_TRUE(turnEnds());
     EXPECT_TRUE(lastText().contains(u"Search results for “Ferns”"_s)) << lastText().toStdString();
 }
@@ -119,7 +119,7 @@ TEST_F(AbilitiesInWindowTest, AServerThatRejectsToolsIsAskedAgainWithoutThem)
 
 TEST_F(AbilitiesInWindowTest, WithTheAbilitiesOffNoToolIsOffered)
 {
-    state->settings().setAbilitiesEnabled(false);
+    state->storage().settings->setAbilitiesEnabled(false);
     ask(u"agent-search"_s, u"Ferns"_s);
     ASSERT_TRUE(turnEnds());
     EXPECT_EQ(server.requests().back().json().contains("tools"_L1), false);

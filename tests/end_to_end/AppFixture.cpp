@@ -25,11 +25,12 @@ void AppFixture::start()
     CommandLine commandLine;
     commandLine.profile = profile.path();
     commandLine.practiceServer = server.baseUrl();
-    state = std::make_unique<AppState>(commandLine, AppState::Host::test, clock,
-                                       AppState::Secrets{keychain, keychain});
-    state->settings().setBaseURLString(server.baseUrl());
-    state->settings().setModel(u"practice-fast"_s);
-    mainWindow = std::make_unique<MainWindowController>(*state);
+    work.emplace(clock);
+    state = std::make_unique<AppState>(commandLine, Host::test, clock, Secrets{keychain, keychain}, *work);
+    state->storage().settings->setBaseURLString(server.baseUrl());
+    state->storage().settings->setModel(u"practice-fast"_s);
+    mainWindow = std::make_unique<MainWindowController>(state->presentation());
+    QObject::connect(state.get(), &AppState::mainWindowRequested, mainWindow.get(), &MainWindowController::show);
     ASSERT_NE(mainWindow->window(), nullptr);
     state->start();
     ASSERT_TRUE(QTest::qWaitForWindowActive(window()));
@@ -49,7 +50,7 @@ void AppFixture::stop()
 
 void AppFixture::useModel(const QString &model)
 {
-    state->settings().setModel(model);
+    state->storage().settings->setModel(model);
 }
 
 void AppFixture::say(const QString &words)
@@ -61,14 +62,14 @@ void AppFixture::say(const QString &words)
 bool AppFixture::turnEnds()
 {
     const bool ended = WindowDriver::eventually(
-        [this] { return !state->chat().isResponding() && state->chat().turnsInFlight() == 0; });
+        [this] { return !state->presentation().chat->isResponding() && state->presentation().chat->turnsInFlight() == 0; });
     WindowDriver::settle();
     return ended;
 }
 
 QVariant AppFixture::lastRow(int role) const
 {
-    const auto *messages = state->chat().messages();
+    const auto *messages = state->presentation().chat->messages();
     return messages->index(messages->rowCount() - 1).data(role);
 }
 

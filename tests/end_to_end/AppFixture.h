@@ -2,7 +2,7 @@
 
 #include "app/AppState.h"
 #include "app/MainWindowController.h"
-#include "async/Clock.h"
+#include "async/Work.h"
 #include "security/InMemoryKeychainService.h"
 #include "support/ModelServer.h"
 #include "support/WindowDriver.h"
@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
 
 namespace morvane {
 
@@ -40,6 +41,7 @@ protected:
     SystemClock clock;
     InMemoryKeychainService keychain;
     ModelServer server;
+    std::optional<Work> work;
     std::unique_ptr<AppState> state;
     std::unique_ptr<MainWindowController> mainWindow;
 };

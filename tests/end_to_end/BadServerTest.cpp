@@ -25,17 +25,17 @@ TEST_P(BadServerTest, EndsInAnErrorOfItsOwnAndLosesNothingOfThePersons)
     say(u"Keep this question"_s);
     WindowDriver::type(window(), u"and this draft"_s); // while the reply is under way
     ASSERT_TRUE(turnEnds());
-    const auto *messages = state->chat().messages();
+    const auto *messages = state->presentation().chat->messages();
     EXPECT_EQ(messages->index(0).data(MessageListModel::TextRole), u"Keep this question"_s);
-    EXPECT_EQ(state->chat().draft(), u"and this draft"_s);
-    EXPECT_EQ(state->chat().banner().message, QString::fromUtf8(GetParam().banner));
+    EXPECT_EQ(state->presentation().chat->draft(), u"and this draft"_s);
+    EXPECT_EQ(state->presentation().chat->banner().message, QString::fromUtf8(GetParam().banner));
     EXPECT_EQ(lastRow(MessageListModel::FailedRole).toBool(), GetParam().banner != nullptr);
     EXPECT_FALSE(lastRow(MessageListModel::RunningRole).toBool());
 
     useModel(u"practice-fast"_s);
     WindowDriver::press(window(), Qt::Key_Return);
     ASSERT_TRUE(turnEnds());
-    EXPECT_FALSE(state->chat().hasBanner()) << "the next turn works as ever";
+    EXPECT_FALSE(state->presentation().chat->hasBanner()) << "the next turn works as ever";
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -23,14 +23,14 @@ TEST_F(ChatWindowTest, ATypedMessageBringsAStreamedReplyThatIsThereAfterARestart
     ASSERT_TRUE(turnEnds());
     const QString reply = lastText();
     EXPECT_TRUE(reply.contains(u"practice server"_s)) << reply.toStdString();
-    EXPECT_EQ(state->chat().title(), u"Hello there"_s);
+    EXPECT_EQ(state->presentation().chat->title(), u"Hello there"_s);
     ASSERT_EQ(server.chats().size(), 1U);
     const QJsonObject body = server.chats().front().json();
     EXPECT_TRUE(body.value("stream"_L1).toBool());
     EXPECT_EQ(body.value("messages"_L1).toArray().last().toObject().value("content"_L1), u"Hello there"_s);
     EXPECT_EQ(body.value("purpose"_L1), u"chat"_s);
 
-    auto &ledger = state->networkLedger();
+    auto &ledger = *state->presentation().networkLedger;
     ledger.setWatching(true);
     ASSERT_EQ(ledger.rowCount(), static_cast<int>(server.requests().size())) << "questions about the server";
     EXPECT_EQ(ledger.index(0).data(NetworkLedgerViewModel::OutcomeRole), u"HTTP 200"_s);
@@ -38,11 +38,11 @@ TEST_F(ChatWindowTest, ATypedMessageBringsAStreamedReplyThatIsThereAfterARestart
 
     stop();
     start();
-    EXPECT_EQ(state->chat().messages()->rowCount(), 0) << "a start opens a fresh chat";
-    ASSERT_EQ(state->conversations().rowCount(), 2);
-    const auto saved = state->conversations().index(1);
+    EXPECT_EQ(state->presentation().chat->messages()->rowCount(), 0) << "a start opens a fresh chat";
+    ASSERT_EQ(state->presentation().conversations->rowCount(), 2);
+    const auto saved = state->presentation().conversations->index(1);
     EXPECT_EQ(saved.data(ConversationListModel::TitleRole), u"Hello there"_s);
-    state->chat().open(saved.data(ConversationListModel::ConversationIdRole).toString());
+    state->presentation().chat->open(saved.data(ConversationListModel::ConversationIdRole).toString());
     EXPECT_EQ(lastText(), reply);
     EXPECT_EQ(lastRow(MessageListModel::PlaceRole), u"This Mac"_s);
 }
@@ -62,7 +62,7 @@ TEST_F(ChatWindowTest, EscapeStopsAtEachStage)
         ASSERT_TRUE(turnEnds()) << model.toStdString();
         EXPECT_TRUE(lastRow(MessageListModel::CancelledRole).toBool());
         EXPECT_EQ(lastText(), arrived) << "what had arrived stays";
-        EXPECT_FALSE(state->chat().hasBanner());
+        EXPECT_FALSE(state->presentation().chat->hasBanner());
         server.awaitEnded(server.requests().size());
         EXPECT_TRUE(server.chats().back().clientLeft);
     }
@@ -78,9 +78,9 @@ TEST_F(ChatWindowTest, RetryOnTheBannerAsksAgainUnderTheFailedReply)
     ASSERT_NE(retry, nullptr);
     WindowDriver::click(retry);
     ASSERT_TRUE(turnEnds());
-    EXPECT_FALSE(state->chat().hasBanner());
+    EXPECT_FALSE(state->presentation().chat->hasBanner());
     EXPECT_FALSE(lastText().isEmpty());
-    EXPECT_EQ(state->chat().messages()->rowCount(), 3);
+    EXPECT_EQ(state->presentation().chat->messages()->rowCount(), 3);
 }
 
 TEST_F(ChatWindowTest, ContinueAddsTheRestToAReplyThatHitItsLimit)
@@ -95,7 +95,7 @@ TEST_F(ChatWindowTest, ContinueAddsTheRestToAReplyThatHitItsLimit)
     ASSERT_TRUE(turnEnds());
     EXPECT_TRUE(lastText().startsWith(half));
     EXPECT_GT(lastText().size(), half.size());
-    EXPECT_EQ(state->chat().messages()->rowCount(), 2);
+    EXPECT_EQ(state->presentation().chat->messages()->rowCount(), 2);
     EXPECT_FALSE(lastRow(MessageListModel::CanContinueRole).toBool());
 }
 
@@ -103,14 +103,14 @@ TEST_F(ChatWindowTest, TheChatListOpensAndStartsChatsByKey)
 {
     say(u"first"_s);
     ASSERT_TRUE(turnEnds());
-    const QString firstId = state->chat().conversationId();
+    const QString firstId = state->presentation().chat->conversationId();
     WindowDriver::press(window(), Qt::Key_N, Qt::ControlModifier);
-    EXPECT_NE(state->chat().conversationId(), firstId);
+    EXPECT_NE(state->presentation().chat->conversationId(), firstId);
     say(u"second"_s);
     ASSERT_TRUE(turnEnds());
-    EXPECT_EQ(state->conversations().rowCount(), 2);
-    state->chat().open(firstId);
-    EXPECT_EQ(state->chat().messages()->index(0).data(MessageListModel::TextRole), u"first"_s);
+    EXPECT_EQ(state->presentation().conversations->rowCount(), 2);
+    state->presentation().chat->open(firstId);
+    EXPECT_EQ(state->presentation().chat->messages()->index(0).data(MessageListModel::TextRole), u"first"_s);
 }
 
 } // namespace

@@ -42,16 +42,17 @@ protected:
     {
         CommandLine commandLine;
         commandLine.profile = profile.path();
-        SecretKeeping secrets(commandLine.folders(), SecretKeeping::Keyring::none);
+        Work work(clock);
+        SecretKeeping secrets(commandLine.folders(), SecretKeeping::Keyring::none, work);
         const auto opening = TestWait::await(secrets.preparation().prepare(KeyExpectation::MustExist));
         EXPECT_TRUE(isReady(opening.state));
-        AppState state(commandLine, AppState::Host::test, clock, {secrets.keychain(), secrets.keychain()});
-        EXPECT_FALSE(state.startupError());
-        const auto &chats = state.conversations();
+        AppState state(commandLine, Host::test, clock, {secrets.keychain(), secrets.keychain()}, work);
+        EXPECT_FALSE(state.storage().startupError);
+        const auto &chats = *state.presentation().conversations;
         int messages = 0;
         for (int i = 0; i < chats.rowCount(); ++i) {
-            state.chat().open(chats.index(i).data(ConversationListModel::ConversationIdRole).toString());
-            messages += expectWholeMessages(*state.chat().messages());
+            state.presentation().chat->open(chats.index(i).data(ConversationListModel::ConversationIdRole).toString());
+            messages += expectWholeMessages(*state.presentation().chat->messages());
         }
         state.willTerminate();
         return messages;

@@ -31,12 +31,12 @@ TEST_F(PrivacyAtRestTest, NoWordOfASessionLiesReadableInAnyFile)
     const QStringList marked{u"MARKEDquestionWORDS"_s, u"MARKEDretitledCHAT"_s, u"MARKEDsecondQUESTION"_s};
     say(marked[0]);
     ASSERT_TRUE(turnEnds());
-    state->chat().rename(state->chat().conversationId(), marked[1]);
+    state->presentation().chat->rename(state->presentation().chat->conversationId(), marked[1]);
     useModel(u"status-500"_s);
     say(marked[2]);
     ASSERT_TRUE(turnEnds());
-    const QString reply = state->chat().messages()->index(1).data(MessageListModel::TextRole).toString();
-    const QString error = state->chat().banner().message;
+    const QString reply = state->presentation().chat->messages()->index(1).data(MessageListModel::TextRole).toString();
+    const QString error = state->presentation().chat->banner().message;
 
     int filesRead = 0;
     const auto search = [&] {

@@ -18,9 +18,9 @@ protected:
     void SetUp() override
     {
         m_keychain.save(u"secret"_s, u"ai-provider-api-key"_s);
-        m_app->chat().open(addChat(u"Ferns"_s, {u"Question"_s, u"Answer"_s},
+        m_app->presentation().chat->open(addChat(u"Ferns"_s, {u"Question"_s, u"Answer"_s},
                                    [](ChatMessage &reply) { reply.setHitTokenLimit(true); }));
-        m_app->chat().showError(
+        m_app->presentation().chat->showError(
             std::make_exception_ptr(ProviderError(ProviderError::Plain::networkUnavailable)));
         load();
     }
@@ -74,7 +74,7 @@ TEST_F(AccessibilityTest, TabReachesEverythingInTheWindow)
     send();
     askToSearch(u"ferns"_s, true);
     expectAllNamed(m_window);
-    m_app->chat().newConversation();
+    m_app->presentation().chat->newConversation();
     settle();
     expectAllNamed(m_window);
 }

@@ -28,11 +28,11 @@ TEST_F(ApprovalCardTest, TheHarmlessAnswerHasTheFocusAndNothingCountsInTheFirstH
     press(Qt::Key_Space);
     press(Qt::Key_Return);
     if (sinceShown.elapsed() < 500) { // a machine that stalls longer than that proves nothing here
-        EXPECT_TRUE(m_app->chat().hasApproval());
+        EXPECT_TRUE(m_app->presentation().chat->hasApproval());
         ASSERT_TRUE(eventually([this] { return isArmed(); }));
         EXPECT_GE(sinceShown.elapsed(), 480);
     }
-    m_app->chat().decline();
+    m_app->presentation().chat->decline();
     settle();
     m_answers.clear();
     for (const auto &button : {u"allow"_s, u"allowForChat"_s, u"decline"_s}) {
@@ -51,7 +51,7 @@ TEST_F(ApprovalCardTest, EscapeDeclinesAtAnyMomentAndStopsNothing)
     EXPECT_FALSE(item(u"allowForChat"_s)->isVisible());
     press(Qt::Key_Escape);
     EXPECT_EQ(m_answers, QStringList(u"no"_s));
-    EXPECT_TRUE(m_app->chat().isResponding());
+    EXPECT_TRUE(m_app->presentation().chat->isResponding());
     EXPECT_FALSE(item(u"approval"_s)->isVisible());
     EXPECT_TRUE(item(u"composer"_s)->hasActiveFocus()) << "the keyboard returns to it";
 }

@@ -26,7 +26,7 @@ protected:
     }
     void fail(const ProviderError &error)
     {
-        m_app->chat().showError(std::make_exception_ptr(error));
+        m_app->presentation().chat->showError(std::make_exception_ptr(error));
         settle();
     }
 };
@@ -36,7 +36,7 @@ TEST_F(ChatPageTest, ABannerOffersRetryOnlyWhenThatHelps)
     for (const bool helps : {true, false}) {
         fail(ProviderError(helps ? ProviderError::Plain::networkUnavailable
                                  : ProviderError::Plain::authenticationFailed));
-        const ErrorBanner banner = m_app->chat().banner();
+        const ErrorBanner banner = m_app->presentation().chat->banner();
         EXPECT_TRUE(shows(banner.message) && shows(banner.suggestion)) << banner.message.toStdString();
         EXPECT_EQ(item(u"retry"_s)->isVisible(), helps);
         click(item(u"dismissBanner"_s));
@@ -86,14 +86,14 @@ TEST_F(ChatPageTest, WhatLooksLikeMarkupStaysText)
 {
     const QString hostile =
         u"<img src=\"http://tracker.example/p.png\"><b>bold</b> ![x](http://a.example/y.png)"_s;
-    m_app->chat().open(addChat(hostile, {hostile, hostile}, [&](ChatMessage &reply) {
+    m_app->presentation().chat->open(addChat(hostile, {hostile, hostile}, [&](ChatMessage &reply) {
         reply.setStatus(MessageStatus::failed);
         reply.setErrorMessage(hostile);
         reply.appendToolLine(hostile);
         reply.setSourceDomains(QStringList(hostile));
     }));
     fail(ProviderError(ProviderError::ModelError{hostile}));
-    m_app->memory().remember(hostile);
+    m_app->assistant().memory->remember(hostile);
     settle();
     int texts = 0;
     for (QQuickItem *child : allItems()) {
@@ -118,9 +118,9 @@ TEST_F(ChatPageTest, AGrowingReplyKeepsWhatIsSelectedInIt)
         EXPECT_TRUE(words->property("text").toString().startsWith(u"First words and"_s));
         EXPECT_EQ(words->property("selectedText").toString(), u"First"_s);
     }
-    const auto reply = m_app->chat().messages()->messages().back();
+    const auto reply = m_app->presentation().chat->messages()->messages().back();
     reply->setContent(u"Fir"_s); // words that are taken back
-    m_app->chat().messages()->messageChanged(reply->id());
+    m_app->presentation().chat->messages()->messageChanged(reply->id());
     settle();
     EXPECT_EQ(words->property("text").toString(), u"Fir"_s);
 }
@@ -128,7 +128,7 @@ TEST_F(ChatPageTest, AGrowingReplyKeepsWhatIsSelectedInIt)
 TEST_F(ChatPageTest, WithoutAServerTheEmptyChatLeadsToTheSettings)
 {
     EXPECT_FALSE(item(u"emptyStateSettings"_s)->isVisible());
-    m_app->settings().setModel({});
+    m_app->storage().settings->setModel({});
     settle();
     click(item(u"emptyStateSettings"_s));
     EXPECT_NE(settingsWindow(), nullptr);
@@ -138,7 +138,7 @@ TEST_F(ChatPageTest, AQuestionOfTheApplicationIsAnsweredOrClosed)
 {
     QList<int> answers;
     const auto ask = [&] {
-        m_app->shell().ask(u"Drop this Ghost chat?"_s, u"It goes."_s, {u"Drop"_s, u"Cancel"_s},
+        m_app->presentation().shell->ask(u"Drop this Ghost chat?"_s, u"It goes."_s, {u"Drop"_s, u"Cancel"_s},
                            [&](int button) { answers += button; });
         ASSERT_TRUE(eventually([this] { return shows(u"It goes."_s); }));
         settle();
@@ -157,16 +157,16 @@ TEST_F(ChatPageTest, ASavedNoteIsTakenBackOrLeftAboveTheComposer)
 {
     const auto button = [this](const QString &name) { return WindowDriver::item(m_window, name); };
     EXPECT_EQ(button(u"undoNote"_s), nullptr);
-    m_app->memory().remember(u"Likes tea."_s);
+    m_app->assistant().memory->remember(u"Likes tea."_s);
     settle();
     EXPECT_TRUE(shows(u"Likes tea."_s));
     click(button(u"dismissNote"_s));
     EXPECT_EQ(button(u"undoNote"_s), nullptr);
-    EXPECT_EQ(m_app->memory().facts().size(), 1U);
-    m_app->memory().remember(u"Lives in Oslo."_s);
+    EXPECT_EQ(m_app->assistant().memory->facts().size(), 1U);
+    m_app->assistant().memory->remember(u"Lives in Oslo."_s);
     settle();
     click(button(u"undoNote"_s));
-    EXPECT_EQ(m_app->memory().facts().size(), 1U);
+    EXPECT_EQ(m_app->assistant().memory->facts().size(), 1U);
 }
 
 } // namespace morvane

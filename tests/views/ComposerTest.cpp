@@ -45,9 +45,9 @@ TEST_F(ComposerTest, ReturnNeverSendsWhileAnInputMethodComposes)
     compose(u"にほ"_s);
     press(Qt::Key_Return);
     EXPECT_TRUE(transcript().isEmpty());
-    EXPECT_FALSE(m_app->chat().draft().contains(u'\n'));
+    EXPECT_FALSE(m_app->presentation().chat->draft().contains(u'\n'));
     compose({}, u"日本"_s);
-    EXPECT_TRUE(m_app->chat().draft().endsWith(u"日本"_s)) << m_app->chat().draft().toStdString();
+    EXPECT_TRUE(m_app->presentation().chat->draft().endsWith(u"日本"_s)) << m_app->presentation().chat->draft().toStdString();
     press(Qt::Key_Return);
     EXPECT_TRUE(sent().endsWith(u"日本"_s));
 }
@@ -63,7 +63,7 @@ TEST_F(ComposerTest, TheSendButtonTurnsIntoStopInPlace)
     EXPECT_EQ(button->mapToScene({}), place);
     EXPECT_EQ(accessibleName(button), u"Stop"_s);
     click(button);
-    EXPECT_TRUE(eventually([this] { return !m_app->chat().isResponding(); }));
+    EXPECT_TRUE(eventually([this] { return !m_app->presentation().chat->isResponding(); }));
 }
 
 TEST_F(ComposerTest, EscapeStopsFromBesideTheComposerToo)
@@ -79,7 +79,7 @@ TEST_F(ComposerTest, TheFieldGrowsWithItsTextAndThenScrolls)
     QQuickItem *field = item(u"composer"_s);
     QQuickItem *viewport = field->parentItem()->parentItem();
     const auto heightOf = [&](const QString &draft) {
-        m_app->chat().setDraft(draft);
+        m_app->presentation().chat->setDraft(draft);
         settle();
         return viewport->height();
     };
@@ -94,7 +94,7 @@ TEST_F(ComposerTest, TheFieldGrowsWithItsTextAndThenScrolls)
 TEST_F(ComposerTest, ADraftSetFromOutsideIsShown)
 {
     for (const auto &draft : {u"kept from before"_s, u"and again"_s}) {
-        m_app->chat().setDraft(draft);
+        m_app->presentation().chat->setDraft(draft);
         settle();
         EXPECT_EQ(shown(), draft) << "typing doesn't cut the tie";
         type(u"!"_s);
@@ -108,7 +108,7 @@ TEST_F(ComposerTest, ASuggestionFillsTheFieldAndSendsNothing)
     EXPECT_EQ(shown(), u"Make a plan for "_s);
     EXPECT_TRUE(transcript().isEmpty());
     type(u"x"_s);
-    EXPECT_EQ(m_app->chat().draft(), u"Make a plan for x"_s) << "the field has the focus";
+    EXPECT_EQ(m_app->presentation().chat->draft(), u"Make a plan for x"_s) << "the field has the focus";
 }
 
 } // namespace morvane

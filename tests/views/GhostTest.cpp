@@ -34,8 +34,8 @@ TEST_F(GhostTest, EachStateLooksDifferentAndIsNamedForAScreenReader)
     std::set<QByteArray> pictures;
     std::set<QString> descriptions;
     for (int state = 0; state <= static_cast<int>(Companion::State::error); ++state) {
-        m_app->companion().reset();
-        m_app->companion().transition(static_cast<Companion::State>(state));
+        m_app->presentation().companion->reset();
+        m_app->presentation().companion->transition(static_cast<Companion::State>(state));
         settle();
         pictures.insert(picture());
         descriptions.insert(m_ghost->property("description").toString());
@@ -47,7 +47,7 @@ TEST_F(GhostTest, EachStateLooksDifferentAndIsNamedForAScreenReader)
 TEST_F(GhostTest, ItIsStillWhereMotionIsReducedAndWhereNobodySeesIt)
 {
     EXPECT_FALSE(moves());
-    m_app->settings().setReduceAnimation(false);
+    m_app->storage().settings->setReduceAnimation(false);
     settle();
     EXPECT_TRUE(moves());
     press(Qt::Key_F9); // takes the sidebar away
@@ -63,7 +63,7 @@ TEST_F(GhostTest, ItSpeaksInABubble)
     QQuickItem *bubble = item(u"speechBubble"_s);
     ASSERT_NE(bubble, nullptr);
     EXPECT_FALSE(bubble->isVisible());
-    m_app->companion().say(u"Boo"_s, 5s);
+    m_app->presentation().companion->say(u"Boo"_s, 5s);
     EXPECT_TRUE(eventually([&] { return bubble->isVisible(); }));
     EXPECT_EQ(accessibleName(bubble), u"Boo"_s);
 }

@@ -16,7 +16,7 @@ protected:
         QStringList turns;
         for (int turn = 0; turn < 20; ++turn)
             turns += {u"Question %1"_s.arg(turn), u"An answer with some words. "_s.repeated(20)};
-        m_app->chat().open(addChat(u"Long"_s, turns));
+        m_app->presentation().chat->open(addChat(u"Long"_s, turns));
         load();
         m_list = item(u"messages"_s);
         settle();
@@ -104,7 +104,7 @@ TEST_F(ScrollTest, ASentMessageGoesToTheUpperThirdAndStaysThereWhileItsAnswerFit
     const auto placeOfQuestion = [this] {
         QQuickItem *row = nullptr;
         QMetaObject::invokeMethod(m_list, "itemAtIndex", Q_RETURN_ARG(QQuickItem *, row),
-                                  Q_ARG(int, m_app->chat().messages()->rowCount() - 2));
+                                  Q_ARG(int, m_app->presentation().chat->messages()->rowCount() - 2));
         return row ? row->mapToItem(m_list, QPointF()).y() : -1000;
     };
     EXPECT_NEAR(placeOfQuestion(), m_list->height() / 3, 30);
@@ -117,7 +117,7 @@ TEST_F(ScrollTest, ASentMessageGoesToTheUpperThirdAndStaysThereWhileItsAnswerFit
 
 TEST_F(ScrollTest, ALongChatBuildsOnlyTheRowsThatAreSeen)
 {
-    m_app->chat().open(addChat(u"Longer"_s, QStringList(200, u"words"_s)));
+    m_app->presentation().chat->open(addChat(u"Longer"_s, QStringList(200, u"words"_s)));
     settle();
     const auto rows = [this] {
         const auto children = m_list->property("contentItem").value<QQuickItem *>()->childItems();

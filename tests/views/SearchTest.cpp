@@ -22,7 +22,7 @@ protected:
     {
         type(words);
         m_clock.advance(std::chrono::seconds(1));
-        ASSERT_TRUE(eventually([this] { return !m_app->search().isSearching(); }));
+        ASSERT_TRUE(eventually([this] { return !m_app->presentation().search->isSearching(); }));
         settle();
     }
 
@@ -38,16 +38,16 @@ TEST_F(SearchTest, KeysAloneLeadFromTheFieldToAFoundChatAndBack)
     press(Qt::Key_Down);
     press(Qt::Key_Down);
     press(Qt::Key_Return);
-    EXPECT_EQ(m_app->chat().conversationId(), m_garden);
-    EXPECT_EQ(m_app->search().query(), u"fern"_s) << "the next result is one step away";
+    EXPECT_EQ(m_app->presentation().chat->conversationId(), m_garden);
+    EXPECT_EQ(m_app->presentation().search->query(), u"fern"_s) << "the next result is one step away";
 
     press(Qt::Key_K, Qt::ControlModifier);
     press(Qt::Key_Escape);
-    EXPECT_EQ(m_app->search().query(), QString());
+    EXPECT_EQ(m_app->presentation().search->query(), QString());
     EXPECT_TRUE(item(u"conversations"_s)->isVisible());
     press(Qt::Key_Escape);
     type(u"Hello"_s);
-    EXPECT_EQ(m_app->chat().draft(), u"Hello"_s) << "an empty field gives the focus back";
+    EXPECT_EQ(m_app->presentation().chat->draft(), u"Hello"_s) << "an empty field gives the focus back";
 }
 
 TEST_F(SearchTest, AnEmptyResultSaysSoOnceTheSearchIsOver)
@@ -63,8 +63,8 @@ TEST_F(SearchTest, TheKeyOpensAHiddenSidebar)
     press(Qt::Key_F9);
     press(Qt::Key_K, Qt::ControlModifier);
     type(u"a"_s);
-    EXPECT_EQ(m_app->search().query(), u"a"_s);
-    EXPECT_TRUE(m_app->settings().chatHistoryOpen());
+    EXPECT_EQ(m_app->presentation().search->query(), u"a"_s);
+    EXPECT_TRUE(m_app->storage().settings->chatHistoryOpen());
 }
 
 } // namespace morvane

@@ -56,14 +56,14 @@ protected:
 
 TEST_F(SettingsWindowTest, FieldsGoToTheirSettingsAtOnceAndFollowThem)
 {
-    SettingsStore &settings = m_app->settings();
+    SettingsStore &settings = *m_app->storage().settings;
     fill(u"address"_s, u"http://a.example"_s);
     fill(u"model"_s, u"small"_s);
     EXPECT_EQ(settings.baseURLString(), u"http://a.example"_s);
     EXPECT_EQ(settings.model(), u"small"_s);
     EXPECT_TRUE(control(u"address"_s)->property("hasProblem").toBool());
-    ASSERT_FALSE(m_app->aiSettings().addressProblem().isEmpty());
-    EXPECT_TRUE(says(m_app->aiSettings().addressProblem())) << "why it can't be used";
+    ASSERT_FALSE(m_app->presentation().aiSettings->addressProblem().isEmpty());
+    EXPECT_TRUE(says(m_app->presentation().aiSettings->addressProblem())) << "why it can't be used";
     const auto step = [&](const QString &name, int key) {
         control(name)->forceActiveFocus();
         pressKey(key);
@@ -111,7 +111,7 @@ TEST_F(SettingsWindowTest, TheConnectionTestRunsCanBeCancelledAndSaysHowItWent)
     QQuickItem *button = control(u"testConnection"_s);
     const auto said = [&] { return accessibleName(button->parentItem()->parentItem()->parentItem()); };
     ScriptedServer silent([](ScriptedServer::Connection &connection) { connection.awaitClose(); });
-    m_app->settings().setBaseURLString(silent.url(u"/v1"_s).toString());
+    m_app->storage().settings->setBaseURLString(silent.url(u"/v1"_s).toString());
     click(button);
     EXPECT_EQ(said(), u"Asking the server…"_s);
     EXPECT_EQ(accessibleName(button), u"Cancel"_s);
@@ -129,11 +129,11 @@ TEST_F(SettingsWindowTest, TheConnectionTestRunsCanBeCancelledAndSaysHowItWent)
     for (const auto &[status, words] : outcomes) {
         const ScriptedServer server(ScriptedServer::answering(ScriptedServer::response(
             status, R"({"choices":[{"message":{"role":"assistant","content":"Hi"}}]})")));
-        m_app->settings().setBaseURLString(server.url(u"/v1"_s).toString());
+        m_app->storage().settings->setBaseURLString(server.url(u"/v1"_s).toString());
         click(button);
         EXPECT_TRUE(eventually([&, words = words] { return said() == words; })) << said().toStdString();
         EXPECT_TRUE(server.requests().back().head.contains("Bearer sk\r\n"));
-        m_app->settings().setTemperature(m_app->settings().temperature() + 0.1);
+        m_app->storage().settings->setTemperature(m_app->storage().settings->temperature() + 0.1);
         settle();
         EXPECT_EQ(said(), u"Asks the server for a short reply."_s) << "a result ends with its settings";
     }
@@ -149,7 +149,7 @@ TEST_F(SettingsWindowTest, AModelIsPickedFromWhatTheServerLists)
                    {R"({"data":[{"id":"llama3.2:3b"},{"id":"qwen2.5:7b"}]})", {}}};
     for (const auto &[body, words] : answers) {
         const ScriptedServer server(ScriptedServer::answering(ScriptedServer::response("200 OK", body)));
-        m_app->settings().setBaseURLString(server.url(u"/v1"_s).toString());
+        m_app->storage().settings->setBaseURLString(server.url(u"/v1"_s).toString());
         click(control(u"pickModel"_s));
         ASSERT_TRUE(eventually([&, words = words] {
             QQuickItem *state = control(u"modelPickerState"_s);
@@ -158,7 +158,7 @@ TEST_F(SettingsWindowTest, AModelIsPickedFromWhatTheServerLists)
         pressKey(words.isEmpty() ? Qt::Key_Down : Qt::Key_Escape);
     }
     pressKey(Qt::Key_Return);
-    EXPECT_EQ(m_app->settings().model(), u"qwen2.5:7b"_s);
+    EXPECT_EQ(m_app->storage().settings->model(), u"qwen2.5:7b"_s);
 }
 
 TEST_F(SettingsWindowTest, InstructionsAreSavedWhenTheFieldIsLeftAndResetAsksFirst)
@@ -166,22 +166,22 @@ TEST_F(SettingsWindowTest, InstructionsAreSavedWhenTheFieldIsLeftAndResetAsksFir
     turnTo(u"instructions"_s);
     fill(u"instructions.field"_s, u"Be short."_s);
     turnTo(u"ai"_s);
-    EXPECT_EQ(m_app->instructions().text(), u"Be short."_s);
+    EXPECT_EQ(m_app->presentation().instructions->text(), u"Be short."_s);
     turnTo(u"instructions"_s);
     click(control(u"resetInstructions"_s));
     ASSERT_TRUE(eventually([this] { return isAt(m_page, u"Cancel"_s); }));
     pressKey(Qt::Key_Escape);
-    EXPECT_EQ(m_app->instructions().text(), u"Be short."_s);
+    EXPECT_EQ(m_app->presentation().instructions->text(), u"Be short."_s);
     EXPECT_TRUE(m_page->isVisible()) << "Escape closed the question and not the window";
     confirm(u"resetInstructions"_s);
-    EXPECT_EQ(m_app->instructions().text(), QString());
+    EXPECT_EQ(m_app->presentation().instructions->text(), QString());
     EXPECT_EQ(control(u"instructions.field"_s)->property("text").toString(), QString());
 }
 
 TEST_F(SettingsWindowTest, WhatALostKeyClosesSaysSoAndClearingIsTheWayOut)
 {
-    m_app->instructions().setText(u"Be short."_s);
-    m_app->memory().remember(u"Likes tea."_s);
+    m_app->presentation().instructions->setText(u"Be short."_s);
+    m_app->assistant().memory->remember(u"Likes tea."_s);
     m_keychain.remove(u"local-data-key"_s);
     start();
     SetUp();
@@ -193,13 +193,13 @@ TEST_F(SettingsWindowTest, WhatALostKeyClosesSaysSoAndClearingIsTheWayOut)
     turnTo(u"memory"_s);
     EXPECT_TRUE(accessibleName(control(u"memoryProblem"_s)).contains(u"a key this Mac no longer has"_s));
     confirm(u"clearMemory"_s);
-    EXPECT_FALSE(m_app->memory().loadFailed());
+    EXPECT_FALSE(m_app->assistant().memory->loadFailed());
     EXPECT_EQ(control(u"memoryProblem"_s), nullptr);
 }
 
 TEST_F(SettingsWindowTest, AppearanceFollowsItsChoices)
 {
-    SettingsStore &settings = m_app->settings();
+    SettingsStore &settings = *m_app->storage().settings;
     const auto ground = [this](const QString &choice = {}) {
         if (!choice.isEmpty())
             click(control(choice));
@@ -216,7 +216,7 @@ TEST_F(SettingsWindowTest, AppearanceFollowsItsChoices)
     settings.setGalleryBackdrop(u"no such place"_s);
     EXPECT_EQ(ground(), dusk);
     EXPECT_EQ(ground(u"appearance.system"_s), light);
-    m_app->shell().setSystemDark(true);
+    m_app->presentation().shell->setSystemDark(true);
     EXPECT_EQ(ground(), dark);
 
     const auto height = [this] { return control(u"textSize.large"_s)->height(); };
@@ -231,11 +231,11 @@ TEST_F(SettingsWindowTest, AppearanceFollowsItsChoices)
 
 TEST_F(SettingsWindowTest, TheLedgerIsFollowedOnlyWhileItIsShown)
 {
-    NetworkLedgerViewModel &ledger = m_app->networkLedger();
+    NetworkLedgerViewModel &ledger = *m_app->presentation().networkLedger;
     const ScriptedServer server(ScriptedServer::answering(ScriptedServer::response("200 OK", "{}")));
-    m_app->settings().setBaseURLString(server.url(u"/v1"_s).toString());
-    m_app->aiSettings().serverModels()->fetch();
-    ASSERT_TRUE(eventually([this] { return !m_app->aiSettings().serverModels()->isFetching(); }));
+    m_app->storage().settings->setBaseURLString(server.url(u"/v1"_s).toString());
+    m_app->presentation().aiSettings->serverModels()->fetch();
+    ASSERT_TRUE(eventually([this] { return !m_app->presentation().aiSettings->serverModels()->isFetching(); }));
     EXPECT_EQ(ledger.rowCount(), 0);
     turnTo(u"network"_s);
     ASSERT_TRUE(eventually([this] { return control(u"clearLedger"_s)->isEnabled(); }));
@@ -256,7 +256,7 @@ TEST_F(SettingsWindowTest, TheLedgerIsFollowedOnlyWhileItIsShown)
 
 TEST_F(SettingsWindowTest, SwitchesApplyAtOnceAndAnAbilityThatIsOffSaysWhy)
 {
-    SettingsStore &settings = m_app->settings();
+    SettingsStore &settings = *m_app->storage().settings;
     turnTo(u"abilities"_s);
     EXPECT_FALSE(says(u"Turn on Web access."_s));
     click(control(u"abilities.web.switch"_s));
@@ -292,12 +292,12 @@ TEST_F(SettingsWindowTest, TheSearchKeyIsTried)
         pressKey(Qt::Key_Return);
         EXPECT_TRUE(eventually([&] { return !says(words); })) << "what came of the former key is gone";
     }
-    m_page->setProperty("searchKey", QVariant::fromValue(&m_app->searchKey()));
+    m_page->setProperty("searchKey", QVariant::fromValue(m_app->presentation().searchKey.get()));
 }
 
 TEST_F(SettingsWindowTest, ANoteIsEditedInPlaceAndDeleted)
 {
-    MemoryStore &memory = m_app->memory();
+    MemoryStore &memory = *m_app->assistant().memory;
     memory.remember(u"Lives in Oslo."_s);
     memory.remember(u"Likes tea."_s); // the latest stands first
     turnTo(u"memory"_s);

@@ -13,7 +13,7 @@ protected:
     {
         m_bread = addChat(u"Bread"_s);
         m_ferns = addChat(u"Ferns"_s, {u"q"_s, u"a"_s});
-        m_app->chat().open(m_ferns);
+        m_app->presentation().chat->open(m_ferns);
         load();
     }
     [[nodiscard]] QQuickItem *row(const QString &title) const
@@ -43,10 +43,10 @@ TEST_F(SidebarTest, F9HidesItAndTheSettingRemembers)
     EXPECT_TRUE(isShown());
     press(Qt::Key_F9);
     EXPECT_FALSE(isShown());
-    EXPECT_FALSE(m_app->settings().chatHistoryOpen());
+    EXPECT_FALSE(m_app->storage().settings->chatHistoryOpen());
     click(item(u"showSidebar"_s));
     EXPECT_TRUE(isShown());
-    EXPECT_TRUE(m_app->settings().chatHistoryOpen());
+    EXPECT_TRUE(m_app->storage().settings->chatHistoryOpen());
 }
 
 TEST_F(SidebarTest, InANarrowWindowItLiesOverTheChatAndGoesAfterAChoice)
@@ -55,15 +55,15 @@ TEST_F(SidebarTest, InANarrowWindowItLiesOverTheChatAndGoesAfterAChoice)
     EXPECT_FALSE(isShown());
     press(Qt::Key_F9);
     EXPECT_TRUE(isShown());
-    EXPECT_TRUE(m_app->settings().chatHistoryOpen()) << "the wide window's setting is its own";
+    EXPECT_TRUE(m_app->storage().settings->chatHistoryOpen()) << "the wide window's setting is its own";
     click(row(u"Bread"_s));
     EXPECT_FALSE(isShown());
-    EXPECT_EQ(m_app->chat().conversationId(), m_bread);
+    EXPECT_EQ(m_app->presentation().chat->conversationId(), m_bread);
     send();
     press(Qt::Key_F9);
     press(Qt::Key_Escape);
     EXPECT_FALSE(isShown());
-    EXPECT_TRUE(m_app->chat().isResponding()) << "Escape closed the list and stopped nothing";
+    EXPECT_TRUE(m_app->presentation().chat->isResponding()) << "Escape closed the list and stopped nothing";
     resize(1000);
     EXPECT_TRUE(isShown());
 }
@@ -73,14 +73,14 @@ TEST_F(SidebarTest, TheListWorksByKeyboardAlone)
     focusList();
     press(Qt::Key_Down);
     press(Qt::Key_Return);
-    EXPECT_EQ(m_app->chat().conversationId(), m_bread);
+    EXPECT_EQ(m_app->presentation().chat->conversationId(), m_bread);
     for (const auto &[name, key, title] :
          {std::tuple{u"Rye"_s, Qt::Key_Return, u"Rye"_s}, {u"Oat"_s, Qt::Key_Escape, u"Rye"_s}}) {
         focusList();
         press(Qt::Key_F2);
         type(name);
         press(key);
-        EXPECT_EQ(m_app->chat().title(), title);
+        EXPECT_EQ(m_app->presentation().chat->title(), title);
         EXPECT_NE(row(title), nullptr);
     }
 }
@@ -88,10 +88,10 @@ TEST_F(SidebarTest, TheListWorksByKeyboardAlone)
 TEST_F(SidebarTest, KeysLeadToTheChatAboveAndBelow)
 {
     press(Qt::Key_PageDown, Qt::ControlModifier);
-    EXPECT_EQ(m_app->chat().conversationId(), m_bread);
+    EXPECT_EQ(m_app->presentation().chat->conversationId(), m_bread);
     press(Qt::Key_PageUp, Qt::ControlModifier);
     press(Qt::Key_PageUp, Qt::ControlModifier);
-    EXPECT_EQ(m_app->chat().conversationId(), m_ferns) << "above the first there is none";
+    EXPECT_EQ(m_app->presentation().chat->conversationId(), m_ferns) << "above the first there is none";
 }
 
 TEST_F(SidebarTest, DeletingAsksFirstAndStartsOnTheHarmlessAnswer)

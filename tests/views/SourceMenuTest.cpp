@@ -13,7 +13,7 @@ protected:
 
 TEST_F(SourceMenuTest, APlaceIsPickedByKeysAndOneThatCannotRunIsNot)
 {
-    m_app->settings().setHostedChatEnabled(true);
+    m_app->storage().settings->setHostedChatEnabled(true);
     item(u"sourceButton"_s)->forceActiveFocus(Qt::TabFocusReason);
     press(Qt::Key_Return);
     ASSERT_TRUE(eventually([this] { return isOpen(); }));
@@ -22,7 +22,7 @@ TEST_F(SourceMenuTest, APlaceIsPickedByKeysAndOneThatCannotRunIsNot)
     EXPECT_TRUE(isOpen()) << "the first one can't run";
     press(Qt::Key_Down);
     press(Qt::Key_Return);
-    EXPECT_FALSE(m_app->settings().hostedChatEnabled());
+    EXPECT_FALSE(m_app->storage().settings->hostedChatEnabled());
     EXPECT_TRUE(eventually([this] { return !isOpen(); }));
 }
 
@@ -30,11 +30,11 @@ TEST_F(SourceMenuTest, WhoCanReadAMessageIsInPlainViewBeforeItIsSent)
 {
     const auto line = [this] { return accessibleName(item(u"sourceLine"_s)); };
     EXPECT_FALSE(line().contains(u"can read"_s)) << line().toStdString();
-    m_app->settings().setBaseURLString(u"https://api.example.org/v1"_s);
+    m_app->storage().settings->setBaseURLString(u"https://api.example.org/v1"_s);
     settle();
     EXPECT_TRUE(line().contains(u"example.org can read what you send."_s)) << line().toStdString();
     EXPECT_TRUE(shows(u"example.org can read what you send."_s));
-    m_app->settings().setBaseURLString(u"http://192.168.7.7/v1"_s);
+    m_app->storage().settings->setBaseURLString(u"http://192.168.7.7/v1"_s);
     settle();
     EXPECT_TRUE(line().contains(u"192.168.7.7 is not encrypted."_s)) << line().toStdString();
 }

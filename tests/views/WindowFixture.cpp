@@ -75,12 +75,12 @@ void WindowFixture::start()
     close();
     CommandLine commandLine;
     commandLine.profile = m_profile.path();
-    m_app = std::make_unique<AppState>(commandLine, AppState::Host::test, m_clock,
-                                       AppState::Secrets{m_keychain, m_keychain});
-    m_app->router().injectProvider(m_provider);
-    m_app->settings().setModel(u"practice"_s);
-    m_app->settings().setReduceAnimation(true); // nothing slides, so nothing has to be waited for
-    QObject::connect(&m_app->shell(), &ShellViewModel::linkRequested,
+    m_work.emplace(m_clock);
+    m_app = std::make_unique<AppState>(commandLine, Host::test, m_clock, Secrets{m_keychain, m_keychain}, *m_work);
+    m_app->assistant().router->injectProvider(m_provider);
+    m_app->storage().settings->setModel(u"practice"_s);
+    m_app->storage().settings->setReduceAnimation(true); // nothing slides, so nothing has to be waited for
+    QObject::connect(m_app->presentation().shell.get(), &ShellViewModel::linkRequested,
                      [this](const QUrl &link) { m_openedLinks += link.toString(); });
 }
 
@@ -89,7 +89,7 @@ void WindowFixture::close()
 {
     if (!m_app)
         return;
-    m_app->chat().decline();
+    m_app->presentation().chat->decline();
     m_app->willTerminate();
     TestWait::settle();
     m_controller.reset();
@@ -99,7 +99,7 @@ void WindowFixture::close()
 
 void WindowFixture::load()
 {
-    m_controller = std::make_unique<MainWindowController>(*m_app);
+    m_controller = std::make_unique<MainWindowController>(m_app->presentation());
     m_window = m_controller->window();
     ASSERT_NE(m_window, nullptr);
     m_controller->show();
@@ -116,7 +116,7 @@ QString WindowFixture::addChat(const QString &title, const QStringList &messages
                                const std::function<void(ChatMessage &last)> &finish)
 {
     m_clock.advance(1s);
-    ConversationRepository &repository = m_app->repository();
+    ConversationRepository &repository = *m_app->storage().repository;
     const auto chat = repository.create();
     for (qsizetype i = 0; i < messages.size(); ++i) {
         const bool isReply = (messages.size() - i) % 2 == 1;
@@ -131,21 +131,21 @@ QString WindowFixture::addChat(const QString &title, const QStringList &messages
         repository.add(message, *chat);
     }
     repository.rename(*chat, title);
-    m_app->conversations().refresh();
+    m_app->presentation().conversations->refresh();
     return Identifier::text(chat->id());
 }
 
 void WindowFixture::showReply(const QString &text, const std::function<void(ChatMessage &reply)> &finish)
 {
-    m_app->chat().open(addChat(u"A chat"_s, {u"Question"_s, text}, finish));
+    m_app->presentation().chat->open(addChat(u"A chat"_s, {u"Question"_s, text}, finish));
     settle();
 }
 
 void WindowFixture::send(const QString &words)
 {
     m_provider->reply.reset();
-    m_app->chat().setDraft(words);
-    m_app->chat().send();
+    m_app->presentation().chat->setDraft(words);
+    m_app->presentation().chat->send();
     TestWait::until([this] { return m_provider->reply.has_value(); });
     settle();
 }
@@ -161,7 +161,7 @@ void WindowFixture::stream(const QString &piece)
 void WindowFixture::endReply()
 {
     m_provider->reply->finish();
-    TestWait::until([this] { return !m_app->chat().isResponding(); });
+    TestWait::until([this] { return !m_app->presentation().chat->isResponding(); });
     settle();
 }
 
@@ -178,7 +178,7 @@ void WindowFixture::askToSearch(const QString &words, bool offersChatWideYes)
         *answers += answer == ApprovalAnswer::declined         ? u"no"_s
                     : answer == ApprovalAnswer::allowedForChat ? u"yes for the chat"_s
                                                                : u"yes"_s;
-    }(m_app->chat().requestApproval(u"Search the web"_s, call, offersChatWideYes), &m_answers);
+    }(m_app->presentation().chat->requestApproval(u"Search the web"_s, call, offersChatWideYes), &m_answers);
     settle();
 }
 
@@ -218,7 +218,7 @@ QString WindowFixture::clipboard()
 QStringList WindowFixture::transcript() const
 {
     QStringList texts;
-    for (const auto &message : m_app->chat().messages()->messages())
+    for (const auto &message : m_app->presentation().chat->messages()->messages())
         texts += message->content();
     return texts;
 }

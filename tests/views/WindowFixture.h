@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "async/Work.h"
 #include "security/InMemoryKeychainService.h"
 #include "support/ManualClock.h"
 #include "support/WindowDriver.h"
@@ -13,6 +14,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace morvane {
 
@@ -88,6 +90,7 @@ protected:
     QTemporaryDir m_profile;
     ManualClock m_clock;
     InMemoryKeychainService m_keychain;
+    std::optional<Work> m_work;
     std::unique_ptr<AppState> m_app;
     QStringList m_openedLinks;
     QStringList m_answers;

@@ -34,11 +34,11 @@ Studio::Studio(QString folder, QString suffix, bool dark)
     CommandLine commandLine;
     commandLine.profile = m_profile.path();
     commandLine.practiceServer = m_server.baseUrl();
-    m_state = std::make_unique<AppState>(commandLine, AppState::Host::test, m_clock,
-                                         AppState::Secrets{m_keychain, m_keychain});
-    m_state->settings().setAppearance(dark ? AppAppearance::dark : AppAppearance::light);
-    m_state->settings().setReduceAnimation(true); // pictures of things that stand still
-    m_window = std::make_unique<MainWindowController>(*m_state);
+    m_state = std::make_unique<AppState>(commandLine, Host::test, m_clock, Secrets{m_keychain, m_keychain}, m_work);
+    m_state->storage().settings->setAppearance(dark ? AppAppearance::dark : AppAppearance::light);
+    m_state->storage().settings->setReduceAnimation(true); // pictures of things that stand still
+    m_window = std::make_unique<MainWindowController>(m_state->presentation());
+    QObject::connect(m_state.get(), &AppState::mainWindowRequested, m_window.get(), &MainWindowController::show);
     expect(window() != nullptr, "the window did not load");
     m_state->start();
     WindowDriver::settle();
@@ -54,21 +54,21 @@ Studio::~Studio()
 
 void Studio::beginChat(const QString &model)
 {
-    m_state->settings().setBaseURLString(m_server.baseUrl());
-    m_state->settings().setModel(model);
-    m_state->chat().newConversation();
+    m_state->storage().settings->setBaseURLString(m_server.baseUrl());
+    m_state->storage().settings->setModel(model);
+    m_state->presentation().chat->newConversation();
     WindowDriver::settle();
 }
 
 void Studio::say(const QString &words)
 {
-    m_state->chat().setDraft(words);
-    m_state->chat().send();
+    m_state->presentation().chat->setDraft(words);
+    m_state->presentation().chat->send();
 }
 
 void Studio::openChat(const QString &question, const QString &answer)
 {
-    ConversationRepository &repository = m_state->repository();
+    ConversationRepository &repository = *m_state->storage().repository;
     const auto chat = repository.create();
     for (const auto &[role, text] :
          {std::pair{MessageRole::user, question}, {MessageRole::assistant, answer}})
@@ -78,24 +78,24 @@ void Studio::openChat(const QString &question, const QString &answer)
                                                .createdAt = m_clock.now(),
                                                .status = MessageStatus::delivered}),
                        *chat);
-    m_state->chat().open(Identifier::text(chat->id()));
-    m_state->conversations().refresh();
+    m_state->presentation().chat->open(Identifier::text(chat->id()));
+    m_state->presentation().conversations->refresh();
 }
 
 void Studio::awaitReply()
 {
-    expect(WindowDriver::eventually([this] { return m_state->chat().turnsInFlight() == 0; }),
+    expect(WindowDriver::eventually([this] { return m_state->presentation().chat->turnsInFlight() == 0; }),
            "the reply never ended");
 }
 
 void Studio::awaitApproval()
 {
-    expect(WindowDriver::eventually([this] { return m_state->chat().hasApproval(); }), "nothing was asked");
+    expect(WindowDriver::eventually([this] { return m_state->presentation().chat->hasApproval(); }), "nothing was asked");
 }
 
 void Studio::awaitText(const QString &text)
 {
-    const auto *messages = m_state->chat().messages();
+    const auto *messages = m_state->presentation().chat->messages();
     expect(WindowDriver::eventually([&] {
                const QModelIndex last = messages->index(messages->rowCount() - 1);
                return last.data(MessageListModel::TextRole).toString().contains(text);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppState.h"
+#include "async/Work.h"
 #include "app/MainWindowController.h"
 #include "async/Clock.h"
 #include "security/InMemoryKeychainService.h"
@@ -48,6 +49,7 @@ private:
     SystemClock m_clock;
     InMemoryKeychainService m_keychain;
     ModelServer m_server;
+    Work m_work{m_clock};
     std::unique_ptr<AppState> m_state;
     std::unique_ptr<MainWindowController> m_window;
 };

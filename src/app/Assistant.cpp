@@ -1,0 +1,92 @@
+#include "app/Assistant.h"
+
+#include "ai/agent/ReplyRunner.h"
+#include "ai/prompts/SystemPromptStore.h"
+#include "ai/providers/OllamaNativeProvider.h"
+#include "ai/providers/OpenAICompatibleProvider.h"
+#include "ai/routing/AIRequestRouter.h"
+#include "ai/tools/ToolRegistry.h"
+#include "app/Storage.h"
+#include "attestation/ProofLedger.h"
+#include "deployment/DeploymentValues.h"
+#include "memory/MemoryStore.h"
+#include "network/AppNetwork.h"
+#include "network/NetworkLedger.h"
+#include "persistence/SettingsRepository.h"
+#include "persistence/SettingsStore.h"
+#include "security/LocalDataVault.h"
+#include "security/ServiceIdentity.h"
+#include "services/WebAccessService.h"
+
+namespace morvane {
+
+namespace {
+
+// Has no provider that seals yet, so the private cloud is shown as unavailable and nothing is sent there.
+PrivateCloud deployedPrivateCloud()
+{
+    const QString address(DeploymentValues::privateCloudURL);
+    PrivateCloud cloud;
+    cloud.devRelay = DevRelay::origin(address);
+    if (!cloud.devRelay)
+        cloud.endpoint = address;
+    return cloud;
+}
+
+// The practice server answers searches as well.
+WebAccessService::Endpoints searchEndpoints(const CommandLine &commandLine)
+{
+    auto endpoints = WebAccessService::Endpoints::ofThisBuild();
+    if (commandLine.practiceServer)
+        endpoints.builtIn = QUrl(*commandLine.practiceServer).adjusted(QUrl::RemovePath);
+    return endpoints;
+}
+
+// What the router is given to ask in each turn; all of it outlives the router.
+AIRequestRouter::Services routing(const Assistant &assistant, Storage &storage, const Secrets &secrets,
+                                  Clock &clock, Work &work)
+{
+    const auto ollama = std::make_shared<OllamaNativeProvider>(*assistant.network, clock);
+    return {.settings = *storage.settings,
+            .keychain = secrets.keychain,
+            .proofs = *assistant.proofs,
+            .clock = clock,
+            .work = work,
+            .provider = std::make_shared<OpenAICompatibleProvider>(*assistant.network),
+            .nativeOllama = ollama,
+            .ollama = ollama.get(),
+            .privateCloud = deployedPrivateCloud(),
+            .prompts = {.instructions = [&prompts = *assistant.systemPrompts] { return prompts.effectivePrompt(); },
+                        .notes = [&memory = *assistant.memory] { return memory.promptBlock(); }},
+            .tools = [&tools = *assistant.tools] { return tools.availableTools(); }};
+}
+
+} // namespace
+
+Assistant::Assistant(const CommandLine &commandLine, Storage &storage, const Secrets &secrets, Clock &clock,
+                     Work &work)
+    : networkLedger(std::make_unique<NetworkLedger>())
+    , network(std::make_unique<AppNetwork>(*networkLedger, clock))
+    , proofs(std::make_unique<ProofLedger>())
+    , memory(std::make_unique<MemoryStore>(*storage.settings, *storage.vault, clock,
+                                           MemoryStore::defaultDirectory(storage.folders)))
+    , systemPrompts(std::make_unique<SystemPromptStore>(*storage.settings, *storage.vault,
+                                                        SystemPromptStore::path(storage.folders)))
+    , identity(std::make_unique<ServiceIdentity>(secrets.keychain))
+    , web(std::make_unique<WebAccessService>(WebAccessService::Services{.network = *network,
+                                                                        .keychain = secrets.keychain,
+                                                                        .identity = *identity,
+                                                                        .quotaDefaults = *storage.defaults,
+                                                                        .clock = clock,
+                                                                        .work = work},
+                                             searchEndpoints(commandLine)))
+    // Nothing reads the screen or acts on the desktop here yet; those abilities say so and are not offered.
+    , tools(std::make_unique<ToolRegistry>(ToolRegistry::Services{
+          .settings = *storage.settings, .memory = *memory, .web = *web, .clock = clock}))
+    , router(std::make_unique<AIRequestRouter>(routing(*this, storage, secrets, clock, work)))
+    , replies(std::make_unique<ReplyRunner>(*router, *tools))
+{}
+
+Assistant::~Assistant() = default;
+
+} // namespace morvane

@@ -1,0 +1,65 @@
+#include "app/Presentation.h"
+
+#include "app/Assistant.h"
+#include "app/Storage.h"
+#include "network/AppNetwork.h"
+#include "services/WebAccessService.h"
+#include "view_models/ShellViewModel.h"
+#include "view_models/chat/ChatViewModel.h"
+#include "view_models/chat/NoteReceiptsModel.h"
+#include "view_models/companion/CompanionViewModel.h"
+#include "view_models/settings/AISettingsViewModel.h"
+#include "view_models/settings/AbilitiesViewModel.h"
+#include "view_models/settings/InstructionsViewModel.h"
+#include "view_models/settings/MemoryViewModel.h"
+#include "view_models/settings/NetworkLedgerViewModel.h"
+#include "view_models/settings/SearchKeyViewModel.h"
+#include "view_models/sidebar/ConversationListModel.h"
+#include "view_models/sidebar/HistorySearchModel.h"
+#include "view_models/sidebar/SourceMenuViewModel.h"
+
+namespace morvane {
+
+Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets &secrets, Clock &clock,
+                           Work &work)
+    : settings(*storage.settings)
+    , companion(std::make_unique<CompanionViewModel>(clock))
+    , chat(std::make_unique<ChatViewModel>(
+          ChatViewModel::Services{.repository = *storage.repository,
+                                  .router = *assistant.router,
+                                  .replies = *assistant.replies,
+                                  .settings = settings,
+                                  .proofs = *assistant.proofs,
+                                  .companion = *companion,
+                                  .clock = clock,
+                                  .searchesWithOwnKey = [&web = *assistant.web] { return web.usesOwnKey(); }}))
+    , conversations(std::make_unique<ConversationListModel>(*storage.repository, clock))
+    , search(std::make_unique<HistorySearchModel>(*storage.repository, clock, work))
+    , sources(std::make_unique<SourceMenuViewModel>(*assistant.router))
+    , receipts(std::make_unique<NoteReceiptsModel>(*assistant.memory))
+    , aiSettings(std::make_unique<AISettingsViewModel>(settings, secrets.keychain, *assistant.router,
+                                                       *assistant.network, work))
+    , instructions(std::make_unique<InstructionsViewModel>(*assistant.systemPrompts))
+    , abilities(std::make_unique<AbilitiesViewModel>(settings, *assistant.tools))
+    , searchKey(std::make_unique<SearchKeyViewModel>(
+          secrets.keychain, WebAccessService::searchKeyAccount(),
+          [&web = *assistant.web](QString key, std::stop_token stop) {
+              return web.testKey(std::move(key), std::move(stop));
+          },
+          work))
+    , notes(std::make_unique<MemoryViewModel>(*assistant.memory))
+    , networkLedger(std::make_unique<NetworkLedgerViewModel>(*assistant.networkLedger, clock))
+    , shell(std::make_unique<ShellViewModel>(
+          settings, storage.startupError ? storage.startupError->userMessage() : QString(),
+          storage.startupError ? storage.startupError->recoverySuggestion().value_or(QString()) : QString()))
+{
+    QObject::connect(chat.get(), &ChatViewModel::conversationsChanged, conversations.get(),
+                     &ConversationListModel::refresh);
+    QObject::connect(chat.get(), &ChatViewModel::conversationsChanged, search.get(),
+                     &HistorySearchModel::refresh);
+    chat->openAtStart();
+}
+
+Presentation::~Presentation() = default;
+
+} // namespace morvane

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+
+namespace morvane {
+
+class AISettingsViewModel;
+class AbilitiesViewModel;
+class ChatViewModel;
+class Clock;
+class CompanionViewModel;
+class ConversationListModel;
+class HistorySearchModel;
+class InstructionsViewModel;
+class MemoryViewModel;
+class NetworkLedgerViewModel;
+class NoteReceiptsModel;
+class SearchKeyViewModel;
+class SettingsStore;
+class ShellViewModel;
+class SourceMenuViewModel;
+class Work;
+struct Assistant;
+struct Secrets;
+struct Storage;
+
+// What the window binds to. What the constructor takes outlives this.
+struct Presentation {
+    Presentation(Storage &storage, Assistant &assistant, const Secrets &secrets, Clock &clock, Work &work);
+    ~Presentation();
+
+    SettingsStore &settings;
+    const std::unique_ptr<CompanionViewModel> companion;
+    const std::unique_ptr<ChatViewModel> chat;
+    const std::unique_ptr<ConversationListModel> conversations;
+    const std::unique_ptr<HistorySearchModel> search;
+    const std::unique_ptr<SourceMenuViewModel> sources;
+    const std::unique_ptr<NoteReceiptsModel> receipts;
+    const std::unique_ptr<AISettingsViewModel> aiSettings;
+    const std::unique_ptr<InstructionsViewModel> instructions;
+    const std::unique_ptr<AbilitiesViewModel> abilities;
+    const std::unique_ptr<SearchKeyViewModel> searchKey;
+    const std::unique_ptr<MemoryViewModel> notes;
+    const std::unique_ptr<NetworkLedgerViewModel> networkLedger;
+    const std::unique_ptr<ShellViewModel> shell;
+};
+
+} // namespace morvane

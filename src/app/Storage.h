@@ -1,0 +1,54 @@
+#pragma once
+
+#include "app/CommandLine.h"
+#include "persistence/PersistenceError.h"
+
+#include <memory>
+#include <optional>
+
+namespace morvane {
+
+class Clock;
+class ConversationRepository;
+class KeychainServicing;
+class LegacySecretListing;
+class LocalDataVault;
+class PersistenceController;
+class SettingsRepository;
+class SettingsStore;
+
+// Under a test host nothing of the person's is moved and no window opens.
+enum class Host { application, test };
+
+// The keychain, open and ready; both faces are usually one object.
+struct Secrets {
+    KeychainServicing &keychain;
+    LegacySecretListing &legacy;
+};
+
+// What is kept on this machine, made first: what older builds left is moved before anything reads it, then come
+// the settings, the key and the chats. What it is given outlives it.
+struct Storage {
+    Storage(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets);
+    ~Storage();
+
+    const SupportFolders folders;
+    const bool usedBefore; // an older build or an earlier start left chats
+    const std::shared_ptr<LocalDataVault> vault;
+    const std::unique_ptr<SettingsRepository> defaults;
+    std::unique_ptr<SettingsStore> settings;
+    std::unique_ptr<PersistenceController> persistence;
+    // Why the store on disk did not open; one in memory stands in for it then.
+    std::optional<PersistenceError> startupError;
+    std::unique_ptr<ConversationRepository> repository;
+
+    // Removes the chats that are older than the person keeps them.
+    void applyRetention(const Clock &clock);
+
+private:
+    void moveFormerData(const Secrets &secrets);
+    void expectKey(const Secrets &secrets);
+    void openStore(Clock &clock);
+};
+
+} // namespace morvane
