@@ -4,45 +4,19 @@ namespace morvane {
 
 namespace {
 
-void read(Statement &row, QString &field)
-{
-    field = row.text();
-}
+// Reads the next column as what a field holds.
+struct Reader {
+    Statement &row;
 
-void read(Statement &row, QDateTime &field)
-{
-    field = row.date();
-}
-
-void read(Statement &row, std::int64_t &field)
-{
-    field = row.integer();
-}
-
-void read(Statement &row, bool &field)
-{
-    field = row.flag();
-}
-
-void read(Statement &row, std::optional<QString> &field)
-{
-    field = row.optionalText();
-}
-
-void read(Statement &row, std::optional<QUuid> &field)
-{
-    field = row.optionalId();
-}
-
-void read(Statement &row, std::optional<bool> &field)
-{
-    field = row.optionalFlag();
-}
-
-void read(Statement &row, std::optional<QStringList> &field)
-{
-    field = row.optionalList();
-}
+    void operator()(QString &field) const { field = row.text(); }
+    void operator()(QDateTime &field) const { field = row.date(); }
+    void operator()(std::int64_t &field) const { field = row.integer(); }
+    void operator()(bool &field) const { field = row.flag(); }
+    void operator()(std::optional<QString> &field) const { field = row.optionalText(); }
+    void operator()(std::optional<QUuid> &field) const { field = row.optionalId(); }
+    void operator()(std::optional<bool> &field) const { field = row.optionalFlag(); }
+    void operator()(std::optional<QStringList> &field) const { field = row.optionalList(); }
+};
 
 template <typename Row, typename Value>
 void readColumn(Statement &statement, Row &row, const RecordColumn<Row, Value> &column)
@@ -53,7 +27,7 @@ void readColumn(Statement &statement, Row &row, const RecordColumn<Row, Value> &
             return;
         }
     }
-    read(statement, row.*column.field);
+    Reader{statement}(row.*column.field);
 }
 
 } // namespace
