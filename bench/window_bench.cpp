@@ -1,5 +1,6 @@
 #include "WindowFigures.h"
 #include "app/AppState.h"
+#include "async/Work.h"
 #include "app/SecretKeeping.h"
 #include "async/Clock.h"
 #include "models/Conversation.h"
@@ -66,28 +67,37 @@ void startMemory(benchmark::State &state, Start (*start)())
 // A profile that holds so many chats of twenty messages each.
 class ProfileOfChats {
 public:
+    // The application as one process runs it.
+    struct Run {
+        Run(const CommandLine &commandLine, Clock &clock, const Secrets &secrets)
+            : work(clock)
+            , state(commandLine, Host::test, clock, secrets, work)
+        {}
+        Work work;
+        AppState state;
+    };
+
     explicit ProfileOfChats(int chats)
-        : m_secrets(commandLine().folders(), SecretKeeping::Keyring::none)
+        : m_secrets(commandLine().folders(), SecretKeeping::Keyring::none, m_work)
     {
         bool isOpen = false;
         m_opening = TaskHandle::start([&](const std::stop_token &stop) { return open(stop, &isOpen); });
         while (!isOpen)
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         const auto application = start();
-        ConversationRepository &repository = application->repository();
+        ConversationRepository &repository = *application->state.storage().repository;
         for (int i = 0; i < chats; ++i) {
             const auto chat = Conversation::create(repository.context().sealing(),
                                                    {QUuid::createUuid(), u"Chat %1"_s.arg(i), m_clock.now()});
             repository.context().insert(chat);
             fill(repository, *chat, m_clock, 20);
         }
-        application->willTerminate();
+        application->state.willTerminate();
     }
 
-    [[nodiscard]] std::unique_ptr<AppState> start()
+    [[nodiscard]] std::unique_ptr<Run> start()
     {
-        return std::make_unique<AppState>(commandLine(), Host::test, m_clock,
-                                          Secrets{m_secrets.keychain(), m_secrets.keychain()});
+        return std::make_unique<Run>(commandLine(), m_clock, Secrets{m_secrets.keychain(), m_secrets.keychain()});
     }
     [[nodiscard]] QString path() const { return m_folder.path(); }
 
@@ -106,6 +116,7 @@ private:
 
     QTemporaryDir m_folder;
     SystemClock m_clock;
+    Work m_work{m_clock};
     SecretKeeping m_secrets;
     TaskHandle m_opening;
 };
@@ -136,15 +147,16 @@ Start startWithTenThousandChats()
 void searchEverything(benchmark::State &state)
 {
     const auto application = tenThousandChats().start();
+    HistorySearchModel &search = *application->state.presentation().search;
     for ([[maybe_unused]] auto iteration : state) {
         QElapsedTimer timer;
         timer.start();
-        application->search().setQuery(u"absent %1"_s.arg(timer.msecsSinceReference()));
-        while (application->search().isSearching())
+        search.setQuery(u"absent %1"_s.arg(timer.msecsSinceReference()));
+        while (search.isSearching())
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         report(state, static_cast<double>(timer.nsecsElapsed()) / 1e6, "ms");
     }
-    application->willTerminate();
+    application->state.willTerminate();
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "app/Presentation.h"
 
+#include "ai/agent/ReplyRunner.h"
 #include "app/Assistant.h"
 #include "app/Storage.h"
 #include "network/AppNetwork.h"

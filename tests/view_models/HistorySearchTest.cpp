@@ -1,3 +1,4 @@
+#include "async/Work.h"
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/PersistenceController.h"
@@ -118,7 +119,7 @@ TEST_F(HistorySearchTest, OneSearchIsMadeForAWordTypedQuickly)
     }
     search(u"fern"_s);
     EXPECT_EQ(found(), QStringList(u"Ferns|"_s));
-    auto passing = std::make_unique<HistorySearchModel>(repository, clock);
+    auto passing = std::make_unique<HistorySearchModel>(repository, clock, work);
     passing->setQuery(u"fern"_s);
     clock.advance(130ms);
     passing.reset(); // in the middle of its search

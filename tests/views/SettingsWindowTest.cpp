@@ -277,11 +277,12 @@ TEST_F(SettingsWindowTest, SwitchesApplyAtOnceAndAnAbilityThatIsOffSaysWhy)
 TEST_F(SettingsWindowTest, TheSearchKeyIsTried)
 {
     m_keychain.save(u"bad"_s, u"own"_s);
-    SearchKeyViewModel key(m_keychain, u"own"_s, [](QString tried, std::stop_token) -> QCoro::Task<> {
+    const auto tester = [](QString tried, std::stop_token) -> QCoro::Task<> {
         if (tried != "good"_L1)
             throw WebAccessError(WebAccessError::Plain::searchKeyRejected);
         co_return;
-    });
+    };
+    SearchKeyViewModel key(m_keychain, u"own"_s, tester, *m_work);
     m_page->setProperty("searchKey", QVariant::fromValue(&key));
     turnTo(u"abilities"_s);
     for (const auto &words : {u"The search service rejected that key."_s, u"The key works."_s}) {

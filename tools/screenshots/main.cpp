@@ -51,7 +51,7 @@ void takeGhost(Studio &studio, bool dark)
 // The gallery appearance, on each of its backdrops.
 void takeGallery(Studio &studio)
 {
-    SettingsStore &settings = studio.state().settings();
+    SettingsStore &settings = *studio.state().storage().settings;
     settings.setAppearance(AppAppearance::gallery);
     for (const QString &backdrop : ShellViewModel::backdrops()) {
         settings.setGalleryBackdrop(backdrop);
@@ -66,14 +66,14 @@ void takeTurns(Studio &studio)
     studio.say(u"What happens to the words I type here?"_s);
     studio.awaitText(u"No model"_s);
     studio.take(u"streaming"_s);
-    studio.state().chat().stopResponding();
+    studio.state().presentation().chat->stopResponding();
     studio.awaitReply();
 
     studio.beginChat(u"agent-search"_s);
     studio.say(u"Which ferns grow in deep shade?"_s);
     studio.awaitApproval();
     studio.take(u"approval"_s);
-    studio.state().chat().approve();
+    studio.state().presentation().chat->approve();
     studio.awaitReply();
     studio.take(u"abilities"_s);
 
@@ -81,7 +81,7 @@ void takeTurns(Studio &studio)
     studio.say(u"Are you there?"_s);
     studio.awaitReply();
     studio.take(u"error"_s);
-    studio.state().chat().dismissBanner();
+    studio.state().presentation().chat->dismissBanner();
 }
 
 QString answerNamed(const QString &name)

@@ -11,6 +11,9 @@
 
 namespace morvane {
 
+class Clock;
+class Work;
+
 // Whether a host is this machine or on its network, a name judged by the addresses that it leads to. A name
 // may lead elsewhere a moment later: what is sent is watched once more where its socket is opened. GUI
 // thread.
