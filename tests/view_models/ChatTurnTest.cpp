@@ -56,8 +56,9 @@ TEST_F(ChatTurnTest, SendsTheTrimmedDraftAndStoresTheStreamedReply)
     send(u"  hello \n"_s);
     EXPECT_FALSE(chat.hasBanner());
     EXPECT_TRUE(chat.isResponding());
-    EXPECT_FALSE(chat.canSend());
     EXPECT_EQ(chat.draft(), QString());
+    chat.setDraft(u"next"_s);
+    EXPECT_FALSE(chat.canSend());
     EXPECT_EQ(chat.turnsInFlight(), 1);
     EXPECT_EQ(sent.count(), 1);
     EXPECT_EQ(companion.state(), CompanionState::thinking);
@@ -106,8 +107,9 @@ TEST_F(ChatTurnTest, StoresAtMostOncePer80MillisecondsAndLosesNoPiece)
     replies.text(u"a"_s);
     EXPECT_EQ(reply->content(), u"a"_s);
     EXPECT_EQ(told.back()[0].toModelIndex().row(), 1) << "the row that is drawn is told";
+    clock.advance(10ms);
     replies.text(u"b"_s);
-    clock.advance(50ms);
+    clock.advance(40ms);
     replies.text(u"c"_s);
     clock.advance(29ms);
     EXPECT_EQ(reply->content(), u"a"_s) << "written again within the interval";
@@ -205,6 +207,7 @@ TEST_F(ChatTurnTest, EndingsWithoutAUsableReply)
     const QSignalSpy finished(&chat, &ChatViewModel::replyFinished);
     for (const auto &row : rows) {
         send(u"q"_s);
+        EXPECT_FALSE(sentWords().contains(QString())) << "a reply without text is no part of the history";
         replies.yield(Agent::ToolStarted{{u"1"_s, u"remember"_s, u"{}"_s}});
         if (row.error)
             replies.fail(row.error);

@@ -14,12 +14,14 @@ protected:
     {
         probes.isOllama = true;
         probes.models = {{{u"llama3.2:3b"_s},
-                          {u"qwen3:235b-cloud"_s, true},
+                          {u"qwen3:235b-cloud"_s},
+                          {u"alias:500b"_s, true},
                           {u"gemma3:4b"_s},
                           {u"qwen2.5:7b"_s},
                           {u"mistral"_s}}};
         probes.abilities = {{u"llama3.2:3b"_s, {u"completion"_s}},
                             {u"qwen3:235b-cloud"_s, {u"tools"_s, u"vision"_s}},
+                            {u"alias:500b"_s, {u"tools"_s, u"vision"_s}},
                             {u"gemma3:4b"_s, {u"vision"_s, u"tools"_s}},
                             {u"qwen2.5:7b"_s, {u"tools"_s}},
                             {u"mistral"_s, {u"tools"_s, u"vision"_s}}};

@@ -188,6 +188,8 @@ TEST_F(TurnRouteTest, TheSixtyFirstPrivateCloudTurnOfAnHourRunsLocally)
         clock.advance(10s);
     }
     EXPECT_EQ(refusal({}), ProviderError(Plain::hostedBurstLimited));
+    EXPECT_EQ(refusal(carrying(SensitiveData::memory)), ProviderError(Plain::localModelRequired))
+        << "it would not have gone there";
     localModel.set(LocalModelServing::State::ready, u"gemma3:4b"_s);
     EXPECT_EQ(prepare().configuration.model, u"gemma3:4b"_s);
     EXPECT_TRUE(log.lines().contains(u"ai-provider: Hosted burst limit; routing to local model"_s));
