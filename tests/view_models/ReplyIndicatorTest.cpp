@@ -41,7 +41,8 @@ TEST(ReplyIndicatorTest, FollowsItsTable)
         ReplyIndicator indicator(start);
         for (const Kind kind : row.signals_) {
             const auto before = indicator.state();
-            EXPECT_EQ(indicator.apply({kind, later}), before != indicator.state());
+            const bool hasChanged = indicator.apply({kind, later});
+            EXPECT_EQ(hasChanged, before != indicator.state());
         }
         EXPECT_EQ(indicator.state(), row.after);
     }

@@ -12,39 +12,37 @@ Item {
     default property alias control: controls.data
 
     Layout.fillWidth: true
-    implicitHeight: Math.max(48, line.implicitHeight + 2 * Theme.gap8)
+    implicitHeight: Math.max(48, Math.max(words.height, controls.height) + 2 * Theme.gap8)
 
-    RowLayout {
-        id: line
+    // By anchors: words that wrap in a layout beside controls of their own size are laid out in rounds.
+    Column {
+        id: words
 
         anchors.left: parent.left
+        anchors.right: controls.left
+        anchors.rightMargin: Theme.gap16
+        anchors.verticalCenter: parent.verticalCenter
+        spacing: 2
+
+        PlainText {
+            width: parent.width
+            text: root.title
+            font.pixelSize: Theme.smallSize
+            font.weight: Font.Medium
+        }
+        SmallText {
+            width: parent.width
+            visible: text.length > 0
+            text: root.explanation
+            color: root.explanationInk
+            font.pixelSize: Theme.captionSize
+        }
+    }
+    RowLayout {
+        id: controls
+
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
-        spacing: Theme.gap16
-
-        ColumnLayout {
-            Layout.fillWidth: true
-            Layout.preferredWidth: 0 // what the controls leave, whatever the words need: no round of layouts
-            spacing: 2
-
-            PlainText {
-                Layout.fillWidth: true
-                text: root.title
-                font.pixelSize: Theme.smallSize
-                font.weight: Font.Medium
-            }
-            SmallText {
-                Layout.fillWidth: true
-                visible: text.length > 0
-                text: root.explanation
-                color: root.explanationInk
-                font.pixelSize: Theme.captionSize
-            }
-        }
-        RowLayout {
-            id: controls
-
-            spacing: Theme.gap8
-        }
+        spacing: Theme.gap8
     }
 }
