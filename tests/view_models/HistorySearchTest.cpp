@@ -13,6 +13,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <semaphore>
+#include <thread>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -177,6 +181,55 @@ TEST_F(HistorySearchTest, TheListTellsTheNeighboursOfAChat)
     for (QString next = top; !next.isEmpty(); next = list.neighbour(next, 1))
         last = next;
     EXPECT_EQ(last, Identifier::text(older->id())) << "beyond the first page too";
+}
+
+// Opens texts slowly off the test's thread, once the program ends.
+class SlowSealing final : public FieldSealing {
+public:
+    std::optional<QString> seal(const QString &text) const override { return m_sealing.seal(text); }
+    QString open(const QString &sealed) const override
+    {
+        if (std::this_thread::get_id() == m_home)
+            return m_sealing.open(sealed);
+        began.release();
+        while (!isQuitting)
+            std::this_thread::yield();
+        QString text = m_sealing.open(sealed);
+        isDone = true;
+        return text;
+    }
+
+    mutable std::counting_semaphore<> began{0};
+    mutable std::atomic<bool> isDone = false;
+    std::atomic<bool> isQuitting = false;
+
+private:
+    FakeFieldSealing m_sealing;
+    const std::thread::id m_home = std::this_thread::get_id();
+};
+
+TEST(HistorySearchQuitTest, TheEndWaitsForThePortionThatIsBeingRead)
+{
+    ManualClock clock;
+    const auto sealing = std::make_shared<SlowSealing>();
+    const auto persistence = PersistenceController::inMemory(sealing);
+    ConversationRepository repository(persistence->mainContext(), clock);
+    const auto message = repository.makeMessage({.id = QUuid::createUuid(),
+                                                 .role = MessageRole::user,
+                                                 .content = u"a fern"_s,
+                                                 .createdAt = clock.now(),
+                                                 .status = MessageStatus::delivered});
+    repository.add(message, *repository.create());
+    repository.save();
+    Work work(clock);
+    HistorySearchModel model(repository, clock, work);
+    model.setQuery(u"fern"_s);
+    clock.advance(1s);
+    TestWait::settle();
+    sealing->began.acquire();
+    sealing->isQuitting = true;
+    work.end();
+    EXPECT_TRUE(sealing->isDone);
 }
 
 } // namespace morvane

@@ -1,0 +1,141 @@
+#include "app/AppState.h"
+
+#include "async/Work.h"
+#include "security/InMemoryKeychainService.h"
+#include "services/WebAccessService.h"
+#include "support/Await.h"
+#include "support/ManualClock.h"
+#include "view_models/settings/AISettingsViewModel.h"
+#include "view_models/settings/SearchKeyViewModel.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <semaphore>
+#include <thread>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+// A keychain that is slow off the test's thread: it answers a good while after the program began to end.
+// Dying while a call is inside fails the test.
+class SlowKeychain final : public KeychainServicing {
+public:
+    explicit SlowKeychain(InMemoryKeychainService &keychain)
+        : m_keychain(keychain)
+    {}
+    ~SlowKeychain() override { EXPECT_EQ(m_inside, 0) << "the keychain went while it was in use"; }
+
+    void save(const QString &value, const QString &account) override
+    {
+        const Call call(*this);
+        m_keychain.save(value, account);
+    }
+    std::optional<QString> read(const QString &account) override
+    {
+        const Call call(*this);
+        return m_keychain.read(account);
+    }
+    void remove(const QString &account) override { m_keychain.remove(account); }
+    int deleteAll() noexcept override { return m_keychain.deleteAll(); }
+    std::optional<QString> read(const QString &account, const QString &reason, std::stop_token stop) override
+    {
+        return m_keychain.read(account, reason, std::move(stop));
+    }
+    void setUserPresence(const QString &value, const QString &account, UserPresence presence) override
+    {
+        m_keychain.setUserPresence(value, account, presence);
+    }
+    bool requiresUserPresence(const QString &account) noexcept override
+    {
+        return m_keychain.requiresUserPresence(account);
+    }
+    void clearCache() override { m_keychain.clearCache(); }
+
+    std::binary_semaphore began{0};
+    std::atomic<bool> isQuitting = false;
+
+private:
+    struct Call {
+        explicit Call(SlowKeychain &keychain)
+            : self(keychain)
+        {
+            if (std::this_thread::get_id() == self.m_home)
+                return;
+            ++self.m_inside;
+            self.began.release();
+            while (!self.isQuitting)
+                std::this_thread::yield();
+            const auto until = std::chrono::steady_clock::now() + 100ms; // longer than anything takes to go
+            while (std::chrono::steady_clock::now() < until)
+                std::this_thread::yield();
+            isAway = true;
+        }
+        ~Call()
+        {
+            if (isAway)
+                --self.m_inside;
+        }
+        Call(const Call &) = delete;
+        Call &operator=(const Call &) = delete;
+        SlowKeychain &self;
+        bool isAway = false;
+    };
+
+    InMemoryKeychainService &m_keychain;
+    const std::thread::id m_home = std::this_thread::get_id();
+    std::atomic<int> m_inside = 0;
+};
+
+// The program as it stands when it ends: secrets first, services on top.
+struct Program {
+    Program()
+    {
+        CommandLine commandLine;
+        commandLine.profile = profile.path();
+        commandLine.practiceServer = u"http://127.0.0.1:9/v1"_s;
+        state = std::make_unique<AppState>(commandLine, Host::test, clock, Secrets{*keychain, stored}, work);
+    }
+    ~Program()
+    {
+        keychain->isQuitting = true;
+        state.reset();
+        keychain.reset();
+    }
+
+    QTemporaryDir profile;
+    ManualClock clock;
+    InMemoryKeychainService stored;
+    std::unique_ptr<SlowKeychain> keychain = std::make_unique<SlowKeychain>(stored);
+    Work work{clock};
+    std::unique_ptr<AppState> state;
+};
+
+TEST(QuitTest, WhatRunsBesideTheGuiThreadEndsBeforeTheSecretsGo)
+{
+    QCoro::Task<std::vector<WebAccessing::SearchResult>> asked;
+    const std::pair<const char *, std::function<void(AppState &)>> cases[] = {
+        {"the key of the person's service",
+         [](AppState &state) { state.presentation().aiSettings->saveKey(u"sk"_s); }},
+        {"the key for searching", [](AppState &state) { state.presentation().searchKey->save(u"sk"_s); }},
+        {"the credential of a search",
+         [&asked](AppState &state) { asked = state.assistant().web->search(u"ferns"_s, {}); }},
+    };
+    for (const auto &[what, begin] : cases) {
+        SCOPED_TRACE(what);
+        Program program;
+        begin(*program.state);
+        program.keychain->began.acquire();
+    }
+    TestWait::settle();
+}
+
+} // namespace
+
+} // namespace morvane
