@@ -11,7 +11,9 @@ file(WRITE ${CMAKE_BINARY_DIR}/precompiled/empty.cpp "")
 function(_precompiled_set name)
     add_library(precompiled_${name} OBJECT ${CMAKE_BINARY_DIR}/precompiled/empty.cpp)
     target_link_libraries(precompiled_${name} PRIVATE ${ARGN} morvane_options)
-    target_precompile_headers(precompiled_${name} PRIVATE ${CMAKE_SOURCE_DIR}/cmake/precompiled/${name}.h)
+    # Named without a path of this checkout, so that the compiler cache takes it for the same in another one.
+    target_include_directories(precompiled_${name} PRIVATE ${CMAKE_SOURCE_DIR}/cmake)
+    target_precompile_headers(precompiled_${name} PRIVATE <precompiled/${name}.h>)
 endfunction()
 
 if(MORVANE_PRECOMPILE)
