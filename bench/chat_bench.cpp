@@ -1,9 +1,9 @@
 #include "BareWindow.h"
 #include "WindowFigures.h"
 #include "app/AppState.h"
-#include "async/Work.h"
 #include "app/MainWindowController.h"
 #include "async/Clock.h"
+#include "async/Work.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
 #include "security/InMemoryKeychainService.h"
@@ -91,7 +91,8 @@ void streamIntoLongChat(benchmark::State &state)
         AppState application(commandLine, Host::test, clock, {keychain, keychain}, work);
         application.storage().settings->setBaseURLString(server.baseUrl());
         application.storage().settings->setModel(u"pieces-2000"_s);
-        fill(*application.storage().repository, *application.presentation().chat->conversation(), clock, 1000);
+        fill(*application.storage().repository, *application.presentation().chat->conversation(), clock,
+             1000);
         const QString id = application.presentation().chat->conversationId();
         application.presentation().chat->newConversation();
         application.presentation().chat->open(id);
@@ -120,10 +121,12 @@ public:
     {
         CommandLine commandLine;
         commandLine.profile = m_profile.path();
-        m_state = std::make_unique<AppState>(commandLine, Host::test, m_clock, Secrets{m_keychain, m_keychain}, m_work);
+        m_state = std::make_unique<AppState>(commandLine, Host::test, m_clock,
+                                             Secrets{m_keychain, m_keychain}, m_work);
         m_state->storage().settings->setBaseURLString(m_server.baseUrl());
         m_window = std::make_unique<MainWindowController>(m_state->presentation());
-        QObject::connect(m_state.get(), &AppState::mainWindowRequested, m_window.get(), &MainWindowController::show);
+        QObject::connect(m_state.get(), &AppState::mainWindowRequested, m_window.get(),
+                         &MainWindowController::show);
         m_state->start();
         turnFor(500);
     }
@@ -136,7 +139,8 @@ public:
     }
     void openFilled(int messages, const QString &text)
     {
-        fill(*m_state->storage().repository, *m_state->presentation().chat->conversation(), m_clock, messages, text);
+        fill(*m_state->storage().repository, *m_state->presentation().chat->conversation(), m_clock, messages,
+             text);
         const QString id = m_state->presentation().chat->conversationId();
         m_state->presentation().chat->newConversation();
         m_state->presentation().chat->open(id);

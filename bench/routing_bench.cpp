@@ -2,8 +2,8 @@
 // the tools of the request.
 
 #include "ai/routing/AIRequestRouter.h"
-#include "async/Work.h"
 #include "async/Clock.h"
+#include "async/Work.h"
 #include "persistence/InMemorySettingsRepository.h"
 #include "persistence/SettingsStore.h"
 #include "security/InMemoryKeychainService.h"

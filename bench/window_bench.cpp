@@ -1,8 +1,8 @@
 #include "WindowFigures.h"
 #include "app/AppState.h"
-#include "async/Work.h"
 #include "app/SecretKeeping.h"
 #include "async/Clock.h"
+#include "async/Work.h"
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
 #include "view_models/sidebar/HistorySearchModel.h"
@@ -97,7 +97,8 @@ public:
 
     [[nodiscard]] std::unique_ptr<Run> start()
     {
-        return std::make_unique<Run>(commandLine(), m_clock, Secrets{m_secrets.keychain(), m_secrets.keychain()});
+        return std::make_unique<Run>(commandLine(), m_clock,
+                                     Secrets{m_secrets.keychain(), m_secrets.keychain()});
     }
     [[nodiscard]] QString path() const { return m_folder.path(); }
 

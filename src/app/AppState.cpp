@@ -22,8 +22,8 @@ const QString showWhatChangedKey = u"showWhatChangedNotice.v1"_s;
 
 } // namespace
 
-AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets, Work &work,
-                   QObject *parent)
+AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets,
+                   Work &work, QObject *parent)
     : QObject(parent)
     , m_host(host)
     , m_work(work)
@@ -37,8 +37,8 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
     m_storage.applyRetention(clock);
 }
 
-// What still runs beside the GUI thread may use the services, so it ends before they go; the chat that calls wait
-// in goes before the registry does.
+// What still runs beside the GUI thread may use the services, so it ends before they go; the chat that calls
+// wait in goes before the registry does.
 AppState::~AppState()
 {
     m_work.end();
@@ -75,8 +75,9 @@ void AppState::showWhatChangedNotice()
 {
     if (!m_storage.defaults->boolean(showWhatChangedKey).value_or(false))
         return;
-    m_presentation.shell->ask(WhatChangedNotice::title(), WhatChangedNotice::lines().join(u"\n\n"_s), {u"Continue"_s},
-                 [this](int) { m_storage.defaults->setBoolean(showWhatChangedKey, false); });
+    m_presentation.shell->ask(WhatChangedNotice::title(), WhatChangedNotice::lines().join(u"\n\n"_s),
+                              {u"Continue"_s},
+                              [this](int) { m_storage.defaults->setBoolean(showWhatChangedKey, false); });
 }
 
 void AppState::start()
@@ -100,16 +101,17 @@ AppState::Termination AppState::shouldTerminate()
     if (!m_ghost || !m_ghost->holdsMessages())
         return Termination::now;
     const auto question = GhostQuestion::ask(false);
-    m_presentation.shell->ask(question.title, question.text, question.buttons(), [this, question](int button) {
-        const auto answer = question.answers.value(button, GhostQuestion::Answer::cancel);
-        if (answer == GhostQuestion::Answer::cancel)
-            return;
-        if (answer == GhostQuestion::Answer::keep)
-            m_ghost->keep();
-        else
-            m_ghost->drop();
-        Q_EMIT quitConfirmed();
-    });
+    m_presentation.shell->ask(
+        question.title, question.text, question.buttons(), [this, question](int button) {
+            const auto answer = question.answers.value(button, GhostQuestion::Answer::cancel);
+            if (answer == GhostQuestion::Answer::cancel)
+                return;
+            if (answer == GhostQuestion::Answer::keep)
+                m_ghost->keep();
+            else
+                m_ghost->drop();
+            Q_EMIT quitConfirmed();
+        });
     Q_EMIT mainWindowRequested();
     return Termination::cancel;
 }

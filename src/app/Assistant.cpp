@@ -56,8 +56,9 @@ AIRequestRouter::Services routing(const Assistant &assistant, Storage &storage, 
             .nativeOllama = ollama,
             .ollama = ollama.get(),
             .privateCloud = deployedPrivateCloud(),
-            .prompts = {.instructions = [&prompts = *assistant.systemPrompts] { return prompts.effectivePrompt(); },
-                        .notes = [&memory = *assistant.memory] { return memory.promptBlock(); }},
+            .prompts = {
+                .instructions = [&prompts = *assistant.systemPrompts] { return prompts.effectivePrompt(); },
+                .notes = [&memory = *assistant.memory] { return memory.promptBlock(); }},
             .tools = [&tools = *assistant.tools] { return tools.availableTools(); }};
 }
 

@@ -21,11 +21,12 @@ class Work;
 struct Secrets;
 struct Storage;
 
-// What answers, with all it stands on: the way out and its ledgers, what a model is told and may call, and who
-// decides where a turn goes. A new service finds its place above the first one that needs it. What the
+// What answers, with all it stands on: the way out and its ledgers, what a model is told and may call, and
+// who decides where a turn goes. A new service finds its place above the first one that needs it. What the
 // constructor takes outlives this.
 struct Assistant {
-    Assistant(const CommandLine &commandLine, Storage &storage, const Secrets &secrets, Clock &clock, Work &work);
+    Assistant(const CommandLine &commandLine, Storage &storage, const Secrets &secrets, Clock &clock,
+              Work &work);
     ~Assistant();
 
     const std::unique_ptr<NetworkLedger> networkLedger;

@@ -66,7 +66,8 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, QObject *p
     connect(&m_secrets.preparation(), &KeychainPreparation::stateChanged, this, &Launch::keychainChanged);
 }
 
-// What still runs beside the GUI thread may use the secrets, also when there is no AppState yet that would end it.
+// What still runs beside the GUI thread may use the secrets, also when there is no AppState yet that would
+// end it.
 Launch::~Launch()
 {
     m_work.end();
@@ -144,8 +145,8 @@ void Launch::finish()
 
 void Launch::playDemo()
 {
-    m_demo =
-        std::make_unique<DemoPlayer>(*m_mainWindow->window(), *m_state->presentation().chat, *m_commandLine.demoPicture);
+    m_demo = std::make_unique<DemoPlayer>(*m_mainWindow->window(), *m_state->presentation().chat,
+                                          *m_commandLine.demoPicture);
     connect(m_demo.get(), &DemoPlayer::finished, &m_application, &QCoreApplication::exit,
             Qt::QueuedConnection);
     m_demo->play();

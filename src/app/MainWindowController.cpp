@@ -38,20 +38,21 @@ std::unique_ptr<WindowEngine> MainWindowController::prepareEngine()
 MainWindowController::MainWindowController(Presentation &presentation, std::unique_ptr<WindowEngine> engine)
     : m_engine(std::move(engine))
 {
-    m_engine->loadComponent(mainComponent, {{u"chat"_s, QVariant::fromValue(presentation.chat.get())},
-                                            {u"conversations"_s, QVariant::fromValue(presentation.conversations.get())},
-                                            {u"search"_s, QVariant::fromValue(presentation.search.get())},
-                                            {u"sources"_s, QVariant::fromValue(presentation.sources.get())},
-                                            {u"instructions"_s, QVariant::fromValue(presentation.instructions.get())},
-                                            {u"abilities"_s, QVariant::fromValue(presentation.abilities.get())},
-                                            {u"searchKey"_s, QVariant::fromValue(presentation.searchKey.get())},
-                                            {u"memory"_s, QVariant::fromValue(presentation.notes.get())},
-                                            {u"receipts"_s, QVariant::fromValue(presentation.receipts.get())},
-                                            {u"aiSettings"_s, QVariant::fromValue(presentation.aiSettings.get())},
-                                            {u"settings"_s, QVariant::fromValue(&presentation.settings)},
-                                            {u"networkLedger"_s, QVariant::fromValue(presentation.networkLedger.get())},
-                                            {u"shell"_s, QVariant::fromValue(presentation.shell.get())},
-                                            {u"companion"_s, QVariant::fromValue(presentation.companion.get())}});
+    m_engine->loadComponent(mainComponent,
+                            {{u"chat"_s, QVariant::fromValue(presentation.chat.get())},
+                             {u"conversations"_s, QVariant::fromValue(presentation.conversations.get())},
+                             {u"search"_s, QVariant::fromValue(presentation.search.get())},
+                             {u"sources"_s, QVariant::fromValue(presentation.sources.get())},
+                             {u"instructions"_s, QVariant::fromValue(presentation.instructions.get())},
+                             {u"abilities"_s, QVariant::fromValue(presentation.abilities.get())},
+                             {u"searchKey"_s, QVariant::fromValue(presentation.searchKey.get())},
+                             {u"memory"_s, QVariant::fromValue(presentation.notes.get())},
+                             {u"receipts"_s, QVariant::fromValue(presentation.receipts.get())},
+                             {u"aiSettings"_s, QVariant::fromValue(presentation.aiSettings.get())},
+                             {u"settings"_s, QVariant::fromValue(&presentation.settings)},
+                             {u"networkLedger"_s, QVariant::fromValue(presentation.networkLedger.get())},
+                             {u"shell"_s, QVariant::fromValue(presentation.shell.get())},
+                             {u"companion"_s, QVariant::fromValue(presentation.companion.get())}});
     if (!m_engine->rootObjects().isEmpty())
         m_window = qobject_cast<QQuickWindow *>(m_engine->rootObjects().constFirst());
     if (!m_window)

@@ -18,7 +18,8 @@ public:
     // What a window is loaded from, with its components read already.
     [[nodiscard]] static std::unique_ptr<WindowEngine> prepareEngine();
 
-    explicit MainWindowController(Presentation &presentation, std::unique_ptr<WindowEngine> engine = prepareEngine());
+    explicit MainWindowController(Presentation &presentation,
+                                  std::unique_ptr<WindowEngine> engine = prepareEngine());
 
     // Null when the window could not be loaded; the reason is in the log.
     [[nodiscard]] QQuickWindow *window() const { return m_window; }

@@ -25,15 +25,15 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets
                            Work &work)
     : settings(*storage.settings)
     , companion(std::make_unique<CompanionViewModel>(clock))
-    , chat(std::make_unique<ChatViewModel>(
-          ChatViewModel::Services{.repository = *storage.repository,
-                                  .router = *assistant.router,
-                                  .replies = *assistant.replies,
-                                  .settings = settings,
-                                  .proofs = *assistant.proofs,
-                                  .companion = *companion,
-                                  .clock = clock,
-                                  .searchesWithOwnKey = [&web = *assistant.web] { return web.usesOwnKey(); }}))
+    , chat(std::make_unique<ChatViewModel>(ChatViewModel::Services{
+          .repository = *storage.repository,
+          .router = *assistant.router,
+          .replies = *assistant.replies,
+          .settings = settings,
+          .proofs = *assistant.proofs,
+          .companion = *companion,
+          .clock = clock,
+          .searchesWithOwnKey = [&web = *assistant.web] { return web.usesOwnKey(); }}))
     , conversations(std::make_unique<ConversationListModel>(*storage.repository, clock))
     , search(std::make_unique<HistorySearchModel>(*storage.repository, clock, work))
     , sources(std::make_unique<SourceMenuViewModel>(*assistant.router))

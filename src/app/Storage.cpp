@@ -87,18 +87,16 @@ void Storage::expectKey(const Secrets &secrets)
 // A store that won't open doesn't stop the start: one in memory takes its place, and the window says why.
 void Storage::openStore(Clock &clock)
 {
-    const PersistenceController::Place place{
-        .folders = folders,
-        .defaults = *defaults,
-        .isVaultLocked = [vault = vault] { return vault->isLocked(); }};
+    const PersistenceController::Place place{.folders = folders,
+                                             .defaults = *defaults,
+                                             .isVaultLocked = [vault = vault] { return vault->isLocked(); }};
     try {
         persistence = PersistenceController::onDisk(place, vault);
     } catch (const PersistenceError &error) {
         startupError = error;
         persistence = PersistenceController::inMemory(std::make_shared<ProcessKeySealing>());
     }
-    repository =
-        std::make_unique<ConversationRepository>(persistence->mainContext(), clock, defaults.get());
+    repository = std::make_unique<ConversationRepository>(persistence->mainContext(), clock, defaults.get());
     try {
         repository->sealPlainTexts();
     } catch (const PersistenceError &) {

@@ -26,8 +26,8 @@ struct Secrets {
     LegacySecretListing &legacy;
 };
 
-// What is kept on this machine, made first: what older builds left is moved before anything reads it, then come
-// the settings, the key and the chats. What it is given outlives it.
+// What is kept on this machine, made first: what older builds left is moved before anything reads it, then
+// come the settings, the key and the chats. What it is given outlives it.
 struct Storage {
     Storage(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets);
     ~Storage();

@@ -51,7 +51,8 @@ public:
     [[nodiscard]] std::optional<Row> find(const QUuid &id) const
     {
         const std::scoped_lock lock(m_mutex);
-        const auto found = std::find_if(m_rows.rbegin(), m_rows.rend(), [&id](const Row &row) { return row.id == id; });
+        const auto found =
+            std::find_if(m_rows.rbegin(), m_rows.rend(), [&id](const Row &row) { return row.id == id; });
         return found == m_rows.rend() ? std::nullopt : std::optional(*found);
     }
 

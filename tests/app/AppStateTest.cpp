@@ -223,7 +223,8 @@ TEST_F(AppStateTest, QuittingAsksAboutAGhostChatWithMessages)
     for (const int button : {2, -1, 1, 0}) {
         EXPECT_EQ(state->shouldTerminate(), AppState::Termination::cancel);
         EXPECT_EQ(state->presentation().shell->questionTitle(), u"Drop this Ghost chat?"_s);
-        EXPECT_EQ(state->presentation().shell->questionButtons(), (QStringList{u"Drop"_s, u"Keep"_s, u"Cancel"_s}));
+        EXPECT_EQ(state->presentation().shell->questionButtons(),
+                  (QStringList{u"Drop"_s, u"Keep"_s, u"Cancel"_s}));
         state->presentation().shell->answerQuestion(button);
     }
     EXPECT_EQ(quits, (QStringList{u"kept"_s, u"dropped"_s}));

@@ -30,7 +30,8 @@ void AppFixture::start()
     state->storage().settings->setBaseURLString(server.baseUrl());
     state->storage().settings->setModel(u"practice-fast"_s);
     mainWindow = std::make_unique<MainWindowController>(state->presentation());
-    QObject::connect(state.get(), &AppState::mainWindowRequested, mainWindow.get(), &MainWindowController::show);
+    QObject::connect(state.get(), &AppState::mainWindowRequested, mainWindow.get(),
+                     &MainWindowController::show);
     ASSERT_NE(mainWindow->window(), nullptr);
     state->start();
     ASSERT_TRUE(QTest::qWaitForWindowActive(window()));
@@ -61,8 +62,10 @@ void AppFixture::say(const QString &words)
 
 bool AppFixture::turnEnds()
 {
-    const bool ended = WindowDriver::eventually(
-        [this] { return !state->presentation().chat->isResponding() && state->presentation().chat->turnsInFlight() == 0; });
+    const bool ended = WindowDriver::eventually([this] {
+        return !state->presentation().chat->isResponding() &&
+               state->presentation().chat->turnsInFlight() == 0;
+    });
     WindowDriver::settle();
     return ended;
 }

@@ -51,7 +51,8 @@ protected:
         const auto &chats = *state.presentation().conversations;
         int messages = 0;
         for (int i = 0; i < chats.rowCount(); ++i) {
-            state.presentation().chat->open(chats.index(i).data(ConversationListModel::ConversationIdRole).toString());
+            state.presentation().chat->open(
+                chats.index(i).data(ConversationListModel::ConversationIdRole).toString());
             messages += expectWholeMessages(*state.presentation().chat->messages());
         }
         state.willTerminate();

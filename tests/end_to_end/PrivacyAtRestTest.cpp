@@ -35,7 +35,8 @@ TEST_F(PrivacyAtRestTest, NoWordOfASessionLiesReadableInAnyFile)
     useModel(u"status-500"_s);
     say(marked[2]);
     ASSERT_TRUE(turnEnds());
-    const QString reply = state->presentation().chat->messages()->index(1).data(MessageListModel::TextRole).toString();
+    const QString reply =
+        state->presentation().chat->messages()->index(1).data(MessageListModel::TextRole).toString();
     const QString error = state->presentation().chat->banner().message;
 
     int filesRead = 0;

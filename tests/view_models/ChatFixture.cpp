@@ -1,8 +1,8 @@
 #include "view_models/ChatFixture.h"
 
-#include "async/Work.h"
 #include "ai/agent/ReplyRunner.h"
 #include "ai/routing/AIRequestRouter.h"
+#include "async/Work.h"
 #include "attestation/ProofLedger.h"
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"

@@ -19,7 +19,7 @@ protected:
     {
         m_keychain.save(u"secret"_s, u"ai-provider-api-key"_s);
         m_app->presentation().chat->open(addChat(u"Ferns"_s, {u"Question"_s, u"Answer"_s},
-                                   [](ChatMessage &reply) { reply.setHitTokenLimit(true); }));
+                                                 [](ChatMessage &reply) { reply.setHitTokenLimit(true); }));
         m_app->presentation().chat->showError(
             std::make_exception_ptr(ProviderError(ProviderError::Plain::networkUnavailable)));
         load();

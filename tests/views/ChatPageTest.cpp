@@ -139,7 +139,7 @@ TEST_F(ChatPageTest, AQuestionOfTheApplicationIsAnsweredOrClosed)
     QList<int> answers;
     const auto ask = [&] {
         m_app->presentation().shell->ask(u"Drop this Ghost chat?"_s, u"It goes."_s, {u"Drop"_s, u"Cancel"_s},
-                           [&](int button) { answers += button; });
+                                         [&](int button) { answers += button; });
         ASSERT_TRUE(eventually([this] { return shows(u"It goes."_s); }));
         settle();
     };

@@ -47,7 +47,8 @@ TEST_F(ComposerTest, ReturnNeverSendsWhileAnInputMethodComposes)
     EXPECT_TRUE(transcript().isEmpty());
     EXPECT_FALSE(m_app->presentation().chat->draft().contains(u'\n'));
     compose({}, u"日本"_s);
-    EXPECT_TRUE(m_app->presentation().chat->draft().endsWith(u"日本"_s)) << m_app->presentation().chat->draft().toStdString();
+    EXPECT_TRUE(m_app->presentation().chat->draft().endsWith(u"日本"_s))
+        << m_app->presentation().chat->draft().toStdString();
     press(Qt::Key_Return);
     EXPECT_TRUE(sent().endsWith(u"日本"_s));
 }

@@ -235,7 +235,8 @@ TEST_F(SettingsWindowTest, TheLedgerIsFollowedOnlyWhileItIsShown)
     const ScriptedServer server(ScriptedServer::answering(ScriptedServer::response("200 OK", "{}")));
     m_app->storage().settings->setBaseURLString(server.url(u"/v1"_s).toString());
     m_app->presentation().aiSettings->serverModels()->fetch();
-    ASSERT_TRUE(eventually([this] { return !m_app->presentation().aiSettings->serverModels()->isFetching(); }));
+    ASSERT_TRUE(
+        eventually([this] { return !m_app->presentation().aiSettings->serverModels()->isFetching(); }));
     EXPECT_EQ(ledger.rowCount(), 0);
     turnTo(u"network"_s);
     ASSERT_TRUE(eventually([this] { return control(u"clearLedger"_s)->isEnabled(); }));

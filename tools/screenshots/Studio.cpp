@@ -34,11 +34,13 @@ Studio::Studio(QString folder, QString suffix, bool dark)
     CommandLine commandLine;
     commandLine.profile = m_profile.path();
     commandLine.practiceServer = m_server.baseUrl();
-    m_state = std::make_unique<AppState>(commandLine, Host::test, m_clock, Secrets{m_keychain, m_keychain}, m_work);
+    m_state =
+        std::make_unique<AppState>(commandLine, Host::test, m_clock, Secrets{m_keychain, m_keychain}, m_work);
     m_state->storage().settings->setAppearance(dark ? AppAppearance::dark : AppAppearance::light);
     m_state->storage().settings->setReduceAnimation(true); // pictures of things that stand still
     m_window = std::make_unique<MainWindowController>(m_state->presentation());
-    QObject::connect(m_state.get(), &AppState::mainWindowRequested, m_window.get(), &MainWindowController::show);
+    QObject::connect(m_state.get(), &AppState::mainWindowRequested, m_window.get(),
+                     &MainWindowController::show);
     expect(window() != nullptr, "the window did not load");
     m_state->start();
     WindowDriver::settle();
@@ -90,7 +92,8 @@ void Studio::awaitReply()
 
 void Studio::awaitApproval()
 {
-    expect(WindowDriver::eventually([this] { return m_state->presentation().chat->hasApproval(); }), "nothing was asked");
+    expect(WindowDriver::eventually([this] { return m_state->presentation().chat->hasApproval(); }),
+           "nothing was asked");
 }
 
 void Studio::awaitText(const QString &text)

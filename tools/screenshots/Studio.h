@@ -1,9 +1,9 @@
 #pragma once
 
 #include "app/AppState.h"
-#include "async/Work.h"
 #include "app/MainWindowController.h"
 #include "async/Clock.h"
+#include "async/Work.h"
 #include "security/InMemoryKeychainService.h"
 #include "support/ModelServer.h"
 

@@ -188,7 +188,8 @@ QCoro::Task<> AIRequestRouter::waitForLocalModel(std::stop_token stop)
     Clock &clock = m_services.clock;
     const auto deadline = clock.elapsed() + 30s;
     try {
-        while (m_services.localModel && m_services.localModel->state() == LocalModelServing::State::starting &&
+        while (m_services.localModel &&
+               m_services.localModel->state() == LocalModelServing::State::starting &&
                clock.elapsed() < deadline) {
             co_await pause(clock, 250ms, stop);
             check();
@@ -202,12 +203,14 @@ QCoro::Task<> AIRequestRouter::waitForLocalModel(std::stop_token stop)
 
 AIConfiguration AIRequestRouter::settingsConfiguration() const
 {
-    return RouteConfiguration::configured(m_services.settings, m_services.keychain, m_services.prompts.identity());
+    return RouteConfiguration::configured(m_services.settings, m_services.keychain,
+                                          m_services.prompts.identity());
 }
 
 std::optional<AIConfiguration> AIRequestRouter::localConfiguration() const
 {
-    return RouteConfiguration::local(m_services.settings, m_services.localModel, m_services.prompts.identity());
+    return RouteConfiguration::local(m_services.settings, m_services.localModel,
+                                     m_services.prompts.identity());
 }
 
 std::optional<TurnRoute> AIRequestRouter::localRoute(const TurnRequest &turn) const

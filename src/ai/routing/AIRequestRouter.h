@@ -38,7 +38,7 @@ public:
         std::shared_ptr<AIConnectionTesting> nativeOllama; // without it every server speaks that dialect
         OllamaProbing *ollama = nullptr;                   // without it no server is asked about its models
         PrivateCloud privateCloud;
-        LocalModelServing *localModel = nullptr;           // without it nothing runs in the program itself
+        LocalModelServing *localModel = nullptr; // without it nothing runs in the program itself
         PromptParts prompts;
         std::function<std::vector<AITool>()> tools; // those that may be offered now; may be empty
     };

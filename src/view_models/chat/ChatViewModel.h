@@ -1,11 +1,11 @@
 #pragma once
 
 #include "documents/ImportedAttachment.h"
+#include "view_models/chat/ApprovalDesk.h"
 #include "view_models/chat/BannerDesk.h"
+#include "view_models/chat/MessageListModel.h"
 #include "view_models/chat/OpenConversation.h"
 #include "view_models/chat/ReplyDelivery.h"
-#include "view_models/chat/ApprovalDesk.h"
-#include "view_models/chat/MessageListModel.h"
 
 #include <QObject>
 #include <QPointer>

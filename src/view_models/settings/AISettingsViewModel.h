@@ -1,8 +1,8 @@
 #pragma once
 
 #include "async/TaskHandle.h"
-#include "view_models/settings/StoredKey.h"
 #include "view_models/settings/ServerModelsViewModel.h"
+#include "view_models/settings/StoredKey.h"
 
 #include <QCoroTask>
 #include <QObject>

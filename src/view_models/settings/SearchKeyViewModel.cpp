@@ -17,8 +17,8 @@ QString wordsOf(const ErrorPresentation &words)
 
 } // namespace
 
-SearchKeyViewModel::SearchKeyViewModel(KeychainServicing &keychain, QString account, Tester tester, Work &work,
-                                       QObject *parent)
+SearchKeyViewModel::SearchKeyViewModel(KeychainServicing &keychain, QString account, Tester tester,
+                                       Work &work, QObject *parent)
     : QObject(parent)
     , m_key(keychain, std::move(account), work)
     , m_tester(std::move(tester))

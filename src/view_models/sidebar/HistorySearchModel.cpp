@@ -110,7 +110,9 @@ QCoro::Task<> HistorySearchModel::searchMessages(QPointer<HistorySearchModel> se
     auto texts = self->m_repository.sealedTexts(portion);
     while (!texts.empty() && !self->isFull()) {
         const std::int64_t last = texts.back().position;
-        const auto look = [texts = std::move(texts), terms, sealing] { return hitsIn(texts, terms, *sealing); };
+        const auto look = [texts = std::move(texts), terms, sealing] {
+            return hitsIn(texts, terms, *sealing);
+        };
         const std::vector<Hit> hits = co_await self->m_work.run(look, stop);
         throwIfStopped(stop);
         for (const Hit &hit : hits) {

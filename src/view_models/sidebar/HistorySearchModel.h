@@ -44,7 +44,8 @@ public:
     static constexpr std::size_t maxRows = 200;
 
     // All outlive it, and what it has begun ends with `work`.
-    HistorySearchModel(ConversationRepository &repository, Clock &clock, Work &work, QObject *parent = nullptr);
+    HistorySearchModel(ConversationRepository &repository, Clock &clock, Work &work,
+                       QObject *parent = nullptr);
 
     [[nodiscard]] const QString &query() const { return m_query; }
     void setQuery(const QString &query);

@@ -2,10 +2,10 @@
 // a socket. Only the web and the desktop are doubles.
 
 #include "ai/agent/AgentFixture.h"
-#include "async/Work.h"
 #include "ai/agent/ReplyRunner.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
 #include "ai/routing/AIRequestRouter.h"
+#include "async/Work.h"
 #include "attestation/ProofLedger.h"
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"

@@ -3,9 +3,9 @@
 
 #include "RouterFixture.h"
 
-#include "async/Work.h"
 #include "ai/providers/OllamaNativeProvider.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
+#include "async/Work.h"
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"
 #include "network/SocketSpy.h"

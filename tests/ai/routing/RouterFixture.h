@@ -1,8 +1,8 @@
 #pragma once
 
-#include "async/Work.h"
 #include "ai/ReplyReading.h"
 #include "ai/routing/AIRequestRouter.h"
+#include "async/Work.h"
 #include "persistence/InMemorySettingsRepository.h"
 #include "persistence/SettingsStore.h"
 #include "security/InMemoryKeychainService.h"

@@ -25,7 +25,7 @@ protected:
             return tools;
         };
         services.prompts = {.instructions = [] { return u"Be brief."_s; },
-                                .notes = [] { return std::optional(u"- Likes tea"_s); }};
+                            .notes = [] { return std::optional(u"- Likes tea"_s); }};
         start();
     }
 
