@@ -15,6 +15,7 @@
 #include "support/Await.h"
 #include "support/LogCapture.h"
 #include "support/ManualClock.h"
+#include "support/ScriptedServer.h"
 #include "utils/files/PrivateFile.h"
 #include "utils/text/Product.h"
 #include "view_models/ShellViewModel.h"
@@ -167,7 +168,10 @@ TEST_F(AppStateTest, TheNoticeOfWhatChangedIsShownOnceToWhoHadChats)
 {
     const auto question = [this] {
         start();
-        EXPECT_EQ(defaults()->boolean(u"didDecideWhatChangedNotice.v1"_s), true) << "on disk at once";
+        const QString path =
+            UserDefaultsSettingsRepository::path(commandLine.folders(), Product::serviceName);
+        EXPECT_TRUE(PrivateFile::read(path, 10'000).value_or({}).contains("didDecideWhatChangedNotice"))
+            << "on disk at once";
         state->start();
         return state->presentation().shell->questionTitle();
     };
@@ -239,7 +243,11 @@ TEST_F(AppStateTest, QuittingEndsTheProgramAndItsTurnUnlessThePersonHasToBeAsked
     state->setGhost(&ghost);
     AppDelegate delegate(*qGuiApp, *state);
     EXPECT_FALSE(QGuiApplication::quitOnLastWindowClosed());
+    ScriptedServer silent([](ScriptedServer::Connection &connection) { connection.awaitClose(); });
+    state->storage().settings->setBaseURLString(silent.url(u"/v1"_s).toString());
+    state->storage().settings->setModel(u"practice"_s);
     state->presentation().chat->sendMessage(u"a turn at work"_s, std::nullopt);
+    EXPECT_TRUE(state->presentation().chat->isResponding());
     const LogCapture log;
     const auto quit = [&] {
         QTimer::singleShot(0, &delegate, &AppDelegate::requestQuit);
