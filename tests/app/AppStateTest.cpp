@@ -170,7 +170,8 @@ TEST_F(AppStateTest, TheNoticeOfWhatChangedIsShownOnceToWhoHadChats)
         start();
         const QString path =
             UserDefaultsSettingsRepository::path(commandLine.folders(), Product::serviceName);
-        EXPECT_TRUE(PrivateFile::read(path, 10'000).value_or({}).contains("didDecideWhatChangedNotice"))
+        EXPECT_TRUE(
+            PrivateFile::read(path, 10'000).value_or(QByteArray()).contains("didDecideWhatChangedNotice"))
             << "on disk at once";
         state->start();
         return state->presentation().shell->questionTitle();

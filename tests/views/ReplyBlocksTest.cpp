@@ -1,5 +1,7 @@
 #include "WindowFixture.h"
 
+#include "view_models/ShellViewModel.h"
+
 #include <QAccessible>
 #include <QRegularExpression>
 #include <QTest>
@@ -103,6 +105,7 @@ TEST_F(ReplyBlocksTest, ALinkTellsWhereItLeadsAndOpensOnlyWhenAsked)
     EXPECT_EQ(words->property("focusedLink"), u"https://example.com/a?b"_s);
     press(Qt::Key_Return);
     EXPECT_EQ(m_openedLinks.size(), 2);
+    m_app->shell().openLink(u"file:///etc/passwd"_s); // whatever a page asks for
     words->setProperty("cursorPosition", 15);
     EXPECT_EQ(words->property("focusedLink"), QString());
     press(Qt::Key_Return);

@@ -131,7 +131,7 @@ TEST_F(SettingsWindowTest, TheConnectionTestRunsCanBeCancelledAndSaysHowItWent)
             status, R"({"choices":[{"message":{"role":"assistant","content":"Hi"}}]})")));
         m_app->storage().settings->setBaseURLString(server.url(u"/v1"_s).toString());
         click(button);
-        EXPECT_TRUE(eventually([&, words = words] { return said() == words; })) << said().toStdString();
+        ASSERT_TRUE(eventually([&, words = words] { return said() == words; })) << said().toStdString();
         EXPECT_TRUE(server.requests().back().head.contains("Bearer sk\r\n"));
         m_app->storage().settings->setTemperature(m_app->storage().settings->temperature() + 0.1);
         settle();
