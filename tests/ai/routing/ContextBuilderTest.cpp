@@ -1,5 +1,7 @@
 #include "ai/routing/ContextBuilder.h"
 
+#include "support/TestData.h"
+
 #include <gtest/gtest.h>
 
 namespace morvane {
@@ -31,37 +33,14 @@ QStringList lines(const std::vector<AIMessage> &messages)
 
 TEST(ContextBuilderTest, KeepsTheNewestAndSaysWhatWasCut)
 {
-    const auto note = [](int cut, const QString &last) {
-        return u"system: Context from earlier in this conversation (%1 older messages not shown): The "
-               "conversation began with the user asking: “0”%2"_s.arg(QString::number(cut), last);
+    const char *table = "ai/kept_messages.txt";
+    const auto outcome = [](const QByteArray &line) {
+        const QByteArrayList numbers = line.split(' ');
+        return lines(ContextBuilder::build(history(numbers[0].toInt()), numbers[1].toLongLong(),
+                                           u"Be kind."_s, std::nullopt))
+            .join(u" | ");
     };
-    const auto lastTurn = [](const QString &role, int number) {
-        return u" The most recent omitted turn was the %1 saying: “%2”"_s.arg(role, QString::number(number));
-    };
-    const struct {
-        int messages;
-        std::int64_t most;
-        QString note; // empty: nothing was cut
-        int firstKept;
-    } cases[] = {
-        {0, 10, {}, 0},
-        {4, 0, {}, 0}, // four are kept, whatever the setting
-        {5, -1, note(1, {}), 1},
-        {8, 4, note(4, lastTurn(u"assistant"_s, 3)), 4},
-        {8, 5, note(3, lastTurn(u"user"_s, 2)), 3},
-        {8, 8, {}, 0},
-        {20'000, 4, note(19'996, lastTurn(u"assistant"_s, 19'995)), 19'996},
-        {8, std::numeric_limits<std::int64_t>::max(), {}, 0},
-    };
-    for (const auto &[count, most, cutNote, firstKept] : cases) {
-        QStringList expected{u"system: Be kind."_s};
-        if (!cutNote.isEmpty())
-            expected.append(cutNote);
-        for (int i = firstKept; i < count; ++i)
-            expected.append((i % 2 == 0 ? u"user: "_s : u"assistant: "_s) + QString::number(i));
-        EXPECT_EQ(lines(ContextBuilder::build(history(count), most, u"Be kind."_s, std::nullopt)), expected)
-            << count << '/' << most;
-    }
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
 }
 
 TEST(ContextBuilderTest, PicturesStayWithTheirMessageAndASummaryStandsInForTheNote)

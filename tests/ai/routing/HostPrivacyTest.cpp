@@ -4,6 +4,7 @@
 #include "network/SocketSpy.h"
 #include "support/Await.h"
 #include "support/ManualClock.h"
+#include "support/TestData.h"
 
 #include <gtest/gtest.h>
 
@@ -31,21 +32,15 @@ protected:
 
 TEST_F(HostPrivacyTest, ANameIsPrivateWhenAllItsAddressesAre)
 {
-    const std::vector<std::pair<QStringList, bool>> table{
-        {{u"192.168.1.2"_s}, true},
-        {{u"192.168.1.2"_s, u"fe80::1"_s, u"::ffff:10.0.0.1"_s}, true},
-        {{u"192.168.1.2"_s, u"8.8.8.8"_s}, false},
-        {{u"2606:4700::1111"_s}, false},
-        {{u"::ffff:8.8.8.8"_s}, false},
-        {{u"100.64.0.1"_s}, false},
-        {{}, false},
-    };
+    const char *table = "ai/near_hosts.txt";
     int number = 0;
-    for (const auto &[addresses, expected] : table) {
+    const auto outcome = [&](const QByteArray &addresses) {
         const QString name = u"row%1.local"_s.arg(number++);
-        SocketSpy::setAddresses(name.toLatin1(), {addresses});
-        EXPECT_EQ(isPrivate(name), expected) << addresses.join(u' ').toStdString();
-    }
+        SocketSpy::setAddresses(name.toLatin1(),
+                                {QString::fromLatin1(addresses).split(u' ', Qt::SkipEmptyParts)});
+        return isPrivate(name) ? u"private"_s : u"not"_s;
+    };
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
     const int lookups = SocketSpy::lookups();
     EXPECT_TRUE(isPrivate(u"[FD00::1%eth0]"_s));
     EXPECT_FALSE(isPrivate(u"8.8.8.8"_s));

@@ -1,5 +1,7 @@
 #include "RouterFixture.h"
 
+#include "support/TestData.h"
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -13,18 +15,13 @@ protected:
     ModelChoiceTest()
     {
         probes.isOllama = true;
-        probes.models = {{{u"llama3.2:3b"_s},
-                          {u"qwen3:235b-cloud"_s},
-                          {u"alias:500b"_s, true},
-                          {u"gemma3:4b"_s},
-                          {u"qwen2.5:7b"_s},
-                          {u"mistral"_s}}};
-        probes.abilities = {{u"llama3.2:3b"_s, {u"completion"_s}},
-                            {u"qwen3:235b-cloud"_s, {u"tools"_s, u"vision"_s}},
-                            {u"alias:500b"_s, {u"tools"_s, u"vision"_s}},
-                            {u"gemma3:4b"_s, {u"vision"_s, u"tools"_s}},
-                            {u"qwen2.5:7b"_s, {u"tools"_s}},
-                            {u"mistral"_s, {u"tools"_s, u"vision"_s}}};
+        probes.models.emplace();
+        for (const QByteArray &line : TestData::lines("ai/served_models.txt")) {
+            QStringList words = QString::fromLatin1(line).split(u' ');
+            const QString name = words.takeFirst();
+            probes.models->push_back({name, words.removeAll(u"elsewhere"_s) > 0});
+            probes.abilities[name] = words;
+        }
         services.tools = [] { return std::vector<AITool>{{.name = u"search_web"_s}}; };
         start();
     }

@@ -26,44 +26,6 @@ void ScriptedProvider::end()
         m_latest->finish();
 }
 
-QCoro::Task<QString> ScriptedProvider::testConnection(AIConfiguration, std::stop_token)
-{
-    co_return u"ok"_s;
-}
-
-QCoro::Task<std::optional<QString>> ScriptedProbes::version(QString, std::stop_token)
-{
-    note(u"version"_s);
-    co_return isOllama ? std::optional(u"0.1"_s) : std::nullopt;
-}
-
-QCoro::Task<std::optional<QStringList>> ScriptedProbes::capabilities(QString, QString model, std::stop_token)
-{
-    note(u"show "_s + model);
-    const auto known = abilities.find(model);
-    co_return known == abilities.end() ? std::nullopt : std::optional(known->second);
-}
-
-QCoro::Task<std::optional<std::vector<OllamaModel>>> ScriptedProbes::modelList(QString, std::stop_token)
-{
-    note(u"tags"_s);
-    co_return std::optional(models);
-}
-
-void ScriptedProbes::note(const QString &question)
-{
-    asked.append(question);
-    if (onQuestion)
-        onQuestion();
-}
-
-void ScriptedLocalModel::set(State state, const QString &model)
-{
-    m_state = state;
-    m_model = model;
-    Q_EMIT changed();
-}
-
 RouterFixture::RouterFixture()
     : services{.settings = settings,
                .keychain = keychain,
@@ -96,37 +58,20 @@ void RouterFixture::start()
     });
 }
 
-void RouterFixture::configure(const QString &baseURL, const QString &model)
+void RouterFixture::configureLine(const QByteArray &line)
 {
-    settings.setBaseURLString(baseURL);
-    settings.setModel(model);
+    const QString text = QString::fromUtf8(line);
+    configure(text.section(u'|', 0, 0), text.section(u'|', 1));
 }
 
-void RouterFixture::turnOnPrivateCloud()
-{
-    settings.setHostedChatEnabled(true);
-    settings.setHostedRelayEncrypted(true);
-}
-
-PreparedRequest RouterFixture::prepare(TurnRequest turn)
-{
-    return TestWait::await(router->prepareRequest(std::move(turn), {}));
-}
-
-OpenedTurn RouterFixture::open(TurnRequest turn)
-{
-    return TestWait::await(router->openTurn(std::move(turn), {}));
-}
-
-ProviderError RouterFixture::refusal(TurnRequest turn)
+QString RouterFixture::fate(TurnRequest turn)
 {
     try {
-        static_cast<void>(prepare(std::move(turn)));
+        const AIConfiguration configuration = prepare(std::move(turn)).configuration;
+        return configuration.model + u" at "_s + configuration.baseURLString;
     } catch (const ProviderError &error) {
-        return error;
+        return error.userMessage();
     }
-    ADD_FAILURE() << "the turn was not refused";
-    return ProviderError(ProviderError::Plain::cancelled);
 }
 
 TurnRequest RouterFixture::carrying(SensitiveDataSet data)

@@ -19,8 +19,10 @@ public:
     [[nodiscard]] AsyncStream<AIStreamEvent> streamReply(std::vector<AIMessage> messages,
                                                          AIConfiguration configuration,
                                                          std::vector<AITool> tools) override;
-    [[nodiscard]] QCoro::Task<QString> testConnection(AIConfiguration configuration,
-                                                      std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<QString> testConnection(AIConfiguration, std::stop_token) override
+    {
+        co_return QStringLiteral("ok");
+    }
 
     std::vector<AIStreamEvent> reply{AIStream::Text{QStringLiteral("reply")}};
     std::optional<ProviderError> failure; // behind the reply
@@ -35,11 +37,24 @@ private:
 // A server that speaks Ollama's interface, by name.
 class ScriptedProbes final : public OllamaProbing {
 public:
-    [[nodiscard]] QCoro::Task<std::optional<QString>> version(QString baseURL, std::stop_token stop) override;
-    [[nodiscard]] QCoro::Task<std::optional<QStringList>> capabilities(QString baseURL, QString model,
-                                                                       std::stop_token stop) override;
-    [[nodiscard]] QCoro::Task<std::optional<std::vector<OllamaModel>>>
-    modelList(QString baseURL, std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<std::optional<QString>> version(QString, std::stop_token) override
+    {
+        note(QStringLiteral("version"));
+        co_return isOllama ? std::optional(QStringLiteral("0.1")) : std::nullopt;
+    }
+    [[nodiscard]] QCoro::Task<std::optional<QStringList>> capabilities(QString, QString model,
+                                                                       std::stop_token) override
+    {
+        note(QStringLiteral("show ") + model);
+        const auto known = abilities.find(model);
+        co_return known == abilities.end() ? std::nullopt : std::optional(known->second);
+    }
+    [[nodiscard]] QCoro::Task<std::optional<std::vector<OllamaModel>>> modelList(QString,
+                                                                                 std::stop_token) override
+    {
+        note(QStringLiteral("tags"));
+        co_return std::optional(models);
+    }
 
     bool isOllama = false;
     std::optional<std::vector<OllamaModel>> models;
@@ -48,14 +63,24 @@ public:
     QStringList asked;                        // "version", "show name", "tags"
 
 private:
-    void note(const QString &question);
+    void note(const QString &question)
+    {
+        asked.append(question);
+        if (onQuestion)
+            onQuestion();
+    }
 };
 
 class ScriptedLocalModel final : public LocalModelServing {
 public:
     [[nodiscard]] State state() const override { return m_state; }
     [[nodiscard]] QString model() const override { return m_model; }
-    void set(State state, const QString &model = {});
+    void set(State state, const QString &model = {})
+    {
+        m_state = state;
+        m_model = model;
+        Q_EMIT changed();
+    }
 
 private:
     State m_state = State::absent;
@@ -71,13 +96,28 @@ protected:
     void start();
 
     // Sets the address and the model that the settings name.
-    void configure(const QString &baseURL, const QString &model);
-    void turnOnPrivateCloud();
+    void configure(const QString &baseURL, const QString &model)
+    {
+        settings.setBaseURLString(baseURL);
+        settings.setModel(model);
+    }
+    void configureLine(const QByteArray &line); // "address|model"
+    void turnOnPrivateCloud()
+    {
+        settings.setHostedChatEnabled(true);
+        settings.setHostedRelayEncrypted(true);
+    }
 
-    [[nodiscard]] PreparedRequest prepare(TurnRequest turn = {});
-    [[nodiscard]] OpenedTurn open(TurnRequest turn = {});
-    // The error of preparing; fails the test when there is none.
-    [[nodiscard]] ProviderError refusal(TurnRequest turn);
+    [[nodiscard]] PreparedRequest prepare(TurnRequest turn = {})
+    {
+        return TestWait::await(router->prepareRequest(std::move(turn), {}));
+    }
+    [[nodiscard]] OpenedTurn open(TurnRequest turn = {})
+    {
+        return TestWait::await(router->openTurn(std::move(turn), {}));
+    }
+    // The model and the address it would go to, or the words of its refusal.
+    [[nodiscard]] QString fate(TurnRequest turn);
     [[nodiscard]] static TurnRequest carrying(SensitiveDataSet data);
 
     ManualClock clock;

@@ -1,6 +1,7 @@
 #include "RouterFixture.h"
 
 #include "ai/routing/ModelName.h"
+#include "support/TestData.h"
 
 namespace morvane {
 
@@ -21,37 +22,12 @@ QStringList wordsOf(const AIRequestRouter &router)
 
 TEST_F(SourceTest, AnAddressAndAModelMakeASource)
 {
-    const QStringList none{u"Not set up yet"_s, u"Not set up yet"_s, u"-"_s};
-    const QStringList here{u"Local Qwen2.5"_s, u"Stays on this computer"_s, u"-"_s};
-    const auto network = [](const QString &warning) {
-        return QStringList{u"Network Qwen2.5"_s, u"Goes to 192.168.1.5 on your network"_s, warning};
+    const char *table = "ai/sources.txt";
+    const auto outcome = [this](const QByteArray &line) {
+        configureLine(line);
+        return wordsOf(*router).join(u" | ");
     };
-    const auto service = [](const QString &host) {
-        return QStringList{host, u"Goes to %1, a service you added"_s.arg(host), u"read by "_s + host};
-    };
-    const QStringList ollama{u"GPT-OSS · Ollama's cloud"_s, u"Goes to Ollama's cloud"_s,
-                             u"read by ollama.com"_s};
-    const QString m = u"qwen2.5:7b"_s;
-    const struct {
-        QString baseURL;
-        QString model;
-        QStringList words;
-    } table[] = {
-        {u" "_s, u"\n"_s, none},
-        {u"localhost:11434"_s, m, none}, // no host
-        {u"http://LOCALHOST:1/v1"_s, m, here},
-        {u"http://[::1]:1"_s, m, here},
-        {u"http://0.0.0.0"_s, m, here},
-        {u"http://localhost"_s, u"gpt-oss:120b-cloud"_s, ollama},
-        {u"http://192.168.1.5:1"_s, m, network(u"open 192.168.1.5"_s)},
-        {u"https://192.168.1.5"_s, m, network(u"-"_s)},
-        {u"https://api.service.example/v1"_s, u"x:cloud"_s, service(u"service.example"_s)}, // not Ollama's
-        {u"https://[::ffff:8.8.8.8]"_s, m, service(u"::ffff:8.8.8.8"_s)},
-    };
-    for (const auto &row : table) {
-        configure(row.baseURL, row.model);
-        EXPECT_EQ(wordsOf(*router), row.words) << row.baseURL.toStdString();
-    }
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
 }
 
 // The name doesn't tell, the server's own list does.
@@ -81,16 +57,13 @@ TEST_F(SourceTest, AModelThatTheServerPassesOnIsCalledACloudModelEverywhere)
 
 TEST(ModelNameTest, ReadsCloudSizeAndSameness)
 {
-    for (const char *cloud : {"gpt-oss:120b-cloud", "glm-4.6:cloud", "me/x:Cloud", "host:5000/x:1b-cloud"})
-        EXPECT_TRUE(ModelName::isOllamaCloud(QLatin1StringView(cloud))) << cloud;
-    for (const char *local : {"", "cloud", "my-cloud", "cloud:7b", "x:cloudy", "x:cloud-7b", "host:cloud/x"})
-        EXPECT_FALSE(ModelName::isOllamaCloud(QLatin1StringView(local))) << local;
-    const std::vector<std::pair<QString, double>> counts{
-        {u"qwen2.5:7b"_s, 7}, {u"qwen2.5:1.5B-q4"_s, 1.5}, {u"mixtral:8x22b"_s, 22},
-        {u"phi"_s, 0},        {u"x:7base"_s, 0},           {u"a3b:70b"_s, 3},
+    const char *table = "ai/model_names.txt";
+    const auto outcome = [](const QByteArray &line) {
+        const QString name = QString::fromUtf8(line);
+        return (ModelName::isOllamaCloud(name) ? u"cloud "_s : u"here "_s) +
+               QString::number(ModelName::parameterCount(name));
     };
-    for (const auto &[model, count] : counts)
-        EXPECT_EQ(ModelName::parameterCount(model), count) << model.toStdString();
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
     EXPECT_TRUE(ModelName::isSame(u"llama3.2"_s, u"llama3.2:latest"_s));
     EXPECT_FALSE(ModelName::isSame(u"llama3.2"_s, u"llama3.2:3b"_s));
     EXPECT_TRUE(ModelName::isSame(u"host:5000/x"_s, u"host:5000/x:latest"_s));
@@ -120,29 +93,21 @@ TEST_F(SourceTest, ThePrivateCloudIsUsedOnlyWhenAllAgree)
 
 TEST_F(SourceTest, TheMenuListsEachSourceWithTheReasonItCannotRun)
 {
-    const auto textOf = [this] {
-        QStringList lines;
+    QString menus;
+    const auto note = [&](const char *when) {
+        menus += QString::fromLatin1(when) + u'\n';
         for (const SourceOption &option : router->sources())
-            lines.append(option.name + (option.isInUse ? u" *"_s : QString()) + u" | "_s +
-                         option.destination + u" | "_s + option.problem.value_or(u"-"_s));
-        return lines;
+            menus += u"  %1%2 | %3 | %4\n"_s.arg(option.name, option.isInUse ? u" *"_s : QString(),
+                                                 option.destination, option.problem.value_or(u"-"_s));
     };
-    EXPECT_EQ(textOf(), (QStringList{u"Private cloud | Sealed for the private cloud | "
-                                     "The private cloud does not offer sealed chats yet."_s,
-                                     u"Local Llama3.2 * | Stays on this computer | -"_s}));
+    note("at first");
     turnOnPrivateCloud();
     localModel.set(LocalModelServing::State::starting);
-    EXPECT_EQ(textOf(), (QStringList{u"Private cloud * | Sealed for the private cloud | -"_s,
-                                     u"Local Llama3.2 | Stays on this computer | "
-                                     "The local model is starting."_s}));
+    note("in the private cloud, while the local model starts");
     router->choose(SourceOption::Choice::local);
     configure(u"https://service.example"_s, {});
-    EXPECT_EQ(textOf(), (QStringList{u"Private cloud | Sealed for the private cloud | "_s +
-                                         SourceOption::customServiceNotice(),
-                                     u"Local | Stays on this computer | "
-                                     "Settings > AI names another place for replies."_s,
-                                     u"service.example * | Goes to service.example, a service you added | "
-                                     "No model is chosen in Settings > AI."_s}));
+    note("local, with a service without a model in the settings");
+    EXPECT_EQ(menus.toStdString(), TestData::text("ai/source_menu.txt"));
     EXPECT_EQ(settings.baseURLString(), u"https://service.example"_s) << "choosing changes no address";
 }
 

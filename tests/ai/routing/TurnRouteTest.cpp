@@ -3,12 +3,12 @@
 #include "RouterFixture.h"
 
 #include "ai/prompts/SystemPrompt.h"
+#include "support/TestData.h"
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
-using Plain = ProviderError::Plain;
 
 namespace {
 
@@ -40,44 +40,23 @@ protected:
 
 TEST_F(TurnRouteTest, TheDestinationDecidesAboutToolsAndNotes)
 {
-    const QString all = u"remember forget search_web look_at_screen"_s;
-    const QString outside = u"search_web"_s;
     probes.models = {{{u"llama3.2:3b"_s}, {u"alias"_s, true}, {u"tagless:latest"_s}}};
     names = {{u"mixed.local"_s, {u"192.168.1.9"_s, u"8.8.8.8"_s}},
              {u"box.local"_s, {u"192.168.1.9"_s}},
              {u"box.example"_s, {u"10.0.0.1"_s}}};
-    struct Row {
-        QString baseURL;
-        QString model;
-        QString tools;
-        bool memory;
-    };
-    const std::vector<Row> table{
-        {localhost, u"llama3.2:3b"_s, all, true},
-        {localhost, u"tagless"_s, all, true},
-        {localhost, u"alias"_s, outside, false}, // runs elsewhere, whatever its name
-        {localhost, u"gpt-oss:20b-cloud"_s, outside, false},
-        {localhost, u"unlisted"_s, outside, false},
-        {u"https://8.8.8.8"_s, u"llama3.2:3b"_s, outside, false},
-        {u"https://box.local"_s, u"llama3.2:3b"_s, all, true},
-        {u"https://mixed.local"_s, u"llama3.2:3b"_s, outside, false},
-        {u"https://unknown.local"_s, u"llama3.2:3b"_s, outside, false},
-        {u"https://box.example"_s, u"llama3.2:3b"_s, outside, false}, // the gate wouldn't let it pass
-    };
-    for (const Row &row : table) {
-        SCOPED_TRACE((row.baseURL + u' ' + row.model).toStdString());
-        configure(row.baseURL, row.model);
+    const char *table = "ai/tools_and_notes.txt";
+    const auto outcome = [this](const QByteArray &line) {
+        configureLine(line);
         const PreparedRequest prepared = prepare();
-        EXPECT_EQ(toolNames(prepared), row.tools);
-        EXPECT_EQ(prepared.memoryAllowed, row.memory);
-        const std::optional notes = row.memory ? std::optional(u"- Likes tea"_s) : std::nullopt;
+        const std::optional notes = prepared.memoryAllowed ? std::optional(u"- Likes tea"_s) : std::nullopt;
         EXPECT_EQ(prepared.messages.front().content,
                   SystemPrompt::ofTurn(SystemPrompt::identity(u"Be brief."_s), prepared.tools, notes));
-        EXPECT_EQ(prepared.configuration.carrying,
-                  row.memory ? SensitiveDataSet(SensitiveData::memory) : SensitiveDataSet())
+        EXPECT_EQ(prepared.configuration.carrying.testFlag(SensitiveData::memory), prepared.memoryAllowed)
             << "notes in the prompt are private data";
-        EXPECT_EQ(prepared.configuration.purpose, u"chat"_s);
-    }
+        return toolNames(prepared) + (notes ? u", with notes"_s : u", without notes"_s);
+    };
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+
     configure(localhost, u"llama3.2:3b"_s);
     const PreparedRequest ghost = prepare({.memoryAllowed = false});
     EXPECT_EQ(toolNames(ghost), u"search_web look_at_screen"_s);
@@ -95,48 +74,27 @@ TEST_F(TurnRouteTest, TheDestinationDecidesAboutToolsAndNotes)
 TEST_F(TurnRouteTest, PrivateDataStaysOrMovesOrIsRefused)
 {
     probes.models = {{{u"llama3.2:3b"_s}, {u"alias"_s, true}}};
-    const ProviderError needsLocal(Plain::localModelRequired);
-    const auto cloudModel = [](const char *model) {
-        return ProviderError(ProviderError::CloudModelInPrivateMode{QString::fromLatin1(model)});
-    };
-    struct Row {
-        QString baseURL;
-        QString model;
-        std::optional<ProviderError> refused;
-    };
-    const std::vector<Row> table{
-        {localhost, u"llama3.2:3b"_s, {}},
-        {localhost, u"gpt-oss:20b-cloud"_s, cloudModel("gpt-oss:20b-cloud")},
-        {localhost, u"alias"_s, cloudModel("alias")},
-        {localhost, u"unlisted"_s, needsLocal},
-        {u"https://service.example"_s, u"m"_s, needsLocal},
-        {u"https://service.example"_s, u"m:cloud"_s, needsLocal},
-        {u"https://service.example"_s, QString(), ProviderError(Plain::notConfigured)},
-        {u"http://service.example"_s, u"m"_s,
-         ProviderError(ProviderError::InsecureBaseURL{u"http://service.example"_s})},
-        {u"nowhere"_s, u"m"_s, ProviderError(ProviderError::InvalidBaseURL{u"nowhere"_s})},
-    };
-    for (const auto data : {SensitiveData::screenText, SensitiveData::memory, SensitiveData::image}) {
-        for (const Row &row : table) {
-            SCOPED_TRACE((row.baseURL + u' ' + row.model).toStdString());
-            configure(row.baseURL, row.model);
+    const char *table = "ai/private_turns.txt";
+    const auto outcome = [this](const QByteArray &line) {
+        configureLine(line);
+        QStringList fates;
+        for (const auto data : {SensitiveData::screenText, SensitiveData::memory, SensitiveData::image}) {
             localModel.set(LocalModelServing::State::absent);
-            if (row.refused)
-                EXPECT_EQ(refusal(carrying(data)), *row.refused);
-            else
-                EXPECT_TRUE(prepare(carrying(data)).configuration.carrying.testFlag(data));
+            fates.append(fate(carrying(data)));
             localModel.set(LocalModelServing::State::ready, u"llama3.2:3b"_s);
-            const PreparedRequest moved = prepare(carrying(data));
-            EXPECT_EQ(moved.configuration.baseURLString, localhost);
-            EXPECT_EQ(moved.configuration.model, u"llama3.2:3b"_s);
-            EXPECT_TRUE(moved.configuration.carrying.testFlag(data));
+            const AIConfiguration moved = prepare(carrying(data)).configuration;
+            EXPECT_EQ(moved.baseURLString + moved.model, localhost + u"llama3.2:3b"_s);
+            EXPECT_TRUE(moved.carrying.testFlag(data));
         }
-    }
-    configure(u"https://service.example"_s, u"m"_s);
+        fates.removeDuplicates();
+        return fates.join(u" / ");
+    };
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
     EXPECT_EQ(lookups, 0) << "not even the name of a place that is out of the question is looked up";
     probes.models = {{{u"llama3.2:3b"_s, true}}};
     clock.advance(60s);
-    EXPECT_EQ(refusal(carrying(SensitiveData::image)), cloudModel("llama3.2:3b"))
+    configure(u"https://service.example"_s, u"m"_s);
+    EXPECT_TRUE(fate(carrying(SensitiveData::image)).contains(u"it runs in Ollama's cloud"))
         << "the local model is judged like any other";
 }
 
@@ -147,75 +105,69 @@ TEST_F(TurnRouteTest, TheConfigurationComesFromTheSettings)
     settings.setPrivateCloudThinksLonger(true);
     keychain.save(u"sk-mine"_s, AIRequestRouter::apiKeyAccount());
     configure(u"https://service.example"_s, u"m"_s);
-    AIConfiguration service = prepare().configuration;
-    EXPECT_EQ(service.apiKey, u"sk-mine"_s);
-    EXPECT_EQ(service.temperature, 0.3);
-    EXPECT_EQ(service.maxOutputTokens, 1000) << "a service keeps the person's limit";
-    EXPECT_EQ(service.requestTimeout, 120.0);
-    EXPECT_TRUE(service.preferStreaming);
-    EXPECT_FALSE(service.thinksLonger);
-    EXPECT_EQ(router->outputBudget(), 2048);
-    EXPECT_EQ(prepare({.toolsModel = u"able"_s}).configuration.model, u"able"_s);
-    EXPECT_EQ(prepare({.outputBudget = 3000}).configuration.maxOutputTokens, 3000);
-
+    QString all;
+    const auto note = [&](const char *when, TurnRequest turn = {}) {
+        const PreparedRequest prepared = prepare(std::move(turn));
+        const AIConfiguration &made = prepared.configuration;
+        all += u"%1\n  %2 at %3, %4, %5 tokens, heat %6, %7 s%8%9"_s
+                   .arg(QString::fromLatin1(when), made.model, made.baseURLString,
+                        made.apiKey.value_or(u"none"_s))
+                   .arg(made.maxOutputTokens)
+                   .arg(made.temperature)
+                   .arg(made.requestTimeout)
+                   .arg(made.preferStreaming ? u", streamed"_s : QString(),
+                        made.thinksLonger ? u", thinks longer"_s : QString()) +
+               u"; may use up %1; tools: %2\n"_s.arg(QString::number(router->outputBudget()),
+                                                     toolNames(prepared));
+    };
+    note("a service keeps the person's limit");
+    note("with tools", {.toolsModel = u"able"_s});
+    note("with a budget", {.outputBudget = 3000});
     configure(localhost, u"m"_s);
-    EXPECT_EQ(prepare().configuration.maxOutputTokens, 4096) << "a model nearby gets room";
-    EXPECT_EQ(prepare({.outputBudget = 3000}).configuration.maxOutputTokens, 3000);
-    EXPECT_EQ(router->outputBudget(), 8192);
-
+    note("a model nearby gets room");
+    note("but no more than a budget", {.outputBudget = 3000});
     turnOnPrivateCloud();
-    AIConfiguration cloud = prepare({.toolsModel = u"able"_s}).configuration;
-    EXPECT_EQ(cloud.baseURLString, u"https://cloud.invalid/v1"_s);
-    EXPECT_EQ(cloud.apiKey, u"install"_s);
-    EXPECT_EQ(cloud.model, u"e2ee-glm-5-3-flash"_s);
-    EXPECT_EQ(cloud.maxOutputTokens, 1000);
-    EXPECT_TRUE(cloud.thinksLonger);
+    note("the private cloud", {.toolsModel = u"able"_s});
     settings.setHostedRelayModel(u" e2ee-other\n"_s);
-    EXPECT_EQ(prepare().configuration.model, u"e2ee-other"_s);
-    EXPECT_TRUE(prepare().tools.empty());
     settings.setMaxOutputTokens(3000);
-    EXPECT_EQ(router->outputBudget(), 4096);
+    note("another model of it");
     settings.setHostedChatEnabled(false);
     configure(u"https://CLOUD.invalid/v1/"_s, u"m"_s);
-    EXPECT_TRUE(prepare().tools.empty()) << "the same place, named in the settings";
+    note("the same place, named in the settings");
+    EXPECT_EQ(all.toStdString(), TestData::text("ai/turn_configurations.txt"));
 }
 
 TEST_F(TurnRouteTest, TheSixtyFirstPrivateCloudTurnOfAnHourRunsLocally)
 {
     turnOnPrivateCloud();
     for (int i = 0; i < 60; ++i) {
-        EXPECT_EQ(prepare().configuration.baseURLString, u"https://cloud.invalid/v1"_s);
+        EXPECT_EQ(fate({}), u"e2ee-glm-5-3-flash at https://cloud.invalid/v1"_s);
         clock.advance(10s);
     }
-    EXPECT_EQ(refusal({}), ProviderError(Plain::hostedBurstLimited));
-    EXPECT_EQ(refusal(carrying(SensitiveData::memory)), ProviderError(Plain::localModelRequired))
+    EXPECT_EQ(fate({}), ProviderError(ProviderError::Plain::hostedBurstLimited).userMessage());
+    EXPECT_EQ(fate(carrying(SensitiveData::memory)),
+              ProviderError(ProviderError::Plain::localModelRequired).userMessage())
         << "it would not have gone there";
     localModel.set(LocalModelServing::State::ready, u"gemma3:4b"_s);
-    EXPECT_EQ(prepare().configuration.model, u"gemma3:4b"_s);
+    EXPECT_EQ(fate({}), u"gemma3:4b at "_s + localhost);
     EXPECT_TRUE(log.lines().contains(u"ai-provider: Hosted burst limit; routing to local model"_s));
     clock.advance(3000s);
-    EXPECT_EQ(prepare().configuration.model, u"gemma3:4b"_s) << "the first was exactly an hour ago";
+    EXPECT_EQ(fate({}), u"gemma3:4b at "_s + localhost) << "the first was exactly an hour ago";
     clock.advance(1ms);
-    EXPECT_EQ(prepare().configuration.model, u"e2ee-glm-5-3-flash"_s);
+    EXPECT_EQ(fate({}), u"e2ee-glm-5-3-flash at https://cloud.invalid/v1"_s);
 }
 
 TEST_F(TurnRouteTest, ABuildWithoutThePrivateCloudSendsNothingInItsPlace)
 {
-    AIRequestRouter bare({.settings = settings,
-                          .keychain = keychain,
-                          .proofs = proofs,
-                          .clock = clock,
-                          .work = work,
-                          .provider = compatible,
-                          .localModel = &localModel});
+    services.privateCloud = {};
+    start();
     turnOnPrivateCloud();
-    const auto attempt = [&] { static_cast<void>(TestWait::await(bare.prepareRequest({}, {}))); };
-    EXPECT_THROW(attempt(), ProviderError);
-    EXPECT_EQ(bare.sources().front().problem, u"The private cloud is not available in this build."_s);
+    const QString refused = ProviderError(ProviderError::Plain::notConfigured).userMessage();
+    EXPECT_EQ(fate({}), refused);
+    EXPECT_EQ(router->sources().front().problem, u"The private cloud is not available in this build."_s);
     localModel.set(LocalModelServing::State::ready, u"gemma3:4b"_s);
-    EXPECT_THROW(attempt(), ProviderError) << "a turn of the private cloud goes nowhere else unasked";
-    EXPECT_EQ(TestWait::await(bare.prepareRequest(carrying(SensitiveData::image), {})).configuration.model,
-              u"gemma3:4b"_s);
+    EXPECT_EQ(fate({}), refused) << "a turn of the private cloud goes nowhere else unasked";
+    EXPECT_EQ(fate(carrying(SensitiveData::image)), u"gemma3:4b at "_s + localhost);
 }
 
 TEST_F(TurnRouteTest, APrivateTurnWaitsForAStartingModelAndNoLonger)
@@ -227,14 +179,17 @@ TEST_F(TurnRouteTest, APrivateTurnWaitsForAStartingModelAndNoLonger)
         TestWait::settle();
         return outcome;
     };
+    const auto pass = [this](std::chrono::milliseconds time) {
+        clock.advance(time);
+        TestWait::settle();
+    };
     localModel.set(LocalModelServing::State::starting);
     EXPECT_TRUE(begin({})->done) << "it carries nothing";
     const auto ready = begin(SensitiveData::screenText);
     clock.advance(10s);
     EXPECT_FALSE(ready->done);
     localModel.set(LocalModelServing::State::ready, u"m"_s);
-    clock.advance(250ms);
-    TestWait::settle();
+    pass(250ms);
     ASSERT_TRUE(ready->value);
     EXPECT_EQ(ready->value->request.configuration.baseURLString, localhost);
 
@@ -245,16 +200,13 @@ TEST_F(TurnRouteTest, APrivateTurnWaitsForAStartingModelAndNoLonger)
     stop.request_stop();
     TestWait::settle();
     EXPECT_TRUE(stopped->done);
-    clock.advance(29'750ms);
-    TestWait::settle();
+    pass(29'750ms);
     EXPECT_FALSE(late->done);
-    clock.advance(250ms);
-    TestWait::settle();
+    pass(250ms);
     EXPECT_TRUE(late->error) << "and nobody else may have it";
     const auto orphan = begin(SensitiveData::screenText);
     router.reset();
-    clock.advance(250ms);
-    TestWait::settle();
+    pass(250ms);
     EXPECT_TRUE(orphan->error);
 }
 
