@@ -11,18 +11,13 @@ namespace {
 
 const AIToolCall search{u"1"_s, u"search_web"_s, uR"({"query":"weather in Oslo"})"_s};
 
-QCoro::Task<> note(QCoro::Task<ApprovalAnswer> task, std::shared_ptr<std::optional<ApprovalAnswer>> answer)
-{
-    const ApprovalAnswer given = co_await std::move(task);
-    *answer = given;
-}
-
 class ApprovalTest : public ChatFixture {
 protected:
-    std::shared_ptr<std::optional<ApprovalAnswer>> ask(bool offersChatWideYes)
+    std::shared_ptr<TestWait::Outcome<ApprovalAnswer>> ask(bool offersChatWideYes)
     {
-        auto answer = std::make_shared<std::optional<ApprovalAnswer>>();
-        note(chat.requestApproval(u"Search the web for this"_s, search, offersChatWideYes), answer);
+        auto answer = std::make_shared<TestWait::Outcome<ApprovalAnswer>>();
+        TestWait::collect(chat.requestApproval(u"Search the web for this"_s, search, offersChatWideYes),
+                          answer);
         TestWait::settle();
         return answer;
     }
@@ -31,7 +26,7 @@ protected:
 TEST_F(ApprovalTest, ShowsTheWordsThatWouldLeaveAndWaits)
 {
     const auto answer = ask(true);
-    EXPECT_EQ(*answer, std::nullopt);
+    EXPECT_EQ(answer->value, std::nullopt);
     ASSERT_TRUE(chat.hasApproval());
     EXPECT_EQ(chat.approval().verb, u"Search the web for this"_s);
     EXPECT_EQ(chat.approval().detail, u"weather in Oslo"_s);
@@ -39,7 +34,7 @@ TEST_F(ApprovalTest, ShowsTheWordsThatWouldLeaveAndWaits)
               u"These words go to Brave Search through MorvaneGPT's search service."_s);
     chat.approveForChat();
     TestWait::settle();
-    EXPECT_EQ(*answer, ApprovalAnswer::allowedForChat);
+    EXPECT_EQ(answer->value, ApprovalAnswer::allowedForChat);
     EXPECT_FALSE(chat.hasApproval());
     EXPECT_EQ(clock.pendingAlarms(), 0U);
 }
@@ -48,29 +43,29 @@ TEST_F(ApprovalTest, IsDeclinedAfter120SecondsAndTheNextGetsItsOwnTime)
 {
     const auto answer = ask(true);
     clock.advance(119s);
-    EXPECT_EQ(*answer, std::nullopt);
+    EXPECT_EQ(answer->value, std::nullopt);
     clock.advance(1s);
-    EXPECT_EQ(*answer, ApprovalAnswer::declined);
+    EXPECT_EQ(answer->value, ApprovalAnswer::declined);
 
     const auto next = ask(true);
     clock.advance(60s);
     chat.approve();
     TestWait::settle();
-    EXPECT_EQ(*next, ApprovalAnswer::allowedOnce);
+    EXPECT_EQ(next->value, ApprovalAnswer::allowedOnce);
     const auto narrow = ask(false);
     clock.advance(61s);
-    EXPECT_EQ(*narrow, std::nullopt) << "a former alarm is not its own";
+    EXPECT_EQ(narrow->value, std::nullopt) << "a former alarm is not its own";
     chat.approveForChat();
     TestWait::settle();
-    EXPECT_EQ(*narrow, ApprovalAnswer::allowedOnce) << "a chat-wide yes was not offered";
+    EXPECT_EQ(narrow->value, ApprovalAnswer::allowedOnce) << "a chat-wide yes was not offered";
 }
 
 TEST_F(ApprovalTest, ASecondRequestIsDeclinedWhileOneIsPending)
 {
     const auto first = ask(true);
     const auto second = ask(true);
-    EXPECT_EQ(*second, ApprovalAnswer::declined);
-    EXPECT_EQ(*first, std::nullopt);
+    EXPECT_EQ(second->value, ApprovalAnswer::declined);
+    EXPECT_EQ(first->value, std::nullopt);
     EXPECT_TRUE(chat.hasApproval());
 }
 
@@ -79,13 +74,13 @@ TEST_F(ApprovalTest, StopAndTheTurnsEndDecline)
     const auto stopped = ask(true);
     chat.stopResponding();
     TestWait::settle();
-    EXPECT_EQ(*stopped, ApprovalAnswer::declined);
+    EXPECT_EQ(stopped->value, ApprovalAnswer::declined);
 
     send(u"q"_s);
     const auto ended = ask(true);
     replies.text(u"a"_s);
     replies.finish();
-    EXPECT_EQ(*ended, ApprovalAnswer::declined);
+    EXPECT_EQ(ended->value, ApprovalAnswer::declined);
     EXPECT_FALSE(chat.hasApproval());
 }
 

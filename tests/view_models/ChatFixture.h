@@ -1,21 +1,28 @@
 #pragma once
 
-#include "ai/agent/AgentEvent.h"
-#include "ai/routing/PreparedRequest.h"
+#include "ai/agent/ReplyRunner.h"
+#include "ai/routing/AIRequestRouter.h"
+#include "async/Work.h"
+#include "attestation/ProofLedger.h"
 #include "models/ChatMessage.h"
+#include "models/Conversation.h"
+#include "persistence/ConversationRepository.h"
+#include "persistence/InMemorySettingsRepository.h"
+#include "persistence/SettingsStore.h"
+#include "security/InMemoryKeychainService.h"
 #include "support/Await.h"
+#include "support/FakeFieldSealing.h"
 #include "support/ManualClock.h"
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/chat/ReplyPorts.h"
 #include "view_models/companion/CompanionViewModel.h"
 
 #include <gtest/gtest.h>
 
 namespace morvane {
 
-class FakeFieldSealing;
-
 // Replies that a test plays event by event, and what was asked for.
-class ReplyScript {
+class ReplyScript final : public ReplyRunning {
 public:
     struct Asked {
         PreparedRequest request;
@@ -23,17 +30,67 @@ public:
         QString userWords;
     };
 
-    virtual ~ReplyScript() = default;
+    [[nodiscard]] AsyncStream<AgentEvent> run(OpenedTurn turn, TurnScope scope) override
+    {
+        asked.push_back({std::move(turn.request), std::move(scope.key), std::move(scope.userWords)});
+        auto [stream, producer] = AsyncStream<AgentEvent>::make();
+        m_producers.push_back(std::move(producer));
+        return std::move(stream);
+    }
 
     // To the newest reply, and lets the turn take it.
-    virtual void yield(AgentEvent event) = 0;
-    virtual void finish() = 0;
-    virtual void fail(std::exception_ptr error) = 0;
-    [[nodiscard]] virtual bool isAbandoned() const = 0;
+    void yield(AgentEvent event)
+    {
+        m_producers.back().yield(std::move(event));
+        TestWait::settle();
+    }
     void text(const QString &piece) { yield(Agent::Text{piece}); }
-    [[nodiscard]] const AIMessage &lastWords() const { return asked.back().request.messages.back(); }
+    void finish()
+    {
+        m_producers.back().finish();
+        TestWait::settle();
+    }
+    void fail(std::exception_ptr error)
+    {
+        m_producers.back().fail(std::move(error));
+        TestWait::settle();
+    }
+    [[nodiscard]] bool isAbandoned() const { return m_producers.back().stopToken().stop_requested(); }
 
     std::vector<Asked> asked;
+
+private:
+    std::vector<AsyncStream<AgentEvent>::Producer> m_producers;
+};
+
+// Speech lasts three seconds.
+class Desktop final : public SpeechOutputting, public ReplyNotifying {
+public:
+    Desktop(Clock &clock, QStringList &heard)
+        : m_clock(clock)
+        , m_heard(heard)
+    {}
+
+    QCoro::Task<> speak(QString text, std::optional<QString> voice, double, bool,
+                        std::stop_token stop) override
+    {
+        m_heard.append(QStringLiteral("aloud ") + text + voice.value_or(QString()));
+        co_await pause(m_clock, std::chrono::seconds(3), stop);
+    }
+    void stop() override { m_heard.append(QStringLiteral("hushed")); }
+    void replyReady(const QUuid &, const QString &title) override
+    {
+        m_heard.append(QStringLiteral("ready ") + title);
+    }
+    void ghostReplyReady() override { m_heard.append(QStringLiteral("ghost")); }
+    void replyFailed(const QString &message, const QString &suggestion) override
+    {
+        m_heard.append(QStringLiteral("failed ") + message + u'|' + suggestion);
+    }
+
+private:
+    Clock &m_clock;
+    QStringList &m_heard;
 };
 
 // A chat controller over a small store in memory, scripted replies and a clock that stands still.
@@ -42,7 +99,6 @@ protected:
     using Rows = std::vector<std::pair<bool, QString>>; // is user, text
 
     ChatFixture();
-    ~ChatFixture() override;
 
     // Ends what a test left running, so that no suspended turn outlives its services.
     void TearDown() override;
@@ -51,27 +107,35 @@ protected:
     void send(const QString &text);
     void deliver(const QString &question, const QString &answer);
 
-    [[nodiscard]] std::shared_ptr<ChatMessage> lastMessage() const;
-    [[nodiscard]] QVariant lastRow(MessageListModel::Role role) const;
-    [[nodiscard]] Rows transcript() const;
+    [[nodiscard]] std::shared_ptr<ChatMessage> lastMessage();
+    [[nodiscard]] QVariant lastRow(MessageListModel::Role role);
+    [[nodiscard]] Rows transcript();
 
-    // Another controller over the same rooms.
-    [[nodiscard]] std::unique_ptr<ChatViewModel> another();
-
-private:
-    struct World;
-    std::unique_ptr<World> m_world;
-
-protected:
-    ManualClock &clock;
-    FakeFieldSealing &sealing;
-    ConversationRepository &repository;
-    SettingsStore &settings;
-    ProofLedger &proofs;
-    CompanionViewModel &companion;
-    ReplyScript &replies;
-    const QStringList &heard; // what was read aloud and notified, in order
-    ChatViewModel &chat;
+    ManualClock clock;
+    std::shared_ptr<FakeFieldSealing> sealing = std::make_shared<FakeFieldSealing>();
+    ObjectContext context;
+    InMemorySettingsRepository settingsRepository;
+    SettingsStore settings{settingsRepository};
+    ConversationRepository repository{context, clock, &settingsRepository};
+    InMemoryKeychainService keychain;
+    ProofLedger proofs;
+    Work work{clock};
+    AIRequestRouter router{
+        {.settings = settings, .keychain = keychain, .proofs = proofs, .clock = clock, .work = work}};
+    ReplyScript replies;
+    QStringList heard; // what was read aloud and notified, in order
+    Desktop desktop{clock, heard};
+    CompanionViewModel companion{clock};
+    ChatViewModel::Services services{.repository = repository,
+                                     .router = router,
+                                     .replies = replies,
+                                     .settings = settings,
+                                     .proofs = proofs,
+                                     .companion = companion,
+                                     .clock = clock,
+                                     .speech = &desktop,
+                                     .notifications = &desktop};
+    ChatViewModel chat{services};
 };
 
 } // namespace morvane

@@ -5,6 +5,7 @@
 #include "support/Await.h"
 #include "support/FakeFieldSealing.h"
 #include "support/ManualClock.h"
+#include "support/TestData.h"
 #include "utils/text/Identifier.h"
 #include "view_models/sidebar/ConversationListModel.h"
 #include "view_models/sidebar/HistorySearchModel.h"
@@ -25,19 +26,12 @@ using std::chrono::days;
 
 TEST(SearchTermsTest, WordsMatchWhateverTheirOrderCaseAndAccents)
 {
-    const std::tuple<QString, QString, bool> rows[] = {{u"tea"_s, u"Green TEA"_s, true},
-                                                       {u"tea green"_s, u"Green tea, loose leaf"_s, true},
-                                                       {u"tea coffee"_s, u"Only tea"_s, false},
-                                                       {u"cafe"_s, u"Au CAFÉ"_s, true},
-                                                       {u"café"_s, u"cafe"_s, true},
-                                                       {u"ärger"_s, u"A\u0308RGER"_s, true},
-                                                       {u"straße"_s, u"STRASSE 5"_s, true},
-                                                       {u"日本"_s, u"東京は日本の首都"_s, true},
-                                                       {u"  "_s, u"anything"_s, false},
-                                                       {u"a.c"_s, u"abc"_s, false},
-                                                       {u"%"_s, u"100 %"_s, true}};
-    for (const auto &[query, text, matches] : rows)
-        EXPECT_EQ(SearchTerms(query).match(text), matches) << qPrintable(query);
+    const char *table = "view_models/search_terms.txt";
+    const auto outcome = [](const QByteArray &line) {
+        const QStringList parts = QString::fromUtf8(line).split(u'|');
+        return SearchTerms(parts[0]).match(parts[1]) ? u"found"_s : u"not found"_s;
+    };
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
 }
 
 TEST(SearchTermsTest, AnExcerptIsOneShortLineAroundTheFind)
@@ -53,6 +47,31 @@ TEST(SearchTermsTest, AnExcerptIsOneShortLineAroundTheFind)
     const QString cut = SearchTerms(u"👻"_s).excerpt(ghosts);
     EXPECT_EQ(QString::fromUtf8(cut.toUtf8()), cut) << "no half of a pair is left";
 }
+
+// Opens texts off the test's thread slowly: not before the test lets go of them.
+class SlowSealing final : public FieldSealing {
+public:
+    std::optional<QString> seal(const QString &text) const override { return m_sealing.seal(text); }
+    QString open(const QString &sealed) const override
+    {
+        if (!isHeld || std::this_thread::get_id() == m_home)
+            return m_sealing.open(sealed);
+        began.release();
+        while (isHeld)
+            std::this_thread::yield();
+        QString text = m_sealing.open(sealed);
+        hasOpened = true;
+        return text;
+    }
+
+    std::atomic<bool> isHeld = false;
+    mutable std::counting_semaphore<> began{0};
+    mutable std::atomic<bool> hasOpened = false;
+
+private:
+    FakeFieldSealing m_sealing;
+    const std::thread::id m_home = std::this_thread::get_id();
+};
 
 class HistorySearchTest : public testing::Test {
 protected:
@@ -88,7 +107,7 @@ protected:
     }
 
     ManualClock clock;
-    std::shared_ptr<FakeFieldSealing> sealing = std::make_shared<FakeFieldSealing>();
+    std::shared_ptr<SlowSealing> sealing = std::make_shared<SlowSealing>();
     std::unique_ptr<PersistenceController> persistence = PersistenceController::inMemory(sealing);
     ConversationRepository repository{persistence->mainContext(), clock};
     Work work{clock};
@@ -183,53 +202,17 @@ TEST_F(HistorySearchTest, TheListTellsTheNeighboursOfAChat)
     EXPECT_EQ(last, Identifier::text(older->id())) << "beyond the first page too";
 }
 
-// Opens texts slowly off the test's thread, once the program ends.
-class SlowSealing final : public FieldSealing {
-public:
-    std::optional<QString> seal(const QString &text) const override { return m_sealing.seal(text); }
-    QString open(const QString &sealed) const override
-    {
-        if (std::this_thread::get_id() == m_home)
-            return m_sealing.open(sealed);
-        began.release();
-        while (!isQuitting)
-            std::this_thread::yield();
-        QString text = m_sealing.open(sealed);
-        isDone = true;
-        return text;
-    }
-
-    mutable std::counting_semaphore<> began{0};
-    mutable std::atomic<bool> isDone = false;
-    std::atomic<bool> isQuitting = false;
-
-private:
-    FakeFieldSealing m_sealing;
-    const std::thread::id m_home = std::this_thread::get_id();
-};
-
-TEST(HistorySearchQuitTest, TheEndWaitsForThePortionThatIsBeingRead)
+TEST_F(HistorySearchTest, QuittingWaitsForThePortionThatIsBeingRead)
 {
-    ManualClock clock;
-    const auto sealing = std::make_shared<SlowSealing>();
-    const auto persistence = PersistenceController::inMemory(sealing);
-    ConversationRepository repository(persistence->mainContext(), clock);
-    const auto message = repository.makeMessage({.id = QUuid::createUuid(),
-                                                 .role = MessageRole::user,
-                                                 .content = u"a fern"_s,
-                                                 .createdAt = clock.now(),
-                                                 .status = MessageStatus::delivered});
-    repository.add(message, *repository.create());
-    repository.save();
-    Work work(clock);
-    HistorySearchModel model(repository, clock, work);
+    chat(u"Plants"_s, {u"a fern"_s});
+    sealing->isHeld = true;
     model.setQuery(u"fern"_s);
     clock.advance(1s);
     TestWait::settle();
     sealing->began.acquire();
-    sealing->isQuitting = true;
+    sealing->isHeld = false;
     work.end();
-    EXPECT_TRUE(sealing->isDone);
+    EXPECT_TRUE(sealing->hasOpened);
 }
 
 } // namespace morvane

@@ -1,5 +1,7 @@
 #include "view_models/chat/ReplyIndicator.h"
 
+#include "support/TestData.h"
+
 #include <gtest/gtest.h>
 
 namespace morvane {
@@ -15,61 +17,39 @@ const QDateTime later = start.addSecs(9);
 
 TEST(ReplyIndicatorTest, FollowsItsTable)
 {
-    const ReplyIndicator::State thinking = ReplyIndicator::Thinking{start};
-    const ReplyIndicator::State streaming = ReplyIndicator::Streaming{};
-    const ReplyIndicator::State done = ReplyIndicator::Done{};
-    const ReplyIndicator::State cancelled = ReplyIndicator::Cancelled{};
-    const struct {
-        std::vector<Kind> signals_; // from a fresh indicator; the last one leads to `after`
-        ReplyIndicator::State after;
-    } rows[] = {
-        {{Kind::emptiedAgain}, ReplyIndicator::Dots{start}},
-        {{Kind::thinking}, thinking},
-        {{Kind::text}, streaming},
-        {{Kind::finished}, done},
-        {{Kind::failed}, done},
-        {{Kind::cancelled}, cancelled},
-        {{Kind::thinking, Kind::thinking}, thinking},
-        {{Kind::thinking, Kind::emptiedAgain}, thinking},
-        {{Kind::thinking, Kind::text}, streaming},
-        {{Kind::text, Kind::thinking}, streaming},
-        {{Kind::text, Kind::emptiedAgain}, ReplyIndicator::Dots{later}},
-        {{Kind::finished, Kind::text}, done},
-        {{Kind::cancelled, Kind::finished}, cancelled},
-    };
-    for (const auto &row : rows) {
+    const QByteArrayList signals_{"emptied", "thinking", "text", "finished", "cancelled", "failed"};
+    const ReplyIndicator::State states[] = {ReplyIndicator::Dots{start},     ReplyIndicator::Dots{later},
+                                            ReplyIndicator::Thinking{start}, ReplyIndicator::Streaming{},
+                                            ReplyIndicator::Done{},          ReplyIndicator::Cancelled{}};
+    const QStringList names{u"dots"_s,      u"new dots"_s, u"thinking"_s,
+                            u"streaming"_s, u"done"_s,     u"cancelled"_s};
+    const char *table = "view_models/indicator_signals.txt";
+    const auto outcome = [&](const QByteArray &line) {
         ReplyIndicator indicator(start);
-        for (const Kind kind : row.signals_) {
+        for (const QByteArray &signal : line.split(' ')) {
             const auto before = indicator.state();
-            const bool hasChanged = indicator.apply({kind, later});
+            const bool hasChanged = indicator.apply({Kind(signals_.indexOf(signal)), later});
             EXPECT_EQ(hasChanged, before != indicator.state());
         }
-        EXPECT_EQ(indicator.state(), row.after);
-    }
+        return names.value(std::ranges::find(states, indicator.state()) - std::begin(states));
+    };
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
 }
 
 TEST(ReplyIndicatorTest, SaysHowFarItIs)
 {
-    const std::tuple<int, QString, QString> rows[] = {
-        // seconds, beside the dots, while it thinks
-        {-3, u""_s, u"Thinking…"_s},
-        {0, u""_s, u"Thinking…"_s},
-        {1, u""_s, u"Thinking… 1s"_s},
-        {4, u""_s, u"Thinking… 4s"_s},
-        {5, u"Working on it 5s"_s, u"Thinking… 5s"_s},
-        {14, u"Thinking it through 14s"_s, u"Thinking… 14s"_s},
-        {24, u"Putting it together 24s"_s, u"Thinking… 24s"_s},
-        {100, u"Still thinking, bigger question than it looked 100s"_s, u"Thinking… 100s"_s},
-    };
-    for (const auto &[seconds, dots, thinking] : rows) {
+    const char *table = "view_models/working_lines.txt";
+    const auto outcome = [](const QByteArray &seconds) {
         ReplyIndicator indicator(start);
-        const QDateTime now = start.addSecs(seconds);
-        EXPECT_EQ(indicator.label(now), dots);
+        const QDateTime now = start.addSecs(seconds.toInt());
+        const QString dots = indicator.label(now);
         indicator.apply({Kind::thinking});
-        EXPECT_EQ(indicator.label(now), thinking);
+        const QString thinking = indicator.label(now);
         indicator.apply({Kind::text});
         EXPECT_EQ(indicator.label(now), QString());
-    }
+        return dots + u'|' + thinking;
+    };
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
 }
 
 } // namespace
