@@ -1,6 +1,7 @@
 #include "security/KeyFile.h"
 
 #include "support/FileSpy.h"
+#include "support/TestData.h"
 #include "support/WipeSpy.h"
 
 #include <QFile>
@@ -26,13 +27,7 @@ TEST(KeyFileFormatTest, ReadsWhatItPrintsAndNoBrokenFile)
     EXPECT_EQ(KeyFileFormat::parse("morvane-keys 1\nend\n"), std::vector<KeyFileFormat::Entry>());
     for (qsizetype size = 0; size < whole.size(); ++size)
         EXPECT_EQ(KeyFileFormat::parse(whole.first(size)), std::nullopt) << size;
-    for (const QByteArray &broken : {
-             whole + "\n", QByteArray("morvane-keys 2\nend\n"),
-             QByteArray("morvane-keys 1\ncw== YQ==\nend\n"),
-             QByteArray("morvane-keys 1\ncw== YQ== djE\nend\n"),
-             QByteArray("morvane-keys 1\n/w== YQ== djE=\nend\n"),                 // a name that is no text
-             QByteArray("morvane-keys 1\ncw== YQ== djE=\ncw== YQ== djI=\nend\n"), // twice
-         })
+    for (const QByteArray &broken : TestData::lines("security/broken_key_files.txt"))
         EXPECT_EQ(KeyFileFormat::parse(broken), std::nullopt) << broken.constData();
 }
 
@@ -72,19 +67,6 @@ TEST_F(KeyFileTest, KeepsSecretsForItsOwnerOnly)
     struct stat status {};
     ::stat(nativePath.constData(), &status);
     EXPECT_EQ(status.st_mode & 0777U, 0600U);
-}
-
-TEST_F(KeyFileTest, NeverWritesOverWhatItCannotRead)
-{
-    file.create();
-    QFile raw(path);
-    ASSERT_TRUE(raw.open(QIODevice::WriteOnly));
-    raw.write("something else");
-    raw.close();
-    EXPECT_THROW(file.add(u"s"_s, {u"a"_s, "1"}), SecretStoreError);
-    EXPECT_THROW((void)file.find(u"s"_s, u"a"_s), SecretStoreError);
-    EXPECT_THROW((void)file.remove(u"s"_s, u"a"_s), SecretStoreError);
-    EXPECT_EQ(contentsOf(path), "something else");
 }
 
 TEST_F(KeyFileTest, WipingZeroesTheBytesOnTheDiskThatOtherNamesOfTheFileStillShow)

@@ -5,6 +5,7 @@
 #include "support/Await.h"
 #include "support/LogCapture.h"
 #include "support/ManualClock.h"
+#include "support/TestData.h"
 #include "utils/files/PrivateFile.h"
 
 #include <QSemaphore>
@@ -53,14 +54,36 @@ protected:
         keyring.state = Condition::Open;
     }
     QByteArray file() const { return PrivateFile::read(path, 1 << 20).value_or(QByteArray()); }
-    QByteArray keyringKey() const
-    {
-        const auto found = keyring.held.find({service, keyAccount});
-        return found == keyring.held.end() ? QByteArray() : found->second.value;
-    }
     static QByteArray fileWith(const QByteArray &key)
     {
         return KeyFileFormat::print({{service, u"api"_s, "a"}, {service, keyAccount, key}});
+    }
+
+    // A call's name: it fails.
+    void cause(const QByteArray &trouble)
+    {
+        const QByteArrayList calls{"condition", "unlock", "find", "items", "add"};
+        const auto refuseWhile = [this](Call refused, auto isTrue) {
+            keyring.refusal = [=, this](Call call) {
+                return call == refused && isTrue(keyring.calls[call])
+                           ? std::optional(KeychainStatus::InputOutput)
+                           : std::nullopt;
+            };
+        };
+        if (calls.contains(trouble))
+            keyring.refuse(Call(calls.indexOf(trouble)), KeychainStatus::InputOutput);
+        else if (trouble == "dismissed")
+            keyring.refuse(Call::Unlock, KeychainStatus::UserCancelled);
+        else if (trouble == "second-add")
+            refuseWhile(Call::Add, [](int count) { return count > 1; });
+        else if (trouble == "slow")
+            refuseWhile(Call::Condition, [](int count) { return count < 3; });
+        else if (trouble == "corrupts")
+            keyring.corruption = [](const QByteArray &value) { return QByteArray(value.size(), 'x'); };
+        else if (trouble == "guarded")
+            keyring.held[{service, keyAccount}].presence = UserPresence::Required;
+        else if (trouble == "former")
+            keyring.held[{u"ai.quelmarfolk.mac"_s, keyAccount}] = {keyAccount, "k"};
     }
 
     QTemporaryDir folder;
@@ -77,112 +100,47 @@ TEST_F(KeychainHomeTest, BeforeItIsOpenNothingIsReadOrStored)
     EXPECT_THROW((void)home().find(service, keyAccount), SecretStoreError);
     EXPECT_THROW(home().add(service, {keyAccount, "k"}), SecretStoreError);
     EXPECT_FALSE(home().keepsPresence());
+    EXPECT_FALSE(isReady(KeychainState::Opening) || canRetry(KeychainState::Opening));
 }
 
 // A keyring is used where there is one; the file stands in only where there is neither keyring nor data; and
 // what holds a key is never replaced, whatever fails.
 TEST_F(KeychainHomeTest, OpensTheKeyringOrTheFileAndLosesNoKey)
 {
-    using enum KeychainState;
-    using Refusal = std::optional<std::pair<Call, KeychainStatus>>;
-    constexpr auto isThere = KeyExpectation::MustExist;
-    constexpr auto unknown = KeyExpectation::Unknown;
-    const auto open = Condition::Open, absent = Condition::Absent, locked = Condition::Locked;
-    const auto failing = [](Call call) { return Refusal({call, KeychainStatus::InputOutput}); };
-    const Refusal dismissed({Call::Unlock, KeychainStatus::UserCancelled});
-    const QByteArray none, empty = KeyFileFormat::print({}), withK = fileWith("k"),
-                           broken = "morvane-keys 1\nc";
-    const struct {
-        Condition condition;
-        Refusal refusal;
-        KeyExpectation expectation;
-        QByteArray file, keyring;
-        KeychainState state;
-        QByteArray fileAfter, keyringAfter;
-    } cases[] = {
-        {open, {}, unknown, none, none, Ready, none, none},
-        {open, {}, isThere, none, none, KeyMissing, none, none},
-        {open, {}, isThere, none, "k", Ready, none, "k"},
-        {open, failing(Call::Condition), unknown, none, none, Unavailable, none, none}, // there, but silent
-        {open, failing(Call::Find), unknown, none, "k", Unavailable, none, "k"},
-        {locked, {}, isThere, none, "k", Ready, none, "k"},
-        {locked, dismissed, unknown, none, "k", Locked, none, "k"},
-        {locked, failing(Call::Unlock), unknown, none, "k", Unavailable, none, "k"},
-        {absent, {}, unknown, none, none, ReadyInFile, empty, none},
-        {absent, {}, isThere, none, none, Unavailable, none, none},
-        {absent, {}, isThere, withK, none, ReadyInFile, withK, none},
-        {absent, {}, isThere, empty, none, KeyMissing, empty, none},
-        {absent, {}, unknown, broken, none, FileUnreadable, broken, none},
-        {open, {}, unknown, broken, "k", FileUnreadable, broken, "k"}, // its keys may be the ones in use
-        // A later keyring takes the secrets over, or nothing changes.
-        {open, {}, isThere, withK, none, Ready, none, "k"},
-        {open, {}, isThere, withK, "k", Ready, none, "k"}, // of a start that didn't come to its end
-        {open, {}, isThere, withK, "o", ReadyInFile, withK, "o"},
-        {open, failing(Call::Add), isThere, withK, none, ReadyInFile, withK, none},
-        {open, failing(Call::Find), isThere, withK, none, ReadyInFile, withK, none},
-        {locked, dismissed, isThere, withK, none, ReadyInFile, withK, none},
+    const std::map<QByteArray, QByteArray> files{{"none", {}},
+                                                 {"empty", KeyFileFormat::print({})},
+                                                 {"k", fileWith("k")},
+                                                 {"broken", "morvane-keys 1\nc"}};
+    const auto toldAs = [](KeychainState state) {
+        const QString way = isReady(state)    ? u"ready"_s
+                            : canRetry(state) ? u"may be retried"_s
+                                              : u"on its way"_s;
+        return (way + u' ' + sentenceFor(state)).trimmed();
     };
-    for (std::size_t i = 0; i < std::size(cases); ++i) {
-        const auto &each = cases[i];
-        SCOPED_TRACE(i);
-        restart(each.file, each.keyring);
-        keyring.state = each.condition;
-        if (each.refusal)
-            keyring.refuse(each.refusal->first, each.refusal->second);
+    const auto outcome = [&](const QByteArray &line) {
+        const QByteArrayList words = line.split(' ');
+        restart(files.at(words[2]), words[3] == "none" ? QByteArray() : words[3]);
+        keyring.state = Condition(QByteArrayList{"open", "locked", "absent"}.indexOf(words[0]));
+        cause(words.value(4));
         const LogCapture log;
-        const auto opening = this->open(each.expectation);
-        EXPECT_EQ(opening.state, each.state);
-        EXPECT_EQ(file(), each.fileAfter);
-        EXPECT_EQ(keyringKey(), each.keyringAfter);
-        EXPECT_EQ(heard.size(), each.condition == locked ? 1U : 0U);
+        const auto opening = open(words[1] == "known" ? KeyExpectation::MustExist : KeyExpectation::Unknown);
         keyring.refusal = nullptr;
-        const bool isUsable = each.state == Ready || each.state == ReadyInFile;
-        const QByteArray key = each.state == ReadyInFile && !each.file.isEmpty() ? "k" : each.keyringAfter;
-        ASSERT_EQ(opening.holdsDataKey, isUsable && !key.isEmpty());
-        EXPECT_EQ(opening.holdsDataKey ? home().find(service, keyAccount)->value : key, key);
-        const bool isMoved = each.state == Ready && !each.file.isEmpty();
-        EXPECT_EQ(log.lines(),
-                  QStringList(isMoved ? (each.keyring.isEmpty() ? 2 : 1) : 0,
-                              u"app: Migrated a stored secret to the data-protection keychain"_s));
-    }
-}
-
-TEST_F(KeychainHomeTest, ATakeOverThatGoesWrongMidwayLeavesTheKeyringAsItWas)
-{
-    const auto refuseTheSecond = [this](Call call) {
-        const bool late = call == Call::Add && keyring.calls[Call::Add] > 1;
-        return late ? std::optional(KeychainStatus::InputOutput) : std::nullopt;
+        const auto named =
+            std::find_if(files.begin(), files.end(), [&](auto &each) { return each.second == file(); });
+        QStringList parts{toldAs(opening.state)};
+        parts.append(u"file "_s + QString::fromUtf8(named == files.end() ? file() : named->first));
+        for (const auto &[key, item] : keyring.held)
+            parts.append(u"keyring %1"_s.arg(QString::fromUtf8(item.value)));
+        if (opening.holdsDataKey)
+            parts.append(opening.dataKeyBehindPresence ? u"has the key, guarded"_s : u"has the key"_s);
+        if (const auto item = isReady(opening.state) ? home().find(service, keyAccount) : std::nullopt)
+            parts.append(u"gives "_s + QString::fromUtf8(item->value));
+        for (const auto state : heard)
+            parts.append(toldAs(state));
+        return (parts + log.lines()).join(u"; "_s);
     };
-    for (const bool isCorrupted : {true, false}) {
-        restart(fileWith("k"), {});
-        if (isCorrupted)
-            keyring.corruption = [](const QByteArray &value) { return QByteArray(value.size(), 'x'); };
-        else
-            keyring.refusal = refuseTheSecond;
-        EXPECT_EQ(open(KeyExpectation::MustExist).state, KeychainState::ReadyInFile);
-        EXPECT_EQ(file(), fileWith("k"));
-        EXPECT_TRUE(keyring.held.empty());
-    }
-}
-
-TEST_F(KeychainHomeTest, ASlowKeyringIsAskedAgain)
-{
-    keyring.refusal = [this](Call call) {
-        const bool slow = call == Call::Condition && keyring.calls[Call::Condition] < 3;
-        return slow ? std::optional(KeychainStatus::InputOutput) : std::nullopt;
-    };
-    EXPECT_EQ(open().state, KeychainState::Ready);
-}
-
-TEST_F(KeychainHomeTest, AKeyBehindPresenceIsToldAndOneThatHasYetToBeMovedIsNotLost)
-{
-    keyring.held[{service, keyAccount}] = {keyAccount, "k", UserPresence::Required};
-    EXPECT_TRUE(open().dataKeyBehindPresence);
-    restart({}, "k");
-    EXPECT_FALSE(open().dataKeyBehindPresence);
-    restart({}, {});
-    keyring.held[{u"ai.quelmarfolk.mac"_s, keyAccount}] = {keyAccount, "k"};
-    EXPECT_EQ(open(KeyExpectation::MustExist).state, KeychainState::Ready);
+    EXPECT_EQ(TestData::transcript("security/key_homes.txt", outcome),
+              TestData::text("security/key_homes.txt"));
 }
 
 TEST_F(KeychainHomeTest, AnErasureReachesTheKeyringBesideTheFile)
@@ -227,7 +185,7 @@ TEST_F(KeychainPreparationTest, TheGuiThreadRunsOnWhileThePersonIsAsked)
     EXPECT_EQ(keyring.calls[Call::Find], finds); // from the cache
 }
 
-TEST_F(KeychainPreparationTest, StoppingOrDestroyingItEndsTheWait)
+TEST_F(KeychainPreparationTest, DestroyingItEndsTheWait)
 {
     keyring.state = Condition::Locked;
     keyring.onUnlock = [](std::stop_token stop) {
@@ -236,29 +194,11 @@ TEST_F(KeychainPreparationTest, StoppingOrDestroyingItEndsTheWait)
         stopped.acquire();
         throw SecretStoreError(KeychainStatus::UserCancelled);
     };
-    std::stop_source stop;
     auto preparation = std::make_unique<KeychainPreparation>(service, home(), keychain, work);
-    QObject::connect(preparation.get(), &KeychainPreparation::stateChanged, preparation.get(),
-                     [&] { stop.request_stop(); });
-    EXPECT_THROW(TestWait::await(preparation->prepare(KeyExpectation::Unknown, stop.get_token())),
-                 CancelledError);
-
     auto task = preparation->prepare(KeyExpectation::Unknown);
     TestWait::settle();
     preparation.reset();
     EXPECT_THROW(TestWait::await(std::move(task)), CancelledError);
-}
-
-TEST(KeychainStateTest, EveryStateThatStopsThePersonHasWordsAndAWayOn)
-{
-    using enum KeychainState;
-    for (const auto state :
-         {Opening, WaitingForUnlock, Ready, ReadyInFile, Locked, Unavailable, KeyMissing, FileUnreadable}) {
-        const bool isFailure = state >= Locked;
-        EXPECT_EQ(canRetry(state), isFailure);
-        EXPECT_EQ(isReady(state), state == Ready || state == ReadyInFile);
-        EXPECT_EQ(sentenceFor(state).endsWith(u'.'), state != Opening && state != Ready);
-    }
 }
 
 } // namespace
