@@ -42,8 +42,6 @@ TEST_F(AppNetworkTest, ReachesWhatItsFeatureAndItsDataAllowByNameAndByAddress)
         {EgressFeature::aiModel, SensitiveData::memory, u"near.local"_s, true},
         {EgressFeature::aiModel, SensitiveData::memory, u"far.local"_s, false},
         {EgressFeature::aiModel, SensitiveData::memory, u"public.test"_s, false},
-        {EgressFeature::aiModel, SensitiveData::screenText, u"public.test"_s, false},
-        {EgressFeature::aiModel, SensitiveData::image, u"public.test"_s, false},
         {EgressFeature::webPage, {}, u"127.0.0.1"_s, false}, // no page comes from a private address
         {EgressFeature::webPage, {}, u"localhost"_s, false},
     };

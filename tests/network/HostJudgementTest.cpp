@@ -1,8 +1,9 @@
 #include "network/EgressGate.h"
 #include "network/PrivateNetworkAddress.h"
 #include "network/PublicAddress.h"
+#include "support/TestData.h"
 
-#include <QFile>
+#include <QUrl>
 
 #include <gtest/gtest.h>
 
@@ -16,57 +17,32 @@ namespace {
 
 TEST(HostJudgementTest, TakesEachHostForWhatTheTableSays)
 {
-    const std::map<QByteArray, HostClass> classes{{"mac", HostClass::thisMac},
-                                                  {"network", HostClass::localNetwork},
-                                                  {"own", HostClass::ownService},
-                                                  {"third", HostClass::thirdParty}};
-    QFile table(QStringLiteral(HOST_JUDGEMENTS));
-    ASSERT_TRUE(table.open(QIODevice::ReadOnly));
-    int judged = 0;
-    while (!table.atEnd()) {
-        const QList<QByteArray> row = table.readLine().simplified().split(' ');
-        if (row.size() != 4 || row[0] == "#")
-            continue;
-        SCOPED_TRACE(row[0].toStdString());
-        const QString host = row[0] == "-" ? QString() : QUrl::fromPercentEncoding(row[0]);
-        EXPECT_EQ(PrivateNetworkAddress::classify(host), classes.at(row[1]));
+    const std::map<HostClass, QString> classes{{HostClass::thisMac, u"mac"_s},
+                                               {HostClass::localNetwork, u"network"_s},
+                                               {HostClass::ownService, u"own"_s},
+                                               {HostClass::thirdParty, u"third"_s}};
+    const auto outcome = [&](const QByteArray &line) {
+        const QString host = line == "-" ? QString() : QUrl::fromPercentEncoding(line);
         const auto isPrivate = PrivateNetworkAddress::isPrivateLiteral(host);
-        EXPECT_EQ(isPrivate ? (*isPrivate ? "private" : "public") : "name", row[2]);
         const auto bytes = PrivateNetworkAddress::addressBytes(host);
-        EXPECT_EQ(bytes ? (PublicAddress::isPublic(*bytes) ? "yes" : "no") : "-", row[3]);
-        ++judged;
-    }
-    EXPECT_GT(judged, 80);
+        return QStringList{classes.at(PrivateNetworkAddress::classify(host)),
+                           isPrivate ? (*isPrivate ? u"private"_s : u"public"_s) : u"name"_s,
+                           bytes ? (PublicAddress::isPublic(*bytes) ? u"yes"_s : u"no"_s) : u"-"_s}
+            .join(u' ');
+    };
+    EXPECT_EQ(TestData::transcript("network/hosts.txt", outcome), TestData::text("network/hosts.txt"));
     EXPECT_FALSE(PublicAddress::isPublic({}));
     EXPECT_FALSE(PublicAddress::isPublic(QByteArray(5, '\x20')));
 }
 
 TEST(HostJudgementTest, ComparesWholeBytesAndThenTheRestOfAPrefix)
 {
-    const QByteArray ipv4 = QByteArray::fromHex("cb007180"); // 203.0.113.128
-    const QByteArray ipv6 = QByteArray::fromHex("20010db8000000400000000000000001");
-    const struct {
-        QString host;
-        Subnet subnet;
-        bool isInside;
-    } cases[] = {
-        {u"203.0.113.7"_s, {ipv4, 24}, true},
-        {u"203.0.112.7"_s, {ipv4, 24}, false},
-        {u"203.0.113.255"_s, {ipv4, 25}, true},
-        {u"203.0.113.127"_s, {ipv4, 25}, false},
-        {u"203.0.113.128"_s, {ipv4, 32}, true},
-        {u"203.0.113.129"_s, {ipv4, 32}, false},
-        {u"203.0.113.128"_s, {ipv4, 0}, false},
-        {u"203.0.113.128"_s, {ipv4, 33}, false}, // a prefix longer than its address says nothing
-        {u"[2001:db8:0:7f::9%eth0]"_s, {ipv6, 58}, true},
-        {u"2001:db8:0:80::9"_s, {ipv6, 58}, false},
-        {u"203.0.113.7"_s, {ipv6, 58}, false},
-        {u"example.com"_s, {ipv4, 24}, false},
-        {u"192.168.7.7"_s, {ipv4, 24}, true}, // private wherever it is
+    const auto outcome = [](const QByteArray &line) {
+        const QStringList words = QString::fromUtf8(line).split(u' ');
+        const Subnet subnet{*PrivateNetworkAddress::addressBytes(words[1]), words[2].toInt()};
+        return PrivateNetworkAddress::isInside(words[0], {subnet}) ? u"inside"_s : u"outside"_s;
     };
-    for (const auto &[host, subnet, isInside] : cases)
-        EXPECT_EQ(PrivateNetworkAddress::isInside(host, {subnet}), isInside)
-            << host.toStdString() << '/' << subnet.prefixLength;
+    EXPECT_EQ(TestData::transcript("network/subnets.txt", outcome), TestData::text("network/subnets.txt"));
     for (const Subnet &subnet : PrivateNetworkAddress::machineSubnets()) {
         EXPECT_GE(subnet.prefixLength, subnet.bytes.size() == 4 ? 16 : 48);
         EXPECT_LT(subnet.prefixLength, 8 * subnet.bytes.size());
@@ -82,37 +58,14 @@ TEST(HostJudgementTest, ResolvesToNumericAddresses)
 
 TEST(EgressGateTest, LetsWebAddressesPassAndPrivateDataOnlyNearby)
 {
-    constexpr const char *far = " is not on this Mac or your network, and this request carries your own data";
-    const struct {
-        QString address;
-        std::string anywhere, privateOnly; // reason; empty: it passes
-    } cases[] = {
-        {u""_s, "a request with no address", "a request with no address"},
-        {u"http://[zz]/"_s, "a request with no address", "a request with no address"},
-        {u"FTP://127.0.0.1"_s, "ftp is not a web address", "ftp is not a web address"},
-        {u"file:///etc/passwd"_s, "file is not a web address", "file is not a web address"},
-        {u"//example.com/path"_s, "that is not a web address", "that is not a web address"},
-        {u"https:path"_s, "a request with no host", "a request with no host"},
-        {u"http:///path"_s, "a request with no host", "a request with no host"},
-        {u"HTTPS://EXAMPLE.com/"_s, {}, std::string("example.com") + far},
-        {u"https://user@example.com:8443/"_s, {}, std::string("example.com") + far},
-        {u"https://127.0.0.1@example.com/"_s, {}, std::string("example.com") + far},
-        {u"https://bücher.example/"_s, {}, std::string("xn--bcher-kva.example") + far},
-        {u"https://service.morvane.invalid/"_s, {}, std::string("service.morvane.invalid") + far},
-        {u"http://[2001:db8::1]/"_s, {}, std::string("2001:db8::1") + far},
-        {u"http://127.0.0.1:11434"_s, {}, {}},
-        {u"http://localhost/"_s, {}, {}},
-        {u"http://[fe80::1%25eth0]/"_s, {}, {}},
-        {u"https://printer.local/"_s, {}, {}},
-    };
-    for (const auto &[address, anywhere, privateOnly] : cases) {
-        SCOPED_TRACE(address.toStdString());
-        const auto reason = [url = QUrl(address)](EgressGate::Reach reach) {
-            return EgressGate::refusalReason(url, reach).value_or(QString()).toStdString();
+    const auto outcome = [](const QByteArray &line) {
+        const auto reason = [url = QUrl(QString::fromUtf8(line))](EgressGate::Reach reach) {
+            return EgressGate::refusalReason(url, reach).value_or(u"passes"_s);
         };
-        EXPECT_EQ(reason(EgressGate::Reach::Anywhere), anywhere);
-        EXPECT_EQ(reason(EgressGate::Reach::PrivateOnly), privateOnly);
-    }
+        return reason(EgressGate::Reach::Anywhere) + u"; private: "_s +
+               reason(EgressGate::Reach::PrivateOnly);
+    };
+    EXPECT_EQ(TestData::transcript("network/egress.txt", outcome), TestData::text("network/egress.txt"));
 }
 
 } // namespace

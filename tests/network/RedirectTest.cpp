@@ -2,6 +2,7 @@
 #include "SocketSpy.h"
 
 #include "network/Redirect.h"
+#include "support/TestData.h"
 
 namespace morvane {
 
@@ -21,42 +22,24 @@ protected:
 
 TEST(RedirectRuleTest, WhatTheNextHopTakesAlong)
 {
-    const QUrl from(u"https://a.test/x"_s);
-    const struct {
-        int status;
-        QByteArray method;
-        QString target;
-        QByteArray nextMethod;
-        bool keepsBody, keepsKey;
-    } cases[] = {
-        {301, "POST", u"https://A.test:443/y"_s, "GET", false, true},
-        {302, "POST", u"https://a.test/y"_s, "GET", false, true},
-        {302, "PUT", u"https://a.test/y"_s, "PUT", true, true},
-        {303, "POST", u"https://a.test/y"_s, "GET", false, true},
-        {303, "PUT", u"https://a.test/y"_s, "GET", false, true},
-        {303, "HEAD", u"https://a.test/y"_s, "HEAD", true, true},
-        {307, "POST", u"https://a.test/y"_s, "POST", true, true},
-        {308, "POST", u"https://a.test/y"_s, "POST", true, true},
-        // Scheme, host and port are the origin; another one gets no credential.
-        {307, "POST", u"http://a.test:443/x"_s, "POST", true, false},
-        {307, "POST", u"https://a.test:8443/x"_s, "POST", true, false},
-        {307, "POST", u"https://b.a.test/x"_s, "POST", true, false},
-    };
-    for (const auto &[status, method, target, nextMethod, keepsBody, keepsKey] : cases) {
-        SCOPED_TRACE(std::to_string(status) + ' ' + target.toStdString());
+    const auto outcome = [](const QByteArray &line) {
+        const QByteArrayList words = line.split(' ');
         HttpRequest request;
-        request.url = from;
-        request.method = method;
+        request.url = QUrl(u"https://a.test/x"_s);
+        request.method = words[1];
         request.body = "body";
-        request.headers = {{"content-type", "text/plain"}, {"Accept", "text/*"}};
-        for (const char *name : {"authorization", "Cookie", "X-Subscription-Token"})
-            request.headers.push_back({name, "key"});
-        const HttpRequest next = Redirect::following(request, status, QUrl(target));
-        EXPECT_EQ(next.url, QUrl(target));
-        EXPECT_EQ(next.method, nextMethod);
-        EXPECT_EQ(next.body, keepsBody ? "body" : "");
-        EXPECT_EQ(next.headers.size(), (keepsBody ? 1U : 0U) + 1U + (keepsKey ? 3U : 0U));
-    }
+        for (const char *name : {"content-type", "Accept", "authorization", "Cookie", "X-Subscription-Token"})
+            request.headers.push_back({name, "value"});
+        const QUrl target(QString::fromLatin1(words[2]));
+        const HttpRequest next = Redirect::following(request, words[0].toInt(), target);
+        EXPECT_EQ(next.url, target);
+        QByteArrayList kept{next.method, next.body};
+        for (const HttpHeader &header : next.headers)
+            kept.append(header.name);
+        return QString::fromLatin1(kept.join(' '));
+    };
+    EXPECT_EQ(TestData::transcript("network/redirects.txt", outcome),
+              TestData::text("network/redirects.txt"));
 }
 
 TEST_F(RedirectTest, EachHopLeavesARowWithItsOwnHostAndBytes)
@@ -84,32 +67,38 @@ TEST_F(RedirectTest, EachHopLeavesARowWithItsOwnHostAndBytes)
     EXPECT_EQ(rows()[1].outcome.text(), u"HTTP 404"_s);
 }
 
+// A refused request leaves one empty row and no trace; a refused redirect a row of the hop that led there.
 TEST_F(RedirectTest, TheGateMeetsEveryHop)
 {
     session = std::make_shared<CurlHttpSession>(EgressFeature::aiModel, SensitiveData::image, ledger, clock);
-    const std::vector<std::pair<QByteArray, QString>> table{
-        {"//public.test", u"public.test is not on this Mac or your network, and this request carries your "
-                          "own data"_s},
-        {"file:///etc/passwd", u"file is not a web address"_s},
-        {"http://[zz]/", u"a request with no address"_s},
+    const std::vector<std::tuple<QByteArray, std::string, std::string>> table{
+        {"http://public.test/", "public.test",
+         "public.test is not on this Mac or your network, and this request carries your own data"},
+        {"file:///etc/passwd", "(no host)", "file is not a web address"},
+        {"http://[zz]/", "(no host)", "a request with no address"},
     };
-    for (const auto &[location, reason] : table) {
+    for (const auto &[location, host, reason] : table) {
+        SCOPED_TRACE(location.constData());
+        const std::string blocked = "Blocked: MorvaneGPT did not send this request: " + reason + '.';
         ScriptedServer server(sending(location));
         bool wasAsked = false;
         HttpRequest request = post(server.url(), "image");
         request.followsRedirect = [&](const QUrl &, const QUrl &) { return wasAsked = true; };
         const int connections = SocketSpy::connections();
         const int lookups = SocketSpy::lookups();
-        EXPECT_EQ(fetch(request).error, Code::Blocked) << location.constData();
+        EXPECT_EQ(fetch(get(QUrl(QString::fromLatin1(location)))).error, Code::Blocked);
+        EXPECT_EQ(textOf(rows().back()), host + " 0/0 " + blocked);
+        EXPECT_EQ(rows().back().startedAt, clock.now());
+        EXPECT_EQ(SocketSpy::connections(), connections);
+        EXPECT_EQ(fetch(request).error, Code::Blocked);
         EXPECT_FALSE(wasAsked);
         EXPECT_EQ(SocketSpy::connections(), connections + 1); // the first hop
         EXPECT_EQ(SocketSpy::lookups(), lookups);
-        EXPECT_EQ(rows().back().outcome.text(),
-                  u"Blocked: MorvaneGPT did not send this request: "_s + reason + u'.');
+        EXPECT_EQ(rows().back().outcome.text().toStdString(), blocked);
         EXPECT_EQ(rows().back().host, u"127.0.0.1"_s);
         EXPECT_GT(rows().back().bytesSent, 0);
     }
-    EXPECT_EQ(rows().size(), table.size());
+    EXPECT_EQ(rows().size(), 2 * table.size());
 }
 
 // Because the caller wants no redirect, refuses this one, or because it leads nowhere.
