@@ -6,13 +6,13 @@
 #   - a file includes only its own layer and the layers that its CMakeLists.txt names
 #   - nobody but app, and platform itself, names platform
 #   - no include climbs out of its folder by "../"
-#   - nothing outside src/network can open a connection
-#   - no form of co_await that g++ 12 miscompiles
+#   - no line holds what forbidden.tsv names: a connection outside src/network, a co_await that g++ 12 miscompiles
 #
 # Prints one line for each breach, "file:line: what", and ends with 1 if there is any.
 set -euo pipefail
 
 tree=${1:?usage: check_layers.sh TREE}
+rules=$(dirname "$(readlink -f "$0")")/forbidden.tsv
 cd "$tree"
 
 # "layer kind dependency" for each layer, as declared: kind is public (DEPENDS) or private (USES). A layer
@@ -116,41 +116,21 @@ lines() {
     xargs -r awk -v sep="$separator" '{ sub(/\/\/.*/, ""); print FILENAME sep FNR sep $0 }'
 }
 
-# Arguments: what to say, the pattern; lines on standard input.
-report() {
-    local what=$1 pattern=$2
-    { grep -P "$separator\d+$separator.*?($pattern)" || true; } |
-        while IFS=$separator read -r file line _; do
-            printf '%s:%s: %s\n' "$file" "$line" "$what"
-        done
+# What forbidden.tsv names. Its patterns are Perl's.
+check_lines() {
+    local -A lines
+    lines[code]=$(sources | lines)
+    lines[outside]=$(grep -v '^src/network/' <<<"${lines[code]}")
+    lines[lists]=$(find src -name CMakeLists.txt ! -path 'src/network/*' | sort | lines)
+    while IFS=$'\t' read -r where what pattern; do
+        { grep -P "$separator\d+$separator.*?($pattern)" <<<"${lines[$where]}" || true; } |
+            while IFS=$separator read -r file line _; do
+                printf '%s:%s: %s\n' "$file" "$line" "$what"
+            done
+    done < <(grep -v '^# ' "$rules")
 }
 
-# Qt's network headers come along with Qt6::Qml, and the system's are always there.
-network_header='#\s*include\s*<(curl/|QtNetwork|QNetwork|QTcp|QUdp|QSctp|QLocalS|QAbstractSocket|QSsl|QDtls|QWebSocket|QHostInfo|QHttp|QDnsLookup|sys/socket\.h|sys/un\.h|netinet/|arpa/|netdb\.h|net/if)'
-network_name='\b(QNetworkAccessManager|QNetworkReply|QTcpSocket|QTcpServer|QUdpSocket|QLocalSocket|QLocalServer|QSslSocket|QWebSocket|curl_(easy|multi|global)_\w+|getaddrinfo)\b'
-network_library='Qt6?::(Network|WebSockets|WebEngine\w*)\b|CURL::|\blibcurl\b'
-
-check_network() {
-    grep -v "^src/network/" <<<"$code" |
-        report 'only src/network may use the network' "$network_header|$network_name"
-    find src -name CMakeLists.txt ! -path 'src/network/*' | sort | lines |
-        report 'only src/network may link a network library' "$network_library"
-}
-
-check_coroutines() {
-    report 'co_await inside a condition' '\b(if|switch)\s*\(\s*!?\s*\(*\s*co_await' <<<"$code"
-    report 'co_await inside a conditional expression' '[?:]\s*\(?co_await' <<<"$code"
-    # QCoro 0.8 moves out of the lvalue that is returned, which would empty the member.
-    report 'a member given to co_return' '\bco_return\s+m_\w+\s*;' <<<"$code"
-    # A block that opens behind a closing parenthesis is no list: while (co_await f()) {
-    report 'a braced list inside co_await or co_yield' 'co_(await|yield)\b([^;]*[\w(,>])?\s*\{' <<<"$code"
-    # A reference to a service that outlives the task can't bind to a temporary.
-    report 'a coroutine takes a reference that may bind to a temporary' \
-        'QCoro::(Task|AsyncGenerator)<[^;{]*>\s+[\w:]+\([^;{)]*(const\s+[\w:<>]+\s*&|&&)' <<<"$code"
-}
-
-code=$(sources | lines)
-breaches=$(check_includes; check_network; check_coroutines)
+breaches=$(check_includes; check_lines)
 if [[ -n $breaches ]]; then
     printf '%s\n' "$breaches"
     exit 1
