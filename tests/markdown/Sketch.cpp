@@ -1,7 +1,5 @@
 #include "Sketch.h"
 
-#include <algorithm>
-
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -115,29 +113,19 @@ QString listed(const QList<Part> &parts, const QString &separator)
     return words.join(separator);
 }
 
-std::string shown(QString sketch)
-{
-    return sketch.replace(u'\n', "\\n"_L1).toStdString();
-}
-
 } // namespace
 
-std::string Sketch::of(const AttributedText &text)
+QString Sketch::of(const AttributedText &text)
 {
-    return shown(SketchOf{}(text));
+    return SketchOf{}(text).replace(u'\r', "\\r"_L1);
 }
 
-std::string Sketch::of(const Block &block)
+QString Sketch::of(const Blocks &blocks)
 {
-    return shown(std::visit(SketchOf{}, block));
-}
-
-std::string Sketch::of(const Blocks &blocks)
-{
-    std::string result;
+    QStringList sketches;
     for (const Block &block : blocks)
-        result += (result.empty() ? "" : " ") + of(block);
-    return result;
+        sketches += std::visit(SketchOf{}, block);
+    return sketches.join(u' ');
 }
 
 } // namespace morvane

@@ -3,6 +3,7 @@
 #include "markdown/MarkdownRenderer.h"
 
 #include "Sketch.h"
+#include "support/TestData.h"
 
 #include <gtest/gtest.h>
 
@@ -14,13 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString answer = u"# The plan\n\nSome *quiet* words, then **loud\nones** and `code`; see "
-                       "https://example.com/a_b or [here](http://x.y).\n> quoted _words_\n> go on\n"
-                       "- one item\n- **two** of them \n\n12. twelve\n13) *more*\n"
-                       "Before ```cpp\nint main() {\n\n    return `0`;\n}\n\n``` behind the code\n---\n"
-                       "| Name | Size |\n|---|--:|\n| alpha | 1 |\n| b | 2 |\nAfter it\n\n"
-                       "```chart\ntype: line\nMon | 1\nTue | 2\n```\n```\n| a |\n|---|\n```\n"
-                       "____\ngröße 😀 — “end”\n```py\nopen"_s;
+const QString answer = QString::fromUtf8(TestData::read("markdown/answer.md"));
 
 // Feeds the text in pieces of the size and compares with a whole parse behind each of them.
 void expectSameBlocks(const QString &text, qsizetype size)
@@ -34,7 +29,7 @@ void expectSameBlocks(const QString &text, qsizetype size)
         ASSERT_EQ(streaming.text(), prefix);
         ASSERT_EQ(streaming.blocks(), MarkdownRenderer::parse(prefix))
             << "after " << prefix.last(std::min<qsizetype>(40, prefix.size())).toUtf8().constData() << "\n"
-            << Sketch::of(streaming.blocks());
+            << Sketch::of(streaming.blocks()).toStdString();
         ASSERT_LE(same, std::min(before.size(), streaming.blocks().size()));
         ASSERT_TRUE(std::equal(before.begin(), before.begin() + same, streaming.blocks().begin()));
         before = streaming.blocks();
