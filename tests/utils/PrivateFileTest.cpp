@@ -41,15 +41,12 @@ TEST(PrivateFileTest, IsOnTheDiskBeforeItTakesItsPlaceAndAFailedStepLeavesTheFor
 {
     const QTemporaryDir home;
     const QString path = home.filePath(u"file"_s);
-    const auto written = [&](FileSpy &spy) {
+    const auto written = [&] {
+        const FileSpy spy(home.path());
         PrivateFile::write(path, "one");
         return spy.steps().replaceInStrings(QRegularExpression(u"file\\.\\w{6}"_s), u"new"_s);
     };
-    {
-        FileSpy spy(home.path());
-        EXPECT_EQ(written(spy),
-                  (QStringList{u"write new"_s, u"sync new"_s, u"rename new file"_s, u"sync ."_s}));
-    }
+    EXPECT_EQ(written(), (QStringList{u"write new"_s, u"sync new"_s, u"rename new file"_s, u"sync ."_s}));
     for (const auto &step : {u"write"_s, u"sync file."_s, u"rename"_s}) {
         FileSpy spy(home.path());
         spy.refuse(step);
