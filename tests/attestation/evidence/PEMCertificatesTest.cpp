@@ -1,5 +1,6 @@
 #include "attestation/evidence/PEMCertificates.h"
 #include "evidence/CertificateRecipe.h"
+#include "support/TestData.h"
 
 #include <gtest/gtest.h>
 
@@ -7,39 +8,16 @@ namespace morvane {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-const QByteArray begin = "-----BEGIN CERTIFICATE-----\n";
-const QByteArray end = "-----END CERTIFICATE-----\n";
-
-} // namespace
-
 TEST(PEMCertificatesTest, BlocksAreReadLineByLine)
 {
-    const struct {
-        const char *name;
-        QByteArray text;
-        PEMCertificates::Chain blocks;
-    } rows[] = {
-        {"lines joined", begin + "QU\nJD\n" + end, {"ABC"}},
-        {"no last newline", begin + "QQ==\n-----END CERTIFICATE-----", {"A"}},
-        {"zero byte at the end", begin + "QQ==\n" + end + '\0', {"A"}},
-        {"white space around lines", "\t" + begin + " QQ==\r\n\xc2\xa0" + end, {"A"}},
-        {"blank lines inside", begin + "\n \nQQ==\n\n" + end, {"A"}},
-        {"label goes on", "-----BEGIN CERTIFICATE REQUEST-----\nQQ==\n-----END CERTIFICATE X\n", {"A"}},
-        {"another label", "-----BEGIN KEY-----\nQQ==\n-----END KEY-----\n", {}},
-        {"begin twice", begin + "QQ==\n" + begin + "Qg==\n" + end, {"B"}},
-        {"end twice", begin + "QQ==\n" + end + "Qg==\n" + end, {"A"}},
-        {"never ends", begin + "QQ==\n" + end + begin + "Qg==\n", {"A"}},
-        {"bad base64 is skipped", begin + "Q?==\n" + end + begin + "Qg==\n" + end, {"B"}},
-        {"empty block", begin + end, {""}},
-        {"marker not at the start", "x" + begin + "QQ==\n" + end, {}},
-        {"byte order mark", "\xef\xbb\xbf" + begin + "QQ==\n" + end, {}},
-        {"bad UTF-8 outside", "\xff\xfe\n" + begin + "QQ==\n" + end, {"A"}},
-        {"bad UTF-8 inside", begin + "QQ\xff==\n" + end, {}},
+    const auto outcome = [](QByteArray text) {
+        text.replace("[begin]", "-----BEGIN CERTIFICATE-----").replace("[end]", "-----END CERTIFICATE-----");
+        QString blocks;
+        for (const QByteArray &block : PEMCertificates::blocks(QByteArrayView(text)))
+            blocks += u"<%1>"_s.arg(QString::fromLatin1(block));
+        return blocks;
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(PEMCertificates::blocks(QByteArrayView(row.text)), row.blocks) << row.name;
+    EXPECT_EQ(TestData::transcript("attestation/pem.txt", outcome), TestData::text("attestation/pem.txt"));
 }
 
 TEST(PEMCertificatesTest, OnlyAnUncompressedPointIsALeafKey)

@@ -1,7 +1,7 @@
 #include "attestation/evidence/VeniceSignedMeasurementList.h"
 #include "evidence/TestAuthority.h"
+#include "support/TestData.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 
@@ -59,19 +59,12 @@ QJsonValue valueOf(const QString &words)
 TEST(SignedMeasurementListTest, EachRuleHasItsRefusal)
 {
     const QJsonObject good = Scenario().signedList();
-    QFile rules(QStringLiteral(MORVANE_SOURCE_DIR "/tests/data/attestation/list_rules.tsv"));
-    ASSERT_TRUE(rules.open(QIODevice::ReadOnly));
-    int count = 0;
-    for (const QString &line : QString::fromUtf8(rules.readAll()).split(u'\n', Qt::SkipEmptyParts)) {
+    const auto outcome = [&](const QString &line) {
         const QStringList columns = line.split(u'\t');
-        if (line.startsWith(u'#'))
-            continue;
-        ASSERT_EQ(columns.size(), 3);
-        const QJsonValue list = with(good, columns[0].split(u'/'), valueOf(columns[1]));
-        EXPECT_EQ(judgement(text(list)), columns[2]) << line.toStdString();
-        ++count;
-    }
-    EXPECT_EQ(count, 45);
+        return judgement(text(with(good, columns[0].split(u'/'), valueOf(columns[1]))));
+    };
+    const char *table = "attestation/list_rules.txt";
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
     EXPECT_EQ(judgement("[]"), u"notJSON"_s);
 }
 

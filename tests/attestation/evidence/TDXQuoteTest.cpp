@@ -1,6 +1,6 @@
 #include "evidence/TestAuthority.h"
+#include "support/TestData.h"
 
-#include <QFile>
 #include <QtEndian>
 
 #include <gtest/gtest.h>
@@ -78,9 +78,7 @@ TEST(TDXQuoteTest, EveryTruncationNamesTheFieldItEndsIn)
         truncations("certification data", innermost.size(), [&](qsizetype length) {
             return body + withLength(inside.first(130) + withLength(innermost.first(length)) + "behind");
         });
-    QFile golden(QStringLiteral(MORVANE_SOURCE_DIR "/tests/data/attestation/truncations.txt"));
-    ASSERT_TRUE(golden.open(QIODevice::ReadOnly));
-    EXPECT_EQ(text.toStdString(), golden.readAll().toStdString());
+    EXPECT_EQ(text.toStdString(), TestData::text("attestation/truncations.txt"));
 }
 
 TEST(TDXQuoteTest, ComposeHash)

@@ -1,6 +1,5 @@
 #include "evidence/TestAuthority.h"
-
-#include <QFile>
+#include "support/TestData.h"
 
 #include <gtest/gtest.h>
 
@@ -71,9 +70,7 @@ TEST(VerdictTest, Words)
     for (const Source &source :
          {Source(), Source(Source::SignedList{12, date}), Source(Source::ExpiredList{12, date.addSecs(-1)})})
         words += source.text() + u'\n';
-    QFile file(QStringLiteral(MORVANE_SOURCE_DIR "/tests/data/attestation/words.txt"));
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(words.toStdString(), file.readAll().toStdString());
+    EXPECT_EQ(words.toStdString(), TestData::text("attestation/words.txt"));
 }
 
 TEST(VerdictTest, TheArchitectureOfADeviceFallsBack)
