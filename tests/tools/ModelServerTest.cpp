@@ -7,7 +7,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
-#include <QTemporaryFile>
 
 #include <gtest/gtest.h>
 
@@ -17,21 +16,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr const char *scenario = R"({"responses": [
-    {"model": "a", "times": 1, "toolCalls": [{"id": "x", "name": "f", "arguments": "{}"}]},
-    {"model": "a", "times": 1, "text": ["one ", "two"], "finishReason": "length"},
-    {"model": "b", "status": 418, "json": {"error": "teapot"}},
-    {"model": "c", "raw": ["HTTP/1.1 200 OK\r\nContent-Length: 3\r\n\r\n", {"base64": "/wA="}, {"pauseMs": 1}, "!"]}
-]})";
-
 class ModelServerTest : public testing::Test {
 protected:
-    ModelServerTest()
-    {
-        EXPECT_TRUE(m_file.open());
-        m_file.write(scenario);
-        m_file.close();
-    }
     HttpResponse post(const ModelServer &server, const char *model)
     {
         return post(server.baseUrl() + u"/chat/completions"_s,
@@ -53,10 +39,8 @@ protected:
     {
         return QJsonDocument::fromJson(bodyOf(std::move(response)))["choices"_L1][0];
     }
-    QStringList scenarioOption() const { return {u"--scenario"_s, m_file.fileName()}; }
 
 private:
-    QTemporaryFile m_file;
     ManualClock m_clock;
     NetworkLedger m_ledger;
     AppNetwork m_network{m_ledger, m_clock};
@@ -64,7 +48,7 @@ private:
 
 TEST_F(ModelServerTest, AScenarioFileIsPlayedInItsOrderAndThenTheBuiltInOnes)
 {
-    ModelServer server(scenarioOption());
+    ModelServer server({u"--scenario"_s, QStringLiteral(MORVANE_TEST_DATA "/tools/scenario.json")});
     EXPECT_EQ(post(server, "b").status, 418);
     EXPECT_EQ(choice(post(server, "a"))["message"_L1]["tool_calls"_L1][0]["id"_L1].toString(), u"x"_s);
     const QJsonValue second = choice(post(server, "a"));
@@ -85,18 +69,16 @@ TEST_F(ModelServerTest, OllamaRefusesWhatAModelCannotDoAndTellsHowAPullGoes)
     EXPECT_EQ(bodyOf(post(chat, R"({"model": "small", "tools": [{}]})")),
               R"({"error":"\"small\" does not support tools"})");
 
-    const auto pulled = [&](const char *model) {
-        return bodyOf(
-            post(server.rootUrl() + u"/api/pull"_s, R"({"model": ")" + QByteArray(model) + R"("})"));
-    };
-    const QByteArrayList lines = pulled("new").split('\n');
+    const QString pull = server.rootUrl() + u"/api/pull"_s;
+    const QByteArrayList lines = bodyOf(post(pull, R"({"model": "new"})")).split('\n');
     ASSERT_EQ(lines.size(), 9); // eight and the end of the last
     EXPECT_EQ(lines.first(), R"({"status":"pulling manifest"})");
     const QJsonDocument half = QJsonDocument::fromJson(lines[3]);
     EXPECT_EQ(half["completed"_L1].toInt() * 2, half["total"_L1].toInt());
     EXPECT_EQ(lines[7], R"({"status":"success"})");
     EXPECT_EQ(post(chat, R"({"model": "new"})").status, 200);
-    EXPECT_TRUE(pulled("pull-missing").contains(R"({"error":"pull model manifest: file does not exist"})"));
+    EXPECT_TRUE(bodyOf(post(pull, R"({"model": "pull-missing"})"))
+                    .contains(R"({"error":"pull model manifest: file does not exist"})"));
 
     const ModelServer other;
     EXPECT_EQ(post(other.rootUrl() + u"/api/chat"_s, R"({"model": "practice-fast"})").status, 404);

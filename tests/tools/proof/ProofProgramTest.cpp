@@ -1,5 +1,5 @@
 #include "evidence/TestAuthority.h"
-
+#include "support/TestData.h"
 #include "utils/bytes/Hex.h"
 
 #include <QCryptographicHash>
@@ -35,12 +35,12 @@ protected:
         file.write(contents);
     }
 
-    // The words of a command line, in which "@name" stands for the path of a file.
+    // The words of a command line, in which "@name" stands for the path of a file and NONCE for the good one.
     Outcome run(QString words) const
     {
+        words.replace(u'@', m_folder.path() + u'/').replace("NONCE"_L1, Hex::encode(scenario.nonce));
         QProcess process;
-        process.start(QStringLiteral(MORVANE_PROOF),
-                      words.replace(u'@', m_folder.path() + u'/').split(u' ', Qt::SkipEmptyParts));
+        process.start(QStringLiteral(MORVANE_PROOF), words.split(u' ', Qt::SkipEmptyParts));
         EXPECT_TRUE(process.waitForFinished(60000));
         return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
     }
@@ -57,7 +57,6 @@ protected:
     }
 
     Scenario scenario;
-    const QString nonce = u" --nonce "_s + Hex::encode(scenario.nonce);
 
 private:
     QTemporaryDir m_folder;
@@ -95,30 +94,13 @@ TEST_F(ProofProgramTest, EachFaultHasItsVerdict)
     scenario.gpus[1].chain[0].to = QDateTime(QDate(2025, 6, 1), QTime(0, 0), Qt::UTC);
     scenario.gpus[0].onEntry = [](QJsonObject &entry) { entry["arch"_L1] = u"\u001b[2J"_s; };
     write(u"stale"_s, scenario.payload().toUtf8());
-    const QString document = u"document @document --model e2ee-test-model"_s + nonce;
-    const std::string notListed = "measurementsNotAllowed(\"e2ee-test-model\")";
-    const std::pair<QString, std::string> rows[] = {
-        {u"quote @cut"_s, "tooShort(\"mrtd\")"},
-        {u"quote @quote --hex"_s, "noQuote"},
-        {u"quote @quote --at 2036-01-01"_s, "certificateChain(\"certificate has expired\")"},
-        {u"gpu @payload"_s + nonce, "ok"},
-        {u"gpu @payload --nonce 00"_s, "nonceMismatch(-1)"},
-        {u"gpu @array"_s + nonce, "malformedPayload"},
-        {u"gpu @stale"_s + nonce, "certificateChain(1, \"certificate has expired\")"},
-        {document + u" --accepted @list"_s, "ok"},
-        {document, notListed},
-        {document + u" --accepted @document"_s, "unknownFormat"},
-        {document + u" --accepted @list --at 2026-12-01"_s, notListed},
-        {u"document @list --model m --nonce 00"_s, "wrongModel(\"m\", \"\")"},
-        {u"document @array --model m --nonce 00"_s, "notJSON"},
-    };
     QByteArray output;
-    for (const auto &[words, verdict] : rows) {
+    const auto outcome = [&](const QString &words) {
         const Outcome result = runPinned(words);
-        EXPECT_EQ(result.lastLine(), "verdict: " + verdict);
-        EXPECT_EQ(result.status, verdict == "ok" ? 0 : 1) << verdict;
         output += result.output;
-    }
+        return u"%1, %2"_s.arg(result.status).arg(QString::fromStdString(result.lastLine()));
+    };
+    EXPECT_EQ(TestData::transcript("proof/verdicts.txt", outcome), TestData::text("proof/verdicts.txt"));
     EXPECT_FALSE(output.contains('\x1b'));
     EXPECT_TRUE(output.contains("The list of accepted servers is empty, so no server can pass."));
     EXPECT_TRUE(output.contains("Version 3, signed by Morvane, good until December 1, 2026"));
@@ -141,21 +123,17 @@ TEST_F(ProofProgramTest, JsonForMachines)
 {
     write(u"cut"_s, scenario.quoteBytes().first(8));
     const Outcome result = runPinned(u"quote @cut --json"_s);
-    const auto object = QJsonDocument::fromJson(result.output).object();
-    EXPECT_EQ(object["verdict"_L1].toString(), u"tooShort(\"header tail\")"_s);
-    EXPECT_EQ(object["checks"_L1][0]["result"_L1].toString(), u"failed"_s);
-    EXPECT_EQ(object["checks"_L1][1]["result"_L1].toString(), u"notReached"_s);
+    const auto answer = QJsonDocument::fromJson(result.output);
+    EXPECT_EQ(answer["verdict"_L1].toString(), u"tooShort(\"header tail\")"_s);
+    EXPECT_EQ(answer["checks"_L1][0]["result"_L1].toString(), u"failed"_s);
+    EXPECT_EQ(answer["checks"_L1][1]["result"_L1].toString(), u"notReached"_s);
     EXPECT_TRUE(result.errors.endsWith("verdict: tooShort(\"header tail\")\n"));
 }
 
 TEST_F(ProofProgramTest, WhatCannotBeCheckedIsSaid)
 {
     write(u"quote"_s, scenario.quoteBytes());
-    for (const auto &words :
-         {u""_s, u"quotes @quote"_s, u"quote"_s, u"quote @quote @quote"_s, u"quote @missing"_s,
-          u"quote @quote --nonce 00"_s, u"quote @quote --hex --base64"_s, u"quote @quote --at yesterday"_s,
-          u"quote @quote --pin intel-root=00"_s, u"quote @quote --pin root="_s + QString(64, u'a'),
-          u"quote @quote --color"_s, u"gpu @quote"_s, u"gpu @quote --nonce xyz"_s}) {
+    for (const QString words : TestData::lines("proof/not_checked.txt")) {
         const Outcome result = run(words);
         EXPECT_EQ(result.status, 2) << words.toStdString();
         EXPECT_TRUE(result.lastLine().starts_with("verdict: notChecked(\"")) << result.lastLine();
