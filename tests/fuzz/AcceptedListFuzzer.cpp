@@ -5,9 +5,7 @@
 #include "attestation/evidence/BundledAllowlist.h"
 #include "attestation/evidence/VeniceSignedMeasurementList.h"
 
-namespace morvane {
-
-void fuzz(QByteArrayView input)
+void morvane::fuzz(QByteArrayView input)
 {
     const auto bundled = BundledAllowlist::read(input);
     try {
@@ -22,5 +20,3 @@ void fuzz(QByteArrayView input)
         static_cast<void>(refusal.caseText());
     }
 }
-
-} // namespace morvane

@@ -6,28 +6,9 @@
 #include "attestation/evidence/VeniceAttestationVerifier.h"
 #include "utils/bytes/Hex.h"
 
-namespace morvane {
+using namespace Qt::StringLiterals;
 
-namespace {
-
-// Accepts the image that the quote shows, with any configuration that is a host label and nothing else.
-VeniceMeasurementAllowlist accepting(const QString &model, const TDXQuote::TDReport &report)
-{
-    const QString ofNothing = Digest::sha256Hex({});
-    VeniceMeasurementAllowlist list;
-    list.stacksByModel[model] = {
-        {.mrtd = Hex::encode(report.mrtd),
-         .rtmr0 = Hex::encode(report.rtmr0),
-         .rtmr1 = Hex::encode(report.rtmr1),
-         .rtmr2 = Hex::encode(report.rtmr2),
-         .configurations = {{.prefixSHA256 = ofNothing, .suffixSHA256 = ofNothing}},
-         .bootEvents = {{QStringLiteral("compose-hash"), {}}, {QStringLiteral("instance-id"), {}}}}};
-    return list;
-}
-
-} // namespace
-
-void fuzz(QByteArrayView input)
+void morvane::fuzz(QByteArrayView input)
 {
     using namespace VeniceAttestationVerifier;
     try {
@@ -43,7 +24,16 @@ void fuzz(QByteArrayView input)
             const TDXQuote quote = TDXQuote::parse(*document.intelQuote);
             question.pins.intelRootSHA256 = Digest::sha256Hex(quote.certificateChain.back());
             question.pins.quotingEnclaveSigner = Hex::encode(QByteArrayView(quote.qeReport).sliced(128, 32));
-            question.allowlist = accepting(document.model, quote.report);
+            // Accepts the image that the quote shows, with any configuration that is a host label and nothing
+            // else.
+            const QString ofNothing = Digest::sha256Hex({});
+            question.allowlist.stacksByModel[document.model] = {
+                {.mrtd = Hex::encode(quote.report.mrtd),
+                 .rtmr0 = Hex::encode(quote.report.rtmr0),
+                 .rtmr1 = Hex::encode(quote.report.rtmr1),
+                 .rtmr2 = Hex::encode(quote.report.rtmr2),
+                 .configurations = {{.prefixSHA256 = ofNothing, .suffixSHA256 = ofNothing}},
+                 .bootEvents = {{u"compose-hash"_s, {}}, {u"instance-id"_s, {}}}}};
         }
         if (isJudged(input))
             static_cast<void>(verify(question));
@@ -53,5 +43,3 @@ void fuzz(QByteArrayView input)
         static_cast<void>(failure.caseText());
     }
 }
-
-} // namespace morvane

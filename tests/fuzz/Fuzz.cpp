@@ -4,23 +4,19 @@
 #include <cstdlib>
 #include <numeric>
 
-namespace morvane {
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    fuzz({data, static_cast<qsizetype>(size)});
+    morvane::fuzz({data, static_cast<qsizetype>(size)});
     return 0;
 }
 
-void require(bool holds)
+void morvane::require(bool holds)
 {
     if (!holds)
         std::abort();
 }
 
-bool isJudged(QByteArrayView input)
+bool morvane::isJudged(QByteArrayView input)
 {
     return std::accumulate(input.begin(), input.end(), 0U) % 8 == 0;
 }
-
-} // namespace morvane

@@ -5,9 +5,7 @@
 #include "attestation/evidence/Digest.h"
 #include "attestation/evidence/NvidiaGPUEvidence.h"
 
-namespace morvane {
-
-void fuzz(QByteArrayView input)
+void morvane::fuzz(QByteArrayView input)
 {
     static const QDateTime date(QDate(2026, 9, 1), QTime(0, 0), Qt::UTC);
     try {
@@ -24,5 +22,3 @@ void fuzz(QByteArrayView input)
         static_cast<void>(failure.caseText());
     }
 }
-
-} // namespace morvane

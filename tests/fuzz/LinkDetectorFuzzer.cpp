@@ -4,9 +4,7 @@
 
 #include "utils/text/LinkDetector.h"
 
-namespace morvane {
-
-void fuzz(QByteArrayView input)
+void morvane::fuzz(QByteArrayView input)
 {
     const QString text = QString::fromUtf8(input);
     qsizetype end = 0;
@@ -16,5 +14,3 @@ void fuzz(QByteArrayView input)
         end = link.start + link.length;
     }
 }
-
-} // namespace morvane

@@ -2,11 +2,9 @@
 
 #include "memory/MemoryFile.h"
 
-namespace morvane {
-
 // A notes file that something else wrote: the notes read from it are the notes read again once this program
 // has written them.
-void fuzz(QByteArrayView input)
+void morvane::fuzz(QByteArrayView input)
 {
     const auto notes = MemoryFile::notes(input);
     if (!notes)
@@ -15,5 +13,3 @@ void fuzz(QByteArrayView input)
     require(again && again->size() == notes->size() &&
             MemoryFile::compose(*again) == MemoryFile::compose(*notes));
 }
-
-} // namespace morvane

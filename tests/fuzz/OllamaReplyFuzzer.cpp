@@ -2,11 +2,7 @@
 
 #include "ai/providers/OllamaReply.h"
 
-namespace morvane {
-
-void fuzz(QByteArrayView input)
+void morvane::fuzz(QByteArrayView input)
 {
-    ReplyFuzzing::check<OllamaReply>(input);
+    fuzzReply<OllamaReply>(input);
 }
-
-} // namespace morvane

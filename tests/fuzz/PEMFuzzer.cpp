@@ -5,9 +5,7 @@
 #include "attestation/evidence/Digest.h"
 #include "attestation/evidence/PEMCertificates.h"
 
-namespace morvane {
-
-void fuzz(QByteArrayView input)
+void morvane::fuzz(QByteArrayView input)
 {
     static const QDateTime date(QDate(2026, 9, 1), QTime(0, 0), Qt::UTC);
     const auto chain = PEMCertificates::blocks(input);
@@ -22,5 +20,3 @@ void fuzz(QByteArrayView input)
     } catch (const PEMCertificates::ChainError &) {
     }
 }
-
-} // namespace morvane

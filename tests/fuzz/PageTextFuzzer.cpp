@@ -3,10 +3,8 @@
 #include "services/LiteralPatterns.h"
 #include "services/PageText.h"
 
-namespace morvane {
-
 // Any bytes as a page: what the scanners read is what the patterns read.
-void fuzz(QByteArrayView input)
+void morvane::fuzz(QByteArrayView input)
 {
     const QString html = PageText::decoded(input.toByteArray());
     const QString title = PageText::title(html);
@@ -16,5 +14,3 @@ void fuzz(QByteArrayView input)
     require(html.size() > comparable ||
             (title == LiteralPatterns::title(html) && text == LiteralPatterns::text(html)));
 }
-
-} // namespace morvane

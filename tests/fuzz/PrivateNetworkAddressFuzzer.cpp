@@ -2,10 +2,8 @@
 
 #include "network/PrivateNetworkAddress.h"
 
-namespace morvane {
-
 // Any text as a host: what the judgements say of it must agree.
-void fuzz(QByteArrayView input)
+void morvane::fuzz(QByteArrayView input)
 {
     using namespace PrivateNetworkAddress;
     const QString host = QString::fromUtf8(input);
@@ -17,5 +15,3 @@ void fuzz(QByteArrayView input)
     require(!bytes || isInside(host, {{*bytes, static_cast<int>(8 * bytes->size())}}));
     require(isInside(host, {}) == isPrivate.value_or(false));
 }
-
-} // namespace morvane

@@ -6,9 +6,7 @@
 #include "attestation/evidence/Digest.h"
 #include "attestation/evidence/TDXQuoteVerifier.h"
 
-namespace morvane {
-
-void fuzz(QByteArrayView input)
+void morvane::fuzz(QByteArrayView input)
 {
     static const QDateTime date(QDate(2026, 9, 1), QTime(0, 0), Qt::UTC);
     try {
@@ -30,5 +28,3 @@ void fuzz(QByteArrayView input)
         static_cast<void>(error.caseText());
     }
 }
-
-} // namespace morvane

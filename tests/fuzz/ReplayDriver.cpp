@@ -6,6 +6,7 @@
 #include <QFile>
 
 #include <cstdio>
+#include <functional>
 #include <random>
 #include <vector>
 
@@ -18,22 +19,14 @@ void mutate(QByteArray &bytes, std::mt19937 &random)
 {
     const auto byte = static_cast<char>(random());
     const qsizetype at = bytes.isEmpty() ? 0 : static_cast<qsizetype>(random() % bytes.size());
-    switch (bytes.isEmpty() ? 4 : random() % 5) {
-    case 0:
-        bytes[at] = static_cast<char>(bytes[at] ^ (1U << (random() % 8)));
-        break;
-    case 1:
-        bytes[at] = byte;
-        break;
-    case 2:
-        bytes.truncate(at);
-        break;
-    case 3:
-        bytes.insert(at, bytes.mid(at, 1 + static_cast<qsizetype>(random() % 64)));
-        break;
-    default:
-        bytes.insert(at, byte);
-    }
+    const std::function<void()> changes[] = {
+        [&] { bytes[at] = static_cast<char>(bytes[at] ^ (1U << (random() % 8))); },
+        [&] { bytes[at] = byte; },
+        [&] { bytes.truncate(at); },
+        [&] { bytes.insert(at, bytes.mid(at, 1 + static_cast<qsizetype>(random() % 64))); },
+        [&] { bytes.insert(at, byte); },
+    };
+    changes[bytes.isEmpty() ? 4 : random() % 5]();
 }
 
 // Without the byte that a QByteArray keeps behind its last, which would hide a read past the end.

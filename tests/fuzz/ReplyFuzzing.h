@@ -9,19 +9,15 @@
 
 namespace morvane {
 
-// A reply's body in pieces of every size: whatever a server sends, its lines and events must come out without
-// a crash and within the limits. `Reply` takes lines as a ReplyLines::Reader does.
-namespace ReplyFuzzing {
-
-inline constexpr qsizetype longestLine = 4096;
-
+// A reply's body in pieces of a size: whatever a server sends, its lines and events must come out without a
+// crash and within the limits. `Reply` takes lines as a ReplyLines::Reader does.
 template <typename Reply>
 QByteArray textOf(QByteArrayView body, qsizetype pieceSize)
 {
     auto [stream, events] = AsyncStream<AIStreamEvent>::make();
     Reply reply;
     try {
-        LineSplitter lines(longestLine);
+        LineSplitter lines(4096);
         auto progress = ReplyLines::Progress::goesOn;
         for (qsizetype at = 0; at < body.size() && progress == ReplyLines::Progress::goesOn;
              at += pieceSize) {
@@ -48,13 +44,11 @@ QByteArray textOf(QByteArrayView body, qsizetype pieceSize)
 
 // Where the network cuts must not matter.
 template <typename Reply>
-void check(QByteArrayView input)
+void fuzzReply(QByteArrayView input)
 {
     if (!input.isEmpty())
         require(textOf<Reply>(input, 1 + static_cast<uchar>(input[0]) % 16) ==
                 textOf<Reply>(input, input.size()));
 }
-
-} // namespace ReplyFuzzing
 
 } // namespace morvane

@@ -2,13 +2,9 @@
 
 #include "persistence/SettingsValueCoding.h"
 
-namespace morvane {
-
 // What decodes must say the same after another round through the text.
-void fuzz(QByteArrayView input)
+void morvane::fuzz(QByteArrayView input)
 {
     const auto value = SettingsValueCoding::decode(QString::fromUtf8(input));
     require(!value || SettingsValueCoding::decode(SettingsValueCoding::encode(*value)) == value);
 }
-
-} // namespace morvane

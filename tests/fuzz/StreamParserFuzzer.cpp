@@ -2,11 +2,7 @@
 
 #include "ai/providers/StreamedReply.h"
 
-namespace morvane {
-
-void fuzz(QByteArrayView input)
+void morvane::fuzz(QByteArrayView input)
 {
-    ReplyFuzzing::check<StreamedReply>(input);
+    fuzzReply<StreamedReply>(input);
 }
-
-} // namespace morvane

@@ -7,36 +7,25 @@
 
 #include <cmath>
 
-namespace morvane {
-
 using namespace Qt::StringLiterals;
 
-namespace {
-
-void readAddress(const QString &text)
-{
-    const auto url = WebAddress::parse(text);
-    if (!url)
-        return;
-    const QString normalised = WebAddress::normalised(*url);
-    require(normalised == normalised.toLower());
-    require(WebAddress::host(*url) == WebAddress::host(*url).toLower());
-    const QString query = WebAddress::searchQuery(*url).value_or(QString());
-    require(!query.contains(u'\n') && !query.contains(u'\r'));
-}
-
-} // namespace
-
-void fuzz(QByteArrayView input)
+void morvane::fuzz(QByteArrayView input)
 {
     const QString json = QString::fromUtf8(input);
     const ToolArguments arguments(json);
+    QStringList addresses{json};
     for (const auto name : {"url"_L1, "query"_L1, "minutes_from_now"_L1}) {
         const auto number = arguments.number(name);
         require(!number || std::isfinite(*number));
-        readAddress(arguments.text(name).value_or(QString()));
+        addresses += arguments.text(name).value_or(QString());
     }
-    readAddress(json);
+    for (const QString &address : addresses) {
+        const auto url = WebAddress::parse(address);
+        if (!url)
+            continue;
+        require(WebAddress::normalised(*url) == WebAddress::normalised(*url).toLower());
+        require(WebAddress::host(*url) == WebAddress::host(*url).toLower());
+        const QString query = WebAddress::searchQuery(*url).value_or(QString());
+        require(!query.contains(u'\n') && !query.contains(u'\r'));
+    }
 }
-
-} // namespace morvane
