@@ -105,7 +105,7 @@ TEST_F(ReplyBlocksTest, ALinkTellsWhereItLeadsAndOpensOnlyWhenAsked)
     EXPECT_EQ(words->property("focusedLink"), u"https://example.com/a?b"_s);
     press(Qt::Key_Return);
     EXPECT_EQ(m_openedLinks.size(), 2);
-    m_app->shell().openLink(u"file:///etc/passwd"_s); // whatever a page asks for
+    m_app->presentation().shell->openLink(u"file:///etc/passwd"_s); // whatever a page asks for
     words->setProperty("cursorPosition", 15);
     EXPECT_EQ(words->property("focusedLink"), QString());
     press(Qt::Key_Return);
