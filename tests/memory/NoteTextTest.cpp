@@ -1,5 +1,7 @@
 #include "memory/NoteText.h"
 
+#include "support/TestData.h"
+
 #include <gtest/gtest.h>
 
 namespace morvane {
@@ -10,29 +12,17 @@ namespace {
 
 TEST(NoteTextTest, TextsThatDifferInCaseSpacingAndPunctuationAreTheSameNote)
 {
-    const std::pair<QString, QString> forms[] = {
-        {u"Likes  TEA."_s, u"likes tea"_s},   {u"…likes—tea!"_s, u"likes tea"_s}, {u"!!!"_s, u""_s},
-        {u"Room 12b"_s, u"room 12b"_s},       {u"CAFE\u0301"_s, u"caf\u00e9"_s}, // composed or not
-        {u"\U00010400x"_s, u"\U00010428x"_s},                                    // letters beyond 16 bits
-        {u"東京 、大阪"_s, u"東京 大阪"_s},   {u"snake_case"_s, u"snake case"_s}};
-    for (const auto &[text, form] : forms)
-        EXPECT_EQ(NoteText::normalized(text), form) << text.toStdString();
+    const auto form = [](const QByteArray &text) { return NoteText::normalized(QString::fromUtf8(text)); };
+    EXPECT_EQ(TestData::transcript("memory/same_note.txt", form), TestData::text("memory/same_note.txt"));
 }
 
 TEST(NoteTextTest, ADescriptionMatchesAsAWholeOrByAllItsLongWords)
 {
-    const struct {
-        QString note;
-        QString description;
-        bool matches;
-    } cases[] = {{u"likes coffee and tea"_s, u"tea coffee"_s, true},
-                 {u"likes tea"_s, u"tea coffee"_s, false},
-                 {u"lives in abu dhabi"_s, u"ab"_s, true},   // within a word, though too short to be a word
-                 {u"an ox by a mill"_s, u"by ox"_s, false},  // only short words, and not in this order
-                 {u"teapot collector"_s, u"tea at"_s, true}, // the short word doesn't count
-                 {u"likes tea"_s, u""_s, false}};
-    for (const auto &[note, description, matches] : cases)
-        EXPECT_EQ(NoteText::matches(note, description), matches) << description.toStdString();
+    const auto verdict = [](const QByteArray &line) {
+        const QStringList texts = QString::fromUtf8(line).split(u'|');
+        return NoteText::matches(texts[0], texts[1]) ? u"matches"_s : u"no"_s;
+    };
+    EXPECT_EQ(TestData::transcript("memory/matches.txt", verdict), TestData::text("memory/matches.txt"));
 }
 
 TEST(NoteTextTest, StoresTheFirstCharactersThatAPersonSees)

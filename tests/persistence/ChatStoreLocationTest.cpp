@@ -20,7 +20,8 @@ protected:
     ChatStoreMoveTest() { PrivateFile::createFolder(folders.data); }
 
     // A store with one conversation of two messages for each title, and one document.
-    void makeStore(const QString &file, const QStringList &titles)
+    void makeStore(
+        const QString &file, const QStringList &titles, const std::function<void()> &whileOpen = [] {})
     {
         ObjectContext context(StoreFiles::open(file), sealing);
         ConversationRepository repository(context, clock);
@@ -28,6 +29,15 @@ protected:
             makeChat(repository, title, {title, title + u" again"_s});
         if (!titles.isEmpty())
             repository.insert({.id = QUuid::createUuid(), .filename = u""_s});
+        whileOpen();
+    }
+
+    // An older store that holds "a", and nothing of a move.
+    void startOver()
+    {
+        defaults.removeAll();
+        StoreFiles::remove(path);
+        makeStore(source, {u"a"_s});
     }
 
     void expectChats(const QString &file, const QStringList &titles)
@@ -88,10 +98,8 @@ TEST_F(ChatStoreMoveTest, OfAnyAgeTheStoreArrivesWholeAtAFreshTargetAndAtAnEmpty
     for (const bool isOld : {false, true}) {
         for (const bool targetExists : {false, true}) {
             SCOPED_TRACE(testing::Message() << isOld << targetExists);
-            defaults.removeAll();
+            startOver();
             defaults.setString(leftOldFileKey, u"former"_s);
-            StoreFiles::remove(path);
-            makeStore(source, {u"a"_s});
             if (isOld)
                 Database::open(source, Database::Access::ReadWrite)
                     .execute("DROP INDEX Conversation_plain; DROP INDEX ChatMessage_plain;"
@@ -121,23 +129,19 @@ TEST_F(ChatStoreMoveTest, TheOldStoreGoesWhenTheNewOneIsOnTheDisk)
         const QStringList all = spy.steps();
         return all.first(all.indexOf(u"unlink default.store"_s)).replaceInStrings(u"Morvane/"_s, QString());
     };
-    makeStore(source, {u"a"_s});
+    startOver();
     EXPECT_EQ(steps().last(3),
               QStringList({u"sync Morvane.store.moving"_s, u"rename Morvane.store.moving Morvane.store"_s,
                            u"sync Morvane"_s}));
 
-    defaults.removeAll();
-    StoreFiles::remove(path);
-    makeStore(source, {u"a"_s});
+    startOver();
     makeStore(path, {});
     const QStringList rows = steps();
     EXPECT_GT(rows.lastIndexOf(u"sync Morvane.store-wal"_s), rows.lastIndexOf(u"write Morvane.store-wal"_s));
     EXPECT_GT(rows.lastIndexOf(u"sync Morvane.store"_s), rows.lastIndexOf(u"write Morvane.store"_s));
 
     for (const auto &step : {u"sync Morvane/Morvane.store.moving"_s, u"rename"_s, u"sync Morvane"_s}) {
-        defaults.removeAll();
-        StoreFiles::remove(path);
-        makeStore(source, {u"a"_s});
+        startOver();
         FileSpy spy(folders.data);
         spy.refuse(step);
         expectMove<Failed>(move(), notMoved + u"the copy could not be put in its place"_s);
@@ -149,16 +153,12 @@ TEST_F(ChatStoreMoveTest, TheCompanionsCount)
 {
     const QString elsewhere = home.filePath(u"elsewhere/s"_s);
     makeStore(elsewhere, {});
-    {
-        ObjectContext context(StoreFiles::open(elsewhere), sealing);
-        ConversationRepository repository(context, clock);
-        makeChat(repository, u"a"_s, {u"a"_s, u"a again"_s});
-        repository.insert({.id = QUuid::createUuid(), .filename = u"f"_s});
+    makeStore(elsewhere, {u"a"_s}, [&] {
         const auto from = StoreFiles::withCompanions(elsewhere);
         const auto to = StoreFiles::withCompanions(source);
         for (std::size_t i = 0; i < from.size(); ++i)
             ASSERT_TRUE(QFile::copy(from[i], to[i]));
-    }
+    });
     expectMoved();
 }
 
@@ -167,13 +167,12 @@ TEST_F(ChatStoreMoveTest, AStoreThatIsNotOursIsLeftInPlaceAndAnEmptyOneGoes)
     defaults.setString(leftOldFileKey, u"former"_s);
     expectMove<NothingToMove>(move(), {}); // there is none
     EXPECT_EQ(defaults.string(leftOldFileKey), std::nullopt);
-    const std::function<void()> foreign[] = {
-        [&] { PrivateFile::write(source, QByteArray(5000, 'x')); },
-        [&] { Database::open(source, Database::Access::Create).execute("CREATE TABLE notes(id TEXT)"); },
-    };
-    for (const auto &make : foreign) {
+    for (const bool isDatabase : {false, true}) {
         defaults.removeAll();
-        make();
+        if (isDatabase)
+            Database::open(source, Database::Access::Create).execute("CREATE TABLE notes(id TEXT)");
+        else
+            PrivateFile::write(source, QByteArray(5000, 'x'));
         const auto before = bytesOf(source);
         expectMove<NothingToMove>(
             move(), u"The shared default store is not readable as Morvane's; leaving it in place"_s);
@@ -194,7 +193,7 @@ TEST_F(ChatStoreMoveTest, WhatCannotMoveNowStaysWhereItIs)
                                  u"The conversation store move is waiting for the app to be unlocked"_s);
     vaultIsLocked = false;
     auto otherKey = move();
-    otherKey.sealing = std::make_shared<FakeFieldSealing>('o');
+    otherKey.sealing = std::make_shared<FakeFieldSealing>();
     expectMove<Failed>(otherKey,
                        notMoved + u"5 sealed fields in the older store will not open with this Mac's key"_s);
     EXPECT_TRUE(targetFiles().isEmpty());
@@ -220,20 +219,17 @@ TEST_F(ChatStoreMoveTest, ACopyThatIsNotWholeIsUndone)
 {
     const auto changed = [](const QByteArray &sql) {
         return [sql](const QString &from, const QString &to) {
-            if (!Move::copyPrivately(from, to))
-                return false;
-            if (!to.endsWith(u"-wal") && !to.endsWith(u"-shm"))
+            const bool isCopied = Move::copyPrivately(from, to);
+            if (to.endsWith(u".moving"))
                 Database::open(to, Database::Access::ReadWrite).execute(sql);
-            return true;
+            return isCopied;
         };
     };
-    const struct {
-        std::function<bool(const QString &, const QString &)> copyFile;
-        QString reason;
-    } cases[] = {
-        {changed("DELETE FROM Conversation"), u"the copy is missing rows the original has"_s},
-        {changed("DELETE FROM ChatMessage WHERE rowid=2"), u"the copy is missing rows the original has"_s},
-        {changed("DELETE FROM ImportedDocument"), u"the copy is missing rows the original has"_s},
+    const QString missing = u"the copy is missing rows the original has"_s;
+    const std::pair<std::function<bool(const QString &, const QString &)>, QString> cases[] = {
+        {changed("DELETE FROM Conversation"), missing},
+        {changed("DELETE FROM ChatMessage WHERE rowid=2"), missing},
+        {changed("DELETE FROM ImportedDocument"), missing},
         {changed("UPDATE ChatMessage SET sealedContent=substr(sealedContent,2), sealedAttachmentName=NULL"),
          u"2 sealed fields did not come through the copy at their original length"_s},
         {[](const QString &, const QString &to) { return PrivateFile::write(to, "half"), true; },

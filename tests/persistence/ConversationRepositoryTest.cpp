@@ -1,5 +1,6 @@
 #include "StoreFixture.h"
 #include "models/ConversationRetention.h"
+#include "support/TestData.h"
 
 namespace morvane {
 
@@ -41,17 +42,11 @@ TEST_F(ConversationRepositoryTest, ListsWhatWasLastChangedFirst)
 
 TEST_F(ConversationRepositoryTest, TitlesFromFirstWords)
 {
-    const QString exact = QString(41, u'a') + u"é"_s;
-    const QString family = u"👩‍👩‍👧‍👦"_s;
-    const std::pair<QString, QString> cases[] = {{u"  \n "_s, u"New Conversation"_s},
-                                                 {u"\n  Hello there \r\nmore"_s, u"Hello there "_s},
-                                                 {exact, exact},
-                                                 {exact + u"b"_s, exact + u"…"_s},
-                                                 {QString(40, u'a') + u"  bc"_s, QString(40, u'a') + u"…"_s},
-                                                 {family.repeated(42), family.repeated(42)},
-                                                 {family.repeated(43), family.repeated(42) + u"…"_s}};
-    for (const auto &[text, title] : cases)
-        EXPECT_EQ(ConversationRepository::titleFrom(text), title) << text.toStdString();
+    const auto title = [](const QByteArray &text) {
+        return ConversationRepository::titleFrom(QString::fromUtf8(text));
+    };
+    EXPECT_EQ(TestData::transcript("persistence/titles.txt", title),
+              TestData::text("persistence/titles.txt"));
 }
 
 TEST_F(ConversationRepositoryTest, TheFirstWordsOfAPersonNameAnUntitledConversationAndRenameCleansATitle)
@@ -62,14 +57,12 @@ TEST_F(ConversationRepositoryTest, TheFirstWordsOfAPersonNameAnUntitledConversat
     say(repository, *chat, u"How do boats float?"_s);
     say(repository, *chat, u"And planes?"_s);
     EXPECT_EQ(chat->title(), u"How do boats float?"_s);
-    const std::pair<QString, QString> cases[] = {{u" a\nb "_s, u"a b"_s},
-                                                 {u" \n\t "_s, u"a b"_s}, // blank: as it was
-                                                 {QString(79, u'x') + u" y"_s, QString(79, u'x')},
-                                                 {QString(81, u'z'), QString(80, u'z')}};
-    for (const auto &[given, kept] : cases) {
-        repository.rename(*chat, given);
-        EXPECT_EQ(chat->title(), kept);
-    }
+    const auto renamed = [&](const QByteArray &title) {
+        repository.rename(*chat, QString::fromUtf8(title));
+        return chat->title();
+    };
+    EXPECT_EQ(TestData::transcript("persistence/renames.txt", renamed),
+              TestData::text("persistence/renames.txt"));
     const QString sealed = chat->columns().sealedTitle;
     repository.rename(*chat, chat->title());
     EXPECT_EQ(chat->columns().sealedTitle, sealed);

@@ -4,6 +4,7 @@
 #include "persistence/UserDefaultsSettingsRepository.h"
 #include "security/InMemoryKeychainService.h"
 #include "support/LogCapture.h"
+#include "support/TestData.h"
 #include "utils/files/PrivateFile.h"
 
 #include <QDir>
@@ -29,6 +30,11 @@ protected:
         return UserDefaultsSettingsRepository::path(folders, name);
     }
 
+    void set(const QString &name, const QString &key, const SettingsValue &value)
+    {
+        UserDefaultsSettingsRepository(domain(name)).setValue(key, value);
+    }
+
     void migrate()
     {
         const auto open = [this](const QString &name) {
@@ -51,6 +57,11 @@ protected:
         return QDir(folders.data + u'/' + folder).entryList(everything, QDir::Name).join(u' ');
     }
 
+    [[nodiscard]] QString supportPath(const QString &name) const
+    {
+        return folders.data + u"/Morvane/"_s + name;
+    }
+
     [[nodiscard]] qsizetype logged(const QString &line) const
     {
         return log.lines().count(u"persistence: "_s + line);
@@ -67,22 +78,22 @@ TEST_F(MigrationTest, SettingsOfOlderIdentifiersFillWhatIsNotSet)
 {
     defaults.setString(u"aiModel"_s, u"mine"_s);
     defaults.setInteger(u"odd"_s, 1);
-    UserDefaultsSettingsRepository(domain(oldest)).setString(u"aiModel"_s, u"older"_s);
-    UserDefaultsSettingsRepository(domain(oldest)).setInteger(u"appLockIdleMinutes"_s, 9);
-    UserDefaultsSettingsRepository(domain(older)).setInteger(u"appLockIdleMinutes"_s, 10);
-    UserDefaultsSettingsRepository(domain(older)).setString(u"odd"_s, u"text"_s);
-    UserDefaultsSettingsRepository(domain(old)).setBoolean(u"memoryEnabled"_s, false);
+    set(oldest, u"aiModel"_s, u"older"_s);
+    set(oldest, u"idleMinutes"_s, std::int64_t{9});
+    set(older, u"idleMinutes"_s, std::int64_t{10});
+    set(older, u"odd"_s, u"text"_s);
+    set(old, u"memoryEnabled"_s, false);
     migrate();
     EXPECT_EQ(defaults.string(u"aiModel"_s), u"mine"_s);
     EXPECT_EQ(defaults.integer(u"odd"_s), 1);
-    EXPECT_EQ(defaults.integer(u"appLockIdleMinutes"_s), 9);
+    EXPECT_EQ(defaults.integer(u"idleMinutes"_s), 9);
     EXPECT_EQ(defaults.boolean(u"memoryEnabled"_s), false);
     EXPECT_EQ(log.lines(),
               QStringList({u"persistence: Migration: carried over 1 setting(s) from ai.quelmarfolk.macos"_s,
                            u"persistence: Migration: carried over 1 setting(s) from com.morvane.Quelmar"_s,
                            u"persistence: Completed migration from the legacy bundle identifier"_s}));
 
-    UserDefaultsSettingsRepository(domain(old)).setBoolean(u"late"_s, true);
+    set(old, u"late"_s, true);
     migrate(); // the flag is set
     EXPECT_EQ(defaults.value(u"late"_s), std::nullopt);
     EXPECT_EQ(log.lines().size(), 3);
@@ -132,45 +143,32 @@ TEST_F(MigrationTest, SecretsMoveAndNeverReplaceAnother)
     EXPECT_EQ(logged(keptLine), 4);
 }
 
-TEST_F(MigrationTest, CodingEngineLeftoversGoOnce)
+TEST_F(MigrationTest, WhatDepartedPartsLeftGoesOnceAndNothingElse)
 {
-    place(u"Morvane"_s, u"claude-code-scan.json code-confinement/a terminal/log code.json"_s);
-    for (const auto &key : {u"codeDefaultEngine"_s, u"codeVerifiedEngines"_s, u"codeClaudeModel"_s,
-                            u"codeCodexModel"_s, u"aiModel"_s})
-        defaults.setString(key, u"m"_s);
-    DepartedData::removeCodingEngineOnce(folders, defaults);
-    EXPECT_EQ(itemsOf(u"Morvane"_s), u"code.json"_s);
-    EXPECT_EQ(log.lines(),
-              QStringList({u"persistence: Removed leftover coding-engine data: claude-code-scan.json"_s,
-                           u"persistence: Removed leftover coding-engine data: code-confinement"_s,
-                           u"persistence: Removed leftover coding-engine data: terminal"_s}));
-    EXPECT_EQ(defaults.keys(), QStringList({u"aiModel"_s, u"didRemoveExternalCodingEngineData.v1"_s}));
-
-    place(u"Morvane"_s, u"terminal"_s);
-    DepartedData::removeCodingEngineOnce(folders, defaults);
-    EXPECT_EQ(itemsOf(u"Morvane"_s), u"code.json terminal"_s);
-}
-
-TEST_F(MigrationTest, DepartedModulesLoseTheirFilesAndKeepTheirFolders)
-{
-    place(
-        u"Morvane"_s,
-        u"email-accounts.json email-cache.json gift-people.json gift-people.backup.json subscriptions.json "
-        "telegram-notebook.json learn.json learn-last-unparseable-3 recurring-jobs.json routines.json "
-        "price-alerts.json telegram/database gift-people-folder/x Morvane.store learn.json.bak code.json"_s);
-    const QString keys =
-        u"hostedForUtility hostedUtilityModel telegramPrivateMode emailPrivateMode statementsPrivateMode "
-        "learnPrivateMode browsePrivateMode hiddenDockModules emailLoadRemoteImages marketChartStyle "
-        "marketIndicators proactiveEnabled lastProactiveCheckIn hostedChatEnabled"_s;
-    for (const QString &key : keys.split(u' '))
-        defaults.setBoolean(key, true);
-    for (int times = 0; times < 2; ++times)
+    const auto remove = [&] {
+        DepartedData::removeCodingEngineOnce(folders, defaults);
         DepartedData::removeModulesOnce(folders, defaults);
-    EXPECT_EQ(itemsOf(u"Morvane"_s), u"Morvane.store code.json gift-people-folder learn.json.bak telegram"_s);
-    EXPECT_EQ(log.lines().size(), 12);
+    };
+    const auto fate = [&](const QByteArray &line) {
+        const QString name = QString::fromUtf8(line.sliced(line.indexOf(' ') + 1));
+        defaults.removeAll();
+        if (line.startsWith("setting"))
+            defaults.setString(name, u"x"_s);
+        else
+            place(u"Morvane"_s, name);
+        remove();
+        const bool stays = defaults.keys().contains(name) || QFile::exists(supportPath(name));
+        return stays ? u"stays"_s : u"goes"_s;
+    };
+    EXPECT_EQ(TestData::transcript("persistence/departed.txt", fate),
+              TestData::text("persistence/departed.txt"));
+    EXPECT_EQ(logged(u"Removed leftover coding-engine data: terminal"_s), 1);
     EXPECT_EQ(logged(u"Removed a departed module's store: email-accounts.json"_s), 1);
-    EXPECT_EQ(log.lines().constLast(), u"persistence: Removed 11 store(s) the departed modules left"_s);
-    EXPECT_EQ(defaults.keys(), QStringList({u"didRemoveDepartedModuleData.v1"_s, u"hostedChatEnabled"_s}));
+    EXPECT_EQ(logged(u"Removed 1 store(s) the departed modules left"_s), 11);
+
+    place(u"Morvane"_s, u"terminal routines.json"_s);
+    remove(); // the flags are set
+    EXPECT_TRUE(QFile::exists(supportPath(u"terminal"_s)) && QFile::exists(supportPath(u"routines.json"_s)));
 }
 
 } // namespace

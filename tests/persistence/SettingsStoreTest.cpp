@@ -1,5 +1,6 @@
 #include "persistence/SettingsStore.h"
 #include "persistence/InMemorySettingsRepository.h"
+#include "support/TestData.h"
 
 #include <QMetaProperty>
 #include <QSignalSpy>
@@ -34,7 +35,7 @@ QVariant another(const QVariant &value)
 
 TEST(SettingsStoreTest, EveryPropertyHasItsKeyItsDefaultAndItsSignal)
 {
-    QStringList found;
+    QString found = u"# property key=default\n"_s;
     const QMetaObject &meta = SettingsStore::staticMetaObject;
     for (int i = meta.propertyOffset(); i < meta.propertyCount(); ++i) {
         InMemorySettingsRepository repository;
@@ -48,28 +49,14 @@ TEST(SettingsStoreTest, EveryPropertyHasItsKeyItsDefaultAndItsSignal)
         EXPECT_TRUE(property.write(&store, other) && property.write(&store, other));
         EXPECT_EQ(changed.count(), 1);
         EXPECT_EQ(property.read(std::make_unique<SettingsStore>(repository).get()), other);
-        found += repository.keys().join(u',') + u'=' + initial.toString();
-        if (repository.keys() != QStringList{QString::fromLatin1(property.name())})
-            found.last().prepend(QString::fromLatin1(property.name()) + u':');
+        found += u"%1 %2=%3\n"_s.arg(QLatin1StringView(property.name()), repository.keys().join(u','),
+                                     initial.toString());
         repository.removeAll();
         store.reload();
         EXPECT_EQ(changed.count(), 2);
         EXPECT_EQ(property.read(&store), initial);
     }
-    const QString expected = QStringLiteral( // [property:]key=default
-        "onboardingComplete=false showMenuBarIcon=true reduceAnimation=false appearance=system "
-        "galleryBackdrop= "
-        "chatShortcut=optionSpace pushToTalkShortcut=optionV "
-        "hostedChatEnabled=true privateCloudThinksLonger=false hostedRelayEncrypted=false hostedRelayModel= "
-        "hostedRelayStateKnown=false chatTextSize=medium chatHistoryOpen=true providerName=OpenAI-compatible "
-        "baseURLString:aiBaseURL=http://localhost:11434/v1 model:aiModel= temperature:aiTemperature=0.7 "
-        "maxOutputTokens:aiMaxOutputTokens=1024 voiceOutputEnabled=false speakingRate=0.5 "
-        "autoSendTranscription=false speakCodeBlocks=false abilitiesEnabled=true memoryEnabled=true "
-        "webAccessEnabled=true screenAwarenessEnabled=false desktopActionsEnabled=false appLockEnabled=false "
-        "appLockIdleMinutes=5 maxContextMessages=30 maxExtractedCharacters=100000 "
-        "conversationRetention=forever "
-        "autoSummarizeDroppedFiles=false");
-    EXPECT_EQ(found.join(u' '), expected);
+    EXPECT_EQ(found.toStdString(), TestData::text("persistence/settings.txt"));
 }
 
 TEST(SettingsStoreTest, ReadsByTypeAndWritesEnumerationsAndAbsence)
@@ -91,10 +78,6 @@ TEST(SettingsStoreTest, ReadsByTypeAndWritesEnumerationsAndAbsence)
 
     repository.removeAll();
     store.reload();
-    EXPECT_EQ(store.chatTextSize(), ChatTextSize::medium);
-    EXPECT_EQ(store.chatShortcut(), ShortcutPreset::optionSpace);
-    EXPECT_EQ(store.pushToTalkShortcut(), ShortcutPreset::optionV);
-    EXPECT_EQ(store.conversationRetention(), ConversationRetention::forever);
     for (const auto &absent : {store.selectedCharacterID(), store.microphoneUID(), store.voiceIdentifier()})
         EXPECT_EQ(absent, std::nullopt);
     store.setAppearance(AppAppearance::gallery);
@@ -107,33 +90,21 @@ TEST(SettingsStoreTest, ReadsByTypeAndWritesEnumerationsAndAbsence)
 
 TEST(SettingsStoreTest, LegacyPersonaOfAnOlderBuild)
 {
-    const QByteArray three = R"({"fox":{"name":"Fox","personality":"sly"},
-        "companion":{"name":"Pal","personality":"kind"}, "ant":{"name":"Ant","personality":"busy"}})";
-    const QByteArray two = R"({"b":{"name":"B","personality":"2"},"a":{"name":"A","personality":"1"}})";
-    const struct {
-        QString prompt;
-        QByteArray personas;
-        QString character;
-        QString expected; // instructions|name|personality
-    } cases[] = {{u""_s, "{}", u""_s, {}},
-                 {u"Be brief"_s, "", u""_s, u"Be brief||"_s},
-                 {u"Be brief"_s, "{\"fox\":1}", u""_s, u"Be brief||"_s},
-                 {u"I"_s, three, u"fox"_s, u"I|Fox|sly"_s},
-                 {u""_s, three, u"owl"_s, u"|Pal|kind"_s},
-                 {u""_s, two, u""_s, u"|A|1"_s}};
-    for (const auto &[prompt, personas, character, expected] : cases) {
+    const auto persona = [](const QByteArray &line) {
+        const auto parts = line.split('|'); // prompt, personas, character
         InMemorySettingsRepository repository;
-        repository.setString(u"customSystemPrompt"_s, prompt);
-        repository.setData(u"characterPersonas"_s, personas);
-        repository.setString(u"selectedCharacterID"_s, character);
+        repository.setString(u"customSystemPrompt"_s, QString::fromUtf8(parts[0]));
+        repository.setData(u"characterPersonas"_s, parts[1]);
+        repository.setString(u"selectedCharacterID"_s, QString::fromUtf8(parts[2]));
         SettingsStore store(repository);
-        const auto found = store.legacyPersona().value_or(SettingsStore::LegacyPersona());
-        const QString texts = QStringList({found.instructions, found.name, found.personality}).join(u'|');
-        EXPECT_EQ(texts, expected.isEmpty() ? u"||"_s : expected);
-        EXPECT_EQ(store.legacyPersona().has_value(), !expected.isEmpty());
+        const auto found = store.legacyPersona();
         store.forgetLegacyPersona();
         EXPECT_EQ(store.legacyPersona(), std::nullopt);
-    }
+        return found ? QStringList({found->instructions, found->name, found->personality}).join(u'|')
+                     : u"none"_s;
+    };
+    EXPECT_EQ(TestData::transcript("persistence/personas.txt", persona),
+              TestData::text("persistence/personas.txt"));
 }
 
 } // namespace

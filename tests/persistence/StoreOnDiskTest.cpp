@@ -3,6 +3,7 @@
 #include "persistence/StoreFiles.h"
 #include "persistence/StoreSchema.h"
 #include "support/FileSpy.h"
+#include "support/TestData.h"
 
 #include <QDirIterator>
 
@@ -19,11 +20,6 @@ mode_t modeOf(const QString &path)
 {
     struct stat status {};
     return ::stat(QFile::encodeName(path).constData(), &status) == 0 ? status.st_mode & 07777 : 0;
-}
-
-QByteArray data(const QString &name)
-{
-    return bytesOf(QStringLiteral(TEST_DATA) + u'/' + name);
 }
 
 class StoreOnDiskTest : public StoreFixture {
@@ -128,13 +124,13 @@ TEST_F(StoreOnDiskTest, AStoreLooksLikeEveryOther)
     QByteArray statements;
     while (rows.step())
         statements += rows.text().toUtf8() + '\n';
-    EXPECT_TRUE(data(u"schema.sql"_s).endsWith("\n" + statements)) << statements.constData();
+    EXPECT_TRUE(TestData::read("persistence/schema.sql").endsWith("\n" + statements)) << statements.data();
     EXPECT_EQ(database.integer("PRAGMA user_version"), 10000);
 }
 
 TEST_F(StoreOnDiskTest, AStoreFromBeforeSealingOpensAndIsSealedLater)
 {
-    makeStoreWith(data(u"before_sealing.sql"_s));
+    makeStoreWith(TestData::read("persistence/before_sealing.sql"));
     auto session = onDisk();
     const auto chat = session.repository.all().at(0);
     const auto message = chat->messages().at(0);
@@ -162,40 +158,32 @@ TEST_F(StoreOnDiskTest, AStoreFromBeforeSealingOpensAndIsSealedLater)
 
 TEST_F(StoreOnDiskTest, AStoreThatIsNotForThisVersionIsRefusedAndStaysAsItIs)
 {
-    const auto changed = [&](const QByteArray &sql) {
-        return [this, sql] {
-            {
-                auto session = onDisk();
-                makeChat(session.repository, u"title"_s, {u"hello"_s});
-            }
-            makeStoreWith(sql);
-        };
-    };
+    const auto executing = [&](const QByteArray &sql) { return [this, sql] { makeStoreWith(sql); }; };
     const struct {
         const char *what;
-        std::function<void()> make;
+        bool begins; // as a store of ours
+        std::function<void()> change;
     } cases[] = {
-        {"newer", changed("PRAGMA user_version = 10001")},
-        {"lacks a column", changed("ALTER TABLE ChatMessage RENAME COLUMN statusRaw TO state")},
-        {"another program's", [&] { makeStoreWith("CREATE TABLE notes(id TEXT)"); }},
-        {"no database", [&] { PrivateFile::write(path, QByteArray(5000, 'x')); }},
-        {"cut off",
+        {"newer", true, executing("PRAGMA user_version = 10001")},
+        {"lacks a column", true, executing("ALTER TABLE ChatMessage RENAME COLUMN statusRaw TO state")},
+        {"another program's", false, executing("CREATE TABLE notes(id TEXT)")},
+        {"no database", false, [&] { PrivateFile::write(path, QByteArray(5000, 'x')); }},
+        {"cut off", true, [&] { QFile(path).resize(QFileInfo(path).size() - 4096); }},
+        {"damaged list", true,
          [&] {
-             changed("")();
-             QFile(path).resize(QFileInfo(path).size() - 4096);
-         }},
-        {"damaged list",
-         [&] {
-             changed("")();
              QFile file(path);
              ASSERT_TRUE(file.open(QFile::ReadWrite) && file.seek(4096)); // the root page of the first table
              file.write(QByteArray(4096, '\xff'));
          }},
     };
-    for (const auto &[what, make] : cases) {
+    for (const auto &[what, begins, change] : cases) {
         SCOPED_TRACE(what);
         QDir(folder).removeRecursively();
-        make();
+        if (begins) {
+            auto session = onDisk();
+            makeChat(session.repository, u"title"_s, {u"hello"_s});
+        }
+        change();
         const auto before = bytesOf(path);
         expectUnavailable();
         EXPECT_EQ(bytesOf(path), before);

@@ -9,6 +9,7 @@
 #include <optional>
 #include <stdexcept>
 #include <type_traits>
+#include <variant>
 
 namespace morvane {
 
@@ -44,13 +45,7 @@ template <typename T>
 struct Outcome {
     bool done = false;
     std::exception_ptr error;
-    std::optional<T> value;
-};
-
-template <>
-struct Outcome<void> {
-    bool done = false;
-    std::exception_ptr error;
+    std::optional<std::conditional_t<std::is_void_v<T>, std::monostate, T>> value;
 };
 
 template <typename T>

@@ -1,29 +1,30 @@
 #pragma once
 
-#include "security/FieldSealing.h"
+#include "security/ProcessKeySealing.h"
+#include "security/SealedForm.h"
 
 namespace morvane {
 
-// Sealing that a test can see through and switch off: the shape and the lengths of the real form (marker,
-// base64 of 12 bytes of nonce, the hidden text, 16 bytes of tag) with no cipher behind it.
+// Sealing under a key of its own that a test can switch off.
 class FakeFieldSealing final : public FieldSealing {
 public:
-    explicit FakeFieldSealing(char key = 'k')
-        : m_key(key)
-    {}
-
-    [[nodiscard]] std::optional<QString> seal(const QString &text) const override;
-    [[nodiscard]] QString open(const QString &sealed) const override;
+    [[nodiscard]] std::optional<QString> seal(const QString &text) const override
+    {
+        return m_isLocked ? std::nullopt : m_sealing.seal(text);
+    }
+    [[nodiscard]] QString open(const QString &sealed) const override
+    {
+        return m_isLocked && isSealed(sealed) ? QString() : m_sealing.open(sealed);
+    }
 
     // While locked nothing is sealed and sealed texts open to nothing.
     void setLocked(bool locked) { m_isLocked = locked; }
 
-    [[nodiscard]] static bool isSealed(const QString &text);
+    [[nodiscard]] static bool isSealed(const QString &text) { return SealedForm::isSealedField(text); }
 
 private:
-    char m_key;
     bool m_isLocked = false;
-    mutable quint64 m_seals = 0; // makes every seal differ
+    ProcessKeySealing m_sealing;
 };
 
 } // namespace morvane

@@ -7,10 +7,7 @@ namespace morvane {
 
 void FakeHttpSession::answer(int status, QByteArray body)
 {
-    Answer next;
-    next.status = status;
-    next.pieces.push_back(std::move(body));
-    answer(std::move(next));
+    answer({.status = status, .pieces = {std::move(body)}});
 }
 
 QCoro::Task<HttpResponse> FakeHttpSession::send(HttpRequest request, std::stop_token stop)
@@ -21,20 +18,13 @@ QCoro::Task<HttpResponse> FakeHttpSession::send(HttpRequest request, std::stop_t
         throw std::logic_error("a request that the test did not expect");
     const Answer script = std::move(m_answers.front());
     m_answers.pop_front();
+    auto [body, producer] = AsyncStream<QByteArray>::make();
     if (script.neverAnswers) {
-        auto [silence, end] = AsyncStream<int>::make();
-        ++m_waiting;
-        try {
-            co_await silence.next(stop);
-        } catch (const CancelledError &) {
-            --m_waiting;
-            throw;
-        }
+        m_bodies.push_back(producer);
+        co_await body.next(stop);
     }
     if (script.sendError)
         std::rethrow_exception(script.sendError);
-
-    auto [body, producer] = AsyncStream<QByteArray>::make();
     for (const QByteArray &piece : script.pieces)
         producer.yield(piece);
     if (script.bodyError)
@@ -49,9 +39,8 @@ QCoro::Task<HttpResponse> FakeHttpSession::send(HttpRequest request, std::stop_t
 
 int FakeHttpSession::openRequests() const
 {
-    return m_waiting + static_cast<int>(std::count_if(m_bodies.begin(), m_bodies.end(), [](const auto &body) {
-               return !body.stopToken().stop_requested();
-           }));
+    return static_cast<int>(
+        std::ranges::count_if(m_bodies, [](const auto &body) { return !body.stopToken().stop_requested(); }));
 }
 
 } // namespace morvane

@@ -36,8 +36,7 @@ public:
 private:
     std::deque<Answer> m_answers;
     std::vector<HttpRequest> m_requests;
-    std::vector<AsyncStream<QByteArray>::Producer> m_bodies; // that stay open
-    int m_waiting = 0;
+    std::vector<AsyncStream<QByteArray>::Producer> m_bodies; // that stay open or never begin
 };
 
 // Hands out one session and notes what for.

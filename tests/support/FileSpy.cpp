@@ -6,6 +6,7 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 
 #include <dlfcn.h>
@@ -72,6 +73,12 @@ void FileSpy::refuse(const QString &beginning)
     m_beginning = beginning;
 }
 
+void FileSpy::killAt(int call)
+{
+    const QMutexLocker lock(&m_mutex);
+    m_callsLeft = call;
+}
+
 std::optional<QString> FileSpy::nameIn(const QString &path) const
 {
     const QString name = QDir(m_folder).relativeFilePath(path);
@@ -87,6 +94,8 @@ bool FileSpy::note(const char *verb, const QString &path, const QString &target)
     if (!target.isEmpty())
         step += u' ' + nameIn(target).value_or(target);
     const QMutexLocker lock(&m_mutex);
+    if (m_callsLeft > 0 && --m_callsLeft == 0)
+        raise(SIGKILL);
     if (!step.startsWith(QLatin1StringView("write")) || m_steps.isEmpty() || m_steps.last() != step)
         m_steps.append(step);
     return m_beginning && step.startsWith(*m_beginning);

@@ -26,6 +26,9 @@ public:
     // Steps that begin so fail with EIO from now on: "sync", "rename a".
     void refuse(const QString &beginning);
 
+    // The process is killed at its so manieth call from now on that would change a file.
+    void killAt(int call);
+
     // For the wrapped calls: notes the step, and says whether it is refused.
     [[nodiscard]] bool note(const char *verb, const QString &path, const QString &target = {});
 
@@ -36,6 +39,7 @@ private:
     mutable QMutex m_mutex;
     QStringList m_steps;                // guarded by m_mutex
     std::optional<QString> m_beginning; // guarded by m_mutex
+    int m_callsLeft = 0;                // guarded by m_mutex; none: never killed
 };
 
 } // namespace morvane

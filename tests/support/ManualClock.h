@@ -2,7 +2,7 @@
 
 #include "async/Clock.h"
 
-#include <list>
+#include <map>
 
 namespace morvane {
 
@@ -20,18 +20,13 @@ public:
     // Moves time on, firing each alarm at its own moment, in order, with queued calls handled in between.
     void advance(std::chrono::milliseconds duration);
 
-    [[nodiscard]] std::size_t pendingAlarms() const { return m_alarms->size(); }
+    // Those that have neither fired nor been called off.
+    [[nodiscard]] std::size_t pendingAlarms() const;
 
 private:
-    struct Pending {
-        std::chrono::milliseconds due;
-        std::function<void()> fire;
-    };
-    class ManualAlarm;
-
     QDateTime m_start;
     std::chrono::milliseconds m_elapsed{0};
-    std::shared_ptr<std::list<Pending>> m_alarms = std::make_shared<std::list<Pending>>();
+    std::multimap<std::chrono::milliseconds, std::weak_ptr<std::function<void()>>> m_alarms; // by moment due
 };
 
 } // namespace morvane

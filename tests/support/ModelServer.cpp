@@ -70,10 +70,8 @@ const std::vector<ModelServer::Request> &ModelServer::requests()
 
 std::vector<ModelServer::Request> ModelServer::chats()
 {
-    readLog();
-    std::vector<Request> chats;
-    std::copy_if(m_requests.begin(), m_requests.end(), std::back_inserter(chats),
-                 [](const Request &request) { return request.target.endsWith("chat/completions"); });
+    std::vector<Request> chats = requests();
+    std::erase_if(chats, [](const Request &request) { return !request.target.endsWith("chat/completions"); });
     return chats;
 }
 
@@ -84,12 +82,9 @@ void ModelServer::awaitRequests(std::size_t count)
 
 void ModelServer::awaitEnded(std::size_t count)
 {
-    const auto ended = [&] {
-        return std::count_if(m_requests.begin(), m_requests.end(), [](const Request &r) { return r.isOver; });
-    };
     TestWait::until([&] {
-        readLog();
-        return static_cast<std::size_t>(ended()) >= count;
+        const auto ended = std::ranges::count(requests(), true, &Request::isOver);
+        return static_cast<std::size_t>(ended) >= count;
     });
 }
 

@@ -11,13 +11,12 @@ namespace {
 qint64 statusBytes(QByteArrayView key)
 {
     QFile file(QStringLiteral("/proc/self/status"));
-    if (!file.open(QIODevice::ReadOnly))
-        throw std::runtime_error("no /proc/self/status");
-    for (const QByteArray &line : file.readAll().split('\n')) {
-        if (line.startsWith(key))
-            return line.mid(key.size()).chopped(3).trimmed().toLongLong() * 1024; // "VmRSS:   123 kB"
-    }
-    throw std::runtime_error("no such figure");
+    const QByteArray status = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    const qsizetype at = status.indexOf(key);
+    if (at < 0)
+        throw std::runtime_error("the kernel keeps this figure");
+    const QByteArray line = status.mid(at + key.size());
+    return line.left(line.indexOf('k')).trimmed().toLongLong() * 1024; // "VmRSS:   123 kB"
 }
 
 } // namespace

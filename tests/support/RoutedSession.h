@@ -22,9 +22,6 @@ public:
     [[nodiscard]] const std::vector<QUrl> &asked() const { return m_asked; }
 
 private:
-    static QCoro::Task<HttpResponse> carry(std::shared_ptr<HttpSession> carrier, HttpRequest request,
-                                           QUrl asked, std::stop_token stop);
-
     std::shared_ptr<HttpSession> m_carrier;
     std::map<QString, QUrl> m_routes;
     std::vector<QUrl> m_asked;

@@ -52,12 +52,10 @@ std::optional<ScriptedServer::Request> ScriptedServer::Connection::readRequest()
     }
     const qsizetype headSize = m_pending.indexOf("\r\n\r\n") + 4;
     Request request{m_pending.first(headSize), {}};
-    const qsizetype field = request.head.toLower().indexOf("\r\ncontent-length:");
-    qsizetype length = 0;
-    if (field >= 0) {
-        const qsizetype start = field + 17;
-        length = request.head.mid(start, request.head.indexOf('\r', start) - start).trimmed().toLongLong();
-    }
+    const QByteArray name = "\r\ncontent-length:";
+    const qsizetype field = request.head.toLower().indexOf(name);
+    const QByteArray value = field < 0 ? QByteArray() : request.head.mid(field + name.size());
+    const qsizetype length = value.left(value.indexOf('\r')).trimmed().toLongLong();
     while (m_pending.size() < headSize + length) {
         if (!fill())
             return std::nullopt;
@@ -102,19 +100,13 @@ ScriptedServer::ScriptedServer(Script script, Family family, Wrap wrap)
     , m_family(family)
     , m_wrap(std::move(wrap))
 {
-    sockaddr_in ipv4{};
-    ipv4.sin_family = AF_INET;
-    ipv4.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    sockaddr_in6 ipv6{};
-    ipv6.sin6_family = AF_INET6;
-    ipv6.sin6_addr = in6addr_loopback;
+    sockaddr_in ipv4{.sin_family = AF_INET, .sin_addr = {htonl(INADDR_LOOPBACK)}};
+    sockaddr_in6 ipv6{.sin6_family = AF_INET6, .sin6_addr = in6addr_loopback};
     const bool isIPv4 = family == Family::IPv4;
     auto *address = isIPv4 ? reinterpret_cast<sockaddr *>(&ipv4) : reinterpret_cast<sockaddr *>(&ipv6);
     socklen_t size = isIPv4 ? sizeof ipv4 : sizeof ipv6;
 
     m_listener = socket(address->sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (m_listener < 0)
-        return;
     if (bind(m_listener, address, size) != 0 || listen(m_listener, 64) != 0 ||
         getsockname(m_listener, address, &size) != 0) {
         close(m_listener);
@@ -132,13 +124,9 @@ ScriptedServer::~ScriptedServer()
     shutdown(m_listener, SHUT_RDWR);
     m_acceptor.join();
     close(m_listener);
-    {
-        const std::scoped_lock lock(m_mutex);
-        for (const int descriptor : m_descriptors)
-            shutdown(descriptor, SHUT_RDWR);
-    }
-    for (std::thread &worker : m_workers)
-        worker.join();
+    const std::scoped_lock lock(m_mutex);
+    for (const int descriptor : m_descriptors)
+        shutdown(descriptor, SHUT_RDWR);
 }
 
 void ScriptedServer::acceptAll()

@@ -105,9 +105,9 @@ private:
     std::atomic<qint64> m_sent = 0;
 
     mutable std::mutex m_mutex;
-    std::vector<Request> m_requests;    // guarded by m_mutex
-    std::vector<int> m_descriptors;     // guarded by m_mutex
-    std::vector<std::thread> m_workers; // touched by the acceptor, then by the destructor
+    std::vector<Request> m_requests;     // guarded by m_mutex
+    std::vector<int> m_descriptors;      // guarded by m_mutex
+    std::vector<std::jthread> m_workers; // touched by the acceptor; joined before all else goes
 };
 
 } // namespace morvane
