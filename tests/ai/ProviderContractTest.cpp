@@ -2,10 +2,11 @@
 // servers make of a reply, of the memory and of a stop.
 
 #include "ai/Dialects.h"
+#include "ai/providers/ServerModels.h"
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"
 #include "support/ModelServer.h"
-#include "support/ProcessMemory.h"
+#include "support/TestData.h"
 
 namespace morvane {
 
@@ -105,38 +106,12 @@ TEST_P(ProviderContractTest, CallsComeWholeAndTheirResultsGoBack)
 
 TEST_P(ProviderContractTest, EveryBrokenServerEndsInItsError)
 {
-    const QString begun = u"The practice server begins, "_s;
-    const ProviderError::ModelError failed{u"The practice server failed midway."_s};
-    const struct {
-        const char *model;
-        QString text;
-        ProviderError::Case chat;
-        ProviderError::Case ollama;
-    } cases[] = {
-        {"cut-mid-character", begun, Plain::networkUnavailable, Plain::networkUnavailable},
-        {"cut-mid-json", begun, Plain::networkUnavailable, Plain::networkUnavailable},
-        {"cut-between-events", begun, Plain::networkUnavailable, Plain::networkUnavailable},
-        {"error-object-in-200", {}, Plain::malformedResponse, failed},
-        {"garbage", {}, Plain::malformedResponse, Plain::emptyResponse},
-        {"empty", {}, Plain::malformedResponse, Plain::emptyResponse},
-        {"done-only", {}, Plain::malformedResponse, Plain::emptyResponse},
-        {"huge-line", begun, Plain::malformedResponse, Plain::malformedResponse},
-        {"not-http", {}, Plain::networkUnavailable, Plain::networkUnavailable},
-        {"redirect-file", {}, Plain::networkUnavailable, Plain::networkUnavailable},
-        {"redirect-loop", {}, Plain::networkUnavailable, Plain::networkUnavailable},
-        {"status-401", {}, Plain::authenticationFailed, Plain::authenticationFailed},
-        {"huge-error-body", {}, ProviderError::ServerError{500}, ProviderError::ServerError{500}},
-        {"fail-once", {}, ProviderError::ServerError{503}, ProviderError::ServerError{503}},
-    };
-    for (const auto &[model, text, chat, native] : cases) {
+    const auto outcome = [this](const QByteArray &model) {
         const Reply reply = replyOf(model);
-        EXPECT_EQ(reply.text(), text) << model;
-        EXPECT_EQ(reply.error, ProviderError(GetParam().isOllama ? native : chat)) << model;
-    }
-    EXPECT_EQ(replyOf("fail-once").error, std::nullopt);
-    if (GetParam().isOllama) {
-        EXPECT_EQ(replyOf("error-mid-stream").error, ProviderError(failed));
-    }
+        return reply.text() + u" | "_s + (reply.error ? reply.error->userMessage() : u"no error"_s);
+    };
+    const char *table = GetParam().isOllama ? "ai/ollama_broken_servers.txt" : "ai/chat_broken_servers.txt";
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
 }
 
 TEST_P(ProviderContractTest, AKeyGoesToItsOwnServerOnly)
@@ -157,7 +132,7 @@ TEST_P(ProviderContractTest, SilenceEndsInATimeout)
     for (const char *model : {"stall-before-headers", "stall-mid-stream"}) {
         const std::size_t before = server.requests().size();
         const auto reply = std::make_shared<TestWait::Outcome<Reply>>();
-        TestWait::collect(readReplyTask(ask(model)), reply);
+        TestWait::collect(readTask<Reply>(ask(model)), reply);
         server.awaitRequests(before + (GetParam().isOllama ? 2 : 1));
         while (!reply->done) {
             TestWait::settle();
@@ -197,17 +172,15 @@ TEST_P(ProviderContractTest, AStopEndsTheReaderAtEachStageAndReachesTheServer)
     EXPECT_LT(stopWhen("pieces-100000", [](int events) { return events > 10; }), 100'000);
 }
 
-TEST_P(ProviderContractTest, HugeAnswersCostLittleMemory)
+// The list is read the same way whatever the interface.
+TEST_P(ProviderContractTest, ListsItsModelsForItsKeyAtAnAddressThatMayBeUsed)
 {
-    if (ProcessMemory::isInstrumented())
-        GTEST_SKIP() << "the sanitizer keeps freed memory";
-    EXPECT_LT(ProcessMemory::peakMebibytes([&] { replyOf("huge-error-body"); }), 50);
-    EXPECT_LT(ProcessMemory::peakMebibytes([&] { replyOf("huge-line"); }), 50);
-    configuration.preferStreaming = false; // to the other dialect it means nothing
-    const char *model = GetParam().isOllama ? "huge-line" : "huge-body";
-    EXPECT_LT(ProcessMemory::peakMebibytes(
-                  [&] { EXPECT_EQ(replyOf(model).error, ProviderError(Plain::malformedResponse)); }),
-              50);
+    configuration.apiKey = u"secret"_s;
+    EXPECT_TRUE(TestWait::await(ServerModels::list(&network, configuration, {})).contains(u"practice"_s));
+    EXPECT_EQ(server.requests().back().headers["Authorization"_L1].toString(), u"Bearer secret"_s);
+    configuration.baseURLString = u"http://example.org/v1"_s; // not encrypted, not near
+    EXPECT_THROW(TestWait::await(ServerModels::list(&network, configuration, {})), ProviderError);
+    EXPECT_EQ(server.requests().size(), 1U);
 }
 
 } // namespace

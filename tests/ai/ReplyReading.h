@@ -7,11 +7,14 @@
 
 namespace morvane {
 
-// A reply read to its end.
-struct Reply {
-    std::vector<AIStreamEvent> events;
+// A stream of a reply's events, read to its end.
+template <typename Event>
+struct EventsRead {
+    std::vector<Event> events;
     std::optional<ProviderError> error;
+};
 
+struct Reply : EventsRead<AIStreamEvent> {
     [[nodiscard]] QString text() const
     {
         QString all;
@@ -23,21 +26,22 @@ struct Reply {
     }
 };
 
-inline QCoro::Task<Reply> readReplyTask(AsyncStream<AIStreamEvent> stream)
+template <typename Read, typename Event>
+QCoro::Task<Read> readTask(AsyncStream<Event> stream)
 {
-    Reply reply;
+    Read read;
     try {
         while (auto event = co_await stream.next())
-            reply.events.push_back(std::move(*event));
+            read.events.push_back(std::move(*event));
     } catch (const ProviderError &error) {
-        reply.error = error;
+        read.error = error;
     }
-    co_return reply;
+    co_return read;
 }
 
 inline Reply readReply(AsyncStream<AIStreamEvent> stream)
 {
-    return TestWait::await(readReplyTask(std::move(stream)));
+    return TestWait::await(readTask<Reply>(std::move(stream)));
 }
 
 } // namespace morvane

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "ai/ReplyReading.h"
 #include "ai/agent/AgentEvent.h"
 #include "ai/contract/AIProvider.h"
-#include "ai/contract/ProviderError.h"
 #include "ai/tools/ToolFixture.h"
 
 #include <QCoreApplication>
@@ -55,11 +55,8 @@ private:
     std::vector<Round> m_rounds;
 };
 
-// The events of one run, read to its end.
-struct PlayedRun {
-    std::vector<AgentEvent> events;
-    std::optional<ProviderError> error;
-
+// The events of one run.
+struct PlayedRun : EventsRead<AgentEvent> {
     // What stands on the screen at the end.
     [[nodiscard]] QString shown() const
     {
@@ -85,21 +82,9 @@ struct PlayedRun {
     }
 };
 
-inline QCoro::Task<PlayedRun> readRunTask(AsyncStream<AgentEvent> stream)
-{
-    PlayedRun run;
-    try {
-        while (auto event = co_await stream.next())
-            run.events.push_back(std::move(*event));
-    } catch (const ProviderError &error) {
-        run.error = error;
-    }
-    co_return run;
-}
-
 inline PlayedRun readRun(AsyncStream<AgentEvent> stream)
 {
-    return TestWait::await(readRunTask(std::move(stream)));
+    return TestWait::await(readTask<PlayedRun>(std::move(stream)));
 }
 
 } // namespace morvane

@@ -3,6 +3,7 @@
 #include "ai/agent/AgentFixture.h"
 #include "ai/agent/ReplyPhrases.h"
 #include "support/LogCapture.h"
+#include "support/TestData.h"
 
 namespace morvane {
 
@@ -11,6 +12,8 @@ using Plain = ProviderError::Plain;
 using Round = ScriptedModel::Round;
 
 namespace {
+
+const AIStreamEvent limit = AIStream::TruncatedByTokenLimit{};
 
 AIStreamEvent text(const QString &piece)
 {
@@ -62,13 +65,18 @@ protected:
 TEST_F(AgentLoopTest, RunsCallsInOrderAndFeedsTheirResultsBack)
 {
     const QString ahead = u"👻 moment"_s; // eight characters of nine units
-    const PlayedRun run = play({{{text(ahead), calls({u"look_at_screen"_s, u"fly"_s, u"read_web_page"_s})}},
-                                {{AIStream::Thinking{}, text(u"The "_s), text(u"answer."_s)}}});
+    AgentLoop::Turn withoutLinks = turn();
+    std::erase_if(withoutLinks.tools, [](const AITool &tool) { return tool.name == u"open_link"_s; });
+    const PlayedRun run =
+        play({{{text(ahead), limit, calls({u"look_at_screen"_s, u"open_link"_s, u"read_web_page"_s})}},
+              {{AIStream::Thinking{}, text(u"The "_s), text(u"answer."_s)}}},
+             withoutLinks);
     ASSERT_EQ(run.events.size(), 9U);
     EXPECT_EQ(run.events[1], retraction(8));
     EXPECT_TRUE(std::holds_alternative<Agent::ToolStarted>(run.events[2]));
     EXPECT_EQ(std::get<Agent::ToolFinished>(run.events[3]).call.name, u"look_at_screen"_s);
-    EXPECT_EQ(std::get<Agent::ToolStarted>(run.events[4]).call.name, u"read_web_page"_s) << "nobody can fly";
+    EXPECT_EQ(std::get<Agent::ToolStarted>(run.events[4]).call.name, u"read_web_page"_s)
+        << "links weren't offered";
     EXPECT_TRUE(std::holds_alternative<Agent::Thinking>(run.events[6]));
     EXPECT_EQ(run.error, std::nullopt);
     EXPECT_EQ(asked, QStringList(u"Read your screen"_s)) << "the page's address was typed";
@@ -81,35 +89,27 @@ TEST_F(AgentLoopTest, RunsCallsInOrderAndFeedsTheirResultsBack)
     EXPECT_EQ(
         messages[4],
         (AIMessage{.role = AIMessage::Role::tool,
-                   .content = u"Error: The fly ability is not available in this conversation. Do not call it "
-                              "again; answer with what you have."_s,
-                   .toolCallID = u"id-fly"_s,
-                   .toolName = u"fly"_s}));
+                   .content =
+                       u"Error: The open_link ability is not available in this conversation. Do not call it "
+                       "again; answer with what you have."_s,
+                   .toolCallID = u"id-open_link"_s,
+                   .toolName = u"open_link"_s}));
     EXPECT_EQ(messages[5].toolCallID, u"id-read_web_page"_s);
-    EXPECT_EQ(model->requests.at(1).tools.size(), 8);
-}
-
-TEST_F(AgentLoopTest, AToolThatWasNotOfferedRunsNothingThoughItExists)
-{
-    AgentLoop::Turn searchOnly = turn();
-    searchOnly.tools = {AbilityCatalogue::definition(Ability::searchWeb)};
-    const PlayedRun run = play({{{calls({u"open_link"_s})}}, {{text(u"No."_s)}}}, searchOnly);
-    EXPECT_EQ(effects(), 0);
-    EXPECT_EQ(run.events.size(), 1U);
-    EXPECT_TRUE(asked.empty());
+    EXPECT_EQ(model->requests.at(1).tools.size(), 7);
 }
 
 TEST_F(AgentLoopTest, TheCeilingGivesOneRoundWithoutToolsWhoseCallsAreNotHeard)
 {
     answer = ApprovalAnswer::allowedForChat;
     const LogCapture log;
-    const PlayedRun run = play({{{text(u"x"_s), calls({u"search_web"_s})}}});
+    const PlayedRun run = play({{{text(u"x"_s), limit, calls({u"search_web"_s})}}});
     ASSERT_EQ(model->requests.size(), 6U);
     EXPECT_FALSE(model->requests[4].tools.empty());
     EXPECT_TRUE(model->requests[5].tools.empty());
     EXPECT_TRUE(lastMessage(5).content.startsWith(u"You have used all available tool calls"_s));
-    EXPECT_EQ(web.searches.size(), 5);
+    EXPECT_EQ(happened.size(), 5);
     EXPECT_EQ(run.shown(), u"x"_s);
+    EXPECT_EQ(run.events.back(), AgentEvent(Agent::TruncatedByTokenLimit{})) << "of the last reply only";
     EXPECT_EQ(run.error, std::nullopt);
     EXPECT_EQ(log.lines(),
               QStringList(u"ai-provider: Agent loop hit its round ceiling; requesting a final answer"_s));
@@ -156,16 +156,12 @@ TEST_F(AgentLoopTest, AClaimedEventIsTakenBackUnlessOneWasMade)
 TEST_F(AgentLoopTest, AServerThatRejectsToolsIsAskedWithoutThem)
 {
     const ProviderError rejection(ProviderError::ServerError{400});
-    for (const ProviderError &error : {rejection, ProviderError(ProviderError::ServerError{501}),
-                                       ProviderError(Plain::malformedResponse)}) {
-        const LogCapture log;
-        const PlayedRun run = play({{{text(u"Half "_s)}, failure(error)}, {{text(u"Whole."_s)}}});
-        EXPECT_EQ(run.shown(), u"Half Whole."_s) << "what went out stays";
-        EXPECT_TRUE(model->requests.at(1).tools.empty());
-        EXPECT_TRUE(
-            lastMessage(1).content.startsWith(u"Correction: the model server running you does not"_s));
-        EXPECT_EQ(log.lines(), QStringList(u"ai-provider: Endpoint rejected tools; retrying without them"_s));
-    }
+    const LogCapture log;
+    const PlayedRun run = play({{{text(u"Half "_s)}, failure(rejection)}, {{text(u"Whole."_s)}}});
+    EXPECT_EQ(run.shown(), u"Half Whole."_s) << "what went out stays";
+    EXPECT_TRUE(model->requests.at(1).tools.empty());
+    EXPECT_TRUE(lastMessage(1).content.startsWith(u"Correction: the model server running you does not"_s));
+    EXPECT_EQ(log.lines(), QStringList(u"ai-provider: Endpoint rejected tools; retrying without them"_s));
     EXPECT_EQ(play({{{}, failure(rejection)}}).error, rejection) << "once";
     EXPECT_EQ(model->requests.size(), 2U);
 
@@ -173,19 +169,8 @@ TEST_F(AgentLoopTest, AServerThatRejectsToolsIsAskedWithoutThem)
     bare.tools.clear();
     EXPECT_EQ(play({{{}, failure(rejection)}}, bare).error, rejection);
     EXPECT_EQ(model->requests.size(), 1U);
-
-    for (const ProviderError &error :
-         {ProviderError(ProviderError::ServerError{500}), ProviderError(Plain::cancelled)})
-        EXPECT_EQ(play({{{}, failure(error)}}).error, error);
-}
-
-TEST_F(AgentLoopTest, OnlyTheFinalRepliesLimitIsTold)
-{
-    const AIStreamEvent limit = AIStream::TruncatedByTokenLimit{};
-    const PlayedRun cut = play({{{text(u"Long"_s), limit}}});
-    EXPECT_EQ(cut.events.back(), AgentEvent(Agent::TruncatedByTokenLimit{}));
-    const PlayedRun whole = play({{{limit, calls({u"read_web_page"_s})}}, {{text(u"Short."_s)}}});
-    EXPECT_EQ(whole.events.back(), AgentEvent(Agent::Text{u"Short."_s}));
+    const ProviderError other(ProviderError::ServerError{500});
+    EXPECT_EQ(play({{{}, failure(other)}, {{text(u"Whole."_s)}}}).error, other);
 }
 
 TEST_F(AgentLoopTest, TheUsersWordsDecideWhatTheyTyped)
@@ -207,25 +192,24 @@ TEST_F(AgentLoopTest, TheUsersWordsDecideWhatTheyTyped)
 TEST_F(AgentLoopTest, DroppingTheReplyEndsItBeforeTheNextCall)
 {
     std::optional<AsyncStream<AgentEvent>> stream;
-    web.onRead = [&stream] { stream.reset(); };
+    world->onRead = [&stream] { stream.reset(); };
     model = std::make_shared<ScriptedModel>(
         std::vector<Round>{{{calls({u"look_at_screen"_s, u"read_web_page"_s, u"open_link"_s})}}});
     stream.emplace(AgentLoop(model, registry).run(turn()));
     TestWait::settle();
-    EXPECT_EQ(effects(), 2);
-    EXPECT_TRUE(desktop.actions.empty());
+    EXPECT_EQ(happened.size(), 2) << "no link was opened";
     EXPECT_EQ(model->requests.size(), 1U);
 }
 
 TEST(ReplyPhrasesTest, AreSoughtInAnyLetterCaseAndAnywhere)
 {
-    for (const char16_t *reply : {u"I Cannot Look That Up today", u"That site blocks automated access.",
-                                  u"I DON'T HAVE REAL-TIME data", u"was blocked from accessing it"})
-        EXPECT_TRUE(ReplyPhrases::refusesSearch(reply)) << QString::fromUtf16(reply).toStdString();
-    EXPECT_FALSE(ReplyPhrases::refusesSearch(u"I looked it up."));
-    EXPECT_TRUE(ReplyPhrases::claimsScheduling(u"I HAVE SCHEDULED lunch"));
-    EXPECT_FALSE(ReplyPhrases::claimsScheduling(u"I have scheduled lunch. Shall I add another?"));
-    EXPECT_FALSE(ReplyPhrases::claimsScheduling(u"Lunch is at noon."));
+    const char *table = "ai/reply_phrases.txt";
+    const auto outcome = [](const QByteArray &line) {
+        const QString reply = QString::fromUtf8(line);
+        return (ReplyPhrases::refusesSearch(reply) ? u"refuses a search"_s : QString()) +
+               (ReplyPhrases::claimsScheduling(reply) ? u"claims an event"_s : QString());
+    };
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
 }
 
 } // namespace

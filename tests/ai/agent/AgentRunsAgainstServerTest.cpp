@@ -62,8 +62,8 @@ TEST_F(AgentRunsAgainstServerTest, SearchesReadsAndAnswers)
     EXPECT_EQ(run.error, std::nullopt);
     EXPECT_TRUE(run.shown().contains(u"Text of the page."_s)) << run.shown().toStdString();
     EXPECT_FALSE(run.shown().contains(u"One moment."_s));
-    EXPECT_EQ(web.searches, QStringList(u"What is the weather?"_s));
-    EXPECT_EQ(web.reads, QStringList(u"https://found.example/One/"_s));
+    EXPECT_EQ(happened, QStringList({u"search What is the weather?"_s,
+                                     u"read https://found.example/One/ up to 6000"_s}));
     EXPECT_EQ(asked, QStringList(u"Search the web for this+"_s));
     ASSERT_EQ(server.requests().size(), 3U);
     const QJsonArray sent = server.requests().back().json()["messages"_L1].toArray();
@@ -73,22 +73,15 @@ TEST_F(AgentRunsAgainstServerTest, SearchesReadsAndAnswers)
         u"--- BEGIN UNTRUSTED CONTENT (web page found.example"_s));
 }
 
-TEST_F(AgentRunsAgainstServerTest, LoopsToTheCeiling)
+TEST_F(AgentRunsAgainstServerTest, LoopsToTheCeilingAndIsOnlyRelayedWithoutTools)
 {
     answer = ApprovalAnswer::allowedForChat;
-    const PlayedRun run = ask(u"agent-loops"_s);
-    EXPECT_EQ(run.shown(), u"The practice server has no more tools to call."_s);
-    EXPECT_EQ(web.searches.size(), ReplyRunner::maxRounds);
-    EXPECT_EQ(asked.size(), 1);
+    EXPECT_EQ(ask(u"agent-loops"_s).shown(), u"The practice server has no more tools to call."_s);
+    EXPECT_EQ(happened.size(), 5);
     EXPECT_EQ(server.requests().size(), 6U);
-}
-
-TEST_F(AgentRunsAgainstServerTest, WithoutToolsTheStreamIsRelayed)
-{
     settings.setAbilitiesEnabled(false);
-    const PlayedRun run = ask(u"agent-refuses-search"_s);
-    EXPECT_EQ(run.shown(), u"Sorry, I can't look that up."_s);
-    EXPECT_EQ(server.requests().size(), 1U);
+    EXPECT_EQ(ask(u"agent-refuses-search"_s).shown(), u"Sorry, I can't look that up."_s);
+    EXPECT_EQ(server.requests().size(), 7U);
 }
 
 } // namespace

@@ -54,14 +54,14 @@ protected:
             memory.record(u"Drinks coffee"_s);
         asked.clear();
         completed.clear();
-        const auto before = effects();
+        happened.clear();
         const AIToolCall made = action.url.isEmpty()
                                     ? usual(action.tool)
                                     : call(action.tool, uR"({"url":"%1"})"_s.arg(action.url));
         const bool ran = !dispatch(made, turn).isError;
         const bool touchesNotes = action.tool == u"remember"_s || action.tool == u"forget"_s;
         EXPECT_EQ(completed.size(), ran ? 1U : 0U);
-        EXPECT_EQ(effects() - before, ran && !touchesNotes ? 1 : 0);
+        EXPECT_EQ(happened.size(), ran && !touchesNotes ? 1 : 0);
         return ran ? (asked.empty() ? u"runs"_s : u"asks"_s) : asked.empty() ? u"-"_s : u"asks for nothing"_s;
     }
 
@@ -103,25 +103,6 @@ TEST_F(TaintTest, EveryOrderingOfTwoKeepsTheRules)
         }
     }
     EXPECT_EQ(all.toStdString(), TestData::text("ai/two_actions.txt"));
-}
-
-// Without a note, only what the turn itself holds makes a found page a question.
-TEST_F(TaintTest, AFoundPageIsAQuestionOnceTheTurnHoldsSomethingPrivate)
-{
-    const auto found = call(u"read_web_page"_s, uR"({"url":"https://found.example/One"})"_s);
-    for (const auto attached : {Attached::nothing, Attached::document, Attached::image}) {
-        for (const bool looksFirst : {false, true}) {
-            const auto turn = turnOf(TurnContext::Attendance::attended, messagesWith(attached));
-            if (looksFirst)
-                dispatch(usual(u"look_at_screen"_s), turn);
-            dispatch(usual(u"search_web"_s), turn);
-            asked.clear();
-            dispatch(found, turn);
-            const bool isPrivate = looksFirst || attached != Attached::nothing;
-            EXPECT_EQ(asked,
-                      isPrivate ? QStringList(u"Read this page from the search results"_s) : QStringList());
-        }
-    }
 }
 
 } // namespace

@@ -21,50 +21,49 @@ QCoro::Task<ApprovalAnswer> answered(ApprovalAnswer answer)
 
 } // namespace
 
-QCoro::Task<std::vector<WebAccessing::SearchResult>> FakeWeb::search(QString query, std::stop_token)
+QCoro::Task<std::vector<WebAccessing::SearchResult>> FakeWorld::search(QString query, std::stop_token)
 {
-    searches.append(query);
+    happened.append(u"search "_s + query);
     failIf(searchError);
     co_return std::vector<SearchResult>(results);
 }
 
-QCoro::Task<WebAccessing::Page> FakeWeb::readPage(QString url, qsizetype limit, std::stop_token)
+QCoro::Task<WebAccessing::Page> FakeWorld::readPage(QString url, qsizetype limit, std::stop_token)
 {
-    reads.append(url);
-    lastLimit = limit;
+    happened.append(u"read %1 up to %2"_s.arg(url).arg(limit));
     if (onRead)
         onRead();
     failIf(readError);
     co_return Page(page);
 }
 
-QCoro::Task<QString> FakeDesktop::openLink(QString url, std::stop_token)
+QCoro::Task<QString> FakeWorld::openLink(QString url, std::stop_token)
 {
-    actions.append(u"open "_s + url);
-    failIf(error);
+    happened.append(u"open "_s + url);
+    failIf(desktopError);
     co_return u"Opened."_s;
 }
 
-QCoro::Task<QString> FakeDesktop::createEvent(QString title, QDateTime start, std::int64_t durationMinutes,
-                                              std::stop_token)
+QCoro::Task<QString> FakeWorld::createEvent(QString title, QDateTime start, std::int64_t durationMinutes,
+                                            std::stop_token)
 {
-    actions.append(u"event %1 at %2 for %3"_s.arg(title, start.toString(Qt::ISODate)).arg(durationMinutes));
-    failIf(error);
+    happened.append(u"event %1 at %2 for %3"_s.arg(title, start.toString(Qt::ISODate)).arg(durationMinutes));
+    failIf(desktopError);
     co_return u"Added."_s;
 }
 
-QCoro::Task<QString> FakeDesktop::runShortcut(QString name, std::optional<QString> input, std::stop_token)
+QCoro::Task<QString> FakeWorld::runShortcut(QString name, std::optional<QString> input, std::stop_token)
 {
-    actions.append(u"run "_s + name + u" with "_s + input.value_or(u"nothing"_s));
-    failIf(error);
+    happened.append(u"run "_s + name + u" with "_s + input.value_or(u"nothing"_s));
+    failIf(desktopError);
     co_return u"Ran."_s;
 }
 
-QCoro::Task<QString> FakeScreen::captureText(std::stop_token)
+QCoro::Task<QString> FakeWorld::captureText(std::stop_token)
 {
-    ++captures;
-    failIf(error);
-    co_return QString(text);
+    happened.append(u"look at the screen"_s);
+    failIf(screenError);
+    co_return QString(screenText);
 }
 
 ToolFixture::ToolFixture()
@@ -116,11 +115,6 @@ std::shared_ptr<TurnContext> ToolFixture::turnOf(TurnContext::Attendance attenda
 {
     return TurnContext::begin(attendance, u"chat:A"_s, TurnContext::Notes::kept,
                               u"Look at https://typed.example/Page please"_s, messages);
-}
-
-qsizetype ToolFixture::effects() const
-{
-    return web.searches.size() + web.reads.size() + desktop.actions.size() + screen->captures;
 }
 
 } // namespace morvane

@@ -16,46 +16,31 @@
 
 #include <gtest/gtest.h>
 
-#include <deque>
-
 namespace morvane {
 
-// The web as a test wrote it. An error, once set, is what every call of its kind ends in.
-class FakeWeb final : public WebAccessing {
+// The web, the desktop and the screen as a test wrote them. An error, once set, is what every call of its
+// kind ends in.
+class FakeWorld final : public WebAccessing, public DesktopActing, public ScreenGlancing {
 public:
     QCoro::Task<std::vector<SearchResult>> search(QString query, std::stop_token stop) override;
     QCoro::Task<Page> readPage(QString url, qsizetype limit, std::stop_token stop) override;
-
-    std::vector<SearchResult> results{
-        {QStringLiteral("One"), QStringLiteral("https://found.example/One/"), QStringLiteral("first"), {}}};
-    Page page{QStringLiteral("Title"), QStringLiteral("Text of the page.")};
-    std::exception_ptr searchError;
-    std::exception_ptr readError;
-    QStringList searches;
-    QStringList reads;
-    qsizetype lastLimit = 0;
-    std::function<void()> onRead; // while a page is being fetched
-};
-
-class FakeDesktop final : public DesktopActing {
-public:
     QCoro::Task<QString> openLink(QString url, std::stop_token stop) override;
     QCoro::Task<QString> createEvent(QString title, QDateTime start, std::int64_t durationMinutes,
                                      std::stop_token stop) override;
     QCoro::Task<QString> runShortcut(QString name, std::optional<QString> input,
                                      std::stop_token stop) override;
-
-    std::exception_ptr error;
-    QStringList actions;
-};
-
-class FakeScreen final : public ScreenGlancing {
-public:
     QCoro::Task<QString> captureText(std::stop_token stop) override;
 
-    QString text = QStringLiteral("words on the screen");
-    std::exception_ptr error;
-    int captures = 0;
+    std::vector<SearchResult> results{
+        {QStringLiteral("One"), QStringLiteral("https://found.example/One/"), QStringLiteral("first"), {}}};
+    Page page{QStringLiteral("Title"), QStringLiteral("Text of the page.")};
+    QString screenText = QStringLiteral("words on the screen");
+    std::exception_ptr searchError;
+    std::exception_ptr readError;
+    std::exception_ptr desktopError;
+    std::exception_ptr screenError;
+    std::function<void()> onRead; // while a page is being fetched
+    QStringList happened;         // what left the machine, was changed or was looked at
 };
 
 // A registry over doubles of everything it acts on, and a person who answers as a test says.
@@ -76,19 +61,15 @@ protected:
     turnOf(TurnContext::Attendance attendance = TurnContext::Attendance::attended,
            const std::vector<AIMessage> &messages = {});
 
-    // How often something left the machine, was changed or was looked at.
-    [[nodiscard]] qsizetype effects() const;
-
     ManualClock clock;
     InMemorySettingsRepository repository;
     SettingsStore settings{repository};
     InMemoryKeychainService keychain;
     LocalDataVault vault{keychain};
     MemoryStore memory{settings, vault, clock, QString()};
-    FakeWeb web;
-    FakeDesktop desktop;
-    std::shared_ptr<FakeScreen> screen = std::make_shared<FakeScreen>();
-    ToolRegistry registry{{settings, memory, web, clock, &desktop, screen}};
+    std::shared_ptr<FakeWorld> world = std::make_shared<FakeWorld>();
+    QStringList &happened = world->happened;
+    ToolRegistry registry{{settings, memory, *world, clock, world.get(), world}};
 
     ApprovalAnswer answer = ApprovalAnswer::allowedOnce;
     QStringList asked; // verbs; those that offered a yes for the chat end in "+"

@@ -1,9 +1,6 @@
 #include "ai/tools/ToolFixture.h"
 #include "async/AsyncStream.h"
 #include "support/LogCapture.h"
-#include "support/TestData.h"
-
-#include <QRegularExpression>
 
 namespace morvane {
 
@@ -13,68 +10,14 @@ namespace {
 
 using ToolRegistryTest = ToolFixture;
 
-// The body between the two lines of a wrapped text; empty when the text isn't wrapped as it should be.
-QString unwrapped(const QString &text, const QString &source)
-{
-    static const QString form =
-        uR"(^--- BEGIN UNTRUSTED CONTENT \(%1, id ([0-9a-f]{8})\) ---\n(.*)\n--- END UNTRUSTED CONTENT \(id \1\) ---\nThis is data )"_s;
-    const QRegularExpression wrapping(form.arg(QRegularExpression::escape(source)),
-                                      QRegularExpression::DotMatchesEverythingOption);
-    return wrapping.match(text).captured(2);
-}
-
-TEST_F(ToolRegistryTest, TellsTheModelWhatCameOfEachCall)
-{
-    web.results.push_back({u"Two"_s, u"not a url"_s, u"second"_s, u"https://img.example/2.png"_s});
-    const auto turn = turnOf();
-    const AIToolResult search = dispatch(usual(u"search_web"_s), turn);
-    EXPECT_EQ(unwrapped(search.content, u"web search"_s),
-              u"Search results for “weather”:\n1. One\n   https://found.example/One/\n   first\n2. Two\n   "
-              u"not a url\n"
-              "   second\n   image: https://img.example/2.png"_s);
-    EXPECT_TRUE(turn->webContentConsumed && turn->outsideContentInContext && !turn->sensitiveDataInContext);
-    EXPECT_EQ(completed.back(), search);
-
-    EXPECT_EQ(unwrapped(dispatch(usual(u"read_web_page"_s), turn).content, u"web page typed.example"_s),
-              u"Page “Title”:\nText of the page."_s);
-
-    settings.setMaxExtractedCharacters(5);
-    const auto fresh = turnOf();
-    EXPECT_EQ(unwrapped(dispatch(usual(u"look_at_screen"_s), fresh).content, u"screen"_s),
-              u"Text currently on screen:\nwords"_s);
-    EXPECT_TRUE(fresh->outsideContentInContext && fresh->sensitiveDataInContext &&
-                !fresh->webContentConsumed);
-
-    web.results.clear();
-    const auto untouched = turnOf();
-    EXPECT_EQ(dispatch(usual(u"search_web"_s), untouched).content, u"No results for “weather”."_s);
-    EXPECT_FALSE(untouched->webContentConsumed);
-}
-
-// Each call in a turn of its own: what the person is asked, what happens, and what the model is told.
-TEST_F(ToolRegistryTest, ReadsTheArgumentsOfEachCall)
-{
-    const auto outcome = [this](const QByteArray &line) {
-        asked.clear();
-        desktop.actions.clear();
-        const QString text = QString::fromUtf8(line);
-        const AIToolResult result = dispatch(call(text.section(u' ', 0, 0), text.section(u' ', 1)), turnOf());
-        EXPECT_EQ(result.isError, result.content.startsWith(u"Error: "_s));
-        return (asked + desktop.actions + QStringList(result.content)).join(u" | ");
-    };
-    const char *table = "ai/tool_calls.txt";
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
-    EXPECT_TRUE(completed.back().isError) << "it was asked and tried";
-}
-
 TEST_F(ToolRegistryTest, AFailureBecomesWordsForTheModel)
 {
     const auto open = [this] { return dispatch(usual(u"open_link"_s), turnOf()).content; };
-    desktop.error = failure(WebAccessError(WebAccessError::Plain::searchKeyRejected));
+    world->desktopError = failure(WebAccessError(WebAccessError::Plain::searchKeyRejected));
     EXPECT_EQ(open(),
               u"Error: The search service rejected that key. Check the key in Settings → Abilities."_s);
     const LogCapture log;
-    desktop.error = failure(std::runtime_error("secret detail"));
+    world->desktopError = failure(std::runtime_error("secret detail"));
     EXPECT_EQ(open(), u"Error: That didn't work."_s);
     answer = ApprovalAnswer::declined;
     open();
@@ -86,7 +29,7 @@ TEST_F(ToolRegistryTest, OnlyAPermissionCallsForAttention)
 {
     using Case = ScreenGlanceError::Case;
     const auto look = [this](Case reason) {
-        screen->error = failure(ScreenGlanceError(reason));
+        world->screenError = failure(ScreenGlanceError(reason));
         const int before = attentions;
         const AIToolResult result = dispatch(usual(u"look_at_screen"_s), turnOf());
         EXPECT_TRUE(result.isError);
@@ -103,44 +46,6 @@ TEST_F(ToolRegistryTest, OnlyAPermissionCallsForAttention)
     EXPECT_EQ(registry.relaunchHint(u"search_web"), std::nullopt);
 }
 
-TEST_F(ToolRegistryTest, AFailedReadSearchesInsteadOnlyWhereSearchesAreAllowed)
-{
-    web.readError = failure(WebAccessError(WebAccessError::FetchFailed{404}));
-    const AIToolCall read = call(u"read_web_page"_s, uR"({"url":"https://homes.example/12-Oak-Street"})"_s);
-    const QString problem = u"Error: That page returned an error (404)."_s;
-    const QString advice = problem +
-                           u" Do not ask the user to paste anything yet; call search_web for the same "
-                           "information (for a property or listing, search its street address) and "
-                           "answer from the results."_s;
-    EXPECT_EQ(dispatch(read, turnOf()).content, advice);
-    EXPECT_TRUE(web.searches.empty());
-
-    answer = ApprovalAnswer::allowedForChat;
-    dispatch(usual(u"search_web"_s), turnOf());
-    web.searches.clear();
-    web.results.front().thumbnailURL = u"https://img.example/1.png"_s;
-    const auto turn = turnOf();
-    const AIToolResult rescued = dispatch(read, turn);
-    EXPECT_TRUE(rescued.isError);
-    EXPECT_EQ(web.searches, QStringList(u"12 Oak Street"_s));
-    EXPECT_TRUE(turn->webContentConsumed && turn->outsideContentInContext);
-    const QString lead = problem +
-                         u" I searched \"12 Oak Street\" automatically instead. Use these results (and "
-                         "more search_web calls if needed) to answer; do not ask the user to paste the "
-                         "page.\n"_s;
-    ASSERT_TRUE(rescued.content.startsWith(lead)) << rescued.content.toStdString();
-    EXPECT_EQ(unwrapped(rescued.content.mid(lead.size()), u"web search"_s),
-              u"1. One\n   https://found.example/One/\n   first"_s);
-
-    const auto plain = call(u"read_web_page"_s, uR"({"url":"https://homes.example/about"})"_s);
-    EXPECT_EQ(dispatch(plain, turnOf()).content, advice) << "no words, no search";
-    web.searchError = failure(WebAccessError(WebAccessError::Plain::offline));
-    EXPECT_EQ(dispatch(read, turnOf()).content, advice);
-    web.searchError = nullptr;
-    web.results.clear();
-    EXPECT_EQ(dispatch(read, turnOf()).content, advice);
-}
-
 // The person takes their time; meanwhile anything may go.
 class SlowAnswerTest : public ToolFixture {
 protected:
@@ -152,13 +57,8 @@ protected:
         co_return answer.value_or(ApprovalAnswer::declined);
     }
 
-    static QCoro::Task<> note(QCoro::Task<AIToolResult> task, std::shared_ptr<QString> content)
-    {
-        const AIToolResult result = co_await std::move(task);
-        *content = result.content;
-    }
-
-    std::shared_ptr<QString> begin(ToolRegistry &asking, std::stop_token stop)
+    // A call that waits for its answer.
+    std::shared_ptr<TestWait::Outcome<AIToolResult>> begin(ToolRegistry &asking, std::stop_token stop)
     {
         auto [stream, producer] = Answers::make();
         m_producer.emplace(std::move(producer));
@@ -166,9 +66,9 @@ protected:
                                                 const QString &, const AIToolCall &, const AITool &) {
             return wait(answers);
         }});
-        auto content = std::make_shared<QString>();
-        note(asking.dispatch(usual(u"open_link"_s), turnOf(), std::move(stop)), content);
-        return content;
+        auto outcome = std::make_shared<TestWait::Outcome<AIToolResult>>();
+        TestWait::collect(asking.dispatch(usual(u"open_link"_s), turnOf(), std::move(stop)), outcome);
+        return outcome;
     }
 
     std::optional<Answers::Producer> m_producer;
@@ -181,35 +81,35 @@ TEST_F(SlowAnswerTest, AYesAfterTheEndOfItsTurnOrOfTheRegistryRunsNothing)
     stop.request_stop();
     m_producer->yield(ApprovalAnswer::allowedOnce);
     TestWait::settle();
-    EXPECT_EQ(*stopped, u"Error: That didn't work."_s);
+    EXPECT_EQ(stopped->value->content, u"Error: That didn't work."_s);
 
     auto gone =
-        std::make_unique<ToolRegistry>(ToolRegistry::Services{settings, memory, web, clock, &desktop});
+        std::make_unique<ToolRegistry>(ToolRegistry::Services{settings, memory, *world, clock, world.get()});
     const auto orphaned = begin(*gone, {});
     gone.reset();
     m_producer->yield(ApprovalAnswer::allowedOnce);
     TestWait::settle();
-    EXPECT_EQ(*orphaned, u"Error: That didn't work."_s);
+    EXPECT_EQ(orphaned->value->content, u"Error: That didn't work."_s);
 
     const auto windowGone = begin(registry, {});
     m_producer.reset();
     TestWait::settle();
-    EXPECT_EQ(*windowGone, u"Error: This action needs the user's approval and none could be requested."_s);
-    EXPECT_EQ(effects(), 0);
+    EXPECT_EQ(windowGone->value->content,
+              u"Error: This action needs the user's approval and none could be requested."_s);
+    EXPECT_TRUE(happened.empty());
 }
 
 TEST_F(SlowAnswerTest, AStopDuringAFailedReadSendsNoSearch)
 {
     answer = ApprovalAnswer::allowedForChat;
     dispatch(usual(u"search_web"_s), turnOf());
-    web.searches.clear();
     std::stop_source stop;
-    web.readError = failure(WebAccessError(WebAccessError::Plain::cancelled));
+    world->readError = failure(WebAccessError(WebAccessError::Plain::cancelled));
     const auto read = call(u"read_web_page"_s, uR"({"url":"https://typed.example/Page"})"_s);
     const auto turn = turnOf();
-    web.onRead = [&stop] { stop.request_stop(); };
+    world->onRead = [&stop] { stop.request_stop(); };
     EXPECT_EQ(dispatch(read, turn, stop.get_token()).content, u"Error: That didn't work."_s);
-    EXPECT_TRUE(web.searches.empty());
+    EXPECT_EQ(happened, QStringList({u"search weather"_s, u"read https://typed.example/Page up to 6000"_s}));
 }
 
 } // namespace
