@@ -1,17 +1,19 @@
 #include "ai/contract/ProviderError.h"
 
+#include "ai/contract/BaseURL.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>
 
 namespace morvane {
 
+using namespace Qt::StringLiterals;
 using E = ProviderError;
 using Plain = ProviderError::Plain;
 
 namespace {
 
-TEST(ProviderErrorTest, SaysTheAgreedWords)
+TEST(ProviderErrorTest, SaysTheAgreedWordsAndEachStatusHasItsError)
 {
     std::string words;
     std::vector<E::Case> reasons{E::InvalidBaseURL{" %1 x"},
@@ -28,32 +30,39 @@ TEST(ProviderErrorTest, SaysTheAgreedWords)
     for (int plain = 0; plain <= static_cast<int>(Plain::hostedBurstLimited); ++plain)
         reasons.emplace_back(static_cast<Plain>(plain));
 
+    for (const int status : {199, 302, 400, 401, 403, 404, 422, 429, 501, 503})
+        reasons.push_back(E::forStatus(status).reason());
+
     for (const E::Case &reason : reasons) {
         const E error(reason);
         words += error.userMessage().toStdString() + "\n    " +
                  error.recoverySuggestion().value_or("(no suggestion)").toStdString() +
-                 (error.isRetryable() ? "\n    may be tried again\n" : "\n");
+                 (error.isRetryable() ? "\n    may be tried again" : "") +
+                 (error.isToolRejection() ? "\n    may be about the tools" : "") +
+                 (error.isPrivateCloudFallback() ? "\n    another model may answer\n" : "\n");
     }
     EXPECT_EQ(words, TestData::text("ai/provider_errors.txt"));
 }
 
-TEST(ProviderErrorTest, EachStatusHasItsErrorAndTheGroupsHoldWhatTheyShould)
+// The chat-completions address, or why there is none; an error names the text as it was given.
+QString outcome(const QString &given)
 {
-    EXPECT_TRUE(E::forStatus(401).is(Plain::authenticationFailed));
-    EXPECT_TRUE(E::forStatus(403).is(Plain::authenticationFailed));
-    EXPECT_TRUE(E::forStatus(429).is(Plain::rateLimited));
-    for (const int status : {199, 302, 400, 404, 422, 500, 501, 503})
-        EXPECT_EQ(E::forStatus(status), E(E::ServerError{status}));
+    try {
+        return BaseURL::chatCompletions(given).toString(QUrl::FullyEncoded);
+    } catch (const ProviderError &error) {
+        if (error.reason() == ProviderError::Case(ProviderError::InvalidBaseURL{given}))
+            return u"invalid"_s;
+        if (error.reason() == ProviderError::Case(ProviderError::InsecureBaseURL{given}))
+            return u"insecure"_s;
+        return u"another error"_s;
+    }
+}
 
-    for (const int status : {400, 404, 422, 501})
-        EXPECT_TRUE(E::forStatus(status).isToolRejection()) << status;
-    EXPECT_TRUE(E(Plain::malformedResponse).isToolRejection());
-    for (const int status : {401, 429, 500, 503})
-        EXPECT_FALSE(E::forStatus(status).isToolRejection()) << status;
-
-    EXPECT_TRUE(E(E::EnclaveUnverified{}).isPrivateCloudFallback());
-    EXPECT_TRUE(E(E::PrivateCloudBusy{}).isPrivateCloudFallback());
-    EXPECT_FALSE(E(E::PrivateCloudUnavailable{504}).isPrivateCloudFallback());
+TEST(BaseURLTest, EachLeadsToItsEndpointOrIsRefused)
+{
+    const char *table = "ai/base_urls.txt";
+    EXPECT_EQ(TestData::transcript(table, [](const QByteArray &line) { return outcome(line); }),
+              TestData::text(table));
 }
 
 } // namespace

@@ -1,8 +1,10 @@
 // What single lines and bodies of a reply say, in both dialects.
 
 #include "ai/contract/ProviderError.h"
+#include "ai/providers/LineSplitter.h"
 #include "ai/providers/OllamaChunk.h"
 #include "ai/providers/OpenAIStreamParser.h"
+#include "ai/providers/ServerModels.h"
 #include "ai/providers/ToolCallAccumulator.h"
 #include "support/TestData.h"
 
@@ -69,6 +71,12 @@ QString chunk(const QByteArray &line)
            described(read->doneReason) + u"; error "_s + described(read->errorMessage);
 }
 
+QString modelNames(const QByteArray &body)
+{
+    const auto names = ServerModels::parse(body);
+    return names ? u'[' + names->join(u", ") + u']' : u"no list"_s;
+}
+
 TEST(ReplyLinesTest, SayWhatTheyHold)
 {
     const auto compare = [](const char *table, QString (*outcome)(const QByteArray &)) {
@@ -77,6 +85,48 @@ TEST(ReplyLinesTest, SayWhatTheyHold)
     compare("ai/chat_lines.txt", classified);
     compare("ai/chat_bodies.txt", parsedBody);
     compare("ai/ollama_lines.txt", chunk);
+    compare("ai/model_lists.txt", modelNames);
+}
+
+TEST(ServerModelsTest, TellsOfSoManyModelsAndNoMore)
+{
+    QByteArray many = R"({"data":[)";
+    for (int i = 0; i < 5'000; ++i)
+        many += "{\"id\":\"m" + QByteArray::number(i) + "\"},";
+    EXPECT_EQ(ServerModels::parse(many + R"({"id":"z"}]})")->size(), ServerModels::mostNames);
+}
+
+QString linesInPieces(const QByteArray &body, qsizetype size)
+{
+    LineSplitter splitter(30);
+    QStringList lines;
+    try {
+        for (qsizetype at = 0; at < body.size(); at += size) {
+            splitter.add(body.mid(at, size));
+            while (const auto line = splitter.next())
+                lines.append(QString::fromUtf8(*line));
+        }
+    } catch (const ProviderError &) {
+        return u"too long"_s;
+    }
+    if (const auto line = splitter.last())
+        lines.append(QString::fromUtf8(*line));
+    return lines.join(u'|');
+}
+
+// Wherever the pieces break, inside a CR LF too, the lines are the same.
+QString splitLines(const QByteArray &body)
+{
+    const QString lines = linesInPieces(body, 1);
+    for (qsizetype size = 2; size <= body.size(); ++size)
+        EXPECT_EQ(linesInPieces(body, size), lines) << "pieces of " << size;
+    return lines;
+}
+
+TEST(LineSplitterTest, CutsAtEveryLineEndAndAtNothingElse)
+{
+    const char *table = "ai/line_ends.txt";
+    EXPECT_EQ(TestData::transcript(table, splitLines), TestData::text(table));
 }
 
 TEST(ToolCallAccumulatorTest, PutsFragmentsTogether)

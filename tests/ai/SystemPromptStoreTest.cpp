@@ -51,33 +51,29 @@ protected:
 TEST_F(SystemPromptStoreTest, KeepsInstructionsInOneSealedFile)
 {
     EXPECT_EQ(path, home.filePath(u"ai.morvane.macos/instructions.txt"_s));
-    {
-        SystemPromptStore store(settings, vault, path);
-        EXPECT_TRUE(QDir(home.filePath(u"ai.morvane.macos"_s)).isEmpty());
-        EXPECT_EQ(store.effectivePrompt(), SystemPrompt::defaultPrompt());
-        int changes = 0;
-        QObject::connect(&store, &SystemPromptStore::promptChanged, [&] { ++changes; });
-        store.setPrompt(u" Répondez court 👻\n"_s);
-        const QByteArray saved = contents();
-        store.setPrompt(u" Répondez court 👻\n"_s);
-        EXPECT_EQ(contents(), saved); // a new seal would have a new nonce
-        EXPECT_EQ(changes, 1);
-        EXPECT_TRUE(SealedForm::isSealedFile(saved));
-        EXPECT_FALSE(saved.contains("court"));
-    }
     SystemPromptStore store(settings, vault, path);
-    EXPECT_EQ(store.prompt(), u" Répondez court 👻\n"_s);
-    EXPECT_EQ(store.effectivePrompt(), u"Répondez court 👻"_s);
-    store.setPrompt(u" \n\t"_s);
+    EXPECT_TRUE(QDir(home.filePath(u"ai.morvane.macos"_s)).isEmpty());
     EXPECT_EQ(store.effectivePrompt(), SystemPrompt::defaultPrompt());
+    int changes = 0;
+    QObject::connect(&store, &SystemPromptStore::promptChanged, [&] { ++changes; });
+    const QString words = u" Répondez court 👻\n"_s;
+    store.setPrompt(words);
+    const QByteArray saved = contents();
+    store.setPrompt(words);
+    EXPECT_EQ(contents(), saved); // a new seal would have a new nonce
+    EXPECT_EQ(changes, 1);
+    EXPECT_TRUE(SealedForm::isSealedFile(saved));
+    EXPECT_EQ(opened(), words.toUtf8());
+    EXPECT_EQ(SystemPromptStore(settings, vault, path).prompt(), words);
+    EXPECT_EQ(store.effectivePrompt(), u"Répondez court 👻"_s);
     EXPECT_TRUE(log.lines().isEmpty());
 
     write("Be kind"); // a plain file stands until the next save
     store.load();
     EXPECT_EQ(store.prompt() + QString::fromUtf8(contents()), u"Be kindBe kind"_s);
-    store.setPrompt(u"Be kinder"_s);
-    EXPECT_NE(contents(), "Be kinder");
-    EXPECT_EQ(opened(), "Be kinder");
+    store.setPrompt(u" \n\t"_s);
+    EXPECT_EQ(store.effectivePrompt(), SystemPrompt::defaultPrompt());
+    EXPECT_TRUE(SealedForm::isSealedFile(contents()));
 }
 
 TEST_F(SystemPromptStoreTest, LeavesAFileThatItCannotOpenAloneUntilReset)
@@ -107,8 +103,9 @@ TEST_F(SystemPromptStoreTest, LeavesAFileThatItCannotOpenAloneUntilReset)
     EXPECT_EQ(opened(), QByteArray("anew"));
 
     write(underALostKey);
-    store.load(); // the key is gone; then it comes back
+    store.load();
     EXPECT_TRUE(store.loadFailed());
+    // The key comes back.
     keychain.save(*otherKeychain.read(LocalDataVault::keyAccount), LocalDataVault::keyAccount);
     store.load();
     EXPECT_FALSE(store.loadFailed());
@@ -132,11 +129,7 @@ TEST_F(SystemPromptStoreTest, WaitsForALockedVault)
 
 TEST_F(SystemPromptStoreTest, TakesOverOnceWhatOlderBuildsHeld)
 {
-    const struct {
-        QString prompt;
-        QByteArray personas;
-        QString expected;
-    } cases[] = {
+    const std::tuple<QString, QByteArray, QString> cases[] = {
         {u" Be brief \n"_s, {}, u"Be brief"_s},
         {u" Be brief "_s, sly, u"Be brief\n\nYour personality: sly"_s},
         {u" \n"_s, sly, u"sly"_s},
