@@ -1,6 +1,6 @@
 #include "fuzz/Fuzz.h"
+#include "fuzz/LiteralPatterns.h"
 
-#include "services/LiteralPatterns.h"
 #include "services/PageText.h"
 
 // Any bytes as a page: what the scanners read is what the patterns read.
