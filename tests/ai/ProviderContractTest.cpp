@@ -6,6 +6,7 @@
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"
 #include "support/ModelServer.h"
+#include "support/ProcessMemory.h"
 #include "support/TestData.h"
 
 namespace morvane {
@@ -181,6 +182,19 @@ TEST_P(ProviderContractTest, ListsItsModelsForItsKeyAtAnAddressThatMayBeUsed)
     configuration.baseURLString = u"http://example.org/v1"_s; // not encrypted, not near
     EXPECT_THROW(TestWait::await(ServerModels::list(&network, configuration, {})), ProviderError);
     EXPECT_EQ(server.requests().size(), 1U);
+}
+
+TEST_P(ProviderContractTest, HugeAnswersCostLittleMemory)
+{
+    if (ProcessMemory::isInstrumented())
+        GTEST_SKIP() << "the sanitizer keeps freed memory";
+    EXPECT_LT(ProcessMemory::peakMebibytes([&] { replyOf("huge-error-body"); }), 50);
+    EXPECT_LT(ProcessMemory::peakMebibytes([&] { replyOf("huge-line"); }), 50);
+    configuration.preferStreaming = false; // to the other dialect it means nothing
+    const char *model = GetParam().isOllama ? "huge-line" : "huge-body";
+    EXPECT_LT(ProcessMemory::peakMebibytes(
+                  [&] { EXPECT_EQ(replyOf(model).error, ProviderError(Plain::malformedResponse)); }),
+              50);
 }
 
 } // namespace
