@@ -22,12 +22,15 @@ function(add_morvane_test name)
     cmake_parse_arguments(TEST "" "" "SOURCES;LIBS" ${ARGN})
     add_executable(${name} ${TEST_SOURCES})
     target_link_libraries(${name} PRIVATE ${TEST_LIBS} test_support test_main morvane_options)
-    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+    # By env: of a list of variables given as a property of discovered tests, CMake keeps only the first.
+    set_target_properties(${name} PROPERTIES
+        RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
+        CROSSCOMPILING_EMULATOR "env;${MORVANE_TEST_ENVIRONMENT}")
     precompile(${name} tests)
     gtest_discover_tests(${name}
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 60
-        PROPERTIES TIMEOUT 120 ENVIRONMENT "${MORVANE_TEST_ENVIRONMENT}")
+        PROPERTIES TIMEOUT 120)
 endfunction()
 
 # add_morvane_fuzzer(name SOURCES … LIBS … CORPUS folder): `SOURCES` define fuzz() of fuzz/Fuzz.h. Under the fuzz

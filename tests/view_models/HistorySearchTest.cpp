@@ -213,6 +213,7 @@ TEST_F(HistorySearchTest, QuittingWaitsForThePortionThatIsBeingRead)
     sealing->isHeld = false;
     work.end();
     EXPECT_TRUE(sealing->hasOpened);
+    TestWait::settle(); // the search ends with it
 }
 
 } // namespace morvane
