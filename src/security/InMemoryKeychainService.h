@@ -11,7 +11,7 @@
 namespace morvane {
 
 // A keychain that forgets everything with the process. Any thread.
-class InMemoryKeychainService final : public KeychainServicing, public LegacySecretListing {
+class InMemoryKeychainService : public KeychainServicing, public LegacySecretListing {
 public:
     void save(const QString &value, const QString &account) override;
     [[nodiscard]] std::optional<QString> read(const QString &account) override;

@@ -25,40 +25,23 @@ namespace {
 
 // A keychain that is slow off the test's thread: it answers a good while after the program began to end.
 // Dying while a call is inside fails the test.
-class SlowKeychain final : public KeychainServicing {
+class SlowKeychain final : public InMemoryKeychainService {
 public:
-    explicit SlowKeychain(InMemoryKeychainService &keychain)
-        : m_keychain(keychain)
-    {}
     ~SlowKeychain() override { EXPECT_EQ(m_inside, 0) << "the keychain went while it was in use"; }
 
     void save(const QString &value, const QString &account) override
     {
         const Call call(*this);
-        m_keychain.save(value, account);
+        InMemoryKeychainService::save(value, account);
     }
     std::optional<QString> read(const QString &account) override
     {
         const Call call(*this);
-        return m_keychain.read(account);
+        return InMemoryKeychainService::read(account);
     }
-    void remove(const QString &account) override { m_keychain.remove(account); }
-    int deleteAll() noexcept override { return m_keychain.deleteAll(); }
-    std::optional<QString> read(const QString &account, const QString &reason, std::stop_token stop) override
-    {
-        return m_keychain.read(account, reason, std::move(stop));
-    }
-    void setUserPresence(const QString &value, const QString &account, UserPresence presence) override
-    {
-        m_keychain.setUserPresence(value, account, presence);
-    }
-    bool requiresUserPresence(const QString &account) noexcept override
-    {
-        return m_keychain.requiresUserPresence(account);
-    }
-    void clearCache() override { m_keychain.clearCache(); }
+    using InMemoryKeychainService::read;
 
-    std::binary_semaphore began{0};
+    std::counting_semaphore<> began{0};
     std::atomic<bool> isQuitting = false;
 
 private:
@@ -88,7 +71,6 @@ private:
         bool isAway = false;
     };
 
-    InMemoryKeychainService &m_keychain;
     const std::thread::id m_home = std::this_thread::get_id();
     std::atomic<int> m_inside = 0;
 };
@@ -100,7 +82,8 @@ struct Program {
         CommandLine commandLine;
         commandLine.profile = profile.path();
         commandLine.practiceServer = u"http://127.0.0.1:9/v1"_s;
-        state = std::make_unique<AppState>(commandLine, Host::test, clock, Secrets{*keychain, stored}, work);
+        state =
+            std::make_unique<AppState>(commandLine, Host::test, clock, Secrets{*keychain, *keychain}, work);
     }
     ~Program()
     {
@@ -111,8 +94,7 @@ struct Program {
 
     QTemporaryDir profile;
     ManualClock clock;
-    InMemoryKeychainService stored;
-    std::unique_ptr<SlowKeychain> keychain = std::make_unique<SlowKeychain>(stored);
+    std::unique_ptr<SlowKeychain> keychain = std::make_unique<SlowKeychain>();
     Work work{clock};
     std::unique_ptr<AppState> state;
 };
