@@ -270,11 +270,11 @@ void processorWhileStreaming(benchmark::State &state)
 {
     for ([[maybe_unused]] auto iteration : state) {
         OpenWindow open;
-        open.state().settings().setModel(u"paced-400"_s);
-        open.state().chat().sendMessage(u"Go"_s, std::nullopt);
+        open.state().storage().settings->setModel(u"paced-400"_s);
+        open.state().presentation().chat->sendMessage(u"Go"_s, std::nullopt);
         OpenWindow::turnFor(1000);
         report(state, processorShare(), "%");
-        open.state().chat().stopResponding();
+        open.state().presentation().chat->stopResponding();
         OpenWindow::turnFor(200);
     }
 }

@@ -227,6 +227,6 @@ BENCHMARK(digestConfiguration)->Name("configuration_match_20k/yardstick");
 
 } // namespace
 
-BENCHMARK_MAIN();
-
 } // namespace morvane
+
+BENCHMARK_MAIN();
