@@ -97,6 +97,7 @@ void streamIntoLongChat(benchmark::State &state)
         application.presentation().chat->newConversation();
         application.presentation().chat->open(id);
         MainWindowController window(application.presentation());
+        window.show();
         application.start();
         const auto turn = [&](auto &&done) {
             while (!done())
