@@ -10,8 +10,7 @@ namespace morvane {
 
 // What the program was started with.
 struct CommandLine {
-    bool resetOnboarding = false;          // shows the welcome flow again
-    bool simulateFreshSetup = false;       // the local model service acts as though nothing is installed
+    bool resetOnboarding = false;          // forgets that the welcome flow was seen
     std::optional<QString> profile;        // a folder that takes the place of every XDG folder
     std::optional<QString> practiceServer; // where to chat and to search, in a profile of its own
     std::optional<QString> demoPicture;    // plays one turn, saves the window there and ends

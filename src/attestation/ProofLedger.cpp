@@ -1,5 +1,7 @@
 #include "attestation/ProofLedger.h"
 
+#include "utils/text/DesktopWords.h"
+
 #include <algorithm>
 #include <array>
 
@@ -14,11 +16,16 @@ using Kind = ProofLedger::Place::Kind;
 struct PlaceWords {
     Kind kind;
     QLatin1StringView code;
-    QLatin1StringView name;
+    QLatin1StringView name; // %1 is the device
+
+    [[nodiscard]] QString plainName() const
+    {
+        return kind == Kind::thisMac ? QString(name).arg(DesktopWords::here().device) : QString(name);
+    }
 };
 
 constexpr std::array<PlaceWords, 7> placeWords{{
-    {Kind::thisMac, QLatin1StringView("this-mac"), QLatin1StringView("This Mac")},
+    {Kind::thisMac, QLatin1StringView("this-mac"), QLatin1StringView("This %1")},
     {Kind::network, QLatin1StringView("your-network"), QLatin1StringView("Your network")},
     {Kind::verifiedEnclave, QLatin1StringView("verified-enclave"), QLatin1StringView("Verified enclave")},
     {Kind::enclaveRefused, QLatin1StringView("enclave-refused"), QLatin1StringView("Refused")},
@@ -41,7 +48,7 @@ QString ProofLedger::Place::code() const
 
 QString ProofLedger::Place::plainName() const
 {
-    return wordsOf(kind).name;
+    return wordsOf(kind).plainName();
 }
 
 QUuid ProofLedger::append(Entry entry)
@@ -55,7 +62,7 @@ std::optional<QString> placeNameOfCode(const QString &code)
 {
     for (const PlaceWords &words : placeWords) {
         if (code == words.code)
-            return QString(words.name);
+            return words.plainName();
     }
     return std::nullopt;
 }

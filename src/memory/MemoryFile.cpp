@@ -2,6 +2,7 @@
 
 #include "security/LocalDataVault.h"
 #include "utils/files/PrivateFile.h"
+#include "utils/text/DesktopWords.h"
 #include "utils/text/Text.h"
 
 #include <algorithm>
@@ -14,10 +15,13 @@ namespace {
 
 constexpr QLatin1StringView bulletMark = "- "_L1;
 
-const QString header = u"# What Morvane remembers\n\n"
-                       u"These are Morvane's notes about you from your chats. Add, edit and delete them in "
-                       u"Settings; the app reads them fresh on every launch. The file itself is encrypted on "
-                       u"this Mac, so a text editor shows only ciphertext.\n\n"_s;
+QString header()
+{
+    return u"# What Morvane remembers\n\n"
+           "These are Morvane's notes about you from your chats. Add, edit and delete them in Settings; the "
+           "app reads them fresh on every launch. The file itself is encrypted on this %1, so a text editor "
+           "shows only ciphertext.\n\n"_s.arg(DesktopWords::here().device);
+}
 
 bool isLineEnd(QChar c)
 {
@@ -40,7 +44,7 @@ QByteArray MemoryFile::compose(const QStringList &notes)
     QStringList lines;
     for (const QString &note : notes)
         lines.append(bullet(note));
-    return (header + lines.join(u'\n') + u'\n').toUtf8();
+    return (header() + lines.join(u'\n') + u'\n').toUtf8();
 }
 
 std::optional<QStringList> MemoryFile::notes(QByteArrayView plain)

@@ -1,6 +1,7 @@
 #include "network/EgressGate.h"
 
 #include "network/PrivateNetworkAddress.h"
+#include "utils/text/DesktopWords.h"
 #include "utils/text/Product.h"
 
 namespace morvane {
@@ -18,7 +19,8 @@ std::optional<QString> EgressGate::refusalReason(const QUrl &url, Reach reach)
     if (host.isEmpty())
         return u"a request with no host"_s;
     if (reach == Reach::PrivateOnly && !PrivateNetworkAddress::isNear(host))
-        return host + u" is not on this Mac or your network, and this request carries your own data"_s;
+        return host + u" is not on this %1 or your network, and this request carries your own data"_s.arg(
+                          DesktopWords::here().device);
     return std::nullopt;
 }
 

@@ -1,5 +1,6 @@
 #include "network/PrivateNetworkAddress.h"
 
+#include "utils/text/DesktopWords.h"
 #include "utils/text/Text.h"
 
 #include <QLatin1StringView>
@@ -177,7 +178,7 @@ QString PrivateNetworkAddress::labelOf(HostClass hostClass)
 {
     switch (hostClass) {
     case HostClass::thisMac:
-        return u"This Mac"_s;
+        return u"This %1"_s.arg(DesktopWords::here().device);
     case HostClass::localNetwork:
         return u"Your network"_s;
     case HostClass::ownService:

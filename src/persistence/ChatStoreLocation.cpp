@@ -5,6 +5,7 @@
 #include "persistence/StoreSchema.h"
 #include "utils/files/PrivateFile.h"
 #include "utils/log/Log.h"
+#include "utils/text/DesktopWords.h"
 #include "utils/text/Product.h"
 
 #include <QFileInfo>
@@ -89,8 +90,9 @@ Outcome run(const Move &move)
             return notOurs();
         const Fingerprint expected = fingerprint(source, *move.sealing);
         if (expected.unreadable > 0)
-            return Failed{u"%1 sealed fields in the older store will not open with this Mac's key"_s.arg(
-                expected.unreadable)};
+            return Failed{u"%1 sealed fields in the older store will not open with this %2's key"_s
+                              .arg(expected.unreadable)
+                              .arg(DesktopWords::here().device)};
         if (expected.isEmpty())
             return removeEmpty(move.source);
         return moveRecords(move, std::move(source), expected);

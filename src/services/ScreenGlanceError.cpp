@@ -1,5 +1,7 @@
 #include "services/ScreenGlanceError.h"
 
+#include "utils/text/DesktopWords.h"
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -23,16 +25,16 @@ QString ScreenGlanceError::userMessage() const
 
 std::optional<QString> ScreenGlanceError::recoverySuggestion() const
 {
+    const DesktopWords &desktop = DesktopWords::here();
     switch (reason()) {
     case Case::permissionNeeded:
-        return u"Choose Allow when macOS asks, or turn on MorvaneGPT in System Settings → Privacy & Security "
-               u"→ "
-               u"Screen & System Audio Recording. Either way, quit and reopen MorvaneGPT afterwards so it "
-               u"takes "
-               u"effect. I only look when you ask."_s;
+        return u"Choose Allow when %1 asks, or turn on MorvaneGPT in %2. Either way, quit and reopen "
+               "MorvaneGPT afterwards so it takes effect. I only look when you ask."_s.arg(
+                   desktop.asker, desktop.screenSettings);
     case Case::needsRelaunch:
-        return u"macOS only applies Screen Recording permission when an app launches, and it rechecks after "
-               u"every update. Quit MorvaneGPT and open it again, then ask me once more."_s;
+        return desktop.screenPermissionRule.toString() +
+               u", and it rechecks after every update. Quit MorvaneGPT and open it again, then ask me once "
+               "more."_s;
     case Case::captureFailed:
         return u"Try again."_s;
     case Case::noTextFound:

@@ -91,7 +91,6 @@ TEST(CommandLineTest, SaysWhatTheProgramWasStartedWith)
     const auto line = CommandLine::parse({u"morvane"_s, u"--reset-onboarding"_s, u"--profile"_s, u"here"_s,
                                           u"--practice-server"_s, u"http://a"_s});
     EXPECT_TRUE(line.resetOnboarding);
-    EXPECT_FALSE(line.simulateFreshSetup);
     EXPECT_EQ(line.practiceServer, u"http://a"_s);
     EXPECT_EQ(line.folders().data, QFileInfo(u"here/data"_s).absoluteFilePath());
     EXPECT_EQ(CommandLine::parse({u"morvane"_s}).folders().data, SupportFolders::standard().data);

@@ -34,7 +34,7 @@ TEST_F(ChatWindowTest, ATypedMessageBringsAStreamedReplyThatIsThereAfterARestart
     ledger.setWatching(true);
     ASSERT_EQ(ledger.rowCount(), static_cast<int>(server.requests().size())) << "questions about the server";
     EXPECT_EQ(ledger.index(0).data(NetworkLedgerViewModel::OutcomeRole), u"HTTP 200"_s);
-    EXPECT_EQ(ledger.index(0).data(NetworkLedgerViewModel::PlaceRole), u"This Mac"_s);
+    EXPECT_EQ(ledger.index(0).data(NetworkLedgerViewModel::PlaceRole), u"This computer"_s);
 
     stop();
     start();
@@ -44,7 +44,7 @@ TEST_F(ChatWindowTest, ATypedMessageBringsAStreamedReplyThatIsThereAfterARestart
     EXPECT_EQ(saved.data(ConversationListModel::TitleRole), u"Hello there"_s);
     state->presentation().chat->open(saved.data(ConversationListModel::ConversationIdRole).toString());
     EXPECT_EQ(lastText(), reply);
-    EXPECT_EQ(lastRow(MessageListModel::PlaceRole), u"This Mac"_s);
+    EXPECT_EQ(lastRow(MessageListModel::PlaceRole), u"This computer"_s);
 }
 
 TEST_F(ChatWindowTest, EscapeStopsAtEachStage)

@@ -73,7 +73,7 @@ TEST_F(RedirectTest, TheGateMeetsEveryHop)
     session = std::make_shared<CurlHttpSession>(EgressFeature::aiModel, SensitiveData::image, ledger, clock);
     const std::vector<std::tuple<QByteArray, std::string, std::string>> table{
         {"http://public.test/", "public.test",
-         "public.test is not on this Mac or your network, and this request carries your own data"},
+         "public.test is not on this computer or your network, and this request carries your own data"},
         {"file:///etc/passwd", "(no host)", "file is not a web address"},
         {"http://[zz]/", "(no host)", "a request with no address"},
     };

@@ -194,8 +194,8 @@ TEST_F(ChatStoreMoveTest, WhatCannotMoveNowStaysWhereItIs)
     vaultIsLocked = false;
     auto otherKey = move();
     otherKey.sealing = std::make_shared<FakeFieldSealing>();
-    expectMove<Failed>(otherKey,
-                       notMoved + u"5 sealed fields in the older store will not open with this Mac's key"_s);
+    expectMove<Failed>(
+        otherKey, notMoved + u"5 sealed fields in the older store will not open with this computer's key"_s);
     EXPECT_TRUE(targetFiles().isEmpty());
 
     PrivateFile::write(path, QByteArray(5000, 'x'));

@@ -47,7 +47,7 @@ TEST_F(KeychainServiceTest, TellsAndLogsRefusalsAndCountsWhatAnErasureTook)
     const KeychainError error(KeychainError::Operation::Delete, KeychainStatus::InputOutput);
     EXPECT_EQ(
         error.recoverySuggestion(),
-        u"Try again. If the problem persists, check Keychain Access for a locked or damaged keychain."_s);
+        u"Try again. If the problem persists, check your desktop's password manager for a locked or damaged keyring."_s);
     EXPECT_TRUE(error.isRetryable());
 }
 

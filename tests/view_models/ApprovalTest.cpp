@@ -88,7 +88,7 @@ TEST(ApprovalWordsTest, TellWhatWouldLeaveAndWhere)
 {
     EXPECT_EQ(ApprovalWords::footnote(search, true), u"These words go to Brave Search with your own key."_s);
     EXPECT_EQ(ApprovalWords::footnote({u""_s, u"read_web_page"_s, u"{}"_s}, true),
-              u"MorvaneGPT downloads this page from your Mac, and its text joins this chat."_s);
+              u"MorvaneGPT downloads this page from your computer, and its text joins this chat."_s);
     EXPECT_EQ(ApprovalWords::footnote({u""_s, u"open_link"_s, u"{}"_s}, true), QString());
     const QString both = uR"({"name":"Send mail","input":"hidden payload"})"_s;
     EXPECT_EQ(ApprovalWords::detail({u""_s, u"run_shortcut"_s, both}), both)

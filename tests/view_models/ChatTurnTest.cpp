@@ -428,7 +428,7 @@ TEST_F(ChatTurnTest, TheAnswersPlaceAndProofComeFromTheTurnsOwnRow)
     proofs.append({.place = {Place::ollamaCloud, u"another turn's"_s, {}}});
     replies.text(u"a"_s);
     replies.finish();
-    EXPECT_EQ(lastRow(MessageListModel::PlaceRole), u"This Mac"_s);
+    EXPECT_EQ(lastRow(MessageListModel::PlaceRole), u"This computer"_s);
     EXPECT_EQ(lastMessage()->placeRaw(), u"this-mac"_s);
     EXPECT_FALSE(repository.context().hasChanges());
     EXPECT_TRUE(chat.attestationRows().empty());

@@ -91,7 +91,7 @@ TEST_F(SettingsWindowTest, AKeyGoesInIsNeverShownAgainAndSaysWhyItWasNotSaved)
         m_keychain.setFailure(KeychainError(KeychainError::Operation::Save, KeychainStatus::NotAvailable));
         fill(u"key"_s, u"secret"_s);
         click(control(u"saveKey"_s));
-        EXPECT_TRUE(eventually([this] { return says(u"could not be saved to the Keychain."_s); }));
+        EXPECT_TRUE(eventually([this] { return says(u"could not be saved to the keyring."_s); }));
         EXPECT_EQ(control(u"removeKey"_s), nullptr);
         m_keychain.setFailure({});
         EXPECT_EQ(control(u"key"_s)->property("echoMode").toInt(), 2) << "TextInput.Password";
@@ -191,7 +191,7 @@ TEST_F(SettingsWindowTest, WhatALostKeyClosesSaysSoAndClearingIsTheWayOut)
     confirm(u"resetInstructions"_s);
     EXPECT_TRUE(control(u"instructions.field"_s)->isEnabled());
     turnTo(u"memory"_s);
-    EXPECT_TRUE(accessibleName(control(u"memoryProblem"_s)).contains(u"a key this Mac no longer has"_s));
+    EXPECT_TRUE(accessibleName(control(u"memoryProblem"_s)).contains(u"a key this computer no longer has"_s));
     confirm(u"clearMemory"_s);
     EXPECT_FALSE(m_app->assistant().memory->loadFailed());
     EXPECT_EQ(control(u"memoryProblem"_s), nullptr);

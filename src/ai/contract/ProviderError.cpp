@@ -1,5 +1,6 @@
 #include "ai/contract/ProviderError.h"
 
+#include "utils/text/DesktopWords.h"
 #include "utils/text/Product.h"
 
 #include <algorithm>
@@ -65,7 +66,8 @@ Words wordsOf(const E::CloudModelInPrivateMode &e)
         product() +
             u" won't send your private data to %1: it runs in Ollama's cloud, not on your computer."_s.arg(
                 e.model),
-        u"Choose a model that runs on your Mac or your network in Settings → AI."_s};
+        u"Choose a model that runs on your %1 or your network in Settings → AI."_s.arg(
+            DesktopWords::here().device)};
 }
 
 Words wordsOf(const E::EnclaveUnverified &e)
@@ -117,7 +119,8 @@ Words wordsOf(Plain plain)
             "instead."_s};
     case Plain::localModelRequired:
         return {u"This uses your private data (screen text, memory notes or an image), which "_s + product() +
-                    u" sends only to a model on this Mac or your network, and none is ready."_s,
+                    u" sends only to a model on this %1 or your network, and none is ready."_s.arg(
+                        DesktopWords::here().device),
                 u"Set up free local AI in Settings → AI."_s};
     case Plain::hostedBurstLimited:
         return {u"That's a lot of requests at once. Give it a few minutes."_s,

@@ -1,6 +1,7 @@
 #include "ai/prompts/SystemPrompt.h"
 
 #include "ai/prompts/PromptTexts.h"
+#include "utils/text/DesktopWords.h"
 #include "utils/text/Product.h"
 
 #include <algorithm>
@@ -22,7 +23,7 @@ bool offers(const std::vector<AITool> &tools, QLatin1StringView name)
 
 QString SystemPrompt::defaultPrompt()
 {
-    return PromptTexts::defaultInstructions.toString().arg(Product::name);
+    return PromptTexts::defaultInstructions.toString().arg(Product::name, DesktopWords::here().device);
 }
 
 QString SystemPrompt::identity(const QString &instructions)

@@ -5,6 +5,7 @@
 #include "security/LocalDataVault.h"
 #include "utils/files/PrivateFile.h"
 #include "utils/log/Log.h"
+#include "utils/text/DesktopWords.h"
 #include "utils/text/Product.h"
 #include "utils/text/Text.h"
 
@@ -84,7 +85,8 @@ QString SystemPromptStore::effectivePrompt() const
 
 QString SystemPromptStore::loadFailedMessage()
 {
-    return u"Your saved instructions are sealed with a key this Mac no longer has. Reset to start over."_s;
+    return u"Your saved instructions are sealed with a key this %1 no longer has. Reset to start over."_s.arg(
+        DesktopWords::here().device);
 }
 
 void SystemPromptStore::reset()

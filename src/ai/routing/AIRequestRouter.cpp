@@ -8,6 +8,7 @@
 #include "async/Clock.h"
 #include "persistence/SettingsStore.h"
 #include "utils/log/Log.h"
+#include "utils/text/DesktopWords.h"
 #include "utils/text/Text.h"
 
 #include <algorithm>
@@ -87,8 +88,9 @@ std::optional<QString> AIRequestRouter::privateCloudNotice() const
 {
     const ChatSource source = chatSource();
     if (m_lastEnclaveRefusal)
-        return u"Private cloud is off: the last hardware proof did not verify on this Mac. Replies run %1 "
-               u"until you try Private cloud again."_s.arg(source.whereRepliesRun());
+        return u"Private cloud is off: the last hardware proof did not verify on this %1. Replies run %2 "
+               u"until you try Private cloud again."_s.arg(DesktopWords::here().device,
+                                                           source.whereRepliesRun());
     if (source.kind == ChatSource::Kind::customCloud && m_services.settings.hostedChatEnabled())
         return SourceOption::customServiceNotice();
     return std::nullopt;

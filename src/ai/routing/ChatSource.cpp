@@ -2,6 +2,7 @@
 
 #include "ai/routing/ModelName.h"
 #include "network/PrivateNetworkAddress.h"
+#include "utils/text/DesktopWords.h"
 #include "utils/text/Text.h"
 
 #include <QUrl>
@@ -23,7 +24,7 @@ bool isThisMachine(const QString &host)
 QString displayHost(const QString &host, bool isPrivate)
 {
     if (isThisMachine(host))
-        return u"this Mac"_s;
+        return u"this %1"_s.arg(DesktopWords::here().device);
     QString shown = host;
     if (isPrivate)
         return shown.remove(".local"_L1);
@@ -75,7 +76,7 @@ QString ChatSource::destination() const
 {
     switch (kind) {
     case Kind::thisMac:
-        return u"Stays on this computer"_s;
+        return u"Stays on this %1"_s.arg(DesktopWords::here().device);
     case Kind::network:
         return u"Goes to %1 on your network"_s.arg(host);
     case Kind::customCloud:
@@ -96,7 +97,7 @@ QString ChatSource::whereRepliesRun() const
     case Kind::thisMac:
     case Kind::notConfigured:
     case Kind::morvaneCloud:
-        return u"on this Mac"_s;
+        return u"on this %1"_s.arg(DesktopWords::here().device);
     case Kind::network:
         return u"on your network"_s;
     case Kind::customCloud:

@@ -1,6 +1,8 @@
 #include "ai/routing/LocalFallbackStream.h"
 
+#include "attestation/evidence/VeniceAttestationVerifier.h"
 #include "utils/log/Log.h"
+#include "utils/text/DesktopWords.h"
 
 namespace morvane {
 
@@ -82,12 +84,13 @@ LocalFallbackStream::relay(PreparedRequest request, std::shared_ptr<AIProvider> 
 
 ProviderError LocalFallbackStream::unanswered(const QString &reason)
 {
-    static constexpr QLatin1StringView promise{", so this reply is from the model on your Mac."};
+    const QString promise = VeniceAttestationVerifier::Failure::localReplyEnding();
     if (!reason.endsWith(promise))
         return ProviderError(ProviderError::PrivateCloudCouldNotAnswer{reason});
+    const QString unanswered =
+        u", and no model is set up on this %1, so this message was not answered. Settings > AI sets one up."_s;
     return ProviderError(ProviderError::PrivateCloudCouldNotAnswer{
-        reason.chopped(promise.size()) + u", and no model is set up on this Mac, so this message was not "
-                                         u"answered. Settings > AI sets one up."_s});
+        reason.chopped(promise.size()) + unanswered.arg(DesktopWords::here().device)});
 }
 
 } // namespace morvane

@@ -2,6 +2,7 @@
 
 #include "ai/tools/ToolRegistry.h"
 #include "persistence/SettingsStore.h"
+#include "utils/text/DesktopWords.h"
 #include "utils/text/Product.h"
 
 namespace morvane {
@@ -84,8 +85,7 @@ std::optional<QString> ToolRegistry::relaunchHint(QStringView name) const
         !m_screenGlanceNeedsRelaunch)
         return std::nullopt;
     const QString product(Product::name);
-    return u"Quit "_s + product +
-           u" and open it again: macOS only applies Screen Recording permission when an app launches."_s;
+    return u"Quit %1 and open it again: %2."_s.arg(product, DesktopWords::here().screenPermissionRule);
 }
 
 } // namespace morvane

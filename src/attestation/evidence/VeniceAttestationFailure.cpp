@@ -1,5 +1,6 @@
 #include "attestation/evidence/CaseText.h"
 #include "attestation/evidence/VeniceAttestationVerifier.h"
+#include "utils/text/DesktopWords.h"
 #include "utils/text/Product.h"
 
 namespace morvane {
@@ -14,7 +15,7 @@ using Plain = VeniceAttestationVerifier::Failure::Plain;
 // The turn has fallen back to the local model by the time a person reads one of these.
 struct Sentences {
     QString app{Product::name};
-    QString ending = u", so this reply is from the model on your Mac."_s;
+    QString ending = Failure::localReplyEnding();
 
     QString hardware = app + u" could not verify the private cloud's hardware proof"_s + ending;
     QString setup = u"The private cloud's server is not set up in a way "_s + app + u" accepts"_s + ending;
@@ -103,6 +104,11 @@ struct CaseTextOf {
 };
 
 } // namespace
+
+QString VeniceAttestationVerifier::Failure::localReplyEnding()
+{
+    return u", so this reply is from the model on your %1."_s.arg(DesktopWords::here().device);
+}
 
 QString VeniceAttestationVerifier::Failure::caseText() const
 {

@@ -88,6 +88,9 @@ public:
     [[nodiscard]] QString userMessage() const override;
     [[nodiscard]] bool isRetryable() const override { return false; }
 
+    // How each user message ends, and those of a private cloud that can't answer.
+    [[nodiscard]] static QString localReplyEnding();
+
     bool operator==(const Failure &other) const { return m_case == other.m_case; }
 
 private:

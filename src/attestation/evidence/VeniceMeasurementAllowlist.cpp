@@ -2,6 +2,7 @@
 
 #include "attestation/evidence/CaseText.h"
 #include "utils/bytes/Hex.h"
+#include "utils/text/DesktopWords.h"
 #include "utils/text/Product.h"
 
 #include <QLocale>
@@ -87,10 +88,9 @@ struct SourceText {
     }
     QString operator()(const Source::ExpiredList &s) const
     {
-        return u"Version %1 expired on %2. Until a newer list arrives, this Mac accepts only the servers "
-               u"built "
-               "into this version of %3."_s.arg(s.version)
-                   .arg(dateText(s.notAfter), QString(Product::name));
+        return u"Version %1 expired on %2. Until a newer list arrives, this %3 accepts only the servers "
+               "built into this version of %4."_s.arg(s.version)
+                   .arg(dateText(s.notAfter), DesktopWords::here().device, QString(Product::name));
     }
     QString operator()(const Source::Bundled &) const
     {

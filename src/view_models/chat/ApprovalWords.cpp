@@ -1,5 +1,6 @@
 #include "view_models/chat/ApprovalWords.h"
 
+#include "utils/text/DesktopWords.h"
 #include "utils/text/Json.h"
 #include "utils/text/Product.h"
 
@@ -31,7 +32,8 @@ QString ApprovalWords::footnote(const AIToolCall &call, bool searchesWithOwnKey)
                    ? u"These words go to Brave Search with your own key."_s
                    : u"These words go to Brave Search through "_s + Product::name + u"'s search service."_s;
     if (call.name == "read_web_page"_L1)
-        return Product::name + u" downloads this page from your Mac, and its text joins this chat."_s;
+        return u"%1 downloads this page from your %2, and its text joins this chat."_s.arg(
+            Product::name, DesktopWords::here().device);
     return {};
 }
 

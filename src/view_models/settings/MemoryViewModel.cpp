@@ -1,5 +1,6 @@
 #include "view_models/settings/MemoryViewModel.h"
 
+#include "utils/text/DesktopWords.h"
 #include "utils/text/Identifier.h"
 
 #include <algorithm>
@@ -20,7 +21,8 @@ MemoryViewModel::MemoryViewModel(MemoryStore &memory, QObject *parent)
 QString MemoryViewModel::problem() const
 {
     return m_memory.loadFailed()
-               ? u"Your notes are sealed with a key this Mac no longer has. Clear them to start over."_s
+               ? u"Your notes are sealed with a key this %1 no longer has. Clear them to start over."_s.arg(
+                     DesktopWords::here().device)
                : QString();
 }
 

@@ -4,6 +4,7 @@
 #include "network/LedgerExport.h"
 #include "network/PrivateNetworkAddress.h"
 #include "utils/files/PrivateFile.h"
+#include "utils/text/DesktopWords.h"
 
 #include <QLocale>
 #include <QTimer>
@@ -74,6 +75,11 @@ QVariant NetworkLedgerViewModel::data(const QModelIndex &index, int role) const
 QString NetworkLedgerViewModel::exportFileName() const
 {
     return LedgerExport::fileName(m_clock.now().toLocalTime());
+}
+
+QString NetworkLedgerViewModel::connectionLister()
+{
+    return DesktopWords::here().connectionLister.toString();
 }
 
 bool NetworkLedgerViewModel::isWatching() const

@@ -19,6 +19,8 @@ class NetworkLedgerViewModel : public QAbstractListModel {
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(int count READ rowCountNow NOTIFY countChanged)
     Q_PROPERTY(QString exportFileName READ exportFileName)
+    // A command that shows the same connections from outside.
+    Q_PROPERTY(QString connectionLister READ connectionLister CONSTANT)
     Q_PROPERTY(QString exportProblem READ exportProblem NOTIFY exportProblemChanged)
     // While set, the list follows the ledger; a hidden panel costs nothing.
     Q_PROPERTY(bool watching READ isWatching WRITE setWatching NOTIFY watchingChanged)
@@ -43,6 +45,7 @@ public:
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
     [[nodiscard]] QString exportFileName() const;
+    [[nodiscard]] static QString connectionLister();
     [[nodiscard]] const QString &exportProblem() const { return m_exportProblem; }
     [[nodiscard]] bool isWatching() const;
     void setWatching(bool watching);

@@ -7,6 +7,7 @@ ColumnLayout {
     id: root
 
     required property string productName
+    required property string connectionLister
 
     spacing: Theme.gap4
 
@@ -24,6 +25,6 @@ ColumnLayout {
     }
     CaptionText {
         Layout.fillWidth: true
-        text: qsTr("Let a packet filter ask before every connection of %1, or watch its connections from outside with “ss -tnp” on Linux or “nettop -p” on a Mac, while you use it. Each host that you see there should stand in this list too.").arg(root.productName)
+        text: qsTr("Let a packet filter ask before every connection of %1, or watch its connections from outside with “%2” while you use it. Each host that you see there should stand in this list too.").arg(root.productName).arg(root.connectionLister)
     }
 }

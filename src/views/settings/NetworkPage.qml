@@ -63,6 +63,7 @@ Item {
         LedgerHelp {
             Layout.fillWidth: true
             productName: root.productName
+            connectionLister: root.ledger.connectionLister
         }
     }
     // The file dialog brings half a toolkit along, so it comes only when it is asked for.

@@ -10,7 +10,7 @@ namespace {
 
 const QString unverified =
     u"MorvaneGPT could not confirm the private cloud was answering live, so this reply is from the model on "
-    "your Mac."_s;
+    "your computer."_s;
 
 class LocalFallbackTest : public RouterFixture {
 protected:
@@ -51,10 +51,9 @@ TEST_F(LocalFallbackTest, AFailedProofIsSaidAndTheLocalModelAnswers)
 
     EXPECT_EQ(router->lastEnclaveRefusal(), unverified);
     EXPECT_FALSE(router->usesPrivateCloud());
-    EXPECT_EQ(
-        router->privateCloudNotice(),
-        u"Private cloud is off: the last hardware proof did not verify on this Mac. Replies run on this "
-        "Mac until you try Private cloud again."_s);
+    EXPECT_EQ(router->privateCloudNotice(),
+              u"Private cloud is off: the last hardware proof did not verify on this computer. Replies run "
+              "on this computer until you try Private cloud again."_s);
     for (const auto &[address, words] :
          {std::pair{u"http://192.168.1.5"_s, u"Replies run on your network until"_s},
           std::pair{u"https://service.example"_s, u"Replies run on the service you chose until"_s}}) {
@@ -71,7 +70,7 @@ TEST_F(LocalFallbackTest, WithoutALocalModelTheReasonIsTheError)
     const std::vector<std::pair<QString, QString>> table{
         {unverified,
          u"MorvaneGPT could not confirm the private cloud was answering live, and no model is set up on this "
-         "Mac, so this message was not answered. Settings > AI sets one up."_s},
+         "computer, so this message was not answered. Settings > AI sets one up."_s},
         {u"Something else."_s, u"Something else."_s},
     };
     for (const auto &[reason, words] : table) {

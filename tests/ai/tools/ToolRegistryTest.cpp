@@ -39,10 +39,9 @@ TEST_F(ToolRegistryTest, OnlyAPermissionCallsForAttention)
     EXPECT_EQ(look(Case::permissionNeeded), 1);
     EXPECT_EQ(registry.relaunchHint(u"look_at_screen"), std::nullopt);
     EXPECT_EQ(look(Case::needsRelaunch), 1);
-    EXPECT_EQ(
-        registry.relaunchHint(u"look_at_screen"),
-        u"Quit MorvaneGPT and open it again: macOS only applies Screen Recording permission when an app "
-        "launches."_s);
+    EXPECT_EQ(registry.relaunchHint(u"look_at_screen"),
+              u"Quit MorvaneGPT and open it again: Your desktop may only apply the permission to see the "
+              "screen when an app launches."_s);
     EXPECT_EQ(registry.relaunchHint(u"search_web"), std::nullopt);
 }
 

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QStringView>
+
+namespace morvane {
+
+// What is called differently on each desktop. The texts were worded for the original one; a text that names
+// the device, its programs or its places takes the name from here, so that it reads as made for the desktop
+// at hand.
+struct DesktopWords {
+    QStringView device;         // follows "this", "This" and "your"
+    QStringView asker;          // who asks for a permission
+    QStringView screenSettings; // where the screen's permission is given
+    QStringView
+        screenPermissionRule; // why a permission may need a new start; a clause that may begin a sentence
+    QStringView secretStore;  // what keeps API keys
+    QStringView secretStoreProgram; // where a person looks into it
+    QStringView connectionLister;   // a command that lists what every program is connected to
+
+    static const DesktopWords original;
+    static const DesktopWords freedesktop;
+
+    // The desktop this build is for.
+    [[nodiscard]] static const DesktopWords &here();
+};
+
+} // namespace morvane
