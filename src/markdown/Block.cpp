@@ -38,6 +38,13 @@ public:
         return *this;
     }
 
+    Identity &add(const MarkdownRenderer::ListItem &item)
+    {
+        if (item.depth > 0)
+            m_text += QString(item.depth, item.numbered ? u'1' : u'*');
+        return add(item.text);
+    }
+
     Identity &add(const MarkdownRenderer::Fact &fact) { return add(fact.label).add(fact.value); }
 
     template <typename Part>

@@ -25,14 +25,23 @@ struct Heading {
     bool operator==(const Heading &) const = default;
 };
 
+struct ListItem {
+    static constexpr int deepest = 8;
+
+    AttributedText text;
+    int depth = 0;         // 0 at the margin; one more under an item that it is indented below
+    bool numbered = false; // of a kind with its list, unless it stands under another item
+    bool operator==(const ListItem &) const = default;
+};
+
 struct BulletList {
-    QList<AttributedText> items;
+    QList<ListItem> items;
     bool operator==(const BulletList &) const = default;
 };
 
 // Counted from 1, whatever numbers were written.
 struct NumberedList {
-    QList<AttributedText> items;
+    QList<ListItem> items;
     bool operator==(const NumberedList &) const = default;
 };
 

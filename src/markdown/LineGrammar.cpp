@@ -12,6 +12,7 @@ constexpr qsizetype deepestHeading = 4;
 constexpr qsizetype shortestDivider = 3;
 constexpr qsizetype shortestTableRow = 3;
 constexpr qsizetype mostDigits = 3;
+constexpr int columnsOfTab = 4;
 
 qsizetype runLength(QStringView text, QChar character)
 {
@@ -42,6 +43,17 @@ std::optional<QStringView> nonEmpty(QStringView text)
 QStringView LineGrammar::trimmed(QStringView line)
 {
     return line.trimmed();
+}
+
+int LineGrammar::indentation(QStringView line)
+{
+    int columns = 0;
+    for (const QChar c : line) {
+        if (c != u' ' && c != u'\t')
+            break;
+        columns += c == u'\t' ? columnsOfTab : 1;
+    }
+    return columns;
 }
 
 bool LineGrammar::isNewline(QChar character)

@@ -15,6 +15,9 @@ namespace LineGrammar {
 // Without white space at both ends; a carriage return before a line feed counts as such.
 [[nodiscard]] QStringView trimmed(QStringView line);
 
+// Columns of white space at its start; a tab counts as four.
+[[nodiscard]] int indentation(QStringView line);
+
 [[nodiscard]] bool isNewline(QChar character);
 
 struct HeadingLine {

@@ -18,8 +18,8 @@ struct LastWords {
     QString *operator()(Paragraph &block) const { return &block.text.text; }
     QString *operator()(Heading &block) const { return &block.text.text; }
     QString *operator()(Quote &block) const { return &block.text.text; }
-    QString *operator()(BulletList &block) const { return &block.items.last().text; }
-    QString *operator()(NumberedList &block) const { return &block.items.last().text; }
+    QString *operator()(BulletList &block) const { return &block.items.last().text.text; }
+    QString *operator()(NumberedList &block) const { return &block.items.last().text.text; }
     QString *operator()(Code &block) const { return &block.text; }
     template <typename Card>
     QString *operator()(Card &) const

@@ -16,6 +16,8 @@ namespace {
 constexpr qsizetype freePadding = 1000;
 constexpr qsizetype mostPaddingPerCharacter = 4;
 
+constexpr int leastNesting = 2; // columns
+
 QList<AttributedText> cellTexts(QStringView row)
 {
     QList<AttributedText> texts;
@@ -51,9 +53,10 @@ void TextBlockReader::addLine(QStringView line, Blocks &ended)
             lines += u'\n';
         lines += *quoted;
     } else if (const auto item = LineGrammar::bulletItem(words)) {
-        open<BulletList>(ended).items.append(InlineMarkdown::parse(*item));
+        addItem(LineGrammar::indentation(line), {InlineMarkdown::parse(*item)}, ended);
     } else if (const auto step = LineGrammar::numberedItem(words)) {
-        open<NumberedList>(ended).items.append(InlineMarkdown::parse(*step));
+        addItem(LineGrammar::indentation(line), {.text = InlineMarkdown::parse(*step), .numbered = true},
+                ended);
     } else if (words.isEmpty()) {
         flush(ended);
     } else if (!continuesTable(words) && !beginsTable(words, ended)) {
@@ -92,6 +95,24 @@ bool TextBlockReader::beginsTable(QStringView trimmed, Blocks &ended)
     return true;
 }
 
+// Stands under the last item that is indented less by what a nested mark needs. At the margin another kind of
+// mark begins another list.
+void TextBlockReader::addItem(int indent, ListItem item, Blocks &ended)
+{
+    const auto *last = std::get_if<OpenList>(&m_open);
+    QList<int> indents = last ? last->indents : QList<int>();
+    while (!indents.isEmpty() && indent < indents.last() + leastNesting)
+        indents.removeLast();
+    item.depth = std::min(static_cast<int>(indents.size()), ListItem::deepest);
+    if (last && item.depth == 0 && last->items.first().numbered != item.numbered)
+        flush(ended);
+    auto &list = open<OpenList>(ended);
+    list.items.append(std::move(item));
+    if (indents.size() < ListItem::deepest)
+        indents.append(indent);
+    list.indents = std::move(indents);
+}
+
 void TextBlockReader::addWords(QStringView line, Blocks &ended)
 {
     auto &paragraph = open<OpenParagraph>(ended);
@@ -109,10 +130,11 @@ void TextBlockReader::flush(Blocks &ended)
             ended.emplaceBack(Paragraph{InlineMarkdown::parse(words)});
     } else if (const auto *quote = std::get_if<OpenQuote>(&m_open)) {
         ended.emplaceBack(Quote{InlineMarkdown::parse(quote->lines)});
-    } else if (auto *bullets = std::get_if<BulletList>(&m_open)) {
-        ended.emplaceBack(std::move(*bullets));
-    } else if (auto *steps = std::get_if<NumberedList>(&m_open)) {
-        ended.emplaceBack(std::move(*steps));
+    } else if (auto *list = std::get_if<OpenList>(&m_open)) {
+        if (list->items.first().numbered)
+            ended.emplaceBack(NumberedList{std::move(list->items)});
+        else
+            ended.emplaceBack(BulletList{std::move(list->items)});
     } else if (auto *open = std::get_if<OpenTable>(&m_open)) {
         ended.emplaceBack(std::move(open->table));
     }

@@ -24,19 +24,23 @@ private:
     struct OpenQuote {
         QString lines;
     };
+    struct OpenList {
+        QList<MarkdownRenderer::ListItem> items;
+        QList<int> indents; // of the last item and of those that it stands under
+    };
     struct OpenTable {
         MarkdownRenderer::Table table;
         qsizetype length = 0;  // of its lines
         qsizetype padding = 0; // cells that no line gave
     };
-    using Open = std::variant<std::monostate, OpenParagraph, OpenQuote, MarkdownRenderer::BulletList,
-                              MarkdownRenderer::NumberedList, OpenTable>;
+    using Open = std::variant<std::monostate, OpenParagraph, OpenQuote, OpenList, OpenTable>;
 
     // The open block of that kind; another one ends, and a new one begins.
     template <typename Kind>
     Kind &open(MarkdownRenderer::Blocks &ended);
     [[nodiscard]] bool continuesTable(QStringView trimmed);
     [[nodiscard]] bool beginsTable(QStringView trimmed, MarkdownRenderer::Blocks &ended);
+    void addItem(int indent, MarkdownRenderer::ListItem item, MarkdownRenderer::Blocks &ended);
     void addWords(QStringView line, MarkdownRenderer::Blocks &ended);
 
     Open m_open;

@@ -1,10 +1,11 @@
 #include "views/ProseDocument.h"
 
-#include <QTextBlockFormat>
+#include <QTextBlock>
 #include <QTextDocument>
 #include <QTextList>
 
 #include <algorithm>
+#include <array>
 
 namespace morvane {
 
@@ -15,6 +16,16 @@ constexpr double gapBetweenItems = 4;
 
 // A longer paragraph stands as several: laying out a line costs more than its length.
 constexpr qsizetype longestParagraph = 4000;
+
+QTextListFormat formatOf(const Prose::Mark &mark)
+{
+    static constexpr std::array bullets{QTextListFormat::ListDisc, QTextListFormat::ListCircle,
+                                        QTextListFormat::ListSquare};
+    QTextListFormat format;
+    format.setIndent(mark.depth + 1);
+    format.setStyle(mark.numbered ? QTextListFormat::ListDecimal : bullets[mark.depth % bullets.size()]);
+    return format;
+}
 
 // Puts words behind the text, with a new paragraph where the open one gets too long.
 void append(AttributedText &whole, QStringView words, const AttributedText::Run &run)
@@ -54,12 +65,12 @@ void ProseDocument::setProse(const QVariant &value)
     const auto prose = value.value<Prose>();
     if (m_prose == prose)
         return;
-    const bool sameForm = prose.form == m_prose.form && !m_shown.text.isEmpty();
+    const bool sameForm = prose.marks.isEmpty() == m_prose.marks.isEmpty() && !m_shown.text.text.isEmpty();
     m_prose = prose;
     if (textDocument()) {
         if (sameForm) {
-            AttributedText whole = flattened();
-            const qsizetype from = commonLength(m_shown, whole);
+            Flat whole = flattened();
+            const qsizetype from = commonLength(m_shown.text, whole.text);
             write(std::move(whole), from);
         } else {
             showAll();
@@ -68,13 +79,14 @@ void ProseDocument::setProse(const QVariant &value)
     Q_EMIT proseChanged();
 }
 
-// One text, its paragraphs apart by U+2029, so that places in it are places in the document.
-AttributedText ProseDocument::flattened() const
+ProseDocument::Flat ProseDocument::flattened() const
 {
-    AttributedText whole;
+    Flat flat;
+    AttributedText &whole = flat.text;
     for (const AttributedText &part : m_prose.parts) {
         if (&part != &m_prose.parts.first())
             whole.append(QStringView(u"\u2029"));
+        const qsizetype start = whole.text.size();
         const QString words = harmless(part.text);
         qsizetype at = 0;
         for (const AttributedText::Run &run : part.runs) {
@@ -83,8 +95,12 @@ AttributedText ProseDocument::flattened() const
             at = run.start + run.length;
         }
         append(whole, QStringView(words).sliced(at), {});
+        if (!m_prose.marks.isEmpty())
+            flat.marks.resize(flat.marks.size() + 1 +
+                                  QStringView(whole.text).sliced(start).count(QChar::ParagraphSeparator),
+                              m_prose.marks[&part - &m_prose.parts.first()]);
     }
-    return whole;
+    return flat;
 }
 
 void ProseDocument::showAll()
@@ -94,28 +110,47 @@ void ProseDocument::showAll()
     QTextCursor cursor(textDocument());
     QTextBlockFormat paragraph;
     paragraph.setLineHeight(lineHeight(), QTextBlockFormat::MinimumHeight);
-    if (m_prose.form != Prose::Form::words)
+    if (!m_prose.marks.isEmpty())
         paragraph.setBottomMargin(gapBetweenItems);
     cursor.setBlockFormat(paragraph);
-    if (m_prose.form != Prose::Form::words) {
-        QTextListFormat list;
-        list.setStyle(m_prose.form == Prose::Form::bullets ? QTextListFormat::ListDisc
-                                                           : QTextListFormat::ListDecimal);
-        cursor.createList(list);
-    }
     write(flattened(), 0);
 }
 
-void ProseDocument::write(AttributedText whole, qsizetype from)
+void ProseDocument::write(Flat whole, qsizetype from)
 {
     QTextCursor cursor(textDocument());
     cursor.setPosition(static_cast<int>(from));
     cursor.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
     cursor.beginEditBlock();
     cursor.removeSelectedText();
-    insert(cursor, whole, from);
+    insert(cursor, whole.text, from);
+    mark(whole.marks, from);
     cursor.endEditBlock();
     m_shown = std::move(whole);
+}
+
+// Gives the paragraphs from that place on their marks, and those before it that have other ones now. Those of
+// one kind and depth count on while none that stands higher comes between.
+void ProseDocument::mark(const QList<Prose::Mark> &marks, qsizetype from)
+{
+    const auto ends = std::mismatch(marks.begin(), marks.end(), m_shown.marks.begin(), m_shown.marks.end());
+    const qsizetype first = std::min<qsizetype>(
+        ends.first - marks.begin(), textDocument()->findBlock(static_cast<int>(from)).blockNumber());
+    QList<QTextList *> open; // at each depth
+    for (QTextBlock block = textDocument()->begin(); block.isValid() && !marks.isEmpty();
+         block = block.next()) {
+        const Prose::Mark &mark = marks[block.blockNumber()];
+        open.resize(mark.depth + 1, nullptr);
+        const QTextListFormat format = formatOf(mark);
+        QTextList *&list = open.last();
+        const bool goesOn = list && list->format().style() == format.style();
+        if (block.blockNumber() < first)
+            list = block.textList();
+        else if (goesOn)
+            list->add(block);
+        else
+            list = QTextCursor(block).createList(format);
+    }
 }
 
 } // namespace morvane

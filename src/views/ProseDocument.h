@@ -27,11 +27,17 @@ protected:
     void showAll() override;
 
 private:
-    [[nodiscard]] AttributedText flattened() const;
-    void write(AttributedText whole, qsizetype from);
+    // One text, its paragraphs apart by U+2029, so that places in it are places in the document.
+    struct Flat {
+        AttributedText text;
+        QList<Prose::Mark> marks; // one for each paragraph of a list
+    };
+    [[nodiscard]] Flat flattened() const;
+    void write(Flat whole, qsizetype from);
+    void mark(const QList<Prose::Mark> &marks, qsizetype from);
 
     Prose m_prose;
-    AttributedText m_shown; // as one text, its paragraphs apart by U+2029
+    Flat m_shown;
 };
 
 } // namespace morvane

@@ -50,6 +50,10 @@ struct SketchOf {
     {
         return listed(row, u"|"_s);
     }
+    QString operator()(const ListItem &item) const
+    {
+        return QString(item.depth, item.numbered ? u'#' : u'>') + (*this)(item.text);
+    }
     QString operator()(const Fact &fact) const { return fact.label + u'=' + fact.value; }
     QString operator()(const TimelineEntry &entry) const { return entry.marker + u'=' + entry.text; }
     QString operator()(const Stat &stat) const { return joined(stat.value, stat.label, stat.delta); }

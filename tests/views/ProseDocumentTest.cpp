@@ -6,6 +6,7 @@
 #include <QQmlEngine>
 #include <QTextBlock>
 #include <QTextDocument>
+#include <QTextList>
 
 #include <gtest/gtest.h>
 
@@ -22,7 +23,9 @@ QString looksOf(QTextDocument *document)
 {
     QString looks;
     for (QTextBlock block = document->begin(); block.isValid(); block = block.next()) {
-        looks += u"\n%1:"_s.arg(block.textList() != nullptr);
+        const QTextList *list = block.textList();
+        looks +=
+            u'\n' + (list ? list->itemText(block) + QString::number(list->format().indent()) : u"p"_s) + u':';
         for (auto part = block.begin(); !part.atEnd(); ++part) {
             const QTextCharFormat format = part.fragment().charFormat();
             const QString look =
@@ -53,8 +56,11 @@ TEST(ProseDocumentTest, ChangedWordsLookAsIfWrittenAnew)
         return static_cast<int>(random() % static_cast<unsigned>(below));
     };
     for (int step = 0; step < 300; ++step) {
-        Prose prose{pick(8) == 0 ? Prose::Form::bullets : Prose::Form::words, {}};
-        for (int part = pick(3); part >= 0; --part) {
+        Prose prose;
+        const bool isList = pick(4) == 0;
+        for (int part = pick(isList ? 6 : 3); part >= 0; --part) {
+            if (isList)
+                prose.marks.append({pick(3), pick(2) == 0});
             AttributedText text;
             for (int piece = pick(4); piece >= 0; --piece)
                 text.append(u"ab\ncd"_s.repeated(1 + pick(2)), static_cast<AttributedText::Format>(pick(3)),

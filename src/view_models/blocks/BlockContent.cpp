@@ -13,9 +13,19 @@ namespace {
 // A line that is longer stands as several ones: no line layout is made for megabytes.
 constexpr qsizetype longestLine = 4000;
 
-QVariant words(Prose::Form form, const QList<AttributedText> &parts)
+QVariant words(const AttributedText &text)
 {
-    return QVariant::fromValue(Prose{form, parts});
+    return QVariant::fromValue(Prose{{text}, {}});
+}
+
+Prose proseOf(const QList<ListItem> &items)
+{
+    Prose prose;
+    for (const ListItem &item : items) {
+        prose.parts.append(item.text);
+        prose.marks.append({item.depth, item.numbered});
+    }
+    return prose;
 }
 
 QString withLineBreaks(const QString &code)
@@ -100,26 +110,20 @@ QString beside(const std::optional<QString> &text, const QString &lead = u" "_s)
 }
 
 struct ContentOf {
-    QVariantMap operator()(const Paragraph &block) const
-    {
-        return {{u"words"_s, words(Prose::Form::words, {block.text})}};
-    }
+    QVariantMap operator()(const Paragraph &block) const { return {{u"words"_s, words(block.text)}}; }
     QVariantMap operator()(const Heading &block) const
     {
-        return {{u"level"_s, block.level}, {u"words"_s, words(Prose::Form::words, {block.text})}};
+        return {{u"level"_s, block.level}, {u"words"_s, words(block.text)}};
     }
     QVariantMap operator()(const BulletList &block) const
     {
-        return {{u"words"_s, words(Prose::Form::bullets, block.items)}};
+        return {{u"words"_s, QVariant::fromValue(proseOf(block.items))}};
     }
     QVariantMap operator()(const NumberedList &block) const
     {
-        return {{u"words"_s, words(Prose::Form::numbers, block.items)}};
+        return {{u"words"_s, QVariant::fromValue(proseOf(block.items))}};
     }
-    QVariantMap operator()(const Quote &block) const
-    {
-        return {{u"words"_s, words(Prose::Form::words, {block.text})}};
-    }
+    QVariantMap operator()(const Quote &block) const { return {{u"words"_s, words(block.text)}}; }
     QVariantMap operator()(const Code &block) const
     {
         return {{u"code"_s, withLineBreaks(block.text)},
@@ -212,14 +216,8 @@ QString linesOf(const QList<Entry> &entries, Line line)
 struct PlainTextOf {
     QString operator()(const Paragraph &block) const { return block.text.text; }
     QString operator()(const Heading &block) const { return block.text.text; }
-    QString operator()(const BulletList &block) const
-    {
-        return Prose{Prose::Form::bullets, block.items}.plainText();
-    }
-    QString operator()(const NumberedList &block) const
-    {
-        return Prose{Prose::Form::numbers, block.items}.plainText();
-    }
+    QString operator()(const BulletList &block) const { return proseOf(block.items).plainText(); }
+    QString operator()(const NumberedList &block) const { return proseOf(block.items).plainText(); }
     QString operator()(const Quote &block) const { return block.text.text; }
     QString operator()(const Code &block) const { return block.text; }
     QString operator()(const Table &block) const { return plain({block.headers, block.rows}); }

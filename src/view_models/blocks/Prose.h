@@ -7,7 +7,7 @@
 
 namespace morvane {
 
-// Formatted words on their way to the view: a text, or the items of a list.
+// Formatted words on their way to the view: a text, or the items of a list, nested ones among them.
 struct Prose {
     Q_GADGET
     QML_VALUE_TYPE(prose)
@@ -15,10 +15,14 @@ struct Prose {
     Q_PROPERTY(bool hasLinks READ hasLinks)
 
 public:
-    enum class Form { words, bullets, numbers };
+    struct Mark {
+        int depth = 0; // of the item it stands before
+        bool numbered = false;
+        bool operator==(const Mark &) const = default;
+    };
 
-    Form form = Form::words;
     QList<AttributedText> parts;
+    QList<Mark> marks; // one for each item of a list; none for a text
 
     [[nodiscard]] QString plainText() const;
     [[nodiscard]] bool hasLinks() const;

@@ -53,14 +53,17 @@ Item {
             first: root.host
             second: root.place + " · " + root.feature
             Layout.fillWidth: true
+            Layout.preferredWidth: 1 // what is left over, whatever it says
         }
         LedgerCell {
             first: "↑ " + root.sent + "  ↓ " + root.received
             second: qsTr("Your data: %1").arg(root.carried)
+            Layout.fillWidth: false
             Layout.preferredWidth: 150
         }
         LedgerCell {
             first: root.outcome
+            Layout.fillWidth: false
             Layout.preferredWidth: 120
         }
     }
