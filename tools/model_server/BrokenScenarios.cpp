@@ -4,6 +4,8 @@
 #include "Reply.h"
 #include "Scenarios.h"
 
+#include <QJsonDocument>
+
 #include <random>
 #include <utility>
 
@@ -210,6 +212,41 @@ Work errorMidStream(Exchange &exchange)
     co_await exchange.endStream();
 }
 
+// Words, and the reason that a server gives for sending no more of them.
+Work endFor(Exchange &exchange, QString reason)
+{
+    co_await beginTalking(exchange);
+    co_await exchange.chunk(Dialect::ending(exchange.request(), reason));
+    co_await exchange.endStream();
+}
+
+Work endForError(Exchange &exchange)
+{
+    co_await endFor(exchange, u"error"_s);
+}
+
+Work endForFilter(Exchange &exchange)
+{
+    co_await endFor(exchange, u"content_filter"_s);
+}
+
+// The stream ends well, the reply doesn't: neither a reason nor a closing line.
+Work noEnding(Exchange &exchange)
+{
+    co_await beginTalking(exchange);
+    co_await exchange.endStream();
+}
+
+// An error without the name of its field, as some servers write it into a stream.
+Work bareErrorLine(Exchange &exchange)
+{
+    co_await beginTalking(exchange);
+    const QJsonObject error{
+        {u"code"_s, 500}, {u"message"_s, u"context shift is disabled"_s}, {u"type"_s, u"server_error"_s}};
+    co_await exchange.chunk("error: " + QJsonDocument(error).toJson(QJsonDocument::Compact) + "\n\n");
+    co_await exchange.endStream();
+}
+
 // The first request of the server's life to this model fails, later ones don't.
 Work failOnce(Exchange &exchange)
 {
@@ -250,6 +287,10 @@ std::span<const Scenario> Scenarios::broken()
         {"tool-call-nameless"_L1, "a tool call that never gets a name"_L1, toolCallNameless},
         {"error-object-in-200"_L1, "HTTP 200 that carries an error object"_L1, errorObjectIn200},
         {"error-mid-stream"_L1, "an error object after a few words"_L1, errorMidStream},
+        {"error-line-mid-stream"_L1, "a bare error line after a few words"_L1, bareErrorLine},
+        {"end-for-error"_L1, "a few words, and an error for the reason of the end"_L1, endForError},
+        {"end-for-filter"_L1, "a few words, and a filter for the reason of the end"_L1, endForFilter},
+        {"no-ending"_L1, "a few words, and an end without reason or closing line"_L1, noEnding},
     };
     return all;
 }

@@ -157,6 +157,38 @@ Work toolCallsTwo(Exchange &exchange)
     co_await play(exchange, std::move(reply));
 }
 
+// Calls that all say index 0 and differ by their ids, each in a chunk of its own.
+Work toolCallsSameIndex(Exchange &exchange)
+{
+    const Request &request = exchange.request();
+    if (answersToolResult(exchange) || !request.wantsStream() || request.isOllama()) {
+        co_await toolCallWhole(exchange);
+        co_return;
+    }
+    co_await beginReply(exchange);
+    for (const QString &id : {u"call_a"_s, u"call_b"_s}) {
+        const QJsonObject function{{u"name"_s, offeredTool(request)},
+                                   {u"arguments"_s, toolArguments(request)}};
+        const QJsonObject delta = fragment(function, id);
+        co_await exchange.chunk(Dialect::line(request, ChatCompletion::chunk(request.model(), delta)));
+    }
+    co_await exchange.chunk(Dialect::ending(request, u"tool_calls"_s));
+    co_await exchange.endStream();
+}
+
+// More calls than any client should carry out.
+Work manyCalls(Exchange &exchange)
+{
+    const Request &request = exchange.request();
+    Reply reply;
+    for (int i = 0; i < Scenarios::number(request.model()); ++i) {
+        const QString id = u"call_%1"_s.arg(i);
+        reply.toolCalls.append(ChatCompletion::toolCall(id, offeredTool(request), toolArguments(request)));
+    }
+    reply.finishReason = u"tool_calls"_s;
+    co_await play(exchange, std::move(reply));
+}
+
 Work rejectTools(Exchange &exchange)
 {
     if (exchange.request().offersTools())
@@ -177,6 +209,24 @@ Work thinkingFields(Exchange &exchange)
 {
     Reply reply = practiceReply(exchange);
     reply.thoughts = wordPieces(u"The practice server pretends to think. "_s);
+    co_await play(exchange, std::move(reply));
+}
+
+// As a server sends it that doesn't take the reasoning out of the text.
+Work thinkingTags(Exchange &exchange)
+{
+    Reply reply = practiceReply(exchange);
+    reply.pieces =
+        wordPieces(u"<think>\nThe practice server pretends to think.\n</think>\n\n"_s) + reply.pieces;
+    co_await play(exchange, std::move(reply));
+}
+
+// The whole output limit is spent before the first word.
+Work thinkingOnly(Exchange &exchange)
+{
+    Reply reply;
+    reply.thoughts = wordPieces(u"The practice server thinks until its limit is reached. "_s);
+    reply.finishReason = u"length"_s;
     co_await play(exchange, std::move(reply));
 }
 
@@ -257,8 +307,12 @@ Work drip(Exchange &exchange)
 Work noDone(Exchange &exchange)
 {
     co_await beginReply(exchange);
-    for (const QString &piece : wordPieces(Scenarios::practiceText(exchange.request())))
-        co_await exchange.chunk(Dialect::textLine(exchange.request(), piece));
+    const Request &request = exchange.request();
+    for (const QString &piece : wordPieces(Scenarios::practiceText(request)))
+        co_await exchange.chunk(Dialect::textLine(request, piece));
+    const QJsonObject last = ChatCompletion::chunk(request.model(), {}, u"stop"_s);
+    if (!request.isOllama()) // its closing line is where the reason stands
+        co_await exchange.chunk(Dialect::line(request, last));
     co_await exchange.endStream();
 }
 
@@ -294,16 +348,20 @@ std::span<const Scenario> Scenarios::replies()
         {"tool-call-whole"_L1, "calls the first tool offered, in one piece"_L1, toolCallWhole},
         {"tool-call-split"_L1, "the same call, its arguments in small fragments"_L1, toolCallSplit},
         {"tool-calls-two"_L1, "the same call twice, without ids"_L1, toolCallsTwo},
+        {"tool-calls-same-index"_L1, "two calls with one index and two ids"_L1, toolCallsSameIndex},
+        {"tool-calls-N"_L1, "N calls in one reply"_L1, manyCalls},
         {"reject-tools"_L1, "HTTP 400 when tools are offered, else a reply"_L1, rejectTools},
         {"images-refused"_L1, "HTTP 400 when a message has images, else a reply"_L1, imagesRefused},
         {"thinking-fields"_L1, "reasoning before the text"_L1, thinkingFields},
+        {"thinking-tags"_L1, "reasoning between tags at the start of the text"_L1, thinkingTags},
+        {"thinking-only"_L1, "reasoning up to the output limit and no text"_L1, thinkingOnly},
         {"usage-chunks"_L1, "a last chunk with no choices and a usage object"_L1, usageChunks},
         {"keep-alive-comments"_L1, "comments, event names and ids, or blank lines, between the pieces"_L1,
          keepAlive},
         {"garbage-lines"_L1, "lines of no meaning between the pieces"_L1, garbageLines},
         {"crlf"_L1, "lines that end in CR LF"_L1, crlf},
         {"drip"_L1, "one byte at a time"_L1, drip},
-        {"no-done"_L1, "ends without its closing line"_L1, noDone},
+        {"no-done"_L1, "says why it ends, without the closing line"_L1, noDone},
         {"no-last-line-end"_L1, "ends right behind its closing line"_L1, noLastLineEnd},
         {"json-despite-stream"_L1, "one JSON object although a stream was asked for"_L1, jsonDespiteStream},
     };

@@ -22,6 +22,9 @@ namespace Scenarios {
 // Models that call tools over several rounds.
 [[nodiscard]] std::span<const Scenario> agents();
 
+// Services that refuse part of a request that others take.
+[[nodiscard]] std::span<const Scenario> strict();
+
 // Servers that fail, stall, break off or send what no client expects.
 [[nodiscard]] std::span<const Scenario> broken();
 
