@@ -61,8 +61,7 @@ TEST_F(OpenAICompatibleProviderTest, LeavesOutWhatIsEmptyAndUsesAnInjectedSessio
     EXPECT_EQ(readReply(own.streamReply({}, configuration, {})).events,
               (std::vector<AIStreamEvent>{AIStream::ToolCalls{{{u"call_0"_s, u"f"_s, u"{}"_s}}}}));
     injected->answer(200, QByteArray(OpenAICompatibleProvider::largestBody + 1, ' '));
-    EXPECT_EQ(readReply(own.streamReply({}, configuration, {})).error,
-              ProviderError(Plain::malformedResponse));
+    EXPECT_EQ(readReply(own.streamReply({}, configuration, {})).error, ProviderError(Plain::replyTooLarge));
 }
 
 TEST_F(OpenAICompatibleProviderTest, ReadsAPlainBodyAndElseAsksOnceMoreWithoutStreaming)
@@ -71,7 +70,7 @@ TEST_F(OpenAICompatibleProviderTest, ReadsAPlainBodyAndElseAsksOnceMoreWithoutSt
               wholeEvents);
     EXPECT_EQ(session.requests().size(), 1U);
     // A call that never got its name was content all the same: no events, no second request.
-    const Reply nameless = replyTo(chatCompletions.calls(R"({"index":0})"));
+    const Reply nameless = replyTo(chatCompletions.calls(R"({"index":0})") + chatCompletions.end());
     EXPECT_TRUE(nameless.events.empty());
     EXPECT_EQ(nameless.error, std::nullopt);
     EXPECT_EQ(session.requests().size(), 2U);
@@ -95,15 +94,16 @@ TEST_F(OpenAICompatibleProviderTest, ReadsAPlainBodyAndElseAsksOnceMoreWithoutSt
     EXPECT_EQ(session.requests().size(), 6U);
 }
 
-TEST_F(OpenAICompatibleProviderTest, LogsTheServersWordsAboutAnError)
+TEST_F(OpenAICompatibleProviderTest, TellsTheServersWordsToThePersonAndNotToTheLog)
 {
-    const auto logged = [this](const QByteArray &line) {
+    const auto told = [this](const QByteArray &line) {
         session.answer(line.first(3).toInt(), line.mid(4));
-        reply();
-        return log.lines().last();
+        const ProviderError error = reply().error.value();
+        return log.lines().last() + u"; "_s + error.userMessage() + u" | "_s + error.quotedWords() +
+               (error.isToolRejection() ? u" | may be about the tools"_s : QString());
     };
     const char *table = "ai/server_words.txt";
-    EXPECT_EQ(TestData::transcript(table, logged), TestData::text(table));
+    EXPECT_EQ(TestData::transcript(table, told), TestData::text(table));
 }
 
 TEST_F(OpenAICompatibleProviderTest, TheCostliestLineStaysAffordable)

@@ -26,8 +26,11 @@ TEST(ProviderErrorTest, SaysTheAgreedWordsAndEachStatusHasItsError)
                                  E::PrivateCloudBusy{"Busy."},
                                  E::PrivateCloudUnavailable{504},
                                  E::PrivateCloudUnavailable{500},
-                                 E::PrivateCloudCouldNotAnswer{"It could not."}};
-    for (int plain = 0; plain <= static_cast<int>(Plain::hostedBurstLimited); ++plain)
+                                 E::PrivateCloudCouldNotAnswer{"It could not."},
+                                 E::ReplyBroken::endedEarly,
+                                 E::ReplyBroken::serverError,
+                                 E::ReplyBroken::filtered};
+    for (int plain = 0; plain <= static_cast<int>(Plain::tooManyCalls); ++plain)
         reasons.emplace_back(static_cast<Plain>(plain));
 
     for (const int status : {199, 302, 400, 401, 403, 404, 422, 429, 501, 503})

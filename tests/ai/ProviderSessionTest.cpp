@@ -197,7 +197,7 @@ TEST_P(ProviderSessionTest, MapsTransportErrorsBeforeAndDuringTheReply)
                                                       {Code::TimedOut, Plain::networkTimeout},
                                                       {Code::BadURL, badAddress},
                                                       {Code::UnsupportedURL, badAddress},
-                                                      {Code::ResponseTooLarge, Plain::malformedResponse}};
+                                                      {Code::ResponseTooLarge, Plain::replyTooLarge}};
     for (const bool streams : {true, false}) {
         configuration.preferStreaming = streams;
         for (int number = 0; number <= static_cast<int>(Code::Other); ++number) {
@@ -218,7 +218,7 @@ TEST_P(ProviderSessionTest, EndsWhatIsBeyondItsBounds)
 {
     const QByteArray half(ReplyLines::longest / 2, 'x'); // of a line without an end
     EXPECT_EQ(replyTo({.pieces = {half, half + 'x'}, .ending = Ending::staysOpen}).error,
-              ProviderError(Plain::malformedResponse));
+              ProviderError(Plain::replyTooLarge));
     EXPECT_EQ(session.openRequests(), 0);
 
     const auto listOf = [](int count) {
@@ -228,13 +228,12 @@ TEST_P(ProviderSessionTest, EndsWhatIsBeyondItsBounds)
         return calls.join(',');
     };
     EXPECT_EQ(replyTo({.pieces = {dialect.calls(listOf(256)), dialect.end()}}).error, std::nullopt);
-    EXPECT_EQ(replyTo({.pieces = {dialect.calls(listOf(257))}}).error,
-              ProviderError(Plain::malformedResponse));
+    EXPECT_EQ(replyTo({.pieces = {dialect.calls(listOf(257))}}).error, ProviderError(Plain::tooManyCalls));
     const QByteArray longArguments =
         R"({"index":0,"function":{"name":"f","arguments":")" + QByteArray(1 << 20, 'x') + R"("}})";
     Answer endlessCall{.ending = Ending::staysOpen};
     endlessCall.pieces.assign(100, dialect.calls(longArguments));
-    EXPECT_EQ(replyTo(endlessCall).error, ProviderError(Plain::malformedResponse));
+    EXPECT_EQ(replyTo(endlessCall).error, ProviderError(Plain::replyTooLarge));
 }
 
 // Ollama is asked about another model first, and then sends no question.

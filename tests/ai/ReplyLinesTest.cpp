@@ -39,6 +39,10 @@ QString described(const ToolAwareEvent &event)
             .arg(described(part->id), described(part->name), part->arguments);
     if (const auto *finished = std::get_if<Finished>(&event))
         return u"finished: "_s + finished->reason;
+    if (const auto *failed = std::get_if<Failed>(&event))
+        return u"failed: %1 “%2”"_s.arg(failed->status).arg(failed->serverWords);
+    if (std::holds_alternative<Reasoned>(event))
+        return u"reasoned"_s;
     return std::holds_alternative<Done>(event) ? u"done"_s : u"ignored"_s;
 }
 
@@ -57,7 +61,7 @@ QString parsedBody(const QByteArray &body)
         return u"text “"_s + whole.text + u"”;"_s + described(whole.toolCalls) + u" finished "_s +
                described(whole.finishReason);
     } catch (const ProviderError &error) {
-        return error.is(ProviderError::Plain::malformedResponse) ? u"malformed"_s : u"another error"_s;
+        return error.is(ProviderError::Plain::malformedResponse) ? u"malformed"_s : error.userMessage();
     }
 }
 

@@ -47,8 +47,10 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"status-429", "The AI provider is rate-limiting requests."},
                     Row{"status-500", "The AI provider returned an error (HTTP 500)."},
                     Row{"huge-error-body", "The AI provider returned an error (HTTP 500)."},
-                    Row{"huge-line", unreadable}, Row{"json-despite-stream", nullptr},
-                    Row{"no-done", nullptr}, Row{"crlf", nullptr}),
+                    Row{"huge-line", "The AI provider sent more than MorvaneGPT reads in one reply."},
+                    Row{"no-ending", "The reply broke off before its end."},
+                    Row{"error-mid-stream", "The AI provider broke this reply off with an error."},
+                    Row{"json-despite-stream", nullptr}, Row{"no-done", nullptr}, Row{"crlf", nullptr}),
     [](const auto &row) {
         std::string name = row.param.model;
         std::replace(name.begin(), name.end(), '-', '_');

@@ -92,6 +92,20 @@ Words wordsOf(const E::PrivateCloudCouldNotAnswer &e)
     return {e.text};
 }
 
+Words wordsOf(E::ReplyBroken how)
+{
+    switch (how) {
+    case E::ReplyBroken::endedEarly:
+        return {u"The reply broke off before its end."_s, u"Try again."_s, true};
+    case E::ReplyBroken::serverError:
+        return {u"The AI provider broke this reply off with an error."_s, u"Try again."_s, true};
+    case E::ReplyBroken::filtered:
+        return {u"The AI provider's content filter ended this reply."_s,
+                u"Ask in other words, or choose another model."_s, true};
+    }
+    return {};
+}
+
 Words wordsOf(Plain plain)
 {
     switch (plain) {
@@ -125,6 +139,19 @@ Words wordsOf(Plain plain)
     case Plain::hostedBurstLimited:
         return {u"That's a lot of requests at once. Give it a few minutes."_s,
                 u"Hosted AI is rate-limited per hour to keep the app affordable; local AI has no limit."_s};
+    case Plain::contextTooLong:
+        return {
+            u"This chat is longer than the model can take in."_s,
+            u"Start a new chat, lower Messages sent along in Settings → AI, or choose a model with more room."_s};
+    case Plain::limitSpentThinking:
+        return {u"The model spent the whole reply on thinking."_s,
+                u"Raise Longest reply in Settings → AI, or choose a model that thinks less."_s, true};
+    case Plain::replyTooLarge:
+        return {u"The AI provider sent more than %1 reads in one reply."_s.arg(product()),
+                checkCompatibility};
+    case Plain::tooManyCalls:
+        return {u"The model asked for too many abilities at once."_s,
+                u"Try again, or choose another model."_s, true};
     }
     return {};
 }
@@ -145,12 +172,27 @@ ProviderError ProviderError::forStatus(int status)
     return Case(ServerError{status});
 }
 
+ProviderError ProviderError::quoting(QString words) const
+{
+    ProviderError quoted = *this;
+    quoted.m_serverWords = std::move(words);
+    return quoted;
+}
+
+// A server that was started without tools answers 500 and names them. One that refuses a request without a
+// word has not judged it: an old server does so on a connection that it should have closed.
 bool ProviderError::isToolRejection() const
 {
     static constexpr std::array rejecting{400, 404, 422, 501};
-    if (const auto *server = std::get_if<ServerError>(&reason()))
-        return std::find(rejecting.begin(), rejecting.end(), server->statusCode) != rejecting.end();
-    return is(Plain::malformedResponse);
+    const auto *server = std::get_if<ServerError>(&reason());
+    if (!server)
+        return is(Plain::malformedResponse);
+    const bool namesTools = m_serverWords.contains("tool"_L1, Qt::CaseInsensitive) ||
+                            m_serverWords.contains("function call"_L1, Qt::CaseInsensitive);
+    const bool isWordless = server->statusCode == 400 && m_serverWords.isEmpty();
+    return (namesTools && server->statusCode >= 500) ||
+           (!isWordless &&
+            std::find(rejecting.begin(), rejecting.end(), server->statusCode) != rejecting.end());
 }
 
 bool ProviderError::isPrivateCloudFallback() const

@@ -48,6 +48,8 @@ struct ProviderErrorCases {
         QString text;
         bool operator==(const PrivateCloudCouldNotAnswer &) const = default;
     };
+    // The reply ended before its end; what had come of it stays.
+    enum class ReplyBroken { endedEarly, serverError, filtered };
     enum class Plain {
         notConfigured,
         authenticationFailed,
@@ -60,10 +62,14 @@ struct ProviderErrorCases {
         modelLacksVision,
         localModelRequired,
         hostedBurstLimited,
+        contextTooLong,     // of the chat, for the model
+        limitSpentThinking, // the reply's limit, before its first word
+        replyTooLarge,      // past a limit of ours
+        tooManyCalls,       // likewise
     };
     using Case = std::variant<InvalidBaseURL, InsecureBaseURL, ServerError, LocalSetupFailed, ModelError,
                               CloudModelInPrivateMode, EnclaveUnverified, PrivateCloudBusy,
-                              PrivateCloudUnavailable, PrivateCloudCouldNotAnswer, Plain>;
+                              PrivateCloudUnavailable, PrivateCloudCouldNotAnswer, ReplyBroken, Plain>;
 };
 
 class ProviderError final : public ErrorFamily<ProviderErrorCases> {
@@ -73,6 +79,9 @@ public:
     // The error for a response status outside 200 to 299.
     [[nodiscard]] static ProviderError forStatus(int status);
 
+    // The same with the server's words: one bounded line, never logged readable.
+    [[nodiscard]] ProviderError quoting(QString words) const;
+
     // A server that may not support tools answered a request that carried some.
     [[nodiscard]] bool isToolRejection() const;
     // The private cloud was refused; a local model may answer instead.
@@ -81,6 +90,10 @@ public:
     [[nodiscard]] QString userMessage() const override;
     [[nodiscard]] std::optional<QString> recoverySuggestion() const override;
     [[nodiscard]] bool isRetryable() const override;
+    [[nodiscard]] QString quotedWords() const override { return m_serverWords; }
+
+private:
+    QString m_serverWords;
 };
 
 } // namespace morvane

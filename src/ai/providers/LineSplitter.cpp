@@ -23,7 +23,7 @@ std::optional<QByteArrayView> LineSplitter::next()
     const qsizetype stop = end < 0 ? m_piece.size() : end;
     const QByteArrayView bytes = QByteArrayView(m_piece).sliced(m_at, stop - m_at);
     if (m_carried.size() + bytes.size() > m_longestLine)
-        throw ProviderError(ProviderError::Plain::malformedResponse);
+        throw ProviderError(ProviderError::Plain::replyTooLarge);
     m_at = stop;
     if (end < 0) {
         m_carried.append(bytes);

@@ -20,7 +20,7 @@ public:
     void add(QByteArray piece);
 
     // The next whole line without its end, valid until the following call; nothing when more bytes are
-    // needed. Throws ProviderError::malformedResponse when a line passes the limit.
+    // needed. Throws ProviderError::replyTooLarge when a line passes the limit.
     [[nodiscard]] std::optional<QByteArrayView> next();
 
     // What stands behind the last line end once the body is over; nothing when that is no byte.

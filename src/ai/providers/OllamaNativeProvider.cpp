@@ -5,6 +5,7 @@
 #include "ai/providers/OllamaReply.h"
 #include "ai/providers/OllamaRequest.h"
 #include "ai/providers/ProviderFailure.h"
+#include "ai/providers/ServerWords.h"
 #include "utils/log/Log.h"
 #include "utils/text/Json.h"
 #include "utils/text/Text.h"
@@ -84,12 +85,13 @@ QCoro::Task<HttpResponse> validated(HttpResponse response, std::stop_token stop)
     const QByteArray body = co_await ProviderFailure::readStart(std::move(response), stop);
     const auto object = Json::parseObject(body);
     const QString message = object ? object->value("error"_L1).toString() : QString();
+    const QString words = ServerWords::of(body);
     Log::error(Log::Category::AIProvider, "Native Ollama HTTP %ld: %s"_L1, {status, message});
     for (const auto word : {"image"_L1, "vision"_L1}) {
         if (message.contains(word, Qt::CaseInsensitive))
-            throw ProviderError(Plain::modelLacksVision);
+            throw ProviderError(Plain::modelLacksVision).quoting(words);
     }
-    throw ProviderError::forStatus(status);
+    throw ServerWords::error(status, words);
 }
 
 QCoro::Task<> readAnswer(SharedQuestion question, Thinking thinking, OllamaReply::Events events)

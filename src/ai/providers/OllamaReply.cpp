@@ -19,6 +19,7 @@ ReplyLines::Progress OllamaReply::add(QByteArrayView line, Events &events)
         Log::error(Log::Category::AIProvider, "Native Ollama stream error: %s"_L1, {*chunk->errorMessage});
         throw ProviderError(ProviderError::ModelError{*chunk->errorMessage});
     }
+    m_hasThought = m_hasThought || chunk->isThinking;
     if (chunk->isThinking)
         events.yield(AIStream::Thinking{});
     if (!chunk->text.isEmpty()) {
@@ -28,6 +29,7 @@ ReplyLines::Progress OllamaReply::add(QByteArrayView line, Events &events)
     gather(std::move(chunk->toolCalls));
     if (!chunk->done)
         return ReplyLines::Progress::goesOn;
+    m_isDone = true;
     m_doneReason = chunk->doneReason;
     return ReplyLines::Progress::done;
 }
@@ -35,10 +37,14 @@ ReplyLines::Progress OllamaReply::add(QByteArrayView line, Events &events)
 void OllamaReply::finish(Events &events)
 {
     const bool isEmpty = !m_hasText && m_calls.empty();
+    if (!isEmpty && !m_isDone)
+        throw ProviderError(ProviderError::ReplyBroken::endedEarly);
     if (!m_calls.empty())
         events.yield(AIStream::ToolCalls{std::move(m_calls)});
     if (m_doneReason == "length"_L1)
         events.yield(AIStream::TruncatedByTokenLimit{});
+    if (isEmpty && m_hasThought && m_doneReason == "length"_L1)
+        throw ProviderError(Plain::limitSpentThinking);
     if (isEmpty)
         throw ProviderError(Plain::emptyResponse);
 }
@@ -52,9 +58,10 @@ void OllamaReply::gather(std::vector<AIToolCall> calls)
             call.id = u"call_%1"_s.arg(m_calls.size());
         m_callCharacters += call.id.size() + call.name.size() + call.argumentsJSON.size();
         m_calls.push_back(std::move(call));
-        if (m_calls.size() > OpenAIStreamParser::mostToolCalls ||
-            m_callCharacters > OpenAIStreamParser::ToolCallAccumulator::mostCharacters)
-            throw ProviderError(Plain::malformedResponse);
+        if (m_calls.size() > OpenAIStreamParser::mostToolCalls)
+            throw ProviderError(Plain::tooManyCalls);
+        if (m_callCharacters > OpenAIStreamParser::ToolCallAccumulator::mostCharacters)
+            throw ProviderError(Plain::replyTooLarge);
     }
 }
 

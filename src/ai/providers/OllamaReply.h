@@ -11,12 +11,12 @@ class OllamaReply {
 public:
     using Events = AsyncStream<AIStreamEvent>::Producer;
 
-    // Throws ProviderError: modelError for an error that the server reports midway, malformedResponse for
-    // more tool calls than any model asks for.
+    // Throws ProviderError: modelError for an error that the server reports midway, and what passes our
+    // limits.
     ReplyLines::Progress add(QByteArrayView line, Events &events);
 
     // What is due when reading has ended: the tool calls, then the note that the limit was hit. Throws
-    // ProviderError::emptyResponse when there was neither text nor a call.
+    // ProviderError when there was neither text nor a call, or no last line behind it.
     void finish(Events &events);
 
 private:
@@ -26,6 +26,8 @@ private:
     qsizetype m_callCharacters = 0; // UTF-16 units
     std::optional<QString> m_doneReason;
     bool m_hasText = false;
+    bool m_hasThought = false;
+    bool m_isDone = false;
 };
 
 } // namespace morvane

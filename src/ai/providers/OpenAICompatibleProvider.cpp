@@ -49,6 +49,11 @@ QCoro::Task<HttpResponse> open(SharedQuestion question, HttpRequest request, std
     co_return co_await ProviderFailure::validated(std::move(response), stop);
 }
 
+bool spentOnThinking(const Completion &completion)
+{
+    return completion.hasReasoning && completion.finishReason == OpenAIStreamParser::tokenLimit;
+}
+
 QCoro::Task<Completion> fetchWhole(SharedQuestion question, std::stop_token stop)
 {
     HttpRequest request = makeRequest(*question, Form::whole);
@@ -58,6 +63,8 @@ QCoro::Task<Completion> fetchWhole(SharedQuestion question, std::stop_token stop
     const QByteArray body =
         co_await readBody(std::move(response), OpenAICompatibleProvider::largestBody, stop);
     auto completion = OpenAIStreamParser::parseBody(body);
+    if (completion.isEmpty() && spentOnThinking(completion))
+        throw ProviderError(Plain::limitSpentThinking);
     if (completion.isEmpty())
         throw ProviderError(Plain::emptyResponse);
     note("Non-streaming request completed"_L1);
@@ -126,9 +133,14 @@ QCoro::Task<QString> testedReply(SharedQuestion question, std::stop_token stop)
         if (completion.text.isEmpty())
             throw ProviderError(Plain::emptyResponse);
         co_return completion.text;
+    } catch (const ProviderError &error) {
+        // Eight tokens are spent soon; the model is there and answers.
+        if (!error.is(Plain::limitSpentThinking))
+            throw;
     } catch (...) {
         throw ProviderFailure::mapped(std::current_exception());
     }
+    co_return QString();
 }
 
 } // namespace

@@ -9,7 +9,7 @@ namespace morvane {
 // local network, a model runtime on this machine. GUI thread.
 //
 // A reply under way owns all that it needs, so it outlives the provider. Bounds on what a server may send
-// are part of the contract here: past them a reply ends with ProviderError::malformedResponse.
+// are part of the contract here: past them a reply ends with ProviderError::replyTooLarge.
 class OpenAICompatibleProvider final : public AIConnectionTesting {
 public:
     // Bytes of one line of an event stream, and of a reply that comes as one JSON body.

@@ -1,7 +1,7 @@
 #include "ai/providers/OpenAIStreamParser.h"
 
-#include "ai/contract/ProviderError.h"
 #include "ai/providers/LineJson.h"
+#include "ai/providers/ServerWords.h"
 #include "utils/text/Json.h"
 #include "utils/text/Text.h"
 
@@ -15,6 +15,7 @@ namespace {
 
 constexpr QByteArrayView prefix{"data:"};
 constexpr QByteArrayView sentinel{"[DONE]"};
+constexpr QByteArrayView bareError{"error:"}; // as some servers write it into a stream
 
 [[noreturn]] void throwMalformed()
 {
@@ -35,6 +36,33 @@ std::optional<QJsonObject> firstChoice(const QJsonObject &object)
     return list.isEmpty() ? std::nullopt : std::optional(list.first().toObject());
 }
 
+// Two names are in use for it.
+bool hasReasoning(const QJsonObject &message)
+{
+    return !message["reasoning_content"_L1].toString().isEmpty() ||
+           !message["reasoning"_L1].toString().isEmpty();
+}
+
+bool tellsOfError(const QJsonObject &object)
+{
+    const QJsonValue error = object["error"_L1];
+    return error.isObject() || !error.toString().isEmpty();
+}
+
+Failed failureIn(const QJsonObject &object)
+{
+    const QJsonObject inner = object["error"_L1].toObject(object);
+    const int status = inner["code"_L1].toInt(inner["status"_L1].toInt());
+    return {status >= 400 && status <= 599 ? status : 0, ServerWords::of(object)};
+}
+
+Failed bareFailure(QByteArrayView words)
+{
+    const auto object = LineJson::parseObject(words);
+    return object ? failureIn(*object)
+                  : Failed{0, ServerWords::of(QJsonObject{{u"error"_s, QString::fromUtf8(words)}})};
+}
+
 ToolCallFragment fragment(const QJsonObject &entry, std::int64_t position)
 {
     const auto function = entry.value("function"_L1).toObject();
@@ -48,7 +76,7 @@ void appendFragments(std::vector<ToolAwareEvent> &events, const QJsonObject &sou
     if (!list.isArray())
         return;
     if (static_cast<std::size_t>(list.toArray().size()) > mostToolCalls)
-        throwMalformed();
+        throw ProviderError(ProviderError::Plain::tooManyCalls);
     const auto entries = Json::objects(source, "tool_calls"_L1);
     if (!entries)
         return;
@@ -67,7 +95,7 @@ std::optional<AIToolCall> call(const QJsonObject &entry, std::size_t position)
     if (arguments.isEmpty())
         arguments = u"{}"_s;
     auto id = Json::string(entry, "id"_L1);
-    return AIToolCall{id ? *id : u"call_%1"_s.arg(position), *name, arguments};
+    return AIToolCall{id && !id->isEmpty() ? *id : u"call_%1"_s.arg(position), *name, arguments};
 }
 
 } // namespace
@@ -75,12 +103,16 @@ std::optional<AIToolCall> call(const QJsonObject &entry, std::size_t position)
 std::vector<ToolAwareEvent> classify(QByteArrayView line)
 {
     line = Text::trimmedBlanks(line);
+    if (line.startsWith(bareError))
+        return {bareFailure(Text::trimmedBlanks(line.sliced(bareError.size())))};
     if (!line.startsWith(prefix))
         return {Ignored{}};
     const QByteArrayView payload = Text::trimmedBlanks(line.sliced(prefix.size()));
     if (payload == sentinel)
         return {Done{}};
     const auto object = LineJson::parseObject(payload);
+    if (object && tellsOfError(*object))
+        return {failureIn(*object)};
     const auto choice = object ? firstChoice(*object) : std::nullopt;
     if (!choice)
         return {Ignored{}};
@@ -97,14 +129,29 @@ std::vector<ToolAwareEvent> classify(QByteArrayView line)
     appendFragments(events, delta.isObject() ? source : choice->value("message"_L1).toObject());
     if (const QJsonValue reason = choice->value("finish_reason"_L1); reason.isString())
         events.emplace_back(Finished{reason.toString()});
+    if (events.empty() && hasReasoning(source))
+        events.emplace_back(Reasoned{});
     if (events.empty())
         events.emplace_back(Ignored{});
     return events;
 }
 
+std::optional<ProviderError::ReplyBroken> brokenBy(const QString &finishReason)
+{
+    if (finishReason == "error"_L1)
+        return ProviderError::ReplyBroken::serverError;
+    if (finishReason == "content_filter"_L1)
+        return ProviderError::ReplyBroken::filtered;
+    return std::nullopt;
+}
+
 Completion parseBody(QByteArrayView body)
 {
     const auto object = Json::parseObject(body);
+    if (object && !object->contains("choices"_L1) && tellsOfError(*object)) {
+        const Failed failure = failureIn(*object);
+        throw ServerWords::error(failure.status, failure.serverWords);
+    }
     const auto choice = object ? firstChoice(*object) : std::nullopt;
     const auto message = choice ? Json::object(*choice, "message"_L1) : std::nullopt;
     if (!message)
@@ -113,13 +160,14 @@ Completion parseBody(QByteArrayView body)
     Completion completion;
     const auto content = Json::string(*message, "content"_L1);
     completion.text = content.value_or(QString());
+    completion.hasReasoning = hasReasoning(*message);
     const auto entries = Json::objects(*message, "tool_calls"_L1).value_or(std::vector<QJsonObject>());
     for (std::size_t position = 0; position < entries.size(); ++position) {
         if (auto made = call(entries[position], position))
             completion.toolCalls.push_back(std::move(*made));
     }
     completion.finishReason = Json::string(*choice, "finish_reason"_L1);
-    if (completion.isEmpty() && !content)
+    if (completion.isEmpty() && !content && !completion.hasReasoning)
         throwMalformed();
     return completion;
 }

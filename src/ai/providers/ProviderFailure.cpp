@@ -1,9 +1,8 @@
 #include "ai/providers/ProviderFailure.h"
 
+#include "ai/providers/ServerWords.h"
 #include "async/CancelledError.h"
 #include "utils/log/Log.h"
-#include "utils/text/Json.h"
-#include "utils/text/Text.h"
 
 namespace morvane {
 
@@ -23,7 +22,7 @@ ProviderError mappedTransport(TransportError::Code code)
     case TransportError::Code::UnsupportedURL:
         return ProviderError(ProviderError::InvalidBaseURL{u"the configured URL"_s});
     case TransportError::Code::ResponseTooLarge: // our own limit: the server's answer is beyond all use
-        return ProviderError(Plain::malformedResponse);
+        return ProviderError(Plain::replyTooLarge);
     case TransportError::Code::Blocked:
     case TransportError::Code::CannotConnect:
     case TransportError::Code::ConnectionLost:
@@ -58,12 +57,12 @@ QCoro::Task<HttpResponse> ProviderFailure::validated(HttpResponse response, std:
     if (isSuccess(status))
         co_return std::move(response);
     const QByteArray body = co_await readStart(std::move(response), stop);
-    const QString words = summary(body);
+    const QString words = ServerWords::of(body);
     if (words.isEmpty())
         Log::error(Log::Category::AIProvider, "Provider HTTP error %ld"_L1, {status});
     else
-        Log::error(Log::Category::AIProvider, "Provider HTTP error %ld: %{public}s"_L1, {status, words});
-    throw ProviderError::forStatus(status);
+        Log::error(Log::Category::AIProvider, "Provider HTTP error %ld: %s"_L1, {status, words});
+    throw ServerWords::error(status, words);
 }
 
 QCoro::Task<QByteArray> ProviderFailure::readStart(HttpResponse response, std::stop_token stop)
@@ -78,20 +77,6 @@ QCoro::Task<QByteArray> ProviderFailure::readStart(HttpResponse response, std::s
     } catch (const TransportError &) {
     }
     co_return body;
-}
-
-QString ProviderFailure::summary(QByteArrayView body)
-{
-    constexpr qsizetype longest = 160;
-    const auto object = Json::parseObject(body);
-    if (!object)
-        return {};
-    const auto inner = Json::object(*object, "error"_L1);
-    QString message = Json::string(inner ? *inner : *object, "message"_L1).value_or(QString());
-    message.replace("\r\n"_L1, " "_L1).replace(u'\n', u' ').replace(u'\r', u' ');
-    if (Text::characterCount(message) <= longest)
-        return message;
-    return Text::prefix(message, longest) + u'…';
 }
 
 } // namespace morvane

@@ -17,8 +17,8 @@ inline constexpr qsizetype errorBodyLimit = 0x10000;
 // Every error that leaves a provider: cancellation, transport errors and the rest as a ProviderError.
 [[nodiscard]] ProviderError mapped(const std::exception_ptr &error);
 
-// Returns the response untouched when its status is 200 to 299; else reads its body, logs the server's words
-// and throws the status's ProviderError.
+// Returns the response untouched when its status is 200 to 299; else reads its body and throws the
+// ProviderError for it, with the server's words.
 [[nodiscard]] QCoro::Task<HttpResponse> validated(HttpResponse response, std::stop_token stop);
 
 // The start of a body, up to the limit. A connection that breaks here is just its end.
@@ -28,10 +28,6 @@ inline constexpr qsizetype errorBodyLimit = 0x10000;
 {
     return status >= 200 && status <= 299;
 }
-
-// The server's own words about an error, in one line, at most 160 characters and "…". Empty when the body has
-// none.
-[[nodiscard]] QString summary(QByteArrayView body);
 
 } // namespace ProviderFailure
 

@@ -22,7 +22,7 @@ enum class Progress { goesOn, done };
 using Reader = std::function<Progress(QByteArrayView line)>;
 
 // Returns when the reader is done or the body is over; the last line needs no line end. Throws CancelledError
-// once `stop` is triggered, TransportError when the connection breaks, ProviderError::malformedResponse for a
+// once `stop` is triggered, TransportError when the connection breaks, ProviderError::replyTooLarge for a
 // line past `longest`, and what the reader throws.
 [[nodiscard]] QCoro::Task<> read(HttpResponse response, Reader reader, std::stop_token stop);
 

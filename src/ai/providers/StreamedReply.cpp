@@ -2,17 +2,14 @@
 
 #include "ai/contract/ProviderError.h"
 #include "ai/providers/LineJson.h"
+#include "ai/providers/ServerWords.h"
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
 namespace Parser = OpenAIStreamParser;
-
-namespace {
-
-constexpr QLatin1StringView tokenLimit{"length"};
-
-} // namespace
+using Parser::tokenLimit;
+using Broken = ProviderError::ReplyBroken;
 
 StreamedReply::Progress StreamedReply::add(QByteArrayView line, Events &events)
 {
@@ -25,8 +22,15 @@ StreamedReply::Progress StreamedReply::add(QByteArrayView line, Events &events)
             m_hasContent = true;
             m_accumulator.add(*fragment);
         } else if (const auto *finished = std::get_if<Parser::Finished>(&event)) {
-            m_isTruncated = m_isTruncated || finished->reason == tokenLimit;
+            end(finished->reason);
+        } else if (const auto *failed = std::get_if<Parser::Failed>(&event)) {
+            throw m_hasContent || failed->status == 0
+                ? ProviderError(Broken::serverError).quoting(failed->serverWords)
+                : ServerWords::error(failed->status, failed->serverWords);
+        } else if (std::holds_alternative<Parser::Reasoned>(event)) {
+            m_hasReasoning = true;
         } else if (std::holds_alternative<Parser::Done>(event)) {
+            m_isEnded = true;
             progress = Progress::done;
         } else if (!m_hasContent && m_raw.size() < rawBufferLimit) {
             m_raw.append(line).append('\n');
@@ -35,8 +39,20 @@ StreamedReply::Progress StreamedReply::add(QByteArrayView line, Events &events)
     return progress;
 }
 
+void StreamedReply::end(const QString &reason)
+{
+    m_isEnded = true;
+    m_isTruncated = m_isTruncated || reason == tokenLimit;
+    if (const auto broken = Parser::brokenBy(reason))
+        throw ProviderError(*broken);
+}
+
 void StreamedReply::finish(Events &events)
 {
+    if (m_hasContent && !m_isEnded)
+        throw ProviderError(Broken::endedEarly);
+    if (!m_hasContent && m_hasReasoning && m_isTruncated)
+        throw ProviderError(ProviderError::Plain::limitSpentThinking);
     auto calls = m_accumulator.finish();
     if (!calls.empty())
         events.yield(AIStream::ToolCalls{std::move(calls)});
@@ -64,6 +80,8 @@ void yieldCompletion(const Parser::Completion &completion, StreamedReply::Events
         events.yield(AIStream::ToolCalls{completion.toolCalls});
     if (completion.finishReason == tokenLimit)
         events.yield(AIStream::TruncatedByTokenLimit{});
+    if (const auto broken = Parser::brokenBy(completion.finishReason.value_or(QString())))
+        throw ProviderError(*broken);
 }
 
 } // namespace morvane

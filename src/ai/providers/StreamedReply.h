@@ -20,10 +20,11 @@ public:
 
     using Progress = ReplyLines::Progress;
 
-    // Throws ProviderError::malformedResponse past the accumulator's limits.
+    // Throws ProviderError past the accumulator's limits, and when the server tells that the reply is broken.
     Progress add(QByteArrayView line, Events &events);
 
-    // What is due when reading has ended: the tool calls, then the note that the limit was hit.
+    // What is due when reading has ended: the tool calls, then the note that the limit was hit. Throws
+    // ProviderError when the reply has content and no end, or was spent on thinking.
     void finish(Events &events);
 
     // Text or a part of a tool call came.
@@ -33,13 +34,18 @@ public:
     [[nodiscard]] std::optional<OpenAIStreamParser::Completion> plainBody() const;
 
 private:
+    void end(const QString &reason);
+
     OpenAIStreamParser::ToolCallAccumulator m_accumulator;
     QByteArray m_raw;
     bool m_hasContent = false;
+    bool m_hasReasoning = false;
     bool m_isTruncated = false;
+    bool m_isEnded = false; // the server gave a reason or closed the stream
 };
 
-// The events of a reply that came whole, in the order of a streamed one.
+// The events of a reply that came whole, in the order of a streamed one. Throws ProviderError behind them
+// when its finish reason says that it is broken.
 void yieldCompletion(const OpenAIStreamParser::Completion &completion, StreamedReply::Events &events);
 
 } // namespace morvane

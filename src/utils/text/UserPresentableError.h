@@ -15,6 +15,9 @@ public:
     [[nodiscard]] virtual std::optional<QString> recoverySuggestion() const { return std::nullopt; }
     [[nodiscard]] virtual bool isRetryable() const = 0;
 
+    // What the other side said about it: one bounded line that is shown as theirs. Empty for nothing.
+    [[nodiscard]] virtual QString quotedWords() const { return {}; }
+
     // For logs of last resort only; people read userMessage().
     [[nodiscard]] const char *what() const noexcept override { return "user-presentable error"; }
 };
@@ -24,6 +27,7 @@ struct ErrorPresentation {
     QString message;
     std::optional<QString> suggestion;
     bool retryable = true;
+    QString quotation; // what the server says, as a sentence; empty for nothing
 
     bool operator==(const ErrorPresentation &) const = default;
 };

@@ -8,12 +8,14 @@
 
 namespace morvane {
 
-// The error shown above the composer: one sentence, a suggestion, and what can be done about it.
+// The error shown above the composer: one sentence, what the server said, a suggestion, and what can be done
+// about it.
 struct ErrorBanner {
     Q_GADGET
     QML_VALUE_TYPE(errorBanner)
     Q_PROPERTY(QString message MEMBER message)
     Q_PROPERTY(QString suggestion MEMBER suggestion)
+    Q_PROPERTY(QString quotation MEMBER quotation)
     Q_PROPERTY(bool retryable MEMBER retryable)
 
 public:
@@ -27,12 +29,16 @@ public:
     bool retryable = false;
     Recovery recovery = Recovery::none;
     Retry retry = Retry::lastChatTurn;
+    QString quotation; // what the server says; empty for nothing
 
     bool operator==(const ErrorBanner &) const = default;
 
     [[nodiscard]] static ErrorBanner of(const ErrorPresentation &presentation)
     {
-        return {presentation.message, presentation.suggestion.value_or(QString()), presentation.retryable};
+        return {.message = presentation.message,
+                .suggestion = presentation.suggestion.value_or(QString()),
+                .retryable = presentation.retryable,
+                .quotation = presentation.quotation};
     }
 };
 

@@ -77,7 +77,8 @@ QCoro::Task<> AISettingsViewModel::runTest(QPointer<AISettingsViewModel> self, s
 
 void AISettingsViewModel::failTest(const ErrorPresentation &why)
 {
-    finishTest(TestState::failed, why.message, why.suggestion.value_or(QString()));
+    const QString said = why.quotation.isEmpty() ? QString() : u' ' + why.quotation;
+    finishTest(TestState::failed, why.message + said, why.suggestion.value_or(QString()));
 }
 
 void AISettingsViewModel::finishTest(TestState state, const QString &message, const QString &suggestion)

@@ -3,13 +3,14 @@ import QtQuick.Layouts
 import Morvane
 import Morvane.ViewModels
 
-// What went wrong in one sentence, what may help, and the one thing to do about it.
+// What went wrong in one sentence, the server's own words, what may help, and the one thing to do about it.
 Rectangle {
     id: root
 
     required property ChatViewModel chat
     readonly property string message: chat.banner.message
     readonly property string suggestion: chat.banner.suggestion
+    readonly property string quotation: chat.banner.quotation
 
     implicitHeight: content.implicitHeight + 2 * Theme.gap12
     radius: Theme.panelRadius
@@ -18,7 +19,7 @@ Rectangle {
     border.color: Theme.hairline
 
     Accessible.role: Accessible.AlertMessage
-    Accessible.name: message + " " + suggestion
+    Accessible.name: message + (quotation.length > 0 ? " " + quotation : "") + " " + suggestion
 
     RowLayout {
         id: content
@@ -42,6 +43,13 @@ Rectangle {
                 text: root.message
                 color: Theme.text
                 font.weight: Font.Medium
+            }
+            SmallText {
+                objectName: "serverWords"
+                Layout.fillWidth: true
+                visible: text.length > 0
+                text: root.quotation
+                font.italic: true
             }
             SmallText {
                 Layout.fillWidth: true

@@ -155,7 +155,8 @@ TEST_F(AgentLoopTest, AClaimedEventIsTakenBackUnlessOneWasMade)
 
 TEST_F(AgentLoopTest, AServerThatRejectsToolsIsAskedWithoutThem)
 {
-    const ProviderError rejection(ProviderError::ServerError{400});
+    const ProviderError rejection =
+        ProviderError(ProviderError::ServerError{400}).quoting(u"no tools here"_s);
     const LogCapture log;
     const PlayedRun run = play({{{text(u"Half "_s)}, failure(rejection)}, {{text(u"Whole."_s)}}});
     EXPECT_EQ(run.shown(), u"Half Whole."_s) << "what went out stays";

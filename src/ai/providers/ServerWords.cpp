@@ -1,0 +1,98 @@
+#include "ai/providers/ServerWords.h"
+
+#include "utils/text/Json.h"
+#include "utils/text/Text.h"
+
+#include <QJsonArray>
+
+#include <algorithm>
+#include <array>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qsizetype longest = 300;
+constexpr qsizetype longestRead = 4096; // UTF-16 units, before it is made plain
+constexpr int deepest = 4;
+
+QString plain(const QString &words)
+{
+    QString line = words.first(std::min(words.size(), longestRead));
+    const auto isUnfit = [](QChar c) {
+        return c.category() == QChar::Other_Control || c.category() == QChar::Other_Format;
+    };
+    std::replace_if(line.begin(), line.end(), isUnfit, u' ');
+    line = line.simplified();
+    return Text::hasAtLeast(line, longest + 1) ? Text::prefix(line, longest) + u'…' : line;
+}
+
+QString wordsIn(const QJsonValue &value, int depth);
+
+// A schema's complaint: what is wrong, and the field that it is about.
+QString complaint(const QJsonObject &entry)
+{
+    const QString words = entry["msg"_L1].toString();
+    const QString field = entry["loc"_L1].toArray().last().toString();
+    return field.isEmpty() || words.isEmpty() ? words : field + u": "_s + words;
+}
+
+QString wordsIn(const QJsonObject &object, int depth)
+{
+    for (const auto key : {"error"_L1, "message"_L1, "detail"_L1}) {
+        if (const QString words = wordsIn(object[key], depth); !words.isEmpty())
+            return words;
+    }
+    return complaint(object);
+}
+
+QString wordsIn(const QJsonValue &value, int depth)
+{
+    if (depth >= deepest)
+        return {};
+    if (value.isObject())
+        return wordsIn(value.toObject(), depth + 1);
+    if (value.isArray() && !value.toArray().isEmpty())
+        return wordsIn(value.toArray().first(), depth + 1);
+    return value.toString();
+}
+
+bool nameOne(QStringView words, std::span<const QLatin1StringView> phrases)
+{
+    return std::any_of(phrases.begin(), phrases.end(),
+                       [&](QLatin1StringView phrase) { return words.contains(phrase, Qt::CaseInsensitive); });
+}
+
+// As llama.cpp, vLLM, Ollama and the large services put it.
+bool tellOfFullContext(QStringView words)
+{
+    static constexpr std::array phrases{"context length"_L1, "context size"_L1,    "context window"_L1,
+                                        "context limit"_L1,  "maximum context"_L1, "prompt is too long"_L1,
+                                        "context shift"_L1,  "too many tokens"_L1, "context_length"_L1};
+    return nameOne(words, phrases);
+}
+
+} // namespace
+
+QString ServerWords::of(const QJsonObject &answer)
+{
+    return plain(wordsIn(answer, 0));
+}
+
+QString ServerWords::of(QByteArrayView body)
+{
+    const auto object = Json::parseObject(body);
+    return object ? of(*object) : QString();
+}
+
+ProviderError ServerWords::error(int status, const QString &words)
+{
+    const bool isAboutTheRequest = status == 400 || status == 413 || status == 422 || status >= 500;
+    if (isAboutTheRequest && tellOfFullContext(words))
+        return ProviderError(ProviderError::Plain::contextTooLong).quoting(words);
+    return ProviderError::forStatus(status).quoting(words);
+}
+
+} // namespace morvane

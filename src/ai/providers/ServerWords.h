@@ -1,0 +1,22 @@
+#pragma once
+
+#include "ai/contract/ProviderError.h"
+
+#include <QJsonObject>
+
+namespace morvane {
+
+// What a server says about an error, and what that tells.
+namespace ServerWords {
+
+// One line without control or formatting characters, at most 300 characters and "…". Empty when the object
+// has none. Services put them into "error", "message" or "detail", as a text, an object or a list.
+[[nodiscard]] QString of(const QJsonObject &answer);
+[[nodiscard]] QString of(QByteArrayView body);
+
+// The error for a refused request: by its status, or for what the words name.
+[[nodiscard]] ProviderError error(int status, const QString &words);
+
+} // namespace ServerWords
+
+} // namespace morvane
