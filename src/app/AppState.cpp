@@ -57,6 +57,7 @@ void AppState::letThePersonApprove()
     hooks.approvalHandler = ask(false);
     hooks.chatWideApprovalHandler = ask(true);
     m_assistant.tools->setHooks(std::move(hooks));
+    connect(m_presentation.chat.get(), &ChatViewModel::needsAttention, this, &AppState::mainWindowRequested);
 }
 
 // Who used an older build learns once what went; a first start has nothing to be told.

@@ -50,7 +50,8 @@ public:
     }
 
     // co_await yields the next event, or nothing at the normal end, or throws the stream's error. Throws
-    // CancelledError once `stop` is triggered, whatever is buffered.
+    // CancelledError once `stop` is triggered, whatever is buffered. A stop that comes during the wait reaches
+    // the producer at once, before the consumer is resumed: what else is queued must find it stopped.
     [[nodiscard]] Next next(std::stop_token stop = {}) { return Next(m_state, std::move(stop)); }
 
     // The next event if it is already here; never waits and never throws.
@@ -174,7 +175,7 @@ public:
     void await_suspend(std::coroutine_handle<> handle)
     {
         m_state->waiter = handle;
-        m_onStop = std::make_shared<StopCallback>(m_stop, Wake{m_state});
+        m_onStop = std::make_shared<StopCallback>(m_stop, End{m_state});
     }
 
     std::optional<T> await_resume()
@@ -189,11 +190,15 @@ public:
     }
 
 private:
-    struct Wake {
+    struct End {
         std::shared_ptr<State> state;
-        void operator()() const { state->wake(); }
+        void operator()() const
+        {
+            state->wake();
+            state->producerStop.request_stop();
+        }
     };
-    using StopCallback = std::stop_callback<Wake>;
+    using StopCallback = std::stop_callback<End>;
 
     std::shared_ptr<State> m_state;
     std::stop_token m_stop;

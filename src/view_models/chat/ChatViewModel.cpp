@@ -166,9 +166,9 @@ void ChatViewModel::startTurn(TurnPlan plan)
 
 void ChatViewModel::stopResponding()
 {
-    m_approvals.resolve(ApprovalAnswer::declined);
     if (m_latestTurn)
         m_latestTurn->stop();
+    m_approvals.resolve(ApprovalAnswer::declined); // of a turn that is stopped by now: nothing follows
     setResponding(false);
     m_services.companion.reset();
 }
