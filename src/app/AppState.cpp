@@ -119,7 +119,7 @@ AppState::Termination AppState::shouldTerminate()
 
 void AppState::willTerminate()
 {
-    m_presentation.chat->stopResponding();
+    m_presentation.chat->endTurns();
     try {
         m_storage.repository->save();
     } catch (const PersistenceError &) {

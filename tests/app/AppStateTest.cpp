@@ -5,6 +5,7 @@
 #include "app/WhatChangedNotice.h"
 #include "async/Work.h"
 #include "memory/MemoryStore.h"
+#include "models/Conversation.h"
 #include "persistence/ChatStoreLocation.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/Database.h"
@@ -237,22 +238,33 @@ TEST_F(AppStateTest, QuittingAsksAboutAGhostChatWithMessages)
     EXPECT_TRUE(GhostQuestion::ask(true).text.endsWith(u"To keep it, cancel and unlock first."_s));
 }
 
-TEST_F(AppStateTest, QuittingEndsTheProgramAndItsTurnUnlessThePersonHasToBeAsked)
+TEST_F(AppStateTest, QuittingEndsTheProgramAndStoresWhatHadArrivedUnlessThePersonHasToBeAsked)
 {
     start();
     Ghost ghost;
     state->setGhost(&ghost);
-    AppDelegate delegate(*qGuiApp, *state);
+    auto delegate = std::make_unique<AppDelegate>(*qGuiApp, *state);
     EXPECT_FALSE(QGuiApplication::quitOnLastWindowClosed());
-    ScriptedServer silent([](ScriptedServer::Connection &connection) { connection.awaitClose(); });
-    state->storage().settings->setBaseURLString(silent.url(u"/v1"_s).toString());
+    ScriptedServer slow([](ScriptedServer::Connection &connection) {
+        while (connection.readRequest().value_or(ScriptedServer::Request{"POST "}).method() != "POST")
+            connection.send(ScriptedServer::response("404 Not Found", {})); // it is asked what it is first
+        connection.send("HTTP/1.1 200 OK\r\nContent-Type: text/event-stream\r\n\r\n"
+                        "data: {\"choices\":[{\"delta\":{\"content\":\"half a\"}}]}\n\n");
+        connection.awaitClose();
+    });
+    state->storage().settings->setBaseURLString(slow.url(u"/v1"_s).toString());
     state->storage().settings->setModel(u"practice"_s);
     state->presentation().chat->sendMessage(u"a turn at work"_s, std::nullopt);
     EXPECT_TRUE(state->presentation().chat->isResponding());
+    const auto *messages = state->presentation().chat->messages();
+    TestWait::until([&] {
+        const auto *indicator = messages->indicator(messages->messages().back()->id());
+        return std::holds_alternative<ReplyIndicator::Streaming>(indicator->state());
+    });
     const LogCapture log;
     const auto quit = [&] {
-        QTimer::singleShot(0, &delegate, &AppDelegate::requestQuit);
-        QTimer::singleShot(100, &delegate, [] { QCoreApplication::exit(7); }); // it goes on
+        QTimer::singleShot(0, delegate.get(), &AppDelegate::requestQuit);
+        QTimer::singleShot(100, delegate.get(), [] { QCoreApplication::exit(7); }); // it goes on
         return QGuiApplication::exec();
     };
     EXPECT_EQ(quit(), 7);
@@ -260,6 +272,13 @@ TEST_F(AppStateTest, QuittingEndsTheProgramAndItsTurnUnlessThePersonHasToBeAsked
     EXPECT_EQ(quit(), 0);
     EXPECT_FALSE(state->presentation().chat->isResponding());
     EXPECT_EQ(log.lines().count(u"app: Application will terminate"_s), 1);
+
+    const QUuid id = state->presentation().chat->conversation()->id();
+    delegate.reset();
+    start(); // no event of the former run was handled after its quit
+    const auto reply = state->storage().repository->find(id)->messages().back();
+    EXPECT_EQ(reply->content(), u"half a"_s);
+    EXPECT_EQ(reply->status(), MessageStatus::cancelled);
 }
 
 } // namespace

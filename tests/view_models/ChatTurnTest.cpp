@@ -240,9 +240,29 @@ TEST_F(ChatTurnTest, WhatCannotBeSavedIsSaidAndTheTurnGoesOn)
     EXPECT_EQ(chat.banner().message, u"The conversation could not be saved."_s);
     EXPECT_EQ(lastMessage()->status(), MessageStatus::delivered);
     EXPECT_FALSE(chat.isResponding());
+    const auto tooLong = lastMessage();
     send(u"more"_s);
     EXPECT_TRUE(chat.hasBanner()) << "neither could the question be";
     EXPECT_EQ(sentWords().back(), u"more"_s);
+
+    ChatViewModel other(services); // with no chat to write to, and no room for a new one
+    other.setPendingAttachment(ImportedAttachment{.id = QUuid::createUuid(), .filename = u"kept.txt"_s});
+    other.setDraft(u"keep me"_s);
+    other.send();
+    EXPECT_EQ(other.draft(), u"keep me"_s);
+    other.retry();
+    EXPECT_TRUE(other.hasBanner());
+    chat.retry();
+    EXPECT_TRUE(chat.hasBanner()) << "nothing has changed";
+    tooLong->setContent(u"short"_s);
+    chat.retry();
+    EXPECT_FALSE(chat.hasBanner());
+    EXPECT_FALSE(repository.context().hasChanges());
+    other.send();
+    EXPECT_EQ(other.messages()->rowCount(), 2);
+    EXPECT_EQ(other.messages()->messages()[0]->attachmentName(), u"kept.txt"_s);
+    other.stopResponding();
+    TestWait::settle();
 }
 
 TEST_F(ChatTurnTest, ContinueAppendsToTheSameReplyAndStoresNoPrompt)
@@ -371,7 +391,8 @@ TEST_F(ChatTurnTest, ChatsAreOpenedRenamedAndRemovedAndATurnStaysInItsOwn)
     const auto reply = lastMessage();
     const QString firstId = chat.conversationId();
     chat.open(firstId);
-    EXPECT_TRUE(chat.isResponding()) << "it is open already";
+    chat.open(u"no chat's id"_s);
+    EXPECT_TRUE(chat.isResponding()) << "it is open already, and the other is not there";
     chat.showError(errorOf(ProviderError::Plain::rateLimited));
     chat.newConversation();
     TestWait::settle();

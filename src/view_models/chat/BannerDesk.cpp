@@ -11,9 +11,9 @@ BannerDesk::BannerDesk(CompanionViewModel &companion, QObject *parent)
     , m_companion(companion)
 {}
 
-void BannerDesk::show(const std::exception_ptr &error)
+void BannerDesk::show(const std::exception_ptr &error, ErrorBanner::Retry retry)
 {
-    set(ErrorBanner::of(presentationOf(error)));
+    set(ErrorBanner::of(presentationOf(error), retry));
     m_companion.flash(CompanionState::error, 2s);
 }
 

@@ -21,7 +21,7 @@ public:
     [[nodiscard]] const std::optional<ErrorBanner> &banner() const { return m_banner; }
 
     // In place of any former one; the companion shows it too, for a moment.
-    void show(const std::exception_ptr &error);
+    void show(const std::exception_ptr &error, ErrorBanner::Retry retry = ErrorBanner::Retry::lastChatTurn);
     void dismiss() { set(std::nullopt); }
 
 Q_SIGNALS:

@@ -8,6 +8,9 @@
 #include "utils/text/Identifier.h"
 #include "view_models/chat/AnswerProofs.h"
 #include "view_models/chat/MessageListModel.h"
+#include "view_models/chat/ToolLabels.h"
+
+#include <utility>
 
 namespace morvane {
 
@@ -67,6 +70,12 @@ void ChatTurn::start()
         [self = QPointer(this)](std::stop_token stop) { return run(self, std::move(stop)); });
 }
 
+void ChatTurn::stopNow()
+{
+    stop();
+    end(true, nullptr);
+}
+
 QCoro::Task<> ChatTurn::run(QPointer<ChatTurn> self, std::stop_token stop)
 {
     std::exception_ptr failure;
@@ -118,6 +127,8 @@ void ChatTurn::requireText() const
 
 void ChatTurn::end(bool wasStopped, std::exception_ptr failure)
 {
+    if (std::exchange(m_hasEnded, true))
+        return;
     if (m_recorder)
         m_recorder->store(); // text that had arrived stays, however the turn ends
     m_recorder.reset();

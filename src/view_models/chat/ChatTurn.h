@@ -49,6 +49,8 @@ public:
 
     // The turn ends as cancelled a moment later, when others may have begun.
     void stop() { m_task.requestStop(); }
+    // The turn ends as cancelled before this returns. Not for callers that the turn itself may have called.
+    void stopNow();
 
     [[nodiscard]] const ChatMessage &reply() const { return *m_plan.reply; }
     [[nodiscard]] const Conversation &conversation() const { return *m_plan.conversation; }
@@ -81,6 +83,7 @@ private:
     Ending m_ending = Ending::completed;
     std::exception_ptr m_error;
     std::exception_ptr m_saveError;
+    bool m_hasEnded = false;
     TaskHandle m_task;
 };
 

@@ -104,12 +104,20 @@ void ChatViewModel::refreshMessages()
 
 // What begins a turn
 
+// Without one to write to, a new one is tried; when there is no room for it the banner says so.
+bool ChatViewModel::hasConversation()
+{
+    if (!m_open.current())
+        m_open.openNew();
+    return m_open.current() != nullptr;
+}
+
 void ChatViewModel::send()
 {
-    if (!canSend())
+    const auto attachment = m_pendingAttachment; // a chat that is opened now lets go of it
+    if (!canSend() || !hasConversation())
         return;
     const QString text = Text::trimmed(m_draft);
-    const auto attachment = m_pendingAttachment;
     setDraft({});
     setPendingAttachment(std::nullopt);
     sendMessage(text, attachment);
@@ -126,6 +134,29 @@ void ChatViewModel::sendMessage(const QString &text, const std::optional<Importe
     Q_EMIT conversationsChanged();
     Q_EMIT messageSent();
     startTurn(std::move(plan));
+}
+
+void ChatViewModel::retry()
+{
+    switch (m_banner.banner().value_or(ErrorBanner{}).retry) {
+    case ErrorBanner::Retry::lastChatTurn:
+        return retryLastTurn();
+    case ErrorBanner::Retry::save:
+        return save();
+    case ErrorBanner::Retry::newChat:
+        m_banner.dismiss();
+        return m_open.openNew();
+    }
+}
+
+void ChatViewModel::save()
+{
+    m_banner.dismiss();
+    try {
+        m_services.repository.save();
+    } catch (...) {
+        m_banner.show(std::current_exception(), ErrorBanner::Retry::save);
+    }
 }
 
 void ChatViewModel::retryLastTurn()
@@ -173,12 +204,19 @@ void ChatViewModel::stopResponding()
     m_services.companion.reset();
 }
 
+void ChatViewModel::endTurns()
+{
+    stopResponding();
+    while (!m_turns.empty())
+        m_turns.front()->stopNow(); // leaves the list as it ends
+}
+
 void ChatViewModel::turnEnded(ChatTurn &turn)
 {
     refreshMessages();
     tellEnding(turn);
     if (turn.saveError())
-        m_banner.show(turn.saveError());
+        m_banner.show(turn.saveError(), ErrorBanner::Retry::save);
     if (m_latestTurn == &turn) {
         setResponding(false);
         m_approvals.resolve(ApprovalAnswer::declined);

@@ -110,9 +110,14 @@ public:
     // Sends the draft and the pending attachment; nothing unless canSend().
     Q_INVOKABLE void send();
     void sendMessage(const QString &text, const std::optional<ImportedAttachment> &attachment);
+    // What the banner offers: the last turn, the save or the new chat that failed.
+    Q_INVOKABLE void retry();
     Q_INVOKABLE void retryLastTurn();
     Q_INVOKABLE void continueReply(const QString &messageId);
     Q_INVOKABLE void stopResponding();
+    // The same where no event loop will run again: when this returns, every turn has ended and what had
+    // arrived is in its record.
+    void endTurns();
     // The text of the newest reply that has any; empty for none.
     Q_INVOKABLE QString lastAnswer() const;
     Q_INVOKABLE void dismissBanner() { m_banner.dismiss(); }
@@ -144,6 +149,8 @@ Q_SIGNALS:
     void replyFinished(const QString &text); // for assistive technology
 
 private:
+    [[nodiscard]] bool hasConversation();
+    void save();
     void showOpened();
     void refreshMessages();
     void startTurn(TurnPlan plan);

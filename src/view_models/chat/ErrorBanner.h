@@ -20,7 +20,7 @@ struct ErrorBanner {
 
 public:
     // What the Retry button runs again.
-    enum class Retry { lastChatTurn };
+    enum class Retry { lastChatTurn, save, newChat };
     // A remedy offered beside it.
     enum class Recovery { none, openScreenRecordingSettings, relaunchForScreenRecording, restartLocalModel };
 
@@ -33,11 +33,12 @@ public:
 
     bool operator==(const ErrorBanner &) const = default;
 
-    [[nodiscard]] static ErrorBanner of(const ErrorPresentation &presentation)
+    [[nodiscard]] static ErrorBanner of(const ErrorPresentation &presentation, Retry retry)
     {
         return {.message = presentation.message,
                 .suggestion = presentation.suggestion.value_or(QString()),
                 .retryable = presentation.retryable,
+                .retry = retry,
                 .quotation = presentation.quotation};
     }
 };

@@ -40,7 +40,7 @@ void OpenConversation::openNew()
         if (!conversation || !conversation->isEmpty())
             conversation = m_repository.create();
     } catch (...) {
-        m_banner.show(std::current_exception());
+        m_banner.show(std::current_exception(), ErrorBanner::Retry::newChat);
         return;
     }
     set(std::move(conversation));
@@ -50,9 +50,11 @@ void OpenConversation::open(const QString &id)
 {
     if (this->id() == id)
         return;
+    auto conversation = m_repository.find(QUuid(id));
+    if (!conversation)
+        return; // nothing is left behind for it
     Q_EMIT leaving();
-    if (auto conversation = m_repository.find(QUuid(id)))
-        set(std::move(conversation));
+    set(std::move(conversation));
 }
 
 void OpenConversation::remove(const QString &id)
@@ -66,7 +68,7 @@ void OpenConversation::remove(const QString &id)
     try {
         m_repository.remove(*conversation);
     } catch (...) {
-        m_banner.show(std::current_exception());
+        m_banner.show(std::current_exception(), ErrorBanner::Retry::save);
         return;
     }
     if (wasOpen)
@@ -82,7 +84,7 @@ void OpenConversation::rename(const QString &id, const QString &title)
     try {
         m_repository.rename(*conversation, title);
     } catch (...) {
-        m_banner.show(std::current_exception());
+        m_banner.show(std::current_exception(), ErrorBanner::Retry::save);
     }
     Q_EMIT listChanged();
     if (conversation == m_current)

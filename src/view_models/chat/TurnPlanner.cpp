@@ -102,7 +102,7 @@ void TurnPlanner::add(const std::shared_ptr<ChatMessage> &message, Conversation 
     try {
         m_services.repository.add(message, conversation);
     } catch (...) {
-        m_services.banner.show(std::current_exception());
+        m_services.banner.show(std::current_exception(), ErrorBanner::Retry::save);
     }
     m_services.messages.setMessages(conversation.orderedMessages());
 }
@@ -118,7 +118,7 @@ void TurnPlanner::addDocument(const ImportedAttachment &attachment)
                                       .wasTruncated = attachment.wasTruncated,
                                       .importedAt = m_services.clock.now()});
     } catch (...) {
-        m_services.banner.show(std::current_exception());
+        m_services.banner.show(std::current_exception(), ErrorBanner::Retry::save);
     }
 }
 

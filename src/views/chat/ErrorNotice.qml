@@ -62,7 +62,7 @@ Rectangle {
             Layout.alignment: Qt.AlignTop
             visible: root.chat.banner.retryable
             text: qsTr("Retry")
-            onClicked: root.chat.retryLastTurn()
+            onClicked: root.chat.retry()
         }
         IconButton {
             objectName: "dismissBanner"
