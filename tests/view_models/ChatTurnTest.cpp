@@ -188,6 +188,32 @@ TEST_F(ChatTurnTest, AFailureIsStoredShownAndRetriedUnderTheFailedReply)
     EXPECT_EQ(replies.asked.size(), 3U);
 }
 
+TEST_F(ChatTurnTest, ARetryThatSucceedsTakesThePlaceOfRepliesWithoutAWord)
+{
+    deliver(u"before"_s, u"fine"_s);
+    send(u"question"_s);
+    replies.text(u"half"_s);
+    replies.fail(errorOf(ProviderError::ServerError{500}));
+    const auto retry = [this] {
+        chat.retryLastTurn();
+        TestWait::settle();
+    };
+    retry();
+    replies.fail(errorOf(ProviderError::ServerError{500}));
+    retry();
+    replies.fail(errorOf(ProviderError::ServerError{500}));
+    lastMessage()->setStatus(MessageStatus::pending); // as the end of the program leaves one
+    retry();
+    EXPECT_EQ(transcript().size(), 7U) << "not before it has succeeded";
+    const QSignalSpy removed(chat.messages(), &MessageListModel::rowsRemoved);
+    replies.text(u"whole"_s);
+    replies.finish();
+    EXPECT_EQ(removed.count(), 2);
+    EXPECT_EQ(transcript(), (Rows{{true, u"before"_s}, {false, u"fine"_s}, {true, u"question"_s},
+                                  {false, u"half"_s}, {false, u"whole"_s}}));
+    EXPECT_FALSE(repository.context().hasChanges());
+}
+
 TEST_F(ChatTurnTest, EndingsWithoutAUsableReply)
 {
     const struct {

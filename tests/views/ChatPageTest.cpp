@@ -51,13 +51,17 @@ TEST_F(ChatPageTest, OnlyARowThatIsRunningShowsTheDots)
         QString words;
     } stored[] = {{MessageStatus::streaming, u"This reply was interrupted."_s},
                   {MessageStatus::cancelled, u"You stopped this reply."_s},
-                  {MessageStatus::failed, u"No connection."_s}};
+                  {MessageStatus::failed, u"No connection."_s},
+                  {MessageStatus::failed, u"This reply was cut short."_s},
+                  {MessageStatus::failed, u"No reply came."_s}};
     for (const auto &[status, words] : stored) {
-        showReply({}, [&, status = status](ChatMessage &reply) {
+        const bool isCut = words.startsWith(u"This reply was cut"_s); // tried again since, so it tells no error
+        showReply(isCut ? u"half a"_s : QString(), [&, status = status](ChatMessage &reply) {
             reply.setStatus(status);
-            if (status == MessageStatus::failed)
-                reply.setErrorMessage(u"No connection."_s);
+            if (words.startsWith(u"No connection"_s))
+                reply.setErrorMessage(words);
         });
+        EXPECT_EQ(lastVisible(u"retryReply"_s) != nullptr, status == MessageStatus::streaming);
         EXPECT_TRUE(shows(words)) << words.toStdString();
         EXPECT_EQ(lastVisible(u"replyIndicator"_s), nullptr) << words.toStdString();
     }

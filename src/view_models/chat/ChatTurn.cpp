@@ -150,6 +150,8 @@ void ChatTurn::writeEnding(bool wasStopped, const std::exception_ptr &failure)
     } else if (!failure) {
         reply.setStatus(MessageStatus::delivered);
         m_ending = Ending::completed;
+        for (const auto &broken : m_plan.standsInFor)
+            m_services.repository.context().remove(*broken);
     } else {
         const Failure kind = kindOf(failure);
         reply.setStatus(kind == Failure::other ? MessageStatus::failed : MessageStatus::cancelled);

@@ -11,6 +11,22 @@ namespace morvane {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+// In the same order, with others between.
+bool isPartOf(const std::vector<std::shared_ptr<ChatMessage>> &part,
+              const std::vector<std::shared_ptr<ChatMessage>> &whole)
+{
+    auto next = part.begin();
+    for (const auto &message : whole) {
+        if (next != part.end() && *next == message)
+            ++next;
+    }
+    return next == part.end();
+}
+
+} // namespace
+
 // What was read out of a record, valid for one revision of it.
 struct MessageListModel::Opened {
     std::uint64_t revision = 0;
@@ -122,7 +138,7 @@ QVariant MessageListModel::data(const QModelIndex &index, int role) const
     }
 }
 
-void MessageListModel::setMessages(std::vector<std::shared_ptr<ChatMessage>> messages)
+void MessageListModel::setMessages(Messages messages)
 {
     const std::size_t common = std::min(messages.size(), m_messages.size());
     const bool grows = std::equal(messages.begin(), messages.begin() + static_cast<std::ptrdiff_t>(common),
@@ -134,6 +150,8 @@ void MessageListModel::setMessages(std::vector<std::shared_ptr<ChatMessage>> mes
         beginInsertRows({}, static_cast<int>(common), static_cast<int>(messages.size()) - 1);
         m_messages = std::move(messages);
         endInsertRows();
+    } else if (!messages.empty() && isPartOf(messages, m_messages)) {
+        keepOnly(messages);
     } else {
         beginResetModel();
         m_opened.clear();
@@ -141,6 +159,21 @@ void MessageListModel::setMessages(std::vector<std::shared_ptr<ChatMessage>> mes
         endResetModel();
     }
     Q_EMIT countChanged();
+}
+
+void MessageListModel::keepOnly(const Messages &messages)
+{
+    auto kept = messages.rbegin();
+    for (int row = rowCount() - 1; row >= 0; --row) {
+        const auto message = m_messages.begin() + row;
+        if (kept != messages.rend() && *kept == *message) {
+            ++kept;
+            continue;
+        }
+        beginRemoveRows({}, row, row);
+        m_messages.erase(message);
+        endRemoveRows();
+    }
 }
 
 void MessageListModel::messageChanged(const QUuid &id)

@@ -26,6 +26,8 @@ class MessageListModel : public QAbstractListModel {
     Q_PROPERTY(int count READ rowCountNow NOTIFY countChanged)
 
 public:
+    using Messages = std::vector<std::shared_ptr<ChatMessage>>;
+
     enum Role {
         MessageIdRole = Qt::UserRole + 1, // text
         IsUserRole,                       // bool
@@ -51,11 +53,14 @@ public:
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
     // Takes the chat's messages in order. Rows that stay keep their place; a chat switch resets the list.
-    void setMessages(std::vector<std::shared_ptr<ChatMessage>> messages);
-    [[nodiscard]] const std::vector<std::shared_ptr<ChatMessage>> &messages() const { return m_messages; }
+    void setMessages(Messages messages);
+    [[nodiscard]] const Messages &messages() const { return m_messages; }
 
     // The message's readable text, opened at most once for each change.
     [[nodiscard]] QString textOf(const ChatMessage &message) const;
+
+    // Stored as unfinished, and no turn is at work on it.
+    [[nodiscard]] bool isInterrupted(const ChatMessage &message) const;
 
     // The message's record changed: only its row is told.
     void messageChanged(const QUuid &id);
@@ -79,12 +84,12 @@ private:
     [[nodiscard]] int rowOf(const QUuid &id) const;
     [[nodiscard]] const Opened &opened(const ChatMessage &message) const;
     [[nodiscard]] bool isRunning(const ChatMessage &message) const;
-    [[nodiscard]] bool isInterrupted(const ChatMessage &message) const;
+    void keepOnly(const Messages &messages);
     void rowChanged(int row, const QList<int> &roles = {});
     void tick();
 
     Clock &m_clock;
-    std::vector<std::shared_ptr<ChatMessage>> m_messages;
+    Messages m_messages;
     mutable std::map<QUuid, Opened> m_opened;
     std::map<QUuid, ReplyIndicator> m_indicators;
     bool m_responding = false;

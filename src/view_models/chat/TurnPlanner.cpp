@@ -39,20 +39,26 @@ TurnPlan TurnPlanner::sending(const QString &text, const std::optional<ImportedA
 std::optional<TurnPlan> TurnPlanner::retrying(std::shared_ptr<Conversation> conversation)
 {
     const auto &messages = m_services.messages.messages();
-    const bool lastFailed = !messages.empty() && messages.back()->knownRole() == MessageRole::assistant &&
-                            messages.back()->status() == MessageStatus::failed;
     const auto question = std::find_if(messages.rbegin(), messages.rend(), [](const auto &message) {
         return message->role() == MessageRole::user;
     });
-    if (!lastFailed || question == messages.rend())
+    if (messages.empty() || !isBroken(*messages.back()) || question == messages.rend())
         return std::nullopt;
-    const QString words = (*question)->content();
-    const auto failed = messages.back();
-    failed->setErrorMessage(std::nullopt);
-    m_services.messages.messageChanged(failed->id());
-    auto history = TurnHistory::of(m_services.messages, failed.get());
-    const auto reply = addReply(*conversation);
-    return TurnPlan{reply, std::move(conversation), std::move(history), words};
+    TurnPlan plan;
+    plan.userWords = (*question)->content();
+    const auto broken = messages.back();
+    broken->setErrorMessage(std::nullopt);
+    m_services.messages.messageChanged(broken->id());
+    plan.history = TurnHistory::of(m_services.messages, broken.get());
+    std::copy_if(question.base(), messages.end(), std::back_inserter(plan.standsInFor),
+                 [this](const auto &message) { return isBroken(*message) && message->content().isEmpty(); });
+    plan.reply = addReply(*conversation);
+    // A text that can't be opened reads as an empty one, but its sealed form is longer.
+    std::erase_if(plan.standsInFor, [empty = plan.reply->sealedContent().size()](const auto &message) {
+        return message->sealedContent().size() > empty;
+    });
+    plan.conversation = std::move(conversation);
+    return plan;
 }
 
 std::optional<TurnPlan> TurnPlanner::continuing(const QUuid &message,
@@ -69,6 +75,13 @@ std::optional<TurnPlan> TurnPlanner::continuing(const QUuid &message,
     auto history = TurnHistory::upTo(m_services.messages, *reply);
     history.push_back({MessageRole::user, continuePrompt, {}});
     return TurnPlan{reply, std::move(conversation), std::move(history), continuePrompt, true};
+}
+
+// Failed, or left unfinished by a program that ended.
+bool TurnPlanner::isBroken(const ChatMessage &message) const
+{
+    return message.knownRole() == MessageRole::assistant &&
+           (message.status() == MessageStatus::failed || m_services.messages.isInterrupted(message));
 }
 
 void TurnPlanner::addQuestion(const QString &text, const std::optional<ImportedAttachment> &attachment,

@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace morvane {
 
@@ -23,6 +24,8 @@ struct TurnPlan {
     TurnHistory::Items history;
     QString userWords = {};      // what the person wrote in this turn, without the text of an attachment
     bool isContinuation = false; // new text joins the reply's present text
+    // Replies without a word that this one stands in for, once it is complete.
+    std::vector<std::shared_ptr<ChatMessage>> standsInFor = {};
 };
 
 // Makes the plan of a turn, with the records that it needs: from what the person sends, from a reply that
@@ -46,7 +49,8 @@ public:
     [[nodiscard]] TurnPlan sending(const QString &text, const std::optional<ImportedAttachment> &attachment,
                                    std::shared_ptr<Conversation> conversation);
 
-    // A new reply below one that failed; nothing unless the last message is such a reply.
+    // A new reply below one that failed or that the end of the program cut off; nothing unless the last message
+    // is such a reply. Its words stay in the chat.
     [[nodiscard]] std::optional<TurnPlan> retrying(std::shared_ptr<Conversation> conversation);
 
     // Nothing unless the message is a reply that hit its limit.
@@ -54,6 +58,7 @@ public:
                                                      std::shared_ptr<Conversation> conversation);
 
 private:
+    [[nodiscard]] bool isBroken(const ChatMessage &message) const;
     void addQuestion(const QString &text, const std::optional<ImportedAttachment> &attachment,
                      Conversation &conversation);
     std::shared_ptr<ChatMessage> addReply(Conversation &conversation);

@@ -27,6 +27,7 @@ Item {
         onCopyAsked: text => root.shell.copy(text)
         onLinkAsked: address => root.shell.openLink(address)
         onContinueAsked: messageId => root.chat.continueReply(messageId)
+        onRetryAsked: root.chat.retryLastTurn()
     }
     ToEndButton {
         objectName: "toEnd"

@@ -23,6 +23,7 @@ ListView {
     signal copyAsked(string text)
     signal linkAsked(string address)
     signal continueAsked(string messageId)
+    signal retryAsked()
 
     // Once this moment's changes are all in, and before the next frame.
     function settle() {
@@ -97,5 +98,6 @@ ListView {
         onCopyAsked: text => root.copyAsked(text)
         onLinkAsked: address => root.linkAsked(address)
         onContinueAsked: messageId => root.continueAsked(messageId)
+        onRetryAsked: root.retryAsked()
     }
 }

@@ -28,6 +28,7 @@ Item {
     signal copyAsked(string text)
     signal linkAsked(string address)
     signal continueAsked(string messageId)
+    signal retryAsked()
 
     // The drawing that is hidden keeps its words until it has others to show, so that it changes what differs and
     // builds nothing anew.
@@ -76,5 +77,6 @@ Item {
         onCopyAsked: text => root.copyAsked(text)
         onLinkAsked: address => root.linkAsked(address)
         onContinueAsked: root.continueAsked(root.messageId)
+        onRetryAsked: root.retryAsked()
     }
 }

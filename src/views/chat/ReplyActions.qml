@@ -2,7 +2,8 @@ import QtQuick
 import QtQuick.Layouts
 import Morvane
 
-// The row under a reply: copy, where it ran, and Continue when its limit cut it off.
+// The row under a reply: copy, where it ran, Continue when its limit cut it off, and Retry when the program ended
+// before it did.
 RowLayout {
     id: root
 
@@ -10,10 +11,12 @@ RowLayout {
     property bool finished: false
     property bool hasText: false
     property bool canContinue: false
+    property bool canRetry: false
     property bool emphasised: false
 
     signal copyAsked()
     signal continueAsked()
+    signal retryAsked()
 
     spacing: Theme.gap8
     implicitHeight: 28
@@ -67,5 +70,11 @@ RowLayout {
         visible: root.canContinue && root.finished
         text: qsTr("Continue")
         onClicked: root.continueAsked()
+    }
+    PushButton {
+        objectName: "retryReply"
+        visible: root.canRetry
+        text: qsTr("Retry")
+        onClicked: root.retryAsked()
     }
 }

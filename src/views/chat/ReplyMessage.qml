@@ -19,11 +19,14 @@ ColumnLayout {
     required property string place
     required property bool isLast
     readonly property string mark: cancelled ? qsTr("You stopped this reply.")
-        : interrupted ? qsTr("This reply was interrupted.") : ""
+        : interrupted ? qsTr("This reply was interrupted.")
+        : !failed || errorText.length > 0 ? ""
+        : text.length > 0 ? qsTr("This reply was cut short.") : qsTr("No reply came.")
 
     signal copyAsked(string text)
     signal linkAsked(string address)
     signal continueAsked()
+    signal retryAsked()
 
     spacing: Theme.gap12
 
@@ -76,8 +79,10 @@ ColumnLayout {
         finished: !root.running
         hasText: root.text.length > 0
         canContinue: root.canContinue
+        canRetry: root.interrupted && root.isLast
         emphasised: root.isLast || hover.hovered
         onCopyAsked: root.copyAsked(root.text)
         onContinueAsked: root.continueAsked()
+        onRetryAsked: root.retryAsked()
     }
 }
