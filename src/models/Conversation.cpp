@@ -1,6 +1,7 @@
 #include "models/Conversation.h"
 
 #include "models/RecordContext.h"
+#include "utils/text/Identifier.h"
 
 #include <algorithm>
 
@@ -28,6 +29,11 @@ std::shared_ptr<Conversation> Conversation::create(std::shared_ptr<const FieldSe
     columns.personaPreset = fields.personaPreset;
     columns.spaceRaw = fields.spaceRaw;
     return std::make_shared<Conversation>(std::move(sealing), std::move(columns));
+}
+
+QString Conversation::scopeKey() const
+{
+    return QStringLiteral("chat:") + Identifier::text(id());
 }
 
 const Conversation::Messages &Conversation::messages() const

@@ -23,6 +23,7 @@ public:
         std::optional<QString> sealedRollingSummary;
         std::optional<QString> personaPreset;
         std::optional<QString> spaceRaw;
+        std::optional<bool> carriesScreenText; // absent in rows from before the field
 
         bool operator==(const Columns &) const = default;
     };
@@ -60,6 +61,13 @@ public:
     {
         assignSealed(m_columns.sealedRollingSummary, text);
     }
+
+    // What holds for all of this chat is kept under this name: approvals, and what can be undone in it.
+    [[nodiscard]] QString scopeKey() const;
+
+    // Text from the screen has come into this chat. For good, whatever goes from its messages.
+    [[nodiscard]] bool carriesScreenText() const { return m_columns.carriesScreenText.value_or(false); }
+    void noteScreenText() { assign(m_columns.carriesScreenText, std::optional(true)); }
 
     // In the order they were added. A transcript uses orderedMessages().
     [[nodiscard]] const Messages &messages() const;

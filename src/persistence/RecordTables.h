@@ -70,6 +70,7 @@ struct RecordTable<Conversation> {
         RecordColumn("sealedRollingSummary", &Row::sealedRollingSummary, "rollingSummary"),
         RecordColumn("personaPreset", &Row::personaPreset),
         RecordColumn("spaceRaw", &Row::spaceRaw),
+        RecordColumn("carriesScreenText", &Row::carriesScreenText),
     };
 };
 

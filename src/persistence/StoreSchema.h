@@ -11,8 +11,8 @@ namespace morvane {
 // and a store with the former names is brought up to date by renaming, with its values as they are.
 namespace StoreSchema {
 
-// 1.0.0, kept as SQLite's user_version: two digits for each part below the first.
-inline constexpr qint64 version = 1'00'00;
+// 1.1.0, kept as SQLite's user_version: two digits for each part below the first.
+inline constexpr qint64 version = 1'01'00;
 
 enum class Recognition {
     Empty,   // nothing in it yet

@@ -125,7 +125,7 @@ TEST_F(StoreOnDiskTest, AStoreLooksLikeEveryOther)
     while (rows.step())
         statements += rows.text().toUtf8() + '\n';
     EXPECT_TRUE(TestData::read("persistence/schema.sql").endsWith("\n" + statements)) << statements.data();
-    EXPECT_EQ(database.integer("PRAGMA user_version"), 10000);
+    EXPECT_EQ(database.integer("PRAGMA user_version"), 10100);
 }
 
 TEST_F(StoreOnDiskTest, AStoreFromBeforeSealingOpensAndIsSealedLater)
@@ -156,6 +156,23 @@ TEST_F(StoreOnDiskTest, AStoreFromBeforeSealingOpensAndIsSealedLater)
         EXPECT_EQ(modeOf(file), 0600U);
 }
 
+TEST_F(StoreOnDiskTest, AStoreFromBeforeTheMarkOfScreenTextTakesItForGood)
+{
+    {
+        auto session = onDisk();
+        makeChat(session.repository, u"marked"_s);
+    }
+    makeStoreWith("ALTER TABLE Conversation DROP COLUMN carriesScreenText; PRAGMA user_version = 10000");
+    for (const bool isMarked : {false, true}) {
+        auto session = onDisk();
+        const auto chat = session.repository.all().at(0);
+        EXPECT_EQ(chat->title(), u"marked"_s);
+        EXPECT_EQ(chat->carriesScreenText(), isMarked);
+        chat->noteScreenText();
+        session.repository.save();
+    }
+}
+
 TEST_F(StoreOnDiskTest, AStoreThatIsNotForThisVersionIsRefusedAndStaysAsItIs)
 {
     const auto executing = [&](const QByteArray &sql) { return [this, sql] { makeStoreWith(sql); }; };
@@ -164,7 +181,7 @@ TEST_F(StoreOnDiskTest, AStoreThatIsNotForThisVersionIsRefusedAndStaysAsItIs)
         bool begins; // as a store of ours
         std::function<void()> change;
     } cases[] = {
-        {"newer", true, executing("PRAGMA user_version = 10001")},
+        {"newer", true, executing("PRAGMA user_version = 10101")},
         {"lacks a column", true, executing("ALTER TABLE ChatMessage RENAME COLUMN statusRaw TO state")},
         {"another program's", false, executing("CREATE TABLE notes(id TEXT)")},
         {"no database", false, [&] { PrivateFile::write(path, QByteArray(5000, 'x')); }},

@@ -553,29 +553,54 @@ TEST_F(ChatTurnTest, APictureMarksItsChatForGoodAndStaysNear)
     EXPECT_EQ(transcript().size(), 4U);
 }
 
-TEST_F(ChatTurnTest, ScreenReadingsMarkTheChat)
+TEST_F(ChatTurnTest, AReadingOfTheScreenMarksItsChatForGood)
 {
-    const auto carriedNow = [this] {
-        deliver(u"q"_s, u"a"_s);
-        return replies.asked.back().request.configuration.carrying;
-    };
     const SensitiveDataSet screen(SensitiveData::screenText);
-    EXPECT_EQ(carriedNow(), SensitiveDataSet());
-    const auto reply = lastMessage();
-    reply->appendToolLine(u"Looking at your screen…"_s);
-    EXPECT_EQ(carriedNow(), SensitiveDataSet());
-    reply->replaceLastToolLine(u"Looked at your screen"_s);
-    EXPECT_EQ(carriedNow(), screen);
-    reply->setToolSummary(std::nullopt);
-    EXPECT_EQ(carriedNow(), SensitiveDataSet());
-    repository.add(repository.makeMessage({.id = QUuid::createUuid(),
-                                           .role = MessageRole::user,
-                                           .content = u"b"_s,
-                                           .createdAt = clock.now(),
-                                           .status = MessageStatus::delivered,
-                                           .attachmentName = u"What's on your screen"_s}),
-                   *chat.conversation());
-    EXPECT_EQ(carriedNow(), screen);
+    const AIToolCall look{u"1"_s, u"look_at_screen"_s, u"{}"_s};
+    const struct {
+        const char *what;
+        std::function<void(ChatMessage &reply)> happens;
+        SensitiveDataSet carried; // by the turns after it
+    } rows[] = {
+        {"a failed reading",
+         [&](ChatMessage &) { replies.yield(Agent::ToolFinished{look, {.content = {}, .isError = true}}); },
+         {}},
+        {"a query that claims one",
+         [&](ChatMessage &) {
+             replies.yield(Agent::ToolFinished{
+                 {u"2"_s, u"search_web"_s, uR"({"query":"x\nLooked at your screen\ny"})"_s}, {}});
+         },
+         {}},
+        {"a reading", [&](ChatMessage &) { replies.yield(Agent::ToolFinished{look, {}}); }, screen},
+        {"one of an older build", [](ChatMessage &reply) { reply.appendToolLine(u"Looked at your screen"_s); },
+         screen},
+        {"what the person attached",
+         [&](ChatMessage &) {
+             repository.add(repository.makeMessage({.id = QUuid::createUuid(),
+                                                    .role = MessageRole::user,
+                                                    .content = u"b"_s,
+                                                    .createdAt = clock.now(),
+                                                    .status = MessageStatus::delivered,
+                                                    .attachmentName = u"What's on your screen"_s}),
+                            *chat.conversation());
+         },
+         screen},
+    };
+    for (const auto &[what, happens, carried] : rows) {
+        SCOPED_TRACE(what);
+        chat.newConversation();
+        send(u"q"_s);
+        const auto reply = lastMessage();
+        happens(*reply);
+        replies.text(u"a"_s);
+        replies.finish();
+        deliver(u"next"_s, u"a"_s);
+        for (int line = 0; line < 8; ++line)
+            reply->appendToolLine(u"Read h.example"_s);
+        EXPECT_EQ(replies.asked.back().request.configuration.carrying, carried);
+        deliver(u"later"_s, u"a"_s);
+        EXPECT_EQ(replies.asked.back().request.configuration.carrying, carried);
+    }
 }
 
 } // namespace

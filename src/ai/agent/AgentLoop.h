@@ -5,6 +5,7 @@
 #include "ai/tools/TurnContext.h"
 #include "async/AsyncStream.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -28,6 +29,8 @@ public:
         std::optional<QString> userWords;
         std::optional<QString> scopeKey; // the chat, for approvals that hold for all of it
         TurnContext::Attendance attendance = TurnContext::Attendance::attended;
+        // Told before a request goes out that carries more than the turn began with; may be absent.
+        std::function<void(SensitiveDataSet carrying)> onCarrying = {};
     };
 
     // The registry may go away while a reply runs; the reply ends as cancelled then.

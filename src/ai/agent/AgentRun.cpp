@@ -58,6 +58,7 @@ AgentRun::AgentRun(AgentLoop::Turn turn, std::shared_ptr<AIProvider> provider, T
     , m_context(contextOf(turn))
     , m_provider(std::move(provider))
     , m_registry(&registry)
+    , m_onCarrying(std::move(turn.onCarrying))
     , m_producer(std::move(producer))
     , m_stop(m_producer.stopToken())
 {
@@ -119,6 +120,7 @@ QCoro::Task<> AgentRun::runCalls()
         throwIfStopped(m_stop);
         co_await runCall(call);
     }
+    carryWhatCameIn();
 }
 
 QCoro::Task<> AgentRun::runCall(AIToolCall call)
@@ -198,6 +200,17 @@ void AgentRun::retryWithoutTools(const std::exception_ptr &failure)
         "you cannot check it; a made-up specific answer is far worse than saying you can't look it up."_s);
     m_tools.clear();
     ++m_roundCount;
+}
+
+// The results stand in every later request of this turn, so those are judged and recorded with them.
+void AgentRun::carryWhatCameIn()
+{
+    const SensitiveDataSet carrying = m_configuration.carrying | m_context->takenIn;
+    if (carrying == m_configuration.carrying)
+        return;
+    m_configuration.carrying = carrying;
+    if (m_onCarrying)
+        m_onCarrying(carrying);
 }
 
 void AgentRun::takeBack()

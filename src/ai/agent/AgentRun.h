@@ -36,6 +36,7 @@ private:
     [[nodiscard]] bool correctsReply();
     void askForFinalAnswer();
     void retryWithoutTools(const std::exception_ptr &failure); // rethrows what no retry mends
+    void carryWhatCameIn();
     void takeBack();
     void say(AIMessage::Role role, const QString &text);
     [[nodiscard]] bool offers(QLatin1StringView tool) const;
@@ -48,6 +49,7 @@ private:
     std::shared_ptr<TurnContext> m_context;
     std::shared_ptr<AIProvider> m_provider;
     QPointer<ToolRegistry> m_registry;
+    std::function<void(SensitiveDataSet)> m_onCarrying; // may be absent
     Producer m_producer;
     std::stop_token m_stop;
 

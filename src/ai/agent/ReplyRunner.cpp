@@ -4,6 +4,8 @@
 #include "ai/routing/AIRequestRouter.h"
 #include "ai/tools/ToolRegistry.h"
 
+#include <QPointer>
+
 namespace morvane {
 
 namespace {
@@ -44,6 +46,10 @@ ReplyRunner::ReplyRunner(AIRequestRouter &router, ToolRegistry &tools)
 AsyncStream<AgentEvent> ReplyRunner::run(OpenedTurn turn, TurnScope scope)
 {
     PreparedRequest &request = turn.request;
+    const auto noteCarrying = [router = QPointer(&m_router), row = turn.proofRow](SensitiveDataSet carrying) {
+        if (router)
+            *row = router->noteCarrying(*row, carrying);
+    };
     if (!request.tools.empty())
         return AgentLoop(std::move(turn.provider), m_tools)
             .run({.messages = std::move(request.messages),
@@ -52,7 +58,8 @@ AsyncStream<AgentEvent> ReplyRunner::run(OpenedTurn turn, TurnScope scope)
                   .maxRounds = maxRounds,
                   .memoryAllowed = request.memoryAllowed,
                   .userWords = std::move(scope.userWords),
-                  .scopeKey = std::move(scope.key)});
+                  .scopeKey = std::move(scope.key),
+                  .onCarrying = noteCarrying});
     auto [stream, producer] = AsyncStream<AgentEvent>::make();
     relay(m_router.stream(std::move(turn)), producer);
     return std::move(stream);

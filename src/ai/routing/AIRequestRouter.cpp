@@ -407,6 +407,17 @@ AsyncStream<AIStreamEvent> AIRequestRouter::stream(OpenedTurn turn)
              }});
 }
 
+QUuid AIRequestRouter::noteCarrying(const QUuid &row, SensitiveDataSet carrying)
+{
+    std::optional<ProofLedger::Entry> entry = m_services.proofs.find(row);
+    if (!entry)
+        return row;
+    entry->id = QUuid::createUuid();
+    entry->startedAt = m_services.clock.now();
+    entry->carrying = carrying;
+    return m_services.proofs.append(std::move(*entry));
+}
+
 QCoro::Task<QString> AIRequestRouter::testConnection(AIConfiguration configuration, std::stop_token stop)
 {
     const auto check = m_lifeline.check(stop);

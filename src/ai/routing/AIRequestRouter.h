@@ -106,6 +106,10 @@ public:
     // model's reply.
     [[nodiscard]] AsyncStream<AIStreamEvent> stream(OpenedTurn turn);
 
+    // Leaves a proof row of its own for the requests of a reply that carry more than those of `row` did, at
+    // the same place. The new row's id, or `row` when it has gone.
+    [[nodiscard]] QUuid noteCarrying(const QUuid &row, SensitiveDataSet carrying);
+
     // What the settings name, whatever the private cloud's switch says.
     [[nodiscard]] AIConfiguration settingsConfiguration() const;
 

@@ -97,6 +97,7 @@ QCoro::Task<ToolOutcome> lookAtScreen(Turn turn, std::shared_ptr<ScreenGlancing>
         co_return ToolFailure::because(u"Screen reading is unavailable."_s);
     const QString text = co_await screen->captureText(stop);
     turn->outsideContentInContext = turn->sensitiveDataInContext = true;
+    turn->takenIn |= SensitiveData::screenText;
     co_return ToolOutcome{
         UntrustedContent::wrap(u"Text currently on screen:\n"_s + Text::prefix(text, limit), u"screen"_s)};
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ai/contract/AIMessage.h"
+#include "network/EgressTypes.h"
 
 #include <QString>
 
@@ -40,6 +41,7 @@ struct TurnContext {
     bool webContentConsumed = false;
     bool outsideContentInContext = false; // something that the person didn't write
     bool sensitiveDataInContext = false;  // a document, an image or the screen
+    SensitiveDataSet takenIn;             // by calls of this turn; goes out with every later request
     int rememberCalls = 0;                // refused ones included
     std::set<QString> approvedOnce;       // names of tools
 

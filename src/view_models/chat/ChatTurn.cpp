@@ -5,7 +5,6 @@
 #include "ai/routing/AIRequestRouter.h"
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
-#include "utils/text/Identifier.h"
 #include "view_models/chat/AnswerProofs.h"
 #include "view_models/chat/MessageListModel.h"
 #include "view_models/chat/ToolLabels.h"
@@ -84,7 +83,7 @@ QCoro::Task<> ChatTurn::run(QPointer<ChatTurn> self, std::stop_token stop)
         throwIfStopped(stop); // also when the turn is gone
         AsyncStream<AgentEvent> events = self->begin(std::move(opened));
         while (const auto event = co_await events.next(stop))
-            self->m_recorder->apply(*event);
+            self->take(*event);
         self->requireText();
     } catch (...) {
         failure = std::current_exception();
@@ -93,19 +92,15 @@ QCoro::Task<> ChatTurn::run(QPointer<ChatTurn> self, std::stop_token stop)
         self->end(stop.stop_requested(), failure);
 }
 
-QString ChatTurn::scopeKey() const
-{
-    return u"chat:"_s + Identifier::text(m_plan.conversation->id());
-}
-
 QCoro::Task<OpenedTurn> ChatTurn::open(std::stop_token stop)
 {
     TurnRequest request;
     request.history = m_plan.history;
     request.rollingSummary = m_plan.conversation->rollingSummary();
-    request.scopeKey = scopeKey();
-    request.carrying =
-        TurnHistory::carriedBy(m_plan.history, m_plan.conversation->messages(), m_services.repository);
+    request.scopeKey = m_plan.conversation->scopeKey();
+    request.carrying = TurnHistory::carriedBy(m_plan.history, *m_plan.conversation, m_services.repository);
+    if (request.carrying.testFlag(SensitiveData::screenText))
+        m_plan.conversation->noteScreenText(); // also what only its messages told so far
     request.isContinuation = m_plan.isContinuation;
     return m_services.router.openTurn(std::move(request), std::move(stop));
 }
@@ -116,7 +111,15 @@ AsyncStream<AgentEvent> ChatTurn::begin(OpenedTurn opened)
     m_plan.reply->setStatus(MessageStatus::streaming);
     m_recorder.emplace(m_plan.reply, m_plan.isContinuation ? m_plan.reply->content() : QString(),
                        m_services.messages, m_services.companion, m_services.clock);
-    return m_services.replies.run(std::move(opened), {scopeKey(), m_plan.userWords});
+    return m_services.replies.run(std::move(opened), {m_plan.conversation->scopeKey(), m_plan.userWords});
+}
+
+void ChatTurn::take(const AgentEvent &event)
+{
+    const auto *finished = std::get_if<Agent::ToolFinished>(&event);
+    if (finished && !finished->result.isError && ToolLabels::isScreenReading(finished->call))
+        m_plan.conversation->noteScreenText();
+    m_recorder->apply(event);
 }
 
 void ChatTurn::requireText() const

@@ -68,9 +68,9 @@ Q_SIGNALS:
 private:
     static QCoro::Task<> run(QPointer<ChatTurn> self, std::stop_token stop);
 
-    [[nodiscard]] QString scopeKey() const;
     [[nodiscard]] QCoro::Task<OpenedTurn> open(std::stop_token stop);
     [[nodiscard]] AsyncStream<AgentEvent> begin(OpenedTurn opened);
+    void take(const AgentEvent &event);
     void requireText() const;
     void end(bool wasStopped, std::exception_ptr failure);
     void writeEnding(bool wasStopped, const std::exception_ptr &failure);

@@ -11,10 +11,11 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+// In one line: a label is a line of its own, and a model's words must not write further ones.
 QString argument(const AIToolCall &call, QLatin1StringView key)
 {
     const auto arguments = Json::parseObject(call.argumentsJSON.toUtf8());
-    return arguments ? Json::string(*arguments, key).value_or(QString()) : QString();
+    return arguments ? Json::string(*arguments, key).value_or(QString()).simplified() : QString();
 }
 
 QString hostOf(const AIToolCall &call)
@@ -36,7 +37,7 @@ QString label(const AIToolCall &call, Phase phase)
     const auto pick = [phase](const QString &running, const QString &finished, const QString &failed) {
         return phase == Phase::running ? running : phase == Phase::finished ? finished : failed;
     };
-    const QString &tool = call.name;
+    const QString tool = call.name.simplified();
     if (tool == "search_web"_L1)
         return pick(u"Searching the web…"_s,
                     u"Searched the web for “"_s + argument(call, "query"_L1) + u"”"_s,
@@ -83,6 +84,11 @@ QString ToolLabels::finished(const AIToolCall &call)
 QString ToolLabels::failed(const AIToolCall &call)
 {
     return label(call, Phase::failed);
+}
+
+bool ToolLabels::isScreenReading(const AIToolCall &call)
+{
+    return call.name == "look_at_screen"_L1;
 }
 
 QString ToolLabels::finishedScreenReading()

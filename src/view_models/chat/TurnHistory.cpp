@@ -1,6 +1,6 @@
 #include "view_models/chat/TurnHistory.h"
 
-#include "models/ChatMessage.h"
+#include "models/Conversation.h"
 #include "models/ImportedDocument.h"
 #include "persistence/ConversationRepository.h"
 #include "utils/bytes/Base64.h"
@@ -76,14 +76,16 @@ void TurnHistory::attach(Items &history, const ImportedAttachment &attachment, c
                           QString::fromLatin1(Base64::encode(*attachment.imageData))};
 }
 
-SensitiveDataSet TurnHistory::carriedBy(const Items &history, const Messages &messages,
+SensitiveDataSet TurnHistory::carriedBy(const Items &history, const Conversation &conversation,
                                         ConversationRepository &repository)
 {
     SensitiveDataSet carried;
     const auto hasImages = [](const auto &item) { return !item.images.isEmpty(); };
     if (std::any_of(history.begin(), history.end(), hasImages))
         carried |= SensitiveData::image;
-    for (const auto &message : messages) {
+    if (conversation.carriesScreenText())
+        carried |= SensitiveData::screenText;
+    for (const auto &message : conversation.messages()) {
         if (hasScreenReading(*message))
             carried |= SensitiveData::screenText;
         if (hasPicture(*message, repository))

@@ -11,6 +11,7 @@
 namespace morvane {
 
 class ChatMessage;
+class Conversation;
 class ConversationRepository;
 class MessageListModel;
 
@@ -18,7 +19,6 @@ class MessageListModel;
 namespace TurnHistory {
 
 using Items = std::vector<ContextBuilder::HistoryItem>;
-using Messages = std::vector<std::shared_ptr<ChatMessage>>;
 
 // Every message with content in order, but for `except` and messages whose role nobody knows.
 [[nodiscard]] Items of(const MessageListModel &messages, const ChatMessage *except);
@@ -30,7 +30,7 @@ using Messages = std::vector<std::shared_ptr<ChatMessage>>;
 void attach(Items &history, const ImportedAttachment &attachment, const QString &text);
 
 // A picture or a screen reading marks every later turn of its chat, whatever the history still holds.
-[[nodiscard]] SensitiveDataSet carriedBy(const Items &history, const Messages &messages,
+[[nodiscard]] SensitiveDataSet carriedBy(const Items &history, const Conversation &conversation,
                                          ConversationRepository &repository);
 
 } // namespace TurnHistory

@@ -10,8 +10,11 @@
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"
 #include "support/ModelServer.h"
+#include "support/ScriptedServer.h"
 
 #include <QJsonArray>
+
+#include <atomic>
 
 namespace morvane {
 
@@ -21,12 +24,13 @@ namespace {
 
 class AgentRunsAgainstServerTest : public ToolFixture {
 protected:
-    PlayedRun ask(const QString &name)
+    PlayedRun ask(const QString &name) { return ask(name, server.baseUrl()); }
+    PlayedRun ask(const QString &name, const QString &baseURL)
     {
-        OpenedTurn turn{.provider = provider};
+        OpenedTurn turn{.provider = provider, .proofRow = proofRow};
         PreparedRequest &request = turn.request;
         request.messages = {{.role = AIMessage::Role::user, .content = u"What is the weather?"_s}};
-        request.configuration.baseURLString = server.baseUrl();
+        request.configuration.baseURLString = baseURL;
         request.configuration.maxOutputTokens = 100;
         request.configuration.model = name;
         request.tools = registry.availableTools();
@@ -46,6 +50,8 @@ protected:
     AppNetwork network{ledger, clock};
     std::shared_ptr<OpenAICompatibleProvider> provider = std::make_shared<OpenAICompatibleProvider>(network);
     ProofLedger proofs;
+    std::shared_ptr<QUuid> proofRow =
+        std::make_shared<QUuid>(proofs.append({.id = QUuid::createUuid(), .purpose = u"chat"_s}));
     Work work{clock};
     AIRequestRouter router{{.settings = settings,
                             .keychain = keychain,
@@ -82,6 +88,29 @@ TEST_F(AgentRunsAgainstServerTest, LoopsToTheCeilingAndIsOnlyRelayedWithoutTools
     settings.setAbilitiesEnabled(false);
     EXPECT_EQ(ask(u"agent-refuses-search"_s).shown(), u"Sorry, I can't look that up."_s);
     EXPECT_EQ(server.requests().size(), 7U);
+}
+
+TEST_F(AgentRunsAgainstServerTest, WhatIsReadFromTheScreenIsCarriedByTheLaterRoundsInBothLedgers)
+{
+    const auto whole = [](const QByteArray &message) {
+        return ScriptedServer::response("200 OK", R"({"choices":[{"message":{)" + message + "}}]}");
+    };
+    std::atomic<int> asked = 0;
+    ScriptedServer scripted([&](ScriptedServer::Connection &connection) {
+        while (connection.readRequest())
+            connection.send(asked++ > 0 ? whole(R"("content":"done")")
+                                        : whole(R"("tool_calls":[{"id":"1","type":"function",)"
+                                                R"("function":{"name":"look_at_screen","arguments":"{}"}}])"));
+    });
+    EXPECT_EQ(ask(u"any"_s, scripted.url(u"/v1"_s).toString()).shown(), u"done"_s);
+    const auto rows = ledger.snapshot().entries;
+    ASSERT_EQ(rows.size(), 2U);
+    EXPECT_EQ(rows[0].carrying, SensitiveDataSet());
+    EXPECT_EQ(rows[1].carrying, SensitiveDataSet(SensitiveData::screenText));
+    ASSERT_EQ(proofs.snapshot().entries.size(), 2U);
+    const auto proof = proofs.find(*proofRow);
+    EXPECT_EQ(proof->carrying, SensitiveDataSet(SensitiveData::screenText));
+    EXPECT_EQ(proof->purpose, u"chat"_s);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 -- What a new store holds, one statement on each line as SQLite keeps it. Stores of every installation look so:
 -- a change here needs a new version and a way to bring them up to date.
-CREATE TABLE Conversation(rowid INTEGER PRIMARY KEY, id TEXT NOT NULL, sealedTitle TEXT NOT NULL, createdAt INTEGER NOT NULL, updatedAt INTEGER NOT NULL, sealedRollingSummary TEXT, personaPreset TEXT, spaceRaw TEXT)
+CREATE TABLE Conversation(rowid INTEGER PRIMARY KEY, id TEXT NOT NULL, sealedTitle TEXT NOT NULL, createdAt INTEGER NOT NULL, updatedAt INTEGER NOT NULL, sealedRollingSummary TEXT, personaPreset TEXT, spaceRaw TEXT, carriesScreenText INTEGER)
 CREATE UNIQUE INDEX Conversation_id ON Conversation(id)
 CREATE INDEX Conversation_plain ON Conversation(id) WHERE ((sealedTitle<>'' AND substr(sealedTitle,1,6)<>char(1)||'KVT1:') OR (sealedRollingSummary<>'' AND substr(sealedRollingSummary,1,6)<>char(1)||'KVT1:'))
 CREATE TABLE ChatMessage(rowid INTEGER PRIMARY KEY, id TEXT NOT NULL, roleRaw TEXT NOT NULL, sealedContent TEXT NOT NULL, createdAt INTEGER NOT NULL, statusRaw TEXT NOT NULL, sealedErrorMessage TEXT, attachmentID TEXT, sealedAttachmentName TEXT, sealedToolSummary TEXT, sourceDomains TEXT, hitTokenLimit INTEGER, placeRaw TEXT, conversation TEXT)
