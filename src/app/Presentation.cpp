@@ -1,8 +1,11 @@
 #include "app/Presentation.h"
 
 #include "ai/agent/ReplyRunner.h"
+#include "ai/tools/ToolRegistry.h"
 #include "app/Assistant.h"
 #include "app/Storage.h"
+#include "memory/MemoryStore.h"
+#include "models/Conversation.h"
 #include "network/AppNetwork.h"
 #include "services/WebAccessService.h"
 #include "view_models/ShellViewModel.h"
@@ -58,6 +61,12 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets
                      &ConversationListModel::refresh);
     QObject::connect(chat.get(), &ChatViewModel::conversationsChanged, search.get(),
                      &HistorySearchModel::refresh);
+    QObject::connect(searchKey.get(), &SearchKeyViewModel::changed, assistant.tools.get(),
+                     &ToolRegistry::availabilityChanged);
+    const auto showReceipts = [this] {
+        receipts->setChat(chat->conversation() ? chat->conversation()->scopeKey() : QString());
+    };
+    QObject::connect(chat.get(), &ChatViewModel::conversationChanged, receipts.get(), showReceipts);
     chat->openAtStart();
 }
 

@@ -95,7 +95,7 @@ std::optional<QString> MemoryStore::promptBlock() const
            u"notes unless asked."_s;
 }
 
-std::optional<MemoryStore::Receipt> MemoryStore::remember(const QString &text)
+std::optional<MemoryStore::Receipt> MemoryStore::remember(const QString &text, const QString &chat)
 {
     assertThread();
     const QString form = NoteText::normalized(NoteText::stored(text));
@@ -109,12 +109,17 @@ std::optional<MemoryStore::Receipt> MemoryStore::remember(const QString &text)
     if (!stored)
         return std::nullopt;
     const auto after = std::find_if(m_facts.crbegin(), m_facts.crend(), isSame);
-    const Receipt receipt{QUuid::createUuid(), after->id, *stored, previousText};
-    m_receipts.push_back(receipt);
+    const Receipt receipt{QUuid::createUuid(), after->id, *stored, previousText, {}, chat};
+    keepReceipt(receipt);
+    return receipt;
+}
+
+void MemoryStore::keepReceipt(Receipt receipt)
+{
+    m_receipts.push_back(std::move(receipt));
     if (m_receipts.size() > maxReceipts)
         m_receipts.erase(m_receipts.begin());
     Q_EMIT receiptsChanged();
-    return receipt;
 }
 
 std::optional<QString> MemoryStore::record(const QString &text)
@@ -150,15 +155,22 @@ std::vector<MemoryStore::Fact> MemoryStore::matching(const QString &description)
     return found;
 }
 
-qsizetype MemoryStore::forget(const QString &description)
+qsizetype MemoryStore::forget(const QString &description, const QString &chat)
 {
     const std::vector<Fact> going = matching(description);
     if (going.empty())
         return 0;
+    Receipt receipt{.id = QUuid::createUuid(), .chat = chat};
+    QStringList texts;
     for (const Fact &fact : going) {
+        const auto stood = static_cast<std::size_t>(find(fact.id) - m_facts.begin());
+        receipt.forgotten.push_back({fact, stood + receipt.forgotten.size()}); // as if none had gone
+        texts.append(fact.text);
         m_facts.erase(find(fact.id));
         removeReceiptsOf(fact.id);
     }
+    receipt.text = texts.join("; "_L1);
+    keepReceipt(std::move(receipt));
     factsWereChanged();
     Log::info(category, "Memory: forgot %ld fact(s)"_L1, {going.size()});
     return std::ssize(going);
@@ -172,6 +184,8 @@ void MemoryStore::undo(const QUuid &receiptID)
         return;
     const Receipt receipt = *found;
     dismiss(receiptID);
+    if (!receipt.forgotten.empty())
+        return bringBack(receipt.forgotten);
     const auto fact = find(receipt.factID);
     if (fact == m_facts.end())
         return;
@@ -181,6 +195,19 @@ void MemoryStore::undo(const QUuid &receiptID)
         m_facts.erase(fact);
     factsWereChanged();
     Log::info(category, "Memory: a save was undone"_L1);
+}
+
+void MemoryStore::bringBack(const std::vector<Forgotten> &forgotten)
+{
+    for (const auto &[fact, index] : forgotten) {
+        const QString form = NoteText::normalized(fact.text);
+        const bool isThere = std::ranges::any_of(
+            m_facts, [&](const Fact &other) { return NoteText::normalized(other.text) == form; });
+        if (!isThere && m_facts.size() < maxFacts)
+            m_facts.insert(m_facts.begin() + std::ptrdiff_t(std::min(index, m_facts.size())), fact);
+    }
+    factsWereChanged();
+    Log::info(category, "Memory: a forgetting was undone"_L1);
 }
 
 void MemoryStore::dismiss(const QUuid &receiptID)

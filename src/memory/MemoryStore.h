@@ -35,12 +35,22 @@ public:
         bool operator==(const Fact &) const = default;
     };
 
-    // One save, so that it can be undone.
+    // A note that was forgotten, and where it stood.
+    struct Forgotten {
+        Fact fact;
+        std::size_t index = 0;
+
+        bool operator==(const Forgotten &) const = default;
+    };
+
+    // One save, or the forgetting of some notes at once, so that it can be undone.
     struct Receipt {
         QUuid id;
-        QUuid factID;
+        QUuid factID; // null where notes were forgotten
         QString text;
         std::optional<QString> previousText; // what the note said before; nothing for a new note
+        std::vector<Forgotten> forgotten;    // in their order; empty for a save
+        QString chat;                        // where it happened; empty for outside of chats
 
         bool operator==(const Receipt &) const = default;
     };
@@ -66,12 +76,13 @@ public:
     [[nodiscard]] std::optional<QString> promptBlock() const;
 
     // Nothing for an empty text. A note with the same words takes the new spelling.
-    std::optional<Receipt> remember(const QString &text);
+    std::optional<Receipt> remember(const QString &text, const QString &chat = {});
     std::optional<QString> record(const QString &text); // the text as it is stored
 
     [[nodiscard]] std::vector<Fact> matching(const QString &description) const;
-    qsizetype forget(const QString &description); // how many went
+    qsizetype forget(const QString &description, const QString &chat = {}); // how many went
 
+    // Forgotten notes come back where they stood, but for those that were saved anew, as far as there is room.
     void undo(const QUuid &receiptID);
     void dismiss(const QUuid &receiptID);
     void remove(const QUuid &factID);
@@ -95,6 +106,8 @@ private:
     using FactIterator = std::vector<Fact>::iterator;
 
     [[nodiscard]] FactIterator find(const QUuid &factID);
+    void keepReceipt(Receipt receipt);
+    void bringBack(const std::vector<Forgotten> &forgotten);
     void removeReceiptsOf(const QUuid &factID);
     void setFacts(const QStringList &notes);
     void setLoadFailed(bool failed);

@@ -133,8 +133,8 @@ TEST_F(MemoryStoreTest, NotesAndReceiptsFollowWhatIsRememberedForgottenAndUndone
             start("");
         else if (verb == u"remember"_s)
             given.push_back(store->remember(text).value_or(MemoryStore::Receipt()));
-        else if (verb == u"forget"_s)
-            store->forget(text);
+        else if (verb == u"forget"_s && store->forget(text) > 0)
+            given.push_back(store->receipts().back());
         else if (verb == u"undo"_s)
             store->undo(given.at(text.toUInt()).id);
         else if (verb == u"dismiss"_s)
@@ -145,7 +145,9 @@ TEST_F(MemoryStoreTest, NotesAndReceiptsFollowWhatIsRememberedForgottenAndUndone
             store->update(store->facts().front().id, text);
         QString all = stored() + (onDisk() == before ? u" (not written)"_s : QString());
         for (const auto &receipt : store->receipts())
-            all += u"; receipt for %1, before: %2"_s.arg(receipt.text, receipt.previousText.value_or(u"-"_s));
+            all += u"; receipt for %1, "_s.arg(receipt.text) +
+                   (receipt.forgotten.empty() ? u"before: "_s + receipt.previousText.value_or(u"-"_s)
+                                              : u"forgotten"_s);
         return all;
     };
     EXPECT_EQ(TestData::transcript("memory/story.txt", outcome), TestData::text("memory/story.txt"));

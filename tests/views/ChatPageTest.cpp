@@ -2,7 +2,7 @@
 
 #include "ai/contract/ProviderError.h"
 #include "memory/MemoryStore.h"
-#include "models/ChatMessage.h"
+#include "models/Conversation.h"
 #include "persistence/SettingsStore.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
@@ -171,6 +171,28 @@ TEST_F(ChatPageTest, ASavedNoteIsTakenBackOrLeftAboveTheComposer)
     settle();
     click(button(u"undoNote"_s));
     EXPECT_EQ(m_app->assistant().memory->facts().size(), 1U);
+
+    m_app->assistant().memory->forget(u"tea"_s, m_app->presentation().chat->conversation()->scopeKey());
+    settle();
+    EXPECT_TRUE(shows(u"Note forgotten:"_s));
+    const QString here = m_app->presentation().chat->conversationId();
+    m_app->presentation().chat->open(addChat(u"Another"_s, {u"words"_s}));
+    settle();
+    EXPECT_EQ(button(u"undoNote"_s), nullptr) << "it stays with its chat";
+    m_app->presentation().chat->open(here);
+    settle();
+    click(button(u"undoNote"_s));
+    EXPECT_EQ(m_app->assistant().memory->facts().size(), 1U);
+}
+
+TEST_F(ChatPageTest, AReplyThatTheEndOfTheProgramCutOffIsTriedAgain)
+{
+    showReply(u"half a"_s, [](ChatMessage &reply) { reply.setStatus(MessageStatus::streaming); });
+    click(lastVisible(u"retryReply"_s));
+    EXPECT_EQ(lastVisible(u"retryReply"_s), nullptr);
+    stream(u"whole"_s);
+    EXPECT_TRUE(shows(u"whole"_s));
+    EXPECT_TRUE(shows(u"This reply was interrupted."_s));
 }
 
 } // namespace morvane

@@ -27,18 +27,18 @@ constexpr double usualDuration = 30;    // minutes
 // About three thousand years on either side. A moment further away is none that a calendar could hold.
 constexpr double furthestMoment = 1e11; // seconds
 
-ToolOutcome remember(const ToolArguments &arguments, MemoryStore &memory)
+ToolOutcome remember(const ToolArguments &arguments, MemoryStore &memory, const TurnContext &turn)
 {
     const auto fact = arguments.text("fact"_L1);
     if (!fact)
         return ToolFailure::because(u"A fact is required."_s);
-    const auto receipt = memory.remember(*fact);
+    const auto receipt = memory.remember(*fact, turn.chatID.value_or(QString()));
     if (!receipt)
         return ToolFailure::because(u"That was empty; nothing was saved."_s);
     return {u"Saved: "_s + receipt->text};
 }
 
-ToolOutcome forget(const ToolArguments &arguments, MemoryStore &memory)
+ToolOutcome forget(const ToolArguments &arguments, MemoryStore &memory, const TurnContext &turn)
 {
     const auto about = arguments.text("about"_L1);
     if (!about)
@@ -48,7 +48,7 @@ ToolOutcome forget(const ToolArguments &arguments, MemoryStore &memory)
         notes.append(fact.text);
     if (notes.isEmpty())
         return {u"Nothing stored matched that, so there was nothing to forget."_s};
-    const qsizetype removed = memory.forget(*about);
+    const qsizetype removed = memory.forget(*about, turn.chatID.value_or(QString()));
     return {u"Forgot %1 note(s): "_s.arg(removed) + notes.join(u"; "_s)};
 }
 
@@ -144,9 +144,9 @@ QCoro::Task<ToolOutcome> ToolRunner::run(Ability ability, ToolArguments argument
 {
     switch (ability) {
     case Ability::remember:
-        return remembered(remember(arguments, *services.memory));
+        return remembered(remember(arguments, *services.memory, *turn));
     case Ability::forget:
-        return remembered(forget(arguments, *services.memory));
+        return remembered(forget(arguments, *services.memory, *turn));
     case Ability::searchWeb:
         return searchWeb(std::move(arguments), std::move(turn), services.web, std::move(stop));
     case Ability::readWebPage:

@@ -7,15 +7,24 @@ namespace morvane {
 NoteReceiptsModel::NoteReceiptsModel(MemoryStore &memory, QObject *parent)
     : QAbstractListModel(parent)
     , m_memory(memory)
-    , m_receipts(memory.receipts())
 {
+    refresh();
     connect(&memory, &MemoryStore::receiptsChanged, this, &NoteReceiptsModel::refresh);
+}
+
+void NoteReceiptsModel::setChat(const QString &scopeKey)
+{
+    if (m_chat == scopeKey)
+        return;
+    m_chat = scopeKey;
+    refresh();
 }
 
 void NoteReceiptsModel::refresh()
 {
     beginResetModel();
     m_receipts = m_memory.receipts();
+    std::erase_if(m_receipts, [this](const auto &each) { return !each.chat.isEmpty() && each.chat != m_chat; });
     endResetModel();
 }
 
@@ -26,7 +35,7 @@ int NoteReceiptsModel::rowCount(const QModelIndex &parent) const
 
 QHash<int, QByteArray> NoteReceiptsModel::roleNames() const
 {
-    return {{ReceiptIdRole, "receiptId"}, {NoteRole, "note"}, {IsChangeRole, "isChange"}};
+    return {{ReceiptIdRole, "receiptId"}, {NoteRole, "note"}, {IsChangeRole, "isChange"}, {ForgottenRole, "forgotten"}};
 }
 
 QVariant NoteReceiptsModel::data(const QModelIndex &index, int role) const
@@ -41,6 +50,8 @@ QVariant NoteReceiptsModel::data(const QModelIndex &index, int role) const
         return receipt.text;
     case IsChangeRole:
         return receipt.previousText.has_value();
+    case ForgottenRole:
+        return static_cast<int>(receipt.forgotten.size());
     default:
         return {};
     }

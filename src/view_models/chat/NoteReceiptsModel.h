@@ -9,7 +9,7 @@
 
 namespace morvane {
 
-// The notes that were just saved, each until it is undone or waved away. GUI thread.
+// What was just saved or forgotten in the open chat, each until it is undone or waved away. GUI thread.
 class NoteReceiptsModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -19,7 +19,8 @@ public:
     enum Role {
         ReceiptIdRole = Qt::UserRole + 1, // text, for undo and dismiss
         NoteRole,
-        IsChangeRole, // bool: it took the place of a former note
+        IsChangeRole,  // bool: it took the place of a former note
+        ForgottenRole, // how many notes were forgotten; 0 for one that was saved
     };
 
     // `memory` outlives this object.
@@ -29,6 +30,9 @@ public:
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
+    // The chat that is open, by its scope key.
+    void setChat(const QString &scopeKey);
+
     // An id that is not there changes nothing.
     Q_INVOKABLE void undo(const QString &receiptId);
     Q_INVOKABLE void dismiss(const QString &receiptId);
@@ -37,6 +41,7 @@ private:
     void refresh();
 
     MemoryStore &m_memory;
+    QString m_chat;
     std::vector<MemoryStore::Receipt> m_receipts;
 };
 

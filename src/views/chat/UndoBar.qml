@@ -2,13 +2,14 @@ import QtQuick
 import QtQuick.Layouts
 import Morvane
 
-// A note that was just saved, with the way to take it back.
+// A note that was just saved, or notes that were just forgotten, with the way to take that back.
 Rectangle {
     id: root
 
     required property string receiptId
     required property string note
     required property bool isChange
+    required property int forgotten
 
     signal undoChosen(string id)
     signal dismissed(string id)
@@ -37,7 +38,8 @@ Rectangle {
         SmallText {
             id: label
 
-            text: root.isChange ? qsTr("Note changed:") : qsTr("Note saved:")
+            text: root.forgotten > 1 ? qsTr("Notes forgotten:") : root.forgotten > 0 ? qsTr("Note forgotten:")
+                : root.isChange ? qsTr("Note changed:") : qsTr("Note saved:")
             wrapMode: Text.NoWrap
         }
         SmallText {
@@ -55,7 +57,7 @@ Rectangle {
         }
         IconButton {
             objectName: "dismissNote"
-            text: qsTr("Keep the note and close this")
+            text: root.forgotten > 0 ? qsTr("Close this") : qsTr("Keep the note and close this")
             glyph: "close"
             onClicked: root.dismissed(root.receiptId)
         }
