@@ -10,6 +10,7 @@
 namespace morvane {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 class ChatPageTest : public WindowFixture {
 protected:
@@ -188,6 +189,7 @@ TEST_F(ChatPageTest, ASavedNoteIsTakenBackOrLeftAboveTheComposer)
 TEST_F(ChatPageTest, AReplyThatTheEndOfTheProgramCutOffIsTriedAgain)
 {
     showReply(u"half a"_s, [](ChatMessage &reply) { reply.setStatus(MessageStatus::streaming); });
+    m_clock.advance(1s);
     click(lastVisible(u"retryReply"_s));
     EXPECT_EQ(lastVisible(u"retryReply"_s), nullptr);
     stream(u"whole"_s);
