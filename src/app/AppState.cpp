@@ -23,13 +23,13 @@ const QString showWhatChangedKey = u"showWhatChangedNotice.v1"_s;
 } // namespace
 
 AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets,
-                   Work &work, QObject *parent)
+                   Work &work, ReplyNotifying *notifications, QObject *parent)
     : QObject(parent)
     , m_host(host)
     , m_work(work)
     , m_storage(commandLine, host, clock, secrets)
     , m_assistant(commandLine, m_storage, secrets, clock, work)
-    , m_presentation(m_storage, m_assistant, secrets, clock, work)
+    , m_presentation(m_storage, m_assistant, secrets, clock, work, notifications)
 {
     letThePersonApprove();
     if (host == Host::application)

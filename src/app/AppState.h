@@ -15,9 +15,10 @@ class GhostKeeping;
 class AppState : public QObject {
     Q_OBJECT
 public:
-    // All that is given outlives this object, which ends `work` before its services go.
+    // All that is given outlives this object, which ends `work` before its services go. Without
+    // `notifications` none are posted.
     AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets, Work &work,
-             QObject *parent = nullptr);
+             ReplyNotifying *notifications = nullptr, QObject *parent = nullptr);
     ~AppState() override;
 
     [[nodiscard]] Storage &storage() { return m_storage; }

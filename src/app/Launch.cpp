@@ -8,8 +8,10 @@
 #include "persistence/ChatStoreLocation.h"
 #include "persistence/SettingsStore.h"
 #include "platform/linux/DesktopAppearance.h"
+#include "platform/linux/DesktopNotifications.h"
 #include "platform/linux/WebBrowser.h"
 #include "security/TestHost.h"
+#include "utils/text/Identifier.h"
 #include "utils/text/Product.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
@@ -62,6 +64,7 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, QObject *p
     , m_commandLine(std::move(commandLine))
     , m_secrets(m_commandLine.folders(), keyringOf(m_commandLine), m_work)
     , m_appearance(std::make_unique<DesktopAppearance>())
+    , m_notifications(std::make_unique<DesktopNotifications>())
 {
     connect(&m_secrets.preparation(), &KeychainPreparation::stateChanged, this, &Launch::keychainChanged);
 }
@@ -120,7 +123,8 @@ void Launch::finish()
 {
     m_patience.reset();
     m_state = std::make_unique<AppState>(m_commandLine, hostOfThisRun(), m_clock,
-                                         Secrets{m_secrets.keychain(), m_secrets.keychain()}, m_work);
+                                         Secrets{m_secrets.keychain(), m_secrets.keychain()}, m_work,
+                                         m_notifications.get());
     if (m_commandLine.practiceServer)
         usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);
     ShellViewModel &shell = *m_state->presentation().shell;
@@ -128,6 +132,7 @@ void Launch::finish()
     shell.setSystemDark(m_appearance->isDark());
     connect(m_appearance.get(), &DesktopAppearance::darkChanged, &shell, &ShellViewModel::setSystemDark);
     connect(&shell, &ShellViewModel::linkRequested, this, &WebBrowser::open);
+    connect(m_notifications.get(), &DesktopNotifications::chosen, this, &Launch::open);
 
     if (!m_windowEngine)
         m_windowEngine = MainWindowController::prepareEngine();
@@ -141,6 +146,13 @@ void Launch::finish()
     m_startupWindow.reset();
     if (m_commandLine.demoPicture)
         playDemo();
+}
+
+void Launch::open(const QUuid &conversation)
+{
+    if (!conversation.isNull())
+        m_state->presentation().chat->open(Identifier::text(conversation));
+    m_state->reopen();
 }
 
 void Launch::playDemo()

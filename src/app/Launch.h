@@ -19,6 +19,7 @@ class AppDelegate;
 class AppState;
 class DemoPlayer;
 class DesktopAppearance;
+class DesktopNotifications;
 class MainWindowController;
 class StartupWindow;
 class WindowEngine;
@@ -41,6 +42,7 @@ private:
     void keychainChanged(KeychainState state);
     void showWaiting(const QString &sentence, bool retryMayHelp);
     void finish();
+    void open(const QUuid &conversation); // null: the one that is open
     void playDemo();
 
     QGuiApplication &m_application;
@@ -49,6 +51,7 @@ private:
     Work m_work{m_clock};
     SecretKeeping m_secrets;
     std::unique_ptr<DesktopAppearance> m_appearance;
+    std::unique_ptr<DesktopNotifications> m_notifications;
     std::unique_ptr<StartupWindow> m_startupWindow; // while the key is waited for
     std::unique_ptr<Alarm> m_patience;
     std::unique_ptr<WindowEngine> m_windowEngine; // until the window has it

@@ -65,7 +65,7 @@ void MainWindowController::show()
     if (!m_window)
         return;
     if (m_window->windowStates() & Qt::WindowMinimized)
-        m_window->showNormal();
+        m_window->setWindowStates(m_window->windowStates() & ~Qt::WindowMinimized);
     else
         m_window->show();
     m_window->raise();

@@ -24,8 +24,20 @@
 
 namespace morvane {
 
+namespace {
+
+QStringList textsOf(const std::vector<MemoryStore::Fact> &facts)
+{
+    QStringList texts;
+    for (const MemoryStore::Fact &fact : facts)
+        texts.append(fact.text);
+    return texts;
+}
+
+} // namespace
+
 Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets &secrets, Clock &clock,
-                           Work &work)
+                           Work &work, ReplyNotifying *notifications)
     : settings(*storage.settings)
     , companion(std::make_unique<CompanionViewModel>(clock))
     , chat(std::make_unique<ChatViewModel>(ChatViewModel::Services{
@@ -36,7 +48,10 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets
           .proofs = *assistant.proofs,
           .companion = *companion,
           .clock = clock,
-          .searchesWithOwnKey = [&web = *assistant.web] { return web.usesOwnKey(); }}))
+          .notifications = notifications,
+          .searchesWithOwnKey = [&web = *assistant.web] { return web.usesOwnKey(); },
+          .notesMatching = [&memory = *assistant.memory](
+                               const QString &about) { return textsOf(memory.matching(about)); }}))
     , conversations(std::make_unique<ConversationListModel>(*storage.repository, clock))
     , search(std::make_unique<HistorySearchModel>(*storage.repository, clock, work))
     , sources(std::make_unique<SourceMenuViewModel>(*assistant.router))

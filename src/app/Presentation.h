@@ -15,6 +15,7 @@ class InstructionsViewModel;
 class MemoryViewModel;
 class NetworkLedgerViewModel;
 class NoteReceiptsModel;
+class ReplyNotifying;
 class SearchKeyViewModel;
 class SettingsStore;
 class ShellViewModel;
@@ -26,7 +27,9 @@ struct Storage;
 
 // What the window binds to. What the constructor takes outlives this.
 struct Presentation {
-    Presentation(Storage &storage, Assistant &assistant, const Secrets &secrets, Clock &clock, Work &work);
+    // `notifications` may be null.
+    Presentation(Storage &storage, Assistant &assistant, const Secrets &secrets, Clock &clock, Work &work,
+                 ReplyNotifying *notifications);
     ~Presentation();
 
     SettingsStore &settings;

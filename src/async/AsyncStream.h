@@ -50,8 +50,8 @@ public:
     }
 
     // co_await yields the next event, or nothing at the normal end, or throws the stream's error. Throws
-    // CancelledError once `stop` is triggered, whatever is buffered. A stop that comes during the wait reaches
-    // the producer at once, before the consumer is resumed: what else is queued must find it stopped.
+    // CancelledError once `stop` is triggered, whatever is buffered. A stop that comes during the wait
+    // reaches the producer at once, before the consumer is resumed: what else is queued must find it stopped.
     [[nodiscard]] Next next(std::stop_token stop = {}) { return Next(m_state, std::move(stop)); }
 
     // The next event if it is already here; never waits and never throws.

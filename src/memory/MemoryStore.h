@@ -82,7 +82,8 @@ public:
     [[nodiscard]] std::vector<Fact> matching(const QString &description) const;
     qsizetype forget(const QString &description, const QString &chat = {}); // how many went
 
-    // Forgotten notes come back where they stood, but for those that were saved anew, as far as there is room.
+    // Forgotten notes come back where they stood, but for those that were saved anew, as far as there is
+    // room.
     void undo(const QUuid &receiptID);
     void dismiss(const QUuid &receiptID);
     void remove(const QUuid &factID);

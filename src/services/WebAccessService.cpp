@@ -12,9 +12,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QCoro::Task<WebSearch::Results> noQuery()
+QCoro::Task<WebSearch::Results> failed(std::exception_ptr error)
 {
-    throw WebAccessError(WebAccessError::Plain::emptyQuery);
+    std::rethrow_exception(error);
     co_return WebSearch::Results();
 }
 
@@ -48,19 +48,29 @@ HostLookup::Resolve WebAccessService::systemResolver()
     return PrivateNetworkAddress::resolve;
 }
 
-bool WebAccessService::usesOwnKey() const
+WebAccessing::SearchService WebAccessService::searchService() const
 {
-    return !ownKey().isEmpty();
+    try {
+        if (ownKey().isEmpty())
+            return m_search->hasBuiltIn() ? SearchService::builtIn : SearchService::none;
+    } catch (const KeychainError &) {
+        // There may be one, and then it is the person's choice.
+    }
+    return SearchService::personsOwn;
 }
 
 QCoro::Task<WebSearch::Results> WebAccessService::search(QString query, std::stop_token stop)
 {
     const QString trimmed = Text::trimmed(query);
     if (trimmed.isEmpty())
-        return noQuery();
-    const QString key = ownKey();
-    return key.isEmpty() ? WebSearch::askBuiltIn(m_search, trimmed, stop)
-                         : WebSearch::askBrave(m_search, trimmed, key, stop);
+        return failed(std::make_exception_ptr(WebAccessError(WebAccessError::Plain::emptyQuery)));
+    try {
+        const QString key = ownKey();
+        return key.isEmpty() ? WebSearch::askBuiltIn(m_search, trimmed, stop)
+                             : WebSearch::askBrave(m_search, trimmed, key, stop);
+    } catch (const KeychainError &) {
+        return failed(std::current_exception());
+    }
 }
 
 QCoro::Task<WebAccessing::Page> WebAccessService::readPage(QString url, qsizetype limit, std::stop_token stop)
@@ -77,11 +87,7 @@ QCoro::Task<> WebAccessService::testKey(QString key, std::stop_token stop)
 
 QString WebAccessService::ownKey() const
 {
-    try {
-        return m_services.keychain.read(searchKeyAccount()).value_or(QString());
-    } catch (const KeychainError &) {
-        return {}; // a key that isn't handed out can't be used
-    }
+    return m_services.keychain.read(searchKeyAccount()).value_or(QString());
 }
 
 } // namespace morvane

@@ -11,7 +11,7 @@ namespace morvane {
 //
 // A search goes to Brave Search when the person has a key of their own, else to the product's search
 // endpoint, which is a value of the deployment. In a build without that value a search without a key is
-// searchNotConfigured.
+// searchNotConfigured. A key that can't be read ends a search, whatever else could answer it.
 //
 // GUI thread. Calls may outlive the service only until they notice: they end with cancelled.
 class WebAccessService final : public WebAccessing {
@@ -34,8 +34,9 @@ public:
     [[nodiscard]] static HostLookup::Resolve systemResolver();
 
     [[nodiscard]] Backend backend() const { return Backend::brave; }
-    [[nodiscard]] bool usesOwnKey() const;
+    [[nodiscard]] bool usesOwnKey() const { return searchService() == SearchService::personsOwn; }
 
+    [[nodiscard]] SearchService searchService() const override;
     [[nodiscard]] QCoro::Task<std::vector<SearchResult>> search(QString query, std::stop_token stop) override;
     [[nodiscard]] QCoro::Task<Page> readPage(QString url, qsizetype limit, std::stop_token stop) override;
 
@@ -46,7 +47,7 @@ public:
     void setOnProxiedSearch(std::function<void()> told) { m_search->setOnProxiedSearch(std::move(told)); }
 
 private:
-    [[nodiscard]] QString ownKey() const; // empty when there is none
+    [[nodiscard]] QString ownKey() const; // empty when there is none; throws KeychainError
 
     Services m_services;
     HostLookup m_hosts;

@@ -30,7 +30,16 @@ public:
 
     virtual ~WebAccessing() = default;
 
-    // The two throw WebAccessError; cancellation through `stop` is WebAccessError::Plain::cancelled.
+    // Who would answer a search now.
+    enum class SearchService {
+        none,
+        personsOwn, // by a key of theirs, also when it can't be read just now
+        builtIn,
+    };
+    [[nodiscard]] virtual SearchService searchService() const = 0;
+
+    // The two throw WebAccessError; cancellation through `stop` is WebAccessError::Plain::cancelled. A search
+    // also throws KeychainError when the person's own key can't be read: its words go to no other service.
     [[nodiscard]] virtual QCoro::Task<std::vector<SearchResult>> search(QString query,
                                                                         std::stop_token stop) = 0;
 

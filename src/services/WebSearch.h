@@ -45,6 +45,8 @@ public:
     // The services outlive it until close(). An `injectedSession` takes the place of the network's.
     WebSearch(const Services &services, Endpoints endpoints, std::shared_ptr<HttpSession> injectedSession);
 
+    [[nodiscard]] bool hasBuiltIn() const { return !m_endpoints.builtIn.isEmpty(); }
+
     // Brave Search with a key of the person's. Calls keep a gap between them; a call that comes too soon
     // waits. An unreachable server is offline.
     [[nodiscard]] static QCoro::Task<Results> askBrave(std::shared_ptr<WebSearch> self, QString query,

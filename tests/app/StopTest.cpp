@@ -48,11 +48,10 @@ TEST(StopTest, NothingFollowsAStopThatComesWhileAnApprovalWaits)
         InMemoryKeychainService keychain;
         Work work(clock);
         AppState state(commandLine, Host::test, clock, Secrets{keychain, keychain}, work);
-        const auto model = std::make_shared<ScriptedModel>(
-            std::vector<ScriptedModel::Round>{{{AIStream::ToolCalls{
-                {{u"1"_s, u"search_web"_s, uR"({"query":"ferns"})"_s},
-                 {u"2"_s, u"remember"_s, uR"({"fact":"They left."})"_s},
-                 {u"3"_s, u"search_web"_s, uR"({"query":"mosses"})"_s}}}}}});
+        const auto model = std::make_shared<ScriptedModel>(std::vector<ScriptedModel::Round>{
+            {{AIStream::ToolCalls{{{u"1"_s, u"search_web"_s, uR"({"query":"ferns"})"_s},
+                                   {u"2"_s, u"remember"_s, uR"({"fact":"They left."})"_s},
+                                   {u"3"_s, u"search_web"_s, uR"({"query":"mosses"})"_s}}}}}});
         state.assistant().router->injectProvider(model);
         ChatViewModel &chat = *state.presentation().chat;
         chat.sendMessage(u"first"_s, std::nullopt);

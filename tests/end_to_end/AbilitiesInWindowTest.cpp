@@ -38,8 +38,10 @@ protected:
 TEST_F(AbilitiesInWindowTest, ASearchIsShownAskedForAndAnsweredFromWithItsSources)
 {
     ask(u"agent-search"_s, u"Tell me about ferns"_s);
+    window()->showMinimized();
     ASSERT_TRUE(approvalComes());
     WindowDriver::settle();
+    EXPECT_FALSE(window()->windowStates() & Qt::WindowMinimized) << "it comes up for the question";
     EXPECT_EQ(state->presentation().chat->approval().verb, u"Search the web for this"_s);
     EXPECT_TRUE(state->presentation().chat->approval().detail.contains(u"Tell me about ferns"_s));
     EXPECT_TRUE(state->presentation().chat->approval().offersChatWideYes);

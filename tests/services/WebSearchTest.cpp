@@ -144,8 +144,11 @@ TEST_F(WebSearchTest, WithoutAnEndpointOfTheBuildAKeyIsNeeded)
     giveKey(QString()); // an empty item is no key
     EXPECT_FALSE(bare.usesOwnKey());
     EXPECT_EQ(errorOf(bare.search(u"news"_s, {})), WebAccessError::Case(Plain::searchNotConfigured));
+    EXPECT_EQ(bare.searchService(), WebAccessing::SearchService::none);
+    EXPECT_EQ(web.searchService(), WebAccessing::SearchService::builtIn);
     keychain.setFailure(KeychainError(KeychainError::Operation::Read, KeychainStatus::NotAvailable));
-    EXPECT_FALSE(bare.usesOwnKey());
+    EXPECT_TRUE(web.usesOwnKey());
+    EXPECT_THROW(search(web), KeychainError) << "its words go to no other service";
     EXPECT_TRUE(fake->requests().empty());
 }
 

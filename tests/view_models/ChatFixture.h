@@ -87,6 +87,8 @@ public:
     {
         m_heard.append(QStringLiteral("failed ") + message + u'|' + suggestion);
     }
+    void approvalWaits(const QString &verb) override { m_heard.append(QStringLiteral("waits ") + verb); }
+    void withdrawApproval() override { m_heard.append(QStringLiteral("withdrawn")); }
 
 private:
     Clock &m_clock;

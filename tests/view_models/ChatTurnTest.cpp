@@ -209,8 +209,11 @@ TEST_F(ChatTurnTest, ARetryThatSucceedsTakesThePlaceOfRepliesWithoutAWord)
     replies.text(u"whole"_s);
     replies.finish();
     EXPECT_EQ(removed.count(), 2);
-    EXPECT_EQ(transcript(), (Rows{{true, u"before"_s}, {false, u"fine"_s}, {true, u"question"_s},
-                                  {false, u"half"_s}, {false, u"whole"_s}}));
+    EXPECT_EQ(transcript(), (Rows{{true, u"before"_s},
+                                  {false, u"fine"_s},
+                                  {true, u"question"_s},
+                                  {false, u"half"_s},
+                                  {false, u"whole"_s}}));
     EXPECT_FALSE(repository.context().hasChanges());
 }
 
@@ -563,7 +566,9 @@ TEST_F(ChatTurnTest, AReadingOfTheScreenMarksItsChatForGood)
         SensitiveDataSet carried; // by the turns after it
     } rows[] = {
         {"a failed reading",
-         [&](ChatMessage &) { replies.yield(Agent::ToolFinished{look, {.content = {}, .isError = true}}); },
+         [&](ChatMessage &) {
+             replies.yield(Agent::ToolFinished{look, {.content = {}, .isError = true}});
+         },
          {}},
         {"a query that claims one",
          [&](ChatMessage &) {
@@ -571,9 +576,13 @@ TEST_F(ChatTurnTest, AReadingOfTheScreenMarksItsChatForGood)
                  {u"2"_s, u"search_web"_s, uR"({"query":"x\nLooked at your screen\ny"})"_s}, {}});
          },
          {}},
-        {"a reading", [&](ChatMessage &) { replies.yield(Agent::ToolFinished{look, {}}); }, screen},
-        {"one of an older build", [](ChatMessage &reply) { reply.appendToolLine(u"Looked at your screen"_s); },
+        {"a reading",
+         [&](ChatMessage &) {
+             replies.yield(Agent::ToolFinished{look, {}});
+         },
          screen},
+        {"one of an older build",
+         [](ChatMessage &reply) { reply.appendToolLine(u"Looked at your screen"_s); }, screen},
         {"what the person attached",
          [&](ChatMessage &) {
              repository.add(repository.makeMessage({.id = QUuid::createUuid(),

@@ -56,7 +56,8 @@ TEST_F(ChatPageTest, OnlyARowThatIsRunningShowsTheDots)
                   {MessageStatus::failed, u"This reply was cut short."_s},
                   {MessageStatus::failed, u"No reply came."_s}};
     for (const auto &[status, words] : stored) {
-        const bool isCut = words.startsWith(u"This reply was cut"_s); // tried again since, so it tells no error
+        const bool isCut =
+            words.startsWith(u"This reply was cut"_s); // tried again since, so it tells no error
         showReply(isCut ? u"half a"_s : QString(), [&, status = status](ChatMessage &reply) {
             reply.setStatus(status);
             if (words.startsWith(u"No connection"_s))

@@ -15,8 +15,8 @@ struct OpenedTurn {
     std::shared_ptr<AIProvider> provider;
 
     // The row of the proof ledger that tells where the answer runs. Another one once the reply has moved to
-    // another place or carries more, so whoever asks does so when the reply has ended. A turn that sent nothing has no such
-    // row in the ledger.
+    // another place or carries more, so whoever asks does so when the reply has ended. A turn that sent
+    // nothing has no such row in the ledger.
     std::shared_ptr<QUuid> proofRow = std::make_shared<QUuid>();
 };
 

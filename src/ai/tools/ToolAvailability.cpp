@@ -35,6 +35,7 @@ bool ToolRegistry::isAvailable(Ability ability) const
     case Ability::forget:
         return settings.memoryEnabled();
     case Ability::searchWeb:
+        return settings.webAccessEnabled() && canSearch();
     case Ability::readWebPage:
         return settings.webAccessEnabled();
     case Ability::lookAtScreen:
@@ -45,6 +46,11 @@ bool ToolRegistry::isAvailable(Ability ability) const
         return settings.desktopActionsEnabled() && m_services.desktop;
     }
     return false;
+}
+
+bool ToolRegistry::canSearch() const
+{
+    return m_services.web.searchService() != WebAccessing::SearchService::none;
 }
 
 std::optional<QString> ToolRegistry::unavailableReason(QStringView name) const
@@ -66,7 +72,8 @@ QString ToolRegistry::reasonFor(Ability ability) const
         return u"Turn on Memory."_s;
     case Ability::searchWeb:
     case Ability::readWebPage:
-        return u"Turn on Web access."_s;
+        return settings.webAccessEnabled() ? u"Add a search key in Settings → Abilities."_s
+                                           : u"Turn on Web access."_s;
     case Ability::lookAtScreen:
         return settings.screenAwarenessEnabled() ? u"Screen reading isn't available in this build."_s
                                                  : u"Turn on Screen awareness."_s;

@@ -5,7 +5,6 @@
 #include "persistence/SettingsStore.h"
 #include "services/ScreenGlanceError.h"
 #include "services/WebAccessError.h"
-#include "services/WebAccessing.h"
 #include "utils/log/Log.h"
 
 namespace morvane {
@@ -76,6 +75,8 @@ QCoro::Task<ToolOutcome> ToolRegistry::outcomeOf(Self self, AIToolCall call, Tur
     const auto ability = AbilityCatalogue::named(call.name);
     if (!ability)
         co_return ToolFailure::because(u"There is no tool called "_s + call.name + u'.');
+    const bool searches = *ability == Ability::searchWeb;
+    const auto named = searches ? self->searchService() : WebAccessing::SearchService::none;
     const ToolGate::Decision decision = self->judge(*ability, call, *turn);
     if (const auto *refusal = std::get_if<ToolGate::Refuse>(&decision))
         co_return ToolFailure::because(refusal->reason);
@@ -86,6 +87,10 @@ QCoro::Task<ToolOutcome> ToolRegistry::outcomeOf(Self self, AIToolCall call, Tur
     }
     if (!self || stop.stop_requested()) // a yes that comes with the end of its turn starts nothing
         co_return ToolFailure::because(unexplained());
+    if (searches && self->searchService() != named)
+        co_return ToolFailure::because(
+            u"The search service was changed before this search began, so nothing was searched. Call "
+            "search_web again if it is still needed."_s);
     const ToolOutcome outcome = co_await run(self, *ability, call, turn, stop);
     if (self && self->m_hooks.onToolCompleted)
         self->m_hooks.onToolCompleted(call, {call.id, call.name, outcome.content, outcome.isError});
@@ -129,6 +134,14 @@ QCoro::Task<std::optional<ToolOutcome>> ToolRegistry::approve(Self self, Ability
     co_return std::nullopt;
 }
 
+WebAccessing::SearchService ToolRegistry::searchService()
+{
+    const auto service = m_services.web.searchService();
+    if (std::exchange(m_allowedService, service) != service)
+        m_searchAllowedChats.clear();
+    return service;
+}
+
 ToolRegistry::ApprovalHandler ToolRegistry::handlerFor(const ToolGate::Ask &ask) const
 {
     const bool isChatWide =
@@ -155,6 +168,7 @@ QCoro::Task<ToolOutcome> ToolRegistry::run(Self self, Ability ability, AIToolCal
         co_return self->explain(call, failure);
     if (!self->isAvailable(Ability::searchWeb))
         co_return ToolFailure::because(*problem);
+    (void)self->searchService();
     const bool allowsSearch = turn->chatID && self->m_searchAllowedChats.contains(*turn->chatID);
     const auto query =
         allowsSearch ? PageRescue::query(arguments.text("url"_L1).value_or(QString())) : std::nullopt;

@@ -4,6 +4,7 @@
 #include "ai/tools/AbilityCatalogue.h"
 #include "ai/tools/ToolGate.h"
 #include "ai/tools/ToolRunner.h"
+#include "services/WebAccessing.h"
 
 #include <QCoroTask>
 #include <QObject>
@@ -22,7 +23,6 @@ class MemoryStore;
 class ScreenGlanceError;
 class ScreenGlancing;
 class SettingsStore;
-class WebAccessing;
 
 // Stands between a model's call and its effect: checks the call against the settings, the turn and the
 // limits, asks the person where that is required, runs it, and hands back one text. GUI thread.
@@ -95,6 +95,10 @@ private:
                                         std::stop_token stop);
 
     [[nodiscard]] bool isAvailable(Ability ability) const;
+    [[nodiscard]] bool canSearch() const;
+    // Who would answer a search now. A yes for a chat named the service that the words go to, so it ends when
+    // that is another one.
+    WebAccessing::SearchService searchService();
     [[nodiscard]] QString reasonFor(Ability ability) const;
     [[nodiscard]] ToolGate::Decision judge(Ability ability, const AIToolCall &call, TurnContext &turn) const;
     [[nodiscard]] ToolOutcome explain(const AIToolCall &call, const std::exception_ptr &failure);
@@ -105,6 +109,7 @@ private:
     Services m_services;
     Hooks m_hooks;
     std::set<QString> m_searchAllowedChats;
+    WebAccessing::SearchService m_allowedService = WebAccessing::SearchService::none; // of those
     bool m_screenGlanceNeedsRelaunch = false;
 };
 

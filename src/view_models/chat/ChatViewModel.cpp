@@ -27,8 +27,14 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
     , m_proofs(std::make_unique<AnswerProofs>(m_services.proofs))
 {
     connect(&m_approvals, &ApprovalDesk::pendingChanged, this, &ChatViewModel::approvalChanged);
-    connect(&m_approvals, &ApprovalDesk::needsAttention, this, &ChatViewModel::needsAttention);
-    connect(&m_approvals, &ApprovalDesk::resolved, this, &ChatViewModel::approvalResolved);
+    connect(&m_approvals, &ApprovalDesk::needsAttention, this, [this](const ApprovalRequest &request) {
+        m_delivery.tellApproval(request.verb);
+        Q_EMIT needsAttention();
+    });
+    connect(&m_approvals, &ApprovalDesk::resolved, this, [this] {
+        m_delivery.withdrawApproval();
+        Q_EMIT approvalResolved();
+    });
     connect(&m_banner, &BannerDesk::changed, this, &ChatViewModel::bannerChanged);
     connect(&m_open, &OpenConversation::leaving, this, &ChatViewModel::stopResponding);
     connect(&m_open, &OpenConversation::opened, this, &ChatViewModel::showOpened);
@@ -266,7 +272,7 @@ QCoro::Task<ApprovalAnswer> ChatViewModel::requestApproval(QString verb, AIToolC
     ApprovalRequest request;
     request.id = QUuid::createUuid();
     request.verb = std::move(verb);
-    request.detail = ApprovalWords::detail(call);
+    request.detail = ApprovalWords::detail(call, m_services.notesMatching);
     request.footnote = ApprovalWords::footnote(call, ownKey);
     request.call = std::move(call);
     request.offersChatWideYes = offersChatWideYes;

@@ -68,6 +68,8 @@ public:
         ReplyNotifying *notifications = nullptr; // absent: nothing is posted
         // Whether a web search goes out with the person's own key; absent: it does not.
         std::function<bool()> searchesWithOwnKey = {};
+        // The notes that a call to forget would delete; absent: only its words are shown.
+        std::function<QStringList(const QString &about)> notesMatching = {};
     };
 
     explicit ChatViewModel(Services services, QObject *parent = nullptr);

@@ -24,7 +24,8 @@ void NoteReceiptsModel::refresh()
 {
     beginResetModel();
     m_receipts = m_memory.receipts();
-    std::erase_if(m_receipts, [this](const auto &each) { return !each.chat.isEmpty() && each.chat != m_chat; });
+    std::erase_if(m_receipts,
+                  [this](const auto &each) { return !each.chat.isEmpty() && each.chat != m_chat; });
     endResetModel();
 }
 
@@ -35,7 +36,10 @@ int NoteReceiptsModel::rowCount(const QModelIndex &parent) const
 
 QHash<int, QByteArray> NoteReceiptsModel::roleNames() const
 {
-    return {{ReceiptIdRole, "receiptId"}, {NoteRole, "note"}, {IsChangeRole, "isChange"}, {ForgottenRole, "forgotten"}};
+    return {{ReceiptIdRole, "receiptId"},
+            {NoteRole, "note"},
+            {IsChangeRole, "isChange"},
+            {ForgottenRole, "forgotten"}};
 }
 
 QVariant NoteReceiptsModel::data(const QModelIndex &index, int role) const

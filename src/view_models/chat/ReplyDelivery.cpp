@@ -15,6 +15,13 @@ ReplyDelivery::ReplyDelivery(Services services, QObject *parent)
     , m_services(services)
 {}
 
+void ReplyDelivery::setWindowInFront(bool inFront)
+{
+    m_isWindowInFront = inFront;
+    if (inFront)
+        withdrawApproval(); // the card itself is in view
+}
+
 void ReplyDelivery::deliver(const QString &text, const Conversation &conversation)
 {
     if (m_services.speech && m_services.settings.voiceOutputEnabled()) {
@@ -48,6 +55,18 @@ void ReplyDelivery::tellFailure(const std::exception_ptr &error)
         return;
     const ErrorPresentation words = presentationOf(error);
     m_services.notifications->replyFailed(words.message, words.suggestion.value_or(QString()));
+}
+
+void ReplyDelivery::tellApproval(const QString &verb)
+{
+    if (!m_isWindowInFront && m_services.notifications)
+        m_services.notifications->approvalWaits(verb);
+}
+
+void ReplyDelivery::withdrawApproval()
+{
+    if (m_services.notifications)
+        m_services.notifications->withdrawApproval();
 }
 
 void ReplyDelivery::stopSpeaking()

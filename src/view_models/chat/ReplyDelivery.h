@@ -18,7 +18,7 @@ class SettingsStore;
 class SpeechOutputting;
 
 // Brings the end of a turn to the person: aloud, and where the window is not in front by a notification,
-// which never shows a reply's text. GUI thread.
+// which never shows a reply's text. A turn that waits for their yes is told of the same way. GUI thread.
 class ReplyDelivery : public QObject {
     Q_OBJECT
 public:
@@ -32,10 +32,12 @@ public:
 
     explicit ReplyDelivery(Services services, QObject *parent = nullptr);
 
-    void setWindowInFront(bool inFront) { m_isWindowInFront = inFront; }
+    void setWindowInFront(bool inFront);
 
     void deliver(const QString &text, const Conversation &conversation);
     void tellFailure(const std::exception_ptr &error);
+    void tellApproval(const QString &verb);
+    void withdrawApproval();
     void stopSpeaking();
 
 private:

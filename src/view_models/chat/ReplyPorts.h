@@ -22,13 +22,17 @@ public:
     virtual void stop() = 0;
 };
 
-// Tells the person about a turn that ended while the window was not in front. Never shows reply text.
+// Tells the person about a turn that ended, or waits for their yes, while the window is not in front. Never
+// shows reply text, nor what a call would send.
 class ReplyNotifying {
 public:
     virtual ~ReplyNotifying() = default;
     virtual void replyReady(const QUuid &conversation, const QString &title) = 0;
     virtual void ghostReplyReady() = 0;
     virtual void replyFailed(const QString &message, const QString &suggestion) = 0;
+    // `verb` says what is asked for. It is taken back when there is nothing left to answer.
+    virtual void approvalWaits(const QString &verb) = 0;
+    virtual void withdrawApproval() = 0;
 };
 
 } // namespace morvane

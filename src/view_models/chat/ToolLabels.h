@@ -16,8 +16,8 @@ namespace ToolLabels {
 
 [[nodiscard]] bool isScreenReading(const AIToolCall &call);
 
-// The line that a finished reading of the screen leaves. In chats from before they carried a mark of their own
-// it is all that tells of the reading.
+// The line that a finished reading of the screen leaves. In chats from before they carried a mark of their
+// own it is all that tells of the reading.
 [[nodiscard]] QString finishedScreenReading();
 
 // Hosts of the web pages that a call and its result name, in order, each once. Empty for tools that read no

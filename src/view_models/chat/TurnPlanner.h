@@ -49,8 +49,8 @@ public:
     [[nodiscard]] TurnPlan sending(const QString &text, const std::optional<ImportedAttachment> &attachment,
                                    std::shared_ptr<Conversation> conversation);
 
-    // A new reply below one that failed or that the end of the program cut off; nothing unless the last message
-    // is such a reply. Its words stay in the chat.
+    // A new reply below one that failed or that the end of the program cut off; nothing unless the last
+    // message is such a reply. Its words stay in the chat.
     [[nodiscard]] std::optional<TurnPlan> retrying(std::shared_ptr<Conversation> conversation);
 
     // Nothing unless the message is a reply that hit its limit.

@@ -98,9 +98,10 @@ TEST_F(AgentRunsAgainstServerTest, WhatIsReadFromTheScreenIsCarriedByTheLaterRou
     std::atomic<int> asked = 0;
     ScriptedServer scripted([&](ScriptedServer::Connection &connection) {
         while (connection.readRequest())
-            connection.send(asked++ > 0 ? whole(R"("content":"done")")
-                                        : whole(R"("tool_calls":[{"id":"1","type":"function",)"
-                                                R"("function":{"name":"look_at_screen","arguments":"{}"}}])"));
+            connection.send(asked++ > 0
+                                ? whole(R"("content":"done")")
+                                : whole(R"("tool_calls":[{"id":"1","type":"function",)"
+                                        R"("function":{"name":"look_at_screen","arguments":"{}"}}])"));
     });
     EXPECT_EQ(ask(u"any"_s, scripted.url(u"/v1"_s).toString()).shown(), u"done"_s);
     const auto rows = ledger.snapshot().entries;

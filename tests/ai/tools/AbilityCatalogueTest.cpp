@@ -47,6 +47,12 @@ TEST_F(AbilityCatalogueTest, FollowsTheSwitchesAndWhatTheBuildHas)
     ASSERT_EQ(offered.size(), 4U);
     EXPECT_EQ(offered.front().name + u' ' + offered.back().name, u"look_at_screen run_shortcut"_s);
 
+    settings.setWebAccessEnabled(true);
+    world->service = WebAccessing::SearchService::none;
+    EXPECT_EQ(lacking(registry)[1], u"Add a search key in Settings → Abilities."_s);
+    EXPECT_EQ(registry.availableTools().front().name, u"read_web_page"_s);
+    settings.setWebAccessEnabled(false);
+
     settings.setAbilitiesEnabled(false);
     EXPECT_TRUE(registry.availableTools().empty());
     EXPECT_TRUE(registry.isAvailable(u"open_link")) << "a turn under way keeps what it was offered";

@@ -22,6 +22,7 @@ namespace morvane {
 // kind ends in.
 class FakeWorld final : public WebAccessing, public DesktopActing, public ScreenGlancing {
 public:
+    [[nodiscard]] SearchService searchService() const override { return service; }
     QCoro::Task<std::vector<SearchResult>> search(QString query, std::stop_token stop) override;
     QCoro::Task<Page> readPage(QString url, qsizetype limit, std::stop_token stop) override;
     QCoro::Task<QString> openLink(QString url, std::stop_token stop) override;
@@ -33,6 +34,7 @@ public:
 
     std::vector<SearchResult> results{
         {QStringLiteral("One"), QStringLiteral("https://found.example/One/"), QStringLiteral("first"), {}}};
+    SearchService service = SearchService::builtIn;
     Page page{QStringLiteral("Title"), QStringLiteral("Text of the page.")};
     QString screenText = QStringLiteral("words on the screen");
     std::exception_ptr searchError;

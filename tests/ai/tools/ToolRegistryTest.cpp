@@ -45,6 +45,33 @@ TEST_F(ToolRegistryTest, OnlyAPermissionCallsForAttention)
     EXPECT_EQ(registry.relaunchHint(u"search_web"), std::nullopt);
 }
 
+QCoro::Task<ApprovalAnswer> yes()
+{
+    co_return ApprovalAnswer::allowedOnce;
+}
+
+TEST_F(ToolRegistryTest, ASearchGoesToTheServiceThatTheCardNamedOrNowhere)
+{
+    using Service = WebAccessing::SearchService;
+    answer = ApprovalAnswer::allowedForChat;
+    const auto search = [this] { return dispatch(usual(u"search_web"_s), turnOf()); };
+    search();
+    search();
+    EXPECT_EQ(asked.size(), 1);
+    world->service = Service::personsOwn;
+    search();
+    EXPECT_EQ(asked.size(), 2) << "a yes for the chat named another service";
+
+    world->service = Service::builtIn;
+    happened.clear();
+    registry.setHooks({.approvalHandler = [this](const QString &, const AIToolCall &, const AITool &) {
+        world->service = Service::personsOwn;
+        return yes();
+    }});
+    EXPECT_TRUE(search().isError);
+    EXPECT_EQ(happened, QStringList());
+}
+
 // The person takes their time; meanwhile anything may go.
 class SlowAnswerTest : public ToolFixture {
 protected:
