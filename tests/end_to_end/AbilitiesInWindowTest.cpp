@@ -37,8 +37,11 @@ protected:
 
 TEST_F(AbilitiesInWindowTest, ASearchIsShownAskedForAndAnsweredFromWithItsSources)
 {
-    ask(u"agent-search"_s, u"Tell me about ferns"_s);
+    useModel(u"agent-search"_s);
+    WindowDriver::type(window(), u"Tell me about ferns"_s);
     window()->showMinimized();
+    WindowDriver::settle();
+    state->presentation().chat->send();
     ASSERT_TRUE(approvalComes());
     WindowDriver::settle();
     EXPECT_FALSE(window()->windowStates() & Qt::WindowMinimized) << "it comes up for the question";
