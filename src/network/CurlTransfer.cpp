@@ -76,6 +76,7 @@ Code codeOf(CURLcode result)
     case CURLE_OPERATION_TIMEDOUT:
         return Code::TimedOut;
     case CURLE_COULDNT_RESOLVE_HOST:
+        return Code::HostNotFound;
     case CURLE_COULDNT_CONNECT:
         return Code::CannotConnect;
     case CURLE_SSL_CONNECT_ERROR:
@@ -88,11 +89,12 @@ Code codeOf(CURLcode result)
         return Code::InsecureConnection;
     case CURLE_UNSUPPORTED_PROTOCOL: // an answer that isn't HTTP; the gate has let no other scheme here
     case CURLE_WEIRD_SERVER_REPLY:
+    case CURLE_BAD_CONTENT_ENCODING:
+        return Code::UnreadableResponse;
     case CURLE_GOT_NOTHING:
     case CURLE_PARTIAL_FILE:
     case CURLE_SEND_ERROR:
     case CURLE_RECV_ERROR:
-    case CURLE_BAD_CONTENT_ENCODING:
         return Code::ConnectionLost;
     default: // libcurl's list is open
         return Code::Other;
@@ -108,12 +110,16 @@ QString sentenceOf(Code code, CURLcode result)
         return u"The address is not supported."_s;
     case Code::TimedOut:
         return u"The connection took too long."_s;
+    case Code::HostNotFound:
+        return u"No address was found for the server's name."_s;
     case Code::CannotConnect:
         return u"Could not connect to the server."_s;
     case Code::InsecureConnection:
         return u"A secure connection could not be made."_s;
     case Code::ConnectionLost:
         return u"The connection broke before the response was complete."_s;
+    case Code::UnreadableResponse:
+        return u"The server sent something that could not be read."_s;
     case Code::Blocked:
     case Code::Cancelled:
     case Code::TooManyRedirects:
@@ -294,11 +300,18 @@ std::optional<TransportError> CurlTransfer::errorOf(CURLcode result) const
     // libcurl reports a single line beyond its own bound as a lack of memory.
     if (m_headerTooLarge || (result == CURLE_OUT_OF_MEMORY && !m_headIsOver))
         return TransportError(Code::ResponseTooLarge, u"The response's header is too large."_s);
-    if (m_addressRefused)
+    if (isBlocked())
         return TransportError(Code::Blocked,
                               EgressGate::refusal(u"its host leads to an address that it may not reach"_s));
     const Code code = result == CURLE_OK ? Code::ConnectionLost : codeOf(result);
     return TransportError(code, sentenceOf(code, result));
+}
+
+// Whoever reads that a request was not sent can rely on it: no address of the host was connected to, and no
+// byte went over a connection from before.
+bool CurlTransfer::isBlocked() const
+{
+    return m_wasAddressRefused && !m_wasAddressAllowed && m_traffic.sent == 0;
 }
 
 int CurlTransfer::onDebug(CURL *, curl_infotype kind, char *, std::size_t size, void *self)
@@ -396,9 +409,10 @@ curl_socket_t CurlTransfer::onOpenSocket(void *self, curlsocktype, curl_sockaddr
 {
     auto &transfer = *static_cast<CurlTransfer *>(self);
     if (transfer.m_mayConnect && !transfer.m_mayConnect(addressBytes(*address))) {
-        transfer.m_addressRefused = true;
+        transfer.m_wasAddressRefused = true;
         return CURL_SOCKET_BAD;
     }
+    transfer.m_wasAddressAllowed = true;
     // Programs that the application starts must not inherit the connection.
     return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
 }

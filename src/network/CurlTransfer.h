@@ -92,6 +92,7 @@ private:
     void addHeaderLine(const QByteArray &line);
     bool takeHeaderLine(QByteArrayView line);
     [[nodiscard]] std::optional<TransportError> errorOf(CURLcode result) const;
+    [[nodiscard]] bool isBlocked() const;
 
     CurlLoop &m_loop;
     Observer &m_observer;
@@ -108,7 +109,8 @@ private:
     bool m_headIsOver = false;
     bool m_heldBack = false;
     bool m_headerTooLarge = false;
-    bool m_addressRefused = false;
+    bool m_wasAddressRefused = false;
+    bool m_wasAddressAllowed = false;
     Traffic m_traffic;
 };
 

@@ -25,6 +25,11 @@ QString withPlaceholder(const QString &host)
     return host.isEmpty() ? u"(no host)"_s : host;
 }
 
+qint64 secondsOf(std::chrono::milliseconds time)
+{
+    return std::chrono::duration_cast<std::chrono::seconds>(time).count();
+}
+
 bool isLocalAddress(const QByteArray &bytes)
 {
     return PrivateNetworkAddress::isInside(bytes, PrivateNetworkAddress::machineSubnets());
@@ -54,8 +59,14 @@ AsyncStream<HttpResponse> HttpExchange::start(const std::stop_token &stop)
     m_head.emplace(producer);
     m_onHeadDropped.emplace(producer.stopToken(), [this] { cancel(); });
     m_onStop.emplace(stop, [this] { cancel(); }); // at once when it is triggered already
-    if (!m_isOver)
-        openHop();
+    if (m_isOver)
+        return std::move(stream);
+    if (m_request.limit)
+        m_limitAlarm = m_setting.clock.after(*m_request.limit, [this, limit = *m_request.limit] {
+            fail(TransportError(Code::TimedOut,
+                                u"The answer was not complete after %1 seconds."_s.arg(secondsOf(limit))));
+        });
+    openHop();
     return std::move(stream);
 }
 
@@ -65,17 +76,22 @@ void HttpExchange::abandon()
     end({EgressOutcome::Failed{error.description()}}, std::make_exception_ptr(error));
 }
 
-void HttpExchange::openHop()
+std::optional<QString> HttpExchange::refusalOf(const QUrl &url) const
 {
     const auto reach = m_setting.carrying ? EgressGate::Reach::PrivateOnly : EgressGate::Reach::Anywhere;
-    if (const auto reason = EgressGate::refusalReason(m_request.url, reach)) {
+    return EgressGate::refusalReason(url, reach);
+}
+
+void HttpExchange::openHop()
+{
+    m_rows.push_back(row());
+    if (const auto reason = refusalOf(m_request.url)) {
         fail(TransportError(Code::Blocked, EgressGate::refusal(*reason)));
         return;
     }
     m_bodyUse = Body::Undecided;
     m_discarded = 0;
     m_lastMovement = m_setting.clock.elapsed();
-    m_rows.push_back(row());
     CurlTransfer::Observer &observer = *this;
     try {
         m_transfer = std::make_unique<CurlTransfer>(m_setting.loop, observer, m_request,
@@ -149,9 +165,10 @@ void HttpExchange::headArrived()
 // The gate comes before the caller's own rule, and both before anything of the next hop exists.
 void HttpExchange::redirect(const QUrl &target)
 {
-    const auto reach = m_setting.carrying ? EgressGate::Reach::PrivateOnly : EgressGate::Reach::Anywhere;
-    if (const auto reason = EgressGate::refusalReason(target, reach)) {
-        fail(TransportError(Code::Blocked, EgressGate::refusal(*reason)));
+    if (refusalOf(target)) { // the hop's own row tells it, and not the row of the host that was reached
+        closeHop();
+        m_request.url = target;
+        openHop();
         return;
     }
     if (m_request.followsRedirect && !m_request.followsRedirect(m_request.url, target)) {
@@ -180,7 +197,7 @@ void HttpExchange::answer()
             self->drained();
     });
     m_bodyUse = Body::Delivered;
-    m_onBodyDropped.emplace(producer.stopToken(), [this] { cancel(); });
+    m_onBodyDropped.emplace(producer.stopToken(), [this] { close(); });
     // From here on the response's body stands for the request; its stream of one head may go.
     m_onHeadDropped.reset();
     m_head->yield(HttpResponse{.status = m_transfer->status(),
@@ -221,13 +238,20 @@ void HttpExchange::silenceChecked()
         watchSilence();
         return;
     }
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(m_request.timeout).count();
-    fail(TransportError(Code::TimedOut, u"Nothing was sent or received for %1 seconds."_s.arg(seconds)));
+    fail(TransportError(Code::TimedOut,
+                        u"Nothing was sent or received for %1 seconds."_s.arg(secondsOf(m_request.timeout))));
 }
 
 void HttpExchange::cancel()
 {
     end({EgressOutcome::Failed{u"The request was cancelled."_s}}, std::make_exception_ptr(CancelledError()));
+}
+
+// The response has all that its reader wanted.
+void HttpExchange::close()
+{
+    if (m_transfer)
+        end({EgressOutcome::Completed{m_transfer->status()}}, nullptr);
 }
 
 void HttpExchange::fail(const TransportError &error)
@@ -244,6 +268,7 @@ void HttpExchange::end(const EgressOutcome &outcome, const std::exception_ptr &e
         return;
     const auto self = shared_from_this();
     m_alarm.reset();
+    m_limitAlarm.reset();
     closeHop();
     record(outcome); // first, so that the rows are there when the caller hears of the end
     if (m_body && error)

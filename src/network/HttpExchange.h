@@ -36,7 +36,7 @@ public:
     HttpExchange(const Setting &setting, HttpRequest request);
 
     // Yields the response of the last hop once its head is here, or fails. `stop` ends the exchange at once,
-    // also later; so does dropping this stream or the response's body.
+    // also later; so does dropping this stream. Dropping the response's body ends it as one that went well.
     [[nodiscard]] AsyncStream<HttpResponse> start(const std::stop_token &stop);
 
     // The session goes.
@@ -51,6 +51,7 @@ private:
     void headArrived() override;
     void ended(const std::optional<TransportError> &error) override;
 
+    [[nodiscard]] std::optional<QString> refusalOf(const QUrl &url) const;
     void openHop();
     void closeHop();
     void redirect(const QUrl &target);
@@ -60,6 +61,7 @@ private:
     void silenceChecked();
 
     void cancel();
+    void close();
     void fail(const TransportError &error);
     void end(const EgressOutcome &outcome, const std::exception_ptr &error);
     void record(const EgressOutcome &outcome);
@@ -86,6 +88,7 @@ private:
     qsizetype m_unread = 0;
 
     std::unique_ptr<Alarm> m_alarm;
+    std::unique_ptr<Alarm> m_limitAlarm;
     std::chrono::milliseconds m_lastMovement{0};
 };
 

@@ -35,6 +35,10 @@ struct HttpRequest {
     // Longest silence in either direction, connecting included, before the request fails with TimedOut.
     std::chrono::milliseconds timeout{60'000};
 
+    // Longest time for all of it, redirects and body included, before it fails with TimedOut; absent: as long
+    // as there is no silence.
+    std::optional<std::chrono::milliseconds> limit;
+
     // Whoever judges a hop by more than its address takes the redirect itself for the answer and asks again.
     enum class Redirects { Followed, Answered };
     Redirects redirects = Redirects::Followed;
@@ -50,8 +54,9 @@ struct HttpResponse {
     std::vector<HttpHeader> headers; // of the last hop, in order
 
     // Body pieces as they arrive, decoded from any transfer and content encoding. Ends with TransportError
-    // when the connection breaks. Dropping it ends the request. The sender is held back while the consumer
-    // lags, so unread bytes stay bounded.
+    // when the connection breaks. Dropping it closes the connection: its reader has enough, and the ledger
+    // shows the status; only a stop token makes it a cancelled request. The sender is held back while the
+    // consumer lags, so unread bytes stay bounded.
     AsyncStream<QByteArray> body;
 
     // Value of the first header of that name, letter case ignored.
@@ -77,8 +82,8 @@ public:
 // The rest of a body. Throws TransportError::ResponseTooLarge when it passes `limit` bytes.
 [[nodiscard]] QCoro::Task<QByteArray> readBody(HttpResponse response, qsizetype limit, std::stop_token stop);
 
-// Reads a body that nobody wants to its end, when that is near, so that the ledger shows a request that ended
-// by itself. Throws CancelledError only.
+// Reads a body that nobody wants to its end, when that is near, so that its connection can be used again.
+// Throws CancelledError only.
 [[nodiscard]] QCoro::Task<> discardBody(HttpResponse response, std::stop_token stop);
 
 // Where requests get their session. The one way to the network.

@@ -22,8 +22,10 @@ public:
         QString host;        // "(no host)" for an address without one
         EgressFeature feature{};
         SensitiveDataSet carrying;
-        std::int64_t bytesSent = 0;     // header and body, as they crossed the wire
-        std::int64_t bytesReceived = 0; // header and body, as they crossed the wire
+        // Header and body with their framing. Counted inside the encryption: what TLS, names and handshakes
+        // add on the wire is not in here.
+        std::int64_t bytesSent = 0;
+        std::int64_t bytesReceived = 0;
         EgressOutcome outcome;
     };
 

@@ -14,10 +14,12 @@ public:
         Blocked, // the egress gate refused; the reason is description()
         BadURL,
         UnsupportedURL,
-        TimedOut,       // nothing was sent or received for the request's timeout
+        TimedOut,       // nothing was sent or received for the request's timeout, or its limit has passed
         Cancelled,      // the session ended the request; a caller's stop token ends in CancelledError instead
-        CannotConnect,  // unresolved name, refused or unreachable
+        HostNotFound,   // its name leads to no address
+        CannotConnect,  // refused or unreachable
         ConnectionLost, // the peer closed or broke the protocol midway
+        UnreadableResponse, // no HTTP, or a body that can't be unpacked
         InsecureConnection, // the certificate or the handshake failed
         TooManyRedirects,
         ResponseTooLarge, // the caller's limit on a body or a header was passed

@@ -65,9 +65,11 @@ Plain reasonOf(const TransportError &error)
     case TransportError::Code::BadURL:
     case TransportError::Code::UnsupportedURL:
     case TransportError::Code::TimedOut:
+    case TransportError::Code::HostNotFound:
     case TransportError::Code::CannotConnect:
     case TransportError::Code::ConnectionLost:
     case TransportError::Code::InsecureConnection:
+    case TransportError::Code::UnreadableResponse:
     case TransportError::Code::TooManyRedirects:
     case TransportError::Code::Other:
         break;

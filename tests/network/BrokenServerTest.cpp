@@ -34,8 +34,8 @@ TEST_F(BrokenServerTest, NoListenerAndNoName)
         closed = server.url();
     }
     EXPECT_EQ(fetch(get(closed)).error, Code::CannotConnect);
-    EXPECT_EQ(fetch(get(QUrl(u"http://unknown.test/"_s))).error, Code::CannotConnect);
-    EXPECT_EQ(textOf(rows()[1]), "unknown.test 0/0 Failed: Could not connect to the server.");
+    EXPECT_EQ(fetch(get(QUrl(u"http://unknown.test/"_s))).error, Code::HostNotFound);
+    EXPECT_EQ(textOf(rows()[1]), "unknown.test 0/0 Failed: No address was found for the server's name.");
 }
 
 TEST_F(BrokenServerTest, AServerThatNeverAnswersAndANameThatNeverResolvesTimeOut)

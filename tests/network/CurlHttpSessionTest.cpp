@@ -40,9 +40,10 @@ TEST_F(CurlHttpSessionTest, EachFormOfResponseEndsAsItShouldAndIsCountedToTheByt
         EXPECT_EQ(rows().size(), 1U);
         EXPECT_EQ(rows()[0].bytesSent, server.bytesReceived());
         EXPECT_TRUE(ending.error || rows()[0].bytesReceived == server.bytesSent());
-        const QString end = !ending.error                          ? u"complete"_s
-                            : ending.error == Code::ConnectionLost ? u"connection lost"_s
-                                                                   : u"another error"_s;
+        const QString end = !ending.error                              ? u"complete"_s
+                            : ending.error == Code::ConnectionLost     ? u"connection lost"_s
+                            : ending.error == Code::UnreadableResponse ? u"unreadable"_s
+                                                                       : u"another error"_s;
         return u"%1 \"%2\" %3; %4"_s.arg(ending.status)
             .arg(QString::fromLatin1(ending.body.toPercentEncoding()), end, rows()[0].outcome.text());
     };

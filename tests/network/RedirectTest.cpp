@@ -67,7 +67,8 @@ TEST_F(RedirectTest, EachHopLeavesARowWithItsOwnHostAndBytes)
     EXPECT_EQ(rows()[1].outcome.text(), u"HTTP 404"_s);
 }
 
-// A refused request leaves one empty row and no trace; a refused redirect a row of the hop that led there.
+// A refused request leaves one empty row and no trace; so does a refused redirect, behind the row of the hop
+// that led there.
 TEST_F(RedirectTest, TheGateMeetsEveryHop)
 {
     session = std::make_shared<CurlHttpSession>(EgressFeature::aiModel, SensitiveData::image, ledger, clock);
@@ -94,11 +95,13 @@ TEST_F(RedirectTest, TheGateMeetsEveryHop)
         EXPECT_FALSE(wasAsked);
         EXPECT_EQ(SocketSpy::connections(), connections + 1); // the first hop
         EXPECT_EQ(SocketSpy::lookups(), lookups);
-        EXPECT_EQ(rows().back().outcome.text().toStdString(), blocked);
-        EXPECT_EQ(rows().back().host, u"127.0.0.1"_s);
-        EXPECT_GT(rows().back().bytesSent, 0);
+        EXPECT_EQ(textOf(rows().back()), host + " 0/0 " + blocked);
+        const NetworkLedger::Entry reached = rows().at(rows().size() - 2);
+        EXPECT_EQ(reached.host, u"127.0.0.1"_s);
+        EXPECT_EQ(reached.bytesSent, server.bytesReceived());
+        EXPECT_EQ(reached.outcome.text(), u"HTTP 302"_s);
     }
-    EXPECT_EQ(rows().size(), 2 * table.size());
+    EXPECT_EQ(rows().size(), 3 * table.size());
 }
 
 // Because the caller wants no redirect, refuses this one, or because it leads nowhere.

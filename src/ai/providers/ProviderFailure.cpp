@@ -24,9 +24,11 @@ ProviderError mappedTransport(TransportError::Code code)
     case TransportError::Code::ResponseTooLarge: // our own limit: the server's answer is beyond all use
         return ProviderError(Plain::replyTooLarge);
     case TransportError::Code::Blocked:
+    case TransportError::Code::HostNotFound:
     case TransportError::Code::CannotConnect:
     case TransportError::Code::ConnectionLost:
     case TransportError::Code::InsecureConnection:
+    case TransportError::Code::UnreadableResponse:
     case TransportError::Code::TooManyRedirects:
     case TransportError::Code::Other:
         return ProviderError(Plain::networkUnavailable);

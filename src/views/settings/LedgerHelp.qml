@@ -25,6 +25,6 @@ ColumnLayout {
     }
     CaptionText {
         Layout.fillWidth: true
-        text: qsTr("Let a packet filter ask before every connection of %1, or watch its connections from outside with “%2” while you use it. Each host that you see there should stand in this list too.").arg(root.productName).arg(root.connectionLister)
+        text: qsTr("Let a packet filter ask before every connection of %1, or watch its connections from outside with “%2” while you use it. Each host that you see there should stand in this list too. Bytes are counted here without encryption, so on the wire there are somewhat more of them.").arg(root.productName).arg(root.connectionLister)
     }
 }
