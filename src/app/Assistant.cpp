@@ -46,7 +46,7 @@ WebAccessService::Endpoints searchEndpoints(const CommandLine &commandLine)
 AIRequestRouter::Services routing(const Assistant &assistant, Storage &storage, const Secrets &secrets,
                                   Clock &clock, Work &work)
 {
-    const auto ollama = std::make_shared<OllamaNativeProvider>(*assistant.network, clock);
+    const auto ollama = std::make_shared<OllamaNativeProvider>(*assistant.network);
     return {.settings = *storage.settings,
             .keychain = secrets.keychain,
             .proofs = *assistant.proofs,

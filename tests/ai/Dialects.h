@@ -3,7 +3,6 @@
 #include "ai/ReplyReading.h"
 #include "ai/providers/OllamaNativeProvider.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
-#include "support/ManualClock.h"
 
 #include <gtest/gtest.h>
 
@@ -14,10 +13,10 @@ struct Dialect {
     const char *name;
     bool isOllama;
 
-    [[nodiscard]] std::unique_ptr<AIProvider> provider(HttpSessionProviding &network, Clock &clock) const
+    [[nodiscard]] std::unique_ptr<AIProvider> provider(HttpSessionProviding &network) const
     {
         if (isOllama)
-            return std::make_unique<OllamaNativeProvider>(network, clock);
+            return std::make_unique<OllamaNativeProvider>(network);
         return std::make_unique<OpenAICompatibleProvider>(network);
     }
     [[nodiscard]] QByteArray text(const QByteArray &words) const

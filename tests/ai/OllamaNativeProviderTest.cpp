@@ -11,7 +11,6 @@
 namespace morvane {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 using Plain = ProviderError::Plain;
 
 namespace {
@@ -24,11 +23,12 @@ const FakeHttpSession::Answer silent{.neverAnswers = true};
 class OllamaNativeProviderTest : public testing::Test {
 protected:
     Reply reply() { return readReply(provider.streamReply({}, configuration, {})); }
-    // Method, address and milliseconds.
+    // Method, address and milliseconds, of silence or in all.
     static QByteArray lineOf(const HttpRequest &request)
     {
         return request.method + ' ' + request.url.toEncoded() + ' ' +
-               QByteArray::number(static_cast<qint64>(request.timeout.count()));
+               QByteArray::number(static_cast<qint64>(request.limit.value_or(request.timeout).count())) +
+               (request.limit ? " in all" : "");
     }
     QJsonObject lastBody() const { return QJsonDocument::fromJson(session.requests().back().body).object(); }
 
@@ -41,8 +41,7 @@ protected:
     }();
     FakeHttpSessionProvider network;
     FakeHttpSession &session = *network.fake;
-    ManualClock clock;
-    OllamaNativeProvider provider{network, clock};
+    OllamaNativeProvider provider{network};
     LogCapture log;
 };
 
@@ -52,7 +51,7 @@ TEST_F(OllamaNativeProviderTest, AsksOnceWhatTheModelCanDoAndCarriesNothingThere
     session.answer(200, hello);
     EXPECT_EQ(reply().text(), u"hello"_s);
     ASSERT_EQ(session.requests().size(), 2U);
-    EXPECT_EQ(lineOf(session.requests()[0]), "POST http://localhost:11434/api/show 5000");
+    EXPECT_EQ(lineOf(session.requests()[0]), "POST http://localhost:11434/api/show 5000 in all");
     EXPECT_EQ(session.requests()[0].body, R"({"model":"qwen3:8b"})");
     EXPECT_EQ(lineOf(session.requests()[1]), "POST http://localhost:11434/api/chat 120000");
     const std::vector<std::pair<EgressFeature, SensitiveDataSet>> asks{
@@ -122,9 +121,9 @@ TEST_F(OllamaNativeProviderTest, ProbesReadWhatTheServerTellsAndNothingElse)
     const auto outcome = [&](const QByteArray &body) {
         for (int i = 0; i < 3; ++i)
             session.answer(200, body);
-        const auto version = TestWait::await(provider.version(base, {}));
-        const auto abilities = TestWait::await(provider.capabilities(base, u"m"_s, {}));
-        const auto models = TestWait::await(provider.modelList(base, {}));
+        const auto version = TestWait::await(provider.version(base, {})).told;
+        const auto abilities = TestWait::await(provider.capabilities(base, u"m"_s, {})).told;
+        const auto models = TestWait::await(provider.modelList(base, {})).told;
         QStringList names;
         for (const OllamaModel &model : models.value_or(std::vector<OllamaModel>()))
             names += model.name + (model.runsElsewhere ? u" elsewhere"_s : QString());
@@ -134,43 +133,44 @@ TEST_F(OllamaNativeProviderTest, ProbesReadWhatTheServerTellsAndNothingElse)
     };
     const char *table = "ai/ollama_probes.txt";
     EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
-    EXPECT_EQ(lineOf(session.requests()[0]), "GET https://host.example.com/api/version 3000");
-    EXPECT_EQ(lineOf(session.requests()[1]), "POST https://host.example.com/api/show 5000");
-    EXPECT_EQ(lineOf(session.requests()[2]), "GET https://host.example.com/api/tags 5000");
+    EXPECT_EQ(lineOf(session.requests()[0]), "GET https://host.example.com/api/version 3000 in all");
+    EXPECT_EQ(lineOf(session.requests()[1]), "POST https://host.example.com/api/show 5000 in all");
+    EXPECT_EQ(lineOf(session.requests()[2]), "GET https://host.example.com/api/tags 5000 in all");
     for (const auto &[feature, carrying] : network.asked)
         EXPECT_EQ(carrying, SensitiveDataSet());
 
     session.answer(500, R"({"version":"0.34.0"})");
-    EXPECT_EQ(TestWait::await(provider.version(base, {})), std::nullopt);
+    EXPECT_EQ(TestWait::await(provider.version(base, {})).told, std::nullopt);
     const auto sent = session.requests().size();
-    EXPECT_EQ(TestWait::await(provider.version(u"http://public.example.com"_s, {})), std::nullopt);
+    EXPECT_EQ(TestWait::await(provider.version(u"http://public.example.com"_s, {})).told, std::nullopt);
     EXPECT_EQ(session.requests().size(), sent) << "nothing goes to an address that may not be used";
 }
 
-TEST_F(OllamaNativeProviderTest, AProbeEndsInItsTimeAlsoWhileBytesComeAndThrowsOnlyWhenItIsStopped)
+TEST_F(OllamaNativeProviderTest, AProbeTellsANoFromNobodyAndThrowsOnlyWhenItIsStopped)
 {
-    const auto ask = [this](const FakeHttpSession::Answer &answer, std::stop_token stop = {}) {
-        session.answer(answer);
-        auto outcome = std::make_shared<TestWait::Outcome<std::optional<QString>>>();
-        TestWait::collect(provider.version(configuration.baseURLString, std::move(stop)), outcome);
-        TestWait::settle();
-        return outcome;
+    const auto failing = [](TransportError::Code code) {
+        return std::make_exception_ptr(TransportError(code, {}));
     };
-    const FakeHttpSession::Answer dripping{.pieces = {R"({"version":")"},
-                                           .ending = FakeHttpSession::Ending::staysOpen};
-    for (const FakeHttpSession::Answer &answer : {dripping, silent}) {
-        const auto outcome = ask(answer);
-        clock.advance(2999ms);
-        EXPECT_FALSE(outcome->done);
-        clock.advance(1ms);
-        TestWait::settle();
-        ASSERT_TRUE(outcome->done);
-        EXPECT_EQ(*outcome->value, std::nullopt);
-        EXPECT_EQ(session.openRequests(), 0);
+    using Code = TransportError::Code;
+    const std::vector<std::pair<FakeHttpSession::Answer, bool>> answers{
+        {{.status = 200, .pieces = {"another page"}}, true},
+        {{.status = 404}, true},
+        {{.bodyError = failing(Code::ResponseTooLarge)}, true},
+        {{.sendError = failing(Code::UnreadableResponse)}, true},
+        {{.status = 503}, false},
+        {{.sendError = failing(Code::CannotConnect)}, false},
+        {{.sendError = failing(Code::TimedOut)}, false},
+        {{.bodyError = failing(Code::ConnectionLost)}, false}};
+    for (const auto &[answer, wasHeard] : answers) {
+        session.answer(answer);
+        const auto version = TestWait::await(provider.version(configuration.baseURLString, {}));
+        EXPECT_EQ(version.told, std::nullopt);
+        EXPECT_EQ(version.wasHeard, wasHeard);
     }
-    EXPECT_EQ(clock.pendingAlarms(), 0U);
     std::stop_source stop;
-    const auto outcome = ask(silent, stop.get_token());
+    session.answer(silent);
+    const auto outcome = std::make_shared<TestWait::Outcome<ProbeAnswer<QString>>>();
+    TestWait::collect(provider.version(configuration.baseURLString, stop.get_token()), outcome);
     stop.request_stop();
     TestWait::until([&] { return outcome->done; });
     EXPECT_THROW(std::rethrow_exception(outcome->error), CancelledError);
@@ -179,10 +179,10 @@ TEST_F(OllamaNativeProviderTest, AProbeEndsInItsTimeAlsoWhileBytesComeAndThrowsO
 TEST_F(OllamaNativeProviderTest, AConnectionTestLooksAtTheStatusOnly)
 {
     const auto injected = std::make_shared<FakeHttpSession>();
-    OllamaNativeProvider own(network, clock, injected);
+    OllamaNativeProvider own(network, injected);
     injected->answer(200, "anything");
     EXPECT_EQ(TestWait::await(own.testConnection(configuration, {})), QString());
-    EXPECT_EQ(lineOf(injected->requests()[0]), "GET http://localhost:11434/api/tags 20000");
+    EXPECT_EQ(lineOf(injected->requests()[0]), "GET http://localhost:11434/api/tags 20000 in all");
     injected->answer(401, {});
     EXPECT_THROW(TestWait::await(own.testConnection(configuration, {})), ProviderError);
     EXPECT_TRUE(network.asked.empty());

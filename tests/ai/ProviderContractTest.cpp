@@ -5,6 +5,7 @@
 #include "ai/providers/ServerModels.h"
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"
+#include "support/ManualClock.h"
 #include "support/ModelServer.h"
 #include "support/ProcessMemory.h"
 #include "support/TestData.h"
@@ -47,7 +48,7 @@ protected:
     ManualClock clock;
     NetworkLedger ledger;
     AppNetwork network{ledger, clock};
-    std::unique_ptr<AIProvider> provider = GetParam().provider(network, clock);
+    std::unique_ptr<AIProvider> provider = GetParam().provider(network);
     AIConfiguration configuration = [this] {
         AIConfiguration c;
         c.baseURLString = server.baseUrl();

@@ -52,8 +52,7 @@ protected:
     }();
     FakeHttpSessionProvider network;
     FakeHttpSession &session = *network.fake;
-    ManualClock clock;
-    std::unique_ptr<AIProvider> provider = dialect.provider(network, clock);
+    std::unique_ptr<AIProvider> provider = dialect.provider(network);
 };
 
 INSTANTIATE_TEST_SUITE_P(Both, ProviderSessionTest, testing::Values(chatCompletions, ollama), dialectName);

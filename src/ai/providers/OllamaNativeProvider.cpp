@@ -5,6 +5,7 @@
 #include "ai/providers/OllamaReply.h"
 #include "ai/providers/OllamaRequest.h"
 #include "ai/providers/ProviderFailure.h"
+#include "ai/providers/RequestStop.h"
 #include "ai/providers/ServerWords.h"
 #include "utils/log/Log.h"
 #include "utils/text/Json.h"
@@ -21,7 +22,7 @@ namespace {
 // What one request needs, shared by the coroutines that carry it out.
 struct Question {
     std::shared_ptr<HttpSession> session;
-    std::shared_ptr<OllamaProbe> capabilities; // absent when the cache knows, or for a bad address
+    std::optional<OllamaProbe> capabilities; // absent when the cache knows, or for a bad address
     std::shared_ptr<std::map<QString, bool>> thinkingCache;
     std::vector<AIMessage> messages;
     AIConfiguration configuration;
@@ -64,12 +65,20 @@ std::optional<std::vector<OllamaModel>> modelsIn(const QJsonObject &tags)
     return models;
 }
 
-QCoro::Task<Thinking> thinkingOf(SharedQuestion question)
+// What an answer tells, as `read` finds it there.
+template <typename Told>
+ProbeAnswer<Told> toldIn(const OllamaProbe::Answer &answer,
+                         std::optional<Told> (*read)(const QJsonObject &object))
+{
+    return {answer.object ? read(*answer.object) : std::nullopt, answer.wasHeard};
+}
+
+QCoro::Task<Thinking> thinkingOf(SharedQuestion question, std::stop_token stop)
 {
     std::map<QString, bool> &cache = *question->thinkingCache;
     if (question->capabilities) {
-        const auto shown = co_await OllamaProbe::answer(question->capabilities);
-        if (const auto capabilities = shown ? capabilitiesIn(*shown) : std::nullopt)
+        const auto answer = co_await OllamaProbe::answer(question->capabilities, stop);
+        if (const auto capabilities = toldIn(answer, capabilitiesIn).told)
             cache.insert_or_assign(question->model, capabilities->contains("thinking"_L1));
     }
     const auto known = cache.find(question->model);
@@ -119,7 +128,7 @@ QCoro::Task<> answer(SharedQuestion question, OllamaReply::Events events)
     try {
         if (question->model.isEmpty())
             throw ProviderError(Plain::notConfigured);
-        const Thinking thinking = co_await thinkingOf(question);
+        const Thinking thinking = co_await thinkingOf(question, events.stopToken());
         co_await readAnswer(question, thinking, events);
         events.finish();
     } catch (...) {
@@ -132,37 +141,33 @@ QCoro::Task<QString> testedConnection(std::shared_ptr<HttpSession> session, QStr
 {
     try {
         auto response = co_await session->send(OllamaRequest::connectionTest(baseURL), stop);
-        co_await ProviderFailure::validated(std::move(response), stop);
+        auto good = co_await ProviderFailure::validated(std::move(response), stop);
+        co_await discardBody(std::move(good), stop);
     } catch (...) {
         throw ProviderFailure::mapped(std::current_exception());
     }
     co_return QString();
 }
 
-QCoro::Task<std::optional<QString>> versionFrom(std::shared_ptr<OllamaProbe> probe)
+std::optional<QString> versionIn(const QJsonObject &object)
 {
-    const auto object = co_await OllamaProbe::answer(std::move(probe));
-    co_return object ? Json::string(*object, "version"_L1) : std::nullopt;
+    return Json::string(object, "version"_L1);
 }
 
-QCoro::Task<std::optional<QStringList>> capabilitiesFrom(std::shared_ptr<OllamaProbe> probe)
+template <typename Told>
+QCoro::Task<ProbeAnswer<Told>> asked(std::optional<OllamaProbe> probe,
+                                     std::optional<Told> (*read)(const QJsonObject &object),
+                                     std::stop_token stop)
 {
-    const auto object = co_await OllamaProbe::answer(std::move(probe));
-    co_return object ? capabilitiesIn(*object) : std::nullopt;
-}
-
-QCoro::Task<std::optional<std::vector<OllamaModel>>> modelListFrom(std::shared_ptr<OllamaProbe> probe)
-{
-    const auto object = co_await OllamaProbe::answer(std::move(probe));
-    co_return object ? modelsIn(*object) : std::nullopt;
+    const auto answer = co_await OllamaProbe::answer(std::move(probe), stop);
+    co_return toldIn(answer, read);
 }
 
 } // namespace
 
-OllamaNativeProvider::OllamaNativeProvider(HttpSessionProviding &network, Clock &clock,
+OllamaNativeProvider::OllamaNativeProvider(HttpSessionProviding &network,
                                            std::shared_ptr<HttpSession> injectedSession)
     : m_network(network)
-    , m_clock(clock)
     , m_injectedSession(std::move(injectedSession))
     , m_thinkingCache(std::make_shared<std::map<QString, bool>>())
 {}
@@ -175,10 +180,9 @@ AsyncStream<AIStreamEvent> OllamaNativeProvider::streamReply(std::vector<AIMessa
     const QString model = Text::trimmedBlanks(QStringView(configuration.model)).toString();
     auto session = sessionFor(configuration.carrying);
     const QString baseURL = configuration.baseURLString;
-    auto probe =
-        m_thinkingCache->contains(model) || model.isEmpty()
-            ? nullptr
-            : makeProbe([&] { return OllamaRequest::capabilities(baseURL, model); }, events.stopToken());
+    std::optional<OllamaProbe> probe;
+    if (!m_thinkingCache->contains(model) && !model.isEmpty())
+        probe = makeProbe([&] { return OllamaRequest::capabilities(baseURL, model); });
     answer(std::make_shared<const Question>(Question{std::move(session), std::move(probe), m_thinkingCache,
                                                      std::move(messages), std::move(configuration), model,
                                                      std::move(tools)}),
@@ -191,32 +195,31 @@ QCoro::Task<QString> OllamaNativeProvider::testConnection(AIConfiguration config
     return testedConnection(sessionFor({}), configuration.baseURLString, std::move(stop));
 }
 
-QCoro::Task<std::optional<QString>> OllamaNativeProvider::version(QString baseURL, std::stop_token stop)
+QCoro::Task<ProbeAnswer<QString>> OllamaNativeProvider::version(QString baseURL, std::stop_token stop)
 {
-    return versionFrom(makeProbe([&] { return OllamaRequest::version(baseURL); }, std::move(stop)));
+    return asked(makeProbe([&] { return OllamaRequest::version(baseURL); }), versionIn, std::move(stop));
 }
 
-QCoro::Task<std::optional<QStringList>> OllamaNativeProvider::capabilities(QString baseURL, QString model,
-                                                                           std::stop_token stop)
+QCoro::Task<ProbeAnswer<QStringList>> OllamaNativeProvider::capabilities(QString baseURL, QString model,
+                                                                         std::stop_token stop)
 {
-    return capabilitiesFrom(
-        makeProbe([&] { return OllamaRequest::capabilities(baseURL, model); }, std::move(stop)));
+    return asked(makeProbe([&] { return OllamaRequest::capabilities(baseURL, model); }), capabilitiesIn,
+                 std::move(stop));
 }
 
-QCoro::Task<std::optional<std::vector<OllamaModel>>> OllamaNativeProvider::modelList(QString baseURL,
-                                                                                     std::stop_token stop)
+QCoro::Task<ProbeAnswer<std::vector<OllamaModel>>> OllamaNativeProvider::modelList(QString baseURL,
+                                                                                   std::stop_token stop)
 {
-    return modelListFrom(makeProbe([&] { return OllamaRequest::modelList(baseURL); }, std::move(stop)));
+    return asked(makeProbe([&] { return OllamaRequest::modelList(baseURL); }), modelsIn, std::move(stop));
 }
 
 // Nothing for an address that may not be used.
-std::shared_ptr<OllamaProbe> OllamaNativeProvider::makeProbe(const std::function<HttpRequest()> &request,
-                                                             std::stop_token stop) const
+std::optional<OllamaProbe> OllamaNativeProvider::makeProbe(const std::function<HttpRequest()> &request) const
 {
     try {
-        return std::make_shared<OllamaProbe>(sessionFor({}), request(), m_clock, std::move(stop));
+        return OllamaProbe{sessionFor({}), request()};
     } catch (const ProviderError &) {
-        return nullptr;
+        return std::nullopt;
     }
 }
 

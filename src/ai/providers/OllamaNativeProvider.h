@@ -10,8 +10,7 @@
 
 namespace morvane {
 
-class Clock;
-class OllamaProbe;
+struct OllamaProbe;
 
 // Speaks to an Ollama server in its own interface, where the size of the context can be set and thinking
 // asked for. GUI thread.
@@ -22,8 +21,8 @@ class OllamaNativeProvider final : public AIConnectionTesting, public OllamaProb
 public:
     // Requests use `injectedSession` when it is set, else a session of `network` for what they carry. Probes
     // carry nothing.
-    OllamaNativeProvider(HttpSessionProviding &network, Clock &clock,
-                         std::shared_ptr<HttpSession> injectedSession = nullptr);
+    explicit OllamaNativeProvider(HttpSessionProviding &network,
+                                  std::shared_ptr<HttpSession> injectedSession = nullptr);
 
     // Asks the server first, once for each model, whether the model thinks. While that is unknown, a
     // configuration that `thinksLonger` asks for thinking.
@@ -35,19 +34,17 @@ public:
     [[nodiscard]] QCoro::Task<QString> testConnection(AIConfiguration configuration,
                                                       std::stop_token stop) override;
 
-    [[nodiscard]] QCoro::Task<std::optional<QString>> version(QString baseURL, std::stop_token stop) override;
-    [[nodiscard]] QCoro::Task<std::optional<QStringList>> capabilities(QString baseURL, QString model,
-                                                                       std::stop_token stop) override;
-    [[nodiscard]] QCoro::Task<std::optional<std::vector<OllamaModel>>>
-    modelList(QString baseURL, std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<ProbeAnswer<QString>> version(QString baseURL, std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<ProbeAnswer<QStringList>> capabilities(QString baseURL, QString model,
+                                                                     std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<ProbeAnswer<std::vector<OllamaModel>>> modelList(QString baseURL,
+                                                                               std::stop_token stop) override;
 
 private:
-    [[nodiscard]] std::shared_ptr<OllamaProbe> makeProbe(const std::function<HttpRequest()> &request,
-                                                         std::stop_token stop) const;
+    [[nodiscard]] std::optional<OllamaProbe> makeProbe(const std::function<HttpRequest()> &request) const;
     [[nodiscard]] std::shared_ptr<HttpSession> sessionFor(SensitiveDataSet carrying) const;
 
     HttpSessionProviding &m_network;
-    Clock &m_clock;
     std::shared_ptr<HttpSession> m_injectedSession;
     std::shared_ptr<std::map<QString, bool>> m_thinkingCache; // by model name; shared with replies under way
 };

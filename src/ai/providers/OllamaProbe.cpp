@@ -4,35 +4,51 @@
 #include "ai/providers/ReplyLines.h"
 #include "utils/text/Json.h"
 
+#include <algorithm>
+#include <array>
+
 namespace morvane {
 
-OllamaProbe::OllamaProbe(std::shared_ptr<HttpSession> session, HttpRequest request, Clock &clock,
-                         std::stop_token stop)
-    : m_session(std::move(session))
-    , m_request(std::move(request))
-    , m_stop(stop)
-    , m_requestStop(std::move(stop))
-    , m_limit(clock.after(m_request.timeout,
-                          [source = m_requestStop.source()]() mutable { source.request_stop(); }))
-{}
+namespace {
 
-QCoro::Task<std::optional<QJsonObject>> OllamaProbe::answer(std::shared_ptr<OllamaProbe> probe)
+// These come from whoever stands before a server that is starting or busy, and say nothing about it.
+bool isOfTheMoment(int status)
 {
-    std::optional<QJsonObject> object;
+    static constexpr std::array statuses{408, 429, 502, 503, 504};
+    return std::find(statuses.begin(), statuses.end(), status) != statuses.end();
+}
+
+// Whether what arrived is an answer, although it can't be used.
+bool isAnswer(const TransportError &error)
+{
+    return error.code() == TransportError::Code::ResponseTooLarge ||
+           error.code() == TransportError::Code::UnreadableResponse;
+}
+
+} // namespace
+
+QCoro::Task<OllamaProbe::Answer> OllamaProbe::answer(std::optional<OllamaProbe> probe, std::stop_token stop)
+{
+    Answer outcome;
     if (!probe)
-        co_return object;
+        co_return outcome;
     try {
-        const std::stop_token limited = probe->m_requestStop.token();
-        auto response = co_await probe->m_session->send(probe->m_request, limited);
-        if (ProviderFailure::isSuccess(response.status)) {
-            const QByteArray body = co_await readBody(std::move(response), ReplyLines::longest, limited);
-            object = Json::parseObject(body);
+        auto response = co_await probe->session->send(probe->request, stop);
+        const int status = response.status;
+        if (ProviderFailure::isSuccess(status)) {
+            const QByteArray body = co_await readBody(std::move(response), ReplyLines::longest, stop);
+            outcome.object = Json::parseObject(body);
+        } else {
+            co_await discardBody(std::move(response), stop);
         }
+        outcome.wasHeard = !isOfTheMoment(status);
+    } catch (const TransportError &error) {
+        outcome.wasHeard = isAnswer(error);
     } catch (const std::exception &) {
-        // A server that answers otherwise, late or not at all doesn't speak the interface.
+        // A session that went away: nobody was heard.
     }
-    throwIfStopped(probe->m_stop);
-    co_return object;
+    throwIfStopped(stop);
+    co_return outcome;
 }
 
 } // namespace morvane

@@ -22,6 +22,13 @@ HttpRequest get(const QString &baseURL, QLatin1StringView path, std::chrono::mil
     return request;
 }
 
+// Its answer is complete within its time, or nobody waits for it any longer.
+HttpRequest limited(HttpRequest request)
+{
+    request.limit = request.timeout;
+    return request;
+}
+
 HttpRequest post(const QString &baseURL, QLatin1StringView path, std::chrono::milliseconds timeout,
                  const QJsonObject &body)
 {
@@ -98,22 +105,22 @@ HttpRequest OllamaRequest::chat(const std::vector<AIMessage> &messages, const AI
 
 HttpRequest OllamaRequest::version(const QString &baseURL)
 {
-    return get(baseURL, "api/version"_L1, 3s);
+    return limited(get(baseURL, "api/version"_L1, 3s));
 }
 
 HttpRequest OllamaRequest::capabilities(const QString &baseURL, const QString &model)
 {
-    return post(baseURL, "api/show"_L1, 5s, {{u"model"_s, model}});
+    return limited(post(baseURL, "api/show"_L1, 5s, {{u"model"_s, model}}));
 }
 
 HttpRequest OllamaRequest::modelList(const QString &baseURL)
 {
-    return get(baseURL, "api/tags"_L1, 5s);
+    return limited(get(baseURL, "api/tags"_L1, 5s));
 }
 
 HttpRequest OllamaRequest::connectionTest(const QString &baseURL)
 {
-    return get(baseURL, "api/tags"_L1, 20s);
+    return limited(get(baseURL, "api/tags"_L1, 20s));
 }
 
 } // namespace morvane

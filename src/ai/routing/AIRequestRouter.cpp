@@ -2,7 +2,6 @@
 
 #include "ai/contract/ProviderError.h"
 #include "ai/prompts/SystemPrompt.h"
-#include "ai/routing/LocalFallbackStream.h"
 #include "ai/routing/ModelName.h"
 #include "ai/routing/RouteConfiguration.h"
 #include "async/Clock.h"
@@ -290,6 +289,8 @@ QCoro::Task<PreparedRequest> AIRequestRouter::prepareRequest(TurnRequest turn, s
     if (turn.carrying) {
         route.requireUsable();
         route.requirePrivate();
+    } else if (route.place == Place::local && !route.answersHere()) { // no service steps in for another
+        throw ProviderError(Plain::hostedBurstLimited);
     }
     if (route.place == Place::privateCloud)
         m_burst.note();
@@ -348,11 +349,22 @@ AIRequestRouter::providerAt(JudgedPlace place, AIConfiguration configuration, st
                               .place = place.inLedger(configuration.model),
                               .purpose = configuration.purpose.value_or(u"chat"_s),
                               .carrying = configuration.carrying});
+    const std::shared_ptr<AIConnectionTesting> speaking =
+        co_await speakerAt(configuration.baseURLString, stop);
+    co_return std::shared_ptr<AIProvider>(speaking);
+}
+
+QCoro::Task<std::shared_ptr<AIConnectionTesting>> AIRequestRouter::speakerAt(QString baseURL,
+                                                                             std::stop_token stop)
+{
     const auto check = m_lifeline.check(stop);
-    const bool isOllama = co_await m_detection.isOllama(configuration.baseURLString, stop);
-    check();
-    co_return std::shared_ptr<AIProvider>(isOllama && m_services.nativeOllama ? m_services.nativeOllama
-                                                                              : m_services.provider);
+    OllamaDetection::Answer isOllama = OllamaDetection::Answer::no;
+    if (m_services.nativeOllama) {
+        isOllama = co_await m_detection.isOllama(baseURL, stop);
+        check();
+    }
+    co_return std::shared_ptr<AIConnectionTesting>(
+        isOllama == OllamaDetection::Answer::yes ? m_services.nativeOllama : m_services.provider);
 }
 
 QCoro::Task<OpenedTurn> AIRequestRouter::openTurn(TurnRequest turn, std::stop_token stop)
@@ -365,6 +377,8 @@ QCoro::Task<OpenedTurn> AIRequestRouter::openTurn(TurnRequest turn, std::stop_to
         co_await waitForLocalModel(stop);
         check();
     }
+    const SettingsStore &settings = m_services.settings;
+    const std::pair asked(settings.baseURLString(), settings.model());
     const std::optional<QString> seeing = co_await visionModel(turn.history, stop);
     check();
     turn.visionModel = seeing;
@@ -372,6 +386,11 @@ QCoro::Task<OpenedTurn> AIRequestRouter::openTurn(TurnRequest turn, std::stop_to
         const std::optional<QString> able = co_await toolsModel(turn.carrying, stop);
         check();
         turn.toolsModel = able;
+    }
+    if (std::pair(settings.baseURLString(), settings.model()) != asked) {
+        // They stand in for that model at that server, and for no other.
+        turn.visionModel.reset();
+        turn.toolsModel.reset();
     }
     const PreparedRequest prepared = co_await prepareRequest(std::move(turn), stop);
     check();
@@ -391,20 +410,35 @@ AsyncStream<AIStreamEvent> AIRequestRouter::stream(OpenedTurn turn)
         check();
         return *this;
     };
-    const auto localConfiguration = [living, row = turn.proofRow] {
-        auto local = living().localConfiguration();
-        if (local)
-            *row = local->proofRow = QUuid::createUuid();
-        return local;
-    };
     return LocalFallbackStream::relay(
         std::move(request), std::move(turn.provider),
         {.noteRefusal = [living](const QString &reason) { living().setRefusal(reason); },
-         .localConfiguration = localConfiguration,
-         .provider =
-             [living](AIConfiguration configuration, std::stop_token stop) {
-                 return living().provider(std::move(configuration), std::move(stop));
+         .standby =
+             [living, row = turn.proofRow](AIConfiguration refused, std::stop_token stop) {
+                 return living().standby(std::move(refused), row, std::move(stop));
              }});
+}
+
+QCoro::Task<std::optional<LocalFallbackStream::Decisions::Place>>
+AIRequestRouter::standby(AIConfiguration refused, std::shared_ptr<QUuid> proofRow, std::stop_token stop)
+{
+    using Standby = LocalFallbackStream::Decisions::Place;
+    const auto check = m_lifeline.check(stop);
+    std::optional<AIConfiguration> configuration = localConfiguration();
+    if (!configuration)
+        co_return std::nullopt;
+    configuration->purpose = refused.purpose;
+    configuration->carrying = refused.carrying;
+    TurnRoute route{std::move(*configuration), Place::local, false, {}};
+    const PrivacyClass judged = co_await privacyOf(route, stop);
+    check();
+    route.privacy = judged;
+    if (!route.answersHere())
+        co_return std::nullopt;
+    *proofRow = route.configuration.proofRow = QUuid::createUuid();
+    const std::shared_ptr<AIProvider> provider =
+        co_await providerAt(route.judged(), route.configuration, stop);
+    co_return Standby{route.configuration, provider};
 }
 
 QUuid AIRequestRouter::noteCarrying(const QUuid &row, SensitiveDataSet carrying)
@@ -420,10 +454,7 @@ QUuid AIRequestRouter::noteCarrying(const QUuid &row, SensitiveDataSet carrying)
 
 QCoro::Task<QString> AIRequestRouter::testConnection(AIConfiguration configuration, std::stop_token stop)
 {
-    const auto check = m_lifeline.check(stop);
-    const bool isOllama = co_await m_detection.isOllama(configuration.baseURLString, stop);
-    check();
-    const auto tested = isOllama && m_services.nativeOllama ? m_services.nativeOllama : m_services.provider;
+    const std::shared_ptr<AIConnectionTesting> tested = co_await speakerAt(configuration.baseURLString, stop);
     co_return co_await tested->testConnection(std::move(configuration), std::move(stop));
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ai/routing/BurstGuard.h"
+#include "ai/routing/LocalFallbackStream.h"
 #include "ai/routing/ModelCapabilities.h"
 #include "ai/routing/OpenedTurn.h"
 #include "ai/routing/PrivacyJudge.h"
@@ -132,6 +133,13 @@ private:
     [[nodiscard]] QCoro::Task<std::optional<QString>> standIn(ModelCapabilities::Ability ability,
                                                               std::stop_token stop);
     [[nodiscard]] std::shared_ptr<AIProvider> privateCloudProvider();
+    // The provider of the dialect that a server speaks.
+    [[nodiscard]] QCoro::Task<std::shared_ptr<AIConnectionTesting>> speakerAt(QString baseURL,
+                                                                              std::stop_token stop);
+    // The model on this machine in place of the private cloud's; nothing when none is ready, nor when the one
+    // that is passes its questions on. Its proof row becomes the turn's.
+    [[nodiscard]] QCoro::Task<std::optional<LocalFallbackStream::Decisions::Place>>
+    standby(AIConfiguration refused, std::shared_ptr<QUuid> proofRow, std::stop_token stop);
     [[nodiscard]] QCoro::Task<std::shared_ptr<AIProvider>>
     providerAt(JudgedPlace place, AIConfiguration configuration, std::stop_token stop);
     void setRefusal(std::optional<QString> reason);

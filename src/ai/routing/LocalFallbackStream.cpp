@@ -40,18 +40,15 @@ QCoro::Task<std::optional<Refusal>> pass(AsyncStream<AIStreamEvent> reply, Produ
 
 QCoro::Task<> goOnLocally(PreparedRequest request, Refusal refusal, Producer out, Decisions decisions)
 {
-    std::optional<AIConfiguration> local = decisions.localConfiguration();
+    const std::stop_token stop = out.stopToken();
+    std::optional<Decisions::Place> local = co_await decisions.standby(request.configuration, stop);
+    throwIfStopped(stop);
     if (!local)
         throw LocalFallbackStream::unanswered(refusal.reason);
     Log::info(Log::Category::AIProvider, "Enclave not verified; answering on the local model"_L1);
     out.yield(AIStream::Text{refusal.reason + u"\n\n"_s});
-    local->purpose = request.configuration.purpose;
-    local->carrying = request.configuration.carrying;
-    const std::stop_token stop = out.stopToken();
-    const std::shared_ptr<AIProvider> provider = co_await decisions.provider(*local, stop);
-    throwIfStopped(stop);
-    AsyncStream<AIStreamEvent> reply =
-        provider->streamReply(std::move(request.messages), std::move(*local), std::move(request.tools));
+    AsyncStream<AIStreamEvent> reply = local->provider->streamReply(
+        std::move(request.messages), std::move(local->configuration), std::move(request.tools));
     const std::optional<Refusal> again = co_await pass(std::move(reply), out, std::move(decisions));
     if (again)
         throw LocalFallbackStream::unanswered(again->reason);

@@ -15,13 +15,17 @@ namespace LocalFallbackStream {
 // What the relay needs of whoever decides where turns go. Called from the GUI thread, at any time until the
 // stream is dropped or over; may throw CancelledError.
 struct Decisions {
+    struct Place {
+        AIConfiguration configuration;
+        std::shared_ptr<AIProvider> provider;
+    };
+
     // A hardware proof did not verify. Told before anything else happens.
     std::function<void(const QString &reason)> noteRefusal;
 
-    // Where the reply goes instead; nothing when no local model is ready.
-    std::function<std::optional<AIConfiguration>()> localConfiguration;
-
-    std::function<QCoro::Task<std::shared_ptr<AIProvider>>(AIConfiguration, std::stop_token)> provider;
+    // Where the reply goes instead, given what it was to run on; nothing when no model on this machine is
+    // ready.
+    std::function<QCoro::Task<std::optional<Place>>(AIConfiguration refused, std::stop_token stop)> standby;
 };
 
 // Returns at once. Fails with ProviderError; dropping the stream ends the reply.

@@ -50,22 +50,30 @@ ModelCapabilities::ModelCapabilities(OllamaProbing *probes, OllamaDetection &det
 QCoro::Task<std::optional<bool>> ModelCapabilities::has(Ability ability, QString baseURL, QString model,
                                                         std::stop_token stop)
 {
+    const ProbeAnswer<bool> answer = co_await ask(ability, baseURL, model, stop);
+    co_return std::optional<bool>(answer.told);
+}
+
+QCoro::Task<ProbeAnswer<bool>> ModelCapabilities::ask(Ability ability, QString baseURL, QString model,
+                                                      std::stop_token stop)
+{
+    using Answer = ProbeAnswer<bool>;
     const auto check = m_lifeline.check(stop);
     if (model.isEmpty())
-        co_return std::nullopt;
+        co_return Answer();
     const QString key = baseURL + u'|' + model;
     if (!m_abilities.contains(key)) {
-        const bool isOllama = co_await m_detection.isOllama(baseURL, stop);
+        const OllamaDetection::Answer isOllama = co_await m_detection.isOllama(baseURL, stop);
         check();
-        if (!isOllama)
-            co_return std::nullopt;
-        const std::optional<QStringList> told = co_await m_probes->capabilities(baseURL, model, stop);
+        if (isOllama != OllamaDetection::Answer::yes)
+            co_return Answer{std::nullopt, isOllama == OllamaDetection::Answer::no};
+        const ProbeAnswer<QStringList> abilities = co_await m_probes->capabilities(baseURL, model, stop);
         check();
-        if (!told)
-            co_return std::nullopt;
-        m_abilities.insert_or_assign(key, *told);
+        if (!abilities.told)
+            co_return Answer{std::nullopt, abilities.wasHeard};
+        m_abilities.insert_or_assign(key, *abilities.told);
     }
-    co_return std::optional<bool>(m_abilities.at(key).contains(nameOf(ability)));
+    co_return Answer{m_abilities.at(key).contains(nameOf(ability))};
 }
 
 QCoro::Task<std::optional<QString>> ModelCapabilities::standIn(Ability ability, QString baseURL,
@@ -79,24 +87,27 @@ QCoro::Task<std::optional<QString>> ModelCapabilities::standIn(Ability ability, 
     if (const auto known = m_standIns.find(key); known != m_standIns.end())
         co_return std::optional<QString>(known->second);
 
-    const std::optional<ModelInventory::Models> models = co_await m_inventory.of(baseURL, stop);
+    const ModelInventory::Answer list = co_await m_inventory.of(baseURL, stop);
     check();
-    if (!models)
+    if (!list.told)
         co_return std::nullopt;
     const auto deadline = m_clock.elapsed() + searchLimit;
     std::optional<QString> found;
-    const QStringList names = candidates(ability, *models);
+    bool wereAllHeard = true;
+    const QStringList names = candidates(ability, *list.told);
     for (const QString &model : names) {
         if (m_clock.elapsed() >= deadline) // not all were asked, so nothing is learnt
             co_return std::nullopt;
-        const std::optional<bool> isAble = co_await has(ability, baseURL, model, stop);
+        const ProbeAnswer<bool> isAble = co_await ask(ability, baseURL, model, stop);
         check();
-        if (isAble.value_or(false)) {
+        wereAllHeard = wereAllHeard && isAble.wasHeard;
+        if (isAble.told.value_or(false)) {
             found = model;
             break;
         }
     }
-    m_standIns.insert_or_assign(key, found);
+    if (found || wereAllHeard)
+        m_standIns.insert_or_assign(key, found);
     co_return found;
 }
 

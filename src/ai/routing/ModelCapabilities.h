@@ -32,6 +32,9 @@ public:
     void forget();
 
 private:
+    [[nodiscard]] QCoro::Task<ProbeAnswer<bool>> ask(Ability ability, QString baseURL, QString model,
+                                                     std::stop_token stop);
+
     OllamaProbing *m_probes;
     OllamaDetection &m_detection;
     ModelInventory &m_inventory;

@@ -15,20 +15,20 @@ ModelInventory::ModelInventory(OllamaProbing *probes, Clock &clock)
         };
 }
 
-QCoro::Task<std::optional<ModelInventory::Models>> ModelInventory::of(QString baseURL, std::stop_token stop)
+QCoro::Task<ModelInventory::Answer> ModelInventory::of(QString baseURL, std::stop_token stop)
 {
     const auto root = OllamaDetection::serverRoot(baseURL);
     if (!root || !m_lookup)
-        co_return std::nullopt;
-    const auto known = m_lists.find(*root);
-    if (known != m_lists.end() && isFresh(known->second.at, m_clock.now(), keptFor))
-        co_return Models(known->second.models);
+        co_return Answer();
+    const auto known = m_known.find(*root);
+    if (known != m_known.end() && isFresh(known->second.at, m_clock.now(), keptFor))
+        co_return Answer(known->second.answer);
     const auto check = m_lifeline.check(stop);
-    std::optional<Models> models = co_await m_lookup(baseURL, stop);
+    const Answer answer = co_await m_lookup(baseURL, stop);
     check();
-    if (models)
-        m_lists.insert_or_assign(*root, List{m_clock.now(), *models});
-    co_return models;
+    if (answer.wasHeard)
+        m_known.insert_or_assign(*root, Known{m_clock.now(), answer});
+    co_return Answer(answer);
 }
 
 } // namespace morvane

@@ -12,11 +12,12 @@ namespace morvane {
 
 class Clock;
 
-// The models that servers list, each list kept for a minute. GUI thread.
+// The models that servers list, each answer kept for a minute. GUI thread.
 class ModelInventory {
 public:
     using Models = std::vector<OllamaModel>;
-    using Lookup = std::function<QCoro::Task<std::optional<Models>>(QString baseURL, std::stop_token stop)>;
+    using Answer = ProbeAnswer<Models>;
+    using Lookup = std::function<QCoro::Task<Answer>(QString baseURL, std::stop_token stop)>;
 
     static constexpr std::chrono::seconds keptFor{60};
 
@@ -26,20 +27,20 @@ public:
     // Takes the place of asking the server.
     void setLookup(Lookup lookup) { m_lookup = std::move(lookup); }
 
-    // Nothing when the server gives no list. Throws CancelledError.
-    [[nodiscard]] QCoro::Task<std::optional<Models>> of(QString baseURL, std::stop_token stop);
+    // Throws CancelledError.
+    [[nodiscard]] QCoro::Task<Answer> of(QString baseURL, std::stop_token stop);
 
-    void forget() { m_lists.clear(); }
+    void forget() { m_known.clear(); }
 
 private:
-    struct List {
+    struct Known {
         QDateTime at;
-        Models models;
+        Answer answer;
     };
 
     Clock &m_clock;
-    Lookup m_lookup;                 // may be empty
-    std::map<QString, List> m_lists; // by server root
+    Lookup m_lookup;                  // may be empty
+    std::map<QString, Known> m_known; // by server root
     Lifeline m_lifeline;
 };
 

@@ -18,34 +18,31 @@ std::optional<QString> OllamaDetection::serverRoot(const QString &baseURL)
     }
 }
 
-QCoro::Task<bool> OllamaDetection::isOllama(QString baseURL, std::stop_token stop)
+QCoro::Task<OllamaDetection::Answer> OllamaDetection::isOllama(QString baseURL, std::stop_token stop)
 {
     const auto root = serverRoot(baseURL);
     if (!root || !m_probes)
-        co_return false;
+        co_return Answer::no;
     if (const auto answer = m_answers.find(*root); answer != m_answers.end())
-        co_return answer->second;
+        co_return Answer(answer->second);
     const auto check = m_lifeline.check(stop);
-    const std::optional<QString> version = co_await m_probes->version(baseURL, stop);
+    const ProbeAnswer<QString> version = co_await m_probes->version(baseURL, stop);
     check();
-    const bool isOllama = version.has_value();
-    m_answers.insert_or_assign(*root, isOllama);
+    if (!version.wasHeard)
+        co_return Answer::nobodyAnswered;
+    const bool isOllama = version.told.has_value();
+    m_answers.insert_or_assign(*root, isOllama ? Answer::yes : Answer::no);
     Log::info(Log::Category::AIProvider, "Server probe: %{public}s is Ollama = %{bool}d"_L1,
               {*root, isOllama});
-    co_return bool(isOllama);
-}
-
-std::optional<bool> OllamaDetection::known(const QString &baseURL) const
-{
-    const auto root = serverRoot(baseURL);
-    const auto answer = root ? m_answers.find(*root) : m_answers.end();
-    return answer == m_answers.end() ? std::nullopt : std::optional(answer->second);
+    co_return isOllama ? Answer::yes : Answer::no;
 }
 
 void OllamaDetection::forgetDenial(const QString &baseURL)
 {
-    if (const auto root = serverRoot(baseURL); root && known(baseURL) == false)
-        m_answers.erase(*root);
+    const auto root = serverRoot(baseURL);
+    const auto answer = root ? m_answers.find(*root) : m_answers.end();
+    if (answer != m_answers.end() && answer->second == Answer::no)
+        m_answers.erase(answer);
 }
 
 } // namespace morvane

@@ -7,9 +7,11 @@
 
 namespace morvane {
 
-// Which servers speak Ollama's interface, asked once of each. GUI thread.
+// Which servers speak Ollama's interface, asked until each has answered once. GUI thread.
 class OllamaDetection {
 public:
+    enum class Answer { yes, no, nobodyAnswered };
+
     // Without probes every server speaks the chat-completions dialect only.
     explicit OllamaDetection(OllamaProbing *probes)
         : m_probes(probes)
@@ -19,17 +21,14 @@ public:
     [[nodiscard]] static std::optional<QString> serverRoot(const QString &baseURL);
 
     // Throws CancelledError.
-    [[nodiscard]] QCoro::Task<bool> isOllama(QString baseURL, std::stop_token stop);
-
-    // What is known without asking.
-    [[nodiscard]] std::optional<bool> known(const QString &baseURL) const;
+    [[nodiscard]] QCoro::Task<Answer> isOllama(QString baseURL, std::stop_token stop);
 
     // A server that has shown otherwise since is asked again.
     void forgetDenial(const QString &baseURL);
 
 private:
     OllamaProbing *m_probes;
-    std::map<QString, bool> m_answers; // by server root
+    std::map<QString, Answer> m_answers; // by server root; none of a server that nobody heard
     Lifeline m_lifeline;
 };
 

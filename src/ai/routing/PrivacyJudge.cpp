@@ -35,34 +35,56 @@ std::optional<PrivacyClass> PrivacyJudge::known(const QString &baseURL, const QS
 QCoro::Task<PrivacyClass> PrivacyJudge::judge(QString baseURL, QString model, std::stop_token stop)
 {
     const auto check = m_lifeline.check(stop);
-    const PrivacyClass answer = co_await ask(baseURL, model, stop);
+    const std::optional<PrivacyClass> answer = co_await ask(baseURL, model, stop);
     check();
-    m_judged.insert_or_assign({baseURL, model}, answer);
-    co_return PrivacyClass(answer);
+    if (!answer)
+        co_return unanswered(baseURL, model);
+    m_judged.insert_or_assign({baseURL, model}, *answer);
+    co_return PrivacyClass(*answer);
 }
 
-QCoro::Task<PrivacyClass> PrivacyJudge::ask(QString baseURL, QString model, std::stop_token stop)
+// Whoever answers next may pass questions on; one that has done so is still called what it was.
+PrivacyClass PrivacyJudge::unanswered(const QString &baseURL, const QString &model) const
+{
+    const std::optional<PrivacyClass> before = known(baseURL, model);
+    return before && before->kind == Kind::cloudModel ? *before : PrivacyClass{Kind::unknownModel, {}};
+}
+
+QCoro::Task<std::optional<PrivacyClass>> PrivacyJudge::ask(QString baseURL, QString model,
+                                                           std::stop_token stop)
 {
     const auto check = m_lifeline.check(stop);
-    const QString host = QUrl(Text::trimmed(baseURL)).host();
-    if (host.isEmpty() || PrivateNetworkAddress::isPrivateLiteral(host) == false)
+    // What isn't near by its text gets nothing private, wherever its name leads, so nobody is asked.
+    if (!HostPrivacy::staysNear(baseURL))
         co_return PrivacyClass{Kind::leavesThisNetwork, {}};
     if (ModelName::isOllamaCloud(model))
         co_return PrivacyClass{Kind::cloudModel, model};
+    const QString host = QUrl(Text::trimmed(baseURL)).host();
     const bool isPrivate = co_await m_hosts.isPrivate(host, stop);
     check();
     if (!isPrivate)
         co_return PrivacyClass{Kind::leavesThisNetwork, {}};
-    const std::optional<ModelInventory::Models> models = co_await m_inventory.of(baseURL, stop);
+    const ModelInventory::Answer list = co_await m_inventory.of(baseURL, stop);
     check();
-    if (models) {
-        m_detection.forgetDenial(baseURL); // it was still starting when it was probed
-        co_return classIn(*models, model);
+    if (list.told) {
+        m_detection.forgetDenial(baseURL); // another server has taken the place of the one that was probed
+        co_return classIn(*list.told, model);
     }
-    // A server that has no list because it knows none has nobody to pass questions on to. One that is known
-    // to keep a list, and doesn't show it, may.
-    const bool hidesList = m_detection.known(baseURL).value_or(false);
-    co_return PrivacyClass{hidesList ? Kind::unknownModel : Kind::staysPrivate, {}};
+    if (!list.wasHeard)
+        co_return std::nullopt;
+    // A server that has no list because it knows none has nobody to pass questions on to. One that keeps a
+    // list, and doesn't show it, may.
+    const OllamaDetection::Answer isOllama = co_await m_detection.isOllama(baseURL, stop);
+    check();
+    switch (isOllama) {
+    case OllamaDetection::Answer::yes:
+        co_return PrivacyClass{Kind::unknownModel, {}};
+    case OllamaDetection::Answer::no:
+        co_return PrivacyClass{Kind::staysPrivate, {}};
+    case OllamaDetection::Answer::nobodyAnswered:
+        break;
+    }
+    co_return std::nullopt;
 }
 
 } // namespace morvane

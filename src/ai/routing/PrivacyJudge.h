@@ -24,11 +24,14 @@ public:
     // May ask the resolver and, on the local network, the server. Throws CancelledError.
     [[nodiscard]] QCoro::Task<PrivacyClass> judge(QString baseURL, QString model, std::stop_token stop);
 
-    // The last judgement, without asking anybody; nothing when there was none.
+    // The last judgement that rests on an answer, without asking anybody; nothing when there was none.
     [[nodiscard]] std::optional<PrivacyClass> known(const QString &baseURL, const QString &model) const;
 
 private:
-    [[nodiscard]] QCoro::Task<PrivacyClass> ask(QString baseURL, QString model, std::stop_token stop);
+    // Nothing when nobody answered.
+    [[nodiscard]] QCoro::Task<std::optional<PrivacyClass>> ask(QString baseURL, QString model,
+                                                               std::stop_token stop);
+    [[nodiscard]] PrivacyClass unanswered(const QString &baseURL, const QString &model) const;
 
     HostPrivacy &m_hosts;
     ModelInventory &m_inventory;

@@ -48,6 +48,11 @@ bool TurnRoute::keepsDataPrivate() const
            HostPrivacy::staysNear(configuration.baseURLString);
 }
 
+bool TurnRoute::answersHere() const
+{
+    return place == Place::local && privacy.kind != PrivacyClass::Kind::cloudModel;
+}
+
 void TurnRoute::requireUsable() const
 {
     const bool isMissing = place == Place::privateCloud && configuration.baseURLString.isEmpty();

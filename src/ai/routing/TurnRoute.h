@@ -25,6 +25,9 @@ struct TurnRoute {
     // of the host alone.
     [[nodiscard]] bool keepsDataPrivate() const;
 
+    // A place on this machine that nothing is passed on from.
+    [[nodiscard]] bool answersHere() const;
+
     // Throw ProviderError: for an address that can't be used; for private data that would leave.
     void requireUsable() const;
     void requirePrivate() const;

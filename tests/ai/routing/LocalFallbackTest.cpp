@@ -77,6 +77,8 @@ TEST_F(LocalFallbackTest, WithoutALocalModelTheReasonIsTheError)
         sealed->failure = ProviderError(ProviderError::PrivateCloudBusy{reason});
         EXPECT_EQ(run().error, ProviderError(ProviderError::PrivateCloudCouldNotAnswer{words}));
         EXPECT_TRUE(router->usesPrivateCloud()) << "being busy says nothing about a proof";
+        localModel.set(LocalModelServing::State::ready, u"gemma3:4b"_s);
+        probes.models = {{{u"gemma3:4b"_s, true}}}; // and so is none that runs elsewhere
     }
 }
 

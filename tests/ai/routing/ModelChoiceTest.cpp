@@ -136,15 +136,42 @@ TEST_F(ModelChoiceTest, TheProbeDecidesWhichProviderSpeaks)
         << "the private cloud's provider leaves its own rows";
 }
 
-TEST_F(ModelChoiceTest, AServerThatWasStillStartingIsProbedAgain)
+TEST_F(ModelChoiceTest, WhatNobodyAnsweredIsAskedAgain)
 {
-    probes.isOllama = false;
     configure(u"http://localhost:11434/v1"_s, u"gemma3:4b"_s);
+    probes.isUp = false; // it is still starting
+    EXPECT_EQ(open().provider, compatible);
+    probes.isUp = true;
+    EXPECT_EQ(open().provider, native);
+
+    configure(u"http://localhost:11434/v1"_s, u"llama3.2:3b"_s);
+    localModel.set(LocalModelServing::State::absent); // what is known of its models is forgotten
+    probes.models = {{{u"llama3.2:3b"_s}, {u"qwen2.5:7b"_s}}};
+    probes.onQuestion = [this] { probes.isUp = probes.asked.last() != "show qwen2.5:7b"_L1; };
+    EXPECT_EQ(tools(), std::nullopt) << "the one that is able wasn't heard";
+    probes.onQuestion = {};
+    probes.isUp = true;
+    EXPECT_EQ(tools(), u"qwen2.5:7b"_s);
+}
+
+// Another server has taken the place of the one that was probed.
+TEST_F(ModelChoiceTest, AServerThatShowsAListSinceIsProbedAgain)
+{
+    configure(u"http://localhost:11434/v1"_s, u"gemma3:4b"_s);
+    probes.isOllama = false;
     probes.models = std::nullopt;
     EXPECT_EQ(open().provider, compatible);
     probes.isOllama = true;
     probes.models = {{{u"gemma3:4b"_s}}};
+    clock.advance(60s);
     EXPECT_EQ(open().provider, native);
+}
+
+TEST_F(ModelChoiceTest, AStandInIsOfTheServerThatTheTurnGoesTo)
+{
+    probes.onQuestion = [this] { configure(u"http://192.168.1.5:11434/v1"_s, u"able"_s); };
+    const AIConfiguration opened = open().request.configuration;
+    EXPECT_EQ(opened.model + u" at "_s + opened.baseURLString, u"able at http://192.168.1.5:11434/v1"_s);
 }
 
 } // namespace

@@ -62,7 +62,7 @@ protected:
 
     NetworkLedger ledger;
     AppNetwork network{ledger, clock};
-    std::shared_ptr<OllamaNativeProvider> ollama = std::make_shared<OllamaNativeProvider>(network, clock);
+    std::shared_ptr<OllamaNativeProvider> ollama = std::make_shared<OllamaNativeProvider>(network);
     std::shared_ptr<OpenAICompatibleProvider> client = std::make_shared<OpenAICompatibleProvider>(network);
 };
 

@@ -37,25 +37,26 @@ private:
 // A server that speaks Ollama's interface, by name.
 class ScriptedProbes final : public OllamaProbing {
 public:
-    [[nodiscard]] QCoro::Task<std::optional<QString>> version(QString, std::stop_token) override
+    [[nodiscard]] QCoro::Task<ProbeAnswer<QString>> version(QString, std::stop_token) override
     {
         note(QStringLiteral("version"));
-        co_return isOllama ? std::optional(QStringLiteral("0.1")) : std::nullopt;
+        co_return answer(isOllama ? std::optional(QStringLiteral("0.1")) : std::nullopt);
     }
-    [[nodiscard]] QCoro::Task<std::optional<QStringList>> capabilities(QString, QString model,
-                                                                       std::stop_token) override
+    [[nodiscard]] QCoro::Task<ProbeAnswer<QStringList>> capabilities(QString, QString model,
+                                                                     std::stop_token) override
     {
         note(QStringLiteral("show ") + model);
         const auto known = abilities.find(model);
-        co_return known == abilities.end() ? std::nullopt : std::optional(known->second);
+        co_return answer(known == abilities.end() ? std::nullopt : std::optional(known->second));
     }
-    [[nodiscard]] QCoro::Task<std::optional<std::vector<OllamaModel>>> modelList(QString,
-                                                                                 std::stop_token) override
+    [[nodiscard]] QCoro::Task<ProbeAnswer<std::vector<OllamaModel>>> modelList(QString,
+                                                                               std::stop_token) override
     {
         note(QStringLiteral("tags"));
-        co_return std::optional(models);
+        co_return answer(models);
     }
 
+    bool isUp = true;
     bool isOllama = false;
     std::optional<std::vector<OllamaModel>> models;
     std::map<QString, QStringList> abilities; // a model that isn't here doesn't tell
@@ -63,6 +64,11 @@ public:
     QStringList asked;                        // "version", "show name", "tags"
 
 private:
+    template <typename Told>
+    [[nodiscard]] ProbeAnswer<Told> answer(const std::optional<Told> &told) const
+    {
+        return {isUp ? told : std::nullopt, isUp};
+    }
     void note(const QString &question)
     {
         asked.append(question);

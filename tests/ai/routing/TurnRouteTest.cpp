@@ -67,8 +67,15 @@ TEST_F(TurnRouteTest, TheDestinationDecidesAboutToolsAndNotes)
     configure(localhost, u"anything"_s);
     EXPECT_TRUE(prepare().memoryAllowed) << "a server without a list has nobody to pass questions on to";
     probes.isOllama = true;
-    static_cast<void>(TestWait::await(router->seesImages({})));
+    configure(u"http://127.0.0.1:1/v1"_s, u"anything"_s); // never probed before
     EXPECT_FALSE(prepare().memoryAllowed) << "one that doesn't show its list may have";
+    probes.isUp = false;
+    configure(u"http://127.0.0.1:2/v1"_s, u"anything"_s);
+    EXPECT_FALSE(prepare().memoryAllowed) << "nor is anything known of one that nobody heard";
+    const int before = lookups;
+    configure(u"https://box.example"_s, u"m"_s);
+    static_cast<void>(prepare());
+    EXPECT_EQ(lookups, before) << "nothing private goes there, wherever its name leads";
 }
 
 TEST_F(TurnRouteTest, PrivateDataStaysOrMovesOrIsRefused)
@@ -151,7 +158,12 @@ TEST_F(TurnRouteTest, TheSixtyFirstPrivateCloudTurnOfAnHourRunsLocally)
     localModel.set(LocalModelServing::State::ready, u"gemma3:4b"_s);
     EXPECT_EQ(fate({}), u"gemma3:4b at "_s + localhost);
     EXPECT_TRUE(log.lines().contains(u"ai-provider: Hosted burst limit; routing to local model"_s));
-    clock.advance(3000s);
+    probes.models = {{{u"gemma3:4b"_s, true}}};
+    clock.advance(60s);
+    EXPECT_EQ(fate({}), ProviderError(ProviderError::Plain::hostedBurstLimited).userMessage())
+        << "no service steps in for another";
+    probes.models = std::nullopt;
+    clock.advance(2940s);
     EXPECT_EQ(fate({}), u"gemma3:4b at "_s + localhost) << "the first was exactly an hour ago";
     clock.advance(1ms);
     EXPECT_EQ(fate({}), u"e2ee-glm-5-3-flash at https://cloud.invalid/v1"_s);
