@@ -1,10 +1,12 @@
 #include "end_to_end/AppFixture.h"
 
+#include "attestation/ProofLedger.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/settings/NetworkLedgerViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
+#include "view_models/sidebar/SourceMenuViewModel.h"
 
 #include <QJsonArray>
 #include <QTest>
@@ -45,6 +47,28 @@ TEST_F(ChatWindowTest, ATypedMessageBringsAStreamedReplyThatIsThereAfterARestart
     state->presentation().chat->open(saved.data(ConversationListModel::ConversationIdRole).toString());
     EXPECT_EQ(lastText(), reply);
     EXPECT_EQ(lastRow(MessageListModel::PlaceRole), u"This computer"_s);
+}
+
+// On the notice and the label before a word is sent, on the answer and in the ledger after.
+TEST_F(ChatWindowTest, AModelThatAServerNearbyPassesOnIsACloudModelForEveryone)
+{
+    ModelServer passing(ModelServer::Interface::ollama,
+                        {{.name = u"alias"_s, .remoteHost = u"https://elsewhere.invalid"_s}});
+    state->storage().settings->setBaseURLString(passing.baseUrl());
+    useModel(u"alias"_s);
+    WindowDriver::type(window(), u"H"_s);
+    const SourceMenuViewModel &source = *state->presentation().sources;
+    ASSERT_TRUE(WindowDriver::eventually(
+        [&] { return source.warning() == u"ollama.com can read what you send."_s; }));
+    EXPECT_EQ(source.name(), u"alias · Ollama's cloud"_s);
+    EXPECT_EQ(source.destination(), u"Goes to Ollama's cloud"_s);
+    for (const ModelServer::Request &request : passing.requests())
+        EXPECT_EQ(request.target, "/api/tags");
+    WindowDriver::press(window(), Qt::Key_Return);
+    ASSERT_TRUE(turnEnds());
+    EXPECT_EQ(lastRow(MessageListModel::PlaceRole), u"Ollama's cloud"_s);
+    EXPECT_EQ(state->assistant().proofs->snapshot().entries.back().place,
+              (ProofLedger::Place{ProofLedger::Place::Kind::ollamaCloud, u"alias"_s, {}}));
 }
 
 TEST_F(ChatWindowTest, EscapeStopsAtEachStage)

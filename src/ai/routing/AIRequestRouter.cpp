@@ -95,6 +95,25 @@ std::optional<QString> AIRequestRouter::privateCloudNotice() const
     return std::nullopt;
 }
 
+void AIRequestRouter::lookAhead()
+{
+    TurnRoute route;
+    route.configuration.baseURLString = m_services.settings.baseURLString();
+    route.configuration.model = m_services.settings.model();
+    const AIConfiguration &place = route.configuration;
+    const bool isWorthIt = m_services.ollama && !m_injectedProvider && !usesPrivateCloud() &&
+                           !place.model.isEmpty() && HostPrivacy::staysNear(place.baseURLString) &&
+                           !m_judge.known(place.baseURLString, place.model);
+    if (isWorthIt)
+        m_lookAhead =
+            TaskHandle::start([this, &route](std::stop_token stop) { return learn(route, std::move(stop)); });
+}
+
+QCoro::Task<> AIRequestRouter::learn(TurnRoute route, std::stop_token stop)
+{
+    co_await privacyOf(std::move(route), std::move(stop)); // tells by itself what has changed
+}
+
 std::vector<SourceOption> AIRequestRouter::sources() const
 {
     const ChatSource cloud{ChatSource::Kind::morvaneCloud, {}, {}};

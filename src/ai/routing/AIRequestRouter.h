@@ -10,6 +10,7 @@
 #include "ai/routing/PromptParts.h"
 #include "ai/routing/SourceOption.h"
 #include "ai/routing/TurnRoute.h"
+#include "async/TaskHandle.h"
 
 #include <QObject>
 #include <QPointer>
@@ -62,6 +63,10 @@ public:
     [[nodiscard]] QString sourceLabel() const;
     [[nodiscard]] std::optional<PrivacyNotice> privacyNotice() const;
     [[nodiscard]] std::optional<QString> privateCloudNotice() const;
+
+    // Finds out about the place in use before anything is sent there, so that the words above are true by
+    // then. Asks a server nearby, once for each address and model; nobody outside.
+    void lookAhead();
 
     // The menu of sources. Choosing never changes the server that the settings name; choosing the private
     // cloud also tries it again after a refusal.
@@ -142,6 +147,7 @@ private:
     standby(AIConfiguration refused, std::shared_ptr<QUuid> proofRow, std::stop_token stop);
     [[nodiscard]] QCoro::Task<std::shared_ptr<AIProvider>>
     providerAt(JudgedPlace place, AIConfiguration configuration, std::stop_token stop);
+    [[nodiscard]] QCoro::Task<> learn(TurnRoute route, std::stop_token stop);
     void setRefusal(std::optional<QString> reason);
 
     Services m_services;
@@ -155,6 +161,7 @@ private:
     ModelCapabilities m_capabilities;
     PrivacyJudge m_judge;
     BurstGuard m_burst;
+    TaskHandle m_lookAhead;
     Lifeline m_lifeline;
 };
 

@@ -49,6 +49,8 @@ void ChatViewModel::setDraft(const QString &draft)
 {
     if (m_draft == draft)
         return;
+    if (m_draft.isEmpty())
+        m_services.router.lookAhead();
     m_draft = draft;
     Q_EMIT draftChanged();
     Q_EMIT canSendChanged();
