@@ -6,6 +6,8 @@
 #include "ai/providers/OpenAIStreamParser.h"
 #include "ai/providers/ServerModels.h"
 #include "ai/providers/ToolCallAccumulator.h"
+#include "support/Await.h"
+#include "support/FakeHttpSession.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>
@@ -98,6 +100,34 @@ TEST(ServerModelsTest, TellsOfSoManyModelsAndNoMore)
     for (int i = 0; i < 5'000; ++i)
         many += "{\"id\":\"m" + QByteArray::number(i) + "\"},";
     EXPECT_EQ(ServerModels::parse(many + R"({"id":"z"}]})")->size(), ServerModels::mostNames);
+}
+
+TEST(ServerModelsTest, AsksBesideTheEndpointWithARedirectRuleALimitAndWordsOfItsOwn)
+{
+    FakeHttpSessionProvider network;
+    const auto outcome = [&](int status, const QByteArray &body, const QString &baseURL) {
+        network.fake->answer(status, body);
+        AIConfiguration configuration;
+        configuration.baseURLString = baseURL;
+        try {
+            return TestWait::await(ServerModels::list(&network, configuration, {})).join(u' ');
+        } catch (const UserPresentableError &error) {
+            return error.userMessage();
+        }
+    };
+    const QString full = u"https://a.example/b%2Fc/v1/chat/completions?tier=2"_s;
+    EXPECT_EQ(outcome(200, R"([{"id":"m"}])", full), u"m"_s);
+    const HttpRequest &asked = network.fake->requests().back();
+    EXPECT_EQ(asked.url.toEncoded(), "https://a.example/b%2Fc/v1/models?tier=2");
+    EXPECT_EQ(asked.limit, asked.timeout) << "a slow drip ends as well";
+    ASSERT_TRUE(asked.followsRedirect);
+    EXPECT_FALSE(asked.followsRedirect(asked.url, QUrl(u"http://a.example/v1/models"_s)));
+    const QByteArray large(ServerModels::largestBody - 2, ' ');
+    EXPECT_EQ(outcome(200, "[]" + large, full), QString()) << "an empty list";
+    EXPECT_EQ(outcome(200, "[] " + large, full), u"The server's list of models is too large to read."_s);
+    EXPECT_EQ(outcome(200, "<html>", full), u"The server's answer is no list of models."_s);
+    EXPECT_EQ(outcome(404, {}, full), u"The server gave no list of its models (HTTP 404)."_s);
+    EXPECT_EQ(outcome(401, {}, full), u"The AI provider rejected the API key."_s);
 }
 
 QString linesInPieces(const QByteArray &body, qsizetype size)

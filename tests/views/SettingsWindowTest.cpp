@@ -145,7 +145,7 @@ TEST_F(SettingsWindowTest, AModelIsPickedFromWhatTheServerLists)
         QByteArray body;
         QString words; // in place of the list
     } answers[] = {{R"({"data":[]})", u"The server lists no models."_s},
-                   {"nonsense", u"The AI provider sent a response"_s},
+                   {"nonsense", u"The server's answer is no list of models."_s},
                    {R"({"data":[{"id":"llama3.2:3b"},{"id":"qwen2.5:7b"}]})", {}}};
     for (const auto &[body, words] : answers) {
         const ScriptedServer server(ScriptedServer::answering(ScriptedServer::response("200 OK", body)));

@@ -12,6 +12,17 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr QLatin1StringView endpoint{"chat/completions"};
+
+// The address with `name` as the last part of its path.
+QUrl withLastPart(QUrl url, QString path, QLatin1StringView name)
+{
+    if (!path.endsWith(u'/'))
+        path += u'/';
+    url.setPath(path + name, QUrl::StrictMode);
+    return url;
+}
+
 // The host before QUrl reads octal, hexadecimal, short or full-width spellings of an IPv4 address into it.
 // Such a text is a name to us, and never a private address. `text` is a valid URL with a host.
 QString hostAsWritten(const QString &text)
@@ -49,13 +60,17 @@ QUrl BaseURL::validated(const QString &text)
 
 QUrl BaseURL::chatCompletions(const QString &text)
 {
-    QUrl url = validated(text);
+    const QUrl url = validated(text);
     const QString path = url.path(QUrl::FullyEncoded);
-    if (path.contains("chat/completions"_L1))
-        return url;
-    const QString separator = path.endsWith(u'/') ? QString() : u"/"_s;
-    url.setPath(path + separator + u"chat/completions"_s, QUrl::StrictMode);
-    return url;
+    return path.contains(endpoint) ? url : withLastPart(url, path, endpoint);
+}
+
+QUrl BaseURL::models(const QString &text)
+{
+    const QUrl url = validated(text);
+    const QString path = url.path(QUrl::FullyEncoded);
+    const qsizetype end = path.indexOf(endpoint);
+    return withLastPart(url, end < 0 ? path : path.first(end), "models"_L1);
 }
 
 QUrl BaseURL::withPath(const QString &text, QLatin1StringView path)

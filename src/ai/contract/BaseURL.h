@@ -15,6 +15,10 @@ namespace BaseURL {
 // The validated address, with "chat/completions" appended unless its path already holds that.
 [[nodiscard]] QUrl chatCompletions(const QString &text);
 
+// Where the same server lists its models: "models" beside the endpoint, whether the address names that or
+// not.
+[[nodiscard]] QUrl models(const QString &text);
+
 // The validated address with this path in place of its own path and query. `path` has no leading slash.
 [[nodiscard]] QUrl withPath(const QString &text, QLatin1StringView path);
 

@@ -3,13 +3,15 @@
 #include "ai/contract/BaseURL.h"
 #include "ai/contract/ProviderError.h"
 #include "ai/providers/ProviderFailure.h"
-#include "ai/providers/ReplyLines.h"
 #include "utils/text/Json.h"
+
+#include <QJsonDocument>
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
+using ListFailure = ModelListError::Plain;
 
 namespace {
 
@@ -17,30 +19,63 @@ constexpr qsizetype longestName = 200;
 
 HttpRequest requestFor(const AIConfiguration &configuration)
 {
-    QUrl url = BaseURL::validated(configuration.baseURLString);
-    QString path = url.path();
-    while (path.endsWith(u'/'))
-        path.chop(1);
-    url.setPath(path + u"/models"_s);
-    HttpRequest request{.url = url, .headers = {{"Accept", "application/json"}}, .timeout = 20s};
+    HttpRequest request{.url = BaseURL::models(configuration.baseURLString),
+                        .headers = {{"Accept", "application/json"}},
+                        .timeout = 20s,
+                        .limit = 20s};
+    request.followsRedirect = BaseURL::mayRedirect;
     if (configuration.apiKey && !configuration.apiKey->isEmpty())
         request.headers.push_back({"Authorization", "Bearer " + configuration.apiKey->toUtf8()});
     return request;
 }
 
+// Some services send the list bare, the others under "data".
+std::optional<QJsonArray> listIn(QByteArrayView body)
+{
+    const auto document = QJsonDocument::fromJson(QByteArray::fromRawData(body.data(), body.size()));
+    if (document.isArray())
+        return document.array();
+    return Json::array(document.object(), "data"_L1);
+}
+
+QString wordsOf(const ModelListError::Refused &refused)
+{
+    return u"The server gave no list of its models (HTTP %1)."_s.arg(refused.statusCode);
+}
+
+QString wordsOf(ListFailure failure)
+{
+    switch (failure) {
+    case ListFailure::tooLarge:
+        return u"The server's list of models is too large to read."_s;
+    case ListFailure::unreadable:
+        return u"The server's answer is no list of models."_s;
+    }
+    return {};
+}
+
+bool isAboutTheKeyOrTheRate(int status)
+{
+    return status == 401 || status == 403 || status == 429;
+}
+
 } // namespace
+
+QString ModelListError::userMessage() const
+{
+    return std::visit([](const auto &failure) { return wordsOf(failure); }, reason());
+}
 
 std::optional<QStringList> ServerModels::parse(QByteArrayView body)
 {
-    const auto answer = Json::parseObject(body);
-    const auto models = answer ? Json::array(*answer, "data"_L1) : std::nullopt;
+    const auto models = listIn(body);
     if (!models)
         return std::nullopt;
     QStringList names;
     for (const auto &model : *models) {
-        const auto name = Json::string(model.toObject(), "id"_L1);
-        if (name && !name->isEmpty() && name->size() <= longestName)
-            names += *name;
+        const QString name = model["id"_L1].toString();
+        if (!name.isEmpty() && name.size() <= longestName)
+            names += name;
         if (names.size() == mostNames)
             break;
     }
@@ -56,12 +91,24 @@ QCoro::Task<QStringList> ServerModels::list(HttpSessionProviding *network, AICon
         HttpRequest request = requestFor(configuration);
         const auto session = network->session(EgressFeature::aiModel, {});
         auto response = co_await session->send(std::move(request), stop);
-        auto answer = co_await ProviderFailure::validated(std::move(response), stop);
-        const QByteArray body = co_await readBody(std::move(answer), ReplyLines::longest, stop);
+        const int status = response.status;
+        if (!ProviderFailure::isSuccess(status)) {
+            co_await discardBody(std::move(response), stop);
+            if (isAboutTheKeyOrTheRate(status))
+                throw ProviderError::forStatus(status);
+            throw ModelListError(ModelListError::Refused{status});
+        }
+        const QByteArray body = co_await readBody(std::move(response), largestBody, stop);
         std::optional<QStringList> names = parse(body);
         if (!names)
-            throw ProviderError(ProviderError::Plain::malformedResponse);
+            throw ModelListError(ListFailure::unreadable);
         co_return std::move(*names);
+    } catch (const ModelListError &) {
+        throw;
+    } catch (const TransportError &error) {
+        if (error.code() == TransportError::Code::ResponseTooLarge)
+            throw ModelListError(ListFailure::tooLarge);
+        throw ProviderFailure::mapped(std::current_exception());
     } catch (...) {
         throw ProviderFailure::mapped(std::current_exception());
     }
