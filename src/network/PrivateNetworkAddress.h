@@ -45,7 +45,11 @@ enum class HostClass { thisMac, localNetwork, ownService, thirdParty };
 
 [[nodiscard]] HostClass classify(const QString &host);
 
-// This machine or the local network.
+// This machine or the local network: the one judgement of a host by its text, for what the window says of a
+// place, for the addresses that may be entered without https, for the gate and for the ledger's rows. A name
+// under ".local" is near: it is for the local network alone (RFC 6762), and HttpExchange connects to what is
+// near by name only where its address is near as well. So a name that leads outside is refused at its socket,
+// rather than called a service here and a neighbour there.
 [[nodiscard]] bool isNear(const QString &host);
 
 } // namespace PrivateNetworkAddress

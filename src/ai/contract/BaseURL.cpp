@@ -50,10 +50,7 @@ QUrl BaseURL::validated(const QString &text)
         return url;
     if (scheme != "http"_L1)
         throw ProviderError(ProviderError::InvalidBaseURL{text});
-    const QString host = PrivateNetworkAddress::normalisedHost(hostAsWritten(trimmed));
-    const bool isNear =
-        host == "localhost"_L1 || PrivateNetworkAddress::isPrivateLiteral(host).value_or(false);
-    if (!isNear)
+    if (!PrivateNetworkAddress::isNear(hostAsWritten(trimmed)))
         throw ProviderError(ProviderError::InsecureBaseURL{text});
     return url;
 }

@@ -8,7 +8,7 @@ namespace morvane {
 // Checks of a model server's base address.
 namespace BaseURL {
 
-// https to any host; http only to localhost and private-network addresses. Throws
+// https to any host; http only to hosts that are near by their text. Throws
 // ProviderError::invalidBaseURL or insecureBaseURL, both naming or following the text as it was given.
 [[nodiscard]] QUrl validated(const QString &text);
 

@@ -41,9 +41,7 @@ ChatSource ChatSource::of(const QString &baseURLString, const QString &model)
     const QString host = QUrl(address).host().toLower();
     if (host.isEmpty())
         return {};
-    const QString normalised = PrivateNetworkAddress::normalisedHost(host);
-    const bool isPrivate =
-        normalised == "localhost"_L1 || PrivateNetworkAddress::isPrivateLiteral(normalised).value_or(false);
+    const bool isPrivate = PrivateNetworkAddress::isNear(host);
     if (isPrivate && ModelName::isOllamaCloud(model))
         return {Kind::ollamaCloud, {}, model};
     if (isThisMachine(host))
