@@ -144,6 +144,7 @@ private:
     MORVANE_SETTING(bool, chatHistoryOpen, ChatHistoryOpen, "chatHistoryOpen", true)
     MORVANE_SETTING(QString, providerName, ProviderName, "providerName", QStringLiteral("OpenAI-compatible"))
     MORVANE_SETTING(QString, baseURLString, BaseURLString, "aiBaseURL", QStringLiteral("http://localhost:11434/v1"))
+    MORVANE_STORED(QString, apiKeyOrigin, ApiKeyOrigin, "aiKeyOrigin", QString())
     MORVANE_SETTING(QString, model, Model, "aiModel", QString())
     MORVANE_SETTING(double, temperature, Temperature, "aiTemperature", 0.7)
     MORVANE_NUMBER(maxOutputTokens, MaxOutputTokens, "aiMaxOutputTokens", 1024)

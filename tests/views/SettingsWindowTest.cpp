@@ -125,14 +125,26 @@ TEST_F(SettingsWindowTest, TheConnectionTestRunsCanBeCancelledAndSaysHowItWent)
     } outcomes[] = {
         {"401 No", u"The AI provider rejected the API key. Check the API key in Settings → AI."_s},
         {"200 OK", u"The server answered."_s}};
-    m_keychain.save(u"sk"_s, u"ai-provider-api-key"_s);
     for (const auto &[status, words] : outcomes) {
         const ScriptedServer server(ScriptedServer::answering(ScriptedServer::response(
             status, R"({"choices":[{"message":{"role":"assistant","content":"Hi"}}]})")));
         m_app->storage().settings->setBaseURLString(server.url(u"/v1"_s).toString());
-        click(button);
-        ASSERT_TRUE(eventually([&, words = words] { return said() == words; })) << said().toStdString();
-        EXPECT_TRUE(server.requests().back().head.contains("Bearer sk\r\n"));
+        settle();
+        EXPECT_EQ(says(u"is not sent anywhere else."_s), status == "200 OK") << "it is the former server's";
+        for (const bool hasItsKey : {false, true}) {
+            if (hasItsKey) {
+                fill(u"key"_s, u"sk"_s);
+                pressKey(Qt::Key_Return);
+                ASSERT_TRUE(eventually(
+                    [this] { return control(u"removeKey"_s) && says(u"A key is saved. It is kept"_s); }));
+            }
+            const std::size_t before = server.requests().size();
+            click(button);
+            ASSERT_TRUE(eventually([&, words = words] {
+                return server.requests().size() > before && said() == words;
+            })) << said().toStdString();
+            EXPECT_EQ(server.requests().back().head.contains("Bearer sk\r\n"), hasItsKey);
+        }
         m_app->storage().settings->setTemperature(m_app->storage().settings->temperature() + 0.1);
         settle();
         EXPECT_EQ(said(), u"Asks the server for a short reply."_s) << "a result ends with its settings";

@@ -70,6 +70,22 @@ QUrl BaseURL::models(const QString &text)
     return withLastPart(url, end < 0 ? path : path.first(end), "models"_L1);
 }
 
+QString BaseURL::origin(const QString &text)
+{
+    try {
+        const QUrl url = validated(text);
+        const int standardPort = url.scheme() == "https"_L1 ? 443 : 80;
+        QUrl origin;
+        origin.setScheme(url.scheme());
+        origin.setHost(url.host());
+        if (url.port(standardPort) != standardPort)
+            origin.setPort(url.port());
+        return origin.toString(QUrl::FullyEncoded);
+    } catch (const ProviderError &) {
+        return {};
+    }
+}
+
 QUrl BaseURL::withPath(const QString &text, QLatin1StringView path)
 {
     QUrl url = validated(text);

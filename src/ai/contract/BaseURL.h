@@ -19,6 +19,10 @@ namespace BaseURL {
 // not.
 [[nodiscard]] QUrl models(const QString &text);
 
+// Whom a key is for: "https://host" of the validated address, with the port unless it is the scheme's own.
+// Empty for an address that can't be used.
+[[nodiscard]] QString origin(const QString &text);
+
 // The validated address with this path in place of its own path and query. `path` has no leading slash.
 [[nodiscard]] QUrl withPath(const QString &text, QLatin1StringView path);
 

@@ -2,6 +2,7 @@
 
 #include "ai/contract/ProviderError.h"
 #include "ai/prompts/SystemPrompt.h"
+#include "ai/routing/KeyOrigin.h"
 #include "ai/routing/ModelName.h"
 #include "ai/routing/RouteConfiguration.h"
 #include "async/Clock.h"
@@ -30,6 +31,7 @@ AIRequestRouter::AIRequestRouter(Services services, QObject *parent)
     , m_judge(m_hosts, m_inventory, m_detection)
     , m_burst(m_services.clock)
 {
+    KeyOrigin::adopt(m_services.settings);
     for (const auto changed :
          {&SettingsStore::baseURLStringChanged, &SettingsStore::modelChanged,
           &SettingsStore::hostedChatEnabledChanged, &SettingsStore::hostedRelayEncryptedChanged})

@@ -1,5 +1,6 @@
 #include "ai/routing/RouteConfiguration.h"
 
+#include "ai/routing/KeyOrigin.h"
 #include "ai/routing/LocalModelServing.h"
 #include "ai/routing/PrivateCloud.h"
 #include "persistence/SettingsStore.h"
@@ -39,7 +40,8 @@ AIConfiguration RouteConfiguration::configured(const SettingsStore &settings, Ke
 {
     AIConfiguration configuration = common(settings, identity);
     configuration.baseURLString = settings.baseURLString();
-    configuration.apiKey = keychain.read(apiKeyAccount());
+    if (KeyOrigin::allows(settings))
+        configuration.apiKey = keychain.read(apiKeyAccount());
     configuration.model = settings.model();
     return configuration;
 }

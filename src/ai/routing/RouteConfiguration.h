@@ -18,7 +18,8 @@ namespace RouteConfiguration {
 // Where the keychain holds the key of the person's service.
 [[nodiscard]] QString apiKeyAccount();
 
-// What the person set up. Throws KeychainError when the key can't be read.
+// What the person set up, with the key only where it was saved for that server. Throws KeychainError when the
+// key can't be read.
 [[nodiscard]] AIConfiguration configured(const SettingsStore &settings, KeychainServicing &keychain,
                                          const QString &identity);
 

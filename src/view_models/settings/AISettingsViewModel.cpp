@@ -4,7 +4,9 @@
 #include "ai/contract/ProviderError.h"
 #include "ai/providers/ServerModels.h"
 #include "ai/routing/AIRequestRouter.h"
+#include "ai/routing/KeyOrigin.h"
 #include "persistence/SettingsStore.h"
+#include "utils/text/Text.h"
 #include "utils/text/UserPresentableError.h"
 
 namespace morvane {
@@ -29,9 +31,50 @@ AISettingsViewModel::AISettingsViewModel(SettingsStore &settings, KeychainServic
     connect(&settings, &SettingsStore::baseURLStringChanged, this,
             &AISettingsViewModel::addressProblemChanged);
     connect(&settings, &SettingsStore::baseURLStringChanged, &m_serverModels, &ServerModelsViewModel::forget);
+    for (const auto changed : {&SettingsStore::baseURLStringChanged, &SettingsStore::apiKeyOriginChanged})
+        connect(&settings, changed, this, &AISettingsViewModel::keyChanged);
     connect(&m_key, &StoredKey::changed, this, &AISettingsViewModel::keyChanged);
-    connect(&m_key, &StoredKey::stored, this, &AISettingsViewModel::forgetTest);
-    connect(&m_key, &StoredKey::failed, this, &AISettingsViewModel::failTest);
+    connect(&m_key, &StoredKey::stored, this, [this] {
+        finishSaving(m_keySave->origin);
+        forgetTest();
+    });
+    connect(&m_key, &StoredKey::failed, this, [this](const ErrorPresentation &why) {
+        finishSaving(m_keySave->formerOrigin);
+        failTest(why);
+    });
+}
+
+QString AISettingsViewModel::keyNotice() const
+{
+    if (m_keySave || !hasKey() || KeyOrigin::allows(m_settings))
+        return {};
+    const QString origin = m_settings.apiKeyOrigin();
+    if (origin.isEmpty() || origin == KeyOrigin::nobody)
+        return u"It is sent nowhere until you save it again."_s;
+    return u"It is for %1 and is not sent anywhere else."_s.arg(origin);
+}
+
+// While the keychain is at it, nobody knows which key is in there, so none is sent anywhere.
+void AISettingsViewModel::saveKey(const QString &key)
+{
+    const bool isRemoval = Text::trimmed(key).isEmpty();
+    const QString origin = isRemoval ? KeyOrigin::nobody : BaseURL::origin(m_settings.baseURLString());
+    if (m_keySave) {
+        failTest({u"The former key is still on its way to the keyring."_s, u"Try again in a moment."_s});
+    } else if (origin.isEmpty()) {
+        failTest({u"A key is kept for one server, and the address names none that can be used."_s,
+                  u"Correct the address first."_s});
+    } else {
+        m_keySave = KeySave{m_settings.apiKeyOrigin(), origin};
+        m_settings.setApiKeyOrigin(KeyOrigin::nobody);
+        m_key.save(key);
+    }
+}
+
+void AISettingsViewModel::finishSaving(QString keyOrigin)
+{
+    m_keySave.reset();
+    m_settings.setApiKeyOrigin(keyOrigin);
 }
 
 QString AISettingsViewModel::addressProblem() const

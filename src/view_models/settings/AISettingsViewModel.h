@@ -10,6 +10,7 @@
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
+#include <optional>
 #include <stop_token>
 
 namespace morvane {
@@ -29,6 +30,8 @@ class AISettingsViewModel : public QObject {
     Q_PROPERTY(QString addressProblem READ addressProblem NOTIFY addressProblemChanged)
     Q_PROPERTY(morvane::ServerModelsViewModel *serverModels READ serverModels CONSTANT)
     Q_PROPERTY(bool hasKey READ hasKey NOTIFY keyChanged)
+    // Why the saved key isn't sent to the server that the settings name; empty when it is or there is none.
+    Q_PROPERTY(QString keyNotice READ keyNotice NOTIFY keyChanged)
     Q_PROPERTY(TestState testState READ testState NOTIFY testChanged)
     Q_PROPERTY(QString testMessage READ testMessage NOTIFY testChanged)
     Q_PROPERTY(QString testSuggestion READ testSuggestion NOTIFY testChanged)
@@ -43,12 +46,13 @@ public:
     [[nodiscard]] QString addressProblem() const;
     [[nodiscard]] ServerModelsViewModel *serverModels() { return &m_serverModels; }
     [[nodiscard]] bool hasKey() const { return m_key.exists(); }
+    [[nodiscard]] QString keyNotice() const;
     [[nodiscard]] TestState testState() const { return m_testState; }
     [[nodiscard]] const QString &testMessage() const { return m_testMessage; }
     [[nodiscard]] const QString &testSuggestion() const { return m_testSuggestion; }
 
-    // The empty text removes the key.
-    Q_INVOKABLE void saveKey(const QString &key) { m_key.save(key); }
+    // For the server that the settings name now, and for no other. The empty text removes the key.
+    Q_INVOKABLE void saveKey(const QString &key);
     Q_INVOKABLE void test();
     Q_INVOKABLE void cancelTest();
 
@@ -62,10 +66,16 @@ private:
     void finishTest(TestState state, const QString &message, const QString &suggestion);
     void failTest(const ErrorPresentation &why);
     void forgetTest();
+    void finishSaving(QString keyOrigin);
 
     SettingsStore &m_settings;
     AIRequestRouter &m_router;
     StoredKey m_key;
+    struct KeySave {
+        QString formerOrigin;
+        QString origin;
+    };
+    std::optional<KeySave> m_keySave; // while one is under way
     ServerModelsViewModel m_serverModels;
     TestState m_testState = TestState::untested;
     QString m_testMessage;

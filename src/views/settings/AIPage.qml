@@ -66,7 +66,7 @@ SettingsPage {
         }
         KeyRow {
             hasKey: root.ai.hasKey
-            notice: root.keychainNotice
+            notice: root.ai.keyNotice.length > 0 ? root.ai.keyNotice : root.keychainNotice
             onSaveChosen: key => root.ai.saveKey(key)
             onRemoveChosen: root.ai.saveKey("")
         }

@@ -112,6 +112,7 @@ TEST_F(TurnRouteTest, TheConfigurationComesFromTheSettings)
     settings.setPrivateCloudThinksLonger(true);
     keychain.save(u"sk-mine"_s, AIRequestRouter::apiKeyAccount());
     configure(u"https://service.example"_s, u"m"_s);
+    settings.setApiKeyOrigin(u"https://service.example"_s);
     QString all;
     const auto note = [&](const char *when, TurnRequest turn = {}) {
         const PreparedRequest prepared = prepare(std::move(turn));

@@ -1,0 +1,20 @@
+#include "ai/routing/KeyOrigin.h"
+
+#include "ai/contract/BaseURL.h"
+#include "persistence/SettingsStore.h"
+
+namespace morvane {
+
+bool KeyOrigin::allows(const SettingsStore &settings)
+{
+    const QString &origin = settings.apiKeyOrigin();
+    return !origin.isEmpty() && BaseURL::origin(settings.baseURLString()) == origin;
+}
+
+void KeyOrigin::adopt(SettingsStore &settings)
+{
+    if (settings.apiKeyOrigin().isEmpty())
+        settings.setApiKeyOrigin(BaseURL::origin(settings.baseURLString()));
+}
+
+} // namespace morvane
