@@ -26,11 +26,13 @@ void addExtension(X509 *certificate, int nid, const char *value)
     X509_EXTENSION_free(extension);
 }
 
-void addUnknownCriticalExtension(X509 *certificate)
+void addExtension(X509 *certificate, const char *identifier, bool isCritical, const QByteArray &der)
 {
-    ASN1_OBJECT *const id = OBJ_txt2obj("1.3.6.1.4.1.99999.1", 1);
+    ASN1_OBJECT *const id = OBJ_txt2obj(identifier, 1);
     ASN1_OCTET_STRING *const value = ASN1_OCTET_STRING_new();
-    X509_EXTENSION *const extension = X509_EXTENSION_create_by_OBJ(nullptr, id, 1, value);
+    ASN1_OCTET_STRING_set(value, reinterpret_cast<const unsigned char *>(der.data()),
+                          static_cast<int>(der.size()));
+    X509_EXTENSION *const extension = X509_EXTENSION_create_by_OBJ(nullptr, id, isCritical ? 1 : 0, value);
     X509_add_ext(certificate, extension, -1);
     X509_EXTENSION_free(extension);
     ASN1_OCTET_STRING_free(value);
@@ -54,7 +56,9 @@ QByteArray CertificateRecipe::mint() const
     addExtension(x, NID_basic_constraints, isCA ? "critical,CA:TRUE" : "critical,CA:FALSE");
     addExtension(x, NID_key_usage, isCA ? "critical,keyCertSign,cRLSign" : "critical,digitalSignature");
     if (unknownCriticalExtension)
-        addUnknownCriticalExtension(x);
+        addExtension(x, "1.3.6.1.4.1.99999.1", true, QByteArray());
+    if (!sgxExtension.isEmpty())
+        addExtension(x, "1.2.840.113741.1.13.1", false, sgxExtension);
     X509_sign(x, issuerKey.handle(), issuerKey.digest());
     QByteArray der(i2d_X509(x, nullptr), '\0');
     auto *cursor = reinterpret_cast<unsigned char *>(der.data());

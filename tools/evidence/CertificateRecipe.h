@@ -19,6 +19,7 @@ struct CertificateRecipe {
     QDateTime from = QDateTime(QDate(2025, 1, 1), QTime(0, 0), Qt::UTC);
     QDateTime to = QDateTime(QDate(2035, 1, 1), QTime(0, 0), Qt::UTC);
     bool unknownCriticalExtension = false;
+    QByteArray sgxExtension; // DER; what Intel says of a processor in a PCK certificate
 
     [[nodiscard]] QByteArray mint() const; // DER, of a new serial number each time
 

@@ -48,12 +48,13 @@ int main(int argc, char **argv)
         u"pins='--pin intel-root=%1 --pin quoting-enclave=%2 --pin nvidia-root=%3'\n"
         "morvane-proof quote quote.bin --at 2026-09-01 $pins\n"
         "morvane-proof gpu payload.json --nonce %4 --at 2026-09-01 $pins\n"
-        "morvane-proof replay events.json --compose-hash %5 --instance-id %6\n"
+        "morvane-proof replay events.json --compose-hash %5 --instance-id %6 --rtmr3 %8\n"
         "morvane-proof document document.json --model %7 --nonce %4 --at 2026-09-01 --accepted list.json $pins\n"_s
             .arg(scenario.pins.intelRootSHA256, scenario.pins.quotingEnclaveSigner,
                  scenario.pins.nvidiaRootSHA256, Hex::encode(scenario.nonce),
                  Hex::encode(QCryptographicHash::hash(text, QCryptographicHash::Sha256)),
-                 Hex::encode(scenario.instanceID), scenario.model);
+                 Hex::encode(scenario.instanceID), scenario.model,
+                 Hex::encode(TDXQuote::parse(scenario.quoteBytes()).report.rtmr3));
     write(folder + u"commands.sh"_s, commands.toUtf8());
     return 0;
 }

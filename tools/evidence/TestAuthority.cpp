@@ -39,8 +39,13 @@ QByteArray withLength(const QByteArray &bytes)
 // Made once: minting keys is slow, and no test changes another's.
 const ChainRecipe &intelChain()
 {
-    static const ChainRecipe chain = chainRecipe({u"Test PCK"_s, u"Test PCK CA"_s, u"Test SGX Root"_s},
-                                                 SigningKey(Curve::P256), Curve::P256);
+    static const ChainRecipe chain = [] {
+        ChainRecipe made = chainRecipe({u"Test PCK"_s, u"Test PCK CA"_s, u"Test SGX Root"_s},
+                                       SigningKey(Curve::P256), Curve::P256);
+        // A sequence of one pair, the FMSPC.
+        made.front().sgxExtension = QByteArray::fromHex("30163014060a2a864886f84d010d01040406b0c06f000000");
+        return made;
+    }();
     return chain;
 }
 

@@ -15,11 +15,14 @@ it has no network code, and what it trusts is three published facts compiled int
 
   morvane-proof gpu FILE --nonce HEX [--at DATE]
       The evidence of NVIDIA graphics chips (the JSON text "nvidia_payload" of a document).
-      Checks that each chip signed the nonce, with certificates up to NVIDIA's root.
+      Checks that each report is signed over the nonce, with certificates up to NVIDIA's root. Warns
+      of reports that share a certificate, and of switches among them; the verdict stays the same.
 
-  morvane-proof replay FILE --compose-hash HEX --instance-id HEX
+  morvane-proof replay FILE [--compose-hash HEX] [--instance-id HEX] [--rtmr3 HEX]
       Boot events, a JSON array of {"name": TEXT, "payload": HEX or null}, where null marks the two
-      live events. Prints the register that a server started this way must show as rtmr3.
+      live events, or a server's own log of them ("event", "event_payload"). A live value that the
+      file doesn't hold must be named. With --rtmr3 it checks that the events lead to that register;
+      without, it computes the register and compares nothing.
 
   morvane-proof document FILE --model M --nonce HEX [--at DATE] [--accepted LIST]
       A server's whole answer: everything above, bound to the model, the nonce and the encryption
@@ -27,7 +30,11 @@ it has no network code, and what it trusts is three published facts compiled int
       published form; you vouch for it, its signature is not checked here. Without --accepted the
       list built into this program counts.
 
-FILE is raw bytes, or "-" for standard input. --hex and --base64 read a quote written as text.
+  morvane-proof --help, morvane-proof --version
+      Each stands alone.
+
+FILE is raw bytes, or "-" for standard input. --hex and --base64 read a quote written as text. A
+nonce has 32 bytes, 64 hexadecimal characters.
 DATE is ISO 8601 (2026-09-01 or 2026-09-01T12:00:00Z; UTC unless it says otherwise): the moment at
 which certificates must be valid. Without --at it is now. A good old proof fails today once a
 certificate has run out: ask for the date on which it was made.
@@ -40,9 +47,12 @@ The last line is always the verdict (with --json it goes to standard error):
 
   verdict: ok                                                 everything holds; exit status 0
   verdict: certificateChain("certificate has expired")        what failed first; exit status 1
-  verdict: notChecked("…")                                    nothing was checked; exit status 2
+  verdict: notChecked("…")                                    nothing was checked; exit status 2,
+                                                              as when the answer can't be written
 
-Checks run in a fixed order and stop at the first that fails, so a verdict names one fault even
+A file that can't be read, or isn't in the form that was named, is never a verdict about evidence.
+Above the verdict stands what no run checks: revocation, the age of firmware, physical attacks and
+more. Checks run in a fixed order and stop at the first that fails, so a verdict names one fault even
 where there are several.
 
 A first try, with a quote in hex from an exported proof (intelTdxQuoteHex):

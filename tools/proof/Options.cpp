@@ -19,12 +19,13 @@ void addOptions(QCommandLineParser &parser)
     };
     const auto flag = [&parser](const QStringList &names) { parser.addOption(QCommandLineOption(names)); };
     flag({u"h"_s, u"help"_s});
-    for (const auto &name : {u"json"_s, u"hex"_s, u"base64"_s})
+    for (const auto &name : {u"version"_s, u"json"_s, u"hex"_s, u"base64"_s})
         flag({name});
     value(u"at"_s, u"DATE"_s);
     value(u"nonce"_s, u"HEX"_s);
     value(u"compose-hash"_s, u"HEX"_s);
     value(u"instance-id"_s, u"HEX"_s);
+    value(u"rtmr3"_s, u"HEX"_s);
     value(u"model"_s, u"M"_s);
     value(u"accepted"_s, u"LIST"_s);
     value(u"pin"_s, u"NAME=HEX"_s);
@@ -43,7 +44,7 @@ const std::vector<CommandForm> &commandForms()
     static const std::vector<CommandForm> forms{
         {C::Quote, u"quote"_s, {}, {u"hex"_s, u"base64"_s, u"at"_s, u"pin"_s}},
         {C::GPU, u"gpu"_s, {u"nonce"_s}, {u"at"_s, u"pin"_s}},
-        {C::Replay, u"replay"_s, {u"compose-hash"_s, u"instance-id"_s}, {}},
+        {C::Replay, u"replay"_s, {}, {u"compose-hash"_s, u"instance-id"_s, u"rtmr3"_s}},
         {C::Document, u"document"_s, {u"model"_s, u"nonce"_s}, {u"at"_s, u"accepted"_s, u"pin"_s}}};
     return forms;
 }
@@ -70,12 +71,14 @@ const CommandForm &formOf(const QCommandLineParser &parser)
                                      : u"there is no command \"%1\""_s.arg(words[0]));
 }
 
-QByteArray hexValue(const QCommandLineParser &parser, const QString &name)
+std::optional<QByteArray> hexValue(const QCommandLineParser &parser, const QString &name, qsizetype size)
 {
-    const auto bytes = Hex::decode(parser.value(name));
-    if (!bytes)
-        throw UsageError(u"--%1 is not hexadecimal"_s.arg(name));
-    return *bytes;
+    if (!parser.isSet(name))
+        return std::nullopt;
+    auto bytes = Hex::decode(parser.value(name));
+    if (!bytes || bytes->size() != size)
+        throw UsageError(u"--%1 takes %2 hexadecimal characters"_s.arg(name).arg(2 * size));
+    return bytes;
 }
 
 QDateTime dateValue(const QCommandLineParser &parser)
@@ -121,28 +124,43 @@ void replacePin(Options &options, const QString &assignment)
 Options Options::parse(const QStringList &arguments)
 {
     QCommandLineParser parser;
+    // Else -hex would be -h, -e and -x, and so a request for help.
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     addOptions(parser);
-    const bool understood = parser.parse(arguments);
-    Options options;
-    if (parser.isSet(u"help"_s))
-        return options;
-    if (!understood)
+    if (!parser.parse(arguments))
         throw UsageError(parser.errorText());
+    Options options;
+    for (const auto &[name, command] :
+         {std::pair{u"help"_s, Command::Help}, std::pair{u"version"_s, Command::Version}}) {
+        if (!parser.isSet(name))
+            continue;
+        if (arguments.size() != 2)
+            throw UsageError(u"--%1 stands alone"_s.arg(name));
+        options.command = command;
+        return options;
+    }
 
     options.command = formOf(parser).command;
     options.file = parser.positionalArguments().at(1);
     options.encoding = encodingValue(parser);
-    options.output = parser.isSet(u"json"_s) ? Output::Json : Output::Text;
+    options.output = outputOf(arguments);
     options.date = dateValue(parser);
-    options.nonce = hexValue(parser, u"nonce"_s);
-    options.composeHash = hexValue(parser, u"compose-hash"_s);
-    options.instanceID = hexValue(parser, u"instance-id"_s);
+    options.nonce = hexValue(parser, u"nonce"_s, 32).value_or(QByteArray());
+    options.composeHash = hexValue(parser, u"compose-hash"_s, 32);
+    options.instanceID = hexValue(parser, u"instance-id"_s, 20);
+    options.rtmr3 = hexValue(parser, u"rtmr3"_s, 48);
     options.model = parser.value(u"model"_s);
     options.acceptedList = parser.value(u"accepted"_s);
     options.pins = EvidencePins::ofThisBuild();
     for (const QString &assignment : parser.values(u"pin"_s))
         replacePin(options, assignment);
     return options;
+}
+
+Options::Output Options::outputOf(const QStringList &arguments)
+{
+    const bool asksForJson = arguments.contains("--json"_L1) || arguments.contains("-json"_L1);
+    return asksForJson ? Output::Json : Output::Text;
 }
 
 } // namespace morvane

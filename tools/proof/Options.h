@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <stdexcept>
 
 namespace morvane {
@@ -23,7 +24,7 @@ public:
 
 // What the command line asks for.
 struct Options {
-    enum class Command { Help, Quote, GPU, Replay, Document };
+    enum class Command { Help, Version, Quote, GPU, Replay, Document };
     enum class Encoding { Raw, Hex, Base64 };
     enum class Output { Text, Json };
 
@@ -31,10 +32,11 @@ struct Options {
     QString file; // "-" for standard input
     Encoding encoding = Encoding::Raw;
     Output output = Output::Text;
-    QDateTime date; // UTC
-    QByteArray nonce;
-    QByteArray composeHash;
-    QByteArray instanceID;
+    QDateTime date;                        // UTC
+    QByteArray nonce;                      // 32 bytes
+    std::optional<QByteArray> composeHash; // 32 bytes
+    std::optional<QByteArray> instanceID;  // 20 bytes
+    std::optional<QByteArray> rtmr3;       // 48 bytes
     QString model;
     QString acceptedList; // empty for the built-in one
     EvidencePins pins;
@@ -42,6 +44,9 @@ struct Options {
 
     // Throws UsageError.
     [[nodiscard]] static Options parse(const QStringList &arguments);
+
+    // What the command line asks for as far as it can be told of one that parse() refuses.
+    [[nodiscard]] static Output outputOf(const QStringList &arguments);
 };
 
 } // namespace morvane

@@ -67,6 +67,10 @@ QString Report::text() const
         text += u"\nWhat was checked, in this order\n"_s;
     for (const CheckLine &check : m_checks)
         text += u"  "_s + markOf(check.result) + check.claim + u"\n"_s;
+    if (!m_notChecked.isEmpty())
+        text += u"\nWhat was not checked\n"_s;
+    for (const QString &line : m_notChecked)
+        text += u"  "_s + line + u"\n"_s;
     return text + u"\nverdict: "_s + m_verdict + u"\n"_s;
 }
 
@@ -81,6 +85,7 @@ QJsonObject Report::json() const
     return {{u"title"_s, m_title},
             {u"fields"_s, fields},
             {u"checks"_s, checks},
+            {u"notChecked"_s, QJsonArray::fromStringList(m_notChecked)},
             {u"remarks"_s, QJsonArray::fromStringList(m_remarks)},
             {u"verdict"_s, m_verdict}};
 }

@@ -8,8 +8,8 @@
 
 namespace morvane {
 
-// What one run found: values read, checks made, remarks, and the verdict. Texts that come from the evidence
-// are passed through CaseText::quoted() by the caller.
+// What one run found: values read, checks made and not made, remarks, and the verdict. Texts that come from
+// the evidence are passed through CaseText::quoted() by the caller.
 class Report {
 public:
     enum class Result { Ok, Failed, NotReached };
@@ -21,6 +21,8 @@ public:
     void addField(const QString &name, const QString &value);
     void addCheck(const QString &claim, Result result);
     void addRemark(const QString &remark);
+    // What this run leaves open, whatever its verdict.
+    void setNotChecked(const QStringList &lines) { m_notChecked = lines; }
 
     // "ok", or the failure's case and payload.
     void setVerdict(const QString &verdict) { m_verdict = verdict; }
@@ -45,6 +47,7 @@ private:
     std::vector<Line> m_fields;
     std::vector<CheckLine> m_checks;
     QStringList m_remarks;
+    QStringList m_notChecked;
     QString m_verdict;
 };
 

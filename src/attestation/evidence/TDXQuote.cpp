@@ -67,13 +67,13 @@ TDXQuote::Header readHeader(FieldReader &reader)
     return header;
 }
 
-TDXQuote::TDReport readReport(FieldReader &reader)
+void readReport(TDXQuote &quote, FieldReader &reader)
 {
-    TDXQuote::TDReport report;
+    TDXQuote::TDReport &report = quote.report;
     report.teeTCBSVN = reader.bytes(16, "tee_tcb_svn"_L1);
-    reader.bytes(measurementSize, "mrseam"_L1);
-    reader.bytes(measurementSize, "mrsignerseam"_L1);
-    reader.bytes(8, "seamattributes"_L1);
+    quote.module.mrseam = reader.bytes(measurementSize, "mrseam"_L1);
+    quote.module.mrsignerseam = reader.bytes(measurementSize, "mrsignerseam"_L1);
+    quote.module.seamAttributes = reader.bytes(8, "seamattributes"_L1);
     report.tdAttributes = reader.bytes(8, "tdattributes"_L1);
     report.xfam = reader.bytes(8, "xfam"_L1);
     report.mrtd = reader.bytes(measurementSize, "mrtd"_L1);
@@ -85,7 +85,6 @@ TDXQuote::TDReport readReport(FieldReader &reader)
     report.rtmr2 = reader.bytes(measurementSize, "rtmr2"_L1);
     report.rtmr3 = reader.bytes(measurementSize, "rtmr3"_L1);
     report.reportData = reader.bytes(64, "reportdata"_L1);
-    return report;
 }
 
 void requireCertificationType(std::uint16_t type, std::uint16_t expected)
@@ -163,7 +162,7 @@ TDXQuote TDXQuote::parse(QByteArrayView bytes)
     TDXQuote quote;
     FieldReader reader(bytes);
     quote.header = readHeader(reader);
-    quote.report = readReport(reader);
+    readReport(quote, reader);
     quote.signedBody = FieldReader(bytes).bytes(signedBodySize, "TD report"_L1);
     const auto length = reader.uint32("signature data length"_L1);
     const QByteArray block = reader.bytes(length, "signature data"_L1);

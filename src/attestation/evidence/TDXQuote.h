@@ -43,6 +43,13 @@ struct TDXQuote {
         bool operator==(const TDReport &) const = default;
     };
 
+    // The module that keeps trust domains apart, as it was measured. Shown to people, judged by nothing.
+    struct Module {
+        QByteArray mrseam;         // 48 bytes
+        QByteArray mrsignerseam;   // 48 bytes
+        QByteArray seamAttributes; // 8 bytes
+    };
+
     class ParseError final : public std::exception {
     public:
         struct TooShort {
@@ -86,6 +93,7 @@ struct TDXQuote {
 
     QByteArray signedBody; // 632 bytes: header and report as they were signed
     Header header;
+    Module module;
     TDReport report;
     QByteArray signature;         // 64 bytes, r then s
     QByteArray attestationKey;    // 64 bytes, X then Y

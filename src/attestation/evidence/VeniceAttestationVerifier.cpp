@@ -128,7 +128,7 @@ constexpr std::array<Check<Inquiry>, 11> bindingOrder{{
     {"the quote binds the key and our nonce"_L1, requireBoundReportData},
     {"Intel's hardware stands behind the quote"_L1, requireHardware},
     {"the image and configuration are accepted"_L1, requireAcceptedServer},
-    {"each graphics chip proves itself, where the stack asks for it"_L1, requireGraphicsHardware},
+    {"each graphics report sent holds, where the stack asks for them"_L1, requireGraphicsHardware},
 }};
 
 Verified verified(const Inquiry &inquiry)

@@ -35,28 +35,64 @@ protected:
         file.write(contents);
     }
 
-    // The words of a command line, in which "@name" stands for the path of a file and NONCE for the good one.
-    Outcome run(QString words) const
+    // The words of a command line, in which "@name" stands for the path of a file, NONCE and the like for the
+    // good values, and OTHER for 32 bytes that are none of them.
+    Outcome run(QString words, const QString &output = {}) const
     {
-        words.replace(u'@', m_folder.path() + u'/').replace("NONCE"_L1, Hex::encode(scenario.nonce));
+        words.replace(u'@', m_folder.path() + u'/')
+            .replace("NONCE"_L1, Hex::encode(scenario.nonce))
+            .replace("INSTANCE"_L1, Hex::encode(scenario.instanceID))
+            .replace("COMPOSE"_L1, Hex::encode(composeHash()))
+            .replace("RTMR3"_L1, Hex::encode(TDXQuote::parse(scenario.quoteBytes()).report.rtmr3))
+            .replace("OTHEROTHER"_L1, QString(96, u'7'))
+            .replace("OTHER"_L1, QString(64, u'7'));
         QProcess process;
+        if (!output.isEmpty())
+            process.setStandardOutputFile(output);
         process.start(QStringLiteral(MORVANE_PROOF), words.split(u' ', Qt::SkipEmptyParts));
+        process.write(input);
+        process.closeWriteChannel();
         EXPECT_TRUE(process.waitForFinished(60000));
         return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
     }
 
     // With the test authority's pins, at a date when its certificates are valid; a later --at counts.
-    Outcome runPinned(const QString &words) const
+    Outcome runPinned(const QString &words, const QString &output = {}) const
     {
         const EvidencePins &pins = scenario.pins;
         const QString options =
             u"--at 2026-09-01T12:00Z --pin intel-root=%1 --pin quoting-enclave=%2 --pin nvidia-root=%3 "_s;
         return run(
             options.arg(pins.intelRootSHA256, pins.quotingEnclaveSigner.toUpper(), pins.nvidiaRootSHA256) +
-            words);
+                words,
+            output);
+    }
+
+    // As a list holds them, and as a server logs them, in which "host" is of another register.
+    void writeBootEvents()
+    {
+        QJsonArray events = scenario.signedList()["entries"_L1][0]["bootEvents"_L1].toArray();
+        write(u"events"_s, QJsonDocument(events).toJson());
+        QJsonArray log{QJsonObject{{u"imr"_s, 0}, {u"event_type"_s, 1}, {u"event"_s, u"host"_s}}};
+        for (const QJsonValue &event : events) {
+            const QString name = event["name"_L1].toString();
+            QString payload = event["payload"_L1].toString();
+            if (name == "compose-hash"_L1)
+                payload = Hex::encode(composeHash());
+            if (name == "instance-id"_L1)
+                payload = Hex::encode(scenario.instanceID);
+            log.append(QJsonObject{{u"imr"_s, 3}, {u"event"_s, name}, {u"event_payload"_s, payload}});
+        }
+        write(u"log"_s, QJsonDocument(log).toJson());
+    }
+
+    QByteArray composeHash() const
+    {
+        return QCryptographicHash::hash(scenario.configurationText.toUtf8(), QCryptographicHash::Sha256);
     }
 
     Scenario scenario;
+    QByteArray input; // what stands on standard input
 
 private:
     QTemporaryDir m_folder;
@@ -91,54 +127,72 @@ TEST_F(ProofProgramTest, EachFaultHasItsVerdict)
     write(u"document"_s, QJsonDocument(scenario.document()).toJson());
     write(u"list"_s, QJsonDocument(scenario.signedList()).toJson());
     write(u"array"_s, "[]");
+    write(u"hex"_s, scenario.quoteBytes().toHex());
+    writeBootEvents();
     scenario.gpus[1].chain[0].to = QDateTime(QDate(2025, 6, 1), QTime(0, 0), Qt::UTC);
+    scenario.gpus[0].chain[0].name = u"LS10 A01 LF"_s;
     scenario.gpus[0].onEntry = [](QJsonObject &entry) { entry["arch"_L1] = u"\u001b[2J"_s; };
     write(u"stale"_s, scenario.payload().toUtf8());
     QByteArray output;
     const auto outcome = [&](const QString &words) {
-        const Outcome result = runPinned(words);
+        const Outcome result = words.startsWith("replay"_L1) ? run(words) : runPinned(words);
+        EXPECT_TRUE(result.output.contains("What was not checked"));
         output += result.output;
         return u"%1, %2"_s.arg(result.status).arg(QString::fromStdString(result.lastLine()));
     };
     EXPECT_EQ(TestData::transcript("proof/verdicts.txt", outcome), TestData::text("proof/verdicts.txt"));
     EXPECT_FALSE(output.contains('\x1b'));
-    EXPECT_TRUE(output.contains("The list of accepted servers is empty, so no server can pass."));
-    EXPECT_TRUE(output.contains("Version 3, signed by Morvane, good until December 1, 2026"));
-}
-
-TEST_F(ProofProgramTest, ReplayPrintsTheRegister)
-{
-    const QJsonArray events = scenario.signedList()["entries"_L1][0]["bootEvents"_L1].toArray();
-    write(u"events"_s, QJsonDocument(events).toJson());
-    const QByteArray text = scenario.configurationText.toUtf8();
-    const QString hash = Hex::encode(QCryptographicHash::hash(text, QCryptographicHash::Sha256));
-    const QString replay = u"replay @events --instance-id "_s + Hex::encode(scenario.instanceID);
-    const Outcome good = run(replay + u" --compose-hash "_s + hash);
-    EXPECT_EQ(good.lastLine(), "verdict: ok");
-    EXPECT_TRUE(good.output.contains(TDXQuote::parse(scenario.quoteBytes()).report.rtmr3.toHex()));
-    EXPECT_EQ(run(replay + u" --compose-hash 00"_s).lastLine(), "verdict: bootMeasurementMismatch");
+    for (const char *words :
+         {"The list of accepted servers is empty, so no server can pass.",
+          "the list you named, signature not checked (version 3, good until 2026-12-01T00:00:00Z)",
+          "devices 0 and 1 show the same first certificate", "device 0 is a switch by its first certificate",
+          "A computation, no check"})
+        EXPECT_TRUE(output.contains(words)) << words;
 }
 
 TEST_F(ProofProgramTest, JsonForMachines)
 {
     write(u"cut"_s, scenario.quoteBytes().first(8));
+    write(u"whole"_s, scenario.quoteBytes());
     const Outcome result = runPinned(u"quote @cut --json"_s);
     const auto answer = QJsonDocument::fromJson(result.output);
     EXPECT_EQ(answer["verdict"_L1].toString(), u"tooShort(\"header tail\")"_s);
     EXPECT_EQ(answer["checks"_L1][0]["result"_L1].toString(), u"failed"_s);
     EXPECT_EQ(answer["checks"_L1][1]["result"_L1].toString(), u"notReached"_s);
+    EXPECT_TRUE(answer["notChecked"_L1][0].toString().startsWith("revocation"_L1));
     EXPECT_TRUE(result.errors.endsWith("verdict: tooShort(\"header tail\")\n"));
+    const auto fields = QJsonDocument::fromJson(runPinned(u"quote @whole --json"_s).output)["fields"_L1];
+    EXPECT_EQ(fields["FMSPC"_L1].toString(), u"b0c06f000000"_s);
+    EXPECT_EQ(fields["QE ISVSVN"_L1].toString(), u"8224"_s);
+    EXPECT_EQ(fields["mrseam"_L1].toString() + fields["mrsignerseam"_L1].toString(), u"12"_s.repeated(96));
+    EXPECT_EQ(fields["seamattributes"_L1].toString(), u"12"_s.repeated(8));
 }
 
 TEST_F(ProofProgramTest, WhatCannotBeCheckedIsSaid)
 {
     write(u"quote"_s, scenario.quoteBytes());
+    write(u"hex"_s, scenario.quoteBytes().toHex());
+    write(u"payload"_s, scenario.payload().toUtf8());
+    write(u"document"_s, QJsonDocument(scenario.document()).toJson());
+    write(u"empty"_s, {});
+    writeBootEvents();
     for (const QString words : TestData::lines("proof/not_checked.txt")) {
         const Outcome result = run(words);
         EXPECT_EQ(result.status, 2) << words.toStdString();
-        EXPECT_TRUE(result.lastLine().starts_with("verdict: notChecked(\"")) << result.lastLine();
+        const auto answer = QJsonDocument::fromJson(run(words + u" --json"_s).output);
+        const QString verdict = answer["verdict"_L1].toString();
+        EXPECT_TRUE(verdict.startsWith("notChecked(\""_L1)) << words.toStdString();
+        if (!words.contains("--"_L1)) {
+            EXPECT_EQ(result.lastLine(), "verdict: " + verdict.toStdString());
+        }
     }
+    EXPECT_TRUE(run(u"quote @hex"_s).output.contains("which --hex reads"));
+    input = QByteArray(200000, ' ') + scenario.payload().toUtf8(); // more than a pipe holds
+    EXPECT_EQ(runPinned(u"gpu - --nonce NONCE"_s).status, 0);
+    EXPECT_EQ(runPinned(u"quote @quote"_s).status, 0);
+    EXPECT_EQ(runPinned(u"quote @quote"_s, u"/dev/full"_s).status, 2);
     EXPECT_TRUE(run(u"--help"_s).output.contains("morvane-proof quote FILE"));
+    EXPECT_EQ(run(u"--version"_s).output, "morvane-proof " MORVANE_VERSION "\n");
 }
 
 } // namespace morvane
