@@ -11,7 +11,11 @@ namespace {
 // checked.
 AddressRule ruleOf(EgressFeature feature)
 {
-    return feature == EgressFeature::webPage ? AddressRule(PublicAddress::isPublic) : AddressRule();
+    if (feature != EgressFeature::webPage)
+        return {};
+    return [](const QByteArray &bytes) {
+        return PublicAddress::isPublic(bytes, PrivateNetworkAddress::machineSubnets());
+    };
 }
 
 } // namespace

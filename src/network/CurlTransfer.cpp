@@ -300,6 +300,9 @@ std::optional<TransportError> CurlTransfer::errorOf(CURLcode result) const
     // libcurl reports a single line beyond its own bound as a lack of memory.
     if (m_headerTooLarge || (result == CURLE_OUT_OF_MEMORY && !m_headIsOver))
         return TransportError(Code::ResponseTooLarge, u"The response's header is too large."_s);
+    // What a body unpacks to while nobody takes it is kept up to a bound, and reported in the same way.
+    if (result == CURLE_OUT_OF_MEMORY)
+        return TransportError(Code::ResponseTooLarge, u"The response unpacks to too much."_s);
     if (isBlocked())
         return TransportError(Code::Blocked,
                               EgressGate::refusal(u"its host leads to an address that it may not reach"_s));

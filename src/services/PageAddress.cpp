@@ -57,20 +57,20 @@ QString PageAddress::host(const QUrl &url)
     return PrivateNetworkAddress::normalisedHost(EgressGate::hostOf(url));
 }
 
-bool PageAddress::isPrivate(const QString &host)
+bool PageAddress::isPrivate(const QString &host, const Subnets &machines)
 {
     static constexpr std::array localEndings{".local"_L1, ".internal"_L1, ".localhost"_L1, ".home.arpa"_L1};
-    return host == "localhost"_L1 || !host.contains(u'.') || isPrivateLiteral(host) ||
+    return host == "localhost"_L1 || !host.contains(u'.') || isPrivateLiteral(host, machines) ||
            std::any_of(localEndings.begin(), localEndings.end(),
                        [&](QLatin1StringView ending) { return host.endsWith(ending); });
 }
 
-bool PageAddress::isPrivateLiteral(const QString &text)
+bool PageAddress::isPrivateLiteral(const QString &text, const Subnets &machines)
 {
     auto bytes = dottedDecimal(text);
     if (!bytes)
         bytes = PrivateNetworkAddress::addressBytes(text);
-    return bytes && !PublicAddress::isPublic(*bytes);
+    return bytes && !PublicAddress::isPublic(*bytes, machines);
 }
 
 } // namespace morvane

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "network/PrivateNetworkAddress.h"
+
 #include <QString>
 #include <QUrl>
 
@@ -11,6 +13,8 @@ namespace morvane {
 // come from the local network even though the gate would let it. Pure.
 namespace PageAddress {
 
+using Subnets = std::vector<PrivateNetworkAddress::Subnet>;
+
 // Throws WebAccessError for a text that is no https address with a host.
 [[nodiscard]] QUrl parsed(const QString &text);
 
@@ -18,10 +22,11 @@ namespace PageAddress {
 [[nodiscard]] QString host(const QUrl &url);
 
 // By the text of the host alone: a local name, one without a dot, or a private literal.
-[[nodiscard]] bool isPrivate(const QString &host);
+[[nodiscard]] bool isPrivate(const QString &host, const Subnets &machines);
 
-// A numeric address that is not public. Four decimal numbers count as one also with leading zeros.
-[[nodiscard]] bool isPrivateLiteral(const QString &text);
+// A numeric address that is not public, or in one of the machine's own subnets. Four decimal numbers count
+// as one also with leading zeros.
+[[nodiscard]] bool isPrivateLiteral(const QString &text, const Subnets &machines);
 
 } // namespace PageAddress
 

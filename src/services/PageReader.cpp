@@ -79,10 +79,11 @@ Plain reasonOf(const TransportError &error)
 
 } // namespace
 
-PageReader::PageReader(std::shared_ptr<HttpSession> session, HostLookup hosts, Work &work)
+PageReader::PageReader(std::shared_ptr<HttpSession> session, HostLookup hosts, Work &work, Subnets subnets)
     : m_session(std::move(session))
     , m_hosts(std::move(hosts))
     , m_work(&work)
+    , m_subnets(subnets)
 {}
 
 QCoro::Task<Page> PageReader::read(QString url, qsizetype limit, std::stop_token stop) const
@@ -145,11 +146,14 @@ QCoro::Task<bool> PageReader::mayFollow(PageReader self, QUrl target, std::stop_
 // A name that leads nowhere counts as private, so it is never fetched.
 QCoro::Task<bool> PageReader::isPrivate(PageReader self, QString host, std::stop_token stop)
 {
-    if (PageAddress::isPrivate(host))
+    const PageAddress::Subnets machines = self.m_subnets();
+    if (PageAddress::isPrivate(host, machines))
         co_return true;
     const QStringList addresses = co_await self.m_hosts.addresses(host, stop);
-    co_return addresses.isEmpty() ||
-        std::any_of(addresses.begin(), addresses.end(), PageAddress::isPrivateLiteral);
+    const auto isNear = [&machines](const QString &address) {
+        return PageAddress::isPrivateLiteral(address, machines);
+    };
+    co_return addresses.isEmpty() || std::any_of(addresses.begin(), addresses.end(), isNear);
 }
 
 } // namespace morvane

@@ -2,6 +2,7 @@
 
 #include "network/HostLookup.h"
 #include "network/HttpSession.h"
+#include "network/PrivateNetworkAddress.h"
 #include "services/WebAccessing.h"
 
 namespace morvane {
@@ -12,8 +13,11 @@ class Work;
 // the addresses that its name leads to. GUI thread; resolving and extracting run beside it.
 class PageReader {
 public:
-    // `work` outlives the reader's tasks.
-    PageReader(std::shared_ptr<HttpSession> session, HostLookup hosts, Work &work);
+    using Subnets = std::vector<PrivateNetworkAddress::Subnet> (*)();
+
+    // `work` outlives the reader's tasks. `subnets` are those of this machine, asked for each host.
+    PageReader(std::shared_ptr<HttpSession> session, HostLookup hosts, Work &work,
+               Subnets subnets = PrivateNetworkAddress::machineSubnets);
 
     // Throws WebAccessError. A redirect that leads off https or to a private host is not followed; the
     // redirect itself is then the page that failed.
@@ -31,6 +35,7 @@ private:
     std::shared_ptr<HttpSession> m_session;
     HostLookup m_hosts;
     Work *m_work;
+    Subnets m_subnets;
 };
 
 } // namespace morvane

@@ -21,18 +21,20 @@ TEST(HostJudgementTest, TakesEachHostForWhatTheTableSays)
                                                {HostClass::localNetwork, u"network"_s},
                                                {HostClass::ownService, u"own"_s},
                                                {HostClass::thirdParty, u"third"_s}};
+    const std::vector<Subnet> own{{*PrivateNetworkAddress::addressBytes(u"20.1.2.3"_s), 24},
+                                  {*PrivateNetworkAddress::addressBytes(u"2a00:1:2:3::4"_s), 64}};
     const auto outcome = [&](const QByteArray &line) {
         const QString host = line == "-" ? QString() : QUrl::fromPercentEncoding(line);
         const auto isPrivate = PrivateNetworkAddress::isPrivateLiteral(host);
         const auto bytes = PrivateNetworkAddress::addressBytes(host);
         return QStringList{classes.at(PrivateNetworkAddress::classify(host)),
                            isPrivate ? (*isPrivate ? u"private"_s : u"public"_s) : u"name"_s,
-                           bytes ? (PublicAddress::isPublic(*bytes) ? u"yes"_s : u"no"_s) : u"-"_s}
+                           bytes ? (PublicAddress::isPublic(*bytes, own) ? u"yes"_s : u"no"_s) : u"-"_s}
             .join(u' ');
     };
     EXPECT_EQ(TestData::transcript("network/hosts.txt", outcome), TestData::text("network/hosts.txt"));
-    EXPECT_FALSE(PublicAddress::isPublic({}));
-    EXPECT_FALSE(PublicAddress::isPublic(QByteArray(5, '\x20')));
+    EXPECT_FALSE(PublicAddress::isPublic({}, {}));
+    EXPECT_FALSE(PublicAddress::isPublic(QByteArray(5, '\x20'), {}));
 }
 
 TEST(HostJudgementTest, ComparesWholeBytesAndThenTheRestOfAPrefix)

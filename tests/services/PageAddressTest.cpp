@@ -15,7 +15,7 @@ QString judged(const QString &text)
 {
     try {
         const QString host = PageAddress::host(PageAddress::parsed(text));
-        return (PageAddress::isPrivate(host) ? u"private "_s : u"public "_s) + host;
+        return (PageAddress::isPrivate(host, {}) ? u"private "_s : u"public "_s) + host;
     } catch (const WebAccessError &error) {
         return error.userMessage();
     }
@@ -30,10 +30,10 @@ TEST(PageAddressTest, TakesHttpsOnlyAndKnowsPrivateHostsByTheirText)
     EXPECT_EQ(judged(u"https://example.org/"_s + QString(1981, u'x')),
               u"That doesn't look like a web address."_s);
 
-    EXPECT_TRUE(PageAddress::isPrivateLiteral(u"010.0.0.1"_s)); // ten, by its text
-    EXPECT_TRUE(PageAddress::isPrivateLiteral(u"fe80::1%eth0"_s));
-    EXPECT_FALSE(PageAddress::isPrivateLiteral(u"10.0.0"_s));
-    EXPECT_FALSE(PageAddress::isPrivateLiteral(u"10.0.0.256"_s));
+    EXPECT_TRUE(PageAddress::isPrivateLiteral(u"010.0.0.1"_s, {})); // ten, by its text
+    EXPECT_TRUE(PageAddress::isPrivateLiteral(u"fe80::1%eth0"_s, {}));
+    EXPECT_FALSE(PageAddress::isPrivateLiteral(u"10.0.0"_s, {}));
+    EXPECT_FALSE(PageAddress::isPrivateLiteral(u"10.0.0.256"_s, {}));
 }
 
 } // namespace

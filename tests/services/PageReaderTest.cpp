@@ -1,3 +1,5 @@
+#include "services/PageReader.h"
+#include "services/PageAddress.h"
 #include "services/WebServiceFixture.h"
 #include "support/RoutedSession.h"
 
@@ -109,6 +111,12 @@ TEST_F(PageReaderTest, SendsNothingToAnAddressThatMayNotBeRead)
     };
     for (const auto &[url, error] : cases)
         EXPECT_EQ(errorOfPage(url), WebAccessError::Case(error)) << url.toStdString();
+    const PageReader onThatNetwork(
+        session, HostLookup(work, [](const QString &) { return QStringList{u"93.184.215.14"_s}; }), work, [] {
+            return PageAddress::Subnets{{QByteArray::fromHex("5db8d701"), 24}};
+        });
+    EXPECT_EQ(errorOf(onThatNetwork.read(u"https://next-door.example/"_s, 100, {})),
+              WebAccessError::Case(Plain::privateAddress));
     EXPECT_TRUE(session->asked().empty());
     EXPECT_EQ(lookups, 5);
 }
@@ -165,6 +173,10 @@ TEST_F(PageReaderTest, SaysWhyAResponseIsNoPage)
         {"unpacks to too much",
          ScriptedServer::response("200 OK", gzip(QByteArray(pageLimit + 1, 'x')),
                                   "Content-Encoding: gzip\r\n"),
+         Plain::pageTooLarge},
+        {"packed twice, to more than anyone waits for",
+         ScriptedServer::response("200 OK", gzip(gzip(QByteArray(80'000'000, 'x'))),
+                                  "Content-Encoding: gzip, gzip\r\n"),
          Plain::pageTooLarge},
         {"broken off", "HTTP/1.1 200 OK\r\nContent-Length: 500\r\n\r\n" + prose, Plain::offline},
         {"no HTTP", "hello\r\n", Plain::offline},
