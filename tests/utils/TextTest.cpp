@@ -42,7 +42,7 @@ TEST(TextTest, FindsTheSameBoundariesInALongText)
                  {accented, 100},
                  {family, 100},
                  {u"\U0001F1E9\U0001F1EA"_s, 100},
-                 {u"e"_s + QString(1000, QChar(0x301)), 3}};
+                 {u"e"_s + QString(19, QChar(0x301)), 30}};
     for (const auto &[character, count] : cases) {
         for (int shift = 0; shift < 9; ++shift) {
             const QString head = u"é"_s.repeated(shift);
@@ -54,6 +54,14 @@ TEST(TextTest, FindsTheSameBoundariesInALongText)
     }
     EXPECT_TRUE(Text::hasAtLeast(u"", 0));
     EXPECT_FALSE(Text::hasAtLeast(u"", 1));
+}
+
+TEST(TextTest, EndlessMarksCountAsCharactersOfTheirOwn)
+{
+    const QString piled = u"e"_s + QString(50, QChar(0x301)) + u"\U000E0101"_s.repeated(20);
+    EXPECT_EQ(Text::characterCount(piled + u"z"_s), 6);
+    EXPECT_EQ(Text::prefix(piled, 3), piled.first(59)); // no half of a pair
+    EXPECT_EQ(Text::droppingLast(piled + u"z"_s, 4), piled.first(40));
 }
 
 TEST(TextTest, TrimsByItsOwnRules)

@@ -15,14 +15,49 @@ bool isPlainAscii(QStringView text)
     return std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80 && c != u'\r'; });
 }
 
+// Walks from one end of a character to the next.
+class Characters {
+public:
+    explicit Characters(QStringView text)
+        : m_text(text)
+        , m_finder(QTextBoundaryFinder::Grapheme, text.data(), text.size())
+    {}
+
+    // Where the next one ends, or -1 behind the last.
+    qsizetype next()
+    {
+        if (m_at == m_text.size())
+            return -1;
+        if (m_at == m_clusterEnd) {
+            const qsizetype end = m_finder.toNextBoundary();
+            m_clusterEnd = end < 0 ? m_text.size() : end;
+        }
+        m_at = pieceEnd();
+        return m_at;
+    }
+
+private:
+    [[nodiscard]] qsizetype pieceEnd() const
+    {
+        if (m_clusterEnd - m_at <= Text::longestCharacter)
+            return m_clusterEnd;
+        const qsizetype end = m_at + Text::longestCharacter;
+        return m_text[end - 1].isHighSurrogate() ? end - 1 : end;
+    }
+
+    QStringView m_text;
+    QTextBoundaryFinder m_finder;
+    qsizetype m_at = 0;
+    qsizetype m_clusterEnd = 0;
+};
+
 qsizetype boundaryAfter(QStringView text, qsizetype count)
 {
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
-    for (qsizetype seen = 0; seen < count; ++seen) {
-        if (finder.toNextBoundary() < 0)
-            return text.size();
-    }
-    return finder.position();
+    Characters characters(text);
+    qsizetype end = 0;
+    for (qsizetype seen = 0; seen < count && end >= 0; ++seen)
+        end = characters.next();
+    return end < 0 ? text.size() : end;
 }
 
 // UTF-16 offset of the boundary behind the first `count` characters.
@@ -63,9 +98,9 @@ qsizetype Text::characterCount(QStringView text)
 {
     if (isPlainAscii(text))
         return text.size();
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
+    Characters characters(text);
     qsizetype count = 0;
-    while (finder.toNextBoundary() >= 0)
+    while (characters.next() >= 0)
         ++count;
     return count;
 }
@@ -82,17 +117,7 @@ QString Text::prefix(QStringView text, qsizetype count)
 
 QString Text::droppingLast(QStringView text, qsizetype count)
 {
-    if (count <= 0)
-        return text.toString();
-    if (isPlainAscii(text))
-        return text.first(std::max<qsizetype>(0, text.size() - count)).toString();
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text.data(), text.size());
-    finder.toEnd();
-    for (qsizetype dropped = 0; dropped < count; ++dropped) {
-        if (finder.toPreviousBoundary() < 0)
-            return {};
-    }
-    return text.first(finder.position()).toString();
+    return count <= 0 ? text.toString() : prefix(text, characterCount(text) - count);
 }
 
 QString Text::trimmed(QStringView text)

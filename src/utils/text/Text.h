@@ -7,11 +7,15 @@
 
 namespace morvane {
 
-// Text measured in characters as people see them: extended grapheme clusters (Unicode UAX #29).
+// Text measured in characters as people see them: extended grapheme clusters (Unicode UAX #29). A cluster may
+// have any number of marks, so one that is longer than `longestCharacter` counts as several, and a limit in
+// characters is one in bytes as well.
 //
 // "Whitespace and newlines" is the Unicode categories Z*, U+0009 to U+000D and U+0085. "Blanks" are spaces
 // and tabs only.
 namespace Text {
+
+inline constexpr qsizetype longestCharacter = 20; // UTF-16 units; the longest emoji have 19
 
 [[nodiscard]] qsizetype characterCount(QStringView text);
 
