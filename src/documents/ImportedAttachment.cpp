@@ -22,7 +22,7 @@ QString sourceName(const ImportedAttachment &attachment)
 QString ImportedAttachment::context() const
 {
     if (imageData)
-        return u"The user attached an image (“"_s + filename +
+        return u"The user attached an image (“"_s + UntrustedContent::name(filename) +
                u"”). It is included with this message — look at it directly."_s;
     const QString truncation = wasTruncated ? u"\n[truncated to fit size limits]"_s : QString();
     return UntrustedContent::wrap(text + truncation, sourceName(*this));

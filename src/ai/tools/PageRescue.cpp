@@ -41,7 +41,7 @@ QCoro::Task<ToolOutcome> PageRescue::outcome(QString problem, std::optional<QStr
         if (!results.empty()) {
             turn->webContentConsumed = turn->outsideContentInContext = true;
             const QString list = SearchListing::of(results, SearchListing::Images::leftOut);
-            co_return ToolFailure::because(problem + u" I searched \""_s + *query +
+            co_return ToolFailure::because(problem + u" I searched \""_s + UntrustedContent::name(*query) +
                                            u"\" automatically instead. Use these results (and more "
                                            u"search_web calls if needed) to answer; "
                                            "do not ask the user to paste the page.\n"_s +

@@ -82,7 +82,8 @@ QCoro::Task<ToolOutcome> readWebPage(ToolArguments arguments, Turn turn, WebAcce
     const auto address = arguments.text("url"_L1);
     if (!address)
         co_return ToolFailure::because(u"A url is required."_s);
-    const WebAccessing::Page page = co_await web->readPage(*address, longestPage, stop);
+    const QString spelling = turn->spellingOf(*address);
+    const WebAccessing::Page page = co_await web->readPage(spelling, longestPage, stop);
     turn->webContentConsumed = turn->outsideContentInContext = true;
     const auto url = WebAddress::parse(*address);
     co_return ToolOutcome{

@@ -30,10 +30,19 @@ void TurnContext::note(const QUrl &url)
         knownHosts.insert(host);
 }
 
+QString TurnContext::spellingOf(const QString &address) const
+{
+    const auto url = WebAddress::parse(address);
+    const auto typed = url ? m_typed.find(WebAddress::normalised(*url)) : m_typed.end();
+    return typed == m_typed.end() ? address : typed->second;
+}
+
 void TurnContext::noteLinks(const QString &text)
 {
-    for (const LinkDetector::Link &link : LinkDetector::find(text))
+    for (const LinkDetector::Link &link : LinkDetector::find(text)) {
         note(link.url);
+        m_typed.emplace(WebAddress::normalised(link.url), link.url.toString(QUrl::FullyEncoded));
+    }
 }
 
 // Judged by the marker as text, so a message that merely quotes it counts as well.

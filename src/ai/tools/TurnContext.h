@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <map>
 #include <memory>
 #include <set>
 #include <vector>
@@ -35,6 +36,10 @@ struct TurnContext {
     bool unattended = true; // nobody can answer an approval
     std::optional<QString> chatID;
     bool memoryAllowed = false;
+    // An address that counts as typed, as the person typed it; any other as it is. Servers tell letters apart
+    // that normalising takes for the same, and a model's choice of them could carry something out.
+    [[nodiscard]] QString spellingOf(const QString &address) const;
+
     std::set<QString> knownURLs;  // normalised; typed by the person or found by a search
     std::set<QString> knownHosts; // of the same
     std::set<QString> typedURLs;
@@ -46,6 +51,8 @@ struct TurnContext {
     std::set<QString> approvedOnce;       // names of tools
 
 private:
+    std::map<QString, QString> m_typed; // spellings by normalised address
+
     void noteLinks(const QString &text);
     void mark(const std::vector<AIMessage> &messages);
 };

@@ -10,8 +10,12 @@ namespace UntrustedContent {
 // The line start that tells marked content apart, also inside a message.
 inline constexpr QStringView beginMarker = u"--- BEGIN UNTRUSTED CONTENT (";
 
-// Wraps `body` between a begin and an end line that share a random id. The body cannot forge an end line:
-// the marker's words in it are defused in any letter case.
+// A name that came from outside, such as a file's, fit to stand in a line of our own: one line of what can be
+// seen, not long, and without the marker's words and dashes.
+[[nodiscard]] QString name(const QString &text);
+
+// Wraps `body` between a begin and an end line that share a random id. Neither the body nor the name of its
+// source can forge an end line: the marker's words in them are defused in any letter case.
 [[nodiscard]] QString wrap(const QString &body, const QString &source);
 
 } // namespace UntrustedContent

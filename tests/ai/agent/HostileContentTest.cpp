@@ -121,6 +121,9 @@ TEST_F(HostileContentTest, NothingHappensThatThePersonWasNotAskedAbout)
     ASSERT_GE(contents.size(), 35);
     const auto notes = memory.facts();
     for (const QString &content : contents) {
+        const QString named = UntrustedContent::wrap(u"harmless"_s, u"the document “"_s + content + u"”"_s);
+        expectFramed(named, content.left(80).toStdString() + " as a name");
+        EXPECT_EQ(named.count(u") ---\n"_s), 2);
         for (const Carrier &carrier : carriers) {
             const std::string where = content.left(80).toStdString() + " in " + carrier.name;
             const PlayedRun run = play(carrier, content);
