@@ -14,7 +14,6 @@
 #include <QThread>
 
 #include <algorithm>
-#include <cerrno>
 
 namespace morvane {
 
@@ -66,6 +65,12 @@ bool MemoryStore::loadFailed() const
 {
     assertThread();
     return m_loadFailed;
+}
+
+bool MemoryStore::isUnreadable() const
+{
+    assertThread();
+    return m_loadFailed || m_fileUnread;
 }
 
 bool MemoryStore::isEnabled() const
@@ -126,7 +131,7 @@ std::optional<QString> MemoryStore::record(const QString &text)
 {
     assertThread();
     const QString stored = NoteText::stored(text);
-    if (stored.isEmpty())
+    if (stored.isEmpty() || isUnreadable())
         return std::nullopt;
     const QString form = NoteText::normalized(stored);
     const auto same = std::ranges::find_if(
@@ -233,9 +238,10 @@ void MemoryStore::update(const QUuid &factID, const QString &text)
     assertThread();
     const auto fact = find(factID);
     const QString stored = NoteText::stored(text);
-    if (fact == m_facts.end() || stored.isEmpty())
+    if (fact == m_facts.end() || stored.isEmpty() || stored == fact->text)
         return;
     fact->text = stored;
+    removeReceiptsOf(fact->id);
     factsWereChanged();
 }
 
@@ -244,8 +250,7 @@ void MemoryStore::clear()
     assertThread();
     m_facts.clear();
     m_receipts.clear();
-    m_fileUnread = false;
-    setLoadFailed(false);
+    setReadability(false, false);
     Q_EMIT receiptsChanged();
     factsWereChanged();
     Log::info(category, "Memory: cleared at user request"_L1);
@@ -264,24 +269,25 @@ void MemoryStore::load()
     if (m_directory.isEmpty())
         return;
     std::optional<QByteArray> contents;
-    m_fileUnread = false;
+    bool fileUnread = false;
     try {
         contents = PrivateFile::read(path(), MemoryFile::maxBytes);
     } catch (const FileError &) {
-        m_fileUnread = true;
+        fileUnread = true;
     }
     if (!contents) {
+        setReadability(m_loadFailed, fileUnread);
         setFacts({});
         return;
     }
     const auto plain = m_vault.open(*contents);
     if (!plain) {
-        setLoadFailed(true);
+        setReadability(true, false);
         Log::error(category, "Memory: the notes file is sealed with a key this Mac no longer has"_L1);
         return;
     }
     setFacts(MemoryFile::notes(*plain).value_or(QStringList()));
-    setLoadFailed(false);
+    setReadability(false, false);
 }
 
 void MemoryStore::readAnew()
@@ -312,12 +318,13 @@ void MemoryStore::setFacts(const QStringList &notes)
     Q_EMIT factsChanged();
 }
 
-void MemoryStore::setLoadFailed(bool failed)
+void MemoryStore::setReadability(bool loadFailed, bool fileUnread)
 {
-    if (m_loadFailed == failed)
+    if (m_loadFailed == loadFailed && m_fileUnread == fileUnread)
         return;
-    m_loadFailed = failed;
-    Q_EMIT loadFailedChanged();
+    m_loadFailed = loadFailed;
+    m_fileUnread = fileUnread;
+    Q_EMIT readabilityChanged();
 }
 
 void MemoryStore::factsWereChanged()
@@ -329,14 +336,12 @@ void MemoryStore::factsWereChanged()
 // A file whose notes were never read is not replaced: they may yet be readable another time.
 void MemoryStore::write() const
 {
-    if (m_directory.isEmpty() || m_loadFailed)
+    if (m_directory.isEmpty() || isUnreadable())
         return;
     QStringList notes;
     for (const Fact &fact : m_facts)
         notes.append(fact.text);
     try {
-        if (m_fileUnread)
-            throw FileError(FileError::Operation::Read, EACCES);
         m_vault.writeSealed(MemoryFile::compose(notes), path());
     } catch (const std::exception &error) {
         Log::error(category, "Memory: could not write the notes file: %s"_L1, {error.what()});

@@ -70,12 +70,17 @@ public:
     // until it opens or is cleared.
     [[nodiscard]] bool loadFailed() const;
 
+    // What the file holds is not known: loadFailed(), or the system won't let it be read. Nothing is kept
+    // then until it can be read or is cleared.
+    [[nodiscard]] bool isUnreadable() const;
+
     [[nodiscard]] bool isEnabled() const;
 
     // The notes for a system prompt, newest first, as many as its budget takes. Nothing while switched off.
     [[nodiscard]] std::optional<QString> promptBlock() const;
 
-    // Nothing for an empty text. A note with the same words takes the new spelling.
+    // Nothing for an empty text, and while the file is unreadable. A note with the same words takes the new
+    // spelling.
     std::optional<Receipt> remember(const QString &text, const QString &chat = {});
     std::optional<QString> record(const QString &text); // the text as it is stored
 
@@ -87,7 +92,9 @@ public:
     void undo(const QUuid &receiptID);
     void dismiss(const QUuid &receiptID);
     void remove(const QUuid &factID);
-    void update(const QUuid &factID, const QString &text); // an empty text changes nothing
+    // The person's own words: an undo of what stood there before is no longer offered. An empty text changes
+    // nothing.
+    void update(const QUuid &factID, const QString &text);
 
     // Removes every note. The one way out of a file whose key is gone.
     void clear();
@@ -101,7 +108,7 @@ public:
 Q_SIGNALS:
     void factsChanged();
     void receiptsChanged();
-    void loadFailedChanged();
+    void readabilityChanged(); // loadFailed() or isUnreadable()
 
 private:
     using FactIterator = std::vector<Fact>::iterator;
@@ -111,7 +118,7 @@ private:
     void bringBack(const std::vector<Forgotten> &forgotten);
     void removeReceiptsOf(const QUuid &factID);
     void setFacts(const QStringList &notes);
-    void setLoadFailed(bool failed);
+    void setReadability(bool loadFailed, bool fileUnread);
     void factsWereChanged(); // writes and tells
     void write() const;
     [[nodiscard]] QString path() const;

@@ -5,6 +5,7 @@
 #include "persistence/SettingsStore.h"
 #include "services/WebAccessError.h"
 #include "support/ScriptedServer.h"
+#include "utils/files/PrivateFile.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/settings/AISettingsViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
@@ -207,6 +208,13 @@ TEST_F(SettingsWindowTest, WhatALostKeyClosesSaysSoAndClearingIsTheWayOut)
     confirm(u"clearMemory"_s);
     EXPECT_FALSE(m_app->assistant().memory->loadFailed());
     EXPECT_EQ(control(u"memoryProblem"_s), nullptr);
+
+    const QString notes = MemoryStore::defaultDirectory(SupportFolders::inProfile(m_profile.path()));
+    PrivateFile::write(notes + u"/memory.md"_s, QByteArray((16 << 20) + 1, 'x'));
+    start();
+    SetUp();
+    turnTo(u"memory"_s);
+    EXPECT_TRUE(accessibleName(control(u"memoryProblem"_s)).contains(u"can't be read"_s));
 }
 
 TEST_F(SettingsWindowTest, AppearanceFollowsItsChoices)
@@ -322,6 +330,12 @@ TEST_F(SettingsWindowTest, ANoteIsEditedInPlaceAndDeleted)
         pressKey(key);
         EXPECT_EQ(memory.facts().back().text, u"Likes rooibos."_s);
     }
+    // Looked at and left, a note stays as it is, however long.
+    memory.update(memory.facts().back().id, u"👨‍👩‍👧"_s.repeated(200));
+    const QString family = memory.facts().back().text;
+    click(control(u"editNote"_s));
+    pressKey(Qt::Key_Return);
+    EXPECT_EQ(memory.facts().back().text, family);
     click(control(u"removeNote"_s));
     ASSERT_EQ(memory.facts().size(), 1U);
     EXPECT_EQ(memory.facts().front().text, u"Lives in Oslo."_s);

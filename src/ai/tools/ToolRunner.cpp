@@ -27,11 +27,19 @@ constexpr double usualDuration = 30;    // minutes
 // About three thousand years on either side. A moment further away is none that a calendar could hold.
 constexpr double furthestMoment = 1e11; // seconds
 
+QString unreadableNotes()
+{
+    return u"The notes can't be read at the moment, so nothing was saved or forgotten. Tell the user; "
+           "Settings → Memory says why."_s;
+}
+
 ToolOutcome remember(const ToolArguments &arguments, MemoryStore &memory, const TurnContext &turn)
 {
     const auto fact = arguments.text("fact"_L1);
     if (!fact)
         return ToolFailure::because(u"A fact is required."_s);
+    if (memory.isUnreadable())
+        return ToolFailure::because(unreadableNotes());
     const auto receipt = memory.remember(*fact, turn.chatID.value_or(QString()));
     if (!receipt)
         return ToolFailure::because(u"That was empty; nothing was saved."_s);
@@ -43,6 +51,8 @@ ToolOutcome forget(const ToolArguments &arguments, MemoryStore &memory, const Tu
     const auto about = arguments.text("about"_L1);
     if (!about)
         return ToolFailure::because(u"Say what to forget."_s);
+    if (memory.isUnreadable())
+        return ToolFailure::because(unreadableNotes());
     QStringList notes;
     for (const MemoryStore::Fact &fact : memory.matching(*about))
         notes.append(fact.text);

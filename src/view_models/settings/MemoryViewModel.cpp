@@ -15,15 +15,18 @@ MemoryViewModel::MemoryViewModel(MemoryStore &memory, QObject *parent)
     , m_facts(memory.facts())
 {
     connect(&memory, &MemoryStore::factsChanged, this, &MemoryViewModel::refresh);
-    connect(&memory, &MemoryStore::loadFailedChanged, this, &MemoryViewModel::problemChanged);
+    connect(&memory, &MemoryStore::readabilityChanged, this, &MemoryViewModel::problemChanged);
 }
 
 QString MemoryViewModel::problem() const
 {
-    return m_memory.loadFailed()
-               ? u"Your notes are sealed with a key this %1 no longer has. Clear them to start over."_s.arg(
-                     DesktopWords::here().device)
-               : QString();
+    if (m_memory.loadFailed())
+        return u"Your notes are sealed with a key this %1 no longer has. Clear them to start over."_s.arg(
+            DesktopWords::here().device);
+    if (m_memory.isUnreadable())
+        return u"The file with your notes can't be read, so no note is used or saved. Quit and open the app "
+               "again once it can be, or clear the notes to start over."_s;
+    return {};
 }
 
 // Where the same notes stand in the same order only their words are drawn anew, so an edit keeps its place.

@@ -9,12 +9,14 @@ RowLayout {
     required property string factId
     required property string note
     property bool editing: false
+    property string begun // what the field held before anything was typed
 
     signal edited(string text)
     signal removalChosen()
 
     function begin() {
         field.text = root.note;
+        root.begun = field.text;
         root.editing = true;
         field.forceActiveFocus();
     }
@@ -22,7 +24,7 @@ RowLayout {
         if (!root.editing)
             return;
         root.editing = false;
-        if (text.trim().length > 0 && text !== root.note)
+        if (text.trim().length > 0 && text !== root.begun)
             root.edited(text.trim());
     }
 
@@ -45,7 +47,7 @@ RowLayout {
         objectName: "noteField"
         Layout.fillWidth: true
         visible: root.editing
-        maximumLength: 240
+        maximumLength: Math.max(240, root.note.length)
         Accessible.name: qsTr("Note")
         Keys.onReturnPressed: root.end(text)
         Keys.onEnterPressed: root.end(text)

@@ -1,6 +1,8 @@
 #include "ai/tools/ToolFixture.h"
 #include "async/AsyncStream.h"
+#include "memory/MemoryFile.h"
 #include "support/LogCapture.h"
+#include "utils/files/PrivateFile.h"
 
 namespace morvane {
 
@@ -23,6 +25,18 @@ TEST_F(ToolRegistryTest, AFailureBecomesWordsForTheModel)
     open();
     EXPECT_EQ(log.lines(), QStringList({u"ai-provider: Tool open_link failed: <private>"_s,
                                         u"ai-provider: Tool open_link declined by the user"_s}));
+}
+
+TEST_F(ToolRegistryTest, NotesThatCannotBeReadAreNeitherSavedNorForgotten)
+{
+    const QTemporaryDir folder;
+    PrivateFile::write(folder.filePath(u"memory.md"_s), QByteArray(MemoryFile::maxBytes + 1, 'x'));
+    MemoryStore unreadable(settings, vault, clock, folder.path());
+    ToolRegistry overIt({settings, unreadable, *world, clock});
+    for (const auto &name : {u"remember"_s, u"forget"_s}) {
+        const auto told = TestWait::await(overIt.dispatch(usual(name), turnOf()));
+        EXPECT_TRUE(told.isError && told.content.contains(u"can't be read"_s)) << told.content.toStdString();
+    }
 }
 
 TEST_F(ToolRegistryTest, OnlyAPermissionCallsForAttention)
