@@ -58,7 +58,7 @@ QByteArray upsertSql()
 }
 
 template <typename R>
-void write(Statement &upsert, const Record &record)
+void writeRow(Statement &upsert, const Record &record)
 {
     bindRow<R>(upsert, static_cast<const R &>(record).columns());
     upsert.run();
@@ -129,8 +129,7 @@ void ObjectContext::remove(Record &record)
     }
     for (const auto &one : goes)
         letGo(*one);
-    m_removed.emplace_back(record.kind(), record.id());
-    m_removalsAreWritten = false;
+    m_removals.push_back({record.kind(), record.id()});
 }
 
 void ObjectContext::withdraw(Record &record)
@@ -151,8 +150,7 @@ void ObjectContext::removeAll(RecordKind kind)
     }
     for (const auto &one : goes)
         letGo(*one);
-    m_emptied.insert(kind);
-    m_removalsAreWritten = false;
+    m_removals.push_back({kind, std::nullopt});
 }
 
 // The record is no longer part of this context. The caller holds it.
@@ -183,7 +181,7 @@ void ObjectContext::recordReleased(const Record &record)
 
 bool ObjectContext::hasChanges() const
 {
-    return !m_unsaved.empty() || !m_removed.empty() || !m_emptied.empty();
+    return !m_unsaved.empty() || !m_removals.empty();
 }
 
 void ObjectContext::save()
@@ -201,8 +199,8 @@ void ObjectContext::save()
     for (const auto &record : m_unsaved)
         m_live.at({record->kind(), record->id()}).isUnsaved = false;
     m_unsaved.clear();
-    m_removed.clear();
-    m_emptied.clear();
+    m_removals.clear();
+    m_writtenRemovals = 0;
 }
 
 // Brings the open transaction up to date with the objects, starting one when there is something to write.
@@ -227,7 +225,7 @@ void ObjectContext::begin()
         return;
     for (const auto &record : m_unsaved)
         m_live.at({record->kind(), record->id()}).isWritten = false;
-    m_removalsAreWritten = false;
+    m_writtenRemovals = 0;
     m_database.execute("BEGIN IMMEDIATE");
 }
 
@@ -248,18 +246,22 @@ void ObjectContext::removeRows(RecordKind kind, QByteArrayView column, const QUu
         .run();
 }
 
+// Each once in a transaction: a record may have been inserted anew, and been written, since.
 void ObjectContext::writeRemovals()
 {
-    if (m_removalsAreWritten)
+    for (; m_writtenRemovals < m_removals.size(); ++m_writtenRemovals)
+        write(m_removals[m_writtenRemovals]);
+}
+
+void ObjectContext::write(const Removal &removal)
+{
+    if (!removal.id) {
+        m_database.execute(joined({"DELETE FROM ", tableOf(removal.kind)}));
         return;
-    for (const RecordKind kind : m_emptied)
-        m_database.execute(joined({"DELETE FROM ", tableOf(kind)}));
-    for (const auto &[kind, id] : m_removed) {
-        removeRows(kind, idColumn, id);
-        if (kind == RecordKind::Conversation)
-            removeRows(RecordKind::ChatMessage, ownerColumn, id);
     }
-    m_removalsAreWritten = true;
+    removeRows(removal.kind, idColumn, *removal.id);
+    if (removal.kind == RecordKind::Conversation)
+        removeRows(RecordKind::ChatMessage, ownerColumn, *removal.id);
 }
 
 void ObjectContext::writeChanges()
@@ -276,13 +278,13 @@ void ObjectContext::writeChanges()
             continue;
         switch (record->kind()) {
         case RecordKind::Conversation:
-            write<Conversation>(conversations, *record);
+            writeRow<Conversation>(conversations, *record);
             break;
         case RecordKind::ChatMessage:
-            write<ChatMessage>(messages, *record);
+            writeRow<ChatMessage>(messages, *record);
             break;
         case RecordKind::ImportedDocument:
-            write<ImportedDocument>(documents, *record);
+            writeRow<ImportedDocument>(documents, *record);
             break;
         }
         entry.isWritten = true;

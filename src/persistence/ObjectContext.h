@@ -4,7 +4,7 @@
 #include "persistence/Database.h"
 #include "persistence/RecordTables.h"
 
-#include <set>
+#include <optional>
 #include <unordered_map>
 
 namespace morvane {
@@ -88,6 +88,11 @@ private:
         }
     };
 
+    struct Removal {
+        RecordKind kind;
+        std::optional<QUuid> id; // none: every record of the kind
+    };
+
     struct Entry {
         Record *record = nullptr;
         bool isUnsaved = false; // in m_unsaved
@@ -112,6 +117,7 @@ private:
     void flush();
     void begin();
     void writeRemovals();
+    void write(const Removal &removal);
     void removeRows(RecordKind kind, QByteArrayView column, const QUuid &id);
     void writeChanges();
     void rollBack() noexcept;
@@ -120,9 +126,8 @@ private:
     std::shared_ptr<const FieldSealing> m_sealing;
     std::unordered_map<Identity, Entry, IdentityHash> m_live; // every object that was handed out and is held
     std::vector<std::shared_ptr<Record>> m_unsaved;           // in the order in which they first changed
-    std::vector<Identity> m_removed;                          // since the last save
-    std::set<RecordKind> m_emptied;                           // since the last save; before m_removed
-    bool m_removalsAreWritten = true;
+    std::vector<Removal> m_removals;                          // since the last save, in order
+    std::size_t m_writtenRemovals = 0;                        // how many of them the open transaction has
 };
 
 } // namespace morvane

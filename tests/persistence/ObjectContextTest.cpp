@@ -103,6 +103,24 @@ TEST_F(ObjectContextTest, RemovingAConversationRemovesItsMessagesAndLeavesDocume
     EXPECT_TRUE(owner->messages().empty());
 }
 
+TEST_F(ObjectContextTest, ARemovalIsNotRepeatedOverWhatWasInsertedAnew)
+{
+    const auto chat = chatOf({u"hello"_s});
+    const auto message = chat->messages().front();
+    const auto other = chatOf({});
+    context.remove(*chat);
+    context.removeAll<ImportedDocument>();
+    context.insert(std::make_shared<Conversation>(sealing, chat->columns()));
+    context.insert(std::make_shared<ChatMessage>(sealing, message->columns()));
+    context.insert(ImportedDocument::create(sealing, {.id = QUuid::createUuid(), .filename = u"f"_s}));
+    EXPECT_EQ(context.count<Conversation>(), 2); // written, not saved
+    context.remove(*other);
+    context.save();
+    EXPECT_EQ(context.count<Conversation>(), 1);
+    EXPECT_EQ(context.count<ChatMessage>(), 1);
+    EXPECT_EQ(context.count<ImportedDocument>(), 1);
+}
+
 TEST_F(ObjectContextTest, MessagesKeepTheirOrderAcrossChangesAndReloadsAndOutliveTheContext)
 {
     auto chat = chatOf({u"1"_s, u"2"_s, u"3"_s});
