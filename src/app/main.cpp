@@ -3,6 +3,7 @@
 #include "app/Launch.h"
 #include "app/RunningInstance.h"
 #include "app/TerminationSignals.h"
+#include "platform/linux/ProcessPrivacy.h"
 #include "utils/text/Product.h"
 #include <QFont>
 #include <QGuiApplication>
@@ -48,6 +49,7 @@ int run(QGuiApplication &application, const CommandLine &commandLine)
 
 int main(int argc, char **argv)
 {
+    ProcessPrivacy::keep();
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
     QQuickStyle::setStyle(u"Basic"_s);
     QGuiApplication application(argc, argv);

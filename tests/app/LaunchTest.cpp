@@ -1,6 +1,7 @@
 #include "app/Launch.h"
 
 #include "persistence/ChatStoreLocation.h"
+#include "platform/linux/ProcessPrivacy.h"
 #include "support/Await.h"
 #include "support/WindowDriver.h"
 #include "utils/files/PrivateFile.h"
@@ -10,6 +11,9 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <sys/prctl.h>
+#include <sys/resource.h>
 
 namespace morvane {
 
@@ -84,6 +88,19 @@ TEST_F(LaunchTest, ChatsWithoutTheirKeyStayClosedAndThePersonMayTryAgain)
     QFile::remove(store);
     QMetaObject::invokeMethod(waiting->property("startup").value<QObject *>(), "retry");
     EXPECT_NE(windowWith("shell"), nullptr);
+}
+
+TEST(ProcessPrivacyTest, LeavesNoCoreLetsNobodyIntoItsMemoryAndWritesNoConnectionKeys)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe"; // other threads are at work
+    const auto isKept = [] {
+        qputenv("SSLKEYLOGFILE", "keys");
+        ProcessPrivacy::keep();
+        rlimit core{1, 1};
+        ::getrlimit(RLIMIT_CORE, &core);
+        return core.rlim_max == 0 && ::prctl(PR_GET_DUMPABLE) == 0 && !qEnvironmentVariableIsSet("SSLKEYLOGFILE");
+    };
+    EXPECT_EXIT(std::exit(isKept() ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 TEST(CommandLineTest, SaysWhatTheProgramWasStartedWith)

@@ -18,6 +18,8 @@ const QString interface = u"org.freedesktop.portal.Settings"_s;
 const QString group = u"org.freedesktop.appearance"_s;
 const QString key = u"color-scheme"_s;
 constexpr uint prefersDark = 1;
+// The process can be looked at meanwhile, so not for as long as a call may take.
+constexpr int patienceMilliseconds = 3000;
 
 } // namespace
 
@@ -34,9 +36,11 @@ DesktopAppearance::DesktopAppearance(QObject *parent)
                 SLOT(settingChanged(QString, QString, QDBusVariant)));
     auto call = QDBusMessage::createMethodCall(service, path, interface, u"Read"_s);
     call.setArguments({group, key});
-    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
+    m_visible = std::make_unique<ProcessPrivacy::Pause>();
+    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, patienceMilliseconds), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();
+        m_visible.reset();
         const QDBusPendingReply<QDBusVariant> reply = *watcher;
         if (reply.isValid())
             take(reply.value().variant());

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "platform/linux/ProcessPrivacy.h"
+
 #include <QObject>
 #include <QVariant>
+
+#include <memory>
 
 class QDBusVariant;
 
@@ -26,6 +30,7 @@ private:
     void take(const QVariant &colorScheme);
 
     bool m_isDark = false;
+    std::unique_ptr<ProcessPrivacy::Pause> m_visible; // until the portal has answered, or has not
 };
 
 } // namespace morvane
