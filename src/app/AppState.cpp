@@ -15,13 +15,6 @@ namespace morvane {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-const QString decidedWhatChangedKey = u"didDecideWhatChangedNotice.v1"_s;
-const QString showWhatChangedKey = u"showWhatChangedNotice.v1"_s;
-
-} // namespace
-
 AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets,
                    Work &work, ReplyNotifying *notifications, QObject *parent)
     : QObject(parent)
@@ -30,10 +23,9 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
     , m_storage(commandLine, host, clock, secrets)
     , m_assistant(commandLine, m_storage, secrets, clock, work)
     , m_presentation(m_storage, m_assistant, secrets, clock, work, notifications)
+    , m_sealingWatch(m_storage, *m_presentation.shell, clock, work)
 {
     letThePersonApprove();
-    if (host == Host::application)
-        decideWhatChangedNotice();
     m_storage.applyRetention(clock);
 }
 
@@ -60,25 +52,13 @@ void AppState::letThePersonApprove()
     connect(m_presentation.chat.get(), &ChatViewModel::needsAttention, this, &AppState::mainWindowRequested);
 }
 
-// Who used an older build learns once what went; a first start has nothing to be told.
-// On disk at once: a program that is killed before its first chat is over must not take its person for one
-// who has been here before.
-void AppState::decideWhatChangedNotice()
-{
-    if (m_storage.defaults->boolean(decidedWhatChangedKey))
-        return;
-    m_storage.defaults->setBoolean(showWhatChangedKey, m_storage.usedBefore);
-    m_storage.defaults->setBoolean(decidedWhatChangedKey, true);
-    m_storage.defaults->flush();
-}
-
 void AppState::showWhatChangedNotice()
 {
-    if (!m_storage.defaults->boolean(showWhatChangedKey).value_or(false))
+    if (!WhatChangedNotice::isDue(*m_storage.defaults))
         return;
     m_presentation.shell->ask(WhatChangedNotice::title(), WhatChangedNotice::lines().join(u"\n\n"_s),
                               {u"Continue"_s},
-                              [this](int) { m_storage.defaults->setBoolean(showWhatChangedKey, false); });
+                              [this](int) { WhatChangedNotice::wasRead(*m_storage.defaults); });
 }
 
 void AppState::start()
@@ -95,7 +75,10 @@ void AppState::reopen()
 }
 
 // The application lock will judge the idle time here.
-void AppState::didBecomeActive() {}
+void AppState::didBecomeActive()
+{
+    m_sealingWatch.tryAgain();
+}
 
 AppState::Termination AppState::shouldTerminate()
 {

@@ -2,6 +2,7 @@
 
 #include "app/Assistant.h"
 #include "app/Presentation.h"
+#include "app/SealingWatch.h"
 #include "app/Storage.h"
 
 #include <QObject>
@@ -46,7 +47,6 @@ Q_SIGNALS:
 
 private:
     void letThePersonApprove();
-    void decideWhatChangedNotice();
     void showWhatChangedNotice();
 
     const Host m_host;
@@ -54,6 +54,7 @@ private:
     Storage m_storage;
     Assistant m_assistant;
     Presentation m_presentation;
+    SealingWatch m_sealingWatch;
     GhostKeeping *m_ghost = nullptr;
 };
 

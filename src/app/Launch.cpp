@@ -5,17 +5,20 @@
 #include "app/DemoPlayer.h"
 #include "app/MainWindowController.h"
 #include "app/StartupWindow.h"
-#include "persistence/ChatStoreLocation.h"
+#include "async/CancelledError.h"
+#include "persistence/SealedData.h"
 #include "persistence/SettingsStore.h"
 #include "platform/linux/DesktopAppearance.h"
 #include "platform/linux/DesktopNotifications.h"
 #include "platform/linux/WebBrowser.h"
 #include "security/TestHost.h"
+#include "utils/files/PrivateFile.h"
 #include "utils/text/Identifier.h"
 #include "utils/text/Product.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
 
@@ -31,9 +34,12 @@ namespace {
 // An answer within this time needs no words.
 constexpr auto silentWait = 300ms;
 
-SecretKeeping::Keyring keyringOf(const CommandLine &commandLine)
+// A trial profile must never read or change the person's own keyring.
+std::unique_ptr<SecretStoring> keyringOf(const CommandLine &commandLine)
 {
-    return commandLine.profile ? SecretKeeping::Keyring::none : SecretKeeping::Keyring::ofThePerson;
+    if (commandLine.profile)
+        return std::make_unique<AbsentKeyring>();
+    return SecretKeeping::keyringOfThePerson();
 }
 
 Host hostOfThisRun()
@@ -43,8 +49,7 @@ Host hostOfThisRun()
 
 KeyExpectation expectationOf(const SupportFolders &folders)
 {
-    return QFileInfo::exists(ChatStoreLocation::storePath(folders)) ? KeyExpectation::MustExist
-                                                                    : KeyExpectation::Unknown;
+    return SealedData::exists(folders) ? KeyExpectation::MustExist : KeyExpectation::Unknown;
 }
 
 // A practice profile starts out pointing at its server.
@@ -58,11 +63,12 @@ void usePracticeServer(SettingsStore &settings, const QString &address)
 
 } // namespace
 
-Launch::Launch(QGuiApplication &application, CommandLine commandLine, QObject *parent)
+Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::unique_ptr<SecretStoring> keyring,
+               QObject *parent)
     : QObject(parent)
     , m_application(application)
     , m_commandLine(std::move(commandLine))
-    , m_secrets(m_commandLine.folders(), keyringOf(m_commandLine), m_work)
+    , m_secrets(m_commandLine.folders(), keyring ? std::move(keyring) : keyringOf(m_commandLine), m_work)
     , m_appearance(std::make_unique<DesktopAppearance>())
     , m_notifications(std::make_unique<DesktopNotifications>())
 {
@@ -78,35 +84,94 @@ Launch::~Launch()
 
 void Launch::start()
 {
-    m_patience = m_clock.after(silentWait, [this] { showWaiting(u"Opening your chats…"_s, false); });
-    m_opening = TaskHandle::start(
-        [this](std::stop_token stop) { return openKeychain(QPointer(this), std::move(stop)); });
+    begin(Way::usual);
     // The keychain opens on a thread of its own, and the window's components hold nothing of the person's.
     if (!m_windowEngine)
         m_windowEngine = MainWindowController::prepareEngine();
 }
 
-QCoro::Task<> Launch::openKeychain(QPointer<Launch> self, std::stop_token stop)
+void Launch::begin(Way way)
 {
-    const auto expectation = expectationOf(self->m_commandLine.folders());
-    const KeychainOpening opening = co_await self->m_secrets.preparation().prepare(expectation, stop);
-    if (!self || !isReady(opening.state))
-        co_return;
+    m_patience = m_clock.after(silentWait, [this] { showWaiting(u"Opening your chats…"_s, {}); });
+    m_opening = TaskHandle::start(
+        [this, way](std::stop_token stop) { return openKeychain(QPointer(this), way, std::move(stop)); });
+}
+
+QCoro::Task<> Launch::openKeychain(QPointer<Launch> self, Way way, std::stop_token stop)
+{
     try {
-        self->finish();
+        const KeychainOpening opening = co_await openOn(self, way, stop);
+        if (self && isReady(opening.state))
+            self->finish();
+    } catch (const CancelledError &) {
+        co_return;
+    } catch (const FileError &error) {
+        if (self)
+            self->showWaiting(u"Your old data could not be moved (%1); what is not in “%2” is unchanged."_s.arg(
+                                  QString::fromLocal8Bit(error.what()), self->m_folderAside),
+                              {.retry = true});
     } catch (const std::exception &error) {
         std::fprintf(stderr, "%s could not start: %s\n", Product::name.data(), error.what());
         QCoreApplication::exit(1);
     }
 }
 
+QCoro::Task<KeychainOpening> Launch::openOn(QPointer<Launch> self, Way way, std::stop_token stop)
+{
+    if (way == Way::afresh)
+        return openAfresh(self, std::move(stop));
+    self->m_expectation = expectationOf(self->m_commandLine.folders());
+    auto &preparation = self->m_secrets.preparation();
+    if (way == Way::keyFile && self->m_expectation == KeyExpectation::Unknown)
+        return preparation.prepareInFile(std::move(stop));
+    return preparation.prepare(self->m_expectation, std::move(stop));
+}
+
+// A broken key file goes aside first: a keyring may have the key, and then all the data stays in use. A new
+// key is made once the data is aside for good.
+QCoro::Task<KeychainOpening> Launch::openAfresh(QPointer<Launch> self, std::stop_token stop)
+{
+    const SupportFolders folders = self->m_commandLine.folders();
+    if (self->m_secrets.preparation().state() == KeychainState::FileUnreadable) {
+        const QString keyFile = SecretKeeping::keyFilePath(folders);
+        if (QFileInfo::exists(keyFile))
+            PrivateFile::move(keyFile, self->m_folderAside + u"/keychain.keys"_s);
+        const KeychainOpening opening =
+            co_await self->m_secrets.preparation().prepare(self->m_expectation, stop);
+        if (!self || isReady(opening.state))
+            co_return opening;
+    }
+    SealedData::setAside(folders, self->m_folderAside);
+    self->m_isDataAside = true;
+    self->m_expectation = KeyExpectation::Unknown;
+    const KeychainOpening opening =
+        co_await self->m_secrets.preparation().prepare(KeyExpectation::Unknown, stop);
+    co_return opening;
+}
+
 void Launch::keychainChanged(KeychainState state)
 {
     if (state != KeychainState::Opening && !isReady(state))
-        showWaiting(sentenceFor(state), canRetry(state));
+        showWaiting(sentenceFor(state, m_expectation), waysOn(state));
 }
 
-void Launch::showWaiting(const QString &sentence, bool retryMayHelp)
+StartupViewModel::Ways Launch::waysOn(KeychainState state)
+{
+    StartupViewModel::Ways ways{.retry = canRetry(state),
+                                .useFile = canUseFile(state, m_expectation),
+                                .startAfresh = canStartAfresh(state, m_expectation)};
+    if (!ways.startAfresh)
+        return ways;
+    if (!hasPutAside()) // what is left goes to the same place
+        m_folderAside = SealedData::folderAside(m_commandLine.folders(), m_clock.now().toLocalTime());
+    ways.startAfreshQuestion =
+        u"%1 starts empty. Your chats, notes and instructions move to “%2”. Nothing is deleted, but only the "
+        u"key that sealed them can open them again."_s.arg(
+            Product::name, QDir::toNativeSeparators(m_folderAside));
+    return ways;
+}
+
+void Launch::showWaiting(const QString &sentence, const StartupViewModel::Ways &ways)
 {
     m_patience.reset();
     if (m_state)
@@ -114,9 +179,11 @@ void Launch::showWaiting(const QString &sentence, bool retryMayHelp)
     if (!m_startupWindow) {
         m_startupWindow = std::make_unique<StartupWindow>(m_appearance->isDark());
         connect(m_startupWindow.get(), &StartupWindow::retryChosen, this, &Launch::start);
+        connect(m_startupWindow.get(), &StartupWindow::fileChosen, this, [this] { begin(Way::keyFile); });
+        connect(m_startupWindow.get(), &StartupWindow::afreshChosen, this, [this] { begin(Way::afresh); });
         connect(m_startupWindow.get(), &StartupWindow::quitChosen, this, &AppDelegate::end);
     }
-    m_startupWindow->show(sentence, retryMayHelp);
+    m_startupWindow->show(sentence, ways);
 }
 
 void Launch::finish()
@@ -144,6 +211,7 @@ void Launch::finish()
     connect(&m_mainWindow->engine(), &QQmlEngine::quit, m_delegate.get(), &AppDelegate::requestQuit);
     m_delegate->didFinishLaunching();
     m_startupWindow.reset();
+    tellWhatIsAside();
     if (m_commandLine.demoPicture)
         playDemo();
 }
@@ -153,6 +221,20 @@ void Launch::open(const QUuid &conversation)
     if (!conversation.isNull())
         m_state->presentation().chat->open(Identifier::text(conversation));
     m_state->reopen();
+}
+
+bool Launch::hasPutAside() const
+{
+    return !m_folderAside.isEmpty() && QFileInfo::exists(m_folderAside);
+}
+
+void Launch::tellWhatIsAside()
+{
+    if (!hasPutAside())
+        return;
+    m_state->presentation().shell->ask(
+        m_isDataAside ? u"Your old data was set aside"_s : u"The broken key file was set aside"_s,
+        u"Nothing was deleted. It is in “%1”."_s.arg(m_folderAside), {u"Continue"_s}, {});
 }
 
 void Launch::playDemo()

@@ -5,6 +5,7 @@
 #include "async/Clock.h"
 #include "async/TaskHandle.h"
 #include "async/Work.h"
+#include "view_models/StartupViewModel.h"
 
 #include <QCoroTask>
 #include <QObject>
@@ -30,7 +31,9 @@ class WindowEngine;
 class Launch : public QObject {
     Q_OBJECT
 public:
-    Launch(QGuiApplication &application, CommandLine commandLine, QObject *parent = nullptr);
+    // `keyring` takes the place of the person's own.
+    Launch(QGuiApplication &application, CommandLine commandLine,
+           std::unique_ptr<SecretStoring> keyring = nullptr, QObject *parent = nullptr);
     ~Launch() override;
 
     void start();
@@ -38,11 +41,19 @@ public:
     void show();
 
 private:
-    static QCoro::Task<> openKeychain(QPointer<Launch> self, std::stop_token stop);
+    enum class Way { usual, keyFile, afresh };
+
+    void begin(Way way);
+    static QCoro::Task<> openKeychain(QPointer<Launch> self, Way way, std::stop_token stop);
+    static QCoro::Task<KeychainOpening> openOn(QPointer<Launch> self, Way way, std::stop_token stop);
+    static QCoro::Task<KeychainOpening> openAfresh(QPointer<Launch> self, std::stop_token stop);
     void keychainChanged(KeychainState state);
-    void showWaiting(const QString &sentence, bool retryMayHelp);
+    [[nodiscard]] StartupViewModel::Ways waysOn(KeychainState state);
+    void showWaiting(const QString &sentence, const StartupViewModel::Ways &ways);
     void finish();
     void open(const QUuid &conversation); // null: the one that is open
+    [[nodiscard]] bool hasPutAside() const;
+    void tellWhatIsAside();
     void playDemo();
 
     QGuiApplication &m_application;
@@ -59,6 +70,9 @@ private:
     std::unique_ptr<MainWindowController> m_mainWindow;
     std::unique_ptr<AppDelegate> m_delegate;
     std::unique_ptr<DemoPlayer> m_demo;
+    KeyExpectation m_expectation = KeyExpectation::Unknown; // of the latest attempt
+    QString m_folderAside;                                  // named when starting afresh is offered
+    bool m_isDataAside = false;
     TaskHandle m_opening;
 };
 

@@ -8,24 +8,19 @@ namespace morvane {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-std::unique_ptr<SecretStoring> makeKeyring(SecretKeeping::Keyring keyring)
+std::unique_ptr<SecretStoring> SecretKeeping::keyringOfThePerson()
 {
-    if (keyring == SecretKeeping::Keyring::none)
-        return std::make_unique<AbsentKeyring>();
     return std::make_unique<SecretServiceKeyring>();
 }
 
-QString keyFilePath(const SupportFolders &folders)
+QString SecretKeeping::keyFilePath(const SupportFolders &folders)
 {
     return folders.data + u'/' + Product::serviceName + u"/keychain.keys"_s;
 }
 
-} // namespace
-
-SecretKeeping::SecretKeeping(const SupportFolders &folders, Keyring keyring, Work &work)
-    : m_keyring(makeKeyring(keyring))
+SecretKeeping::SecretKeeping(const SupportFolders &folders, std::unique_ptr<SecretStoring> keyring,
+                             Work &work)
+    : m_keyring(std::move(keyring))
     , m_home(*m_keyring, keyFilePath(folders), LocalDataVault::keyAccount)
     , m_keychain(Product::serviceName, m_home, m_presence)
     , m_preparation(Product::serviceName, m_home, m_keychain, work)

@@ -10,13 +10,14 @@
 
 namespace morvane {
 
-// The program's secrets: the person's keyring, or a file of the profile where that is to stay apart.
+// The program's secrets: in a keyring, or in a file where there is none.
 class SecretKeeping {
 public:
-    enum class Keyring { ofThePerson, none };
-
     // Outlives the end of `work`.
-    SecretKeeping(const SupportFolders &folders, Keyring keyring, Work &work);
+    SecretKeeping(const SupportFolders &folders, std::unique_ptr<SecretStoring> keyring, Work &work);
+
+    [[nodiscard]] static std::unique_ptr<SecretStoring> keyringOfThePerson();
+    [[nodiscard]] static QString keyFilePath(const SupportFolders &folders);
 
     [[nodiscard]] KeychainPreparation &preparation() { return m_preparation; }
     [[nodiscard]] KeychainService &keychain() { return m_keychain; }

@@ -15,11 +15,13 @@ class StartupWindow : public QObject {
 public:
     explicit StartupWindow(bool dark, QObject *parent = nullptr);
 
-    void show(const QString &sentence, bool canRetry);
+    void show(const QString &sentence, const StartupViewModel::Ways &ways);
     void raise();
 
 Q_SIGNALS:
     void retryChosen();
+    void fileChosen();
+    void afreshChosen();
     void quitChosen();
 
 private:

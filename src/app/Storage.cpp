@@ -1,15 +1,15 @@
 #include "app/Storage.h"
 
+#include "app/WhatChangedNotice.h"
 #include "async/Clock.h"
 #include "persistence/ChatStoreLocation.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/DepartedData.h"
 #include "persistence/LegacyBundleMigration.h"
 #include "persistence/PersistenceController.h"
+#include "persistence/SealedData.h"
 #include "persistence/SettingsStore.h"
 #include "persistence/UserDefaultsSettingsRepository.h"
-#include "security/KeychainError.h"
-#include "security/KeychainServicing.h"
 #include "security/LocalDataVault.h"
 #include "security/ProcessKeySealing.h"
 #include "utils/log/Log.h"
@@ -33,16 +33,21 @@ bool hasChats(const SupportFolders &folders)
 
 Storage::Storage(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets)
     : folders(commandLine.folders())
-    , usedBefore(hasChats(folders))
     , vault(std::make_shared<LocalDataVault>(secrets.keychain))
     , defaults(std::make_unique<UserDefaultsSettingsRepository>(
           UserDefaultsSettingsRepository::path(folders, Product::serviceName)))
+    , m_host(host)
 {
-    if (host == Host::application)
+    if (host == Host::application) {
         moveFormerData(secrets);
+        expectKey();
+        sealLeftovers();
+        removeDepartedData();
+        // Before there is a store: a first start that is killed later must not take its person for one who
+        // has been here before.
+        WhatChangedNotice::decideOnce(*defaults, hasChats(folders));
+    }
     settings = std::make_unique<SettingsStore>(*defaults);
-    if (host == Host::application)
-        expectKey(secrets);
     if (commandLine.resetOnboarding)
         settings->setOnboardingComplete(false);
     openStore(clock);
@@ -50,8 +55,7 @@ Storage::Storage(const CommandLine &commandLine, Host host, Clock &clock, const 
 
 Storage::~Storage() = default;
 
-// What older builds kept under other names and in the clear. Each part runs once, before anything reads what
-// it moves.
+// What older builds kept under other names, once, before anything reads what it moves.
 void Storage::moveFormerData(const Secrets &secrets)
 {
     const auto openDomain = [this](const QString &identifier) -> std::unique_ptr<SettingsRepository> {
@@ -63,25 +67,27 @@ void Storage::moveFormerData(const Secrets &secrets)
                                     .openDomain = openDomain,
                                     .legacySecrets = secrets.legacy,
                                     .keychain = secrets.keychain});
+}
+
+// Where something has been sealed before, a missing key is an error and never a fresh start.
+void Storage::expectKey()
+{
+    if (vault->mayHoldKey() || SealedData::exists(folders))
+        vault->requireExistingKey();
+}
+
+void Storage::sealLeftovers()
+{
     const QStringList sealed = vault->sealLeftovers(folders.data);
     if (!sealed.isEmpty())
         Log::info(Log::Category::App, "Sealed %ld store(s) an older build left in the clear"_L1,
                   {sealed.size()});
-    DepartedData::removeCodingEngineOnce(folders, *defaults);
-    DepartedData::removeModulesOnce(folders, *defaults);
 }
 
-// Where data has been sealed before, a missing key is an error and never a fresh start.
-void Storage::expectKey(const Secrets &secrets)
+void Storage::removeDepartedData()
 {
-    bool holdsKey = false;
-    try {
-        holdsKey = secrets.keychain.read(LocalDataVault::keyAccount).has_value();
-    } catch (const KeychainError &) {
-        holdsKey = true; // refused is not missing
-    }
-    if (holdsKey || settings->onboardingComplete())
-        vault->requireExistingKey();
+    DepartedData::removeCodingEngineOnce(folders, *defaults);
+    DepartedData::removeModulesOnce(folders, *defaults);
 }
 
 // A store that won't open doesn't stop the start: one in memory takes its place, and the window says why.
@@ -97,11 +103,23 @@ void Storage::openStore(Clock &clock)
         persistence = PersistenceController::inMemory(std::make_shared<ProcessKeySealing>());
     }
     repository = std::make_unique<ConversationRepository>(persistence->mainContext(), clock, defaults.get());
+    sealPlainTexts();
+}
+
+void Storage::sealPlainTexts()
+{
     try {
         repository->sealPlainTexts();
     } catch (const PersistenceError &) {
         // Tried again at the next start.
     }
+}
+
+void Storage::sealWhatIsReadable()
+{
+    sealPlainTexts();
+    if (m_host == Host::application)
+        sealLeftovers();
 }
 
 void Storage::applyRetention(const Clock &clock)

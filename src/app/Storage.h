@@ -33,7 +33,6 @@ struct Storage {
     ~Storage();
 
     const SupportFolders folders;
-    const bool usedBefore; // an older build or an earlier start left chats
     const std::shared_ptr<LocalDataVault> vault;
     const std::unique_ptr<SettingsRepository> defaults;
     std::unique_ptr<SettingsStore> settings;
@@ -45,9 +44,17 @@ struct Storage {
     // Removes the chats that are older than the person keeps them.
     void applyRetention(const Clock &clock);
 
+    // Seals what stands readable in the store and in files, as far as it can be sealed now. Never throws.
+    void sealWhatIsReadable();
+
 private:
+    const Host m_host;
+
     void moveFormerData(const Secrets &secrets);
-    void expectKey(const Secrets &secrets);
+    void expectKey();
+    void sealLeftovers();
+    void sealPlainTexts();
+    void removeDepartedData();
     void openStore(Clock &clock);
 };
 

@@ -1,11 +1,38 @@
 #include "app/WhatChangedNotice.h"
 
+#include "persistence/SettingsRepository.h"
 #include "utils/text/DesktopWords.h"
 #include "utils/text/Product.h"
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString decidedKey = u"didDecideWhatChangedNotice.v1"_s;
+const QString showKey = u"showWhatChangedNotice.v1"_s;
+
+} // namespace
+
+void WhatChangedNotice::decideOnce(SettingsRepository &defaults, bool usedBefore)
+{
+    if (defaults.boolean(decidedKey))
+        return;
+    defaults.setBoolean(showKey, usedBefore);
+    defaults.setBoolean(decidedKey, true);
+    defaults.flush();
+}
+
+bool WhatChangedNotice::isDue(const SettingsRepository &defaults)
+{
+    return defaults.boolean(showKey).value_or(false);
+}
+
+void WhatChangedNotice::wasRead(SettingsRepository &defaults)
+{
+    defaults.setBoolean(showKey, false);
+}
 
 QString WhatChangedNotice::title()
 {

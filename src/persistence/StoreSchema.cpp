@@ -18,6 +18,8 @@ using Names = std::set<QByteArray>;
 constexpr const char *lastChange = columnName<Conversation>(&Conversation::Columns::updatedAt);
 constexpr const char *owner = columnName<ChatMessage>(&ChatMessage::Columns::conversation);
 
+constexpr const char *sealedMark = "char(1)||'KVT1:'";
+
 template <typename Value>
 constexpr bool isOptional = false;
 template <typename Value>
@@ -159,9 +161,25 @@ QByteArray StoreSchema::holdsPlainText(QByteArrayView name)
     for (const Column &column : table->columns) {
         const QByteArray text = column.name;
         if (column.isSealed())
-            conditions.append("(" + text + "<>'' AND substr(" + text + ",1,6)<>char(1)||'KVT1:')");
+            conditions.append("(" + text + "<>'' AND substr(" + text + ",1,6)<>" + sealedMark + ")");
     }
     return "(" + conditions.join(" OR ") + ")";
+}
+
+bool StoreSchema::holdsSealedText(Database &database)
+{
+    for (const Table &table : tables()) {
+        const std::vector<QByteArray> names = storedNames(database, table);
+        QByteArrayList conditions;
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            if (table.columns[i].isSealed() && !names[i].isEmpty())
+                conditions.append("substr(" + names[i] + ",1,6)=" + sealedMark);
+        }
+        if (database.integer(QByteArray("SELECT EXISTS(SELECT 1 FROM ") + table.name + " WHERE " +
+                             conditions.join(" OR ") + ")") != 0)
+            return true;
+    }
+    return false;
 }
 
 StoreSchema::Recognition StoreSchema::recognize(Database &database)

@@ -51,6 +51,9 @@ void readHead(Database &database);
 // SQL that holds for rows with a text that isn't sealed; an index answers it.
 [[nodiscard]] QByteArray holdsPlainText(QByteArrayView table);
 
+// Whether any text of a store that is one of ours is sealed. Throws DatabaseError.
+[[nodiscard]] bool holdsSealedText(Database &database);
+
 // Reads only.
 [[nodiscard]] Recognition recognize(Database &database);
 

@@ -3,6 +3,7 @@
 #include "utils/bytes/SecretBytes.h"
 #include "utils/files/PrivateFile.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -47,6 +48,19 @@ QByteArray copyOf(const QByteArray &value)
     return {value.constData(), value.size()};
 }
 
+void wipeFile(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite))
+        throw SecretStoreError(KeychainStatus::InputOutput);
+    // The name goes first: a file that cannot be removed must stay whole.
+    if (::unlink(QFile::encodeName(path).constData()) != 0)
+        throw SecretStoreError(KeychainStatus::InputOutput);
+    file.write(QByteArray(file.size(), '\0'));
+    file.flush();
+    ::fsync(file.handle());
+}
+
 } // namespace
 
 KeyFile::KeyFile(QString path)
@@ -68,15 +82,21 @@ void KeyFile::create()
 void KeyFile::wipeOut()
 {
     const std::lock_guard lock(m_mutex);
-    QFile file(m_path);
-    if (!file.open(QIODevice::ReadWrite))
-        throw SecretStoreError(KeychainStatus::InputOutput);
-    // The name goes first: a file that cannot be removed must stay whole.
-    if (::unlink(QFile::encodeName(m_path).constData()) != 0)
-        throw SecretStoreError(KeychainStatus::InputOutput);
-    file.write(QByteArray(file.size(), '\0'));
-    file.flush();
-    ::fsync(file.handle());
+    wipeFile(m_path);
+}
+
+void KeyFile::removeStrays()
+{
+    const std::lock_guard lock(m_mutex);
+    const QFileInfo file(m_path);
+    for (const QString &name : file.dir().entryList({file.fileName() + PrivateFile::neighbourPattern},
+                                                    QDir::Files | QDir::Hidden | QDir::NoSymLinks)) {
+        try {
+            wipeFile(file.dir().filePath(name));
+        } catch (const SecretStoreError &) {
+            // Tried again at the next start.
+        }
+    }
 }
 
 std::vector<Entry> KeyFile::entries() const

@@ -24,6 +24,9 @@ public:
     // Overwrites it and removes it.
     void wipeOut();
 
+    // The same with what a program that was killed while it wrote has left beside it. Never throws.
+    void removeStrays();
+
     [[nodiscard]] std::vector<KeyFileFormat::Entry> entries() const;
 
     [[nodiscard]] Condition condition(const QString &service) override;

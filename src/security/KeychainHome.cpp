@@ -1,6 +1,7 @@
 #include "security/KeychainHome.h"
 
 #include "async/CancelledError.h"
+#include "security/DataKey.h"
 #include "security/FormerServices.h"
 #include "utils/bytes/SecretBytes.h"
 #include "utils/log/Log.h"
@@ -25,6 +26,7 @@ KeychainHome::KeychainHome(SecretStoring &keyring, const QString &keyFilePath, Q
 KeychainOpening KeychainHome::open(const QString &service, KeyExpectation expectation,
                                    const std::function<void(KeychainState)> &progress, std::stop_token stop)
 {
+    m_file.removeStrays();
     const Keyring keyring = reachKeyring(service, progress, stop);
     throwIfStopped(stop);
     if (keyring != Keyring::Open)
@@ -45,6 +47,8 @@ KeychainHome::Keyring KeychainHome::reachKeyring(const QString &service,
         case Condition::Absent:
             return Keyring::Absent;
         case Condition::Locked:
+            if (fileHoldsKey(service))
+                return Keyring::Dismissed; // no password is needed for what the file has
             progress(KeychainState::WaitingForUnlock);
             m_keyring.unlock(service, stop);
             return Keyring::Open;
@@ -78,12 +82,17 @@ KeychainOpening KeychainHome::openWithoutKeyring(Keyring keyring, const QString 
     // Only a machine that has no keyring, and no data that one may hold the key to, gets a file.
     if (keyring == Keyring::Silent || expectation == KeyExpectation::MustExist)
         return {KeychainState::Unavailable};
+    return openInFile(service);
+}
+
+KeychainOpening KeychainHome::openInFile(const QString &service)
+{
     try {
         m_file.create();
     } catch (const SecretStoreError &) {
         return {KeychainState::FileUnreadable};
     }
-    return openFile(service, expectation);
+    return openFile(service, KeyExpectation::Unknown);
 }
 
 KeychainOpening KeychainHome::openFile(const QString &service, KeyExpectation expectation)
@@ -95,20 +104,55 @@ KeychainOpening KeychainHome::settle(SecretStoring &place, KeychainState ready, 
                                      KeyExpectation expectation)
 {
     try {
-        auto key = place.find(service, m_dataAccount);
-        for (auto former = formerKeychainServices.begin(); !key && former != formerKeychainServices.end();
-             ++former)
-            key = place.find(*former, m_dataAccount); // the one-time move has yet to fetch it
+        auto key = findKey(place, service);
         m_place = &place;
-        if (!key) {
-            const bool isLost = expectation == KeyExpectation::MustExist;
-            return {isLost ? KeychainState::KeyMissing : ready};
-        }
-        wipe(key->value);
-        return {ready, true, key->presence == UserPresence::Required};
+        const bool isUsable = key && DataKey::parse(key->value);
+        if (key)
+            wipe(key->value);
+        if (isUsable)
+            return {ready, key->presence == UserPresence::Required};
+        if (expectation == KeyExpectation::MustExist)
+            return {key ? KeychainState::KeyUnusable : KeychainState::KeyMissing};
+        makeKey(place, service);
+        return {ready};
     } catch (const SecretStoreError &) {
         return {ready == KeychainState::ReadyInFile ? KeychainState::FileUnreadable
                                                     : KeychainState::Unavailable};
+    }
+}
+
+// A former service's key counts: the one-time move has yet to fetch it.
+std::optional<SecretStoring::Item> KeychainHome::findKey(SecretStoring &place, const QString &service) const
+{
+    auto key = place.find(service, m_dataAccount);
+    for (auto former = formerKeychainServices.begin(); !key && former != formerKeychainServices.end();
+         ++former)
+        key = place.find(*former, m_dataAccount);
+    return key;
+}
+
+void KeychainHome::makeKey(SecretStoring &place, const QString &service) const
+{
+    QByteArray text = DataKey::print(DataKey::make());
+    try {
+        place.add(service, {m_dataAccount, text});
+    } catch (const SecretStoreError &) {
+        wipe(text);
+        throw;
+    }
+    wipe(text);
+}
+
+bool KeychainHome::fileHoldsKey(const QString &service)
+{
+    try {
+        auto key = findKey(m_file, service);
+        const bool isUsable = key && DataKey::parse(key->value);
+        if (key)
+            wipe(key->value);
+        return isUsable;
+    } catch (const SecretStoreError &) {
+        return false;
     }
 }
 

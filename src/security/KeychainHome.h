@@ -9,21 +9,18 @@
 
 namespace morvane {
 
-// Whether sealed data exists, so that a key must be there to open it.
-enum class KeyExpectation { Unknown, MustExist };
-
 struct KeychainOpening {
     KeychainState state = KeychainState::Opening;
-    bool holdsDataKey = false;
     bool dataKeyBehindPresence = false;
 };
 
 // Chooses where the secrets live, once for each run: in the desktop's keyring, or, where none answers, in a
-// private file. A file that was chosen before stays chosen until a keyring takes its secrets over. Until
+// private file. A file that was chosen before stays chosen until an open keyring takes its secrets over. Until
 // open() has chosen, every other call throws NotAvailable.
 //
-// A key that must exist is never replaced by choosing another place: with no keyring and no file the state is
-// Unavailable, and nothing is made.
+// When a place is ready it holds a usable data key: one is made where there is none. A key that must exist is
+// never replaced, neither by a new one nor by choosing another place: with no keyring and no file the state
+// is Unavailable, and nothing is made.
 class KeychainHome final : public SecretStoring {
 public:
     // `keyring` outlives the home. `dataAccount` names the secret that seals the person's data.
@@ -34,6 +31,9 @@ public:
     // Throws CancelledError once `stop` is triggered.
     KeychainOpening open(const QString &service, KeyExpectation expectation,
                          const std::function<void(KeychainState)> &progress, std::stop_token stop);
+
+    // The file, whatever the keyring says, because the person chose it. For data that has no key yet.
+    KeychainOpening openInFile(const QString &service);
 
     [[nodiscard]] Condition condition(const QString &service) override;
     void unlock(const QString &service, std::stop_token stop) override;
@@ -58,6 +58,9 @@ private:
                                                      KeyExpectation expectation);
     [[nodiscard]] KeychainOpening settle(SecretStoring &place, KeychainState ready, const QString &service,
                                          KeyExpectation expectation);
+    [[nodiscard]] bool fileHoldsKey(const QString &service);
+    [[nodiscard]] std::optional<Item> findKey(SecretStoring &place, const QString &service) const;
+    void makeKey(SecretStoring &place, const QString &service) const;
     [[nodiscard]] bool takeOverFile();
     [[nodiscard]] bool addVerified(const std::vector<KeyFileFormat::Entry> &entries);
     [[nodiscard]] Copy compareWithKeyring(const KeyFileFormat::Entry &entry);

@@ -9,16 +9,13 @@ namespace morvane {
 
 namespace {
 
-using Report = Work::Report<KeychainOpening>;
-
 // Beside the GUI thread.
-KeychainOpening opened(const QString &service, KeychainHome &home, KeychainService &keychain,
-                       KeyExpectation expectation, const Report &report, const std::stop_token &stop)
+template <typename Open>
+KeychainOpening opened(KeychainService &keychain, Open open)
 {
     KeychainOpening opening{KeychainState::Unavailable};
     try {
-        opening = home.open(
-            service, expectation, [&report](KeychainState state) { report({state}); }, stop);
+        opening = open();
         if (isReady(opening.state))
             keychain.warmUp();
     } catch (const CancelledError &) {
@@ -48,11 +45,28 @@ KeychainPreparation::~KeychainPreparation()
 
 QCoro::Task<KeychainOpening> KeychainPreparation::prepare(KeyExpectation expectation, std::stop_token stop)
 {
+    const auto open = [service = m_service, &home = m_home, expectation](const Report &report,
+                                                                         const std::stop_token &stopped) {
+        return home.open(
+            service, expectation, [&report](KeychainState state) { report({state}); }, stopped);
+    };
+    return start(open, std::move(stop));
+}
+
+QCoro::Task<KeychainOpening> KeychainPreparation::prepareInFile(std::stop_token stop)
+{
+    const auto open = [service = m_service, &home = m_home](const Report &, const std::stop_token &) {
+        return home.openInFile(service);
+    };
+    return start(open, std::move(stop));
+}
+
+QCoro::Task<KeychainOpening> KeychainPreparation::start(Open open, std::stop_token stop)
+{
     setState(KeychainState::Opening);
-    auto openings =
-        m_work.start<KeychainOpening>([service = m_service, &home = m_home, &keychain = m_keychain,
-                                       expectation](const Report &report, const std::stop_token &stopped) {
-            report(opened(service, home, keychain, expectation, report, stopped));
+    auto openings = m_work.start<KeychainOpening>(
+        [open, &keychain = m_keychain](const Report &report, const std::stop_token &stopped) {
+            report(opened(keychain, [&] { return open(report, stopped); }));
         });
     return follow(this, std::move(openings), std::move(stop), m_gone.get_token());
 }

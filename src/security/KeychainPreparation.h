@@ -8,6 +8,7 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
 #include <stop_token>
 
 namespace morvane {
@@ -31,12 +32,18 @@ public:
     // has ended. Throws CancelledError once `stop` is triggered or this object is gone.
     QCoro::Task<KeychainOpening> prepare(KeyExpectation expectation, std::stop_token stop = {});
 
+    // The same with the private file, as the person chose.
+    QCoro::Task<KeychainOpening> prepareInFile(std::stop_token stop = {});
+
 Q_SIGNALS:
     void stateChanged(KeychainState state);
 
 private:
     using Openings = Work::Results<KeychainOpening>;
+    using Report = Work::Report<KeychainOpening>;
+    using Open = std::function<KeychainOpening(const Report &, const std::stop_token &)>;
 
+    QCoro::Task<KeychainOpening> start(Open open, std::stop_token stop);
     static QCoro::Task<KeychainOpening> follow(QPointer<KeychainPreparation> self, Openings openings,
                                                std::stop_token stop, std::stop_token gone);
     void setState(KeychainState state);

@@ -1,10 +1,13 @@
 #include "security/LocalDataVault.h"
 
+#include "security/DataKey.h"
+#include "security/KeychainError.h"
 #include "security/SealedForm.h"
 #include "security/TestHost.h"
-#include "utils/bytes/Base64.h"
 #include "utils/files/PrivateFile.h"
 #include "utils/log/Log.h"
+
+#include <utility>
 
 namespace morvane {
 
@@ -14,24 +17,32 @@ namespace {
 
 std::optional<SecretBytes> keyFrom(QString &&storedText)
 {
-    auto bytes = Base64::decode(storedText);
+    auto key = DataKey::parse(storedText);
     if (storedText.isDetached())
         wipe(storedText); // the cache let go of it meanwhile, so this is the last copy
-    if (!bytes)
-        return std::nullopt;
-    std::optional<SecretBytes> key;
-    if (bytes->size() == SealedForm::keySize)
-        key.emplace(*bytes);
-    wipe(*bytes);
     return key;
 }
 
 QString textOf(const SecretBytes &key)
 {
-    QByteArray encoded = Base64::encode(key.view());
+    QByteArray encoded = DataKey::print(key);
     QString text = QString::fromLatin1(encoded);
     wipe(encoded);
     return text;
+}
+
+SealingTrouble troubleOf(const std::exception_ptr &failure)
+{
+    try {
+        std::rethrow_exception(failure);
+    } catch (const LocalDataVault::KeyMissing &) {
+        return SealingTrouble::KeyMissing;
+    } catch (const KeychainError &error) {
+        return error.status() == KeychainStatus::InteractionNotAllowed ? SealingTrouble::KeychainLocked
+                                                                       : SealingTrouble::KeychainSilent;
+    } catch (const std::exception &) {
+        return SealingTrouble::Failed;
+    }
 }
 
 } // namespace
@@ -66,7 +77,7 @@ SecretBytes LocalDataVault::makeKey() const
         if (auto key = keyFrom(std::move(*stored)))
             return std::move(*key);
     }
-    auto key = SecretBytes::random(SealedForm::keySize);
+    auto key = DataKey::make();
     m_keychain.save(textOf(key), keyAccount);
     return key;
 }
@@ -77,13 +88,26 @@ void LocalDataVault::requireExistingKey()
     m_keyMustExist = true;
 }
 
+bool LocalDataVault::mayHoldKey() const
+{
+    try {
+        auto stored = m_keychain.read(keyAccount);
+        return stored && keyFrom(std::move(*stored)).has_value();
+    } catch (const KeychainError &) {
+        return true;
+    }
+}
+
 std::optional<QString> LocalDataVault::seal(const QString &text) const
 {
     try {
-        return SealedForm::sealField(text, key());
+        QString sealed = SealedForm::sealField(text, key());
+        note(SealingTrouble::None);
+        return sealed;
     } catch (const Locked &) {
         return std::nullopt;
-    } catch (const std::exception &) {
+    } catch (...) {
+        note(troubleOf(std::current_exception()));
         return text;
     }
 }
@@ -101,7 +125,9 @@ QString LocalDataVault::open(const QString &text) const
 
 QByteArray LocalDataVault::seal(const QByteArray &data) const
 {
-    return SealedForm::sealFile(data, key());
+    QByteArray sealed = SealedForm::sealFile(data, key());
+    note(SealingTrouble::None);
+    return sealed;
 }
 
 std::optional<QByteArray> LocalDataVault::open(const QByteArray &data) const
@@ -122,7 +148,8 @@ void LocalDataVault::writeSealed(const QByteArray &data, const QString &path) co
     QByteArray contents;
     try {
         contents = seal(data);
-    } catch (const std::exception &) {
+    } catch (...) {
+        note(troubleOf(std::current_exception()));
         contents = data;
     }
     writePrivate(contents, path);
@@ -171,6 +198,25 @@ void LocalDataVault::unlock()
 {
     const std::lock_guard lock(m_mutex);
     m_isLocked = false;
+}
+
+SealingTrouble LocalDataVault::trouble() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_trouble;
+}
+
+void LocalDataVault::setTroubleObserver(std::function<void()> observer)
+{
+    const std::lock_guard lock(m_mutex);
+    m_troubleChanged = std::move(observer);
+}
+
+void LocalDataVault::note(SealingTrouble trouble) const
+{
+    const std::lock_guard lock(m_mutex);
+    if (std::exchange(m_trouble, trouble) != trouble && m_troubleChanged)
+        m_troubleChanged();
 }
 
 bool LocalDataVault::isLocked() const

@@ -2,12 +2,14 @@
 
 #include "security/FieldSealing.h"
 #include "security/KeychainServicing.h"
+#include "security/SealingTrouble.h"
 #include "utils/bytes/SecretBytes.h"
 
 #include <QByteArray>
 #include <QStringList>
 
 #include <exception>
+#include <functional>
 #include <mutex>
 
 namespace morvane {
@@ -39,6 +41,9 @@ public:
     // new one unless requireExistingKey() was called.
     [[nodiscard]] SecretBytes key() const;
 
+    // Whether the keychain holds a usable key. A refusal counts as one: it may hide it. Never prompts.
+    [[nodiscard]] bool mayHoldKey() const;
+
     // From now on a missing key is an error. destroyKey() lifts it.
     void requireExistingKey();
 
@@ -60,6 +65,14 @@ public:
     // Atomic, mode 0600, folders made as needed. Throws FileError.
     static void writePrivate(const QByteArray &data, const QString &path);
 
+    // What kept the latest text or file from being sealed, so that it was stored readable; None when it was
+    // sealed. A locked vault stores nothing and is no trouble.
+    [[nodiscard]] SealingTrouble trouble() const;
+
+    // Hears of each change of it, on the thread that seals, and calls nothing of the vault. Null takes it
+    // back.
+    void setTroubleObserver(std::function<void()> observer);
+
     // Never throws: a key that cannot be removed stays. Refused under a test host.
     void destroyKey();
 
@@ -79,11 +92,14 @@ public:
 private:
     [[nodiscard]] SecretBytes makeKey() const;
     [[nodiscard]] bool sealLeftover(const QString &path) const;
+    void note(SealingTrouble trouble) const;
 
     KeychainServicing &m_keychain;
     mutable std::mutex m_mutex;    // never held across a call to the keychain
     bool m_isLocked = false;       // guarded by m_mutex
     bool m_keyMustExist = false;   // guarded by m_mutex
+    mutable SealingTrouble m_trouble = SealingTrouble::None; // guarded by m_mutex
+    std::function<void()> m_troubleChanged;                  // guarded by m_mutex
     mutable std::mutex m_creation; // one thread at a time makes the first key
 };
 

@@ -29,7 +29,8 @@ constexpr std::array<LeftoverFolder, 2> leftovers{{
      {"code.json"_L1, "email-accounts.json"_L1, "gift-people.json"_L1, "gift-people.backup.json"_L1,
       "subscriptions.json"_L1, "telegram-notebook.json"_L1}},
     {Product::serviceName,
-     {"memory.md"_L1, "memory-open.md"_L1, "memory-work.md"_L1, "memory-personal.md"_L1}},
+     {"memory.md"_L1, "memory-open.md"_L1, "memory-work.md"_L1, "memory-personal.md"_L1,
+      "instructions.txt"_L1}}, // readable when it was written while sealing failed
 }};
 
 constexpr QLatin1StringView appDataFolder = "code-app-data"_L1; // below the store folder

@@ -81,6 +81,14 @@ void ShellViewModel::setKeychainNotice(const QString &notice)
     Q_EMIT keychainNoticeChanged();
 }
 
+void ShellViewModel::setUnsealedNotice(const QString &notice)
+{
+    if (m_unsealedNotice == notice)
+        return;
+    m_unsealedNotice = notice;
+    Q_EMIT unsealedNoticeChanged();
+}
+
 void ShellViewModel::ask(const QString &title, const QString &text, const QStringList &buttons,
                          std::function<void(int)> answered)
 {

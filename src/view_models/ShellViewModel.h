@@ -28,6 +28,8 @@ class ShellViewModel : public QObject {
     Q_PROPERTY(QString startupSuggestion READ startupSuggestion CONSTANT) // empty for none
     // Where the key to the person's data is kept, when that needs saying; empty otherwise.
     Q_PROPERTY(QString keychainNotice READ keychainNotice NOTIFY keychainNoticeChanged)
+    // Why what is written now is stored readable, for as long as it is; empty otherwise.
+    Q_PROPERTY(QString unsealedNotice READ unsealedNotice NOTIFY unsealedNoticeChanged)
     // A question that the person has to answer before the application goes on; no title for none.
     Q_PROPERTY(QString questionTitle READ questionTitle NOTIFY questionChanged)
     Q_PROPERTY(QString questionText READ questionText NOTIFY questionChanged)
@@ -49,6 +51,8 @@ public:
 
     [[nodiscard]] const QString &keychainNotice() const { return m_keychainNotice; }
     void setKeychainNotice(const QString &notice);
+    [[nodiscard]] const QString &unsealedNotice() const { return m_unsealedNotice; }
+    void setUnsealedNotice(const QString &notice);
     [[nodiscard]] const QString &questionTitle() const { return m_question.title; }
     [[nodiscard]] const QString &questionText() const { return m_question.text; }
     [[nodiscard]] const QStringList &questionButtons() const { return m_question.buttons; }
@@ -68,6 +72,7 @@ Q_SIGNALS:
     void appearanceChanged();
     void textScaleChanged();
     void keychainNoticeChanged();
+    void unsealedNoticeChanged();
     void questionChanged();
     void linkRequested(const QUrl &address);
     void settingsRequested(); // something outside the window asks for the settings page
@@ -78,6 +83,7 @@ private:
     QString m_startupError;
     QString m_startupSuggestion;
     QString m_keychainNotice;
+    QString m_unsealedNotice;
     struct Question {
         QString title;
         QString text;

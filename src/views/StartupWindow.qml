@@ -10,15 +10,18 @@ T.ApplicationWindow {
 
     required property StartupViewModel startup
     required property bool dark
+    readonly property bool asking: startup.question.length > 0
 
-    width: 440
-    height: 260
+    width: 480
+    height: Math.max(280, content.implicitHeight + 2 * Theme.gap32)
     title: startup.productName
     color: Theme.page
 
     Binding { target: Theme; property: "dark"; value: window.dark }
 
     ColumnLayout {
+        id: content
+
         anchors.centerIn: parent
         width: parent.width - 2 * Theme.gap32
         spacing: Theme.gap16
@@ -31,24 +34,27 @@ T.ApplicationWindow {
         }
         PlainText {
             Layout.fillWidth: true
+            visible: window.asking
             horizontalAlignment: Text.AlignHCenter
-            text: window.startup.sentence
+            text: qsTr("Start afresh?")
+            font.pixelSize: Theme.subtitleSize
+            font.weight: Font.DemiBold
+            Accessible.role: Accessible.Heading
+            Accessible.name: text
+        }
+        PlainText {
+            Layout.fillWidth: true
+            horizontalAlignment: Text.AlignHCenter
+            wrapMode: Text.Wrap
+            text: window.asking ? window.startup.question : window.startup.sentence
             Accessible.role: Accessible.AlertMessage
             Accessible.name: text
         }
-        RowLayout {
+        StartupWays {
             Layout.alignment: Qt.AlignHCenter
-            spacing: Theme.gap8
-
-            PushButton {
-                visible: window.startup.canRetry
-                text: qsTr("Try Again")
-                onClicked: window.startup.retry()
-            }
-            PushButton {
-                text: qsTr("Quit")
-                onClicked: Qt.quit()
-            }
+            Layout.topMargin: Theme.gap8
+            startup: window.startup
+            asking: window.asking
         }
     }
 }

@@ -186,25 +186,35 @@ TEST_F(AppStateTest, TheNoticeOfWhatChangedIsShownOnceToWhoHadChats)
     EXPECT_EQ(question(), QString());
 }
 
-TEST_F(AppStateTest, AKeyThatHasGoneOrIsRefusedIsNeverReplaced)
+TEST_F(AppStateTest, AKeyThatHasGoneIsRefusedOrIsNoKeyIsNeverReplacedWhereSomethingIsSealed)
 {
-    for (const bool isRefused : {true, false}) {
-        start();
-        state->presentation().chat->sendMessage(u"precious"_s, std::nullopt);
-        state->storage().settings->setOnboardingComplete(!isRefused);
-        state->willTerminate();
-        TestWait::settle();
+    const QString account = LocalDataVault::keyAccount;
+    keychain.save(u"no key"_s, account);
+    start(); // replaced: nothing is sealed yet
+    const QString key = keychain.read(account).value();
+    EXPECT_TRUE(state->presentation().shell->unsealedNotice().isEmpty());
+    const QString leftover = commandLine.folders().data + u"/Morvane/code.json"_s;
+    for (const QString &trouble : {u"refused"_s, u"gone"_s, u"no key"_s}) {
+        SCOPED_TRACE(trouble.toStdString());
         state.reset();
-        if (isRefused)
+        PrivateFile::write(leftover, "of an older build");
+        keychain.save(u"no key"_s, account);
+        if (trouble == "refused"_L1)
             keychain.setFailure(KeychainError(KeychainError::Operation::Read, KeychainStatus::NotAvailable));
-        else
-            keychain.remove(LocalDataVault::keyAccount);
+        else if (trouble == "gone"_L1)
+            keychain.remove(account);
         start();
         keychain.setFailure({});
-        keychain.remove(LocalDataVault::keyAccount);
+        if (trouble == "refused"_L1)
+            keychain.remove(account);
         state->assistant().memory->remember(u"would be sealed"_s);
-        EXPECT_EQ(keychain.read(LocalDataVault::keyAccount), std::nullopt) << isRefused;
+        EXPECT_NE(keychain.read(account).value_or(u"no key"_s).size(), key.size());
+        TestWait::settle();
+        EXPECT_FALSE(state->presentation().shell->unsealedNotice().isEmpty());
     }
+    keychain.save(key, account);
+    start();
+    EXPECT_NE(PrivateFile::read(leftover, 100), QByteArray("of an older build"));
 }
 
 // A Ghost chat with words in it.

@@ -2,6 +2,7 @@
 
 #include "persistence/ChatStoreLocation.h"
 #include "platform/linux/ProcessPrivacy.h"
+#include "security/FakeSecretStore.h"
 #include "support/Await.h"
 #include "support/WindowDriver.h"
 #include "utils/files/PrivateFile.h"
@@ -88,6 +89,63 @@ TEST_F(LaunchTest, ChatsWithoutTheirKeyStayClosedAndThePersonMayTryAgain)
     QFile::remove(store);
     QMetaObject::invokeMethod(waiting->property("startup").value<QObject *>(), "retry");
     EXPECT_NE(windowWith("shell"), nullptr);
+}
+
+TEST_F(LaunchTest, WhoHasLostTheirKeyMayPutTheOldDataAsideAndStartAfresh)
+{
+    const QString data = commandLine.folders().data;
+    PrivateFile::write(ChatStoreLocation::storePath(commandLine.folders()), "sealed with a lost key");
+    PrivateFile::write(data + u"/Morvane/Morvane.store-wal"_s, "its latest words");
+    PrivateFile::write(data + u"/ai.morvane.macos/memory.md"_s, "KVT1 with a lost key");
+    PrivateFile::write(SecretKeeping::keyFilePath(commandLine.folders()), "broken");
+    Launch launch(*qGuiApp, commandLine);
+    launch.start();
+    QQuickWindow *waiting = windowWith("startup");
+    ASSERT_NE(waiting, nullptr);
+    EXPECT_TRUE(WindowDriver::eventually([&] { return valueOf(waiting, "startup", "canStartAfresh").toBool(); }));
+    EXPECT_FALSE(valueOf(waiting, "startup", "canUseFile").toBool());
+    WindowDriver::settle();
+    WindowDriver::click(WindowDriver::item(waiting, u"startAfresh"_s));
+    WindowDriver::settle();
+    const QString question = valueOf(waiting, "startup", "question").toString();
+    const QString aside = question.section(u'“', 1).section(u'”', 0, 0);
+    EXPECT_FALSE(QFileInfo::exists(aside)) << "asked first";
+    WindowDriver::click(WindowDriver::item(waiting, u"confirmAfresh"_s));
+    QQuickWindow *window = windowWith("shell");
+    ASSERT_NE(window, nullptr);
+    EXPECT_TRUE(valueOf(window, "shell", "questionText").toString().contains(aside)) << aside.toStdString();
+    EXPECT_TRUE(hasKeyFile());
+    const std::pair<const char *, QByteArray> moved[] = {
+        {"/Morvane/Morvane.store", "sealed with a lost key"},
+        {"/Morvane/Morvane.store-wal", "its latest words"},
+        {"/ai.morvane.macos/memory.md", "KVT1 with a lost key"},
+        {"/keychain.keys", "broken"}};
+    for (const auto &[name, contents] : moved)
+        EXPECT_EQ(PrivateFile::read(aside + QLatin1StringView(name), 100), contents) << name;
+}
+
+TEST_F(LaunchTest, WhoDismissesTheFirstPromptMayKeepTheKeyInAFileAndIsNotAskedAgain)
+{
+    PrivateFile::write(ChatStoreLocation::storePath(commandLine.folders()), {}); // of a start that was killed
+    for (const bool isFirst : {true, false}) {
+        auto keyring = std::make_unique<FakeSecretStore>();
+        keyring->state = SecretStoring::Condition::Locked;
+        keyring->refuse(FakeSecretStore::Call::Unlock, KeychainStatus::UserCancelled);
+        const auto &prompts = keyring->calls[FakeSecretStore::Call::Unlock];
+        Launch launch(*qGuiApp, commandLine, std::move(keyring));
+        launch.start();
+        if (isFirst) {
+            QQuickWindow *waiting = windowWith("startup");
+            ASSERT_NE(waiting, nullptr);
+            EXPECT_TRUE(
+                WindowDriver::eventually([&] { return valueOf(waiting, "startup", "canUseFile").toBool(); }));
+            WindowDriver::settle();
+            WindowDriver::click(WindowDriver::item(waiting, u"useFile"_s));
+        }
+        EXPECT_NE(windowWith("shell"), nullptr);
+        EXPECT_TRUE(hasKeyFile());
+        EXPECT_EQ(prompts, isFirst ? 1 : 0);
+    }
 }
 
 TEST(ProcessPrivacyTest, LeavesNoCoreLetsNobodyIntoItsMemoryAndWritesNoConnectionKeys)

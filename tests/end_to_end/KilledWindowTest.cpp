@@ -43,7 +43,7 @@ protected:
         CommandLine commandLine;
         commandLine.profile = profile.path();
         Work work(clock);
-        SecretKeeping secrets(commandLine.folders(), SecretKeeping::Keyring::none, work);
+        SecretKeeping secrets(commandLine.folders(), std::make_unique<AbsentKeyring>(), work);
         const auto opening = TestWait::await(secrets.preparation().prepare(KeyExpectation::MustExist));
         EXPECT_TRUE(isReady(opening.state));
         AppState state(commandLine, Host::test, clock, {secrets.keychain(), secrets.keychain()}, work);

@@ -3,6 +3,7 @@
 #include "support/FileSpy.h"
 #include "support/TestData.h"
 #include "support/WipeSpy.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -75,12 +76,15 @@ TEST_F(KeyFileTest, WipingZeroesTheBytesOnTheDiskThatOtherNamesOfTheFileStillSho
     const QString link = folder.filePath(u"link"_s);
     ASSERT_EQ(::link(nativePath.constData(), QFile::encodeName(link).constData()), 0);
     const qsizetype size = contentsOf(link).size();
+    QFile::rename(path, path + u".part-aB3xYz"_s); // of a program that was killed while it wrote
+    const QString neighbour = path + u".backup"_s;
+    PrivateFile::write(neighbour, "the person's");
     const FileSpy spy(folder.path());
-    file.wipeOut();
-    EXPECT_FALSE(file.exists());
-    EXPECT_EQ(spy.steps(), (QStringList{u"unlink new/keys"_s, u"write new/keys (deleted)"_s,
-                                        u"sync new/keys (deleted)"_s}));
+    file.removeStrays();
+    EXPECT_EQ(spy.steps(), (QStringList{u"unlink new/keys.part-aB3xYz"_s, u"write new/keys.part-aB3xYz (deleted)"_s,
+                                        u"sync new/keys.part-aB3xYz (deleted)"_s}));
     EXPECT_EQ(contentsOf(link), QByteArray(size, '\0'));
+    EXPECT_TRUE(QFile::exists(neighbour));
 }
 
 TEST_F(KeyFileTest, LeavesNoCopyOfASecretBehind)

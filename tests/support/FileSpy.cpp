@@ -73,10 +73,11 @@ void FileSpy::refuse(const QString &beginning)
     m_beginning = beginning;
 }
 
-void FileSpy::killAt(int call)
+void FileSpy::killAt(int call, const QStringList &verbs)
 {
     const QMutexLocker lock(&m_mutex);
     m_callsLeft = call;
+    m_deadlyVerbs = verbs;
 }
 
 std::optional<QString> FileSpy::nameIn(const QString &path) const
@@ -94,7 +95,8 @@ bool FileSpy::note(const char *verb, const QString &path, const QString &target)
     if (!target.isEmpty())
         step += u' ' + nameIn(target).value_or(target);
     const QMutexLocker lock(&m_mutex);
-    if (m_callsLeft > 0 && --m_callsLeft == 0)
+    const bool isDeadly = m_deadlyVerbs.isEmpty() || m_deadlyVerbs.contains(QLatin1StringView(verb));
+    if (isDeadly && m_callsLeft > 0 && --m_callsLeft == 0)
         raise(SIGKILL);
     if (!step.startsWith(QLatin1StringView("write")) || m_steps.isEmpty() || m_steps.last() != step)
         m_steps.append(step);

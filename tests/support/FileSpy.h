@@ -26,8 +26,9 @@ public:
     // Steps that begin so fail with EIO from now on: "sync", "rename a".
     void refuse(const QString &beginning);
 
-    // The process is killed at its so manieth call from now on that would change a file.
-    void killAt(int call);
+    // The process is killed at its so manieth call from now on that would change a file; with `verbs`, that is
+    // one of those steps.
+    void killAt(int call, const QStringList &verbs = {});
 
     // For the wrapped calls: notes the step, and says whether it is refused.
     [[nodiscard]] bool note(const char *verb, const QString &path, const QString &target = {});
@@ -40,6 +41,7 @@ private:
     QStringList m_steps;                // guarded by m_mutex
     std::optional<QString> m_beginning; // guarded by m_mutex
     int m_callsLeft = 0;                // guarded by m_mutex; none: never killed
+    QStringList m_deadlyVerbs;          // guarded by m_mutex; none: all
 };
 
 } // namespace morvane

@@ -44,7 +44,7 @@ TEST(PrivateFileTest, IsOnTheDiskBeforeItTakesItsPlaceAndAFailedStepLeavesTheFor
     const auto written = [&] {
         const FileSpy spy(home.path());
         PrivateFile::write(path, "one");
-        return spy.steps().replaceInStrings(QRegularExpression(u"file\\.\\w{6}"_s), u"new"_s);
+        return spy.steps().replaceInStrings(QRegularExpression(u"file\\.part-\\w{6}"_s), u"new"_s);
     };
     EXPECT_EQ(written(), (QStringList{u"write new"_s, u"sync new"_s, u"rename new file"_s, u"sync ."_s}));
     for (const auto &step : {u"write"_s, u"sync file."_s, u"rename"_s}) {

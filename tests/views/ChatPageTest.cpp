@@ -2,8 +2,12 @@
 
 #include "ai/contract/ProviderError.h"
 #include "memory/MemoryStore.h"
+#include "models/ChatMessage.h"
 #include "models/Conversation.h"
+#include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
+#include "security/SealedForm.h"
+#include "security/SealingTrouble.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
 
@@ -43,6 +47,24 @@ TEST_F(ChatPageTest, ABannerOffersRetryOnlyWhenThatHelps)
         click(item(u"dismissBanner"_s));
         EXPECT_FALSE(shows(banner.message));
     }
+}
+
+TEST_F(ChatPageTest, WhileTextsAreKeptReadableThePageSaysWhyUntilTheyAreSealed)
+{
+    const QString notice = u"New text is being kept unsealed"_s;
+    m_keychain.setFailure(KeychainError(KeychainError::Operation::Read, KeychainStatus::InteractionNotAllowed));
+    const auto chat =
+        m_app->storage().repository->find(QUuid(addChat(u"Title"_s, {u"words"_s})));
+    EXPECT_EQ(chat->columns().sealedTitle, u"Title"_s) << "nothing is lost";
+    EXPECT_TRUE(eventually([&] { return shows(notice); }));
+    EXPECT_TRUE(shows(sentenceFor(SealingTrouble::KeychainLocked)));
+    m_clock.advance(std::chrono::seconds(5));
+    settle();
+    EXPECT_TRUE(shows(notice)) << "it still fails";
+    m_keychain.setFailure({});
+    m_clock.advance(std::chrono::seconds(10));
+    EXPECT_TRUE(eventually([&] { return !shows(notice); }));
+    EXPECT_TRUE(SealedForm::isSealedField(chat->columns().sealedTitle)) << "what was left is sealed";
 }
 
 TEST_F(ChatPageTest, OnlyARowThatIsRunningShowsTheDots)

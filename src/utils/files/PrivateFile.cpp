@@ -90,6 +90,13 @@ void sync(int fd)
         throw FileError(Operation::Sync, errno);
 }
 
+void syncFolder(const QString &path)
+{
+    const Descriptor directory(
+        ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    sync(directory.get());
+}
+
 } // namespace
 
 FileError::FileError(Operation operation, int status)
@@ -115,7 +122,7 @@ void PrivateFile::write(const QString &path, QByteArrayView bytes)
     const QString folder = QFileInfo(path).absolutePath();
     createFolder(folder);
     const QByteArray target = QFile::encodeName(path);
-    QByteArray neighbour = target + ".XXXXXX";
+    QByteArray neighbour = target + ".part-XXXXXX"; // as in neighbourPattern
     {
         const Descriptor file(::mkostemp(neighbour.data(), O_CLOEXEC)); // mode 0600
         Unlinker unlinker(neighbour);
@@ -125,9 +132,16 @@ void PrivateFile::write(const QString &path, QByteArrayView bytes)
             throw FileError(Operation::Rename, errno);
         unlinker.release();
     }
-    const Descriptor directory(
-        ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    sync(directory.get());
+    syncFolder(folder);
+}
+
+void PrivateFile::move(const QString &from, const QString &to)
+{
+    createFolder(QFileInfo(to).absolutePath());
+    if (::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0)
+        throw FileError(Operation::Rename, errno);
+    syncFolder(QFileInfo(to).absolutePath());
+    syncFolder(QFileInfo(from).absolutePath());
 }
 
 std::optional<QByteArray> PrivateFile::read(const QString &path, qsizetype limit)

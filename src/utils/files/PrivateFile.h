@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QLatin1StringView>
 #include <QString>
 
 #include <exception>
@@ -33,6 +34,13 @@ namespace PrivateFile {
 // written and synced, renamed over the file, and the folder is synced. Missing folders are made, mode 0700.
 // Throws FileError.
 void write(const QString &path, QByteArrayView bytes);
+
+// What the neighbour's name has behind the file's, as a wildcard: one stays when the process is killed.
+inline constexpr QLatin1StringView neighbourPattern{".part-??????"};
+
+// Gives a file or folder another place on the same disk, for good: both folders are synced. A missing folder
+// at the new place is made. Throws FileError.
+void move(const QString &from, const QString &to);
 
 // The whole file, or nothing when there is none. A file above `limit` bytes throws FileError with EFBIG, any
 // other failure its errno.

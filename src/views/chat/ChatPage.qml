@@ -58,6 +58,15 @@ FocusScope {
             given: ({ message: root.shell.startupError, suggestion: root.shell.startupSuggestion })
             wanted: root.shell.startupError.length > 0
         }
+        Later {
+            Layout.alignment: Qt.AlignHCenter
+            Layout.preferredWidth: root.column
+            Layout.topMargin: Theme.gap8
+            visible: wanted
+            part: "chat/UnsealedNotice.qml"
+            given: ({ shell: root.shell })
+            wanted: root.shell.unsealedNotice.length > 0
+        }
         Item {
             Layout.fillWidth: true
             Layout.fillHeight: true

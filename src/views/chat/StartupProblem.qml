@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Morvane
 
-// The store would not open: said for as long as the program runs, because nothing new is kept meanwhile.
+// What stands in the way of keeping new text safe: said for as long as it lasts.
 Rectangle {
     id: root
 

@@ -1,0 +1,26 @@
+#include "support/FileSpy.h"
+
+// Preloaded into the program, kills it at the MORVANE_KILL_AT'th rename or sync in MORVANE_KILL_FOLDER.
+
+namespace morvane {
+
+namespace {
+
+class KillAtCall {
+public:
+    KillAtCall()
+        : m_spy(qEnvironmentVariable("MORVANE_KILL_FOLDER"))
+    {
+        m_spy.killAt(qEnvironmentVariableIntValue("MORVANE_KILL_AT"),
+                     {QStringLiteral("rename"), QStringLiteral("sync")});
+    }
+
+private:
+    FileSpy m_spy;
+};
+
+const KillAtCall killAtCall;
+
+} // namespace
+
+} // namespace morvane
