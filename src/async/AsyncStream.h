@@ -74,6 +74,7 @@ struct AsyncStream<T>::State : std::enable_shared_from_this<State> {
     bool wakesSoon = false; // a resumption is queued, meant for this waiter
     std::function<void()> onDrain;
     std::stop_source producerStop;
+    bool wasStopped = false; // the consumer's own stop came
 
     std::optional<T> take()
     {
@@ -136,8 +137,11 @@ public:
     void finish() { m_end->state->end(nullptr); }
     void fail(std::exception_ptr error) { m_end->state->end(std::move(error)); }
 
-    // Triggered when the consumer drops the stream.
+    // Triggered when the consumer drops the stream, or is stopped.
     [[nodiscard]] std::stop_token stopToken() const { return m_end->state->producerStop.get_token(); }
+
+    // Whether it was stopped, and didn't just have enough.
+    [[nodiscard]] bool wasStopped() const { return m_end->state->wasStopped; }
 
     // Events that the consumer has not taken yet, for producers that hold back.
     [[nodiscard]] std::size_t buffered() const { return m_end->state->buffer.size(); }
@@ -181,6 +185,7 @@ public:
     std::optional<T> await_resume()
     {
         m_onStop.reset();
+        m_state->wasStopped = m_state->wasStopped || m_stop.stop_requested();
         throwIfStopped(m_stop);
         if (auto event = m_state->take())
             return event;
@@ -195,6 +200,7 @@ private:
         void operator()() const
         {
             state->wake();
+            state->wasStopped = true;
             state->producerStop.request_stop();
         }
     };

@@ -197,7 +197,7 @@ void HttpExchange::answer()
             self->drained();
     });
     m_bodyUse = Body::Delivered;
-    m_onBodyDropped.emplace(producer.stopToken(), [this] { close(); });
+    m_onBodyDropped.emplace(producer.stopToken(), [this] { bodyDropped(); });
     // From here on the response's body stands for the request; its stream of one head may go.
     m_onHeadDropped.reset();
     m_head->yield(HttpResponse{.status = m_transfer->status(),
@@ -247,10 +247,12 @@ void HttpExchange::cancel()
     end({EgressOutcome::Failed{u"The request was cancelled."_s}}, std::make_exception_ptr(CancelledError()));
 }
 
-// The response has all that its reader wanted.
-void HttpExchange::close()
+// Whoever wasn't stopped has all that they wanted of the response.
+void HttpExchange::bodyDropped()
 {
-    if (m_transfer)
+    if (m_body && m_body->wasStopped())
+        cancel();
+    else if (m_transfer)
         end({EgressOutcome::Completed{m_transfer->status()}}, nullptr);
 }
 

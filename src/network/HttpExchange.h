@@ -61,7 +61,7 @@ private:
     void silenceChecked();
 
     void cancel();
-    void close();
+    void bodyDropped();
     void fail(const TransportError &error);
     void end(const EgressOutcome &outcome, const std::exception_ptr &error);
     void record(const EgressOutcome &outcome);
