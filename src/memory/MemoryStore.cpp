@@ -174,7 +174,7 @@ qsizetype MemoryStore::forget(const QString &description, const QString &chat)
         m_facts.erase(find(fact.id));
         removeReceiptsOf(fact.id);
     }
-    receipt.text = texts.join("; "_L1);
+    receipt.text = texts.join(u" · "_s);
     keepReceipt(std::move(receipt));
     factsWereChanged();
     Log::info(category, "Memory: forgot %ld fact(s)"_L1, {going.size()});

@@ -27,6 +27,11 @@ TEST(StopTest, NothingFollowsAStopThatComesWhileAnApprovalWaits)
     using Go = std::function<void(AppState &, const QString &before)>;
     const std::pair<const char *, Go> ways[] = {
         {"stops", [](AppState &state, const QString &) { state.presentation().chat->stopResponding(); }},
+        {"says no and stops at once",
+         [](AppState &state, const QString &) {
+             state.presentation().chat->decline();
+             state.presentation().chat->stopResponding();
+         }},
         {"begins another chat",
          [](AppState &state, const QString &) { state.presentation().chat->newConversation(); }},
         {"opens another chat",

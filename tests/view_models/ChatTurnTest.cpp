@@ -576,9 +576,11 @@ TEST_F(ChatTurnTest, AReadingOfTheScreenMarksItsChatForGood)
                  {u"2"_s, u"search_web"_s, uR"({"query":"x\nLooked at your screen\ny"})"_s}, {}});
          },
          {}},
-        {"a reading",
+        {"a reading with eight other calls behind it",
          [&](ChatMessage &) {
              replies.yield(Agent::ToolFinished{look, {}});
+             for (int call = 0; call < 8; ++call)
+                 replies.yield(Agent::ToolStarted{{u"3"_s, u"remember"_s, u"{}"_s}});
          },
          screen},
         {"one of an older build",
