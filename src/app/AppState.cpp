@@ -84,6 +84,11 @@ AppState::Termination AppState::shouldTerminate()
 {
     if (!m_ghost || !m_ghost->holdsMessages())
         return Termination::now;
+    // Another question is answered first: this one would take its place, and its answer with it.
+    if (!m_presentation.shell->questionTitle().isEmpty()) {
+        Q_EMIT mainWindowRequested();
+        return Termination::cancel;
+    }
     const auto question = GhostQuestion::ask(false);
     m_presentation.shell->ask(
         question.title, question.text, question.buttons(), [this, question](int button) {

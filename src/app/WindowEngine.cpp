@@ -2,6 +2,7 @@
 
 #include "network/RefusingNetworkAccessManagerFactory.h"
 
+#include <QCoreApplication>
 #include <QQmlComponent>
 #include <QtQml/QQmlExtensionPlugin>
 
@@ -41,6 +42,9 @@ void WindowEngine::loadComponent(const QString &fileName, const QVariantMap &pro
 {
     setInitialProperties(properties);
     load(urlOf(fileName));
+    // With its first load it has taken to quit the application as well, which asks the windows to close, and
+    // closing one puts it away. Whoever made the engine takes its quit.
+    disconnect(this, &QQmlEngine::quit, QCoreApplication::instance(), nullptr);
     delete std::exchange(m_prepared, nullptr);
 }
 

@@ -5,7 +5,7 @@
 namespace morvane {
 
 // An engine with the window's module in it that can't reach the network, so that nothing fetches by being
-// drawn.
+// drawn. Its quit() does nothing but tell who listens.
 class WindowEngine : public QQmlApplicationEngine {
     Q_OBJECT
 public:

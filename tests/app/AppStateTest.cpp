@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/GhostQuestion.h"
+#include "app/MainWindowController.h"
 #include "app/WhatChangedNotice.h"
 #include "async/Work.h"
 #include "memory/MemoryStore.h"
@@ -17,6 +18,7 @@
 #include "support/LogCapture.h"
 #include "support/ManualClock.h"
 #include "support/ScriptedServer.h"
+#include "support/WindowDriver.h"
 #include "utils/files/PrivateFile.h"
 #include "utils/text/Product.h"
 #include "view_models/ShellViewModel.h"
@@ -246,6 +248,36 @@ TEST_F(AppStateTest, QuittingAsksAboutAGhostChatWithMessages)
     EXPECT_EQ(quits, (QStringList{u"kept"_s, u"dropped"_s}));
     EXPECT_EQ(GhostQuestion::ask(true).buttons(), (QStringList{u"Drop"_s, u"Cancel"_s})) << "while locked";
     EXPECT_TRUE(GhostQuestion::ask(true).text.endsWith(u"To keep it, cancel and unlock first."_s));
+}
+
+// The key's own road: key, window, engine, delegate, and whatever else hears of a quit.
+TEST_F(AppStateTest, TheQuitKeyKeepsTheWindowWhileAQuestionIsOpen)
+{
+    start();
+    Ghost ghost;
+    state->setGhost(&ghost);
+    MainWindowController controller(state->presentation(), MainWindowController::prepareEngine());
+    AppDelegate delegate(*qGuiApp, *state);
+    QObject::connect(&controller.engine(), &QQmlEngine::quit, &delegate, &AppDelegate::requestQuit);
+    controller.show();
+    WindowDriver::settle();
+    ShellViewModel &shell = *state->presentation().shell;
+    const auto quit = [&] {
+        QTimer::singleShot(0, &delegate, [&] {
+            WindowDriver::press(controller.window(), Qt::Key_Q, Qt::ControlModifier);
+            delegate.requestQuit(); // a panel may have kept the key for itself
+            QMetaObject::invokeMethod(
+                qGuiApp, [] { QCoreApplication::exit(7); }, Qt::QueuedConnection);
+        });
+        return QGuiApplication::exec();
+    };
+    for (const auto &title : {u"Drop this Ghost chat?"_s, u"Another question?"_s}) {
+        EXPECT_EQ(quit(), 7);
+        EXPECT_EQ(controller.window()->visibility(), QWindow::Windowed);
+        EXPECT_EQ(shell.questionTitle(), title);
+        shell.answerQuestion(2);
+        shell.ask(u"Another question?"_s, {}, {u"Yes"_s}, {});
+    }
 }
 
 TEST_F(AppStateTest, QuittingEndsTheProgramAndStoresWhatHadArrivedUnlessThePersonHasToBeAsked)
