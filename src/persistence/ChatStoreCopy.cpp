@@ -8,9 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <cstdio>
 
 namespace morvane {
 
@@ -39,15 +37,6 @@ Moved countsOf(const Fingerprint &source)
     return {std::ssize(source.conversations), std::ssize(source.messages), std::ssize(source.documents)};
 }
 
-bool syncToDisk(const QString &path)
-{
-    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
-    const bool isSynced = descriptor >= 0 && ::fsync(descriptor) == 0;
-    if (descriptor >= 0)
-        ::close(descriptor);
-    return isSynced;
-}
-
 bool copyFiles(const Move &move, const QString &part)
 {
     const auto from = StoreFiles::withCompanions(move.source);
@@ -74,11 +63,11 @@ std::optional<QString> wrongWith(const QString &part, const Move &move, const Fi
 bool putInPlace(const QString &part, const QString &target)
 {
     const auto [file, log, index] = StoreFiles::withCompanions(part);
-    if (StoreFiles::exists(log) || !StoreFiles::remove(target) || !syncToDisk(part))
+    if (StoreFiles::exists(log) || !StoreFiles::remove(target) || !StoreFiles::syncToDisk(part))
         return false;
     if (::rename(QFile::encodeName(part).constData(), QFile::encodeName(target).constData()) != 0)
         return false;
-    return syncToDisk(QFileInfo(target).path());
+    return StoreFiles::syncToDisk(QFileInfo(target).path());
 }
 
 // The columns of a table as they are called in a store, in the order of the schema; NULL for one that it
@@ -101,7 +90,7 @@ void copyRows(Database &source, Database &target, const StoreSchema::Table &tabl
     }
     Statement rows =
         source.prepare("SELECT " + selected(source, table) + " FROM " + table.name + " ORDER BY rowid");
-    Statement insert = target.prepare(QByteArray("INSERT OR IGNORE INTO ") + table.name + "(" +
+    Statement insert = target.prepare(QByteArray("INSERT OR REPLACE INTO ") + table.name + "(" +
                                       names.join(',') + ") VALUES(" + marks.join(',') + ")");
     while (rows.step()) {
         for (std::size_t i = 0; i < table.columns.size(); ++i)
@@ -115,7 +104,23 @@ std::optional<QString> copyAllRows(Database &source, Database &target, const Mov
 {
     for (const auto &table : StoreSchema::tables())
         copyRows(source, target, table);
-    return shortcoming(expected, fingerprint(target, *move.sealing));
+    return shortcoming(expected, fingerprint(target, *move.sealing, &expected));
+}
+
+// The chat that every start makes for the person to write in has no messages and doesn't count.
+bool holdsMessages(Database &store)
+{
+    const QByteArray owner = columnName<ChatMessage>(&ChatMessage::Columns::conversation);
+    return store.integer("SELECT EXISTS(SELECT 1 FROM " + QByteArray(RecordTable<ChatMessage>::name) +
+                         " WHERE " + owner + " IN (SELECT " + idColumn + " FROM " +
+                         RecordTable<Conversation>::name + "))") != 0;
+}
+
+// As after a move that was cut off before the old file went.
+bool holdsAllOf(Database &source, Database &target, const Move &move, const Fingerprint &expected)
+{
+    const Fingerprint said = fingerprintOfWhatWasSaid(source, *move.sealing, expected);
+    return !shortcoming(said, fingerprint(target, *move.sealing, &said));
 }
 
 } // namespace
@@ -150,8 +155,12 @@ Outcome ChatStoreCopy::intoLiveStore(const Move &move, Database &source, const F
     std::optional<Database> target;
     try {
         target = StoreFiles::open(move.target);
-        if (target->integer(QByteArray("SELECT count(*) FROM ") + RecordTable<Conversation>::name) > 0)
+        if (holdsMessages(*target) && holdsAllOf(source, *target, move, expected))
+            return countsOf(expected);
+        if (holdsMessages(*target))
             return KeptBoth{move.source, std::ssize(expected.conversations)};
+        if (!target->isWhole())
+            return cannotOpen(move.target);
         target->execute("BEGIN IMMEDIATE");
     } catch (const std::exception &) {
         return cannotOpen(move.target);

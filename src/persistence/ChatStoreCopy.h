@@ -14,7 +14,8 @@ namespace ChatStoreCopy {
 [[nodiscard]] ChatStoreLocation::Outcome intoFreshFile(const ChatStoreLocation::Move &move,
                                                        const ChatStoreLocation::Fingerprint &expected);
 
-// Copies the rows into the store at the target, when that has no conversation.
+// Copies the rows into the store at the target, when that has no chat with messages. One that holds all that
+// was said in the source already counts as moved into.
 [[nodiscard]] ChatStoreLocation::Outcome intoLiveStore(const ChatStoreLocation::Move &move, Database &source,
                                                        const ChatStoreLocation::Fingerprint &expected);
 

@@ -28,8 +28,15 @@ struct Fingerprint {
     }
 };
 
-// The database may still have the former column names. Throws DatabaseError.
-[[nodiscard]] Fingerprint fingerprint(Database &database, const FieldSealing &sealing);
+// Of the whole store, or of those rows alone that `only` names. The database may still have the former column
+// names. Throws DatabaseError.
+[[nodiscard]] Fingerprint fingerprint(Database &database, const FieldSealing &sealing,
+                                      const Fingerprint *only = nullptr);
+
+// What was said in a store whose fingerprint is `whole`, and the files that came along: chats without
+// messages don't count. Throws DatabaseError.
+[[nodiscard]] Fingerprint fingerprintOfWhatWasSaid(Database &database, const FieldSealing &sealing,
+                                                   Fingerprint whole);
 
 // Why the copy isn't whole; nothing when it is.
 [[nodiscard]] std::optional<QString> shortcoming(const Fingerprint &source, const Fingerprint &copy);

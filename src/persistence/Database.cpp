@@ -11,6 +11,8 @@ namespace {
 // How long a statement waits for another process that is writing.
 constexpr int busyTimeoutMilliseconds = 5000;
 
+constexpr int pagesInLog = 1000; // from there on a save folds it, as SQLite does by itself
+
 } // namespace
 
 void Database::Closer::operator()(sqlite3 *connection) const
@@ -73,6 +75,30 @@ bool Database::isInTransaction() const
 bool Database::isReadOnly() const
 {
     return sqlite3_db_readonly(m_connection.get(), "main") == 1;
+}
+
+void Database::setWriting(Writing writing)
+{
+    const bool isToFile = writing == Writing::ToFile;
+    sqlite3_wal_autocheckpoint(m_connection.get(), isToFile ? pagesInLog : 0);
+    sqlite3_db_config(m_connection.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, isToFile ? 0 : 1, nullptr);
+}
+
+bool Database::isWhole()
+{
+    try {
+        Statement statement = prepare("PRAGMA quick_check(1)");
+        return statement.step() && statement.text() == QLatin1StringView("ok");
+    } catch (const DatabaseError &error) {
+        if (error.isDamage())
+            return false;
+        throw;
+    }
+}
+
+void Database::interrupt()
+{
+    sqlite3_interrupt(m_connection.get());
 }
 
 } // namespace morvane

@@ -37,6 +37,21 @@ public:
     // A file that can't be written opens all the same.
     [[nodiscard]] bool isReadOnly() const;
 
+    // Where what is written ends up. The log holds it as safely as the file, and a reader finds it in either.
+    enum class Writing {
+        ToFile,     // in the log first, which is folded into the file now and then and when it is closed
+        ToLogAlone, // the file stays as it is, also when it is closed
+    };
+    void setWriting(Writing writing);
+
+    // Reads through the whole file, which takes as long as reading it. False when it is damaged: pages that
+    // are none, or that hang together in ways they can't. Bytes within a stored value are not looked at.
+    // DatabaseError tells of other trouble.
+    [[nodiscard]] bool isWhole();
+
+    // Ends the statement that runs now, with SQLITE_INTERRUPT. From any thread, while the database lives.
+    void interrupt();
+
     // Also done by the destructor. The last connection to a file folds its log into it.
     void close() { m_connection.reset(); }
 

@@ -14,6 +14,10 @@ public:
     {}
 
     [[nodiscard]] int code() const { return m_code; }
+    // The file isn't, or is no longer, what SQLite wrote.
+    [[nodiscard]] bool isDamage() const;
+    // Another connection is in the way; the file may be as good as ever.
+    [[nodiscard]] bool isHeldElsewhere() const;
     [[nodiscard]] const char *what() const noexcept override { return m_description.c_str(); }
 
 private:

@@ -1,5 +1,6 @@
 #include "persistence/LegacyBundleMigration.h"
 
+#include "persistence/StoreFiles.h"
 #include "security/KeychainError.h"
 #include "security/KeychainServicing.h"
 #include "security/LegacySecretListing.h"
@@ -10,6 +11,7 @@
 #include <QDir>
 #include <QSet>
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 
@@ -24,6 +26,8 @@ using LegacyBundleMigration::Surroundings;
 constexpr auto category = Log::Category::Persistence;
 constexpr std::array identifiers{"ai.quelmarfolk.macos"_L1, "ai.quelmarfolk.mac"_L1,
                                  "com.morvane.Quelmar"_L1};
+
+constexpr auto everything = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
 
 // A value that is already set here wins.
 void carryOverSettings(const Surroundings &surroundings, const QString &identifier)
@@ -51,18 +55,39 @@ std::filesystem::path nativePath(const QString &path)
     return QFile::encodeName(path).toStdString();
 }
 
-// How many items moved. Throws std::filesystem::filesystem_error or FileError.
+bool isTaken(const QString &path)
+{
+    return std::filesystem::exists(std::filesystem::symlink_status(nativePath(path)));
+}
+
+// A database and its companions are one: beside another database a log is applied to that, or thrown away.
+bool canMove(const QString &from, const QString &to, const QStringList &names, const QString &name)
+{
+    if (StoreFiles::ownerOf(name) || isTaken(to + u'/' + name))
+        return false; // a companion goes into its database, or stays with it
+    const auto isOfThis = [&](const QString &other) { return StoreFiles::ownerOf(other) == name; };
+    if (std::ranges::any_of(QDir(to).entryList(everything), isOfThis))
+        return false;
+    if (std::ranges::any_of(names, isOfThis))
+        StoreFiles::fold(from + u'/' + name);
+    return true;
+}
+
+// How many items moved. One that can't move doesn't hold up the others.
 int moveContents(const QString &from, const QString &to)
 {
     int moved = 0;
-    const auto everything = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
-    for (const QString &name : QDir(from).entryList(everything)) {
-        const auto target = nativePath(to + u'/' + name);
-        if (std::filesystem::exists(std::filesystem::symlink_status(target)))
-            continue;
-        PrivateFile::createFolder(to);
-        std::filesystem::rename(nativePath(from + u'/' + name), target);
-        ++moved;
+    const QStringList names = QDir(from).entryList(everything);
+    for (const QString &name : names) {
+        try {
+            if (!canMove(from, to, names, name))
+                continue;
+            PrivateFile::createFolder(to);
+            std::filesystem::rename(nativePath(from + u'/' + name), nativePath(to + u'/' + name));
+            ++moved;
+        } catch (const std::exception &error) {
+            Log::error(category, "Migration: app-support move failed — %s"_L1, {error.what()});
+        }
     }
     return moved;
 }
@@ -73,14 +98,10 @@ void moveSupportFiles(const Surroundings &surroundings, const QString &identifie
     const QFileInfo info(folder);
     if (!info.isDir() || info.isSymLink())
         return;
-    try {
-        const int moved = moveContents(folder, surroundings.folders.data + u'/' + Product::storeFolder);
-        QDir().rmdir(folder); // only when nothing is left in it
-        if (moved > 0)
-            Log::info(category, "Migration: moved app-support contents to the new folder"_L1);
-    } catch (const std::exception &error) {
-        Log::error(category, "Migration: app-support move failed — %s"_L1, {error.what()});
-    }
+    const int moved = moveContents(folder, surroundings.folders.data + u'/' + Product::storeFolder);
+    QDir().rmdir(folder); // only when nothing is left in it
+    if (moved > 0)
+        Log::info(category, "Migration: moved app-support contents to the new folder"_L1);
 }
 
 // Another secret under the same account stays, and so does the old one: either may be the key to stored data.

@@ -45,8 +45,11 @@ protected:
         ObjectContext context(StoreFiles::open(file), sealing);
         const auto chats = context.fetch<Conversation>();
         EXPECT_EQ(titlesOf(chats), titles);
-        for (const auto &chat : chats)
-            EXPECT_EQ(textsOf(*chat), QStringList({chat->title(), chat->title() + u" again"_s}));
+        for (const auto &chat : chats) {
+            const QString title = chat->title();
+            EXPECT_EQ(textsOf(*chat),
+                      title == u"empty" ? QStringList() : QStringList({title, title + u" again"_s}));
+        }
     }
 
     [[nodiscard]] Move move()
@@ -75,11 +78,11 @@ protected:
     }
 
     // Moves one conversation, "a".
-    void expectMoved()
+    void expectMoved(const QStringList &titles = {u"a"_s})
     {
         expectMove<Moved>(move(), u"Moved 1 conversations, 2 messages and 1 document records into the app's "
                                   "own encrypted store"_s);
-        expectChats(path, {u"a"_s});
+        expectChats(path, titles);
         EXPECT_TRUE(QDir(folders.data).entryList({u"default.store*"_s}, QDir::Files).isEmpty());
     }
 
@@ -118,6 +121,24 @@ TEST_F(ChatStoreMoveTest, OfAnyAgeTheStoreArrivesWholeAtAFreshTargetAndAtAnEmpty
     makeStore(source, {u"late"_s});
     expectMove<NothingToMove>(move(), {});
     EXPECT_TRUE(StoreFiles::exists(source));
+}
+
+// A start whose move failed made an empty chat; one that was killed left the old file when all was copied.
+TEST_F(ChatStoreMoveTest, WhatAnEarlierStartLeftDoesNotHoldUpTheMove)
+{
+    const auto add = [&](const QString &title, const QStringList &texts) {
+        ObjectContext context(StoreFiles::open(path), sealing);
+        ConversationRepository repository(context, clock);
+        makeChat(repository, title, texts);
+    };
+    startOver();
+    const QByteArray old = bytesOf(source);
+    add(u"empty"_s, {});
+    expectMoved({u"empty"_s, u"a"_s});
+    add(u"b"_s, {u"b"_s, u"b again"_s});
+    defaults.removeAll();
+    PrivateFile::write(source, old);
+    expectMoved({u"empty"_s, u"a"_s, u"b"_s});
 }
 
 // A power cut at any moment finds a whole store.

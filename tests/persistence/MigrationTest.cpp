@@ -1,3 +1,4 @@
+#include "persistence/Database.h"
 #include "persistence/DepartedData.h"
 #include "persistence/InMemorySettingsRepository.h"
 #include "persistence/LegacyBundleMigration.h"
@@ -55,6 +56,11 @@ protected:
     {
         const auto everything = QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot;
         return QDir(folders.data + u'/' + folder).entryList(everything, QDir::Name).join(u' ');
+    }
+
+    [[nodiscard]] static QByteArray bytesOf(const QString &path)
+    {
+        return PrivateFile::read(path, 1 << 20).value_or(QByteArray());
     }
 
     [[nodiscard]] QString supportPath(const QString &name) const
@@ -119,6 +125,26 @@ TEST_F(MigrationTest, SupportFilesMoveUnlessTheirNameIsTaken)
     EXPECT_EQ(itemsOf(old), u"taken"_s);
     EXPECT_EQ(logged(u"Migration: app-support move failed — <private>"_s), 1);
     EXPECT_EQ(keychain.read(u"account"_s), u"value"_s);
+}
+
+TEST_F(MigrationTest, AStoreMovesWithItsLogOrNotAtAll)
+{
+    const QString died = home.filePath(u"died"_s);
+    Database database = Database::open(died, Database::Access::Create);
+    database.execute(
+        "PRAGMA journal_mode=WAL; CREATE TABLE notes(text); INSERT INTO notes VALUES('in the log')");
+    for (const QString &folder : {oldest, older}) {
+        place(folder, u"store"_s, bytesOf(died));
+        place(folder, u"store-wal"_s, bytesOf(died + u"-wal"_s));
+    }
+    place(old, u"other other-wal single"_s);
+    place(u"Morvane"_s, u"single-wal"_s);
+    migrate();
+    EXPECT_EQ(itemsOf(u"Morvane"_s), u"single-wal store"_s);
+    const QString moved = folders.data + u"/Morvane/store"_s;
+    EXPECT_EQ(Database::open(moved, Database::Access::ReadWrite).integer("SELECT count(*) FROM notes"), 1);
+    EXPECT_EQ(itemsOf(older), u"store store-wal"_s);
+    EXPECT_EQ(itemsOf(old), u"other other-wal single"_s) << "none of them is a store, and a log is kept";
 }
 
 TEST_F(MigrationTest, SecretsMoveAndNeverReplaceAnother)
