@@ -26,7 +26,6 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
     , m_sealingWatch(m_storage, *m_presentation.shell, clock, work)
 {
     letThePersonApprove();
-    m_storage.applyRetention(clock);
 }
 
 // What still runs beside the GUI thread may use the services, so it ends before they go; the chat that calls

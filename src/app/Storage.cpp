@@ -51,6 +51,7 @@ Storage::Storage(const CommandLine &commandLine, Host host, Clock &clock, const 
     if (commandLine.resetOnboarding)
         settings->setOnboardingComplete(false);
     openStore(clock);
+    applyRetention(clock);
 }
 
 Storage::~Storage() = default;

@@ -39,10 +39,8 @@ struct Storage {
     std::unique_ptr<PersistenceController> persistence;
     // Why the store on disk did not open; one in memory stands in for it then.
     std::optional<PersistenceError> startupError;
+    // Chats that are older than the person keeps them have gone, before one of them can be opened.
     std::unique_ptr<ConversationRepository> repository;
-
-    // Removes the chats that are older than the person keeps them.
-    void applyRetention(const Clock &clock);
 
     // Seals what stands readable in the store and in files, as far as it can be sealed now. Never throws.
     void sealWhatIsReadable();
@@ -56,6 +54,7 @@ private:
     void sealPlainTexts();
     void removeDepartedData();
     void openStore(Clock &clock);
+    void applyRetention(const Clock &clock);
 };
 
 } // namespace morvane

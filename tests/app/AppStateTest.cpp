@@ -23,6 +23,7 @@
 #include "utils/text/Product.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/sidebar/ConversationListModel.h"
 
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -128,13 +129,18 @@ TEST_F(AppStateTest, ChatsGoWhenTheirTimeIsOver)
     state->presentation().chat->sendMessage(u"old words"_s, std::nullopt);
     const QUuid id = state->storage().repository->mostRecent()->id();
     state->storage().settings->setConversationRetention(ConversationRetention::sevenDays);
-    for (const auto &[days, isKept] :
-         {std::pair{std::chrono::days(6), true}, {std::chrono::days(2), false}}) {
+    for (const auto &[days, isKept] : {std::pair{std::chrono::days(6), true},
+                                       {std::chrono::days(2), false},
+                                       {std::chrono::days(8), false}}) {
         state->willTerminate();
         TestWait::settle();
         clock.advance(days);
         start();
         EXPECT_EQ(state->storage().repository->find(id) != nullptr, isKept);
+        const auto &presentation = state->presentation();
+        EXPECT_TRUE(state->storage().repository->find(QUuid(presentation.chat->conversationId())))
+            << "the chat to write in is none of those that went";
+        EXPECT_EQ(presentation.conversations->rowCount(), state->storage().repository->count());
     }
 }
 

@@ -249,6 +249,15 @@ TEST_F(SettingsWindowTest, AppearanceFollowsItsChoices)
     EXPECT_FALSE(settings.reduceAnimation());
 }
 
+TEST_F(SettingsWindowTest, HowLongChatsAreKeptIsChosenAndSaysWhatThatMeans)
+{
+    turnTo(u"chats"_s);
+    EXPECT_TRUE(says(u"stays until you delete it"_s));
+    click(control(u"retention.thirtyDays"_s));
+    EXPECT_EQ(m_app->storage().settings->conversationRetention(), ConversationRetention::thirtyDays);
+    EXPECT_TRUE(says(u"are deleted for good"_s));
+}
+
 TEST_F(SettingsWindowTest, TheLedgerIsFollowedOnlyWhileItIsShown)
 {
     NetworkLedgerViewModel &ledger = *m_app->presentation().networkLedger;

@@ -24,6 +24,7 @@ Rectangle {
                 { page: "instructions", title: qsTr("Instructions"), glyph: "quill" },
                 { page: "abilities", title: qsTr("Abilities"), glyph: "globe" },
                 { page: "memory", title: qsTr("Memory"), glyph: "note" },
+                { page: "chats", title: qsTr("Chats"), glyph: "chat" },
                 { page: "appearance", title: qsTr("Appearance"), glyph: "appearance" },
                 { page: "network", title: qsTr("Network"), glyph: "network" }
             ]

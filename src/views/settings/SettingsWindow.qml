@@ -17,7 +17,7 @@ T.ApplicationWindow {
     required property NetworkLedgerViewModel networkLedger
     required property ShellViewModel shell
     // In the order of the menu and of the pages below.
-    readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "appearance", "network"]
+    readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "chats", "appearance", "network"]
     property string page: pages[0]
 
     width: 860
@@ -72,6 +72,10 @@ T.ApplicationWindow {
             MemoryPage {
                 memory: root.memory
                 settings: root.settings
+            }
+            ChatsPage {
+                settings: root.settings
+                productName: root.shell.productName
             }
             AppearancePage {
                 settings: root.settings
