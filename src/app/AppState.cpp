@@ -24,7 +24,12 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
     , m_assistant(commandLine, m_storage, secrets, clock, work)
     , m_presentation(m_storage, m_assistant, secrets, clock, work, notifications)
     , m_sealingWatch(m_storage, *m_presentation.shell, clock, work)
+    , m_storeNotices(m_storage, *m_presentation.shell, work)
 {
+    connect(&m_storeNotices, &StoreNotices::quitChosen, this, [this] {
+        if (shouldTerminate() == Termination::now)
+            Q_EMIT quitConfirmed();
+    });
     letThePersonApprove();
 }
 
@@ -64,6 +69,7 @@ void AppState::start()
 {
     Q_EMIT mainWindowRequested();
     showWhatChangedNotice();
+    m_storeNotices.start();
     Log::info(Log::Category::App, "Application started (%s)"_L1, {SettingsStore::versionText()});
     didBecomeActive();
 }

@@ -4,6 +4,7 @@
 #include "app/Presentation.h"
 #include "app/SealingWatch.h"
 #include "app/Storage.h"
+#include "app/StoreNotices.h"
 
 #include <QObject>
 
@@ -55,6 +56,7 @@ private:
     Assistant m_assistant;
     Presentation m_presentation;
     SealingWatch m_sealingWatch;
+    StoreNotices m_storeNotices;
     GhostKeeping *m_ghost = nullptr;
 };
 

@@ -70,7 +70,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets
     , networkLedger(std::make_unique<NetworkLedgerViewModel>(*assistant.networkLedger, clock))
     , shell(std::make_unique<ShellViewModel>(
           settings, storage.startupError ? storage.startupError->userMessage() : QString(),
-          storage.startupError ? storage.startupError->recoverySuggestion().value_or(QString()) : QString()))
+          storage.startupAdvice()))
 {
     QObject::connect(chat.get(), &ChatViewModel::conversationsChanged, conversations.get(),
                      &ConversationListModel::refresh);

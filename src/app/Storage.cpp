@@ -99,6 +99,8 @@ void Storage::openStore(Clock &clock)
                                              .isVaultLocked = [vault = vault] { return vault->isLocked(); }};
     try {
         persistence = PersistenceController::onDisk(place, vault);
+        // A damaged file is not to be written over before the person knows of it.
+        persistence->mainContext().setWriting(Database::Writing::ToLogAlone);
     } catch (const PersistenceError &error) {
         startupError = error;
         persistence = PersistenceController::inMemory(std::make_shared<ProcessKeySealing>());
@@ -121,6 +123,16 @@ void Storage::sealWhatIsReadable()
     sealPlainTexts();
     if (m_host == Host::application)
         sealLeftovers();
+}
+
+QString Storage::startupAdvice() const
+{
+    if (!startupError)
+        return {};
+    const QString advice = startupError->recoverySuggestion().value_or(QString());
+    if (startupError->reason().cause == PersistenceError::Cause::otherProcess)
+        return advice;
+    return advice + u"\n\n"_s + QFileInfo(ChatStoreLocation::storePath(folders)).path();
 }
 
 void Storage::applyRetention(const Clock &clock)

@@ -39,6 +39,8 @@ struct Storage {
     std::unique_ptr<PersistenceController> persistence;
     // Why the store on disk did not open; one in memory stands in for it then.
     std::optional<PersistenceError> startupError;
+    // What to do about that, and where its folder is; empty for none.
+    [[nodiscard]] QString startupAdvice() const;
     // Chats that are older than the person keeps them have gone, before one of them can be opened.
     std::unique_ptr<ConversationRepository> repository;
 

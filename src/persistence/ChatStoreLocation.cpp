@@ -98,6 +98,8 @@ Outcome run(const Move &move)
         return moveRecords(move, std::move(source), expected);
     } catch (const DatabaseError &error) {
         return error.code() == SQLITE_NOTADB ? notOurs() : Outcome(cannotOpen(move.source));
+    } catch (const FileError &) {
+        return cannotOpen(move.target);
     }
 }
 
@@ -145,10 +147,10 @@ std::optional<ChatStoreMigrationLock> lockFor(const Move &move)
     const QString folder = QFileInfo(move.target).path();
     try {
         PrivateFile::createFolder(folder);
+        return FileLock::acquire(folder + u'/' + lockName, move.lockLimit, move.pause);
     } catch (const FileError &) {
         return std::nullopt;
     }
-    return FileLock::acquire(folder + u'/' + lockName, move.lockLimit, move.pause);
 }
 
 Outcome applied(const Move &move, Outcome outcome)

@@ -44,6 +44,11 @@ T answerOr(T otherwise, Ask ask)
     }
 }
 
+PersistenceError::Cause causeOf(const DatabaseError &error)
+{
+    return error.isHeldElsewhere() ? PersistenceError::Cause::otherProcess : PersistenceError::Cause::store;
+}
+
 QStringList lines(const QString &text)
 {
     static const QRegularExpression newline(u"\\r\\n|[\\n\\r\\x{0B}\\x{0C}\\x{85}\\x{2028}\\x{2029}]"_s);
@@ -109,7 +114,7 @@ void ConversationRepository::save()
         m_context.save();
     } catch (const DatabaseError &error) {
         Log::error(category, "Save failed: %s"_L1, {error.what()});
-        throw PersistenceError(PersistenceError::Reason::saveFailed);
+        throw PersistenceError(PersistenceError::Reason::saveFailed, causeOf(error));
     }
 }
 

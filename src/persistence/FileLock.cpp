@@ -1,5 +1,7 @@
 #include "persistence/FileLock.h"
 
+#include "utils/files/PrivateFile.h"
+
 #include <QFile>
 
 #include <cerrno>
@@ -23,7 +25,7 @@ std::optional<FileLock> FileLock::acquire(const QString &path, std::chrono::mill
     const int descriptor =
         ::open(QFile::encodeName(path).constData(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR);
     if (descriptor < 0)
-        return std::nullopt;
+        throw FileError(FileError::Operation::Open, errno);
     FileLock lock(descriptor); // closes the file when no attempt succeeds
     for (std::chrono::milliseconds waited{0};; waited += betweenAttempts) {
         if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0)

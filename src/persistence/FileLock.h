@@ -15,8 +15,8 @@ class FileLock {
 public:
     using Pause = std::function<void(std::chrono::milliseconds)>;
 
-    // Makes the file, mode 0600. Nothing when another holds the lock for all of `limit`, and when the file
-    // can't be made. `pause` lets a short while pass between two attempts.
+    // Makes the file, mode 0600. Nothing when another holds the lock for all of `limit`. `pause` lets a short
+    // while pass between two attempts. Throws FileError when the file can't be made.
     [[nodiscard]] static std::optional<FileLock> acquire(const QString &path, std::chrono::milliseconds limit,
                                                          const Pause &pause = sleep);
 

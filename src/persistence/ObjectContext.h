@@ -74,6 +74,9 @@ public:
 
     [[nodiscard]] bool hasChanges() const;
 
+    // Where saves end up from now on.
+    void setWriting(Database::Writing writing) { m_database.setWriting(writing); }
+
     // Writes everything that changed, in one transaction. When that fails the store stays as it was, and the
     // changes stay here for the next attempt.
     void save();

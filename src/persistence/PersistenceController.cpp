@@ -26,10 +26,11 @@ ChatStoreLocation::Move moveTo(const PersistenceController::Place &place,
             .isVaultLocked = place.isVaultLocked};
 }
 
-[[noreturn]] void fail(const char *description)
+[[noreturn]] void fail(const char *description,
+                       PersistenceError::Cause cause = PersistenceError::Cause::store)
 {
     Log::error(category, "Failed to open model container: %s"_L1, {description});
-    throw PersistenceError(PersistenceError::Reason::storeUnavailable);
+    throw PersistenceError(PersistenceError::Reason::storeUnavailable, cause);
 }
 
 // Runs `open`, and tells the log how it went.
@@ -40,6 +41,9 @@ Database opened(bool isInMemory, Open open)
         Database database = open();
         Log::info(category, "Model container opened (inMemory: %{bool}d)"_L1, {isInMemory});
         return database;
+    } catch (const DatabaseError &error) {
+        fail(error.what(), error.isHeldElsewhere() ? PersistenceError::Cause::otherProcess
+                                                   : PersistenceError::Cause::store);
     } catch (const std::exception &error) {
         fail(error.what());
     }
@@ -47,14 +51,15 @@ Database opened(bool isInMemory, Open open)
 
 FileLock rightTo(const QString &path, std::chrono::milliseconds patience)
 {
+    std::optional<FileLock> lock;
     try {
         PrivateFile::createFolder(QFileInfo(path).path());
+        lock = StoreFiles::lock(path, patience);
     } catch (const FileError &error) {
         fail(error.what());
     }
-    auto lock = StoreFiles::lock(path, patience);
     if (!lock)
-        fail("another process has the store open, or its folder cannot be written");
+        fail("another process has the store open", PersistenceError::Cause::otherProcess);
     return *std::move(lock);
 }
 

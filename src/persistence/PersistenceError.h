@@ -6,16 +6,27 @@ namespace morvane {
 
 struct PersistenceErrorCases {
     enum class Reason { storeUnavailable, saveFailed };
-    using Case = Reason;
+    enum class Cause {
+        store,        // its files, or the disk
+        otherProcess, // has it open; the store is none the worse for that
+    };
+    struct Case {
+        Reason reason;
+        Cause cause = Cause::store;
+
+        bool operator==(const Case &) const = default;
+    };
 };
 
 class PersistenceError final : public ErrorFamily<PersistenceErrorCases> {
 public:
-    using ErrorFamily::ErrorFamily;
+    explicit PersistenceError(Reason reason, Cause cause = Cause::store)
+        : ErrorFamily(Case{reason, cause})
+    {}
 
     [[nodiscard]] QString userMessage() const override;
     [[nodiscard]] std::optional<QString> recoverySuggestion() const override;
-    [[nodiscard]] bool isRetryable() const override { return is(Reason::saveFailed); }
+    [[nodiscard]] bool isRetryable() const override { return reason().reason == Reason::saveFailed; }
 };
 
 } // namespace morvane

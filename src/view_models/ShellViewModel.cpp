@@ -104,6 +104,24 @@ void ShellViewModel::answerQuestion(int button)
         question.answered(button);
 }
 
+void ShellViewModel::tell(const QString &title, const QString &text, const QStringList &buttons,
+                          std::function<void(int)> answered)
+{
+    m_notices.push_back({title, text, buttons, std::move(answered)});
+    Q_EMIT noticeChanged();
+}
+
+void ShellViewModel::answerNotice(int button)
+{
+    if (m_notices.empty())
+        return;
+    const auto answered = m_notices.front().answered;
+    m_notices.pop_front();
+    Q_EMIT noticeChanged();
+    if (answered)
+        answered(button);
+}
+
 void ShellViewModel::copy(const QString &text) const
 {
     QGuiApplication::clipboard()->setText(text);

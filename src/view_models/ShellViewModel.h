@@ -6,6 +6,7 @@
 #include <QUrl>
 #include <QtQml/qqmlregistration.h>
 
+#include <deque>
 #include <functional>
 
 namespace morvane {
@@ -34,6 +35,10 @@ class ShellViewModel : public QObject {
     Q_PROPERTY(QString questionTitle READ questionTitle NOTIFY questionChanged)
     Q_PROPERTY(QString questionText READ questionText NOTIFY questionChanged)
     Q_PROPERTY(QStringList questionButtons READ questionButtons NOTIFY questionChanged)
+    // What stands in the window until the person has answered it, and lets them go on; no title for none.
+    Q_PROPERTY(QString noticeTitle READ noticeTitle NOTIFY noticeChanged)
+    Q_PROPERTY(QString noticeText READ noticeText NOTIFY noticeChanged)
+    Q_PROPERTY(QStringList noticeButtons READ noticeButtons NOTIFY noticeChanged)
 
 public:
     ShellViewModel(SettingsStore &settings, QString startupError, QString startupSuggestion,
@@ -57,11 +62,20 @@ public:
     [[nodiscard]] const QString &questionText() const { return m_question.text; }
     [[nodiscard]] const QStringList &questionButtons() const { return m_question.buttons; }
 
+    [[nodiscard]] QString noticeTitle() const { return notice().title; }
+    [[nodiscard]] QString noticeText() const { return notice().text; }
+    [[nodiscard]] QStringList noticeButtons() const { return notice().buttons; }
+
     // Shows a question in place of any former one, which stays unanswered. `answered` gets the index of the
     // button, or -1 when the question was closed.
     void ask(const QString &title, const QString &text, const QStringList &buttons,
              std::function<void(int)> answered);
     Q_INVOKABLE void answerQuestion(int button);
+
+    // Shows a notice once the former ones are answered. `answered` gets the index of the button.
+    void tell(const QString &title, const QString &text, const QStringList &buttons,
+              std::function<void(int)> answered);
+    Q_INVOKABLE void answerNotice(int button);
 
     // Puts plain text on the clipboard.
     Q_INVOKABLE void copy(const QString &text) const;
@@ -74,6 +88,7 @@ Q_SIGNALS:
     void keychainNoticeChanged();
     void unsealedNoticeChanged();
     void questionChanged();
+    void noticeChanged();
     void linkRequested(const QUrl &address);
     void settingsRequested(); // something outside the window asks for the settings page
 
@@ -90,7 +105,10 @@ private:
         QStringList buttons;
         std::function<void(int)> answered;
     };
+    [[nodiscard]] Question notice() const { return m_notices.empty() ? Question{} : m_notices.front(); }
+
     Question m_question;
+    std::deque<Question> m_notices; // the first one is shown
 };
 
 } // namespace morvane

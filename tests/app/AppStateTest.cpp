@@ -144,6 +144,79 @@ TEST_F(AppStateTest, ChatsGoWhenTheirTimeIsOver)
     }
 }
 
+// Until the person has decided, all that is written goes beside a damaged file.
+TEST_F(AppStateTest, DamageIsToldOfAndTheFileStaysAsItIsUntilThePersonHasDecided)
+{
+    const QString path = ChatStoreLocation::storePath(commandLine.folders());
+    const auto bytes = [](const QString &file) {
+        return PrivateFile::read(file, 1 << 24).value_or(QByteArray());
+    };
+    const auto startAndTell = [&] {
+        start();
+        state->start();
+        TestWait::until([&] { return !state->presentation().shell->noticeTitle().isEmpty(); });
+        EXPECT_EQ(state->presentation().shell->noticeTitle(), u"The file with your chats is damaged."_s);
+    };
+    start();
+    ConversationRepository &repository = *state->storage().repository;
+    const auto chat = repository.mostRecent();
+    for (int i = 0; i < 60; ++i)
+        repository.add(repository.makeMessage({.id = QUuid::createUuid(), .content = QString(900, u'x')}),
+                       *chat);
+    state.reset();
+    Database::open(path, Database::Access::ReadWrite).execute("PRAGMA wal_checkpoint(TRUNCATE)");
+    QFile file(path);
+    ASSERT_TRUE(file.open(QFile::ReadWrite) && file.seek(file.size() / 2 / 4096 * 4096));
+    file.write(QByteArray(4096, '\xff'));
+    file.close();
+    const QByteArray damaged = bytes(path);
+
+    startAndTell();
+    state->presentation().chat->sendMessage(u"said meanwhile"_s, std::nullopt);
+    state->willTerminate();
+    TestWait::settle();
+    state.reset();
+    EXPECT_EQ(bytes(path), damaged);
+
+    startAndTell();
+    bool quits = false;
+    QObject::connect(state.get(), &AppState::quitConfirmed, [&] { quits = true; });
+    state->presentation().shell->answerNotice(0);
+    EXPECT_TRUE(state->presentation().shell->noticeText().contains(path + u".damaged-1"_s));
+    state->presentation().shell->answerNotice(0);
+    EXPECT_TRUE(quits);
+    start();
+    EXPECT_EQ(bytes(path + u".damaged-1"_s), damaged);
+    EXPECT_EQ(state->storage().repository->count(), 1);
+}
+
+TEST_F(AppStateTest, ThePersonIsToldOnceWhereChatsOfAnOlderVersionWereLeft)
+{
+    const QString old = ChatStoreLocation::oldStorePath(commandLine.folders());
+    for (const bool isOld : {true, false}) {
+        start();
+        state->presentation().chat->sendMessage(u"words"_s, std::nullopt);
+        state->willTerminate();
+        TestWait::settle();
+        state.reset();
+        const QString path = ChatStoreLocation::storePath(commandLine.folders());
+        Database::open(path, Database::Access::ReadWrite).execute("PRAGMA wal_checkpoint(TRUNCATE)");
+        if (isOld) {
+            ASSERT_TRUE(QFile::rename(path, old));
+        }
+    }
+    defaults()->remove(ChatStoreLocation::movedFlagKey);
+    const auto text = [this] {
+        start();
+        state->start();
+        return state->presentation().shell->noticeText();
+    };
+    EXPECT_TRUE(text().contains(old));
+    EXPECT_TRUE(text().contains(old)) << "until it is answered";
+    state->presentation().shell->answerNotice(0);
+    EXPECT_EQ(text(), QString());
+}
+
 TEST_F(AppStateTest, ATestHostSkipsTheWindow)
 {
     for (const auto host : {Host::application, Host::test}) {

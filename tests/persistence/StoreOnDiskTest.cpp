@@ -24,16 +24,17 @@ mode_t modeOf(const QString &path)
 
 class StoreOnDiskTest : public StoreFixture {
 protected:
-    void expectUnavailable()
+    void
+    expectUnavailable(const QString &advice =
+                          u"Restart the app. If the problem persists, quit and rename the folder of your "
+                          "chats: the app then starts with a new one, and the old one stays as it is."_s)
     {
         try {
             (void)onDisk();
             ADD_FAILURE() << "the store opened";
         } catch (const PersistenceError &error) {
             EXPECT_EQ(error.userMessage(), u"Local storage could not be opened."_s);
-            EXPECT_EQ(
-                *error.recoverySuggestion(),
-                u"Restart the app. If the problem persists, use Settings → Privacy → Delete All Local Data."_s);
+            EXPECT_EQ(error.recoverySuggestion(), advice);
         }
         EXPECT_EQ(log.lines().constLast(), u"persistence: Failed to open model container: <private>"_s);
     }
@@ -69,7 +70,7 @@ TEST_F(StoreOnDiskTest, ASaveWaitsForTheDiskAndIsThereAtTheNextStart)
             EXPECT_EQ(modeOf(file), 0600U) << file.toStdString();
         EXPECT_EQ(modeOf(folder), 0700U);
         EXPECT_EQ(log.lines().constLast(), u"persistence: Model container opened (inMemory: false)"_s);
-        expectUnavailable(); // one process at a time has it open
+        expectUnavailable(u"Another program has your chats open. Close it and try again."_s);
 
         FileSpy spy(folder);
         say(session.repository, *chat, u"third"_s);
@@ -206,6 +207,39 @@ TEST_F(StoreOnDiskTest, AStoreThatIsNotForThisVersionIsRefusedAndStaysAsItIs)
         EXPECT_EQ(bytesOf(path), before);
         EXPECT_FALSE(StoreFiles::exists(path + u"-wal"_s));
     }
+}
+
+// Damage that the list of chats doesn't meet is found by reading all of the file, and until that is decided
+// on not a byte of the file changes; what is said meanwhile is in the log.
+TEST_F(StoreOnDiskTest, ADamagedFileIsFoundLeftAsItIsAndSetAsideWithAllThatWasSaid)
+{
+    EXPECT_EQ(StoreFiles::examine(path, {}), StoreFiles::Condition::Unknown);
+    {
+        auto session = onDisk();
+        makeChat(session.repository, u"title"_s, QStringList(60, QString(900, u'x')));
+        EXPECT_EQ(StoreFiles::examine(path, {}), StoreFiles::Condition::Whole);
+    }
+    QFile file(path);
+    ASSERT_TRUE(file.open(QFile::ReadWrite) && file.seek(file.size() / 2 / 4096 * 4096));
+    file.write(QByteArray(4096, '\xff'));
+    file.close();
+    const auto before = bytesOf(path);
+    EXPECT_EQ(StoreFiles::examine(path, {}), StoreFiles::Condition::Damaged);
+    {
+        auto session = onDisk();
+        session.context().setWriting(Database::Writing::ToLogAlone);
+        makeChat(session.repository, u"long"_s, {QString(6'000'000, u'y')}); // more than a log usually takes
+        EXPECT_EQ(StoreFiles::examine(path, {}), StoreFiles::Condition::Damaged);
+    }
+    EXPECT_EQ(bytesOf(path), before);
+    auto session = onDisk();
+    session.context().setWriting(Database::Writing::ToLogAlone);
+    EXPECT_EQ(titlesOf(session.repository.all()), QStringList({u"long"_s, u"title"_s}));
+    EXPECT_EQ(StoreFiles::setAside(path), path + u".damaged-1"_s);
+    EXPECT_EQ(bytesOf(path + u".damaged-1"_s), before);
+    for (const QString &former : StoreFiles::withCompanions(path))
+        EXPECT_FALSE(StoreFiles::exists(former));
+    EXPECT_EQ(StoreFiles::openToRead(path + u".damaged-1"_s).integer("SELECT count(*) FROM Conversation"), 2);
 }
 
 TEST_F(StoreOnDiskTest, AFolderThatCannotBeWrittenIsUnavailable)

@@ -181,6 +181,24 @@ TEST_F(ChatPageTest, AQuestionOfTheApplicationIsAnsweredOrClosed)
     EXPECT_EQ(answers, QList<int>({-1, 0}));
 }
 
+TEST_F(ChatPageTest, NoticesStandOneAfterTheOtherUntilTheyAreAnswered)
+{
+    QList<int> answers;
+    for (const QString &title : {u"First"_s, u"Second"_s}) {
+        m_app->presentation().shell->tell(title, u"What to do."_s, {u"Do it"_s, u"Leave it"_s},
+                                          [&](int button) { answers += button; });
+    }
+    for (const auto &[title, button] : {std::pair{u"First"_s, u"Leave it"_s}, {u"Second"_s, u"Do it"_s}}) {
+        settle();
+        EXPECT_TRUE(shows(title));
+        ASSERT_NE(named(button), nullptr);
+        click(named(button));
+    }
+    settle();
+    EXPECT_EQ(answers, QList<int>({1, 0}));
+    EXPECT_FALSE(item(u"notice"_s)->isVisible());
+}
+
 TEST_F(ChatPageTest, ASavedNoteIsTakenBackOrLeftAboveTheComposer)
 {
     const auto button = [this](const QString &name) { return WindowDriver::item(m_window, name); };

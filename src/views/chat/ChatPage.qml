@@ -67,6 +67,15 @@ FocusScope {
             given: ({ shell: root.shell })
             wanted: root.shell.unsealedNotice.length > 0
         }
+        Later {
+            Layout.alignment: Qt.AlignHCenter
+            Layout.preferredWidth: root.column
+            Layout.topMargin: Theme.gap8
+            visible: wanted
+            part: "chat/StandingNotice.qml"
+            given: ({ shell: root.shell })
+            wanted: root.shell.noticeTitle.length > 0
+        }
         Item {
             Layout.fillWidth: true
             Layout.fillHeight: true

@@ -8,6 +8,7 @@ Rectangle {
 
     required property string message
     required property string suggestion
+    default property alias actions: row.data
 
     implicitHeight: words.implicitHeight + 2 * Theme.gap16
     radius: Theme.cardRadius
@@ -42,6 +43,14 @@ Rectangle {
                 Layout.fillWidth: true
                 visible: text.length > 0
                 text: root.suggestion
+            }
+            Flow {
+                id: row
+
+                Layout.fillWidth: true
+                Layout.topMargin: Theme.gap8
+                visible: children.length > 0
+                spacing: Theme.gap8
             }
         }
     }
