@@ -156,10 +156,8 @@ TEST_F(OllamaNativeProviderTest, AProbeTellsANoFromNobodyAndThrowsOnlyWhenItIsSt
         {{.status = 200, .pieces = {"another page"}}, true},
         {{.status = 404}, true},
         {{.bodyError = failing(Code::ResponseTooLarge)}, true},
-        {{.sendError = failing(Code::UnreadableResponse)}, true},
         {{.status = 503}, false},
         {{.sendError = failing(Code::CannotConnect)}, false},
-        {{.sendError = failing(Code::TimedOut)}, false},
         {{.bodyError = failing(Code::ConnectionLost)}, false}};
     for (const auto &[answer, wasHeard] : answers) {
         session.answer(answer);

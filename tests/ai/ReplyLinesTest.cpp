@@ -123,7 +123,6 @@ TEST(ServerModelsTest, AsksBesideTheEndpointWithARedirectRuleALimitAndWordsOfIts
     ASSERT_TRUE(asked.followsRedirect);
     EXPECT_FALSE(asked.followsRedirect(asked.url, QUrl(u"http://a.example/v1/models"_s)));
     const QByteArray large(ServerModels::largestBody - 2, ' ');
-    EXPECT_EQ(outcome(200, "[]" + large, full), QString()) << "an empty list";
     EXPECT_EQ(outcome(200, "[] " + large, full), u"The server's list of models is too large to read."_s);
     EXPECT_EQ(outcome(200, "<html>", full), u"The server's answer is no list of models."_s);
     EXPECT_EQ(outcome(404, {}, full), u"The server gave no list of its models (HTTP 404)."_s);

@@ -61,9 +61,7 @@ TEST_F(ChatWindowTest, AModelThatAServerNearbyPassesOnIsACloudModelForEveryone)
     ASSERT_TRUE(WindowDriver::eventually(
         [&] { return source.warning() == u"ollama.com can read what you send."_s; }));
     EXPECT_EQ(source.name(), u"alias · Ollama's cloud"_s);
-    EXPECT_EQ(source.destination(), u"Goes to Ollama's cloud"_s);
-    for (const ModelServer::Request &request : passing.requests())
-        EXPECT_EQ(request.target, "/api/tags");
+    EXPECT_EQ(passing.requests().size(), 1U) << "for its list, and for nothing else";
     WindowDriver::press(window(), Qt::Key_Return);
     ASSERT_TRUE(turnEnds());
     EXPECT_EQ(lastRow(MessageListModel::PlaceRole), u"Ollama's cloud"_s);

@@ -1,5 +1,6 @@
 #include "network/HttpFixture.h"
 #include "network/SocketSpy.h"
+#include "support/TestData.h"
 
 #include <dlfcn.h>
 #include <openssl/pem.h>
@@ -170,84 +171,48 @@ TEST_F(HttpsTest, TrustsOnlyAValidCertificateOfTheHostByAKnownAuthorityAndAModer
 // the server counted. A request that any socket was opened for was not "blocked".
 TEST_F(HttpsTest, ARowTellsHowItEndedAndWhatTheServerCounted)
 {
-    enum class Reader { ReadsOn, HasEnough, Discards, Stops, RunsOutOfTime };
-    const QString near = u"127.0.0.1"_s;
-    const QString far = u"93.184.216.34"_s;
-    const auto half = [](const QByteArray &status) {
-        return "HTTP/1.1 " + status + "\r\nContent-Length: 100\r\n\r\nhalf";
-    };
-    const struct {
-        Reader reader;
-        QStringList addresses;
-        QByteArray response; // empty: nobody listens
-        std::string outcome;
-    } cases[] = {
-        {Reader::HasEnough, {near}, half("404 No"), "HTTP 404"},
-        {Reader::HasEnough, {near}, half("200 OK"), "HTTP 200"},
-        {Reader::Discards, {near}, ScriptedServer::response("500 No", "x"), "HTTP 500"},
-        {Reader::Stops, {near}, half("200 OK"), "Failed: The request was cancelled."},
-        {Reader::RunsOutOfTime,
-         {near},
-         half("200 OK"),
-         "Failed: The answer was not complete after 3 seconds."},
-        {Reader::ReadsOn,
-         {near},
-         ScriptedServer::response("200 OK", "no gzip at all", "Content-Encoding: gzip\r\n"),
-         "Failed: The server sent something that could not be read."},
-        {Reader::ReadsOn,
-         {far, near},
-         half("200 OK"),
-         "Failed: The connection broke before the response was complete."},
-        {Reader::ReadsOn, {far, near}, {}, "Failed: Could not connect to the server."},
-        {Reader::ReadsOn,
-         {far},
-         {},
-         "Blocked: MorvaneGPT did not send this request: its host leads to an address that it may not "
-         "reach."},
-    };
-    for (const bool isSecure : {false, true}) {
-        for (const auto &[reader, addresses, response, outcome] : cases) {
-            SCOPED_TRACE(outcome + (isSecure ? ", encrypted" : ", plain"));
-            session = sessionTrusting(known.pem()); // has looked up no name yet
-            SocketSpy::setAddresses("row.local", {addresses});
-            const auto play = [&](ScriptedServer::Connection &connection) {
-                connection.readRequest();
-                connection.send(response);
-                if (reader != Reader::ReadsOn)
-                    connection.awaitClose();
-            };
-            std::optional<ScriptedServer> server;
-            server.emplace(play, ScriptedServer::Family::IPv4,
-                           isSecure ? known.serving({"DNS:row.local"}) : ScriptedServer::Wrap());
-            HttpRequest request = post(server->url(), "question");
-            request.url.setHost(u"row.local"_s);
-            request.headers = {{"Accept-Encoding", "gzip"}};
-            if (response.isEmpty())
-                server.reset();
-            if (reader == Reader::RunsOutOfTime)
-                request.limit = std::chrono::seconds(3);
-            std::stop_source stop;
-            if (reader == Reader::HasEnough || reader == Reader::Discards) {
-                HttpResponse answer = TestWait::await(session->send(request, {}));
-                if (reader == Reader::Discards)
-                    TestWait::await(discardBody(std::move(answer), {}));
-            } else {
-                const auto ending = begin(request, stop.get_token());
-                TestWait::until([&] { return ending->isDone || ending->body == "half"; });
-                if (reader == Reader::Stops)
-                    stop.request_stop();
-                if (reader == Reader::RunsOutOfTime)
-                    clock.advance(std::chrono::seconds(3));
-                TestWait::until([&] { return ending->isDone; });
-            }
-            EXPECT_EQ(rows().back().outcome.text().toStdString(), outcome);
-            EXPECT_EQ(rows().back().bytesSent, server ? server->bytesReceived() : 0);
-            EXPECT_LE(rows().back().bytesReceived, server ? server->bytesSent() : 0);
-            EXPECT_TRUE(reader == Reader::HasEnough || !server ||
-                        rows().back().bytesReceived == server->bytesSent());
+    const auto rowOf = [this](const QByteArray &line, bool isSecure) {
+        const QByteArrayList words = line.split(' ').mid(0, 2);
+        const QByteArray &reader = words[0];
+        const QByteArray response = line.sliced(words.join(' ').size() + 1).replace("\n", "\r\n");
+        session = sessionTrusting(known.pem()); // has looked up no name yet
+        SocketSpy::setAddresses("row.local", {QString::fromLatin1(words[1]).split(u'+')});
+        const auto play = [&](ScriptedServer::Connection &connection) {
+            connection.readRequest();
+            connection.send(response);
+            if (reader != "whole")
+                connection.awaitClose();
+        };
+        std::optional<ScriptedServer> server(std::in_place, play, ScriptedServer::Family::IPv4,
+                                             isSecure ? known.serving({"DNS:row.local"})
+                                                      : ScriptedServer::Wrap());
+        HttpRequest request = post(server->url(), "question");
+        request.url.setHost(u"row.local"_s);
+        request.headers = {{"Accept-Encoding", "gzip"}};
+        request.limit = std::chrono::seconds(3);
+        if (response == "nobody")
+            server.reset();
+        if (reader == "some") {
+            static_cast<void>(TestWait::await(session->send(request, {})));
+        } else {
+            const auto ending = begin(request);
+            TestWait::until([&] { return ending->isDone || ending->body == "half"; });
+            if (reader == "late")
+                clock.advance(*request.limit);
+            TestWait::until([&] { return ending->isDone; });
         }
-    }
-    EXPECT_EQ(rows().size(), 2 * std::size(cases));
+        const NetworkLedger::Entry row = rows().back();
+        EXPECT_EQ(row.bytesSent, server ? server->bytesReceived() : 0) << line.constData();
+        const qint64 sent = server ? server->bytesSent() : 0;
+        EXPECT_TRUE(reader == "some" ? row.bytesReceived <= sent : row.bytesReceived == sent);
+        return row.outcome.text();
+    };
+    const auto outcome = [&](const QByteArray &line) {
+        const QString plain = rowOf(line, false);
+        EXPECT_EQ(rowOf(line, true), plain) << line.constData();
+        return plain;
+    };
+    EXPECT_EQ(TestData::transcript("network/rows.txt", outcome), TestData::text("network/rows.txt"));
 }
 
 TEST_F(HttpsTest, WithoutAuthoritiesOfItsOwnTheSystemsCount)

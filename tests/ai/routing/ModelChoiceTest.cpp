@@ -138,7 +138,7 @@ TEST_F(ModelChoiceTest, TheProbeDecidesWhichProviderSpeaks)
 
 TEST_F(ModelChoiceTest, WhatNobodyAnsweredIsAskedAgain)
 {
-    configure(u"http://localhost:11434/v1"_s, u"gemma3:4b"_s);
+    configure(u"https://ollama.example/v1"_s, u"gemma3:4b"_s);
     probes.isUp = false; // it is still starting
     EXPECT_EQ(open().provider, compatible);
     probes.isUp = true;
