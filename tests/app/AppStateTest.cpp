@@ -1,5 +1,7 @@
 #include "app/AppState.h"
 
+#include "ai/agent/AgentFixture.h"
+#include "ai/routing/AIRequestRouter.h"
 #include "app/AppDelegate.h"
 #include "app/GhostQuestion.h"
 #include "app/MainWindowController.h"
@@ -27,6 +29,7 @@
 
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -296,6 +299,42 @@ TEST_F(AppStateTest, AKeyThatHasGoneIsRefusedOrIsNoKeyIsNeverReplacedWhereSometh
     keychain.save(key, account);
     start();
     EXPECT_NE(PrivateFile::read(leftover, 100), QByteArray("of an older build"));
+}
+
+// The first of three calls waits for the person, who goes. The others need no yes, or would ask for one.
+TEST_F(AppStateTest, NothingFollowsAStopThatComesWhileAnApprovalWaits)
+{
+    using Chat = ChatViewModel;
+    const std::function<void(Chat &)> ways[] = {
+        [](Chat &chat) {
+            chat.decline();
+            chat.stopResponding();
+        },
+        [](Chat &chat) { chat.newConversation(); },
+        [](Chat &chat) { chat.remove(chat.conversationId()); },
+        [this](Chat &) { state->willTerminate(); },
+    };
+    commandLine.practiceServer = u"http://127.0.0.1:9/v1"_s; // would answer searches
+    start(Host::test);
+    Chat &chat = *state->presentation().chat;
+    const AIStream::ToolCalls calls{{{u"1"_s, u"search_web"_s, uR"({"query":"ferns"})"_s},
+                                     {u"2"_s, u"remember"_s, uR"({"fact":"They left."})"_s},
+                                     {u"3"_s, u"search_web"_s, uR"({"query":"mosses"})"_s}}};
+    state->assistant().router->injectProvider(
+        std::make_shared<ScriptedModel>(std::vector<ScriptedModel::Round>{{{calls}}}));
+    QSignalSpy broughtUp(state.get(), &AppState::mainWindowRequested);
+    for (const auto &go : ways) {
+        chat.sendMessage(u"question"_s, std::nullopt);
+        TestWait::settle();
+        ASSERT_TRUE(chat.hasApproval());
+        const auto reply = chat.messages()->messages().back();
+        go(chat);
+        TestWait::settle();
+        EXPECT_EQ(reply->status(), MessageStatus::cancelled);
+        EXPECT_FALSE(chat.hasApproval());
+        EXPECT_TRUE(state->assistant().memory->facts().empty());
+    }
+    EXPECT_EQ(broughtUp.count(), std::ssize(ways)) << "for each question, and for no other";
 }
 
 // A Ghost chat with words in it.

@@ -190,30 +190,23 @@ TEST_F(ChatTurnTest, AFailureIsStoredShownAndRetriedUnderTheFailedReply)
 
 TEST_F(ChatTurnTest, ARetryThatSucceedsTakesThePlaceOfRepliesWithoutAWord)
 {
-    deliver(u"before"_s, u"fine"_s);
     send(u"question"_s);
     replies.text(u"half"_s);
     replies.fail(errorOf(ProviderError::ServerError{500}));
-    const auto retry = [this] {
+    for (const auto left : {MessageStatus::failed, MessageStatus::pending}) { // pending: by the program's end
         chat.retryLastTurn();
         TestWait::settle();
-    };
-    retry();
-    replies.fail(errorOf(ProviderError::ServerError{500}));
-    retry();
-    replies.fail(errorOf(ProviderError::ServerError{500}));
-    lastMessage()->setStatus(MessageStatus::pending); // as the end of the program leaves one
-    retry();
-    EXPECT_EQ(transcript().size(), 7U) << "not before it has succeeded";
+        replies.fail(errorOf(ProviderError::ServerError{500}));
+        lastMessage()->setStatus(left);
+    }
+    chat.retryLastTurn();
+    TestWait::settle();
+    EXPECT_EQ(transcript().size(), 5U) << "not before it has succeeded";
     const QSignalSpy removed(chat.messages(), &MessageListModel::rowsRemoved);
     replies.text(u"whole"_s);
     replies.finish();
     EXPECT_EQ(removed.count(), 2);
-    EXPECT_EQ(transcript(), (Rows{{true, u"before"_s},
-                                  {false, u"fine"_s},
-                                  {true, u"question"_s},
-                                  {false, u"half"_s},
-                                  {false, u"whole"_s}}));
+    EXPECT_EQ(transcript(), (Rows{{true, u"question"_s}, {false, u"half"_s}, {false, u"whole"_s}}));
     EXPECT_FALSE(repository.context().hasChanges());
 }
 
@@ -279,8 +272,6 @@ TEST_F(ChatTurnTest, WhatCannotBeSavedIsSaidAndTheTurnGoesOn)
     other.setDraft(u"keep me"_s);
     other.send();
     EXPECT_EQ(other.draft(), u"keep me"_s);
-    other.retry();
-    EXPECT_TRUE(other.hasBanner());
     chat.retry();
     EXPECT_TRUE(chat.hasBanner()) << "nothing has changed";
     tooLong->setContent(u"short"_s);
@@ -288,10 +279,8 @@ TEST_F(ChatTurnTest, WhatCannotBeSavedIsSaidAndTheTurnGoesOn)
     EXPECT_FALSE(chat.hasBanner());
     EXPECT_FALSE(repository.context().hasChanges());
     other.send();
-    EXPECT_EQ(other.messages()->rowCount(), 2);
-    EXPECT_EQ(other.messages()->messages()[0]->attachmentName(), u"kept.txt"_s);
-    other.stopResponding();
-    TestWait::settle();
+    EXPECT_EQ(other.messages()->messages().at(0)->attachmentName(), u"kept.txt"_s);
+    other.endTurns();
 }
 
 TEST_F(ChatTurnTest, ContinueAppendsToTheSameReplyAndStoresNoPrompt)
@@ -559,59 +548,29 @@ TEST_F(ChatTurnTest, APictureMarksItsChatForGoodAndStaysNear)
 TEST_F(ChatTurnTest, AReadingOfTheScreenMarksItsChatForGood)
 {
     const SensitiveDataSet screen(SensitiveData::screenText);
-    const AIToolCall look{u"1"_s, u"look_at_screen"_s, u"{}"_s};
-    const struct {
-        const char *what;
-        std::function<void(ChatMessage &reply)> happens;
-        SensitiveDataSet carried; // by the turns after it
-    } rows[] = {
-        {"a failed reading",
-         [&](ChatMessage &) {
-             replies.yield(Agent::ToolFinished{look, {.content = {}, .isError = true}});
-         },
-         {}},
-        {"a query that claims one",
-         [&](ChatMessage &) {
-             replies.yield(Agent::ToolFinished{
-                 {u"2"_s, u"search_web"_s, uR"({"query":"x\nLooked at your screen\ny"})"_s}, {}});
-         },
-         {}},
-        {"a reading with eight other calls behind it",
-         [&](ChatMessage &) {
-             replies.yield(Agent::ToolFinished{look, {}});
-             for (int call = 0; call < 8; ++call)
-                 replies.yield(Agent::ToolStarted{{u"3"_s, u"remember"_s, u"{}"_s}});
-         },
-         screen},
-        {"one of an older build",
-         [](ChatMessage &reply) { reply.appendToolLine(u"Looked at your screen"_s); }, screen},
-        {"what the person attached",
-         [&](ChatMessage &) {
-             repository.add(repository.makeMessage({.id = QUuid::createUuid(),
-                                                    .role = MessageRole::user,
-                                                    .content = u"b"_s,
-                                                    .createdAt = clock.now(),
-                                                    .status = MessageStatus::delivered,
-                                                    .attachmentName = u"What's on your screen"_s}),
-                            *chat.conversation());
-         },
-         screen},
+    const auto carriedNow = [this] {
+        deliver(u"q"_s, u"a"_s);
+        return replies.asked.back().request.configuration.carrying;
     };
-    for (const auto &[what, happens, carried] : rows) {
-        SCOPED_TRACE(what);
-        chat.newConversation();
-        send(u"q"_s);
-        const auto reply = lastMessage();
-        happens(*reply);
-        replies.text(u"a"_s);
-        replies.finish();
-        deliver(u"next"_s, u"a"_s);
-        for (int line = 0; line < 8; ++line)
-            reply->appendToolLine(u"Read h.example"_s);
-        EXPECT_EQ(replies.asked.back().request.configuration.carrying, carried);
-        deliver(u"later"_s, u"a"_s);
-        EXPECT_EQ(replies.asked.back().request.configuration.carrying, carried);
-    }
+    EXPECT_EQ(carriedNow(), SensitiveDataSet());
+    send(u"what is there?"_s);
+    replies.yield(Agent::ToolFinished{{u"1"_s, u"look_at_screen"_s, {}}, {}});
+    for (int call = 0; call < 8; ++call)
+        replies.yield(Agent::ToolStarted{{u"2"_s, u"remember"_s, u"{}"_s}});
+    replies.finish();
+    EXPECT_EQ(carriedNow(), screen);
+
+    chat.newConversation(); // as an older build marked it
+    EXPECT_EQ(carriedNow(), SensitiveDataSet());
+    const auto reply = lastMessage();
+    reply->appendToolLine(u"Looked at your screen"_s);
+    EXPECT_EQ(carriedNow(), screen);
+    reply->setToolSummary(std::nullopt);
+    EXPECT_EQ(carriedNow(), screen);
+    chat.newConversation();
+    chat.setPendingAttachment(
+        ImportedAttachment{.id = QUuid::createUuid(), .filename = u"What's on your screen"_s});
+    EXPECT_EQ(carriedNow(), screen);
 }
 
 } // namespace

@@ -73,6 +73,8 @@ ToolFixture::ToolFixture()
     const auto ask = [this](const QString &mark) {
         return [this, mark](const QString &verb, const AIToolCall &, const AITool &) {
             asked.append(verb + mark);
+            if (onAsked)
+                onAsked();
             return answered(answer);
         };
     };

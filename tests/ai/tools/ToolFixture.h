@@ -74,7 +74,8 @@ protected:
     ToolRegistry registry{{settings, memory, *world, clock, world.get(), world}};
 
     ApprovalAnswer answer = ApprovalAnswer::allowedOnce;
-    QStringList asked; // verbs; those that offered a yes for the chat end in "+"
+    std::function<void()> onAsked; // while the person thinks
+    QStringList asked;             // verbs; those that offered a yes for the chat end in "+"
     std::vector<AIToolResult> completed;
     int attentions = 0;
 };
