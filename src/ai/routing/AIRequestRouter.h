@@ -13,7 +13,6 @@
 #include "async/TaskHandle.h"
 
 #include <QObject>
-#include <QPointer>
 
 #include <functional>
 
