@@ -50,7 +50,7 @@ bool TurnRoute::keepsDataPrivate() const
 
 bool TurnRoute::answersHere() const
 {
-    return place == Place::local && privacy.kind != PrivacyClass::Kind::cloudModel;
+    return place == Place::local && privacy.kind == PrivacyClass::Kind::staysPrivate;
 }
 
 void TurnRoute::requireUsable() const
