@@ -107,9 +107,10 @@ QCoro::Task<> Launch::openKeychain(QPointer<Launch> self, Way way, std::stop_tok
         co_return;
     } catch (const FileError &error) {
         if (self)
-            self->showWaiting(u"Your old data could not be moved (%1); what is not in “%2” is unchanged."_s.arg(
-                                  QString::fromLocal8Bit(error.what()), self->m_folderAside),
-                              {.retry = true});
+            self->showWaiting(
+                u"Your old data could not be moved (%1); what is not in “%2” is unchanged."_s.arg(
+                    QString::fromLocal8Bit(error.what()), self->m_folderAside),
+                {.retry = true});
     } catch (const std::exception &error) {
         std::fprintf(stderr, "%s could not start: %s\n", Product::name.data(), error.what());
         QCoreApplication::exit(1);
@@ -166,8 +167,8 @@ StartupViewModel::Ways Launch::waysOn(KeychainState state)
         m_folderAside = SealedData::folderAside(m_commandLine.folders(), m_clock.now().toLocalTime());
     ways.startAfreshQuestion =
         u"%1 starts empty. Your chats, notes and instructions move to “%2”. Nothing is deleted, but only the "
-        u"key that sealed them can open them again."_s.arg(
-            Product::name, QDir::toNativeSeparators(m_folderAside));
+        u"key that sealed them can open them again."_s.arg(Product::name,
+                                                           QDir::toNativeSeparators(m_folderAside));
     return ways;
 }
 

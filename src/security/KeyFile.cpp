@@ -16,7 +16,7 @@ namespace {
 
 using Entry = KeyFileFormat::Entry;
 
-constexpr qsizetype sizeLimit = 1024 * 1024;
+constexpr qsizetype sizeLimit = qsizetype{1024} * 1024;
 
 // Entries whose values are wiped when they leave.
 class Entries {

@@ -15,8 +15,8 @@ struct KeychainOpening {
 };
 
 // Chooses where the secrets live, once for each run: in the desktop's keyring, or, where none answers, in a
-// private file. A file that was chosen before stays chosen until an open keyring takes its secrets over. Until
-// open() has chosen, every other call throws NotAvailable.
+// private file. A file that was chosen before stays chosen until an open keyring takes its secrets over.
+// Until open() has chosen, every other call throws NotAvailable.
 //
 // When a place is ready it holds a usable data key: one is made where there is none. A key that must exist is
 // never replaced, neither by a new one nor by choosing another place: with no keyring and no file the state

@@ -14,7 +14,8 @@ QString firstSentenceFor(KeychainState state)
     const QString fact = state == KeychainState::Locked
                              ? u"%1 keeps the key to your chats in the keyring, which is still locked."_s
                              : u"%1 keeps the key to your chats in the keyring, which does not answer."_s;
-    return fact.arg(Product::name) + u" The key can also be kept in a file that only your account can read."_s;
+    return fact.arg(Product::name) +
+           u" The key can also be kept in a file that only your account can read."_s;
 }
 
 } // namespace

@@ -95,12 +95,12 @@ private:
     void note(SealingTrouble trouble) const;
 
     KeychainServicing &m_keychain;
-    mutable std::mutex m_mutex;    // never held across a call to the keychain
-    bool m_isLocked = false;       // guarded by m_mutex
-    bool m_keyMustExist = false;   // guarded by m_mutex
+    mutable std::mutex m_mutex;                              // never held across a call to the keychain
+    bool m_isLocked = false;                                 // guarded by m_mutex
+    bool m_keyMustExist = false;                             // guarded by m_mutex
     mutable SealingTrouble m_trouble = SealingTrouble::None; // guarded by m_mutex
     std::function<void()> m_troubleChanged;                  // guarded by m_mutex
-    mutable std::mutex m_creation; // one thread at a time makes the first key
+    mutable std::mutex m_creation;                           // one thread at a time makes the first key
 };
 
 } // namespace morvane

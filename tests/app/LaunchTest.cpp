@@ -102,7 +102,8 @@ TEST_F(LaunchTest, WhoHasLostTheirKeyMayPutTheOldDataAsideAndStartAfresh)
     launch.start();
     QQuickWindow *waiting = windowWith("startup");
     ASSERT_NE(waiting, nullptr);
-    EXPECT_TRUE(WindowDriver::eventually([&] { return valueOf(waiting, "startup", "canStartAfresh").toBool(); }));
+    ASSERT_TRUE(
+        WindowDriver::eventually([&] { return valueOf(waiting, "startup", "canStartAfresh").toBool(); }));
     EXPECT_FALSE(valueOf(waiting, "startup", "canUseFile").toBool());
     WindowDriver::settle();
     WindowDriver::click(WindowDriver::item(waiting, u"startAfresh"_s));
@@ -137,7 +138,7 @@ TEST_F(LaunchTest, WhoDismissesTheFirstPromptMayKeepTheKeyInAFileAndIsNotAskedAg
         if (isFirst) {
             QQuickWindow *waiting = windowWith("startup");
             ASSERT_NE(waiting, nullptr);
-            EXPECT_TRUE(
+            ASSERT_TRUE(
                 WindowDriver::eventually([&] { return valueOf(waiting, "startup", "canUseFile").toBool(); }));
             WindowDriver::settle();
             WindowDriver::click(WindowDriver::item(waiting, u"useFile"_s));
@@ -156,7 +157,8 @@ TEST(ProcessPrivacyTest, LeavesNoCoreLetsNobodyIntoItsMemoryAndWritesNoConnectio
         ProcessPrivacy::keep();
         rlimit core{1, 1};
         ::getrlimit(RLIMIT_CORE, &core);
-        return core.rlim_max == 0 && ::prctl(PR_GET_DUMPABLE) == 0 && !qEnvironmentVariableIsSet("SSLKEYLOGFILE");
+        return core.rlim_max == 0 && ::prctl(PR_GET_DUMPABLE) == 0 &&
+               !qEnvironmentVariableIsSet("SSLKEYLOGFILE");
     };
     EXPECT_EXIT(std::exit(isKept() ? 0 : 1), testing::ExitedWithCode(0), "");
 }

@@ -81,8 +81,9 @@ TEST_F(KeyFileTest, WipingZeroesTheBytesOnTheDiskThatOtherNamesOfTheFileStillSho
     PrivateFile::write(neighbour, "the person's");
     const FileSpy spy(folder.path());
     file.removeStrays();
-    EXPECT_EQ(spy.steps(), (QStringList{u"unlink new/keys.part-aB3xYz"_s, u"write new/keys.part-aB3xYz (deleted)"_s,
-                                        u"sync new/keys.part-aB3xYz (deleted)"_s}));
+    EXPECT_EQ(spy.steps(),
+              (QStringList{u"unlink new/keys.part-aB3xYz"_s, u"write new/keys.part-aB3xYz (deleted)"_s,
+                           u"sync new/keys.part-aB3xYz (deleted)"_s}));
     EXPECT_EQ(contentsOf(link), QByteArray(size, '\0'));
     EXPECT_TRUE(QFile::exists(neighbour));
 }

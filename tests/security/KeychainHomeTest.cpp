@@ -150,11 +150,11 @@ TEST_F(KeychainHomeTest, OpensTheKeyringOrTheFileAndLosesNoKey)
         keyring.state = Condition(QByteArrayList{"open", "locked", "absent"}.indexOf(words[0]));
         cause(words.value(4));
         const LogCapture log;
-        const auto expectation =
-            words[1] == "known" ? KeyExpectation::MustExist : KeyExpectation::Unknown;
+        const auto expectation = words[1] == "known" ? KeyExpectation::MustExist : KeyExpectation::Unknown;
         auto opening = open(expectation);
         if (words.value(4) == "dismissed-then-file") {
-            EXPECT_TRUE(canUseFile(opening.state, expectation) && !canStartAfresh(opening.state, expectation));
+            EXPECT_TRUE(canUseFile(opening.state, expectation) &&
+                        !canStartAfresh(opening.state, expectation));
             opening = home().openInFile(service);
         }
         keyring.refusal = nullptr;

@@ -26,8 +26,8 @@ public:
     // Steps that begin so fail with EIO from now on: "sync", "rename a".
     void refuse(const QString &beginning);
 
-    // The process is killed at its so manieth call from now on that would change a file; with `verbs`, that is
-    // one of those steps.
+    // The process is killed at its so manieth call from now on that would change a file; with `verbs`, that
+    // is one of those steps.
     void killAt(int call, const QStringList &verbs = {});
 
     // For the wrapped calls: notes the step, and says whether it is refused.

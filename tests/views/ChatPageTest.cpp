@@ -52,9 +52,9 @@ TEST_F(ChatPageTest, ABannerOffersRetryOnlyWhenThatHelps)
 TEST_F(ChatPageTest, WhileTextsAreKeptReadableThePageSaysWhyUntilTheyAreSealed)
 {
     const QString notice = u"New text is being kept unsealed"_s;
-    m_keychain.setFailure(KeychainError(KeychainError::Operation::Read, KeychainStatus::InteractionNotAllowed));
-    const auto chat =
-        m_app->storage().repository->find(QUuid(addChat(u"Title"_s, {u"words"_s})));
+    m_keychain.setFailure(
+        KeychainError(KeychainError::Operation::Read, KeychainStatus::InteractionNotAllowed));
+    const auto chat = m_app->storage().repository->find(QUuid(addChat(u"Title"_s, {u"words"_s})));
     EXPECT_EQ(chat->columns().sealedTitle, u"Title"_s) << "nothing is lost";
     EXPECT_TRUE(eventually([&] { return shows(notice); }));
     EXPECT_TRUE(shows(sentenceFor(SealingTrouble::KeychainLocked)));
