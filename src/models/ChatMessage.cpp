@@ -42,18 +42,38 @@ QStringList ChatMessage::toolLines() const
     return summary.isEmpty() ? QStringList() : summary.split(u'\n');
 }
 
-void ChatMessage::appendToolLine(const QString &line)
+QStringList ChatMessage::toolStates() const
 {
-    const QStringList lines = toolLines() << line;
-    setToolSummary(lines.sliced(std::max(lines.size() - keptToolLines, qsizetype(0))).join(u'\n'));
+    const QStringList states = m_columns.toolStates.value_or(QStringList());
+    return states.size() == toolLines().size() ? states : QStringList();
 }
 
-void ChatMessage::replaceLastToolLine(const QString &line)
+void ChatMessage::appendToolLine(const QString &line, ToolLineState state)
+{
+    setToolLines(toolLines() << line, toolStates() << rawText(state));
+}
+
+void ChatMessage::replaceLastToolLine(const QString &line, ToolLineState state)
 {
     QStringList lines = toolLines();
+    QStringList states = toolStates();
     if (!lines.isEmpty())
         lines.removeLast();
-    setToolSummary((lines << line).join(u'\n'));
+    if (!states.isEmpty())
+        states.removeLast();
+    setToolLines(lines << line, states << rawText(state));
+}
+
+// The states go with the lines: neither is stored without the other. Lines before them may have none.
+void ChatMessage::setToolLines(QStringList lines, QStringList states)
+{
+    while (states.size() < lines.size())
+        states.prepend(QString());
+    const auto surplus = std::max(lines.size() - keptToolLines, qsizetype(0));
+    const QString summary = lines.sliced(surplus).join(u'\n');
+    setToolSummary(summary);
+    if (toolSummary() == summary)
+        assign(m_columns.toolStates, std::optional(states.sliced(surplus)));
 }
 
 std::shared_ptr<Conversation> ChatMessage::conversation() const

@@ -3,6 +3,7 @@
 #include "models/MessageRole.h"
 #include "models/MessageStatus.h"
 #include "models/Record.h"
+#include "models/ToolLineState.h"
 
 #include <QDateTime>
 #include <QStringList>
@@ -30,6 +31,7 @@ public:
         std::optional<bool> hitTokenLimit; // absent in rows from before the field
         std::optional<QString> placeRaw;
         std::optional<QUuid> conversation;
+        std::optional<QStringList> toolStates; // one for each line of the summary; absent in former rows
 
         bool operator==(const Columns &) const = default;
     };
@@ -94,8 +96,10 @@ public:
     {
         assignSealed(m_columns.sealedToolSummary, text);
     }
-    void appendToolLine(const QString &line);
-    void replaceLastToolLine(const QString &line);
+    void appendToolLine(const QString &line, ToolLineState state = ToolLineState::running);
+    void replaceLastToolLine(const QString &line, ToolLineState state = ToolLineState::finished);
+    // The raw text of each line's state; empty where they aren't known, as in rows from before the field.
+    [[nodiscard]] QStringList toolStates() const;
 
     [[nodiscard]] const std::optional<QStringList> &sourceDomains() const { return m_columns.sourceDomains; }
     void setSourceDomains(const std::optional<QStringList> &domains)
@@ -121,6 +125,7 @@ public:
 
 private:
     [[nodiscard]] QStringList toolLines() const;
+    void setToolLines(QStringList lines, QStringList states);
 
     Columns m_columns;
 };

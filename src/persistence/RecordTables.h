@@ -93,6 +93,7 @@ struct RecordTable<ChatMessage> {
         RecordColumn("hitTokenLimit", &Row::hitTokenLimit),
         RecordColumn("placeRaw", &Row::placeRaw),
         RecordColumn("conversation", &Row::conversation),
+        RecordColumn("toolStates", &Row::toolStates),
     };
 };
 

@@ -30,7 +30,7 @@ TEST_F(ObjectContextTest, EveryFieldComesBackFromTheStore)
     expectBack(std::type_identity<ChatMessage>(),
                {id, u"assistant"_s, u"sealed \u0001 text"_s, moment, u"odd"_s, u""_s, QUuid::createUuid(),
                 u"name"_s, u"tools"_s, QStringList{u"a.example"_s, u"b \"quoted\", ü"_s}, true, u"place"_s,
-                QUuid::createUuid()});
+                QUuid::createUuid(), QStringList{u"failed"_s}});
     expectBack(
         std::type_identity<ChatMessage>(),
         {QUuid::createUuid(), u"user"_s, u""_s, moment, u"delivered"_s, {}, {}, {}, {}, {}, {}, {}, {}});

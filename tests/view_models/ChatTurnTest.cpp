@@ -355,6 +355,13 @@ TEST_F(ChatTurnTest, ToolResultsLeaveLabelsAndTheFirstFiveSources)
                            u"Searched the web for “rain”"_s}));
     EXPECT_EQ(lastRow(MessageListModel::SourceDomainsRole).toStringList(),
               (QStringList{u"a.example"_s, u"b.example"_s, u"c.example"_s, u"d.example"_s, u"e.example"_s}));
+    replies.yield(Agent::ToolStarted{page});
+    replies.yield(Agent::ToolFinished{page, {.content = u"https://linked.example"_s}});
+    EXPECT_EQ(lastRow(MessageListModel::SourceDomainsRole).toStringList(),
+              (QStringList{u"a.example"_s, u"b.example"_s, u"c.example"_s, u"d.example"_s, u"g.example"_s}))
+        << "the page that was read stays";
+    EXPECT_EQ(lastRow(MessageListModel::ToolStatesRole).toStringList(),
+              u"finished failed finished finished"_s.split(u' '));
 }
 
 TEST_F(ChatTurnTest, ThePersonHearsOfTheEnd)

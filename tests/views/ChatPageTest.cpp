@@ -133,6 +133,21 @@ TEST_F(ChatPageTest, WhatLooksLikeMarkupStaysText)
     EXPECT_GE(texts, 6);
 }
 
+TEST_F(ChatPageTest, AToolLineCarriesATickOnlyForWhatSucceeded)
+{
+    showReply(u"Done"_s, [](ChatMessage &reply) {
+        reply.appendToolLine(u"Couldn't be better"_s, ToolLineState::finished);
+        reply.appendToolLine(u"Used something"_s, ToolLineState::failed);
+        reply.appendToolLine(u"Searching the web…"_s); // when it was stopped
+    });
+    QStringList marks;
+    for (QQuickItem *child : allItems()) {
+        if (child->objectName() == u"toolMark"_s)
+            marks += child->property("name").toString();
+    }
+    EXPECT_EQ(marks, (QStringList{u"check"_s, u"warning"_s, u"more"_s}));
+}
+
 TEST_F(ChatPageTest, AGrowingReplyKeepsWhatIsSelectedInIt)
 {
     send();

@@ -34,6 +34,7 @@ struct MessageListModel::Opened {
     QString error;
     QString attachmentName;
     QStringList toolLines;
+    QStringList toolStates;
 };
 
 MessageListModel::MessageListModel(Clock &clock, QObject *parent)
@@ -60,6 +61,7 @@ QHash<int, QByteArray> MessageListModel::roleNames() const
             {IndicatorTextRole, "indicatorText"},
             {ErrorTextRole, "errorText"},
             {ToolLinesRole, "toolLines"},
+            {ToolStatesRole, "toolStates"},
             {SourceDomainsRole, "sources"},
             {AttachmentNameRole, "attachmentName"},
             {CanContinueRole, "canContinue"},
@@ -75,7 +77,8 @@ const MessageListModel::Opened &MessageListModel::opened(const ChatMessage &mess
                  .text = message.content(),
                  .error = message.errorMessage().value_or(QString()),
                  .attachmentName = message.attachmentName().value_or(QString()),
-                 .toolLines = message.toolSummary().value_or(QString()).split(u'\n', Qt::SkipEmptyParts)};
+                 .toolLines = message.toolSummary().value_or(QString()).split(u'\n', Qt::SkipEmptyParts),
+                 .toolStates = message.toolStates()};
     return m_opened.insert_or_assign(message.id(), std::move(fresh)).first->second;
 }
 
@@ -125,6 +128,8 @@ QVariant MessageListModel::data(const QModelIndex &index, int role) const
         return opened(message).error;
     case ToolLinesRole:
         return opened(message).toolLines;
+    case ToolStatesRole:
+        return opened(message).toolStates;
     case SourceDomainsRole:
         return message.sourceDomains().value_or(QStringList());
     case AttachmentNameRole:

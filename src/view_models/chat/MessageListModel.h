@@ -39,6 +39,7 @@ public:
         IndicatorTextRole,                // words beside the "working" animation; empty for none
         ErrorTextRole,                    // text; empty for none
         ToolLinesRole,                    // list of texts
+        ToolStatesRole,                   // list of "running", "finished" or "failed", one a line, or empty
         SourceDomainsRole,                // list of texts
         AttachmentNameRole,               // text; empty for none
         CanContinueRole,                  // bool: the reply hit its limit and may go on

@@ -96,6 +96,11 @@ QString ToolLabels::finishedScreenReading()
     return u"Looked at your screen"_s;
 }
 
+QString ToolLabels::pageHost(const AIToolCall &call)
+{
+    return call.name == "read_web_page"_L1 ? QUrl(argument(call, "url"_L1)).host() : QString();
+}
+
 QStringList ToolLabels::sourceDomains(const AIToolCall &call, const AIToolResult &result)
 {
     if (call.name != "search_web"_L1 && call.name != "read_web_page"_L1)

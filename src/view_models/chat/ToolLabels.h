@@ -24,6 +24,9 @@ namespace ToolLabels {
 // web content.
 [[nodiscard]] QStringList sourceDomains(const AIToolCall &call, const AIToolResult &result);
 
+// The host of the page that a call reads; empty for any other call.
+[[nodiscard]] QString pageHost(const AIToolCall &call);
+
 } // namespace ToolLabels
 
 } // namespace morvane

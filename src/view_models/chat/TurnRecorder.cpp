@@ -7,6 +7,8 @@
 #include "view_models/chat/ToolLabels.h"
 #include "view_models/companion/CompanionViewModel.h"
 
+#include <algorithm>
+
 namespace morvane {
 
 namespace {
@@ -73,8 +75,10 @@ void TurnRecorder::operator()(const Agent::ToolStarted &event)
 
 void TurnRecorder::operator()(const Agent::ToolFinished &event)
 {
-    m_message->replaceLastToolLine(event.result.isError ? ToolLabels::failed(event.call)
-                                                        : ToolLabels::finished(event.call));
+    if (event.result.isError)
+        m_message->replaceLastToolLine(ToolLabels::failed(event.call), ToolLineState::failed);
+    else
+        m_message->replaceLastToolLine(ToolLabels::finished(event.call));
     if (!event.result.isError)
         addSources(event);
     changed();
@@ -98,7 +102,22 @@ void TurnRecorder::addSources(const Agent::ToolFinished &event)
         return;
     m_domains += found;
     m_domains.removeDuplicates();
-    m_message->setSourceDomains(m_domains.first(std::min(m_domains.size(), mostDomains)));
+    if (const QString host = ToolLabels::pageHost(event.call); !host.isEmpty())
+        m_read += host;
+    m_read.removeDuplicates();
+    m_message->setSourceDomains(shownDomains());
+}
+
+// The first ones seen, but before all others those of the pages that were read.
+QStringList TurnRecorder::shownDomains() const
+{
+    QStringList shown = m_read.first(std::min(m_read.size(), mostDomains));
+    for (const QString &domain : m_domains) {
+        if (shown.size() < mostDomains && !shown.contains(domain))
+            shown += domain;
+    }
+    std::ranges::sort(shown, {}, [this](const QString &domain) { return m_domains.indexOf(domain); });
+    return shown;
 }
 
 void TurnRecorder::changed()

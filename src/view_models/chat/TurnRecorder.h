@@ -47,12 +47,14 @@ public:
 
 private:
     void addSources(const Agent::ToolFinished &event);
+    [[nodiscard]] QStringList shownDomains() const;
     void changed();
 
     std::shared_ptr<ChatMessage> m_message;
     QString m_text;
     QString m_stored;
     QStringList m_domains; // seen this turn
+    QStringList m_read;    // those of pages, not of what a page or a search names
     std::chrono::milliseconds m_storedAt;
     std::unique_ptr<Alarm> m_heldBack;
     MessageListModel &m_messages;

@@ -17,6 +17,7 @@ Item {
     required property string indicatorText
     required property string errorText
     required property list<string> toolLines
+    required property list<string> toolStates
     required property list<string> sources
     required property string attachmentName
     required property bool canContinue
@@ -70,6 +71,7 @@ Item {
         indicatorText: root.indicatorText
         errorText: root.errorText
         toolLines: root.toolLines
+        toolStates: root.toolStates
         sources: root.sources
         canContinue: root.canContinue
         place: root.place

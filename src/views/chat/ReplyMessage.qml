@@ -14,6 +14,7 @@ ColumnLayout {
     required property string indicatorText
     required property string errorText
     required property list<string> toolLines
+    required property list<string> toolStates
     required property list<string> sources
     required property bool canContinue
     required property string place
@@ -37,6 +38,7 @@ ColumnLayout {
         Layout.topMargin: Theme.gap12
         visible: lines.length > 0
         lines: root.toolLines
+        outcomes: root.toolStates
         running: root.running
     }
     ReplyBlocks {

@@ -8,6 +8,7 @@ Column {
     id: root
 
     required property list<string> lines
+    required property list<string> outcomes // "running", "finished" or "failed" for each; none when unknown
     property bool running: false
 
     Repeater {
@@ -18,18 +19,20 @@ Column {
 
             required property int index
             required property string modelData
-            readonly property bool failed: modelData.startsWith("Couldn't")
-            readonly property bool atWork: root.running && index === root.lines.length - 1
-                && modelData.endsWith("…")
+            readonly property string outcome: root.outcomes[index] ?? ""
+            readonly property bool atWork: root.running && outcome === "running"
 
             height: Theme.controlHeight
             spacing: Theme.gap8
 
             Icon {
+                objectName: "toolMark"
                 anchors.verticalCenter: parent.verticalCenter
                 width: 16
                 height: 16
-                name: line.atWork ? "spark" : line.failed ? "warning" : "check"
+                // What was cut off in the middle has neither a tick nor a warning.
+                name: line.atWork ? "spark" : line.outcome === "failed" ? "warning"
+                    : line.outcome === "finished" ? "check" : "more"
                 color: line.atWork ? Theme.accent : Theme.secondary
             }
             SmallText {
