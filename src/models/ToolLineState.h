@@ -10,7 +10,7 @@ namespace morvane {
 enum class ToolLineState { running, finished, failed };
 
 template <>
-inline constexpr std::array rawTexts<ToolLineState>{QLatin1StringView("running"), QLatin1StringView("finished"),
-                                                    QLatin1StringView("failed")};
+inline constexpr std::array rawTexts<ToolLineState>{
+    QLatin1StringView("running"), QLatin1StringView("finished"), QLatin1StringView("failed")};
 
 } // namespace morvane

@@ -105,7 +105,8 @@ TEST_F(RecordsTest, ToolLinesKeepTheLastEightAndAChangeTellsByTheRevision)
     EXPECT_EQ(reply->toolSummary(), u"2\n3\n4\n5\n6\n7\n8\n9"_s);
     reply->replaceLastToolLine(u"last"_s);
     EXPECT_EQ(reply->toolSummary(), u"2\n3\n4\n5\n6\n7\n8\nlast"_s);
-    EXPECT_EQ(reply->toolStates(), u"running running running running running running running finished"_s.split(u' '));
+    EXPECT_EQ(reply->toolStates(),
+              u"running running running running running running running finished"_s.split(u' '));
     reply->setToolSummary(u"one\ntwo"_s); // as a row from before the states
     reply->appendToolLine(u"three"_s, ToolLineState::failed);
     EXPECT_EQ(reply->toolStates(), QStringList({QString(), QString(), u"failed"_s}));
