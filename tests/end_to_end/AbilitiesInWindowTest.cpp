@@ -38,10 +38,8 @@ protected:
 TEST_F(AbilitiesInWindowTest, ASearchIsShownAskedForAndAnsweredFromWithItsSources)
 {
     useModel(u"agent-search"_s);
-    WindowDriver::type(window(), u"Tell me about ferns"_s);
     window()->showMinimized();
-    WindowDriver::settle();
-    state->presentation().chat->send();
+    state->presentation().chat->sendMessage(u"Tell me about ferns"_s, std::nullopt);
     ASSERT_TRUE(approvalComes());
     WindowDriver::settle();
     EXPECT_FALSE(window()->windowStates() & Qt::WindowMinimized) << "it comes up for the question";

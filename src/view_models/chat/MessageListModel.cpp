@@ -151,12 +151,15 @@ void MessageListModel::setMessages(Messages messages)
                        messages.size() >= m_messages.size();
     if (grows && messages.size() == m_messages.size())
         return;
+    if (!grows && !messages.empty() && isPartOf(messages, m_messages)) {
+        keepOnly(messages);
+        Q_EMIT countChanged();
+        return;
+    }
     if (grows) {
         beginInsertRows({}, static_cast<int>(common), static_cast<int>(messages.size()) - 1);
         m_messages = std::move(messages);
         endInsertRows();
-    } else if (!messages.empty() && isPartOf(messages, m_messages)) {
-        keepOnly(messages);
     } else {
         beginResetModel();
         m_opened.clear();
