@@ -41,7 +41,7 @@ QString hint(const QByteArray &file, Encoding tried)
 // A pipe hands out what it has, so one read isn't all of it.
 QByteArray readToEnd(QFile &file)
 {
-    constexpr qint64 pieceSize = 1024 * 1024;
+    constexpr qint64 pieceSize = qint64{1024} * 1024;
     QByteArray bytes;
     for (;;) {
         const QByteArray piece = file.read(pieceSize);
