@@ -121,6 +121,40 @@ TEST_P(ProviderContractTest, EveryBrokenServerEndsInItsError)
     EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
 }
 
+// Each is refused once in the words of a real service, and asked as it likes from then on.
+TEST(ChatSpellingTest, AStrictServiceIsAskedOnceMoreAndThenAsItLikes)
+{
+    ModelServer server;
+    ManualClock clock;
+    NetworkLedger ledger;
+    AppNetwork network{ledger, clock};
+    OpenAICompatibleProvider provider{network};
+    using Role = AIMessage::Role;
+    const std::vector<AIMessage> chat{{Role::system, u"Be kind."_s},
+                                      {Role::assistant, u"Hello."_s},
+                                      {Role::user, u"hi"_s},
+                                      {Role::system, u"Be brief."_s}};
+    const auto ask = [&](const char *model) {
+        AIConfiguration configuration;
+        configuration.baseURLString = server.baseUrl();
+        configuration.model = QString::fromLatin1(model);
+        configuration.purpose = u"chat"_s;
+        const auto before = server.requests().size();
+        const Reply reply = readReply(provider.streamReply(chat, configuration, {}));
+        return std::pair(reply.error, server.requests().size() - before);
+    };
+    for (const char *model : {"strict-purpose", "strict-purpose-schema", "strict-tokens",
+                              "strict-temperature", "strict-system", "strict-turns"}) {
+        EXPECT_EQ(ask(model), (std::pair<std::optional<ProviderError>, std::size_t>(std::nullopt, 2)))
+            << model;
+        EXPECT_EQ(ask(model), (std::pair<std::optional<ProviderError>, std::size_t>(std::nullopt, 1)))
+            << model;
+    }
+    EXPECT_EQ(ask("context-full").second, 1U) << "there is no other spelling of a full context";
+    EXPECT_EQ(ask("status-400").second, 1U);
+    EXPECT_EQ(ledger.snapshot().entries.size(), server.requests().size()) << "a row for each";
+}
+
 TEST_P(ProviderContractTest, AKeyGoesToItsOwnServerOnly)
 {
     configuration.apiKey = u"secret"_s;

@@ -42,10 +42,11 @@ QJsonObject parametersOf(const AITool &tool)
 }
 
 QByteArray body(const std::vector<AIMessage> &messages, const AIConfiguration &configuration,
-                const std::vector<AITool> &tools, ChatCompletionRequest::Form form)
+                const std::vector<AITool> &tools, ChatCompletionRequest::Form form,
+                const ChatSpelling &spelling)
 {
     QJsonArray list;
-    for (const AIMessage &message : messages)
+    for (const AIMessage &message : spelling.applied(messages))
         list.append(message.wireForm());
     QJsonObject object{{u"model"_s, configuration.model},
                        {u"messages"_s, list},
@@ -59,6 +60,7 @@ QByteArray body(const std::vector<AIMessage> &messages, const AIConfiguration &c
         object.insert(u"stream"_s, true);
     if (configuration.purpose && !configuration.purpose->isEmpty())
         object.insert(u"purpose"_s, *configuration.purpose);
+    spelling.apply(object);
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
@@ -66,7 +68,8 @@ QByteArray body(const std::vector<AIMessage> &messages, const AIConfiguration &c
 
 HttpRequest ChatCompletionRequest::make(const std::vector<AIMessage> &messages,
                                         const AIConfiguration &configuration,
-                                        const std::vector<AITool> &tools, Form form)
+                                        const std::vector<AITool> &tools, Form form,
+                                        const ChatSpelling &spelling)
 {
     HttpRequest request;
     request.method = "POST";
@@ -75,7 +78,7 @@ HttpRequest ChatCompletionRequest::make(const std::vector<AIMessage> &messages,
     request.headers.push_back({"Content-Type", "application/json"});
     if (configuration.apiKey && !configuration.apiKey->isEmpty())
         request.headers.push_back({"Authorization", "Bearer " + configuration.apiKey->toUtf8()});
-    request.body = body(messages, configuration, tools, form);
+    request.body = body(messages, configuration, tools, form, spelling);
     request.followsRedirect = BaseURL::mayRedirect;
     return request;
 }

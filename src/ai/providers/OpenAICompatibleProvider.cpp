@@ -24,6 +24,12 @@ struct Question {
     std::vector<AIMessage> messages;
     AIConfiguration configuration;
     std::vector<AITool> tools;
+    std::shared_ptr<std::map<std::pair<QString, QString>, ChatSpelling>> spellings;
+
+    [[nodiscard]] ChatSpelling &spelling() const
+    {
+        return (*spellings)[{configuration.baseURLString, configuration.model}];
+    }
 };
 using SharedQuestion = std::shared_ptr<const Question>;
 
@@ -40,13 +46,30 @@ void throwUnlessConfigured(const AIConfiguration &configuration)
 
 HttpRequest makeRequest(const Question &question, Form form)
 {
-    return ChatCompletionRequest::make(question.messages, question.configuration, question.tools, form);
+    return ChatCompletionRequest::make(question.messages, question.configuration, question.tools, form,
+                                       question.spelling());
 }
 
-QCoro::Task<HttpResponse> open(SharedQuestion question, HttpRequest request, std::stop_token stop)
+QCoro::Task<HttpResponse> sendOnce(SharedQuestion question, HttpRequest request, std::stop_token stop)
 {
     auto response = co_await question->session->send(std::move(request), stop);
     co_return co_await ProviderFailure::validated(std::move(response), stop);
+}
+
+// Where a refusal names what it refuses, the same question goes once more in the other spelling.
+QCoro::Task<HttpResponse> open(SharedQuestion question, HttpRequest request, Form form, std::stop_token stop)
+{
+    try {
+        co_return co_await sendOnce(question, std::move(request), stop);
+    } catch (const ProviderError &refusal) {
+        const auto learned = question->spelling().after(refusal, question->messages);
+        if (!learned)
+            throw;
+        question->spelling() = *learned;
+    }
+    note("Endpoint wants another spelling; asking once more"_L1);
+    HttpRequest again = makeRequest(*question, form);
+    co_return co_await sendOnce(question, std::move(again), stop);
 }
 
 bool spentOnThinking(const Completion &completion)
@@ -59,7 +82,7 @@ QCoro::Task<Completion> fetchWhole(SharedQuestion question, std::stop_token stop
     HttpRequest request = makeRequest(*question, Form::whole);
     Log::info(Log::Category::AIProvider, "Starting non-streaming request to model %{public}s"_L1,
               {question->configuration.model});
-    auto response = co_await open(question, std::move(request), stop);
+    auto response = co_await open(question, std::move(request), Form::whole, stop);
     const QByteArray body =
         co_await readBody(std::move(response), OpenAICompatibleProvider::largestBody, stop);
     auto completion = OpenAIStreamParser::parseBody(body);
@@ -92,7 +115,7 @@ QCoro::Task<> answerStreamed(SharedQuestion question, StreamedReply::Events even
     Log::info(Log::Category::AIProvider, "Starting streamed request to model %{public}s"_L1,
               {question->configuration.model});
     const RequestStop requestStop(stop);
-    auto response = co_await open(question, std::move(request), requestStop.token());
+    auto response = co_await open(question, std::move(request), Form::streamed, requestStop.token());
     const auto reply = std::make_shared<StreamedReply>();
     ReplyLines::Reader reader = [reply, events](QByteArrayView line) mutable {
         return reply->add(line, events);
@@ -157,9 +180,10 @@ AsyncStream<AIStreamEvent> OpenAICompatibleProvider::streamReply(std::vector<AIM
 {
     auto session = sessionFor(configuration);
     auto [stream, events] = AsyncStream<AIStreamEvent>::make();
-    answer(std::make_shared<const Question>(
-               Question{std::move(session), std::move(messages), std::move(configuration), std::move(tools)}),
-           events);
+    answer(
+        std::make_shared<const Question>(Question{std::move(session), std::move(messages),
+                                                  std::move(configuration), std::move(tools), m_spellings}),
+        events);
     return std::move(stream);
 }
 
@@ -170,8 +194,8 @@ QCoro::Task<QString> OpenAICompatibleProvider::testConnection(AIConfiguration co
     configuration.requestTimeout = 20.0;
     auto session = sessionFor(configuration);
     const AIMessage message{AIMessage::Role::user, testMessage(), {}, {}, {}, {}};
-    return testedReply(std::make_shared<const Question>(
-                           Question{std::move(session), {message}, std::move(configuration), {}}),
+    return testedReply(std::make_shared<const Question>(Question{
+                           std::move(session), {message}, std::move(configuration), {}, m_spellings}),
                        std::move(stop));
 }
 

@@ -1,7 +1,12 @@
 #pragma once
 
 #include "ai/contract/AIProvider.h"
+#include "ai/providers/ChatSpelling.h"
 #include "ai/providers/ReplyLines.h"
+
+#include <map>
+#include <memory>
+#include <utility>
 
 namespace morvane {
 
@@ -27,10 +32,14 @@ public:
                                                       std::stop_token stop) override;
 
 private:
+    using Place = std::pair<QString, QString>; // base address and model
+    using Spellings = std::map<Place, ChatSpelling>;
+
     [[nodiscard]] std::shared_ptr<HttpSession> sessionFor(const AIConfiguration &configuration) const;
 
     HttpSessionProviding &m_network;
     std::shared_ptr<HttpSession> m_injectedSession;
+    std::shared_ptr<Spellings> m_spellings = std::make_shared<Spellings>(); // learned in this run
 };
 
 } // namespace morvane
