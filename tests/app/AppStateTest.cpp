@@ -44,6 +44,11 @@ namespace {
 class AppStateTest : public testing::Test {
 protected:
     AppStateTest() { commandLine.profile = profile.path(); }
+    void TearDown() override
+    {
+        state.reset();
+        TestWait::settle(); // what was under way comes to its end
+    }
 
     void start(Host host = Host::application)
     {

@@ -29,6 +29,7 @@ protected:
         commandLine.profile = profile.path();
         commandLine.practiceServer = u"http://localhost:1/v1"_s;
     }
+    void TearDown() override { TestWait::settle(); } // what was under way comes to its end
     // The window that has `property`, once it is in view.
     static QQuickWindow *windowWith(const char *property)
     {

@@ -1,6 +1,7 @@
 #include "app/Launch.h"
 #include "persistence/ChatStoreLocation.h"
 #include "persistence/Database.h"
+#include "support/Await.h"
 #include "support/WindowDriver.h"
 
 #include <QDir>
@@ -26,6 +27,8 @@ constexpr int cases = 4; // to run beside each other
 class KilledStartTest : public testing::TestWithParam<int> {
 protected:
     KilledStartTest() { commandLine.profile = profile->path(); }
+
+    void TearDown() override { TestWait::settle(); } // what was under way comes to its end
 
     // False when its window came up before the call.
     bool isKilledAt(int call)
