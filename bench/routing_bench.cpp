@@ -23,14 +23,17 @@ namespace {
 // Of the models in use: answers at once, as a list that is already known does.
 class OneModel final : public OllamaProbing {
 public:
-    QCoro::Task<std::optional<QString>> version(QString, std::stop_token) override { co_return u"0"_s; }
-    QCoro::Task<std::optional<QStringList>> capabilities(QString, QString, std::stop_token) override
+    QCoro::Task<ProbeAnswer<QString>> version(QString, std::stop_token) override
     {
-        co_return QStringList{u"tools"_s};
+        co_return ProbeAnswer<QString>{u"0"_s};
     }
-    QCoro::Task<std::optional<std::vector<OllamaModel>>> modelList(QString, std::stop_token) override
+    QCoro::Task<ProbeAnswer<QStringList>> capabilities(QString, QString, std::stop_token) override
     {
-        co_return std::vector<OllamaModel>{{u"some-model"_s}};
+        co_return ProbeAnswer<QStringList>{QStringList{u"tools"_s}};
+    }
+    QCoro::Task<ProbeAnswer<std::vector<OllamaModel>>> modelList(QString, std::stop_token) override
+    {
+        co_return ProbeAnswer<std::vector<OllamaModel>>{std::vector<OllamaModel>{{u"some-model"_s}}};
     }
 };
 

@@ -30,6 +30,7 @@ QString note(std::size_t number)
 
 class NoWeb final : public WebAccessing {
 public:
+    SearchService searchService() const override { return SearchService::builtIn; }
     QCoro::Task<std::vector<SearchResult>> search(QString, std::stop_token) override
     {
         co_return std::vector<SearchResult>();
