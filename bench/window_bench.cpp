@@ -78,7 +78,7 @@ public:
     };
 
     explicit ProfileOfChats(int chats)
-        : m_secrets(commandLine().folders(), SecretKeeping::Keyring::none, m_work)
+        : m_secrets(commandLine().folders(), std::make_unique<AbsentKeyring>(), m_work)
     {
         bool isOpen = false;
         m_opening = TaskHandle::start([&](const std::stop_token &stop) { return open(stop, &isOpen); });
