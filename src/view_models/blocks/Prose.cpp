@@ -21,7 +21,7 @@ QString Prose::plainText() const
         counted.resize(mark.depth + 1, 0);
         counted.last() = mark.numbered ? counted.last() + 1 : 0;
         const QString sign = mark.numbered ? QString::number(counted.last()) + u'.' : u"•"_s;
-        lines.append(QString(2 * mark.depth, u' ') + sign + u' ' + parts[i].text);
+        lines.append(QString(qsizetype{2} * mark.depth, u' ') + sign + u' ' + parts[i].text);
     }
     return lines.join(u'\n');
 }
