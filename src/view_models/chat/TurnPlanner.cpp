@@ -69,12 +69,12 @@ std::optional<TurnPlan> TurnPlanner::continuing(const QUuid &message,
                                     [&message](const auto &each) { return each->id() == message; });
     if (found == messages.end() || !(*found)->hitTokenLimit())
         return std::nullopt;
-    const auto reply = *found;
+    std::shared_ptr<ChatMessage> reply = *found;
     reply->setHitTokenLimit(false);
     m_services.messages.messageChanged(reply->id());
     auto history = TurnHistory::upTo(m_services.messages, *reply);
     history.push_back({MessageRole::user, continuePrompt, {}});
-    return TurnPlan{reply, std::move(conversation), std::move(history), continuePrompt, true};
+    return TurnPlan{std::move(reply), std::move(conversation), std::move(history), continuePrompt, true};
 }
 
 // Failed, or left unfinished by a program that ended.
