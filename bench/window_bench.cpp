@@ -92,6 +92,8 @@ public:
             repository.context().insert(chat);
             fill(repository, *chat, m_clock, 20);
         }
+        // As once the store has been read through: else all of it stays in the log.
+        repository.context().setWriting(Database::Writing::ToFile);
         application->state.willTerminate();
     }
 
