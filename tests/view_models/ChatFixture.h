@@ -110,6 +110,15 @@ protected:
     void deliver(const QString &question, const QString &answer);
 
     [[nodiscard]] std::shared_ptr<ChatMessage> lastMessage();
+
+    // What of a request stands behind its system prompt.
+    [[nodiscard]] QStringList sentWords() const
+    {
+        QStringList words;
+        for (const AIMessage &message : replies.asked.back().request.messages)
+            words.append(message.content);
+        return words.mid(1);
+    }
     [[nodiscard]] QVariant lastRow(MessageListModel::Role role);
     [[nodiscard]] Rows transcript();
 
