@@ -2,6 +2,7 @@
 
 #include "utils/text/Json.h"
 #include "utils/text/Text.h"
+#include "utils/text/UntrustedContent.h"
 
 #include <QJsonArray>
 
@@ -21,12 +22,7 @@ constexpr int deepest = 4;
 
 QString plain(const QString &words)
 {
-    QString line = words.first(std::min(words.size(), longestRead));
-    const auto isUnfit = [](QChar c) {
-        return c.category() == QChar::Other_Control || c.category() == QChar::Other_Format;
-    };
-    std::replace_if(line.begin(), line.end(), isUnfit, u' ');
-    line = line.simplified();
+    const QString line = UntrustedContent::line(words.first(std::min(words.size(), longestRead)));
     return Text::hasAtLeast(line, longest + 1) ? Text::prefix(line, longest) + u'…' : line;
 }
 

@@ -34,11 +34,15 @@ bool isUnseen(QChar c)
 
 } // namespace
 
+QString UntrustedContent::line(QString text)
+{
+    std::replace_if(text.begin(), text.end(), isUnseen, u' ');
+    return text.simplified();
+}
+
 QString UntrustedContent::name(const QString &text)
 {
-    QString line = Text::prefix(text, longestName);
-    std::replace_if(line.begin(), line.end(), isUnseen, u' ');
-    return defused(line.simplified().replace("---"_L1, u"\u2014"_s));
+    return defused(line(Text::prefix(text, longestName)).replace("---"_L1, u"\u2014"_s));
 }
 
 QString UntrustedContent::wrap(const QString &body, const QString &source)

@@ -10,6 +10,9 @@ namespace UntrustedContent {
 // The line start that tells marked content apart, also inside a message.
 inline constexpr QStringView beginMarker = u"--- BEGIN UNTRUSTED CONTENT (";
 
+// The text as one line of what can be seen: control and formatting characters and line ends are blanks.
+[[nodiscard]] QString line(QString text);
+
 // A name that came from outside, such as a file's, fit to stand in a line of our own: one line of what can be
 // seen, not long, and without the marker's words and dashes.
 [[nodiscard]] QString name(const QString &text);
