@@ -43,11 +43,16 @@ ModelServer::ModelServer(Interface interface, const std::vector<Listed> &models)
     : ModelServer(optionsFor(interface, models))
 {}
 
+QString ModelServer::program()
+{
+    return QStringLiteral(MORVANE_MODEL_SERVER);
+}
+
 ModelServer::ModelServer(const QStringList &options)
 {
     m_process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(QStringLiteral(MORVANE_MODEL_SERVER), QStringList{u"--log"_s, u"-"_s} + options);
+    m_process.start(program(), QStringList{u"--log"_s, u"-"_s} + options);
     TestWait::until([this] { return m_process.canReadLine() || m_process.state() == QProcess::NotRunning; });
     const QByteArray line = m_process.readLine().trimmed();
     const QByteArray greeting = "listening on ";

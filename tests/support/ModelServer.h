@@ -32,6 +32,9 @@ public:
     };
     enum class Interface { chatCompletions, ollama }; // the second comes on top of the first
 
+    // The program's file.
+    [[nodiscard]] static QString program();
+
     // Throws when the server doesn't come up.
     explicit ModelServer(const QStringList &options = {});
 

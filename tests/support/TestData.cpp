@@ -29,9 +29,14 @@ QByteArray shown(const QString &outcome)
 
 } // namespace
 
+QString TestData::pathOf(const char *path)
+{
+    return QStringLiteral(MORVANE_TEST_DATA "/") + QString::fromUtf8(path);
+}
+
 QByteArray TestData::read(const char *path)
 {
-    QFile file(QStringLiteral(MORVANE_TEST_DATA "/") + QString::fromUtf8(path));
+    QFile file(pathOf(path));
     if (!file.open(QFile::ReadOnly))
         throw std::runtime_error(std::string("no such test data: ") + path);
     return file.readAll();

@@ -12,6 +12,9 @@ namespace morvane {
 // changed line.
 namespace TestData {
 
+// Where the file lies.
+[[nodiscard]] QString pathOf(const char *path);
+
 // Throws when there is no such file.
 [[nodiscard]] QByteArray read(const char *path);
 [[nodiscard]] std::string text(const char *path);

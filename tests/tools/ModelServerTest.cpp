@@ -3,6 +3,7 @@
 #include "network/NetworkLedger.h"
 #include "support/Await.h"
 #include "support/ManualClock.h"
+#include "support/TestData.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -48,7 +49,7 @@ private:
 
 TEST_F(ModelServerTest, AScenarioFileIsPlayedInItsOrderAndThenTheBuiltInOnes)
 {
-    ModelServer server({u"--scenario"_s, QStringLiteral(MORVANE_TEST_DATA "/tools/scenario.json")});
+    ModelServer server({u"--scenario"_s, TestData::pathOf("tools/scenario.json")});
     EXPECT_EQ(post(server, "b").status, 418);
     EXPECT_EQ(choice(post(server, "a"))["message"_L1]["tool_calls"_L1][0]["id"_L1].toString(), u"x"_s);
     const QJsonValue second = choice(post(server, "a"));
@@ -109,14 +110,14 @@ TEST_F(ModelServerTest, OllamaRefusesWhatAModelCannotDoAndTellsHowAPullGoes)
 TEST_F(ModelServerTest, EndsWellWhenToldToAndSaysNoToABadFile)
 {
     QProcess process;
-    process.start(QStringLiteral(MORVANE_MODEL_SERVER), {});
+    process.start(ModelServer::program(), {});
     TestWait::until([&] { return process.canReadLine(); });
     process.terminate();
     TestWait::until([&] { return process.state() == QProcess::NotRunning; });
     EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
     EXPECT_EQ(process.exitCode(), 0);
 
-    process.start(QStringLiteral(MORVANE_MODEL_SERVER), {u"--scenario"_s, u"/nonexistent"_s});
+    process.start(ModelServer::program(), {u"--scenario"_s, u"/nonexistent"_s});
     TestWait::until([&] { return process.state() == QProcess::NotRunning; });
     EXPECT_EQ(process.exitCode(), 1);
 }
