@@ -1,6 +1,7 @@
 #include "utils/bytes/SealedBox.h"
 
 #include "support/WipeSpy.h"
+#include "utils/bytes/HKDF.h"
 #include "utils/bytes/Hex.h"
 
 #include <gtest/gtest.h>
@@ -58,6 +59,15 @@ TEST(SecretBytesTest, WhatHeldASecretIsWiped)
     tampered.back() ^= 1;
     EXPECT_EQ(SealedBox::open(tampered, key), std::nullopt);
     EXPECT_EQ(spy.takeCount(), 1); // plain text that was never verified
+}
+
+// RFC 5869, appendix A.3.
+TEST(HKDFTest, AgreesWithThePublishedVector)
+{
+    const SecretBytes secret(QByteArray(22, '\x0b'));
+    EXPECT_EQ(HKDF::sha256(secret, "", 42).view().toByteArray().toHex().toStdString(),
+              "8da4e775a563c18f715f802a063c5a31b8a11f5c5ee1879ec3454e5f3c738d2d9d201395faa4b61a96c8");
+    EXPECT_THROW((void)HKDF::sha256(secret, "", 8161), std::runtime_error);
 }
 
 } // namespace

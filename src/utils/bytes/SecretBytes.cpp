@@ -27,6 +27,10 @@ SecretBytes::SecretBytes(QByteArrayView bytes)
               reinterpret_cast<const unsigned char *>(bytes.data()) + bytes.size())
 {}
 
+SecretBytes::SecretBytes(std::size_t count)
+    : m_bytes(count)
+{}
+
 SecretBytes::~SecretBytes()
 {
     OPENSSL_cleanse(m_bytes.data(), m_bytes.size());
@@ -44,9 +48,8 @@ SecretBytes &SecretBytes::operator=(SecretBytes &&other) noexcept
 
 SecretBytes SecretBytes::random(std::size_t count)
 {
-    SecretBytes result;
-    result.m_bytes.resize(count);
-    if (RAND_bytes(result.m_bytes.data(), static_cast<int>(count)) != 1)
+    SecretBytes result(count);
+    if (RAND_bytes(result.data(), static_cast<int>(count)) != 1)
         throw std::runtime_error("the system's random source failed");
     return result;
 }

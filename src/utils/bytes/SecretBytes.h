@@ -18,6 +18,7 @@ class SecretBytes {
 public:
     SecretBytes() = default;
     explicit SecretBytes(QByteArrayView bytes);
+    explicit SecretBytes(std::size_t count); // zeros, to be filled
     ~SecretBytes();
     SecretBytes(SecretBytes &&other) noexcept;
     SecretBytes &operator=(SecretBytes &&other) noexcept;
@@ -28,6 +29,7 @@ public:
     static SecretBytes random(std::size_t count);
 
     [[nodiscard]] const unsigned char *data() const { return m_bytes.data(); }
+    [[nodiscard]] unsigned char *data() { return m_bytes.data(); }
     [[nodiscard]] std::size_t size() const { return m_bytes.size(); }
     [[nodiscard]] QByteArrayView view() const;
 

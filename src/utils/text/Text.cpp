@@ -125,6 +125,13 @@ QString Text::trimmed(QStringView text)
     return text.trimmed().toString();
 }
 
+QStringView Text::leadingTrimmed(QStringView text)
+{
+    while (!text.isEmpty() && text.front().isSpace())
+        text = text.sliced(1);
+    return text;
+}
+
 QStringView Text::trimmedBlanks(QStringView text)
 {
     return withoutOuterBlanks(text);

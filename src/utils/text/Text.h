@@ -31,6 +31,9 @@ inline constexpr qsizetype longestCharacter = 20; // UTF-16 units; the longest e
 // Without whitespace and newlines at both ends.
 [[nodiscard]] QString trimmed(QStringView text);
 
+// Without whitespace and newlines at its beginning.
+[[nodiscard]] QStringView leadingTrimmed(QStringView text);
+
 // Without spaces and tabs at both ends; line ends stay.
 [[nodiscard]] QStringView trimmedBlanks(QStringView text);
 [[nodiscard]] QByteArrayView trimmedBlanks(QByteArrayView text);
