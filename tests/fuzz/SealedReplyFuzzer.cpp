@@ -1,5 +1,5 @@
-// What a private-cloud server answers: sealed pieces that anyone may have made, and the text inside of them, cut
-// anywhere.
+// What a private-cloud server answers: sealed pieces that anyone may have made, and the text inside of them,
+// cut anywhere.
 
 #include "fuzz/Fuzz.h"
 

@@ -14,9 +14,10 @@ enum ExitStatus { Done = 0, DidNotOpen = 1, NotTried = 2 };
 
 constexpr qint64 longestInput = qint64(64) << 20; // bytes
 
-constexpr const char *help = "morvane-private-cloud seal --public-key HEX    text in, one line of hexadecimal out\n"
-                             "morvane-private-cloud open --private-key HEX   hexadecimal in, text out;\n"
-                             "                                               status 1 when it does not open\n";
+constexpr const char *help =
+    "morvane-private-cloud seal --public-key HEX    text in, one line of hexadecimal out\n"
+    "morvane-private-cloud open --private-key HEX   hexadecimal in, text out;\n"
+    "                                               status 1 when it does not open\n";
 
 QByteArray input()
 {

@@ -13,7 +13,8 @@ namespace {
 
 constexpr QStringView noAbilities =
     u"ABILITIES\nNone are available on this message. You cannot open links, search the web, read files, or "
-    u"take any action. If the request needs one, say so plainly. For anything current — scores, news, prices, "
+    u"take any action. If the request needs one, say so plainly. For anything current — scores, news, "
+    u"prices, "
     u"dates — do not state a specific answer, because you cannot check it.";
 
 constexpr QStringView usageBefore =
@@ -23,7 +24,8 @@ constexpr QStringView usageBefore =
 constexpr QStringView usageExample =
     u"\n{\"calls\": [{\"name\": \"<ability>\", \"arguments\": {\"<name>\": <value>}}]}\n";
 constexpr QStringView usageAfter =
-    u"\n\nRules:\n- The block holds one JSON object with a \"calls\" array. Ask for several abilities at once "
+    u"\n\nRules:\n- The block holds one JSON object with a \"calls\" array. Ask for several abilities at "
+    u"once "
     u"by putting several entries in it.\n- \"arguments\" is a JSON object. Use real JSON types: strings "
     u"quoted, numbers bare, booleans true or false.\n- Use only the ability names listed above, spelled "
     u"exactly.\n- When you have what you need, answer the person in plain prose with no block at all. Never "

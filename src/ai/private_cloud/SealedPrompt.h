@@ -9,8 +9,8 @@
 
 namespace morvane {
 
-// A conversation as the sealed server takes it: one system text and one user text. It knows no messages and no
-// tools, so both are written out, and what a tool gave back stands between markers, named as data.
+// A conversation as the sealed server takes it: one system text and one user text. It knows no messages and
+// no tools, so both are written out, and what a tool gave back stands between markers, named as data.
 struct SealedPrompt {
     QString system;
     QString prompt;

@@ -4,8 +4,8 @@
 
 namespace morvane {
 
-// Takes a model's private reasoning out of the start of its reply, wherever a piece is cut. Holds back no more
-// than the reply's first 600 characters.
+// Takes a model's private reasoning out of the start of its reply, wherever a piece is cut. Holds back no
+// more than the reply's first 600 characters.
 class ThinkingFilter {
 public:
     // The text that may be shown now; empty for none.

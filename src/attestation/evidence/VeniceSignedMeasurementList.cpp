@@ -1,6 +1,7 @@
 #include "attestation/evidence/VeniceSignedMeasurementList.h"
 
 #include "attestation/evidence/CaseText.h"
+#include "attestation/evidence/ListSignature.h"
 #include "utils/text/Json.h"
 #include "utils/text/Text.h"
 
@@ -68,11 +69,6 @@ bool isName(QStringView text, qsizetype limit, QStringView punctuation)
     return !text.isEmpty() && text.size() <= limit && std::all_of(text.begin(), text.end(), [&](QChar c) {
         return isLowerCaseLetterOrDigit(c) || punctuation.contains(c);
     });
-}
-
-bool isIdentifier(QStringView text)
-{
-    return isName(text, 96, u"-.") && isLowerCaseLetterOrDigit(text.front());
 }
 
 bool isLabel(const QString &text)
@@ -173,7 +169,7 @@ List::Entry readEntry(const QJsonObject &object)
                  u"configuration"_s, u"bootEvents"_s});
     List::Entry entry;
     entry.id = require(Json::string(object, "id"_L1), "id"_L1);
-    require(isIdentifier(entry.id), "id"_L1);
+    require(List::isIdentifier(entry.id), "id"_L1);
     entry.model = require(Json::string(object, "model"_L1), "model"_L1);
     require(entry.model.startsWith("e2ee-"_L1) && isName(QStringView(entry.model).sliced(5), 64, u"-."),
             "model"_L1);
@@ -209,7 +205,7 @@ std::set<QString> readRevoked(const QJsonObject &list)
     std::set<QString> revoked;
     for (const QJsonValue &value : values) {
         const QString id = value.toString();
-        require(isIdentifier(id), "revoked"_L1);
+        require(List::isIdentifier(id), "revoked"_L1);
         if (!revoked.insert(id).second)
             throw Refusal(Refusal::DuplicateID{id});
     }
@@ -294,6 +290,24 @@ VeniceSignedMeasurementList VeniceSignedMeasurementList::read(QByteArrayView jso
     list.entries = readEntries(*object);
     list.revoked = readRevoked(*object);
     return list;
+}
+
+VeniceSignedMeasurementList::Signed VeniceSignedMeasurementList::verify(
+    QByteArrayView list, QByteArrayView signature, const std::vector<QByteArray> &publicKeys,
+    const std::function<std::int64_t(const QByteArray &key)> &floorOf, const std::optional<QDateTime> &date)
+{
+    if (list.size() > sizeLimit)
+        throw Refusal(Plain::tooLarge);
+    const QByteArray key = ListSignature::signingKey(list, signature, publicKeys);
+    Signed signedList{read(list, floorOf(key)), key};
+    if (date && *date >= signedList.list.notAfter)
+        throw Refusal(Plain::expired);
+    return signedList;
+}
+
+bool VeniceSignedMeasurementList::isIdentifier(QStringView text)
+{
+    return isName(text, 96, u"-.") && isLowerCaseLetterOrDigit(text.front());
 }
 
 VeniceMeasurementAllowlist

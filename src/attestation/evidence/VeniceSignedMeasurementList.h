@@ -7,6 +7,8 @@
 #include <QString>
 
 #include <exception>
+#include <functional>
+#include <optional>
 #include <set>
 #include <variant>
 #include <vector>
@@ -78,10 +80,29 @@ struct VeniceSignedMeasurementList {
     // may still be offered. Throws Refusal.
     [[nodiscard]] static VeniceSignedMeasurementList read(QByteArrayView json, std::int64_t floor);
 
+    // A list whose signature held, and the key that it held under (32 bytes).
+    struct Signed;
+
+    // The list in a file's bytes, read only once its signature holds under one of `publicKeys`. `floorOf`
+    // gives the lowest version that may still be offered under a key; with a date, a list that has run out by
+    // then is expired. Throws Refusal.
+    [[nodiscard]] static Signed verify(QByteArrayView list, QByteArrayView signature,
+                                       const std::vector<QByteArray> &publicKeys,
+                                       const std::function<std::int64_t(const QByteArray &key)> &floorOf,
+                                       const std::optional<QDateTime> &date = std::nullopt);
+
+    // Between 1 and 96 of a-z, 0-9, "-" and ".", the first a letter or a digit.
+    [[nodiscard]] static bool isIdentifier(QStringView text);
+
     // What the list accepts at `date`, its own withdrawals applied. Once it has run out the `bundled` stacks
     // stand in for its entries.
     [[nodiscard]] VeniceMeasurementAllowlist allowlistAt(const QDateTime &date,
                                                          const VeniceMeasurementAllowlist &bundled) const;
+};
+
+struct VeniceSignedMeasurementList::Signed {
+    VeniceSignedMeasurementList list;
+    QByteArray key;
 };
 
 } // namespace morvane

@@ -55,18 +55,17 @@ QString readIn(const std::vector<QString> &pieces)
 
 TEST(SealedReplyText, IsTheSameWhereverThePiecesAreCut)
 {
-    const std::string now =
-        TestData::transcript("ai/private_cloud/replies.txt", [](const QByteArray &input) {
-            const QString reply = QString::fromUtf8(input);
-            const QString whole = readIn({reply});
-            for (qsizetype cut = 1; cut < reply.size(); ++cut)
-                EXPECT_EQ(readIn({reply.first(cut), reply.sliced(cut)}), whole) << cut;
-            std::vector<QString> single;
-            for (const QChar character : reply)
-                single.emplace_back(character);
-            EXPECT_EQ(readIn(single), whole);
-            return whole;
-        });
+    const std::string now = TestData::transcript("ai/private_cloud/replies.txt", [](const QByteArray &input) {
+        const QString reply = QString::fromUtf8(input);
+        const QString whole = readIn({reply});
+        for (qsizetype cut = 1; cut < reply.size(); ++cut)
+            EXPECT_EQ(readIn({reply.first(cut), reply.sliced(cut)}), whole) << cut;
+        std::vector<QString> single;
+        for (const QChar character : reply)
+            single.emplace_back(character);
+        EXPECT_EQ(readIn(single), whole);
+        return whole;
+    });
     EXPECT_EQ(now, TestData::text("ai/private_cloud/replies.txt"));
 }
 

@@ -96,8 +96,8 @@ TEST(SealedSession, DrawsAKeyEightTimesAtMost)
     EXPECT_EQ(Secp256k1::generateKeyPair(refusing(7)).publicKey.size(), 65);
     EXPECT_EQ(draws, 8);
     EXPECT_THAT([&] { (void)Secp256k1::generateKeyPair(refusing(8)); },
-                testing::Throws<Secp256k1::Failure>(Property(
-                    &Secp256k1::Failure::reason, Secp256k1::Failure::Reason::invalidPrivateKey)));
+                testing::Throws<Secp256k1::Failure>(
+                    Property(&Secp256k1::Failure::reason, Secp256k1::Failure::Reason::invalidPrivateKey)));
     EXPECT_EQ(draws, 8);
     const auto dry = [](std::size_t) -> SecretBytes { throw std::runtime_error("dry"); };
     EXPECT_THAT([&] { (void)Secp256k1::generateKeyPair(dry); },

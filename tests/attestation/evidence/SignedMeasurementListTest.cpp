@@ -1,4 +1,6 @@
+#include "attestation/evidence/ListSignature.h"
 #include "attestation/evidence/VeniceSignedMeasurementList.h"
+#include "evidence/ListKey.h"
 #include "evidence/TestAuthority.h"
 #include "support/TestData.h"
 
@@ -107,6 +109,47 @@ TEST(SignedMeasurementListTest, AListAcceptsUntilItRunsOut)
 
     const auto withdrawn = with(object, {u"revoked"_s}, QJsonArray{u"test.configuration"_s});
     EXPECT_TRUE(List::read(text(withdrawn), 0).allowlistAt(list.notAfter, bundled).stacksByModel.empty());
+}
+
+TEST(SignedMeasurementListTest, IsReadOnlyOnceItsSignatureHolds)
+{
+    const QByteArray list = text(Scenario().signedList());
+    const ListKey first;
+    const ListKey second;
+    const QByteArray signature = second.signatureFile(list);
+    const std::vector<QByteArray> keys{QByteArray("no key"), first.publicKey(), second.publicKey()};
+    const auto floorOf = [&](const QByteArray &key) { return key == second.publicKey() ? 1 : 1000; };
+    const auto outcome = [&](const QByteArray &bytes, const QByteArray &file, const auto &trusted,
+                             const std::optional<QDateTime> &date = {}) {
+        try {
+            const List::Signed verified = List::verify(bytes, file, trusted, floorOf, date);
+            return verified.key == second.publicKey() ? u"second"_s : u"first"_s;
+        } catch (const List::Refusal &refusal) {
+            return refusal.caseText();
+        }
+    };
+    EXPECT_EQ(outcome(list, " \r\n" + signature, keys), u"second"_s);
+    EXPECT_EQ(outcome(list, first.signatureFile(list), keys).left(10),
+              u"rolledBack"_s); // each key has its floor
+    EXPECT_EQ(outcome(list + ' ', signature, keys), u"signatureInvalid"_s);
+    EXPECT_EQ(outcome("[]", signature, keys), u"signatureInvalid"_s);
+    EXPECT_EQ(outcome(list, signature, std::vector{first.publicKey()}), u"signatureInvalid"_s);
+    EXPECT_EQ(outcome(list, signature, std::vector<QByteArray>()), u"signatureInvalid"_s);
+    for (const QByteArray &file : {QByteArray(), QByteArray("!"), signature.sliced(4), "AAAA" + signature})
+        EXPECT_EQ(outcome(list, file, keys), u"signatureMalformed"_s);
+    EXPECT_EQ(outcome(QByteArray(524289, ' '), "!", keys), u"tooLarge"_s);
+    const QDateTime end = List::read(list, 0).notAfter;
+    EXPECT_EQ(outcome(list, signature, keys, end.addSecs(-1)), u"second"_s);
+    EXPECT_EQ(outcome(list, signature, keys, end), u"expired"_s);
+
+    // RFC 8032, section 7.1, test 1.
+    const QByteArray published =
+        QByteArray::fromHex("d75a980182b10ab7d54bfed3c964073a0ee172f3daa62325af021a68f707511a");
+    const QByteArray ofNothing =
+        QByteArray::fromHex("e5564300c360ac729086e2cc806e828a84877f1eb8e5d974d873e065224901555fb8821590a33bac"
+                            "c61e39701cf9b46bd25bf5f0595bbe24655141438e7a100b")
+            .toBase64();
+    EXPECT_EQ(ListSignature::signingKey("", ofNothing, {published}), published);
 }
 
 } // namespace morvane

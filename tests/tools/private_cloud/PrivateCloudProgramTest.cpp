@@ -49,7 +49,9 @@ TEST(PrivateCloudProgram, OpensWhatIsMeantForTheKeyAndSaysNothingElse)
         EXPECT_EQ(refused.status, 1);
         EXPECT_EQ(refused.output, "");
     }
-    const QStringList unusable[] = {{}, {u"open"_s}, {u"open"_s, u"--private-key"_s, u"00"_s},
+    const QStringList unusable[] = {{},
+                                    {u"open"_s},
+                                    {u"open"_s, u"--private-key"_s, u"00"_s},
                                     {u"seal"_s, u"--public-key"_s, sender.chopped(2)}};
     for (const QStringList &line : unusable)
         EXPECT_EQ(run(line, "x").status, 2);
