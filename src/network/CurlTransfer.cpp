@@ -343,9 +343,19 @@ std::size_t CurlTransfer::onHeader(char *data, std::size_t, std::size_t size, vo
         return 0; // ends the transfer
     if (!transfer.m_headIsOver && transfer.takeHeaderLine({data, static_cast<qsizetype>(size)})) {
         transfer.m_headIsOver = true;
+        transfer.judgeConnection();
         transfer.m_loop.noteHead(transfer);
     }
     return size;
+}
+
+// A server that refuses a request may do so before it has read the body, and take that for the start of the
+// next request on the connection. Here, before the response can be complete.
+void CurlTransfer::judgeConnection()
+{
+    constexpr int firstError = 400;
+    if (m_status >= firstError && !m_upload.isEmpty())
+        curl_easy_setopt(m_easy.get(), CURLOPT_FORBID_REUSE, 1L);
 }
 
 // True at the empty line that ends the final response's head; what follows are trailers.

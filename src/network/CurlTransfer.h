@@ -91,6 +91,7 @@ private:
     void setHeaders(const std::vector<HttpHeader> &headers);
     void addHeaderLine(const QByteArray &line);
     bool takeHeaderLine(QByteArrayView line);
+    void judgeConnection();
     [[nodiscard]] std::optional<TransportError> errorOf(CURLcode result) const;
     [[nodiscard]] bool isBlocked() const;
 

@@ -1,8 +1,12 @@
 // What Ollama's own interface has of its own; what both dialects share is in ProviderSessionTest.
 
 #include "ai/Dialects.h"
+#include "network/AppNetwork.h"
+#include "network/NetworkLedger.h"
 #include "support/FakeHttpSession.h"
 #include "support/LogCapture.h"
+#include "support/ManualClock.h"
+#include "support/ScriptedServer.h"
 #include "support/TestData.h"
 
 #include <QJsonArray>
@@ -172,6 +176,24 @@ TEST_F(OllamaNativeProviderTest, AProbeTellsANoFromNobodyAndThrowsOnlyWhenItIsSt
     stop.request_stop();
     TestWait::until([&] { return outcome->done; });
     EXPECT_THROW(std::rethrow_exception(outcome->error), CancelledError);
+}
+
+TEST(OllamaProbeRowTest, TellsTheStatusOfAServerThatKnowsNoSuchPathHoweverMuchItSays)
+{
+    ManualClock clock;
+    NetworkLedger ledger;
+    AppNetwork real(ledger, clock);
+    OllamaNativeProvider provider(real);
+    for (const qsizetype size : {0, 300, 200'000}) {
+        const ScriptedServer server(
+            ScriptedServer::answering(ScriptedServer::response("404 Not Found", QByteArray(size, 'x'))));
+        const QString base = server.url(u"/v1"_s).toString();
+        EXPECT_EQ(TestWait::await(provider.version(base, {})).told, std::nullopt);
+        EXPECT_EQ(TestWait::await(provider.capabilities(base, u"m"_s, {})).told, std::nullopt);
+    }
+    for (const NetworkLedger::Entry &row : ledger.snapshot().entries)
+        EXPECT_EQ(row.outcome.text(), u"HTTP 404"_s);
+    EXPECT_EQ(ledger.snapshot().entries.size(), 6U);
 }
 
 TEST_F(OllamaNativeProviderTest, AConnectionTestLooksAtTheStatusOnly)

@@ -26,6 +26,26 @@ TEST_F(BrokenServerTest, AHeadWithoutEndIsTooLarge)
     EXPECT_EQ(rows().size(), 3U);
 }
 
+// What it left of a refused request stands before the next one on the same connection.
+TEST_F(BrokenServerTest, AServerThatRefusesBeforeItHasReadTheBodyIsAskedOnAnotherConnection)
+{
+    for (const QByteArray &status : {"400 Bad Request"_ba, "404 Not Found"_ba, "500 Oops"_ba, "200 OK"_ba}) {
+        const bool isGood = status.startsWith('2');
+        const auto nextHead = [isGood](ScriptedServer::Connection &connection) {
+            const auto whole = isGood ? connection.readRequest() : std::nullopt;
+            return whole ? std::optional(whole->head) : connection.readHead();
+        };
+        const ScriptedServer server([&](ScriptedServer::Connection &connection) {
+            while (const auto head = nextHead(connection))
+                connection.send(head->startsWith("POST") ? ScriptedServer::response(status, "why")
+                                                         : ScriptedServer::response("400 Bad Request", {}));
+        });
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(fetch(post(server.url(), "question")).body, "why") << status.constData();
+        EXPECT_EQ(server.connections(), isGood ? 1 : 3) << "one that answered well is used again";
+    }
+}
+
 TEST_F(BrokenServerTest, NoListenerAndNoName)
 {
     QUrl closed;

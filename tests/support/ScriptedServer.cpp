@@ -44,24 +44,34 @@ bool ScriptedServer::Connection::fill()
     return true;
 }
 
-std::optional<ScriptedServer::Request> ScriptedServer::Connection::readRequest()
+std::optional<QByteArray> ScriptedServer::Connection::readHead()
 {
     while (!m_pending.contains("\r\n\r\n")) {
         if (!fill())
             return std::nullopt;
     }
-    const qsizetype headSize = m_pending.indexOf("\r\n\r\n") + 4;
-    Request request{m_pending.first(headSize), {}};
+    const qsizetype size = m_pending.indexOf("\r\n\r\n") + 4;
+    const QByteArray head = m_pending.first(size);
+    m_pending.remove(0, size);
+    return head;
+}
+
+std::optional<ScriptedServer::Request> ScriptedServer::Connection::readRequest()
+{
+    const auto head = readHead();
+    if (!head)
+        return std::nullopt;
+    Request request{*head, {}};
     const QByteArray name = "\r\ncontent-length:";
     const qsizetype field = request.head.toLower().indexOf(name);
     const QByteArray value = field < 0 ? QByteArray() : request.head.mid(field + name.size());
     const qsizetype length = value.left(value.indexOf('\r')).trimmed().toLongLong();
-    while (m_pending.size() < headSize + length) {
+    while (m_pending.size() < length) {
         if (!fill())
             return std::nullopt;
     }
-    request.body = m_pending.mid(headSize, length);
-    m_pending.remove(0, headSize + length);
+    request.body = m_pending.first(length);
+    m_pending.remove(0, length);
     {
         const std::scoped_lock lock(m_server.m_mutex);
         m_server.m_requests.push_back(request);

@@ -46,6 +46,9 @@ public:
         // The next request, its body by Content-Length; nothing once the peer is gone.
         std::optional<Request> readRequest();
 
+        // All up to the next empty line, of whatever request it is; its body stays where it is.
+        std::optional<QByteArray> readHead();
+
         // False once the peer is gone.
         bool send(QByteArrayView bytes);
 
