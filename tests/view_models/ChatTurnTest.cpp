@@ -307,9 +307,11 @@ TEST_F(ChatTurnTest, ContinueAppendsToTheSameReplyAndStoresNoPrompt)
 TEST_F(ChatTurnTest, RetractionReachesTheRecordAtOnceAndBringsTheDotsBack)
 {
     send(u"q"_s);
+    EXPECT_EQ(lastRow(MessageListModel::TextRole), QString());
     replies.text(u"I can't 👩‍👧"_s);
     replies.yield(Agent::RetractText{1});
     EXPECT_EQ(lastMessage()->content(), u"I can't "_s);
+    EXPECT_EQ(lastRow(MessageListModel::TextRole), u"I can't "_s) << "what was read before is not shown again";
     EXPECT_TRUE(indicates<ReplyIndicator::Streaming>());
     replies.yield(Agent::RetractText{500});
     EXPECT_EQ(lastMessage()->content(), QString());
