@@ -28,6 +28,8 @@ std::shared_ptr<ChatMessage> ChatMessage::create(std::shared_ptr<const FieldSeal
     columns.statusRaw = rawText(fields.status);
     columns.attachmentID = fields.attachmentID;
     columns.sealedAttachmentName = sealedAtCreation(*sealing, fields.attachmentName);
+    columns.versionGroup = fields.versionGroup;
+    columns.answers = fields.answers;
     return std::make_shared<ChatMessage>(std::move(sealing), std::move(columns));
 }
 

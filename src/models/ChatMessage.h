@@ -32,6 +32,9 @@ public:
         std::optional<QString> placeRaw;
         std::optional<QUuid> conversation;
         std::optional<QStringList> toolStates; // one for each line of the summary; absent in former rows
+        std::optional<QUuid> versionGroup;     // of those that stand in for each other; absent for a sole one
+        std::optional<QUuid> answers;          // the person's message; absent in former rows
+        std::optional<bool> isSetAside;        // another version is shown in its place
 
         bool operator==(const Columns &) const = default;
     };
@@ -45,6 +48,8 @@ public:
         MessageStatus status;
         std::optional<QUuid> attachmentID;
         std::optional<QString> attachmentName;
+        std::optional<QUuid> versionGroup = {};
+        std::optional<QUuid> answers = {};
     };
 
     ChatMessage(std::shared_ptr<const FieldSealing> sealing, Columns columns);
@@ -112,6 +117,18 @@ public:
 
     [[nodiscard]] const std::optional<QString> &placeRaw() const { return m_columns.placeRaw; }
     void setPlaceRaw(const std::optional<QString> &place) { assign(m_columns.placeRaw, place); }
+
+    // What was said in one place of a chat has versions, of which one is shown; see MessageVersions.
+    [[nodiscard]] const std::optional<QUuid> &versionGroup() const { return m_columns.versionGroup; }
+    void setVersionGroup(const QUuid &group) { assign(m_columns.versionGroup, std::optional(group)); }
+    [[nodiscard]] const std::optional<QUuid> &answers() const { return m_columns.answers; }
+    void setAnswers(const QUuid &question) { assign(m_columns.answers, std::optional(question)); }
+    [[nodiscard]] bool isSetAside() const { return m_columns.isSetAside.value_or(false); }
+    void setSetAside(bool aside)
+    {
+        if (aside != isSetAside())
+            assign(m_columns.isSetAside, std::optional(aside));
+    }
 
     // The owning conversation, looked up in the context; null outside one.
     [[nodiscard]] std::shared_ptr<Conversation> conversation() const;

@@ -55,6 +55,13 @@ Conversation::Messages Conversation::orderedMessages() const
     return ordered;
 }
 
+Conversation::Messages Conversation::transcript() const
+{
+    Messages shown = orderedMessages();
+    std::erase_if(shown, [](const auto &message) { return message->isSetAside(); });
+    return shown;
+}
+
 bool Conversation::isEmpty() const
 {
     if (m_messages)
@@ -81,6 +88,7 @@ void Conversation::sealPlainTexts()
 {
     sealIfPlain(m_columns.sealedTitle);
     sealIfPlain(m_columns.sealedRollingSummary);
+    sealIfPlain(m_columns.sealedDraft);
 }
 
 } // namespace morvane

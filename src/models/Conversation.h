@@ -24,6 +24,8 @@ public:
         std::optional<QString> personaPreset;
         std::optional<QString> spaceRaw;
         std::optional<bool> carriesScreenText; // absent in rows from before the field
+        std::optional<QString> sealedDraft;    // what the person has begun to write; absent for nothing
+        std::optional<bool> carriesPicture;    // absent in rows from before the field
 
         bool operator==(const Columns &) const = default;
     };
@@ -69,11 +71,25 @@ public:
     [[nodiscard]] bool carriesScreenText() const { return m_columns.carriesScreenText.value_or(false); }
     void noteScreenText() { assign(m_columns.carriesScreenText, std::optional(true)); }
 
-    // In the order they were added. A transcript uses orderedMessages().
+    // The same of a picture.
+    [[nodiscard]] bool carriesPicture() const { return m_columns.carriesPicture.value_or(false); }
+    void notePicture() { assign(m_columns.carriesPicture, std::optional(true)); }
+
+    // What the person has begun to write here; empty for nothing.
+    [[nodiscard]] QString draft() const { return opened(m_columns.sealedDraft).value_or(QString()); }
+    void setDraft(const QString &text)
+    {
+        assignSealed(m_columns.sealedDraft, text.isEmpty() ? std::nullopt : std::optional(text));
+    }
+
+    // In the order they were added, versions that are set aside included. What is shown and sent is the transcript().
     [[nodiscard]] const Messages &messages() const;
 
     // By creation time; messages of the same moment stay in the order they were added.
     [[nodiscard]] Messages orderedMessages() const;
+
+    // The same without what is set aside.
+    [[nodiscard]] Messages transcript() const;
 
     // Does not load the messages.
     [[nodiscard]] bool isEmpty() const;

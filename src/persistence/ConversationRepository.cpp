@@ -21,6 +21,7 @@ namespace {
 constexpr auto category = Log::Category::Persistence;
 constexpr const char *lastChange = columnName<Conversation>(&Conversation::Columns::updatedAt);
 constexpr const char *owner = columnName<ChatMessage>(&ChatMessage::Columns::conversation);
+constexpr const char *draft = columnName<Conversation>(&Conversation::Columns::sealedDraft);
 constexpr qsizetype derivedTitleLength = 42;
 constexpr qsizetype givenTitleLength = 80;
 constexpr std::int64_t plainTextPortion = 500;
@@ -72,6 +73,16 @@ QStringView withoutSpaces(QStringView text)
     while (!text.isEmpty() && isSpace(text.front()))
         text = text.sliced(1);
     return withoutTrailingSpaces(text);
+}
+
+// What the person said first, of what is shown.
+std::optional<QString> firstWords(const Conversation &conversation)
+{
+    for (const auto &message : conversation.transcript()) {
+        if (message->role() == MessageRole::user)
+            return message->content();
+    }
+    return std::nullopt;
 }
 
 // Sealed anew. A text that can't be opened or sealed is copied as it stands, so that nothing of it is lost.
@@ -197,13 +208,55 @@ std::shared_ptr<ChatMessage> ConversationRepository::makeMessage(const ChatMessa
 
 void ConversationRepository::add(const std::shared_ptr<ChatMessage> &message, Conversation &conversation)
 {
+    add(Conversation::Messages{message}, conversation);
+}
+
+void ConversationRepository::add(const Conversation::Messages &messages, Conversation &conversation)
+{
     assertMainThread();
-    conversation.append(message);
-    m_context.insert(message);
+    for (const auto &message : messages) {
+        conversation.append(message);
+        m_context.insert(message);
+        if (message->role() == MessageRole::user && conversation.title() == Conversation::untitled())
+            conversation.setTitle(titleFrom(message->content()));
+    }
     conversation.setUpdatedAt(m_clock.now());
-    if (message->role() == MessageRole::user && conversation.title() == Conversation::untitled())
-        conversation.setTitle(titleFrom(message->content()));
     save();
+}
+
+void ConversationRepository::remove(const Conversation::Messages &messages, Conversation &conversation)
+{
+    assertMainThread();
+    const bool titleIsOfWords = isTitledByFirstWords(conversation);
+    for (const auto &message : messages)
+        m_context.remove(*message);
+    if (titleIsOfWords && conversation.isEmpty())
+        conversation.setTitle(Conversation::untitled());
+    save();
+}
+
+// Rows keep the order in which they were added, so what came after the first one that is missing is added
+// again as well.
+void ConversationRepository::putBack(const Conversation::Messages &before, Conversation &conversation)
+{
+    assertMainThread();
+    const auto isMissing = [](const auto &message) { return !message->context(); };
+    const auto first = std::ranges::find_if(before, isMissing);
+    for (auto message = first; message != before.end(); ++message) {
+        if (!isMissing(*message))
+            m_context.remove(**message);
+        conversation.append(*message);
+        m_context.insert(*message);
+    }
+    if (const auto words = firstWords(conversation); words && conversation.title() == Conversation::untitled())
+        conversation.setTitle(titleFrom(*words));
+    save();
+}
+
+bool ConversationRepository::isTitledByFirstWords(const Conversation &conversation)
+{
+    const auto words = firstWords(conversation);
+    return words && conversation.title() == titleFrom(*words);
 }
 
 std::shared_ptr<ImportedDocument> ConversationRepository::insert(const ImportedDocument::Creation &fields)
@@ -252,6 +305,7 @@ std::shared_ptr<Conversation> ConversationRepository::adopt(const Conversation &
         return copy;
     };
     const auto copy = take(conversation);
+    copy->setDraft({});
     for (const auto &message : conversation.messages()) {
         take(*message);
         if (const auto document = message->document())
@@ -277,7 +331,8 @@ void ConversationRepository::remove(Conversation &conversation)
 void ConversationRepository::removeEmpty(const Conversation *except)
 {
     const auto empty =
-        fetch({.where = QByteArray("NOT EXISTS (SELECT 1 FROM ") + RecordTable<ChatMessage>::name +
+        fetch({.where = QByteArray(draft) + " IS NULL AND NOT EXISTS (SELECT 1 FROM " +
+                        RecordTable<ChatMessage>::name +
                         " WHERE " + owner + " = " + RecordTable<Conversation>::name + "." + idColumn + ")"});
     for (const auto &conversation : empty) {
         if (conversation.get() != except)

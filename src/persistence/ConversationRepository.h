@@ -56,19 +56,34 @@ public:
     // message is part of the conversation even when saving it fails.
     void add(const std::shared_ptr<ChatMessage> &message, Conversation &conversation);
 
+    // The same for several at once: a process that dies leaves all of them or none.
+    void add(const Conversation::Messages &messages, Conversation &conversation);
+
+    // Removes messages of the conversation and saves. A title made of the words of its first one goes with
+    // the last.
+    void remove(const Conversation::Messages &messages, Conversation &conversation);
+
+    // Takes back that removal, if nothing was added since, and saves. `before` is what messages() gave before
+    // it; what stands there again stands in its old place.
+    void putBack(const Conversation::Messages &before, Conversation &conversation);
+
     // Inserts the record of an imported file and saves.
     std::shared_ptr<ImportedDocument> insert(const ImportedDocument::Creation &fields);
+
+    // Whether the conversation is called by the first words that are shown of a person in it.
+    [[nodiscard]] static bool isTitledByFirstWords(const Conversation &conversation);
 
     // Line ends and outer whitespace go; blank text, the present title and a locked vault change nothing.
     void rename(Conversation &conversation, const QString &title);
     [[nodiscard]] static QString titleFrom(const QString &text);
 
     // Copies a conversation of another store with its messages and the records of its files, under the same
-    // ids. When the copy can't be saved this store is as before.
+    // ids, but not what was begun to be written there. When the copy can't be saved this store is as before.
     std::shared_ptr<Conversation> adopt(const Conversation &conversation);
 
     // Removes the conversation with its messages and saves.
     void remove(Conversation &conversation);
+    // Those without a message or a draft.
     void removeEmpty(const Conversation *except = nullptr);
 
     // Removes what was last changed before `now` minus the interval.

@@ -15,6 +15,7 @@ namespace {
 
 constexpr const char *ownerColumn = columnName<ChatMessage>(&ChatMessage::Columns::conversation);
 constexpr const char *contentColumn = columnName<ChatMessage>(&ChatMessage::Columns::sealedContent);
+constexpr const char *setAsideColumn = columnName<ChatMessage>(&ChatMessage::Columns::isSetAside);
 
 void assertMainThread()
 {
@@ -365,7 +366,10 @@ std::vector<SealedText> ObjectContext::sealedTexts(std::int64_t before, std::int
     flush();
     Statement rows =
         select<ChatMessage>(joined({"rowid,", ownerColumn, ",", idColumn, ",", contentColumn}),
-                            {.where = "rowid<?", .values = {before}, .order = "rowid DESC", .limit = count});
+                            {.where = joined({"rowid<? AND ", setAsideColumn, " IS NOT 1"}),
+                             .values = {before},
+                             .order = "rowid DESC",
+                             .limit = count});
     std::vector<SealedText> texts;
     while (rows.step()) {
         SealedText &text = texts.emplace_back();

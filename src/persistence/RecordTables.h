@@ -11,6 +11,9 @@
 
 namespace morvane {
 
+// How the text of a column has been kept.
+enum class Keeping { SealedFromTheStart };
+
 // A column of a record's table: what it is called, and the field of the row that it holds. Its SQL type
 // follows from the field's, and an optional field may be absent.
 template <typename Row, typename Value>
@@ -21,6 +24,7 @@ struct RecordColumn {
     Value Row::*field;
     const char *formerName = nullptr; // from before its text was sealed
     Texts sharedTexts = nullptr;      // for a text that has few values: those
+    bool sealedFromTheStart = false;
 
     constexpr RecordColumn(const char *called, Value Row::*holds, const char *formerly = nullptr)
         : name(called)
@@ -32,11 +36,16 @@ struct RecordColumn {
         , field(holds)
         , sharedTexts(shared)
     {}
+    constexpr RecordColumn(const char *called, Value Row::*holds, Keeping)
+        : name(called)
+        , field(holds)
+        , sealedFromTheStart(true)
+    {}
 
     static constexpr bool isText =
         std::is_same_v<Value, QString> || std::is_same_v<Value, std::optional<QString>>;
 
-    [[nodiscard]] constexpr bool isSealed() const { return formerName != nullptr; }
+    [[nodiscard]] constexpr bool isSealed() const { return sealedFromTheStart || formerName; }
 };
 
 // The raw texts of an enumeration, shared by all rows that hold them.
@@ -71,6 +80,8 @@ struct RecordTable<Conversation> {
         RecordColumn("personaPreset", &Row::personaPreset),
         RecordColumn("spaceRaw", &Row::spaceRaw),
         RecordColumn("carriesScreenText", &Row::carriesScreenText),
+        RecordColumn("sealedDraft", &Row::sealedDraft, Keeping::SealedFromTheStart),
+        RecordColumn("carriesPicture", &Row::carriesPicture),
     };
 };
 
@@ -94,6 +105,9 @@ struct RecordTable<ChatMessage> {
         RecordColumn("placeRaw", &Row::placeRaw),
         RecordColumn("conversation", &Row::conversation),
         RecordColumn("toolStates", &Row::toolStates),
+        RecordColumn("versionGroup", &Row::versionGroup),
+        RecordColumn("answers", &Row::answers),
+        RecordColumn("isSetAside", &Row::isSetAside),
     };
 };
 

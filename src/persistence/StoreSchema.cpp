@@ -34,7 +34,8 @@ template <typename Row, typename Value>
 Column described(const RecordColumn<Row, Value> &column)
 {
     return {column.name, isNumber<Value> ? "INTEGER" : "TEXT",
-            isOptional<Value> ? Presence::Optional : Presence::Required, column.formerName};
+            isOptional<Value> ? Presence::Optional : Presence::Required, column.formerName,
+            column.isSealed()};
 }
 
 template <typename R>
@@ -101,12 +102,30 @@ void createIndex(Database &database, const QByteArray &kind, const QByteArray &t
                      column + ")");
 }
 
+bool stands(Database &database, const QByteArray &definition)
+{
+    Statement present = database.prepare("SELECT 1 FROM sqlite_schema WHERE sql=?");
+    present.bind(QString::fromLatin1(definition));
+    return present.step();
+}
+
+// Made anew where a column of sealed text has come since: one over other columns answers nothing.
+void indexPlainTexts(Database &database, const QByteArray &table)
+{
+    const QByteArray name = table + "_plain";
+    const QByteArray definition = "CREATE INDEX " + name + " ON " + table + "(" + idColumn + ") WHERE " +
+                                  StoreSchema::holdsPlainText(table);
+    if (stands(database, definition))
+        return;
+    database.execute("DROP INDEX IF EXISTS " + name);
+    database.execute(definition);
+}
+
 void index(Database &database, const Table &table)
 {
     const QByteArray name = table.name;
     createIndex(database, "UNIQUE ", name, idColumn);
-    database.execute("CREATE INDEX IF NOT EXISTS " + name + "_plain ON " + name + "(" + idColumn +
-                     ") WHERE " + StoreSchema::holdsPlainText(name));
+    indexPlainTexts(database, name);
 }
 
 void prepareTables(Database &database)

@@ -11,8 +11,8 @@ namespace morvane {
 // and a store with the former names is brought up to date by renaming, with its values as they are.
 namespace StoreSchema {
 
-// 1.1.0, kept as SQLite's user_version: two digits for each part below the first.
-inline constexpr qint64 version = 1'01'00;
+// 1.2.0, kept as SQLite's user_version: two digits for each part below the first.
+inline constexpr qint64 version = 1'02'00;
 
 enum class Recognition {
     Empty,   // nothing in it yet
@@ -28,8 +28,9 @@ struct Column {
     const char *type;
     Presence presence;
     const char *formerName = nullptr; // from before its text was sealed
+    bool sealed = false;
 
-    [[nodiscard]] bool isSealed() const { return formerName != nullptr; }
+    [[nodiscard]] bool isSealed() const { return sealed; }
 };
 
 struct Table {

@@ -95,9 +95,12 @@ TEST_F(ConversationRepositoryTest, RemovesEmptyConversationsAndEverything)
     makeChat(repository, u"empty"_s);
     const auto kept = makeChat(repository, u"kept"_s);
     makeChat(repository, u"full"_s, {u"hello"_s});
+    const auto begun = makeChat(repository, u"begun"_s);
+    begun->setDraft(u"Dear"_s);
     repository.insert({.id = QUuid::createUuid(), .filename = u"f"_s});
     repository.removeEmpty(kept.get());
-    EXPECT_EQ(titles(), QStringList({u"full"_s, u"kept"_s}));
+    EXPECT_EQ(titles(), QStringList({u"begun"_s, u"full"_s, u"kept"_s}));
+    begun->setDraft(QString());
     repository.removeEmpty();
     EXPECT_EQ(titles(), QStringList{u"full"_s});
     repository.deleteAll();
@@ -111,6 +114,7 @@ TEST_F(ConversationRepositoryTest, AdoptsAChatWithItsMessagesAndFilesSealedAnewW
     for (const bool isLocked : {false, true}) {
         auto ghosts = inMemory();
         const auto ghost = makeChat(ghosts.repository, u"look"_s);
+        ghost->setDraft(u"never stored"_s);
         const QUuid file = QUuid::createUuid();
         ghosts.repository.insert({.id = file, .filename = u"plan.pdf"_s, .fileSizeBytes = 7});
         ghosts.repository.add(ghosts.repository.makeMessage({.id = QUuid::createUuid(),
@@ -126,6 +130,7 @@ TEST_F(ConversationRepositoryTest, AdoptsAChatWithItsMessagesAndFilesSealedAnewW
         EXPECT_NE(copy, ghost);
         EXPECT_EQ(copy->id(), ghost->id());
         EXPECT_EQ(copy->title(), u"look"_s);
+        EXPECT_FALSE(copy->columns().sealedDraft);
         ASSERT_EQ(textsOf(*copy), QStringList{u"at this"_s});
         EXPECT_NE(copy->messages().front(), ghost->messages().front());
         const auto &columns = copy->messages().front()->columns();
@@ -139,6 +144,26 @@ TEST_F(ConversationRepositoryTest, AdoptsAChatWithItsMessagesAndFilesSealedAnewW
             EXPECT_EQ(isSame, isLocked);
         EXPECT_EQ(ghosts.repository.count(), 1);
     }
+}
+
+TEST_F(ConversationRepositoryTest, WhatIsPutBackStandsWhereItStoodAlsoAtTheNextStart)
+{
+    auto chat = repository.create();
+    for (const auto &text : {u"one"_s, u"two"_s, u"three"_s, u"four"_s}) // all of one moment
+        say(repository, *chat, text);
+    Conversation::Messages all = chat->messages();
+    repository.remove(Conversation::Messages{all[0], all[2]}, *chat);
+    EXPECT_EQ(textsOf(*chat), QStringList({u"two"_s, u"four"_s}));
+    repository.putBack(all, *chat);
+    EXPECT_EQ(chat->messages(), all);
+    repository.remove(all, *chat);
+    EXPECT_EQ(chat->title(), Conversation::untitled()) << "its words are gone";
+    repository.putBack(all, *chat);
+    EXPECT_EQ(chat->title(), u"one"_s);
+    const QUuid id = chat->id();
+    chat.reset();
+    all.clear();
+    EXPECT_EQ(textsOf(*repository.find(id)), QStringList({u"one"_s, u"two"_s, u"three"_s, u"four"_s}));
 }
 
 } // namespace

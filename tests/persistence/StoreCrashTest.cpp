@@ -45,6 +45,35 @@ protected:
             ++*saves;
             repository.remove(*makeChat(repository, u"removed"_s, {u"one"_s, u"two"_s}));
         }
+        sayAnew(repository);
+    }
+
+    // A turn whose reply is made again, deleted and put back.
+    static void sayAnew(ConversationRepository &repository)
+    {
+        const auto chat = makeChat(repository, u"anew"_s);
+        const auto make = [&](const QString &text, MessageRole role) {
+            return repository.makeMessage({.id = QUuid::createUuid(), .role = role, .content = text});
+        };
+        const auto reply = make(u"reply"_s, MessageRole::assistant);
+        repository.add({make(u"question"_s, MessageRole::user), reply}, *chat);
+        reply->setSetAside(true);
+        repository.add({make(u"another"_s, MessageRole::assistant)}, *chat);
+        const Conversation::Messages all = chat->messages();
+        repository.remove(all, *chat);
+        repository.putBack(all, *chat);
+    }
+
+    static void expectBeforeOrAfter(const Conversation &anew)
+    {
+        QStringList shown;
+        for (const auto &message : anew.transcript())
+            shown += message->content();
+        const auto is = [&](const QString &texts, std::size_t stored) {
+            return shown.join(u' ') == texts && anew.messages().size() == stored;
+        };
+        EXPECT_TRUE(is(QString(), 0) || is(u"question reply"_s, 2) || is(u"question another"_s, 3))
+            << shown.join(u' ').toStdString();
     }
 
     // Writes in a process that is killed at this call to its files; false when it came to its end before.
@@ -73,6 +102,8 @@ protected:
             messages += std::ssize(chat->messages());
             if (chat->title() == u"kept"_s)
                 kept = textsOf(*chat);
+            if (chat->title() == u"anew"_s)
+                expectBeforeOrAfter(*chat);
         }
         EXPECT_EQ(session.context().count<ChatMessage>(), messages) << "messages without a conversation";
         EXPECT_TRUE(kept == textsAfter(*saves) || kept == textsAfter(*saves + 1)) << *saves;

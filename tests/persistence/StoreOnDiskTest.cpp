@@ -102,6 +102,7 @@ TEST_F(StoreOnDiskTest, NothingReadableReachesAFileAndWhatIsRemovedLeavesIt)
         message->setErrorMessage(marked);
         message->appendToolLine(marked);
         chat->setRollingSummary(marked);
+        chat->setDraft(marked);
         session.repository.rename(*chat, marked + u" renamed"_s);
         session.repository.insert({.id = QUuid::createUuid(), .filename = marked});
         makeChat(session.repository, u"stays"_s, {u"stays"_s});
@@ -126,7 +127,7 @@ TEST_F(StoreOnDiskTest, AStoreLooksLikeEveryOther)
     while (rows.step())
         statements += rows.text().toUtf8() + '\n';
     EXPECT_TRUE(TestData::read("persistence/schema.sql").endsWith("\n" + statements)) << statements.data();
-    EXPECT_EQ(database.integer("PRAGMA user_version"), 10100);
+    EXPECT_EQ(database.integer("PRAGMA user_version"), 10200);
 }
 
 TEST_F(StoreOnDiskTest, AStoreFromBeforeSealingOpensAndIsSealedLater)
@@ -157,20 +158,43 @@ TEST_F(StoreOnDiskTest, AStoreFromBeforeSealingOpensAndIsSealedLater)
         EXPECT_EQ(modeOf(file), 0600U);
 }
 
-TEST_F(StoreOnDiskTest, AStoreFromBeforeTheMarkOfScreenTextTakesItForGood)
+TEST_F(StoreOnDiskTest, AnOlderStoreTakesWhatCameSinceForGood)
 {
-    {
+    const QByteArray before11 = "ALTER TABLE Conversation DROP COLUMN carriesScreenText;"
+                                "ALTER TABLE ChatMessage DROP COLUMN toolStates; PRAGMA user_version = 10000";
+    const QByteArray before12 =
+        "DROP INDEX Conversation_plain; CREATE INDEX Conversation_plain ON Conversation(id) WHERE 0;"
+        "ALTER TABLE Conversation DROP COLUMN sealedDraft; ALTER TABLE Conversation DROP COLUMN carriesPicture;"
+        "ALTER TABLE ChatMessage DROP COLUMN versionGroup; ALTER TABLE ChatMessage DROP COLUMN answers;"
+        "ALTER TABLE ChatMessage DROP COLUMN isSetAside; PRAGMA user_version = 10100;";
+    for (const QByteArray &downgrade : {before12, before12 + before11}) {
+        QDir(folder).removeRecursively();
+        {
+            auto session = onDisk();
+            makeChat(session.repository, u"marked"_s, {u"hello"_s});
+        }
+        makeStoreWith(downgrade);
+        for (const bool isMarked : {false, true}) {
+            auto session = onDisk();
+            const auto chat = session.repository.all().at(0);
+            EXPECT_EQ(textsOf(*chat), QStringList{u"hello"_s});
+            EXPECT_EQ(chat->carriesScreenText() && chat->carriesPicture(), isMarked);
+            EXPECT_EQ(chat->messages().front()->isSetAside(), isMarked);
+            chat->noteScreenText();
+            chat->notePicture();
+            chat->messages().front()->setSetAside(true);
+            session.repository.save();
+        }
+        makeStoreWith("UPDATE Conversation SET sealedDraft = 'begun'");
         auto session = onDisk();
-        makeChat(session.repository, u"marked"_s);
-    }
-    makeStoreWith("ALTER TABLE Conversation DROP COLUMN carriesScreenText; PRAGMA user_version = 10000");
-    for (const bool isMarked : {false, true}) {
-        auto session = onDisk();
+        session.repository.sealPlainTexts();
         const auto chat = session.repository.all().at(0);
-        EXPECT_EQ(chat->title(), u"marked"_s);
-        EXPECT_EQ(chat->carriesScreenText(), isMarked);
-        chat->noteScreenText();
-        session.repository.save();
+        EXPECT_TRUE(FakeFieldSealing::isSealed(chat->columns().sealedDraft.value_or(QString())));
+        EXPECT_EQ(chat->draft(), u"begun"_s);
+        Database database = Database::open(path, Database::Access::ReadOnly);
+        EXPECT_EQ(database.integer("SELECT count(*) FROM sqlite_schema WHERE name = 'Conversation_plain' AND "
+                                   "sql LIKE '%sealedDraft%'"),
+                  1);
     }
 }
 
@@ -182,7 +206,7 @@ TEST_F(StoreOnDiskTest, AStoreThatIsNotForThisVersionIsRefusedAndStaysAsItIs)
         bool begins; // as a store of ours
         std::function<void()> change;
     } cases[] = {
-        {"newer", true, executing("PRAGMA user_version = 10101")},
+        {"newer", true, executing("PRAGMA user_version = 10201")},
         {"lacks a column", true, executing("ALTER TABLE ChatMessage RENAME COLUMN statusRaw TO state")},
         {"another program's", false, executing("CREATE TABLE notes(id TEXT)")},
         {"no database", false, [&] { PrivateFile::write(path, QByteArray(5000, 'x')); }},
