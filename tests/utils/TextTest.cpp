@@ -1,5 +1,8 @@
 #include "utils/text/Text.h"
 
+#include "support/TestData.h"
+#include "utils/text/ThinkingTags.h"
+
 #include <QStringList>
 
 #include <gtest/gtest.h>
@@ -69,6 +72,21 @@ TEST(TextTest, TrimsByItsOwnRules)
     EXPECT_EQ(Text::trimmed(u" \t\n\u00A0\u2003\u0085x\r\n"), u"x"_s);
     EXPECT_EQ(Text::trimmedBlanks(QStringView(u" \t\nx \t")), u"\nx");
     EXPECT_EQ(Text::trimmedBlanks(QByteArrayView(" \t ")), QByteArrayView(""));
+}
+
+TEST(ThinkingTagsTest, AreFoundAtTheStartOfAReplyAndNowhereElse)
+{
+    const auto shown = [](const ThinkingTags::Parts &parts) {
+        return parts.thinking + (parts.isOpen ? u"…|"_s : u"|"_s) + parts.answer;
+    };
+    const char *table = "utils/thinking_tags.txt";
+    const auto outcome = [&](const QByteArray &line) {
+        const QString text = QString::fromUtf8(line);
+        const QString growing = shown(ThinkingTags::split(text, ThinkingTags::Extent::growing));
+        const QString whole = shown(ThinkingTags::split(text));
+        return growing == whole ? whole : growing + u" → "_s + whole;
+    };
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
 }
 
 } // namespace

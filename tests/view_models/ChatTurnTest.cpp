@@ -318,6 +318,87 @@ TEST_F(ChatTurnTest, RetractionReachesTheRecordAtOnceAndBringsTheDotsBack)
     EXPECT_TRUE(indicates<ReplyIndicator::Dots>());
 }
 
+TEST_F(ChatTurnTest, WhatAModelThinksInItsTextIsNoPartOfItsAnswer)
+{
+    settings.setVoiceOutputEnabled(true);
+    const auto shown = [this] {
+        return QStringList{lastRow(MessageListModel::ThinkingRole).toString(),
+                           lastRow(MessageListModel::TextRole).toString(),
+                           lastRow(MessageListModel::IndicatorTextRole).toString()};
+    };
+    const auto label = [this] { return lastRow(MessageListModel::ThinkingLabelRole).toString(); };
+    send(u"why <think>?"_s);
+    clock.advance(1s);
+    replies.text(u"\n<thi"_s);
+    EXPECT_EQ(shown(), (QStringList{{}, {}, {}}));
+    replies.text(u"nk>Let me see"_s);
+    clock.advance(61s);
+    EXPECT_EQ(shown(), (QStringList{{}, {}, u"Thinking… 62s"_s}));
+    EXPECT_EQ(companion.state(), CompanionState::thinking);
+    replies.text(u"</think>"_s);
+    clock.advance(80ms);
+    replies.text(u"\n\nSo"_s);
+    EXPECT_EQ(shown(), (QStringList{u"Let me see"_s, u"So"_s, {}}));
+    replies.yield(Agent::TruncatedByTokenLimit{});
+    replies.finish();
+    EXPECT_EQ(label(), u"Thought for 1 minute 1 second"_s);
+    EXPECT_EQ(heard.back(), u"aloud So"_s);
+    EXPECT_EQ(chat.lastAnswer(), u"So"_s);
+
+    chat.continueReply(lastRow(MessageListModel::MessageIdRole).toString());
+    TestWait::settle();
+    EXPECT_EQ(sentWords().first(2), (QStringList{u"why <think>?"_s, u"So"_s}));
+    replies.text(u"<think>Where?"_s);
+    clock.advance(2s);
+    replies.text(u"</think> it is."_s);
+    replies.yield(Agent::RetractText{1});
+    replies.finish();
+    EXPECT_EQ(shown(), (QStringList{u"Let me see\n\nWhere?"_s, u"So it is"_s, {}}));
+    EXPECT_EQ(label(), u"Thought for 1 minute 3 seconds"_s);
+
+    send(u"and?"_s);
+    replies.text(u"It never ends\n</think>"_s);
+    replies.text(u"\n\n"_s);
+    replies.finish();
+    EXPECT_EQ(shown(), (QStringList{u"It never ends"_s, {}, {}}));
+    EXPECT_EQ(lastMessage()->status(), MessageStatus::delivered) << "thinking is not nothing";
+    EXPECT_EQ(heard.back(), u"hushed"_s);
+    EXPECT_EQ(chat.lastAnswer(), u"So it is"_s);
+}
+
+TEST_F(ChatTurnTest, AReplyThatStandsStillSaysSoUntilMoreComes)
+{
+    QSignalSpy told(chat.messages(), &MessageListModel::stalled);
+    const auto words = [this] { return lastRow(MessageListModel::IndicatorTextRole).toString(); };
+    send(u"q"_s);
+    replies.text(u"Half"_s);
+    clock.advance(6s);
+    replies.text(u" a"_s);
+    clock.advance(9999ms);
+    EXPECT_EQ(words(), QString());
+    clock.advance(1ms);
+    EXPECT_EQ(words(), u"Nothing new for 10s"_s);
+    EXPECT_TRUE(lastRow(MessageListModel::StalledRole).toBool());
+    clock.advance(2s);
+    EXPECT_EQ(words(), u"Nothing new for 12s"_s);
+    QSignalSpy changed(chat.messages(), &MessageListModel::dataChanged);
+    replies.text(u" word"_s);
+    EXPECT_TRUE(std::ranges::any_of(changed, [](const auto &change) {
+        return change[2].template value<QList<int>>().contains(MessageListModel::IndicatorTextRole);
+    }));
+    EXPECT_EQ(words(), QString());
+    const AIToolCall call{u"1"_s, u"search_web"_s, u"{}"_s};
+    replies.yield(Agent::ToolStarted{call});
+    clock.advance(90s);
+    EXPECT_EQ(words(), QString()) << "a tool is at work, or a person is asked";
+    replies.yield(Agent::ToolFinished{call, {}});
+    clock.advance(11s);
+    EXPECT_EQ(words(), u"Nothing new for 11s"_s);
+    EXPECT_EQ(told.size(), 1) << "said aloud once a reply";
+    replies.finish();
+    EXPECT_EQ(words(), QString());
+}
+
 TEST_F(ChatTurnTest, ToolResultsLeaveLabelsAndTheFirstFiveSources)
 {
     send(u"news"_s);

@@ -110,6 +110,39 @@ TEST_F(ChatPageTest, AReplyIsCopiedAndSaysSo)
     EXPECT_EQ(clipboard(), u"The newest"_s);
 }
 
+TEST_F(ChatPageTest, ThinkingIsFoldedUnlessItIsAllThereIs)
+{
+    showReply(u"<think>Hm, two.</think>Two."_s);
+    QQuickItem *fold = lastVisible(u"thoughtFold"_s);
+    ASSERT_NE(fold, nullptr);
+    EXPECT_TRUE(shows(u"Two."_s) && !shows(u"Hm, two."_s));
+    click(lastVisible(u"copyReply"_s));
+    EXPECT_EQ(clipboard(), u"Two."_s);
+    click(fold);
+    EXPECT_TRUE(shows(u"Hm, two."_s));
+    fold->forceActiveFocus(Qt::TabFocusReason);
+    for (const int key : {Qt::Key_Return, Qt::Key_Space}) {
+        press(key);
+        EXPECT_EQ(shows(u"Hm, two."_s), key == Qt::Key_Space);
+    }
+    showReply(u"<think>Hm, three."_s);
+    EXPECT_TRUE(shows(u"Hm, three."_s) && shows(u"The model thought, but gave no answer."_s));
+    EXPECT_EQ(lastVisible(u"copyReply"_s), nullptr);
+}
+
+TEST_F(ChatPageTest, AReplyThatStandsStillOffersToStop)
+{
+    send();
+    stream(u"Half"_s);
+    m_clock.advance(10s);
+    settle();
+    EXPECT_EQ(accessibleName(item(u"announcement"_s)), u"Nothing new for 10s"_s);
+    QQuickItem *stop = lastVisible(u"stopStalled"_s);
+    ASSERT_NE(stop, nullptr);
+    click(stop);
+    EXPECT_TRUE(isAbandoned());
+}
+
 TEST_F(ChatPageTest, WhatLooksLikeMarkupStaysText)
 {
     const QString hostile =

@@ -4,6 +4,7 @@
 #include "ai/contract/ProviderError.h"
 #include "utils/log/Log.h"
 #include "utils/text/Text.h"
+#include "utils/text/ThinkingTags.h"
 
 #include <QStringList>
 
@@ -114,7 +115,7 @@ QCoro::Task<> AgentRun::readRound()
 QCoro::Task<> AgentRun::runCalls()
 {
     m_messages.push_back(
-        {.role = AIMessage::Role::assistant, .content = m_round.text, .toolCalls = m_round.calls});
+        {.role = AIMessage::Role::assistant, .content = answer(), .toolCalls = m_round.calls});
     takeBack(); // what a model writes ahead of a call is no part of the answer
     for (const AIToolCall &call : m_round.calls) {
         throwIfStopped(m_stop);
@@ -155,11 +156,11 @@ void AgentRun::askForFinalAnswer()
 
 bool AgentRun::correctsReply()
 {
-    if (!m_searchCorrected && offers(search) && ReplyPhrases::refusesSearch(m_round.text)) {
+    if (!m_searchCorrected && offers(search) && ReplyPhrases::refusesSearch(answer())) {
         Log::info(Log::Category::AIProvider,
                   "Reply refused a search it could have made; retrying with a correction"_L1);
         takeBack();
-        say(AIMessage::Role::assistant, m_round.text);
+        say(AIMessage::Role::assistant, answer());
         say(AIMessage::Role::system,
             u"Correction: you CAN look that up. The search_web tool is available on this request. Call "
             u"search_web "
@@ -168,11 +169,11 @@ bool AgentRun::correctsReply()
         return true;
     }
     if (!m_claimCorrected && m_allowed.contains(schedule) && !m_used.contains(schedule) &&
-        ReplyPhrases::claimsScheduling(m_round.text)) {
+        ReplyPhrases::claimsScheduling(answer())) {
         Log::info(Log::Category::AIProvider,
                   "Reply claimed an action no tool performed; retrying with a correction"_L1);
         takeBack();
-        say(AIMessage::Role::assistant, m_round.text);
+        say(AIMessage::Role::assistant, answer());
         say(AIMessage::Role::system, u"Correction: you said you scheduled something, but you did not call "
                                      u"any tool, so nothing actually "
                                      "happened. If the user asked you to schedule an event, call "
@@ -222,6 +223,12 @@ void AgentRun::takeBack()
 void AgentRun::say(AIMessage::Role role, const QString &text)
 {
     m_messages.push_back({.role = role, .content = text});
+}
+
+// What a model thought is neither judged as its answer nor sent back to it.
+QString AgentRun::answer() const
+{
+    return ThinkingTags::answer(m_round.text);
 }
 
 bool AgentRun::offers(QLatin1StringView tool) const

@@ -39,6 +39,7 @@ private:
     void carryWhatCameIn();
     void takeBack();
     void say(AIMessage::Role role, const QString &text);
+    [[nodiscard]] QString answer() const;
     [[nodiscard]] bool offers(QLatin1StringView tool) const;
 
     std::vector<AIMessage> m_messages;

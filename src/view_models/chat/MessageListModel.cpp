@@ -4,6 +4,8 @@
 #include "attestation/ProofLedger.h"
 #include "models/ChatMessage.h"
 #include "utils/text/Identifier.h"
+#include "utils/text/ThinkingTags.h"
+#include "view_models/chat/ThoughtTimer.h"
 
 #include <algorithm>
 
@@ -25,12 +27,24 @@ bool isPartOf(const std::vector<std::shared_ptr<ChatMessage>> &part,
     return next == part.end();
 }
 
+// What a person wrote is theirs, tags and all.
+ThinkingTags::Parts partsOf(const ChatMessage &message)
+{
+    QString content = message.content();
+    if (message.role() != MessageRole::assistant)
+        return {.thinking = {}, .answer = std::move(content)};
+    return ThinkingTags::split(content, message.status() == MessageStatus::streaming
+                                            ? ThinkingTags::Extent::growing
+                                            : ThinkingTags::Extent::whole);
+}
+
 } // namespace
 
 // What was read out of a record, valid for one revision of it.
 struct MessageListModel::Opened {
     std::uint64_t revision = 0;
     QString text;
+    QString thinking;
     QString error;
     QString attachmentName;
     QStringList toolLines;
@@ -54,11 +68,14 @@ QHash<int, QByteArray> MessageListModel::roleNames() const
     return {{MessageIdRole, "messageId"},
             {IsUserRole, "isUser"},
             {TextRole, "text"},
+            {ThinkingRole, "thinking"},
+            {ThinkingLabelRole, "thinkingLabel"},
             {FailedRole, "failed"},
             {CancelledRole, "cancelled"},
             {InterruptedRole, "interrupted"},
             {RunningRole, "running"},
             {IndicatorTextRole, "indicatorText"},
+            {StalledRole, "stalled"},
             {ErrorTextRole, "errorText"},
             {ToolLinesRole, "toolLines"},
             {ToolStatesRole, "toolStates"},
@@ -73,8 +90,12 @@ const MessageListModel::Opened &MessageListModel::opened(const ChatMessage &mess
     const auto found = m_opened.find(message.id());
     if (found != m_opened.end() && found->second.revision == message.revision())
         return found->second;
+    auto [thinking, answer, isOpen] = partsOf(message);
+    if (isOpen && message.status() == MessageStatus::streaming)
+        thinking.clear(); // the indicator says so until it is over
     Opened fresh{.revision = message.revision(),
-                 .text = message.content(),
+                 .text = std::move(answer),
+                 .thinking = std::move(thinking),
                  .error = message.errorMessage().value_or(QString()),
                  .attachmentName = message.attachmentName().value_or(QString()),
                  .toolLines = message.toolSummary().value_or(QString()).split(u'\n', Qt::SkipEmptyParts),
@@ -112,6 +133,12 @@ QVariant MessageListModel::data(const QModelIndex &index, int role) const
         return message.role() == MessageRole::user;
     case TextRole:
         return opened(message).text;
+    case ThinkingRole:
+        return opened(message).thinking;
+    case ThinkingLabelRole: {
+        const auto known = m_thought.find(message.id());
+        return ThoughtTimer::words(known == m_thought.end() ? std::nullopt : std::optional(known->second));
+    }
     case FailedRole:
         return message.status() == MessageStatus::failed;
     case CancelledRole:
@@ -123,6 +150,10 @@ QVariant MessageListModel::data(const QModelIndex &index, int role) const
     case IndicatorTextRole: {
         const auto *indicating = indicator(message.id());
         return indicating ? indicating->label(m_clock.now()) : QString();
+    }
+    case StalledRole: {
+        const auto *indicating = indicator(message.id());
+        return indicating && indicating->isStalled(m_clock.now());
     }
     case ErrorTextRole:
         return opened(message).error;
@@ -203,6 +234,7 @@ void MessageListModel::setResponding(bool responding)
 void MessageListModel::beginIndicator(const QUuid &id)
 {
     m_indicators.insert_or_assign(id, ReplyIndicator(m_clock.now()));
+    m_toldStalled.erase(id);
     rowChanged(rowOf(id), {RunningRole, InterruptedRole, IndicatorTextRole});
     tick();
 }
@@ -210,10 +242,26 @@ void MessageListModel::beginIndicator(const QUuid &id)
 void MessageListModel::signalIndicator(const QUuid &id, const ReplyIndicator::Signal &signal)
 {
     const auto found = m_indicators.find(id);
-    if (found == m_indicators.end() || !found->second.apply(signal))
+    if (found == m_indicators.end())
         return;
-    rowChanged(rowOf(id), {RunningRole, InterruptedRole, IndicatorTextRole});
+    const bool wasStalled = found->second.isStalled(m_clock.now());
+    const bool waited = found->second.stalledFrom().has_value();
+    if (found->second.apply(signal) || wasStalled)
+        rowChanged(rowOf(id), {RunningRole, InterruptedRole, IndicatorTextRole, StalledRole});
+    else if (waited)
+        return; // the pieces of a reply that flows
     tick();
+}
+
+std::chrono::milliseconds MessageListModel::thoughtFor(const QUuid &id) const
+{
+    const auto found = m_thought.find(id);
+    return found == m_thought.end() ? std::chrono::milliseconds(0) : found->second;
+}
+
+void MessageListModel::setThoughtFor(const QUuid &id, std::chrono::milliseconds taken)
+{
+    m_thought.insert_or_assign(id, taken);
 }
 
 const ReplyIndicator *MessageListModel::indicator(const QUuid &id) const
@@ -236,19 +284,36 @@ void MessageListModel::rowChanged(int row, const QList<int> &roles)
         Q_EMIT dataChanged(index(row), index(row), roles);
 }
 
-// Seconds are shown while a reply is waited for: a whole second after another, and none when nothing waits.
+// Seconds are shown while a reply is waited for, and when it stands still: a whole second after another, and
+// none when nothing waits.
 void MessageListModel::tick()
 {
     m_ticker.reset();
-    bool waits = false;
+    std::optional<std::chrono::milliseconds> next;
     for (const auto &[id, indicator] : m_indicators) {
-        if (!indicator.isRunning() || std::holds_alternative<ReplyIndicator::Streaming>(indicator.state()))
+        if (!indicator.isRunning())
             continue;
-        waits = true;
-        rowChanged(rowOf(id), {IndicatorTextRole});
+        std::chrono::milliseconds pause = std::chrono::seconds(1);
+        const bool flows = std::holds_alternative<ReplyIndicator::Streaming>(indicator.state()) &&
+                           !indicator.isStalled(m_clock.now());
+        if (!flows)
+            showWaiting(id, indicator);
+        else if (const auto from = indicator.stalledFrom())
+            pause = std::chrono::milliseconds(m_clock.now().msecsTo(*from));
+        else
+            continue; // a tool is at work
+        next = std::min(next.value_or(pause), pause);
     }
-    if (waits)
-        m_ticker = m_clock.after(std::chrono::seconds(1), [this] { tick(); });
+    if (next)
+        m_ticker = m_clock.after(*next, [this] { tick(); });
+}
+
+void MessageListModel::showWaiting(const QUuid &id, const ReplyIndicator &indicator)
+{
+    rowChanged(rowOf(id), {IndicatorTextRole, StalledRole});
+    const QDateTime now = m_clock.now();
+    if (indicator.isStalled(now) && m_toldStalled.insert(id).second)
+        Q_EMIT stalled(indicator.label(now));
 }
 
 } // namespace morvane

@@ -7,8 +7,10 @@
 #include <QUuid>
 #include <QtQml/qqmlregistration.h>
 
+#include <chrono>
 #include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace morvane {
@@ -31,12 +33,15 @@ public:
     enum Role {
         MessageIdRole = Qt::UserRole + 1, // text
         IsUserRole,                       // bool
-        TextRole,                         // plain text
+        TextRole,                         // plain text; of a reply what it answers
+        ThinkingRole,                     // what the model thought before that, in plain text; empty for none
+        ThinkingLabelRole,                // "Thought for 12 seconds"
         FailedRole,                       // bool: the turn ended in an error
         CancelledRole,                    // bool: the user stopped it
         InterruptedRole,                  // bool: stored as unfinished, but no turn is at work on it
         RunningRole,                      // bool: a turn is at work on it now
         IndicatorTextRole,                // words beside the "working" animation; empty for none
+        StalledRole,                      // bool: nothing came for a while in the middle of the reply
         ErrorTextRole,                    // text; empty for none
         ToolLinesRole,                    // list of texts
         ToolStatesRole,                   // list of "running", "finished" or "failed", one a line, or empty
@@ -57,7 +62,7 @@ public:
     void setMessages(Messages messages);
     [[nodiscard]] const Messages &messages() const { return m_messages; }
 
-    // The message's readable text, opened at most once for each change.
+    // The message's readable text without a model's thinking, opened at most once for each change.
     [[nodiscard]] QString textOf(const ChatMessage &message) const;
 
     // Stored as unfinished, and no turn is at work on it.
@@ -75,8 +80,13 @@ public:
     void signalIndicator(const QUuid &id, const ReplyIndicator::Signal &signal);
     [[nodiscard]] const ReplyIndicator *indicator(const QUuid &id) const;
 
+    // How long was thought for a reply, as far as this run knows; zero when it doesn't.
+    [[nodiscard]] std::chrono::milliseconds thoughtFor(const QUuid &id) const;
+    void setThoughtFor(const QUuid &id, std::chrono::milliseconds taken);
+
 Q_SIGNALS:
     void countChanged();
+    void stalled(const QString &words); // of a reply that stands still: once, for assistive technology
 
 private:
     struct Opened;
@@ -88,13 +98,16 @@ private:
     void keepOnly(const Messages &messages);
     void rowChanged(int row, const QList<int> &roles = {});
     void tick();
+    void showWaiting(const QUuid &id, const ReplyIndicator &indicator);
 
     Clock &m_clock;
     Messages m_messages;
     mutable std::map<QUuid, Opened> m_opened;
     std::map<QUuid, ReplyIndicator> m_indicators;
+    std::set<QUuid> m_toldStalled;
     bool m_responding = false;
-    std::unique_ptr<Alarm> m_ticker; // runs only while an indicator shows seconds
+    std::map<QUuid, std::chrono::milliseconds> m_thought;
+    std::unique_ptr<Alarm> m_ticker; // runs only while an indicator shows seconds or may soon
 };
 
 } // namespace morvane

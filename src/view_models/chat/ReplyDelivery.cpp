@@ -24,7 +24,8 @@ void ReplyDelivery::setWindowInFront(bool inFront)
 
 void ReplyDelivery::deliver(const QString &text, const Conversation &conversation)
 {
-    if (m_services.speech && m_services.settings.voiceOutputEnabled()) {
+    const bool reads = m_services.speech && m_services.settings.voiceOutputEnabled();
+    if (reads && !text.isEmpty()) {
         m_services.companion.transition(CompanionState::speaking);
         m_speaking = TaskHandle::start([self = QPointer(this), text](std::stop_token stop) {
             return speak(self, text, std::move(stop));

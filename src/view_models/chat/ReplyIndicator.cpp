@@ -47,6 +47,10 @@ bool ReplyIndicator::isRunning() const
 
 bool ReplyIndicator::apply(const Signal &signal)
 {
+    if (signal.kind == Signal::Kind::toolStarted)
+        m_heard.reset();
+    else
+        m_heard = signal.since;
     const State following = next(signal);
     if (following == m_state)
         return false;
@@ -72,12 +76,30 @@ ReplyIndicator::State ReplyIndicator::next(const Signal &signal) const
         return Done{};
     case Signal::Kind::cancelled:
         return Cancelled{};
+    case Signal::Kind::toolStarted:
+    case Signal::Kind::toolFinished:
+        return m_state;
     }
     return m_state;
 }
 
+std::optional<QDateTime> ReplyIndicator::stalledFrom() const
+{
+    if (!m_heard || !m_heard->isValid() || !std::holds_alternative<Streaming>(m_state))
+        return std::nullopt;
+    return m_heard->addSecs(longestSilence.count());
+}
+
+bool ReplyIndicator::isStalled(const QDateTime &now) const
+{
+    const auto from = stalledFrom();
+    return from && *from <= now;
+}
+
 QString ReplyIndicator::label(const QDateTime &now) const
 {
+    if (isStalled(now))
+        return withSeconds(u"Nothing new for"_s, m_heard->secsTo(now));
     const auto elapsed = [&now](const QDateTime &since) { return std::max<qint64>(0, since.secsTo(now)); };
     if (const auto *dots = std::get_if<Dots>(&m_state))
         return dotsLabel(elapsed(dots->since));

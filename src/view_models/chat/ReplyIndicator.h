@@ -3,6 +3,8 @@
 #include <QDateTime>
 #include <QString>
 
+#include <chrono>
+#include <optional>
 #include <variant>
 
 namespace morvane {
@@ -30,10 +32,22 @@ public:
     using State = std::variant<Dots, Thinking, Streaming, Done, Cancelled>;
 
     struct Signal {
-        enum class Kind { emptiedAgain, thinking, text, finished, cancelled, failed };
+        enum class Kind {
+            emptiedAgain,
+            thinking,
+            text,
+            finished,
+            cancelled,
+            failed,
+            toolStarted,
+            toolFinished
+        };
         Kind kind;
-        QDateTime since = {}; // emptiedAgain only
+        QDateTime since = {}; // when it was given; not needed for an end
     };
+
+    // A reply that began and then brings nothing for so long is said to stand still.
+    static constexpr std::chrono::seconds longestSilence{10};
 
     explicit ReplyIndicator(QDateTime since)
         : m_state(Dots{std::move(since)})
@@ -47,6 +61,11 @@ public:
     // True when the state really changed.
     bool apply(const Signal &signal);
 
+    // When the reply will be said to stand still, if nothing comes until then; nothing while something else
+    // is said or a tool is at work.
+    [[nodiscard]] std::optional<QDateTime> stalledFrom() const;
+    [[nodiscard]] bool isStalled(const QDateTime &now) const;
+
     // The words beside the animation at a moment, with whole seconds where they help; empty for none.
     [[nodiscard]] QString label(const QDateTime &now) const;
 
@@ -54,6 +73,7 @@ private:
     [[nodiscard]] State next(const Signal &signal) const;
 
     State m_state;
+    std::optional<QDateTime> m_heard; // the last sign of the model; none while a tool is at work
 };
 
 } // namespace morvane

@@ -3,6 +3,7 @@
 #include "async/Clock.h"
 #include "models/ChatMessage.h"
 #include "utils/text/Text.h"
+#include "utils/text/ThinkingTags.h"
 #include "view_models/chat/MessageListModel.h"
 #include "view_models/chat/ToolLabels.h"
 #include "view_models/companion/CompanionViewModel.h"
@@ -22,8 +23,9 @@ using Signal = ReplyIndicator::Signal;
 TurnRecorder::TurnRecorder(std::shared_ptr<ChatMessage> message, QString text, MessageListModel &messages,
                            CompanionViewModel &companion, Clock &clock)
     : m_message(std::move(message))
-    , m_text(std::move(text))
-    , m_stored(m_text)
+    , m_before(std::move(text))
+    , m_stored(m_before)
+    , m_thoughtBefore(messages.thoughtFor(m_message->id()))
     , m_storedAt(clock.elapsed())
     , m_messages(messages)
     , m_companion(companion)
@@ -32,24 +34,45 @@ TurnRecorder::TurnRecorder(std::shared_ptr<ChatMessage> message, QString text, M
 
 TurnRecorder::~TurnRecorder() = default;
 
+QString TurnRecorder::text() const
+{
+    return m_before.isEmpty() ? m_reply : ThinkingTags::joined(m_before, m_reply);
+}
+
 void TurnRecorder::store()
 {
     m_storedAt = m_clock.elapsed();
     m_heldBack.reset();
-    if (m_stored == m_text)
+    QString whole = text();
+    if (m_stored == whole)
         return;
-    m_message->setContent(m_text);
-    m_stored = m_text;
+    if (const auto taken = m_thought.taken())
+        m_messages.setThoughtFor(m_message->id(), m_thoughtBefore + *taken);
+    m_message->setContent(whole);
+    m_stored = std::move(whole);
     changed();
+}
+
+void TurnRecorder::hear(const QString &piece)
+{
+    m_reply += piece;
+    switch (m_thought.hear(m_reply, m_clock.elapsed())) {
+    case ThoughtTimer::Phase::undecided:
+        return;
+    case ThoughtTimer::Phase::thinking:
+        m_messages.signalIndicator(m_message->id(), {Signal::Kind::thinking, m_clock.now()});
+        return;
+    case ThoughtTimer::Phase::answering:
+        m_messages.signalIndicator(m_message->id(), {Signal::Kind::text, m_clock.now()});
+        m_companion.transition(CompanionState::speaking);
+        return;
+    }
 }
 
 void TurnRecorder::operator()(const Agent::Text &event)
 {
-    m_text += event.piece;
-    if (!event.piece.isEmpty()) {
-        m_messages.signalIndicator(m_message->id(), {Signal::Kind::text});
-        m_companion.transition(CompanionState::speaking);
-    }
+    if (!event.piece.isEmpty())
+        hear(event.piece);
     const auto sinceStored = m_clock.elapsed() - m_storedAt;
     if (sinceStored >= storeInterval)
         store();
@@ -59,15 +82,20 @@ void TurnRecorder::operator()(const Agent::Text &event)
 
 void TurnRecorder::operator()(const Agent::RetractText &event)
 {
-    m_text = Text::droppingLast(m_text, event.count);
+    const qsizetype ofReply = Text::characterCount(m_reply);
+    m_reply = Text::droppingLast(m_reply, event.count);
+    if (event.count > ofReply)
+        m_before = Text::droppingLast(m_before, event.count - ofReply);
+    m_thought = {};
     store();
-    if (m_text.isEmpty())
+    if (m_stored.isEmpty())
         m_messages.signalIndicator(m_message->id(), {Signal::Kind::emptiedAgain, m_clock.now()});
 }
 
 void TurnRecorder::operator()(const Agent::ToolStarted &event)
 {
     store();
+    m_messages.signalIndicator(m_message->id(), {Signal::Kind::toolStarted});
     m_companion.transition(CompanionState::thinking);
     m_message->appendToolLine(ToolLabels::running(event.call));
     changed();
@@ -75,6 +103,7 @@ void TurnRecorder::operator()(const Agent::ToolStarted &event)
 
 void TurnRecorder::operator()(const Agent::ToolFinished &event)
 {
+    m_messages.signalIndicator(m_message->id(), {Signal::Kind::toolFinished, m_clock.now()});
     if (event.result.isError)
         m_message->replaceLastToolLine(ToolLabels::failed(event.call), ToolLineState::failed);
     else
@@ -86,7 +115,7 @@ void TurnRecorder::operator()(const Agent::ToolFinished &event)
 
 void TurnRecorder::operator()(const Agent::Thinking &)
 {
-    m_messages.signalIndicator(m_message->id(), {Signal::Kind::thinking});
+    m_messages.signalIndicator(m_message->id(), {Signal::Kind::thinking, m_clock.now()});
 }
 
 void TurnRecorder::operator()(const Agent::TruncatedByTokenLimit &)

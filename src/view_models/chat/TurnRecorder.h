@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ai/agent/AgentEvent.h"
+#include "view_models/chat/ThoughtTimer.h"
 
 #include <QString>
 #include <QStringList>
@@ -31,7 +32,7 @@ public:
     TurnRecorder(const TurnRecorder &) = delete;
     TurnRecorder &operator=(const TurnRecorder &) = delete;
 
-    [[nodiscard]] const QString &text() const { return m_text; }
+    [[nodiscard]] QString text() const;
 
     void apply(const AgentEvent &event) { std::visit(*this, event); }
 
@@ -46,13 +47,17 @@ public:
     void operator()(const Agent::TruncatedByTokenLimit &event);
 
 private:
+    void hear(const QString &piece);
     void addSources(const Agent::ToolFinished &event);
     [[nodiscard]] QStringList shownDomains() const;
     void changed();
 
     std::shared_ptr<ChatMessage> m_message;
-    QString m_text;
+    QString m_before; // what the message held
+    QString m_reply;  // what came since
     QString m_stored;
+    ThoughtTimer m_thought;
+    std::chrono::milliseconds m_thoughtBefore;
     QStringList m_domains; // seen this turn
     QStringList m_read;    // those of pages, not of what a page or a search names
     std::chrono::milliseconds m_storedAt;

@@ -156,6 +156,11 @@ FocusScope {
         function onIsRespondingChanged() { if (root.chat.isResponding) announcement.say(qsTr("Replying")); }
         function onReplyFinished(text: string) { announcement.say(text); }
     }
+    Connections {
+        target: root.chat.messages
+
+        function onStalled(words: string) { announcement.say(words); }
+    }
     Announcement {
         id: announcement
 

@@ -28,6 +28,7 @@ Item {
         onLinkAsked: address => root.shell.openLink(address)
         onContinueAsked: messageId => root.chat.continueReply(messageId)
         onRetryAsked: root.chat.retryLastTurn()
+        onStopAsked: root.chat.stopResponding()
     }
     ToEndButton {
         objectName: "toEnd"

@@ -24,6 +24,7 @@ ListView {
     signal linkAsked(string address)
     signal continueAsked(string messageId)
     signal retryAsked()
+    signal stopAsked()
 
     // Once this moment's changes are all in, and before the next frame.
     function settle() {
@@ -99,5 +100,6 @@ ListView {
         onLinkAsked: address => root.linkAsked(address)
         onContinueAsked: messageId => root.continueAsked(messageId)
         onRetryAsked: root.retryAsked()
+        onStopAsked: root.stopAsked()
     }
 }

@@ -10,11 +10,14 @@ Item {
     required property string messageId
     required property bool isUser
     required property string text
+    required property string thinking
+    required property string thinkingLabel
     required property bool failed
     required property bool cancelled
     required property bool interrupted
     required property bool running
     required property string indicatorText
+    required property bool stalled
     required property string errorText
     required property list<string> toolLines
     required property list<string> toolStates
@@ -30,6 +33,7 @@ Item {
     signal linkAsked(string address)
     signal continueAsked(string messageId)
     signal retryAsked()
+    signal stopAsked()
 
     // The drawing that is hidden keeps its words until it has others to show, so that it changes what differs and
     // builds nothing anew.
@@ -46,6 +50,7 @@ Item {
     ListView.onReused: {
         root.waits = false;
         root.showText();
+        answer.reused();
     }
 
     UserMessage {
@@ -64,11 +69,14 @@ Item {
         width: root.column
         visible: !root.isUser
         text: ""
+        thinking: root.thinking
+        thinkingLabel: root.thinkingLabel
         failed: root.failed
         cancelled: root.cancelled
         interrupted: root.interrupted
         running: root.running
         indicatorText: root.indicatorText
+        stalled: root.stalled
         errorText: root.errorText
         toolLines: root.toolLines
         toolStates: root.toolStates
@@ -80,5 +88,6 @@ Item {
         onLinkAsked: address => root.linkAsked(address)
         onContinueAsked: root.continueAsked(root.messageId)
         onRetryAsked: root.retryAsked()
+        onStopAsked: root.stopAsked()
     }
 }

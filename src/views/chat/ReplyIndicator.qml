@@ -3,11 +3,15 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import Morvane
 
-// Three dots while a reply is on its way, with the stage in words beside them when it takes long.
+// Three dots while a reply is on its way, with the stage in words beside them when it takes long, and a way to stop
+// it when it stands still.
 Row {
     id: root
 
     required property string words
+    property bool stalled: false
+
+    signal stopAsked()
 
     spacing: Theme.gap12
     Accessible.role: Accessible.Indicator
@@ -47,5 +51,12 @@ Row {
         anchors.verticalCenter: parent.verticalCenter
         visible: text.length > 0
         text: root.words
+    }
+    PushButton {
+        objectName: "stopStalled"
+        anchors.verticalCenter: parent.verticalCenter
+        visible: root.stalled
+        text: qsTr("Stop")
+        onClicked: root.stopAsked()
     }
 }

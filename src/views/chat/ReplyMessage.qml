@@ -7,11 +7,14 @@ ColumnLayout {
     id: root
 
     required property string text
+    required property string thinking
+    required property string thinkingLabel
     required property bool failed
     required property bool cancelled
     required property bool interrupted
     required property bool running
     required property string indicatorText
+    required property bool stalled
     required property string errorText
     required property list<string> toolLines
     required property list<string> toolStates
@@ -21,13 +24,17 @@ ColumnLayout {
     required property bool isLast
     readonly property string mark: cancelled ? qsTr("You stopped this reply.")
         : interrupted ? qsTr("This reply was interrupted.")
+        : !running && !failed && text.length === 0 && thinking.length > 0
+            ? qsTr("The model thought, but gave no answer.")
         : !failed || errorText.length > 0 ? ""
-        : text.length > 0 ? qsTr("This reply was cut short.") : qsTr("No reply came.")
+        : text.length + thinking.length > 0 ? qsTr("This reply was cut short.") : qsTr("No reply came.")
 
+    signal reused() // for another message
     signal copyAsked(string text)
     signal linkAsked(string address)
     signal continueAsked()
     signal retryAsked()
+    signal stopAsked()
 
     spacing: Theme.gap12
 
@@ -41,9 +48,17 @@ ColumnLayout {
         outcomes: root.toolStates
         running: root.running
     }
+    Later {
+        Layout.fillWidth: true
+        Layout.topMargin: root.toolLines.length > 0 ? 0 : Theme.gap8
+        visible: wanted
+        part: "chat/ThoughtFold.qml"
+        given: ({ reply: root })
+        wanted: root.thinking.length > 0
+    }
     ReplyBlocks {
         column: root.width
-        Layout.topMargin: root.toolLines.length > 0 ? 0 : Theme.gap12
+        Layout.topMargin: root.toolLines.length > 0 || root.thinking.length > 0 ? 0 : Theme.gap12
         visible: root.text.length > 0
         text: root.text
         finished: !root.running
@@ -55,6 +70,8 @@ ColumnLayout {
         Layout.topMargin: root.text.length > 0 || root.toolLines.length > 0 ? 0 : Theme.gap12
         visible: root.running && (root.text.length === 0 || root.indicatorText.length > 0)
         words: root.indicatorText
+        stalled: root.stalled
+        onStopAsked: root.stopAsked()
     }
     EndMark {
         Layout.fillWidth: true

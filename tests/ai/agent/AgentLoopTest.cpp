@@ -67,12 +67,12 @@ TEST_F(AgentLoopTest, RunsCallsInOrderAndFeedsTheirResultsBack)
     const QString ahead = u"👻 moment"_s; // eight characters of nine units
     AgentLoop::Turn withoutLinks = turn();
     std::erase_if(withoutLinks.tools, [](const AITool &tool) { return tool.name == u"open_link"_s; });
-    const PlayedRun run =
-        play({{{text(ahead), limit, calls({u"look_at_screen"_s, u"open_link"_s, u"read_web_page"_s})}},
-              {{AIStream::Thinking{}, text(u"The "_s), text(u"answer."_s)}}},
-             withoutLinks);
+    const PlayedRun run = play({{{text(u"<think>I can't look that up.</think>"_s + ahead), limit,
+                                  calls({u"look_at_screen"_s, u"open_link"_s, u"read_web_page"_s})}},
+                                {{AIStream::Thinking{}, text(u"The "_s), text(u"answer."_s)}}},
+                               withoutLinks);
     ASSERT_EQ(run.events.size(), 9U);
-    EXPECT_EQ(run.events[1], retraction(8));
+    EXPECT_EQ(run.events[1], retraction(8 + 36));
     EXPECT_TRUE(std::holds_alternative<Agent::ToolStarted>(run.events[2]));
     EXPECT_EQ(std::get<Agent::ToolFinished>(run.events[3]).call.name, u"look_at_screen"_s);
     EXPECT_EQ(std::get<Agent::ToolStarted>(run.events[4]).call.name, u"read_web_page"_s)
@@ -83,7 +83,7 @@ TEST_F(AgentLoopTest, RunsCallsInOrderAndFeedsTheirResultsBack)
 
     const auto &messages = model->requests.at(1).messages;
     ASSERT_EQ(messages.size(), 6U);
-    EXPECT_EQ(messages[2].content, ahead);
+    EXPECT_EQ(messages[2].content, ahead) << "what it thought isn't sent back";
     EXPECT_EQ(messages[2].toolCalls.size(), 3U);
     EXPECT_EQ(messages[3].content, run.results().value(0));
     EXPECT_EQ(
@@ -130,6 +130,8 @@ TEST_F(AgentLoopTest, ADeclinedSearchIsTakenBackOnce)
     EXPECT_EQ(messages[3].role, AIMessage::Role::system);
     EXPECT_EQ(log.lines().size(), 1);
 
+    EXPECT_EQ(play({{{text(u"<think>"_s + refusal + u"</think>It is 3."_s)}}}).events.size(), 1U)
+        << "it only thought so";
     settings.setWebAccessEnabled(false);
     EXPECT_EQ(play({{{text(refusal)}}}).events.size(), 1U) << "without a search there is nothing to correct";
 }

@@ -1,0 +1,68 @@
+import QtQuick
+import QtQuick.Layouts
+import QtQuick.Templates as T
+import Morvane
+
+// What the model thought before it answered, folded until it is asked for. Without an answer it is all there is,
+// and stands open.
+ColumnLayout {
+    id: root
+
+    required property ReplyMessage reply
+    property bool toggled: false
+    readonly property bool unfolded: toggled !== (reply.text.length === 0)
+
+    spacing: Theme.gap8
+
+    T.AbstractButton {
+        id: head
+
+        objectName: "thoughtFold"
+        implicitWidth: implicitContentWidth
+        implicitHeight: Theme.controlHeight
+        text: root.reply.thinkingLabel
+
+        Accessible.role: Accessible.Button
+        Accessible.name: text
+        Accessible.description: root.unfolded ? qsTr("Hides what the model thought") : qsTr("Shows what the model thought")
+        Keys.onReturnPressed: head.clicked()
+        Keys.onEnterPressed: head.clicked()
+        onClicked: root.toggled = !root.toggled
+
+        contentItem: RowLayout {
+            spacing: Theme.gap8
+
+            Icon {
+                name: root.unfolded ? "chevron-down" : "chevron-right"
+                color: Theme.secondary
+                implicitWidth: 16
+                implicitHeight: 16
+            }
+            SmallText {
+                text: head.text
+                color: head.hovered ? Theme.text : Theme.secondary
+            }
+        }
+        HoverHandler { cursorShape: Qt.PointingHandCursor }
+        FocusRing { visible: head.visualFocus }
+    }
+    Loader {
+        Layout.fillWidth: true
+        Layout.leftMargin: Theme.gap24
+        visible: active
+        active: root.unfolded
+        sourceComponent: SelectableText {
+            objectName: "thoughtText"
+            shownText: root.reply.thinking
+            color: Theme.secondary
+            font.pixelSize: Theme.smallSize
+            lineHeight: font.pixelSize * 1.4
+            Accessible.name: qsTr("What the model thought: %1").arg(shownText)
+        }
+    }
+    Connections {
+        target: root.reply
+
+        function onReused() { root.toggled = false; }
+    }
+}
