@@ -1,6 +1,7 @@
 #include "view_models/blocks/ReplyBlocksModel.h"
 
 #include "markdown/MarkdownRenderer.h"
+#include "support/TestData.h"
 #include "view_models/blocks/BlockContent.h"
 #include "view_models/blocks/Prose.h"
 #include "view_models/blocks/WeatherGlyph.h"
@@ -110,6 +111,38 @@ TEST(ReplyBlocksModelTest, ARowOfATableWaitsForItsEnd)
     EXPECT_EQ(kindsOf(model), u"table"_s);
     model.setGrowing(false);
     EXPECT_EQ(kindsOf(model), u"table paragraph"_s) << "a row that never ended shows its words";
+}
+
+TEST(ReplyBlocksModelTest, MarksThatAreAboutToCloseWaitOnce)
+{
+    const char *table = "view_models/held_marks.txt";
+    const auto outcome = [](const QByteArray &line) {
+        HeldMarks marks;
+        QString text;
+        QString before;
+        QStringList all;
+        for (const QString &piece : QString::fromUtf8(line).split(u'¦')) {
+            text += piece;
+            const QString shown = text.first(marks.shownLength(text));
+            all.append(shown == before ? u"."_s : shown);
+            before = shown;
+        }
+        return all.join(u'¦');
+    };
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+
+    ReplyBlocksModel model;
+    model.setGrowing(true);
+    model.setText(u"Words\n\n- one\n-"_s);
+    EXPECT_EQ(kindsOf(model), u"paragraph bulletList"_s);
+    EXPECT_TRUE(model.isHolding());
+    model.showHeld();
+    EXPECT_FALSE(model.isHolding());
+    EXPECT_EQ(kindsOf(model), u"paragraph bulletList paragraph"_s);
+    model.setText(u"Words\n\n- one\n- two **b"_s);
+    model.setGrowing(false);
+    EXPECT_FALSE(model.isHolding());
+    EXPECT_TRUE(model.data(model.index(1), ReplyBlocksModel::PlainTextRole).toString().endsWith(u"**b"_s));
 }
 
 TEST(ReplyBlocksModelTest, MoreBlocksThanAnyoneReadsAreShownInPortions)

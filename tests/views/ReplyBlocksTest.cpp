@@ -134,14 +134,17 @@ TEST_F(ReplyBlocksTest, ASelectionGoesOnFromBlockToBlock)
     EXPECT_EQ(all[3]->property("selectedText"), QString());
 }
 
-TEST_F(ReplyBlocksTest, LongCodeFoldsOnceItIsAllThere)
+TEST_F(ReplyBlocksTest, LongCodeFoldsUnlessItWasWatchedAsItCame)
 {
     const QString lines = u"line\n"_s.repeated(60).chopped(1);
     send();
     stream(u"```cpp\n"_s + lines);
     const double whole = drawn(u"code"_s)->height();
-    EXPECT_EQ(drawn(u"unfoldCode"_s), nullptr);
+    stream(u"\n```\nThat is it."_s);
     endReply();
+    EXPECT_EQ(drawn(u"unfoldCode"_s), nullptr);
+    EXPECT_GE(drawn(u"code"_s)->height(), whole);
+    showReply(u"```cpp\n"_s + lines);
     EXPECT_LT(drawn(u"code"_s)->height(), whole * 0.7);
     click(drawn(u"copyCode"_s));
     EXPECT_EQ(clipboard(), lines) << "a folded one is copied whole";

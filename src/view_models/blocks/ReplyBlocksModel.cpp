@@ -55,6 +55,8 @@ void ReplyBlocksModel::setText(const QString &text)
 {
     if (m_text == text)
         return;
+    if (!text.startsWith(m_text))
+        m_marks = {};
     m_text = text;
     update();
     Q_EMIT textChanged();
@@ -71,17 +73,24 @@ void ReplyBlocksModel::setGrowing(bool growing)
 
 // A row of a table is words until its last "|" has come. Such words would show for a moment below the table,
 // so the line waits.
-QString ReplyBlocksModel::shownText() const
+QString ReplyBlocksModel::shownText()
 {
+    if (!m_growing) {
+        m_marks = {};
+        return m_text;
+    }
     const qsizetype lastLine = m_text.lastIndexOf(u'\n') + 1;
-    const bool waits =
-        m_growing && LineGrammar::trimmed(QStringView(m_text).sliced(lastLine)).startsWith(u'|');
-    return waits ? m_text.first(lastLine) : m_text;
+    if (LineGrammar::trimmed(QStringView(m_text).sliced(lastLine)).startsWith(u'|'))
+        return m_text.first(lastLine);
+    const qsizetype shown = m_marks.shownLength(m_text);
+    return m_text.startsWith(m_read) ? m_text.first(std::max(shown, m_read.size())) : m_text.first(shown);
 }
 
 void ReplyBlocksModel::update()
 {
     const QString text = shownText();
+    if (std::exchange(m_isHolding, m_marks.isHolding()) != m_isHolding)
+        Q_EMIT holdingChanged();
     if (text == m_read)
         return;
     if (!m_read.isEmpty() && text.startsWith(m_read)) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "markdown/StreamingMarkdown.h"
+#include "view_models/blocks/HeldMarks.h"
 
 #include <QAbstractListModel>
 #include <QtQml/qqmlregistration.h>
@@ -17,6 +18,8 @@ class ReplyBlocksModel : public QAbstractListModel {
     Q_PROPERTY(QString text READ text WRITE setText NOTIFY textChanged)
     // Whether the text is still being written.
     Q_PROPERTY(bool growing READ isGrowing WRITE setGrowing NOTIFY growingChanged)
+    // Whether the end of a growing text waits for what comes next.
+    Q_PROPERTY(bool holding READ isHolding NOTIFY holdingChanged)
     // Blocks that are not shown: a text may hold more than any window draws.
     Q_PROPERTY(int hiddenCount READ hiddenCount NOTIFY hiddenCountChanged)
 
@@ -37,24 +40,30 @@ public:
     void setText(const QString &text);
     [[nodiscard]] bool isGrowing() const { return m_growing; }
     void setGrowing(bool growing);
+    [[nodiscard]] bool isHolding() const { return m_isHolding; }
     [[nodiscard]] int hiddenCount() const;
 
+    // Shows what waits, as nothing comes.
+    Q_INVOKABLE void showHeld() { update(); }
     // Shows some more of the hidden ones.
     Q_INVOKABLE void showMore();
 
 Q_SIGNALS:
     void textChanged();
     void growingChanged();
+    void holdingChanged();
     void hiddenCountChanged();
 
 private:
-    [[nodiscard]] QString shownText() const;
+    [[nodiscard]] QString shownText();
     void update();
     void show(MarkdownRenderer::Blocks blocks, qsizetype same);
 
     QString m_text;
     QString m_read; // the text that the blocks are of
     bool m_growing = false;
+    HeldMarks m_marks;
+    bool m_isHolding = false;
     std::optional<StreamingMarkdown> m_streaming; // once the text has grown
     MarkdownRenderer::Blocks m_blocks;
     int m_rows = 0; // how many of the blocks are shown

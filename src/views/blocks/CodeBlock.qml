@@ -2,17 +2,18 @@ import QtQuick
 import QtQuick.Layouts
 import Morvane
 
-// Code as it was written: no wrapping, its language and a way to copy it above. A long one folds once it is all
-// there.
+// Code as it was written: no wrapping, its language and a way to copy it above. A long one folds, unless it was
+// watched as it came.
 Rectangle {
     id: root
 
     required property var content
     required property string plainText
     property bool finished: false
+    property bool foldable: true
     property bool unfolded: false
     readonly property int shownWhenFolded: 24
-    readonly property bool folds: finished && content.lines > shownWhenFolded
+    readonly property bool folds: finished && foldable && content.lines > shownWhenFolded
     readonly property bool folded: folds && !unfolded
 
     signal copyAsked(string text)

@@ -11,10 +11,19 @@ ReplySelection {
 
     property alias text: blocks.text
     property bool finished: true
+    // It was seen as it came, so nothing of it folds under the reader's eyes.
+    property bool wasWatched: false
     // Known before a layout gives it, so that a new row has its height at once.
     required property real column
 
     signal linkAsked(string address)
+
+    function startOver() {
+        root.wasWatched = !root.finished;
+    }
+
+    Component.onCompleted: root.startOver()
+    onFinishedChanged: if (!finished) wasWatched = true
 
     width: column
     implicitHeight: parts.implicitHeight
@@ -23,7 +32,19 @@ ReplySelection {
         id: blocks
 
         growing: !root.finished
-        onTextChanged: parts.forceLayout()
+        onTextChanged: {
+            parts.forceLayout();
+            if (holding)
+                patience.restart();
+        }
+    }
+    Timer {
+        id: patience
+
+        interval: 160 // two of the moments in which a stored text reaches the window
+        repeat: true
+        running: blocks.holding
+        onTriggered: blocks.showHeld()
     }
     Column {
         id: parts
@@ -61,6 +82,7 @@ ReplySelection {
                     roleValue: "code"
                     CodeBlock {
                         finished: root.finished
+                        foldable: !root.wasWatched
                         onCopyAsked: text => root.copyAsked(text)
                     }
                 }

@@ -30,6 +30,8 @@ ColumnLayout {
         : text.length + thinking.length > 0 ? qsTr("This reply was cut short.") : qsTr("No reply came.")
 
     signal reused() // for another message
+
+    onReused: blocks.startOver()
     signal copyAsked(string text)
     signal linkAsked(string address)
     signal continueAsked()
@@ -57,6 +59,8 @@ ColumnLayout {
         wanted: root.thinking.length > 0
     }
     ReplyBlocks {
+        id: blocks
+
         column: root.width
         Layout.topMargin: root.toolLines.length > 0 || root.thinking.length > 0 ? 0 : Theme.gap12
         visible: root.text.length > 0
