@@ -47,6 +47,14 @@ T.ApplicationWindow {
         window.chat.newConversation();
         page.focusComposer();
     }
+    function closeSheet() {
+        sheet.active = false;
+        page.focusComposer();
+    }
+    function leaveSettings() {
+        window.requestActivate();
+        page.focusComposer();
+    }
     function openSettings() {
         if (!settingsLoader.item)
             settingsLoader.setSource("settings/SettingsWindow.qml", {
@@ -80,6 +88,7 @@ T.ApplicationWindow {
         value: window.settings.appearance === "gallery" ? window.shell.backdrop : ""
     }
     Binding { target: Theme; property: "textScale"; value: window.shell.textScale }
+    Binding { target: Theme; property: "rings"; value: keeper.tabbed }
     Binding { target: Theme; property: "reduceAnimation"; value: window.settings.reduceAnimation }
 
     Later {
@@ -87,11 +96,26 @@ T.ApplicationWindow {
         part: "Backdrop.qml" // its large circles take megabytes, hidden ones too
         wanted: Theme.gallery
     }
+    FocusKeeper {
+        id: keeper
+
+        home: page.messageField
+        rows: page.messageList
+        onRowsMoveAsked: distance => page.scrollBy(distance)
+    }
     FocusScope {
+        id: content
+
         anchors.fill: parent
         focus: true
 
-        Keys.onEscapePressed: window.overlayOpen ? window.overlayOpen = false : window.chat.stopResponding()
+        // A key that is held down stops nothing after what its first press did.
+        Keys.onEscapePressed: event => {
+            if (window.overlayOpen)
+                window.overlayOpen = false;
+            else if (!event.isAutoRepeat)
+                window.chat.stopResponding();
+        }
 
         ChatPage {
             id: page
@@ -142,6 +166,8 @@ T.ApplicationWindow {
         }
     }
     WindowKeys {
+        asks: window.chat.hasApproval && content.activeFocus // popups have the key for themselves
+        onDeclined: window.chat.decline()
         onNewChat: window.beginChat()
         onSettings: window.openSettings()
         onSidebar: window.toggleSidebar()
@@ -158,7 +184,7 @@ T.ApplicationWindow {
 
         active: false
         source: "ShortcutsSheet.qml"
-        onLoaded: (item as ShortcutsSheet).closed.connect(() => sheet.active = false)
+        onLoaded: (item as ShortcutsSheet).closed.connect(window.closeSheet)
     }
     Later {
         part: "QuestionPanel.qml"
@@ -167,6 +193,8 @@ T.ApplicationWindow {
     }
     Loader {
         id: settingsLoader
+
+        onLoaded: (item as SettingsWindow).left.connect(window.leaveSettings)
     }
     Connections {
         target: window.shell

@@ -5,6 +5,9 @@ import Morvane
 Item {
     id: root
 
+    property bool asks: false // a tool waits for an answer
+
+    signal declined()
     signal newChat()
     signal settings()
     signal sidebar()
@@ -16,6 +19,7 @@ Item {
     signal toEnd()
     signal sheet()
 
+    Shortcut { sequence: "Esc"; enabled: root.asks; autoRepeat: false; onActivated: root.declined() }
     Shortcut { sequence: Keymap.newChat; onActivated: root.newChat() }
     Shortcut { sequence: Keymap.settings; onActivated: root.settings() }
     Shortcut { sequence: Keymap.sidebar; onActivated: root.sidebar() }

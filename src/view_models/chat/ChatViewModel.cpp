@@ -56,6 +56,17 @@ void ChatViewModel::setDraft(const QString &draft)
     Q_EMIT canSendChanged();
 }
 
+void ChatViewModel::noteTyping()
+{
+    m_typedAt = m_services.clock.elapsed();
+}
+
+bool ChatViewModel::isWriting() const
+{
+    constexpr std::chrono::seconds pause{1};
+    return !m_draft.isEmpty() || (m_typedAt && m_services.clock.elapsed() - *m_typedAt < pause);
+}
+
 bool ChatViewModel::canSend() const
 {
     return !m_isResponding && (m_pendingAttachment || !Text::trimmed(m_draft).isEmpty());

@@ -11,6 +11,7 @@
 #include <QPointer>
 #include <QUuid>
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -78,6 +79,10 @@ public:
     [[nodiscard]] MessageListModel *messages() { return &m_messages; }
     [[nodiscard]] const QString &draft() const { return m_draft; }
     void setDraft(const QString &draft);
+    // A key went to the message field.
+    Q_INVOKABLE void noteTyping();
+    // The message field holds words, or had a key in the last second: nothing may take the keyboard from it.
+    Q_INVOKABLE bool isWriting() const;
     [[nodiscard]] bool canSend() const;
     [[nodiscard]] bool isResponding() const { return m_isResponding; }
     [[nodiscard]] bool hasBanner() const { return m_banner.banner().has_value(); }
@@ -170,6 +175,7 @@ private:
     std::unique_ptr<AnswerProofs> m_proofs;
     QString m_draft;
     std::optional<ImportedAttachment> m_pendingAttachment;
+    std::optional<std::chrono::milliseconds> m_typedAt; // of the clock's elapsed time
     bool m_isResponding = false;
     std::vector<std::unique_ptr<ChatTurn>> m_turns; // a stopped turn may end after the next has begun
     QPointer<ChatTurn> m_latestTurn;

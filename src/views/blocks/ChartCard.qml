@@ -54,7 +54,7 @@ DataCard {
         Keys.onRightPressed: focusedPoint = Math.min(last, focusedPoint + 1)
 
         HoverHandler { id: hover }
-        FocusRing { visible: plot.activeFocus }
+        FocusRing { visible: plot.activeFocus && Theme.rings }
         Rectangle {
             readonly property point tip: plot.current >= 0 ? plot.tipOf(plot.current) : Qt.point(0, 0)
 

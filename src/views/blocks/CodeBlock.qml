@@ -26,6 +26,14 @@ Rectangle {
     border.width: 1
     border.color: Theme.hairline
 
+    Item { // beside the view that the code scrolls in, which would cut its ring off
+        x: view.x
+        y: view.y
+        width: view.width
+        height: view.height
+
+        FocusRing { visible: code.activeFocus && Theme.rings }
+    }
     ColumnLayout {
         id: parts
 
@@ -71,8 +79,6 @@ Rectangle {
                 onCursorRectangleChanged: if (activeFocus) view.reveal(cursorRectangle.x - Theme.gap16,
                                                                        cursorRectangle.x + 2 * Theme.gap16)
                 Accessible.name: qsTr("Code: %1").arg(root.plainText)
-
-                FocusRing { visible: code.activeFocus }
             }
         }
         PushButton {

@@ -50,6 +50,10 @@ TextEdit {
 
         cursorShape: root.hoveredLink.length > 0 ? Qt.PointingHandCursor : Qt.IBeamCursor
     }
+    FocusRing {
+        anchors.margins: -Theme.gap4
+        visible: root.activeFocus && Theme.rings
+    }
     Later {
         part: "blocks/LinkHint.qml"
         given: ({ source: root })

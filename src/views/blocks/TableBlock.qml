@@ -88,7 +88,7 @@ Item {
             }
         }
     }
-    FocusRing { visible: cells.activeFocus }
+    FocusRing { visible: cells.activeFocus && Theme.rings }
     CaptionText {
         id: more
 

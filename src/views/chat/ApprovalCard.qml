@@ -3,22 +3,23 @@ import QtQuick.Layouts
 import Morvane
 import Morvane.ViewModels
 
-// A tool asks before it acts. The harmless answer has the focus, and no answer counts in the first half
-// second, so that a key or a click meant for something else can't give one.
+// A tool asks before it acts. No answer counts in the first half second, so that a key or a click meant for
+// something else can't give one. The harmless answer has the focus if the message field had it and rests: words
+// that are being written never land here.
 Rectangle {
     id: root
 
     required property ChatViewModel chat
+    required property Composer composer
     readonly property string verb: chat.approval.verb
     readonly property string detail: chat.approval.detail
     readonly property string footnote: chat.approval.footnote
     readonly property bool armed: !guard.running
 
-    signal answered() // by the person or by the clock: the card is gone
-
     function begin() {
         guard.restart();
-        declineButton.forceActiveFocus(Qt.TabFocusReason);
+        if (root.composer.focused && !root.composer.composing && !root.chat.isWriting())
+            declineButton.forceActiveFocus(Qt.TabFocusReason);
     }
 
     objectName: "approval"
@@ -30,9 +31,8 @@ Rectangle {
 
     Accessible.role: Accessible.AlertMessage
     Accessible.name: verb + " " + detail + " " + footnote
-    Keys.onEscapePressed: root.chat.decline()
 
-    onVisibleChanged: visible ? root.begin() : root.answered()
+    onVisibleChanged: if (visible) root.begin()
     Component.onCompleted: if (visible) root.begin()
 
     Timer {
@@ -68,29 +68,42 @@ Rectangle {
             Layout.fillWidth: true
             deadline: root.chat.approvalDeadline
         }
-        Flow {
-            Layout.fillWidth: true
-            spacing: Theme.gap8
-            layoutDirection: Qt.RightToLeft
+        // In a row at the right, or below each other where that is too wide; in either the harmless one is first.
+        GridLayout {
+            readonly property bool fits: declineButton.implicitWidth + chatButton.implicitWidth
+                + allowButton.implicitWidth + 2 * Theme.gap8 <= content.width
 
-            PushButton {
-                objectName: "allow"
-                text: qsTr("Allow")
-                rank: PushButton.Primary
-                onClicked: if (root.armed) root.chat.approve()
-            }
-            PushButton {
-                objectName: "allowForChat"
-                visible: root.chat.approval.offersChatWideYes
-                text: qsTr("Allow for this chat")
-                onClicked: if (root.armed) root.chat.approveForChat()
-            }
+            Layout.alignment: Qt.AlignRight
+            Layout.fillWidth: !fits
+            columns: fits ? 3 : 1
+            columnSpacing: Theme.gap8
+            rowSpacing: Theme.gap8
+
             PushButton {
                 id: declineButton
 
                 objectName: "decline"
-                text: qsTr("Decline")
+                Layout.fillWidth: true
+                text: qsTr("Don't Allow")
                 onClicked: if (root.armed) root.chat.decline()
+            }
+            PushButton {
+                id: chatButton
+
+                objectName: "allowForChat"
+                Layout.fillWidth: true
+                visible: root.chat.approval.offersChatWideYes
+                text: qsTr("Allow in This Chat")
+                onClicked: if (root.armed) root.chat.approveForChat()
+            }
+            PushButton {
+                id: allowButton
+
+                objectName: "allow"
+                Layout.fillWidth: true
+                text: qsTr("Allow Once")
+                rank: PushButton.Primary
+                onClicked: if (root.armed) root.chat.approve()
             }
         }
     }

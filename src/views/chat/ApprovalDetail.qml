@@ -32,6 +32,6 @@ Rectangle {
     }
     FocusRing {
         radius: parent.radius + Theme.focusWidth
-        visible: words.activeFocus
+        visible: words.activeFocus && Theme.rings
     }
 }

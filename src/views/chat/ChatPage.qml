@@ -16,6 +16,8 @@ FocusScope {
     required property CompanionViewModel companion
     property bool sidebarShown: true
     readonly property real column: Math.min(Theme.columnWidth, width - 2 * Theme.gap24)
+    readonly property Item messageField: composer.input
+    readonly property Item messageList: (conversation.item as Conversation)?.list ?? null
 
     signal settingsChosen()
     signal sidebarChosen()
@@ -30,6 +32,9 @@ FocusScope {
     }
     function scrollPage(direction: int) {
         (conversation.item as Conversation)?.scrollPage(direction);
+    }
+    function scrollBy(distance: real) {
+        (conversation.item as Conversation)?.scrollBy(distance);
     }
     function goToEnd() {
         (conversation.item as Conversation)?.goToEnd();
@@ -128,9 +133,8 @@ FocusScope {
                 Layout.fillWidth: true
                 visible: wanted
                 part: "chat/ApprovalCard.qml"
-                given: ({ chat: root.chat })
+                given: ({ chat: root.chat, composer: composer })
                 wanted: root.chat.hasApproval
-                onLoaded: (item as ApprovalCard).answered.connect(root.focusComposer)
             }
             Composer {
                 id: composer
@@ -140,6 +144,7 @@ FocusScope {
                 canSend: root.chat.canSend
                 responding: root.chat.isResponding
                 onDraftEdited: text => root.chat.draft = text
+                onTyped: root.chat.noteTyping()
                 onSendChosen: root.chat.send()
                 onStopChosen: root.chat.stopResponding()
             }
@@ -155,6 +160,7 @@ FocusScope {
 
         function onIsRespondingChanged() { if (root.chat.isResponding) announcement.say(qsTr("Replying")); }
         function onReplyFinished(text: string) { announcement.say(text); }
+        function onNeedsAttention() { announcement.say(root.chat.approval.verb); }
     }
     Connections {
         target: root.chat.messages

@@ -11,7 +11,14 @@ Rectangle {
     required property bool canSend
     required property bool responding
 
+    readonly property alias input: field
+    readonly property bool composing: field.preeditText.length > 0 || field.inputMethodComposing
+    // The keyboard works here, or will when the window is in front again.
+    readonly property bool focused: Window.active ? field.activeFocus || button.activeFocus
+        : field.focus || button.focus
+
     signal draftEdited(string text)
+    signal typed()
     signal sendChosen()
     signal stopChosen()
 
@@ -23,8 +30,9 @@ Rectangle {
         field.cursorPosition = field.length;
     }
     function returnPressed(event: KeyEvent) {
+        root.typed();
         event.accepted = !(event.modifiers & Qt.ShiftModifier);
-        if (field.preeditText.length > 0 || field.inputMethodComposing)
+        if (root.composing)
             Qt.inputMethod.commit();
         else if (event.accepted && root.canSend)
             root.sendChosen();
@@ -67,9 +75,11 @@ Rectangle {
             onTextChanged: if (text !== root.draft) root.draftEdited(text)
             Keys.onReturnPressed: event => root.returnPressed(event)
             Keys.onEnterPressed: event => root.returnPressed(event)
-            // Tab leads on; a tab character has no use in a message.
-            Keys.onTabPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
-            Keys.onBacktabPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
+            Keys.onPressed: event => {
+                root.typed();
+                event.accepted = false;
+            }
+            onPreeditTextChanged: root.typed()
         }
     }
     PlainText {

@@ -9,8 +9,13 @@ Item {
     required property ChatViewModel chat
     required property ShellViewModel shell
 
+    readonly property Item list: messages
+
     function scrollPage(direction: int) {
         messages.scrollBy(direction * messages.height * 0.85);
+    }
+    function scrollBy(distance: real) {
+        messages.scrollBy(distance);
     }
     function goToEnd() {
         messages.goToEnd();

@@ -13,12 +13,14 @@ Rectangle {
         root.secondsLeft = Math.max(0, (root.deadline.getTime() - Date.now()) / 1000);
     }
 
+    objectName: "countdown"
     implicitHeight: 3
     radius: 1.5
     color: Theme.hairline
 
     Accessible.role: Accessible.ProgressBar
-    Accessible.name: qsTr("%1 seconds left to answer").arg(Math.ceil(secondsLeft))
+    // In steps of half a minute: assistive technology says each change.
+    Accessible.name: qsTr("Less than %1 seconds left to answer").arg(30 * (Math.floor(secondsLeft / 30) + 1))
 
     onDeadlineChanged: look()
 

@@ -31,7 +31,7 @@ ColumnLayout {
         }
         FocusRing {
             radius: parent.radius + Theme.focusWidth
-            visible: words.activeFocus
+            visible: words.activeFocus && Theme.rings
         }
     }
     RowLayout {

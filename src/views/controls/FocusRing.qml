@@ -3,6 +3,7 @@ import Morvane
 
 // The mark of the control that the keyboard works on.
 Rectangle {
+    objectName: "focusRing"
     anchors.fill: parent
     anchors.margins: -Theme.focusWidth
     color: "transparent"

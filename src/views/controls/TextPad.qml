@@ -39,8 +39,6 @@ Rectangle {
             Accessible.name: root.description
             onTextChanged: root.edited()
             onActiveFocusChanged: if (!activeFocus) root.focusLeft()
-            Keys.onTabPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
-            Keys.onBacktabPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
         }
     }
     SmallText {

@@ -20,18 +20,22 @@ T.ApplicationWindow {
     readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "chats", "appearance", "network"]
     property string page: pages[0]
 
+    signal left()
+
     width: 860
     height: 620
     minimumWidth: 640
     minimumHeight: 420
     title: qsTr("Settings")
     color: Theme.page
+    onVisibleChanged: if (!visible) root.left()
 
     Backdrop { anchors.fill: parent }
     Shortcut {
         sequence: "Ctrl+W"
         onActivated: root.close()
     }
+    FocusKeeper { home: scope }
     FocusScope {
         id: scope
 

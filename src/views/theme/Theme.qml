@@ -2,12 +2,13 @@ pragma Singleton
 
 import QtQuick
 
-// Every colour, size, distance and duration of the window. The window sets the first four once.
+// Every colour, size, distance and duration of the window. The window sets the first five.
 QtObject {
     property bool dark: false
     property string backdrop // of the gallery appearance, which is dark; empty for none
     property real textScale: 1
     property bool reduceAnimation: false
+    property bool rings: false // on what has the focus, controls aside: Tab led there
 
     readonly property bool gallery: backdrop.length > 0
     readonly property var backdropColors: ({
