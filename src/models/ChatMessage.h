@@ -3,9 +3,11 @@
 #include "models/MessageRole.h"
 #include "models/MessageStatus.h"
 #include "models/Record.h"
+#include "models/ToolDetail.h"
 #include "models/ToolLineState.h"
 
 #include <QDateTime>
+#include <QList>
 #include <QStringList>
 
 namespace morvane {
@@ -35,6 +37,7 @@ public:
         std::optional<QUuid> versionGroup;     // of those that stand in for each other; absent for a sole one
         std::optional<QUuid> answers;          // the person's message; absent in former rows
         std::optional<bool> isSetAside;        // another version is shown in its place
+        std::optional<QString> sealedToolDetails; // JSON, one for each line of the summary
 
         bool operator==(const Columns &) const = default;
     };
@@ -101,10 +104,16 @@ public:
     {
         assignSealed(m_columns.sealedToolSummary, text);
     }
-    void appendToolLine(const QString &line, ToolLineState state = ToolLineState::running);
-    void replaceLastToolLine(const QString &line, ToolLineState state = ToolLineState::finished);
+    void appendToolLine(const QString &line, ToolLineState state = ToolLineState::running,
+                        const ToolDetail &detail = {});
+    void replaceLastToolLine(const QString &line, ToolLineState state = ToolLineState::finished,
+                             const ToolDetail &detail = {});
+    // What is still running was stopped; the words stay.
+    void stopToolLines();
     // The raw text of each line's state; empty where they aren't known, as in rows from before the field.
     [[nodiscard]] QStringList toolStates() const;
+    // One for each line; empty where they aren't known.
+    [[nodiscard]] QList<ToolDetail> toolDetails() const;
 
     [[nodiscard]] const std::optional<QStringList> &sourceDomains() const { return m_columns.sourceDomains; }
     void setSourceDomains(const std::optional<QStringList> &domains)
@@ -142,7 +151,7 @@ public:
 
 private:
     [[nodiscard]] QStringList toolLines() const;
-    void setToolLines(QStringList lines, QStringList states);
+    void setToolLines(QStringList lines, QStringList states, QList<ToolDetail> details);
 
     Columns m_columns;
 };

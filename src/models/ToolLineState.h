@@ -7,10 +7,17 @@
 namespace morvane {
 
 // What became of an ability that a line of a reply tells of.
-enum class ToolLineState { running, finished, failed };
+enum class ToolLineState {
+    running,
+    finished,
+    failed,
+    declined, // it asked, and got no yes
+    stopped,  // its turn ended before it did
+};
 
 template <>
 inline constexpr std::array rawTexts<ToolLineState>{
-    QLatin1StringView("running"), QLatin1StringView("finished"), QLatin1StringView("failed")};
+    QLatin1StringView("running"), QLatin1StringView("finished"), QLatin1StringView("failed"),
+    QLatin1StringView("declined"), QLatin1StringView("stopped")};
 
 } // namespace morvane

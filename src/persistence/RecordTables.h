@@ -108,6 +108,7 @@ struct RecordTable<ChatMessage> {
         RecordColumn("versionGroup", &Row::versionGroup),
         RecordColumn("answers", &Row::answers),
         RecordColumn("isSetAside", &Row::isSetAside),
+        RecordColumn("sealedToolDetails", &Row::sealedToolDetails, Keeping::SealedFromTheStart),
     };
 };
 

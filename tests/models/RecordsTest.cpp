@@ -103,13 +103,19 @@ TEST_F(RecordsTest, ToolLinesKeepTheLastEightAndAChangeTellsByTheRevision)
     for (const QChar line : u"123456789"_s)
         reply->appendToolLine(line);
     EXPECT_EQ(reply->toolSummary(), u"2\n3\n4\n5\n6\n7\n8\n9"_s);
-    reply->replaceLastToolLine(u"last"_s);
+    const ToolDetail detail{u"“words”"_s, u"a\nb"_s, true};
+    reply->replaceLastToolLine(u"last"_s, ToolLineState::declined, detail);
     EXPECT_EQ(reply->toolSummary(), u"2\n3\n4\n5\n6\n7\n8\nlast"_s);
+    EXPECT_EQ(reply->toolDetails(), QList<ToolDetail>(7) << detail);
+    EXPECT_TRUE(FakeFieldSealing::isSealed(*reply->columns().sealedToolDetails));
+    reply->stopToolLines();
     EXPECT_EQ(reply->toolStates(),
-              u"running running running running running running running finished"_s.split(u' '));
+              u"stopped stopped stopped stopped stopped stopped stopped declined"_s.split(u' '));
+    EXPECT_EQ(reply->toolSummary(), u"2\n3\n4\n5\n6\n7\n8\nlast"_s);
     reply->setToolSummary(u"one\ntwo"_s); // as a row from before the states
     reply->appendToolLine(u"three"_s, ToolLineState::failed);
     EXPECT_EQ(reply->toolStates(), QStringList({QString(), QString(), u"failed"_s}));
+    EXPECT_EQ(reply->toolDetails(), QList<ToolDetail>(3));
 }
 
 TEST_F(RecordsTest, MessagesOfOneMomentKeepTheOrderTheyWereAddedIn)

@@ -100,7 +100,7 @@ TEST_F(StoreOnDiskTest, NothingReadableReachesAFileAndWhatIsRemovedLeavesIt)
         const auto chat = makeChat(session.repository, marked, {u"short"_s, QString(9000, u'x')});
         const auto message = say(session.repository, *chat, marked);
         message->setErrorMessage(marked);
-        message->appendToolLine(marked);
+        message->appendToolLine(marked, ToolLineState::running, {marked, marked});
         chat->setRollingSummary(marked);
         chat->setDraft(marked);
         session.repository.rename(*chat, marked + u" renamed"_s);
@@ -166,7 +166,9 @@ TEST_F(StoreOnDiskTest, AnOlderStoreTakesWhatCameSinceForGood)
         "DROP INDEX Conversation_plain; CREATE INDEX Conversation_plain ON Conversation(id) WHERE 0;"
         "ALTER TABLE Conversation DROP COLUMN sealedDraft; ALTER TABLE Conversation DROP COLUMN carriesPicture;"
         "ALTER TABLE ChatMessage DROP COLUMN versionGroup; ALTER TABLE ChatMessage DROP COLUMN answers;"
-        "ALTER TABLE ChatMessage DROP COLUMN isSetAside; PRAGMA user_version = 10100;";
+        "ALTER TABLE ChatMessage DROP COLUMN isSetAside;"
+        "DROP INDEX ChatMessage_plain; CREATE INDEX ChatMessage_plain ON ChatMessage(id) WHERE 0;"
+        "ALTER TABLE ChatMessage DROP COLUMN sealedToolDetails; PRAGMA user_version = 10100;";
     for (const QByteArray &downgrade : {before12, before12 + before11}) {
         QDir(folder).removeRecursively();
         {
