@@ -68,15 +68,47 @@ void ProseDocument::setProse(const QVariant &value)
     const bool sameForm = prose.marks.isEmpty() == m_prose.marks.isEmpty() && !m_shown.text.text.isEmpty();
     m_prose = prose;
     if (textDocument()) {
-        if (sameForm) {
-            Flat whole = flattened();
-            const qsizetype from = commonLength(m_shown.text, whole.text);
-            write(std::move(whole), from);
-        } else {
+        if (sameForm)
+            change(flattened());
+        else
             showAll();
-        }
     }
     Q_EMIT proseChanged();
+}
+
+void ProseDocument::change(Flat whole)
+{
+    QString &words = whole.text.text;
+    m_settled.mark(words);
+    const qsizetype from = m_settled.keepBefore(commonLength(m_shown.text, whole.text), words);
+    write(std::move(whole), from);
+    if (m_growing && m_shown.marks.isEmpty())
+        m_settled.settle(*textDocument(), m_shown.text.text);
+}
+
+void ProseDocument::setGrowing(bool growing)
+{
+    if (m_growing == growing)
+        return;
+    m_growing = growing;
+    if (!growing)
+        joinLines();
+    Q_EMIT growingChanged();
+}
+
+void ProseDocument::setWidth(double width)
+{
+    if (m_width == width)
+        return;
+    m_width = width;
+    joinLines(); // they end elsewhere now
+    Q_EMIT widthChanged();
+}
+
+void ProseDocument::joinLines()
+{
+    if (textDocument())
+        m_settled.join(*textDocument(), m_shown.text.text);
 }
 
 ProseDocument::Flat ProseDocument::flattened() const
@@ -105,6 +137,7 @@ ProseDocument::Flat ProseDocument::flattened() const
 
 void ProseDocument::showAll()
 {
+    m_settled.clear();
     textDocument()->clear();
     textDocument()->setIndentWidth(listIndent);
     QTextCursor cursor(textDocument());

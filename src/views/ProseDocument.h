@@ -2,6 +2,7 @@
 
 #include "view_models/blocks/Prose.h"
 #include "views/BlockDocument.h"
+#include "views/SettledLines.h"
 
 #include <QVariant>
 
@@ -13,15 +14,25 @@ class ProseDocument : public morvane::BlockDocument {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QVariant prose READ prose WRITE setProse NOTIFY proseChanged) // a Prose
+    // More words come, and none of those that stand are selected: lines that stay may be kept apart.
+    Q_PROPERTY(bool growing READ isGrowing WRITE setGrowing NOTIFY growingChanged)
+    // Of the lines, in logical pixels.
+    Q_PROPERTY(double width READ width WRITE setWidth NOTIFY widthChanged)
 
 public:
     using BlockDocument::BlockDocument;
 
     [[nodiscard]] QVariant prose() const { return QVariant::fromValue(m_prose); }
     void setProse(const QVariant &value);
+    [[nodiscard]] bool isGrowing() const { return m_growing; }
+    void setGrowing(bool growing);
+    [[nodiscard]] double width() const { return m_width; }
+    void setWidth(double width);
 
 Q_SIGNALS:
     void proseChanged();
+    void growingChanged();
+    void widthChanged();
 
 protected:
     void showAll() override;
@@ -33,11 +44,16 @@ private:
         QList<Prose::Mark> marks; // one for each paragraph of a list
     };
     [[nodiscard]] Flat flattened() const;
+    void change(Flat whole);
+    void joinLines();
     void write(Flat whole, qsizetype from);
     void mark(const QList<Prose::Mark> &marks, qsizetype from);
 
     Prose m_prose;
     Flat m_shown;
+    SettledLines m_settled;
+    bool m_growing = false;
+    double m_width = 0;
 };
 
 } // namespace morvane

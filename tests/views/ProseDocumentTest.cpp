@@ -80,4 +80,60 @@ TEST(ProseDocumentTest, ChangedWordsLookAsIfWrittenAnew)
     }
 }
 
+// While words come, what is laid out for each of them stays short, and nothing that can be seen or copied
+// tells so.
+TEST(ProseDocumentTest, ALongParagraphGrowsAsIfItWereOne)
+{
+    QQmlEngine engine;
+    QQmlComponent component(&engine);
+    component.setData("import QtQuick; TextEdit { width: 300; wrapMode: TextEdit.Wrap }", {});
+    const auto documentOf = [](QObject &edit) {
+        return edit.property("textDocument").value<QQuickTextDocument *>()->textDocument();
+    };
+    for (const QString &word : {u"word "_s, u"שלום\n"_s, u"long"_s}) {
+        const std::unique_ptr<QObject> edit(component.create());
+        const std::unique_ptr<QObject> other(component.create());
+        ProseDocument growing;
+        ProseDocument whole;
+        growing.setGrowing(true);
+        growing.setDocument(edit->property("textDocument").value<QQuickTextDocument *>());
+        whole.setDocument(other->property("textDocument").value<QQuickTextDocument *>());
+        Prose prose;
+        prose.parts.append(AttributedText());
+        int longest = 0;
+        for (int step = 0; step < 600; ++step) {
+            if (step % 100 == 99) {
+                for (const auto &[item, document] :
+                     {std::pair{edit.get(), &growing}, {other.get(), &whole}}) {
+                    item->setProperty("width", 300 + step);
+                    document->setWidth(300 + step);
+                }
+            }
+            AttributedText &text = prose.parts.first();
+            if (step % 50 == 49)
+                text.text.chop(word.size() * 3); // marks have closed
+            const bool isBold = step % 17 == 0;
+            text.append(word.repeated(1 + step % 3),
+                        isBold ? AttributedText::Bold : AttributedText::Format());
+            growing.setProse(QVariant::fromValue(prose));
+            if (step % 100 != 99) // some lines are joined until the next words come
+                longest = std::max(longest, documentOf(*edit)->lastBlock().length());
+            whole.setProse(QVariant::fromValue(prose));
+            ASSERT_EQ(edit->property("contentHeight"), other->property("contentHeight")) << step;
+            QRectF place[2];
+            const int last = static_cast<int>(text.text.size());
+            for (const int at : {last, last / 2, last / 3}) {
+                QMetaObject::invokeMethod(edit.get(), "positionToRectangle", Q_RETURN_ARG(QRectF, place[0]),
+                                          Q_ARG(int, at));
+                QMetaObject::invokeMethod(other.get(), "positionToRectangle", Q_RETURN_ARG(QRectF, place[1]),
+                                          Q_ARG(int, at));
+                ASSERT_EQ(place[0], place[1]) << step << word.toStdString() << at;
+            }
+        }
+        EXPECT_EQ(longest < 1200, word != u"long"_s) << longest;
+        growing.setGrowing(false); // as when something is selected
+        EXPECT_EQ(looksOf(documentOf(*edit)), looksOf(documentOf(*other)));
+    }
+}
+
 } // namespace morvane

@@ -8,6 +8,7 @@ TextEdit {
 
     required property var words // Prose
     property real lineHeight: Theme.bodyLine
+    property bool growing: false
     readonly property string focusedLink: activeFocus ? prose.linkAt(cursorPosition) : ""
     readonly property string pointedLink: hoveredLink.length > 0 ? hoveredLink : focusedLink
     readonly property point linkPlace: hoveredLink.length > 0 ? pointer.point.position
@@ -40,6 +41,8 @@ TextEdit {
 
         document: root.textDocument
         prose: root.words
+        growing: root.growing && root.selectionStart === root.selectionEnd
+        width: root.width
         lineHeight: root.lineHeight
         linkColor: Theme.accent
         codeGround: Theme.code

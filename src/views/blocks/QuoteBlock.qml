@@ -8,6 +8,8 @@ Item {
     required property int index
     required property var content
 
+    property alias growing: words.growing
+
     signal linkAsked(string address)
 
     objectName: "quote"

@@ -60,7 +60,10 @@ ReplySelection {
 
                 DelegateChoice {
                     roleValue: "paragraph"
-                    ParagraphBlock { onLinkAsked: address => root.linkAsked(address) }
+                    ParagraphBlock {
+                        growing: !root.finished
+                        onLinkAsked: address => root.linkAsked(address)
+                    }
                 }
                 DelegateChoice {
                     roleValue: "heading"
@@ -76,7 +79,10 @@ ReplySelection {
                 }
                 DelegateChoice {
                     roleValue: "quote"
-                    QuoteBlock { onLinkAsked: address => root.linkAsked(address) }
+                    QuoteBlock {
+                        growing: !root.finished
+                        onLinkAsked: address => root.linkAsked(address)
+                    }
                 }
                 DelegateChoice {
                     roleValue: "code"
