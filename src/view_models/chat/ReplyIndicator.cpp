@@ -47,10 +47,7 @@ bool ReplyIndicator::isRunning() const
 
 bool ReplyIndicator::apply(const Signal &signal)
 {
-    if (signal.kind == Signal::Kind::toolStarted)
-        m_heard.reset();
-    else
-        m_heard = signal.since;
+    m_heard = signal.since;
     const State following = next(signal);
     if (following == m_state)
         return false;
@@ -85,9 +82,9 @@ ReplyIndicator::State ReplyIndicator::next(const Signal &signal) const
 
 std::optional<QDateTime> ReplyIndicator::stalledFrom() const
 {
-    if (!m_heard || !m_heard->isValid() || !std::holds_alternative<Streaming>(m_state))
+    if (!m_heard.isValid() || !std::holds_alternative<Streaming>(m_state))
         return std::nullopt;
-    return m_heard->addSecs(longestSilence.count());
+    return m_heard.addSecs(longestSilence.count());
 }
 
 bool ReplyIndicator::isStalled(const QDateTime &now) const
@@ -99,7 +96,7 @@ bool ReplyIndicator::isStalled(const QDateTime &now) const
 QString ReplyIndicator::label(const QDateTime &now) const
 {
     if (isStalled(now))
-        return withSeconds(u"Nothing new for"_s, m_heard->secsTo(now));
+        return withSeconds(u"Nothing new for"_s, m_heard.secsTo(now));
     const auto elapsed = [&now](const QDateTime &since) { return std::max<qint64>(0, since.secsTo(now)); };
     if (const auto *dots = std::get_if<Dots>(&m_state))
         return dotsLabel(elapsed(dots->since));

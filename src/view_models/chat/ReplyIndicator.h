@@ -43,7 +43,7 @@ public:
             toolFinished
         };
         Kind kind;
-        QDateTime since = {}; // when it was given; not needed for an end
+        QDateTime since = {}; // when it was given; not for an end, nor for the start of a tool
     };
 
     // A reply that began and then brings nothing for so long is said to stand still.
@@ -73,7 +73,7 @@ private:
     [[nodiscard]] State next(const Signal &signal) const;
 
     State m_state;
-    std::optional<QDateTime> m_heard; // the last sign of the model; none while a tool is at work
+    QDateTime m_heard; // the last sign of the model; invalid while a tool is at work
 };
 
 } // namespace morvane
