@@ -46,19 +46,16 @@ ColumnLayout {
         HoverHandler { cursorShape: Qt.PointingHandCursor }
         FocusRing { visible: head.visualFocus }
     }
-    Loader {
+    SelectableText {
         Layout.fillWidth: true
         Layout.leftMargin: Theme.gap24
-        visible: active
-        active: root.unfolded
-        sourceComponent: SelectableText {
-            objectName: "thoughtText"
-            shownText: root.reply.thinking
-            color: Theme.secondary
-            font.pixelSize: Theme.smallSize
-            lineHeight: font.pixelSize * 1.4
-            Accessible.name: qsTr("What the model thought: %1").arg(shownText)
-        }
+        objectName: "thoughtText"
+        visible: root.unfolded
+        shownText: visible ? root.reply.thinking : ""
+        color: Theme.secondary
+        font.pixelSize: Theme.smallSize
+        lineHeight: font.pixelSize * 1.4
+        Accessible.name: qsTr("What the model thought: %1").arg(shownText)
     }
     Connections {
         target: root.reply
