@@ -102,6 +102,9 @@ TEST_F(ModelServerTest, OllamaRefusesWhatAModelCannotDoAndTellsHowAPullGoes)
     EXPECT_EQ(post(chat, R"({"model": "new"})").status, 200);
     EXPECT_TRUE(bodyOf(post(pull, R"({"model": "pull-missing"})"))
                     .contains(R"({"error":"pull model manifest: file does not exist"})"));
+    EXPECT_EQ(bodyOf(post(pull, R"({"model": "quiet", "stream": false})")), R"({"status":"success"})");
+    EXPECT_EQ(post(chat, R"({"model": "quiet"})").status, 200);
+    EXPECT_EQ(post(pull, R"({"model": "pull-missing", "stream": false})").status, 500);
 
     const ModelServer other;
     EXPECT_EQ(post(other.rootUrl() + u"/api/chat"_s, R"({"model": "practice-fast"})").status, 404);

@@ -7,6 +7,8 @@
 #include <QJsonDocument>
 #include <QRegularExpression>
 
+#include <algorithm>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -27,11 +29,14 @@ QStringList toolResults(const Request &request)
     return results;
 }
 
+// Wherever it stands: some services take one system message only.
 bool wasCorrected(const Request &request)
 {
-    const QJsonObject last = request.lastMessage();
-    return last["role"_L1].toString() == "system"_L1 &&
-           last["content"_L1].toString().startsWith("Correction:"_L1);
+    const QJsonArray messages = request.json["messages"_L1].toArray();
+    return std::any_of(messages.begin(), messages.end(), [](const QJsonValue &message) {
+        return message["role"_L1].toString() == "system"_L1 &&
+               message["content"_L1].toString().contains("Correction:"_L1);
+    });
 }
 
 Reply saying(const QString &text)
@@ -77,6 +82,15 @@ Work agentSearch(Exchange &exchange)
     co_await play(exchange, std::move(reply));
 }
 
+// What the search found is more than the model takes in.
+Work agentOverflows(Exchange &exchange)
+{
+    if (!toolResults(exchange.request()).isEmpty())
+        co_await Scenarios::find(u"context-full"_s)->play(exchange);
+    else
+        co_await agentSearch(exchange);
+}
+
 Work agentLoops(Exchange &exchange)
 {
     const Request &request = exchange.request();
@@ -116,6 +130,7 @@ std::span<const Scenario> Scenarios::agents()
 {
     static constexpr Scenario all[]{
         {"agent-search"_L1, "searches, reads the first page found, answers from it"_L1, agentSearch},
+        {"agent-overflows"_L1, "searches, and has no room for what was found"_L1, agentOverflows},
         {"agent-loops"_L1, "calls a tool for as long as there are any"_L1, agentLoops},
         {"agent-claims-event"_L1, "claims an event it never made; corrected, it makes it"_L1,
          agentClaimsEvent},

@@ -68,17 +68,48 @@ Work fail(Exchange &exchange, QString message)
     co_await exchange.endStream();
 }
 
+// Why nothing is pulled; nothing for a name that is.
+QString pullProblem(const QString &name)
+{
+    return name == "pull-lost-key"_L1  ? u"open id_ed25519: no such file or directory"_s
+           : name == "pull-missing"_L1 ? u"pull model manifest: file does not exist"_s
+                                       : QString();
+}
+
+// One answer when all is done, with the problem's own status.
+Work pullQuietly(Exchange &exchange, ModelList &models)
+{
+    const QString name = askedModel(exchange.request());
+    const QString problem = pullProblem(name);
+    if (name == "pull-stall"_L1)
+        co_await exchange.stall();
+    if (name == "pull-cut"_L1) {
+        exchange.cut();
+        co_return;
+    }
+    if (!problem.isEmpty()) {
+        co_await refuse(exchange, 500, problem);
+        co_return;
+    }
+    models.add(name);
+    QJsonObject body;
+    body.insert(u"status"_s, u"success"_s);
+    co_await exchange.respondJson(200, body);
+}
+
 Work pull(Exchange &exchange, ModelList &models)
 {
     const QString name = askedModel(exchange.request());
-    co_await exchange.beginStream(200, Dialect::streamType(exchange.request()));
-    if (name == "pull-lost-key"_L1) {
-        co_await fail(exchange, u"open id_ed25519: no such file or directory"_s);
+    const QString problem = pullProblem(name);
+    if (!exchange.request().wantsStream()) {
+        co_await pullQuietly(exchange, models);
         co_return;
     }
-    co_await status(exchange, u"pulling manifest"_s);
-    if (name == "pull-missing"_L1) {
-        co_await fail(exchange, u"pull model manifest: file does not exist"_s);
+    co_await exchange.beginStream(200, Dialect::streamType(exchange.request()));
+    if (name != "pull-lost-key"_L1)
+        co_await status(exchange, u"pulling manifest"_s);
+    if (!problem.isEmpty()) {
+        co_await fail(exchange, problem);
         co_return;
     }
     const QString digest = ListedModel{name, {}, {}, {}, {}}.digest();

@@ -2,6 +2,7 @@
 
 #include "Exchange.h"
 
+#include <optional>
 #include <span>
 
 namespace morvane {
@@ -14,7 +15,17 @@ struct Scenario {
     Work (*play)(Exchange &exchange);
 };
 
+// A request that a strict service doesn't take, in that service's words.
+struct Refusal {
+    int status;
+    QJsonObject body;
+};
+
 namespace Scenarios {
+
+// What comes before any scenario: a server in the manner of a strict cloud service, "cloud", or of llama.cpp,
+// "llama", refuses what those refuse. Nothing in any other manner.
+[[nodiscard]] std::optional<Refusal> refusal(const QString &manner, const Request &request);
 
 // Replies of a server that keeps to the dialect.
 [[nodiscard]] std::span<const Scenario> replies();

@@ -87,8 +87,11 @@ Work Server::chat(Exchange &exchange)
     const QString name = request.model();
     const auto objection = request.isOllama() ? OllamaInterface::objection(request, m_settings.models)
                                               : std::optional<QString>();
+    const auto refusal = Scenarios::refusal(m_settings.manner, request);
     if (const auto answer = m_scripted.take(name))
         co_await ScriptedReplies::play(exchange, *answer);
+    else if (refusal)
+        co_await exchange.respondJson(refusal->status, refusal->body);
     else if (objection)
         co_await refuse(exchange, 400, *objection);
     else if (const Scenario *scenario = Scenarios::find(m_settings.models.scenarioFor(name)))

@@ -17,6 +17,7 @@ public:
         std::uint16_t port = 0; // 0: any free one
         QByteArray requiredKey; // empty: none
         bool speaksOllama = false;
+        QString manner;   // that of Scenarios::refusal()
         ModelList models; // what is listed at first
     };
 

@@ -1,6 +1,7 @@
 // Services that refuse part of a request that others take, each in its own words. Those are the ones that
 // real services answer with.
 
+#include "OllamaObjects.h"
 #include "Reply.h"
 #include "Scenarios.h"
 
@@ -52,16 +53,26 @@ QJsonObject schemaError(const QString &type, const QJsonArray &place, const QStr
             {u"code"_s, QJsonValue()}};
 }
 
+bool hasPurpose(const Request &request)
+{
+    return request.json.contains("purpose"_L1);
+}
+
+QJsonObject unknownPurpose()
+{
+    return invalid(u"Unrecognized request argument supplied: purpose"_s);
+}
+
 Work purposeUnknown(Exchange &exchange)
 {
-    const bool has = exchange.request().json.contains("purpose"_L1);
-    QJsonObject error = invalid(u"Unrecognized request argument supplied: purpose"_s);
-    co_await unless(exchange, has, 400, std::move(error));
+    const bool isRefused = hasPurpose(exchange.request());
+    QJsonObject error = unknownPurpose();
+    co_await unless(exchange, isRefused, 400, std::move(error));
 }
 
 Work purposeExtra(Exchange &exchange)
 {
-    const bool has = exchange.request().json.contains("purpose"_L1);
+    const bool has = hasPurpose(exchange.request());
     const QJsonArray place{u"body"_s, u"purpose"_s};
     QJsonObject error = schemaError(u"extra_forbidden"_s, place, u"Extra inputs are not permitted"_s);
     co_await unless(exchange, has, 422, std::move(error));
@@ -87,14 +98,22 @@ Work fixedTemperature(Exchange &exchange)
     co_await unless(exchange, isOther, 400, std::move(error));
 }
 
-Work oneSystemMessage(Exchange &exchange)
+bool hasLaterSystem(const Request &request)
 {
-    const QJsonArray messages = messagesOf(exchange.request());
+    const QJsonArray messages = messagesOf(request);
     bool isLater = false;
     for (qsizetype i = 1; i < messages.size(); ++i)
         isLater = isLater || roleOf(messages[i]) == "system"_L1;
-    QJsonObject error = invalid(u"System message must be at the beginning."_s);
-    co_await unless(exchange, isLater, 400, std::move(error));
+    return isLater;
+}
+
+const QString systemFirst = u"System message must be at the beginning."_s;
+
+Work oneSystemMessage(Exchange &exchange)
+{
+    const bool isRefused = hasLaterSystem(exchange.request());
+    QJsonObject error = invalid(systemFirst);
+    co_await unless(exchange, isRefused, 400, std::move(error));
 }
 
 Work userFirst(Exchange &exchange)
@@ -146,6 +165,12 @@ Work toolsNeedWhole(Exchange &exchange)
 
 Work contextFull(Exchange &exchange)
 {
+    if (exchange.request().isOllama()) {
+        QJsonObject told =
+            OllamaObjects::error(u"prompt too long; exceeded max context length by 4904 tokens"_s);
+        co_await exchange.respondJson(400, std::move(told));
+        co_return;
+    }
     const QJsonObject error{
         {u"code"_s, 400},
         {u"message"_s, u"the request exceeds the available context size, try increasing it"_s},
@@ -165,7 +190,37 @@ Work contextLength(Exchange &exchange)
     co_await exchange.respondJson(400, error);
 }
 
+std::optional<Refusal> refusedByCloud(const Request &request)
+{
+    if (hasPurpose(request))
+        return Refusal{400, unknownPurpose()};
+    if (hasLaterSystem(request))
+        return Refusal{400, invalid(systemFirst)};
+    if (request.hasImages())
+        return Refusal{400,
+                       invalid(u"Invalid content type. image_url is only supported by certain models."_s)};
+    return std::nullopt;
+}
+
+std::optional<Refusal> refusedByLlama(const Request &request)
+{
+    if (hasLaterSystem(request))
+        return Refusal{500, serverError(systemFirst)};
+    if (request.hasImages())
+        return Refusal{500,
+                       serverError(u"image input is not supported - hint: if this is unexpected, you may "
+                                   "need to provide the mmproj"_s)};
+    return std::nullopt;
+}
+
 } // namespace
+
+std::optional<Refusal> Scenarios::refusal(const QString &manner, const Request &request)
+{
+    return manner == "cloud"_L1   ? refusedByCloud(request)
+           : manner == "llama"_L1 ? refusedByLlama(request)
+                                  : std::nullopt;
+}
 
 std::span<const Scenario> Scenarios::strict()
 {

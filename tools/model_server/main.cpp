@@ -37,6 +37,7 @@ void addOptions(QCommandLineParser &parser)
         {{u"port"_s, u"Port to listen on; 0 takes a free one."_s, u"number"_s, u"0"_s},
          {u"scenario"_s, u"Answers that come before the built-in ones."_s, u"file"_s},
          {u"require-key"_s, u"Refuse requests without this bearer key."_s, u"key"_s},
+         {u"strict"_s, u"Refuse what such a service refuses: cloud or llama."_s, u"manner"_s},
          {u"ollama"_s, u"Speak Ollama's own interface too."_s},
          {u"model"_s, u"List this model; may be given again. Without it every scenario is listed."_s,
           u"json"_s},
@@ -53,6 +54,7 @@ int serve(const QCommandLineParser &options)
     if (!isPort)
         return fail(u"The port is a number from 0 to 65535."_s);
     settings.speaksOllama = options.isSet(u"ollama"_s);
+    settings.manner = options.value(u"strict"_s);
     QString problem;
     for (const QString &model : options.values(u"model"_s)) {
         if (!settings.models.add(model, problem))

@@ -106,6 +106,8 @@ QCoro::Task<> AgentRun::readRound()
             m_round.calls.insert(m_round.calls.end(), calls->calls.begin(), calls->calls.end());
         } else if (std::holds_alternative<AIStream::Thinking>(*event)) {
             m_producer.yield(Agent::Thinking{});
+        } else if (std::holds_alternative<AIStream::Respelled>(*event)) {
+            m_configuration.mayRespell = false; // for the rest of the turn
         } else {
             m_round.truncated = true;
         }

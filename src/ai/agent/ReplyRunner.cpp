@@ -23,6 +23,7 @@ struct Relay {
         producer.yield(Agent::TruncatedByTokenLimit{});
     }
     void operator()(AIStream::Thinking &) const { producer.yield(Agent::Thinking{}); }
+    void operator()(AIStream::Respelled &) const {} // one request is the whole turn
 };
 
 QCoro::Task<> relay(AsyncStream<AIStreamEvent> events, Producer producer)

@@ -23,6 +23,7 @@ struct AIConfiguration {
     std::optional<QString> purpose; // short tag for the server and the ledger
     SensitiveDataSet carrying;      // decides where the request may go
     bool thinksLonger = false;      // a long silence is no stall
+    bool mayRespell = true;         // a refused request may go once more in another spelling
     QUuid proofRow;                 // whoever records where the answer runs gives the row this id
 
     bool operator==(const AIConfiguration &) const = default;

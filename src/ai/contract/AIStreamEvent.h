@@ -30,9 +30,14 @@ struct Thinking {
     bool operator==(const Thinking &) const = default;
 };
 
+// The request was refused and went once more in another spelling, which a turn grants once.
+struct Respelled {
+    bool operator==(const Respelled &) const = default;
+};
+
 } // namespace AIStream
 
-using AIStreamEvent =
-    std::variant<AIStream::Text, AIStream::ToolCalls, AIStream::TruncatedByTokenLimit, AIStream::Thinking>;
+using AIStreamEvent = std::variant<AIStream::Text, AIStream::ToolCalls, AIStream::TruncatedByTokenLimit,
+                                   AIStream::Thinking, AIStream::Respelled>;
 
 } // namespace morvane

@@ -9,6 +9,8 @@
 #include "utils/log/Log.h"
 #include "utils/text/Text.h"
 
+#include <functional>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -25,13 +27,14 @@ struct Question {
     AIConfiguration configuration;
     std::vector<AITool> tools;
     std::shared_ptr<std::map<std::pair<QString, QString>, ChatSpelling>> spellings;
+    std::function<void()> onRespelled = [] {}; // told when it goes once more, which it may no more then
 
     [[nodiscard]] ChatSpelling &spelling() const
     {
         return (*spellings)[{configuration.baseURLString, configuration.model}];
     }
 };
-using SharedQuestion = std::shared_ptr<const Question>;
+using SharedQuestion = std::shared_ptr<Question>;
 
 void note(QLatin1StringView line)
 {
@@ -56,20 +59,30 @@ QCoro::Task<HttpResponse> sendOnce(SharedQuestion question, HttpRequest request,
     co_return co_await ProviderFailure::validated(std::move(response), stop);
 }
 
-// Where a refusal names what it refuses, the same question goes once more in the other spelling.
+// Whether a refusal names what it refuses. What it tells holds for every later request to that place.
+bool learnsFrom(const ProviderError &refusal, const Question &question)
+{
+    const auto learned = question.spelling().after(refusal, question.messages);
+    if (learned)
+        question.spelling() = *learned;
+    return learned.has_value();
+}
+
+// A refused question goes once more in the spelling that was learned from the refusal.
 QCoro::Task<HttpResponse> open(SharedQuestion question, HttpRequest request, Form form, std::stop_token stop)
 {
-    try {
-        co_return co_await sendOnce(question, std::move(request), stop);
-    } catch (const ProviderError &refusal) {
-        const auto learned = question->spelling().after(refusal, question->messages);
-        if (!learned)
-            throw;
-        question->spelling() = *learned;
+    while (true) {
+        try {
+            co_return co_await sendOnce(question, std::move(request), stop);
+        } catch (const ProviderError &refusal) {
+            if (!learnsFrom(refusal, *question) || !question->configuration.mayRespell)
+                throw;
+        }
+        question->configuration.mayRespell = false;
+        question->onRespelled();
+        note("Endpoint wants another spelling; asking once more"_L1);
+        request = makeRequest(*question, form);
     }
-    note("Endpoint wants another spelling; asking once more"_L1);
-    HttpRequest again = makeRequest(*question, form);
-    co_return co_await sendOnce(question, std::move(again), stop);
 }
 
 bool spentOnThinking(const Completion &completion)
@@ -180,10 +193,10 @@ AsyncStream<AIStreamEvent> OpenAICompatibleProvider::streamReply(std::vector<AIM
 {
     auto session = sessionFor(configuration);
     auto [stream, events] = AsyncStream<AIStreamEvent>::make();
-    answer(
-        std::make_shared<const Question>(Question{std::move(session), std::move(messages),
-                                                  std::move(configuration), std::move(tools), m_spellings}),
-        events);
+    answer(std::make_shared<Question>(Question{std::move(session), std::move(messages),
+                                               std::move(configuration), std::move(tools), m_spellings,
+                                               [events]() mutable { events.yield(AIStream::Respelled{}); }}),
+           events);
     return std::move(stream);
 }
 
@@ -194,7 +207,7 @@ QCoro::Task<QString> OpenAICompatibleProvider::testConnection(AIConfiguration co
     configuration.requestTimeout = 20.0;
     auto session = sessionFor(configuration);
     const AIMessage message{AIMessage::Role::user, testMessage(), {}, {}, {}, {}};
-    return testedReply(std::make_shared<const Question>(Question{
+    return testedReply(std::make_shared<Question>(Question{
                            std::move(session), {message}, std::move(configuration), {}, m_spellings}),
                        std::move(stop));
 }

@@ -33,6 +33,7 @@ protected:
         request.configuration.baseURLString = baseURL;
         request.configuration.maxOutputTokens = 100;
         request.configuration.model = name;
+        request.configuration.purpose = u"chat"_s;
         request.tools = registry.availableTools();
         request.memoryAllowed = true;
         return readRun(runner.run(std::move(turn), {u"chat:A"_s, u"What is the weather?"_s}));
@@ -77,6 +78,18 @@ TEST_F(AgentRunsAgainstServerTest, SearchesReadsAndAnswers)
     EXPECT_EQ(sent[4]["tool_call_id"_L1].toString(), u"call_2"_s);
     EXPECT_TRUE(sent[4]["content"_L1].toString().startsWith(
         u"--- BEGIN UNTRUSTED CONTENT (web page found.example"_s));
+}
+
+// It refuses the tag that the first request has, and what a later round adds to the messages.
+TEST_F(AgentRunsAgainstServerTest, AStrictServiceIsAskedOnceMoreInATurnAndToldAllThatWasLearnedInTheNext)
+{
+    ModelServer strict({u"--strict"_s, u"cloud"_s});
+    const PlayedRun first = ask(u"agent-refuses-search"_s, strict.baseUrl());
+    EXPECT_EQ(first.error.value().quotedWords(), u"System message must be at the beginning."_s);
+    EXPECT_EQ(strict.requests().size(), 3U);
+    EXPECT_EQ(ask(u"agent-refuses-search"_s, strict.baseUrl()).error, std::nullopt);
+    EXPECT_EQ(strict.requests().size(), 6U) << "none of them refused";
+    EXPECT_EQ(ledger.snapshot().entries.size(), 6U);
 }
 
 TEST_F(AgentRunsAgainstServerTest, LoopsToTheCeilingAndIsOnlyRelayedWithoutTools)
