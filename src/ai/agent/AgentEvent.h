@@ -43,9 +43,14 @@ struct TruncatedByTokenLimit {
     bool operator==(const TruncatedByTokenLimit &) const = default;
 };
 
+// The server takes no tools, and what follows is answered without them.
+struct ToolsRejected {
+    bool operator==(const ToolsRejected &) const = default;
+};
+
 } // namespace Agent
 
 using AgentEvent = std::variant<Agent::Text, Agent::RetractText, Agent::ToolStarted, Agent::ToolFinished,
-                                Agent::Thinking, Agent::TruncatedByTokenLimit>;
+                                Agent::Thinking, Agent::TruncatedByTokenLimit, Agent::ToolsRejected>;
 
 } // namespace morvane

@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <utility>
 
 namespace morvane {
 
@@ -100,6 +101,8 @@ QCoro::Task<> AgentRun::readRound()
     auto events = m_provider->streamReply(m_messages, m_configuration, m_tools);
     while (const auto event = co_await events.next(m_stop)) {
         if (const auto *text = std::get_if<AIStream::Text>(&*event)) {
+            if (std::exchange(m_owesRejection, false)) // now there is an answer without them
+                m_producer.yield(Agent::ToolsRejected{});
             m_round.text += text->piece;
             m_producer.yield(Agent::Text{text->piece});
         } else if (const auto *calls = std::get_if<AIStream::ToolCalls>(&*event)) {
@@ -118,6 +121,7 @@ QCoro::Task<> AgentRun::runCalls()
 {
     m_messages.push_back(
         {.role = AIMessage::Role::assistant, .content = answer(), .toolCalls = m_round.calls});
+    m_hasCalled = true;
     takeBack(); // what a model writes ahead of a call is no part of the answer
     for (const AIToolCall &call : m_round.calls) {
         throwIfStopped(m_stop);
@@ -187,9 +191,10 @@ bool AgentRun::correctsReply()
     return false;
 }
 
+// A server that has called a tool in this turn takes them, and an answer that was begun gets no second one.
 void AgentRun::retryWithoutTools(const std::exception_ptr &failure)
 {
-    if (m_tools.empty() || !rejectsTools(failure))
+    if (m_tools.empty() || m_hasCalled || !m_round.text.isEmpty() || !rejectsTools(failure))
         std::rethrow_exception(failure);
     Log::info(Log::Category::AIProvider, "Endpoint rejected tools; retrying without them"_L1);
     say(AIMessage::Role::system,
@@ -202,6 +207,7 @@ void AgentRun::retryWithoutTools(const std::exception_ptr &failure)
         "because "
         "you cannot check it; a made-up specific answer is far worse than saying you can't look it up."_s);
     m_tools.clear();
+    m_owesRejection = true;
     ++m_roundCount;
 }
 

@@ -57,6 +57,8 @@ private:
     Round m_round;
     int m_roundCount = 0;
     bool m_isFinal = false; // the ceiling is reached; calls are no longer heard
+    bool m_hasCalled = false;
+    bool m_owesRejection = false; // the chat is still to be told that the server takes no tools
     bool m_searchCorrected = false;
     bool m_claimCorrected = false;
     std::set<QString> m_used; // names of the tools that have run

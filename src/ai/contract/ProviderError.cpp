@@ -1,5 +1,6 @@
 #include "ai/contract/ProviderError.h"
 
+#include "ai/contract/RefusalWords.h"
 #include "utils/text/DesktopWords.h"
 #include "utils/text/Product.h"
 
@@ -179,20 +180,23 @@ ProviderError ProviderError::quoting(QString words) const
     return quoted;
 }
 
-// A server that was started without tools answers 500 and names them. One that refuses a request without a
-// word has not judged it: an old server does so on a connection that it should have closed.
+// A server that was started without tools answers 500 and names them, or says so in the place of a reply. One
+// that refuses a request without a word has not judged it: an old server does so on a connection that it
+// should have closed. What names anything else would be refused without tools as well.
 bool ProviderError::isToolRejection() const
 {
+    using RefusalWords::Subject;
     static constexpr std::array rejecting{400, 404, 422, 501};
+    const Subject subject = RefusalWords::subjectOf(m_serverWords);
     const auto *server = std::get_if<ServerError>(&reason());
     if (!server)
-        return is(Plain::malformedResponse);
-    const bool namesTools = m_serverWords.contains("tool"_L1, Qt::CaseInsensitive) ||
-                            m_serverWords.contains("function call"_L1, Qt::CaseInsensitive);
+        return is(Plain::malformedResponse) ||
+               (subject == Subject::tools && reason() == Case(ReplyBroken::serverError));
+    if (server->statusCode >= 500 && subject == Subject::tools)
+        return true;
     const bool isWordless = server->statusCode == 400 && m_serverWords.isEmpty();
-    return (namesTools && server->statusCode >= 500) ||
-           (!isWordless &&
-            std::find(rejecting.begin(), rejecting.end(), server->statusCode) != rejecting.end());
+    return subject != Subject::another && !isWordless &&
+           std::find(rejecting.begin(), rejecting.end(), server->statusCode) != rejecting.end();
 }
 
 bool ProviderError::isPrivateCloudFallback() const

@@ -167,6 +167,9 @@ Completion parseBody(QByteArrayView body)
             completion.toolCalls.push_back(std::move(*made));
     }
     completion.finishReason = Json::string(*choice, "finish_reason"_L1);
+    if (const auto broken = brokenBy(completion.finishReason.value_or(QString()));
+        broken && completion.isEmpty())
+        throw ProviderError(*broken).quoting(failureIn(*choice).serverWords);
     if (completion.isEmpty() && !content && !completion.hasReasoning)
         throwMalformed();
     return completion;

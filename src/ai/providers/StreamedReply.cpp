@@ -24,9 +24,8 @@ StreamedReply::Progress StreamedReply::add(QByteArrayView line, Events &events)
         } else if (const auto *finished = std::get_if<Parser::Finished>(&event)) {
             end(finished->reason);
         } else if (const auto *failed = std::get_if<Parser::Failed>(&event)) {
-            throw m_hasContent || failed->status == 0
-                ? ProviderError(Broken::serverError).quoting(failed->serverWords)
-                : ServerWords::error(failed->status, failed->serverWords);
+            throw m_hasContent ? ProviderError(Broken::serverError).quoting(failed->serverWords)
+                               : ServerWords::error(failed->status, failed->serverWords);
         } else if (std::holds_alternative<Parser::Reasoned>(event)) {
             m_hasReasoning = true;
         } else if (std::holds_alternative<Parser::Done>(event)) {

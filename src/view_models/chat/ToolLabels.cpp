@@ -86,6 +86,12 @@ QString ToolLabels::failed(const AIToolCall &call)
     return label(call, Phase::failed);
 }
 
+QString ToolLabels::rejected()
+{
+    return u"Answered without abilities: the server takes no tools. Turn them on there, or choose another "
+           "model in Settings → AI."_s;
+}
+
 bool ToolLabels::isScreenReading(const AIToolCall &call)
 {
     return call.name == "look_at_screen"_L1;

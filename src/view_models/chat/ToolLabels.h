@@ -14,6 +14,9 @@ namespace ToolLabels {
 [[nodiscard]] QString finished(const AIToolCall &call);
 [[nodiscard]] QString failed(const AIToolCall &call);
 
+// The line of a reply whose server takes no tools, and how that is mended.
+[[nodiscard]] QString rejected();
+
 [[nodiscard]] bool isScreenReading(const AIToolCall &call);
 
 // The line that a finished reading of the screen leaves. In chats from before they carried a mark of their

@@ -124,6 +124,15 @@ void TurnRecorder::operator()(const Agent::TruncatedByTokenLimit &)
     changed();
 }
 
+void TurnRecorder::operator()(const Agent::ToolsRejected &)
+{
+    const QString line = ToolLabels::rejected();
+    if (m_message->toolSummary().value_or(QString()).endsWith(line)) // the part that is continued said so
+        return;
+    m_message->appendToolLine(line, ToolLineState::failed);
+    changed();
+}
+
 void TurnRecorder::addSources(const Agent::ToolFinished &event)
 {
     const QStringList found = ToolLabels::sourceDomains(event.call, event.result);

@@ -45,6 +45,7 @@ public:
     void operator()(const Agent::ToolFinished &event);
     void operator()(const Agent::Thinking &event);
     void operator()(const Agent::TruncatedByTokenLimit &event);
+    void operator()(const Agent::ToolsRejected &event);
 
 private:
     void hear(const QString &piece);

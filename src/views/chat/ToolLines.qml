@@ -22,7 +22,7 @@ Column {
             readonly property string outcome: root.outcomes[index] ?? ""
             readonly property bool atWork: root.running && outcome === "running"
 
-            height: Theme.controlHeight
+            height: Math.max(Theme.controlHeight, words.implicitHeight + Theme.gap8)
             spacing: Theme.gap8
 
             Icon {
@@ -36,11 +36,14 @@ Column {
                 color: line.atWork ? Theme.accent : Theme.secondary
             }
             SmallText {
+                id: words
+
                 anchors.verticalCenter: parent.verticalCenter
                 width: Math.min(implicitWidth, root.width - 24)
                 text: line.modelData
                 elide: Text.ElideRight
-                wrapMode: Text.NoWrap
+                wrapMode: Text.Wrap
+                maximumLineCount: 4
                 Accessible.role: Accessible.StaticText
                 Accessible.name: text
             }

@@ -160,12 +160,18 @@ TEST_F(AgentLoopTest, AServerThatRejectsToolsIsAskedWithoutThem)
     const ProviderError rejection =
         ProviderError(ProviderError::ServerError{400}).quoting(u"no tools here"_s);
     const LogCapture log;
-    const PlayedRun run = play({{{text(u"Half "_s)}, failure(rejection)}, {{text(u"Whole."_s)}}});
-    EXPECT_EQ(run.shown(), u"Half Whole."_s) << "what went out stays";
+    const PlayedRun run = play({{{}, failure(rejection)}, {{text(u"Whole"_s), text(u"."_s)}}});
+    EXPECT_EQ(run.events, (std::vector<AgentEvent>{Agent::ToolsRejected{}, Agent::Text{u"Whole"_s},
+                                                   Agent::Text{u"."_s}}));
     EXPECT_TRUE(model->requests.at(1).tools.empty());
     EXPECT_TRUE(lastMessage(1).content.startsWith(u"Correction: the model server running you does not"_s));
     EXPECT_EQ(log.lines(), QStringList(u"ai-provider: Endpoint rejected tools; retrying without them"_s));
     EXPECT_EQ(play({{{}, failure(rejection)}}).error, rejection) << "once";
+    EXPECT_EQ(model->requests.size(), 2U);
+    EXPECT_EQ(play({{{text(u"Half "_s)}, failure(rejection)}}).error, rejection) << "no second answer";
+    EXPECT_EQ(model->requests.size(), 1U);
+    EXPECT_EQ(play({{{calls({u"search_web"_s})}}, {{}, failure(rejection)}}).error, rejection)
+        << "it has called one";
     EXPECT_EQ(model->requests.size(), 2U);
 
     AgentLoop::Turn bare = turn();
