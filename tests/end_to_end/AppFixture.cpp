@@ -10,7 +10,8 @@ namespace morvane {
 
 using namespace Qt::StringLiterals;
 
-AppFixture::AppFixture()
+AppFixture::AppFixture(const QStringList &serverOptions)
+    : server(serverOptions)
 {
     start();
 }

@@ -20,7 +20,8 @@ namespace morvane {
 // the other side of a socket. Only the keychain stands in.
 class AppFixture : public testing::Test {
 protected:
-    AppFixture();
+    // The options are those of the model server.
+    explicit AppFixture(const QStringList &serverOptions = {});
     ~AppFixture() override;
 
     // Starts the application, as a new process on the same profile would.

@@ -1,7 +1,11 @@
 #include "end_to_end/AppFixture.h"
 
-#include "support/ProcessMemory.h"
+#include "models/ChatMessage.h"
+#include "network/NetworkLedger.h"
+#include "support/TestData.h"
 #include "view_models/chat/ChatViewModel.h"
+
+#include <QProcess>
 
 namespace morvane {
 
@@ -9,53 +13,97 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-struct Row {
-    const char *model;
-    const char *banner; // null: the reply is delivered
+class BadServerTest : public AppFixture {
+protected:
+    ChatViewModel &chat() { return *state->presentation().chat; }
+    [[nodiscard]] NetworkLedger::Snapshot ledger() const
+    {
+        return state->assistant().networkLedger->snapshot();
+    }
+
+    // Says yes to what is asked, and stops what would never end or too late.
+    void letTurnEnd(const QString &model, std::size_t requestsBefore)
+    {
+        const bool isStopped = model.startsWith(u"stall-"_s) || model == u"slow"_s;
+        EXPECT_TRUE(WindowDriver::eventually([&] {
+            if (chat().hasApproval())
+                chat().approveForChat();
+            if (isStopped && server.requests().size() > requestsBefore)
+                chat().stopResponding();
+            return !chat().isResponding() && chat().turnsInFlight() == 0;
+        })) << model.toStdString();
+    }
+
+    // One turn: what is stored of it, the requests, their rows in the ledger, and what the banner says.
+    QString outcome(const QString &model)
+    {
+        const std::size_t requests = server.requests().size();
+        const std::size_t rows = ledger().entries.size();
+        useModel(model);
+        chat().newConversation();
+        chat().sendMessage(u"Hello"_s, std::nullopt);
+        letTurnEnd(model, requests);
+        const auto made = [&] { return server.requests().size() - requests; };
+        EXPECT_TRUE(WindowDriver::eventually([&] { return ledger().entries.size() - rows >= made(); }))
+            << model.toStdString();
+        QStringList outcomes;
+        for (const auto &entry : ledger().entries)
+            outcomes += entry.outcome.text();
+        QStringList told{chat().messages()->messages().back()->statusRaw(), QString::number(made()),
+                         outcomes.sliced(static_cast<qsizetype>(rows)).join(u", "_s)};
+        if (chat().hasBanner())
+            told += {chat().banner().message, chat().banner().quotation};
+        return told.join(u" | "_s);
+    }
 };
 
-constexpr const char *unreadable = "The AI provider sent a response that could not be read.";
-constexpr const char *unreachable = "The AI provider could not be reached.";
+constexpr const char *replying = "end_to_end/replying_servers.txt";
+constexpr const char *broken = "end_to_end/broken_servers.txt";
 
-class BadServerTest : public AppFixture, public testing::WithParamInterface<Row> {};
+class EveryServerTest : public BadServerTest, public testing::WithParamInterface<const char *> {};
 
-TEST_P(BadServerTest, EndsInAnErrorOfItsOwnAndLosesNothingOfThePersons)
+TEST_P(EveryServerTest, EndsInItsOwnStatusWordsRequestsAndRows)
 {
-    useModel(QString::fromLatin1(GetParam().model));
-    say(u"Keep this question"_s);
-    WindowDriver::type(window(), u"and this draft"_s); // while the reply is under way
-    ASSERT_TRUE(turnEnds());
-    const auto *messages = state->presentation().chat->messages();
-    EXPECT_EQ(messages->index(0).data(MessageListModel::TextRole), u"Keep this question"_s);
-    EXPECT_EQ(state->presentation().chat->draft(), u"and this draft"_s);
-    EXPECT_EQ(state->presentation().chat->banner().message, QString::fromUtf8(GetParam().banner));
-    EXPECT_EQ(lastRow(MessageListModel::FailedRole).toBool(), GetParam().banner != nullptr);
-    EXPECT_FALSE(lastRow(MessageListModel::RunningRole).toBool());
-
-    useModel(u"practice-fast"_s);
-    WindowDriver::press(window(), Qt::Key_Return);
-    ASSERT_TRUE(turnEnds());
-    EXPECT_FALSE(state->presentation().chat->hasBanner()) << "the next turn works as ever";
+    outcome(u"practice-fast"_s); // what the server is has been asked here
+    EXPECT_EQ(TestData::transcript(GetParam(), [this](const QByteArray &model) { return outcome(model); }),
+              TestData::text(GetParam()));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    EveryKind, BadServerTest,
-    testing::Values(Row{"garbage", unreadable}, Row{"not-http", unreachable},
-                    Row{"cut-mid-character", unreachable}, Row{"cut-mid-json", unreachable},
-                    Row{"redirect-file", unreachable}, Row{"redirect-loop", unreachable},
-                    Row{"status-401", "The AI provider rejected the API key."},
-                    Row{"status-429", "The AI provider is rate-limiting requests."},
-                    Row{"status-500", "The AI provider returned an error (HTTP 500)."},
-                    Row{"huge-error-body", "The AI provider returned an error (HTTP 500)."},
-                    Row{"huge-line", "The AI provider sent more than MorvaneGPT reads in one reply."},
-                    Row{"no-ending", "The reply broke off before its end."},
-                    Row{"error-mid-stream", "The AI provider broke this reply off with an error."},
-                    Row{"json-despite-stream", nullptr}, Row{"no-done", nullptr}, Row{"crlf", nullptr}),
-    [](const auto &row) {
-        std::string name = row.param.model;
-        std::replace(name.begin(), name.end(), '-', '_');
-        return name;
-    });
+INSTANTIATE_TEST_SUITE_P(Tables, EveryServerTest, testing::Values(replying, broken));
+
+TEST(ServerTablesTest, LeaveNoScenarioOut)
+{
+    QProcess server;
+    server.start(QStringLiteral(MORVANE_MODEL_SERVER), {u"--list"_s});
+    server.waitForFinished();
+    const std::string tables = TestData::text(replying) + TestData::text(broken);
+    const QByteArrayList scenarios = server.readAllStandardOutput().trimmed().split('\n');
+    EXPECT_GT(scenarios.size(), 60);
+    for (const QByteArray &line : scenarios) {
+        QByteArray name = line.first(line.indexOf(' '));
+        if (name.endsWith("-N"))
+            name.chop(1);
+        EXPECT_NE(tables.find('\n' + name.toStdString()), std::string::npos) << name.toStdString();
+    }
+}
+
+TEST_F(BadServerTest, NothingOfThePersonsIsLostAndTheNextTurnWorksAsEver)
+{
+    for (const char *model : {"garbage", "cut-mid-character"}) {
+        useModel(QString::fromLatin1(model));
+        say(u"Keep this question"_s);
+        WindowDriver::type(window(), u"and this draft"_s); // while the reply is under way
+        ASSERT_TRUE(turnEnds());
+        EXPECT_EQ(chat().messages()->index(0).data(MessageListModel::TextRole), u"Keep this question"_s);
+        EXPECT_EQ(chat().draft(), u"and this draft"_s);
+        EXPECT_TRUE(lastRow(MessageListModel::FailedRole).toBool());
+        EXPECT_FALSE(lastRow(MessageListModel::RunningRole).toBool());
+        useModel(u"practice-fast"_s);
+        WindowDriver::press(window(), Qt::Key_Return);
+        ASSERT_TRUE(turnEnds());
+        EXPECT_FALSE(chat().hasBanner());
+    }
+}
 
 } // namespace
 
