@@ -97,7 +97,11 @@ QUrl BaseURL::withPath(const QString &text, QLatin1StringView path)
 
 bool BaseURL::mayRedirect(const QUrl &from, const QUrl &to)
 {
-    if (PrivateNetworkAddress::isNear(from.host()) && !PrivateNetworkAddress::isNear(to.host()))
+    const bool isFromNear = PrivateNetworkAddress::isNear(from.host());
+    if (isFromNear && !PrivateNetworkAddress::isNear(to.host()))
+        return false;
+    const bool isUnsealed = from.scheme() == "https"_L1 && to.scheme() != "https"_L1;
+    if (isUnsealed && !isFromNear)
         return false;
     try {
         return validated(to.toString(QUrl::FullyEncoded)).isValid();

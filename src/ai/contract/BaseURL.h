@@ -27,7 +27,8 @@ namespace BaseURL {
 [[nodiscard]] QUrl withPath(const QString &text, QLatin1StringView path);
 
 // A redirect may lead there: the person could have entered the address, so a conversation isn't led on to one
-// that is open to everybody on the way; and what is asked of a host nearby is answered nearby.
+// that is open to everybody on the way; what is asked of a host nearby is answered nearby; and no public
+// place that speaks https leads to plain http, wherever that is.
 [[nodiscard]] bool mayRedirect(const QUrl &from, const QUrl &to);
 
 } // namespace BaseURL
