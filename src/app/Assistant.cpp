@@ -5,6 +5,7 @@
 #include "ai/providers/OllamaNativeProvider.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
 #include "ai/routing/AIRequestRouter.h"
+#include "ai/routing/RouteConfiguration.h"
 #include "ai/tools/ToolRegistry.h"
 #include "app/Storage.h"
 #include "attestation/ProofLedger.h"
@@ -46,7 +47,11 @@ WebAccessService::Endpoints searchEndpoints(const CommandLine &commandLine)
 AIRequestRouter::Services routing(const Assistant &assistant, Storage &storage, const Secrets &secrets,
                                   Clock &clock, Work &work)
 {
-    const auto ollama = std::make_shared<OllamaNativeProvider>(*assistant.network);
+    const auto keyFor = [&settings = *storage.settings,
+                         &keychain = secrets.keychain](const QString &baseURL) {
+        return RouteConfiguration::keyFor(settings, keychain, baseURL);
+    };
+    const auto ollama = std::make_shared<OllamaNativeProvider>(*assistant.network, keyFor);
     return {.settings = *storage.settings,
             .keychain = secrets.keychain,
             .proofs = *assistant.proofs,

@@ -143,6 +143,15 @@ TEST_F(OllamaNativeProviderTest, ProbesReadWhatTheServerTellsAndNothingElse)
     for (const auto &[feature, carrying] : network.asked)
         EXPECT_EQ(carrying, SensitiveDataSet());
 
+    OllamaNativeProvider keyed(network, [](const QString &address) {
+        return address.contains("host."_L1) ? std::optional(u"secret"_s) : std::nullopt;
+    });
+    for (const QString &address : {base, u"http://localhost:11434/v1"_s}) {
+        session.answer(200, "{}");
+        (void)TestWait::await(keyed.modelList(address, {}));
+        const auto &headers = session.requests().back().headers;
+        EXPECT_EQ(headers.back().value, address == base ? "Bearer secret" : "MorvaneGPT/" MORVANE_VERSION);
+    }
     session.answer(500, R"({"version":"0.34.0"})");
     EXPECT_EQ(TestWait::await(provider.version(base, {})).told, std::nullopt);
     const auto sent = session.requests().size();
@@ -199,7 +208,7 @@ TEST(OllamaProbeRowTest, TellsTheStatusOfAServerThatKnowsNoSuchPathHoweverMuchIt
 TEST_F(OllamaNativeProviderTest, AConnectionTestLooksAtTheStatusOnly)
 {
     const auto injected = std::make_shared<FakeHttpSession>();
-    OllamaNativeProvider own(network, injected);
+    OllamaNativeProvider own(network, {}, injected);
     injected->answer(200, "anything");
     EXPECT_EQ(TestWait::await(own.testConnection(configuration, {})), QString());
     EXPECT_EQ(lineOf(injected->requests()[0]), "GET http://localhost:11434/api/tags 20000 in all");

@@ -54,7 +54,7 @@ TEST_F(OpenAICompatibleProviderTest, LeavesOutWhatIsEmptyAndUsesAnInjectedSessio
     OpenAICompatibleProvider own(network, injected);
     EXPECT_EQ(readReply(own.streamReply({}, configuration, {})).events, wholeEvents);
     EXPECT_TRUE(network.asked.empty());
-    EXPECT_EQ(injected->requests()[0].headers.size(), 1U);
+    EXPECT_EQ(injected->requests()[0].headers.size(), 2U);
     EXPECT_EQ(QJsonDocument::fromJson(injected->requests()[0].body).object().keys(),
               (QStringList{u"max_tokens"_s, u"messages"_s, u"model"_s, u"temperature"_s}));
     injected->answer(200, R"({"choices":[{"message":{"tool_calls":[{"function":{"name":"f"}}]}}]})");

@@ -64,6 +64,7 @@ std::string described(const HttpRequest &request)
                      QByteArray::number(static_cast<qint64>(request.timeout.count())) + " ms\n";
     for (const auto &header : request.headers)
         all += header.name + ": " + header.value + '\n';
+    all.replace(MORVANE_VERSION, "VERSION");
     return (all + '\n' + QJsonDocument::fromJson(request.body).toJson()).toStdString();
 }
 

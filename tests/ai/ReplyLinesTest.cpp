@@ -119,6 +119,7 @@ TEST(ServerModelsTest, AsksBesideTheEndpointWithARedirectRuleALimitAndWordsOfIts
     EXPECT_EQ(outcome(200, R"([{"id":"m"}])", full), u"m"_s);
     const HttpRequest &asked = network.fake->requests().back();
     EXPECT_EQ(asked.url.toEncoded(), "https://a.example/b%2Fc/v1/models?tier=2");
+    EXPECT_EQ(asked.headers[0].value, "MorvaneGPT/" MORVANE_VERSION);
     EXPECT_EQ(asked.limit, asked.timeout) << "a slow drip ends as well";
     ASSERT_TRUE(asked.followsRedirect);
     EXPECT_FALSE(asked.followsRedirect(asked.url, QUrl(u"http://a.example/v1/models"_s)));

@@ -1,6 +1,7 @@
 #include "ai/providers/ChatCompletionRequest.h"
 
 #include "ai/contract/BaseURL.h"
+#include "ai/providers/ModelRequest.h"
 
 #include <QJsonDocument>
 
@@ -71,15 +72,12 @@ HttpRequest ChatCompletionRequest::make(const std::vector<AIMessage> &messages,
                                         const std::vector<AITool> &tools, Form form,
                                         const ChatSpelling &spelling)
 {
-    HttpRequest request;
+    HttpRequest request =
+        ModelRequest::to(BaseURL::chatCompletions(configuration.baseURLString), configuration.apiKey);
     request.method = "POST";
-    request.url = BaseURL::chatCompletions(configuration.baseURLString);
     request.timeout = std::chrono::milliseconds(qRound64(configuration.requestTimeout * 1000));
     request.headers.push_back({"Content-Type", "application/json"});
-    if (configuration.apiKey && !configuration.apiKey->isEmpty())
-        request.headers.push_back({"Authorization", "Bearer " + configuration.apiKey->toUtf8()});
     request.body = body(messages, configuration, tools, form, spelling);
-    request.followsRedirect = BaseURL::mayRedirect;
     return request;
 }
 

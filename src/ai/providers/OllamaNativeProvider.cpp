@@ -136,11 +136,11 @@ QCoro::Task<> answer(SharedQuestion question, OllamaReply::Events events)
     }
 }
 
-QCoro::Task<QString> testedConnection(std::shared_ptr<HttpSession> session, QString baseURL,
+QCoro::Task<QString> testedConnection(std::shared_ptr<HttpSession> session, OllamaServer server,
                                       std::stop_token stop)
 {
     try {
-        auto response = co_await session->send(OllamaRequest::connectionTest(baseURL), stop);
+        auto response = co_await session->send(OllamaRequest::connectionTest(server), stop);
         auto good = co_await ProviderFailure::validated(std::move(response), stop);
         co_await discardBody(std::move(good), stop);
     } catch (...) {
@@ -165,9 +165,10 @@ QCoro::Task<ProbeAnswer<Told>> asked(std::optional<OllamaProbe> probe,
 
 } // namespace
 
-OllamaNativeProvider::OllamaNativeProvider(HttpSessionProviding &network,
+OllamaNativeProvider::OllamaNativeProvider(HttpSessionProviding &network, KeyFor keyFor,
                                            std::shared_ptr<HttpSession> injectedSession)
     : m_network(network)
+    , m_keyFor(std::move(keyFor))
     , m_injectedSession(std::move(injectedSession))
     , m_thinkingCache(std::make_shared<std::map<QString, bool>>())
 {}
@@ -179,10 +180,10 @@ AsyncStream<AIStreamEvent> OllamaNativeProvider::streamReply(std::vector<AIMessa
     auto [stream, events] = AsyncStream<AIStreamEvent>::make();
     const QString model = Text::trimmedBlanks(QStringView(configuration.model)).toString();
     auto session = sessionFor(configuration.carrying);
-    const QString baseURL = configuration.baseURLString;
+    const OllamaServer server{configuration.baseURLString, configuration.apiKey};
     std::optional<OllamaProbe> probe;
     if (!m_thinkingCache->contains(model) && !model.isEmpty())
-        probe = makeProbe([&] { return OllamaRequest::capabilities(baseURL, model); });
+        probe = makeProbe([&] { return OllamaRequest::capabilities(server, model); });
     answer(std::make_shared<const Question>(Question{std::move(session), std::move(probe), m_thinkingCache,
                                                      std::move(messages), std::move(configuration), model,
                                                      std::move(tools)}),
@@ -192,33 +193,41 @@ AsyncStream<AIStreamEvent> OllamaNativeProvider::streamReply(std::vector<AIMessa
 
 QCoro::Task<QString> OllamaNativeProvider::testConnection(AIConfiguration configuration, std::stop_token stop)
 {
-    return testedConnection(sessionFor({}), configuration.baseURLString, std::move(stop));
+    return testedConnection(sessionFor({}), {configuration.baseURLString, configuration.apiKey},
+                            std::move(stop));
 }
 
 QCoro::Task<ProbeAnswer<QString>> OllamaNativeProvider::version(QString baseURL, std::stop_token stop)
 {
-    return asked(makeProbe([&] { return OllamaRequest::version(baseURL); }), versionIn, std::move(stop));
+    return asked(makeProbe([&] { return OllamaRequest::version(serverAt(baseURL)); }), versionIn,
+                 std::move(stop));
 }
 
 QCoro::Task<ProbeAnswer<QStringList>> OllamaNativeProvider::capabilities(QString baseURL, QString model,
                                                                          std::stop_token stop)
 {
-    return asked(makeProbe([&] { return OllamaRequest::capabilities(baseURL, model); }), capabilitiesIn,
-                 std::move(stop));
+    return asked(makeProbe([&] { return OllamaRequest::capabilities(serverAt(baseURL), model); }),
+                 capabilitiesIn, std::move(stop));
 }
 
 QCoro::Task<ProbeAnswer<std::vector<OllamaModel>>> OllamaNativeProvider::modelList(QString baseURL,
                                                                                    std::stop_token stop)
 {
-    return asked(makeProbe([&] { return OllamaRequest::modelList(baseURL); }), modelsIn, std::move(stop));
+    return asked(makeProbe([&] { return OllamaRequest::modelList(serverAt(baseURL)); }), modelsIn,
+                 std::move(stop));
 }
 
-// Nothing for an address that may not be used.
+OllamaServer OllamaNativeProvider::serverAt(const QString &baseURL) const
+{
+    return {baseURL, m_keyFor ? m_keyFor(baseURL) : std::nullopt};
+}
+
+// Nothing for an address that may not be used, nor while its key can't be read.
 std::optional<OllamaProbe> OllamaNativeProvider::makeProbe(const std::function<HttpRequest()> &request) const
 {
     try {
         return OllamaProbe{sessionFor({}), request()};
-    } catch (const ProviderError &) {
+    } catch (const UserPresentableError &) {
         return std::nullopt;
     }
 }

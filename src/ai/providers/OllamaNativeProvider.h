@@ -11,6 +11,7 @@
 namespace morvane {
 
 struct OllamaProbe;
+struct OllamaServer;
 
 // Speaks to an Ollama server in its own interface, where the size of the context can be set and thinking
 // asked for. GUI thread.
@@ -19,9 +20,13 @@ struct OllamaProbe;
 // OpenAICompatibleProvider.
 class OllamaNativeProvider final : public AIConnectionTesting, public OllamaProbing {
 public:
+    // The key that may be told to the server of a base address; nothing for none. May throw a
+    // UserPresentableError.
+    using KeyFor = std::function<std::optional<QString>(const QString &baseURL)>;
+
     // Requests use `injectedSession` when it is set, else a session of `network` for what they carry. Probes
-    // carry nothing.
-    explicit OllamaNativeProvider(HttpSessionProviding &network,
+    // carry nothing but the key of their server, which a configuration brings along itself.
+    explicit OllamaNativeProvider(HttpSessionProviding &network, KeyFor keyFor = {},
                                   std::shared_ptr<HttpSession> injectedSession = nullptr);
 
     // Asks the server first, once for each model, whether the model thinks. While that is unknown, a
@@ -41,10 +46,12 @@ public:
                                                                                std::stop_token stop) override;
 
 private:
+    [[nodiscard]] OllamaServer serverAt(const QString &baseURL) const;
     [[nodiscard]] std::optional<OllamaProbe> makeProbe(const std::function<HttpRequest()> &request) const;
     [[nodiscard]] std::shared_ptr<HttpSession> sessionFor(SensitiveDataSet carrying) const;
 
     HttpSessionProviding &m_network;
+    KeyFor m_keyFor; // may be empty
     std::shared_ptr<HttpSession> m_injectedSession;
     std::shared_ptr<std::map<QString, bool>> m_thinkingCache; // by model name; shared with replies under way
 };

@@ -2,6 +2,7 @@
 
 #include "ai/contract/BaseURL.h"
 #include "ai/providers/ChatCompletionRequest.h"
+#include "ai/providers/ModelRequest.h"
 #include "utils/text/Json.h"
 
 #include <QJsonDocument>
@@ -13,12 +14,10 @@ using namespace std::chrono_literals;
 
 namespace {
 
-HttpRequest get(const QString &baseURL, QLatin1StringView path, std::chrono::milliseconds timeout)
+HttpRequest get(const OllamaServer &server, QLatin1StringView path, std::chrono::milliseconds timeout)
 {
-    HttpRequest request;
-    request.url = BaseURL::withPath(baseURL, path);
+    HttpRequest request = ModelRequest::to(BaseURL::withPath(server.baseURL, path), server.apiKey);
     request.timeout = timeout;
-    request.followsRedirect = BaseURL::mayRedirect;
     return request;
 }
 
@@ -29,10 +28,10 @@ HttpRequest limited(HttpRequest request)
     return request;
 }
 
-HttpRequest post(const QString &baseURL, QLatin1StringView path, std::chrono::milliseconds timeout,
+HttpRequest post(const OllamaServer &server, QLatin1StringView path, std::chrono::milliseconds timeout,
                  const QJsonObject &body)
 {
-    HttpRequest request = get(baseURL, path, timeout);
+    HttpRequest request = get(server, path, timeout);
     request.method = "POST";
     request.headers.push_back({"Content-Type", "application/json"});
     request.body = QJsonDocument(body).toJson(QJsonDocument::Compact);
@@ -100,27 +99,27 @@ HttpRequest OllamaRequest::chat(const std::vector<AIMessage> &messages, const AI
     if (thinking == Thinking::on)
         body.insert(u"think"_s, thinkValue(model));
     const std::chrono::milliseconds timeout(qRound64(configuration.requestTimeout * 1000));
-    return post(configuration.baseURLString, "api/chat"_L1, timeout, body);
+    return post({configuration.baseURLString, configuration.apiKey}, "api/chat"_L1, timeout, body);
 }
 
-HttpRequest OllamaRequest::version(const QString &baseURL)
+HttpRequest OllamaRequest::version(const OllamaServer &server)
 {
-    return limited(get(baseURL, "api/version"_L1, 3s));
+    return limited(get(server, "api/version"_L1, 3s));
 }
 
-HttpRequest OllamaRequest::capabilities(const QString &baseURL, const QString &model)
+HttpRequest OllamaRequest::capabilities(const OllamaServer &server, const QString &model)
 {
-    return limited(post(baseURL, "api/show"_L1, 5s, {{u"model"_s, model}}));
+    return limited(post(server, "api/show"_L1, 5s, {{u"model"_s, model}}));
 }
 
-HttpRequest OllamaRequest::modelList(const QString &baseURL)
+HttpRequest OllamaRequest::modelList(const OllamaServer &server)
 {
-    return limited(get(baseURL, "api/tags"_L1, 5s));
+    return limited(get(server, "api/tags"_L1, 5s));
 }
 
-HttpRequest OllamaRequest::connectionTest(const QString &baseURL)
+HttpRequest OllamaRequest::connectionTest(const OllamaServer &server)
 {
-    return limited(get(baseURL, "api/tags"_L1, 20s));
+    return limited(get(server, "api/tags"_L1, 20s));
 }
 
 } // namespace morvane

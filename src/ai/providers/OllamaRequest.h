@@ -5,9 +5,16 @@
 #include "ai/contract/AITool.h"
 #include "network/HttpSession.h"
 
+#include <optional>
 #include <vector>
 
 namespace morvane {
+
+// Where a server is, by an address of whatever dialect, and the key that may be told to it.
+struct OllamaServer {
+    QString baseURL;
+    std::optional<QString> apiKey;
+};
 
 // The HTTP requests of Ollama's own interface. Each goes to the configured address with a path of its own, so
 // that an address of the chat-completions dialect serves as well. All throw ProviderError for an address that
@@ -23,10 +30,10 @@ inline constexpr int contextTokens = 16384;
 [[nodiscard]] HttpRequest chat(const std::vector<AIMessage> &messages, const AIConfiguration &configuration,
                                const QString &model, const std::vector<AITool> &tools, Thinking thinking);
 
-[[nodiscard]] HttpRequest version(const QString &baseURL);
-[[nodiscard]] HttpRequest capabilities(const QString &baseURL, const QString &model);
-[[nodiscard]] HttpRequest modelList(const QString &baseURL);
-[[nodiscard]] HttpRequest connectionTest(const QString &baseURL);
+[[nodiscard]] HttpRequest version(const OllamaServer &server);
+[[nodiscard]] HttpRequest capabilities(const OllamaServer &server, const QString &model);
+[[nodiscard]] HttpRequest modelList(const OllamaServer &server);
+[[nodiscard]] HttpRequest connectionTest(const OllamaServer &server);
 
 } // namespace OllamaRequest
 

@@ -2,6 +2,7 @@
 
 #include "ai/contract/BaseURL.h"
 #include "ai/contract/ProviderError.h"
+#include "ai/providers/ModelRequest.h"
 #include "ai/providers/ProviderFailure.h"
 #include "utils/text/Json.h"
 
@@ -19,13 +20,11 @@ constexpr qsizetype longestName = 200;
 
 HttpRequest requestFor(const AIConfiguration &configuration)
 {
-    HttpRequest request{.url = BaseURL::models(configuration.baseURLString),
-                        .headers = {{"Accept", "application/json"}},
-                        .timeout = 20s,
-                        .limit = 20s};
-    request.followsRedirect = BaseURL::mayRedirect;
-    if (configuration.apiKey && !configuration.apiKey->isEmpty())
-        request.headers.push_back({"Authorization", "Bearer " + configuration.apiKey->toUtf8()});
+    HttpRequest request =
+        ModelRequest::to(BaseURL::models(configuration.baseURLString), configuration.apiKey);
+    request.headers.push_back({"Accept", "application/json"});
+    request.timeout = 20s;
+    request.limit = request.timeout;
     return request;
 }
 

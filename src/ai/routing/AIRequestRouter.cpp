@@ -22,8 +22,8 @@ AIRequestRouter::AIRequestRouter(Services services, QObject *parent)
     : QObject(parent)
     , m_services(std::move(services))
     , m_hosts(m_services.clock, m_services.work)
-    , m_detection(m_services.ollama)
     , m_inventory(m_services.ollama, m_services.clock)
+    , m_detection(m_services.ollama, m_inventory)
     , m_capabilities(m_services.ollama, m_detection, m_inventory, m_services.clock)
     , m_judge(m_hosts, m_inventory, m_detection)
     , m_burst(m_services.clock)
@@ -33,6 +33,10 @@ AIRequestRouter::AIRequestRouter(Services services, QObject *parent)
          {&SettingsStore::baseURLStringChanged, &SettingsStore::modelChanged,
           &SettingsStore::hostedChatEnabledChanged, &SettingsStore::hostedRelayEncryptedChanged})
         connect(&m_services.settings, changed, this, &AIRequestRouter::sourceChanged);
+    connect(&m_services.settings, &SettingsStore::apiKeyOriginChanged, this, [this] {
+        m_detection.forget();
+        m_capabilities.forget();
+    });
     if (m_services.localModel)
         connect(m_services.localModel, &LocalModelServing::changed, this, [this] {
             m_capabilities.forget();

@@ -155,8 +155,8 @@ private:
     std::optional<QString> m_lastEnclaveRefusal;
 
     HostPrivacy m_hosts;
-    OllamaDetection m_detection;
     ModelInventory m_inventory;
+    OllamaDetection m_detection;
     ModelCapabilities m_capabilities;
     PrivacyJudge m_judge;
     BurstGuard m_burst;

@@ -5,10 +5,15 @@
 
 namespace morvane {
 
-bool KeyOrigin::allows(const SettingsStore &settings)
+bool KeyOrigin::allows(const SettingsStore &settings, const QString &baseURL)
 {
     const QString &origin = settings.apiKeyOrigin();
-    return !origin.isEmpty() && BaseURL::origin(settings.baseURLString()) == origin;
+    return !origin.isEmpty() && BaseURL::origin(baseURL) == origin;
+}
+
+bool KeyOrigin::allows(const SettingsStore &settings)
+{
+    return allows(settings, settings.baseURLString());
 }
 
 void KeyOrigin::adopt(SettingsStore &settings)

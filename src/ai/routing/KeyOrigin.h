@@ -13,6 +13,9 @@ namespace KeyOrigin {
 // Stands in the settings for a key that may be told to nobody: one that is being replaced, or was removed.
 inline constexpr QLatin1StringView nobody{"none"};
 
+// The key may go to that address.
+[[nodiscard]] bool allows(const SettingsStore &settings, const QString &baseURL);
+
 // The key may go to the address that the settings name now.
 [[nodiscard]] bool allows(const SettingsStore &settings);
 

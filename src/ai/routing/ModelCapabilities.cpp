@@ -66,7 +66,7 @@ QCoro::Task<ProbeAnswer<bool>> ModelCapabilities::ask(Ability ability, QString b
         const OllamaDetection::Answer isOllama = co_await m_detection.isOllama(baseURL, stop);
         check();
         if (isOllama != OllamaDetection::Answer::yes)
-            co_return Answer{std::nullopt, isOllama == OllamaDetection::Answer::no};
+            co_return Answer{std::nullopt, isOllama != OllamaDetection::Answer::nobodyAnswered};
         const ProbeAnswer<QStringList> abilities = co_await m_probes->capabilities(baseURL, model, stop);
         check();
         if (!abilities.told)

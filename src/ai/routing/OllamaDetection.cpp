@@ -30,18 +30,26 @@ QCoro::Task<OllamaDetection::Answer> OllamaDetection::isOllama(QString baseURL, 
     check();
     if (!version.wasHeard)
         co_return Answer::nobodyAnswered;
-    const bool isOllama = version.told.has_value();
-    m_answers.insert_or_assign(*root, isOllama ? Answer::yes : Answer::no);
+    Answer answer = Answer::no;
+    if (version.told) {
+        const ModelInventory::Answer list = co_await m_inventory.of(baseURL, stop);
+        check();
+        if (!list.wasHeard)
+            co_return Answer::nobodyAnswered;
+        answer = list.told ? Answer::yes : Answer::withoutList;
+    }
+    const bool isOllama = answer == Answer::yes;
+    m_answers.insert_or_assign(*root, answer);
     Log::info(Log::Category::AIProvider, "Server probe: %{public}s is Ollama = %{bool}d"_L1,
               {*root, isOllama});
-    co_return isOllama ? Answer::yes : Answer::no;
+    co_return Answer(answer);
 }
 
 void OllamaDetection::forgetDenial(const QString &baseURL)
 {
     const auto root = serverRoot(baseURL);
     const auto answer = root ? m_answers.find(*root) : m_answers.end();
-    if (answer != m_answers.end() && answer->second == Answer::no)
+    if (answer != m_answers.end() && answer->second != Answer::yes)
         m_answers.erase(answer);
 }
 

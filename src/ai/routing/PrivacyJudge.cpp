@@ -78,6 +78,7 @@ QCoro::Task<std::optional<PrivacyClass>> PrivacyJudge::ask(QString baseURL, QStr
     check();
     switch (isOllama) {
     case OllamaDetection::Answer::yes:
+    case OllamaDetection::Answer::withoutList:
         co_return PrivacyClass{Kind::unknownModel, {}};
     case OllamaDetection::Answer::no:
         co_return PrivacyClass{Kind::staysPrivate, {}};

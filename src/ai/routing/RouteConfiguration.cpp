@@ -35,13 +35,18 @@ QString RouteConfiguration::apiKeyAccount()
     return u"ai-provider-api-key"_s;
 }
 
+std::optional<QString> RouteConfiguration::keyFor(const SettingsStore &settings, KeychainServicing &keychain,
+                                                  const QString &baseURL)
+{
+    return KeyOrigin::allows(settings, baseURL) ? keychain.read(apiKeyAccount()) : std::nullopt;
+}
+
 AIConfiguration RouteConfiguration::configured(const SettingsStore &settings, KeychainServicing &keychain,
                                                const QString &identity)
 {
     AIConfiguration configuration = common(settings, identity);
     configuration.baseURLString = settings.baseURLString();
-    if (KeyOrigin::allows(settings))
-        configuration.apiKey = keychain.read(apiKeyAccount());
+    configuration.apiKey = keyFor(settings, keychain, configuration.baseURLString);
     configuration.model = settings.model();
     return configuration;
 }

@@ -18,6 +18,10 @@ namespace RouteConfiguration {
 // Where the keychain holds the key of the person's service.
 [[nodiscard]] QString apiKeyAccount();
 
+// The person's key where it was saved for the server at that address. Throws KeychainError.
+[[nodiscard]] std::optional<QString> keyFor(const SettingsStore &settings, KeychainServicing &keychain,
+                                            const QString &baseURL);
+
 // What the person set up, with the key only where it was saved for that server. Throws KeychainError when the
 // key can't be read.
 [[nodiscard]] AIConfiguration configured(const SettingsStore &settings, KeychainServicing &keychain,

@@ -10,6 +10,9 @@ namespace Product {
 
 inline constexpr QLatin1StringView name{"MorvaneGPT"};
 
+// As servers are told and windows show it.
+inline constexpr QLatin1StringView version{MORVANE_VERSION};
+
 // Basename of the desktop file, icon and metainfo, and the Wayland app id.
 inline constexpr QLatin1StringView desktopId{"ai.morvane.MorvaneGPT"};
 

@@ -60,7 +60,7 @@ TEST_F(ModelChoiceTest, AnAbleOrUnknownModelStays)
     configure(u"http://localhost:11434/v1"_s, u"untold"_s);
     EXPECT_EQ(vision(), std::nullopt) << "its server doesn't tell";
     EXPECT_EQ(tools(), std::nullopt);
-    EXPECT_FALSE(probes.asked.contains(u"tags"_s));
+    EXPECT_FALSE(probes.asked.contains(u"show gemma3:4b"_s)) << "no other is looked for";
 }
 
 TEST_F(ModelChoiceTest, NobodyIsAskedInVain)
@@ -119,20 +119,26 @@ TEST_F(ModelChoiceTest, TheProbeDecidesWhichProviderSpeaks)
     };
     EXPECT_EQ(providerOf(u"http://localhost:11434/v1"_s), native);
     EXPECT_EQ(providerOf(u"http://localhost:11434/other?x"_s), native);
-    EXPECT_EQ(probes.asked, QStringList{u"version"_s}) << "one question for one server";
+    EXPECT_EQ(probes.asked, (QStringList{u"version"_s, u"tags"_s})) << "once for one server";
     EXPECT_TRUE(
         log.lines().contains(u"ai-provider: Server probe: http://localhost:11434 is Ollama = true"_s));
     probes.isOllama = false;
     EXPECT_EQ(providerOf(u"https://ollama.example/v1"_s), compatible) << "a name proves nothing";
     EXPECT_EQ(providerOf(u"not an address"_s), compatible);
     EXPECT_EQ(providerOf(u"https://cloud.invalid/v1/"_s), sealed);
-    EXPECT_EQ(probes.asked.size(), 2);
+    EXPECT_EQ(probes.asked.size(), 3);
+    settings.setApiKeyOrigin(u"https://ollama.example"_s); // who asks with a key may hear otherwise
+    probes.isOllama = true;
+    EXPECT_EQ(providerOf(u"https://ollama.example/v1"_s), native);
+    probes.models.reset();
+    EXPECT_EQ(providerOf(u"https://versioned.example/api"_s), compatible) << "a version proves nothing";
 
     std::vector<ProofLedger::Place::Kind> places;
     for (const auto &row : proofs.snapshot().entries)
         places.push_back(row.place.kind);
     using Place = ProofLedger::Place::Kind;
-    EXPECT_EQ(places, (std::vector{Place::thisMac, Place::thisMac, Place::yourOwnService, Place::thisMac}))
+    EXPECT_EQ(places, (std::vector{Place::thisMac, Place::thisMac, Place::yourOwnService, Place::thisMac,
+                                   Place::yourOwnService, Place::yourOwnService}))
         << "the private cloud's provider leaves its own rows";
 }
 
