@@ -166,19 +166,38 @@ TEST_F(ChatPageTest, WhatLooksLikeMarkupStaysText)
     EXPECT_GE(texts, 6);
 }
 
-TEST_F(ChatPageTest, AToolLineCarriesATickOnlyForWhatSucceeded)
+TEST_F(ChatPageTest, AToolLineCarriesATickOnlyForWhatSucceededAndOpens)
 {
     showReply(u"Done"_s, [](ChatMessage &reply) {
         reply.appendToolLine(u"Couldn't be better"_s, ToolLineState::finished);
         reply.appendToolLine(u"Used something"_s, ToolLineState::failed);
-        reply.appendToolLine(u"Searching the web…"_s); // when it was stopped
+        reply.appendToolLine(u"Searching the web…"_s); // when the program ended
+        reply.appendToolLine(u"Didn't open the link"_s, ToolLineState::declined);
+        reply.appendToolLine(u"Reading a.example…"_s, ToolLineState::stopped,
+                             {u"https://a.example/"_s, u"<b>Page</b>"_s, true});
     });
     QStringList marks;
     for (QQuickItem *child : allItems()) {
         if (child->objectName() == u"toolMark"_s)
             marks += child->property("name").toString();
     }
-    EXPECT_EQ(marks, (QStringList{u"check"_s, u"warning"_s, u"more"_s}));
+    EXPECT_EQ(marks, (QStringList{u"check"_s, u"warning"_s, u"more"_s, u"close"_s, u"stop"_s}));
+    for (const auto &said : {u"Interrupted"_s, u"Not allowed"_s, u"Stopped"_s})
+        EXPECT_TRUE(shows(said)) << said.toStdString();
+
+    QQuickItem *last = lastVisible(u"toolLine"_s);
+    last->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Space);
+    EXPECT_TRUE(shows(u"https://a.example/"_s));
+    EXPECT_TRUE(shows(u"<b>Page</b>"_s));
+    EXPECT_TRUE(shows(u"Came back from outside"_s));
+    press(Qt::Key_Tab);
+    press(Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(clipboard(), u"https://a.example/"_s);
+    press(Qt::Key_Backtab);
+    press(Qt::Key_Space);
+    EXPECT_FALSE(shows(u"https://a.example/"_s)) << "it closes again";
 }
 
 TEST_F(ChatPageTest, AGrowingReplyKeepsWhatIsSelectedInIt)

@@ -24,6 +24,7 @@ struct AIToolResult {
     QString name;
     QString content;
     bool isError = false;
+    bool isDeclined = false; // an error because the call asked for a yes and got none
 
     bool operator==(const AIToolResult &) const = default;
 };

@@ -10,6 +10,7 @@ namespace morvane {
 struct ToolOutcome {
     QString content;
     bool isError = false;
+    bool isDeclined = false; // it asked for a yes and got none
 
     bool operator==(const ToolOutcome &) const = default;
 };

@@ -67,7 +67,7 @@ QCoro::Task<AIToolResult> ToolRegistry::dispatch(AIToolCall call, Turn turn, std
 QCoro::Task<AIToolResult> ToolRegistry::carryOut(Self self, AIToolCall call, Turn turn, std::stop_token stop)
 {
     const ToolOutcome outcome = co_await outcomeOf(self, call, turn, stop);
-    co_return AIToolResult{call.id, call.name, outcome.content, outcome.isError};
+    co_return AIToolResult{call.id, call.name, outcome.content, outcome.isError, outcome.isDeclined};
 }
 
 QCoro::Task<ToolOutcome> ToolRegistry::outcomeOf(Self self, AIToolCall call, Turn turn, std::stop_token stop)
@@ -125,8 +125,10 @@ QCoro::Task<std::optional<ToolOutcome>> ToolRegistry::approve(Self self, Ability
             u"This action needs the user's approval and none could be requested."_s);
     if (*answer == ApprovalAnswer::declined) {
         Log::info(Log::Category::AIProvider, "Tool %{public}s declined by the user"_L1, {call.name});
-        co_return ToolFailure::because(
+        ToolOutcome refusal = ToolFailure::because(
             u"The user declined. Do not try again; ask them what they'd prefer."_s);
+        refusal.isDeclined = true;
+        co_return refusal;
     }
     if (*answer == ApprovalAnswer::allowedForChat && ask.offersChatWideYes && turn->chatID && self)
         self->m_searchAllowedChats.insert(*turn->chatID);

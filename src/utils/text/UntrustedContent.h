@@ -21,6 +21,13 @@ inline constexpr QStringView beginMarker = u"--- BEGIN UNTRUSTED CONTENT (";
 // source can forge an end line: the marker's words in them are defused in any letter case.
 [[nodiscard]] QString wrap(const QString &body, const QString &source);
 
+// A text that may hold wrapped content, without what only a model needs: its lines and its advice.
+struct Unwrapped {
+    QString text;
+    bool isMarked = false; // there was such content in it
+};
+[[nodiscard]] Unwrapped unwrap(const QString &text);
+
 } // namespace UntrustedContent
 
 } // namespace morvane

@@ -147,6 +147,7 @@ void ChatTurn::end(bool wasStopped, std::exception_ptr failure)
 void ChatTurn::writeEnding(bool wasStopped, const std::exception_ptr &failure)
 {
     ChatMessage &reply = *m_plan.reply;
+    reply.stopToolLines();
     if (wasStopped) {
         reply.setStatus(MessageStatus::cancelled);
         m_ending = Ending::cancelled;

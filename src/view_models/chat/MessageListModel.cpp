@@ -108,6 +108,16 @@ QString MessageListModel::textOf(const ChatMessage &message) const
     return opened(message).text;
 }
 
+ToolLineDetail MessageListModel::toolDetail(const QString &messageId, int line) const
+{
+    const int row = rowOf(QUuid(messageId));
+    if (row < 0)
+        return {};
+    const auto details = m_messages[static_cast<std::size_t>(row)]->toolDetails();
+    const ToolDetail detail = details.value(line);
+    return {detail.sent, detail.received, detail.isFromOutside};
+}
+
 bool MessageListModel::isRunning(const ChatMessage &message) const
 {
     const auto *indicating = indicator(message.id());

@@ -19,6 +19,20 @@ class ChatMessage;
 class Clock;
 class Alarm;
 
+// What the window shows of a line about an ability when it is opened.
+struct ToolLineDetail {
+    Q_GADGET
+    QML_VALUE_TYPE(toolLineDetail)
+    Q_PROPERTY(QString sent MEMBER sent)
+    Q_PROPERTY(QString received MEMBER received)
+    Q_PROPERTY(bool isFromOutside MEMBER isFromOutside)
+
+public:
+    QString sent;
+    QString received;
+    bool isFromOutside = false;
+};
+
 // The open chat's messages as the window shows them. Each message's sealed text is opened once and kept until
 // its record changes, so that a scroll or a streamed piece opens nothing else.
 class MessageListModel : public QAbstractListModel {
@@ -44,7 +58,7 @@ public:
         StalledRole,                      // bool: nothing came for a while in the middle of the reply
         ErrorTextRole,                    // text; empty for none
         ToolLinesRole,                    // list of texts
-        ToolStatesRole,                   // list of "running", "finished" or "failed", one a line, or empty
+        ToolStatesRole,                   // list of raw texts of ToolLineState, one a line, or empty
         SourceDomainsRole,                // list of texts
         AttachmentNameRole,               // text; empty for none
         CanContinueRole,                  // bool: the reply hit its limit and may go on
@@ -67,6 +81,9 @@ public:
 
     // Stored as unfinished, and no turn is at work on it.
     [[nodiscard]] bool isInterrupted(const ChatMessage &message) const;
+
+    // Of the line at that place; empty where nothing is known. Opened anew each time.
+    Q_INVOKABLE morvane::ToolLineDetail toolDetail(const QString &messageId, int line) const;
 
     // The message's record changed: only its row is told.
     void messageChanged(const QUuid &id);

@@ -5,6 +5,7 @@
 #include "utils/text/Text.h"
 #include "utils/text/ThinkingTags.h"
 #include "view_models/chat/MessageListModel.h"
+#include "view_models/chat/ToolDetails.h"
 #include "view_models/chat/ToolLabels.h"
 #include "view_models/companion/CompanionViewModel.h"
 
@@ -97,17 +98,22 @@ void TurnRecorder::operator()(const Agent::ToolStarted &event)
     store();
     m_messages.signalIndicator(m_message->id(), {Signal::Kind::toolStarted});
     m_companion.transition(CompanionState::thinking);
-    m_message->appendToolLine(ToolLabels::running(event.call));
+    m_message->appendToolLine(ToolLabels::running(event.call), ToolLineState::running,
+                              ToolDetails::of(event.call));
     changed();
 }
 
 void TurnRecorder::operator()(const Agent::ToolFinished &event)
 {
     m_messages.signalIndicator(m_message->id(), {Signal::Kind::toolFinished, m_clock.now()});
-    if (event.result.isError)
-        m_message->replaceLastToolLine(ToolLabels::failed(event.call), ToolLineState::failed);
+    const AIToolResult &result = event.result;
+    const ToolDetail detail = ToolDetails::of(event.call, result);
+    if (result.isError)
+        m_message->replaceLastToolLine(ToolLabels::failed(event.call),
+                                       result.isDeclined ? ToolLineState::declined : ToolLineState::failed,
+                                       detail);
     else
-        m_message->replaceLastToolLine(ToolLabels::finished(event.call));
+        m_message->replaceLastToolLine(ToolLabels::finished(event.call), ToolLineState::finished, detail);
     if (!event.result.isError)
         addSources(event);
     changed();

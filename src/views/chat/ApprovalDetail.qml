@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Morvane
 
-// The whole of what a tool wants to do, to be read and selected before the answer.
+// The whole of what a tool wants to do or was given, to be read and selected.
 Rectangle {
     id: root
 

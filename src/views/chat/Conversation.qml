@@ -28,7 +28,7 @@ Item {
         anchors.fill: parent
         column: Math.min(Theme.columnWidth, root.width - 2 * Theme.gap24)
         visible: count > 0
-        model: root.chat.messages
+        messages: root.chat.messages
         onCopyAsked: text => root.shell.copy(text)
         onLinkAsked: address => root.shell.openLink(address)
         onContinueAsked: messageId => root.chat.continueReply(messageId)

@@ -3,11 +3,13 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Templates as T
 import Morvane
+import Morvane.ViewModels
 
 // The messages of a chat. While it follows, its end stays in view; the first step up lets go.
 ListView {
     id: root
 
+    required property MessageListModel messages
     property real column: Theme.columnWidth
     // The end stays in view as replies grow.
     property bool following: true
@@ -65,6 +67,7 @@ ListView {
         root.settle();
     }
 
+    model: messages
     reuseItems: true
     currentIndex: -1
     keyNavigationEnabled: false
@@ -94,6 +97,7 @@ ListView {
 
     delegate: MessageRow {
         width: root.width
+        messages: root.messages
         column: root.column
         isLast: index === root.count - 1
         onCopyAsked: text => root.copyAsked(text)

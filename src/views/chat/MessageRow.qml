@@ -1,5 +1,6 @@
 import QtQuick
 import Morvane
+import Morvane.ViewModels
 
 // One row of the list: what the person said, or the reply. It holds the drawing of both, so that a row that is
 // reused for the other kind builds nothing.
@@ -25,6 +26,7 @@ Item {
     required property string attachmentName
     required property bool canContinue
     required property string place
+    required property MessageListModel messages
     property real column: Theme.columnWidth
     property bool isLast: false
     property bool waits: false // to be used again: its properties belong to two messages for a moment
@@ -69,6 +71,8 @@ Item {
         anchors.horizontalCenter: parent.horizontalCenter
         width: root.column
         visible: !root.isUser
+        messages: root.messages
+        messageId: root.messageId
         text: ""
         thinking: root.thinking
         thinkingLabel: root.thinkingLabel

@@ -1,11 +1,14 @@
 import QtQuick
 import QtQuick.Layouts
 import Morvane
+import Morvane.ViewModels
 
 // A reply: what the tools did, the words, how it ended, and the row of things to do with it.
 ColumnLayout {
     id: root
 
+    required property MessageListModel messages
+    required property string messageId
     required property string text
     required property string thinking
     required property string thinkingLabel
@@ -46,6 +49,8 @@ ColumnLayout {
         Layout.fillWidth: true
         Layout.topMargin: Theme.gap12
         visible: lines.length > 0
+        messages: root.messages
+        messageId: root.messageId
         lines: root.toolLines
         outcomes: root.toolStates
         running: root.running

@@ -30,6 +30,7 @@ protected:
         completed.clear();
         const AIToolResult result = dispatch(call(text.section(u' ', 0, 0), text.section(u' ', 1)), current);
         EXPECT_EQ(result.isError, result.content.startsWith(u"Error: "_s));
+        EXPECT_EQ(result.isDeclined, result.content.contains(u"The user declined"_s));
         EXPECT_TRUE(completed.empty() || completed.back() == result);
         static const QRegularExpression id(u"id [0-9a-f]{8}"_s);
         const QString told = QString(result.content).replace(id, u"id …"_s);

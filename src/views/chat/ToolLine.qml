@@ -1,0 +1,101 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+import Morvane.ViewModels
+
+// A line about an ability: what it does or did, and how that ended. It opens to show what was sent and what
+// came back.
+Column {
+    id: root
+
+    required property MessageListModel messages
+    required property string messageId
+    required property int index
+    required property string words
+    required property string outcome
+    required property bool atWork
+    property bool open: false
+    // What came to a good end, or just failed, says so by its words.
+    readonly property string ending: atWork ? "" : outcome === "declined" ? qsTr("Not allowed")
+        : outcome === "stopped" ? qsTr("Stopped") : outcome === "running" ? qsTr("Interrupted") : ""
+
+    onMessageIdChanged: open = false
+
+    T.Button {
+        id: header
+
+        objectName: "toolLine"
+        width: Math.min(root.width, implicitWidth)
+        implicitWidth: parts.implicitWidth
+        implicitHeight: Math.max(Theme.controlHeight, words.implicitHeight + Theme.gap8)
+        onClicked: root.open = !root.open
+
+        Accessible.name: root.ending.length > 0 ? root.words + ". " + root.ending : root.words
+        Accessible.description: root.open ? qsTr("Hides what was sent and what came back")
+            : qsTr("Shows what was sent and what came back")
+        Keys.onReturnPressed: header.clicked()
+        Keys.onEnterPressed: header.clicked()
+
+        contentItem: Row {
+            id: parts
+
+            spacing: Theme.gap8
+
+            Icon {
+                objectName: "toolMark"
+                anchors.verticalCenter: parent.verticalCenter
+                width: 16
+                height: 16
+                // Only what succeeded has a tick; of what was cut off in the middle nothing is known.
+                name: root.atWork ? "spark" : root.outcome === "finished" ? "check"
+                    : root.outcome === "failed" ? "warning" : root.outcome === "declined" ? "close"
+                    : root.outcome === "stopped" ? "stop" : "more"
+                color: root.atWork ? Theme.accent : Theme.secondary
+            }
+            SmallText {
+                id: words
+
+                anchors.verticalCenter: parent.verticalCenter
+                width: Math.min(implicitWidth, root.width - 56 - (ending.visible ? ending.implicitWidth + 8 : 0))
+                text: root.words
+                elide: Text.ElideRight
+                wrapMode: Text.Wrap
+                maximumLineCount: 4
+                Accessible.ignored: true
+            }
+            SmallText {
+                id: ending
+
+                anchors.verticalCenter: parent.verticalCenter
+                visible: text.length > 0
+                text: root.ending
+                font.italic: true
+                wrapMode: Text.NoWrap
+                Accessible.ignored: true
+            }
+            Icon {
+                anchors.verticalCenter: parent.verticalCenter
+                width: 16
+                height: 16
+                name: root.open ? "chevron-down" : "chevron-right"
+                color: Theme.secondary
+            }
+        }
+        background: Rectangle {
+            anchors.fill: parent
+            anchors.leftMargin: -Theme.gap4
+            anchors.rightMargin: -Theme.gap4
+            radius: Theme.controlRadius
+            color: header.down ? Theme.pressWash : header.hovered ? Theme.hoverWash : "transparent"
+
+            FocusRing { visible: header.visualFocus }
+        }
+    }
+    Later {
+        width: root.width
+        visible: wanted
+        part: "chat/ToolLineDetail.qml"
+        given: ({ line: root })
+        wanted: root.open
+    }
+}
