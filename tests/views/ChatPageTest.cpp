@@ -191,6 +191,9 @@ TEST_F(ChatPageTest, AToolLineCarriesATickOnlyForWhatSucceededAndOpens)
     EXPECT_TRUE(shows(u"https://a.example/"_s));
     EXPECT_TRUE(shows(u"<b>Page</b>"_s));
     EXPECT_TRUE(shows(u"Came back from outside"_s));
+    m_window->resize(420, 760);
+    settle();
+    EXPECT_LT(lastVisible(u"toolSent"_s)->mapToScene({lastVisible(u"toolSent"_s)->width(), 0}).x(), 420);
     press(Qt::Key_Tab);
     press(Qt::Key_A, Qt::ControlModifier);
     press(Qt::Key_C, Qt::ControlModifier);

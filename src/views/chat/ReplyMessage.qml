@@ -47,6 +47,7 @@ ColumnLayout {
 
     ToolLines {
         Layout.fillWidth: true
+        Layout.maximumWidth: root.width // what it shows is as wide as it, and would keep it so
         Layout.topMargin: Theme.gap12
         visible: lines.length > 0
         messages: root.messages

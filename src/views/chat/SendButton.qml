@@ -39,8 +39,9 @@ T.RoundButton {
             radius: 18
             color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
         }
-        FocusRing {
-            radius: 20
+        FocusRing { // with a gap: it has the button's own colour
+            anchors.margins: -2 * Theme.focusWidth
+            radius: 22
             visible: root.visualFocus
         }
     }

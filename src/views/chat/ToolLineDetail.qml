@@ -20,6 +20,7 @@ Column {
         root.isFromOutside = detail.isFromOutside;
     }
 
+    topPadding: Theme.gap4
     leftPadding: Theme.gap24
     bottomPadding: Theme.gap8
     spacing: Theme.gap4

@@ -43,6 +43,9 @@ T.Button {
             radius: parent.radius
             color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
         }
-        FocusRing { visible: root.visualFocus }
+        FocusRing { // one of the button's own colour needs a gap to be seen
+            anchors.margins: (root.rank === PushButton.Primary ? -2 : -1) * Theme.focusWidth
+            visible: root.visualFocus
+        }
     }
 }
