@@ -39,6 +39,16 @@ TEST_F(SourceMenuTest, WhoCanReadAMessageIsInPlainViewBeforeItIsSent)
     EXPECT_TRUE(line().contains(u"192.168.7.7 is not encrypted."_s)) << line().toStdString();
 }
 
+TEST_F(SourceMenuTest, NothingIsSaidOfAPlaceBeforeAModelIsChosen)
+{
+    EXPECT_TRUE(shows(u"Stays on this computer"_s));
+    m_app->storage().settings->setModel({});
+    settle();
+    EXPECT_FALSE(shows(u"Stays on"_s));
+    EXPECT_TRUE(shows(u"Not set up yet"_s));
+    EXPECT_TRUE(accessibleName(item(u"sourceLine"_s)).endsWith(u"Goes nowhere yet"_s));
+}
+
 TEST_F(SourceMenuTest, ItsLastEntryLeadsToTheSettings)
 {
     click(item(u"sourceButton"_s));

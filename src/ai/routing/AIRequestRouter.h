@@ -59,6 +59,9 @@ public:
     // What is in use, and what a window says about it.
     [[nodiscard]] bool usesPrivateCloud() const;
     [[nodiscard]] ChatSource chatSource() const;
+    // Whether there is anybody to answer: a place, and a model there. An address alone is where one starts
+    // out.
+    [[nodiscard]] bool isConfigured() const;
     [[nodiscard]] QString sourceLabel() const;
     [[nodiscard]] std::optional<PrivacyNotice> privacyNotice() const;
     [[nodiscard]] std::optional<QString> privateCloudNotice() const;

@@ -3,6 +3,7 @@
 #include "ai/routing/AIRequestRouter.h"
 #include "persistence/SettingsStore.h"
 #include "utils/text/DesktopWords.h"
+#include "utils/text/Text.h"
 
 #include <algorithm>
 
@@ -31,6 +32,14 @@ bool AIRequestRouter::usesPrivateCloud() const
 ChatSource AIRequestRouter::chatSource() const
 {
     return usesPrivateCloud() ? ChatSource{ChatSource::Kind::morvaneCloud, {}, {}} : configuredSource();
+}
+
+bool AIRequestRouter::isConfigured() const
+{
+    const ChatSource source = chatSource();
+    return source.kind == ChatSource::Kind::morvaneCloud ||
+           (source.kind != ChatSource::Kind::notConfigured &&
+            !Text::trimmed(m_services.settings.model()).isEmpty());
 }
 
 QString AIRequestRouter::sourceLabel() const

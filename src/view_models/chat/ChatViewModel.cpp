@@ -97,10 +97,7 @@ QString ChatViewModel::sourceLabel() const
 
 bool ChatViewModel::isConfigured() const
 {
-    const ChatSource source = m_services.router.chatSource();
-    return source.kind == ChatSource::Kind::morvaneCloud ||
-           (source.kind != ChatSource::Kind::notConfigured &&
-            !Text::trimmed(m_services.settings.model()).isEmpty());
+    return m_services.router.isConfigured();
 }
 
 const std::map<QUuid, QUuid> &ChatViewModel::attestationRows() const

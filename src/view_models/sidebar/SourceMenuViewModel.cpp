@@ -47,25 +47,26 @@ void SourceMenuViewModel::refresh()
     Q_EMIT sourceChanged();
 }
 
+// Of a place at which nobody answers yet, nothing is said.
 QString SourceMenuViewModel::name() const
 {
-    return m_router.sourceLabel();
+    return m_router.isConfigured() ? m_router.sourceLabel() : ChatSource().label();
 }
 
 QString SourceMenuViewModel::destination() const
 {
-    return m_router.chatSource().destination();
+    return m_router.isConfigured() ? m_router.chatSource().destination() : u"Goes nowhere yet"_s;
 }
 
 QString SourceMenuViewModel::glyph() const
 {
-    return glyphOf(m_router.chatSource().kind);
+    return glyphOf(m_router.isConfigured() ? m_router.chatSource().kind : ChatSource::Kind::notConfigured);
 }
 
 QString SourceMenuViewModel::warning() const
 {
     const auto notice = m_router.privacyNotice();
-    if (!notice)
+    if (!notice || !m_router.isConfigured())
         return {};
     switch (notice->kind) {
     case PrivacyNotice::Kind::notPrivate:
