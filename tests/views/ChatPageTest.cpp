@@ -85,7 +85,7 @@ TEST_F(ChatPageTest, OnlyARowThatIsRunningShowsTheDots)
             if (words.startsWith(u"No connection"_s))
                 reply.setErrorMessage(words);
         });
-        EXPECT_EQ(lastVisible(u"retryReply"_s) != nullptr, status == MessageStatus::streaming);
+        EXPECT_EQ(lastVisible(u"retryReply"_s) != nullptr, status != MessageStatus::cancelled);
         EXPECT_TRUE(shows(words)) << words.toStdString();
         EXPECT_EQ(lastVisible(u"replyIndicator"_s), nullptr) << words.toStdString();
     }
@@ -296,13 +296,17 @@ TEST_F(ChatPageTest, ASavedNoteIsTakenBackOrLeftAboveTheComposer)
     EXPECT_EQ(m_app->assistant().memory->facts().size(), 1U);
 }
 
-TEST_F(ChatPageTest, AReplyThatTheEndOfTheProgramCutOffIsTriedAgain)
+TEST_F(ChatPageTest, AReplyThatFailedOrThatTheEndOfTheProgramCutOffIsTriedAgain)
 {
-    showReply(u"half a"_s, [](ChatMessage &reply) { reply.setStatus(MessageStatus::streaming); });
-    m_clock.advance(1s);
-    click(lastVisible(u"retryReply"_s));
-    EXPECT_EQ(lastVisible(u"retryReply"_s), nullptr);
-    EXPECT_TRUE(m_app->presentation().chat->isResponding());
+    for (const auto status : {MessageStatus::failed, MessageStatus::streaming}) {
+        showReply(u"half a"_s, [status](ChatMessage &reply) { reply.setStatus(status); });
+        fail(ProviderError(ProviderError::Plain::networkUnavailable));
+        click(item(u"dismissBanner"_s));
+        m_clock.advance(1s);
+        click(lastVisible(u"retryReply"_s));
+        EXPECT_EQ(lastVisible(u"retryReply"_s), nullptr);
+        EXPECT_TRUE(m_app->presentation().chat->isResponding());
+    }
 }
 
 } // namespace morvane

@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Layouts
 import Morvane
 
-// The row under a reply: copy, where it ran, Continue when its limit cut it off, and Retry when the program ended
-// before it did.
+// The row under a reply: copy, where it ran, Continue when its limit cut it off, and Retry when it failed or the
+// program ended before it did.
 RowLayout {
     id: root
 

@@ -108,7 +108,7 @@ ColumnLayout {
         finished: !root.running
         hasText: root.text.length > 0
         canContinue: root.canContinue
-        canRetry: root.interrupted && root.isLast
+        canRetry: (root.interrupted || root.failed) && root.isLast
         emphasised: root.isLast || hover.hovered
         onCopyAsked: root.copyAsked(root.text)
         onContinueAsked: root.continueAsked()
