@@ -11,6 +11,8 @@
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
 
+#include <set>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -307,6 +309,23 @@ TEST_F(ChatPageTest, AReplyThatFailedOrThatTheEndOfTheProgramCutOffIsTriedAgain)
         EXPECT_EQ(lastVisible(u"retryReply"_s), nullptr);
         EXPECT_TRUE(m_app->presentation().chat->isResponding());
     }
+}
+
+TEST_F(ChatPageTest, SuggestionsAreOfOneHeightWhereOneNeedsTwoLines)
+{
+    m_app->storage().settings->setChatTextSize(ChatTextSize::large);
+    m_window->resize(820, 760);
+    settle();
+    std::set<double> heights;
+    std::set<double> needed;
+    for (const QQuickItem *card : allItems()) {
+        if (card->objectName() != u"suggestion"_s)
+            continue;
+        heights.insert(card->height());
+        needed.insert(card->implicitHeight());
+    }
+    EXPECT_EQ(heights.size(), 1U);
+    EXPECT_GT(needed.size(), 1U);
 }
 
 } // namespace morvane

@@ -21,6 +21,7 @@ Item {
         spacing: Theme.gap16
 
         Ghost {
+            objectName: "largeGhost"
             anchors.horizontalCenter: parent.horizontalCenter
             visible: root.height > 320
             size: 96
@@ -50,6 +51,16 @@ Item {
             onClicked: root.settingsChosen()
         }
         Grid {
+            id: suggestions
+
+            // As high as the one that has the most to say.
+            readonly property real cardHeight: {
+                let tallest = 0;
+                for (let i = 0; i < children.length; ++i)
+                    tallest = Math.max(tallest, children[i].implicitHeight);
+                return tallest;
+            }
+
             width: parent.width
             visible: root.configured && root.height > 260
             topPadding: Theme.gap8
@@ -67,7 +78,9 @@ Item {
                 SuggestionCard {
                     required property string modelData
 
-                    width: (parent as Grid).columns === 2 ? (parent.width - Theme.gap8) / 2 : parent.width
+                    objectName: "suggestion"
+                    width: suggestions.columns === 2 ? (suggestions.width - Theme.gap8) / 2 : suggestions.width
+                    height: suggestions.cardHeight
                     text: modelData
                     onClicked: root.suggestionChosen(text)
                 }
