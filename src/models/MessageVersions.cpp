@@ -38,7 +38,7 @@ std::map<QUuid, QUuid> answeredQuestions(const Messages &messages)
 
 Messages MessageVersions::of(const Conversation &conversation, const ChatMessage &message)
 {
-    Messages versions = conversation.orderedMessages();
+    Messages versions = conversation.messages();
     std::erase_if(versions, [&](const auto &other) {
         return other->id() != message.id() && !isOneOf(*other, message.versionGroup());
     });

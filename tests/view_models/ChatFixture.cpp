@@ -20,7 +20,11 @@ Database smallStore()
 } // namespace
 
 ChatFixture::ChatFixture()
-    : context(smallStore(), sealing)
+    : ChatFixture(smallStore())
+{}
+
+ChatFixture::ChatFixture(Database store)
+    : context(std::move(store), sealing)
 {
     router.setHostLookup([](QString, std::stop_token) -> QCoro::Task<QStringList> { co_return {}; });
     settings.setModel(u"practice"_s);

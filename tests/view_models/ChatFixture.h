@@ -95,12 +95,13 @@ private:
     QStringList &m_heard;
 };
 
-// A chat controller over a small store in memory, scripted replies and a clock that stands still.
+// A chat controller over a store, in memory if no other is given, scripted replies and a clock that stands still.
 class ChatFixture : public testing::Test {
 protected:
     using Rows = std::vector<std::pair<bool, QString>>; // is user, text
 
-    ChatFixture();
+    ChatFixture(); // over a store that has no room for a message of a million characters
+    explicit ChatFixture(Database store);
 
     // Ends what a test left running, so that no suspended turn outlives its services.
     void TearDown() override;

@@ -21,6 +21,8 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
     , m_approvals(m_services.clock)
     , m_banner(m_services.companion)
     , m_open(m_services.repository, m_banner)
+    , m_drafts(m_services.repository, m_services.clock)
+    , m_desk(m_services.repository, m_banner)
     , m_delivery({m_services.settings, m_services.companion, m_services.speech, m_services.notifications})
     , m_planner(std::make_unique<TurnPlanner>(
           TurnPlanner::Services{m_services.repository, m_messages, m_banner, m_services.clock}))
@@ -36,7 +38,10 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
         Q_EMIT approvalResolved();
     });
     connect(&m_banner, &BannerDesk::changed, this, &ChatViewModel::bannerChanged);
+    connect(&m_desk, &MessageDesk::transcriptChanged, this, &ChatViewModel::refreshMessages);
+    connect(&m_desk, &MessageDesk::deletedChanged, this, &ChatViewModel::deletedChanged);
     connect(&m_open, &OpenConversation::leaving, this, &ChatViewModel::stopResponding);
+    connect(&m_open, &OpenConversation::leaving, this, [this] { m_drafts.write(); });
     connect(&m_open, &OpenConversation::opened, this, &ChatViewModel::showOpened);
     connect(&m_open, &OpenConversation::renamed, this, &ChatViewModel::conversationChanged);
     connect(&m_open, &OpenConversation::listChanged, this, &ChatViewModel::conversationsChanged);
@@ -51,6 +56,15 @@ void ChatViewModel::setDraft(const QString &draft)
         return;
     if (m_draft.isEmpty())
         m_services.router.lookAhead();
+    showDraft(draft);
+    if (!isEditing())
+        m_drafts.note(m_draftOwner, draft);
+}
+
+void ChatViewModel::showDraft(const QString &draft)
+{
+    if (m_draft == draft)
+        return;
     m_draft = draft;
     Q_EMIT draftChanged();
     Q_EMIT canSendChanged();
@@ -109,13 +123,21 @@ void ChatViewModel::showOpened()
 {
     setPendingAttachment(std::nullopt);
     m_banner.dismiss();
+    m_desk.forgetDeleted();
+    setEdited({});
+    // What was written while there was no chat is the first one's.
+    const bool brought = !std::exchange(m_draftOwner, m_open.current()) && !m_draft.isEmpty();
+    if (brought)
+        m_drafts.note(m_draftOwner, m_draft);
+    else
+        showDraft(m_draftOwner->draft());
     refreshMessages();
     Q_EMIT conversationChanged();
 }
 
 void ChatViewModel::refreshMessages()
 {
-    m_messages.setMessages(m_open.current() ? m_open.current()->orderedMessages() : Conversation::Messages());
+    m_messages.setMessages(m_open.current() ? m_open.current()->transcript() : Conversation::Messages());
 }
 
 // What begins a turn
@@ -133,10 +155,31 @@ void ChatViewModel::send()
     const auto attachment = m_pendingAttachment; // a chat that is opened now lets go of it
     if (!canSend() || !hasConversation())
         return;
+    if (isEditing())
+        return sendEdited();
     const QString text = Text::trimmed(m_draft);
-    setDraft({});
+    showDraft({});
+    m_drafts.wipe(*m_open.current()); // saved with the message
     setPendingAttachment(std::nullopt);
     sendMessage(text, attachment);
+}
+
+void ChatViewModel::sendEdited()
+{
+    const QString text = Text::trimmed(m_draft);
+    const QUuid edited = m_edited;
+    if (text.isEmpty())
+        return; // an attachment alone is no new words
+    cancelEdit();
+    auto plan = m_planner->editing(edited, text, m_open.current());
+    if (!plan)
+        return;
+    m_banner.dismiss();
+    m_delivery.stopSpeaking();
+    Q_EMIT conversationChanged(); // the words may have been its title
+    Q_EMIT conversationsChanged();
+    Q_EMIT messageSent();
+    startTurn(std::move(*plan));
 }
 
 void ChatViewModel::sendMessage(const QString &text, const std::optional<ImportedAttachment> &attachment)
@@ -195,6 +238,89 @@ void ChatViewModel::continueReply(const QString &messageId)
     startTurn(std::move(*plan));
 }
 
+// What is done to messages
+
+// Null when there is none, or while a turn runs.
+std::shared_ptr<ChatMessage> ChatViewModel::idleMessage(const QString &id) const
+{
+    const auto &messages = m_messages.messages();
+    const auto found = std::ranges::find(messages, QUuid(id), &ChatMessage::id);
+    return m_isResponding || found == messages.end() ? nullptr : *found;
+}
+
+void ChatViewModel::regenerate()
+{
+    if (m_isResponding)
+        return;
+    cancelEdit();
+    auto plan = m_planner->regenerating(m_open.current());
+    if (!plan)
+        return;
+    m_banner.dismiss();
+    m_delivery.stopSpeaking();
+    startTurn(std::move(*plan));
+}
+
+void ChatViewModel::showVersion(const QString &replyId, int distance)
+{
+    const auto reply = idleMessage(replyId);
+    if (!reply)
+        return;
+    cancelEdit();
+    m_desk.step(*reply, distance, *m_open.current());
+}
+
+void ChatViewModel::beginEdit(const QString &messageId)
+{
+    const auto message = idleMessage(messageId);
+    if (!message || message != m_planner->lastQuestion())
+        return;
+    if (!isEditing())
+        m_drafts.write();
+    showDraft(m_messages.textOf(*message));
+    setEdited(message->id());
+}
+
+void ChatViewModel::cancelEdit()
+{
+    if (!isEditing())
+        return;
+    showDraft(m_draftOwner->draft());
+    setEdited({});
+}
+
+void ChatViewModel::setEdited(const QUuid &message)
+{
+    if (std::exchange(m_edited, message) != message)
+        Q_EMIT isEditingChanged();
+}
+
+void ChatViewModel::deleteMessage(const QString &messageId)
+{
+    const auto message = idleMessage(messageId);
+    if (!message)
+        return;
+    cancelEdit();
+    const QString title = this->title();
+    m_desk.remove(*message, m_open.current());
+    tellTitle(title);
+}
+
+void ChatViewModel::undoDelete()
+{
+    const QString title = this->title();
+    m_desk.undo();
+    tellTitle(title);
+}
+
+// Words that come and go may have been the title.
+void ChatViewModel::tellTitle(const QString &former)
+{
+    if (title() != former)
+        Q_EMIT conversationChanged();
+    Q_EMIT conversationsChanged();
+}
+
 // The turn at work
 
 void ChatViewModel::startTurn(TurnPlan plan)
@@ -204,6 +330,7 @@ void ChatViewModel::startTurn(TurnPlan plan)
                                                                     m_services.companion, m_services.clock},
                                                  std::move(plan)));
     ChatTurn &turn = *m_turns.back();
+    m_desk.forgetDeleted();
     m_latestTurn = &turn;
     connect(&turn, &ChatTurn::ended, this, [this, &turn] { turnEnded(turn); });
     setResponding(true);
@@ -222,6 +349,7 @@ void ChatViewModel::stopResponding()
 
 void ChatViewModel::endTurns()
 {
+    m_drafts.write();
     stopResponding();
     while (!m_turns.empty())
         m_turns.front()->stopNow(); // leaves the list as it ends

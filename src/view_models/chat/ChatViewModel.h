@@ -3,6 +3,8 @@
 #include "documents/ImportedAttachment.h"
 #include "view_models/chat/ApprovalDesk.h"
 #include "view_models/chat/BannerDesk.h"
+#include "view_models/chat/DraftKeeper.h"
+#include "view_models/chat/MessageDesk.h"
 #include "view_models/chat/MessageListModel.h"
 #include "view_models/chat/OpenConversation.h"
 #include "view_models/chat/ReplyDelivery.h"
@@ -44,6 +46,8 @@ class ChatViewModel : public QObject {
     Q_PROPERTY(morvane::MessageListModel *messages READ messages CONSTANT)
     Q_PROPERTY(QString draft READ draft WRITE setDraft NOTIFY draftChanged)
     Q_PROPERTY(bool canSend READ canSend NOTIFY canSendChanged)
+    Q_PROPERTY(bool isEditing READ isEditing NOTIFY isEditingChanged)
+    Q_PROPERTY(int deletedCount READ deletedCount NOTIFY deletedChanged)
     Q_PROPERTY(bool isResponding READ isResponding NOTIFY isRespondingChanged)
     Q_PROPERTY(bool hasBanner READ hasBanner NOTIFY bannerChanged)
     Q_PROPERTY(morvane::ErrorBanner banner READ banner NOTIFY bannerChanged)
@@ -85,6 +89,10 @@ public:
     Q_INVOKABLE bool isWriting() const;
     [[nodiscard]] bool canSend() const;
     [[nodiscard]] bool isResponding() const { return m_isResponding; }
+    // The draft is to take the place of the person's last message.
+    [[nodiscard]] bool isEditing() const { return !m_edited.isNull(); }
+    // How many messages undoDelete() would bring back.
+    [[nodiscard]] int deletedCount() const { return m_desk.deletedCount(); }
     [[nodiscard]] bool hasBanner() const { return m_banner.banner().has_value(); }
     [[nodiscard]] ErrorBanner banner() const { return m_banner.banner().value_or(ErrorBanner{}); }
     [[nodiscard]] bool hasApproval() const { return m_approvals.pending().has_value(); }
@@ -122,8 +130,19 @@ public:
     Q_INVOKABLE void retryLastTurn();
     Q_INVOKABLE void continueReply(const QString &messageId);
     Q_INVOKABLE void stopResponding();
-    // The same where no event loop will run again: when this returns, every turn has ended and what had
-    // arrived is in its record.
+
+    // What can be done to messages. Nothing of it while a turn runs, nor to a message that it doesn't fit.
+    Q_INVOKABLE void regenerate();
+    Q_INVOKABLE void showVersion(const QString &replyId, int distance);
+    // Brings the person's last message into the composer; the draft comes back when it was sent or cancelled.
+    Q_INVOKABLE void beginEdit(const QString &messageId);
+    Q_INVOKABLE void cancelEdit();
+    Q_INVOKABLE void deleteMessage(const QString &messageId);
+    Q_INVOKABLE void undoDelete();
+    Q_INVOKABLE void forgetDeleted() { m_desk.forgetDeleted(); }
+
+    // The same where no event loop will run again: when this returns, every turn has ended, what had arrived
+    // is in its record, and the draft is stored.
     void endTurns();
     // The text of the newest reply that has any; empty for none.
     Q_INVOKABLE QString lastAnswer() const;
@@ -144,6 +163,8 @@ public:
 Q_SIGNALS:
     void draftChanged();
     void canSendChanged();
+    void isEditingChanged();
+    void deletedChanged();
     void isRespondingChanged();
     void bannerChanged();
     void approvalChanged();
@@ -159,6 +180,11 @@ private:
     [[nodiscard]] bool hasConversation();
     void save();
     void showOpened();
+    void showDraft(const QString &draft);
+    void setEdited(const QUuid &message);
+    void sendEdited();
+    void tellTitle(const QString &former);
+    [[nodiscard]] std::shared_ptr<ChatMessage> idleMessage(const QString &id) const;
     void refreshMessages();
     void startTurn(TurnPlan plan);
     void turnEnded(ChatTurn &turn);
@@ -170,10 +196,14 @@ private:
     ApprovalDesk m_approvals;
     BannerDesk m_banner;
     OpenConversation m_open;
+    DraftKeeper m_drafts;
+    MessageDesk m_desk;
     ReplyDelivery m_delivery;
     std::unique_ptr<TurnPlanner> m_planner;
     std::unique_ptr<AnswerProofs> m_proofs;
     QString m_draft;
+    std::shared_ptr<Conversation> m_draftOwner; // null while there is no chat to write in
+    QUuid m_edited;                             // the message whose new words the draft is; null for none
     std::optional<ImportedAttachment> m_pendingAttachment;
     std::optional<std::chrono::milliseconds> m_typedAt; // of the clock's elapsed time
     bool m_isResponding = false;

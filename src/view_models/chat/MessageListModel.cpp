@@ -3,6 +3,8 @@
 #include "async/Clock.h"
 #include "attestation/ProofLedger.h"
 #include "models/ChatMessage.h"
+#include "models/Conversation.h"
+#include "models/MessageVersions.h"
 #include "utils/text/Identifier.h"
 #include "utils/text/ThinkingTags.h"
 #include "view_models/chat/ThoughtTimer.h"
@@ -36,6 +38,20 @@ ThinkingTags::Parts partsOf(const ChatMessage &message)
     return ThinkingTags::split(content, message.status() == MessageStatus::streaming
                                             ? ThinkingTags::Extent::growing
                                             : ThinkingTags::Extent::whole);
+}
+
+// The versions of a message, itself among them.
+std::vector<std::shared_ptr<ChatMessage>> versionsOf(const ChatMessage &message)
+{
+    const auto conversation = message.versionGroup() ? message.conversation() : nullptr;
+    return conversation ? MessageVersions::of(*conversation, message) : Conversation::Messages();
+}
+
+int versionNumber(const ChatMessage &message)
+{
+    const auto versions = versionsOf(message);
+    const auto found = std::ranges::find(versions, message.id(), &ChatMessage::id);
+    return found == versions.end() ? 1 : static_cast<int>(found - versions.begin()) + 1;
 }
 
 } // namespace
@@ -82,7 +98,9 @@ QHash<int, QByteArray> MessageListModel::roleNames() const
             {SourceDomainsRole, "sources"},
             {AttachmentNameRole, "attachmentName"},
             {CanContinueRole, "canContinue"},
-            {PlaceRole, "place"}};
+            {PlaceRole, "place"},
+            {VersionRole, "version"},
+            {VersionCountRole, "versionCount"}};
 }
 
 const MessageListModel::Opened &MessageListModel::opened(const ChatMessage &message) const
@@ -179,6 +197,10 @@ QVariant MessageListModel::data(const QModelIndex &index, int role) const
         return message.hitTokenLimit() && !m_responding;
     case PlaceRole:
         return placeNameOfCode(message.placeRaw().value_or(QString())).value_or(QString());
+    case VersionRole:
+        return versionNumber(message);
+    case VersionCountRole:
+        return std::max(1, static_cast<int>(versionsOf(message).size()));
     default:
         return {};
     }
@@ -186,28 +208,65 @@ QVariant MessageListModel::data(const QModelIndex &index, int role) const
 
 void MessageListModel::setMessages(Messages messages)
 {
-    const std::size_t common = std::min(messages.size(), m_messages.size());
-    const bool grows = std::equal(messages.begin(), messages.begin() + static_cast<std::ptrdiff_t>(common),
-                                  m_messages.begin()) &&
-                       messages.size() >= m_messages.size();
-    if (grows && messages.size() == m_messages.size())
+    if (messages == m_messages)
         return;
-    if (!grows && !messages.empty() && isPartOf(messages, m_messages)) {
-        keepOnly(messages);
-        Q_EMIT countChanged();
-        return;
-    }
-    if (grows) {
-        beginInsertRows({}, static_cast<int>(common), static_cast<int>(messages.size()) - 1);
-        m_messages = std::move(messages);
-        endInsertRows();
-    } else {
-        beginResetModel();
-        m_opened.clear();
-        m_messages = std::move(messages);
-        endResetModel();
-    }
+    take(std::move(messages));
+    findLastQuestion();
     Q_EMIT countChanged();
+}
+
+void MessageListModel::take(Messages messages)
+{
+    const bool isSwitch = !m_messages.empty() &&
+                          (messages.empty() ||
+                           messages.front()->conversationID() != m_messages.front()->conversationID());
+    if (isSwitch)
+        reset(std::move(messages));
+    else if (isPartOf(messages, m_messages))
+        keepOnly(messages);
+    else
+        replaceRows(std::move(messages));
+}
+
+void MessageListModel::reset(Messages messages)
+{
+    beginResetModel();
+    m_opened.clear();
+    m_messages = std::move(messages);
+    endResetModel();
+}
+
+// The rows between those that stay at the beginning and at the end.
+void MessageListModel::replaceRows(Messages messages)
+{
+    const auto begin = std::ranges::mismatch(messages, m_messages).in1 - messages.begin();
+    const auto most = std::min(std::ssize(messages), std::ssize(m_messages)) - begin;
+    const auto isSame = std::mismatch(messages.rbegin(), messages.rbegin() + most, m_messages.rbegin());
+    const auto end = isSame.first - messages.rbegin();
+    const auto surplus = std::ssize(m_messages) - std::ssize(messages);
+    const auto changed = std::ssize(messages) - begin - end + std::min(surplus, std::ptrdiff_t(0));
+    const auto first = static_cast<int>(begin + changed); // of the rows that come or go
+    if (surplus > 0)
+        beginRemoveRows({}, first, first + static_cast<int>(surplus) - 1);
+    else if (surplus < 0)
+        beginInsertRows({}, first, first - static_cast<int>(surplus) - 1);
+    m_messages = std::move(messages);
+    if (surplus > 0)
+        endRemoveRows();
+    else if (surplus < 0)
+        endInsertRows();
+    if (changed > 0)
+        Q_EMIT dataChanged(index(static_cast<int>(begin)), index(first - 1));
+}
+
+void MessageListModel::findLastQuestion()
+{
+    const auto found = std::find_if(m_messages.rbegin(), m_messages.rend(), [](const auto &message) {
+        return message->role() == MessageRole::user;
+    });
+    const int row = static_cast<int>(m_messages.rend() - found) - 1;
+    if (std::exchange(m_lastQuestion, row) != row)
+        Q_EMIT lastQuestionChanged();
 }
 
 void MessageListModel::keepOnly(const Messages &messages)

@@ -40,6 +40,7 @@ class MessageListModel : public QAbstractListModel {
     QML_ELEMENT
     QML_UNCREATABLE("made by the chat")
     Q_PROPERTY(int count READ rowCountNow NOTIFY countChanged)
+    Q_PROPERTY(int lastQuestion READ lastQuestion NOTIFY lastQuestionChanged)
 
 public:
     using Messages = std::vector<std::shared_ptr<ChatMessage>>;
@@ -63,6 +64,8 @@ public:
         AttachmentNameRole,               // text; empty for none
         CanContinueRole,                  // bool: the reply hit its limit and may go on
         PlaceRole,                        // where the answer ran; empty when unknown
+        VersionRole,                      // which of a reply's versions this is, from 1
+        VersionCountRole,                 // how many there are
     };
 
     explicit MessageListModel(Clock &clock, QObject *parent = nullptr);
@@ -72,9 +75,13 @@ public:
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
-    // Takes the chat's messages in order. Rows that stay keep their place; a chat switch resets the list.
+    // Takes the chat's messages in order. Rows that stay keep their place, and those that stand in for others
+    // take theirs; a chat switch resets the list.
     void setMessages(Messages messages);
     [[nodiscard]] const Messages &messages() const { return m_messages; }
+
+    // The row of the person's last message; -1 for none.
+    [[nodiscard]] int lastQuestion() const { return m_lastQuestion; }
 
     // The message's readable text without a model's thinking, opened at most once for each change.
     [[nodiscard]] QString textOf(const ChatMessage &message) const;
@@ -104,6 +111,7 @@ public:
 Q_SIGNALS:
     void countChanged();
     void stalled(const QString &words); // of a reply that stands still: once, for assistive technology
+    void lastQuestionChanged();
 
 private:
     struct Opened;
@@ -112,7 +120,11 @@ private:
     [[nodiscard]] int rowOf(const QUuid &id) const;
     [[nodiscard]] const Opened &opened(const ChatMessage &message) const;
     [[nodiscard]] bool isRunning(const ChatMessage &message) const;
+    void take(Messages messages);
     void keepOnly(const Messages &messages);
+    void reset(Messages messages);
+    void replaceRows(Messages messages);
+    void findLastQuestion();
     void rowChanged(int row, const QList<int> &roles = {});
     void tick();
     void showWaiting(const QUuid &id, const ReplyIndicator &indicator);
@@ -124,6 +136,7 @@ private:
     std::set<QUuid> m_toldStalled;
     bool m_responding = false;
     std::map<QUuid, std::chrono::milliseconds> m_thought;
+    int m_lastQuestion = -1;
     std::unique_ptr<Alarm> m_ticker; // runs only while an indicator shows seconds or may soon
 };
 

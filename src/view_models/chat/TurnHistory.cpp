@@ -85,6 +85,8 @@ SensitiveDataSet TurnHistory::carriedBy(const Items &history, const Conversation
         carried |= SensitiveData::image;
     if (conversation.carriesScreenText())
         carried |= SensitiveData::screenText;
+    if (conversation.carriesPicture())
+        carried |= SensitiveData::image;
     for (const auto &message : conversation.messages()) {
         if (hasScreenReading(*message))
             carried |= SensitiveData::screenText;

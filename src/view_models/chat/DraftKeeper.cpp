@@ -1,0 +1,47 @@
+#include "view_models/chat/DraftKeeper.h"
+
+#include "async/Clock.h"
+#include "models/Conversation.h"
+#include "persistence/ConversationRepository.h"
+#include "persistence/PersistenceError.h"
+
+namespace morvane {
+
+DraftKeeper::DraftKeeper(ConversationRepository &repository, Clock &clock)
+    : m_repository(repository)
+    , m_clock(clock)
+{}
+
+DraftKeeper::~DraftKeeper() = default;
+
+void DraftKeeper::note(const std::shared_ptr<Conversation> &conversation, const QString &text)
+{
+    if (m_noted != conversation)
+        write();
+    m_noted = conversation;
+    m_text = text;
+    if (m_noted && !m_due)
+        m_due = m_clock.after(writeInterval, [this] { write(); });
+}
+
+void DraftKeeper::write()
+{
+    m_due.reset();
+    const auto conversation = std::exchange(m_noted, nullptr);
+    if (!conversation || conversation->draft() == m_text)
+        return;
+    conversation->setDraft(m_text);
+    try {
+        m_repository.save();
+    } catch (const PersistenceError &) { // the log tells, and what matters more is told when it is sent
+    }
+}
+
+void DraftKeeper::wipe(Conversation &conversation)
+{
+    m_due.reset();
+    m_noted.reset();
+    conversation.setDraft({});
+}
+
+} // namespace morvane
