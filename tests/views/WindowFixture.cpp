@@ -144,9 +144,16 @@ void WindowFixture::showReply(const QString &text, const std::function<void(Chat
 
 void WindowFixture::send(const QString &words)
 {
+    asking([&] {
+        m_app->presentation().chat->setDraft(words);
+        m_app->presentation().chat->send();
+    });
+}
+
+void WindowFixture::asking(const std::function<void()> &action)
+{
     m_provider->reply.reset();
-    m_app->presentation().chat->setDraft(words);
-    m_app->presentation().chat->send();
+    action();
     TestWait::until([this] { return m_provider->reply.has_value(); });
     settle();
 }

@@ -46,6 +46,7 @@ protected:
 
     // Asks something, and lets the model begin to answer, go on, and end.
     void send(const QString &words = QStringLiteral("Question"));
+    void asking(const std::function<void()> &action); // that begins a turn
     void stream(const QString &piece);
     void endReply();
     // Whether the newest turn was stopped.

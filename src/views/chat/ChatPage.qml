@@ -40,6 +40,11 @@ FocusScope {
         (conversation.item as Conversation)?.goToEnd();
     }
 
+    Keys.onEscapePressed: event => {
+        event.accepted = root.chat.isEditing;
+        root.chat.cancelEdit();
+    }
+
     Accessible.role: Accessible.Pane
     Accessible.name: chat.title
 
@@ -132,6 +137,20 @@ FocusScope {
             Later {
                 Layout.fillWidth: true
                 visible: wanted
+                part: "chat/DeletedNotice.qml"
+                given: ({ chat: root.chat })
+                wanted: root.chat.deletedCount > 0
+            }
+            Later {
+                Layout.fillWidth: true
+                visible: wanted
+                part: "chat/EditNotice.qml"
+                given: ({ chat: root.chat })
+                wanted: root.chat.isEditing
+            }
+            Later {
+                Layout.fillWidth: true
+                visible: wanted
                 part: "chat/ApprovalCard.qml"
                 given: ({ chat: root.chat, composer: composer })
                 wanted: root.chat.hasApproval
@@ -159,6 +178,7 @@ FocusScope {
         target: root.chat
 
         function onIsRespondingChanged() { if (root.chat.isResponding) announcement.say(qsTr("Replying")); }
+        function onIsEditingChanged() { composer.takeFocusAtEnd(); }
         function onReplyFinished(text: string) { announcement.say(text); }
         function onNeedsAttention() { announcement.say(root.chat.approval.verb); }
     }

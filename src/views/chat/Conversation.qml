@@ -29,11 +29,17 @@ Item {
         column: Math.min(Theme.columnWidth, root.width - 2 * Theme.gap24)
         visible: count > 0
         messages: root.chat.messages
+        responding: root.chat.isResponding
+        lastQuestion: root.chat.messages.lastQuestion
         onCopyAsked: text => root.shell.copy(text)
         onLinkAsked: address => root.shell.openLink(address)
         onContinueAsked: messageId => root.chat.continueReply(messageId)
         onRetryAsked: root.chat.retryLastTurn()
         onStopAsked: root.chat.stopResponding()
+        onRegenerateAsked: root.chat.regenerate()
+        onVersionAsked: (messageId, distance) => root.chat.showVersion(messageId, distance)
+        onEditAsked: messageId => root.chat.beginEdit(messageId)
+        onDeleteAsked: messageId => root.chat.deleteMessage(messageId)
     }
     ToEndButton {
         objectName: "toEnd"

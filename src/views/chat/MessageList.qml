@@ -11,6 +11,8 @@ ListView {
 
     required property MessageListModel messages
     property real column: Theme.columnWidth
+    property bool responding: false
+    property int lastQuestion: -1 // its row
     // The end stays in view as replies grow.
     property bool following: true
     // A message was sent since the chat was opened: its turn begins in the upper third of the view.
@@ -27,6 +29,10 @@ ListView {
     signal continueAsked(string messageId)
     signal retryAsked()
     signal stopAsked()
+    signal regenerateAsked()
+    signal versionAsked(string messageId, int distance)
+    signal editAsked(string messageId)
+    signal deleteAsked(string messageId)
 
     // Once this moment's changes are all in, and before the next frame.
     function settle() {
@@ -100,10 +106,16 @@ ListView {
         messages: root.messages
         column: root.column
         isLast: index === root.count - 1
+        isLastQuestion: index === root.lastQuestion
+        responding: root.responding
         onCopyAsked: text => root.copyAsked(text)
         onLinkAsked: address => root.linkAsked(address)
         onContinueAsked: messageId => root.continueAsked(messageId)
         onRetryAsked: root.retryAsked()
         onStopAsked: root.stopAsked()
+        onRegenerateAsked: root.regenerateAsked()
+        onVersionAsked: distance => root.versionAsked(messageId, distance)
+        onEditAsked: root.editAsked(messageId)
+        onDeleteAsked: root.deleteAsked(messageId)
     }
 }

@@ -27,8 +27,12 @@ Item {
     required property bool canContinue
     required property string place
     required property MessageListModel messages
+    required property int version
+    required property int versionCount
     property real column: Theme.columnWidth
     property bool isLast: false
+    property bool isLastQuestion: false
+    property bool responding: false
     property bool waits: false // to be used again: its properties belong to two messages for a moment
 
     signal copyAsked(string text)
@@ -36,6 +40,10 @@ Item {
     signal continueAsked(string messageId)
     signal retryAsked()
     signal stopAsked()
+    signal regenerateAsked()
+    signal versionAsked(int distance)
+    signal editAsked()
+    signal deleteAsked()
 
     // The drawing that is hidden keeps its words until it has others to show, so that it changes what differs and
     // builds nothing anew.
@@ -48,6 +56,7 @@ Item {
     implicitHeight: isUser ? question.implicitHeight : answer.implicitHeight
 
     onTextChanged: root.showText()
+    onMessageIdChanged: question.unfolded = false
     Component.onCompleted: root.showText()
     ListView.onPooled: root.waits = true
     ListView.onReused: {
@@ -64,6 +73,10 @@ Item {
         visible: root.isUser
         text: ""
         attachmentName: root.attachmentName
+        canEdit: root.isLastQuestion && !root.responding
+        canDelete: !root.responding
+        onEditAsked: root.editAsked()
+        onDeleteAsked: root.deleteAsked()
     }
     ReplyMessage {
         id: answer
@@ -89,10 +102,15 @@ Item {
         canContinue: root.canContinue
         place: root.place
         isLast: root.isLast
+        responding: root.responding
+        version: root.version
+        versionCount: root.versionCount
         onCopyAsked: text => root.copyAsked(text)
         onLinkAsked: address => root.linkAsked(address)
         onContinueAsked: root.continueAsked(root.messageId)
         onRetryAsked: root.retryAsked()
         onStopAsked: root.stopAsked()
+        onRegenerateAsked: root.regenerateAsked()
+        onVersionAsked: distance => root.versionAsked(distance)
     }
 }

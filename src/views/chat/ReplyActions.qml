@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Layouts
 import Morvane
 
-// The row under a reply: copy, where it ran, Continue when its limit cut it off, and Retry when it failed or the
-// program ended before it did.
+// The row under a reply: copy, where it ran, another version, Continue when its limit cut it off, and Retry when it
+// failed or the program ended before it did.
 RowLayout {
     id: root
 
@@ -12,11 +12,17 @@ RowLayout {
     property bool hasText: false
     property bool canContinue: false
     property bool canRetry: false
+    property bool canRegenerate: false
+    property int version: 1
+    property int versionCount: 1
+    property bool canSwitch: false
     property bool emphasised: false
 
     signal copyAsked()
     signal continueAsked()
     signal retryAsked()
+    signal regenerateAsked()
+    signal versionAsked(int distance)
 
     spacing: Theme.gap8
     implicitHeight: 28
@@ -63,6 +69,21 @@ RowLayout {
         visible: copied.running
         text: qsTr("Copied")
         color: Theme.success
+    }
+    IconButton {
+        objectName: "regenerate"
+        Layout.leftMargin: -Theme.gap8
+        size: 28
+        visible: root.canRegenerate
+        text: qsTr("Reply again")
+        glyph: "retry"
+        onClicked: root.regenerateAsked()
+    }
+    VersionSwitch {
+        visible: root.versionCount > 1 && root.canSwitch
+        version: root.version
+        count: root.versionCount
+        onStepped: distance => root.versionAsked(distance)
     }
     Item { Layout.fillWidth: true }
     PushButton {

@@ -25,6 +25,9 @@ ColumnLayout {
     required property bool canContinue
     required property string place
     required property bool isLast
+    required property bool responding // a turn runs in this chat
+    required property int version
+    required property int versionCount
     readonly property string mark: cancelled ? qsTr("You stopped this reply.")
         : interrupted ? qsTr("This reply was interrupted.")
         : !running && !failed && text.length === 0 && thinking.length > 0
@@ -40,6 +43,8 @@ ColumnLayout {
     signal continueAsked()
     signal retryAsked()
     signal stopAsked()
+    signal regenerateAsked()
+    signal versionAsked(int distance)
 
     spacing: Theme.gap12
 
@@ -109,9 +114,15 @@ ColumnLayout {
         hasText: root.text.length > 0
         canContinue: root.canContinue
         canRetry: (root.interrupted || root.failed) && root.isLast
+        canRegenerate: root.isLast && !root.responding && !root.running && !root.failed && !root.interrupted
+        version: root.version
+        versionCount: root.versionCount
+        canSwitch: !root.responding
         emphasised: root.isLast || hover.hovered
         onCopyAsked: root.copyAsked(root.text)
         onContinueAsked: root.continueAsked()
         onRetryAsked: root.retryAsked()
+        onRegenerateAsked: root.regenerateAsked()
+        onVersionAsked: distance => root.versionAsked(distance)
     }
 }

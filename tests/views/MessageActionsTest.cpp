@@ -1,0 +1,121 @@
+#include "WindowFixture.h"
+
+#include "view_models/chat/ChatViewModel.h"
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+class MessageActionsTest : public WindowFixture {
+protected:
+    // The first one that is drawn; null when there is none.
+    [[nodiscard]] QQuickItem *drawn(const QString &name) const { return WindowDriver::item(m_window, name); }
+    [[nodiscard]] QString composed() const { return item(u"composer"_s)->property("text").toString(); }
+    [[nodiscard]] ChatViewModel &chat() const { return *m_app->presentation().chat; }
+};
+
+TEST_F(MessageActionsTest, AReplyIsMadeAgainAndItsVersionsSwitchedByPointerAndKeys)
+{
+    showReply(u"First answer"_s);
+    EXPECT_EQ(drawn(u"formerVersion"_s), nullptr);
+    asking([this] { click(drawn(u"regenerate"_s)); });
+    EXPECT_EQ(drawn(u"regenerate"_s), nullptr) << "not while a turn runs";
+    EXPECT_EQ(drawn(u"editMessage"_s), nullptr);
+    stream(u"Second answer"_s);
+    EXPECT_EQ(drawn(u"formerVersion"_s), nullptr);
+    endReply();
+    EXPECT_TRUE(shows(u"Second answer"_s) && shows(u"2 / 2"_s) && !shows(u"First answer"_s));
+    click(drawn(u"formerVersion"_s));
+    settle();
+    EXPECT_TRUE(shows(u"First answer"_s) && shows(u"1 / 2"_s));
+    drawn(u"formerVersion"_s)->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Tab);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(shows(u"Second answer"_s));
+    press(Qt::Key_Left);
+    EXPECT_TRUE(shows(u"First answer"_s)) << "and the keyboard stays there";
+}
+
+TEST_F(MessageActionsTest, TheLastMessageIsEditedInTheComposerOrLeftAsItWas)
+{
+    showReply(u"Answer"_s);
+    type(u"draft"_s);
+    click(drawn(u"editMessage"_s));
+    settle();
+    EXPECT_EQ(composed(), u"Question"_s);
+    press(Qt::Key_Escape);
+    EXPECT_EQ(composed(), u"draft"_s);
+    EXPECT_FALSE(chat().isEditing());
+    click(drawn(u"editMessage"_s));
+    settle();
+    type(u" two"_s);
+    asking([this] { press(Qt::Key_Return); });
+    EXPECT_EQ(transcript(), QStringList({u"Question two"_s, QString()}));
+    EXPECT_EQ(composed(), u"draft"_s);
+    stream(u"Another"_s);
+    endReply();
+    click(drawn(u"formerVersion"_s));
+    EXPECT_EQ(transcript(), QStringList({u"Question"_s, u"Answer"_s}));
+}
+
+TEST_F(MessageActionsTest, ADeletedMessageComesBackByUndo)
+{
+    showReply(u"Answer"_s);
+    click(drawn(u"deleteMessage"_s));
+    settle();
+    EXPECT_TRUE(transcript().isEmpty());
+    click(drawn(u"undoDelete"_s));
+    settle();
+    EXPECT_EQ(transcript(), QStringList({u"Question"_s, u"Answer"_s}));
+    EXPECT_EQ(drawn(u"undoDelete"_s), nullptr);
+    EXPECT_TRUE(shows(u"Answer"_s));
+}
+
+TEST_F(MessageActionsTest, ALongMessageOfThePersonsFoldsAndIsCopiedWhole)
+{
+    QStringList lines;
+    while (lines.size() < 17)
+        lines += u"line %1"_s.arg(lines.size());
+    const auto open = [this](const QStringList &text) {
+        chat().open(addChat(u"Long"_s, {text.join(u'\n'), u"Answer"_s}));
+        settle();
+    };
+    open(lines.first(16));
+    EXPECT_EQ(drawn(u"unfoldMessage"_s), nullptr);
+    open(lines);
+    QQuickItem *words = drawn(u"ownWords"_s);
+    const auto clip = [&] { return words->parentItem()->height(); };
+    EXPECT_LT(clip(), words->height());
+    EXPECT_TRUE(shows(u"Show all 17 lines"_s));
+    drawn(u"unfoldMessage"_s)->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    EXPECT_EQ(clip(), words->height());
+    click(drawn(u"unfoldMessage"_s));
+    EXPECT_LT(clip(), words->height());
+    words->forceActiveFocus();
+    press(Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(clipboard(), lines.join(u'\n'));
+}
+
+TEST_F(MessageActionsTest, ADraftStaysWithItsChatAcrossARestart)
+{
+    const QString first = addChat(u"First"_s, {u"Q"_s, u"A"_s});
+    chat().open(first);
+    settle();
+    type(u"half a thought"_s);
+    chat().open(addChat(u"Second"_s, {u"Q"_s, u"A"_s}));
+    settle();
+    EXPECT_EQ(composed(), QString());
+    type(u"other"_s);
+    const QString second = chat().conversationId();
+    start();
+    load();
+    for (const auto &[id, draft] : {std::pair(first, u"half a thought"_s), {second, u"other"_s}}) {
+        chat().open(id);
+        settle();
+        EXPECT_EQ(composed(), draft);
+    }
+}
+
+} // namespace morvane
