@@ -74,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(Tables, EveryServerTest, testing::Values(replying, brok
 TEST(ServerTablesTest, LeaveNoScenarioOut)
 {
     QProcess server;
-    server.start(QStringLiteral(MORVANE_MODEL_SERVER), {u"--list"_s});
+    server.start(ModelServer::program(), {u"--list"_s});
     server.waitForFinished();
     const std::string tables = TestData::text(replying) + TestData::text(broken);
     const QByteArrayList scenarios = server.readAllStandardOutput().trimmed().split('\n');
