@@ -90,7 +90,8 @@ Q_SIGNALS:
     void questionChanged();
     void noticeChanged();
     void linkRequested(const QUrl &address);
-    void settingsRequested(); // something outside the window asks for the settings page
+    void settingsRequested();   // something outside the window asks for the settings page
+    void replyLimitRequested(); // the settings page is wanted at the longest reply
 
 private:
     SettingsStore &m_settings;

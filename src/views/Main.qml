@@ -200,5 +200,9 @@ T.ApplicationWindow {
         target: window.shell
 
         function onSettingsRequested() { window.openSettings(); }
+        function onReplyLimitRequested() {
+            window.openSettings();
+            (settingsLoader.item as SettingsWindow).focusReplyLimit();
+        }
     }
 }

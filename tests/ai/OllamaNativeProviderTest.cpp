@@ -205,15 +205,30 @@ TEST(OllamaProbeRowTest, TellsTheStatusOfAServerThatKnowsNoSuchPathHoweverMuchIt
     EXPECT_EQ(ledger.snapshot().entries.size(), 6U);
 }
 
-TEST_F(OllamaNativeProviderTest, AConnectionTestLooksAtTheStatusOnly)
+TEST_F(OllamaNativeProviderTest, AConnectionTestWantsTheModelOnTheListAndAReplyFromIt)
 {
     const auto injected = std::make_shared<FakeHttpSession>();
     OllamaNativeProvider own(network, {}, injected);
-    injected->answer(200, "anything");
-    EXPECT_EQ(TestWait::await(own.testConnection(configuration, {})), QString());
+    const auto outcome = [&](const std::vector<FakeHttpSession::Answer> &answers) {
+        for (const FakeHttpSession::Answer &answer : answers)
+            injected->answer(answer);
+        try {
+            (void)TestWait::await(own.testConnection(configuration, {}));
+            return std::optional<ProviderError>();
+        } catch (const ProviderError &error) {
+            return std::optional(error);
+        }
+    };
+    const FakeHttpSession::Answer list{.pieces = {R"({"models":[{"name":"a"},{"name":"qwen3:8b"}]})"}};
+    EXPECT_EQ(outcome({list, {.pieces = {noThinking}}, {.pieces = {hello}}}), std::nullopt);
     EXPECT_EQ(lineOf(injected->requests()[0]), "GET http://localhost:11434/api/tags 20000 in all");
-    injected->answer(401, {});
-    EXPECT_THROW(TestWait::await(own.testConnection(configuration, {})), ProviderError);
+    const auto body = QJsonDocument::fromJson(injected->requests()[2].body);
+    EXPECT_EQ(body["options"_L1]["num_predict"_L1].toInt(), 8);
+    EXPECT_EQ(outcome({list, {.pieces = {ollama.end()}}}), ProviderError(Plain::emptyResponse));
+    EXPECT_EQ(outcome({{.pieces = {R"({"models":[{"name":"a"}]})"}}}), ProviderError(Plain::modelNotListed));
+    EXPECT_EQ(outcome({{.status = 401}}), ProviderError(Plain::authenticationFailed));
+    injected->answer(200, ollama.calls(R"({"function":{"name":"check_connection"}})") + ollama.end());
+    EXPECT_EQ(TestWait::await(own.tryReply(configuration, {own.testTool()}, {})), (ReplyTrial{true, true}));
     EXPECT_TRUE(network.asked.empty());
 }
 

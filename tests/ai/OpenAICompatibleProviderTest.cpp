@@ -147,6 +147,38 @@ TEST_F(OpenAICompatibleProviderTest, TriesAConnectionWithOneShortQuestion)
     EXPECT_EQ(outcome(200, wholeReply, stopped.get_token()), ProviderError(Plain::cancelled).userMessage());
 }
 
+TEST_F(OpenAICompatibleProviderTest, ATrialTellsHowAReplyComesWithOneRequest)
+{
+    const QByteArray call = R"("tool_calls":[{"index":0,"id":"a","function":{"name":"check_connection"}}])";
+    const struct {
+        QByteArray body;
+        std::optional<ReplyTrial> trial; // none: it fails
+    } table[] = {
+        {chatCompletions.text("ok") + chatCompletions.end(), ReplyTrial{true, false}},
+        {R"(data: {"choices":[{"delta":{)" + call + "}}]}\n\n" + chatCompletions.end(),
+         ReplyTrial{true, true}},
+        {wholeReply, ReplyTrial{false, false}},
+        {R"({"choices":[{"message":{)" + call + "}}]}", ReplyTrial{false, true}},
+        {R"(data: {"choices":[{"delta":{"reasoning":"hm"}}]})"
+         "\n\n" +
+             chatCompletions.end("length"),
+         ReplyTrial{true, false}},
+        {chatCompletions.end(), std::nullopt},
+    };
+    for (const auto &[body, trial] : table) {
+        const std::size_t before = session.requests().size();
+        session.answer(200, body);
+        std::optional<ReplyTrial> came;
+        try {
+            came = TestWait::await(provider.tryReply(configuration, {provider.testTool()}, {}));
+        } catch (const ProviderError &) {
+        }
+        EXPECT_EQ(came, trial) << body.constData();
+        EXPECT_EQ(session.requests().size(), before + 1);
+        EXPECT_EQ(sentBody()["tools"_L1][0]["function"_L1]["name"_L1].toString(), u"check_connection"_s);
+    }
+}
+
 } // namespace
 
 } // namespace morvane

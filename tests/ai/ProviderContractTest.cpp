@@ -3,6 +3,7 @@
 
 #include "ai/Dialects.h"
 #include "ai/providers/ServerModels.h"
+#include "async/Work.h"
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"
 #include "support/ManualClock.h"
@@ -48,6 +49,7 @@ protected:
     ManualClock clock;
     NetworkLedger ledger;
     AppNetwork network{ledger, clock};
+    Work work{clock};
     std::unique_ptr<AIProvider> provider = GetParam().provider(network);
     AIConfiguration configuration = [this] {
         AIConfiguration c;
@@ -216,10 +218,11 @@ TEST_P(ProviderContractTest, AStopEndsTheReaderAtEachStageAndReachesTheServer)
 TEST_P(ProviderContractTest, ListsItsModelsForItsKeyAtAnAddressThatMayBeUsed)
 {
     configuration.apiKey = u"secret"_s;
-    EXPECT_TRUE(TestWait::await(ServerModels::list(&network, configuration, {})).contains(u"practice"_s));
+    EXPECT_TRUE(
+        TestWait::await(ServerModels::list(&network, &work, configuration, {})).contains(u"practice"_s));
     EXPECT_EQ(server.requests().back().headers["Authorization"_L1].toString(), u"Bearer secret"_s);
     configuration.baseURLString = u"http://example.org/v1"_s; // not encrypted, not near
-    EXPECT_THROW(TestWait::await(ServerModels::list(&network, configuration, {})), ProviderError);
+    EXPECT_THROW(TestWait::await(ServerModels::list(&network, &work, configuration, {})), ProviderError);
     EXPECT_EQ(server.requests().size(), 1U);
 }
 

@@ -6,8 +6,10 @@
 #include "ai/providers/OpenAIStreamParser.h"
 #include "ai/providers/ServerModels.h"
 #include "ai/providers/ToolCallAccumulator.h"
+#include "async/Work.h"
 #include "support/Await.h"
 #include "support/FakeHttpSession.h"
+#include "support/ManualClock.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>
@@ -97,7 +99,7 @@ TEST(ReplyLinesTest, SayWhatTheyHold)
 TEST(ServerModelsTest, TellsOfSoManyModelsAndNoMore)
 {
     QByteArray many = R"({"data":[)";
-    for (int i = 0; i < 5'000; ++i)
+    for (int i = 0; i < 12'000; ++i)
         many += "{\"id\":\"m" + QByteArray::number(i) + "\"},";
     EXPECT_EQ(ServerModels::parse(many + R"({"id":"z"}]})")->size(), ServerModels::mostNames);
 }
@@ -105,12 +107,14 @@ TEST(ServerModelsTest, TellsOfSoManyModelsAndNoMore)
 TEST(ServerModelsTest, AsksBesideTheEndpointWithARedirectRuleALimitAndWordsOfItsOwn)
 {
     FakeHttpSessionProvider network;
+    ManualClock clock;
+    Work work(clock);
     const auto outcome = [&](int status, const QByteArray &body, const QString &baseURL) {
         network.fake->answer(status, body);
         AIConfiguration configuration;
         configuration.baseURLString = baseURL;
         try {
-            return TestWait::await(ServerModels::list(&network, configuration, {})).join(u' ');
+            return TestWait::await(ServerModels::list(&network, &work, configuration, {})).join(u' ');
         } catch (const UserPresentableError &error) {
             return error.userMessage();
         }

@@ -51,6 +51,23 @@ TEST_F(ChatPageTest, ABannerOffersRetryOnlyWhenThatHelps)
     }
 }
 
+TEST_F(ChatPageTest, AReplySpentOnThinkingLeadsToTheLimitThatCanBeRaised)
+{
+    fail(ProviderError(ProviderError::Plain::emptyResponse));
+    EXPECT_FALSE(item(u"raiseReplyLimit"_s)->isVisible());
+    fail(ProviderError(ProviderError::Plain::limitSpentThinking));
+    EXPECT_TRUE(item(u"retry"_s)->isVisible());
+    for (const std::int64_t raised : {1280, 1536}) { // the settings window is closed, and then open elsewhere
+        click(item(u"raiseReplyLimit"_s));
+        QQuickWindow *settings = settingsWindow();
+        ASSERT_NE(settings, nullptr);
+        ASSERT_TRUE(eventually([&] { return isAt(settings, u"Longest reply in tokens"_s); }));
+        WindowDriver::press(settings, Qt::Key_Up);
+        EXPECT_EQ(m_app->storage().settings->maxOutputTokens(), raised);
+        settings->setProperty("page", u"memory"_s);
+    }
+}
+
 TEST_F(ChatPageTest, WhileTextsAreKeptReadableThePageSaysWhyUntilTheyAreSealed)
 {
     const QString notice = u"New text is being kept unsealed"_s;

@@ -2,6 +2,7 @@
 
 #include "ai/prompts/SystemPromptStore.h"
 #include "memory/MemoryStore.h"
+#include "network/NetworkLedger.h"
 #include "persistence/SettingsStore.h"
 #include "services/WebAccessError.h"
 #include "support/ScriptedServer.h"
@@ -12,11 +13,14 @@
 #include "view_models/settings/NetworkLedgerViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
 
+#include <QLocale>
 #include <QTest>
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
+
+const QByteArray wholeReply = R"({"choices":[{"message":{"role":"assistant","content":"Hi"}}]})";
 
 class SettingsWindowTest : public WindowFixture {
 protected:
@@ -82,6 +86,49 @@ TEST_F(SettingsWindowTest, FieldsGoToTheirSettingsAtOnceAndFollowThem)
     EXPECT_FALSE(control(u"address"_s)->property("hasProblem").toBool());
     EXPECT_EQ(control(u"address"_s)->property("text"), u"http://localhost:1/v1"_s);
     EXPECT_EQ(control(u"maxOutputTokens"_s)->property("value"), 77);
+    const QString notice = u"A server nearby gets at least %1."_s.arg(QLocale().toString(4096));
+    EXPECT_TRUE(says(notice));
+    settings.setMaxOutputTokens(4096);
+    EXPECT_FALSE(says(notice));
+}
+
+// A server that streams, refuses tools in its own words, and answers nothing else.
+TEST_F(SettingsWindowTest, TheTestSaysWhatWorksWithFewRequestsEachInTheLedger)
+{
+    const QByteArray stream = R"(data: {"choices":[{"delta":{"content":"ok"},"finish_reason":"stop"}]})"
+                              "\n\ndata: [DONE]\n\n";
+    const ScriptedServer server([&](ScriptedServer::Connection &connection) {
+        while (const auto request = connection.readRequest()) {
+            const bool isChat = request->method() == "POST";
+            const bool hasTools = request->body.contains("\"tools\"");
+            connection.send(
+                !isChat ? ScriptedServer::response("404 Not Found", {})
+                : hasTools
+                    ? ScriptedServer::response("500 Error", R"({"error":{"message":"tools need a flag"}})")
+                    : ScriptedServer::response("200 OK",
+                                               request->body.contains("stream") ? stream : wholeReply));
+        }
+    });
+    SettingsStore &settings = *m_app->storage().settings;
+    settings.setBaseURLString(server.url(u"/v1"_s).toString());
+    settings.setModel(u"m"_s);
+    for (const bool hasAbilities : {true, false}) {
+        settings.setAbilitiesEnabled(hasAbilities);
+        settle();
+        EXPECT_FALSE(says(u"Replies appear as they are written."_s)) << "it ends with its settings";
+        const std::size_t before = m_app->assistant().networkLedger->snapshot().entries.size();
+        click(control(u"testConnection"_s));
+        ASSERT_TRUE(eventually([&] { return says(u"The server answered."_s); }));
+        EXPECT_TRUE(says(u"The model answers."_s));
+        EXPECT_TRUE(says(u"Replies appear as they are written."_s));
+        EXPECT_EQ(says(u"The server takes none, so chats run without them."_s), hasAbilities);
+        const auto rows = m_app->assistant().networkLedger->snapshot().entries;
+        EXPECT_EQ(rows.size() - before, hasAbilities ? 4U : 2U) << "and once, whether it is another kind";
+        for (const NetworkLedger::Entry &row : rows)
+            EXPECT_EQ(row.feature, EgressFeature::aiModel);
+    }
+    settings.setModel(u"another"_s);
+    EXPECT_TRUE(eventually([&] { return !says(u"The model answers."_s); }));
 }
 
 TEST_F(SettingsWindowTest, AKeyGoesInIsNeverShownAgainAndSaysWhyItWasNotSaved)
@@ -118,7 +165,7 @@ TEST_F(SettingsWindowTest, TheConnectionTestRunsCanBeCancelledAndSaysHowItWent)
     EXPECT_EQ(accessibleName(button), u"Cancel"_s);
     click(button);
     EXPECT_EQ(accessibleName(button), u"Test"_s);
-    EXPECT_EQ(said(), u"Asks the server for a short reply."_s);
+    EXPECT_EQ(said(), u"Asks the server for short replies, to see what works."_s);
 
     const struct {
         QByteArray status;
@@ -148,7 +195,8 @@ TEST_F(SettingsWindowTest, TheConnectionTestRunsCanBeCancelledAndSaysHowItWent)
         }
         m_app->storage().settings->setTemperature(m_app->storage().settings->temperature() + 0.1);
         settle();
-        EXPECT_EQ(said(), u"Asks the server for a short reply."_s) << "a result ends with its settings";
+        EXPECT_EQ(said(), u"Asks the server for short replies, to see what works."_s)
+            << "a result ends with its settings";
     }
 }
 
@@ -172,6 +220,19 @@ TEST_F(SettingsWindowTest, AModelIsPickedFromWhatTheServerLists)
     }
     pressKey(Qt::Key_Return);
     EXPECT_EQ(m_app->storage().settings->model(), u"qwen2.5:7b"_s);
+
+    QByteArray many = "[";
+    for (int i = 0; i < 5'000; ++i)
+        many += "{\"id\":\"maker/model-" + QByteArray::number(i) + "\"},";
+    const ScriptedServer large(
+        ScriptedServer::answering(ScriptedServer::response("200 OK", many + R"("last"])")));
+    m_app->storage().settings->setBaseURLString(large.url(u"/v1/chat/completions"_s).toString());
+    click(control(u"pickModel"_s));
+    ASSERT_TRUE(eventually([this] { return control(u"modelSearch"_s) != nullptr; }));
+    EXPECT_EQ(large.requests().back().target(), "/v1/models");
+    WindowDriver::type(m_page, u"4321 MAKER"_s);
+    pressKey(Qt::Key_Return);
+    EXPECT_EQ(m_app->storage().settings->model(), u"maker/model-4321"_s);
 }
 
 TEST_F(SettingsWindowTest, InstructionsAreSavedWhenTheFieldIsLeftAndResetAsksFirst)

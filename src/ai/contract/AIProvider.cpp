@@ -36,4 +36,22 @@ QString AIConnectionTesting::testMessage()
     return QStringLiteral("Reply with the single word: ok");
 }
 
+AITool AIConnectionTesting::testTool()
+{
+    using Kind = AITool::Parameter::Kind;
+    AITool tool;
+    tool.name = QStringLiteral("check_connection");
+    tool.description = QStringLiteral("Shows that tools can be called. It does nothing.");
+    tool.parameters = {{QStringLiteral("word"), Kind::string, QStringLiteral("The word ok."), true, {}}};
+    return tool;
+}
+
+std::vector<AIMessage> AIConnectionTesting::trialMessages(const std::vector<AITool> &tools)
+{
+    const QString message = tools.empty()
+                                ? testMessage()
+                                : QStringLiteral("Call the tool %1 with the word ok.").arg(tools[0].name);
+    return {{AIMessage::Role::user, message, {}, {}, {}, {}}};
+}
+
 } // namespace morvane

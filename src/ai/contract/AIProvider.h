@@ -31,15 +31,36 @@ public:
                                                   std::function<void()> onThinking = {});
 };
 
+// How a trial reply came.
+struct ReplyTrial {
+    bool cameInPieces = false; // false: whole, although a stream was asked for
+    bool calledTool = false;
+
+    bool operator==(const ReplyTrial &) const = default;
+};
+
 // A provider whose settings the user can try.
 class AIConnectionTesting : public AIProvider {
 public:
     // The message that a connection test sends.
     static QString testMessage();
 
+    // A tool that does nothing, which nobody runs: only whether the model calls it is of interest.
+    static AITool testTool();
+
+    // The message that a trial sends, which asks for a call of the tool where there is one.
+    static std::vector<AIMessage> trialMessages(const std::vector<AITool> &tools);
+
+    // The tokens that a trial may spend: enough for a call.
+    static constexpr std::int64_t trialTokens = 256;
+
     // The reply's text. Throws ProviderError.
     [[nodiscard]] virtual QCoro::Task<QString> testConnection(AIConfiguration configuration,
                                                               std::stop_token stop) = 0;
+
+    // One short reply as a turn asks for it: streamed, with these tools on offer. Throws ProviderError.
+    [[nodiscard]] virtual QCoro::Task<ReplyTrial>
+    tryReply(AIConfiguration configuration, std::vector<AITool> tools, std::stop_token stop) = 0;
 };
 
 } // namespace morvane

@@ -132,6 +132,8 @@ Words wordsOf(Plain plain)
             u"This model can't see images."_s,
             u"Switch to a vision model (like Gemma 3) in Settings → AI, or remove the image and describe it "
             "instead."_s};
+    case Plain::modelNotListed:
+        return {u"The server doesn't have this model."_s, u"Pick one of its models in Settings → AI."_s};
     case Plain::localModelRequired:
         return {u"This uses your private data (screen text, memory notes or an image), which "_s + product() +
                     u" sends only to a model on this %1 or your network, and none is ready."_s.arg(

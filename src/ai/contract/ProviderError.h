@@ -60,6 +60,7 @@ struct ProviderErrorCases {
         cancelled,
         emptyResponse,
         modelLacksVision,
+        modelNotListed, // among those of its server
         localModelRequired,
         hostedBurstLimited,
         contextTooLong,     // of the chat, for the model

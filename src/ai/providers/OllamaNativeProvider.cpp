@@ -11,16 +11,16 @@
 #include "utils/text/Json.h"
 #include "utils/text/Text.h"
 
+#include <algorithm>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
 using OllamaRequest::Thinking;
 using Plain = ProviderError::Plain;
 
-namespace {
-
 // What one request needs, shared by the coroutines that carry it out.
-struct Question {
+struct OllamaQuestion {
     std::shared_ptr<HttpSession> session;
     std::optional<OllamaProbe> capabilities; // absent when the cache knows, or for a bad address
     std::shared_ptr<std::map<QString, bool>> thinkingCache;
@@ -29,7 +29,10 @@ struct Question {
     QString model;
     std::vector<AITool> tools;
 };
-using SharedQuestion = std::shared_ptr<const Question>;
+
+namespace {
+
+using SharedQuestion = std::shared_ptr<const OllamaQuestion>;
 
 std::optional<QStringList> capabilitiesIn(const QJsonObject &shown)
 {
@@ -103,9 +106,10 @@ QCoro::Task<HttpResponse> validated(HttpResponse response, std::stop_token stop)
     throw ServerWords::error(status, words);
 }
 
-QCoro::Task<> readAnswer(SharedQuestion question, Thinking thinking, OllamaReply::Events events)
+// True for a reply with calls.
+QCoro::Task<bool> readAnswer(SharedQuestion question, OllamaReply::Events events, std::stop_token stop)
 {
-    const auto stop = events.stopToken();
+    const Thinking thinking = co_await thinkingOf(question, stop);
     HttpRequest request = OllamaRequest::chat(question->messages, question->configuration, question->model,
                                               question->tools, thinking);
     Log::info(Log::Category::AIProvider, "Starting native Ollama request to model %{public}s"_L1,
@@ -121,6 +125,7 @@ QCoro::Task<> readAnswer(SharedQuestion question, Thinking thinking, OllamaReply
     throwIfStopped(stop);
     reply->finish(events);
     Log::info(Log::Category::AIProvider, "Native Ollama request completed"_L1);
+    co_return reply->hasCalls();
 }
 
 QCoro::Task<> answer(SharedQuestion question, OllamaReply::Events events)
@@ -128,24 +133,64 @@ QCoro::Task<> answer(SharedQuestion question, OllamaReply::Events events)
     try {
         if (question->model.isEmpty())
             throw ProviderError(Plain::notConfigured);
-        const Thinking thinking = co_await thinkingOf(question, events.stopToken());
-        co_await readAnswer(question, thinking, events);
+        co_await readAnswer(question, events, events.stopToken());
         events.finish();
     } catch (...) {
         events.fail(std::make_exception_ptr(ProviderFailure::mapped(std::current_exception())));
     }
 }
 
-QCoro::Task<QString> testedConnection(std::shared_ptr<HttpSession> session, OllamaServer server,
-                                      std::stop_token stop)
+// Nobody reads the events: how the reply comes is the result.
+QCoro::Task<ReplyTrial> triedReply(SharedQuestion question, std::stop_token stop)
 {
+    const OllamaReply::Events unread = AsyncStream<AIStreamEvent>::make().second;
     try {
-        auto response = co_await session->send(OllamaRequest::connectionTest(server), stop);
-        auto good = co_await ProviderFailure::validated(std::move(response), stop);
-        co_await discardBody(std::move(good), stop);
+        if (question->model.isEmpty())
+            throw ProviderError(Plain::notConfigured);
+        const bool calledTool = co_await readAnswer(question, unread, stop);
+        co_return ReplyTrial{true, calledTool};
+    } catch (const ProviderError &error) {
+        // A few tokens are spent soon; the model is there and answers.
+        if (!error.is(Plain::limitSpentThinking))
+            throw;
     } catch (...) {
         throw ProviderFailure::mapped(std::current_exception());
     }
+    co_return ReplyTrial{true, false};
+}
+
+// A name without a tag means the tag "latest".
+bool lists(const std::vector<OllamaModel> &models, const QString &model)
+{
+    return std::any_of(models.begin(), models.end(), [&model](const OllamaModel &listed) {
+        return listed.name == model || listed.name == model + ":latest"_L1;
+    });
+}
+
+// Asks for the list in its own words: an error tells more than a probe's silence.
+QCoro::Task<> requireListed(SharedQuestion question, std::stop_token stop)
+{
+    const AIConfiguration &configuration = question->configuration;
+    HttpRequest request = OllamaRequest::connectionTest({configuration.baseURLString, configuration.apiKey});
+    auto response = co_await question->session->send(std::move(request), stop);
+    auto good = co_await ProviderFailure::validated(std::move(response), stop);
+    const QByteArray body = co_await readBody(std::move(good), ReplyLines::longest, stop);
+    const auto tags = Json::parseObject(body);
+    const auto models = tags ? modelsIn(*tags) : std::nullopt;
+    if (!models)
+        throw ProviderError(Plain::malformedResponse);
+    if (!lists(*models, question->model))
+        throw ProviderError(Plain::modelNotListed);
+}
+
+QCoro::Task<QString> testedConnection(SharedQuestion question, std::stop_token stop)
+{
+    try {
+        co_await requireListed(question, stop);
+    } catch (...) {
+        throw ProviderFailure::mapped(std::current_exception());
+    }
+    co_await triedReply(question, stop);
     co_return QString();
 }
 
@@ -173,28 +218,44 @@ OllamaNativeProvider::OllamaNativeProvider(HttpSessionProviding &network, KeyFor
     , m_thinkingCache(std::make_shared<std::map<QString, bool>>())
 {}
 
-AsyncStream<AIStreamEvent> OllamaNativeProvider::streamReply(std::vector<AIMessage> messages,
-                                                             AIConfiguration configuration,
-                                                             std::vector<AITool> tools)
+std::shared_ptr<const OllamaQuestion> OllamaNativeProvider::question(std::vector<AIMessage> messages,
+                                                                     AIConfiguration configuration,
+                                                                     std::vector<AITool> tools) const
 {
-    auto [stream, events] = AsyncStream<AIStreamEvent>::make();
     const QString model = Text::trimmedBlanks(QStringView(configuration.model)).toString();
     auto session = sessionFor(configuration.carrying);
     const OllamaServer server{configuration.baseURLString, configuration.apiKey};
     std::optional<OllamaProbe> probe;
     if (!m_thinkingCache->contains(model) && !model.isEmpty())
         probe = makeProbe([&] { return OllamaRequest::capabilities(server, model); });
-    answer(std::make_shared<const Question>(Question{std::move(session), std::move(probe), m_thinkingCache,
-                                                     std::move(messages), std::move(configuration), model,
-                                                     std::move(tools)}),
-           events);
+    return std::make_shared<const OllamaQuestion>(
+        OllamaQuestion{std::move(session), std::move(probe), m_thinkingCache, std::move(messages),
+                       std::move(configuration), model, std::move(tools)});
+}
+
+AsyncStream<AIStreamEvent> OllamaNativeProvider::streamReply(std::vector<AIMessage> messages,
+                                                             AIConfiguration configuration,
+                                                             std::vector<AITool> tools)
+{
+    auto [stream, events] = AsyncStream<AIStreamEvent>::make();
+    answer(question(std::move(messages), std::move(configuration), std::move(tools)), events);
     return std::move(stream);
 }
 
 QCoro::Task<QString> OllamaNativeProvider::testConnection(AIConfiguration configuration, std::stop_token stop)
 {
-    return testedConnection(sessionFor({}), {configuration.baseURLString, configuration.apiKey},
-                            std::move(stop));
+    configuration.maxOutputTokens = 8;
+    configuration.requestTimeout = 20.0;
+    return testedConnection(question(trialMessages({}), std::move(configuration), {}), std::move(stop));
+}
+
+QCoro::Task<ReplyTrial> OllamaNativeProvider::tryReply(AIConfiguration configuration,
+                                                       std::vector<AITool> tools, std::stop_token stop)
+{
+    configuration.maxOutputTokens = trialTokens;
+    auto messages = trialMessages(tools);
+    return triedReply(question(std::move(messages), std::move(configuration), std::move(tools)),
+                      std::move(stop));
 }
 
 QCoro::Task<ProbeAnswer<QString>> OllamaNativeProvider::version(QString baseURL, std::stop_token stop)

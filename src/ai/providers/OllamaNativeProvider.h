@@ -11,6 +11,7 @@
 namespace morvane {
 
 struct OllamaProbe;
+struct OllamaQuestion;
 struct OllamaServer;
 
 // Speaks to an Ollama server in its own interface, where the size of the context can be set and thinking
@@ -35,9 +36,11 @@ public:
                                                          AIConfiguration configuration,
                                                          std::vector<AITool> tools) override;
 
-    // Whether the server lists its models; no model is put to work, so the text is empty.
+    // Whether the server lists the model, and a reply comes from it. The text is empty.
     [[nodiscard]] QCoro::Task<QString> testConnection(AIConfiguration configuration,
                                                       std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<ReplyTrial> tryReply(AIConfiguration configuration, std::vector<AITool> tools,
+                                                   std::stop_token stop) override;
 
     [[nodiscard]] QCoro::Task<ProbeAnswer<QString>> version(QString baseURL, std::stop_token stop) override;
     [[nodiscard]] QCoro::Task<ProbeAnswer<QStringList>> capabilities(QString baseURL, QString model,
@@ -46,6 +49,8 @@ public:
                                                                                std::stop_token stop) override;
 
 private:
+    [[nodiscard]] std::shared_ptr<const OllamaQuestion>
+    question(std::vector<AIMessage> messages, AIConfiguration configuration, std::vector<AITool> tools) const;
     [[nodiscard]] OllamaServer serverAt(const QString &baseURL) const;
     [[nodiscard]] std::optional<OllamaProbe> makeProbe(const std::function<HttpRequest()> &request) const;
     [[nodiscard]] std::shared_ptr<HttpSession> sessionFor(SensitiveDataSet carrying) const;

@@ -39,7 +39,8 @@ void OllamaReply::finish(Events &events)
     const bool isEmpty = !m_hasText && m_calls.empty();
     if (!isEmpty && !m_isDone)
         throw ProviderError(ProviderError::ReplyBroken::endedEarly);
-    if (!m_calls.empty())
+    m_hasCalls = !m_calls.empty();
+    if (m_hasCalls)
         events.yield(AIStream::ToolCalls{std::move(m_calls)});
     if (m_doneReason == "length"_L1)
         events.yield(AIStream::TruncatedByTokenLimit{});

@@ -19,6 +19,9 @@ public:
     // ProviderError when there was neither text nor a call, or no last line behind it.
     void finish(Events &events);
 
+    // finish() yielded calls.
+    [[nodiscard]] bool hasCalls() const { return m_hasCalls; }
+
 private:
     void gather(std::vector<AIToolCall> calls);
 
@@ -26,6 +29,7 @@ private:
     qsizetype m_callCharacters = 0; // UTF-16 units
     std::optional<QString> m_doneReason;
     bool m_hasText = false;
+    bool m_hasCalls = false;
     bool m_hasThought = false;
     bool m_isDone = false;
 };

@@ -121,9 +121,9 @@ QCoro::Task<> answerOtherwise(SharedQuestion question, std::shared_ptr<StreamedR
     yieldCompletion(completion, events);
 }
 
-QCoro::Task<> answerStreamed(SharedQuestion question, StreamedReply::Events events)
+QCoro::Task<std::shared_ptr<StreamedReply>> readStreamed(SharedQuestion question,
+                                                         StreamedReply::Events events, std::stop_token stop)
 {
-    const auto stop = events.stopToken();
     HttpRequest request = makeRequest(*question, Form::streamed);
     Log::info(Log::Category::AIProvider, "Starting streamed request to model %{public}s"_L1,
               {question->configuration.model});
@@ -136,6 +136,12 @@ QCoro::Task<> answerStreamed(SharedQuestion question, StreamedReply::Events even
     co_await ReplyLines::read(std::move(response), std::move(reader), stop);
     throwIfStopped(stop);
     reply->finish(events);
+    co_return std::shared_ptr<StreamedReply>(reply);
+}
+
+QCoro::Task<> answerStreamed(SharedQuestion question, StreamedReply::Events events)
+{
+    const auto reply = co_await readStreamed(question, events, events.stopToken());
     if (!reply->hasContent())
         co_await answerOtherwise(question, reply, events);
     note("Streamed request completed"_L1);
@@ -179,6 +185,28 @@ QCoro::Task<QString> testedReply(SharedQuestion question, std::stop_token stop)
     co_return QString();
 }
 
+// Nobody reads the events, and no second question is put: what the first one brings is the result.
+QCoro::Task<ReplyTrial> triedReply(SharedQuestion question, std::stop_token stop)
+{
+    const StreamedReply::Events unread = AsyncStream<AIStreamEvent>::make().second;
+    try {
+        throwUnlessConfigured(question->configuration);
+        const auto reply = co_await readStreamed(question, unread, stop);
+        if (reply->hasContent())
+            co_return ReplyTrial{true, reply->hasCalls()};
+        const auto whole = reply->plainBody();
+        if (!whole)
+            throw ProviderError(Plain::emptyResponse);
+        co_return ReplyTrial{false, !whole->toolCalls.empty()};
+    } catch (const ProviderError &error) {
+        if (!error.is(Plain::limitSpentThinking))
+            throw;
+    } catch (...) {
+        throw ProviderFailure::mapped(std::current_exception());
+    }
+    co_return ReplyTrial{true, false};
+}
+
 } // namespace
 
 OpenAICompatibleProvider::OpenAICompatibleProvider(HttpSessionProviding &network,
@@ -210,6 +238,18 @@ QCoro::Task<QString> OpenAICompatibleProvider::testConnection(AIConfiguration co
     return testedReply(std::make_shared<Question>(Question{
                            std::move(session), {message}, std::move(configuration), {}, m_spellings}),
                        std::move(stop));
+}
+
+QCoro::Task<ReplyTrial> OpenAICompatibleProvider::tryReply(AIConfiguration configuration,
+                                                           std::vector<AITool> tools, std::stop_token stop)
+{
+    configuration.maxOutputTokens = trialTokens;
+    auto session = sessionFor(configuration);
+    auto messages = trialMessages(tools);
+    return triedReply(
+        std::make_shared<const Question>(Question{std::move(session), std::move(messages),
+                                                  std::move(configuration), std::move(tools), m_spellings}),
+        std::move(stop));
 }
 
 std::shared_ptr<HttpSession> OpenAICompatibleProvider::sessionFor(const AIConfiguration &configuration) const

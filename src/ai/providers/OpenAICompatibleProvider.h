@@ -30,6 +30,8 @@ public:
                                                          std::vector<AITool> tools) override;
     [[nodiscard]] QCoro::Task<QString> testConnection(AIConfiguration configuration,
                                                       std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<ReplyTrial> tryReply(AIConfiguration configuration, std::vector<AITool> tools,
+                                                   std::stop_token stop) override;
 
 private:
     using Place = std::pair<QString, QString>; // base address and model

@@ -4,6 +4,7 @@
 #include "ai/contract/ProviderError.h"
 #include "ai/providers/ModelRequest.h"
 #include "ai/providers/ProviderFailure.h"
+#include "async/Work.h"
 #include "utils/text/Json.h"
 
 #include <QJsonDocument>
@@ -28,13 +29,19 @@ HttpRequest requestFor(const AIConfiguration &configuration)
     return request;
 }
 
-// Some services send the list bare, the others under "data".
+// Most services send the list under "data", some under "models", the others bare.
 std::optional<QJsonArray> listIn(QByteArrayView body)
 {
     const auto document = QJsonDocument::fromJson(QByteArray::fromRawData(body.data(), body.size()));
     if (document.isArray())
         return document.array();
-    return Json::array(document.object(), "data"_L1);
+    const auto data = Json::array(document.object(), "data"_L1);
+    return data ? data : Json::array(document.object(), "models"_L1);
+}
+
+QString nameIn(const QJsonValue &model)
+{
+    return model.toString(model["id"_L1].toString(model["name"_L1].toString()));
 }
 
 QString wordsOf(const ModelListError::Refused &refused)
@@ -72,7 +79,7 @@ std::optional<QStringList> ServerModels::parse(QByteArrayView body)
         return std::nullopt;
     QStringList names;
     for (const auto &model : *models) {
-        const QString name = model["id"_L1].toString();
+        const QString name = nameIn(model);
         if (!name.isEmpty() && name.size() <= longestName)
             names += name;
         if (names.size() == mostNames)
@@ -83,8 +90,8 @@ std::optional<QStringList> ServerModels::parse(QByteArrayView body)
     return names;
 }
 
-QCoro::Task<QStringList> ServerModels::list(HttpSessionProviding *network, AIConfiguration configuration,
-                                            std::stop_token stop)
+QCoro::Task<QStringList> ServerModels::list(HttpSessionProviding *network, Work *work,
+                                            AIConfiguration configuration, std::stop_token stop)
 {
     try {
         HttpRequest request = requestFor(configuration);
@@ -98,7 +105,8 @@ QCoro::Task<QStringList> ServerModels::list(HttpSessionProviding *network, AICon
             throw ModelListError(ModelListError::Refused{status});
         }
         const QByteArray body = co_await readBody(std::move(response), largestBody, stop);
-        std::optional<QStringList> names = parse(body);
+        std::function<std::optional<QStringList>()> reading = [body] { return parse(body); };
+        std::optional<QStringList> names = co_await work->run(std::move(reading), stop);
         if (!names)
             throw ModelListError(ListFailure::unreadable);
         co_return std::move(*names);

@@ -12,6 +12,8 @@
 
 namespace morvane {
 
+class Work;
+
 // Why a server that answered gave no list of its models.
 struct ModelListErrorCases {
     struct Refused {
@@ -35,18 +37,18 @@ public:
 namespace ServerModels {
 
 // At most so many names are kept, each of at most 200 characters.
-inline constexpr qsizetype mostNames = 2'000;
+inline constexpr qsizetype mostNames = 10'000;
 
-// Bytes of an answer. A service with hundreds of models describes each in some two thousand.
-inline constexpr qsizetype largestBody = qsizetype{4} * 1024 * 1024;
+// Bytes of an answer. A service with thousands of models describes each in some two thousand.
+inline constexpr qsizetype largestBody = qsizetype{16} * 1024 * 1024;
 
 // Each name once, in order. Waits 20 seconds at most. A redirect is followed only to an address that the
 // person could have entered. Throws ModelListError when the server has no list for us, ProviderError for a
-// key that is refused and when no answer came. `network` outlives the task.
-[[nodiscard]] QCoro::Task<QStringList> list(HttpSessionProviding *network, AIConfiguration configuration,
-                                            std::stop_token stop);
+// key that is refused and when no answer came. The answer is read on `work`. Both outlive the task.
+[[nodiscard]] QCoro::Task<QStringList> list(HttpSessionProviding *network, Work *work,
+                                            AIConfiguration configuration, std::stop_token stop);
 
-// The names in a response body; nothing when it is no list of models.
+// The names in a response body, whether it holds objects or bare names; nothing when it is no list of models.
 [[nodiscard]] std::optional<QStringList> parse(QByteArrayView body);
 
 } // namespace ServerModels

@@ -53,7 +53,8 @@ void StreamedReply::finish(Events &events)
     if (!m_hasContent && m_hasReasoning && m_isTruncated)
         throw ProviderError(ProviderError::Plain::limitSpentThinking);
     auto calls = m_accumulator.finish();
-    if (!calls.empty())
+    m_hasCalls = !calls.empty();
+    if (m_hasCalls)
         events.yield(AIStream::ToolCalls{std::move(calls)});
     if (m_isTruncated)
         events.yield(AIStream::TruncatedByTokenLimit{});

@@ -30,6 +30,9 @@ public:
     // Text or a part of a tool call came.
     [[nodiscard]] bool hasContent() const { return m_hasContent; }
 
+    // finish() yielded calls.
+    [[nodiscard]] bool hasCalls() const { return m_hasCalls; }
+
     // The reply that a server sent as plain JSON although a stream was asked for; nothing when it didn't.
     [[nodiscard]] std::optional<OpenAIStreamParser::Completion> plainBody() const;
 
@@ -39,6 +42,7 @@ private:
     OpenAIStreamParser::ToolCallAccumulator m_accumulator;
     QByteArray m_raw;
     bool m_hasContent = false;
+    bool m_hasCalls = false;
     bool m_hasReasoning = false;
     bool m_isTruncated = false;
     bool m_isEnded = false; // the server gave a reason or closed the stream

@@ -368,4 +368,11 @@ QCoro::Task<QString> AIRequestRouter::testConnection(AIConfiguration configurati
     co_return co_await tested->testConnection(std::move(configuration), std::move(stop));
 }
 
+QCoro::Task<ReplyTrial> AIRequestRouter::tryReply(AIConfiguration configuration, std::vector<AITool> tools,
+                                                  std::stop_token stop)
+{
+    const std::shared_ptr<AIConnectionTesting> tried = co_await speakerAt(configuration.baseURLString, stop);
+    co_return co_await tried->tryReply(std::move(configuration), std::move(tools), std::move(stop));
+}
+
 } // namespace morvane

@@ -124,6 +124,12 @@ public:
     // Tries a configuration, for the settings page. Returns what the server said, which may be nothing.
     // Throws ProviderError.
     [[nodiscard]] QCoro::Task<QString> testConnection(AIConfiguration configuration, std::stop_token stop);
+    [[nodiscard]] QCoro::Task<ReplyTrial> tryReply(AIConfiguration configuration, std::vector<AITool> tools,
+                                                   std::stop_token stop);
+
+    // The tokens that a reply of the server in the settings may have, which are more than they name for one
+    // nearby.
+    [[nodiscard]] std::int64_t replyLimit() const;
 
 Q_SIGNALS:
     // Anything that chatSource(), the notices or sources() tell of may be different now.

@@ -1,5 +1,6 @@
 #include "ai/routing/RouteConfiguration.h"
 
+#include "ai/routing/HostPrivacy.h"
 #include "ai/routing/KeyOrigin.h"
 #include "ai/routing/LocalModelServing.h"
 #include "ai/routing/PrivateCloud.h"
@@ -61,6 +62,11 @@ AIConfiguration RouteConfiguration::privateCloud(const SettingsStore &settings, 
     configuration.model = named.isEmpty() ? u"e2ee-glm-5-3-flash"_s : named;
     configuration.thinksLonger = settings.privateCloudThinksLonger();
     return configuration;
+}
+
+std::int64_t RouteConfiguration::replyLimit(std::int64_t configured, const QString &baseURL)
+{
+    return HostPrivacy::staysNear(baseURL) ? std::max(configured, smallestLocalOutput) : configured;
 }
 
 std::optional<AIConfiguration> RouteConfiguration::local(const SettingsStore &settings,

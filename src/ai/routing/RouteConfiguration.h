@@ -38,6 +38,9 @@ namespace RouteConfiguration {
 // The fewest tokens that a model nearby may answer with.
 inline constexpr std::int64_t smallestLocalOutput = 4096;
 
+// The tokens that a reply from that address may have when the settings name so many.
+[[nodiscard]] std::int64_t replyLimit(std::int64_t configured, const QString &baseURL);
+
 } // namespace RouteConfiguration
 
 } // namespace morvane

@@ -1,6 +1,7 @@
 // Where replies come from by the settings: how it is shown, what is said about it, and what can be chosen.
 
 #include "ai/routing/AIRequestRouter.h"
+#include "ai/routing/RouteConfiguration.h"
 #include "persistence/SettingsStore.h"
 #include "utils/text/DesktopWords.h"
 #include "utils/text/Text.h"
@@ -120,6 +121,12 @@ void AIRequestRouter::setRefusal(std::optional<QString> reason)
         return;
     m_lastEnclaveRefusal = std::move(reason);
     Q_EMIT sourceChanged();
+}
+
+std::int64_t AIRequestRouter::replyLimit() const
+{
+    const SettingsStore &settings = m_services.settings;
+    return RouteConfiguration::replyLimit(settings.maxOutputTokens(), settings.baseURLString());
 }
 
 std::int64_t AIRequestRouter::outputBudget() const

@@ -28,9 +28,9 @@ void TurnRoute::apply(const TurnRequest &turn)
     }
     if (turn.outputBudget)
         configuration.maxOutputTokens = *turn.outputBudget;
-    else if (place != Place::privateCloud && HostPrivacy::staysNear(configuration.baseURLString))
+    else if (place != Place::privateCloud)
         configuration.maxOutputTokens =
-            std::max(configuration.maxOutputTokens, RouteConfiguration::smallestLocalOutput);
+            RouteConfiguration::replyLimit(configuration.maxOutputTokens, configuration.baseURLString);
     configuration.purpose = u"chat"_s;
     configuration.carrying = turn.carrying;
 }

@@ -17,12 +17,19 @@ struct ErrorBanner {
     Q_PROPERTY(QString suggestion MEMBER suggestion)
     Q_PROPERTY(QString quotation MEMBER quotation)
     Q_PROPERTY(bool retryable MEMBER retryable)
+    Q_PROPERTY(bool mayRaiseReplyLimit READ mayRaiseReplyLimit)
 
 public:
     // What the Retry button runs again.
     enum class Retry { lastChatTurn, save, newChat };
     // A remedy offered beside it.
-    enum class Recovery { none, openScreenRecordingSettings, relaunchForScreenRecording, restartLocalModel };
+    enum class Recovery {
+        none,
+        openScreenRecordingSettings,
+        relaunchForScreenRecording,
+        restartLocalModel,
+        raiseReplyLimit
+    };
 
     QString message;
     QString suggestion; // empty for none
@@ -32,6 +39,8 @@ public:
     QString quotation; // what the server says; empty for nothing
 
     bool operator==(const ErrorBanner &) const = default;
+
+    [[nodiscard]] bool mayRaiseReplyLimit() const { return recovery == Recovery::raiseReplyLimit; }
 
     [[nodiscard]] static ErrorBanner of(const ErrorPresentation &presentation, Retry retry)
     {

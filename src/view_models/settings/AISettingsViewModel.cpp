@@ -8,6 +8,9 @@
 #include "persistence/SettingsStore.h"
 #include "utils/text/Text.h"
 #include "utils/text/UserPresentableError.h"
+#include "view_models/settings/ConnectionTrial.h"
+
+#include <QLocale>
 
 namespace morvane {
 
@@ -20,16 +23,19 @@ AISettingsViewModel::AISettingsViewModel(SettingsStore &settings, KeychainServic
     , m_settings(settings)
     , m_router(router)
     , m_key(keychain, AIRequestRouter::apiKeyAccount(), work)
-    , m_serverModels([&router, &network](std::stop_token stop) {
-        return ServerModels::list(&network, router.settingsConfiguration(), std::move(stop));
+    , m_serverModels([&router, &network, &work](std::stop_token stop) {
+        return ServerModels::list(&network, &work, router.settingsConfiguration(), std::move(stop));
     })
 {
-    for (const auto changed : {&SettingsStore::baseURLStringChanged, &SettingsStore::modelChanged,
-                               &SettingsStore::temperatureChanged, &SettingsStore::maxOutputTokensChanged,
-                               &SettingsStore::maxContextMessagesChanged})
+    for (const auto changed :
+         {&SettingsStore::baseURLStringChanged, &SettingsStore::modelChanged,
+          &SettingsStore::temperatureChanged, &SettingsStore::maxOutputTokensChanged,
+          &SettingsStore::maxContextMessagesChanged, &SettingsStore::abilitiesEnabledChanged})
         connect(&settings, changed, this, &AISettingsViewModel::forgetTest);
     connect(&settings, &SettingsStore::baseURLStringChanged, this,
             &AISettingsViewModel::addressProblemChanged);
+    for (const auto changed : {&SettingsStore::baseURLStringChanged, &SettingsStore::maxOutputTokensChanged})
+        connect(&settings, changed, this, &AISettingsViewModel::replyLimitChanged);
     connect(&settings, &SettingsStore::baseURLStringChanged, &m_serverModels, &ServerModelsViewModel::forget);
     for (const auto changed : {&SettingsStore::baseURLStringChanged, &SettingsStore::apiKeyOriginChanged})
         connect(&settings, changed, this, &AISettingsViewModel::keyChanged);
@@ -87,8 +93,17 @@ QString AISettingsViewModel::addressProblem() const
     }
 }
 
+QString AISettingsViewModel::replyLimitNotice() const
+{
+    const std::int64_t limit = m_router.replyLimit();
+    if (limit == m_settings.maxOutputTokens())
+        return {};
+    return u"A server nearby gets at least %1."_s.arg(QLocale().toString(qlonglong(limit)));
+}
+
 void AISettingsViewModel::test()
 {
+    m_findings.clear();
     finishTest(TestState::running, {}, {});
     m_test =
         TaskHandle::start([this](std::stop_token stop) { return runTest(QPointer(this), std::move(stop)); });
@@ -105,7 +120,13 @@ QCoro::Task<> AISettingsViewModel::runTest(QPointer<AISettingsViewModel> self, s
     ErrorPresentation failure;
     bool succeeded = false;
     try {
-        co_await self->m_router.testConnection(self->m_router.settingsConfiguration(), stop);
+        const auto tools = self->m_settings.abilitiesEnabled() ? ConnectionTrial::Tools::tried
+                                                               : ConnectionTrial::Tools::leftOut;
+        ConnectionTrial::Report report = [self](ConnectionFindings::Finding finding) {
+            if (self)
+                self->m_findings.add(std::move(finding));
+        };
+        co_await ConnectionTrial::run(QPointer(&self->m_router), tools, std::move(report), stop);
         succeeded = true;
     } catch (...) {
         failure = presentationOf(std::current_exception());
@@ -136,6 +157,7 @@ void AISettingsViewModel::finishTest(TestState state, const QString &message, co
 void AISettingsViewModel::forgetTest()
 {
     m_test = {};
+    m_findings.clear();
     if (m_testState != TestState::untested)
         finishTest(TestState::untested, {}, {});
 }

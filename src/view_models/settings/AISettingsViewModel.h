@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/TaskHandle.h"
+#include "view_models/settings/ConnectionFindings.h"
 #include "view_models/settings/ServerModelsViewModel.h"
 #include "view_models/settings/StoredKey.h"
 
@@ -35,6 +36,9 @@ class AISettingsViewModel : public QObject {
     Q_PROPERTY(TestState testState READ testState NOTIFY testChanged)
     Q_PROPERTY(QString testMessage READ testMessage NOTIFY testChanged)
     Q_PROPERTY(QString testSuggestion READ testSuggestion NOTIFY testChanged)
+    Q_PROPERTY(morvane::ConnectionFindings *findings READ findings CONSTANT)
+    // What a reply may really have when that is more than the settings name; empty when it isn't.
+    Q_PROPERTY(QString replyLimitNotice READ replyLimitNotice NOTIFY replyLimitChanged)
 
 public:
     enum class TestState { untested, running, succeeded, failed };
@@ -51,6 +55,9 @@ public:
     [[nodiscard]] const QString &testMessage() const { return m_testMessage; }
     [[nodiscard]] const QString &testSuggestion() const { return m_testSuggestion; }
 
+    [[nodiscard]] ConnectionFindings *findings() { return &m_findings; }
+    [[nodiscard]] QString replyLimitNotice() const;
+
     // For the server that the settings name now, and for no other. The empty text removes the key.
     Q_INVOKABLE void saveKey(const QString &key);
     Q_INVOKABLE void test();
@@ -60,6 +67,7 @@ Q_SIGNALS:
     void addressProblemChanged();
     void keyChanged();
     void testChanged();
+    void replyLimitChanged();
 
 private:
     static QCoro::Task<> runTest(QPointer<AISettingsViewModel> self, std::stop_token stop);
@@ -80,6 +88,7 @@ private:
     TestState m_testState = TestState::untested;
     QString m_testMessage;
     QString m_testSuggestion;
+    ConnectionFindings m_findings;
     TaskHandle m_test;
 };
 

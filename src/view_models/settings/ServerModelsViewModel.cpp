@@ -42,7 +42,32 @@ void ServerModelsViewModel::finish(const QStringList &names, const QString &prob
     m_isFetching = false;
     m_names = names;
     m_problem = problem;
+    find();
     Q_EMIT changed();
+}
+
+void ServerModelsViewModel::setFilter(const QString &filter)
+{
+    if (m_filter == filter)
+        return;
+    m_filter = filter;
+    find();
+    Q_EMIT filterChanged();
+}
+
+QString ServerModelsViewModel::nameAt(int row) const
+{
+    return m_found.data(m_found.index(row)).toString();
+}
+
+void ServerModelsViewModel::find()
+{
+    QStringList found = m_names;
+    const QStringList words = m_filter.simplified().split(u' ', Qt::SkipEmptyParts);
+    for (const QString &word : words)
+        found = found.filter(word, Qt::CaseInsensitive);
+    if (found != m_found.stringList())
+        m_found.setStringList(found);
 }
 
 void ServerModelsViewModel::forget()

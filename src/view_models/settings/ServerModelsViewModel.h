@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QStringList>
+#include <QStringListModel>
 #include <QtQml/qqmlregistration.h>
 
 #include <functional>
@@ -18,7 +19,10 @@ class ServerModelsViewModel : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
-    Q_PROPERTY(QStringList names READ names NOTIFY changed)
+    // Those of the names that hold each word of the filter, as the role "display".
+    Q_PROPERTY(QAbstractItemModel *found READ found CONSTANT)
+    Q_PROPERTY(QString filter READ filter WRITE setFilter NOTIFY filterChanged)
+    Q_PROPERTY(qsizetype count READ count NOTIFY changed) // of all, whatever the filter
     Q_PROPERTY(bool isFetching READ isFetching NOTIFY changed)
     Q_PROPERTY(QString problem READ problem NOTIFY changed) // why there are none; empty for none
 
@@ -28,7 +32,11 @@ public:
 
     explicit ServerModelsViewModel(Lister lister, QObject *parent = nullptr);
 
-    [[nodiscard]] const QStringList &names() const { return m_names; }
+    [[nodiscard]] QAbstractItemModel *found() { return &m_found; }
+    [[nodiscard]] const QString &filter() const { return m_filter; }
+    void setFilter(const QString &filter);
+    [[nodiscard]] qsizetype count() const { return m_names.size(); }
+    Q_INVOKABLE QString nameAt(int row) const; // of those found; empty for no such row
     [[nodiscard]] bool isFetching() const { return m_isFetching; }
     [[nodiscard]] const QString &problem() const { return m_problem; }
 
@@ -39,13 +47,18 @@ public:
 
 Q_SIGNALS:
     void changed();
+    void filterChanged();
 
 private:
     static QCoro::Task<> fetchNames(QPointer<ServerModelsViewModel> self, std::stop_token stop);
     void finish(const QStringList &names, const QString &problem);
 
     Lister m_lister;
+    void find();
+
     QStringList m_names;
+    QStringListModel m_found;
+    QString m_filter;
     QString m_problem;
     bool m_isFetching = false;
     TaskHandle m_fetch;

@@ -122,7 +122,7 @@ FocusScope {
                 Layout.fillWidth: true
                 visible: wanted
                 part: "chat/ErrorNotice.qml"
-                given: ({ chat: root.chat })
+                given: ({ chat: root.chat, shell: root.shell })
                 wanted: root.chat.hasBanner
             }
             Repeater {

@@ -8,6 +8,7 @@ Rectangle {
     id: root
 
     required property ChatViewModel chat
+    required property ShellViewModel shell
     readonly property string message: chat.banner.message
     readonly property string suggestion: chat.banner.suggestion
     readonly property string quotation: chat.banner.quotation
@@ -56,6 +57,13 @@ Rectangle {
                 visible: text.length > 0
                 text: root.suggestion
             }
+        }
+        PushButton {
+            objectName: "raiseReplyLimit"
+            Layout.alignment: Qt.AlignTop
+            visible: root.chat.banner.mayRaiseReplyLimit
+            text: qsTr("Longest Reply…")
+            onClicked: root.shell.replyLimitRequested()
         }
         PushButton {
             objectName: "retry"

@@ -11,6 +11,12 @@ SettingsPage {
     required property SettingsStore settings
     property string keychainNotice
 
+    function focusReplyLimit() {
+        root.contentY = Math.max(0, Math.min(replies.mapToItem(root.contentItem, 0, 0).y - Theme.gap24,
+            root.contentHeight - root.height));
+        replyLimit.forceActiveFocus(Qt.OtherFocusReason);
+    }
+
     title: qsTr("AI")
 
     SettingsCard {
@@ -71,8 +77,11 @@ SettingsPage {
             onRemoveChosen: root.ai.saveKey("")
         }
         ConnectionTest { ai: root.ai }
+        ConnectionFindingList { findings: root.ai.findings }
     }
     SettingsCard {
+        id: replies
+
         heading: qsTr("Replies")
 
         SettingsRow {
@@ -98,9 +107,12 @@ SettingsPage {
         }
         SettingsRow {
             title: qsTr("Longest reply")
-            explanation: qsTr("In tokens. A longer reply stops there and offers to go on.")
+            explanation: (qsTr("In tokens. A longer reply stops there and offers to go on.") + " "
+                + root.ai.replyLimitNotice).trim()
 
             NumberBox {
+                id: replyLimit
+
                 objectName: "maxOutputTokens"
                 from: 1
                 to: 1000000

@@ -11,7 +11,7 @@ SettingsRow {
 
     title: qsTr("Connection")
     explanation: running ? qsTr("Asking the server…")
-        : ai.testState === AISettingsViewModel.TestState.untested ? qsTr("Asks the server for a short reply.")
+        : ai.testState === AISettingsViewModel.TestState.untested ? qsTr("Asks the server for short replies, to see what works.")
         : (ai.testMessage + " " + ai.testSuggestion).trim()
     explanationInk: ai.testState === AISettingsViewModel.TestState.succeeded ? Theme.success
         : ai.testState === AISettingsViewModel.TestState.failed ? Theme.danger : Theme.secondary

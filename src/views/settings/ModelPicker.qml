@@ -11,6 +11,7 @@ T.Popup {
 
     required property ServerModelsViewModel models
     property string current
+    readonly property bool isLong: models.count > 8
 
     signal chosen(string name)
 
@@ -21,11 +22,14 @@ T.Popup {
 
     objectName: "modelPicker"
     implicitWidth: 300
-    implicitHeight: Math.max(state.visible ? state.implicitHeight : 0, list.height) + 2 * padding
+    implicitHeight: column.implicitHeight + 2 * padding
     padding: 6
     margins: 8
     focus: true
-    onAboutToShow: models.fetch()
+    onAboutToShow: {
+        search.clear();
+        models.fetch();
+    }
     onOpened: list.forceActiveFocus()
 
     background: Rectangle {
@@ -34,7 +38,29 @@ T.Popup {
         border.width: 1
         border.color: Theme.hairline
     }
-    contentItem: Item {
+    contentItem: Column {
+        id: column
+
+        spacing: root.isLong ? 6 : 0
+
+        TextBox {
+            id: search
+
+            objectName: "modelSearch"
+            width: parent.width
+            visible: root.isLong
+            placeholderText: qsTr("Search models")
+            inputMethodHints: Qt.ImhNoPredictiveText
+            Accessible.name: qsTr("Search models")
+            onTextChanged: root.models.filter = text
+            onVisibleChanged: if (visible) forceActiveFocus()
+
+            Keys.onDownPressed: {
+                list.currentIndex = 0;
+                list.forceActiveFocus();
+            }
+            onAccepted: if (list.count > 0) root.choose(root.models.nameAt(0))
+        }
         SmallText {
             id: state
 
@@ -42,7 +68,8 @@ T.Popup {
             width: parent.width
             padding: Theme.gap8
             visible: list.count === 0
-            text: root.models.isFetching ? qsTr("Asking the server…") : root.models.problem
+            text: root.models.isFetching ? qsTr("Asking the server…")
+                : root.models.count > 0 ? qsTr("No model has that in its name.") : root.models.problem
             Accessible.role: Accessible.StaticText
             Accessible.name: text
         }
@@ -55,7 +82,8 @@ T.Popup {
             keyNavigationEnabled: true
             highlightMoveDuration: 0
             boundsBehavior: Flickable.StopAtBounds
-            model: root.models.names
+            model: root.models.found
+            onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
             Accessible.role: Accessible.List
             Accessible.name: qsTr("Models of the server")
 
@@ -64,33 +92,32 @@ T.Popup {
             delegate: T.ItemDelegate {
                 id: row
 
-                required property string modelData
-                required property int index
+                required property string edit // the name: "display" means something else to a button
 
                 width: list.width
                 implicitHeight: Theme.controlHeight
                 leftPadding: Theme.gap8
-                text: modelData
-                Accessible.name: modelData
-                onClicked: root.choose(modelData)
+                text: edit
+                Accessible.name: edit
+                onClicked: root.choose(row.edit)
 
                 contentItem: PlainText {
-                    text: row.modelData
+                    text: row.edit
                     font.pixelSize: Theme.smallSize
-                    font.weight: row.modelData === root.current ? Font.DemiBold : Font.Normal
+                    font.weight: row.edit === root.current ? Font.DemiBold : Font.Normal
                     verticalAlignment: Text.AlignVCenter
                     elide: Text.ElideMiddle
                     wrapMode: Text.NoWrap
                 }
                 background: Rectangle {
                     radius: Theme.controlRadius
-                    color: row.hovered ? Theme.hoverWash : row.modelData === root.current ? Theme.currentWash : "transparent"
+                    color: row.hovered ? Theme.hoverWash : row.edit === root.current ? Theme.currentWash : "transparent"
                     border.width: row.ListView.isCurrentItem && list.activeFocus ? Theme.focusWidth : 0
                     border.color: Theme.accent
                 }
             }
-            Keys.onReturnPressed: if (currentIndex >= 0) root.choose(root.models.names[currentIndex])
-            Keys.onEnterPressed: if (currentIndex >= 0) root.choose(root.models.names[currentIndex])
+            Keys.onReturnPressed: if (currentIndex >= 0) root.choose(root.models.nameAt(currentIndex))
+            Keys.onEnterPressed: if (currentIndex >= 0) root.choose(root.models.nameAt(currentIndex))
         }
     }
 }

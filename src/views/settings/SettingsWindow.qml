@@ -22,6 +22,11 @@ T.ApplicationWindow {
 
     signal left()
 
+    function focusReplyLimit() {
+        root.page = "ai";
+        ai.focusReplyLimit();
+    }
+
     width: 860
     height: 620
     minimumWidth: 640
@@ -62,6 +67,8 @@ T.ApplicationWindow {
             currentIndex: root.pages.indexOf(root.page)
 
             AIPage {
+                id: ai
+
                 ai: root.aiSettings
                 settings: root.settings
                 keychainNotice: root.shell.keychainNotice

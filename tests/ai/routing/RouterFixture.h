@@ -23,6 +23,11 @@ public:
     {
         co_return QStringLiteral("ok");
     }
+    [[nodiscard]] QCoro::Task<ReplyTrial> tryReply(AIConfiguration, std::vector<AITool> tools,
+                                                   std::stop_token) override
+    {
+        co_return ReplyTrial{true, !tools.empty()};
+    }
 
     std::vector<AIStreamEvent> reply{AIStream::Text{QStringLiteral("reply")}};
     std::optional<ProviderError> failure; // behind the reply
