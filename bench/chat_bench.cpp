@@ -266,12 +266,12 @@ void streamIntoPlainText(benchmark::State &state)
     }
 }
 
-// While a reply streams in at fifty pieces a second.
-void processorWhileStreaming(benchmark::State &state)
+// While a reply of that scenario streams in at fifty pieces a second.
+void processorWhileStreaming(benchmark::State &state, const char *scenario)
 {
     for ([[maybe_unused]] auto iteration : state) {
         OpenWindow open;
-        open.state().storage().settings->setModel(u"paced-400"_s);
+        open.state().storage().settings->setModel(QString::fromLatin1(scenario));
         open.state().presentation().chat->sendMessage(u"Go"_s, std::nullopt);
         OpenWindow::turnFor(1000);
         report(state, processorShare(), "%");
@@ -287,7 +287,15 @@ BENCHMARK_CAPTURE(scrollRichAnswers, frame, false)
     ->Iterations(1);
 BENCHMARK(scrollPlainTexts)->Name("longest_scroll_step_1000_rich_answers/yardstick")->Iterations(1);
 BENCHMARK_CAPTURE(scrollRichAnswers, memory, true)->Name("memory_of_1000_rich_answers")->Iterations(1);
-BENCHMARK(processorWhileStreaming)->Name("processor_at_50_pieces_a_second")->Iterations(1);
+BENCHMARK_CAPTURE(processorWhileStreaming, lines, "paced-400")
+    ->Name("processor_at_50_pieces_a_second")
+    ->Iterations(1);
+BENCHMARK_CAPTURE(processorWhileStreaming, paragraph, "one-paragraph-18500")
+    ->Name("processor_in_a_paragraph_of_20000_characters")
+    ->Iterations(1);
+BENCHMARK_CAPTURE(processorWhileStreaming, mixed, "mixed-answer-400")
+    ->Name("processor_in_a_mixed_answer")
+    ->Iterations(1);
 BENCHMARK(processorOfPlainText)->Name("processor_at_50_pieces_a_second/yardstick")->Iterations(1);
 BENCHMARK(streamIntoLongChat)->Name("longest_block_while_streaming")->Iterations(1);
 BENCHMARK(streamIntoPlainText)->Name("longest_block_while_streaming/yardstick")->Iterations(1);

@@ -1,12 +1,18 @@
 // What preparing a turn's request takes of the GUI thread, from the history to the messages, the prompt and
-// the tools of the request.
+// the tools of the request, and before that from the records of the chat to the history.
 
 #include "ai/routing/AIRequestRouter.h"
 #include "async/Clock.h"
 #include "async/Work.h"
+#include "models/Conversation.h"
+#include "persistence/ConversationRepository.h"
 #include "persistence/InMemorySettingsRepository.h"
+#include "persistence/PersistenceController.h"
 #include "persistence/SettingsStore.h"
 #include "security/InMemoryKeychainService.h"
+#include "security/ProcessKeySealing.h"
+#include "view_models/chat/MessageListModel.h"
+#include "view_models/chat/TurnHistory.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -91,6 +97,40 @@ void prepare(benchmark::State &state, int messageCount)
     }
 }
 
+// From a chat that was just opened, so that every text is still sealed, and again for its next turn.
+void readChat(benchmark::State &state, bool isOpened)
+{
+    SystemClock clock;
+    const auto store = PersistenceController::inMemory(std::make_shared<ProcessKeySealing>());
+    ConversationRepository repository(store->mainContext(), clock);
+    const auto conversation = repository.create();
+    const std::vector<ContextBuilder::HistoryItem> items = history(2000);
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        const auto message = repository.makeMessage({.id = QUuid::createUuid(),
+                                                     .role = items[i].role,
+                                                     .content = items[i].content,
+                                                     .createdAt = clock.now(),
+                                                     .status = MessageStatus::delivered});
+        if (i % 20 == 1)
+            message->appendToolLine(u"Searched the web for “something”"_s, ToolLineState::finished);
+        conversation->append(message);
+    }
+    auto messages = std::make_unique<MessageListModel>(clock);
+    messages->setMessages(conversation->orderedMessages());
+    for (auto _ : state) {
+        if (!isOpened) {
+            state.PauseTiming();
+            messages = std::make_unique<MessageListModel>(clock);
+            messages->setMessages(conversation->orderedMessages());
+            state.ResumeTiming();
+        }
+        const auto read = TurnHistory::of(*messages, nullptr);
+        benchmark::DoNotOptimize(TurnHistory::carriedBy(read, *conversation, repository));
+        if (read.size() != items.size())
+            throw std::runtime_error("not every message was read");
+    }
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -99,6 +139,10 @@ int main(int argc, char **argv)
     QLoggingCategory::setFilterRules(u"ai.morvane.*=false"_s);
     benchmark::RegisterBenchmark("prepare_30_messages_8_tools", prepare, 30)->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("prepare_2000_messages_8_tools", prepare, 2000)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("read_2000_messages_100_tool_rounds", readChat, true)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("read_2000_sealed_messages_100_tool_rounds", readChat, false)
         ->Unit(benchmark::kMillisecond);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

@@ -60,6 +60,41 @@ Work pacedPieces(Exchange &exchange)
     co_await play(exchange, std::move(reply));
 }
 
+// A paragraph that is long already when its last 400 pieces come.
+Work longParagraph(Exchange &exchange)
+{
+    const QStringList words = wordPieces(u"It wasn't the first time that a lamp, set high on the old tower, "
+                                         u"kept its keeper (a quiet, well-read "
+                                         "woman) awake until morning; she wrote it all down. "_s);
+    Reply reply;
+    QString start;
+    for (qsizetype i = 0; reply.pieces.size() < 400; ++i) {
+        const QString &word = words[i % words.size()];
+        if (start.size() < Scenarios::number(exchange.request().model()))
+            start += word;
+        else
+            reply.pieces.append(word);
+    }
+    reply.pieces.prepend(start);
+    reply.pause = 20ms;
+    co_await play(exchange, std::move(reply));
+}
+
+Work mixedAnswer(Exchange &exchange)
+{
+    const QString part = u"## Heading\n\nSome **strong** words, a [link](https://example.org) and `code` in "
+                         u"a line that wraps.\n\n"
+                         "- one\n- two\n- three\n\n```cpp\nint main() { return 0; }\n```\n\n| a | b "
+                         "|\n|---|---|\n| 1 | 2 |\n\n"
+                         "```stat\n$12M | Price | +12%\n```\n\n"_s;
+    Reply reply;
+    const QStringList pieces = wordPieces(part);
+    for (qsizetype i = 0; i < Scenarios::number(exchange.request().model()); ++i)
+        reply.pieces.append(pieces[i % pieces.size()]);
+    reply.pause = 20ms;
+    co_await play(exchange, std::move(reply));
+}
+
 // The first half of the practice text, or the second when the client asks to go on.
 Work length(Exchange &exchange)
 {
@@ -344,6 +379,10 @@ std::span<const Scenario> Scenarios::replies()
         {"slow"_L1, "the same, after five seconds and half a second between words"_L1, slow},
         {"pieces-N"_L1, "N pieces without pauses"_L1, pieces},
         {"paced-N"_L1, "the same, fifty a second"_L1, pacedPieces},
+        {"one-paragraph-N"_L1, "N characters at once and then fifty pieces a second, all one paragraph"_L1,
+         longParagraph},
+        {"mixed-answer-N"_L1, "N pieces of an answer with every kind of block, fifty a second"_L1,
+         mixedAnswer},
         {"length"_L1, "stops at the output limit; asked to continue, it sends the rest"_L1, length},
         {"tool-call-whole"_L1, "calls the first tool offered, in one piece"_L1, toolCallWhole},
         {"tool-call-split"_L1, "the same call, its arguments in small fragments"_L1, toolCallSplit},
