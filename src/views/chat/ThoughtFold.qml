@@ -47,15 +47,19 @@ ColumnLayout {
         FocusRing { visible: head.visualFocus }
     }
     SelectableText {
+        id: thought
+
+        objectName: "thoughtText"
         Layout.fillWidth: true
         Layout.leftMargin: Theme.gap24
-        objectName: "thoughtText"
         visible: root.unfolded
-        shownText: visible ? root.reply.thinking : ""
+        shownText: root.unfolded ? root.reply.thinking : ""
         color: Theme.secondary
         font.pixelSize: Theme.smallSize
         lineHeight: font.pixelSize * 1.4
         Accessible.name: qsTr("What the model thought: %1").arg(shownText)
+
+        FocusRing { visible: thought.activeFocus }
     }
     Connections {
         target: root.reply
