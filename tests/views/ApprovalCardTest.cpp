@@ -95,6 +95,7 @@ TEST_F(ApprovalCardTest, TakesNothingThatIsBeingTyped)
         settle();
     }
     press(Qt::Key_K, Qt::ControlModifier);
+    m_clock.advance(5s);
     ask();
     EXPECT_TRUE(isAt(m_window, u"Search chats"_s));
 }

@@ -52,7 +52,6 @@ Item {
             (root.isUser ? question : answer).text = root.text;
     }
 
-    enabled: !waits // until then nothing leads into it
     implicitHeight: isUser ? question.implicitHeight : answer.implicitHeight
 
     onTextChanged: root.showText()
