@@ -60,7 +60,7 @@ Column {
                 text: root.words
                 elide: Text.ElideRight
                 wrapMode: Text.Wrap
-                maximumLineCount: 4
+                maximumLineCount: root.outcome === "failed" ? 12 : 2 // why something failed is read to its end
                 Accessible.ignored: true
             }
             SmallText {
