@@ -40,8 +40,11 @@ public:
 
     Identity &add(const MarkdownRenderer::ListItem &item)
     {
-        if (item.depth > 0)
-            m_text += QString(item.depth, item.numbered ? u'1' : u'*');
+        m_text += QString(item.depth, u'>');
+        if (item.number)
+            m_text += u'#' + QString::number(*item.number);
+        if (item.task != MarkdownRenderer::ListItem::Task::none)
+            m_text += item.task == MarkdownRenderer::ListItem::Task::done ? u'x' : u'o';
         return add(item.text);
     }
 
@@ -104,7 +107,7 @@ struct IdentityOf {
     }
     QString operator()(const MarkdownRenderer::Comparison &block) const
     {
-        return Identity("cmp:"_L1).add(block.titles).add(block.rows).text();
+        return Identity("cmp:"_L1).add(block.heading).add(block.titles).add(block.rows).text();
     }
     QString operator()(const MarkdownRenderer::Timeline &block) const
     {

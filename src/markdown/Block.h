@@ -28,9 +28,14 @@ struct Heading {
 struct ListItem {
     static constexpr int deepest = 8;
 
+    enum class Task { none, open, done };
+
     AttributedText text;
-    int depth = 0;         // 0 at the margin; one more under an item that it is indented below
-    bool numbered = false; // of a kind with its list, unless it stands under another item
+    int depth = 0; // 0 at the margin; one more under an item that it is indented below
+    // As it was written, or counted on where the writer only repeats a number. None for an item with a dot.
+    // Of a kind with its list, unless it stands under another item.
+    std::optional<int> number;
+    Task task = Task::none;
     bool operator==(const ListItem &) const = default;
 };
 
@@ -39,7 +44,6 @@ struct BulletList {
     bool operator==(const BulletList &) const = default;
 };
 
-// Counted from 1, whatever numbers were written.
 struct NumberedList {
     QList<ListItem> items;
     bool operator==(const NumberedList &) const = default;
@@ -90,6 +94,7 @@ struct Facts {
 struct Comparison {
     QStringList titles; // 2 to 4
     QList<QStringList> rows;
+    QString heading; // of the labels; mostly empty
     bool operator==(const Comparison &) const = default;
 };
 

@@ -11,8 +11,6 @@ using namespace MarkdownRenderer;
 
 namespace {
 
-constexpr qsizetype fenceLength = 3;
-
 QStringView withoutOuterNewlines(QStringView text)
 {
     const auto first = std::find_if_not(text.begin(), text.end(), LineGrammar::isNewline) - text.begin();
@@ -39,34 +37,49 @@ Block blockOf(const std::optional<QString> &language, QStringView code)
 
 void BlockReader::addLine(QStringView line, Blocks &ended)
 {
-    const QStringView words = LineGrammar::trimmed(line);
-    const qsizetype at = LineGrammar::fence(words);
-    if (at >= 0) {
-        const QStringView before = LineGrammar::trimmed(words.first(at));
-        const QStringView behind = LineGrammar::trimmed(words.sliced(at + fenceLength));
-        m_fence ? closeAt(before, behind, ended) : openAt(before, behind, ended);
-    } else if (m_fence) {
-        addCode(line);
-    } else {
+    if (m_fence)
+        addFencedLine(line, ended);
+    else if (const auto fence = LineGrammar::openingFence(LineGrammar::trimmed(line)))
+        open(*fence, line, ended);
+    else
         m_text.addLine(line, ended);
-    }
 }
 
-void BlockReader::openAt(QStringView before, QStringView behind, Blocks &ended)
+void BlockReader::open(const LineGrammar::Fence &fence, QStringView line, Blocks &ended)
 {
-    if (!before.isEmpty())
+    const QStringView words = LineGrammar::trimmed(line);
+    const QStringView before = LineGrammar::trimmed(words.first(fence.start));
+    const QStringView behind = LineGrammar::trimmed(words.sliced(fence.start + fence.length));
+    const auto quoted = LineGrammar::withoutQuoteMarks(before, LineGrammar::mostQuoteMarks);
+    const qsizetype itemStart = LineGrammar::itemWords(words);
+    const int indent = LineGrammar::indentation(line);
+    if (itemStart > 0)
+        m_text.addLine(line.first(line.indexOf(before) + before.size()), ended); // stands where it stood
+    else if (!before.isEmpty() && !(quoted.depth > 0 && LineGrammar::trimmed(quoted.text).isEmpty()))
         m_text.addLine(before, ended);
     m_text.flush(ended);
     m_fence.emplace();
+    m_fence->mark = fence;
+    m_fence->quotes = quoted.depth;
+    if (itemStart > 0)
+        m_fence->indent = indent + static_cast<int>(itemStart);
+    else if (before.isEmpty() && m_text.staysInItem(indent))
+        m_fence->indent = indent;
     if (!behind.isEmpty())
         m_fence->language = behind.toString();
 }
 
-void BlockReader::closeAt(QStringView before, QStringView behind, Blocks &ended)
+void BlockReader::addFencedLine(QStringView line, Blocks &ended)
 {
-    if (!before.isEmpty())
-        addCode(before);
+    line = LineGrammar::withoutQuoteMarks(line, m_fence->quotes).text;
+    const QStringView words = LineGrammar::trimmed(line);
+    const auto closing = LineGrammar::closingFence(words, m_fence->mark);
+    if (!closing) {
+        addCode(LineGrammar::withoutIndentation(line, m_fence->indent));
+        return;
+    }
     endFence(ended);
+    const QStringView behind = LineGrammar::trimmed(words.sliced(*closing));
     if (!behind.isEmpty())
         m_text.addLine(behind, ended);
 }

@@ -1,11 +1,12 @@
 #pragma once
 
+#include "markdown/LineGrammar.h"
 #include "markdown/TextBlockReader.h"
 
 namespace morvane {
 
-// Reads a reply line by line: text as it stands, and what is fenced by "```". Blocks are put behind `ended`
-// once they have ended. A value: a copy reads on by itself.
+// Reads a reply line by line: text as it stands, and what is fenced by "```" or "~~~". Blocks are put behind
+// `ended` once they have ended. A value: a copy reads on by itself.
 class BlockReader {
 public:
     // A line without its line end.
@@ -14,15 +15,25 @@ public:
     void finish(MarkdownRenderer::Blocks &ended);
 
     [[nodiscard]] bool isInFence() const { return m_fence.has_value(); }
+    // What the open fence consists of.
+    [[nodiscard]] QChar fenceMark() const { return m_fence ? m_fence->mark.mark : QChar(); }
+    // Whether the open fence stands in a quote or an item: what is theirs at a line's start isn't code.
+    [[nodiscard]] bool shortensCode() const
+    {
+        return m_fence && (m_fence->quotes > 0 || m_fence->indent > 0);
+    }
 
 private:
     struct OpenFence {
+        LineGrammar::Fence mark;
+        int quotes = 0; // marks that each line of code begins with
+        int indent = 0; // columns that each line of code begins with, behind those
         std::optional<QString> language;
         std::optional<QString> code; // the lines so far, joined by line feeds
     };
 
-    void openAt(QStringView before, QStringView behind, MarkdownRenderer::Blocks &ended);
-    void closeAt(QStringView before, QStringView behind, MarkdownRenderer::Blocks &ended);
+    void open(const LineGrammar::Fence &fence, QStringView line, MarkdownRenderer::Blocks &ended);
+    void addFencedLine(QStringView line, MarkdownRenderer::Blocks &ended);
     void addCode(QStringView line);
     void endFence(MarkdownRenderer::Blocks &ended);
 

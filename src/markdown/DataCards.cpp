@@ -24,7 +24,6 @@ constexpr qsizetype mostPoints = 12;
 constexpr qsizetype mostQuotes = 10;
 constexpr qsizetype fewestTitles = 2;
 constexpr qsizetype mostTitles = 4;
-constexpr qsizetype mostLettersOfANumber = 3;
 
 Lines linesOf(QStringView text)
 {
@@ -47,14 +46,6 @@ bool startsWithTwo(const QStringList &parts)
     return parts.size() >= 2 && !parts[0].isEmpty() && !parts[1].isEmpty();
 }
 
-bool looksNumeric(QStringView text)
-{
-    const auto isLetter = [](QChar c) { return c.isLetter(); };
-    const auto isDigit = [](QChar c) { return c.isDigit(); };
-    return std::any_of(text.begin(), text.end(), isDigit) &&
-           std::count_if(text.begin(), text.end(), isLetter) <= mostLettersOfANumber;
-}
-
 std::optional<Block> stats(const Lines &lines)
 {
     Stats card;
@@ -62,7 +53,7 @@ std::optional<Block> stats(const Lines &lines)
         QStringList parts = LineGrammar::parts(line);
         if (!startsWithTwo(parts))
             continue;
-        if (!looksNumeric(parts[0]) && looksNumeric(parts[1]))
+        if (!LineGrammar::looksNumeric(parts[0]) && LineGrammar::looksNumeric(parts[1]))
             parts.swapItemsAt(0, 1);
         card.stats.append({parts[0], parts[1], third(parts)});
     }
@@ -83,16 +74,33 @@ std::optional<Block> facts(const Lines &lines)
     return card;
 }
 
+// The cells of lines that may be written as a table: without "|" at both ends, and without what rules the
+// headers off.
+QList<QStringList> rowsOf(const Lines &lines)
+{
+    QList<QStringList> rows;
+    for (const QStringView line : lines) {
+        if (LineGrammar::isSeparatorRow(line) || LineGrammar::isOpenSeparatorRow(line))
+            continue;
+        rows.append(LineGrammar::isTableRow(line) ? LineGrammar::tableCells(line) : LineGrammar::parts(line));
+    }
+    return rows;
+}
+
 std::optional<Block> comparison(const Lines &lines)
 {
-    if (lines.size() < 2)
+    QList<QStringList> rows = rowsOf(lines);
+    if (rows.size() < 2)
         return std::nullopt;
-    Comparison card{.titles = LineGrammar::parts(lines.first())};
+    Comparison card{.titles = rows.takeFirst(), .rows = {}, .heading = {}};
+    // The headers of a table name the labels' column too.
+    const bool isTable = rows.size() + 1 < lines.size() || LineGrammar::isTableRow(lines.first());
+    if (isTable && card.titles.size() == rows.first().size())
+        card.heading = card.titles.takeFirst();
     card.titles.removeAll(QString());
     if (card.titles.size() < fewestTitles || card.titles.size() > mostTitles)
         return std::nullopt;
-    for (const QStringView line : lines.sliced(1)) {
-        QStringList row = LineGrammar::parts(line);
+    for (QStringList &row : rows) {
         if (row.size() < 2)
             continue;
         row.resize(card.titles.size() + 1);

@@ -1,5 +1,7 @@
 #include "markdown/InlineMarkdown.h"
 
+#include "markdown/SpanMask.h"
+
 #include <QStringEncoder>
 #include <QUrl>
 
@@ -42,7 +44,7 @@ bool isOuterSpace(QChar character)
 enum class Meaning : std::uint8_t {
     none,
     opens,     // changes nothing until one comes that completes
-    delimits,  // emphasis and code, between two runs of the same character
+    delimits,  // emphasis, code and formulas, between two runs of the same character
     completes, // what one that opens has begun, or the "://" of an address
     escapes,   // stands for something else, or makes the next one do so
 };
@@ -54,7 +56,7 @@ constexpr std::array<Meaning, 128> meanings = [] {
             table[static_cast<unsigned char>(c)] = meaning;
     };
     give("[<&", Meaning::opens);
-    give("*_~`", Meaning::delimits);
+    give("*_~`$", Meaning::delimits);
     give(")>;/", Meaning::completes);
     give({"\\\0", 2}, Meaning::escapes);
     return table;
@@ -170,8 +172,10 @@ QString followableLink(const QString &address)
 // piece, so that line ends come out as they went in.
 class SpanBuilder {
 public:
-    SpanBuilder(QStringView original, const QByteArray &document, AttributedText &result)
+    SpanBuilder(QStringView original, const QList<SpanMask::Stretch> &formulas, const QByteArray &document,
+                AttributedText &result)
         : m_original(original)
+        , m_formulas(formulas)
         , m_document(document)
         , m_result(result)
         , m_isAscii(document.size() == opening.size() + original.size() + closing.size())
@@ -253,10 +257,28 @@ private:
         const qsizetype from = bytes.data() - m_document.constData();
         const qsizetype start = originalOffset(from);
         const QStringView piece = m_original.sliced(start, originalOffset(from + bytes.size()) - start);
-        if (type == MD_TEXT_NORMAL && piece.contains(u'\\'))
-            appendWithoutHardBreaks(piece, from > 0 && m_document[from - 1] == '\\');
+        if (type == MD_TEXT_NORMAL)
+            appendWords(piece, start, from > 0 && m_document[from - 1] == '\\');
         else
             append(piece);
+    }
+
+    // `start` is the place of the piece in the original.
+    void appendWords(QStringView piece, qsizetype start, bool escaped)
+    {
+        qsizetype at = 0;
+        for (; m_formula < m_formulas.size(); ++m_formula) {
+            const qsizetype formula = m_formulas[m_formula].start - start;
+            const qsizetype length = m_formulas[m_formula].length;
+            if (formula >= piece.size())
+                break;
+            if (formula < at)
+                continue; // of an address that isn't shown
+            appendWithoutHardBreaks(piece.sliced(at, formula - at), escaped && at == 0);
+            append(piece.sliced(formula, length), AttributedText::Code);
+            at = formula + length;
+        }
+        appendWithoutHardBreaks(piece.sliced(at), escaped && at == 0);
     }
 
     // A backslash at the end of a line asks for a line break, which is there already. `escaped` says that the
@@ -273,9 +295,9 @@ private:
         append(piece.sliced(from));
     }
 
-    void append(QStringView piece)
+    void append(QStringView piece, AttributedText::Formats more = {})
     {
-        m_result.append(piece, formats(), m_links.isEmpty() ? QString() : m_links.last());
+        m_result.append(piece, formats() | more, m_links.isEmpty() ? QString() : m_links.last());
     }
 
     // Pieces come in order, so the two offsets go forward together.
@@ -292,6 +314,8 @@ private:
     }
 
     QStringView m_original;
+    const QList<SpanMask::Stretch> &m_formulas;
+    qsizetype m_formula = 0; // the next one
     const QByteArray &m_document;
     AttributedText &m_result;
     bool m_isAscii; // a byte for each UTF-16 unit
@@ -332,8 +356,9 @@ AttributedText InlineMarkdown::parse(QStringView text)
     result.text.reserve(text.size());
     result.append(text.first(first));
     const QStringView core = parsed.sliced(first, last - first);
-    const auto document = documentOf(core);
-    if (!document || !SpanBuilder(core, *document, result).parse()) {
+    const SpanMask::Masked masked = SpanMask::of(core);
+    const auto document = documentOf(masked.text);
+    if (!document || !SpanBuilder(core, masked.formulas, *document, result).parse()) {
         plain.append(text);
         return plain;
     }

@@ -1,5 +1,7 @@
 #include "markdown/LineGrammar.h"
 
+#include "markdown/CodeSpans.h"
+
 #include <algorithm>
 
 namespace morvane {
@@ -13,6 +15,9 @@ constexpr qsizetype shortestDivider = 3;
 constexpr qsizetype shortestTableRow = 3;
 constexpr qsizetype mostDigits = 3;
 constexpr int columnsOfTab = 4;
+constexpr qsizetype shortestFence = 3;
+constexpr qsizetype taskMarkLength = 3;
+constexpr qsizetype mostLettersOfANumber = 3; // a unit, such as "km" or "USD"
 
 qsizetype runLength(QStringView text, QChar character)
 {
@@ -56,6 +61,18 @@ int LineGrammar::indentation(QStringView line)
     return columns;
 }
 
+QStringView LineGrammar::withoutIndentation(QStringView line, int columns)
+{
+    qsizetype at = 0;
+    while (at < line.size() && (line[at] == u' ' || line[at] == u'\t')) {
+        columns -= line[at] == u'\t' ? columnsOfTab : 1;
+        if (columns < 0)
+            break;
+        ++at;
+    }
+    return line.sliced(at);
+}
+
 bool LineGrammar::isNewline(QChar character)
 {
     return (character >= u'\n' && character <= u'\r') || character == QChar(0x85) ||
@@ -93,7 +110,7 @@ std::optional<QStringView> LineGrammar::bulletItem(QStringView line)
     return nonEmpty(trimmed(line.sliced(2)));
 }
 
-std::optional<QStringView> LineGrammar::numberedItem(QStringView line)
+std::optional<LineGrammar::NumberedLine> LineGrammar::numberedItem(QStringView line)
 {
     const auto digits = std::find_if_not(line.begin(), line.end(), isDigit) - line.begin();
     if (digits < 1 || digits > mostDigits)
@@ -101,12 +118,37 @@ std::optional<QStringView> LineGrammar::numberedItem(QStringView line)
     const QStringView rest = line.sliced(digits);
     if (!rest.startsWith(". "_L1) && !rest.startsWith(") "_L1))
         return std::nullopt;
-    return nonEmpty(trimmed(rest.sliced(2)));
+    const QStringView text = trimmed(rest.sliced(2));
+    if (text.isEmpty())
+        return std::nullopt;
+    return NumberedLine{line.first(digits).toInt(), text};
+}
+
+qsizetype LineGrammar::itemWords(QStringView line)
+{
+    if (const auto item = bulletItem(line))
+        return item->data() - line.data();
+    const auto step = numberedItem(line);
+    return step ? step->text.data() - line.data() : 0;
+}
+
+std::optional<LineGrammar::TaskWords> LineGrammar::task(QStringView item)
+{
+    if (item.size() <= taskMarkLength || item[0] != u'[' || item[2] != u']' ||
+        !item[taskMarkLength].isSpace() || !QStringView(u" xX").contains(item[1]))
+        return std::nullopt;
+    return TaskWords{item[1] != u' ', trimmed(item.sliced(taskMarkLength))};
+}
+
+bool LineGrammar::mayBecomeTask(QStringView item)
+{
+    return item.startsWith(u'[') && item.size() <= taskMarkLength;
 }
 
 bool LineGrammar::isTableRow(QStringView line)
 {
-    return line.size() >= shortestTableRow && line.front() == u'|' && line.back() == u'|';
+    return line.size() >= shortestTableRow && line.front() == u'|' && line.back() == u'|' &&
+           !line.endsWith("\\|"_L1);
 }
 
 bool LineGrammar::isSeparatorRow(QStringView line)
@@ -115,21 +157,87 @@ bool LineGrammar::isSeparatorRow(QStringView line)
            std::all_of(line.begin(), line.end(), [](QChar c) { return QStringView(u"-|: ").contains(c); });
 }
 
-QList<QStringView> LineGrammar::tableCells(QStringView row)
+bool LineGrammar::isOpenSeparatorRow(QStringView line)
 {
-    QList<QStringView> cells;
-    for (const QStringView cell : row.sliced(1).chopped(1).tokenize(u'|'))
-        cells.append(trimmed(cell));
+    const auto isOfSeparator = [](QChar c) { return QStringView(u"-|: ").contains(c); };
+    if (!line.contains(u'|') || !std::all_of(line.begin(), line.end(), isOfSeparator))
+        return false;
+    const QStringList cells = tableCells(line);
+    return cells.size() >= 2 && std::all_of(cells.begin(), cells.end(), [](QStringView cell) {
+               cell = cell.sliced(cell.startsWith(u':') ? 1 : 0);
+               cell.chop(cell.endsWith(u':') ? 1 : 0);
+               return !cell.isEmpty() && runLength(cell, u'-') == cell.size();
+           });
+}
+
+QStringList LineGrammar::tableCells(QStringView row)
+{
+    if (row.size() > 1 && row.back() == u'|' && !row.endsWith("\\|"_L1))
+        row.chop(1);
+    row = row.sliced(row.startsWith(u'|') ? 1 : 0);
+    CodeSpans code(row);
+    QStringList cells;
+    QString cell;
+    const auto end = [&] {
+        cells.append(cell.trimmed());
+        cell.clear();
+    };
+    for (qsizetype at = 0; at < row.size();) {
+        const QChar c = row[at];
+        const bool escapes = c == u'\\' && at + 1 < row.size() && row[at + 1] == u'|';
+        const qsizetype next = c == u'`' ? code.endOfSpan(at) : at + (escapes ? 2 : 1);
+        if (c == u'|')
+            end();
+        else if (c == u'`')
+            cell += row.sliced(at, next - at).toString().replace("\\|"_L1, "|"_L1);
+        else
+            cell += row[next - 1];
+        at = next;
+    }
+    end();
     return cells;
 }
 
-qsizetype LineGrammar::fence(QStringView line)
+std::optional<LineGrammar::Fence> LineGrammar::openingFence(QStringView line)
 {
-    for (qsizetype at = line.indexOf(u'`'); at >= 0; at = line.indexOf(u'`', at + 1)) {
-        if (line.sliced(at).startsWith(u"```"))
-            return at;
+    const QStringView inner = trimmed(withoutQuoteMarks(line, mostQuoteMarks).text);
+    const qsizetype tildes = runLength(inner, u'~');
+    if (tildes >= shortestFence && !inner.sliced(tildes).contains(u'~'))
+        return Fence{line.size() - inner.size(), tildes, u'~'};
+    for (qsizetype at = line.indexOf(u'`'); at >= 0; at = line.indexOf(u'`', at)) {
+        const qsizetype length = runLength(line.sliced(at), u'`');
+        if (length >= shortestFence)
+            return Fence{at, length, u'`'};
+        at += length;
     }
-    return -1;
+    return std::nullopt;
+}
+
+std::optional<qsizetype> LineGrammar::closingFence(QStringView line, const Fence &opening)
+{
+    const qsizetype length = runLength(line, opening.mark);
+    return length >= opening.length ? std::optional(length) : std::nullopt;
+}
+
+LineGrammar::QuotedLine LineGrammar::withoutQuoteMarks(QStringView line, int most)
+{
+    QuotedLine quoted{0, line};
+    while (quoted.depth < most) {
+        const QStringView rest = withoutIndentation(quoted.text, indentation(quoted.text));
+        if (!rest.startsWith(u'>'))
+            break;
+        quoted.text = rest.sliced(rest.startsWith(u"> ") ? 2 : 1);
+        ++quoted.depth;
+    }
+    return quoted;
+}
+
+bool LineGrammar::looksNumeric(QStringView text)
+{
+    const auto isLetter = [](QChar c) { return c.isLetter(); };
+    const auto isAnyDigit = [](QChar c) { return c.isDigit(); };
+    return std::any_of(text.begin(), text.end(), isAnyDigit) &&
+           std::count_if(text.begin(), text.end(), isLetter) <= mostLettersOfANumber;
 }
 
 QStringList LineGrammar::parts(QStringView line)

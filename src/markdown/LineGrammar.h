@@ -17,6 +17,8 @@ namespace LineGrammar {
 
 // Columns of white space at its start; a tab counts as four.
 [[nodiscard]] int indentation(QStringView line);
+// Without that many columns of white space at its start, or as many as it has.
+[[nodiscard]] QStringView withoutIndentation(QStringView line, int columns);
 
 [[nodiscard]] bool isNewline(QChar character);
 
@@ -31,15 +33,53 @@ struct HeadingLine {
 // The words behind the mark.
 [[nodiscard]] std::optional<QStringView> quote(QStringView line);
 [[nodiscard]] std::optional<QStringView> bulletItem(QStringView line);
-[[nodiscard]] std::optional<QStringView> numberedItem(QStringView line);
+struct NumberedLine {
+    int number; // 0 to 999
+    QStringView text;
+};
+[[nodiscard]] std::optional<NumberedLine> numberedItem(QStringView line);
 
+// How many characters lead up to an item's words, of either kind; 0 for no item.
+[[nodiscard]] qsizetype itemWords(QStringView line);
+
+struct TaskWords {
+    bool done;
+    QStringView text; // not empty
+};
+// The words of an item behind a task mark, "[ ]" or "[x]".
+[[nodiscard]] std::optional<TaskWords> task(QStringView item);
+// Whether more words may make a task of an item that is none yet.
+[[nodiscard]] bool mayBecomeTask(QStringView item);
+
+// Between "|" at both ends.
 [[nodiscard]] bool isTableRow(QStringView line);
 [[nodiscard]] bool isSeparatorRow(QStringView line);
-// The cells of a table row, trimmed.
-[[nodiscard]] QList<QStringView> tableCells(QStringView row);
+// The same for two columns or more, with or without "|" at the ends.
+[[nodiscard]] bool isOpenSeparatorRow(QStringView line);
+// The cells of a table row, trimmed. "\|" is a "|" of a cell, and so is one in code.
+[[nodiscard]] QStringList tableCells(QStringView row);
 
-// Place of the first "```", or -1.
-[[nodiscard]] qsizetype fence(QStringView line);
+struct Fence {
+    qsizetype start = 0;
+    qsizetype length = 0; // 3 or more
+    QChar mark;
+};
+// The first run of "`" anywhere in the line, or one of "~" at the start of it or of what it quotes.
+[[nodiscard]] std::optional<Fence> openingFence(QStringView line);
+// The length of the run at the start of the line that ends what such a fence opened; nothing when none does.
+[[nodiscard]] std::optional<qsizetype> closingFence(QStringView line, const Fence &opening);
+
+constexpr int mostQuoteMarks = 8;
+
+struct QuotedLine {
+    int depth; // how many ">" were taken off
+    QStringView text;
+};
+// Takes up to that many ">" off a line's start, each with the space behind it.
+[[nodiscard]] QuotedLine withoutQuoteMarks(QStringView line, int most);
+
+// Whether it holds a digit and few letters, as a number with a unit does.
+[[nodiscard]] bool looksNumeric(QStringView text);
 
 // The parts between "|", trimmed.
 [[nodiscard]] QStringList parts(QStringView line);

@@ -13,7 +13,7 @@ using namespace MarkdownRenderer;
 
 namespace {
 
-// The text at the end of a block, where more words would stand.
+// The text at the end of a block, where more words would stand; null for a card.
 struct LastWords {
     QString *operator()(Paragraph &block) const { return &block.text.text; }
     QString *operator()(Heading &block) const { return &block.text.text; }
@@ -50,6 +50,18 @@ bool endsRow(QStringView line)
     return last != line.rend() && *last == u'|';
 }
 
+template <typename... Kinds>
+bool holdsOneOf(const Block &block)
+{
+    return (std::holds_alternative<Kinds>(block) || ...);
+}
+
+// Blocks whose lines all make a text together: a word behind them is a word of theirs.
+bool isProse(const Block &block)
+{
+    return holdsOneOf<Paragraph, Heading, BulletList, NumberedList, Quote>(block);
+}
+
 // Whether words put behind the line leave what it is, and what its spans are. A letter settles what a line
 // is, as every mark of a line's start stands before it; but a row of a table is known by its end.
 bool canGoOn(QStringView line)
@@ -58,7 +70,14 @@ bool canGoOn(QStringView line)
     const auto isLetter = [](QChar c) { return c.isLetter(); };
     return std::any_of(words.begin(), words.end(), isLetter) && !endsRow(words) &&
            InlineMarkdown::isInert(line.last(1)) && InlineMarkdown::isInert(words.last(1)) &&
-           !lastWord(line).contains("://"_L1);
+           !lastWord(line).contains("://"_L1) &&
+           !LineGrammar::mayBecomeTask(words.sliced(LineGrammar::itemWords(words)));
+}
+
+// Whether a line of code has more than what its place in an item or a quote begins it with.
+bool holdsCode(QStringView line)
+{
+    return std::any_of(line.begin(), line.end(), [](QChar c) { return !c.isSpace() && c != u'>'; });
 }
 
 // Whether more lines can't make a card or a table of it.
@@ -99,11 +118,12 @@ bool StreamingMarkdown::goesOn(QStringView piece) const
     case Growth::none:
         return false;
     case Growth::words:
-        return InlineMarkdown::isInert(piece) && !endsRow(piece);
+        return InlineMarkdown::isInert(piece) && !piece.contains(u'|');
     case Growth::code:
         // Line ends of other kinds than this one would be trimmed from the end too.
-        return std::all_of(piece.begin(), piece.end(), [](QChar c) {
-            return c != u'`' && (c == u'\n' || c == u' ' || c == u'\t' || (c.isPrint() && !c.isSpace()));
+        return std::all_of(piece.begin(), piece.end(), [this](QChar c) {
+            return c != m_reader.fenceMark() && ((c == u'\n' && !m_reader.shortensCode()) || c == u' ' ||
+                                                 c == u'\t' || (c.isPrint() && !c.isSpace()));
         });
     }
     Q_UNREACHABLE();
@@ -151,9 +171,10 @@ StreamingMarkdown::Growth StreamingMarkdown::growth() const
         return Growth::none;
     if (m_reader.isInFence()) {
         const auto *code = std::get_if<Code>(&m_blocks.last());
-        return code && staysCode(*code) ? Growth::code : Growth::none;
+        const bool goesOn = code && staysCode(*code) && (!m_reader.shortensCode() || holdsCode(openLine()));
+        return goesOn ? Growth::code : Growth::none;
     }
-    return canGoOn(openLine()) ? Growth::words : Growth::none;
+    return isProse(m_blocks.last()) && canGoOn(openLine()) ? Growth::words : Growth::none;
 }
 
 } // namespace morvane

@@ -1,31 +1,21 @@
 #include "views/ProseDocument.h"
 
+#include <QFontMetricsF>
 #include <QTextBlock>
 #include <QTextDocument>
-#include <QTextList>
 
 #include <algorithm>
-#include <array>
 
 namespace morvane {
 
 namespace {
 
-constexpr double listIndent = 26;
+constexpr double leastIndent = 26;
+constexpr double gapBehindSign = 8;
 constexpr double gapBetweenItems = 4;
 
 // A longer paragraph stands as several: laying out a line costs more than its length.
 constexpr qsizetype longestParagraph = 4000;
-
-QTextListFormat formatOf(const Prose::Mark &mark)
-{
-    static constexpr std::array bullets{QTextListFormat::ListDisc, QTextListFormat::ListCircle,
-                                        QTextListFormat::ListSquare};
-    QTextListFormat format;
-    format.setIndent(mark.depth + 1);
-    format.setStyle(mark.numbered ? QTextListFormat::ListDecimal : bullets[mark.depth % bullets.size()]);
-    return format;
-}
 
 // Puts words behind the text, with a new paragraph where the open one gets too long.
 void append(AttributedText &whole, QStringView words, const AttributedText::Run &run)
@@ -119,6 +109,9 @@ ProseDocument::Flat ProseDocument::flattened() const
         if (&part != &m_prose.parts.first())
             whole.append(QStringView(u"\u2029"));
         const qsizetype start = whole.text.size();
+        const qsizetype number = &part - &m_prose.parts.first();
+        if (!m_prose.marks.isEmpty())
+            whole.append(QString(m_prose.marks[number].sign + u'\t'));
         const QString words = harmless(part.text);
         qsizetype at = 0;
         for (const AttributedText::Run &run : part.runs) {
@@ -127,19 +120,31 @@ ProseDocument::Flat ProseDocument::flattened() const
             at = run.start + run.length;
         }
         append(whole, QStringView(words).sliced(at), {});
-        if (!m_prose.marks.isEmpty())
-            flat.marks.resize(flat.marks.size() + 1 +
-                                  QStringView(whole.text).sliced(start).count(QChar::ParagraphSeparator),
-                              m_prose.marks[&part - &m_prose.parts.first()]);
+        if (m_prose.marks.isEmpty())
+            continue;
+        const int depth = m_prose.marks[number].depth;
+        flat.marks.append({depth, true});
+        flat.marks.resize(flat.marks.size() +
+                              QStringView(whole.text).sliced(start).count(QChar::ParagraphSeparator),
+                          {depth, false});
     }
     return flat;
+}
+
+// A number of many digits takes more room than a dot.
+double ProseDocument::signWidth() const
+{
+    const QFontMetricsF metrics(textDocument()->defaultFont());
+    double widest = leastIndent - gapBehindSign;
+    for (const Prose::Mark &mark : m_prose.marks)
+        widest = std::max(widest, metrics.horizontalAdvance(mark.sign));
+    return widest + gapBehindSign;
 }
 
 void ProseDocument::showAll()
 {
     m_settled.clear();
     textDocument()->clear();
-    textDocument()->setIndentWidth(listIndent);
     QTextCursor cursor(textDocument());
     QTextBlockFormat paragraph;
     paragraph.setLineHeight(lineHeight(), QTextBlockFormat::MinimumHeight);
@@ -162,27 +167,20 @@ void ProseDocument::write(Flat whole, qsizetype from)
     m_shown = std::move(whole);
 }
 
-// Gives the paragraphs from that place on their marks, and those before it that have other ones now. Those of
-// one kind and depth count on while none that stands higher comes between.
-void ProseDocument::mark(const QList<Prose::Mark> &marks, qsizetype from)
+// Indents the paragraphs from that place on, and those before it that stand elsewhere now.
+void ProseDocument::mark(const QList<ParagraphMark> &marks, qsizetype from)
 {
     const auto ends = std::mismatch(marks.begin(), marks.end(), m_shown.marks.begin(), m_shown.marks.end());
     const qsizetype first = std::min<qsizetype>(
         ends.first - marks.begin(), textDocument()->findBlock(static_cast<int>(from)).blockNumber());
-    QList<QTextList *> open; // at each depth
-    for (QTextBlock block = textDocument()->begin(); block.isValid() && !marks.isEmpty();
-         block = block.next()) {
-        const Prose::Mark &mark = marks[block.blockNumber()];
-        open.resize(mark.depth + 1, nullptr);
-        const QTextListFormat format = formatOf(mark);
-        QTextList *&list = open.last();
-        const bool goesOn = list && list->format().style() == format.style();
-        if (block.blockNumber() < first)
-            list = block.textList();
-        else if (goesOn)
-            list->add(block);
-        else
-            list = QTextCursor(block).createList(format);
+    const double width = signWidth();
+    textDocument()->setIndentWidth(width);
+    for (qsizetype i = first; i < marks.size(); ++i) {
+        QTextBlockFormat format;
+        format.setIndent(marks[i].depth + 1);
+        format.setTextIndent(marks[i].begins ? -width : 0);
+        format.setTabPositions({QTextOption::Tab(width, QTextOption::LeftTab)});
+        QTextCursor(textDocument()->findBlockByNumber(static_cast<int>(i))).mergeBlockFormat(format);
     }
 }
 

@@ -38,16 +38,24 @@ protected:
     void showAll() override;
 
 private:
-    // One text, its paragraphs apart by U+2029, so that places in it are places in the document.
+    // Where a paragraph of a list stands.
+    struct ParagraphMark {
+        int depth = 0;
+        bool begins = false; // with the sign of its item
+        bool operator==(const ParagraphMark &) const = default;
+    };
+    // One text, its paragraphs apart by U+2029, so that marks in it are marks in the document. The sign of
+    // an item is a part of it: a document's own lists all count from 1.
     struct Flat {
         AttributedText text;
-        QList<Prose::Mark> marks; // one for each paragraph of a list
+        QList<ParagraphMark> marks; // one for each paragraph of a list
     };
     [[nodiscard]] Flat flattened() const;
     void change(Flat whole);
     void joinLines();
+    [[nodiscard]] double signWidth() const;
     void write(Flat whole, qsizetype from);
-    void mark(const QList<Prose::Mark> &marks, qsizetype from);
+    void mark(const QList<ParagraphMark> &marks, qsizetype from);
 
     Prose m_prose;
     Flat m_shown;

@@ -28,7 +28,7 @@ QStringList hostileTexts()
     const QString pieces =
         u"[§![§*§*a §_a*§`§```§~~§](§[a](§<§&#§http://a.b/(§>§> §- §# §1. §|§| §|a|\n§-\n§\n§ \n§"
         "\t§\\§\u202e§\u0001§a\u0301§\r§```\n§```chart\na|1\n§```facts\na|1\n```\n§** __ §-§- - §"
-        "12"_s;
+        "12§\\(§\\[§$$§$$a§[^§a|`§\n\\[ a\n§\n- [ ] a\n  §a | b\n-|-\n§**。§\n> ```\n> ~~~\n"_s;
     for (const QString &piece : pieces.split(u'§'))
         texts += repeated(piece);
     texts += repeated(QString(QChar(0xD800)));

@@ -52,7 +52,11 @@ struct SketchOf {
     }
     QString operator()(const ListItem &item) const
     {
-        return QString(item.depth, item.numbered ? u'#' : u'>') + (*this)(item.text);
+        const QString task = item.task == ListItem::Task::none   ? QString()
+                             : item.task == ListItem::Task::done ? u"[x]"_s
+                                                                 : u"[ ]"_s;
+        return QString(item.depth, u'>') + (item.number ? QString::number(*item.number) + u'.' : QString()) +
+               task + (*this)(item.text);
     }
     QString operator()(const Fact &fact) const { return fact.label + u'=' + fact.value; }
     QString operator()(const TimelineEntry &entry) const { return entry.marker + u'=' + entry.text; }
@@ -88,7 +92,8 @@ struct SketchOf {
     }
     QString operator()(const Comparison &block) const
     {
-        return named(u"compare"_s, (*this)(block.titles), listed(block.rows, u"; "_s));
+        const QString heading = block.heading.isEmpty() ? QString() : block.heading + u':';
+        return named(u"compare"_s, heading + (*this)(block.titles), listed(block.rows, u"; "_s));
     }
     QString operator()(const Stats &block) const { return named(u"stats"_s, listed(block.stats)); }
     QString operator()(const Facts &block) const { return named(u"facts"_s, listed(block.facts)); }

@@ -47,7 +47,9 @@ TEST(StreamingMarkdownTest, RandomTextsGiveTheBlocksOfAWholeParse)
 {
     const QString all =
         u"\n§\n\n§```§`§|§|-|\n§| a |§- §* §1. §# §#§> §---§**§_§~~§[§](§)§http://a.b§:§&amp;§\\§"
-        "chart§stat§word§ §  §\t§x§1§9 §é§😀§\r\n§\u00a0§\u2028§<§>§.§a b c"_s;
+        "chart§stat§word§ §  §\t§x§1§9 §é§😀§\r\n§\u00a0§\u2028§<§>§.§a b c§~~~§\n````§\n- [x§] §\n   §\n> "
+        "§§\n-|-\n§a | b"
+        "§$$§\n\\[§\\]§\\(§\\)§^§。§次§<br>§\n   ```\n"_s;
     const QStringList pieces = all.split(u'§');
     std::mt19937 random(20260401);
     for (int round = 0; round < 1500; ++round) {

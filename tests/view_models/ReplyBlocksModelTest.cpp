@@ -111,6 +111,13 @@ TEST(ReplyBlocksModelTest, ARowOfATableWaitsForItsEnd)
     EXPECT_EQ(kindsOf(model), u"table"_s);
     model.setGrowing(false);
     EXPECT_EQ(kindsOf(model), u"table paragraph"_s) << "a row that never ended shows its words";
+    model.setGrowing(true);
+    QString text;
+    for (const QString &piece : {u"a | b\n--- | ---\n1 | 2\n"_s, u"3"_s})
+        model.setText(text += piece);
+    EXPECT_EQ(kindsOf(model), u"table"_s);
+    model.setText(text += u" | 4\nWords\n"_s);
+    EXPECT_EQ(kindsOf(model), u"table paragraph"_s);
 }
 
 TEST(ReplyBlocksModelTest, MarksThatAreAboutToCloseWaitOnce)
@@ -187,6 +194,16 @@ TEST(BlockContentTest, WhatIsTooMuchToDrawIsCountedOrCut)
     const QString code = contentOf(u"```\nab\n"_s + line + u"\ncd"_s).value(u"code"_s).toString();
     EXPECT_EQ(code.count(u'\n'), 4);
     EXPECT_EQ(QString(code).remove(u'\n'), u"ab"_s + line + u"cd"_s) << "nothing is lost";
+}
+
+TEST(BlockContentTest, TablesKeepTheirColumnsInWordsAlone)
+{
+    const auto plain = [](const QString &text) {
+        return BlockContent::plainText(MarkdownRenderer::parse(text).first());
+    };
+    EXPECT_EQ(plain(u"```compare\nA | B\nx | 1 | 2"_s), u"\tA\tB\nx\t1\t2"_s);
+    EXPECT_EQ(plain(u"a | b\n--- | ---\n1<br>2 | 3"_s), u"a\tb\n1 2\t3"_s);
+    EXPECT_EQ(plain(u"2. [x] a\n3. b\n  - c"_s), u"2. ☑ a\n3. b\n  ◦ c"_s);
 }
 
 TEST(BlockContentTest, AWeatherReportHasTheDrawingOfItsWords)

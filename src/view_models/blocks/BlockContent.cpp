@@ -3,6 +3,8 @@
 #include "view_models/blocks/Prose.h"
 #include "view_models/blocks/WeatherGlyph.h"
 
+#include <array>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -18,12 +20,21 @@ QVariant words(const AttributedText &text)
     return QVariant::fromValue(Prose{{text}, {}});
 }
 
+QString signOf(const ListItem &item)
+{
+    static constexpr std::array bullets{u'•', u'◦', u'▪'};
+    QString sign = item.number ? QString::number(*item.number) + u'.' : QString();
+    if (item.task != ListItem::Task::none)
+        sign += (sign.isEmpty() ? QString() : u" "_s) + (item.task == ListItem::Task::done ? u'☑' : u'☐');
+    return sign.isEmpty() ? QString(bullets[item.depth % bullets.size()]) : sign;
+}
+
 Prose proseOf(const QList<ListItem> &items)
 {
     Prose prose;
     for (const ListItem &item : items) {
         prose.parts.append(item.text);
-        prose.marks.append({item.depth, item.numbered});
+        prose.marks.append({item.depth, signOf(item)});
     }
     return prose;
 }
@@ -76,7 +87,7 @@ QVariantMap labelled(const Fact &fact)
 TableWords tableOf(const Comparison &comparison)
 {
     TableWords table;
-    table.headers.append(AttributedText());
+    table.headers.append({comparison.heading, {}});
     for (const QString &title : comparison.titles)
         table.headers.append({title});
     for (const QStringList &row : comparison.rows) {
@@ -92,7 +103,7 @@ QString joined(const QList<AttributedText> &cells)
 {
     QStringList texts;
     for (const AttributedText &cell : cells)
-        texts.append(cell.text);
+        texts.append(QString(cell.text).replace(u'\n', u' '));
     return texts.join(u'\t');
 }
 

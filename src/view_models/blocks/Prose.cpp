@@ -11,17 +11,13 @@ using namespace Qt::StringLiterals;
 QString Prose::plainText() const
 {
     QStringList lines;
-    QList<int> counted; // at each depth, of the numbered items in a row
     for (qsizetype i = 0; i < parts.size(); ++i) {
         if (marks.isEmpty()) {
             lines.append(parts[i].text);
             continue;
         }
         const Mark &mark = marks[i];
-        counted.resize(mark.depth + 1, 0);
-        counted.last() = mark.numbered ? counted.last() + 1 : 0;
-        const QString sign = mark.numbered ? QString::number(counted.last()) + u'.' : u"•"_s;
-        lines.append(QString(qsizetype{2} * mark.depth, u' ') + sign + u' ' + parts[i].text);
+        lines.append(QString(qsizetype{2} * mark.depth, u' ') + mark.sign + u' ' + parts[i].text);
     }
     return lines.join(u'\n');
 }

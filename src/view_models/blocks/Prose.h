@@ -17,7 +17,7 @@ struct Prose {
 public:
     struct Mark {
         int depth = 0; // of the item it stands before
-        bool numbered = false;
+        QString sign;  // "3.", "•", "☑"
         bool operator==(const Mark &) const = default;
     };
 

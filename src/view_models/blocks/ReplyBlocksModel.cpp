@@ -86,9 +86,24 @@ QString ReplyBlocksModel::shownText()
     return m_text.startsWith(m_read) ? m_text.first(std::max(shown, m_read.size())) : m_text.first(shown);
 }
 
+// Where rows do without a "|" at their start, the first words below them are one more until their line says
+// that they aren't.
+QString ReplyBlocksModel::withoutOpenRow(const QString &text) const
+{
+    const bool isBelowTable =
+        !m_blocks.isEmpty() && std::holds_alternative<MarkdownRenderer::Table>(m_blocks.last());
+    const qsizetype lastLine = text.lastIndexOf(u'\n') + 1;
+    if (!m_growing || !isBelowTable || lastLine < 2)
+        return text;
+    const qsizetype rowStart = text.lastIndexOf(u'\n', lastLine - 2) + 1;
+    const QStringView row = LineGrammar::trimmed(QStringView(text).sliced(rowStart, lastLine - rowStart));
+    const bool waits = row.contains(u'|') && !row.startsWith(u'|') && text.startsWith(m_read);
+    return waits ? text.first(std::max(lastLine, m_read.size())) : text;
+}
+
 void ReplyBlocksModel::update()
 {
-    const QString text = shownText();
+    const QString text = withoutOpenRow(shownText());
     if (std::exchange(m_isHolding, m_marks.isHolding()) != m_isHolding)
         Q_EMIT holdingChanged();
     if (text == m_read)

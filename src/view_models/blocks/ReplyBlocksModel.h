@@ -56,6 +56,7 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] QString shownText();
+    [[nodiscard]] QString withoutOpenRow(const QString &text) const;
     void update();
     void show(MarkdownRenderer::Blocks blocks, qsizetype same);
 
