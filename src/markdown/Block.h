@@ -111,8 +111,9 @@ struct Timeline {
 
 struct ChartPoint {
     QString label;
-    double value = 0; // finite
-    QString display;  // the value as it was written
+    double value = 0;  // finite; the digits alone
+    QString display;   // the value as it was written
+    double scaled = 0; // finite; the value with its sign and size, such as thousands, as it is drawn
     bool operator==(const ChartPoint &) const = default;
 };
 

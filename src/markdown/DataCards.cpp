@@ -1,10 +1,10 @@
 #include "markdown/DataCards.h"
 
+#include "markdown/ChartValues.h"
 #include "markdown/LineGrammar.h"
 #include "markdown/TextBlockReader.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace morvane {
 
@@ -123,26 +123,11 @@ std::optional<Block> timeline(const Lines &lines)
     return card;
 }
 
-// The number in a value such as "$60,123"; nothing when what is left is none.
-std::optional<double> numberIn(QStringView text)
-{
-    QString digits;
-    for (const QChar c : text) {
-        if (QStringView(u"0123456789.-").contains(c))
-            digits += c;
-    }
-    bool isNumber = false;
-    const double number = digits.toDouble(&isNumber);
-    if (!isNumber || !std::isfinite(number))
-        return std::nullopt;
-    return number;
-}
-
 std::optional<Block> chart(const Lines &lines)
 {
     ChartSpec card;
     for (const QStringView line : lines) {
-        auto pair = LineGrammar::labelValue(line);
+        auto pair = ChartValues::labelValue(line);
         if (!pair)
             continue;
         const QString key = pair->label.toLower();
@@ -152,11 +137,12 @@ std::optional<Block> chart(const Lines &lines)
             card.title = std::move(pair->value);
         else if (key == "scale"_L1)
             card.logScale = pair->value.toLower() == "log"_L1;
-        else if (const auto value = numberIn(pair->value))
-            card.points.append({std::move(pair->label), *value, std::move(pair->value)});
+        else if (const auto value = ChartValues::number(pair->value))
+            card.points.append({std::move(pair->label), *value, std::move(pair->value), *value});
     }
     if (card.points.size() < fewestPoints || card.points.size() > mostPoints)
         return std::nullopt;
+    ChartValues::scale(card.points);
     return card;
 }
 

@@ -18,6 +18,7 @@ namespace {
 
 constexpr double gap = 8;
 constexpr double widestBar = 48;
+constexpr double leastBar = 2; // what isn't nothing shows
 constexpr double dotRadius = 3.5;
 constexpr double fadedOpacity = 0.45; // of the other bars while one is current
 
@@ -57,6 +58,11 @@ ChartScale ChartPlot::scale() const
 {
     using Spacing = ChartScale::Spacing;
     return {m_values, m_logScale ? Spacing::logarithmic : Spacing::linear, !m_isLine};
+}
+
+bool ChartPlot::isLogarithmic() const
+{
+    return scale().isLogarithmic();
 }
 
 QFont ChartPlot::font() const
@@ -157,7 +163,9 @@ void ChartPlot::paintBars(QPainter *painter, const ChartScale &scale, const QRec
     const double ground = area.bottom() - (scale.isLogarithmic() ? 0 : area.height() * scale.place(0));
     painter->setPen(Qt::NoPen);
     for (qsizetype i = 0; i < m_values.size(); ++i) {
-        const QPointF top = tip(scale, area, i);
+        QPointF top = tip(scale, area, i);
+        if (m_values[i] != 0 && std::abs(top.y() - ground) < leastBar)
+            top.setY(ground + (m_values[i] < 0 ? leastBar : -leastBar));
         painter->setOpacity(m_current < 0 || m_current == i ? 1 : fadedOpacity);
         painter->setBrush(m_color);
         const QRectF bar =

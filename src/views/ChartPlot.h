@@ -18,6 +18,8 @@ class ChartPlot : public QQuickPaintedItem {
     QML_ELEMENT
     Q_PROPERTY(bool isLine MEMBER m_isLine NOTIFY contentChanged)
     Q_PROPERTY(bool logScale MEMBER m_logScale NOTIFY contentChanged)
+    // Whether the scale is one: not all values have a logarithm.
+    Q_PROPERTY(bool isLogarithmic READ isLogarithmic NOTIFY contentChanged)
     Q_PROPERTY(QList<double> values MEMBER m_values NOTIFY contentChanged)
     Q_PROPERTY(QStringList labels MEMBER m_labels NOTIFY contentChanged)
     Q_PROPERTY(int current MEMBER m_current NOTIFY currentChanged) // -1 for none
@@ -29,6 +31,7 @@ class ChartPlot : public QQuickPaintedItem {
 public:
     explicit ChartPlot(QQuickItem *parent = nullptr);
 
+    [[nodiscard]] bool isLogarithmic() const;
     // The point whose column is at that distance from the left; -1 for none.
     Q_INVOKABLE int indexAt(double x) const;
     // The tip of a point.

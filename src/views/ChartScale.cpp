@@ -10,6 +10,7 @@ namespace {
 
 constexpr double wantedSteps = 4;
 constexpr int mostLogTicks = 6;
+constexpr double leastLogHeight = 0.2; // of the lowest bar, in powers of ten
 
 // 1, 2 or 5 times a power of ten.
 double roundStep(double step)
@@ -31,7 +32,7 @@ ChartScale::ChartScale(const QList<double> &values, Spacing spacing, bool fromZe
     if (low <= 0)
         m_spacing = Spacing::linear;
     if (m_spacing == Spacing::logarithmic) {
-        makeLogarithmic(low, high);
+        makeLogarithmic(low, high, fromZero);
         return;
     }
     if (fromZero) {
@@ -57,9 +58,11 @@ void ChartScale::makeLinear(double low, double high)
     }
 }
 
-void ChartScale::makeLogarithmic(double low, double high)
+void ChartScale::makeLogarithmic(double low, double high, bool withGround)
 {
-    const double first = std::floor(std::log10(low));
+    double first = std::floor(std::log10(low));
+    if (withGround && std::log10(low) - first < leastLogHeight)
+        --first;
     const double last = std::max(std::ceil(std::log10(high)), first + 1);
     m_low = first;
     m_high = last;

@@ -9,7 +9,8 @@ class ChartScale {
 public:
     enum class Spacing { linear, logarithmic };
 
-    // From zero on when `fromZero`, as bars need it. Values that have no logarithm make the scale linear.
+    // From zero on when `fromZero`, as bars need it; a logarithmic one from a power of ten that leaves the
+    // lowest bar a height. Values that have no logarithm make the scale linear.
     ChartScale(const QList<double> &values, Spacing spacing, bool fromZero);
 
     // 0 at the bottom, 1 at the top.
@@ -20,7 +21,7 @@ public:
 
 private:
     void makeLinear(double low, double high);
-    void makeLogarithmic(double low, double high);
+    void makeLogarithmic(double low, double high, bool withGround);
 
     Spacing m_spacing;
     double m_low = 0;

@@ -67,7 +67,9 @@ struct SketchOf {
     }
     QString operator()(const ChartPoint &point) const
     {
-        return joined(point.label, QString::number(point.value, 'g', 10), point.display);
+        const QString value = QString::number(point.value, 'g', 10);
+        const QString scaled = QString::number(point.scaled, 'g', 10);
+        return joined(point.label, value == scaled ? value : value + u'~' + scaled, point.display);
     }
     QString joined(const QString &a, const QString &b, const std::optional<QString> &c) const
     {

@@ -15,6 +15,7 @@ TEST(ChartScaleTest, ValuesStandBetweenRoundTicks)
     const ChartScale log({20, 5500}, Spacing::logarithmic, false);
     EXPECT_EQ(log.ticks(), QList<double>({10, 100, 1000, 10'000}));
     EXPECT_DOUBLE_EQ(log.place(100), 1.0 / 3);
+    EXPECT_GT(ChartScale({100, 1e6}, Spacing::logarithmic, true).place(100), 0.1) << "a bar has a height";
     EXPECT_FALSE(ChartScale({0, 5}, Spacing::logarithmic, false).isLogarithmic());
     for (const QList<double> &values :
          {QList<double>{5, 5}, {0, 0}, {-3, -1}, {-1.7e308, 1.7e308}, {1e-300, 2e-300}}) {

@@ -180,7 +180,7 @@ struct ContentOf {
         QStringList labels;
         QStringList displays;
         for (const ChartPoint &point : block.points) {
-            values.append(point.value);
+            values.append(point.scaled);
             labels.append(point.label);
             displays.append(point.display);
         }

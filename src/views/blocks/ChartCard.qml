@@ -22,7 +22,8 @@ DataCard {
         font.weight: Font.DemiBold
     }
     CaptionText {
-        visible: root.content.logScale
+        objectName: "logarithmic"
+        visible: plot.isLogarithmic
         text: qsTr("Logarithmic scale")
     }
     ChartPlot {

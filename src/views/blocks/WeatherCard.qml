@@ -24,7 +24,8 @@ DataCard {
 
             objectName: "weatherGlyph"
             anchors.verticalCenter: parent.verticalCenter
-            width: 44
+            visible: name.length > 0
+            width: visible ? 44 : 0
             height: 44
             name: root.content.glyph
             color: Theme.accent
@@ -33,7 +34,7 @@ DataCard {
             id: words
 
             anchors.left: glyph.right
-            anchors.leftMargin: Theme.gap16
+            anchors.leftMargin: glyph.visible ? Theme.gap16 : 0
             anchors.right: degrees.left
             anchors.rightMargin: Theme.gap16
             anchors.verticalCenter: parent.verticalCenter
