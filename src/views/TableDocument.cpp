@@ -1,9 +1,13 @@
 #include "views/TableDocument.h"
 
+#include "markdown/LineGrammar.h"
+
 #include <QAbstractTextDocumentLayout>
+#include <QFontMetricsF>
 #include <QTextDocument>
 
 #include <algorithm>
+#include <cmath>
 
 namespace morvane {
 
@@ -11,16 +15,8 @@ namespace {
 
 constexpr qsizetype mostRows = 200;
 constexpr qsizetype mostColumns = 30;
-constexpr qsizetype mostLettersOfANumber = 3; // a unit, such as "km" or "USD"
 constexpr double cellPadding = 8;
-
-bool looksNumeric(const QString &text)
-{
-    const auto isDigit = [](QChar c) { return c.isDigit(); };
-    const auto isLetter = [](QChar c) { return c.isLetter(); };
-    return std::any_of(text.begin(), text.end(), isDigit) &&
-           std::count_if(text.begin(), text.end(), isLetter) <= mostLettersOfANumber;
-}
+constexpr double widestCell = 280; // without its padding
 
 } // namespace
 
@@ -52,7 +48,7 @@ bool TableDocument::isNumeric(qsizetype column) const
         const QString &text = m_table.rows[row][column].text;
         if (text.isEmpty())
             continue;
-        if (!looksNumeric(text))
+        if (!LineGrammar::looksNumeric(text))
             return false;
         any = true;
     }
@@ -71,6 +67,13 @@ void TableDocument::showAll()
     format.setCellSpacing(0);
     format.setCellPadding(cellPadding);
     format.setMargin(0);
+    QList<QTextLength> constraints;
+    double width = 0;
+    for (const double column : widths(columns)) {
+        constraints.append(QTextLength(QTextLength::FixedLength, column));
+        width += column;
+    }
+    format.setColumnWidthConstraints(constraints);
     QTextCursor cursor(document);
     cursor.beginEditBlock();
     m_grid = cursor.insertTable(drawnRows() + 1, static_cast<int>(columns), format);
@@ -81,7 +84,50 @@ void TableDocument::showAll()
     for (int row = 0; row < drawnRows(); ++row)
         fill(row + 1, m_table.rows[row], numeric);
     cursor.endEditBlock();
+    if (width != m_width) {
+        m_width = width;
+        Q_EMIT widthChanged();
+    }
     measure();
+}
+
+QList<double> TableDocument::widths(qsizetype columns) const
+{
+    QList<double> widths;
+    for (qsizetype column = 0; column < columns; ++column) {
+        double widest = widthOf(m_table.headers[column], true);
+        for (int row = 0; row < drawnRows() && widest < widestCell; ++row)
+            widest = std::max(widest, widthOf(m_table.rows[row][column], false));
+        widths.append(std::min(std::ceil(widest) + 1, widestCell) + 2 * cellPadding);
+    }
+    return widths;
+}
+
+double TableDocument::widthOf(const AttributedText &cell, bool isHeader) const
+{
+    double widest = 0;
+    double line = 0;
+    qsizetype at = 0;
+    const auto measure = [&](qsizetype end, const QTextCharFormat &format) {
+        QFont font = textDocument()->defaultFont();
+        font.setBold(isHeader || format.fontWeight() > QFont::Normal);
+        font.setItalic(format.fontItalic());
+        if (format.hasProperty(QTextFormat::FontFamilies))
+            font.setFamilies(format.fontFamilies().toStringList());
+        const QFontMetricsF metrics(font);
+        const auto pieces = QStringView(cell.text).sliced(at, end - at).split(u'\n');
+        for (const QStringView &piece : pieces) {
+            line = (&piece == &pieces.first() ? line : 0) + metrics.horizontalAdvance(piece.toString());
+            widest = std::max(widest, line);
+        }
+        at = end;
+    };
+    for (const AttributedText::Run &run : cell.runs) {
+        measure(run.start, {});
+        measure(run.start + run.length, format(run));
+    }
+    measure(cell.text.size(), {});
+    return widest;
 }
 
 void TableDocument::fill(int row, const QList<AttributedText> &cells, const QList<bool> &numeric)

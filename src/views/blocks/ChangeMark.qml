@@ -7,6 +7,7 @@ Row {
 
     required property string change
     required property int direction // 1 up, -1 down, 0 neither
+    property real room: Infinity
     readonly property color ink: direction > 0 ? Theme.success : direction < 0 ? Theme.danger : Theme.secondary
 
     spacing: 2
@@ -24,9 +25,9 @@ Row {
         color: root.ink
     }
     SmallText {
+        width: Math.min(implicitWidth, root.room - x)
         text: root.change
         color: root.ink
         font.weight: Font.Medium
-        wrapMode: Text.NoWrap
     }
 }

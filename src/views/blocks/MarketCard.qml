@@ -9,6 +9,7 @@ DataCard {
 
     required property var content
     required property string plainText
+    readonly property bool narrow: width < 480
 
     objectName: "market"
     spacing: 0
@@ -27,7 +28,7 @@ DataCard {
             required property var modelData
 
             width: parent?.width ?? 0
-            height: Math.max(name.implicitHeight, value.implicitHeight) + 2 * Theme.gap8
+            height: Math.max(name.implicitHeight, figures.height) + 2 * Theme.gap8
 
             Rectangle {
                 visible: quote.index > 0
@@ -43,21 +44,42 @@ DataCard {
                 text: quote.modelData.name
                 font.weight: Font.Medium
             }
-            PlainText {
-                id: value
+            // Side by side, or one below the other where that would break them.
+            Grid {
+                id: figures
 
-                anchors.left: name.right
-                anchors.verticalCenter: parent.verticalCenter
-                width: parent.width * 0.32
-                text: quote.modelData.value
-                horizontalAlignment: Text.AlignRight
-            }
-            ChangeMark {
+                readonly property real share: root.narrow ? 0.55 : 0.32
+                readonly property real changeShare: root.narrow ? 0.55 : 0.26
+                readonly property real gap: root.narrow ? 0 : 1 // in the place of a change
+
                 anchors.right: parent.right
                 anchors.verticalCenter: parent.verticalCenter
-                visible: change.length > 0
-                change: quote.modelData.change
-                direction: quote.modelData.direction
+                columns: root.narrow ? 1 : 2
+                columnSpacing: Theme.gap8
+                horizontalItemAlignment: Grid.AlignRight
+                verticalItemAlignment: Grid.AlignVCenter
+
+                PlainText {
+                    objectName: "marketValue"
+                    width: quote.width * figures.share - Theme.gap8
+                    text: quote.modelData.value
+                    horizontalAlignment: Text.AlignRight
+                }
+                Item {
+                    width: quote.width * figures.changeShare - Theme.gap8
+                    height: quote.modelData.change.length > 0 ? mark.height : figures.gap
+
+                    ChangeMark {
+                        id: mark
+
+                        objectName: "marketChange"
+                        anchors.right: parent.right
+                        room: parent.width
+                        visible: change.length > 0
+                        change: quote.modelData.change
+                        direction: quote.modelData.direction
+                    }
+                }
             }
         }
     }

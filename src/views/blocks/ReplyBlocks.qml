@@ -15,6 +15,7 @@ ReplySelection {
     property bool wasWatched: false
     // Known before a layout gives it, so that a new row has its height at once.
     required property real column
+    property real wideColumn: column
 
     signal linkAsked(string address)
 
@@ -95,6 +96,7 @@ ReplySelection {
                 DelegateChoice {
                     roleValue: "table"
                     TableBlock {
+                        room: root.wideColumn
                         onLinkAsked: address => root.linkAsked(address)
                         onCopyAsked: text => root.copyAsked(text)
                     }

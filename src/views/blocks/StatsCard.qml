@@ -42,6 +42,7 @@ DataCard {
                     text: stat.modelData.label
                 }
                 ChangeMark {
+                    room: stat.widest
                     visible: change.length > 0
                     change: stat.modelData.change
                     direction: stat.modelData.direction

@@ -10,6 +10,9 @@ Item {
     required property var content
     required property string plainText
     property bool framed: false
+    // How wide it may get where it needs more than the words around it.
+    property real room: 0
+    readonly property real excess: framed ? 0 : Math.max(0, Math.min(cells.width, room) - width)
 
     signal linkAsked(string address)
     signal copyAsked(string text)
@@ -23,7 +26,8 @@ Item {
     SidewaysView {
         id: view
 
-        width: parent.width
+        x: -Math.round(root.excess / 2)
+        width: parent.width + root.excess
 
         TextEdit {
             id: cells
@@ -37,7 +41,8 @@ Item {
             selectByKeyboard: true
             activeFocusOnTab: true
             textFormat: TextEdit.PlainText
-            wrapMode: TextEdit.NoWrap
+            width: table.width
+            wrapMode: TextEdit.Wrap
             color: Theme.text
             font.pixelSize: Theme.tableSize
             selectionColor: Theme.selection
@@ -88,7 +93,10 @@ Item {
             }
         }
     }
-    FocusRing { visible: cells.activeFocus && Theme.rings }
+    FocusRing {
+        anchors.fill: view
+        visible: cells.activeFocus && Theme.rings
+    }
     CaptionText {
         id: more
 
@@ -97,7 +105,7 @@ Item {
         text: qsTr("%1 more rows; copying the table takes them all.").arg(table.hiddenRows)
     }
     Rectangle {
-        anchors.right: parent.right
+        anchors.right: view.right
         anchors.top: parent.top
         width: copy.width
         height: copy.height

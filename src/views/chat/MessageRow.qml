@@ -104,6 +104,7 @@ Item {
         responding: root.responding
         version: root.version
         versionCount: root.versionCount
+        wideColumn: Math.max(root.column, Math.min(Theme.wideColumnWidth, root.width - 2 * Theme.gap24))
         onCopyAsked: text => root.copyAsked(text)
         onLinkAsked: address => root.linkAsked(address)
         onContinueAsked: root.continueAsked(root.messageId)

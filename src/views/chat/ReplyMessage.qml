@@ -28,6 +28,7 @@ ColumnLayout {
     required property bool responding // a turn runs in this chat
     required property int version
     required property int versionCount
+    property real wideColumn: width
     readonly property string mark: cancelled ? qsTr("You stopped this reply.")
         : interrupted ? qsTr("This reply was interrupted.")
         : !running && !failed && text.length === 0 && thinking.length > 0
@@ -73,6 +74,7 @@ ColumnLayout {
         id: blocks
 
         column: root.width
+        wideColumn: root.wideColumn
         Layout.topMargin: root.toolLines.length > 0 || root.thinking.length > 0 ? 0 : Theme.gap12
         visible: root.text.length > 0
         text: root.text

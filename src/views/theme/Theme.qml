@@ -76,6 +76,7 @@ QtObject {
     readonly property int controlHeight: Math.round(32 * Math.max(1, textScale))
     readonly property int rowHeight: Math.round(36 * Math.max(1, textScale))
     readonly property int columnWidth: 720
+    readonly property int wideColumnWidth: 880 // of tables
     readonly property int focusWidth: 2
 
     // Motion, in milliseconds; a reduced one keeps short fades and nothing that moves.
