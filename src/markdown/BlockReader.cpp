@@ -58,15 +58,14 @@ void BlockReader::open(const LineGrammar::Fence &fence, QStringView line, Blocks
     else if (!before.isEmpty() && !(quoted.depth > 0 && LineGrammar::trimmed(quoted.text).isEmpty()))
         m_text.addLine(before, ended);
     m_text.flush(ended);
-    m_fence.emplace();
-    m_fence->mark = fence;
-    m_fence->quotes = quoted.depth;
+    OpenFence opened{.mark = fence, .quotes = quoted.depth, .indent = 0, .language = {}, .code = {}};
     if (itemStart > 0)
-        m_fence->indent = indent + static_cast<int>(itemStart);
+        opened.indent = indent + static_cast<int>(itemStart);
     else if (before.isEmpty() && m_text.staysInItem(indent))
-        m_fence->indent = indent;
+        opened.indent = indent;
     if (!behind.isEmpty())
-        m_fence->language = behind.toString();
+        opened.language = behind.toString();
+    m_fence = std::move(opened);
 }
 
 void BlockReader::addFencedLine(QStringView line, Blocks &ended)

@@ -20,9 +20,10 @@ struct Size {
 };
 
 constexpr Size words[] = {
-    {"thousand"_L1, 1e3}, {"million"_L1, 1e6}, {"millions"_L1, 1e6}, {"mn"_L1, 1e6},       {"mln"_L1, 1e6},
-    {"mio"_L1, 1e6},      {"billion"_L1, 1e9}, {"bn"_L1, 1e9},       {"billions"_L1, 1e9}, {"bln"_L1, 1e9},
-    {"trillion"_L1, 1e12}, {"trillions"_L1, 1e12}, {"tn"_L1, 1e12},  {"trn"_L1, 1e12},
+    {"thousand"_L1, 1e3}, {"million"_L1, 1e6}, {"millions"_L1, 1e6},  {"mn"_L1, 1e6},
+    {"mln"_L1, 1e6},      {"mio"_L1, 1e6},     {"billion"_L1, 1e9},   {"bn"_L1, 1e9},
+    {"billions"_L1, 1e9}, {"bln"_L1, 1e9},     {"trillion"_L1, 1e12}, {"trillions"_L1, 1e12},
+    {"tn"_L1, 1e12},      {"trn"_L1, 1e12},
 };
 constexpr Size letters[] = {{"k"_L1, 1e3}, {"m"_L1, 1e6}, {"b"_L1, 1e9}, {"t"_L1, 1e12}};
 
@@ -64,8 +65,8 @@ public:
             const QStringView unit = unitOf(point.display);
             m_spellsSizes = m_spellsSizes || isMoney(point.display) || factorOf(words, unit) > 0;
             const bool isShort = !unit.isEmpty() && unit.size() <= longestSymbol;
-            m_hasSymbols = m_hasSymbols ||
-                           (isShort && factorOf(words, unit) == 0 && factorOf(letters, unit) == 0);
+            m_hasSymbols =
+                m_hasSymbols || (isShort && factorOf(words, unit) == 0 && factorOf(letters, unit) == 0);
         }
     }
 
@@ -75,8 +76,8 @@ public:
         const QStringView unit = unitOf(value);
         if (const double factor = factorOf(words, unit); factor > 0)
             return factor;
-        const bool isSize = !m_hasSymbols && !unit.isEmpty() &&
-                            (unit[0].isUpper() || unit == "k"_L1 || m_spellsSizes);
+        const bool isSize =
+            !m_hasSymbols && !unit.isEmpty() && (unit[0].isUpper() || unit == "k"_L1 || m_spellsSizes);
         return isSize ? std::max(factorOf(letters, unit), 1.0) : 1;
     }
 

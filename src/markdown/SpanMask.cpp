@@ -134,8 +134,8 @@ private:
         return at;
     }
 
-    // A parser tells the begin of emphasis from its end by spaces and punctuation beside it. East Asian text has
-    // no spaces, and punctuation where others have one.
+    // A parser tells the begin of emphasis from its end by spaces and punctuation beside it. East Asian text
+    // has no spaces, and punctuation where others have one.
     qsizetype passEmphasis(qsizetype at)
     {
         const qsizetype end = endOfRun(at);
