@@ -82,7 +82,8 @@ public:
         assignSealed(m_columns.sealedDraft, text.isEmpty() ? std::nullopt : std::optional(text));
     }
 
-    // In the order they were added, versions that are set aside included. What is shown and sent is the transcript().
+    // In the order they were added, versions that are set aside included. What is shown and sent is the
+    // transcript().
     [[nodiscard]] const Messages &messages() const;
 
     // By creation time; messages of the same moment stay in the order they were added.

@@ -248,7 +248,8 @@ void ConversationRepository::putBack(const Conversation::Messages &before, Conve
         conversation.append(*message);
         m_context.insert(*message);
     }
-    if (const auto words = firstWords(conversation); words && conversation.title() == Conversation::untitled())
+    if (const auto words = firstWords(conversation);
+        words && conversation.title() == Conversation::untitled())
         conversation.setTitle(titleFrom(*words));
     save();
 }
@@ -330,10 +331,9 @@ void ConversationRepository::remove(Conversation &conversation)
 
 void ConversationRepository::removeEmpty(const Conversation *except)
 {
-    const auto empty =
-        fetch({.where = QByteArray(draft) + " IS NULL AND NOT EXISTS (SELECT 1 FROM " +
-                        RecordTable<ChatMessage>::name +
-                        " WHERE " + owner + " = " + RecordTable<Conversation>::name + "." + idColumn + ")"});
+    const auto empty = fetch({.where = QByteArray(draft) + " IS NULL AND NOT EXISTS (SELECT 1 FROM " +
+                                       RecordTable<ChatMessage>::name + " WHERE " + owner + " = " +
+                                       RecordTable<Conversation>::name + "." + idColumn + ")"});
     for (const auto &conversation : empty) {
         if (conversation.get() != except)
             m_context.remove(*conversation);

@@ -364,12 +364,11 @@ std::vector<SealedText> ObjectContext::sealedTexts(std::int64_t before, std::int
 {
     assertMainThread();
     flush();
-    Statement rows =
-        select<ChatMessage>(joined({"rowid,", ownerColumn, ",", idColumn, ",", contentColumn}),
-                            {.where = joined({"rowid<? AND ", setAsideColumn, " IS NOT 1"}),
-                             .values = {before},
-                             .order = "rowid DESC",
-                             .limit = count});
+    Statement rows = select<ChatMessage>(joined({"rowid,", ownerColumn, ",", idColumn, ",", contentColumn}),
+                                         {.where = joined({"rowid<? AND ", setAsideColumn, " IS NOT 1"}),
+                                          .values = {before},
+                                          .order = "rowid DESC",
+                                          .limit = count});
     std::vector<SealedText> texts;
     while (rows.step()) {
         SealedText &text = texts.emplace_back();

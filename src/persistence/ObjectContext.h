@@ -68,8 +68,8 @@ public:
     template <typename R>
     [[nodiscard]] std::int64_t count(const FetchRequest &request = {});
 
-    // The last `count` messages that are shown and stand before `position`, latest first, for a search to go through all of
-    // them in portions.
+    // The last `count` messages that are shown and stand before `position`, latest first, for a search to go
+    // through all of them in portions.
     [[nodiscard]] std::vector<SealedText> sealedTexts(std::int64_t before, std::int64_t count);
 
     [[nodiscard]] bool hasChanges() const;

@@ -30,12 +30,13 @@ TEST_F(ObjectContextTest, EveryFieldComesBackFromTheStore)
     expectBack(std::type_identity<ChatMessage>(),
                {id, u"assistant"_s, u"sealed \u0001 text"_s, moment, u"odd"_s, u""_s, QUuid::createUuid(),
                 u"name"_s, u"tools"_s, QStringList{u"a.example"_s, u"b \"quoted\", ü"_s}, true, u"place"_s,
-                QUuid::createUuid(), QStringList{u"failed"_s}, QUuid::createUuid(), QUuid::createUuid(), true});
+                QUuid::createUuid(), QStringList{u"failed"_s}, QUuid::createUuid(), QUuid::createUuid(),
+                true});
     expectBack(
         std::type_identity<ChatMessage>(),
         {QUuid::createUuid(), u"user"_s, u""_s, moment, u"delivered"_s, {}, {}, {}, {}, {}, {}, {}, {}});
-    expectBack(std::type_identity<Conversation>(),
-               {id, u"title"_s, moment, moment.addMSecs(1), u"summary"_s, u"persona"_s, u"space"_s, true, u"draft"_s, true});
+    expectBack(std::type_identity<Conversation>(), {id, u"title"_s, moment, moment.addMSecs(1), u"summary"_s,
+                                                    u"persona"_s, u"space"_s, true, u"draft"_s, true});
     expectBack(std::type_identity<ImportedDocument>(), {id, u"name"_s, u"pdf"_s, 1LL << 40, 8, true, moment});
 }
 

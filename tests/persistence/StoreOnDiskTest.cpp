@@ -164,7 +164,8 @@ TEST_F(StoreOnDiskTest, AnOlderStoreTakesWhatCameSinceForGood)
                                 "ALTER TABLE ChatMessage DROP COLUMN toolStates; PRAGMA user_version = 10000";
     const QByteArray before12 =
         "DROP INDEX Conversation_plain; CREATE INDEX Conversation_plain ON Conversation(id) WHERE 0;"
-        "ALTER TABLE Conversation DROP COLUMN sealedDraft; ALTER TABLE Conversation DROP COLUMN carriesPicture;"
+        "ALTER TABLE Conversation DROP COLUMN sealedDraft; ALTER TABLE Conversation DROP COLUMN "
+        "carriesPicture;"
         "ALTER TABLE ChatMessage DROP COLUMN versionGroup; ALTER TABLE ChatMessage DROP COLUMN answers;"
         "ALTER TABLE ChatMessage DROP COLUMN isSetAside;"
         "DROP INDEX ChatMessage_plain; CREATE INDEX ChatMessage_plain ON ChatMessage(id) WHERE 0;"

@@ -95,7 +95,8 @@ private:
     QStringList &m_heard;
 };
 
-// A chat controller over a store, in memory if no other is given, scripted replies and a clock that stands still.
+// A chat controller over a store, in memory if no other is given, scripted replies and a clock that stands
+// still.
 class ChatFixture : public testing::Test {
 protected:
     using Rows = std::vector<std::pair<bool, QString>>; // is user, text

@@ -1,4 +1,5 @@
-// What the person does to messages that stand in the chat: one that is said anew, another version, a deletion.
+// What the person does to messages that stand in the chat: one that is said anew, another version, a
+// deletion.
 
 #include "view_models/ChatFixture.h"
 

@@ -171,24 +171,28 @@ void ChatViewModel::sendEdited()
     if (text.isEmpty())
         return; // an attachment alone is no new words
     cancelEdit();
-    auto plan = m_planner->editing(edited, text, m_open.current());
-    if (!plan)
-        return;
-    m_banner.dismiss();
-    m_delivery.stopSpeaking();
-    Q_EMIT conversationChanged(); // the words may have been its title
-    Q_EMIT conversationsChanged();
-    Q_EMIT messageSent();
-    startTurn(std::move(*plan));
+    makeWay();
+    if (auto plan = m_planner->editing(edited, text, m_open.current()))
+        startSent(std::move(*plan));
 }
 
 void ChatViewModel::sendMessage(const QString &text, const std::optional<ImportedAttachment> &attachment)
 {
     if (!m_open.current())
         return;
+    makeWay();
+    startSent(m_planner->sending(text, attachment, m_open.current()));
+}
+
+// For a turn, before what it writes can fail.
+void ChatViewModel::makeWay()
+{
     m_banner.dismiss();
     m_delivery.stopSpeaking();
-    TurnPlan plan = m_planner->sending(text, attachment, m_open.current());
+}
+
+void ChatViewModel::startSent(TurnPlan plan)
+{
     Q_EMIT conversationChanged(); // the first words gave it a title
     Q_EMIT conversationsChanged();
     Q_EMIT messageSent();
@@ -253,12 +257,9 @@ void ChatViewModel::regenerate()
     if (m_isResponding)
         return;
     cancelEdit();
-    auto plan = m_planner->regenerating(m_open.current());
-    if (!plan)
-        return;
-    m_banner.dismiss();
-    m_delivery.stopSpeaking();
-    startTurn(std::move(*plan));
+    makeWay();
+    if (auto plan = m_planner->regenerating(m_open.current()))
+        startTurn(std::move(*plan));
 }
 
 void ChatViewModel::showVersion(const QString &replyId, int distance)

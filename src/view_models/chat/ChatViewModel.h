@@ -186,6 +186,8 @@ private:
     void tellTitle(const QString &former);
     [[nodiscard]] std::shared_ptr<ChatMessage> idleMessage(const QString &id) const;
     void refreshMessages();
+    void makeWay();
+    void startSent(TurnPlan plan);
     void startTurn(TurnPlan plan);
     void turnEnded(ChatTurn &turn);
     void tellEnding(const ChatTurn &turn);

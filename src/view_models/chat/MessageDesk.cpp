@@ -49,8 +49,8 @@ void MessageDesk::remove(const ChatMessage &message, std::shared_ptr<Conversatio
     m_before = m_conversation->messages();
     keepMarks(*m_conversation, m_repository);
     saving([&] { m_repository.remove(going, *m_conversation); });
-    setDeletedCount(static_cast<int>(
-        std::ranges::count_if(going, [](const auto &gone) { return !gone->isSetAside(); })));
+    setDeletedCount(
+        static_cast<int>(std::ranges::count_if(going, [](const auto &gone) { return !gone->isSetAside(); })));
 }
 
 void MessageDesk::undo()

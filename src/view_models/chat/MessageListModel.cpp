@@ -217,9 +217,9 @@ void MessageListModel::setMessages(Messages messages)
 
 void MessageListModel::take(Messages messages)
 {
-    const bool isSwitch = !m_messages.empty() &&
-                          (messages.empty() ||
-                           messages.front()->conversationID() != m_messages.front()->conversationID());
+    const bool isSwitch =
+        !m_messages.empty() &&
+        (messages.empty() || messages.front()->conversationID() != m_messages.front()->conversationID());
     if (isSwitch)
         reset(std::move(messages));
     else if (isPartOf(messages, m_messages))
@@ -261,9 +261,8 @@ void MessageListModel::replaceRows(Messages messages)
 
 void MessageListModel::findLastQuestion()
 {
-    const auto found = std::find_if(m_messages.rbegin(), m_messages.rend(), [](const auto &message) {
-        return message->role() == MessageRole::user;
-    });
+    const auto found = std::find_if(m_messages.rbegin(), m_messages.rend(),
+                                    [](const auto &message) { return message->role() == MessageRole::user; });
     const int row = static_cast<int>(m_messages.rend() - found) - 1;
     if (std::exchange(m_lastQuestion, row) != row)
         Q_EMIT lastQuestionChanged();

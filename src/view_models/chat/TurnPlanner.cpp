@@ -143,9 +143,8 @@ bool TurnPlanner::isWordless(const ChatMessage &message) const
 std::shared_ptr<ChatMessage> TurnPlanner::lastQuestion() const
 {
     const auto &messages = m_services.messages.messages();
-    const auto found = std::find_if(messages.rbegin(), messages.rend(), [](const auto &message) {
-        return message->role() == MessageRole::user;
-    });
+    const auto found = std::find_if(messages.rbegin(), messages.rend(),
+                                    [](const auto &message) { return message->role() == MessageRole::user; });
     return found == messages.rend() ? nullptr : *found;
 }
 

@@ -30,8 +30,8 @@ struct TurnPlan {
 };
 
 // Makes the plan of a turn, with the records that it needs: from what the person sends, from a reply that
-// failed, from one that hit its limit, from one that is to be made or asked for anew. A record that can't be saved is shown on the desk and kept for the
-// next save; the turn goes on. GUI thread.
+// failed, from one that hit its limit, from one that is to be made or asked for anew. A record that can't be
+// saved is shown on the desk and kept for the next save; the turn goes on. GUI thread.
 class TurnPlanner {
 public:
     // All outlive this object. `messages` shows the conversation that is given to the members.
@@ -82,9 +82,9 @@ private:
     [[nodiscard]] bool isBroken(const ChatMessage &message) const;
     [[nodiscard]] bool isWordless(const ChatMessage &message) const;
     [[nodiscard]] Messages repliesBelow(const ChatMessage &question) const;
-    [[nodiscard]] std::shared_ptr<ChatMessage> makeQuestion(const QString &text,
-                                                            const std::optional<ImportedAttachment> &attachment,
-                                                            const std::optional<QUuid> &group = {}) const;
+    [[nodiscard]] std::shared_ptr<ChatMessage>
+    makeQuestion(const QString &text, const std::optional<ImportedAttachment> &attachment,
+                 const std::optional<QUuid> &group = {}) const;
     [[nodiscard]] std::shared_ptr<ChatMessage> makeReply(const ChatMessage &question,
                                                          const std::optional<QUuid> &group = {}) const;
     Groups setAside(const std::shared_ptr<ChatMessage> &question, const Messages &replies);

@@ -43,6 +43,12 @@ RowLayout {
             Accessible.name: qsTr("This reply came from: %1").arg(text)
         }
     }
+    VersionSwitch {
+        visible: root.versionCount > 1 && root.canSwitch
+        version: root.version
+        count: root.versionCount
+        onStepped: distance => root.versionAsked(distance)
+    }
     IconButton {
         id: copyButton
 
@@ -78,12 +84,6 @@ RowLayout {
         text: qsTr("Reply again")
         glyph: "retry"
         onClicked: root.regenerateAsked()
-    }
-    VersionSwitch {
-        visible: root.versionCount > 1 && root.canSwitch
-        version: root.version
-        count: root.versionCount
-        onStepped: distance => root.versionAsked(distance)
     }
     Item { Layout.fillWidth: true }
     PushButton {

@@ -3,7 +3,7 @@ import QtQuick.Layouts
 import Morvane
 
 // What the person said: a bubble at the right, with what can be done to it beside it. A long one folds.
-ColumnLayout {
+Item {
     id: root
 
     required property string text
@@ -16,63 +16,67 @@ ColumnLayout {
     signal editAsked()
     signal deleteAsked()
 
-    spacing: Theme.gap4
+    implicitHeight: bubble.y + bubble.height + (attachment.visible ? Theme.gap4 + attachment.height : 0)
 
     HoverHandler { id: hover }
 
-    RowLayout {
-        Layout.alignment: Qt.AlignRight
-        Layout.topMargin: Theme.gap16
-        spacing: Theme.gap8
+    MessageTools {
+        anchors.right: bubble.left
+        anchors.rightMargin: Theme.gap8
+        anchors.bottom: bubble.bottom
+        anchors.bottomMargin: Theme.gap8
+        shown: hover.hovered
+        canEdit: root.canEdit
+        canDelete: root.canDelete
+        onEditAsked: root.editAsked()
+        onDeleteAsked: root.deleteAsked()
+    }
+    Rectangle {
+        id: bubble
 
-        MessageTools {
-            Layout.alignment: Qt.AlignBottom
-            Layout.bottomMargin: Theme.gap8
-            shown: hover.hovered
-            canEdit: root.canEdit
-            canDelete: root.canDelete
-            onEditAsked: root.editAsked()
-            onDeleteAsked: root.deleteAsked()
+        anchors.right: parent.right
+        y: Theme.gap16
+        width: Math.max(words.width, unfold.visible ? unfold.width : 0) + 28
+        height: content.height + 20
+        radius: Theme.bubbleRadius
+        color: Theme.bubble
+
+        Column {
+            id: content
+
+            x: 14
+            y: 10
+            spacing: Theme.gap8
+
+            FoldedText {
+                id: words
+
+                widest: root.widest - 28
+                shownText: root.text
+                unfolded: root.unfolded
+                onUnfoldAsked: root.unfolded = true
+            }
+            PushButton {
+                id: unfold
+
+                objectName: "unfoldMessage"
+                visible: words.folds
+                text: root.unfolded ? qsTr("Show less") : qsTr("Show all %1 lines").arg(words.lineCount)
+                onClicked: root.unfolded = !root.unfolded
+            }
         }
-        Rectangle {
-            implicitWidth: Math.max(words.width, unfold.visible ? unfold.implicitWidth : 0) + 28
-            implicitHeight: content.height + 20
-            radius: Theme.bubbleRadius
-            color: Theme.bubble
-
-            Column {
-                id: content
-
-                x: 14
-                y: 10
-                spacing: Theme.gap8
-
-                FoldedText {
-                    id: words
-
-                    widest: root.widest - 28
-                    shownText: root.text
-                    unfolded: root.unfolded
-                    onUnfoldAsked: root.unfolded = true
-                }
-                PushButton {
-                    id: unfold
-
-                    objectName: "unfoldMessage"
-                    visible: words.folds
-                    text: root.unfolded ? qsTr("Show less") : qsTr("Show all %1 lines").arg(words.lineCount)
-                    onClicked: root.unfolded = !root.unfolded
-                }
-            }
-            FocusRing {
-                radius: parent.radius + Theme.focusWidth
-                visible: words.hasFocus && Theme.rings
-            }
+        FocusRing {
+            radius: parent.radius + Theme.focusWidth
+            visible: words.hasFocus && Theme.rings
         }
     }
     RowLayout {
-        Layout.alignment: Qt.AlignRight
-        Layout.maximumWidth: root.widest
+        id: attachment
+
+        anchors.right: parent.right
+        anchors.top: bubble.bottom
+        anchors.topMargin: Theme.gap4
+        width: Math.min(implicitWidth, root.widest)
         visible: root.attachmentName.length > 0
         spacing: Theme.gap4
 
