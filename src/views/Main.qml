@@ -73,14 +73,15 @@ T.ApplicationWindow {
         opened.requestActivate();
     }
 
-    width: 1100
-    height: 760
-    minimumWidth: 420
-    minimumHeight: 520
     title: shell.productName
     color: Theme.page
     onNarrowChanged: overlayOpen = false
 
+    FirstSize {
+        window: window
+        best: Qt.size(1100, 760)
+        least: Qt.size(420, 520)
+    }
     Binding { target: Theme; property: "dark"; value: window.shell.dark }
     Binding {
         target: Theme

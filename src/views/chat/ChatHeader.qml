@@ -1,9 +1,9 @@
 import QtQuick
-import QtQuick.Layouts
 import Morvane
 
-// The title of the open chat, and the sidebar's two buttons while it is hidden.
-RowLayout {
+// The title of the open chat, and the sidebar's two buttons while it is hidden. Placed by bindings: a layout whose
+// items come and go while it is itself being resized leaves them where they were.
+Item {
     id: root
 
     required property string title
@@ -12,30 +12,36 @@ RowLayout {
     signal sidebarChosen()
     signal newChatChosen()
 
-    spacing: Theme.gap4
+    implicitHeight: Theme.gap12 + Theme.controlHeight
 
     IconButton {
+        id: list
+
         objectName: "showSidebar"
-        Layout.leftMargin: Theme.gap12
-        Layout.topMargin: Theme.gap12
+        x: Theme.gap12
+        y: Theme.gap12
         visible: !root.sidebarShown
         text: qsTr("Show the list of chats")
         glyph: "sidebar"
         onClicked: root.sidebarChosen()
     }
     IconButton {
-        Layout.topMargin: Theme.gap12
+        id: begin
+
+        objectName: "headerNewChat"
+        x: list.x + list.width + Theme.gap4
+        y: Theme.gap12
         visible: !root.sidebarShown
         text: qsTr("New Chat")
         glyph: "plus"
         onClicked: root.newChatChosen()
     }
     SmallText {
-        Layout.fillWidth: true
-        Layout.topMargin: Theme.gap12
-        Layout.leftMargin: root.sidebarShown ? Theme.gap24 : Theme.gap8
-        Layout.rightMargin: Theme.gap24
-        Layout.preferredHeight: Theme.controlHeight
+        objectName: "chatTitle"
+        x: root.sidebarShown ? Theme.gap24 : begin.x + begin.width + Theme.gap12
+        y: Theme.gap12
+        width: Math.max(0, root.width - x - Theme.gap24)
+        height: Theme.controlHeight
         text: root.title
         color: Theme.text
         font.weight: Font.Medium

@@ -27,14 +27,15 @@ T.ApplicationWindow {
         ai.focusReplyLimit();
     }
 
-    width: 860
-    height: 620
-    minimumWidth: 640
-    minimumHeight: 420
     title: qsTr("Settings")
     color: Theme.page
     onVisibleChanged: if (!visible) root.left()
 
+    FirstSize {
+        window: root
+        best: Qt.size(860, 620)
+        least: Qt.size(640, 420)
+    }
     Backdrop { anchors.fill: parent }
     Shortcut {
         sequence: "Ctrl+W"
