@@ -28,35 +28,27 @@ Item {
         running: root.onView && !Theme.reduceAnimation
         gesture: root.companion.state
     }
-    Item {
-        id: drawing
+    GhostBody {
+        id: body
 
-        // Drawn on a square of 48 units.
-        readonly property real unit: root.size / 48
+        skin: root.skin
+    }
+    GhostFace {
+        id: face
 
-        width: 48
-        height: 48
-        scale: unit
-        transformOrigin: Item.TopLeft
+        mood: root.companion.state
+        blinking: motion.blinking
+        ink: Theme.ghostInk
+    }
+    GhostSigns {
+        id: signs
 
-        Item {
-            y: -motion.lift
-            width: 48
-            height: 48
-
-            GhostBody { skin: root.skin }
-            GhostFace {
-                id: face
-
-                mood: root.companion.state
-                blinking: motion.blinking
-                ink: Theme.ghostInk
-            }
-        }
-        GhostSigns {
-            mood: root.companion.state
-            skin: root.skin
-        }
+        mood: root.companion.state
+        skin: root.skin
+    }
+    Sketch {
+        anchors.fill: parent
+        shapes: `<g transform="translate(0 ${-motion.lift})">${body.shapes}${face.shapes}</g>${signs.shapes}`
     }
     HoverHandler {
         onHoveredChanged: root.companion.isHovering = hovered

@@ -1,9 +1,8 @@
 import QtQuick
-import QtQuick.Shapes
 import Morvane.ViewModels
 
-// Eyes and mouth, on a square of 48 units. Paths throughout, which stay sharp at any scale.
-Shape {
+// Eyes and mouth, as shapes on a square of 48 units.
+QtObject {
     id: root
 
     required property int mood // a Companion.State
@@ -21,6 +20,8 @@ Shape {
     readonly property string happyEyes: "M15.2 22.6c.8-2.6 4-2.6 4.8 0M28 22.6c.8-2.6 4-2.6 4.8 0"
     readonly property string crossedEyes: "M15.4 18.8l4.4 4.4m0-4.4l-4.4 4.4M28.2 18.8l4.4 4.4m0-4.4l-4.4 4.4"
     readonly property string closedEyes: "M15.4 21.2h4.4M28.2 21.2h4.4"
+    readonly property string shutEyes: mood === Companion.State.error ? crossedEyes
+        : mood === Companion.State.hover ? happyEyes : closedEyes
     readonly property bool eyesAreOpen: !blinking && mood !== Companion.State.hover && mood !== Companion.State.error
     readonly property string mouth: [
         "M21.4 29c1.4 1.5 3.8 1.5 5.2 0",
@@ -39,32 +40,11 @@ Shape {
         return ellipse(x, y, rx, ry) + ellipse(x + 12.8, y, rx, ry);
     }
 
-    width: 48
-    height: 48
-
-    ShapePath {
-        strokeColor: "transparent"
-        fillColor: root.eyesAreOpen ? root.ink : "transparent"
-
-        PathSvg { path: root.openEyes }
-    }
-    ShapePath {
-        strokeColor: root.eyesAreOpen ? "transparent" : root.ink
-        strokeWidth: 2
-        fillColor: "transparent"
-        capStyle: ShapePath.RoundCap
-
-        PathSvg {
-            path: root.mood === Companion.State.error ? root.crossedEyes
-                : root.mood === Companion.State.hover ? root.happyEyes : root.closedEyes
-        }
-    }
-    ShapePath {
-        strokeColor: root.ink
-        strokeWidth: 1.8
-        fillColor: root.mood === Companion.State.speaking ? root.ink : "transparent"
-        capStyle: ShapePath.RoundCap
-
-        PathSvg { path: root.mouth }
-    }
+    readonly property string shapes: `
+        <g stroke="none" fill="${root.ink}"><path d="${root.eyesAreOpen ? root.openEyes : ""}"/></g>
+        <g stroke="${root.ink}" stroke-linecap="round" fill="none">
+            <path stroke-width="2" d="${root.eyesAreOpen ? "" : root.shutEyes}"/>
+            <path stroke-width="1.8" fill="${root.mood === Companion.State.speaking ? root.ink : "none"}"
+                  d="${root.mouth}"/>
+        </g>`
 }

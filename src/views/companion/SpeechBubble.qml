@@ -25,6 +25,7 @@ Rectangle {
         width: 10
         height: 10
         rotation: 45
+        antialiasing: true // turned edges are jagged on OpenGL otherwise
         color: root.color
         border.width: 1
         border.color: Theme.hairline
