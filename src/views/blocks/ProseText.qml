@@ -36,6 +36,7 @@ TextEdit {
     onActiveFocusChanged: if (!activeFocus) deselect()
     onLinkActivated: link => linkAsked(link)
 
+    ReadOnlyKeys { text: root }
     ProseDocument {
         id: prose
 

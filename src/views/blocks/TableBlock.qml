@@ -58,6 +58,7 @@ Item {
             onCursorRectangleChanged: if (activeFocus) view.reveal(cursorRectangle.x - Theme.gap16,
                                                                    cursorRectangle.x + Theme.gap16)
 
+            ReadOnlyKeys { text: cells }
             TableDocument {
                 id: table
 

@@ -25,6 +25,7 @@ TextEdit {
 
     onActiveFocusChanged: if (!activeFocus) deselect()
 
+    ReadOnlyKeys { text: root }
     GrowingText {
         id: growing
 
