@@ -16,6 +16,8 @@
 #include <QLocale>
 #include <QTest>
 
+#include <set>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -343,6 +345,53 @@ TEST_F(SettingsWindowTest, TheLedgerIsFollowedOnlyWhileItIsShown)
     pressKey(Qt::Key_Escape);
     EXPECT_FALSE(m_page->isVisible());
     EXPECT_FALSE(ledger.isWatching());
+}
+
+TEST_F(SettingsWindowTest, LedgerColumnsStandStillUnderTheirHeadingsAndARowOpens)
+{
+    NetworkLedger &ledger = *m_app->assistant().networkLedger;
+    const auto record = [&](const QString &host, const EgressOutcome &outcome) {
+        ledger.record({.startedAt = m_clock.now(), .host = host, .bytesSent = 1234567, .outcome = outcome});
+    };
+    record(u"a-host-whose-name-is-much-longer-than-any-column-could-ever-be.example"_s,
+           {EgressOutcome::Failed{u"The certificate of the server could not be checked at all"_s}});
+    record(u"b.example"_s, {EgressOutcome::Completed{200}});
+    turnTo(u"network"_s);
+    ASSERT_TRUE(eventually([this] { return says(u"b.example"_s); }));
+
+    const auto placesOf = [this](const QString &name) {
+        std::set<double> places;
+        for (const QQuickItem *cell : WindowDriver::allItems(m_page)) {
+            if (cell->objectName() == name && cell->isVisible())
+                places.insert(cell->mapToScene({}).x());
+        }
+        return places;
+    };
+    for (const int width : {860, 640}) {
+        m_page->resize(width, 620);
+        settle();
+        const std::set<double> headings = placesOf(u"ledgerHeading"_s);
+        EXPECT_EQ(headings.size(), width > 700 ? 4U : 3U);
+        for (const QString &column : {u"ledgerTime"_s, u"ledgerPlace"_s, u"ledgerOutcome"_s}) {
+            const std::set<double> cells = placesOf(column);
+            ASSERT_EQ(cells.size(), 1U) << column.toStdString() << " at " << width;
+            EXPECT_TRUE(headings.contains(*cells.begin())) << column.toStdString() << " at " << width;
+        }
+    }
+
+    control(u"ledgerRows"_s)->forceActiveFocus();
+    pressKey(Qt::Key_Return);
+    EXPECT_TRUE(says(u"1.18 MiB (1,234,567 bytes)"_s));
+    ASSERT_NE(control(u"ledgerDetails"_s), nullptr);
+    const double before = control(u"ledgerDetails"_s)->mapToScene({}).y();
+    record(u"c.example"_s, {EgressOutcome::Blocked{u"private data"_s}});
+    ASSERT_TRUE(eventually([this] { return says(u"c.example"_s); }));
+    EXPECT_GT(control(u"ledgerDetails"_s)->mapToScene({}).y(), before) << "the same row, one further down";
+
+    fill(u"ledgerFilter"_s, u"BLOCKED"_s);
+    EXPECT_EQ(control(u"ledgerRows"_s)->property("count").toInt(), 1);
+    fill(u"ledgerFilter"_s, u"nowhere"_s);
+    EXPECT_TRUE(says(u"No connection matches."_s));
 }
 
 TEST_F(SettingsWindowTest, SwitchesApplyAtOnceAndAnAbilityThatIsOffSaysWhy)

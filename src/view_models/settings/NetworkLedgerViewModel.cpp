@@ -19,6 +19,37 @@ namespace {
 // Rows come from any thread, so a panel that is open looks for a new revision this often.
 constexpr std::chrono::milliseconds lookInterval{500};
 
+QString placeOf(const NetworkLedger::Entry &entry)
+{
+    return PrivateNetworkAddress::labelOf(PrivateNetworkAddress::classify(entry.host));
+}
+
+QString sizeInFull(std::int64_t bytes)
+{
+    const QLocale locale;
+    const QString exact = bytes == 1 ? u"1 byte"_s : u"%1 bytes"_s.arg(locale.toString(bytes));
+    return bytes < 1024 ? exact : u"%1 (%2)"_s.arg(locale.formattedDataSize(bytes), exact);
+}
+
+QVariantList detailsOf(const NetworkLedger::Entry &entry)
+{
+    const QDateTime local = entry.startedAt.toLocalTime();
+    const std::pair<QString, QString> facts[] = {
+        {u"Time"_s,
+         QLocale().toString(local.date(), QLocale::LongFormat) + local.time().toString(u", HH:mm:ss"_s)},
+        {u"Host"_s, entry.host},
+        {u"Where it goes"_s, placeOf(entry)},
+        {u"Feature"_s, labelOf(entry.feature)},
+        {u"Your data"_s, LedgerExport::carriedLabels(entry.carrying)},
+        {u"Sent"_s, sizeInFull(entry.bytesSent)},
+        {u"Received"_s, sizeInFull(entry.bytesReceived)},
+        {u"Outcome"_s, entry.outcome.text()}};
+    QVariantList details;
+    for (const auto &[label, value] : facts)
+        details += QVariantMap{{u"label"_s, label}, {u"value"_s, value}};
+    return details;
+}
+
 } // namespace
 
 NetworkLedgerViewModel::NetworkLedgerViewModel(NetworkLedger &ledger, Clock &clock, QObject *parent)
@@ -27,6 +58,9 @@ NetworkLedgerViewModel::NetworkLedgerViewModel(NetworkLedger &ledger, Clock &clo
     , m_clock(clock)
     , m_poll(std::make_unique<QTimer>())
 {
+    m_rows.setSourceModel(this);
+    m_rows.setFilterRole(SearchRole);
+    m_rows.setFilterCaseSensitivity(Qt::CaseInsensitive);
     m_poll->setInterval(lookInterval);
     connect(m_poll.get(), &QTimer::timeout, this, &NetworkLedgerViewModel::refresh);
 }
@@ -40,8 +74,10 @@ int NetworkLedgerViewModel::rowCount(const QModelIndex &parent) const
 
 QHash<int, QByteArray> NetworkLedgerViewModel::roleNames() const
 {
-    return {{TimeRole, "time"},    {HostRole, "host"}, {PlaceRole, "place"},       {FeatureRole, "feature"},
-            {DataRole, "carried"}, {SentRole, "sent"}, {ReceivedRole, "received"}, {OutcomeRole, "outcome"}};
+    return {{TimeRole, "time"},         {HostRole, "host"},       {PlaceRole, "place"},
+            {FeatureRole, "feature"},   {DataRole, "carried"},    {SentRole, "sent"},
+            {ReceivedRole, "received"}, {OutcomeRole, "outcome"}, {EntryIdRole, "entryId"},
+            {DetailsRole, "details"}};
 }
 
 QVariant NetworkLedgerViewModel::data(const QModelIndex &index, int role) const
@@ -56,7 +92,7 @@ QVariant NetworkLedgerViewModel::data(const QModelIndex &index, int role) const
     case HostRole:
         return entry.host;
     case PlaceRole:
-        return PrivateNetworkAddress::labelOf(PrivateNetworkAddress::classify(entry.host));
+        return placeOf(entry);
     case FeatureRole:
         return labelOf(entry.feature);
     case DataRole:
@@ -67,6 +103,14 @@ QVariant NetworkLedgerViewModel::data(const QModelIndex &index, int role) const
         return QLocale().formattedDataSize(entry.bytesReceived);
     case OutcomeRole:
         return entry.outcome.text();
+    case EntryIdRole:
+        return entry.id.toString();
+    case DetailsRole:
+        return detailsOf(entry);
+    case SearchRole:
+        return QStringList{entry.host, placeOf(entry), labelOf(entry.feature),
+                           LedgerExport::carriedLabels(entry.carrying), entry.outcome.text()}
+            .join(u'\n');
     default:
         return {};
     }
@@ -118,15 +162,57 @@ void NetworkLedgerViewModel::clear()
     refresh();
 }
 
+void NetworkLedgerViewModel::setFilter(const QString &filter)
+{
+    if (m_filter == filter)
+        return;
+    m_filter = filter;
+    m_rows.setFilterFixedString(m_filter.trimmed());
+    Q_EMIT filterChanged();
+}
+
+// Rows that stay keep their place, so that the one that is read or open stays where it is.
 void NetworkLedgerViewModel::refresh()
 {
     auto snapshot = m_ledger.snapshot();
     if (snapshot.revision == m_shown.revision)
         return;
-    beginResetModel();
-    m_shown = std::move(snapshot);
-    endResetModel();
+    if (snapshot.entries.empty()) {
+        beginResetModel();
+        m_shown = std::move(snapshot);
+        endResetModel();
+    } else {
+        dropRowsMissingIn(snapshot.entries);
+        addNewRowsOf(std::move(snapshot));
+    }
     Q_EMIT countChanged();
+}
+
+void NetworkLedgerViewModel::addNewRowsOf(NetworkLedger::Snapshot snapshot)
+{
+    const auto fresh = static_cast<int>(snapshot.entries.size() - m_shown.entries.size());
+    if (fresh > 0)
+        beginInsertRows({}, 0, fresh - 1);
+    m_shown = std::move(snapshot);
+    if (fresh > 0)
+        endInsertRows();
+}
+
+// A ledger only ever loses rows and gains some at its end.
+void NetworkLedgerViewModel::dropRowsMissingIn(const std::vector<NetworkLedger::Entry> &entries)
+{
+    std::vector<NetworkLedger::Entry> &shown = m_shown.entries;
+    std::size_t kept = 0;
+    while (kept < shown.size()) {
+        if (kept < entries.size() && shown[kept].id == entries[kept].id) {
+            ++kept;
+            continue;
+        }
+        const auto row = static_cast<int>(shown.size() - 1 - kept);
+        beginRemoveRows({}, row, row);
+        shown.erase(shown.begin() + static_cast<std::ptrdiff_t>(kept));
+        endRemoveRows();
+    }
 }
 
 } // namespace morvane

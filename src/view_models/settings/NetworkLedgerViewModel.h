@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAbstractListModel>
+#include <QSortFilterProxyModel>
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
@@ -18,6 +19,9 @@ class NetworkLedgerViewModel : public QAbstractListModel {
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(int count READ rowCountNow NOTIFY countChanged)
+    // The rows that hold the filter's text, in any case, in one of the texts that they show.
+    Q_PROPERTY(QAbstractItemModel *rows READ rows CONSTANT)
+    Q_PROPERTY(QString filter READ filter WRITE setFilter NOTIFY filterChanged)
     Q_PROPERTY(QString exportFileName READ exportFileName)
     // A command that shows the same connections from outside.
     Q_PROPERTY(QString connectionLister READ connectionLister CONSTANT)
@@ -34,7 +38,10 @@ public:
         DataRole,
         SentRole,
         ReceivedRole,
-        OutcomeRole
+        OutcomeRole,
+        EntryIdRole, // text, of this row alone
+        DetailsRole, // list of { label, value }: all that is known of it
+        SearchRole   // what a filter looks through
     };
 
     NetworkLedgerViewModel(NetworkLedger &ledger, Clock &clock, QObject *parent = nullptr);
@@ -43,6 +50,10 @@ public:
     [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex &index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+    [[nodiscard]] QAbstractItemModel *rows() { return &m_rows; }
+    [[nodiscard]] const QString &filter() const { return m_filter; }
+    void setFilter(const QString &filter);
 
     [[nodiscard]] QString exportFileName() const;
     [[nodiscard]] static QString connectionLister();
@@ -56,16 +67,21 @@ public:
 
 Q_SIGNALS:
     void countChanged();
+    void filterChanged();
     void exportProblemChanged();
     void watchingChanged();
 
 private:
     [[nodiscard]] int rowCountNow() const { return rowCount(); }
     void refresh();
+    void dropRowsMissingIn(const std::vector<NetworkLedger::Entry> &entries);
+    void addNewRowsOf(NetworkLedger::Snapshot snapshot);
 
     NetworkLedger &m_ledger;
     Clock &m_clock;
     NetworkLedger::Snapshot m_shown;
+    QSortFilterProxyModel m_rows;
+    QString m_filter;
     QString m_exportProblem;
     std::unique_ptr<QTimer> m_poll;
 };

@@ -1,12 +1,12 @@
 import QtQuick
-import QtQuick.Layouts
 import Morvane
 
-// One request: when, to whom and why, how much, and how it ended.
+// One request: when, to whom and why, how much, and how it ended; opened also everything that is known of it.
 Item {
     id: root
 
     required property int index
+    required property string entryId
     required property string time
     required property string host
     required property string place
@@ -15,16 +15,22 @@ Item {
     required property string sent
     required property string received
     required property string outcome
+    required property var details // a list of { label, value }
+    required property LedgerColumns columns
     property bool marked: false
+    property bool opened: false
 
     signal chosen()
 
-    implicitHeight: Math.max(48, line.implicitHeight + 2 * Theme.gap8)
+    objectName: "ledgerRow"
+    implicitHeight: Math.max(48, line.height + 2 * Theme.gap8) + (opened ? more.height + Theme.gap12 : 0)
 
     Accessible.role: Accessible.ListItem
     Accessible.name: qsTr("%1, %2, %3, %4. %5").arg(time).arg(host).arg(place).arg(feature).arg(outcome)
     Accessible.description: qsTr("Your data: %1. Sent %2, received %3.").arg(carried).arg(sent).arg(received)
+    Accessible.onPressAction: chosen()
 
+    HoverHandler { id: hover }
     TapHandler { onTapped: root.chosen() }
 
     Rectangle {
@@ -32,62 +38,79 @@ Item {
         anchors.leftMargin: Theme.gap8
         anchors.rightMargin: Theme.gap8
         radius: Theme.controlRadius
-        color: root.marked ? Theme.currentWash : "transparent"
+        color: root.marked ? Theme.currentWash : hover.hovered ? Theme.hoverWash : "transparent"
     }
-    RowLayout {
+    Item {
         id: line
 
-        anchors.left: parent.left
-        anchors.right: parent.right
-        anchors.leftMargin: Theme.gap16
-        anchors.rightMargin: Theme.gap16
-        anchors.verticalCenter: parent.verticalCenter
-        spacing: Theme.gap16
+        y: Theme.gap8
+        width: parent.width
+        height: childrenRect.height
 
-        CaptionText {
-            Layout.alignment: Qt.AlignTop
-            Layout.preferredWidth: 64
-            text: root.time
+        LedgerCell {
+            objectName: "ledgerTime"
+            x: root.columns.timeX
+            width: root.columns.timeWidth
+            second: root.time
         }
         LedgerCell {
+            objectName: "ledgerPlace"
+            x: root.columns.placeX
+            width: root.columns.placeWidth
             first: root.host
             second: root.place + " · " + root.feature
-            Layout.fillWidth: true
-            Layout.preferredWidth: 1 // what is left over, whatever it says
         }
         LedgerCell {
+            x: root.columns.trafficX
+            width: root.columns.trafficWidth
+            visible: root.columns.showsTraffic
             first: "↑ " + root.sent + "  ↓ " + root.received
             second: qsTr("Your data: %1").arg(root.carried)
-            Layout.fillWidth: false
-            Layout.preferredWidth: 150
         }
         LedgerCell {
+            objectName: "ledgerOutcome"
+            x: root.columns.outcomeX
+            width: root.columns.outcomeWidth
             first: root.outcome
-            Layout.fillWidth: false
-            Layout.preferredWidth: 120
+        }
+        Icon {
+            x: root.columns.markX
+            width: 14
+            height: 14
+            name: root.opened ? "chevron-down" : "chevron-right"
+            color: Theme.secondary
         }
     }
+    FactRows {
+        id: more
 
-    component LedgerCell: ColumnLayout {
+        objectName: "ledgerDetails"
+        x: root.columns.placeX
+        y: line.y + line.height + Theme.gap12
+        width: root.columns.markX - x
+        visible: root.opened
+        facts: root.opened ? root.details : []
+    }
+
+    component LedgerCell: Column {
         property alias first: firstText.text
         property alias second: secondText.text
 
-        Layout.alignment: Qt.AlignTop
         spacing: 2
 
         CaptionText {
             id: firstText
 
-            Layout.fillWidth: true
+            width: parent.width
+            visible: text.length > 0
             color: Theme.text
-            wrapMode: Text.Wrap
-            maximumLineCount: 3
+            maximumLineCount: 2
             elide: Text.ElideRight
         }
         CaptionText {
             id: secondText
 
-            Layout.fillWidth: true
+            width: parent.width
             visible: text.length > 0
             elide: Text.ElideRight
             maximumLineCount: 2

@@ -25,12 +25,19 @@ Item {
             spacing: Theme.gap8
 
             PlainText {
-                Layout.fillWidth: true
                 text: qsTr("Network")
                 font.pixelSize: Theme.titleSize
                 font.weight: Font.DemiBold
                 Accessible.role: Accessible.Heading
                 Accessible.name: text
+            }
+            TextBox {
+                objectName: "ledgerFilter"
+                Layout.fillWidth: true
+                Layout.leftMargin: Theme.gap16
+                placeholderText: qsTr("Filter by host, feature or outcome")
+                Accessible.name: qsTr("Filter the connections")
+                onTextChanged: root.ledger.filter = text
             }
             PushButton {
                 objectName: "exportLedger"
@@ -57,8 +64,9 @@ Item {
         LedgerTable {
             Layout.fillWidth: true
             Layout.fillHeight: true
-            model: root.ledger
-            productName: root.productName
+            model: root.ledger.rows
+            emptyText: root.ledger.count > 0 ? qsTr("No connection matches.")
+                : qsTr("Nothing yet. Connections appear here as %1 makes them.").arg(root.productName)
         }
         LedgerHelp {
             Layout.fillWidth: true
