@@ -221,6 +221,15 @@ void Hour::lookAtEdges()
 
 void Hour::takePictures()
 {
+    m_studio.beginChat(u"practice-fast"_s);
+    write();
+    m_hands.press(u"ctrl+comma"_s);
+    QQuickWindow *settings = otherWindow(m_studio.window());
+    expect(settings != nullptr, u"the settings open"_s);
+    settings->setProperty("page", u"network"_s);
+    m_studio.take(u"ledger"_s, settings);
+    settings->close();
+    m_hands.turnTo(m_studio.window());
     m_studio.openChat(u"How did prices develop?"_s, answerNamed(u"charts"_s));
     for (const int width : {420, 1100, 2560}) {
         m_hands.resize({width, 760});
