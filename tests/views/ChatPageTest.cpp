@@ -322,6 +322,7 @@ TEST_F(ChatPageTest, AReplyThatFailedOrThatTheEndOfTheProgramCutOffIsTriedAgain)
         fail(ProviderError(ProviderError::Plain::networkUnavailable));
         click(item(u"dismissBanner"_s));
         m_clock.advance(1s);
+        ASSERT_NE(lastVisible(u"retryReply"_s), nullptr);
         click(lastVisible(u"retryReply"_s));
         EXPECT_EQ(lastVisible(u"retryReply"_s), nullptr);
         EXPECT_TRUE(m_app->presentation().chat->isResponding());
