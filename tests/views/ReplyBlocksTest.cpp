@@ -3,8 +3,12 @@
 #include "view_models/ShellViewModel.h"
 
 #include <QAccessible>
+#include <QQuickTextDocument>
 #include <QRegularExpression>
 #include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextLayout>
 
 namespace morvane {
 
@@ -225,6 +229,28 @@ TEST_F(ReplyBlocksTest, HostileTextsAreDrawn)
         ASSERT_NE(drawn(u"replyBlocks"_s), nullptr);
         EXPECT_GT(drawn(u"replyBlocks"_s)->height(), 5) << text.first(20).toStdString();
     }
+}
+
+TEST_F(ReplyBlocksTest, CodeHasItsColoursAtOnceAndKeepsThemAsItGrows)
+{
+    const auto colours = [this] {
+        QString words;
+        const QQuickItem *code = drawn(u"codeText"_s);
+        const auto *document = code->property("textDocument").value<QQuickTextDocument *>()->textDocument();
+        for (QTextBlock line = document->begin(); line.isValid(); line = line.next()) {
+            for (const auto &format : line.layout()->formats())
+                words += line.text().sliced(format.start, format.length) +
+                         format.format.foreground().color().name();
+        }
+        return words;
+    };
+    send();
+    stream(u"```py\nreturn 1 # a"_s);
+    const QString before = colours();
+    EXPECT_EQ(before, u"return#7a2fa81#8c4300# a#5a606c"_s);
+    stream(u"\n'''x\ny"_s);
+    EXPECT_EQ(colours(), before + u"'''x#1b6434y#1b6434"_s);
+    endReply();
 }
 
 } // namespace morvane

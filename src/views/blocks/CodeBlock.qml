@@ -79,6 +79,12 @@ Rectangle {
                 onCursorRectangleChanged: if (activeFocus) view.reveal(cursorRectangle.x - Theme.gap16,
                                                                        cursorRectangle.x + 2 * Theme.gap16)
                 Accessible.name: qsTr("Code: %1").arg(root.plainText)
+
+                CodeColours {
+                    document: code.textDocument
+                    language: root.content.language
+                    colors: Theme.codeColors
+                }
             }
         }
         PushButton {
