@@ -6,6 +6,7 @@
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/chat/NoteReceiptsModel.h"
 #include "view_models/companion/CompanionViewModel.h"
+#include "view_models/find/FindViewModel.h"
 #include "view_models/settings/AISettingsViewModel.h"
 #include "view_models/settings/AbilitiesViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
@@ -42,6 +43,7 @@ MainWindowController::MainWindowController(Presentation &presentation, std::uniq
                             {{u"chat"_s, QVariant::fromValue(presentation.chat.get())},
                              {u"conversations"_s, QVariant::fromValue(presentation.conversations.get())},
                              {u"search"_s, QVariant::fromValue(presentation.search.get())},
+                             {u"find"_s, QVariant::fromValue(presentation.find.get())},
                              {u"sources"_s, QVariant::fromValue(presentation.sources.get())},
                              {u"instructions"_s, QVariant::fromValue(presentation.instructions.get())},
                              {u"abilities"_s, QVariant::fromValue(presentation.abilities.get())},

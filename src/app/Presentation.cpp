@@ -12,6 +12,7 @@
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/chat/NoteReceiptsModel.h"
 #include "view_models/companion/CompanionViewModel.h"
+#include "view_models/find/FindViewModel.h"
 #include "view_models/settings/AISettingsViewModel.h"
 #include "view_models/settings/AbilitiesViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
@@ -54,6 +55,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets
                                const QString &about) { return textsOf(memory.matching(about)); }}))
     , conversations(std::make_unique<ConversationListModel>(*storage.repository, clock))
     , search(std::make_unique<HistorySearchModel>(*storage.repository, clock, work))
+    , find(std::make_unique<FindViewModel>(*chat->messages(), *storage.repository, clock, work))
     , sources(std::make_unique<SourceMenuViewModel>(*assistant.router))
     , receipts(std::make_unique<NoteReceiptsModel>(*assistant.memory))
     , aiSettings(std::make_unique<AISettingsViewModel>(settings, secrets.keychain, *assistant.router,

@@ -10,6 +10,7 @@ class ChatViewModel;
 class Clock;
 class CompanionViewModel;
 class ConversationListModel;
+class FindViewModel;
 class HistorySearchModel;
 class InstructionsViewModel;
 class MemoryViewModel;
@@ -37,6 +38,7 @@ struct Presentation {
     const std::unique_ptr<ChatViewModel> chat;
     const std::unique_ptr<ConversationListModel> conversations;
     const std::unique_ptr<HistorySearchModel> search;
+    const std::unique_ptr<FindViewModel> find;
     const std::unique_ptr<SourceMenuViewModel> sources;
     const std::unique_ptr<NoteReceiptsModel> receipts;
     const std::unique_ptr<AISettingsViewModel> aiSettings;

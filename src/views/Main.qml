@@ -10,6 +10,7 @@ T.ApplicationWindow {
     required property ChatViewModel chat
     required property ConversationListModel conversations
     required property HistorySearchModel search
+    required property FindViewModel find
     required property SourceMenuViewModel sources
     required property InstructionsViewModel instructions
     required property NoteReceiptsModel receipts
@@ -129,6 +130,7 @@ T.ApplicationWindow {
             sources: window.sources
             receipts: window.receipts
             companion: window.companion
+            find: window.find
             sidebarShown: window.sidebarShown
             onSettingsChosen: window.openSettings()
             onSidebarChosen: window.toggleSidebar()
@@ -153,6 +155,7 @@ T.ApplicationWindow {
                 chat: window.chat
                 conversations: window.conversations
                 search: window.search
+                find: window.find
                 sources: window.sources
                 companion: window.companion
                 onNewChatChosen: window.beginChat()
@@ -173,6 +176,8 @@ T.ApplicationWindow {
         onSettings: window.openSettings()
         onSidebar: window.toggleSidebar()
         onSearch: window.findChat()
+        onFind: page.findInChat()
+        onStepFind: direction => direction > 0 ? window.find.next() : window.find.previous()
         onSwitchChat: step => window.switchChat(step)
         onComposer: page.focusComposer()
         onCopyAnswer: page.copyLastAnswer()

@@ -13,8 +13,6 @@ namespace morvane {
 
 namespace {
 
-constexpr qsizetype mostRows = 200;
-constexpr qsizetype mostColumns = 30;
 constexpr double cellPadding = 8;
 constexpr double widestCell = 280; // without its padding
 
@@ -33,7 +31,7 @@ void TableDocument::setTable(const QVariant &value)
 
 int TableDocument::drawnRows() const
 {
-    return static_cast<int>(std::min(m_table.rows.size(), mostRows));
+    return static_cast<int>(std::min(m_table.rows.size(), TableWords::mostRows));
 }
 
 int TableDocument::hiddenRows() const
@@ -59,7 +57,7 @@ void TableDocument::showAll()
 {
     QTextDocument *document = textDocument();
     document->clear();
-    const qsizetype columns = std::min(m_table.headers.size(), mostColumns);
+    const qsizetype columns = std::min(m_table.headers.size(), TableWords::mostColumns);
     if (columns == 0)
         return;
     QTextTableFormat format;

@@ -12,6 +12,8 @@ Item {
     signal settings()
     signal sidebar()
     signal search()
+    signal find()
+    signal stepFind(int direction)
     signal switchChat(int step)
     signal composer()
     signal copyAnswer()
@@ -24,6 +26,9 @@ Item {
     Shortcut { sequence: Keymap.settings; onActivated: root.settings() }
     Shortcut { sequence: Keymap.sidebar; onActivated: root.sidebar() }
     Shortcut { sequence: Keymap.search; onActivated: root.search() }
+    Shortcut { sequence: Keymap.find; onActivated: root.find() }
+    Shortcut { sequence: Keymap.nextFind; onActivated: root.stepFind(1) }
+    Shortcut { sequence: Keymap.previousFind; onActivated: root.stepFind(-1) }
     Shortcut { sequence: Keymap.nextChat; onActivated: root.switchChat(1) }
     Shortcut { sequence: Keymap.previousChat; onActivated: root.switchChat(-1) }
     Shortcut { sequence: Keymap.composer; onActivated: root.composer() }

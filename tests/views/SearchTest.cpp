@@ -3,6 +3,7 @@
 #include "persistence/SettingsStore.h"
 #include "support/ManualClock.h"
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/find/FindViewModel.h"
 #include "view_models/sidebar/HistorySearchModel.h"
 
 namespace morvane {
@@ -13,7 +14,7 @@ class SearchTest : public WindowFixture {
 protected:
     void SetUp() override
     {
-        m_garden = addChat(u"Garden"_s, {u"Where?"_s, u"the fern by the wall"_s});
+        m_garden = addChat(u"Garden"_s, {u"Where's a Férn?"_s, u"the fern by the wall"_s});
         m_ferns = addChat(u"Ferns"_s);
         load();
         press(Qt::Key_K, Qt::ControlModifier);
@@ -40,6 +41,12 @@ TEST_F(SearchTest, KeysAloneLeadFromTheFieldToAFoundChatAndBack)
     press(Qt::Key_Return);
     EXPECT_EQ(m_app->presentation().chat->conversationId(), m_garden);
     EXPECT_EQ(m_app->presentation().search->query(), u"fern"_s) << "the next result is one step away";
+    m_clock.advance(std::chrono::seconds(1));
+    const FindViewModel &bar = *m_app->presentation().find;
+    EXPECT_TRUE(eventually([&bar] { return bar.position() == 2; })) << "at the latest message that has it";
+    EXPECT_TRUE(isAt(m_window, u"Find in this chat"_s));
+    EXPECT_EQ(bar.count(), 2);
+    EXPECT_EQ(bar.query(), u"fern"_s);
 
     press(Qt::Key_K, Qt::ControlModifier);
     press(Qt::Key_Escape);

@@ -36,6 +36,10 @@ struct TableWords {
     QML_VALUE_TYPE(tableWords)
 
 public:
+    // More than these aren't drawn.
+    static constexpr qsizetype mostRows = 200;
+    static constexpr qsizetype mostColumns = 30;
+
     QList<AttributedText> headers;
     QList<QList<AttributedText>> rows;
 

@@ -24,6 +24,7 @@ constexpr std::int64_t portion = 250;
 
 struct Hit {
     QUuid conversation;
+    QUuid message;
     QString excerpt;
 };
 
@@ -34,7 +35,7 @@ std::vector<Hit> hitsIn(const std::vector<SealedText> &texts, const SearchTerms 
     for (const SealedText &text : texts) {
         const QString content = sealing.open(text.sealedContent);
         if (terms.match(content))
-            hits.push_back({text.conversation, terms.excerpt(content)});
+            hits.push_back({text.conversation, text.message, terms.excerpt(content)});
     }
     return hits;
 }
@@ -92,7 +93,7 @@ HistorySearchModel::searchTitles(QPointer<HistorySearchModel> self, SearchTerms 
             const QString title = conversation->title();
             titles.insert(conversation->id(), title);
             if (terms.match(title))
-                self->append({conversation->id(), title, {}});
+                self->append({conversation->id(), title, {}, {}});
         }
         if (std::ssize(page) < portion)
             break;
@@ -118,7 +119,7 @@ QCoro::Task<> HistorySearchModel::searchMessages(QPointer<HistorySearchModel> se
         for (const Hit &hit : hits) {
             const auto title = titles.constFind(hit.conversation);
             if (title != titles.cend())
-                self->append({hit.conversation, *title, hit.excerpt});
+                self->append({hit.conversation, *title, hit.excerpt, hit.message});
         }
         texts = self->m_repository.sealedTexts(portion, last);
     }
@@ -180,7 +181,8 @@ QHash<int, QByteArray> HistorySearchModel::roleNames() const
     return {{ConversationIdRole, "conversationId"},
             {TitleRole, "title"},
             {ExcerptRole, "excerpt"},
-            {SectionRole, "section"}};
+            {SectionRole, "section"},
+            {MessageIdRole, "messageId"}};
 }
 
 QVariant HistorySearchModel::data(const QModelIndex &index, int role) const
@@ -197,6 +199,8 @@ QVariant HistorySearchModel::data(const QModelIndex &index, int role) const
         return row.excerpt;
     case SectionRole:
         return row.excerpt.isEmpty() ? u"Titles"_s : u"Messages"_s;
+    case MessageIdRole:
+        return row.message.isNull() ? QString() : Identifier::text(row.message);
     default:
         return {};
     }

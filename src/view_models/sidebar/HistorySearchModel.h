@@ -36,8 +36,9 @@ public:
     enum Role {
         ConversationIdRole = Qt::UserRole + 1, // text, for ChatViewModel::open
         TitleRole,
-        ExcerptRole, // empty when the title was found
-        SectionRole, // "Titles" or "Messages"
+        ExcerptRole,   // empty when the title was found
+        SectionRole,   // "Titles" or "Messages"
+        MessageIdRole, // text; empty when the title was found
     };
 
     // Enough for a person to look through; a longer query finds what is beyond.
@@ -69,6 +70,7 @@ private:
         QUuid id;
         QString title;
         QString excerpt;
+        QUuid message; // null when the title was found
     };
     using Titles = QHash<QUuid, QString>;
 

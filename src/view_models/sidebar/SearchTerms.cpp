@@ -1,10 +1,10 @@
 #include "view_models/sidebar/SearchTerms.h"
 
+#include "utils/text/FoldedText.h"
+
 #include <algorithm>
 
 namespace morvane {
-
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -12,20 +12,9 @@ constexpr qsizetype maxWords = 8;
 constexpr qsizetype excerptLength = 158; // leaves room for both ellipses
 constexpr qsizetype leadLength = 32;
 
-bool isAscii(QStringView text)
-{
-    return std::all_of(text.begin(), text.end(), [](QChar unit) { return unit < u'\x80'; });
-}
-
-// Without letter case and accents.
 QString folded(const QString &text)
 {
-    if (isAscii(text))
-        return text.toLower();
-    QString plain = text.normalized(QString::NormalizationForm_KD).toCaseFolded();
-    plain.replace(u'ß', u"ss"_s); // a folding to two letters, which Qt's leaves out
-    plain.removeIf([](QChar unit) { return unit.category() == QChar::Mark_NonSpacing; });
-    return plain;
+    return FoldedText(text).text();
 }
 
 // Never between the two halves of a surrogate pair.

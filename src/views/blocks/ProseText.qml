@@ -46,7 +46,7 @@ TextEdit {
         width: root.width
         lineHeight: root.lineHeight
         linkColor: Theme.accent
-        codeGround: Theme.code
+        codeGround: Theme.codeWash
         codeFamily: Theme.monoFamily
     }
     HoverHandler {

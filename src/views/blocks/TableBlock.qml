@@ -66,7 +66,7 @@ Item {
                 table: root.content.table
                 lineHeight: Theme.tableSize * 1.4
                 linkColor: Theme.accent
-                codeGround: Theme.code
+                codeGround: Theme.codeWash
                 codeFamily: Theme.monoFamily
             }
             HoverHandler {

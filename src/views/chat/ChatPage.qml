@@ -14,6 +14,7 @@ FocusScope {
     required property SourceMenuViewModel sources
     required property NoteReceiptsModel receipts
     required property CompanionViewModel companion
+    required property FindViewModel find
     property bool sidebarShown: true
     readonly property real column: Math.min(Theme.columnWidth, width - 2 * Theme.gap24)
     readonly property Item messageField: composer.input
@@ -36,13 +37,18 @@ FocusScope {
     function scrollBy(distance: real) {
         (conversation.item as Conversation)?.scrollBy(distance);
     }
+    function findInChat() {
+        (conversation.item as Conversation)?.openFind();
+    }
     function goToEnd() {
         (conversation.item as Conversation)?.goToEnd();
     }
 
     Keys.onEscapePressed: event => {
-        event.accepted = root.chat.isEditing;
-        root.chat.cancelEdit();
+        const closed = root.find.close();
+        event.accepted = closed || root.chat.isEditing;
+        if (!closed)
+            root.chat.cancelEdit();
     }
 
     Accessible.role: Accessible.Pane
@@ -96,7 +102,7 @@ FocusScope {
                 anchors.fill: parent
                 visible: wanted
                 part: "chat/Conversation.qml"
-                given: ({ chat: root.chat, shell: root.shell })
+                given: ({ chat: root.chat, shell: root.shell, find: root.find })
                 wanted: root.chat.messages.count > 0
             }
             EmptyState {
@@ -186,6 +192,11 @@ FocusScope {
         target: root.chat.messages
 
         function onStalled(words: string) { announcement.say(words); }
+    }
+    Connections {
+        target: root.find
+
+        function onIsOpenChanged() { if (!root.find.isOpen) root.focusComposer(); }
     }
     Announcement {
         id: announcement

@@ -8,6 +8,7 @@ Item {
 
     required property ChatViewModel chat
     required property ShellViewModel shell
+    required property FindViewModel find
 
     readonly property Item list: messages
 
@@ -19,6 +20,11 @@ Item {
     }
     function goToEnd() {
         messages.goToEnd();
+    }
+
+    function openFind() {
+        if (messages.count > 0)
+            root.find.open(marks.topRow());
     }
 
     MessageList {
@@ -48,6 +54,31 @@ Item {
         anchors.horizontalCenter: parent.horizontalCenter
         shown: messages.visible && !messages.following && messages.gapToEnd > 64
         onClicked: messages.goToEnd()
+    }
+    FindMarks {
+        id: marks
+
+        view: messages
+        terms: root.find.terms
+        place: root.find.current
+        covered: bar.height + Theme.gap8
+        color: Theme.find
+        currentColor: Theme.currentFind
+        outline: Theme.warning
+        onPlaceChanged: if (place.row >= 0) messages.following = false
+    }
+    Later {
+        id: bar
+
+        anchors.top: parent.top
+        anchors.topMargin: Theme.gap8
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.gap16
+        width: Math.min(implicitWidth, parent.width - 2 * Theme.gap16)
+        visible: wanted
+        part: "chat/FindBar.qml"
+        given: ({ find: root.find })
+        wanted: root.find.isOpen
     }
     Connections {
         target: root.chat

@@ -6,6 +6,7 @@ Item {
     id: root
 
     required property string conversationId
+    required property string messageId
     required property string title
     required property string excerpt
     property string heading

@@ -11,12 +11,16 @@ ListView {
 
     required property ChatViewModel chat
     required property HistorySearchModel search
+    required property FindViewModel find
 
     signal chatChosen()
 
-    function open(id: string) {
+    // At the words that were found, unless it was by its title.
+    function open(id: string, messageId: string) {
         root.chat.open(id);
         root.chatChosen();
+        if (messageId.length > 0)
+            root.find.openAt(root.search.query, messageId);
     }
 
     objectName: "searchResults"
@@ -43,7 +47,7 @@ ListView {
         isOpen: conversationId === root.chat.conversationId
         heading: ListView.section !== ListView.previousSection ? ListView.section : ""
         marked: ListView.isCurrentItem && root.activeFocus
-        onChosen: root.open(conversationId)
+        onChosen: root.open(conversationId, messageId)
     }
 
     Keys.onReturnPressed: (currentItem as SearchResultRow)?.chosen()

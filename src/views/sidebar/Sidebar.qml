@@ -12,6 +12,7 @@ Rectangle {
     required property ChatViewModel chat
     required property ConversationListModel conversations
     required property HistorySearchModel search
+    required property FindViewModel find
     required property SourceMenuViewModel sources
     required property CompanionViewModel companion
 
@@ -79,7 +80,7 @@ Rectangle {
             Layout.fillHeight: true
             visible: root.search.isActive
             part: "sidebar/SearchResults.qml"
-            given: ({ chat: root.chat, search: root.search })
+            given: ({ chat: root.chat, search: root.search, find: root.find })
             wanted: root.search.isActive
             onLoaded: (item as SearchResults).chatChosen.connect(root.chatChosen)
             Keys.onEscapePressed: {

@@ -8,6 +8,9 @@ QtObject {
     readonly property string settings: "Ctrl+,"
     readonly property string sidebar: "F9"
     readonly property string search: "Ctrl+K"
+    readonly property string find: "Ctrl+F"
+    readonly property string nextFind: "F3"
+    readonly property string previousFind: "Shift+F3"
     readonly property string nextChat: "Ctrl+PgDown"
     readonly property string previousChat: "Ctrl+PgUp"
     readonly property string composer: "Ctrl+J"
@@ -26,6 +29,7 @@ QtObject {
         { keys: composer, action: "Go to the message field" },
         { keys: newChat, action: "New chat" },
         { keys: search, action: "Search the chats" },
+        { keys: find + ", " + nextFind + ", " + previousFind, action: "Find in this chat, next, previous" },
         { keys: previousChat + ", " + nextChat, action: "Go to the chat above or below in the list" },
         { keys: "F2", action: "Rename the chat under the list's marker" },
         { keys: "Delete", action: "Delete the chat under the list's marker" },

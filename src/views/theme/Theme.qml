@@ -46,7 +46,7 @@ QtObject {
     readonly property color currentWash: dark ? "#1AFFFFFF" : "#12101030"
     readonly property color selection: dark ? "#4B5296" : "#C9CEF6"
 
-    // Code, by kind of word. At 4.5:1 on the ground of code.
+    // Code, by kind of word. At 4.5:1 on the ground of code and on those of finds as well.
     readonly property var codeColors: ({
         keyword: dark ? "#CFA8FF" : "#7A2FA8",
         type: dark ? "#6FD0DE" : "#0B5C70",
@@ -55,6 +55,11 @@ QtObject {
         number: dark ? "#F0B27A" : "#8C4300",
         comment: dark ? "#A9A9B7" : "#5A606C"
     })
+
+    // The grounds of found words: text of any colour stands on them.
+    readonly property color codeWash: dark ? "#0DFFFFFF" : "#0A101030" // of code in a line, which finds show through
+    readonly property color find: dark ? "#3A3212" : "#FFE9A3"
+    readonly property color currentFind: dark ? "#443A12" : "#FFE08A"
 
     // Type, in logical pixels of the system font.
     readonly property int bodySize: Math.round(15 * textScale)

@@ -1,0 +1,113 @@
+#include "WindowFixture.h"
+
+#include "view_models/chat/ChatViewModel.h"
+#include "view_models/find/FindViewModel.h"
+#include "views/MarkLayer.h"
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+class FindTest : public WindowFixture {
+protected:
+    [[nodiscard]] FindViewModel &bar() { return *m_app->presentation().find; }
+    void find(const QString &words)
+    {
+        press(Qt::Key_F, Qt::ControlModifier);
+        type(words);
+        search();
+    }
+    void search()
+    {
+        m_clock.advance(std::chrono::seconds(1));
+        ASSERT_TRUE(eventually([this] { return !bar().isSearching(); }));
+        settle();
+    }
+    // Those that mark something.
+    [[nodiscard]] QList<MarkLayer *> layers() const
+    {
+        QList<MarkLayer *> found;
+        for (QQuickItem *item : allItems()) {
+            auto *layer = qobject_cast<MarkLayer *>(item);
+            if (layer && layer->isVisible() && layer->marks() != MarkLayer::Marks())
+                found += layer;
+        }
+        return found;
+    }
+    // The text with the strong mark, if that is wholly in the view and clear of the bar.
+    [[nodiscard]] QString current() const
+    {
+        const QQuickItem *list = item(u"messages"_s);
+        const QQuickItem *over = item(u"findBar"_s);
+        for (const MarkLayer *layer : layers()) {
+            if (layer->marks().current.isEmpty())
+                continue;
+            const QRectF place = layer->mapRectToItem(list, layer->marks().current.first());
+            const bool isClear = list->boundingRect().contains(place) &&
+                                 !over->mapRectToItem(list, over->boundingRect()).intersects(place);
+            return isClear ? layer->parentItem()->property("text").toString() : u"out of sight"_s;
+        }
+        return {};
+    }
+};
+
+TEST_F(FindTest, EveryBlockIsFoundMarkedAndBroughtIntoView)
+{
+    const QString filler = u"\n\n"_s + u"Words between. "_s.repeated(60) + u"\n\n"_s;
+    const QStringList parts{
+        u"A **nee**dle1 in prose"_s,
+        u"# Needle2"_s,
+        u"- one\n- `needle3`\n  - needle4"_s,
+        u"> said the needle5"_s,
+        u"```py\n"_s + u"# line\n"_s.repeated(40) + u"needle6 = 1\n```"_s,
+        u"|a|b|\n|-|-|\n|1|needle7|"_s,
+        u"```stat\nneedle8 | needle9 | +1 needle10"_s + u"\n```"_s,
+        u"```facts\nneedle11 | needle12\n```"_s,
+        u"```compare\nA | needle13\nx | 1 | needle14\n```"_s,
+        u"```timeline\nneedle15 | L\n2020 | needle16\n```"_s,
+        u"```chart\ntitle: needle17\na | 1\nb | 2\n```"_s,
+        u"```market\nneedle18 | needle19 | -1%\n```"_s,
+        u"```weather\ncondition: needle20\nlocation: needle21\nhigh: needle22\nlow: needle23\nneedle24: x\n```"_s,
+        u"word "_s.repeated(80) + u"needle25"_s,
+    };
+    showReply(parts.join(filler));
+    find(u"NEEDLE"_s);
+    ASSERT_EQ(bar().count(), 25);
+    for (int i = 1; i <= 25; ++i) {
+        EXPECT_EQ(bar().position(), i);
+        const QString found = u"needle%1"_s.arg(i);
+        EXPECT_TRUE(eventually([&] { return current().contains(found, Qt::CaseInsensitive); }))
+            << i << ": " << qPrintable(current());
+        press(Qt::Key_Return);
+    }
+    EXPECT_EQ(bar().position(), 1) << "from the last one to the first";
+    press(Qt::Key_Return, Qt::ShiftModifier);
+    EXPECT_EQ(bar().position(), 25);
+    press(Qt::Key_F3);
+    EXPECT_EQ(bar().position(), 1);
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(isAt(m_window, u"Message"_s)) << "the composer has the keys again";
+    settle();
+    EXPECT_EQ(layers().size(), 0);
+}
+
+TEST_F(FindTest, AGrowingReplyIsSearchedOnAndTheFindStays)
+{
+    showReply(u"A fern. "_s + u"Words. "_s.repeated(2000));
+    find(u"fern"_s);
+    ASSERT_TRUE(eventually([this] { return current().contains(u"A fern"_s); }));
+    send(u"And a fern?"_s);
+    find(u"fern"_s);
+    const int position = bar().position();
+    for (int i = 0; i < 3; ++i) {
+        stream(u"One more fern. "_s);
+        search();
+    }
+    ASSERT_TRUE(eventually([this] { return bar().count() == 5; }));
+    EXPECT_EQ(bar().position(), position);
+    endReply();
+    m_app->presentation().chat->newConversation();
+    EXPECT_FALSE(bar().isOpen());
+}
+
+} // namespace morvane
