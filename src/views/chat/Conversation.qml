@@ -34,6 +34,7 @@ Item {
         anchors.fill: parent
         column: Math.min(Theme.columnWidth, root.width - 2 * Theme.gap24)
         visible: count > 0
+        topMargin: Theme.gap8 + (bar.wanted ? bar.height + Theme.gap8 : 0) // the first words can stand below the bar
         messages: root.chat.messages
         responding: root.chat.isResponding
         lastQuestion: root.chat.messages.lastQuestion
