@@ -83,6 +83,7 @@ TEST_F(MessageActionsTest, ALongMessageOfThePersonsFoldsAndIsCopiedWhole)
     open(lines.first(16));
     EXPECT_EQ(drawn(u"unfoldMessage"_s), nullptr);
     open(lines);
+    ASSERT_NE(drawn(u"unfoldMessage"_s), nullptr);
     QQuickItem *words = drawn(u"ownWords"_s);
     const auto clip = [&] { return words->parentItem()->height(); };
     EXPECT_LT(clip(), words->height());
