@@ -17,8 +17,8 @@ void FirstSize::componentComplete()
     if (!screen)
         return;
     const QSize room = screen->availableSize() - QSize(0, titleBar);
-    m_window->setMinimumSize(m_least.boundedTo(room));
-    m_window->resize(m_best.boundedTo(room));
+    m_window->setMinimumSize(m_least.toSize().boundedTo(room));
+    m_window->resize(m_best.toSize().boundedTo(room));
 }
 
 } // namespace morvane

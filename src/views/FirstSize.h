@@ -2,7 +2,7 @@
 
 #include <QQmlParserStatus>
 #include <QQuickWindow>
-#include <QSize>
+#include <QSizeF>
 #include <QtQml/qqmlregistration.h>
 
 namespace morvane {
@@ -16,8 +16,8 @@ class FirstSize : public QObject, public QQmlParserStatus {
     Q_INTERFACES(QQmlParserStatus)
     Q_PROPERTY(QQuickWindow *window MEMBER m_window REQUIRED)
     // Logical pixels, without the window's frame.
-    Q_PROPERTY(QSize best MEMBER m_best REQUIRED)
-    Q_PROPERTY(QSize least MEMBER m_least REQUIRED)
+    Q_PROPERTY(QSizeF best MEMBER m_best REQUIRED)
+    Q_PROPERTY(QSizeF least MEMBER m_least REQUIRED)
 
 public:
     using QObject::QObject;
@@ -27,8 +27,8 @@ public:
 
 private:
     QQuickWindow *m_window = nullptr;
-    QSize m_best;
-    QSize m_least;
+    QSizeF m_best;
+    QSizeF m_least;
 };
 
 } // namespace morvane

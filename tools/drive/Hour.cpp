@@ -87,11 +87,11 @@ Hour::Hour(Studio &studio, Watch &watch)
     , m_hands(studio.window())
 {}
 
-void Hour::use()
+void Hour::use(int rounds)
 {
     m_studio.state().storage().settings->setReduceAnimation(false);
     m_studio.beginChat(u"practice-fast"_s);
-    for (int round = 1; round <= 2; ++round) {
+    for (int round = 1; round <= rounds; ++round) {
         part("writing", [this] { write(); });
         part("resizing", [this] { resize(); });
         part("reading", [this] { readOn(); });

@@ -16,7 +16,7 @@ class Hour {
 public:
     Hour(Studio &studio, Watch &watch);
 
-    void use();
+    void use(int rounds);
 
     // The window at its usual widths, with an answer in it and empty, as pictures of that studio.
     void takePictures();

@@ -30,7 +30,7 @@ void drive(const QCommandLineParser &options)
         else if (options.isSet(u"pictures"_s))
             hour.takePictures();
         else
-            hour.use();
+            hour.use(options.value(u"rounds"_s).toInt());
     }
     if (!watch.complaints().isEmpty())
         throw std::runtime_error("after the end: " + watch.complaints().join(u'\n').toStdString());
@@ -49,6 +49,7 @@ int main(int argc, char **argv)
     options.addOptions({{u"pictures"_s, u"Take pictures into this folder instead."_s, u"folder"_s},
                         {u"suffix"_s, u"Part of each picture's name."_s, u"words"_s, u"light"_s},
                         {u"dark"_s, u"In the dark appearance."_s},
+                        {u"rounds"_s, u"How often everything is done."_s, u"number"_s, u"2"_s},
                         {u"first-start"_s, u"Only look at the first window on this screen."_s}});
     options.process(application);
     try {
