@@ -83,8 +83,8 @@ QString VeniceMeasurementListAnchor::json() const
 {
     QJsonObject markObjects;
     for (const auto &[name, mark] : marks)
-        markObjects.insert(name, QJsonObject{{u"version"_s, static_cast<qint64>(mark.version)},
-                                             {u"sha256"_s, mark.sha256}});
+        markObjects.insert(
+            name, QJsonObject{{u"version"_s, static_cast<qint64>(mark.version)}, {u"sha256"_s, mark.sha256}});
     QJsonArray identifiers;
     for (const QString &id : revoked)
         identifiers.append(id);

@@ -313,7 +313,8 @@ TEST_F(ChatTurnTest, RetractionReachesTheRecordAtOnceAndBringsTheDotsBack)
     replies.text(u"I can't 👩‍👧"_s);
     replies.yield(Agent::RetractText{1});
     EXPECT_EQ(lastMessage()->content(), u"I can't "_s);
-    EXPECT_EQ(lastRow(MessageListModel::TextRole), u"I can't "_s) << "what was read before is not shown again";
+    EXPECT_EQ(lastRow(MessageListModel::TextRole), u"I can't "_s)
+        << "what was read before is not shown again";
     EXPECT_TRUE(indicates<ReplyIndicator::Streaming>());
     replies.yield(Agent::RetractText{500});
     EXPECT_EQ(lastMessage()->content(), QString());

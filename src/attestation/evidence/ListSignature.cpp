@@ -25,8 +25,8 @@ QByteArray signatureIn(QByteArrayView file)
 
 bool holds(QByteArrayView list, const QByteArray &signature, const QByteArray &key)
 {
-    const OpenSSL::Key loaded(EVP_PKEY_new_raw_public_key(EVP_PKEY_ED25519, nullptr, bytesOf(QByteArrayView(key)),
-                                                          static_cast<std::size_t>(key.size())));
+    const OpenSSL::Key loaded(EVP_PKEY_new_raw_public_key(
+        EVP_PKEY_ED25519, nullptr, bytesOf(QByteArrayView(key)), static_cast<std::size_t>(key.size())));
     const OpenSSL::Digesting context(EVP_MD_CTX_new());
     return loaded && context &&
            EVP_DigestVerifyInit(context.get(), nullptr, nullptr, nullptr, loaded.get()) == 1 &&

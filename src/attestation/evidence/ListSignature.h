@@ -13,8 +13,8 @@ namespace ListSignature {
 inline constexpr qsizetype keySize = 32;
 inline constexpr qsizetype signatureSize = 64;
 
-// The first of `keys` that the signature holds under. White space around the file's text doesn't count. Throws
-// VeniceSignedMeasurementList::Refusal: signatureMalformed, signatureInvalid.
+// The first of `keys` that the signature holds under. White space around the file's text doesn't count.
+// Throws VeniceSignedMeasurementList::Refusal: signatureMalformed, signatureInvalid.
 [[nodiscard]] QByteArray signingKey(QByteArrayView list, QByteArrayView signatureFile,
                                     const std::vector<QByteArray> &keys);
 
