@@ -11,8 +11,8 @@
 
 namespace morvane {
 
-// One result that any number of tasks wait for. Copies share it; when the last one goes without a result, the waits
-// end with CancelledError. One thread, which runs an event loop.
+// One result that any number of tasks wait for. Copies share it; when the last one goes without a result, the
+// waits end with CancelledError. One thread, which runs an event loop.
 template <typename T>
 class SharedResult {
 public:

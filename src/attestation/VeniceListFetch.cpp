@@ -14,7 +14,8 @@ using Failure = VeniceListFetch::Failure;
 
 constexpr auto longestRead = 20s;
 
-// Pieces may drip in without a pause that is long enough to be a silence, so the time of the whole counts as well.
+// Pieces may drip in without a pause that is long enough to be a silence, so the time of the whole counts as
+// well.
 QCoro::Task<QByteArray> readWithin(Clock &clock, AsyncStream<QByteArray> pieces, std::stop_token stop)
 {
     const std::chrono::milliseconds start = clock.elapsed();

@@ -10,8 +10,8 @@
 
 namespace morvane {
 
-// Fetches a list of accepted servers and its signature. Nothing of them is judged here; a hostile endpoint can make it
-// hold no more than the largest list. GUI thread.
+// Fetches a list of accepted servers and its signature. Nothing of them is judged here; a hostile endpoint
+// can make it hold no more than the largest list. GUI thread.
 class VeniceListFetch {
 public:
     class Failure final : public std::exception {
@@ -47,7 +47,10 @@ public:
     {}
 
     // Throws Failure, TransportError or CancelledError.
-    [[nodiscard]] QCoro::Task<Files> files(std::stop_token stop) const { return both(*this, std::move(stop)); }
+    [[nodiscard]] QCoro::Task<Files> files(std::stop_token stop) const
+    {
+        return both(*this, std::move(stop));
+    }
 
 private:
     [[nodiscard]] QUrl urlOf(const QString &name) const;

@@ -7,7 +7,8 @@
 
 namespace morvane {
 
-// The anchor's place in the keychain. Calls wait for the keychain, so they belong off the GUI thread; any thread.
+// The anchor's place in the keychain. Calls wait for the keychain, so they belong off the GUI thread; any
+// thread.
 class VeniceMeasurementAnchorStore {
 public:
     static const QString account; // "accepted-servers-anchor"

@@ -100,8 +100,9 @@ void VeniceMeasurementListStore::save(const State &state) const
 void VeniceMeasurementListStore::removeFormerFile() const
 {
     if (m_directory && QFile::remove(*m_directory + u'/' + formerFileName))
-        Log::info(Log::Category::App, "Removed the unsigned server list an older build read; Morvane's signed "
-                                      "list replaced it"_L1);
+        Log::info(Log::Category::App,
+                  "Removed the unsigned server list an older build read; Morvane's signed "
+                  "list replaced it"_L1);
 }
 
 } // namespace morvane

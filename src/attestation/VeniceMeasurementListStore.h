@@ -11,8 +11,8 @@
 
 namespace morvane {
 
-// The last accepted list as it came, sealed in one file. Files are read and written under the vault's lock; any
-// thread, one call at a time.
+// The last accepted list as it came, sealed in one file. Files are read and written under the vault's lock;
+// any thread, one call at a time.
 class VeniceMeasurementListStore {
 public:
     static const QString fileName;            // "accepted-servers.sealed"

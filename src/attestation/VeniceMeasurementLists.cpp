@@ -14,7 +14,7 @@ namespace {
 using List = VeniceSignedMeasurementList;
 using Anchor = VeniceMeasurementListAnchor;
 
-constexpr qint64 refreshInterval = 21600;     // seconds: six hours
+constexpr qint64 refreshInterval = 21600;    // seconds: six hours
 constexpr qint64 pauseBetweenRefusals = 300; // seconds: a wave of refused proofs must not hammer the endpoint
 constexpr auto category = Log::Category::AIProvider;
 
@@ -28,7 +28,8 @@ std::optional<qint64> secondsSince(const std::optional<QDateTime> &attempt, cons
 
 void logAccepted(const List &list, const QDateTime &now)
 {
-    Log::info(category, "Accepted servers list: version %{public}s accepted (%ld entries, %ld withdrawn%{public}s)"_L1,
+    Log::info(category,
+              "Accepted servers list: version %{public}s accepted (%ld entries, %ld withdrawn%{public}s)"_L1,
               {QString::number(list.listVersion), list.entries.size(), list.revoked.size(),
                now >= list.notAfter ? u", already expired: only its withdrawals count"_s : QString()});
 }
@@ -89,7 +90,8 @@ QCoro::Task<bool> VeniceMeasurementLists::readState(std::stop_token stop)
 QCoro::Task<bool> VeniceMeasurementLists::readAnchor(std::stop_token stop)
 {
     const auto check = m_lifeline.check(stop);
-    const std::function<std::optional<Anchor>()> read = [anchors = m_parts.anchors]() -> std::optional<Anchor> {
+    const std::function<std::optional<Anchor>()> read = [anchors =
+                                                             m_parts.anchors]() -> std::optional<Anchor> {
         try {
             return anchors.read();
         } catch (const std::exception &) {
@@ -99,8 +101,9 @@ QCoro::Task<bool> VeniceMeasurementLists::readAnchor(std::stop_token stop)
     std::optional<Anchor> anchor = co_await m_work.run(read, stop);
     check();
     if (!anchor)
-        Log::error(category, "Accepted servers list: the Keychain would not give up what this %{public}s remembers, "
-                             "so no server is accepted"_L1,
+        Log::error(category,
+                   "Accepted servers list: the Keychain would not give up what this %{public}s remembers, "
+                   "so no server is accepted"_L1,
                    {DesktopWords::here().device.toString()});
     if (anchor != m_anchor)
         m_isStateJudged = false;
@@ -265,9 +268,10 @@ QCoro::Task<bool> VeniceMeasurementLists::advance(Judged judged, std::stop_token
     if (isSaved)
         m_anchor = next;
     else
-        Log::info(category,
-                  "Accepted servers list: the Keychain would not remember version %{public}s, so it is not accepted"_L1,
-                  {QString::number(judged.mark.version)});
+        Log::info(
+            category,
+            "Accepted servers list: the Keychain would not remember version %{public}s, so it is not accepted"_L1,
+            {QString::number(judged.mark.version)});
     co_return isSaved;
 }
 

@@ -15,9 +15,10 @@
 
 namespace morvane {
 
-// The servers that are accepted now: those of the last good signed list, else those built into the program, in both
-// cases without what was ever withdrawn. Fetches newer lists by itself. At every failure the last good list stays, and a
-// list is taken whole or not at all; where what was remembered can't be read, no server is accepted. GUI thread.
+// The servers that are accepted now: those of the last good signed list, else those built into the program,
+// in both cases without what was ever withdrawn. Fetches newer lists by itself. At every failure the last
+// good list stays, and a list is taken whole or not at all; where what was remembered can't be read, no
+// server is accepted. GUI thread.
 class VeniceMeasurementLists {
 public:
     using Refresh = SharedResult<bool>; // true when a newer list was accepted
@@ -39,7 +40,8 @@ public:
     // The running or newly started refresh; nothing when none is due. Throws CancelledError.
     [[nodiscard]] QCoro::Task<std::optional<Refresh>> refreshIfDue(QDateTime now, std::stop_token stop);
 
-    // For a proof that was refused: whether a newer list has come that might say otherwise. Throws CancelledError.
+    // For a proof that was refused: whether a newer list has come that might say otherwise. Throws
+    // CancelledError.
     [[nodiscard]] QCoro::Task<bool> refreshAfterRefusal(QDateTime now, std::stop_token stop);
 
     // What to judge with. Accepts nothing unless the latest prepare() said yes.
@@ -56,7 +58,8 @@ private:
     };
     using Verdict = std::variant<Judged, VeniceSignedMeasurementList::Refusal>;
 
-    [[nodiscard]] static Verdict judge(const VeniceListFetch::Files &files, const std::vector<QByteArray> &keys,
+    [[nodiscard]] static Verdict judge(const VeniceListFetch::Files &files,
+                                       const std::vector<QByteArray> &keys,
                                        const VeniceMeasurementListAnchor &anchor);
     [[nodiscard]] QCoro::Task<bool> readAnchor(std::stop_token stop);
     [[nodiscard]] QCoro::Task<bool> readState(std::stop_token stop);

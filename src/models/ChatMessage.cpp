@@ -115,7 +115,8 @@ void ChatMessage::stopToolLines()
     assign(m_columns.toolStates, std::optional(states));
 }
 
-// The states and the details go with the lines: neither is stored without those. Lines before them may have none.
+// The states and the details go with the lines: neither is stored without those. Lines before them may have
+// none.
 void ChatMessage::setToolLines(QStringList lines, QStringList states, QList<ToolDetail> details)
 {
     while (states.size() < lines.size())

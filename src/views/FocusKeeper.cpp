@@ -28,7 +28,8 @@ bool isWithin(const QQuickItem *item, const QQuickItem *whole)
     return item && whole && (item == whole || whole->isAncestorOf(item));
 }
 
-// How far a view has to move to show a stretch of it. Of one that is longer than the view its beginning is shown.
+// How far a view has to move to show a stretch of it. Of one that is longer than the view its beginning is
+// shown.
 double distanceTo(double top, double bottom, double height)
 {
     const double air = std::clamp((height - (bottom - top)) / 2, 0.0, margin);

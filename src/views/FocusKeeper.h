@@ -8,15 +8,16 @@ namespace morvane {
 
 // Keeps the keyboard of one window where it is of use. Lies in the window beside what it keeps.
 //
-// Whatever had the focus and was hidden, disabled or taken away gives it to `home`. Tab goes through the rows of
-// `rows` in the order in which they stand, those that aren't built yet included, and what it reaches scrolls into
-// view, and so does the place in a text that an arrow key leads to. Page Up and Page Down stay the window's, whoever
-// would take them. Popups are left alone: they keep their focus themselves.
+// Whatever had the focus and was hidden, disabled or taken away gives it to `home`. Tab goes through the rows
+// of `rows` in the order in which they stand, those that aren't built yet included, and what it reaches
+// scrolls into view, and so does the place in a text that an arrow key leads to. Page Up and Page Down stay
+// the window's, whoever would take them. Popups are left alone: they keep their focus themselves.
 class FocusKeeper : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QQuickItem *home MEMBER m_home NOTIFY homeChanged)
-    // A list whose rows are made as they come into view; none by default. It moves itself when it is asked to.
+    // A list whose rows are made as they come into view; none by default. It moves itself when it is asked
+    // to.
     Q_PROPERTY(QQuickItem *rows MEMBER m_rows NOTIFY rowsChanged)
     // The focus was moved by Tab and not by the pointer since.
     Q_PROPERTY(bool tabbed READ isTabbed NOTIFY tabbedChanged)

@@ -45,8 +45,10 @@ protected:
     {
         const VeniceMeasurementListStore store(vault, folder.path());
         lists.emplace(work, VeniceMeasurementLists::Parts{
-                                store, VeniceMeasurementAnchorStore(&keychain),
-                                VeniceListFetch(network, clock, u" https://lists.invalid/v1?x=y "_s), bundled,
+                                store,
+                                VeniceMeasurementAnchorStore(&keychain),
+                                VeniceListFetch(network, clock, u" https://lists.invalid/v1?x=y "_s),
+                                bundled,
                                 {QByteArray("no key"), key.publicKey()}});
     }
 
@@ -140,9 +142,9 @@ TEST_F(MeasurementListsTest, KeepsTheLastGoodListAtEveryRefusal)
         serve(bytes);
         EXPECT_EQ(refresh(), false);
         EXPECT_TRUE(said(log, refusal ? "Accepted servers list: ignored whole, the last good list stays (" +
-                                               std::string(refusal) + ")"
-                                         : std::string("Accepted servers list: could not be fetched; the last "
-                                                       "good list stays")));
+                                            std::string(refusal) + ")"
+                                      : std::string("Accepted servers list: could not be fetched; the last "
+                                                    "good list stays")));
         EXPECT_EQ(accepted(), u"Version 5, e2ee-test-model"_s);
     }
     network.fake.reset(new FakeHttpSession); // the answers that nobody fetched go
@@ -216,11 +218,12 @@ public:
 TEST_F(MeasurementListsTest, TakesNoListThatItCouldNotRemember)
 {
     ForgetfulKeychain forgetful;
-    lists.emplace(work, VeniceMeasurementLists::Parts{VeniceMeasurementListStore(vault, folder.path()),
-                                                      VeniceMeasurementAnchorStore(&forgetful),
-                                                      VeniceListFetch(network, clock, u"https://lists.invalid"_s),
-                                                      bundled,
-                                                      {key.publicKey()}});
+    lists.emplace(work,
+                  VeniceMeasurementLists::Parts{VeniceMeasurementListStore(vault, folder.path()),
+                                                VeniceMeasurementAnchorStore(&forgetful),
+                                                VeniceListFetch(network, clock, u"https://lists.invalid"_s),
+                                                bundled,
+                                                {key.publicKey()}});
     LogCapture log;
     serve(list(1));
     EXPECT_EQ(refresh(), false);
@@ -247,7 +250,8 @@ TEST_F(MeasurementListsTest, IsFetchedWhenItIsDueAndOnlyOnce)
     TestWait::until([&] { return late->done; });
     EXPECT_EQ(*late->value, std::nullopt);
     restart();
-    for (const auto &[seconds, isDue] : {std::pair(-1, true), std::pair(21599, false), std::pair(21600, true)}) {
+    for (const auto &[seconds, isDue] :
+         {std::pair(-1, true), std::pair(21599, false), std::pair(21600, true)}) {
         network.fake->answer(404, {});
         const QDateTime attempt = now = now.addYears(1);
         ASSERT_EQ(refresh(attempt), false);

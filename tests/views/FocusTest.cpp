@@ -22,12 +22,14 @@ protected:
             u"A [link](https://a.example/) first.\n\n## Two\n\n- [three](https://b.example/)\n\n"
             "> [quoted](https://c.example/)\n\n```cpp\n%1\n```\n\n| a | b |\n|---|---|\n| 1 | 2 |\n\n"
             "```chart\nA | 1\nB | 2\n```\n\nThe [end](https://d.example/).\n\n%2"_s.arg(
-                u"int line = 0; // and a comment that makes it wider than the window is at its least\n"_s.repeated(20),
+                u"int line = 0; // and a comment that makes it wider than the window is at its least\n"_s
+                    .repeated(20),
                 u"Many words that go on. "_s.repeated(80));
         QStringList turns;
         for (int turn = 0; turn < 6; ++turn)
             turns += {u"Question %1"_s.arg(turn), answer};
-        turns[7] = u"```facts\nBuilt | 2004\n```\n\n"_s + u"Nothing in here takes the focus.\n\n"_s.repeated(60);
+        turns[7] =
+            u"```facts\nBuilt | 2004\n```\n\n"_s + u"Nothing in here takes the focus.\n\n"_s.repeated(60);
         m_app->presentation().chat->open(addChat(u"Long"_s, turns));
         load();
     }
@@ -68,7 +70,10 @@ protected:
         EXPECT_TRUE(isSeen(place(ring), view(ring))) << what;
         EXPECT_TRUE(view(ring).left() <= place(ring).left() && place(ring).right() <= view(ring).right());
     }
-    [[nodiscard]] bool isInChat(QQuickItem *item) const { return this->item(u"messages"_s)->isAncestorOf(item); }
+    [[nodiscard]] bool isInChat(QQuickItem *item) const
+    {
+        return this->item(u"messages"_s)->isAncestorOf(item);
+    }
     // The names of what Tab reaches in the chat, from where the focus is until it leaves the chat.
     QStringList walk(Qt::Key key)
     {
@@ -123,7 +128,8 @@ TEST_F(FocusTest, WhatIsScrolledFarAwayGivesTheKeyboardToTheComposer)
         press(Qt::Key_Backtab);
     for (int page = 0; page < 12; ++page) {
         press(Qt::Key_PageUp);
-        EXPECT_TRUE(isAt(m_window, last) || isAt(m_window, u"Message"_s)) << "not on the row that took its place";
+        EXPECT_TRUE(isAt(m_window, last) || isAt(m_window, u"Message"_s))
+            << "not on the row that took its place";
     }
     EXPECT_TRUE(item(u"composer"_s)->hasActiveFocus());
 }

@@ -247,8 +247,8 @@ QCoro::Task<ReplyTrial> OpenAICompatibleProvider::tryReply(AIConfiguration confi
     auto session = sessionFor(configuration);
     auto messages = trialMessages(tools);
     return triedReply(
-        std::make_shared<const Question>(Question{std::move(session), std::move(messages),
-                                                  std::move(configuration), std::move(tools), m_spellings}),
+        std::make_shared<Question>(Question{std::move(session), std::move(messages), std::move(configuration),
+                                            std::move(tools), m_spellings}),
         std::move(stop));
 }
 

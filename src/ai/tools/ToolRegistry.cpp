@@ -125,8 +125,8 @@ QCoro::Task<std::optional<ToolOutcome>> ToolRegistry::approve(Self self, Ability
             u"This action needs the user's approval and none could be requested."_s);
     if (*answer == ApprovalAnswer::declined) {
         Log::info(Log::Category::AIProvider, "Tool %{public}s declined by the user"_L1, {call.name});
-        ToolOutcome refusal = ToolFailure::because(
-            u"The user declined. Do not try again; ask them what they'd prefer."_s);
+        ToolOutcome refusal =
+            ToolFailure::because(u"The user declined. Do not try again; ask them what they'd prefer."_s);
         refusal.isDeclined = true;
         co_return refusal;
     }
