@@ -356,8 +356,9 @@ AttributedText InlineMarkdown::parse(QStringView text)
     result.text.reserve(text.size());
     result.append(text.first(first));
     const QStringView core = parsed.sliced(first, last - first);
-    const SpanMask::Masked masked = SpanMask::of(core);
-    const auto document = documentOf(masked.text);
+    const bool isMasked = SpanMask::isNeeded(core);
+    const SpanMask::Masked masked = isMasked ? SpanMask::of(core) : SpanMask::Masked();
+    const auto document = documentOf(isMasked ? QStringView(masked.text) : core);
     if (!document || !SpanBuilder(core, masked.formulas, *document, result).parse()) {
         plain.append(text);
         return plain;

@@ -175,6 +175,8 @@ QStringList LineGrammar::tableCells(QStringView row)
     if (row.size() > 1 && row.back() == u'|' && !row.endsWith("\\|"_L1))
         row.chop(1);
     row = row.sliced(row.startsWith(u'|') ? 1 : 0);
+    if (!row.contains(u'`') && !row.contains(u'\\'))
+        return parts(row);
     CodeSpans code(row);
     QStringList cells;
     QString cell;
@@ -200,10 +202,12 @@ QStringList LineGrammar::tableCells(QStringView row)
 
 std::optional<LineGrammar::Fence> LineGrammar::openingFence(QStringView line)
 {
-    const QStringView inner = trimmed(withoutQuoteMarks(line, mostQuoteMarks).text);
-    const qsizetype tildes = runLength(inner, u'~');
-    if (tildes >= shortestFence && !inner.sliced(tildes).contains(u'~'))
-        return Fence{line.size() - inner.size(), tildes, u'~'};
+    if (line.contains(u'~')) {
+        const QStringView inner = trimmed(withoutQuoteMarks(line, mostQuoteMarks).text);
+        const qsizetype tildes = runLength(inner, u'~');
+        if (tildes >= shortestFence && !inner.sliced(tildes).contains(u'~'))
+            return Fence{line.size() - inner.size(), tildes, u'~'};
+    }
     for (qsizetype at = line.indexOf(u'`'); at >= 0; at = line.indexOf(u'`', at)) {
         const qsizetype length = runLength(line.sliced(at), u'`');
         if (length >= shortestFence)

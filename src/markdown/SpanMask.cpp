@@ -197,6 +197,17 @@ SpanMask::Masked SpanMask::of(QStringView text)
     return Masking(text).run();
 }
 
+bool SpanMask::isNeeded(QStringView text)
+{
+    QChar before;
+    for (const QChar c : text) {
+        if (c == u'\\' || c == u'$' || (c == u'^' && before == u'[') || isEastAsian(c))
+            return true;
+        before = c;
+    }
+    return false;
+}
+
 bool SpanMask::looksLikeFormula(QStringView text)
 {
     const QStringView words = text.trimmed();

@@ -23,6 +23,9 @@ struct Masked {
 // begins or ends beside Chinese, Japanese or Korean needs no space there.
 [[nodiscard]] Masked of(QStringView text);
 
+// Whether there may be anything to mask, in most texts not.
+[[nodiscard]] bool isNeeded(QStringView text);
+
 // Whether what stands between two "$$" is a formula, and not words between two price ranges.
 [[nodiscard]] bool looksLikeFormula(QStringView text);
 

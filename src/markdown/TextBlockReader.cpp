@@ -199,8 +199,10 @@ bool TextBlockReader::beginsFormula(QStringView line, Blocks &ended)
 bool TextBlockReader::continuesFormula(QStringView line, Blocks &ended)
 {
     auto *formula = std::get_if<OpenFormula>(&m_open);
+    if (!formula)
+        return false;
     const QStringView words = LineGrammar::trimmed(line);
-    if (!formula || words.isEmpty())
+    if (words.isEmpty())
         return false;
     formula->lines += u'\n';
     formula->lines += LineGrammar::withoutIndentation(line, formula->indent);
