@@ -18,7 +18,9 @@ constexpr qsizetype longestFootnote = 40;
 bool isEastAsian(QChar c)
 {
     const char16_t code = c.unicode();
-    return (code >= 0x2E80 && code <= 0x9FFF && code != 0x3000) || (code >= 0xAC00 && code <= 0xD7AF) ||
+    if (code < 0x2E80)
+        return false;
+    return (code <= 0x9FFF && code != 0x3000) || (code >= 0xAC00 && code <= 0xD7AF) ||
            (code >= 0xF900 && code <= 0xFAFF) || (code >= 0xFE30 && code <= 0xFE4F) ||
            (code >= 0xFF00 && code <= 0xFFEF);
 }
@@ -199,13 +201,8 @@ SpanMask::Masked SpanMask::of(QStringView text)
 
 bool SpanMask::isNeeded(QStringView text)
 {
-    QChar before;
-    for (const QChar c : text) {
-        if (c == u'\\' || c == u'$' || (c == u'^' && before == u'[') || isEastAsian(c))
-            return true;
-        before = c;
-    }
-    return false;
+    return text.contains(u'\\') || text.contains(u'$') || text.contains(u'^') ||
+           std::any_of(text.begin(), text.end(), isEastAsian);
 }
 
 bool SpanMask::looksLikeFormula(QStringView text)
