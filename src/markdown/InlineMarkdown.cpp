@@ -257,7 +257,7 @@ private:
         const qsizetype from = bytes.data() - m_document.constData();
         const qsizetype start = originalOffset(from);
         const QStringView piece = m_original.sliced(start, originalOffset(from + bytes.size()) - start);
-        if (type == MD_TEXT_NORMAL)
+        if (type == MD_TEXT_NORMAL && (piece.contains(u'\\') || !m_formulas.isEmpty()))
             appendWords(piece, start, from > 0 && m_document[from - 1] == '\\');
         else
             append(piece);
