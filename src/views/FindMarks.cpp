@@ -79,8 +79,9 @@ FindMarks::FindMarks(QQuickItem *parent)
     connect(this, &FindMarks::lookChanged, this, &FindMarks::requestFrame);
 }
 
-void FindMarks::setTerms(const FindTerms &terms)
+void FindMarks::setTerms(const QVariant &value)
 {
+    const auto terms = value.value<FindTerms>();
     if (m_terms == terms)
         return;
     m_terms = terms;
@@ -89,8 +90,9 @@ void FindMarks::setTerms(const FindTerms &terms)
     Q_EMIT termsChanged();
 }
 
-void FindMarks::setPlace(const FindPlace &place)
+void FindMarks::setPlace(const QVariant &value)
 {
+    const auto place = value.value<FindPlace>();
     if (m_place == place)
         return;
     m_place = place;

@@ -7,6 +7,7 @@
 #include <QColor>
 #include <QPointer>
 #include <QQuickItem>
+#include <QVariant>
 #include <QtQml/qqmlregistration.h>
 
 #include <map>
@@ -19,8 +20,8 @@ class FindMarks : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QQuickItem *view MEMBER m_view NOTIFY viewChanged) // a ListView of MessageRow
-    Q_PROPERTY(morvane::FindTerms terms READ terms WRITE setTerms NOTIFY termsChanged)
-    Q_PROPERTY(morvane::FindPlace place READ place WRITE setPlace NOTIFY placeChanged)
+    Q_PROPERTY(QVariant terms READ terms WRITE setTerms NOTIFY termsChanged) // FindTerms
+    Q_PROPERTY(QVariant place READ place WRITE setPlace NOTIFY placeChanged) // a FindPlace
     // What covers the top of the view.
     Q_PROPERTY(double covered MEMBER m_covered NOTIFY lookChanged)
     Q_PROPERTY(QColor color MEMBER m_color NOTIFY lookChanged)
@@ -30,10 +31,10 @@ class FindMarks : public QQuickItem {
 public:
     explicit FindMarks(QQuickItem *parent = nullptr);
 
-    [[nodiscard]] const FindTerms &terms() const { return m_terms; }
-    void setTerms(const FindTerms &terms);
-    [[nodiscard]] const FindPlace &place() const { return m_place; }
-    void setPlace(const FindPlace &place);
+    [[nodiscard]] QVariant terms() const { return QVariant::fromValue(m_terms); }
+    void setTerms(const QVariant &value);
+    [[nodiscard]] QVariant place() const { return QVariant::fromValue(m_place); }
+    void setPlace(const QVariant &value);
 
     // The row at the top of the view; 0 where there is none.
     Q_INVOKABLE int topRow() const;

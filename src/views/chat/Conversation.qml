@@ -66,7 +66,7 @@ Item {
         color: Theme.find
         currentColor: Theme.currentFind
         outline: Theme.warning
-        onPlaceChanged: if (place.row >= 0) messages.following = false
+        onPlaceChanged: if (root.find.current.row >= 0) messages.following = false
     }
     Later {
         id: bar
