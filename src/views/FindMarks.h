@@ -19,7 +19,7 @@ namespace morvane {
 class FindMarks : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
-    Q_PROPERTY(QQuickItem *view MEMBER m_view NOTIFY viewChanged) // a ListView of MessageRow
+    Q_PROPERTY(QQuickItem *view MEMBER m_view NOTIFY viewChanged)            // a ListView of MessageRow
     Q_PROPERTY(QVariant terms READ terms WRITE setTerms NOTIFY termsChanged) // FindTerms
     Q_PROPERTY(QVariant place READ place WRITE setPlace NOTIFY placeChanged) // a FindPlace
     // What covers the top of the view.
