@@ -121,15 +121,18 @@ qsizetype HeldMarks::shownLength(QStringView text)
 {
     readLines(text);
     m_shown = std::max(m_shown, m_held);
-    m_held = m_isInFence ? -1 : markIn(text);
+    m_held = m_fence ? -1 : markIn(text);
     return m_held < 0 ? text.size() : m_held;
 }
 
 void HeldMarks::readLines(QStringView text)
 {
     for (qsizetype end = text.indexOf(u'\n', m_lineStart); end >= 0; end = text.indexOf(u'\n', m_lineStart)) {
-        if (LineGrammar::fence(text.sliced(m_lineStart, end - m_lineStart)) >= 0)
-            m_isInFence = !m_isInFence;
+        const QStringView line = text.sliced(m_lineStart, end - m_lineStart);
+        if (!m_fence)
+            m_fence = LineGrammar::openingFence(line);
+        else if (LineGrammar::closingFence(line, *m_fence))
+            m_fence.reset();
         m_lineStart = end + 1;
     }
 }

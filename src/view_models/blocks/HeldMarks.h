@@ -1,6 +1,8 @@
 #pragma once
 
-#include <QStringView>
+#include "markdown/LineGrammar.h"
+
+#include <optional>
 
 namespace morvane {
 
@@ -19,7 +21,7 @@ private:
     [[nodiscard]] qsizetype markIn(QStringView text) const;
 
     qsizetype m_lineStart = 0; // of the last line
-    bool m_isInFence = false;  // at its start
+    std::optional<LineGrammar::Fence> m_fence; // of the code that it stands in
     qsizetype m_held = -1;     // from where on; -1 for nothing
     qsizetype m_shown = -1;    // marks up to this place have waited
 };
