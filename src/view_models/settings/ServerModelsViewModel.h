@@ -22,7 +22,7 @@ class ServerModelsViewModel : public QObject {
     // Those of the names that hold each word of the filter, as the role "display".
     Q_PROPERTY(QAbstractItemModel *found READ found CONSTANT)
     Q_PROPERTY(QString filter READ filter WRITE setFilter NOTIFY filterChanged)
-    Q_PROPERTY(qsizetype count READ count NOTIFY changed) // of all, whatever the filter
+    Q_PROPERTY(int count READ count NOTIFY changed) // of all, whatever the filter
     Q_PROPERTY(bool isFetching READ isFetching NOTIFY changed)
     Q_PROPERTY(QString problem READ problem NOTIFY changed) // why there are none; empty for none
 
@@ -35,7 +35,7 @@ public:
     [[nodiscard]] QAbstractItemModel *found() { return &m_found; }
     [[nodiscard]] const QString &filter() const { return m_filter; }
     void setFilter(const QString &filter);
-    [[nodiscard]] qsizetype count() const { return m_names.size(); }
+    [[nodiscard]] int count() const { return static_cast<int>(m_names.size()); }
     Q_INVOKABLE QString nameAt(int row) const; // of those found; empty for no such row
     [[nodiscard]] bool isFetching() const { return m_isFetching; }
     [[nodiscard]] const QString &problem() const { return m_problem; }
