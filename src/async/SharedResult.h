@@ -31,7 +31,8 @@ public:
     // Throws CancelledError once `stop` is triggered.
     [[nodiscard]] QCoro::Task<T> wait(std::stop_token stop) const
     {
-        std::optional<T> result = co_await waitFor(m_state, nullptr, {}, std::move(stop));
+        const std::chrono::milliseconds none{0};
+        std::optional<T> result = co_await waitFor(m_state, nullptr, none, std::move(stop));
         co_return *std::move(result);
     }
 

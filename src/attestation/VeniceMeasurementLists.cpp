@@ -153,7 +153,7 @@ VeniceMeasurementLists::refreshIfDue(QDateTime now, std::stop_token stop)
     if (!isReady)
         co_return std::nullopt;
     if (m_inFlight)
-        co_return m_inFlight;
+        co_return Refresh(*m_inFlight);
     const auto age = secondsSince(m_state->lastFetchAt, now);
     if (age && *age < refreshInterval)
         co_return std::nullopt;

@@ -68,9 +68,10 @@ Work longParagraph(Exchange &exchange)
                                          "woman) awake until morning; she wrote it all down. "_s);
     Reply reply;
     QString start;
-    for (qsizetype i = 0; reply.pieces.size() < 400; ++i) {
+    const qsizetype characters = Scenarios::number(exchange.request().model());
+    for (qsizetype i = 0; reply.pieces.size() < std::min<qsizetype>(400, characters / 40); ++i) {
         const QString &word = words[i % words.size()];
-        if (start.size() < Scenarios::number(exchange.request().model()))
+        if (start.size() < characters)
             start += word;
         else
             reply.pieces.append(word);
@@ -379,7 +380,7 @@ std::span<const Scenario> Scenarios::replies()
         {"slow"_L1, "the same, after five seconds and half a second between words"_L1, slow},
         {"pieces-N"_L1, "N pieces without pauses"_L1, pieces},
         {"paced-N"_L1, "the same, fifty a second"_L1, pacedPieces},
-        {"one-paragraph-N"_L1, "N characters at once and then fifty pieces a second, all one paragraph"_L1,
+        {"one-paragraph-N"_L1, "N characters at once and then fifty pieces a second, 400 at most, all one paragraph"_L1,
          longParagraph},
         {"mixed-answer-N"_L1, "N pieces of an answer with every kind of block, fifty a second"_L1,
          mixedAnswer},
