@@ -14,8 +14,6 @@ Item {
     readonly property bool folded: folds && !unfolded
     readonly property alias hasFocus: words.activeFocus
 
-    signal unfoldAsked()
-
     implicitWidth: words.width
     implicitHeight: folded ? 12 * Theme.bodyLine : words.height
     clip: folded
@@ -27,6 +25,6 @@ Item {
         width: Math.min(root.widest, Math.ceil(implicitWidth))
         shownText: root.shownText
         Accessible.name: qsTr("You: %1").arg(root.shownText)
-        onCursorRectangleChanged: if (activeFocus && root.folded && cursorRectangle.y >= root.height) root.unfoldAsked()
+        onCursorRectangleChanged: if (activeFocus && root.folded && cursorRectangle.y >= root.height) root.unfolded = true
     }
 }

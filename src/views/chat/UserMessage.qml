@@ -10,7 +10,7 @@ Item {
     required property string attachmentName
     property bool canEdit: false
     property bool canDelete: false
-    property bool unfolded: false
+    property alias unfolded: words.unfolded
     readonly property real widest: width * 0.75
 
     signal editAsked()
@@ -53,8 +53,6 @@ Item {
 
                 widest: root.widest - 28
                 shownText: root.text
-                unfolded: root.unfolded
-                onUnfoldAsked: root.unfolded = true
             }
             PushButton {
                 id: unfold
