@@ -13,11 +13,12 @@ enum class ToolLineState {
     failed,
     declined, // it asked, and got no yes
     stopped,  // its turn ended before it did
+    note,     // no ability: a remark about all of them
 };
 
 template <>
 inline constexpr std::array rawTexts<ToolLineState>{
-    QLatin1StringView("running"), QLatin1StringView("finished"), QLatin1StringView("failed"),
-    QLatin1StringView("declined"), QLatin1StringView("stopped")};
+    QLatin1StringView("running"),  QLatin1StringView("finished"), QLatin1StringView("failed"),
+    QLatin1StringView("declined"), QLatin1StringView("stopped"),  QLatin1StringView("note")};
 
 } // namespace morvane

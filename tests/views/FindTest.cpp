@@ -70,7 +70,8 @@ TEST_F(FindTest, EveryBlockIsFoundMarkedAndBroughtIntoView)
         u"```weather\ncondition: needle20\nlocation: needle21\nhigh: needle22\nlow: needle23\nneedle24: x\n```"_s,
         u"word "_s.repeated(80) + u"needle25"_s,
     };
-    m_app->presentation().chat->open(addChat(u"A chat"_s, {u"line\n"_s.repeated(40) + u"A needle0?"_s, parts.join(filler)}));
+    m_app->presentation().chat->open(
+        addChat(u"A chat"_s, {u"line\n"_s.repeated(40) + u"A needle0?"_s, parts.join(filler)}));
     settle();
     find(u"NEEDLE"_s);
     ASSERT_EQ(bar().count(), 26);

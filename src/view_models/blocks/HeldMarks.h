@@ -20,10 +20,10 @@ private:
     void readLines(QStringView text);
     [[nodiscard]] qsizetype markIn(QStringView text) const;
 
-    qsizetype m_lineStart = 0; // of the last line
+    qsizetype m_lineStart = 0;                 // of the last line
     std::optional<LineGrammar::Fence> m_fence; // of the code that it stands in
-    qsizetype m_held = -1;     // from where on; -1 for nothing
-    qsizetype m_shown = -1;    // marks up to this place have waited
+    qsizetype m_held = -1;                     // from where on; -1 for nothing
+    qsizetype m_shown = -1;                    // marks up to this place have waited
 };
 
 } // namespace morvane

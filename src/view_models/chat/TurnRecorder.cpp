@@ -135,7 +135,7 @@ void TurnRecorder::operator()(const Agent::ToolsRejected &)
     const QString line = ToolLabels::rejected();
     if (m_message->toolSummary().value_or(QString()).endsWith(line)) // the part that is continued said so
         return;
-    m_message->appendToolLine(line, ToolLineState::failed);
+    m_message->appendToolLine(line, ToolLineState::note);
     changed();
 }
 

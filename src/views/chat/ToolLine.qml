@@ -15,6 +15,7 @@ Column {
     required property string outcome
     required property bool atWork
     property bool open: false
+    readonly property bool isRemark: outcome === "note" // with nothing behind it
     // What came to a good end, or just failed, says so by its words.
     readonly property string ending: atWork ? "" : outcome === "declined" ? qsTr("Not allowed")
         : outcome === "stopped" ? qsTr("Stopped") : outcome === "running" ? qsTr("Interrupted") : ""
@@ -28,10 +29,12 @@ Column {
         width: Math.min(root.width, implicitWidth)
         implicitWidth: parts.implicitWidth
         implicitHeight: Math.max(Theme.controlHeight, words.implicitHeight + Theme.gap8)
+        enabled: !root.isRemark
         onClicked: root.open = !root.open
 
         Accessible.name: root.ending.length > 0 ? root.words + ". " + root.ending : root.words
-        Accessible.description: root.open ? qsTr("Hides what was sent and what came back")
+        Accessible.role: root.isRemark ? Accessible.StaticText : Accessible.Button
+        Accessible.description: root.isRemark ? "" : root.open ? qsTr("Hides what was sent and what came back")
             : qsTr("Shows what was sent and what came back")
         Keys.onReturnPressed: header.clicked()
         Keys.onEnterPressed: header.clicked()
@@ -48,7 +51,7 @@ Column {
                 height: 16
                 // Only what succeeded has a tick; of what was cut off in the middle nothing is known.
                 name: root.atWork ? "spark" : root.outcome === "finished" ? "check"
-                    : root.outcome === "failed" ? "warning" : root.outcome === "declined" ? "close"
+                    : root.outcome === "failed" || root.isRemark ? "warning" : root.outcome === "declined" ? "close"
                     : root.outcome === "stopped" ? "stop" : "more"
                 color: root.atWork ? Theme.accent : Theme.secondary
             }
@@ -60,7 +63,7 @@ Column {
                 text: root.words
                 elide: Text.ElideRight
                 wrapMode: Text.Wrap
-                maximumLineCount: root.outcome === "failed" ? 12 : 2 // why something failed is read to its end
+                maximumLineCount: root.outcome === "failed" || root.isRemark ? 12 : 2 // why something failed is read to its end
                 Accessible.ignored: true
             }
             SmallText {
@@ -75,6 +78,7 @@ Column {
             }
             Icon {
                 anchors.verticalCenter: parent.verticalCenter
+                visible: !root.isRemark
                 width: 16
                 height: 16
                 name: root.open ? "chevron-down" : "chevron-right"
