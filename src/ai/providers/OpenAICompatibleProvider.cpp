@@ -223,7 +223,7 @@ AsyncStream<AIStreamEvent> OpenAICompatibleProvider::streamReply(std::vector<AIM
     auto [stream, events] = AsyncStream<AIStreamEvent>::make();
     answer(std::make_shared<Question>(Question{std::move(session), std::move(messages),
                                                std::move(configuration), std::move(tools), m_spellings,
-                                               [events]() mutable { events.yield(AIStream::Respelled{}); }}),
+                                               [producer = events]() mutable { producer.yield(AIStream::Respelled{}); }}),
            events);
     return std::move(stream);
 }
