@@ -32,6 +32,9 @@ public:
     // The address behind the character at a place of the text; empty for none.
     Q_INVOKABLE QString linkAt(int position) const;
 
+    // What is copied of the text between two of its places.
+    [[nodiscard]] virtual QString textBetween(int from, int to) const = 0;
+
 Q_SIGNALS:
     void documentChanged();
     void lookChanged();

@@ -105,6 +105,11 @@ T.ApplicationWindow {
         rows: page.messageList
         onRowsMoveAsked: distance => page.scrollBy(distance)
     }
+    TextMenus {
+        id: menus
+
+        onMessageMenuAsked: place => page.openMenu(menus, place)
+    }
     FocusScope {
         id: content
 

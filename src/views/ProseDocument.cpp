@@ -14,19 +14,51 @@ constexpr double leastIndent = 26;
 constexpr double gapBehindSign = 8;
 constexpr double gapBetweenItems = 4;
 
-// A longer paragraph stands as several: laying out a line costs more than its length.
+// A longer paragraph stands as several: laying out a line costs more than its length. It is parted behind a
+// blank where it has one among its last so many characters.
 constexpr qsizetype longestParagraph = 4000;
+constexpr qsizetype mostTakenOver = 400;
+// Parts a paragraph in the flat text; what ends one there is U+2029.
+constexpr QChar cut = u'\n';
+
+qsizetype lastParagraph(QStringView text)
+{
+    const auto ends = [](QChar c) { return c == QChar::ParagraphSeparator || c == cut; };
+    return text.rend() - std::find_if(text.rbegin(), text.rend(), ends);
+}
+
+// Where the open paragraph is parted once it is full: behind its last blank, but not far from its end, and
+// never between the halves of a character.
+qsizetype cutPlace(QStringView text)
+{
+    for (qsizetype i = text.size() - 1; i >= text.size() - mostTakenOver; --i) {
+        if (text[i] == u' ' || text[i] == QChar::LineSeparator)
+            return i + 1;
+    }
+    return text.size() - (text.back().isHighSurrogate() ? 1 : 0);
+}
+
+void insertCut(AttributedText &whole, qsizetype place)
+{
+    whole.text.insert(place, cut);
+    for (auto run = whole.runs.rbegin(); run != whole.runs.rend() && run->start + run->length > place;
+         ++run) {
+        if (run->start >= place)
+            ++run->start;
+        else
+            ++run->length;
+    }
+}
 
 // Puts words behind the text, with a new paragraph where the open one gets too long.
 void append(AttributedText &whole, QStringView words, const AttributedText::Run &run)
 {
     while (!words.isEmpty()) {
-        const qsizetype start = whole.text.lastIndexOf(QChar::ParagraphSeparator) + 1;
-        const qsizetype room = longestParagraph - (whole.text.size() - start);
+        const qsizetype room = longestParagraph - (whole.text.size() - lastParagraph(whole.text));
         whole.append(words.first(std::min(room, words.size())), run.formats, run.link);
         words = words.sliced(std::min(room, words.size()));
         if (!words.isEmpty())
-            whole.append(QStringView(u"\u2029"));
+            insertCut(whole, cutPlace(whole.text));
     }
 }
 
@@ -125,7 +157,7 @@ ProseDocument::Flat ProseDocument::flattened() const
         const int depth = m_prose.marks[number].depth;
         flat.marks.append({depth, true});
         flat.marks.resize(flat.marks.size() +
-                              QStringView(whole.text).sliced(start).count(QChar::ParagraphSeparator),
+                              QStringView(whole.text).sliced(start).count(cut),
                           {depth, false});
     }
     return flat;
@@ -139,6 +171,26 @@ double ProseDocument::signWidth() const
     for (const Prose::Mark &mark : m_prose.marks)
         widest = std::max(widest, metrics.horizontalAdvance(mark.sign));
     return widest + gapBehindSign;
+}
+
+QString ProseDocument::textBetween(int from, int to) const
+{
+    QString text;
+    const QString &shown = m_shown.text.text;
+    qsizetype paragraph = QStringView(shown).first(from).count(QChar::ParagraphSeparator) +
+                          QStringView(shown).first(from).count(cut);
+    for (qsizetype i = from; i < std::min<qsizetype>(to, shown.size()); ++i) {
+        const bool begins = i == 0 || shown[i - 1] == QChar::ParagraphSeparator;
+        if (begins && !m_shown.marks.isEmpty())
+            text += QString(qsizetype{2} * m_shown.marks[paragraph].depth, u' ');
+        if (shown[i] == cut || shown[i] == QChar::ParagraphSeparator)
+            ++paragraph;
+        if (shown[i] == QChar::ParagraphSeparator || shown[i] == QChar::LineSeparator)
+            text += u'\n';
+        else if (shown[i] != cut)
+            text += shown[i] == u'\t' ? u' ' : shown[i]; // stands behind the sign of an item
+    }
+    return text;
 }
 
 void ProseDocument::showAll()

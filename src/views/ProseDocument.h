@@ -28,6 +28,7 @@ public:
     void setGrowing(bool growing);
     [[nodiscard]] double width() const { return m_width; }
     void setWidth(double width);
+    [[nodiscard]] QString textBetween(int from, int to) const override;
 
 Q_SIGNALS:
     void proseChanged();
@@ -44,8 +45,9 @@ private:
         bool begins = false; // with the sign of its item
         bool operator==(const ParagraphMark &) const = default;
     };
-    // One text, its paragraphs apart by U+2029, so that marks in it are marks in the document. The sign of
-    // an item is a part of it: a document's own lists all count from 1.
+    // One text, its paragraphs apart by U+2029, or a line feed where a long one is parted, so that places in
+    // it are places in the document. The sign of an item is a part of it: a document's own lists all count
+    // from 1.
     struct Flat {
         AttributedText text;
         QList<ParagraphMark> marks; // one for each paragraph of a list

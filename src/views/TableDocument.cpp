@@ -145,6 +145,28 @@ void TableDocument::fill(int row, const QList<AttributedText> &cells, const QLis
     }
 }
 
+// The cells that it touches, apart by tabs, their rows a line each.
+QString TableDocument::textBetween(int from, int to) const
+{
+    QStringList lines;
+    for (int row = 0; m_grid && row < m_grid->rows(); ++row) {
+        QStringList cells;
+        for (int column = 0; column < m_grid->columns(); ++column) {
+            const QTextTableCell cell = m_grid->cellAt(row, column);
+            QTextCursor cursor = cell.firstCursorPosition();
+            const int last = cell.lastCursorPosition().position();
+            if (from > last || to < cursor.position() || (to == cursor.position() && to != last))
+                continue;
+            cursor.setPosition(std::max(from, cursor.position()));
+            cursor.setPosition(std::min(to, last), QTextCursor::KeepAnchor);
+            cells.append(cursor.selectedText().replace(QChar::LineSeparator, u' '));
+        }
+        if (!cells.isEmpty())
+            lines.append(cells.join(u'\t'));
+    }
+    return lines.join(u'\n');
+}
+
 void TableDocument::measure()
 {
     QList<double> rules;

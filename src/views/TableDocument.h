@@ -28,6 +28,7 @@ public:
     [[nodiscard]] double width() const { return m_width; }
     [[nodiscard]] const QList<double> &rules() const { return m_rules; }
     [[nodiscard]] int hiddenRows() const;
+    [[nodiscard]] QString textBetween(int from, int to) const override;
 
     // The text layout has changed.
     Q_INVOKABLE void measure();

@@ -118,7 +118,7 @@ TEST_F(AccessibilityTest, AReplyIsAnnouncedWhenItBeginsAndWhenItIsDoneAndNeverBy
     QObject::connect(qobject_cast<Announcement *>(announcement), &Announcement::announced,
                      [&] { heard += accessibleName(announcement); });
     send();
-    for (const auto &piece : {u"One"_s, u" two"_s, u" three"_s})
+    for (const auto &piece : {u"One"_s, u" **two**"_s, u" three"_s})
         stream(piece);
     endReply();
     EXPECT_EQ(heard, QStringList({u"Replying"_s, u"One two three"_s}));

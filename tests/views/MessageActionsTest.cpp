@@ -2,6 +2,8 @@
 
 #include "view_models/chat/ChatViewModel.h"
 
+#include <QTest>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -13,6 +15,71 @@ protected:
     [[nodiscard]] QString composed() const { return item(u"composer"_s)->property("text").toString(); }
     [[nodiscard]] ChatViewModel &chat() const { return *m_app->presentation().chat; }
 };
+
+TEST_F(MessageActionsTest, AMenuOffersWhatFitsByTheRightButtonAndByTheKeys)
+{
+    const auto offered = [this] {
+        QStringList words;
+        for (QQuickItem *each : allItems()) {
+            if (each->inherits("QQuickMenuItem") && each->isEnabled() && each->height() > 0)
+                words += each->property("text").toString();
+        }
+        return words.join(u',');
+    };
+    const auto choose = [this](const QString &words) {
+        click(named(words));
+        settle();
+    };
+    const auto rightClick = [this](QQuickItem *on) {
+        QTest::mouseClick(m_window, Qt::RightButton, {}, on->mapToScene({20, 12}).toPoint());
+        settle();
+    };
+    showReply(u"See [the *page*](https://example.com/a)\n\n|a|b|\n|-|-|\n|**1**|`x`|"_s);
+    type(u"draft"_s);
+    rightClick(drawn(u"tableText"_s));
+    EXPECT_EQ(offered().toStdString(),
+              "Copy Table,Copy Table as Markdown,Select All,Quote in Reply,Reply Again");
+    choose(u"Copy Table as Markdown"_s);
+    EXPECT_EQ(clipboard(), u"| a | b |\n| --- | --- |\n| **1** | `x` |"_s);
+    EXPECT_TRUE(item(u"composer"_s)->hasActiveFocus()) << "where it was";
+
+    QQuickItem *words = drawn(u"paragraph"_s);
+    words->forceActiveFocus();
+    QMetaObject::invokeMethod(words, "select", Q_ARG(int, 0), Q_ARG(int, 7));
+    press(Qt::Key_F10, Qt::ShiftModifier);
+    settle();
+    EXPECT_EQ(offered().toStdString(),
+              "Copy,Copy Link,Copy as Markdown,Select All,Quote in Reply,Reply Again");
+    press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    settle();
+    EXPECT_EQ(clipboard(), u"See the"_s);
+    EXPECT_TRUE(words->hasActiveFocus());
+    press(Qt::Key_Menu);
+    settle();
+    choose(u"Copy Link"_s);
+    EXPECT_EQ(clipboard(), u"https://example.com/a"_s);
+    press(Qt::Key_Menu);
+    settle();
+    choose(u"Select All"_s);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(clipboard(), u"See the page\n\na\tb\n1\tx"_s);
+    rightClick(words);
+    choose(u"Quote in Reply"_s);
+    EXPECT_EQ(composed(), u"draft\n\n> See the page\n> \n> a\tb\n> 1\tx\n\n"_s);
+    EXPECT_TRUE(item(u"composer"_s)->hasActiveFocus());
+
+    press(Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_Menu);
+    settle();
+    EXPECT_EQ(offered().toStdString(), "Cut,Copy,Paste,Select All");
+    choose(u"Cut"_s);
+    EXPECT_EQ(composed(), QString());
+    rightClick(drawn(u"ownWords"_s));
+    EXPECT_EQ(offered().toStdString(),
+              "Copy Message,Select All,Quote in Reply,Edit and Send Again,Delete with Its Reply");
+    press(Qt::Key_Escape);
+}
 
 TEST_F(MessageActionsTest, AReplyIsMadeAgainAndItsVersionsSwitchedByPointerAndKeys)
 {

@@ -138,6 +138,38 @@ TEST_F(ReplyBlocksTest, ASelectionGoesOnFromBlockToBlock)
     EXPECT_EQ(all[3]->property("selectedText"), QString());
 }
 
+TEST_F(ReplyBlocksTest, WhatIsCopiedIsTheWholeOfWhatIsSelected)
+{
+    const QString paragraph = u"several words "_s.repeated(900).trimmed();
+    const QString code = u"line\n"_s.repeated(40) + QString(9000, u'x') + u"\nend"_s;
+    const QString table = u"|a|b|\n|-|-|\n"_s + u"|1|**2**|\n"_s.repeated(300);
+    showReply(paragraph + u"\n\n1. one\n   - two\n\n```\n"_s + code + u"\n```\n"_s + table +
+              u"```chart\nNice | 1\nDull | 2\n```\n```facts\nBuilt | 2004\nSold | 2010\n```\n"_s);
+    const QString reply = paragraph + u"\n\n1. one\n  • two\n\n"_s + code + u"\n\na\tb"_s +
+                          u"\n1\t2"_s.repeated(300) + u"\n\nNice: 1\nDull: 2\n\nBuilt: 2004\nSold: 2010"_s;
+    const auto copied = [this](QQuickItem *text, int from, int to) {
+        text->forceActiveFocus();
+        QMetaObject::invokeMethod(text, "select", Q_ARG(int, from), Q_ARG(int, to));
+        press(Qt::Key_C, Qt::ControlModifier);
+        return clipboard();
+    };
+    EXPECT_EQ(copied(drawn(u"paragraph"_s), 5, 10003).size(), 9996) << "parted at 4,000 and 8,000";
+    EXPECT_EQ(copied(drawn(u"paragraph"_s), 3000, 5000), paragraph.mid(3000, 1999));
+    EXPECT_EQ(copied(drawn(u"tableText"_s), 2, 9), u"a\tb\n1\t2"_s);
+    EXPECT_EQ(copied(drawn(u"codeText"_s), 5, 24 * 5 - 1), code.mid(5)) << "with what is folded away";
+    drawn(u"code"_s)->setProperty("unfolded", true);
+    EXPECT_EQ(copied(drawn(u"codeText"_s), 5, 8000), code.mid(5, 7994));
+    press(Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(clipboard(), reply);
+    press(Qt::Key_A, Qt::ControlModifier);
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(clipboard(), u"Question\n\n"_s + reply);
+    item(u"composer"_s)->forceActiveFocus();
+    press(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(clipboard(), reply);
+}
+
 TEST_F(ReplyBlocksTest, LongCodeFoldsUnlessItWasWatchedAsItCame)
 {
     const QString lines = u"line\n"_s.repeated(60).chopped(1);

@@ -290,4 +290,13 @@ QString BlockContent::plainText(const Block &block)
     return std::visit(PlainTextOf{}, block);
 }
 
+QString BlockContent::plainText(const Blocks &blocks)
+{
+    QStringList texts;
+    for (const Block &block : blocks)
+        texts.append(plainText(block));
+    texts.removeAll(QString());
+    return texts.join(u"\n\n"_s);
+}
+
 } // namespace morvane

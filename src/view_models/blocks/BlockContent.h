@@ -16,6 +16,7 @@ constexpr qsizetype mostEntries = 100;
 
 // The block in words alone: what a screen reader says and what is copied.
 [[nodiscard]] QString plainText(const MarkdownRenderer::Block &block);
+[[nodiscard]] QString plainText(const MarkdownRenderer::Blocks &blocks); // a blank line between them
 
 } // namespace BlockContent
 

@@ -34,6 +34,7 @@ public:
 struct TableWords {
     Q_GADGET
     QML_VALUE_TYPE(tableWords)
+    Q_PROPERTY(QString markdown READ markdown)
 
 public:
     // More than these aren't drawn.
@@ -42,6 +43,9 @@ public:
 
     QList<AttributedText> headers;
     QList<QList<AttributedText>> rows;
+
+    // The whole of it, to be pasted where Markdown is read.
+    [[nodiscard]] QString markdown() const;
 
     bool operator==(const TableWords &) const = default;
 };

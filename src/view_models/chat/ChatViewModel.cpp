@@ -1,6 +1,7 @@
 #include "view_models/chat/ChatViewModel.h"
 
 #include "ai/routing/AIRequestRouter.h"
+#include "markdown/MarkdownRenderer.h"
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
@@ -13,6 +14,8 @@
 #include <algorithm>
 
 namespace morvane {
+
+using namespace Qt::StringLiterals;
 
 ChatViewModel::ChatViewModel(Services services, QObject *parent)
     : QObject(parent)
@@ -92,13 +95,22 @@ void ChatViewModel::setPendingAttachment(std::optional<ImportedAttachment> attac
     Q_EMIT canSendChanged();
 }
 
+void ChatViewModel::quote(const QString &words)
+{
+    QString draft = Text::trimmed(m_draft);
+    draft += draft.isEmpty() ? QString() : u"\n\n"_s;
+    draft += u"> "_s + QString(words).replace(u'\n', u"\n> "_s) + u"\n\n"_s;
+    setDraft(draft);
+    Q_EMIT quoted();
+}
+
 QString ChatViewModel::lastAnswer() const
 {
     const auto &all = m_messages.messages();
     for (auto message = all.rbegin(); message != all.rend(); ++message) {
         if ((*message)->role() != MessageRole::assistant)
             continue;
-        if (const QString text = m_messages.textOf(**message); !text.isEmpty())
+        if (const QString text = m_messages.plainTextOf(**message); !text.isEmpty())
             return text;
     }
     return {};
@@ -371,7 +383,8 @@ void ChatViewModel::turnEnded(ChatTurn &turn)
     ended->release()->deleteLater(); // it is still on the stack
     m_turns.erase(ended);
     if (turn.ending() == ChatTurn::Ending::completed)
-        Q_EMIT replyFinished(m_messages.textOf(turn.reply()));
+        Q_EMIT replyFinished(MarkdownRenderer::speakable(m_messages.textOf(turn.reply()),
+                                                         MarkdownRenderer::CodeInSpeech::announced));
     Q_EMIT conversationsChanged();
 }
 

@@ -144,7 +144,9 @@ public:
     // The same where no event loop will run again: when this returns, every turn has ended, what had arrived
     // is in its record, and the draft is stored.
     void endTurns();
-    // The text of the newest reply that has any; empty for none.
+    // Puts words below the draft, each line marked as a quote.
+    Q_INVOKABLE void quote(const QString &words);
+    // What is copied of the newest reply that has words; empty for none.
     Q_INVOKABLE QString lastAnswer() const;
     Q_INVOKABLE void dismissBanner() { m_banner.dismiss(); }
     Q_INVOKABLE void approve() { resolveApproval(ApprovalAnswer::allowedOnce); }
@@ -165,6 +167,7 @@ Q_SIGNALS:
     void canSendChanged();
     void isEditingChanged();
     void deletedChanged();
+    void quoted(); // the view goes on writing below it
     void isRespondingChanged();
     void bannerChanged();
     void approvalChanged();
@@ -174,7 +177,7 @@ Q_SIGNALS:
     void needsAttention(); // an approval waits for the user
     void approvalResolved();
     void messageSent();                      // the view scrolls to it
-    void replyFinished(const QString &text); // for assistive technology
+    void replyFinished(const QString &text); // as a voice would say it, for assistive technology
 
 private:
     [[nodiscard]] bool hasConversation();

@@ -2,11 +2,13 @@
 
 #include "async/Clock.h"
 #include "attestation/ProofLedger.h"
+#include "markdown/MarkdownRenderer.h"
 #include "models/ChatMessage.h"
 #include "models/Conversation.h"
 #include "models/MessageVersions.h"
 #include "utils/text/Identifier.h"
 #include "utils/text/ThinkingTags.h"
+#include "view_models/blocks/BlockContent.h"
 #include "view_models/chat/ThoughtTimer.h"
 
 #include <algorithm>
@@ -124,6 +126,34 @@ const MessageListModel::Opened &MessageListModel::opened(const ChatMessage &mess
 QString MessageListModel::textOf(const ChatMessage &message) const
 {
     return opened(message).text;
+}
+
+QString MessageListModel::plainTextOf(const ChatMessage &message) const
+{
+    const QString text = textOf(message);
+    return message.role() == MessageRole::user ? text
+                                               : BlockContent::plainText(MarkdownRenderer::parse(text));
+}
+
+QString MessageListModel::plainText(const QString &messageId) const
+{
+    const int row = rowOf(QUuid(messageId));
+    return row < 0 ? QString() : plainTextOf(*m_messages[static_cast<std::size_t>(row)]);
+}
+
+QString MessageListModel::markdown(const QString &messageId) const
+{
+    const int row = rowOf(QUuid(messageId));
+    return row < 0 ? QString() : textOf(*m_messages[static_cast<std::size_t>(row)]);
+}
+
+QString MessageListModel::wholeText() const
+{
+    QStringList texts;
+    for (const auto &message : m_messages)
+        texts.append(plainTextOf(*message));
+    texts.removeAll(QString());
+    return texts.join(u"\n\n"_s);
 }
 
 ToolLineDetail MessageListModel::toolDetail(const QString &messageId, int line) const

@@ -86,6 +86,14 @@ public:
     // The message's readable text without a model's thinking, opened at most once for each change.
     [[nodiscard]] QString textOf(const ChatMessage &message) const;
 
+    // What is copied of a message: the person's as it was written, a reply's words without marks, each block
+    // as a screen reader says it. Of the whole chat the same, a blank line between the messages.
+    [[nodiscard]] QString plainTextOf(const ChatMessage &message) const;
+    Q_INVOKABLE QString plainText(const QString &messageId) const;
+    Q_INVOKABLE QString wholeText() const;
+    // As the model wrote it.
+    Q_INVOKABLE QString markdown(const QString &messageId) const;
+
     // Stored as unfinished, and no turn is at work on it.
     [[nodiscard]] bool isInterrupted(const ChatMessage &message) const;
 

@@ -24,7 +24,7 @@ Row {
         name: root.direction > 0 ? "arrow-up" : "arrow-down"
         color: root.ink
     }
-    SmallText {
+    SmallCardText {
         width: Math.min(implicitWidth, root.room - x)
         text: root.change
         color: root.ink

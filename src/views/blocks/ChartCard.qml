@@ -15,7 +15,7 @@ DataCard {
         + (content.title.length > 0 ? ": " + content.title : "")
     Accessible.description: plainText
 
-    PlainText {
+    CardText {
         width: parent.width
         visible: text.length > 0
         text: root.content.title

@@ -23,13 +23,13 @@ Column {
             width: root.width
             spacing: Theme.gap16
 
-            SmallText {
+            SmallCardText {
                 id: label
 
                 width: Math.round(fact.width * 0.36)
                 text: fact.modelData.label
             }
-            SmallText {
+            SmallCardText {
                 width: fact.width - label.width - fact.spacing
                 text: fact.modelData.value
                 color: Theme.text

@@ -36,7 +36,7 @@ DataCard {
                 height: 1
                 color: Theme.hairline
             }
-            PlainText {
+            CardText {
                 id: name
 
                 anchors.verticalCenter: parent.verticalCenter
@@ -59,11 +59,11 @@ DataCard {
                 horizontalItemAlignment: Grid.AlignRight
                 verticalItemAlignment: Grid.AlignVCenter
 
-                PlainText {
+                CardText {
                     objectName: "marketValue"
                     width: quote.width * figures.share - Theme.gap8
                     text: quote.modelData.value
-                    horizontalAlignment: Text.AlignRight
+                    horizontalAlignment: TextEdit.AlignRight
                 }
                 Item {
                     width: quote.width * figures.changeShare - Theme.gap8

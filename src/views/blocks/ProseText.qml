@@ -9,6 +9,7 @@ TextEdit {
     required property var words // Prose
     property real lineHeight: Theme.bodyLine
     property bool growing: false
+    readonly property string plainText: words.plainText
     readonly property string focusedLink: activeFocus ? prose.linkAt(cursorPosition) : ""
     readonly property string pointedLink: hoveredLink.length > 0 ? hoveredLink : focusedLink
     readonly property point linkPlace: hoveredLink.length > 0 ? pointer.point.position
@@ -29,11 +30,10 @@ TextEdit {
     selectedTextColor: Theme.text
 
     Accessible.role: Accessible.StaticText
-    Accessible.name: root.words.plainText
+    Accessible.name: plainText
     Accessible.readOnly: true
 
     Keys.onReturnPressed: if (focusedLink.length > 0) linkAsked(focusedLink)
-    onActiveFocusChanged: if (!activeFocus) deselect()
     onLinkActivated: link => linkAsked(link)
 
     ReadOnlyKeys { text: root }

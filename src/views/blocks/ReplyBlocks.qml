@@ -6,7 +6,7 @@ import Morvane
 import Morvane.ViewModels
 
 // The blocks of a reply, one below the other.
-ReplySelection {
+Item {
     id: root
 
     property alias text: blocks.text
@@ -18,6 +18,7 @@ ReplySelection {
     property real wideColumn: column
 
     signal linkAsked(string address)
+    signal copyAsked(string text)
 
     function startOver() {
         root.wasWatched = !root.finished;

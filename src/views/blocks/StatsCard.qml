@@ -31,13 +31,13 @@ DataCard {
 
                 spacing: 2
 
-                PlainText {
+                CardText {
                     width: Math.min(implicitWidth, stat.widest)
                     text: stat.modelData.value
                     font.pixelSize: Theme.headingSize
                     font.weight: Font.DemiBold
                 }
-                SmallText {
+                SmallCardText {
                     width: Math.min(implicitWidth, stat.widest)
                     text: stat.modelData.label
                 }

@@ -52,7 +52,6 @@ Item {
             Accessible.name: qsTr("Table: %1").arg(root.plainText)
             Accessible.readOnly: true
 
-            onActiveFocusChanged: if (!activeFocus) deselect()
             onLinkActivated: link => root.linkAsked(link)
             onContentSizeChanged: table.measure()
             onCursorRectangleChanged: if (activeFocus) view.reveal(cursorRectangle.x - Theme.gap16,

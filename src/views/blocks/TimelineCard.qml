@@ -54,12 +54,12 @@ DataCard {
                 width: parent.width - x
                 spacing: 2
 
-                SmallText {
+                SmallCardText {
                     width: parent.width
                     text: entry.modelData.marker
                     font.weight: Font.Medium
                 }
-                PlainText {
+                CardText {
                     width: parent.width
                     text: entry.modelData.text
                 }

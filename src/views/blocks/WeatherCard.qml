@@ -40,13 +40,13 @@ DataCard {
             anchors.verticalCenter: parent.verticalCenter
             spacing: 2
 
-            PlainText {
+            CardText {
                 width: parent.width
                 visible: text.length > 0
                 text: root.content.condition
                 font.weight: Font.DemiBold
             }
-            SmallText {
+            SmallCardText {
                 width: parent.width
                 visible: text.length > 0
                 text: root.content.location
@@ -59,7 +59,7 @@ DataCard {
             anchors.verticalCenter: parent.verticalCenter
             spacing: 2
 
-            PlainText {
+            CardText {
                 anchors.right: parent.right
                 width: Math.min(implicitWidth, root.width / 3)
                 visible: text.length > 0
@@ -67,7 +67,7 @@ DataCard {
                 font.pixelSize: Theme.headingSize
                 font.weight: Font.DemiBold
             }
-            SmallText {
+            SmallCardText {
                 anchors.right: parent.right
                 width: Math.min(implicitWidth, root.width / 3)
                 visible: root.content.low.length > 0

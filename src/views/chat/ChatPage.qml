@@ -40,6 +40,9 @@ FocusScope {
     function findInChat() {
         (conversation.item as Conversation)?.openFind();
     }
+    function openMenu(keeper: MenuKeeper, place: point) {
+        (conversation.item as Conversation)?.openMenu(keeper, place);
+    }
     function goToEnd() {
         (conversation.item as Conversation)?.goToEnd();
     }
@@ -184,6 +187,7 @@ FocusScope {
         target: root.chat
 
         function onIsRespondingChanged() { if (root.chat.isResponding) announcement.say(qsTr("Replying")); }
+        function onQuoted() { composer.takeFocusAtEnd(); }
         function onIsEditingChanged() { composer.takeFocusAtEnd(); }
         function onReplyFinished(text: string) { announcement.say(text); }
         function onNeedsAttention() { announcement.say(root.chat.approval.verb); }

@@ -3,7 +3,7 @@ import Morvane
 import Morvane.ViewModels
 
 // What was said in the open chat, and the way back to its end.
-Item {
+ChatSelection {
     id: root
 
     required property ChatViewModel chat
@@ -12,11 +12,21 @@ Item {
 
     readonly property Item list: messages
 
+    view: messages
+    model: root.chat.messages // qmllint disable
+    onCopyAsked: text => root.shell.copy(text)
+    onScrollAsked: distance => messages.scrollBy(distance)
+
     function scrollPage(direction: int) {
         messages.scrollBy(direction * messages.height * 0.85);
     }
     function scrollBy(distance: real) {
         messages.scrollBy(distance);
+    }
+    function openMenu(keeper: MenuKeeper, place: point) {
+        menu.keeper = keeper;
+        menu.wanted = true;
+        (menu.item as MessageMenu).popup(keeper, place.x, place.y);
     }
     function goToEnd() {
         messages.goToEnd();
@@ -37,6 +47,7 @@ Item {
         topMargin: Theme.gap8 + (bar.wanted ? bar.height + Theme.gap8 : 0) // the first words can stand below the bar
         messages: root.chat.messages
         responding: root.chat.isResponding
+        chosen: root.wholeChat
         lastQuestion: root.chat.messages.lastQuestion
         onCopyAsked: text => root.shell.copy(text)
         onLinkAsked: address => root.shell.openLink(address)
@@ -80,6 +91,14 @@ Item {
         part: "chat/FindBar.qml"
         given: ({ find: root.find })
         wanted: root.find.isOpen
+    }
+    Later {
+        id: menu
+
+        property MenuKeeper keeper
+
+        part: "chat/MessageMenu.qml"
+        given: ({ keeper: keeper, selection: root, chat: root.chat, shell: root.shell })
     }
     Connections {
         target: root.chat

@@ -12,6 +12,7 @@ ListView {
     required property MessageListModel messages
     property real column: Theme.columnWidth
     property bool responding: false
+    property bool chosen: false // all of it, to be copied
     property int lastQuestion: -1 // its row
     // The end stays in view as replies grow.
     property bool following: true
@@ -108,6 +109,7 @@ ListView {
         isLast: index === root.count - 1
         isLastQuestion: index === root.lastQuestion
         responding: root.responding
+        chosen: root.chosen
         onCopyAsked: text => root.copyAsked(text)
         onLinkAsked: address => root.linkAsked(address)
         onContinueAsked: messageId => root.continueAsked(messageId)

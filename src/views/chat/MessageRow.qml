@@ -33,6 +33,8 @@ Item {
     property bool isLast: false
     property bool isLastQuestion: false
     property bool responding: false
+    property bool chosen: false // with the whole chat, to be copied
+    readonly property bool canRegenerate: isLast && !responding && !running && !failed && !interrupted
     property bool waits: false // to be used again: its properties belong to two messages for a moment
 
     signal copyAsked(string text)
@@ -64,6 +66,17 @@ Item {
         answer.reused();
     }
 
+    Accessible.role: Accessible.ListItem
+    Accessible.name: root.isUser ? qsTr("Your message") : qsTr("Reply")
+
+    Rectangle {
+        anchors.horizontalCenter: parent.horizontalCenter
+        width: root.column + 2 * Theme.gap12
+        height: parent.height
+        radius: Theme.panelRadius
+        visible: root.chosen
+        color: Theme.selection
+    }
     UserMessage {
         id: question
 

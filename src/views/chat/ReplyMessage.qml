@@ -121,7 +121,7 @@ ColumnLayout {
         versionCount: root.versionCount
         canSwitch: !root.responding
         emphasised: root.isLast || hover.hovered
-        onCopyAsked: root.copyAsked(root.text)
+        onCopyAsked: root.copyAsked(root.messages.plainText(root.messageId))
         onContinueAsked: root.continueAsked()
         onRetryAsked: root.retryAsked()
         onRegenerateAsked: root.regenerateAsked()

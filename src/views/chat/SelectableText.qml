@@ -23,7 +23,6 @@ TextEdit {
     Accessible.name: growing.text
     Accessible.readOnly: true
 
-    onActiveFocusChanged: if (!activeFocus) deselect()
 
     ReadOnlyKeys { text: root }
     GrowingText {

@@ -6,16 +6,21 @@ T.MenuItem {
     id: root
 
     property bool dangerous: false
+    property bool offered: true // fits what the menu is about
 
     implicitWidth: 172
     implicitHeight: Theme.controlHeight
+    height: offered ? implicitHeight : 0 // a menu shows all of its items
+    activeFocusOnTab: offered && enabled // the arrow keys go by it
     horizontalPadding: 10
 
     Accessible.name: text
+    Accessible.ignored: !offered
 
     contentItem: SmallText {
+        visible: root.offered
         text: root.text
-        color: root.dangerous ? Theme.danger : Theme.text
+        color: !root.enabled ? Theme.disabled : root.dangerous ? Theme.danger : Theme.text
         verticalAlignment: Text.AlignVCenter
     }
     background: Rectangle {

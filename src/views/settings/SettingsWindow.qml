@@ -42,6 +42,7 @@ T.ApplicationWindow {
         onActivated: root.close()
     }
     FocusKeeper { home: scope }
+    TextMenus {}
     FocusScope {
         id: scope
 

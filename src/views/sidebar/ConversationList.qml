@@ -57,6 +57,8 @@ ListView {
     Keys.onPressed: event => {
         if (event.key === Qt.Key_F2)
             (root.currentItem as ConversationRow)?.beginRename();
+        else if (event.key === Qt.Key_F10 && event.modifiers === Qt.ShiftModifier)
+            (root.currentItem as ConversationRow)?.openMenu();
     }
 
     Later {

@@ -26,6 +26,8 @@ QtObject {
         { keys: "Page Up, Page Down", action: "Scroll the chat" },
         { keys: toEnd, action: "Go to the end of the chat" },
         { keys: copyAnswer, action: "Copy the last answer" },
+        { keys: "Ctrl+A", action: "Select the reply, again the whole chat" },
+        { keys: "Menu, Shift+F10", action: "What can be done here" },
         { keys: composer, action: "Go to the message field" },
         { keys: newChat, action: "New chat" },
         { keys: search, action: "Search the chats" },

@@ -1,0 +1,18 @@
+import QtQuick
+import Morvane
+
+// Words on a card, to be selected and never more than text. A screen reader reads the card's own words.
+TextEdit {
+    readOnly: true
+    selectByMouse: true
+    textFormat: TextEdit.PlainText
+    wrapMode: TextEdit.Wrap
+    color: Theme.text
+    font.pixelSize: Theme.bodySize
+    selectionColor: Theme.selection
+    selectedTextColor: Theme.text
+
+    Accessible.ignored: true
+
+    HoverHandler { cursorShape: Qt.IBeamCursor }
+}

@@ -1,0 +1,6 @@
+import Morvane
+
+CardText {
+    font.pixelSize: Theme.smallSize
+    color: Theme.secondary
+}
