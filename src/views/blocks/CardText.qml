@@ -3,6 +3,8 @@ import Morvane
 
 // Words on a card, to be selected and never more than text. A screen reader reads the card's own words.
 TextEdit {
+    id: root
+
     readOnly: true
     selectByMouse: true
     textFormat: TextEdit.PlainText
@@ -14,5 +16,6 @@ TextEdit {
 
     Accessible.ignored: true
 
+    ReadOnlyKeys { text: root }
     HoverHandler { cursorShape: Qt.IBeamCursor }
 }

@@ -23,7 +23,6 @@ TextEdit {
     Accessible.name: growing.text
     Accessible.readOnly: true
 
-
     ReadOnlyKeys { text: root }
     GrowingText {
         id: growing
