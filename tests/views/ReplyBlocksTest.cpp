@@ -170,6 +170,29 @@ TEST_F(ReplyBlocksTest, WhatIsCopiedIsTheWholeOfWhatIsSelected)
     EXPECT_EQ(clipboard(), reply);
 }
 
+TEST_F(ReplyBlocksTest, ASelectionDraggedPastTheEdgeScrolls)
+{
+    showReply(u"First word\n\n"_s + u"And more\n\n"_s.repeated(80) + u"```facts\nBuilt | 2004\n"_s);
+    QQuickItem *list = item(u"messages"_s);
+    for (int page = 0; page < 8; ++page)
+        press(Qt::Key_PageUp);
+    settle();
+    const QPoint start = blocks().first()->mapToScene({40, 12}).toPoint();
+    const QPoint below(start.x() + 400, qRound(list->mapToScene({0, list->height()}).y()) + 30);
+    QTest::mousePress(m_window, Qt::LeftButton, {}, start);
+    QTest::mouseMove(m_window, (start + below) / 2);
+    QTest::mouseMove(m_window, below);
+    const QQuickItem *last = blocks().last();
+    EXPECT_TRUE(eventually([&] {
+        return last->mapToScene({0, last->height()}).y() < list->mapToScene({0, list->height()}).y();
+    }));
+    QTest::mouseRelease(m_window, Qt::LeftButton, {}, below);
+    settle();
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(clipboard().count(u"And more\n\n"_s), 80) << clipboard().toStdString();
+    EXPECT_TRUE(clipboard().endsWith(u"Built: 2004"_s)) << clipboard().right(60).toStdString();
+}
+
 TEST_F(ReplyBlocksTest, LongCodeFoldsUnlessItWasWatchedAsItCame)
 {
     const QString lines = u"line\n"_s.repeated(60).chopped(1);
