@@ -179,6 +179,7 @@ public:
         , m_document(document)
         , m_result(result)
         , m_isAscii(document.size() == opening.size() + original.size() + closing.size())
+        , m_holdsBackslash(original.contains(u'\\'))
     {}
 
     [[nodiscard]] bool parse()
@@ -257,7 +258,7 @@ private:
         const qsizetype from = bytes.data() - m_document.constData();
         const qsizetype start = originalOffset(from);
         const QStringView piece = m_original.sliced(start, originalOffset(from + bytes.size()) - start);
-        if (type == MD_TEXT_NORMAL && (piece.contains(u'\\') || !m_formulas.isEmpty()))
+        if (type == MD_TEXT_NORMAL && (m_holdsBackslash || !m_formulas.isEmpty()))
             appendWords(piece, start, from > 0 && m_document[from - 1] == '\\');
         else
             append(piece);
@@ -319,6 +320,7 @@ private:
     const QByteArray &m_document;
     AttributedText &m_result;
     bool m_isAscii; // a byte for each UTF-16 unit
+    bool m_holdsBackslash;
     qsizetype m_documentOffset = opening.size();
     qsizetype m_originalOffset = 0;
     QStringList m_links; // the open ones, empty where a link is not followed

@@ -34,9 +34,10 @@ bool isSpace(QChar character)
 }
 
 // How many characters of that kind stand at the end.
-qsizetype trailing(QStringView text, bool (*kind)(QChar))
+template <bool (*isKind)(QChar)>
+qsizetype trailing(QStringView text)
 {
-    return std::find_if_not(text.rbegin(), text.rend(), kind) - text.rbegin();
+    return std::find_if_not(text.rbegin(), text.rend(), [](QChar c) { return isKind(c); }) - text.rbegin();
 }
 
 QStringView lastWord(QStringView line)
@@ -133,12 +134,17 @@ void StreamingMarkdown::extend(QStringView piece)
 {
     m_text += piece;
     m_withheld += piece.size();
-    const qsizetype withheld = trailing(piece, m_growth == Growth::code ? LineGrammar::isNewline : isSpace);
+    const qsizetype withheld = withheldOf(piece);
     if (withheld == piece.size())
         return;
     QString &words = *std::visit(LastWords{}, m_blocks.last());
     words += QStringView(m_text).last(m_withheld).chopped(withheld);
     m_withheld = withheld;
+}
+
+qsizetype StreamingMarkdown::withheldOf(QStringView text) const
+{
+    return m_growth == Growth::code ? trailing<LineGrammar::isNewline>(text) : trailing<isSpace>(text);
 }
 
 QStringView StreamingMarkdown::openLine() const
@@ -161,7 +167,7 @@ qsizetype StreamingMarkdown::readAgain()
     const bool holdsFence = ahead.isInFence() != m_reader.isInFence();
     ahead.finish(m_blocks);
     m_growth = holdsFence ? Growth::none : growth();
-    m_withheld = trailing(m_text, m_growth == Growth::code ? LineGrammar::isNewline : isSpace);
+    m_withheld = withheldOf(m_text);
     return kept;
 }
 

@@ -22,6 +22,8 @@ private:
     enum class Growth { none, words, code };
 
     [[nodiscard]] QStringView openLine() const;
+    // How much space at its end isn't shown yet.
+    [[nodiscard]] qsizetype withheldOf(QStringView text) const;
     [[nodiscard]] bool goesOn(QStringView piece) const;
     void extend(QStringView piece);
     qsizetype readAgain();
