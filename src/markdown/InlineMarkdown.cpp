@@ -82,26 +82,16 @@ Meaning meaningOf(QChar character)
 bool mayHoldSpans(QStringView text)
 {
     bool opened = false;
-    QChar before;
     for (const QChar &c : text) {
-        switch (meaningOf(c)) {
-        case Meaning::none:
-            break;
-        case Meaning::opens:
-            opened = true;
-            break;
-        case Meaning::delimits:
-            if (c != before && QStringView(text.begin(), &c).contains(c))
-                return true;
-            break;
-        case Meaning::completes:
-            if (opened || (c == u'/' && before == u':'))
-                return true;
-            break;
-        case Meaning::escapes:
+        const Meaning meaning = meaningOf(c);
+        if (meaning == Meaning::none)
+            continue;
+        const QStringView before(text.begin(), &c);
+        if (meaning == Meaning::escapes || (meaning == Meaning::completes && opened) ||
+            (c == u'/' && before.endsWith(u':')) ||
+            (meaning == Meaning::delimits && !before.endsWith(c) && before.contains(c)))
             return true;
-        }
-        before = c;
+        opened |= meaning == Meaning::opens;
     }
     return false;
 }
@@ -116,9 +106,11 @@ std::optional<QByteArray> documentOf(QStringView text)
     char *const end = encoder.appendToBuffer(words, text);
     if (encoder.hasError())
         return std::nullopt;
-    std::replace_if(
-        words, end, [](char c) { return c == '\n' || c == '\r'; }, lineEndStandIn);
     document.truncate(std::copy(closing.begin(), closing.end(), end) - document.data());
+    for (const char lineEnd : {'\n', '\r'}) {
+        if (document.contains(lineEnd))
+            document.replace(lineEnd, lineEndStandIn);
+    }
     return document;
 }
 

@@ -30,12 +30,18 @@ bool isDigit(QChar character)
     return character >= u'0' && character <= u'9';
 }
 
+bool isOfSeparator(QChar character)
+{
+    return character == u'-' || character == u'|' || character == u':' || character == u' ';
+}
+
 // "- - -" is a divider with gaps, which counts as ordinary words and not as an item that holds "- -".
 bool isGappedDivider(QStringView line)
 {
     const QChar mark = line[0];
-    return mark != u'+' && line.count(mark) >= shortestDivider &&
-           std::all_of(line.begin(), line.end(), [=](QChar c) { return c == mark || c == u' '; });
+    return mark != u'+' &&
+           std::all_of(line.begin(), line.end(), [=](QChar c) { return c == mark || c == u' '; }) &&
+           line.count(mark) >= shortestDivider;
 }
 
 std::optional<QStringView> nonEmpty(QStringView text)
@@ -92,8 +98,8 @@ std::optional<LineGrammar::HeadingLine> LineGrammar::heading(QStringView line)
 
 bool LineGrammar::isDivider(QStringView line)
 {
-    return line.size() >= shortestDivider && QStringView(u"-*_").contains(line[0]) &&
-           runLength(line, line[0]) == line.size();
+    return line.size() >= shortestDivider && runLength(line, line[0]) == line.size() &&
+           QStringView(u"-*_").contains(line[0]);
 }
 
 std::optional<QStringView> LineGrammar::quote(QStringView line)
@@ -105,7 +111,7 @@ std::optional<QStringView> LineGrammar::quote(QStringView line)
 
 std::optional<QStringView> LineGrammar::bulletItem(QStringView line)
 {
-    if (line.size() < 2 || !QStringView(u"-*+").contains(line[0]) || line[1] != u' ' || isGappedDivider(line))
+    if (line.size() < 2 || line[1] != u' ' || !QStringView(u"-*+").contains(line[0]) || isGappedDivider(line))
         return std::nullopt;
     return nonEmpty(trimmed(line.sliced(2)));
 }
@@ -153,14 +159,13 @@ bool LineGrammar::isTableRow(QStringView line)
 
 bool LineGrammar::isSeparatorRow(QStringView line)
 {
-    return line.size() >= 2 && line.front() == u'|' && line.back() == u'|' && line.contains(u'-') &&
-           std::all_of(line.begin(), line.end(), [](QChar c) { return QStringView(u"-|: ").contains(c); });
+    return line.size() >= 2 && line.front() == u'|' && line.back() == u'|' &&
+           std::all_of(line.begin(), line.end(), isOfSeparator) && line.contains(u'-');
 }
 
 bool LineGrammar::isOpenSeparatorRow(QStringView line)
 {
-    const auto isOfSeparator = [](QChar c) { return QStringView(u"-|: ").contains(c); };
-    if (!line.contains(u'|') || !std::all_of(line.begin(), line.end(), isOfSeparator))
+    if (!std::all_of(line.begin(), line.end(), isOfSeparator) || !line.contains(u'|'))
         return false;
     const QStringList cells = tableCells(line);
     return cells.size() >= 2 && std::all_of(cells.begin(), cells.end(), [](QStringView cell) {
@@ -202,7 +207,8 @@ QStringList LineGrammar::tableCells(QStringView row)
 
 std::optional<LineGrammar::Fence> LineGrammar::openingFence(QStringView line)
 {
-    if (line.contains(u'~')) {
+    const QStringView words = trimmed(line);
+    if (words.startsWith(u'~') || words.startsWith(u'>')) {
         const QStringView inner = trimmed(withoutQuoteMarks(line, mostQuoteMarks).text);
         const qsizetype tildes = runLength(inner, u'~');
         if (tildes >= shortestFence && !inner.sliced(tildes).contains(u'~'))

@@ -13,12 +13,13 @@ namespace {
 constexpr QChar letter = u'x';
 constexpr QChar punctuation = u',';
 constexpr qsizetype longestFootnote = 40;
+constexpr char16_t firstEastAsian = 0x2E80;
 
 // Letters, marks and wide forms of Chinese, Japanese and Korean; their space is a space.
 bool isEastAsian(QChar c)
 {
     const char16_t code = c.unicode();
-    if (code < 0x2E80)
+    if (code < firstEastAsian)
         return false;
     return (code <= 0x9FFF && code != 0x3000) || (code >= 0xAC00 && code <= 0xD7AF) ||
            (code >= 0xF900 && code <= 0xFAFF) || (code >= 0xFE30 && code <= 0xFE4F) ||
@@ -201,8 +202,9 @@ SpanMask::Masked SpanMask::of(QStringView text)
 
 bool SpanMask::isNeeded(QStringView text)
 {
+    const auto isAnyEastAsian = [](QChar c) { return c.unicode() >= firstEastAsian && isEastAsian(c); };
     return text.contains(u'\\') || text.contains(u'$') || text.contains(u'^') ||
-           std::any_of(text.begin(), text.end(), isEastAsian);
+           std::any_of(text.begin(), text.end(), isAnyEastAsian);
 }
 
 bool SpanMask::looksLikeFormula(QStringView text)

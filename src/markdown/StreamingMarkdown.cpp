@@ -71,7 +71,7 @@ bool canGoOn(QStringView line)
     const auto isLetter = [](QChar c) { return c.isLetter(); };
     return std::any_of(words.begin(), words.end(), isLetter) && !endsRow(words) &&
            InlineMarkdown::isInert(line.last(1)) && InlineMarkdown::isInert(words.last(1)) &&
-           !lastWord(line).contains("://"_L1) &&
+           !lastWord(line).contains(QStringView(u"://")) &&
            !LineGrammar::mayBecomeTask(words.sliced(LineGrammar::itemWords(words)));
 }
 
@@ -119,7 +119,7 @@ bool StreamingMarkdown::goesOn(QStringView piece) const
     case Growth::none:
         return false;
     case Growth::words:
-        return InlineMarkdown::isInert(piece) && !piece.contains(u'|');
+        return InlineMarkdown::isInert(piece) && std::find(piece.begin(), piece.end(), u'|') == piece.end();
     case Growth::code:
         // Line ends of other kinds than this one would be trimmed from the end too.
         return std::all_of(piece.begin(), piece.end(), [this](QChar c) {

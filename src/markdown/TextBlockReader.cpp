@@ -23,9 +23,9 @@ constexpr qsizetype mostPaddingPerCharacter = 4;
 constexpr int leastNesting = 2; // columns
 
 // A line of a table is one of the text, so that a cell's own lines are parted by "<br>".
-AttributedText withLineBreaks(const AttributedText &cell)
+AttributedText withLineBreaks(AttributedText cell)
 {
-    if (!cell.text.contains("<br"_L1, Qt::CaseInsensitive))
+    if (!cell.text.contains(u'<') || !cell.text.contains("<br"_L1, Qt::CaseInsensitive))
         return cell;
     static const QRegularExpression lineBreak(u"\\s*<br\\s*/?>\\s*"_s,
                                               QRegularExpression::CaseInsensitiveOption);
@@ -49,6 +49,7 @@ AttributedText withLineBreaks(const AttributedText &cell)
 QList<AttributedText> cellTexts(const QStringList &cells)
 {
     QList<AttributedText> texts;
+    texts.reserve(cells.size());
     for (const QString &cell : cells)
         texts.append(withLineBreaks(InlineMarkdown::parse(cell)));
     return texts;
@@ -154,7 +155,7 @@ bool TextBlockReader::beginsTable(QStringView trimmed, Blocks &ended)
     if (!paragraph)
         return false;
     const qsizetype start = paragraph->lastLineStart;
-    const QString headers = LineGrammar::trimmed(QStringView(paragraph->lines).sliced(start)).toString();
+    const QStringView headers = LineGrammar::trimmed(QStringView(paragraph->lines).sliced(start));
     const bool framed = LineGrammar::isSeparatorRow(trimmed) && LineGrammar::isTableRow(headers);
     if (!framed && !LineGrammar::isOpenSeparatorRow(trimmed))
         return false;
