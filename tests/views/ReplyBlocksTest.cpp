@@ -145,7 +145,7 @@ TEST_F(ReplyBlocksTest, WhatIsCopiedIsTheWholeOfWhatIsSelected)
     const QString table = u"|a|b|\n|-|-|\n"_s + u"|1|**2**|\n"_s.repeated(300);
     showReply(paragraph + u"\n\n1. one\n   - two\n\n```\n"_s + code + u"\n```\n"_s + table +
               u"```chart\nNice | 1\nDull | 2\n```\n```facts\nBuilt | 2004\nSold | 2010\n```\n"_s);
-    const QString reply = paragraph + u"\n\n1. one\n  • two\n\n"_s + code + u"\n\na\tb"_s +
+    const QString reply = paragraph + u"\n\n1. one\n  ◦ two\n\n"_s + code + u"\n\na\tb"_s +
                           u"\n1\t2"_s.repeated(300) + u"\n\nNice: 1\nDull: 2\n\nBuilt: 2004\nSold: 2010"_s;
     const auto copied = [this](QQuickItem *text, int from, int to) {
         text->forceActiveFocus();
