@@ -317,13 +317,12 @@ private:
         const bool isCapital =
             m_grammar.capitalTypes && word[0].isUpper() &&
             (word.size() == 1 || std::any_of(word.begin(), word.end(), [](QChar c) { return c.isLower(); }));
-        if (isKey())
-            add(from, CodeToken::name);
-        else if (known && !isPart)
+        const bool stands = isKey(); // before a colon, whatever it is elsewhere
+        if (!stands && known && !isPart)
             add(from, *known);
-        else if (isCapital)
+        else if (!stands && isCapital)
             add(from, CodeToken::type);
-        else if (isCalled)
+        else if (stands || isCalled)
             add(from, CodeToken::name);
     }
 

@@ -156,8 +156,7 @@ ProseDocument::Flat ProseDocument::flattened() const
             continue;
         const int depth = m_prose.marks[number].depth;
         flat.marks.append({depth, true});
-        flat.marks.resize(flat.marks.size() +
-                              QStringView(whole.text).sliced(start).count(cut),
+        flat.marks.resize(flat.marks.size() + QStringView(whole.text).sliced(start).count(cut),
                           {depth, false});
     }
     return flat;

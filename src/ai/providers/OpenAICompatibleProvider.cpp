@@ -221,9 +221,9 @@ AsyncStream<AIStreamEvent> OpenAICompatibleProvider::streamReply(std::vector<AIM
 {
     auto session = sessionFor(configuration);
     auto [stream, events] = AsyncStream<AIStreamEvent>::make();
-    answer(std::make_shared<Question>(Question{std::move(session), std::move(messages),
-                                               std::move(configuration), std::move(tools), m_spellings,
-                                               [producer = events]() mutable { producer.yield(AIStream::Respelled{}); }}),
+    answer(std::make_shared<Question>(Question{
+               std::move(session), std::move(messages), std::move(configuration), std::move(tools),
+               m_spellings, [producer = events]() mutable { producer.yield(AIStream::Respelled{}); }}),
            events);
     return std::move(stream);
 }

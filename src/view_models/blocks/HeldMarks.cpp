@@ -128,7 +128,7 @@ qsizetype HeldMarks::shownLength(QStringView text)
 void HeldMarks::readLines(QStringView text)
 {
     for (qsizetype end = text.indexOf(u'\n', m_lineStart); end >= 0; end = text.indexOf(u'\n', m_lineStart)) {
-        const QStringView line = text.sliced(m_lineStart, end - m_lineStart);
+        const QStringView line = LineGrammar::trimmed(text.sliced(m_lineStart, end - m_lineStart));
         if (!m_fence)
             m_fence = LineGrammar::openingFence(line);
         else if (LineGrammar::closingFence(line, *m_fence))
