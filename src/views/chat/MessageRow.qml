@@ -72,8 +72,8 @@ Item {
     Rectangle {
         anchors.horizontalCenter: parent.horizontalCenter
         width: root.column + 2 * Theme.gap12
-        height: parent.height
-        radius: Theme.panelRadius
+        y: -Theme.gap4 // rows stand twice that apart, and a selection has no gaps
+        height: parent.height + 2 * Theme.gap4
         visible: root.chosen
         color: Theme.selection
     }
