@@ -35,6 +35,16 @@ Block blockOf(const std::optional<QString> &language, QStringView code)
 
 } // namespace
 
+Blocks BlockReader::read(QStringView text)
+{
+    BlockReader reader;
+    Blocks blocks;
+    for (const QStringView line : text.tokenize(u'\n'))
+        reader.addLine(line, blocks);
+    reader.finish(blocks);
+    return blocks;
+}
+
 void BlockReader::addLine(QStringView line, Blocks &ended)
 {
     if (m_fence)

@@ -9,6 +9,9 @@ namespace morvane {
 // `ended` once they have ended. A value: a copy reads on by itself.
 class BlockReader {
 public:
+    // All of a text. Keeps nothing, so any thread may read, where the renderer is for the main thread.
+    [[nodiscard]] static MarkdownRenderer::Blocks read(QStringView text);
+
     // A line without its line end.
     void addLine(QStringView line, MarkdownRenderer::Blocks &ended);
     // Ends what is open, an unclosed fence too.

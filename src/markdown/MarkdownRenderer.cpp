@@ -34,12 +34,7 @@ QCache<QString, BlocksBox> &cache()
 MarkdownRenderer::Blocks MarkdownRenderer::parse(QStringView text)
 {
     Q_ASSERT(isOnMainThread());
-    BlockReader reader;
-    Blocks blocks;
-    for (const QStringView line : text.tokenize(u'\n'))
-        reader.addLine(line, blocks);
-    reader.finish(blocks);
-    return blocks;
+    return BlockReader::read(text);
 }
 
 MarkdownRenderer::Blocks MarkdownRenderer::blocks(const QString &text)

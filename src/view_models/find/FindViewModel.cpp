@@ -3,7 +3,7 @@
 #include "async/CancelledError.h"
 #include "async/Clock.h"
 #include "async/Work.h"
-#include "markdown/MarkdownRenderer.h"
+#include "markdown/BlockReader.h"
 #include "models/ChatMessage.h"
 #include "persistence/ConversationRepository.h"
 #include "utils/text/Identifier.h"
@@ -45,7 +45,7 @@ std::vector<int> findsIn(const QString &content, bool isUser, const FindTerms &t
     if (isUser)
         return {findsIn(ShownText::of(content), terms)};
     std::vector<int> counts;
-    const auto blocks = MarkdownRenderer::parse(content);
+    const auto blocks = BlockReader::read(content);
     for (const auto &block : blocks)
         counts.push_back(findsIn(ShownText::of(block), terms));
     return counts;
