@@ -158,6 +158,7 @@ QCoro::Task<> FindViewModel::search(QPointer<FindViewModel> self, std::stop_toke
     while (!portion.messages.empty()) {
         const auto look = [messages = portion.messages, terms = self->m_terms, sealing] {
             std::vector<std::vector<int>> counts;
+            counts.reserve(messages.size());
             for (const Sealed &sealed : messages)
                 counts.push_back(findsIn(sealing->open(sealed.content), sealed.isUser, terms));
             return counts;
