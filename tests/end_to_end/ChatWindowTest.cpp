@@ -83,7 +83,7 @@ TEST_F(ChatWindowTest, EscapeStopsAtEachStage)
         QTest::keyClick(window(), Qt::Key_Escape);
         ASSERT_TRUE(turnEnds()) << model.toStdString();
         EXPECT_TRUE(lastRow(MessageListModel::CancelledRole).toBool());
-        EXPECT_EQ(lastText(), arrived) << "what had arrived stays";
+        EXPECT_TRUE(lastText().startsWith(arrived)) << "what had arrived stays, and more may have by then";
         EXPECT_FALSE(state->presentation().chat->hasBanner());
         server.awaitEnded(server.requests().size());
         EXPECT_TRUE(server.chats().back().clientLeft);
