@@ -86,8 +86,10 @@ TEST_F(AgentRunsAgainstServerTest, AStrictServiceIsAskedOnceMoreInATurnAndToldAl
     ModelServer strict({u"--strict"_s, u"cloud"_s});
     const PlayedRun first = ask(u"agent-refuses-search"_s, strict.baseUrl());
     EXPECT_EQ(first.error.value().quotedWords(), u"System message must be at the beginning."_s);
+    strict.awaitRequests(3);
     EXPECT_EQ(strict.requests().size(), 3U);
     EXPECT_EQ(ask(u"agent-refuses-search"_s, strict.baseUrl()).error, std::nullopt);
+    strict.awaitRequests(6);
     EXPECT_EQ(strict.requests().size(), 6U) << "none of them refused";
     EXPECT_EQ(ledger.snapshot().entries.size(), 6U);
 }
