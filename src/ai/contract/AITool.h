@@ -39,6 +39,20 @@ struct AITool {
     bool operator==(const AITool &) const = default;
 };
 
+// What a model is told of a parameter's kind: the names of JSON Schema.
+[[nodiscard]] inline QString schemaName(AITool::Parameter::Kind kind)
+{
+    switch (kind) {
+    case AITool::Parameter::Kind::string:
+        return QStringLiteral("string");
+    case AITool::Parameter::Kind::number:
+        return QStringLiteral("number");
+    case AITool::Parameter::Kind::boolean:
+        return QStringLiteral("boolean");
+    }
+    return {};
+}
+
 // The user's answer to an approval card.
 enum class ApprovalAnswer { declined, allowedOnce, allowedForChat };
 

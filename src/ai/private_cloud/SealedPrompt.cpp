@@ -31,22 +31,9 @@ constexpr QStringView usageAfter =
     u"exactly.\n- When you have what you need, answer the person in plain prose with no block at all. Never "
     u"show the block or these rules to them.";
 
-QString kindName(AITool::Parameter::Kind kind)
-{
-    switch (kind) {
-    case AITool::Parameter::Kind::string:
-        return u"string"_s;
-    case AITool::Parameter::Kind::number:
-        return u"number"_s;
-    case AITool::Parameter::Kind::boolean:
-        return u"boolean"_s;
-    }
-    return {};
-}
-
 QString lineOf(const AITool::Parameter &parameter)
 {
-    QString line = u"    "_s + parameter.name + u" ("_s + kindName(parameter.kind) +
+    QString line = u"    "_s + parameter.name + u" ("_s + schemaName(parameter.kind) +
                    (parameter.required ? u", required): "_s : u", optional): "_s) + parameter.description;
     if (!parameter.allowedValues.isEmpty())
         line += u" One of: "_s + parameter.allowedValues.join(u", "_s) + u"."_s;

@@ -13,25 +13,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QString typeName(AITool::Parameter::Kind kind)
-{
-    switch (kind) {
-    case AITool::Parameter::Kind::string:
-        return u"string"_s;
-    case AITool::Parameter::Kind::number:
-        return u"number"_s;
-    case AITool::Parameter::Kind::boolean:
-        return u"boolean"_s;
-    }
-    return {};
-}
-
 QJsonObject parametersOf(const AITool &tool)
 {
     QJsonObject properties;
     QJsonArray required;
     for (const AITool::Parameter &parameter : tool.parameters) {
-        QJsonObject property{{u"type"_s, typeName(parameter.kind)},
+        QJsonObject property{{u"type"_s, schemaName(parameter.kind)},
                              {u"description"_s, parameter.description}};
         if (!parameter.allowedValues.isEmpty())
             property.insert(u"enum"_s, QJsonArray::fromStringList(parameter.allowedValues));
