@@ -43,6 +43,8 @@ void addExtension(X509 *certificate, const char *identifier, bool isCritical, co
 
 QByteArray CertificateRecipe::mint() const
 {
+    if (!minted.isEmpty())
+        return minted;
     static std::atomic<long> serial = 1;
     const std::unique_ptr<X509, decltype(&X509_free)> certificate(X509_new(), X509_free);
     X509 *const x = certificate.get();

@@ -20,8 +20,9 @@ struct CertificateRecipe {
     QDateTime to = QDateTime(QDate(2035, 1, 1), QTime(0, 0), Qt::UTC);
     bool unknownCriticalExtension = false;
     QByteArray sgxExtension; // DER; what Intel says of a processor in a PCK certificate
+    QByteArray minted;       // DER of a certificate made earlier; the rest of the recipe then makes none
 
-    [[nodiscard]] QByteArray mint() const; // DER, of a new serial number each time
+    [[nodiscard]] QByteArray mint() const; // DER, of a new serial number each time unless it is `minted`
 
     bool operator==(const CertificateRecipe &) const = default;
 };

@@ -1,14 +1,30 @@
 #include "evidence/ListKey.h"
 
+#include "evidence/KeyText.h"
+
 #include <stdexcept>
 
 namespace morvane {
 
 ListKey::ListKey()
-    : m_key(EVP_PKEY_Q_keygen(nullptr, nullptr, "ED25519"), EVP_PKEY_free)
+    : ListKey(std::shared_ptr<EVP_PKEY>(EVP_PKEY_Q_keygen(nullptr, nullptr, "ED25519"), EVP_PKEY_free))
+{}
+
+ListKey::ListKey(std::shared_ptr<EVP_PKEY> key)
+    : m_key(std::move(key))
 {
-    if (!m_key)
+    if (!m_key || EVP_PKEY_is_a(m_key.get(), "ED25519") != 1)
         throw std::runtime_error("no key");
+}
+
+ListKey ListKey::read(const QByteArray &pem)
+{
+    return ListKey(KeyText::read(pem));
+}
+
+QByteArray ListKey::pem() const
+{
+    return KeyText::write(m_key.get());
 }
 
 QByteArray ListKey::publicKey() const

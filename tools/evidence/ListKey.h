@@ -8,10 +8,14 @@
 
 namespace morvane {
 
-// A fresh Ed25519 key that signs lists of accepted servers. Copies share the key.
+// An Ed25519 key that signs lists of accepted servers, a fresh one unless it is read. Copies share the key.
 class ListKey {
 public:
     ListKey();
+
+    // The key in a PEM text. Throws a runtime_error when it holds no Ed25519 key.
+    [[nodiscard]] static ListKey read(const QByteArray &pem);
+    [[nodiscard]] QByteArray pem() const;
 
     [[nodiscard]] QByteArray publicKey() const; // 32 bytes
 
@@ -19,6 +23,8 @@ public:
     [[nodiscard]] QByteArray signatureFile(QByteArrayView list) const;
 
 private:
+    explicit ListKey(std::shared_ptr<EVP_PKEY> key);
+
     std::shared_ptr<EVP_PKEY> m_key;
 };
 

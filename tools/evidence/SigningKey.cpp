@@ -1,7 +1,10 @@
 #include "evidence/SigningKey.h"
 
+#include "evidence/KeyText.h"
+
 #include <openssl/core_names.h>
 #include <openssl/ec.h>
+#include <openssl/x509.h>
 
 #include <stdexcept>
 
@@ -22,6 +25,31 @@ SigningKey::SigningKey(Curve curve)
 {
     if (!m_key)
         throw std::runtime_error("no key");
+}
+
+SigningKey::SigningKey(std::shared_ptr<EVP_PKEY> key)
+    : m_curve(EVP_PKEY_get_bits(key.get()) == 256 ? Curve::P256 : Curve::P384)
+    , m_key(std::move(key))
+{
+    const bool isOnCurve = EVP_PKEY_get_bits(m_key.get()) == (m_curve == Curve::P256 ? 256 : 384);
+    if (EVP_PKEY_is_a(m_key.get(), "EC") != 1 || !isOnCurve)
+        throw std::runtime_error("the key is on neither curve");
+}
+
+SigningKey SigningKey::read(const QByteArray &pem)
+{
+    return SigningKey(KeyText::read(pem));
+}
+
+SigningKey SigningKey::ofCertificate(const QByteArray &der)
+{
+    const auto *cursor = reinterpret_cast<const unsigned char *>(der.data());
+    const std::unique_ptr<X509, decltype(&X509_free)> certificate(
+        d2i_X509(nullptr, &cursor, static_cast<long>(der.size())), X509_free);
+    std::shared_ptr<EVP_PKEY> key(certificate ? X509_get_pubkey(certificate.get()) : nullptr, EVP_PKEY_free);
+    if (!key)
+        throw std::runtime_error("the certificate can't be read");
+    return SigningKey(std::move(key));
 }
 
 const EVP_MD *SigningKey::digest() const

@@ -8,12 +8,17 @@
 
 namespace morvane {
 
-// A fresh ECDSA key that signs as hardware does. Copies share the key.
+// An ECDSA key that signs as hardware does, a fresh one unless it is read. Copies share the key.
 class SigningKey {
 public:
     enum class Curve { P256, P384 };
 
     explicit SigningKey(Curve curve);
+
+    // The key in a PEM text, and the public half in a certificate's DER, which can't sign. Throw a
+    // runtime_error for anything else than a key on one of the two curves.
+    [[nodiscard]] static SigningKey read(const QByteArray &pem);
+    [[nodiscard]] static SigningKey ofCertificate(const QByteArray &der);
 
     [[nodiscard]] QByteArray publicKey() const; // X then Y
 
@@ -26,6 +31,8 @@ public:
     bool operator==(const SigningKey &) const = default; // the very same key
 
 private:
+    explicit SigningKey(std::shared_ptr<EVP_PKEY> key);
+
     Curve m_curve;
     std::shared_ptr<EVP_PKEY> m_key;
 };

@@ -7,16 +7,11 @@
 #include <QJsonDocument>
 #include <QtEndian>
 
-#include <algorithm>
-#include <deque>
-
 namespace morvane {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-using Curve = SigningKey::Curve;
 
 QByteArray sha256(const QByteArray &bytes)
 {
@@ -34,45 +29,6 @@ QByteArray littleEndian(T value)
 QByteArray withLength(const QByteArray &bytes)
 {
     return littleEndian(static_cast<std::uint32_t>(bytes.size())) + bytes;
-}
-
-// Made once: minting keys is slow, and no test changes another's.
-const ChainRecipe &intelChain()
-{
-    static const ChainRecipe chain = [] {
-        ChainRecipe made = chainRecipe({u"Test PCK"_s, u"Test PCK CA"_s, u"Test SGX Root"_s},
-                                       SigningKey(Curve::P256), Curve::P256);
-        // A sequence of one pair, the FMSPC.
-        made.front().sgxExtension = QByteArray::fromHex("30163014060a2a864886f84d010d01040406b0c06f000000");
-        return made;
-    }();
-    return chain;
-}
-
-const ChainRecipe &nvidiaChain()
-{
-    static const ChainRecipe chain = chainRecipe(
-        {u"Test GPU"_s, u"Test Device"_s, u"Test Provisioner"_s, u"Test Identity"_s, u"Test Device Root"_s},
-        SigningKey(Curve::P384), Curve::P384);
-    return chain;
-}
-
-// Equal recipes give the same bytes, so that a pin can name a root, and devices of one server share their
-// upper certificates as in the field.
-const QByteArray &mintedOnce(const CertificateRecipe &recipe)
-{
-    static std::deque<std::pair<CertificateRecipe, QByteArray>> minted;
-    const auto known = std::find_if(minted.begin(), minted.end(),
-                                    [&recipe](const auto &entry) { return entry.first == recipe; });
-    return known != minted.end() ? known->second : minted.emplace_back(recipe, recipe.mint()).second;
-}
-
-std::vector<QByteArray> certificatesOf(const ChainRecipe &chain)
-{
-    std::vector<QByteArray> certificates;
-    for (const CertificateRecipe &recipe : chain)
-        certificates.push_back(mintedOnce(recipe));
-    return certificates;
 }
 
 QByteArray qeReport(const QuoteRecipe &recipe)
@@ -102,7 +58,7 @@ QByteArray signedBody(const QuoteRecipe &recipe)
 QByteArray certificationData(const QuoteRecipe &recipe)
 {
     const QByteArray report = qeReport(recipe);
-    auto chain = certificatesOf(recipe.chain);
+    auto chain = EvidenceAuthority::certificatesOf(recipe.chain);
     recipe.onChain(chain);
     QByteArray pem = pemText(chain);
     recipe.onPEM(pem);
@@ -179,10 +135,10 @@ QByteArray KnownKey::address()
 
 QuoteRecipe::QuoteRecipe()
     : attestationKey([] {
-        static const SigningKey key(Curve::P256);
+        static const SigningKey key(SigningKey::Curve::P256);
         return key;
     }())
-    , chain(intelChain())
+    , chain(EvidenceAuthority::ofThisProcess().intelChain)
 {
     report.teeTCBSVN = QByteArray(16, '\x01');
     report.tdAttributes = QByteArray::fromHex("0000001000000000");
@@ -210,7 +166,7 @@ QJsonObject GPURecipe::build() const
     QByteArray report = QByteArray::fromHex("11e001ff") + reportNonce + body;
     report += chain.front().key.sign(report);
     onReport(report);
-    auto certificates = certificatesOf(chain);
+    auto certificates = EvidenceAuthority::certificatesOf(chain);
     onChain(certificates);
     QByteArray pem = pemText(certificates);
     onPEM(pem);
@@ -222,18 +178,18 @@ QJsonObject GPURecipe::build() const
     return entry;
 }
 
-Scenario::Scenario()
+Scenario::Scenario(const EvidenceAuthority &authority)
     : model(u"e2ee-test-model"_s)
     , nonce(32, '\x5a')
     , date(QDate(2026, 9, 1), QTime(12, 0), Qt::UTC)
     , signingKey(KnownKey::publicKey())
     , configurationText(prefixText + u"host-7"_s + suffixText)
     , instanceID(20, '\x2b')
-    , gpus(2, GPURecipe{.nonce = nonce, .reportNonce = nonce, .chain = nvidiaChain()})
+    , gpus(2, GPURecipe{.nonce = nonce, .reportNonce = nonce, .chain = authority.nvidiaChain})
 {
-    pins = {.intelRootSHA256 = Hex::encode(sha256(mintedOnce(intelChain().back()))),
-            .quotingEnclaveSigner = Hex::encode(quote.qeSigner),
-            .nvidiaRootSHA256 = Hex::encode(sha256(mintedOnce(nvidiaChain().back())))};
+    quote.chain = authority.intelChain;
+    quote.qeSigner = authority.quotingEnclaveSigner;
+    pins = authority.pins();
     stack = {.label = u"Test stack"_s,
              .mrtd = Hex::encode(quote.report.mrtd),
              .rtmr0 = Hex::encode(quote.report.rtmr0),

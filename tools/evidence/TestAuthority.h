@@ -4,6 +4,7 @@
 #include "attestation/evidence/TDXQuote.h"
 #include "attestation/evidence/VeniceAttestationVerifier.h"
 #include "evidence/CertificateRecipe.h"
+#include "evidence/EvidenceAuthority.h"
 
 #include <QJsonObject>
 
@@ -60,7 +61,7 @@ struct GPURecipe {
 };
 
 struct Scenario {
-    Scenario();
+    explicit Scenario(const EvidenceAuthority &authority = EvidenceAuthority::ofThisProcess());
 
     QString model;
     QByteArray nonce;

@@ -1,6 +1,8 @@
+#include "DevelopmentAuthority.h"
 #include "SealingCommands.h"
 
 #include <QFile>
+#include <QJsonDocument>
 #include <QStringList>
 
 #include <cstdio>
@@ -17,7 +19,8 @@ constexpr qint64 longestInput = qint64(64) << 20; // bytes
 constexpr const char *help =
     "morvane-private-cloud seal --public-key HEX    text in, one line of hexadecimal out\n"
     "morvane-private-cloud open --private-key HEX   hexadecimal in, text out;\n"
-    "                                               status 1 when it does not open\n";
+    "                                               status 1 when it does not open\n"
+    "morvane-private-cloud deployment               what deployment/development.json must say of its authority\n";
 
 QByteArray input()
 {
@@ -52,6 +55,10 @@ ExitStatus run(const QStringList &words)
 {
     if (words == QStringList{u"--help"_s}) {
         write(help);
+        return Done;
+    }
+    if (words == QStringList{u"deployment"_s}) {
+        write(QJsonDocument(DevelopmentAuthority::deploymentValues()).toJson());
         return Done;
     }
     if (words.size() == 3 && words[0] == "seal"_L1 && words[1] == "--public-key"_L1) {

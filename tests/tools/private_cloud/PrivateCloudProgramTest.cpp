@@ -1,5 +1,6 @@
 #include "support/TestData.h"
 
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -56,6 +57,19 @@ TEST(PrivateCloudProgram, OpensWhatIsMeantForTheKeyAndSaysNothingElse)
     for (const QStringList &line : unusable)
         EXPECT_EQ(run(line, "x").status, 2);
     EXPECT_EQ(run({u"seal"_s, u"--public-key"_s, sender}, "\xff").status, 2);
+}
+
+// The development program believes the authority whose keys this program holds, and the file lists no other.
+TEST(PrivateCloudProgram, TheDevelopmentDeploymentNamesThisAuthority)
+{
+    const QJsonObject values =
+        QJsonDocument::fromJson(run({u"deployment"_s}, QByteArray()).output).object();
+    QFile file(QStringLiteral(MORVANE_SOURCE_DIR "/deployment/development.json"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QJsonObject stored = QJsonDocument::fromJson(file.readAll()).object();
+    EXPECT_GE(values.size(), 6);
+    for (auto value = values.begin(); value != values.end(); ++value)
+        EXPECT_EQ(stored.value(value.key()), value.value()) << value.key().toStdString();
 }
 
 } // namespace
