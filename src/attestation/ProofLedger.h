@@ -1,5 +1,6 @@
 #pragma once
 
+#include "attestation/evidence/VeniceAttestationVerifier.h"
 #include "network/EgressTypes.h"
 #include "network/LedgerRing.h"
 
@@ -56,6 +57,11 @@ public:
         bool serverClaimedVerified = false;
         QDateTime verifiedAt;
 
+        [[nodiscard]] static Attestation of(const VeniceAttestationVerifier::Verified &verified);
+
+        // What the proof covers, on one line: "Hardware and base system · 2 graphics chips".
+        [[nodiscard]] QString summary() const;
+
         bool operator==(const Attestation &) const = default;
     };
 
@@ -68,6 +74,13 @@ public:
         std::optional<Attestation> attestation;
         std::optional<QString> note;
         std::optional<QString> acceptedServersList;
+
+        // Whether the attestation was at hand before the request began, rather than made for it. False
+        // without one.
+        [[nodiscard]] bool wasVerifiedEarlier() const;
+
+        // What came of it, in a few words: "Hardware verified", "Stayed on your network", …
+        [[nodiscard]] QString resultText() const;
     };
 
     using Snapshot = LedgerRing<Entry>::Snapshot;
@@ -78,6 +91,13 @@ public:
     // Nothing for a row that has gone or never was.
     [[nodiscard]] std::optional<Entry> find(const QUuid &id) const { return m_rows.find(id); }
     [[nodiscard]] Snapshot snapshot() const { return m_rows.snapshot(); }
+
+    // The rows as a file for others to check (ProofExport); `guidePage` is empty where the maker has
+    // published no page about it.
+    [[nodiscard]] QByteArray exportData(const QDateTime &exported, const QString &guidePage) const;
+
+    // A name for that file, after the date and minute in `moment`'s own time zone; pass local time.
+    [[nodiscard]] static QString exportFileName(const QDateTime &moment);
 
 private:
     LedgerRing<Entry> m_rows{200};

@@ -16,6 +16,7 @@
 #include "view_models/chat/ApprovalWords.h"
 
 #include <QCryptographicHash>
+#include <QJsonDocument>
 #include <QUrl>
 
 #include <gtest/gtest.h>
@@ -84,6 +85,15 @@ TEST(OriginalWordsTest, TheModelIsToldOfTheDevice)
     const QByteArray told = SystemPrompt::defaultPrompt().toUtf8();
     EXPECT_EQ(QCryptographicHash::hash(told, QCryptographicHash::Sha256).toHex(),
               "3fd61dfb2f81d8f849568082cf1e532247fdaccfe6e900899d70ec71922f00ea");
+}
+
+// So was this one.
+TEST(OriginalWordsTest, AnExportedProofSaysWhatItIs)
+{
+    const auto file = QJsonDocument::fromJson(ProofLedger().exportData(QDateTime(), {}));
+    const QString said = file["whatThisIs"_L1].toString() + u'\n' + file["howToCheck"_L1].toString();
+    EXPECT_EQ(QCryptographicHash::hash(said.toUtf8(), QCryptographicHash::Sha256).toHex(),
+              "443dd26f97485794904a3a9375aed7a58d9bda79f03afd706ce71ae04dbe713b");
 }
 
 } // namespace
