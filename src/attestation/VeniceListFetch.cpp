@@ -1,7 +1,7 @@
 #include "attestation/VeniceListFetch.h"
 
+#include "attestation/VeniceEndpoint.h"
 #include "attestation/evidence/VeniceSignedMeasurementList.h"
-#include "utils/text/Text.h"
 
 namespace morvane {
 
@@ -44,14 +44,10 @@ QCoro::Task<VeniceListFetch::Files> VeniceListFetch::both(VeniceListFetch self, 
 
 QUrl VeniceListFetch::urlOf(const QString &name) const
 {
-    QUrl url(Text::trimmed(m_baseURLString), QUrl::StrictMode);
-    if (!url.isValid() || url.host().isEmpty())
+    const auto url = VeniceEndpoint::url(m_baseURLString, name);
+    if (!url)
         throw Failure(Failure::Plain::badEndpoint);
-    url.setQuery(QString());
-    url.setFragment(QString());
-    const QString path = url.path(QUrl::FullyEncoded);
-    url.setPath(path + (path.endsWith(u'/') ? u""_s : u"/"_s) + name, QUrl::StrictMode);
-    return url;
+    return *url;
 }
 
 QCoro::Task<QByteArray> VeniceListFetch::file(VeniceListFetch self, QUrl url, std::stop_token stop)

@@ -189,7 +189,12 @@ QCoro::Task<> VeniceMeasurementLists::refreshInto(VeniceMeasurementLists *self, 
                                                   std::stop_token stop)
 {
     const auto check = self->m_lifeline.check(stop);
-    const bool isNewer = co_await self->refresh(now, stop);
+    bool isNewer = false;
+    try {
+        isNewer = co_await self->refresh(now, stop);
+    } catch (const std::exception &) {
+        // What was remembered can't be read any more. Whoever waits hears that nothing newer came.
+    }
     check();
     self->m_inFlight.reset();
     result.resolve(isNewer);

@@ -12,6 +12,7 @@ namespace {
 
 using VeniceAttestationVerifier::Failure;
 using VeniceAttestationVerifier::Inquiry;
+using VeniceAttestationVerifier::Part;
 using VeniceAttestationVerifier::Verified;
 using Plain = VeniceAttestationVerifier::Failure::Plain;
 using Refusal = VeniceMeasurementAllowlist::Refusal;
@@ -88,15 +89,21 @@ void requireHardware(Inquiry &inquiry)
     }
 }
 
-void requireAcceptedServer(Inquiry &inquiry)
+void requireAcceptedImage(Inquiry &inquiry)
 {
+    const auto &question = inquiry.question;
+    if (!question.allowlist.hasImage(inquiry.quote.report, question.model))
+        throw Failure(Failure::MeasurementsNotAllowed{question.model});
+}
+
+void requireAcceptedConfiguration(Inquiry &inquiry)
+{
+    const auto &document = inquiry.question.document;
     try {
-        inquiry.match = inquiry.question.allowlist.match(
-            inquiry.quote.report, inquiry.question.document.configurationText,
-            inquiry.question.document.instanceID, inquiry.question.model);
+        inquiry.match =
+            inquiry.question.allowlist.match(inquiry.quote.report, document.configurationText,
+                                             document.instanceID, inquiry.question.model);
     } catch (const Refusal &refusal) {
-        if (refusal.reason() == Refusal::Case::imageNotListed)
-            throw Failure(Failure::MeasurementsNotAllowed{inquiry.question.model});
         throw Failure(Failure::Configuration{refusal});
     }
 }
@@ -117,7 +124,7 @@ void requireGraphicsHardware(Inquiry &inquiry)
     }
 }
 
-constexpr std::array<Check<Inquiry>, 11> bindingOrder{{
+constexpr std::array<Check<Inquiry>, 12> bindingOrder{{
     {"the server answers for the model asked for"_L1, requireModel},
     {"there is a quote"_L1, requireQuotePresent},
     {"there is a signing key"_L1, requireSigningKey},
@@ -127,8 +134,18 @@ constexpr std::array<Check<Inquiry>, 11> bindingOrder{{
     {"the quote can be read"_L1, requireReadableQuote},
     {"the quote binds the key and our nonce"_L1, requireBoundReportData},
     {"Intel's hardware stands behind the quote"_L1, requireHardware},
-    {"the image and configuration are accepted"_L1, requireAcceptedServer},
+    {"the image is accepted"_L1, requireAcceptedImage},
+    {"the configuration and what was booted are accepted"_L1, requireAcceptedConfiguration},
     {"each graphics report sent holds, where the stack asks for them"_L1, requireGraphicsHardware},
+}};
+
+// Where each part begins.
+constexpr std::array<std::pair<decltype(Check<Inquiry>::require), Part>, 5> parts{{
+    {requireModel, Part::key},
+    {requireHardware, Part::hardware},
+    {requireAcceptedImage, Part::baseSystem},
+    {requireAcceptedConfiguration, Part::boot},
+    {requireGraphicsHardware, Part::graphicsChips},
 }};
 
 Verified verified(const Inquiry &inquiry)
@@ -168,11 +185,17 @@ std::span<const Check<Inquiry>> VeniceAttestationVerifier::checks()
     return bindingOrder;
 }
 
-VeniceAttestationVerifier::Verified VeniceAttestationVerifier::verify(const Question &question)
+VeniceAttestationVerifier::Verified VeniceAttestationVerifier::verify(const Question &question,
+                                                                      const Progress &progress)
 {
     Inquiry inquiry{.question = question};
-    for (const auto &check : checks())
+    for (const auto &check : checks()) {
+        for (const auto &[first, part] : parts) {
+            if (progress && check.require == first)
+                progress(part);
+        }
         check.require(inquiry);
+    }
     return verified(inquiry);
 }
 

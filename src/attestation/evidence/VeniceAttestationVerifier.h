@@ -9,6 +9,7 @@
 #include "attestation/evidence/VeniceMeasurementAllowlist.h"
 #include "utils/text/UserPresentableError.h"
 
+#include <functional>
 #include <span>
 
 namespace morvane {
@@ -120,8 +121,20 @@ struct Inquiry {
 // costs nothing, and the list only once the measurements are known to be signed. Each throws Failure.
 [[nodiscard]] std::span<const Check<Inquiry>> checks();
 
+// What a run of checks is about, in the order in which they come.
+enum class Part {
+    key, // the local tests: the model, the nonce, and the key that both are bound to
+    hardware,
+    baseSystem, // the image, against the list
+    boot,       // what was configured and measured on top of it, against the list
+    graphicsChips,
+};
+
+// Told when a part begins, on the thread that verifies.
+using Progress = std::function<void(Part)>;
+
 // Runs all checks. Throws the first Failure.
-[[nodiscard]] Verified verify(const Question &question);
+[[nodiscard]] Verified verify(const Question &question, const Progress &progress = {});
 
 // The account address of a signing key: 20 bytes. Nothing unless the key is 65 bytes that begin with 0x04.
 [[nodiscard]] std::optional<QByteArray> addressOf(const QByteArray &signingKey);

@@ -131,6 +131,12 @@ const std::vector<Stack> &VeniceMeasurementAllowlist::stacks(const QString &mode
     return found == stacksByModel.end() ? none : found->second;
 }
 
+bool VeniceMeasurementAllowlist::hasImage(const TDXQuote::TDReport &report, const QString &model) const
+{
+    const Image image(report);
+    return std::ranges::any_of(stacks(model), [&](const Stack &stack) { return image.isOf(stack); });
+}
+
 Match VeniceMeasurementAllowlist::match(const TDXQuote::TDReport &report,
                                         const std::optional<QString> &configurationText,
                                         const std::optional<QByteArray> &instanceID,
