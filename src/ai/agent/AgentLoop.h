@@ -31,6 +31,8 @@ public:
         TurnContext::Attendance attendance = TurnContext::Attendance::attended;
         // Told before a request goes out that carries more than the turn began with; may be absent.
         std::function<void(SensitiveDataSet carrying)> onCarrying = {};
+        // Told when another row of the proof ledger tells where the answer runs; may be absent.
+        std::function<void(const QUuid &row)> onRecorded = {};
     };
 
     // The registry may go away while a reply runs; the reply ends as cancelled then.

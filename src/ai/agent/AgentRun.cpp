@@ -61,6 +61,7 @@ AgentRun::AgentRun(AgentLoop::Turn turn, std::shared_ptr<AIProvider> provider, T
     , m_provider(std::move(provider))
     , m_registry(&registry)
     , m_onCarrying(std::move(turn.onCarrying))
+    , m_onRecorded(std::move(turn.onRecorded))
     , m_producer(std::move(producer))
     , m_stop(m_producer.stopToken())
 {
@@ -111,6 +112,9 @@ QCoro::Task<> AgentRun::readRound()
             m_producer.yield(Agent::Thinking{});
         } else if (std::holds_alternative<AIStream::Respelled>(*event)) {
             m_configuration.mayRespell = false; // for the rest of the turn
+        } else if (const auto *recorded = std::get_if<AIStream::Recorded>(&*event)) {
+            if (m_onRecorded)
+                m_onRecorded(recorded->row);
         } else {
             m_round.truncated = true;
         }

@@ -51,6 +51,7 @@ private:
     std::shared_ptr<AIProvider> m_provider;
     QPointer<ToolRegistry> m_registry;
     std::function<void(SensitiveDataSet)> m_onCarrying; // may be absent
+    std::function<void(const QUuid &)> m_onRecorded;    // likewise
     Producer m_producer;
     std::stop_token m_stop;
 

@@ -24,6 +24,7 @@ struct Relay {
     }
     void operator()(AIStream::Thinking &) const { producer.yield(Agent::Thinking{}); }
     void operator()(AIStream::Respelled &) const {} // one request is the whole turn
+    void operator()(AIStream::Recorded &) const {}  // the router has taken it
 };
 
 QCoro::Task<> relay(AsyncStream<AIStreamEvent> events, Producer producer)
@@ -60,7 +61,8 @@ AsyncStream<AgentEvent> ReplyRunner::run(OpenedTurn turn, TurnScope scope)
                   .memoryAllowed = request.memoryAllowed,
                   .userWords = std::move(scope.userWords),
                   .scopeKey = std::move(scope.key),
-                  .onCarrying = noteCarrying});
+                  .onCarrying = noteCarrying,
+                  .onRecorded = [row = turn.proofRow](const QUuid &another) { *row = another; }});
     auto [stream, producer] = AsyncStream<AgentEvent>::make();
     relay(m_router.stream(std::move(turn)), producer);
     return std::move(stream);

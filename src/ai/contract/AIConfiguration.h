@@ -24,7 +24,7 @@ struct AIConfiguration {
     SensitiveDataSet carrying;      // decides where the request may go
     bool thinksLonger = false;      // a long silence is no stall
     bool mayRespell = true;         // a refused request may go once more in another spelling
-    QUuid proofRow;                 // whoever records where the answer runs gives the row this id
+    QUuid proofRow; // whoever records where the answer runs gives the first row of a turn this id
 
     bool operator==(const AIConfiguration &) const = default;
 };

@@ -2,6 +2,8 @@
 
 #include "ai/contract/AIMessage.h"
 
+#include <QUuid>
+
 #include <variant>
 
 namespace morvane {
@@ -35,9 +37,16 @@ struct Respelled {
     bool operator==(const Respelled &) const = default;
 };
 
+// The request went once more, or is a later one of its turn: another row of the proof ledger than the one the
+// turn was opened with tells of the server that answers now.
+struct Recorded {
+    QUuid row;
+    bool operator==(const Recorded &) const = default;
+};
+
 } // namespace AIStream
 
 using AIStreamEvent = std::variant<AIStream::Text, AIStream::ToolCalls, AIStream::TruncatedByTokenLimit,
-                                   AIStream::Thinking, AIStream::Respelled>;
+                                   AIStream::Thinking, AIStream::Respelled, AIStream::Recorded>;
 
 } // namespace morvane

@@ -94,7 +94,8 @@ QCoro::Task<HttpResponse> validated(HttpResponse response, std::stop_token stop)
     const int status = response.status;
     if (ProviderFailure::isSuccess(status))
         co_return std::move(response);
-    const QByteArray body = co_await ProviderFailure::readStart(std::move(response), stop);
+    const QByteArray body =
+        co_await ProviderFailure::readStart(std::move(response), ProviderFailure::errorBodyLimit, stop);
     const auto object = Json::parseObject(body);
     const QString message = object ? object->value("error"_L1).toString() : QString();
     const QString words = ServerWords::of(body);

@@ -58,7 +58,7 @@ QCoro::Task<HttpResponse> ProviderFailure::validated(HttpResponse response, std:
     const int status = response.status;
     if (isSuccess(status))
         co_return std::move(response);
-    const QByteArray body = co_await readStart(std::move(response), stop);
+    const QByteArray body = co_await readStart(std::move(response), errorBodyLimit, stop);
     const QString words = ServerWords::of(body);
     if (words.isEmpty())
         Log::error(Log::Category::AIProvider, "Provider HTTP error %ld"_L1, {status});
@@ -67,13 +67,14 @@ QCoro::Task<HttpResponse> ProviderFailure::validated(HttpResponse response, std:
     throw ServerWords::error(status, words);
 }
 
-QCoro::Task<QByteArray> ProviderFailure::readStart(HttpResponse response, std::stop_token stop)
+QCoro::Task<QByteArray> ProviderFailure::readStart(HttpResponse response, qsizetype limit,
+                                                   std::stop_token stop)
 {
     QByteArray body;
     try {
         while (const auto piece = co_await response.body.next(stop)) {
-            body.append(QByteArrayView(*piece).first(std::min(piece->size(), errorBodyLimit - body.size())));
-            if (body.size() == errorBodyLimit)
+            body.append(QByteArrayView(*piece).first(std::min(piece->size(), limit - body.size())));
+            if (body.size() == limit)
                 break;
         }
     } catch (const TransportError &) {

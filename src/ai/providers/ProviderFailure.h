@@ -21,8 +21,8 @@ inline constexpr qsizetype errorBodyLimit = 0x10000;
 // ProviderError for it, with the server's words.
 [[nodiscard]] QCoro::Task<HttpResponse> validated(HttpResponse response, std::stop_token stop);
 
-// The start of a body, up to the limit. A connection that breaks here is just its end.
-[[nodiscard]] QCoro::Task<QByteArray> readStart(HttpResponse response, std::stop_token stop);
+// The start of a body, up to `limit` bytes. A connection that breaks here is just its end.
+[[nodiscard]] QCoro::Task<QByteArray> readStart(HttpResponse response, qsizetype limit, std::stop_token stop);
 
 [[nodiscard]] constexpr bool isSuccess(int status)
 {

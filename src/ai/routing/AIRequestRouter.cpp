@@ -323,6 +323,7 @@ AsyncStream<AIStreamEvent> AIRequestRouter::stream(OpenedTurn turn)
     return LocalFallbackStream::relay(
         std::move(request), std::move(turn.provider),
         {.noteRefusal = [living](const QString &reason) { living().setRefusal(reason); },
+         .noteRow = [row = turn.proofRow](const QUuid &another) { *row = another; },
          .standby =
              [living, row = turn.proofRow](AIConfiguration refused, std::stop_token stop) {
                  return living().standby(std::move(refused), row, std::move(stop));

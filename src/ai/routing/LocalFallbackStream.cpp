@@ -24,6 +24,10 @@ QCoro::Task<std::optional<Refusal>> pass(AsyncStream<AIStreamEvent> reply, Produ
     bool hasShownText = false;
     try {
         while (auto event = co_await reply.next(out.stopToken())) {
+            if (const auto *recorded = std::get_if<AIStream::Recorded>(&*event)) {
+                decisions.noteRow(recorded->row);
+                continue;
+            }
             const auto *text = std::get_if<AIStream::Text>(&*event);
             hasShownText = hasShownText || (text && !text->piece.isEmpty());
             out.yield(std::move(*event));

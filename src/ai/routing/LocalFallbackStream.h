@@ -23,6 +23,9 @@ struct Decisions {
     // A hardware proof did not verify. Told before anything else happens.
     std::function<void(const QString &reason)> noteRefusal;
 
+    // Another row of the proof ledger tells of this reply from here on.
+    std::function<void(const QUuid &row)> noteRow;
+
     // Where the reply goes instead, given what it was to run on; nothing when no model on this machine is
     // ready.
     std::function<QCoro::Task<std::optional<Place>>(AIConfiguration refused, std::stop_token stop)> standby;
