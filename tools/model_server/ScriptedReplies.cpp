@@ -3,9 +3,7 @@
 #include "ChatCompletion.h"
 #include "Reply.h"
 
-#include <QFile>
 #include <QJsonArray>
-#include <QJsonDocument>
 
 namespace morvane {
 
@@ -50,38 +48,6 @@ Work playRaw(Exchange &exchange, QJsonArray steps)
 }
 
 } // namespace
-
-bool ScriptedReplies::load(const QString &path, QString &problem)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        problem = u"Cannot read %1."_s.arg(path);
-        return false;
-    }
-    QJsonParseError error;
-    const auto document = QJsonDocument::fromJson(file.readAll(), &error);
-    const QJsonValue answers = document.object().value("responses"_L1);
-    if (error.error != QJsonParseError::NoError || !answers.isArray()) {
-        problem = u"%1 is not a scenario file: it needs an object with a list \"responses\"."_s.arg(path);
-        return false;
-    }
-    for (const QJsonValue answer : answers.toArray())
-        m_entries.push_back({answer.toObject(), answer["times"_L1].toInt(-1)});
-    return true;
-}
-
-std::optional<QJsonObject> ScriptedReplies::take(const QString &model)
-{
-    for (Entry &entry : m_entries) {
-        const QJsonValue wanted = entry.answer["model"_L1];
-        if (entry.timesLeft == 0 || (wanted.isString() && wanted.toString() != model))
-            continue;
-        if (entry.timesLeft > 0)
-            --entry.timesLeft;
-        return entry.answer;
-    }
-    return std::nullopt;
-}
 
 Work ScriptedReplies::play(Exchange &exchange, QJsonObject answer)
 {

@@ -1,28 +1,14 @@
 #pragma once
 
-#include "Exchange.h"
-
-#include <vector>
+#include "loopback/Exchange.h"
 
 namespace morvane {
 
-// Answers from a scenario file, which come before the built-in scenarios. README.md describes the file.
-class ScriptedReplies {
-public:
-    // False, with a sentence in `problem`, when the file can't be read or isn't a scenario file.
-    [[nodiscard]] bool load(const QString &path, QString &problem);
+// Plays an answer of a scenario file. README.md describes the file.
+namespace ScriptedReplies {
 
-    // The next answer for this model, used up by one; nothing when the file has none left.
-    [[nodiscard]] std::optional<QJsonObject> take(const QString &model);
+Work play(Exchange &exchange, QJsonObject answer);
 
-    static Work play(Exchange &exchange, QJsonObject answer);
-
-private:
-    struct Entry {
-        QJsonObject answer;
-        int timesLeft; // negative: without end
-    };
-    std::vector<Entry> m_entries;
-};
+} // namespace ScriptedReplies
 
 } // namespace morvane

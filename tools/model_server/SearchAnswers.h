@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Request.h"
+#include "loopback/Request.h"
 
 namespace morvane {
 

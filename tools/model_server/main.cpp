@@ -1,7 +1,7 @@
+#include "ModelService.h"
 #include "Scenarios.h"
-#include "Server.h"
 
-#include <boost/asio/signal_set.hpp>
+#include <boost/asio/io_context.hpp>
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -48,8 +48,8 @@ void addOptions(QCommandLineParser &parser)
 int serve(const QCommandLineParser &options)
 {
     bool isPort = false;
-    Server::Settings settings;
-    settings.port = options.value(u"port"_s).toUShort(&isPort);
+    ModelService::Settings settings;
+    const std::uint16_t port = options.value(u"port"_s).toUShort(&isPort);
     settings.requiredKey = options.value(u"require-key"_s).toUtf8();
     if (!isPort)
         return fail(u"The port is a number from 0 to 65535."_s);
@@ -65,18 +65,14 @@ int serve(const QCommandLineParser &options)
     RequestLog log;
     if (!log.open(options.value(u"log"_s)))
         return fail(u"Cannot write %1."_s.arg(options.value(u"log"_s)));
-    ScriptedReplies scripted;
-    if (options.isSet(u"scenario"_s) && !scripted.load(options.value(u"scenario"_s), problem))
+    AnswerScript script;
+    if (options.isSet(u"scenario"_s) && !script.load(options.value(u"scenario"_s), problem))
         return fail(problem);
 
     boost::asio::io_context context(1);
-    boost::asio::signal_set signals(context, SIGINT, SIGTERM);
-    signals.async_wait([&context](const boost::system::error_code &, int) { context.stop(); });
-    Server server(context, settings, log, scripted);
-    server.start();
-    std::printf("listening on http://127.0.0.1:%u/v1\n", static_cast<unsigned>(server.port()));
-    std::fflush(stdout);
-    context.run();
+    ModelService service(settings, script);
+    WireRecord unrecorded;
+    Server(context, port, service, log, unrecorded).run();
     return 0;
 }
 

@@ -20,6 +20,7 @@ struct Request {
     QJsonObject json; // empty when the body is no JSON object
 
     [[nodiscard]] QByteArray path() const;
+    [[nodiscard]] QString query(const QString &name) const; // decoded; empty when it is absent
     [[nodiscard]] std::optional<QByteArray> header(QByteArrayView name) const;
 
     [[nodiscard]] QString model() const;

@@ -1,6 +1,6 @@
-#include "Connection.h"
+#include "loopback/Connection.h"
 
-#include "Server.h"
+#include "loopback/Server.h"
 
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/detached.hpp>
@@ -9,7 +9,6 @@
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http/parser.hpp>
-#include <boost/beast/http/read.hpp>
 #include <boost/beast/http/string_body.hpp>
 
 #include <QJsonDocument>
@@ -45,29 +44,53 @@ Request requestOf(const Parser::value_type &message)
     return request;
 }
 
-asio::awaitable<bool> readMessage(asio::ip::tcp::socket &socket, boost::beast::flat_buffer &buffer,
-                                  Parser &parser)
+Work say(Exchange::Line &line, std::string_view words)
+{
+    line.record.sent(line.number, QByteArrayView(words.data(), static_cast<qsizetype>(words.size())));
+    co_await asio::async_write(line.socket, asio::buffer(words.data(), words.size()), use_awaitable);
+}
+
+// Reads on into the buffer, behind what a parser has left there.
+asio::awaitable<bool> readSome(Exchange::Line &line, boost::beast::flat_buffer &buffer)
+{
+    constexpr std::size_t portion = 64 * 1024;
+    boost::system::error_code error;
+    const auto room = buffer.prepare(portion);
+    const std::size_t count =
+        co_await line.socket.async_read_some(room, asio::redirect_error(use_awaitable, error));
+    line.record.received(line.number, QByteArrayView(static_cast<const char *>(room.data()),
+                                                     static_cast<qsizetype>(count)));
+    buffer.commit(count);
+    co_return !error;
+}
+
+asio::awaitable<bool> readMessage(Exchange::Line &line, boost::beast::flat_buffer &buffer, Parser &parser)
 {
     boost::system::error_code error;
-    co_await http::async_read_header(socket, buffer, parser, asio::redirect_error(use_awaitable, error));
-    if (!error && parser.get()[http::field::expect] == "100-continue") {
-        const std::string_view goOn = "HTTP/1.1 100 Continue\r\n\r\n";
-        co_await asio::async_write(socket, asio::buffer(goOn), use_awaitable);
+    bool wasAsked = false;
+    while (true) {
+        if (buffer.size() > 0)
+            buffer.consume(parser.put(buffer.data(), error));
+        if (error == http::error::body_limit || error == http::error::header_limit)
+            co_await say(line, "HTTP/1.1 413 Payload Too Large\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+        if ((error && error != http::error::need_more) || parser.is_done())
+            break;
+        if (!wasAsked && parser.is_header_done() && parser.get()[http::field::expect] == "100-continue") {
+            wasAsked = true;
+            co_await say(line, "HTTP/1.1 100 Continue\r\n\r\n");
+        }
+        const bool isOpen = co_await readSome(line, buffer);
+        if (!isOpen)
+            break;
+        error = {};
     }
-    if (!error)
-        co_await http::async_read(socket, buffer, parser, asio::redirect_error(use_awaitable, error));
-    if (error == http::error::body_limit || error == http::error::header_limit) {
-        const std::string_view refusal = "HTTP/1.1 413 Payload Too Large\r\nContent-Length: 0\r\n"
-                                         "Connection: close\r\n\r\n";
-        co_await asio::async_write(socket, asio::buffer(refusal), use_awaitable);
-    }
-    co_return !error;
+    co_return parser.is_done();
 }
 
 } // namespace
 
 Connection::Connection(asio::ip::tcp::socket socket, Server &server)
-    : m_line{std::move(socket), asio::steady_timer(server.context())}
+    : m_line{std::move(socket), asio::steady_timer(server.context()), server.record(), server.newConnection()}
     , m_server(server)
 {}
 
@@ -81,7 +104,8 @@ Work Connection::serve(std::shared_ptr<Connection> self)
         while (goesOn) {
             Parser parser;
             parser.body_limit(largestRequest);
-            const bool isWhole = co_await readMessage(socket, buffer, parser);
+            parser.eager(true);
+            const bool isWhole = co_await readMessage(self->m_line, buffer, parser);
             if (!isWhole)
                 break;
             goesOn = co_await self->answer(requestOf(parser.get()));
@@ -101,7 +125,7 @@ asio::awaitable<bool> Connection::answer(Request request)
     Exchange exchange(m_line, request);
     bool clientLeft = false;
     try {
-        co_await m_server.route(exchange);
+        co_await m_server.answer(exchange);
     } catch (const ClientLeft &) {
         clientLeft = true;
     } catch (const boost::system::system_error &) {

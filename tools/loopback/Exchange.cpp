@@ -1,4 +1,4 @@
-#include "Exchange.h"
+#include "loopback/Exchange.h"
 
 #include <boost/asio/redirect_error.hpp>
 #include <boost/asio/use_awaitable.hpp>
@@ -6,6 +6,8 @@
 #include <boost/beast/http/status.hpp>
 
 #include <QJsonDocument>
+
+#include <memory>
 
 namespace morvane {
 
@@ -21,7 +23,7 @@ QByteArray head(int status, const QByteArray &contentType, const QByteArray &fra
     const auto reason = boost::beast::http::obsolete_reason(known); // nothing but a word for people
     QByteArray bytes = "HTTP/1.1 " + QByteArray::number(status) + ' ' +
                        QByteArray(reason.data(), static_cast<qsizetype>(reason.size())) + "\r\n";
-    bytes += "Server: morvane-model-server\r\nContent-Type: " + contentType + "\r\n" + framing + "\r\n";
+    bytes += "Server: morvane-loopback\r\nContent-Type: " + contentType + "\r\n" + framing + "\r\n";
     for (const auto &[name, value] : headers)
         bytes += name + ": " + value + "\r\n";
     return bytes + "\r\n";
@@ -41,6 +43,7 @@ asio::ip::tcp::endpoint Exchange::localEndpoint() const
 
 Work Exchange::send(QByteArray bytes)
 {
+    m_line.record.sent(m_line.number, bytes);
     const auto buffer = asio::buffer(bytes.constData(), static_cast<std::size_t>(bytes.size()));
     co_await asio::async_write(m_line.socket, buffer, use_awaitable);
 }
@@ -59,6 +62,14 @@ Work Exchange::pause(std::chrono::milliseconds duration)
 Work Exchange::stall()
 {
     while (true)
+        co_await pause(std::chrono::hours(1));
+}
+
+Work Exchange::hold(HoldPoint &point)
+{
+    point.wait(&m_line.timer);
+    const std::shared_ptr<void> leaving(nullptr, [this, &point](void *) { point.leave(&m_line.timer); });
+    while (!point.takeWord())
         co_await pause(std::chrono::hours(1));
 }
 

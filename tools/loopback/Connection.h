@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Exchange.h"
+#include "loopback/Exchange.h"
 
 #include <boost/asio/ip/tcp.hpp>
 

@@ -1,6 +1,6 @@
-#include "RequestLog.h"
+#include "loopback/RequestLog.h"
 
-#include "Request.h"
+#include "loopback/Request.h"
 
 #include <QJsonDocument>
 

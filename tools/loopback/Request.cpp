@@ -1,6 +1,8 @@
-#include "Request.h"
+#include "loopback/Request.h"
 
 #include <QJsonArray>
+#include <QUrl>
+#include <QUrlQuery>
 
 namespace morvane {
 
@@ -26,6 +28,11 @@ QByteArray Request::path() const
 {
     const qsizetype query = target.indexOf('?');
     return query < 0 ? target : target.first(query);
+}
+
+QString Request::query(const QString &name) const
+{
+    return QUrlQuery(QUrl::fromEncoded(target)).queryItemValue(name, QUrl::FullyDecoded);
 }
 
 std::optional<QByteArray> Request::header(QByteArrayView name) const

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "Request.h"
+#include "loopback/HoldPoint.h"
+#include "loopback/Request.h"
+#include "loopback/WireRecord.h"
 
 #include <boost/asio/awaitable.hpp>
 #include <boost/asio/ip/tcp.hpp>
@@ -26,6 +28,8 @@ public:
     struct Line {
         boost::asio::ip::tcp::socket socket;
         boost::asio::steady_timer timer; // the pause under way
+        WireRecord &record;
+        int number; // of the connection, counted from 1
         bool clientLeft = false;
     };
     using Headers = std::vector<std::pair<QByteArray, QByteArray>>;
@@ -40,6 +44,7 @@ public:
     Work send(QByteArray bytes);
     Work pause(std::chrono::milliseconds duration);
     Work stall(); // until the client leaves
+    Work hold(HoldPoint &point); // until it is told to go on, or the client leaves
 
     // A complete response with its Content-Length.
     Work respond(int status, QByteArray contentType, QByteArray body, Headers headers = {});

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "ModelList.h"
+
+#include "loopback/AnswerScript.h"
+#include "loopback/Server.h"
+
+namespace morvane {
+
+// Speaks the chat-completions dialect, and Ollama's own interface when it is told to.
+class ModelService final : public Service {
+public:
+    struct Settings {
+        QByteArray requiredKey; // empty: none
+        bool speaksOllama = false;
+        QString manner;   // that of Scenarios::refusal()
+        ModelList models; // what is listed at first
+    };
+
+    ModelService(Settings settings, AnswerScript &script);
+
+    Work answer(Exchange &exchange) override;
+
+private:
+    Work chat(Exchange &exchange);
+    [[nodiscard]] QJsonObject modelList() const;
+    [[nodiscard]] bool isAllowed(const Request &request) const;
+
+    Settings m_settings;
+    AnswerScript &m_script;
+};
+
+} // namespace morvane
