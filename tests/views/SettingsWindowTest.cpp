@@ -16,6 +16,7 @@
 #include <QLocale>
 #include <QTest>
 
+#include <semaphore>
 #include <set>
 
 namespace morvane {
@@ -204,6 +205,8 @@ TEST_F(SettingsWindowTest, TheConnectionTestRunsCanBeCancelledAndSaysHowItWent)
 
 TEST_F(SettingsWindowTest, AModelIsPickedFromWhatTheServerLists)
 {
+    SettingsStore &settings = *m_app->storage().settings;
+    settings.setModel(u"llama3.2:3b"_s); // it is marked first
     const struct {
         QByteArray body;
         QString words; // in place of the list
@@ -212,29 +215,60 @@ TEST_F(SettingsWindowTest, AModelIsPickedFromWhatTheServerLists)
                    {R"({"data":[{"id":"llama3.2:3b"},{"id":"qwen2.5:7b"}]})", {}}};
     for (const auto &[body, words] : answers) {
         const ScriptedServer server(ScriptedServer::answering(ScriptedServer::response("200 OK", body)));
-        m_app->storage().settings->setBaseURLString(server.url(u"/v1"_s).toString());
+        settings.setBaseURLString(server.url(u"/v1"_s).toString());
         click(control(u"pickModel"_s));
         ASSERT_TRUE(eventually([&, words = words] {
+            const QQuickItem *list = control(u"modelList"_s);
             QQuickItem *state = control(u"modelPickerState"_s);
-            return words.isEmpty() ? !state : state && accessibleName(state).startsWith(words);
+            return words.isEmpty() ? list && list->property("count") == 2
+                                   : state && accessibleName(state).startsWith(words);
         })) << body.constData();
         pressKey(words.isEmpty() ? Qt::Key_Down : Qt::Key_Escape);
     }
     pressKey(Qt::Key_Return);
-    EXPECT_EQ(m_app->storage().settings->model(), u"qwen2.5:7b"_s);
+    EXPECT_EQ(settings.model(), u"qwen2.5:7b"_s);
 
     QByteArray many = "[";
     for (int i = 0; i < 5'000; ++i)
         many += "{\"id\":\"maker/model-" + QByteArray::number(i) + "\"},";
     const ScriptedServer large(
         ScriptedServer::answering(ScriptedServer::response("200 OK", many + R"("last"])")));
-    m_app->storage().settings->setBaseURLString(large.url(u"/v1/chat/completions"_s).toString());
+    settings.setBaseURLString(large.url(u"/v1/chat/completions"_s).toString());
     click(control(u"pickModel"_s));
     ASSERT_TRUE(eventually([this] { return control(u"modelSearch"_s) != nullptr; }));
     EXPECT_EQ(large.requests().back().target(), "/v1/models");
+    pressKey(Qt::Key_Return);
+    EXPECT_EQ(settings.model(), u"qwen2.5:7b"_s) << "nothing was chosen yet";
     WindowDriver::type(m_page, u"4321 MAKER"_s);
     pressKey(Qt::Key_Return);
-    EXPECT_EQ(m_app->storage().settings->model(), u"maker/model-4321"_s);
+    EXPECT_EQ(settings.model(), u"maker/model-4321"_s);
+}
+
+// While the list is looked at the server gives another one.
+TEST_F(SettingsWindowTest, TheMarkedModelStaysMarkedInAnotherList)
+{
+    SettingsStore &settings = *m_app->storage().settings;
+    std::binary_semaphore mayAnswer(1);
+    QByteArray listed = R"({"data":[{"id":"b"},{"id":"c"}]})";
+    const ScriptedServer server([&](ScriptedServer::Connection &connection) {
+        while (connection.readRequest()) {
+            mayAnswer.acquire();
+            connection.send(ScriptedServer::response("200 OK", listed));
+        }
+    });
+    settings.setModel(u"b"_s);
+    settings.setBaseURLString(server.url(u"/v1"_s).toString());
+    const auto &models = *m_app->presentation().aiSettings->serverModels();
+    click(control(u"pickModel"_s));
+    ASSERT_TRUE(eventually([&] { return models.count() == 2; }));
+    pressKey(Qt::Key_Escape);
+    listed = R"({"data":[{"id":"a"},{"id":"b"},{"id":"c"}]})";
+    click(control(u"pickModel"_s));
+    pressKey(Qt::Key_Down);
+    mayAnswer.release();
+    ASSERT_TRUE(eventually([&] { return models.count() == 3; }));
+    pressKey(Qt::Key_Return);
+    EXPECT_EQ(settings.model(), u"c"_s);
 }
 
 TEST_F(SettingsWindowTest, InstructionsAreSavedWhenTheFieldIsLeftAndResetAsksFirst)

@@ -60,6 +60,11 @@ QString ServerModelsViewModel::nameAt(int row) const
     return m_found.data(m_found.index(row)).toString();
 }
 
+int ServerModelsViewModel::rowOf(const QString &name) const
+{
+    return static_cast<int>(m_found.stringList().indexOf(name));
+}
+
 void ServerModelsViewModel::find()
 {
     QStringList found = m_names;

@@ -28,9 +28,10 @@ T.Popup {
     focus: true
     onAboutToShow: {
         search.clear();
+        list.mark(current);
         models.fetch();
     }
-    onOpened: list.forceActiveFocus()
+    onOpened: (isLong ? search : list).forceActiveFocus()
 
     background: Rectangle {
         radius: Theme.panelRadius
@@ -56,10 +57,10 @@ T.Popup {
             onVisibleChanged: if (visible) forceActiveFocus()
 
             Keys.onDownPressed: {
-                list.currentIndex = 0;
+                list.mark(root.models.nameAt(0));
                 list.forceActiveFocus();
             }
-            onAccepted: if (list.count > 0) root.choose(root.models.nameAt(0))
+            onAccepted: if (text.length > 0 && list.count > 0) root.choose(root.models.nameAt(0))
         }
         SmallText {
             id: state
@@ -76,14 +77,25 @@ T.Popup {
         ListView {
             id: list
 
+            property string marked // a name: its row is another one when another list arrives
+
+            function mark(name: string) {
+                list.marked = name;
+                list.currentIndex = root.models.rowOf(name);
+            }
+            function step(rows: int) {
+                list.mark(root.models.nameAt(Math.max(0, Math.min(list.currentIndex + rows, list.count - 1))));
+            }
+
+            objectName: "modelList"
             width: parent.width
             height: Math.min(contentHeight, 320)
             clip: true
-            keyNavigationEnabled: true
+            currentIndex: -1
+            cacheBuffer: 0 // a row still being made for it would be asked of a list that has become shorter
             highlightMoveDuration: 0
             boundsBehavior: Flickable.StopAtBounds
             model: root.models.found
-            onCountChanged: if (currentIndex < 0 && count > 0) currentIndex = 0
             Accessible.role: Accessible.List
             Accessible.name: qsTr("Models of the server")
 
@@ -116,8 +128,17 @@ T.Popup {
                     border.color: Theme.accent
                 }
             }
-            Keys.onReturnPressed: if (currentIndex >= 0) root.choose(root.models.nameAt(currentIndex))
-            Keys.onEnterPressed: if (currentIndex >= 0) root.choose(root.models.nameAt(currentIndex))
+            Keys.onUpPressed: step(-1)
+            Keys.onDownPressed: step(1)
+            Keys.onReturnPressed: if (currentIndex >= 0) root.choose(marked)
+            Keys.onEnterPressed: if (currentIndex >= 0) root.choose(marked)
+        }
+    }
+    Connections {
+        target: root.models
+
+        function onChanged() {
+            list.mark(list.marked);
         }
     }
 }
