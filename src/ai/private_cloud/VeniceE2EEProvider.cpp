@@ -49,23 +49,6 @@ QString withLocalEnding(const QString &what)
     return what + Refused::localReplyEnding();
 }
 
-ProofLedger::Attestation attestationOf(const Verified &enclave)
-{
-    return {.stackLabel = enclave.stack.label,
-            .teeProvider = enclave.teeProvider,
-            .quote = enclave.quote,
-            .nonce = enclave.nonce,
-            .mrtd = enclave.mrtd,
-            .rtmr3 = enclave.rtmr3,
-            .composeHash = enclave.composeHash,
-            .signingAddress = enclave.signingAddress,
-            .modelPublicKey = enclave.modelPublicKey,
-            .verifiedGPUCount = static_cast<int>(enclave.verifiedGPUCount),
-            .requiresGPUEvidence = enclave.stack.requiresGPUEvidence,
-            .serverClaimedVerified = enclave.serverClaimedVerified,
-            .verifiedAt = enclave.verifiedAt};
-}
-
 // The first row of a turn has the id that the turn was opened with. Whoever asked for that hears of a later
 // one.
 void record(Turn &turn, ProofLedger::Entry entry)
@@ -172,7 +155,7 @@ QCoro::Task<std::optional<int>> attempt(SharedTurn turn)
     throwIfStopped(turn->stop());
     record(*turn, {.startedAt = startedAt,
                    .place = {PlaceKind::verifiedEnclave, turn->configuration.model, {}},
-                   .attestation = attestationOf(enclave),
+                   .attestation = ProofLedger::Attestation::of(enclave),
                    .acceptedServersList = enclave.acceptedList.text()});
     run.enter(Stage::sealing);
     Sealed sealed = seal(*turn, enclave);
