@@ -93,6 +93,12 @@ TEST_F(LocalFallbackTest, AReplyThatHasBegunAndEveryOtherErrorStandAsTheyAre)
     EXPECT_EQ(router->lastEnclaveRefusal(), unverified) << "off all the same";
     router->tryPrivateCloudAgain();
 
+    const QUuid retried = QUuid::createUuid();
+    sealed->reply = {AIStream::Recorded{retried}, AIStream::Text{u"Half"_s}};
+    EXPECT_EQ(run().events.size(), 1U);
+    EXPECT_EQ(*proofRow, retried) << "the row of the attempt that gave the answer";
+    router->tryPrivateCloudAgain();
+
     sealed->reply = {AIStream::Thinking{}, AIStream::Text{QString()}};
     EXPECT_EQ(run().text(), unverified + u"\n\nreply"_s) << "no text has been shown";
     router->tryPrivateCloudAgain();
