@@ -1,5 +1,6 @@
 #include "CheckRun.h"
 
+#include "attestation/evidence/ExportedProof.h"
 #include "attestation/evidence/VeniceAttestationVerifier.h"
 
 namespace morvane {
@@ -25,6 +26,10 @@ QString failureOf(const std::function<void()> &require)
         return failure.caseText();
     } catch (const VeniceMeasurementAllowlist::Refusal &refusal) {
         return refusal.caseText();
+    } catch (const ProofExportFile::ReadError &error) {
+        return error.caseText();
+    } catch (const ExportedProof::Failure &failure) {
+        return failure.caseText();
     }
 }
 

@@ -3,12 +3,12 @@
 #include "BootLog.h"
 #include "CheckRun.h"
 #include "Description.h"
+#include "ExportedRows.h"
 #include "InputFile.h"
 #include "Limits.h"
 
 #include "attestation/evidence/BundledAllowlist.h"
 #include "attestation/evidence/CaseText.h"
-#include "attestation/evidence/VeniceSignedMeasurementList.h"
 #include "utils/bytes/Hex.h"
 
 namespace morvane {
@@ -17,9 +17,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-Report begin(const Options &options, const QString &what, const QStringList &notChecked)
+Report begin(const Options &options, const QString &title, const QStringList &notChecked)
 {
-    Report report(u"%1, with certificates valid at %2"_s.arg(what, options.date.toString(Qt::ISODate)));
+    Report report(title);
     report.setNotChecked(notChecked);
     for (const QString &pin : options.replacedPins)
         report.addRemark(
@@ -27,9 +27,14 @@ Report begin(const Options &options, const QString &what, const QStringList &not
     return report;
 }
 
+QString atDate(const Options &options, const QString &what)
+{
+    return u"%1, with certificates valid at %2"_s.arg(what, options.date.toString(Qt::ISODate));
+}
+
 Report checkQuote(const Options &options)
 {
-    Report report = begin(options, u"TDX quote"_s, Limits::ofQuote());
+    Report report = begin(options, atDate(options, u"TDX quote"_s), Limits::ofQuote());
     CheckRun run(report);
     const QByteArray bytes = InputFile::quote(options);
     TDXQuote quote;
@@ -44,7 +49,7 @@ Report checkQuote(const Options &options)
 
 Report checkGPUs(const Options &options)
 {
-    Report report = begin(options, u"NVIDIA GPU evidence"_s, Limits::ofGPUs());
+    Report report = begin(options, atDate(options, u"NVIDIA GPU evidence"_s), Limits::ofGPUs());
     CheckRun run(report);
     NvidiaGPUEvidence evidence;
     const QString payload = QString::fromUtf8(InputFile::json(options.file));
@@ -119,22 +124,12 @@ Report replayEvents(const Options &options)
     return report;
 }
 
-VeniceSignedMeasurementList readList(const QString &path)
-{
-    const QByteArray file = InputFile::contents(path);
-    try {
-        return VeniceSignedMeasurementList::read(file, 0);
-    } catch (const VeniceSignedMeasurementList::Refusal &refusal) {
-        throw UsageError(u"the list %1 can't be used: %2"_s.arg(path, refusal.caseText()));
-    }
-}
-
 VeniceMeasurementAllowlist acceptedServers(const Options &options, Report &report)
 {
     VeniceMeasurementAllowlist allowlist = BundledAllowlist::ofThisBuild();
     QString source = allowlist.source.text();
     if (!options.acceptedList.isEmpty()) {
-        const auto list = readList(options.acceptedList);
+        const auto list = InputFile::acceptedList(options.acceptedList);
         const bool hasRunOut = options.date >= list.notAfter;
         allowlist = list.allowlistAt(options.date, allowlist);
         source =
@@ -164,7 +159,7 @@ void warnOfGraphics(Report &report, const VeniceAttestationVerifier::Inquiry &in
 
 Report checkDocument(const Options &options)
 {
-    Report report = begin(options, u"Attestation document"_s, Limits::ofDocument());
+    Report report = begin(options, atDate(options, u"Attestation document"_s), Limits::ofDocument());
     CheckRun run(report);
     VeniceAttestationVerifier::Question question{{}, options.model, options.nonce,
                                                  {}, options.pins,  options.date};
@@ -182,6 +177,13 @@ Report checkDocument(const Options &options)
     return report;
 }
 
+Report checkExport(const Options &options)
+{
+    Report report = begin(options, u"Exported proofs, each judged at the time of its row"_s, {});
+    ExportedRows::check(options, report);
+    return report;
+}
+
 } // namespace
 
 Report Commands::run(const Options &options)
@@ -195,6 +197,8 @@ Report Commands::run(const Options &options)
         return replayEvents(options);
     case Options::Command::Document:
         return checkDocument(options);
+    case Options::Command::Export:
+        return checkExport(options);
     case Options::Command::Help:
     case Options::Command::Version:
         break;

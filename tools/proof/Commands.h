@@ -5,7 +5,7 @@
 
 namespace morvane {
 
-// The four things the program can check. Each reads its file, runs the application's own checks one by one
+// The five things the program can check. Each reads its file, runs the application's own checks one by one
 // and reports them. Throws UsageError when a file can't be read.
 namespace Commands {
 

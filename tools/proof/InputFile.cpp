@@ -82,6 +82,16 @@ QByteArray InputFile::json(const QString &path)
     return bytes;
 }
 
+VeniceSignedMeasurementList InputFile::acceptedList(const QString &path)
+{
+    const QByteArray file = contents(path);
+    try {
+        return VeniceSignedMeasurementList::read(file, 0);
+    } catch (const VeniceSignedMeasurementList::Refusal &refusal) {
+        throw UsageError(u"the list %1 can't be used: %2"_s.arg(path, refusal.caseText()));
+    }
+}
+
 QByteArray InputFile::quote(const Options &options)
 {
     const QByteArray file = contents(options.file);

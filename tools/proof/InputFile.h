@@ -2,6 +2,8 @@
 
 #include "Options.h"
 
+#include "attestation/evidence/VeniceSignedMeasurementList.h"
+
 namespace morvane {
 
 // The bytes of a file as they are to be judged. Whatever is wrong with the file itself says nothing about
@@ -13,6 +15,9 @@ namespace InputFile {
 
 // The same for a file that must hold JSON text.
 [[nodiscard]] QByteArray json(const QString &path);
+
+// A list of accepted servers, whose signature isn't checked.
+[[nodiscard]] VeniceSignedMeasurementList acceptedList(const QString &path);
 
 // The quote's bytes out of the encoding that was named.
 [[nodiscard]] QByteArray quote(const Options &options);

@@ -59,4 +59,10 @@ QStringList Limits::ofDocument()
                u"the programs that the accepted configuration starts, and what their operator does"_s};
 }
 
+QStringList Limits::ofExport()
+{
+    return QStringList{revocation()} + ofProcessor() +
+           QStringList{physicalAttacks(), u"that the row is a certain message: the quote knows of none"_s};
+}
+
 } // namespace morvane

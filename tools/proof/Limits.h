@@ -12,6 +12,9 @@ namespace Limits {
 [[nodiscard]] QStringList ofReplay();
 [[nodiscard]] QStringList ofDocument();
 
+// Of a row in an exported proof ledger, beside what is said of the fields it holds.
+[[nodiscard]] QStringList ofExport();
+
 } // namespace Limits
 
 } // namespace morvane

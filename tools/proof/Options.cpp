@@ -45,7 +45,8 @@ const std::vector<CommandForm> &commandForms()
         {C::Quote, u"quote"_s, {}, {u"hex"_s, u"base64"_s, u"at"_s, u"pin"_s}},
         {C::GPU, u"gpu"_s, {u"nonce"_s}, {u"at"_s, u"pin"_s}},
         {C::Replay, u"replay"_s, {}, {u"compose-hash"_s, u"instance-id"_s, u"rtmr3"_s}},
-        {C::Document, u"document"_s, {u"model"_s, u"nonce"_s}, {u"at"_s, u"accepted"_s, u"pin"_s}}};
+        {C::Document, u"document"_s, {u"model"_s, u"nonce"_s}, {u"at"_s, u"accepted"_s, u"pin"_s}},
+        {C::Export, u"export"_s, {}, {u"accepted"_s, u"pin"_s}}};
     return forms;
 }
 
@@ -67,7 +68,7 @@ const CommandForm &formOf(const QCommandLineParser &parser)
         }
         return form;
     }
-    throw UsageError(words.isEmpty() ? u"say what to check: quote, gpu, replay or document"_s
+    throw UsageError(words.isEmpty() ? u"say what to check: quote, gpu, replay, document or export"_s
                                      : u"there is no command \"%1\""_s.arg(words[0]));
 }
 

@@ -24,7 +24,7 @@ public:
 
 // What the command line asks for.
 struct Options {
-    enum class Command { Help, Version, Quote, GPU, Replay, Document };
+    enum class Command { Help, Version, Quote, GPU, Replay, Document, Export };
     enum class Encoding { Raw, Hex, Base64 };
     enum class Output { Text, Json };
 
@@ -32,13 +32,13 @@ struct Options {
     QString file; // "-" for standard input
     Encoding encoding = Encoding::Raw;
     Output output = Output::Text;
-    QDateTime date;                        // UTC
+    QDateTime date;                        // UTC; an export's rows have their own
     QByteArray nonce;                      // 32 bytes
     std::optional<QByteArray> composeHash; // 32 bytes
     std::optional<QByteArray> instanceID;  // 20 bytes
     std::optional<QByteArray> rtmr3;       // 48 bytes
     QString model;
-    QString acceptedList; // empty for the built-in one
+    QString acceptedList; // a file; empty for the built-in one
     EvidencePins pins;
     QStringList replacedPins; // names of those that aren't this build's own
 

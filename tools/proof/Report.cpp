@@ -51,7 +51,7 @@ void Report::addRemark(const QString &remark)
     m_remarks.append(remark);
 }
 
-QString Report::text() const
+QString Report::body() const
 {
     QString text = m_title + u"\n"_s;
     for (const QString &remark : m_remarks)
@@ -71,7 +71,18 @@ QString Report::text() const
         text += u"\nWhat was not checked\n"_s;
     for (const QString &line : m_notChecked)
         text += u"  "_s + line + u"\n"_s;
-    return text + u"\nverdict: "_s + m_verdict + u"\n"_s;
+    return text;
+}
+
+QString Report::text() const
+{
+    QString text = body();
+    for (const Report &row : m_rows)
+        text += u"\n"_s + row.body();
+    text += u"\n"_s;
+    for (std::size_t i = 0; i < m_rows.size(); ++i)
+        text += u"row %1 verdict: "_s.arg(i + 1) + m_rows[i].m_verdict + u"\n"_s;
+    return text + u"verdict: "_s + m_verdict + u"\n"_s;
 }
 
 QJsonObject Report::json() const
@@ -82,12 +93,18 @@ QJsonObject Report::json() const
     QJsonArray checks;
     for (const CheckLine &check : m_checks)
         checks.append(QJsonObject{{u"claim"_s, check.claim}, {u"result"_s, wordOf(check.result)}});
-    return {{u"title"_s, m_title},
-            {u"fields"_s, fields},
-            {u"checks"_s, checks},
-            {u"notChecked"_s, QJsonArray::fromStringList(m_notChecked)},
-            {u"remarks"_s, QJsonArray::fromStringList(m_remarks)},
-            {u"verdict"_s, m_verdict}};
+    QJsonObject object{{u"title"_s, m_title},
+                       {u"fields"_s, fields},
+                       {u"checks"_s, checks},
+                       {u"notChecked"_s, QJsonArray::fromStringList(m_notChecked)},
+                       {u"remarks"_s, QJsonArray::fromStringList(m_remarks)},
+                       {u"verdict"_s, m_verdict}};
+    QJsonArray rows;
+    for (const Report &row : m_rows)
+        rows.append(row.json());
+    if (!rows.isEmpty())
+        object.insert(u"rows"_s, rows);
+    return object;
 }
 
 } // namespace morvane

@@ -24,8 +24,12 @@ public:
     // What this run leaves open, whatever its verdict.
     void setNotChecked(const QStringList &lines) { m_notChecked = lines; }
 
+    // A part with a verdict of its own, which is also listed above this report's.
+    void addRow(const Report &row) { m_rows.push_back(row); }
+
     // "ok", or the failure's case and payload.
     void setVerdict(const QString &verdict) { m_verdict = verdict; }
+    [[nodiscard]] const QString &verdict() const { return m_verdict; }
     [[nodiscard]] bool isOk() const { return m_verdict == QStringLiteral("ok"); }
 
     // For people: the last line is the verdict.
@@ -43,11 +47,14 @@ private:
         Result result;
     };
 
+    [[nodiscard]] QString body() const; // all but the verdicts
+
     QString m_title;
     std::vector<Line> m_fields;
     std::vector<CheckLine> m_checks;
     QStringList m_remarks;
     QStringList m_notChecked;
+    std::vector<Report> m_rows;
     QString m_verdict;
 };
 

@@ -100,6 +100,11 @@ struct SourceText {
 
 } // namespace
 
+bool VeniceMeasurementAllowlist::Stack::isImageOf(const TDXQuote::TDReport &report) const
+{
+    return Image(report).isOf(*this);
+}
+
 QString VeniceMeasurementAllowlist::Refusal::caseText() const
 {
     switch (m_case) {

@@ -30,6 +30,9 @@ struct VeniceMeasurementAllowlist {
         std::vector<VeniceBootEvent> bootEvents;
         bool requiresGPUEvidence = true;
 
+        // Whether the report shows this image; what is configured on top of it is not looked at.
+        [[nodiscard]] bool isImageOf(const TDXQuote::TDReport &report) const;
+
         bool operator==(const Stack &) const = default;
     };
 

@@ -1,4 +1,5 @@
 #include "attestation/evidence/NvidiaGPUEvidence.h"
+#include "attestation/evidence/QuoteForm.h"
 #include "attestation/evidence/TDXQuoteVerifier.h"
 
 #include <QFile>
@@ -52,8 +53,10 @@ private:
 
 TEST_F(GenuineEvidenceTest, TheQuoteHoldsWhileItsCertificatesDo)
 {
-    const TDXQuote quote = TDXQuote::parse(contents(u"tdx_quote.bin"_s));
+    const QByteArray bytes = contents(u"tdx_quote.bin"_s);
+    const TDXQuote quote = TDXQuote::parse(bytes);
     EXPECT_EQ(quote.certificateChain.size(), 3U);
+    EXPECT_EQ(QuoteForm::firstStrayByte(bytes, quote), std::nullopt);
     const auto verdictAt = [&quote](const char *iso) {
         return verdict<TDXQuoteVerifier::Failure>(iso, [&quote](const QDateTime &date) {
             TDXQuoteVerifier::verify(quote, EvidencePins::ofThisBuild(), date);

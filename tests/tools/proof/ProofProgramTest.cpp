@@ -1,3 +1,4 @@
+#include "attestation/ProofLedger.h"
 #include "evidence/TestAuthority.h"
 #include "support/TestData.h"
 #include "utils/bytes/Hex.h"
@@ -24,6 +25,18 @@ struct Outcome {
 
     [[nodiscard]] std::string lastLine() const { return output.trimmed().split('\n').last().toStdString(); }
 };
+
+// With one thing of it otherwise, as little as can be.
+QJsonValue bent(const QJsonValue &value, qsizetype at)
+{
+    if (value.isBool())
+        return !value.toBool();
+    if (value.isDouble())
+        return value.toInt() + 1;
+    QString text = value.toString();
+    text[at] = QChar(text[at].unicode() ^ 1U);
+    return text;
+}
 
 // The program itself, over minted files in a folder of its own.
 class ProofProgramTest : public testing::Test {
@@ -56,16 +69,42 @@ protected:
         return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
     }
 
-    // With the test authority's pins, at a date when its certificates are valid; a later --at counts.
-    Outcome runPinned(const QString &words, const QString &output = {}) const
+    // The test authority's pins.
+    QString pinned() const
     {
         const EvidencePins &pins = scenario.pins;
-        const QString options =
-            u"--at 2026-09-01T12:00Z --pin intel-root=%1 --pin quoting-enclave=%2 --pin nvidia-root=%3 "_s;
-        return run(
-            options.arg(pins.intelRootSHA256, pins.quotingEnclaveSigner.toUpper(), pins.nvidiaRootSHA256) +
-                words,
-            output);
+        return u"--pin intel-root=%1 --pin quoting-enclave=%2 --pin nvidia-root=%3 "_s.arg(
+            pins.intelRootSHA256, pins.quotingEnclaveSigner.toUpper(), pins.nvidiaRootSHA256);
+    }
+
+    // With those, at a date when its certificates are valid; a later --at counts.
+    Outcome runPinned(const QString &words, const QString &output = {}) const
+    {
+        return run(u"--at 2026-09-01T12:00Z "_s + pinned() + words, output);
+    }
+
+    // A ledger's file: a proof made for its turn, the same one used later, one that was refused, and one of
+    // each place that needs none.
+    QJsonObject exported() const
+    {
+        using Kind = ProofLedger::Place::Kind;
+        auto verified = VeniceAttestationVerifier::verify(scenario.question());
+        verified.acceptedList = VeniceMeasurementAllowlist::Source(
+            VeniceMeasurementAllowlist::Source::SignedList{3, scenario.date.addDays(91)});
+        const auto proof = ProofLedger::Attestation::of(verified);
+        ProofLedger ledger;
+        for (const int age : {0, 1799})
+            ledger.append({.startedAt = scenario.date.addSecs(age),
+                           .place = {Kind::verifiedEnclave, scenario.model, {}},
+                           .attestation = proof,
+                           .acceptedServersList = verified.acceptedList.text()});
+        ledger.append({.startedAt = scenario.date,
+                       .place = {Kind::enclaveRefused, scenario.model, {}},
+                       .note = u"refused"_s});
+        for (const Kind kind :
+             {Kind::thisMac, Kind::network, Kind::morvaneCloud, Kind::yourOwnService, Kind::ollamaCloud})
+            ledger.append({.startedAt = scenario.date, .place = {kind, u"m"_s, u"host"_s}});
+        return QJsonDocument::fromJson(ledger.exportData(scenario.date, {})).object();
     }
 
     // As a list holds them, and as a server logs them, in which "host" is of another register.
@@ -166,6 +205,69 @@ TEST_F(ProofProgramTest, JsonForMachines)
     EXPECT_EQ(fields["QE ISVSVN"_L1].toString(), u"8224"_s);
     EXPECT_EQ(fields["mrseam"_L1].toString() + fields["mrsignerseam"_L1].toString(), u"12"_s.repeated(96));
     EXPECT_EQ(fields["seamattributes"_L1].toString(), u"12"_s.repeated(8));
+}
+
+// What comes of an export without a list and with one: good as it is, bad with one thing of its first row
+// otherwise. A line names a member of the row or of its proof, and where in its text a character changes.
+TEST_F(ProofProgramTest, OneBentFieldOfAnExportedProof)
+{
+    write(u"list"_s, QJsonDocument(scenario.signedList()).toJson());
+    const QJsonObject good = exported();
+    const auto outcome = [&](const QByteArray &line) {
+        const QString name = QString::fromUtf8(line.split(' ').value(0));
+        const qsizetype at = line.split(' ').value(1).toLongLong();
+        QJsonObject file = good;
+        QJsonArray turns = good["turns"_L1].toArray();
+        QJsonObject turn = turns[0].toObject();
+        QJsonObject proof = turn["proof"_L1].toObject();
+        if (turn.contains(name))
+            turn[name] = bent(turn[name], at);
+        else if (proof.contains(name))
+            turn["proof"_L1] = (proof[name] = bent(proof[name], at), proof);
+        turns[0] = turn;
+        file["turns"_L1] = turns;
+        write(u"export"_s, QJsonDocument(file).toJson());
+        const Outcome alone = run(u"export @export "_s + pinned());
+        const Outcome listed = run(u"export @export --accepted @list "_s + pinned());
+        EXPECT_EQ(alone.status == 0, alone.lastLine() == "verdict: ok");
+        EXPECT_EQ(listed.status == 0, listed.lastLine() == "verdict: ok");
+        return QString::fromStdString(alone.lastLine() + "; with a list " + listed.lastLine());
+    };
+    EXPECT_EQ(TestData::transcript("proof/exported.txt", outcome), TestData::text("proof/exported.txt"));
+}
+
+TEST_F(ProofProgramTest, EachRowOfAnExportHasItsVerdict)
+{
+    const QByteArray file = QJsonDocument(exported()).toJson();
+    write(u"export"_s, file);
+    const Outcome good = run(u"export @export "_s + pinned());
+    for (const char *words :
+         {"row 1 verdict: ok\nrow 2 verdict: ok\nrow 3 verdict: noProof\n", "ok     mrtdHex: the quote's",
+          "stack, gpuEvidenceRequired, model: the list here doesn't name this image", "teeProvider",
+          "WARNING: the intel-root pin is replaced"})
+        EXPECT_TRUE(good.output.contains(words)) << words;
+    const auto answer = QJsonDocument::fromJson(run(u"export @export --json "_s + pinned()).output);
+    EXPECT_EQ(answer["rows"_L1].toArray().size(), 8);
+    EXPECT_EQ(answer["rows"_L1][1]["verdict"_L1].toString(), u"ok"_s);
+    EXPECT_TRUE(run(u"export @export"_s).lastLine().starts_with("verdict: rowFailed(1, certificateChain("));
+
+    write(u"foreign"_s, QByteArray(file).replace("Verified enclave", "Your network"));
+    EXPECT_EQ(run(u"export @foreign "_s + pinned()).lastLine(),
+              R"(verdict: rowFailed(1, contradiction("proof")))");
+    write(u"later"_s, QByteArray(file).replace("2026-09-01T12:29:59Z", "2036-09-01T12:29:59Z"));
+    EXPECT_EQ(run(u"export @later "_s + pinned()).status, 1);
+    write(u"upper"_s, QByteArray(file).replace(scenario.nonce.toHex(), scenario.nonce.toHex().toUpper()));
+    EXPECT_EQ(run(u"export @upper "_s + pinned()).lastLine(),
+              R"(verdict: rowFailed(1, badValue("proof.clientNonceHex")))");
+    for (const auto &[from, to] : {std::pair{"\"exported\":", "\"exported\": 1, \"exported\":"},
+                                   {"\"turns\"", "\"rows\""},
+                                   {": true", ": trve"},
+                                   {"\"proof\"", "\"pr\u006fof\": 1, \"proof\""}}) {
+        write(u"odd"_s, QByteArray(file).replace(from, to));
+        EXPECT_EQ(run(u"export @odd "_s + pinned()).status, 2) << to;
+    }
+    write(u"empty"_s, ProofLedger().exportData(scenario.date, {}));
+    EXPECT_TRUE(run(u"export @empty"_s).lastLine().ends_with("holds no proof\")"));
 }
 
 TEST_F(ProofProgramTest, WhatCannotBeCheckedIsSaid)

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "Options.h"
+#include "Report.h"
+
+namespace morvane {
+
+// The rows of an exported proof ledger, each with a report of its own.
+namespace ExportedRows {
+
+// Adds them to the file's report, and its verdict: "ok" when no row fails and at least one holds a proof.
+// Throws UsageError for a file that can't be read or holds no proof.
+void check(const Options &options, Report &file);
+
+} // namespace ExportedRows
+
+} // namespace morvane
