@@ -101,18 +101,18 @@ void checkProof(CheckRun &run, Report &report, ExportedProof::Inquiry &inquiry, 
     for (const auto &check : ExportedProof::proofChecks())
         run.check(QString(check.claim), [&] { check.require(inquiry); });
     bool isListed = false;
-    run.check(u"stack, gpuEvidenceRequired, model: not otherwise in the list"_s, [&] {
+    run.check(u"stack, gpuEvidenceRequired, model: the list has nothing against them"_s, [&] {
         isListed = ExportedProof::isListed(inquiry, accepted.allowlist);
         if (!isListed && accepted.named)
             throw Refusal(Refusal::Case::imageNotListed);
     });
     bool isOfNamedList = false;
     if (accepted.named)
-        run.check(u"acceptedServersList: not another day than the list's"_s, [&] {
+        run.check(u"acceptedServersList: not the list's version with another day"_s, [&] {
             isOfNamedList = ExportedProof::isJudgedBy(*inquiry.turn.proof, accepted.named->listVersion,
                                                       accepted.named->notAfter);
         });
-    report.setNotChecked(notSupported(isListed, isOfNamedList));
+    report.setNotChecked(notSupported(isListed || !run.isGood(), isOfNamedList || !run.isGood()));
 }
 
 Report checkRow(const QJsonObject &object, std::size_t number, const Options &options,
