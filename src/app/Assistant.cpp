@@ -7,9 +7,9 @@
 #include "ai/routing/AIRequestRouter.h"
 #include "ai/routing/RouteConfiguration.h"
 #include "ai/tools/ToolRegistry.h"
+#include "app/PrivateCloudParts.h"
 #include "app/Storage.h"
 #include "attestation/ProofLedger.h"
-#include "deployment/DeploymentValues.h"
 #include "memory/MemoryStore.h"
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"
@@ -22,17 +22,6 @@
 namespace morvane {
 
 namespace {
-
-// Has no provider that seals yet, so the private cloud is shown as unavailable and nothing is sent there.
-PrivateCloud deployedPrivateCloud()
-{
-    const QString address(DeploymentValues::privateCloudURL);
-    PrivateCloud cloud;
-    cloud.devRelay = DevRelay::origin(address);
-    if (!cloud.devRelay)
-        cloud.endpoint = address;
-    return cloud;
-}
 
 // The practice server answers searches as well.
 WebAccessService::Endpoints searchEndpoints(const CommandLine &commandLine)
@@ -60,7 +49,7 @@ AIRequestRouter::Services routing(const Assistant &assistant, Storage &storage, 
             .provider = std::make_shared<OpenAICompatibleProvider>(*assistant.network),
             .nativeOllama = ollama,
             .ollama = ollama.get(),
-            .privateCloud = deployedPrivateCloud(),
+            .privateCloud = assistant.privateCloud->cloud,
             .prompts = {
                 .instructions = [&prompts = *assistant.systemPrompts] { return prompts.effectivePrompt(); },
                 .notes = [&memory = *assistant.memory] { return memory.promptBlock(); }},
@@ -89,6 +78,14 @@ Assistant::Assistant(const CommandLine &commandLine, Storage &storage, const Sec
     // Nothing reads the screen or acts on the desktop here yet; those abilities say so and are not offered.
     , tools(std::make_unique<ToolRegistry>(ToolRegistry::Services{
           .settings = *storage.settings, .memory = *memory, .web = *web, .clock = clock}))
+    , privateCloud(
+          std::make_unique<PrivateCloudParts>(commandLine, PrivateCloudParts::Services{.storage = storage,
+                                                                                       .secrets = secrets,
+                                                                                       .network = *network,
+                                                                                       .proofs = *proofs,
+                                                                                       .identity = *identity,
+                                                                                       .clock = clock,
+                                                                                       .work = work}))
     , router(std::make_unique<AIRequestRouter>(routing(*this, storage, secrets, clock, work)))
     , replies(std::make_unique<ReplyRunner>(*router, *tools))
 {}

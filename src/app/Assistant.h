@@ -18,6 +18,7 @@ class SystemPromptStore;
 class ToolRegistry;
 class WebAccessService;
 class Work;
+struct PrivateCloudParts;
 struct Secrets;
 struct Storage;
 
@@ -37,6 +38,7 @@ struct Assistant {
     const std::unique_ptr<ServiceIdentity> identity;
     const std::unique_ptr<WebAccessService> web;
     const std::unique_ptr<ToolRegistry> tools;
+    const std::unique_ptr<PrivateCloudParts> privateCloud;
     const std::unique_ptr<AIRequestRouter> router;
     const std::unique_ptr<ReplyRunner> replies;
 };

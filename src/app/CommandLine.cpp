@@ -1,5 +1,6 @@
 #include "app/CommandLine.h"
 
+#include "deployment/DeploymentValues.h"
 #include "utils/text/Product.h"
 
 #include <QCommandLineParser>
@@ -19,6 +20,25 @@ std::optional<QString> valueOf(const QCommandLineParser &parser, const QString &
     return parser.isSet(option) ? std::optional(parser.value(option)) : std::nullopt;
 }
 
+[[noreturn]] void refuse(const char *reason)
+{
+    std::fputs(reason, stderr);
+    std::exit(2);
+}
+
+bool hasDevRelay()
+{
+    return DevRelay::origin(DeploymentValues::privateCloudURL).has_value();
+}
+
+DevRelay::Origin relayAt(const QString &place)
+{
+    const auto origin = DevRelay::origin(u"http://"_s + place);
+    if (!origin || origin->address() != u"http://"_s + place)
+        refuse("--dev-relay takes a place on this machine: 127.0.0.1:PORT or localhost:PORT.\n");
+    return *origin;
+}
+
 } // namespace
 
 CommandLine CommandLine::parse(const QStringList &arguments)
@@ -36,17 +56,23 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         {u"practice-server"_s, u"Chat with a practice server; needs --profile."_s, u"address"_s},
         {u"play-demo"_s, u"Play one turn, save a picture of the window and end."_s, u"png"_s},
     });
+    const QCommandLineOption devRelay(u"dev-relay"_s, u"Where the private cloud's stand-in listens."_s,
+                                      u"127.0.0.1:port"_s);
+    if (hasDevRelay())
+        parser.addOption(devRelay);
     parser.process(arguments);
 
     CommandLine line{.resetOnboarding = parser.isSet(resetOnboarding),
                      .profile = valueOf(parser, u"profile"_s),
                      .practiceServer = valueOf(parser, u"practice-server"_s),
                      .demoPicture = valueOf(parser, u"play-demo"_s)};
-    if (line.practiceServer && !line.profile) {
-        // It writes settings, which must not be the person's own.
-        std::fputs("--practice-server needs --profile, so that it changes no settings of yours.\n", stderr);
-        std::exit(2);
-    }
+    if (hasDevRelay() && parser.isSet(devRelay))
+        line.devRelay = relayAt(parser.value(devRelay));
+    // Both write settings, which must not be the person's own.
+    if (line.practiceServer && !line.profile)
+        refuse("--practice-server needs --profile, so that it changes no settings of yours.\n");
+    if (hasDevRelay() && !line.profile)
+        refuse("This program is for development and needs --profile, so that it changes nothing of yours.\n");
     return line;
 }
 

@@ -2,6 +2,7 @@
 
 #include "app/WhatChangedNotice.h"
 #include "async/Clock.h"
+#include "attestation/VeniceMeasurementListStore.h"
 #include "persistence/ChatStoreLocation.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/DepartedData.h"
@@ -42,6 +43,7 @@ Storage::Storage(const CommandLine &commandLine, Host host, Clock &clock, const 
         moveFormerData(secrets);
         expectKey();
         sealLeftovers();
+        VeniceMeasurementListStore::settleFormerFiles(folders);
         removeDepartedData();
         // Before there is a store: a first start that is killed later must not take its person for one who
         // has been here before.

@@ -5,8 +5,10 @@
 #include "utils/files/PrivateFile.h"
 #include "utils/log/Log.h"
 #include "utils/text/Json.h"
+#include "utils/text/Product.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 
 namespace morvane {
@@ -45,6 +47,19 @@ QByteArray json(const State &state)
     if (state.lastFetchAt)
         object.insert("lastFetchAt"_L1, static_cast<double>(state.lastFetchAt->toMSecsSinceEpoch()) / 1000);
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+void moveUnlessTaken(const QString &from, const QString &to)
+{
+    const QFileInfo former(from);
+    if (!former.isFile() || former.isSymLink() || QFileInfo::exists(to))
+        return;
+    try {
+        PrivateFile::move(from, to);
+    } catch (const FileError &error) {
+        Log::error(Log::Category::App, "Accepted servers list: not moved to its place (%{public}s)"_L1,
+                   {error.what()});
+    }
 }
 
 } // namespace
@@ -97,12 +112,23 @@ void VeniceMeasurementListStore::save(const State &state) const
     }
 }
 
-void VeniceMeasurementListStore::removeFormerFile() const
+QString VeniceMeasurementListStore::defaultDirectory(const SupportFolders &folders)
 {
-    if (m_directory && QFile::remove(*m_directory + u'/' + formerFileName))
-        Log::info(Log::Category::App,
-                  "Removed the unsigned server list an older build read; Morvane's signed "
-                  "list replaced it"_L1);
+    return folders.data + u'/' + Product::serviceName;
+}
+
+void VeniceMeasurementListStore::settleFormerFiles(const SupportFolders &folders)
+{
+    const QString place = defaultDirectory(folders);
+    const QString former = folders.data + u'/' + Product::storeFolder;
+    for (const QString &name : {fileName, developmentFileName})
+        moveUnlessTaken(former + u'/' + name, place + u'/' + name);
+    for (const QString &folder : {former, place}) {
+        if (QFile::remove(folder + u'/' + formerFileName))
+            Log::info(Log::Category::App,
+                      "Removed the unsigned server list an older build read; Morvane's signed "
+                      "list replaced it"_L1);
+    }
 }
 
 } // namespace morvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "security/LocalDataVault.h"
+#include "utils/files/SupportFolders.h"
 
 #include <QByteArray>
 #include <QDateTime>
@@ -29,6 +30,12 @@ public:
     struct Locked {};
     using Loaded = std::variant<State, Locked>;
 
+    [[nodiscard]] static QString defaultDirectory(const SupportFolders &folders);
+
+    // What older builds left, once nothing of it is in use: their sealed lists go to the directory above,
+    // unless there are some, and the list that was read without a signature is deleted. Never throws.
+    static void settleFormerFiles(const SupportFolders &folders);
+
     // Without a directory nothing is kept. `vault` outlives the store.
     VeniceMeasurementListStore(const LocalDataVault &vault, std::optional<QString> directory,
                                QString name = fileName);
@@ -38,9 +45,6 @@ public:
 
     // What can't be written is gone with the process: the list is asked for again then.
     void save(const State &state) const;
-
-    // Deletes what an older build read without a signature, if it is there.
-    void removeFormerFile() const;
 
 private:
     [[nodiscard]] QString path() const;

@@ -74,7 +74,11 @@ protected:
 
 TEST_F(AppStateTest, AFirstStartOpensAnEmptyChatOnDiskAndTellsNothingOfChanges)
 {
+    commandLine.devRelay = DevRelay::Origin{DevRelay::Loopback::ipv4, 9}; // counts in no deployment but one
     start();
+    EXPECT_EQ(state->assistant().router->sources().front().problem,
+              u"The private cloud is not available in this build."_s);
+    EXPECT_FALSE(state->storage().settings->hostedRelayStateKnown());
     EXPECT_FALSE(state->storage().startupError);
     EXPECT_TRUE(QFileInfo::exists(ChatStoreLocation::storePath(commandLine.folders())));
     EXPECT_EQ(state->presentation().chat->messages()->rowCount(), 0);
@@ -94,11 +98,17 @@ TEST_F(AppStateTest, WhatOlderBuildsLeftIsMovedSealedAndRemovedOnceAndNeverUnder
 {
     const QString support = commandLine.folders().data + u"/Morvane/"_s;
     const QString notes = commandLine.folders().data + u"/ai.morvane.macos/"_s;
-    const QStringList departed{support + u"routines.json"_s, support + u"terminal"_s};
+    const QString list = u"accepted-servers.sealed"_s;
+    const QString developmentList = u"accepted-servers-dev.sealed"_s;
+    const QStringList departed{support + u"routines.json"_s, support + u"terminal"_s, support + list,
+                               support + u"venice-measurements.json"_s,
+                               notes + u"venice-measurements.json"_s};
     const QString kept = support + u"code.json"_s; // nobody reads it any more, and nobody may
     const QByteArray readable = "- works nights\n";
     for (const QString &path : departed + QStringList{kept, notes + u"memory-work.md"_s})
         PrivateFile::write(path, readable);
+    PrivateFile::write(support + developmentList, "older");
+    PrivateFile::write(notes + developmentList, "newer");
     defaults(u"ai.quelmarfolk.macos"_s)->setString(u"aiModel"_s, u"carried over"_s);
     keychain.addSecret(u"com.morvane.Quelmar"_s, {u"ai-provider-api-key"_s, u"old key"_s});
     const auto isThere = [](const QString &path) { return QFileInfo::exists(path); };
@@ -117,7 +127,10 @@ TEST_F(AppStateTest, WhatOlderBuildsLeftIsMovedSealedAndRemovedOnceAndNeverUnder
     ASSERT_EQ(state->assistant().memory->facts().size(), 1U);
     EXPECT_EQ(state->assistant().memory->facts().front().text, u"works nights"_s);
     EXPECT_FALSE(isThere(notes + u"memory-work.md"_s));
+    EXPECT_EQ(PrivateFile::read(notes + list, 100), readable);
+    EXPECT_EQ(PrivateFile::read(notes + developmentList, 100), "newer");
     EXPECT_EQ(log.lines().filter(u"Completed migration"_s).size(), 1);
+    EXPECT_EQ(log.lines().filter(u"Removed the unsigned server list"_s).size(), 2);
 }
 
 TEST_F(AppStateTest, TextsThatAnOlderBuildLeftReadableAreSealedAtTheNextStart)
