@@ -110,8 +110,8 @@ EvidenceAuthority EvidenceAuthority::mint(const QString &name, const QDateTime &
         .nvidiaChain =
             mintChain(named({u"GPU"_s, u"Device"_s, u"Provisioner"_s, u"Identity"_s, u"Device Root"_s}),
                       Curve::P384, from, to),
-        .quotingEnclaveSigner = QCryptographicHash::hash((name + u" quoting enclave"_s).toUtf8(),
-                                                         QCryptographicHash::Sha256),
+        .quotingEnclaveSigner =
+            QCryptographicHash::hash((name + u" quoting enclave"_s).toUtf8(), QCryptographicHash::Sha256),
         .listKey = ListKey()};
     // A sequence of one pair, the FMSPC.
     authority.intelChain.front().sgxExtension =

@@ -58,8 +58,8 @@ asio::awaitable<bool> readSome(Exchange::Line &line, boost::beast::flat_buffer &
     const auto room = buffer.prepare(portion);
     const std::size_t count =
         co_await line.socket.async_read_some(room, asio::redirect_error(use_awaitable, error));
-    line.record.received(line.number, QByteArrayView(static_cast<const char *>(room.data()),
-                                                     static_cast<qsizetype>(count)));
+    line.record.received(
+        line.number, QByteArrayView(static_cast<const char *>(room.data()), static_cast<qsizetype>(count)));
     buffer.commit(count);
     co_return !error;
 }
@@ -72,7 +72,8 @@ asio::awaitable<bool> readMessage(Exchange::Line &line, boost::beast::flat_buffe
         if (buffer.size() > 0)
             buffer.consume(parser.put(buffer.data(), error));
         if (error == http::error::body_limit || error == http::error::header_limit)
-            co_await say(line, "HTTP/1.1 413 Payload Too Large\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+            co_await say(line,
+                         "HTTP/1.1 413 Payload Too Large\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
         if ((error && error != http::error::need_more) || parser.is_done())
             break;
         if (!wasAsked && parser.is_header_done() && parser.get()[http::field::expect] == "100-continue") {

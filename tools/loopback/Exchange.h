@@ -43,7 +43,7 @@ public:
     // Raw bytes, nothing added.
     Work send(QByteArray bytes);
     Work pause(std::chrono::milliseconds duration);
-    Work stall(); // until the client leaves
+    Work stall();                // until the client leaves
     Work hold(HoldPoint &point); // until it is told to go on, or the client leaves
 
     // A complete response with its Content-Length.

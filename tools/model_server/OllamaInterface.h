@@ -1,7 +1,7 @@
 #pragma once
 
-#include "loopback/Exchange.h"
 #include "ModelList.h"
+#include "loopback/Exchange.h"
 
 namespace morvane {
 

@@ -14,9 +14,8 @@ const QString address = u"http://127.0.0.1:8741/v1"_s;
 // The same server as a build's deployment values describe it.
 QJsonObject builtInServer()
 {
-    QJsonObject server =
-        DevelopmentAuthority::listEntry(QString(DevelopmentAuthority::builtInID),
-                                        QString(DevelopmentAuthority::builtInModel));
+    QJsonObject server = DevelopmentAuthority::listEntry(QString(DevelopmentAuthority::builtInID),
+                                                         QString(DevelopmentAuthority::builtInModel));
     QJsonObject configuration = server.take("configuration"_L1).toObject();
     configuration.insert("id"_L1, server.take("id"_L1));
     server.insert("configurations"_L1, QJsonArray{configuration});

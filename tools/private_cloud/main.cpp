@@ -1,5 +1,6 @@
 #include "DevelopmentAuthority.h"
 #include "SealingCommands.h"
+#include "Serve.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -20,7 +21,8 @@ constexpr const char *help =
     "morvane-private-cloud seal --public-key HEX    text in, one line of hexadecimal out\n"
     "morvane-private-cloud open --private-key HEX   hexadecimal in, text out;\n"
     "                                               status 1 when it does not open\n"
-    "morvane-private-cloud deployment               what deployment/development.json must say of its authority\n";
+    "morvane-private-cloud deployment               what deployment/development.json must say of its "
+    "authority\n";
 
 QByteArray input()
 {
@@ -54,7 +56,11 @@ ExitStatus open(const QString &key)
 ExitStatus run(const QStringList &words)
 {
     if (words == QStringList{u"--help"_s}) {
-        write(help);
+        write(help + Serve::help());
+        return Done;
+    }
+    if (words.value(0) == "serve"_L1) {
+        Serve::run(words.mid(1));
         return Done;
     }
     if (words == QStringList{u"deployment"_s}) {

@@ -62,8 +62,7 @@ TEST(PrivateCloudProgram, OpensWhatIsMeantForTheKeyAndSaysNothingElse)
 // The development program believes the authority whose keys this program holds, and the file lists no other.
 TEST(PrivateCloudProgram, TheDevelopmentDeploymentNamesThisAuthority)
 {
-    const QJsonObject values =
-        QJsonDocument::fromJson(run({u"deployment"_s}, QByteArray()).output).object();
+    const QJsonObject values = QJsonDocument::fromJson(run({u"deployment"_s}, QByteArray()).output).object();
     QFile file(QStringLiteral(MORVANE_SOURCE_DIR "/deployment/development.json"));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QJsonObject stored = QJsonDocument::fromJson(file.readAll()).object();

@@ -1,0 +1,269 @@
+#include "PrivateCloudClient.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QProcess>
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString said = u"Where did the heron go?\n\nI saw “it” twice."_s;
+const QString told = u"The heron sleeps by the mill."_s;
+
+std::vector<AIMessage> question()
+{
+    return {{.role = AIMessage::Role::user, .content = u"Good morning."_s},
+            {.role = AIMessage::Role::assistant, .content = u"PERSON of few words."_s},
+            {.role = AIMessage::Role::user, .content = said}};
+}
+
+std::vector<AIMessage> withResult()
+{
+    std::vector<AIMessage> messages = question();
+    messages.push_back({.role = AIMessage::Role::assistant, .toolCalls = {{u"1"_s, u"look_up"_s, u"{}"_s}}});
+    messages.push_back({.role = AIMessage::Role::tool, .content = told, .toolName = u"look_up"_s});
+    return messages;
+}
+
+std::vector<AITool> abilities()
+{
+    return {{.name = u"look_up"_s, .description = u"Looks up."_s}};
+}
+
+// The names that the program's help lists: models or lists.
+std::set<QString> namesUnder(const QByteArray &heading)
+{
+    QProcess process;
+    process.start(PrivateCloudServer::program(), {u"--help"_s});
+    EXPECT_TRUE(process.waitForFinished());
+    std::set<QString> names;
+    bool isUnder = false;
+    for (const QByteArray &line : process.readAllStandardOutput().split('\n')) {
+        isUnder = line.startsWith("  ") ? isUnder : line == heading;
+        if (isUnder && line.startsWith("  "))
+            names.insert(QString::fromLatin1(line.trimmed().split(' ').first()));
+    }
+    return names;
+}
+
+// What each model's proofs and turns come to, one after the other.
+struct Row {
+    const char *model;
+    QStringList proofs;
+    QStringList turns;
+};
+
+std::vector<Row> rows()
+{
+    const QString practice =
+        u"The practice cloud opened what you wrote: “"_s + said + u"”. No model is thinking behind it."_s;
+    const QString good = practice + u"[stop]"_s;
+    const QString busy = u"HTTP 429 Too many requests for a proof."_s;
+    const QString starting = u"HTTP 503 The server is starting again."_s;
+    const QString otherKey = u"HTTP 400 X-Venice-TEE-Model-Pub-Key is not the key of this server."_s;
+    const QString block =
+        u"<<<MORVANE_TOOL_CALLS>>>\n{\"calls\":[{\"arguments\":{\"query\":%1},\"name\":\"look_up\"}]}\n"
+        "<<<END_MORVANE_TOOL_CALLS>>>"_s;
+    const QString json = u"\"Where did the heron go?\\n\\nI saw “it” twice.\""_s;
+    const QString answer = u"The practice cloud was told: “"_s + told + u"”.[stop]"_s;
+    const QString thought = u"PRIVATE THOUGHT and more </think>\n"_s + good;
+    QString thousand;
+    for (int i = 1; i <= 1000; ++i)
+        thousand += QString::number(i) + u' ';
+    return {
+        {"e2ee-glm-5-3-flash", {u"ok"_s}, {good}},
+        {"e2ee-practice", {u"ok"_s}, {good, good}},
+        {"e2ee-newer", {u"measurementsNotAllowed("_s}, {}},
+        {"e2ee-503-once", {u"ok"_s}, {starting, otherKey, good}},
+        {"e2ee-503-twice", {u"ok"_s}, {starting, otherKey, starting, otherKey, good}},
+        {"e2ee-504", {u"ok"_s}, {u"HTTP 504 The model took too long."_s}},
+        {"e2ee-plain-chunk", {u"ok"_s}, {u"Sealed. [UNSEALED PIECE ]"_s + good}},
+        {"e2ee-only-plain", {u"ok"_s}, {u"[UNSEALED PIECE ]"_s.repeated(3) + u"[stop]"_s}},
+        {"e2ee-undecryptable", {u"ok"_s}, {u"Before it. [did not open]Behind it.[stop]"_s}},
+        {"e2ee-reasoning", {u"ok"_s}, {u"[reasoning_content][reasoning]"_s + good}},
+        {"e2ee-thinking", {u"ok"_s}, {u"\n<think>"_s + thought}},
+        {"e2ee-thinking-untagged", {u"ok"_s}, {thought}},
+        {"e2ee-tools", {u"ok"_s}, {block.arg(json) + u"[stop]"_s, answer}},
+        {"e2ee-tools-characters", {u"ok"_s}, {u"One moment. "_s + block.arg(json) + u"[stop]"_s, answer}},
+        {"e2ee-tools-fenced",
+         {u"ok"_s},
+         {block.arg(json).replace("\n{"_L1, "\n```json\n{"_L1).replace("}\n"_L1, "}\n```\n"_L1) + u"[stop]"_s,
+          answer}},
+        {"e2ee-tools-broken",
+         {u"ok"_s},
+         {u"One moment. <<<MORVANE_TOOL_CALLS>>>{\"calls\": [{\"name\"[stop]"_s, answer}},
+        {"e2ee-empty", {u"ok"_s}, {u"[stop]"_s}},
+        {"e2ee-truncated", {u"ok"_s}, {u"The practice cloud has no room for [length]"_s}},
+        {"e2ee-held",
+         {u"ok"_s},
+         {u"[reasoning_content]The practice cloud begins, and waits until it is told to go on. "_s + good}},
+        {"e2ee-cut", {u"ok"_s}, {u"The practice cloud breaks off in the middle of cut"_s}},
+        {"e2ee-strange-lines", {u"ok"_s}, {good}},
+        {"e2ee-thousand", {u"ok"_s}, {thousand + u"[stop]"_s}},
+        {"e2ee-proof-429-once", {busy, u"ok"_s}, {good}},
+        {"e2ee-proof-429-twice", {busy, busy, u"ok"_s}, {}},
+        {"e2ee-proof-503", {u"HTTP 503 No server has room."_s, u"HTTP 503 No server has room."_s}, {}},
+        {"e2ee-proof-dead", {u"cut"_s}, {}},
+        {"e2ee-proof-not-json", {u"notJSON"_s}, {}},
+        {"e2ee-proof-held", {u"ok"_s}, {good}},
+        {"e2ee-proof-wrong-model", {u"wrongModel("_s}, {}},
+        {"e2ee-proof-wrong-nonce", {u"nonceMismatch"_s}, {}},
+        {"e2ee-proof-no-gpu", {u"gpuEvidenceMissing"_s}, {}},
+        {"e2ee-proof-changed-configuration", {u"configuration(configurationNotReviewed)"_s}, {}},
+        {"e2ee-proof-other-image", {u"measurementsNotAllowed("_s}, {}},
+        {"e2ee-proof-other-root", {u"quote(certificateChain("_s}, {}},
+        {"e2ee-proof-other-key", {u"reportDataDoesNotBindKey"_s}, {}},
+    };
+}
+
+TEST(PrivateCloudServer, EachModelDoesWhatItsScenarioPromisesAndNoWordIsInPlain)
+{
+    PrivateCloudServer server;
+    PrivateCloudClient client(server);
+    EXPECT_EQ(client.fetchList(), u"version 5, 0 withdrawn"_s);
+    std::set<QString> tried;
+    for (const Row &row : rows()) {
+        const QString model = QString::fromLatin1(row.model);
+        tried.insert(model);
+        if (model.endsWith("-held"_L1))
+            server.goOn(); // before it is waited for, and so for the one who will
+        for (const QString &proof : row.proofs)
+            EXPECT_EQ(client.prove(model).toStdString(), proof.toStdString()) << row.model;
+        for (const QString &turn : row.turns) {
+            const bool callsAbility = model.startsWith("e2ee-tools"_L1);
+            const bool isSecond = callsAbility && turn == row.turns.last();
+            EXPECT_EQ(client
+                          .turn(model, isSecond ? withResult() : question(),
+                                callsAbility ? abilities() : std::vector<AITool>())
+                          .toStdString(),
+                      turn.toStdString())
+                << row.model;
+            if (turn.startsWith("HTTP 400"_L1)) {
+                EXPECT_EQ(client.prove(model), u"ok"_s); // with the new key
+            }
+        }
+    }
+    EXPECT_EQ(tried, namesUnder("Models, each a scenario:"));
+    EXPECT_EQ(client.prove(u"e2ee-tools"_s), u"ok"_s);
+    EXPECT_EQ(client.turn(u"e2ee-tools"_s, question()),
+              u"The practice cloud was offered no ability.[stop]"_s);
+
+    const QByteArray wire = server.wire();
+    EXPECT_GT(wire.count("chat.completion.chunk"), 1000);
+    EXPECT_EQ(wire.count("UNSEALED PIECE"), 4);
+    for (const char *words :
+         {"heron", "PERSON", "Be kind", "practice cloud", "THOUGHT", "TOOL_CALLS", "look_up"})
+        EXPECT_EQ(wire.count(words), 0) << words;
+}
+
+TEST(PrivateCloudServer, AStrictServerTakesNothingElse)
+{
+    PrivateCloudServer server({u"--require-key"_s, u"secret"_s});
+    PrivateCloudClient client(server);
+    const QString model = u"e2ee-glm-5-3-flash"_s;
+    ASSERT_EQ(client.prove(model), u"ok"_s); // by the built-in list
+    EXPECT_TRUE(client.prove(u"e2ee-none"_s).startsWith("HTTP 404"_L1));
+    const VeniceE2EESession session = client.session();
+    const HttpRequest whole = client.request(model, session, question());
+    const auto spoil = [&whole](std::size_t header, const QByteArray &value) {
+        HttpRequest request = whole;
+        request.headers[header].value = value;
+        return request;
+    };
+    const auto replace = [&whole](const QByteArray &before, const QByteArray &after) {
+        HttpRequest request = whole;
+        EXPECT_TRUE(request.body.contains(before)) << before.toStdString();
+        request.body.replace(before, after);
+        return request;
+    };
+    const QByteArray sealed =
+        QJsonDocument::fromJson(whole.body)["messages"_L1][1]["content"_L1].toString().toLatin1();
+    QByteArray turned = sealed;
+    turned.back() = turned.back() == '0' ? '1' : '0';
+    const std::pair<HttpRequest, const char *> table[]{
+        {spoil(0, "text/plain"), "application/json"},
+        {spoil(1, "04"), "Client-Pub-Key"},
+        {spoil(2, session.publicKey().toHex()), "not the key of this server"},
+        {spoil(3, "none"), "Signing-Algo"},
+        {replace(sealed, "words"), "doesn't open"},
+        {replace(sealed, turned), "doesn't open"},
+        {replace(sealed, sealed.toUpper()), "lower-case"},
+        {replace("\"user\"", "\"tool\""), "two messages"},
+        {replace("\"stream\":true", "\"stream\":false"), "streamed"},
+        {replace("\"stream\":true", "\"stream\":true,\"tools\":[]"), "exactly"},
+    };
+    EXPECT_EQ(client.send(whole).status, 401);
+    for (auto [request, words] : table) {
+        request.headers.push_back({"Authorization", "Bearer secret"});
+        const PrivateCloudClient::Answer answer = client.send(request);
+        EXPECT_EQ(answer.status, 400) << words;
+        EXPECT_TRUE(answer.body.contains(words)) << answer.body.toStdString();
+    }
+}
+
+TEST(PrivateCloudServer, EachListIsServedAsItsNameSays)
+{
+    const QString good = u"version 5, 0 withdrawn"_s;
+    const std::tuple<const char *, QString, QString> table[]{
+        {"good", good, good},
+        {"newer", good, u"version 6, 0 withdrawn"_s},
+        {"rolled-back", good, u"rolledBack(4, 5)"_s},
+        {"same-version", good, good},
+        {"withdrawn", u"version 5, 2 withdrawn"_s, u"version 5, 2 withdrawn"_s},
+        {"expired", u"version 5, 1 withdrawn, expired"_s, u"version 5, 1 withdrawn, expired"_s},
+        {"too-many", u"badValue(\"entries\")"_s, u"badValue(\"entries\")"_s},
+        {"largest", good, good},
+        {"too-large", u"tooLarge"_s, u"tooLarge"_s},
+        {"unknown-field", u"unknownField(\"list.note\")"_s, u"unknownField(\"list.note\")"_s},
+        {"bad-signature", u"signatureInvalid"_s, u"signatureInvalid"_s},
+        {"missing", u"HTTP 404 There is no list."_s, u"HTTP 404 There is no list."_s},
+        {"dead", u"cut"_s, u"cut"_s},
+    };
+    std::set<QString> tried{u"drip"_s};
+    for (const auto &[name, first, second] : table) {
+        tried.insert(QString::fromLatin1(name));
+        const PrivateCloudServer server({u"--list"_s, QString::fromLatin1(name)});
+        PrivateCloudClient client(server);
+        EXPECT_EQ(client.fetchList().toStdString(), first.toStdString()) << name;
+        const QByteArray bytes = client.listBytes();
+        EXPECT_EQ(client.fetchList(first.startsWith("version"_L1) ? 5 : 0).toStdString(),
+                  second.toStdString())
+            << name;
+        EXPECT_EQ(bytes == client.listBytes(), first == second && "same-version"_L1 != name) << name;
+        EXPECT_EQ(client.prove(u"e2ee-newer"_s) == "ok"_L1, "newer"_L1 == name);
+        if (first.contains("withdrawn"_L1) && first != good) {
+            EXPECT_NE(client.prove(u"e2ee-glm-5-3-flash"_s), u"ok"_s) << name;
+        }
+    }
+    EXPECT_EQ(tried, namesUnder("Lists:"));
+}
+
+// What drips, and what is held in the middle, ends with the client; the server's log says so.
+TEST(PrivateCloudServer, AClientMayLeaveInTheMiddle)
+{
+    PrivateCloudServer server;
+    PrivateCloudClient client(server);
+    EXPECT_EQ(client.fetchList(), u"version 5, 0 withdrawn"_s);
+    ASSERT_EQ(client.prove(u"e2ee-held"_s), u"ok"_s);
+    EXPECT_EQ(client.begin(client.request(u"e2ee-held"_s, client.session(), question())).status, 200);
+    server.awaitEnded(4);
+    EXPECT_TRUE(server.turns().back().clientLeft);
+
+    PrivateCloudServer dripping({u"--list"_s, u"drip"_s});
+    HttpRequest list;
+    list.url = QUrl(dripping.baseUrl() + u"/measurements"_s);
+    EXPECT_EQ(client.begin(list).status, 200);
+    dripping.awaitEnded(1);
+    EXPECT_TRUE(dripping.lists().back().clientLeft);
+}
+
+} // namespace
+
+} // namespace morvane
