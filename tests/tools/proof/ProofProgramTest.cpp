@@ -251,20 +251,34 @@ TEST_F(ProofProgramTest, EachRowOfAnExportHasItsVerdict)
     EXPECT_EQ(answer["rows"_L1][1]["verdict"_L1].toString(), u"ok"_s);
     EXPECT_TRUE(run(u"export @export"_s).lastLine().starts_with("verdict: rowFailed(1, certificateChain("));
 
-    write(u"foreign"_s, QByteArray(file).replace("Verified enclave", "Your network"));
-    EXPECT_EQ(run(u"export @foreign "_s + pinned()).lastLine(),
-              R"(verdict: rowFailed(1, contradiction("proof")))");
-    write(u"later"_s, QByteArray(file).replace("2026-09-01T12:29:59Z", "2036-09-01T12:29:59Z"));
-    EXPECT_EQ(run(u"export @later "_s + pinned()).status, 1);
-    write(u"upper"_s, QByteArray(file).replace(scenario.nonce.toHex(), scenario.nonce.toHex().toUpper()));
-    EXPECT_EQ(run(u"export @upper "_s + pinned()).lastLine(),
-              R"(verdict: rowFailed(1, badValue("proof.clientNonceHex")))");
+    write(u"elsewhere"_s, QJsonDocument(scenario.signedList())
+                              .toJson()
+                              .replace(scenario.stack.mrtd.toUtf8(), QByteArray(96, '7')));
+    EXPECT_EQ(run(u"export @export --accepted @elsewhere "_s + pinned()).lastLine(),
+              "verdict: rowFailed(1, imageNotListed)");
+
+    const char *const list = "Version 3, signed by Morvane, good until December 1, 2026";
+    const char *const expired =
+        "Version 3 expired on August 31, 2026. Until a newer list arrives, this Mac accepts "
+        "only the servers built into this version of MorvaneGPT.";
+    const QByteArray nonce = scenario.nonce.toHex();
+    for (const auto &[from, to, verdict] :
+         {std::tuple{"Verified enclave", "Your network", R"(rowFailed(1, contradiction("proof")))"},
+          {"2026-09-01T12:29:59Z", "2024-09-01T12:29:59Z",
+           R"(rowFailed(2, certificateChain("certificate is not yet valid")))"},
+          {list, expired, "ok"},
+          {list, "Built into this version of MorvaneGPT", "ok"},
+          {"December 1, 2026", "August 31, 2026", R"(rowFailed(1, contradiction("acceptedServersList")))"},
+          {nonce.constData(), "5A", R"(rowFailed(1, badValue("proof.clientNonceHex")))"}}) {
+        write(u"other"_s, QByteArray(file).replace(from, to));
+        EXPECT_EQ(run(u"export @other "_s + pinned()).lastLine(), std::string("verdict: ") + verdict) << to;
+    }
     for (const auto &[from, to] : {std::pair{"\"exported\":", "\"exported\": 1, \"exported\":"},
                                    {"\"turns\"", "\"rows\""},
                                    {": true", ": trve"},
-                                   {"\"proof\"", "\"pr\u006fof\": 1, \"proof\""}}) {
-        write(u"odd"_s, QByteArray(file).replace(from, to));
-        EXPECT_EQ(run(u"export @odd "_s + pinned()).status, 2) << to;
+                                   {"\"proof\"", "\"pr\\u006fof\": 1, \"proof\""}}) {
+        write(u"other"_s, QByteArray(file).replace(from, to));
+        EXPECT_EQ(run(u"export @other "_s + pinned()).status, 2) << to;
     }
     write(u"empty"_s, ProofLedger().exportData(scenario.date, {}));
     EXPECT_TRUE(run(u"export @empty"_s).lastLine().ends_with("holds no proof\")"));
