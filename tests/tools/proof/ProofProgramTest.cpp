@@ -34,7 +34,8 @@ QJsonValue bent(const QJsonValue &value, qsizetype at)
     if (value.isDouble())
         return value.toInt() + 1;
     QString text = value.toString();
-    text[at] = QChar(text[at].unicode() ^ 1U);
+    const QChar c = text[at]; // a digit stays one, and so does a hexadecimal one
+    text[at] = c.isDigit() ? QChar(c.unicode() ^ 1U) : c == u'a' ? u'b' : u'a';
     return text;
 }
 
