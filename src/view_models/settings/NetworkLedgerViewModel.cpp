@@ -69,7 +69,7 @@ NetworkLedgerViewModel::~NetworkLedgerViewModel() = default;
 
 int NetworkLedgerViewModel::rowCount(const QModelIndex &parent) const
 {
-    return parent.isValid() ? 0 : static_cast<int>(m_shown.entries.size());
+    return parent.isValid() ? 0 : m_shown.count();
 }
 
 QHash<int, QByteArray> NetworkLedgerViewModel::roleNames() const
@@ -84,8 +84,7 @@ QVariant NetworkLedgerViewModel::data(const QModelIndex &index, int role) const
 {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid))
         return {};
-    const auto newestFirst = m_shown.entries.rbegin() + index.row();
-    const NetworkLedger::Entry &entry = *newestFirst;
+    const NetworkLedger::Entry &entry = m_shown.at(index.row());
     switch (role) {
     case TimeRole:
         return QLocale().toString(entry.startedAt.toLocalTime().time(), u"HH:mm:ss"_s);
@@ -171,48 +170,19 @@ void NetworkLedgerViewModel::setFilter(const QString &filter)
     Q_EMIT filterChanged();
 }
 
-// Rows that stay keep their place, so that the one that is read or open stays where it is.
 void NetworkLedgerViewModel::refresh()
 {
     auto snapshot = m_ledger.snapshot();
-    if (snapshot.revision == m_shown.revision)
+    if (m_shown.isUpTo(snapshot))
         return;
-    if (snapshot.entries.empty()) {
-        beginResetModel();
-        m_shown = std::move(snapshot);
-        endResetModel();
-    } else {
-        dropRowsMissingIn(snapshot.entries);
-        addNewRowsOf(std::move(snapshot));
-    }
+    m_shown.take(std::move(snapshot),
+                 {.beginRemove = [this](int row) { beginRemoveRows({}, row, row); },
+                  .endRemove = [this] { endRemoveRows(); },
+                  .beginInsertOnTop = [this](int count) { beginInsertRows({}, 0, count - 1); },
+                  .endInsert = [this] { endInsertRows(); },
+                  .beginReset = [this] { beginResetModel(); },
+                  .endReset = [this] { endResetModel(); }});
     Q_EMIT countChanged();
-}
-
-void NetworkLedgerViewModel::addNewRowsOf(NetworkLedger::Snapshot snapshot)
-{
-    const auto fresh = static_cast<int>(snapshot.entries.size() - m_shown.entries.size());
-    if (fresh > 0)
-        beginInsertRows({}, 0, fresh - 1);
-    m_shown = std::move(snapshot);
-    if (fresh > 0)
-        endInsertRows();
-}
-
-// A ledger only ever loses rows and gains some at its end.
-void NetworkLedgerViewModel::dropRowsMissingIn(const std::vector<NetworkLedger::Entry> &entries)
-{
-    std::vector<NetworkLedger::Entry> &shown = m_shown.entries;
-    std::size_t kept = 0;
-    while (kept < shown.size()) {
-        if (kept < entries.size() && shown[kept].id == entries[kept].id) {
-            ++kept;
-            continue;
-        }
-        const auto row = static_cast<int>(shown.size() - 1 - kept);
-        beginRemoveRows({}, row, row);
-        shown.erase(shown.begin() + static_cast<std::ptrdiff_t>(kept));
-        endRemoveRows();
-    }
 }
 
 } // namespace morvane

@@ -6,6 +6,7 @@
 #include <QtQml/qqmlregistration.h>
 
 #include "network/NetworkLedger.h"
+#include "view_models/settings/LedgerRows.h"
 
 class QTimer;
 
@@ -74,12 +75,10 @@ Q_SIGNALS:
 private:
     [[nodiscard]] int rowCountNow() const { return rowCount(); }
     void refresh();
-    void dropRowsMissingIn(const std::vector<NetworkLedger::Entry> &entries);
-    void addNewRowsOf(NetworkLedger::Snapshot snapshot);
 
     NetworkLedger &m_ledger;
     Clock &m_clock;
-    NetworkLedger::Snapshot m_shown;
+    LedgerRows<NetworkLedger::Snapshot> m_shown;
     QSortFilterProxyModel m_rows;
     QString m_filter;
     QString m_exportProblem;

@@ -1,21 +1,23 @@
 import QtQuick
 import QtQuick.Dialogs
-import Morvane.ViewModels
 
-// Asks where the ledger's CSV goes.
+// Asks where a ledger's file goes.
 FileDialog {
     id: root
 
-    property NetworkLedgerViewModel ledger
+    required property string fileName
+    required property string suffix
+    required property string kind
 
+    signal chosen(url file)
     signal finished()
 
     fileMode: FileDialog.SaveFile
-    defaultSuffix: "csv"
-    nameFilters: [qsTr("Comma-separated values (*.csv)")]
-    onLedgerChanged: currentFile = currentFolder + "/" + ledger.exportFileName
+    defaultSuffix: suffix
+    nameFilters: [kind + " (*." + suffix + ")"]
+    currentFile: currentFolder + "/" + fileName
     onAccepted: {
-        root.ledger.exportTo(selectedFile);
+        root.chosen(selectedFile);
         root.finished();
     }
     onRejected: root.finished()

@@ -43,7 +43,7 @@ Item {
                 objectName: "exportLedger"
                 enabled: root.ledger.count > 0
                 text: qsTr("Export…")
-                onClicked: exporter.active = true
+                onClicked: exporter.ask(root.ledger.exportFileName)
             }
             PushButton {
                 objectName: "clearLedger"
@@ -74,22 +74,11 @@ Item {
             connectionLister: root.ledger.connectionLister
         }
     }
-    // The file dialog brings half a toolkit along, so it comes only when it is asked for.
-    Loader {
+    LedgerExporter {
         id: exporter
 
-        active: false
-        source: "ExportDialog.qml"
-        onLoaded: {
-            item.ledger = root.ledger;
-            item.open();
-        }
-
-        Connections {
-            target: exporter.item
-            ignoreUnknownSignals: true
-
-            function onFinished() { exporter.active = false; }
-        }
+        suffix: "csv"
+        kind: qsTr("Comma-separated values")
+        onChosen: file => root.ledger.exportTo(file)
     }
 }
