@@ -12,6 +12,8 @@
 #include "view_models/settings/InstructionsViewModel.h"
 #include "view_models/settings/MemoryViewModel.h"
 #include "view_models/settings/NetworkLedgerViewModel.h"
+#include "view_models/settings/PrivateCloudViewModel.h"
+#include "view_models/settings/ProofLedgerViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
 #include "view_models/sidebar/HistorySearchModel.h"
@@ -53,6 +55,8 @@ MainWindowController::MainWindowController(Presentation &presentation, std::uniq
                              {u"aiSettings"_s, QVariant::fromValue(presentation.aiSettings.get())},
                              {u"settings"_s, QVariant::fromValue(&presentation.settings)},
                              {u"networkLedger"_s, QVariant::fromValue(presentation.networkLedger.get())},
+                             {u"proofLedger"_s, QVariant::fromValue(presentation.proofLedger.get())},
+                             {u"privateCloud"_s, QVariant::fromValue(presentation.privateCloud.get())},
                              {u"shell"_s, QVariant::fromValue(presentation.shell.get())},
                              {u"companion"_s, QVariant::fromValue(presentation.companion.get())}});
     if (!m_engine->rootObjects().isEmpty())

@@ -18,6 +18,8 @@
 #include "view_models/settings/InstructionsViewModel.h"
 #include "view_models/settings/MemoryViewModel.h"
 #include "view_models/settings/NetworkLedgerViewModel.h"
+#include "view_models/settings/PrivateCloudViewModel.h"
+#include "view_models/settings/ProofLedgerViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
 #include "view_models/sidebar/HistorySearchModel.h"
@@ -70,6 +72,9 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets
           work))
     , notes(std::make_unique<MemoryViewModel>(*assistant.memory))
     , networkLedger(std::make_unique<NetworkLedgerViewModel>(*assistant.networkLedger, clock))
+    , proofLedger(std::make_unique<ProofLedgerViewModel>(ProofLedgerViewModel::Services{
+          .ledger = *assistant.proofs, .clock = clock, .guidePage = {}, .acceptedServers = {}}))
+    , privateCloud(std::make_unique<PrivateCloudViewModel>(*assistant.router))
     , shell(std::make_unique<ShellViewModel>(
           settings, storage.startupError ? storage.startupError->userMessage() : QString(),
           storage.startupAdvice()))
@@ -80,6 +85,8 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets
                      &HistorySearchModel::refresh);
     QObject::connect(searchKey.get(), &SearchKeyViewModel::changed, assistant.tools.get(),
                      &ToolRegistry::availabilityChanged);
+    QObject::connect(proofLedger.get(), &ProofLedgerViewModel::cleared, chat->messages(),
+                     &MessageListModel::proofsChanged);
     const auto showReceipts = [this] {
         receipts->setChat(chat->conversation() ? chat->conversation()->scopeKey() : QString());
     };

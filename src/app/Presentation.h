@@ -16,6 +16,8 @@ class InstructionsViewModel;
 class MemoryViewModel;
 class NetworkLedgerViewModel;
 class NoteReceiptsModel;
+class PrivateCloudViewModel;
+class ProofLedgerViewModel;
 class ReplyNotifying;
 class SearchKeyViewModel;
 class SettingsStore;
@@ -47,6 +49,8 @@ struct Presentation {
     const std::unique_ptr<SearchKeyViewModel> searchKey;
     const std::unique_ptr<MemoryViewModel> notes;
     const std::unique_ptr<NetworkLedgerViewModel> networkLedger;
+    const std::unique_ptr<ProofLedgerViewModel> proofLedger;
+    const std::unique_ptr<PrivateCloudViewModel> privateCloud;
     const std::unique_ptr<ShellViewModel> shell;
 };
 

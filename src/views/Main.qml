@@ -20,6 +20,8 @@ T.ApplicationWindow {
     required property AISettingsViewModel aiSettings
     required property SettingsStore settings
     required property NetworkLedgerViewModel networkLedger
+    required property ProofLedgerViewModel proofLedger
+    required property PrivateCloudViewModel privateCloud
     required property ShellViewModel shell
     required property CompanionViewModel companion
 
@@ -66,6 +68,8 @@ T.ApplicationWindow {
                 searchKey: window.searchKey,
                 memory: window.memory,
                 networkLedger: window.networkLedger,
+                proofLedger: window.proofLedger,
+                privateCloud: window.privateCloud,
                 shell: window.shell
             });
         const opened = settingsLoader.item as SettingsWindow;
@@ -101,7 +105,7 @@ T.ApplicationWindow {
     FocusKeeper {
         id: keeper
 
-        home: page.messageField
+        home: proof.covers ? proof.home : page.messageField
         rows: page.messageList
         onRowsMoveAsked: distance => page.scrollBy(distance)
     }
@@ -120,6 +124,8 @@ T.ApplicationWindow {
         Keys.onEscapePressed: event => {
             if (window.overlayOpen)
                 window.overlayOpen = false;
+            else if (proof.open && !window.chat.isResponding)
+                proof.close();
             else if (!event.isAutoRepeat)
                 window.chat.stopResponding();
         }
@@ -129,6 +135,8 @@ T.ApplicationWindow {
 
             anchors.fill: parent
             anchors.leftMargin: window.narrow ? 0 : Math.max(0, sidebar.x + sidebar.width)
+            anchors.rightMargin: proof.taken
+            enabled: !proof.covers
             focus: true
             chat: window.chat
             shell: window.shell
@@ -139,6 +147,16 @@ T.ApplicationWindow {
             sidebarShown: window.sidebarShown
             onSettingsChosen: window.openSettings()
             onSidebarChosen: window.toggleSidebar()
+        }
+        ProofSide {
+            id: proof
+
+            anchors.right: parent.right
+            height: parent.height
+            room: parent.width - page.anchors.leftMargin
+            chat: window.chat
+            shell: window.shell
+            onDismissed: page.focusComposer()
         }
         SidebarScrim {
             anchors.fill: parent
@@ -175,7 +193,7 @@ T.ApplicationWindow {
         }
     }
     WindowKeys {
-        asks: window.chat.hasApproval && content.activeFocus // popups have the key for themselves
+        asks: window.chat.hasApproval && content.activeFocus && !proof.activeFocus // popups have the key for themselves
         onDeclined: window.chat.decline()
         onNewChat: window.beginChat()
         onSettings: window.openSettings()
@@ -184,7 +202,7 @@ T.ApplicationWindow {
         onFind: page.findInChat()
         onStepFind: direction => direction > 0 ? window.find.next() : window.find.previous()
         onSwitchChat: step => window.switchChat(step)
-        onComposer: page.focusComposer()
+        onComposer: proof.covers ? proof.close() : page.focusComposer()
         onCopyAnswer: page.copyLastAnswer()
         onPage: direction => page.scrollPage(direction)
         onToEnd: page.goToEnd()

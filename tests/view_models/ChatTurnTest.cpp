@@ -508,7 +508,8 @@ TEST_F(ChatTurnTest, AStoredUnfinishedReplyIsNeverDrawnAsRunning)
     EXPECT_FALSE(lastRow(MessageListModel::InterruptedRole).toBool());
 
     // The same store as a new process would find it: the row says streaming, no turn is at work.
-    MessageListModel fresh(clock);
+    const AnswerProofs noProofs(proofs);
+    MessageListModel fresh(clock, noProofs);
     fresh.setMessages(chat.messages()->messages());
     const auto row = fresh.index(fresh.rowCount() - 1);
     EXPECT_FALSE(row.data(MessageListModel::RunningRole).toBool());

@@ -77,7 +77,9 @@ protected:
     std::unique_ptr<PersistenceController> persistence = PersistenceController::inMemory(sealing);
     ConversationRepository repository{persistence->mainContext(), clock};
     Work work{clock};
-    MessageListModel list{clock};
+    const ProofLedger ledger;
+    const AnswerProofs proofs{ledger};
+    MessageListModel list{clock, proofs};
     MessageListModel::Messages shown;
     FindViewModel find{list, repository, clock, work};
 };

@@ -86,11 +86,12 @@ TEST_F(AccessibilityTest, EveryControlOfTheSettingsHasANameAndTabReachesIt)
     const std::pair<QString, QStringList> expected[] = {
         {u"ai"_s,
          {u"Address"_s, u"Model"_s, u"Key"_s, u"Remove"_s, u"Test"_s, u"Temperature"_s,
-          u"Longest reply in tokens"_s}},
+          u"Longest reply in tokens"_s, u"Use the private cloud"_s}},
         {u"instructions"_s, {u"Instructions"_s}},
         {u"abilities"_s, {u"Web access"_s, u"Key"_s}},
         {u"memory"_s, {u"Keep notes"_s}},
         {u"appearance"_s, {u"System"_s, u"Large"_s, u"Reduce motion"_s}},
+        {u"proof"_s, {u"All"_s, u"Proofs"_s}},
         {u"network"_s, {u"Connections"_s}}};
     for (const auto &[page, controls] : expected) {
         settings->setProperty("page", page);

@@ -43,15 +43,17 @@ void noteComplaint(QtMsgType type, const QMessageLogContext &context, const QStr
 // Answers piece by piece as the test goes.
 class ScriptedProvider final : public AIProvider {
 public:
-    AsyncStream<AIStreamEvent> streamReply(std::vector<AIMessage>, AIConfiguration,
+    AsyncStream<AIStreamEvent> streamReply(std::vector<AIMessage>, AIConfiguration configuration,
                                            std::vector<AITool>) override
     {
+        proofRow = configuration.proofRow;
         auto [stream, producer] = AsyncStream<AIStreamEvent>::make();
         reply = std::move(producer);
         return std::move(stream);
     }
 
     std::optional<AsyncStream<AIStreamEvent>::Producer> reply; // the newest
+    QUuid proofRow;                                            // of the newest
 };
 
 WindowFixture::WindowFixture()
@@ -171,6 +173,19 @@ void WindowFixture::endReply()
     m_provider->reply->finish();
     TestWait::until([this] { return !m_app->presentation().chat->isResponding(); });
     settle();
+}
+
+void WindowFixture::failReply(std::exception_ptr error)
+{
+    m_provider->reply->fail(std::move(error));
+    TestWait::until([this] { return !m_app->presentation().chat->isResponding(); });
+    settle();
+}
+
+void WindowFixture::leaveProof(ProofLedger::Entry row)
+{
+    row.id = m_provider->proofRow;
+    m_app->assistant().proofs->append(std::move(row));
 }
 
 bool WindowFixture::isAbandoned() const

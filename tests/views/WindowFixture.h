@@ -2,6 +2,7 @@
 
 #include "app/AppState.h"
 #include "async/Work.h"
+#include "attestation/ProofLedger.h"
 #include "security/InMemoryKeychainService.h"
 #include "support/ManualClock.h"
 #include "support/WindowDriver.h"
@@ -49,6 +50,9 @@ protected:
     void asking(const std::function<void()> &action); // that begins a turn
     void stream(const QString &piece);
     void endReply();
+    void failReply(std::exception_ptr error);
+    // The row that a provider leaves of the newest turn.
+    void leaveProof(ProofLedger::Entry row);
     // Whether the newest turn was stopped.
     [[nodiscard]] bool isAbandoned() const;
 

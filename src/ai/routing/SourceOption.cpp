@@ -12,7 +12,7 @@ namespace {
 std::optional<QString> privateCloudProblem(const SourceOption::Facts &facts)
 {
     if (!facts.knowsPrivateCloud)
-        return u"The private cloud is not available in this build."_s;
+        return u"This build has no private cloud."_s;
     if (facts.configured.kind == Kind::customCloud)
         return SourceOption::customServiceNotice();
     if (!facts.offersSealedChats)

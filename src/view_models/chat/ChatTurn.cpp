@@ -108,6 +108,7 @@ QCoro::Task<OpenedTurn> ChatTurn::open(std::stop_token stop)
 AsyncStream<AgentEvent> ChatTurn::begin(OpenedTurn opened)
 {
     m_proofRow = opened.proofRow;
+    m_services.proofs.follow(m_plan.reply->id(), m_proofRow);
     m_plan.reply->setStatus(MessageStatus::streaming);
     m_recorder.emplace(m_plan.reply, m_plan.isContinuation ? m_plan.reply->content() : QString(),
                        m_services.messages, m_services.companion, m_services.clock);

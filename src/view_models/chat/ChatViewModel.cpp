@@ -6,7 +6,6 @@
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
 #include "utils/text/Text.h"
-#include "view_models/chat/AnswerProofs.h"
 #include "view_models/chat/ApprovalWords.h"
 #include "view_models/chat/ChatTurn.h"
 #include "view_models/companion/CompanionViewModel.h"
@@ -20,7 +19,9 @@ using namespace Qt::StringLiterals;
 ChatViewModel::ChatViewModel(Services services, QObject *parent)
     : QObject(parent)
     , m_services(std::move(services))
-    , m_messages(m_services.clock)
+    , m_proofs(m_services.proofs)
+    , m_messages(m_services.clock, m_proofs)
+    , m_proofPanel(m_proofs, m_messages)
     , m_approvals(m_services.clock)
     , m_banner(m_services.companion)
     , m_open(m_services.repository, m_banner)
@@ -29,7 +30,6 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
     , m_delivery({m_services.settings, m_services.companion, m_services.speech, m_services.notifications})
     , m_planner(std::make_unique<TurnPlanner>(
           TurnPlanner::Services{m_services.repository, m_messages, m_banner, m_services.clock}))
-    , m_proofs(std::make_unique<AnswerProofs>(m_services.proofs))
 {
     connect(&m_approvals, &ApprovalDesk::pendingChanged, this, &ChatViewModel::approvalChanged);
     connect(&m_approvals, &ApprovalDesk::needsAttention, this, [this](const ApprovalRequest &request) {
@@ -128,7 +128,7 @@ bool ChatViewModel::isConfigured() const
 
 const std::map<QUuid, QUuid> &ChatViewModel::attestationRows() const
 {
-    return m_proofs->rows();
+    return m_proofs.rows();
 }
 
 void ChatViewModel::showOpened()
@@ -339,7 +339,7 @@ void ChatViewModel::tellTitle(const QString &former)
 void ChatViewModel::startTurn(TurnPlan plan)
 {
     m_turns.push_back(std::make_unique<ChatTurn>(ChatTurn::Services{m_services.repository, m_services.router,
-                                                                    m_services.replies, *m_proofs, m_messages,
+                                                                    m_services.replies, m_proofs, m_messages,
                                                                     m_services.companion, m_services.clock},
                                                  std::move(plan)));
     ChatTurn &turn = *m_turns.back();

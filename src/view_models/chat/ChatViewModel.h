@@ -7,6 +7,7 @@
 #include "view_models/chat/MessageDesk.h"
 #include "view_models/chat/MessageListModel.h"
 #include "view_models/chat/OpenConversation.h"
+#include "view_models/chat/ProofPanelViewModel.h"
 #include "view_models/chat/ReplyDelivery.h"
 
 #include <QObject>
@@ -23,13 +24,13 @@
 namespace morvane {
 
 class AIRequestRouter;
-class AnswerProofs;
 class ChatTurn;
 class Clock;
 class CompanionViewModel;
 class Conversation;
 class ConversationRepository;
 class ProofLedger;
+class ProofWatch;
 class ReplyNotifying;
 class ReplyRunning;
 class SettingsStore;
@@ -44,6 +45,7 @@ class ChatViewModel : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(morvane::MessageListModel *messages READ messages CONSTANT)
+    Q_PROPERTY(morvane::ProofPanelViewModel *proofPanel READ proofPanel CONSTANT)
     Q_PROPERTY(QString draft READ draft WRITE setDraft NOTIFY draftChanged)
     Q_PROPERTY(bool canSend READ canSend NOTIFY canSendChanged)
     Q_PROPERTY(bool isEditing READ isEditing NOTIFY isEditingChanged)
@@ -81,6 +83,7 @@ public:
     ~ChatViewModel() override;
 
     [[nodiscard]] MessageListModel *messages() { return &m_messages; }
+    [[nodiscard]] ProofPanelViewModel *proofPanel() { return &m_proofPanel; }
     [[nodiscard]] const QString &draft() const { return m_draft; }
     void setDraft(const QString &draft);
     // A key went to the message field.
@@ -111,6 +114,9 @@ public:
     [[nodiscard]] int turnsInFlight() const { return static_cast<int>(m_turns.size()); }
     // The proof row of each answer whose proof differs from the answer before it.
     [[nodiscard]] const std::map<QUuid, QUuid> &attestationRows() const;
+
+    // Whose steps the panel and the line under a running reply show.
+    void watchProofs(const ProofWatch &watch) { m_proofs.watch(watch); }
 
     // Set by the shell; a turn that ends while it is false notifies.
     void setWindowInFront(bool inFront) { m_delivery.setWindowInFront(inFront); }
@@ -197,7 +203,9 @@ private:
     void setResponding(bool responding);
 
     Services m_services;
+    AnswerProofs m_proofs;
     MessageListModel m_messages;
+    ProofPanelViewModel m_proofPanel;
     ApprovalDesk m_approvals;
     BannerDesk m_banner;
     OpenConversation m_open;
@@ -205,7 +213,6 @@ private:
     MessageDesk m_desk;
     ReplyDelivery m_delivery;
     std::unique_ptr<TurnPlanner> m_planner;
-    std::unique_ptr<AnswerProofs> m_proofs;
     QString m_draft;
     std::shared_ptr<Conversation> m_draftOwner; // null while there is no chat to write in
     QUuid m_edited;                             // the message whose new words the draft is; null for none

@@ -1,7 +1,6 @@
 #include "view_models/chat/MessageListModel.h"
 
 #include "async/Clock.h"
-#include "attestation/ProofLedger.h"
 #include "markdown/MarkdownRenderer.h"
 #include "models/ChatMessage.h"
 #include "models/Conversation.h"
@@ -69,10 +68,14 @@ struct MessageListModel::Opened {
     QStringList toolStates;
 };
 
-MessageListModel::MessageListModel(Clock &clock, QObject *parent)
+MessageListModel::MessageListModel(Clock &clock, const AnswerProofs &proofs, QObject *parent)
     : QAbstractListModel(parent)
     , m_clock(clock)
-{}
+    , m_proofs(proofs)
+{
+    connect(&proofs, &AnswerProofs::changed, this,
+            [this](const QUuid &answer) { rowChanged(rowOf(answer), {PlaceRole, ProofMarkRole}); });
+}
 
 MessageListModel::~MessageListModel() = default;
 
@@ -101,6 +104,7 @@ QHash<int, QByteArray> MessageListModel::roleNames() const
             {AttachmentNameRole, "attachmentName"},
             {CanContinueRole, "canContinue"},
             {PlaceRole, "place"},
+            {ProofMarkRole, "proofMark"},
             {VersionRole, "version"},
             {VersionCountRole, "versionCount"}};
 }
@@ -226,7 +230,9 @@ QVariant MessageListModel::data(const QModelIndex &index, int role) const
     case CanContinueRole:
         return message.hitTokenLimit() && !m_responding;
     case PlaceRole:
-        return placeNameOfCode(message.placeRaw().value_or(QString())).value_or(QString());
+        return m_proofs.line(message, isRunning(message)).words;
+    case ProofMarkRole:
+        return m_proofs.line(message, isRunning(message)).code();
     case VersionRole:
         return versionNumber(message);
     case VersionCountRole:
@@ -333,7 +339,7 @@ void MessageListModel::beginIndicator(const QUuid &id)
 {
     m_indicators.insert_or_assign(id, ReplyIndicator(m_clock.now()));
     m_toldStalled.erase(id);
-    rowChanged(rowOf(id), {RunningRole, InterruptedRole, IndicatorTextRole});
+    rowChanged(rowOf(id), {RunningRole, InterruptedRole, IndicatorTextRole, PlaceRole, ProofMarkRole});
     tick();
 }
 
@@ -349,6 +355,21 @@ void MessageListModel::signalIndicator(const QUuid &id, const ReplyIndicator::Si
     else if (waited)
         return; // the pieces of a reply that flows
     tick();
+}
+
+std::optional<AnswerProofs::Line> MessageListModel::proofLine(const QUuid &id) const
+{
+    const int row = rowOf(id);
+    if (row < 0)
+        return std::nullopt;
+    const ChatMessage &message = *m_messages[static_cast<std::size_t>(row)];
+    return m_proofs.line(message, isRunning(message));
+}
+
+void MessageListModel::proofsChanged()
+{
+    if (!m_messages.empty())
+        Q_EMIT dataChanged(index(0), index(rowCount() - 1), {PlaceRole, ProofMarkRole});
 }
 
 std::chrono::milliseconds MessageListModel::thoughtFor(const QUuid &id) const

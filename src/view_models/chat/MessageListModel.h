@@ -1,5 +1,6 @@
 #pragma once
 
+#include "view_models/chat/AnswerProofs.h"
 #include "view_models/chat/ReplyIndicator.h"
 
 #include <QAbstractListModel>
@@ -63,12 +64,14 @@ public:
         SourceDomainsRole,                // list of texts
         AttachmentNameRole,               // text; empty for none
         CanContinueRole,                  // bool: the reply hit its limit and may go on
-        PlaceRole,                        // where the answer ran; empty when unknown
+        PlaceRole,                        // where the answer ran, and what proves it; empty when unknown
+        ProofMarkRole,                    // "place", "running", "verified", "refused"; empty for no such line
         VersionRole,                      // which of a reply's versions this is, from 1
         VersionCountRole,                 // how many there are
     };
 
-    explicit MessageListModel(Clock &clock, QObject *parent = nullptr);
+    // Both outlive this object.
+    MessageListModel(Clock &clock, const AnswerProofs &proofs, QObject *parent = nullptr);
     ~MessageListModel() override;
 
     [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
@@ -102,6 +105,11 @@ public:
 
     // The message's record changed: only its row is told.
     void messageChanged(const QUuid &id);
+
+    // What the line under an answer says; nothing for a message that isn't in the chat.
+    [[nodiscard]] std::optional<AnswerProofs::Line> proofLine(const QUuid &id) const;
+    // Any row of the proof ledger may have gone.
+    void proofsChanged();
 
     // Whether Continue may be offered at all now.
     void setResponding(bool responding);
@@ -138,6 +146,7 @@ private:
     void showWaiting(const QUuid &id, const ReplyIndicator &indicator);
 
     Clock &m_clock;
+    const AnswerProofs &m_proofs;
     Messages m_messages;
     mutable std::map<QUuid, Opened> m_opened;
     std::map<QUuid, ReplyIndicator> m_indicators;

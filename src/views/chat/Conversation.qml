@@ -51,6 +51,7 @@ ChatSelection {
         lastQuestion: root.chat.messages.lastQuestion
         onCopyAsked: text => root.shell.copy(text)
         onLinkAsked: address => root.shell.openLink(address)
+        onProofAsked: messageId => root.chat.proofPanel.open(messageId)
         onContinueAsked: messageId => root.chat.continueReply(messageId)
         onRetryAsked: root.chat.retryLastTurn()
         onStopAsked: root.chat.stopResponding()

@@ -27,6 +27,7 @@ ListView {
 
     signal copyAsked(string text)
     signal linkAsked(string address)
+    signal proofAsked(string messageId)
     signal continueAsked(string messageId)
     signal retryAsked()
     signal stopAsked()
@@ -112,6 +113,7 @@ ListView {
         chosen: root.chosen
         onCopyAsked: text => root.copyAsked(text)
         onLinkAsked: address => root.linkAsked(address)
+        onProofAsked: root.proofAsked(messageId)
         onContinueAsked: messageId => root.continueAsked(messageId)
         onRetryAsked: root.retryAsked()
         onStopAsked: root.stopAsked()

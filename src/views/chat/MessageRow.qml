@@ -26,6 +26,7 @@ Item {
     required property string attachmentName
     required property bool canContinue
     required property string place
+    required property string proofMark
     required property MessageListModel messages
     required property int version
     required property int versionCount
@@ -39,6 +40,7 @@ Item {
 
     signal copyAsked(string text)
     signal linkAsked(string address)
+    signal proofAsked()
     signal continueAsked(string messageId)
     signal retryAsked()
     signal stopAsked()
@@ -113,6 +115,7 @@ Item {
         sources: root.sources
         canContinue: root.canContinue
         place: root.place
+        proofMark: root.proofMark
         isLast: root.isLast
         responding: root.responding
         version: root.version
@@ -120,6 +123,7 @@ Item {
         wideColumn: Math.max(root.column, Math.min(Theme.wideColumnWidth, root.width - 2 * Theme.gap24))
         onCopyAsked: text => root.copyAsked(text)
         onLinkAsked: address => root.linkAsked(address)
+        onProofAsked: root.proofAsked()
         onContinueAsked: root.continueAsked(root.messageId)
         onRetryAsked: root.retryAsked()
         onStopAsked: root.stopAsked()

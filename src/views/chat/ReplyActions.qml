@@ -2,12 +2,13 @@ import QtQuick
 import QtQuick.Layouts
 import Morvane
 
-// The row under a reply: copy, where it ran, another version, Continue when its limit cut it off, and Retry when it
+// The row under a reply: copy, where it ran and what proves it, another version, Continue when its limit cut it off, and Retry when it
 // failed or the program ended before it did.
 RowLayout {
     id: root
 
     property string place
+    property string proofMark
     property bool finished: false
     property bool hasText: false
     property bool canContinue: false
@@ -19,6 +20,7 @@ RowLayout {
     property bool emphasised: false
 
     signal copyAsked()
+    signal proofAsked()
     signal continueAsked()
     signal retryAsked()
     signal regenerateAsked()
@@ -27,21 +29,13 @@ RowLayout {
     spacing: Theme.gap8
     implicitHeight: 28
 
-    RowLayout {
-        visible: root.finished && root.place.length > 0
-        spacing: Theme.gap4
-
-        Icon {
-            name: "pin"
-            color: Theme.secondary
-            implicitWidth: 14
-            implicitHeight: 14
-        }
-        CaptionText {
-            text: root.place
-            Accessible.role: Accessible.StaticText
-            Accessible.name: qsTr("This reply came from: %1").arg(text)
-        }
+    ProofLine {
+        Layout.fillWidth: true
+        Layout.maximumWidth: implicitWidth
+        visible: root.place.length > 0 && (root.finished || root.proofMark !== "place")
+        text: root.place
+        mark: root.proofMark
+        onClicked: root.proofAsked()
     }
     VersionSwitch {
         visible: root.versionCount > 1 && root.canSwitch

@@ -24,6 +24,7 @@ ColumnLayout {
     required property list<string> sources
     required property bool canContinue
     required property string place
+    required property string proofMark
     required property bool isLast
     required property bool responding // a turn runs in this chat
     required property int version
@@ -41,6 +42,7 @@ ColumnLayout {
     onReused: blocks.startOver()
     signal copyAsked(string text)
     signal linkAsked(string address)
+    signal proofAsked()
     signal continueAsked()
     signal retryAsked()
     signal stopAsked()
@@ -112,6 +114,7 @@ ColumnLayout {
     ReplyActions {
         Layout.fillWidth: true
         place: root.place
+        proofMark: root.proofMark
         finished: !root.running
         hasText: root.text.length > 0
         canContinue: root.canContinue
@@ -122,6 +125,7 @@ ColumnLayout {
         canSwitch: !root.responding
         emphasised: root.isLast || hover.hovered
         onCopyAsked: root.copyAsked(root.messages.plainText(root.messageId))
+        onProofAsked: root.proofAsked()
         onContinueAsked: root.continueAsked()
         onRetryAsked: root.retryAsked()
         onRegenerateAsked: root.regenerateAsked()

@@ -9,6 +9,7 @@ SettingsPage {
 
     required property AISettingsViewModel ai
     required property SettingsStore settings
+    required property PrivateCloudViewModel privateCloud
     property string keychainNotice
 
     function focusReplyLimit() {
@@ -78,6 +79,10 @@ SettingsPage {
         }
         ConnectionTest { ai: root.ai }
         ConnectionFindingList { findings: root.ai.findings }
+    }
+    PrivateCloudCard {
+        cloud: root.privateCloud
+        settings: root.settings
     }
     SettingsCard {
         id: replies

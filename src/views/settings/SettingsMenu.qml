@@ -26,6 +26,7 @@ Rectangle {
                 { page: "memory", title: qsTr("Memory"), glyph: "note" },
                 { page: "chats", title: qsTr("Chats"), glyph: "chat" },
                 { page: "appearance", title: qsTr("Appearance"), glyph: "appearance" },
+                { page: "proof", title: qsTr("Proof"), glyph: "sealed" },
                 { page: "network", title: qsTr("Network"), glyph: "network" }
             ]
 

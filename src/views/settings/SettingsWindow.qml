@@ -15,9 +15,11 @@ T.ApplicationWindow {
     required property SearchKeyViewModel searchKey
     required property MemoryViewModel memory
     required property NetworkLedgerViewModel networkLedger
+    required property ProofLedgerViewModel proofLedger
+    required property PrivateCloudViewModel privateCloud
     required property ShellViewModel shell
     // In the order of the menu and of the pages below.
-    readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "chats", "appearance", "network"]
+    readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "chats", "appearance", "proof", "network"]
     property string page: pages[0]
 
     signal left()
@@ -73,6 +75,7 @@ T.ApplicationWindow {
 
                 ai: root.aiSettings
                 settings: root.settings
+                privateCloud: root.privateCloud
                 keychainNotice: root.shell.keychainNotice
             }
             InstructionsPage { instructions: root.instructions }
@@ -93,6 +96,11 @@ T.ApplicationWindow {
             AppearancePage {
                 settings: root.settings
                 shell: root.shell
+            }
+            ProofPage {
+                ledger: root.proofLedger
+                shell: root.shell
+                shown: root.visible && root.page === "proof"
             }
             NetworkPage {
                 ledger: root.networkLedger
