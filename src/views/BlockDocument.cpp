@@ -1,14 +1,18 @@
 #include "views/BlockDocument.h"
 
+#include <QTextBlock>
 #include <QTextDocument>
 
 #include <algorithm>
 
 namespace morvane {
 
+using namespace Qt::StringLiterals;
+
 BlockDocument::BlockDocument(QObject *parent)
     : QObject(parent)
 {
+    connect(this, &BlockDocument::documentChanged, this, &BlockDocument::written);
     connect(this, &BlockDocument::lookChanged, this, [this] {
         if (m_document)
             showAll();
@@ -25,6 +29,38 @@ void BlockDocument::setDocument(QQuickTextDocument *document)
         showAll();
     }
     Q_EMIT documentChanged();
+}
+
+QVariantList BlockDocument::links() const
+{
+    constexpr qsizetype most = 100;
+    QVariantList links;
+    QString words;
+    QString address; // of the link that goes on; empty for none
+    int start = 0;
+    const auto end = [&](int place) {
+        if (!address.isEmpty() && links.size() < most)
+            links.append(QVariantMap{
+                {u"words"_s, words}, {u"address"_s, address}, {u"start"_s, start}, {u"end"_s, place}});
+        address.clear();
+        words.clear();
+    };
+    QTextBlock block = m_document ? textDocument()->begin() : QTextBlock();
+    for (; block.isValid() && links.size() < most; block = block.next()) {
+        for (auto part = block.begin(); !part.atEnd(); ++part) {
+            const QTextFragment fragment = part.fragment();
+            const QString leadsTo = fragment.charFormat().anchorHref();
+            if (leadsTo != address) {
+                end(fragment.position());
+                address = leadsTo;
+                start = fragment.position();
+            }
+            if (!address.isEmpty())
+                words += fragment.text();
+        }
+        end(block.position() + block.length() - 1);
+    }
+    return links;
 }
 
 QTextDocument *BlockDocument::textDocument() const

@@ -7,6 +7,7 @@
 #include <QPointer>
 #include <QQuickTextDocument>
 #include <QTextCursor>
+#include <QVariantList>
 #include <QtQml/qqmlregistration.h>
 
 namespace morvane {
@@ -17,6 +18,8 @@ class BlockDocument : public QObject {
     Q_OBJECT
     QML_ANONYMOUS
     Q_PROPERTY(QQuickTextDocument *document READ document WRITE setDocument NOTIFY documentChanged)
+    // The links of the text, the first hundred: maps of `words`, `address`, and `start` and `end` in the text.
+    Q_PROPERTY(QVariantList links READ links NOTIFY written)
     Q_PROPERTY(QColor linkColor MEMBER m_linkColor NOTIFY lookChanged)
     Q_PROPERTY(QColor codeGround MEMBER m_codeGround NOTIFY lookChanged)
     Q_PROPERTY(QString codeFamily MEMBER m_codeFamily NOTIFY lookChanged)
@@ -29,6 +32,7 @@ public:
     [[nodiscard]] QQuickTextDocument *document() const { return m_document; }
     void setDocument(QQuickTextDocument *document);
 
+    [[nodiscard]] QVariantList links() const;
     // The address behind the character at a place of the text; empty for none.
     Q_INVOKABLE QString linkAt(int position) const;
 
@@ -38,6 +42,7 @@ public:
 Q_SIGNALS:
     void documentChanged();
     void lookChanged();
+    void written();
 
 protected:
     // Writes all of it anew.

@@ -108,6 +108,13 @@ QPointF ChartPlot::tipOf(int index) const
     return tip(ruler, plotArea(ruler), index);
 }
 
+QRectF ChartPlot::labelPlace(qsizetype index) const
+{
+    const QRectF area = plotArea(scale());
+    const double column = area.width() / static_cast<double>(m_labels.size());
+    return {area.left() + column * static_cast<double>(index), area.bottom(), column, height() - area.bottom()};
+}
+
 void ChartPlot::paint(QPainter *painter)
 {
     if (m_values.isEmpty() || m_labels.size() != m_values.size())

@@ -36,6 +36,9 @@ public:
     Q_INVOKABLE int indexAt(double x) const;
     // The tip of a point.
     Q_INVOKABLE QPointF tipOf(int index) const;
+    [[nodiscard]] const QStringList &labels() const { return m_labels; }
+    // Where the label of a point belongs, drawn or left out.
+    [[nodiscard]] QRectF labelPlace(qsizetype index) const;
 
     void paint(QPainter *painter) override;
 

@@ -233,6 +233,26 @@ QString ChatSelection::textIn(QQuickItem *row) const
     return parts.join(u"\n\n"_s);
 }
 
+QString ChatSelection::markdownIn(QQuickItem *row) const
+{
+    if (m_wholeChat)
+        return m_model->wholeMarkdown();
+    const QString id = row ? row->property("messageId").toString() : QString();
+    const QQuickItem *blocks = row ? descendant(*row, u"replyBlocks"_s) : nullptr;
+    qsizetype first = -1;
+    qsizetype last = -1;
+    const auto drawn = blocks && id != m_wholeMessage ? blocks->childItems() : Texts();
+    for (qsizetype i = 0; i < drawn.size(); ++i) {
+        Texts texts;
+        collectTexts(*drawn[i], texts);
+        if (std::ranges::all_of(texts, [](auto *text) { return startIn(text) == endIn(text); }))
+            continue;
+        first = first < 0 ? i : first;
+        last = i;
+    }
+    return first < 0 ? m_model->markdown(id) : m_model->markdown(id, first, last);
+}
+
 void ChatSelection::selectMore(QQuickItem *row)
 {
     const QString id = row ? row->property("messageId").toString() : QString();

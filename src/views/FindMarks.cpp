@@ -29,14 +29,15 @@ void collect(QQuickItem &item, const char *type, QList<QQuickItem *> &found)
         collect(*child, type, found);
 }
 
-// The drawn texts below an item: those that can be selected, in a card without such ones its labels.
+// The drawn texts below an item: those that can be selected and a chart, in a card without such ones its labels.
 QList<QQuickItem *> textsIn(QQuickItem &item)
 {
     QList<QQuickItem *> texts;
     collect(item, "QQuickTextEdit", texts);
+    texts.removeIf([](QQuickItem *text) { return text->property("text").toString().isEmpty(); });
+    collect(item, "morvane::ChartPlot", texts);
     if (texts.isEmpty())
         collect(item, "QQuickText", texts);
-    texts.removeIf([](QQuickItem *text) { return text->property("text").toString().isEmpty(); });
     return texts;
 }
 

@@ -57,24 +57,8 @@ QRectF cursorOf(const QQuickItem *item)
 } // namespace
 
 FocusKeeper::FocusKeeper(QQuickItem *parent)
-    : QQuickItem(parent)
+    : WindowKeeper(parent)
 {}
-
-void FocusKeeper::itemChange(ItemChange change, const ItemChangeData &data)
-{
-    if (change == ItemSceneChange) {
-        if (m_window) {
-            m_window->removeEventFilter(this);
-            m_window->disconnect(this);
-        }
-        m_window = data.window;
-        if (m_window) {
-            m_window->installEventFilter(this);
-            connect(m_window, &QQuickWindow::activeFocusItemChanged, this, &FocusKeeper::watch);
-        }
-    }
-    QQuickItem::itemChange(change, data);
-}
 
 bool FocusKeeper::eventFilter(QObject *watched, QEvent *event)
 {
@@ -100,7 +84,7 @@ bool FocusKeeper::eventFilter(QObject *watched, QEvent *event)
     default:
         break;
     }
-    return QQuickItem::eventFilter(watched, event);
+    return WindowKeeper::eventFilter(watched, event);
 }
 
 // Where the focus is
@@ -109,7 +93,7 @@ void FocusKeeper::watch()
 {
     if (m_watched)
         m_watched->disconnect(this);
-    m_watched = m_window->activeFocusItem();
+    m_watched = window()->activeFocusItem();
     if (m_watched) {
         connect(m_watched, &QQuickItem::visibleChanged, this, &FocusKeeper::lookSoon);
         connect(m_watched, &QQuickItem::enabledChanged, this, &FocusKeeper::lookSoon);
@@ -128,13 +112,13 @@ void FocusKeeper::lookSoon()
 void FocusKeeper::look()
 {
     m_looks = false;
-    if (m_home && m_window && m_window->isActive() && isLost(m_window->activeFocusItem()))
+    if (m_home && window() && window()->isActive() && isLost(window()->activeFocusItem()))
         m_home->forceActiveFocus(Qt::OtherFocusReason);
 }
 
 bool FocusKeeper::isLost(const QQuickItem *item) const
 {
-    if (!item || item == m_window->contentItem())
+    if (!item || item == window()->contentItem())
         return true;
     if (item == m_home || !holds(item))
         return false;
@@ -158,7 +142,7 @@ void FocusKeeper::setTabbed(bool tabbed)
 
 bool FocusKeeper::step(bool forward)
 {
-    QQuickItem *from = m_window->activeFocusItem();
+    QQuickItem *from = window()->activeFocusItem();
     if (!holds(from))
         return false;
     QQuickItem *to = next(from, forward);
@@ -166,7 +150,7 @@ bool FocusKeeper::step(bool forward)
         return false;
     setTabbed(true);
     to->forceActiveFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
-    if (QQuickItem *reached = m_window->activeFocusItem())
+    if (QQuickItem *reached = window()->activeFocusItem())
         reveal(reached, isField(reached) ? cursorOf(reached) : reached->boundingRect());
     return true;
 }
@@ -208,7 +192,7 @@ void FocusKeeper::orderRows() const
 
 void FocusKeeper::followCursor()
 {
-    QQuickItem *item = m_window->activeFocusItem();
+    QQuickItem *item = window()->activeFocusItem();
     if (!isText(item) || isField(item) || !holds(item))
         return;
     const auto follow = [this, text = QPointer(item), before = cursorOf(item)] {

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "views/WindowKeeper.h"
+
 #include <QPointer>
-#include <QQuickItem>
 #include <QtQml/qqmlregistration.h>
 
 namespace morvane {
@@ -12,7 +13,7 @@ namespace morvane {
 // of `rows` in the order in which they stand, those that aren't built yet included, and what it reaches
 // scrolls into view, and so does the place in a text that an arrow key leads to. Page Up and Page Down stay
 // the window's, whoever would take them. Popups are left alone: they keep their focus themselves.
-class FocusKeeper : public QQuickItem {
+class FocusKeeper : public morvane::WindowKeeper {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QQuickItem *home MEMBER m_home NOTIFY homeChanged)
@@ -35,11 +36,8 @@ Q_SIGNALS:
     void tabbedChanged();
     void rowsMoveAsked(double distance); // px, downwards
 
-protected:
-    void itemChange(ItemChange change, const ItemChangeData &data) override;
-
 private:
-    void watch();
+    void watch() override;
     void lookSoon();
     void look();
     [[nodiscard]] bool isLost(const QQuickItem *item) const;
@@ -55,7 +53,6 @@ private:
 
     QPointer<QQuickItem> m_home;
     QPointer<QQuickItem> m_rows;
-    QPointer<QQuickWindow> m_window;
     QPointer<QQuickItem> m_watched; // it has the focus
     bool m_looks = false;           // look() is about to run
     bool m_tabbed = false;

@@ -1,5 +1,7 @@
 #include "views/FoundText.h"
 
+#include "views/ChartPlot.h"
+
 #include <QAbstractTextDocumentLayout>
 #include <QFont>
 #include <QQuickTextDocument>
@@ -76,17 +78,31 @@ QPointF FoundText::padding() const
     return {m_item->property("leftPadding").toReal(), m_item->property("topPadding").toReal()};
 }
 
+QString FoundText::plainText() const
+{
+    const auto *plot = qobject_cast<const ChartPlot *>(m_item);
+    return plot ? plot->labels().join(u'\n') : m_item->property("text").toString();
+}
+
 void FoundText::find(const FindTerms &terms, int serialOfTerms)
 {
     QTextDocument *const words = document();
     const int revision = words ? words->revision() : 0;
-    const QString text = words ? QString() : m_item->property("text").toString();
+    const QString text = words ? QString() : plainText();
     if (m_serial == serialOfTerms && m_revision == revision && m_text == text)
         return;
     m_serial = serialOfTerms;
     m_revision = revision;
     m_text = text;
-    m_finds = terms.in(text);
+    m_finds.clear();
+    qsizetype start = 0;
+    const auto parts = qobject_cast<const ChartPlot *>(m_item) ? text.split(u'\n') : QStringList{text};
+    for (const QString &line : parts) {
+        const auto finds = terms.in(line);
+        for (const FindTerms::Find &found : finds)
+            m_finds.append({start + found.start, found.length});
+        start += line.size() + 1;
+    }
     for (QTextBlock block = words ? words->begin() : QTextBlock(); block.isValid(); block = block.next()) {
         const auto finds = terms.in(block.text());
         for (const FindTerms::Find &found : finds)
@@ -111,6 +127,8 @@ QList<QRectF> FoundText::rects(qsizetype find) const
         const QPointF origin = blockRect(find).topLeft(); // lays it out, if that is still to be done
         return rectsIn(*block.layout(), origin, start - block.position(), length);
     }
+    if (const auto *plot = qobject_cast<const ChartPlot *>(m_item))
+        return {plot->labelPlace(QStringView(m_text).first(start).count(u'\n'))};
     QTextLayout layout(m_text, m_item->property("font").value<QFont>());
     layOut(layout, *m_item, m_item->width());
     return rectsIn(layout, padding(), start, length);

@@ -13,7 +13,7 @@
 
 namespace morvane {
 
-// The finds in one drawn text, a TextEdit or a Text, and where they are drawn.
+// The finds in one drawn text, a TextEdit, a Text or the labels of a ChartPlot, and where they are drawn.
 class FoundText {
 public:
     explicit FoundText(QQuickItem &item);
@@ -41,8 +41,10 @@ private:
 
     QPointer<QQuickItem> m_item;
     QPointer<MarkLayer> m_layer;
+    [[nodiscard]] QString plainText() const;
+
     QList<FindTerms::Find> m_finds; // places in the document
-    QString m_text;                 // of a Text, when it was looked through
+    QString m_text;                 // of a Text or the labels, a line each,, when it was looked through
     int m_revision = -1;            // of a TextEdit's document
     int m_serial = -1;
 };

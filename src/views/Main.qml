@@ -189,6 +189,7 @@ T.ApplicationWindow {
                 onSettingsChosen: window.openSettings()
                 onHideChosen: window.toggleSidebar()
                 onSearchLeft: page.focusComposer()
+                onCopyAsked: text => window.shell.copy(text)
             }
         }
     }

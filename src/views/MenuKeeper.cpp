@@ -84,41 +84,25 @@ bool asksForMenu(const QKeyEvent &key)
 } // namespace
 
 MenuKeeper::MenuKeeper(QQuickItem *parent)
-    : QQuickItem(parent)
+    : WindowKeeper(parent)
 {}
-
-void MenuKeeper::itemChange(ItemChange change, const ItemChangeData &data)
-{
-    if (change == ItemSceneChange) {
-        if (m_window) {
-            m_window->removeEventFilter(this);
-            m_window->disconnect(this);
-        }
-        m_window = data.window;
-        if (m_window) {
-            m_window->installEventFilter(this);
-            connect(m_window, &QQuickWindow::activeFocusItemChanged, this, &MenuKeeper::watch);
-        }
-    }
-    QQuickItem::itemChange(change, data);
-}
 
 void MenuKeeper::watch()
 {
     if (m_watched)
         m_watched->removeEventFilter(this);
-    m_watched = m_window->activeFocusItem();
+    m_watched = window()->activeFocusItem();
     if (m_watched)
         m_watched->installEventFilter(this);
 }
 
 bool MenuKeeper::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched == m_window && event->type() == QEvent::MouseButtonPress) {
+    if (watched == window() && event->type() == QEvent::MouseButtonPress) {
         const auto &mouse = static_cast<const QMouseEvent &>(*event);
         if (mouse.button() == Qt::RightButton && askAt(mouse.position()))
             return true;
-    } else if (watched == m_window && event->type() == QEvent::KeyPress) {
+    } else if (watched == window() && event->type() == QEvent::KeyPress) {
         if (asksForMenu(static_cast<const QKeyEvent &>(*event)) && askAtFocus())
             return true;
     } else if (watched == m_watched && event->type() == QEvent::FocusOut) {
@@ -127,12 +111,12 @@ bool MenuKeeper::eventFilter(QObject *watched, QEvent *event)
         if (!forAWhile && isForReading(m_watched))
             QMetaObject::invokeMethod(m_watched, "deselect");
     }
-    return QQuickItem::eventFilter(watched, event);
+    return WindowKeeper::eventFilter(watched, event);
 }
 
 bool MenuKeeper::askAt(QPointF place)
 {
-    QQuickItem *item = meantAt(m_window->contentItem(), place);
+    QQuickItem *item = meantAt(window()->contentItem(), place);
     if (!item)
         return false;
     if (isText(item) && !isForReading(item))
@@ -148,15 +132,15 @@ bool MenuKeeper::askAt(QPointF place)
 
 bool MenuKeeper::askAtFocus()
 {
-    QQuickItem *item = m_window->activeFocusItem();
+    QQuickItem *item = window()->activeFocusItem();
     if (!item)
         return false;
     const QRectF part = isText(item) ? item->property("cursorRectangle").toRectF() : item->boundingRect();
     const QPointF place = item->mapToScene(part.bottomLeft());
     const auto *document = item->findChild<BlockDocument *>(QString(), Qt::FindDirectChildrenOnly);
     return ask(item,
-               {std::clamp<double>(place.x(), 0, m_window->width()),
-                std::clamp<double>(place.y(), 0, m_window->height())},
+               {std::clamp<double>(place.x(), 0, window()->width()),
+                std::clamp<double>(place.y(), 0, window()->height())},
                document ? document->linkAt(item->property("cursorPosition").toInt()) : QString());
 }
 
@@ -168,7 +152,7 @@ bool MenuKeeper::ask(QQuickItem *item, QPointF place, const QString &link)
     if ((!m_text && !m_row) || !item->isEnabled())
         return false;
     m_link = link;
-    m_focused = m_window->activeFocusItem();
+    m_focused = window()->activeFocusItem();
     Q_EMIT found();
     Q_EMIT asked(mapFromScene(place));
     return true;

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "views/WindowKeeper.h"
+
 #include <QPointF>
 #include <QPointer>
-#include <QQuickItem>
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
@@ -14,7 +15,7 @@ namespace morvane {
 //
 // It also lets go of what is selected in a text that is only for reading when the focus moves on, but not
 // when a menu or another window has it for a while.
-class MenuKeeper : public QQuickItem {
+class MenuKeeper : public morvane::WindowKeeper {
     Q_OBJECT
     QML_ELEMENT
     // Of the last place that was asked about; null and empty for none.
@@ -40,16 +41,12 @@ Q_SIGNALS:
     void found();
     void asked(QPointF place); // of this item
 
-protected:
-    void itemChange(ItemChange change, const ItemChangeData &data) override;
-
 private:
-    void watch();
+    void watch() override;
     [[nodiscard]] bool ask(QQuickItem *item, QPointF place, const QString &link);
     [[nodiscard]] bool askAt(QPointF place);
     [[nodiscard]] bool askAtFocus();
 
-    QPointer<QQuickWindow> m_window;
     QPointer<QQuickItem> m_watched; // it has the focus
     QPointer<QQuickItem> m_focused; // had it when the menu was asked for
     QPointer<QQuickItem> m_text;

@@ -95,6 +95,7 @@ void ProseDocument::setProse(const QVariant &value)
         else
             showAll();
     }
+    Q_EMIT written();
     Q_EMIT proseChanged();
 }
 

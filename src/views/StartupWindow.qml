@@ -19,6 +19,7 @@ T.ApplicationWindow {
 
     Binding { target: Theme; property: "dark"; value: window.dark }
 
+    TextMenus {}
     ColumnLayout {
         id: content
 
@@ -42,11 +43,12 @@ T.ApplicationWindow {
             Accessible.role: Accessible.Heading
             Accessible.name: text
         }
-        PlainText {
+        CardText {
+            objectName: "startupSentence"
             Layout.fillWidth: true
-            horizontalAlignment: Text.AlignHCenter
-            wrapMode: Text.Wrap
+            horizontalAlignment: TextEdit.AlignHCenter
             text: window.asking ? window.startup.question : window.startup.sentence
+            Accessible.ignored: false
             Accessible.role: Accessible.AlertMessage
             Accessible.name: text
         }

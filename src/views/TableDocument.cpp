@@ -1,6 +1,7 @@
 #include "views/TableDocument.h"
 
 #include "markdown/LineGrammar.h"
+#include "views/TableFace.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QFontMetricsF>
@@ -17,6 +18,12 @@ constexpr double cellPadding = 8;
 constexpr double widestCell = 280; // without its padding
 
 } // namespace
+
+TableDocument::TableDocument(QObject *parent)
+    : BlockDocument(parent)
+{
+    TableFace::install();
+}
 
 void TableDocument::setTable(const QVariant &value)
 {
@@ -165,6 +172,20 @@ QString TableDocument::textBetween(int from, int to) const
             lines.append(cells.join(u'\t'));
     }
     return lines.join(u'\n');
+}
+
+const AttributedText &TableDocument::cell(int row, int column) const
+{
+    return row == 0 ? m_table.headers[column] : m_table.rows[row - 1][column];
+}
+
+QRectF TableDocument::placeOf(int row, int column) const
+{
+    const QTextTableCell cell = m_grid->cellAt(row, column);
+    const QAbstractTextDocumentLayout *layout = textDocument()->documentLayout();
+    const QRectF words = layout->blockBoundingRect(cell.firstCursorPosition().block()) |
+                         layout->blockBoundingRect(cell.lastCursorPosition().block());
+    return words.adjusted(-cellPadding, -cellPadding, cellPadding, cellPadding);
 }
 
 void TableDocument::measure()

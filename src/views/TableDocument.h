@@ -21,7 +21,7 @@ class TableDocument : public morvane::BlockDocument {
     Q_PROPERTY(int hiddenRows READ hiddenRows NOTIFY tableChanged)
 
 public:
-    using BlockDocument::BlockDocument;
+    explicit TableDocument(QObject *parent = nullptr);
 
     [[nodiscard]] QVariant table() const { return QVariant::fromValue(m_table); }
     void setTable(const QVariant &value);
@@ -29,6 +29,13 @@ public:
     [[nodiscard]] const QList<double> &rules() const { return m_rules; }
     [[nodiscard]] int hiddenRows() const;
     [[nodiscard]] QString textBetween(int from, int to) const override;
+
+    // Of what is drawn, the headers as row 0.
+    [[nodiscard]] int rows() const { return m_grid ? m_grid->rows() : 0; }
+    [[nodiscard]] int columns() const { return m_grid ? m_grid->columns() : 0; }
+    // Both for a cell that there is.
+    [[nodiscard]] const AttributedText &cell(int row, int column) const;
+    [[nodiscard]] QRectF placeOf(int row, int column) const;
 
     // The text layout has changed.
     Q_INVOKABLE void measure();

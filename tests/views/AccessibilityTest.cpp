@@ -125,4 +125,46 @@ TEST_F(AccessibilityTest, AReplyIsAnnouncedWhenItBeginsAndWhenItIsDoneAndNeverBy
     EXPECT_EQ(heard, QStringList({u"Replying"_s, u"One two three"_s}));
 }
 
+TEST_F(AccessibilityTest, LinksAndTablesOfAReplyAreATree)
+{
+    showReply(u"See [the *old* page](https://a.example) or\n[this](https://b.example).\n\n"
+              "|Name|Price|\n|-|-|\n|Tea|3|\n|[Shop](https://c.example)|4|"_s);
+    const auto faceOf = [this](const QString &name) {
+        return QAccessible::queryAccessibleInterface(WindowDriver::item(m_window, name));
+    };
+    const auto press = [](QAccessibleInterface *face) {
+        face->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    };
+    QAccessibleInterface *words = faceOf(u"paragraph"_s);
+    ASSERT_EQ(words->childCount(), 2);
+    EXPECT_EQ(words->child(0)->role(), QAccessible::Link);
+    EXPECT_EQ(words->child(0)->text(QAccessible::Name), u"the old page"_s);
+    EXPECT_EQ(words->child(0)->parent(), words);
+    EXPECT_TRUE(words->rect().contains(words->child(1)->rect()));
+    EXPECT_FALSE(words->child(0)->rect().intersects(words->child(1)->rect()));
+    press(words->child(1));
+    EXPECT_EQ(m_openedLinks, QStringList{u"https://b.example"_s});
+
+    QAccessibleInterface *table = faceOf(u"tableText"_s);
+    EXPECT_EQ(table->parent()->child(table->parent()->indexOfChild(table)), table);
+    ASSERT_EQ(table->childCount(), 3);
+    QAccessibleInterface *row = table->child(2);
+    QAccessibleInterface *cell = row->child(1);
+    const QAccessibleInterface *header = table->child(0)->child(1);
+    EXPECT_EQ(table->role(), QAccessible::Table);
+    EXPECT_EQ(row->role(), QAccessible::Row);
+    EXPECT_EQ(cell->role(), QAccessible::Cell);
+    EXPECT_EQ(header->role(), QAccessible::ColumnHeader);
+    EXPECT_EQ(row->text(QAccessible::Name), u"Shop, 4"_s);
+    EXPECT_EQ(cell->tableCellInterface()->columnHeaderCells().value(0), header);
+    EXPECT_EQ(cell->text(QAccessible::Description), u"Price"_s);
+    EXPECT_EQ(cell->tableCellInterface()->table(), table);
+    EXPECT_EQ(table->tableInterface()->cellAt(2, 1), cell);
+    EXPECT_EQ(table->indexOfChild(row) + row->indexOfChild(cell), 3);
+    EXPECT_TRUE(table->rect().contains(cell->rect()));
+    EXPECT_EQ(table->childAt(cell->rect().center().x(), cell->rect().center().y()), row);
+    press(row->child(0));
+    EXPECT_EQ(m_openedLinks.last(), u"https://c.example"_s);
+}
+
 } // namespace morvane

@@ -75,6 +75,24 @@ TEST_F(MessageActionsTest, AMenuOffersWhatFitsByTheRightButtonAndByTheKeys)
     EXPECT_EQ(offered().toStdString(), "Cut,Copy,Paste,Select All");
     choose(u"Cut"_s);
     EXPECT_EQ(composed(), QString());
+    showReply(u"# One\ntwo **words**\n- three\n\n```\nfour\n```\nfive | six\n-|-\n7|8\n"_s);
+    const struct {
+        QString from, to, markdown;
+    } copies[] = {{u"heading"_s, u"heading"_s, u"# One"_s},
+                  {u"paragraph"_s, u"list"_s, u"two **words**\n- three"_s},
+                  {u"codeText"_s, u"codeText"_s, u"```\nfour\n```"_s},
+                  {u"codeText"_s, u"tableText"_s, u"```\nfour\n```\nfive | six\n-|-\n7|8"_s}};
+    for (const auto &[from, to, markdown] : copies) {
+        const auto place = [](QQuickItem *text, int x) { return text->mapToScene({double(x), 9}).toPoint(); };
+        QTest::mousePress(m_window, Qt::LeftButton, {}, place(drawn(from), 2));
+        QTest::mouseMove(m_window, place(drawn(to), 14));
+        QTest::mouseMove(m_window, place(drawn(to), 24));
+        QTest::mouseRelease(m_window, Qt::LeftButton, {}, place(drawn(to), 24));
+        settle();
+        rightClick(drawn(u"heading"_s));
+        choose(u"Copy as Markdown"_s);
+        EXPECT_EQ(clipboard(), markdown);
+    }
     rightClick(drawn(u"ownWords"_s));
     EXPECT_EQ(offered().toStdString(),
               "Copy Message,Select All,Quote in Reply,Edit and Send Again,Delete with Its Reply");

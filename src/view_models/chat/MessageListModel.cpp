@@ -1,6 +1,7 @@
 #include "view_models/chat/MessageListModel.h"
 
 #include "async/Clock.h"
+#include "markdown/BlockSource.h"
 #include "markdown/MarkdownRenderer.h"
 #include "models/ChatMessage.h"
 #include "models/Conversation.h"
@@ -149,6 +150,20 @@ QString MessageListModel::markdown(const QString &messageId) const
 {
     const int row = rowOf(QUuid(messageId));
     return row < 0 ? QString() : textOf(*m_messages[static_cast<std::size_t>(row)]);
+}
+
+QString MessageListModel::markdown(const QString &messageId, qsizetype firstBlock, qsizetype lastBlock) const
+{
+    return BlockSource::of(markdown(messageId), firstBlock, lastBlock);
+}
+
+QString MessageListModel::wholeMarkdown() const
+{
+    QStringList texts;
+    for (const auto &message : m_messages)
+        texts.append(textOf(*message));
+    texts.removeAll(QString());
+    return texts.join(u"\n\n"_s);
 }
 
 QString MessageListModel::wholeText() const

@@ -94,8 +94,10 @@ public:
     [[nodiscard]] QString plainTextOf(const ChatMessage &message) const;
     Q_INVOKABLE QString plainText(const QString &messageId) const;
     Q_INVOKABLE QString wholeText() const;
-    // As the model wrote it.
+    // As the model wrote it, all of it or the lines of some blocks; of the whole chat with the person's words.
     Q_INVOKABLE QString markdown(const QString &messageId) const;
+    [[nodiscard]] QString markdown(const QString &messageId, qsizetype firstBlock, qsizetype lastBlock) const;
+    [[nodiscard]] QString wholeMarkdown() const;
 
     // Stored as unfinished, and no turn is at work on it.
     [[nodiscard]] bool isInterrupted(const ChatMessage &message) const;

@@ -58,6 +58,7 @@ QStringList ShownText::of(const Block &block)
         texts += content.value(part).toString();
     const QString low = content.value(u"low"_s).toString();
     texts += low.isEmpty() ? low : u"Low "_s + low;
+    texts += content.value(u"labels"_s).toStringList(); // of a chart
     const QStringList parts = std::visit(EntryParts{}, block);
     const auto entries = content.value(u"entries"_s).toList();
     for (const QVariant &entry : entries) {

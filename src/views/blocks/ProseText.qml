@@ -9,6 +9,8 @@ TextEdit {
     required property var words // Prose
     property real lineHeight: Theme.bodyLine
     property bool growing: false
+    property bool finished: !growing // nothing is added to its reply any more
+    readonly property alias links: prose.links
     readonly property string plainText: words.plainText
     readonly property string focusedLink: activeFocus ? prose.linkAt(cursorPosition) : ""
     readonly property string pointedLink: hoveredLink.length > 0 ? hoveredLink : focusedLink
@@ -62,5 +64,10 @@ TextEdit {
         part: "blocks/LinkHint.qml"
         given: ({ source: root })
         wanted: root.pointedLink.length > 0
+    }
+    Later {
+        part: "blocks/TextLinks.qml"
+        given: ({ source: root })
+        wanted: root.finished && root.words.hasLinks
     }
 }

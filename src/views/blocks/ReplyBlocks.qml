@@ -73,11 +73,17 @@ Item {
                 }
                 DelegateChoice {
                     roleValue: "bulletList"
-                    ListBlock { onLinkAsked: address => root.linkAsked(address) }
+                    ListBlock {
+                        finished: root.finished
+                        onLinkAsked: address => root.linkAsked(address)
+                    }
                 }
                 DelegateChoice {
                     roleValue: "numberedList"
-                    ListBlock { onLinkAsked: address => root.linkAsked(address) }
+                    ListBlock {
+                        finished: root.finished
+                        onLinkAsked: address => root.linkAsked(address)
+                    }
                 }
                 DelegateChoice {
                     roleValue: "quote"

@@ -48,7 +48,7 @@ PopupMenu {
         text: root.table !== undefined ? qsTr("Copy Table as Markdown") : qsTr("Copy as Markdown")
         offered: root.isReply
         onTriggered: root.shell.copy(root.table !== undefined ? root.table.markdown
-            : root.chat.messages.markdown(root.row.messageId))
+            : root.selection.markdownIn(root.row))
     }
     PopupMenuItem {
         text: qsTr("Select All")

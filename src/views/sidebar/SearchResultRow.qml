@@ -14,6 +14,12 @@ Item {
     property bool marked: false
 
     signal chosen()
+    signal copyAsked(string text)
+
+    function openMenu() {
+        menu.wanted = true;
+        (menu.item as SearchResultMenu).popup(card, Theme.gap12, card.height);
+    }
 
     implicitHeight: card.y + card.height
 
@@ -48,6 +54,10 @@ Item {
 
         HoverHandler { id: hover }
         TapHandler { onTapped: root.chosen() }
+        TapHandler {
+            acceptedButtons: Qt.RightButton
+            onTapped: root.openMenu()
+        }
 
         Column {
             id: lines
@@ -75,5 +85,11 @@ Item {
                 maximumLineCount: 2
             }
         }
+    }
+    Later {
+        id: menu
+
+        part: "sidebar/SearchResultMenu.qml"
+        given: ({ row: root })
     }
 }

@@ -14,6 +14,7 @@ ListView {
     required property FindViewModel find
 
     signal chatChosen()
+    signal copyAsked(string text)
 
     // At the words that were found, unless it was by its title.
     function open(id: string, messageId: string) {
@@ -48,10 +49,16 @@ ListView {
         heading: ListView.section !== ListView.previousSection ? ListView.section : ""
         marked: ListView.isCurrentItem && root.activeFocus
         onChosen: root.open(conversationId, messageId)
+        onCopyAsked: text => root.copyAsked(text)
     }
 
     Keys.onReturnPressed: (currentItem as SearchResultRow)?.chosen()
     Keys.onEnterPressed: (currentItem as SearchResultRow)?.chosen()
+    Keys.onMenuPressed: (currentItem as SearchResultRow)?.openMenu()
+    Keys.onPressed: event => {
+        if (event.key === Qt.Key_F10 && event.modifiers === Qt.ShiftModifier)
+            (root.currentItem as SearchResultRow)?.openMenu();
+    }
 
     SmallText {
         objectName: "searchState"

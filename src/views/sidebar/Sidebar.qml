@@ -21,6 +21,7 @@ Rectangle {
     signal settingsChosen()
     signal hideChosen()
     signal searchLeft()
+    signal copyAsked(string text)
 
     function focusSearch() {
         field.forceActiveFocus();
@@ -82,7 +83,10 @@ Rectangle {
             part: "sidebar/SearchResults.qml"
             given: ({ chat: root.chat, search: root.search, find: root.find })
             wanted: root.search.isActive
-            onLoaded: (item as SearchResults).chatChosen.connect(root.chatChosen)
+            onLoaded: {
+                (item as SearchResults).chatChosen.connect(root.chatChosen);
+                (item as SearchResults).copyAsked.connect(root.copyAsked);
+            }
             Keys.onEscapePressed: {
                 field.clear();
                 field.forceActiveFocus();
