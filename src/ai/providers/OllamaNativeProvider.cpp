@@ -150,14 +150,9 @@ QCoro::Task<ReplyTrial> triedReply(SharedQuestion question, std::stop_token stop
             throw ProviderError(Plain::notConfigured);
         const bool calledTool = co_await readAnswer(question, unread, stop);
         co_return ReplyTrial{true, calledTool};
-    } catch (const ProviderError &error) {
-        // A few tokens are spent soon; the model is there and answers.
-        if (!error.is(Plain::limitSpentThinking))
-            throw;
     } catch (...) {
-        throw ProviderFailure::mapped(std::current_exception());
+        co_return ProviderFailure::trialEndedBy(std::current_exception());
     }
-    co_return ReplyTrial{true, false};
 }
 
 // A name without a tag means the tag "latest".

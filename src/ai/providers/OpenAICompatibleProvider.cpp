@@ -198,13 +198,9 @@ QCoro::Task<ReplyTrial> triedReply(SharedQuestion question, std::stop_token stop
         if (!whole)
             throw ProviderError(Plain::emptyResponse);
         co_return ReplyTrial{false, !whole->toolCalls.empty()};
-    } catch (const ProviderError &error) {
-        if (!error.is(Plain::limitSpentThinking))
-            throw;
     } catch (...) {
-        throw ProviderFailure::mapped(std::current_exception());
+        co_return ProviderFailure::trialEndedBy(std::current_exception());
     }
-    co_return ReplyTrial{true, false};
 }
 
 } // namespace

@@ -53,6 +53,14 @@ ProviderError ProviderFailure::mapped(const std::exception_ptr &error)
     }
 }
 
+ReplyTrial ProviderFailure::trialEndedBy(const std::exception_ptr &error)
+{
+    const ProviderError failure = mapped(error);
+    if (!failure.is(Plain::limitSpentThinking))
+        throw ProviderError(failure);
+    return {.cameInPieces = true};
+}
+
 QCoro::Task<HttpResponse> ProviderFailure::validated(HttpResponse response, std::stop_token stop)
 {
     const int status = response.status;

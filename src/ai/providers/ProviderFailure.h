@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ai/contract/AIProvider.h"
 #include "ai/contract/ProviderError.h"
 #include "network/HttpSession.h"
 
@@ -16,6 +17,10 @@ inline constexpr qsizetype errorBodyLimit = 0x10000;
 
 // Every error that leaves a provider: cancellation, transport errors and the rest as a ProviderError.
 [[nodiscard]] ProviderError mapped(const std::exception_ptr &error);
+
+// What a trial tells that ended so. A few tokens may all be spent on thinking: the model is there and answers.
+// Throws any other failure, mapped.
+[[nodiscard]] ReplyTrial trialEndedBy(const std::exception_ptr &error);
 
 // Returns the response untouched when its status is 200 to 299; else reads its body and throws the
 // ProviderError for it, with the server's words.
