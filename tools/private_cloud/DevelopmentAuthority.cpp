@@ -1,5 +1,7 @@
 #include "DevelopmentAuthority.h"
 
+#include "utils/bytes/Hex.h"
+
 #include <QJsonArray>
 
 namespace morvane {
@@ -46,6 +48,18 @@ QJsonObject DevelopmentAuthority::listEntry(const QString &id, const QString &mo
     entry["id"_L1] = id;
     entry["model"_L1] = model;
     return entry;
+}
+
+QJsonObject DevelopmentAuthority::newerListEntry(const QString &id, const QString &model)
+{
+    QJsonObject entry = listEntry(id, model);
+    entry["mrtd"_L1] = Hex::encode(newerImage());
+    return entry;
+}
+
+QByteArray DevelopmentAuthority::newerImage()
+{
+    return QByteArray(48, '\x7d');
 }
 
 QJsonObject DevelopmentAuthority::deploymentValues()

@@ -1,9 +1,9 @@
 #include "PrivateCloudService.h"
 
-#include "CloudScenarios.h"
+#include "DevelopmentAuthority.h"
 #include "ScriptedTurns.h"
 
-#include <optional>
+#include <stdexcept>
 
 namespace morvane {
 
@@ -11,9 +11,19 @@ using namespace Qt::StringLiterals;
 
 PrivateCloudService::PrivateCloudService(Settings settings, AnswerScript &script)
     : m_lists(settings.list)
+    , m_builtIn(settings.builtIn)
     , m_requiredKey(std::move(settings.requiredKey))
     , m_script(script)
-{}
+{
+    if (!m_builtIn.isEmpty() && !CloudScenarios::find(m_builtIn))
+        throw std::runtime_error("there is no scenario \"" + m_builtIn.toStdString() + '"');
+}
+
+std::optional<CloudScenario> PrivateCloudService::scenarioOf(const QString &model) const
+{
+    const bool isOther = model == DevelopmentAuthority::builtInModel && !m_builtIn.isEmpty();
+    return CloudScenarios::find(isOther ? m_builtIn : model);
+}
 
 Work PrivateCloudService::answer(Exchange &exchange)
 {
@@ -48,7 +58,7 @@ Work PrivateCloudService::attest(Exchange &exchange)
     const QString model = request.query(u"model"_s);
     const QByteArray nonce = QByteArray::fromHex(request.query(u"nonce"_s).toLatin1());
     Attestation attestation{exchange, m_state, model, nonce};
-    const auto scenario = CloudScenarios::find(model);
+    const auto scenario = scenarioOf(model);
     const auto scripted = m_script.take({{u"model"_s, model}, {u"to"_s, u"attestation"_s}});
     if (scripted)
         co_await ScriptedTurns::prove(attestation, *scripted);
@@ -63,7 +73,7 @@ Work PrivateCloudService::attest(Exchange &exchange)
 Work PrivateCloudService::chat(Exchange &exchange)
 {
     const QString model = exchange.request().model();
-    const auto scenario = CloudScenarios::find(model);
+    const auto scenario = scenarioOf(model);
     std::optional<SealedTurn> turn;
     QString refusal;
     try {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CloudScenarios.h"
 #include "CloudState.h"
 #include "ServedLists.h"
 
@@ -14,10 +15,11 @@ class PrivateCloudService final : public Service {
 public:
     struct Settings {
         QString list = QStringLiteral("good"); // of ServedLists::kinds()
+        QString builtIn;                       // the scenario that the built-in model plays; empty: its own
         QByteArray requiredKey;                // empty: none
     };
 
-    // Throws a runtime_error for a list that there isn't.
+    // Throws a runtime_error for a list or a scenario that there isn't.
     PrivateCloudService(Settings settings, AnswerScript &script);
 
     Work answer(Exchange &exchange) override;
@@ -26,8 +28,10 @@ private:
     Work attest(Exchange &exchange);
     Work chat(Exchange &exchange);
     Work goOn(Exchange &exchange);
+    [[nodiscard]] std::optional<CloudScenario> scenarioOf(const QString &model) const;
 
     ServedLists m_lists;
+    QString m_builtIn;
     QByteArray m_requiredKey;
     AnswerScript &m_script;
     CloudState m_state;

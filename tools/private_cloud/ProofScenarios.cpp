@@ -1,6 +1,7 @@
 // Servers that prove themselves badly, late or not at all.
 
 #include "CloudScenarios.h"
+#include "DevelopmentAuthority.h"
 
 namespace morvane {
 
@@ -86,6 +87,14 @@ Work changedConfiguration(Attestation &attestation)
     co_await attestation.send(server);
 }
 
+// Brought up to date before the lists were.
+Work newerImage(Attestation &attestation)
+{
+    Scenario server = attestation.server();
+    server.quote.report.mrtd = DevelopmentAuthority::newerImage();
+    co_await attestation.send(server);
+}
+
 Work otherImage(Attestation &attestation)
 {
     Scenario server = attestation.server();
@@ -132,6 +141,7 @@ std::span<const CloudScenario> CloudScenarios::proofs()
         {"e2ee-proof-no-gpu"_L1, "a proof without evidence of graphics chips"_L1, withoutGPUs, nullptr},
         {"e2ee-proof-changed-configuration"_L1, "a configuration that nobody reviewed"_L1,
          changedConfiguration, nullptr},
+        {"e2ee-proof-newer-image"_L1, "an image that only lists of version 6 name"_L1, newerImage, nullptr},
         {"e2ee-proof-other-image"_L1, "an image that no list names"_L1, otherImage, nullptr},
         {"e2ee-proof-other-root"_L1, "a processor that another root vouches for"_L1, otherRoot, nullptr},
         {"e2ee-proof-other-key"_L1, "a key that the quote doesn't name"_L1, otherKey, nullptr},

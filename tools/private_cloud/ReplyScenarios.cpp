@@ -234,7 +234,6 @@ std::span<const CloudScenario> CloudScenarios::replies()
          nullptr, practice},
         {"e2ee-practice"_L1, "the practice reply, which quotes what the person said last"_L1, nullptr,
          practice},
-        {"e2ee-newer"_L1, "the same; only the later lists of --list newer accept it"_L1, nullptr, practice},
         {"e2ee-503-once"_L1, "HTTP 503 and a new key, then the practice reply"_L1, nullptr, unavailableOnce},
         {"e2ee-503-twice"_L1, "HTTP 503 and a new key, twice"_L1, nullptr, unavailableTwice},
         {"e2ee-504"_L1, "HTTP 504"_L1, nullptr, timedOut},

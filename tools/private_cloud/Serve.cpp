@@ -22,6 +22,7 @@ void parse(QCommandLineParser &options, const QStringList &words)
 {
     options.addOptions({{u"port"_s, QString(), u"number"_s, u"0"_s},
                         {u"list"_s, QString(), u"name"_s, u"good"_s},
+                        {u"built-in"_s, QString(), u"scenario"_s},
                         {u"require-key"_s, QString(), u"key"_s},
                         {u"scenario"_s, QString(), u"file"_s},
                         {u"log"_s, QString(), u"file"_s},
@@ -54,6 +55,7 @@ QByteArray Serve::help()
     QByteArray text = "morvane-private-cloud serve                    the server itself, on loopback\n"
                       "  --port N            port to listen on; 0, the default, takes a free one\n"
                       "  --list NAME         the list of accepted servers, below; good is the default\n"
+                      "  --built-in MODEL    the scenario that e2ee-glm-5-3-flash plays\n"
                       "  --require-key KEY   HTTP 401 to a chat without Authorization: Bearer KEY\n"
                       "  --scenario FILE     answers that come before the built-in ones\n"
                       "  --log FILE          each request as a line of JSON; - is standard output\n"
@@ -84,7 +86,9 @@ void Serve::run(const QStringList &words)
         throw problem(trouble);
 
     boost::asio::io_context context(1);
-    PrivateCloudService service({options.value(u"list"_s), options.value(u"require-key"_s).toUtf8()}, script);
+    PrivateCloudService service(
+        {options.value(u"list"_s), options.value(u"built-in"_s), options.value(u"require-key"_s).toUtf8()},
+        script);
     Server(context, port, service, log, record).run();
 }
 

@@ -15,9 +15,9 @@ namespace {
 constexpr int usualVersion = 5;
 constexpr qsizetype mostBytes = 524288; // that a client takes
 
-const QString newerModel = u"e2ee-newer"_s;
+constexpr int newerVersion = 6;
 
-// An entry for each scenario but the one that waits for a newer list.
+// An entry for each scenario.
 QJsonObject listOf(int version)
 {
     QJsonArray entries;
@@ -25,8 +25,7 @@ QJsonObject listOf(int version)
         const QString model(scenario.model);
         const bool isBuiltIn = scenario.model == DevelopmentAuthority::builtInModel;
         const QString id = isBuiltIn ? QString(DevelopmentAuthority::builtInID) : u"development."_s + model;
-        if (model != newerModel)
-            entries.append(DevelopmentAuthority::listEntry(id, model));
+        entries.append(DevelopmentAuthority::listEntry(id, model));
     }
     return {{u"formatVersion"_s, 1},
             {u"listVersion"_s, version},
@@ -36,10 +35,10 @@ QJsonObject listOf(int version)
             {u"revoked"_s, QJsonArray()}};
 }
 
-void accept(QJsonObject &list, const QString &id, const QString &model)
+void accept(QJsonObject &list, const QJsonObject &entry)
 {
     QJsonArray entries = list["entries"_L1].toArray();
-    entries.append(DevelopmentAuthority::listEntry(id, model));
+    entries.append(entry);
     list["entries"_L1] = entries;
 }
 
@@ -67,15 +66,21 @@ Work good(ServedLists &lists, Exchange &exchange)
     co_await lists.send(exchange, std::move(list));
 }
 
-Work newer(ServedLists &lists, Exchange &exchange)
+// Accepts the newer image as well, of the scenario that proves it and of the built-in model.
+Work newest(ServedLists &lists, Exchange &exchange)
 {
-    QJsonObject list = listOf(usualVersion);
-    if (lists.fetches() > 1) {
-        list = listOf(usualVersion + 1);
-        accept(list, u"development."_s + newerModel, newerModel);
-    }
+    QJsonObject list = listOf(newerVersion);
+    accept(list, DevelopmentAuthority::newerListEntry(u"development.newer"_s, u"e2ee-proof-newer-image"_s));
+    accept(list, DevelopmentAuthority::newerListEntry(u"development.newer.built-in"_s,
+                                                      QString(DevelopmentAuthority::builtInModel)));
     QByteArray bytes = bytesOf(list);
     co_await lists.send(exchange, std::move(bytes));
+}
+
+Work newer(ServedLists &lists, Exchange &exchange)
+{
+    const bool isFirst = lists.fetches() == 1;
+    co_await (isFirst ? good : newest)(lists, exchange);
 }
 
 Work rolledBack(ServedLists &lists, Exchange &exchange)
@@ -114,7 +119,7 @@ Work tooMany(ServedLists &lists, Exchange &exchange)
 {
     QJsonObject list = listOf(usualVersion);
     for (qsizetype i = list["entries"_L1].toArray().size(); i < 129; ++i)
-        accept(list, u"development.more-%1"_s.arg(i), u"e2ee-more"_s);
+        accept(list, DevelopmentAuthority::listEntry(u"development.more-%1"_s.arg(i), u"e2ee-more"_s));
     QByteArray bytes = bytesOf(list);
     co_await lists.send(exchange, std::move(bytes));
 }
@@ -171,9 +176,9 @@ Work dead(ServedLists &, Exchange &exchange)
 std::span<const ServedLists::Kind> ServedLists::kinds()
 {
     static constexpr Kind all[]{
-        {"good"_L1, "version 5, with an entry for each scenario but e2ee-newer"_L1, good},
-        {"newer"_L1, "the good list; from the second fetch on version 6, which accepts e2ee-newer too"_L1,
-         newer},
+        {"good"_L1, "version 5, with an entry for each scenario on its usual image"_L1, good},
+        {"newer"_L1, "the good list; from the second fetch on the newest"_L1, newer},
+        {"newest"_L1, "version 6, which accepts the newer image too"_L1, newest},
         {"rolled-back"_L1, "the good list; from the second fetch on version 4"_L1, rolledBack},
         {"same-version"_L1, "the good list; from the second fetch on the same version in other bytes"_L1,
          sameVersion},

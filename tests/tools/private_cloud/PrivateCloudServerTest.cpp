@@ -1,5 +1,7 @@
 #include "PrivateCloudClient.h"
 
+#include "support/TestData.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
@@ -80,7 +82,6 @@ std::vector<Row> rows()
     return {
         {"e2ee-glm-5-3-flash", {u"ok"_s}, {good}},
         {"e2ee-practice", {u"ok"_s}, {good, good}},
-        {"e2ee-newer", {u"measurementsNotAllowed("_s}, {}},
         {"e2ee-503-once", {u"ok"_s}, {starting, otherKey, good}},
         {"e2ee-503-twice", {u"ok"_s}, {starting, otherKey, starting, otherKey, good}},
         {"e2ee-504", {u"ok"_s}, {u"HTTP 504 The model took too long."_s}},
@@ -117,6 +118,7 @@ std::vector<Row> rows()
         {"e2ee-proof-wrong-nonce", {u"nonceMismatch"_s}, {}},
         {"e2ee-proof-no-gpu", {u"gpuEvidenceMissing"_s}, {}},
         {"e2ee-proof-changed-configuration", {u"configuration(configurationNotReviewed)"_s}, {}},
+        {"e2ee-proof-newer-image", {u"measurementsNotAllowed("_s}, {}},
         {"e2ee-proof-other-image", {u"measurementsNotAllowed("_s}, {}},
         {"e2ee-proof-other-root", {u"quote(certificateChain("_s}, {}},
         {"e2ee-proof-other-key", {u"reportDataDoesNotBindKey"_s}, {}},
@@ -214,6 +216,7 @@ TEST(PrivateCloudServer, EachListIsServedAsItsNameSays)
     const std::tuple<const char *, QString, QString> table[]{
         {"good", good, good},
         {"newer", good, u"version 6, 0 withdrawn"_s},
+        {"newest", u"version 6, 0 withdrawn"_s, u"version 6, 0 withdrawn"_s},
         {"rolled-back", good, u"rolledBack(4, 5)"_s},
         {"same-version", good, good},
         {"withdrawn", u"version 5, 2 withdrawn"_s, u"version 5, 2 withdrawn"_s},
@@ -237,12 +240,26 @@ TEST(PrivateCloudServer, EachListIsServedAsItsNameSays)
                   second.toStdString())
             << name;
         EXPECT_EQ(bytes == client.listBytes(), first == second && "same-version"_L1 != name) << name;
-        EXPECT_EQ(client.prove(u"e2ee-newer"_s) == "ok"_L1, "newer"_L1 == name);
-        if (first.contains("withdrawn"_L1) && first != good) {
-            EXPECT_NE(client.prove(u"e2ee-glm-5-3-flash"_s), u"ok"_s) << name;
-        }
+        EXPECT_EQ(client.prove(u"e2ee-proof-newer-image"_s) == "ok"_L1, second.startsWith("version 6"_L1))
+            << name;
+        const bool isWithdrawn = first.contains("withdrawn"_L1) && !first.contains(" 0 "_L1);
+        EXPECT_EQ(client.prove(u"e2ee-glm-5-3-flash"_s) == "ok"_L1, !isWithdrawn) << name;
     }
     EXPECT_EQ(tried, namesUnder("Lists:"));
+}
+
+TEST(PrivateCloudServer, ABuiltInModelAndAScriptChangeWhatComes)
+{
+    const PrivateCloudServer server({u"--built-in"_s, u"e2ee-tools"_s, u"--scenario"_s,
+                                     TestData::pathOf("tools/private_cloud_scenario.json")});
+    PrivateCloudClient client(server);
+    const QString model = u"e2ee-glm-5-3-flash"_s;
+    EXPECT_EQ(client.prove(model), u"HTTP 429 Later."_s);
+    EXPECT_EQ(client.prove(model), u"ok"_s);
+    EXPECT_EQ(client.turn(model, question()), u"one [two][reasoning_content][length]"_s);
+    EXPECT_EQ(client.turn(model, withResult()), u"The practice cloud was told: “"_s + told + u"”.[stop]"_s);
+    EXPECT_THROW(PrivateCloudServer({u"--built-in"_s, u"e2ee-none"_s}), std::runtime_error);
+    EXPECT_THROW(PrivateCloudServer({u"--list"_s, u"none"_s}), std::runtime_error);
 }
 
 // What drips, and what is held in the middle, ends with the client; the server's log says so.
