@@ -9,6 +9,7 @@
 #include "security/InMemoryKeychainService.h"
 #include "support/ModelServer.h"
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/find/FindViewModel.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -280,8 +281,40 @@ void processorWhileStreaming(benchmark::State &state, const char *scenario)
     }
 }
 
+// The longest block of the GUI thread while words are typed and found in a chat of 2,000 messages, and while the
+// finds are gone through.
+void findInLongChat(benchmark::State &state)
+{
+    for ([[maybe_unused]] auto iteration : state) {
+        OpenWindow open;
+        open.openFilled(2000, richAnswer);
+        FindViewModel &find = *open.state().presentation().find;
+        const auto search = [&find](const QString &words) {
+            find.setQuery(words);
+            while (find.isSearching())
+                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        };
+        find.open(0);
+        OpenWindow::turnFor(500);
+        LongestBlock block;
+        for (const auto &words : {u"s"_s, u"strong"_s, u"strong w"_s})
+            search(words);
+        const double searching = block.milliseconds();
+        for (int i = 0; i < 50; ++i) {
+            find.next();
+            OpenWindow::turnFor(20);
+        }
+        state.counters["stepping"] = block.milliseconds();
+        report(state, searching, "ms");
+        block.end();
+        if (find.count() != 1000) // in the answers; the person's marks are no words
+            state.SkipWithError("not all was found");
+    }
+}
+
 } // namespace
 
+BENCHMARK(findInLongChat)->Name("longest_block_of_a_search_in_2000_messages")->Iterations(1);
 BENCHMARK_CAPTURE(scrollRichAnswers, frame, false)
     ->Name("longest_scroll_step_1000_rich_answers")
     ->Iterations(1);
@@ -296,6 +329,7 @@ BENCHMARK_CAPTURE(processorWhileStreaming, paragraph, "one-paragraph-18500")
 BENCHMARK_CAPTURE(processorWhileStreaming, mixed, "mixed-answer-400")
     ->Name("processor_in_a_mixed_answer")
     ->Iterations(1);
+BENCHMARK_CAPTURE(processorWhileStreaming, code, "code-400")->Name("processor_in_streamed_code")->Iterations(1);
 BENCHMARK(processorOfPlainText)->Name("processor_at_50_pieces_a_second/yardstick")->Iterations(1);
 BENCHMARK(streamIntoLongChat)->Name("longest_block_while_streaming")->Iterations(1);
 BENCHMARK(streamIntoPlainText)->Name("longest_block_while_streaming/yardstick")->Iterations(1);

@@ -1,7 +1,10 @@
 #include "WindowFixture.h"
 
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/sidebar/HistorySearchModel.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QTest>
 
 namespace morvane {
@@ -12,20 +15,23 @@ class MessageActionsTest : public WindowFixture {
 protected:
     // The first one that is drawn; null when there is none.
     [[nodiscard]] QQuickItem *drawn(const QString &name) const { return WindowDriver::item(m_window, name); }
+    // What the open menu can do.
+    [[nodiscard]] static QString offeredIn(QQuickWindow *window)
+    {
+        QStringList words;
+        for (QQuickItem *each : WindowDriver::allItems(window)) {
+            if (each->inherits("QQuickMenuItem") && each->isEnabled() && each->height() > 0)
+                words += each->property("text").toString();
+        }
+        return words.join(u',');
+    }
     [[nodiscard]] QString composed() const { return item(u"composer"_s)->property("text").toString(); }
     [[nodiscard]] ChatViewModel &chat() const { return *m_app->presentation().chat; }
 };
 
 TEST_F(MessageActionsTest, AMenuOffersWhatFitsByTheRightButtonAndByTheKeys)
 {
-    const auto offered = [this] {
-        QStringList words;
-        for (QQuickItem *each : allItems()) {
-            if (each->inherits("QQuickMenuItem") && each->isEnabled() && each->height() > 0)
-                words += each->property("text").toString();
-        }
-        return words.join(u',');
-    };
+    const auto offered = [this] { return offeredIn(m_window); };
     const auto choose = [this](const QString &words) {
         click(named(words));
         settle();
@@ -97,6 +103,49 @@ TEST_F(MessageActionsTest, AMenuOffersWhatFitsByTheRightButtonAndByTheKeys)
     EXPECT_EQ(offered().toStdString(),
               "Copy Message,Select All,Quote in Reply,Edit and Send Again,Delete with Its Reply");
     press(Qt::Key_Escape);
+}
+
+TEST_F(MessageActionsTest, FieldsOfTheSettingsAndRowsOfTheSidebarHaveMenusByTheKeys)
+{
+    showReply(u"By the old wall"_s);
+    const auto at = [](QQuickWindow *window, const QString &name) {
+        WindowDriver::item(window, name)->forceActiveFocus();
+    };
+    QQuickWindow *settings = settingsWindow();
+    const struct {
+        QQuickWindow *window;
+        std::function<void()> prepare;
+        QString offered;
+    } menus[] = {
+        {settings, [&] { at(settings, u"address"_s); }, u"Paste,Select All"_s},
+        {settings, [&] { WindowDriver::press(settings, Qt::Key_A, Qt::ControlModifier); }, u"Cut,Copy,Paste,Select All"_s},
+        {m_window, [&] {
+             at(m_window, u"conversations"_s);
+             press(Qt::Key_Down);
+         }, u"Rename,Delete…"_s},
+        {m_window,
+         [&] {
+             at(m_window, u"searchField"_s);
+             type(u"wall"_s);
+             m_clock.advance(std::chrono::seconds(1));
+             ASSERT_TRUE(eventually([this] { return !m_app->presentation().search->isSearching(); }));
+             press(Qt::Key_Down);
+             press(Qt::Key_Down);
+         },
+         u"Open,Copy Text"_s},
+    };
+    QGuiApplication::clipboard()->setText(u"words"_s);
+    for (const auto &[window, prepare, offered] : menus) {
+        window->requestActivate();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+        prepare();
+        WindowDriver::press(window, Qt::Key_Menu);
+        EXPECT_EQ(offeredIn(window), offered);
+        WindowDriver::press(window, Qt::Key_Escape);
+    }
+    press(Qt::Key_F10, Qt::ShiftModifier);
+    click(named(u"Copy Text"_s));
+    EXPECT_EQ(clipboard(), u"By the old wall"_s);
 }
 
 TEST_F(MessageActionsTest, AReplyIsMadeAgainAndItsVersionsSwitchedByPointerAndKeys)

@@ -96,6 +96,18 @@ Work mixedAnswer(Exchange &exchange)
     co_await play(exchange, std::move(reply));
 }
 
+Work codeAnswer(Exchange &exchange)
+{
+    const QStringList words =
+        wordPieces(u"for (const auto &row : rows) { // each of them\n    index.insert(row.key, \"value\", 42);\n}\n"_s);
+    Reply reply;
+    reply.pieces.append(u"```cpp\n"_s);
+    for (qsizetype i = 0; i < Scenarios::number(exchange.request().model()); ++i)
+        reply.pieces.append(words[i % words.size()]);
+    reply.pause = 20ms;
+    co_await play(exchange, std::move(reply));
+}
+
 // The first half of the practice text, or the second when the client asks to go on.
 Work length(Exchange &exchange)
 {
@@ -385,6 +397,7 @@ std::span<const Scenario> Scenarios::replies()
          longParagraph},
         {"mixed-answer-N"_L1, "N pieces of an answer with every kind of block, fifty a second"_L1,
          mixedAnswer},
+        {"code-N"_L1, "N pieces of code in one fence, fifty a second"_L1, codeAnswer},
         {"length"_L1, "stops at the output limit; asked to continue, it sends the rest"_L1, length},
         {"tool-call-whole"_L1, "calls the first tool offered, in one piece"_L1, toolCallWhole},
         {"tool-call-split"_L1, "the same call, its arguments in small fragments"_L1, toolCallSplit},
