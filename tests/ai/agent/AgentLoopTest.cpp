@@ -67,11 +67,16 @@ TEST_F(AgentLoopTest, RunsCallsInOrderAndFeedsTheirResultsBack)
     const QString ahead = u"👻 moment"_s; // eight characters of nine units
     AgentLoop::Turn withoutLinks = turn();
     std::erase_if(withoutLinks.tools, [](const AITool &tool) { return tool.name == u"open_link"_s; });
-    const PlayedRun run = play({{{text(u"<think>I can't look that up.</think>"_s + ahead), limit,
-                                  calls({u"look_at_screen"_s, u"open_link"_s, u"read_web_page"_s})}},
-                                {{AIStream::Thinking{}, text(u"The "_s), text(u"answer."_s)}}},
-                               withoutLinks);
+    const QUuid row = QUuid::createUuid();
+    QUuid recorded;
+    withoutLinks.onRecorded = [&](const QUuid &later) { recorded = later; };
+    const PlayedRun run =
+        play({{{text(u"<think>I can't look that up.</think>"_s + ahead), limit,
+                calls({u"look_at_screen"_s, u"open_link"_s, u"read_web_page"_s})}},
+              {{AIStream::Recorded{row}, AIStream::Thinking{}, text(u"The "_s), text(u"answer."_s)}}},
+             withoutLinks);
     ASSERT_EQ(run.events.size(), 9U);
+    EXPECT_EQ(recorded, row);
     EXPECT_EQ(run.events[1], retraction(8 + 36));
     EXPECT_TRUE(std::holds_alternative<Agent::ToolStarted>(run.events[2]));
     EXPECT_EQ(std::get<Agent::ToolFinished>(run.events[3]).call.name, u"look_at_screen"_s);

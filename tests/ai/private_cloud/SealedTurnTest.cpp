@@ -233,6 +233,7 @@ TEST_F(SealedTurnTest, SendsTheTwoTextsSealedAndNothingElseOfThem)
               "{\"max_tokens\":321,\"model\":\"e2ee-test-model\",\"stream\":true,\"temperature\":0.5,"
               "\"venice_parameters\":{\"include_venice_system_prompt\":false}}");
     ASSERT_EQ(messages.size(), 2);
+    EXPECT_EQ(messages[0].toObject().keys(), (QStringList{u"content"_s, u"role"_s}));
     EXPECT_EQ(messages[0]["role"_L1], u"system"_s);
     EXPECT_EQ(messages[1]["role"_L1], u"user"_s);
     const SealedPrompt prompt = SealedRequest::prompt({{.content = asked}}, configuration, {});
@@ -366,6 +367,7 @@ TEST_F(SealedTurnTest, EveryFailureEndsInItsWordsRowsAndRequests)
         const auto entries = ledger.snapshot().entries;
         EXPECT_EQ(entries.front().id, configuration.proofRow);
         if (entries.size() > 1) {
+            EXPECT_NE(entries.back().id, entries.front().id);
             ASSERT_FALSE(reply.events.empty());
             EXPECT_EQ(reply.events.front(), AIStreamEvent(AIStream::Recorded{entries.back().id}));
         }
@@ -409,6 +411,7 @@ TEST_F(SealedTurnTest, ReadsWhatIsSealedAndDropsTheRest)
     const QString dropped = u"Venice reply carried 1 unsealed chunks; they were dropped"_s;
     const QString length = u"data: {\"choices\":[{\"delta\":{},\"finish_reason\":\"length\"}]}"_s;
     const QString hex = u"p"_s + u"a"_s.repeated(185);
+    const QString answer = u"word "_s.repeated(130); // more than is held back
     const struct {
         const char *name;
         QStringList lines;
@@ -433,7 +436,7 @@ TEST_F(SealedTurnTest, ReadsWhatIsSealedAndDropsTheRest)
          {}},
         {"only reasoning", {u"rthought"_s, length}, u"T"_s, ProviderError(Plain::emptyResponse), {}},
         {"both fields of reasoning", {u"ra"_s, u"ob"_s, u"sanswer"_s, u"oc"_s}, u"Tanswer"_s, {}, {}},
-        {"reasoning behind the text", {u"ra"_s, u"sx"_s, length}, u"TxL"_s, {}, {}},
+        {"reasoning behind the text", {u"s"_s + answer, u"rlate"_s}, answer, {}, {}},
         {"thinking in the text", {u"s <think>a"_s, u"sb</thi"_s, u"snk>\nanswer"_s}, u"answer"_s, {}, {}},
         {"without its opening tag",
          {u"sabc</think> x"_s},
