@@ -12,10 +12,9 @@ namespace morvane {
 // A reply's body in pieces of a size: whatever a server sends, its lines and events must come out without a
 // crash and within the limits. `Reply` takes lines as a ReplyLines::Reader does.
 template <typename Reply>
-QByteArray textOf(QByteArrayView body, qsizetype pieceSize)
+QByteArray textOf(Reply &reply, QByteArrayView body, qsizetype pieceSize)
 {
     auto [stream, events] = AsyncStream<AIStreamEvent>::make();
-    Reply reply;
     try {
         LineSplitter lines(4096);
         auto progress = ReplyLines::Progress::goesOn;
@@ -46,9 +45,11 @@ QByteArray textOf(QByteArrayView body, qsizetype pieceSize)
 template <typename Reply>
 void fuzzReply(QByteArrayView input)
 {
+    Reply cut;
+    Reply whole;
     if (!input.isEmpty())
-        require(textOf<Reply>(input, 1 + static_cast<uchar>(input[0]) % 16) ==
-                textOf<Reply>(input, input.size()));
+        require(textOf(cut, input, 1 + static_cast<uchar>(input[0]) % 16) ==
+                textOf(whole, input, input.size()));
 }
 
 } // namespace morvane
