@@ -88,7 +88,7 @@ ProofPanelViewModel::Shown ProofPanelViewModel::read(const AnswerProofs::Line &l
 {
     const AnswerProofs::Known known = m_proofs.known(m_answer);
     Shown shown{.heading = line.words, .mark = line.code(), .remark = remarkOn(known, line.mark)};
-    if (known.steps)
+    if (known.steps && line.mark != Mark::verified) // what passed is told by its facts
         shown.steps = ProofWords::steps(*known.steps);
     if (known.row && line.mark != Mark::running) {
         shown.facts = ProofFacts::of(*known.row);

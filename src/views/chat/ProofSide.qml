@@ -63,7 +63,7 @@ Item {
     Connections {
         target: root.chat.proofPanel
 
-        function onOpened() { root.home?.forceActiveFocus(Qt.OtherFocusReason); }
+        function onOpened() { root.home?.forceActiveFocus(Theme.rings ? Qt.TabFocusReason : Qt.OtherFocusReason); }
     }
     Connections {
         target: root.chat

@@ -113,6 +113,7 @@ ColumnLayout {
     }
     ReplyActions {
         Layout.fillWidth: true
+        Layout.maximumWidth: root.width // or it keeps the width that a wider window gave it
         place: root.place
         proofMark: root.proofMark
         finished: !root.running

@@ -28,6 +28,18 @@ Rectangle {
         function onKindChanged() { rows.currentIndex = 0; }
     }
 
+    // A row that is open may be taller than the list: it is read to its end before another one is gone to.
+    function scrollsInRow(distance: real): bool {
+        const row = rows.currentItem as ProofRow;
+        if (!row || !row.opened)
+            return false;
+        const hidden = distance > 0 ? row.y + row.height - rows.contentY - rows.height : rows.contentY - row.y;
+        if (hidden <= 0)
+            return false;
+        rows.contentY += Math.sign(distance) * Math.min(Math.abs(distance), hidden);
+        return true;
+    }
+
     radius: Theme.cardRadius
     color: Theme.card
     border.width: 1
@@ -49,6 +61,8 @@ Rectangle {
         model: root.ledger.rows
         Accessible.role: Accessible.List
         Accessible.name: qsTr("Proofs")
+        Keys.onUpPressed: event => event.accepted = root.scrollsInRow(-48)
+        Keys.onDownPressed: event => event.accepted = root.scrollsInRow(48)
         Keys.onReturnPressed: root.toggle(currentItem as ProofRow)
         Keys.onEnterPressed: root.toggle(currentItem as ProofRow)
         Keys.onSpacePressed: root.toggle(currentItem as ProofRow)
