@@ -87,17 +87,13 @@ QCoro::Task<Verified> VeniceAttestationService::verifiedEnclave(QString model, P
         refresh = co_await m_parts.lists->refreshIfDue(now, stop);
         check();
     }
-    if (kept(model, now)) {
-        bool hasChanged = false;
-        if (refresh) {
-            hasChanged = co_await hasListChanged(*refresh, stop);
-            check();
-        }
-        const Verified *proof = kept(model, now);
-        if (proof && !hasChanged) {
-            run.takeEarlier(proof->verifiedGPUCount > 0);
-            co_return Verified(*proof);
-        }
+    if (refresh && kept(model, now)) {
+        co_await waitBriefly(*refresh, stop);
+        check();
+    }
+    if (const Verified *proof = kept(model, now)) {
+        run.takeEarlier(proof->verifiedGPUCount > 0);
+        co_return Verified(*proof);
     }
     m_cache.erase(model);
 
@@ -135,9 +131,9 @@ const Verified *VeniceAttestationService::kept(const QString &model, const QDate
     return holds ? &found->second : nullptr;
 }
 
-// Whether a list that is on its way has come within the wait, and is another one. If it comes later, what was
-// judged by the former goes then.
-QCoro::Task<bool> VeniceAttestationService::hasListChanged(Refresh refresh, std::stop_token stop)
+// For a list that is on its way while there is a proof. What was judged by the former goes when another one
+// comes, be it behind the wait.
+QCoro::Task<> VeniceAttestationService::waitBriefly(Refresh refresh, std::stop_token stop)
 {
     const auto check = m_lifeline.check(stop);
     const std::optional<bool> isNewer = co_await refresh.wait(m_parts.clock, m_parts.listWait, stop);
@@ -146,7 +142,6 @@ QCoro::Task<bool> VeniceAttestationService::hasListChanged(Refresh refresh, std:
         dropAllAfter(this, m_lifeline.check({}), std::move(refresh));
     else if (*isNewer)
         dropAll();
-    co_return isNewer.value_or(false);
 }
 
 QCoro::Task<> VeniceAttestationService::dropAllAfter(VeniceAttestationService *self, Lifeline::Check check,

@@ -77,7 +77,7 @@ private:
 
     [[nodiscard]] static QByteArray randomNonce();
     [[nodiscard]] const Verified *kept(const QString &model, const QDateTime &now) const;
-    [[nodiscard]] QCoro::Task<bool> hasListChanged(Refresh refresh, std::stop_token stop);
+    [[nodiscard]] QCoro::Task<> waitBriefly(Refresh refresh, std::stop_token stop);
     static QCoro::Task<> dropAllAfter(VeniceAttestationService *self, Lifeline::Check check, Refresh refresh);
     void dropAll();
     [[nodiscard]] HttpRequest requestFor(const Question &question) const;
