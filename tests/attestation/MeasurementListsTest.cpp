@@ -203,6 +203,21 @@ TEST_F(MeasurementListsTest, AcceptsNothingWhileTheKeychainWouldNotTell)
     EXPECT_EQ(accepted(), u"Version 1, e2ee-test-model"_s);
 }
 
+TEST_F(MeasurementListsTest, ARefreshThatLosesWhatWasRememberedEnds)
+{
+    const QByteArray bytes = list(1);
+    network.fake->answer({.pieces = {bytes}, .ending = FakeHttpSession::Ending::staysOpen});
+    const auto due = TestWait::await(lists->refreshIfDue(now, {}));
+    keychain.save(u"{}"_s, u"accepted-servers-anchor"_s);
+    ASSERT_FALSE(TestWait::await(lists->prepare({})));
+    network.fake->answer(200, key.signatureFile(bytes));
+    network.fake->closeBody();
+    EXPECT_FALSE(TestWait::await(due->wait({})));
+    keychain.remove(u"accepted-servers-anchor"_s);
+    serve(bytes);
+    EXPECT_EQ(refresh(), true); // the next one isn't kept from beginning
+}
+
 // Reads what it can, refuses to save.
 class ForgetfulKeychain : public InMemoryKeychainService {
 public:
