@@ -1,4 +1,6 @@
 #include "ai/private_cloud/SealedReply.h"
+#include "ai/private_cloud/VeniceE2EEProvider.h"
+#include "async/Clock.h"
 #include "attestation/evidence/VeniceSignedMeasurementList.h"
 #include "evidence/ListKey.h"
 #include "evidence/TestAuthority.h"
@@ -115,6 +117,62 @@ void readSealedReply(benchmark::State &state)
     }
 }
 BENCHMARK(readSealedReply)->Name("sealed_reply_1000_chunks")->Unit(benchmark::kMillisecond);
+
+// Gives one proof again and again, as when it is kept; the look at the lists is not in it.
+class KeptProof final : public VeniceEnclaveSource {
+public:
+    [[nodiscard]] QCoro::Task<VeniceAttestationVerifier::Verified> verifiedEnclave(QString, ProofRun run,
+                                                                                   std::stop_token) override
+    {
+        run.takeEarlier(true);
+        co_return VeniceAttestationVerifier::Verified(proof);
+    }
+    void forget(const QString &) override {}
+    [[nodiscard]] QString acceptedListText() const override { return {}; }
+
+    VeniceAttestationVerifier::Verified proof = VeniceAttestationVerifier::verify(Scenario().question());
+};
+
+// Answers at once, with a text long enough to be shown, sealed to whoever asks.
+class AnsweringSession final : public HttpSession, public HttpSessionProviding {
+public:
+    [[nodiscard]] std::shared_ptr<HttpSession> session(EgressFeature, SensitiveDataSet) override
+    {
+        return {std::shared_ptr<void>(), this};
+    }
+    [[nodiscard]] QCoro::Task<HttpResponse> send(HttpRequest request, std::stop_token) override
+    {
+        const auto key = std::ranges::find(request.headers, "X-Venice-TEE-Client-Pub-Key", &HttpHeader::name);
+        const QString sealed = VeniceE2EESession::sealTo(QByteArray::fromHex(key->value), QString(700, u'w'));
+        auto [body, producer] = AsyncStream<QByteArray>::make();
+        producer.yield("data: {\"choices\":[{\"delta\":{\"content\":\"" + sealed.toUtf8() + "\"}}]}\n");
+        producer.finish();
+        HttpResponse response{200, request.url, {}, std::move(body)};
+        co_return response;
+    }
+};
+
+// From the question to the first word, with thirty messages of a thousand characters; the server's own
+// sealing included, the network not.
+void reachFirstWord(benchmark::State &state)
+{
+    KeptProof enclaves;
+    AnsweringSession server;
+    ProofLedger ledger;
+    SystemClock clock;
+    ProofWatch watch;
+    VeniceE2EEProvider provider(enclaves, server, ledger, clock, &watch);
+    const std::vector<AIMessage> messages(30, {.content = QString(1000, u'q')});
+    AIConfiguration configuration;
+    configuration.baseURLString = u"https://cloud.invalid/v1"_s;
+    configuration.model = enclaves.proof.model;
+    for (auto _ : state) {
+        auto reply = provider.streamReply(messages, configuration, {});
+        while (!reply.takeBuffered())
+            QCoreApplication::processEvents();
+    }
+}
+BENCHMARK(reachFirstWord)->Name("sealed_turn_first_word")->Unit(benchmark::kMillisecond);
 
 void readLongestList(benchmark::State &state)
 {
