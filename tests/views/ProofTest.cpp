@@ -195,6 +195,7 @@ TEST_F(ProofTest, StepsGoLiveAndThoseOfAFormerTurnChangeNothing)
     watch.set(run, Stage::boot, State::running);
     settle();
     EXPECT_EQ(words(), u"Checking the boot…"_s);
+    EXPECT_TRUE(shows(u"is sent under this proof before it holds."_s));
     EXPECT_TRUE(all(u"proofFact"_s).isEmpty()) << "nothing is told before it is known";
     watch.end(run);
     leaveProof(refused(u"It is set up otherwise"_s));
@@ -211,6 +212,7 @@ TEST_F(ProofTest, StepsGoLiveAndThoseOfAFormerTurnChangeNothing)
     watch.set(earlier, Stage::sealing, State::running);
     settle();
     openPanel();
+    EXPECT_FALSE(shows(u"before it holds."_s)) << "it is on its way by now";
     EXPECT_EQ(stepsNow()[4], u"Checking graphics chip reports: Not checked"_s);
     EXPECT_EQ(stepsNow()[5], u"Checking the key: Passed earlier"_s);
     watch.end(earlier);

@@ -1,6 +1,5 @@
 #include "view_models/chat/ProofPanelViewModel.h"
 
-#include "utils/text/DesktopWords.h"
 #include "view_models/chat/MessageListModel.h"
 #include "view_models/chat/ProofFacts.h"
 #include "view_models/chat/ProofWords.h"
@@ -15,9 +14,10 @@ using Mark = AnswerProofs::Line::Mark;
 
 QString remarkOn(const AnswerProofs::Known &known, Mark mark)
 {
+    if (mark == Mark::running && known.steps->at(ProofWatch::Stage::sealing) == ProofWatch::State::waiting)
+        return u"Nothing of your message is sent under this proof before it holds."_s;
     if (mark == Mark::running)
-        return u"Nothing of your message leaves this %1 before all of this has passed."_s.arg(
-            DesktopWords::here().device);
+        return u"The proof holds. Your message goes out encrypted to the key that it names."_s;
     if (known.before && ProofWords::isRefused(*known.before))
         return u"The private cloud was asked first. Without a proof nothing of your message is sent to it, "
                u"so the "
