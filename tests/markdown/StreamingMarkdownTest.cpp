@@ -1,5 +1,6 @@
 #include "markdown/StreamingMarkdown.h"
 
+#include "markdown/BlockSource.h"
 #include "markdown/MarkdownRenderer.h"
 
 #include "Sketch.h"
@@ -40,6 +41,18 @@ TEST(StreamingMarkdownTest, EveryPrefixGivesTheBlocksOfAWholeParse)
 {
     for (const qsizetype size : {1, 2, 3, 4, 7, 64})
         expectSameBlocks(answer, size);
+}
+
+TEST(BlockSourceTest, TheLinesOfEachBlockGiveIt)
+{
+    const auto blocks = MarkdownRenderer::parse(answer);
+    for (qsizetype i = 0; i < blocks.size(); ++i) {
+        const QString lines = BlockSource::of(answer, i, i);
+        const auto read = MarkdownRenderer::parse(lines);
+        EXPECT_TRUE(read.contains(blocks[i]) && read.size() <= 3) << i << ": " << lines.toStdString();
+    }
+    EXPECT_EQ(BlockSource::of(answer, 0, blocks.size()), answer.trimmed());
+    EXPECT_EQ(BlockSource::of(answer, 3, 2), QString());
 }
 
 // Random texts out of the pieces that have a meaning, with words between them.

@@ -123,6 +123,13 @@ TEST_F(MessageActionsTest, FieldsOfTheSettingsAndRowsOfTheSidebarHaveMenusByTheK
              at(m_window, u"conversations"_s);
              press(Qt::Key_Down);
          }, u"Rename,Delete…"_s},
+        {settings,
+         [&] {
+             at(settings, u"key"_s);
+             WindowDriver::type(settings, u"secret"_s);
+             WindowDriver::press(settings, Qt::Key_A, Qt::ControlModifier);
+         },
+         u"Paste,Select All"_s},
         {m_window,
          [&] {
              at(m_window, u"searchField"_s);

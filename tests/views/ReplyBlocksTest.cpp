@@ -165,6 +165,7 @@ TEST_F(ReplyBlocksTest, WhatIsCopiedIsTheWholeOfWhatIsSelected)
     press(Qt::Key_A, Qt::ControlModifier);
     press(Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(clipboard(), u"Question\n\n"_s + reply);
+    EXPECT_EQ(copied(drawn(u"tableText"_s), 2, 9), u"a\tb\n1\t2"_s) << "the chat isn't selected any more";
     item(u"composer"_s)->forceActiveFocus();
     press(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(clipboard(), reply);
