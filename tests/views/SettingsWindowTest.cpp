@@ -267,6 +267,7 @@ TEST_F(SettingsWindowTest, TheMarkedModelStaysMarkedInAnotherList)
     pressKey(Qt::Key_Down);
     mayAnswer.release();
     ASSERT_TRUE(eventually([&] { return models.count() == 3; }));
+    EXPECT_EQ(control(u"modelList"_s)->property("currentIndex"), 2);
     pressKey(Qt::Key_Return);
     EXPECT_EQ(settings.model(), u"c"_s);
 }
