@@ -281,8 +281,8 @@ void processorWhileStreaming(benchmark::State &state, const char *scenario)
     }
 }
 
-// The longest block of the GUI thread while words are typed and found in a chat of 2,000 messages, and while the
-// finds are gone through.
+// The longest block of the GUI thread while words are typed and found in a chat of 2,000 messages, and while
+// the finds are gone through.
 void findInLongChat(benchmark::State &state)
 {
     for ([[maybe_unused]] auto iteration : state) {
@@ -329,7 +329,9 @@ BENCHMARK_CAPTURE(processorWhileStreaming, paragraph, "one-paragraph-18500")
 BENCHMARK_CAPTURE(processorWhileStreaming, mixed, "mixed-answer-400")
     ->Name("processor_in_a_mixed_answer")
     ->Iterations(1);
-BENCHMARK_CAPTURE(processorWhileStreaming, code, "code-400")->Name("processor_in_streamed_code")->Iterations(1);
+BENCHMARK_CAPTURE(processorWhileStreaming, code, "code-400")
+    ->Name("processor_in_streamed_code")
+    ->Iterations(1);
 BENCHMARK(processorOfPlainText)->Name("processor_at_50_pieces_a_second/yardstick")->Iterations(1);
 BENCHMARK(streamIntoLongChat)->Name("longest_block_while_streaming")->Iterations(1);
 BENCHMARK(streamIntoPlainText)->Name("longest_block_while_streaming/yardstick")->Iterations(1);

@@ -33,7 +33,8 @@ bool haveSameKinds(const Blocks &left, const Blocks &right)
 }
 
 // A reader tells a block's end from a line of it, such as a closing fence, from the line behind it, or where
-// that begins a table from the second one behind it. So the stretch that gives the very blocks is one of a few.
+// that begins a table from the second one behind it. So the stretch that gives the very blocks is one of a
+// few.
 std::optional<QString> linesThatGive(const Blocks &wanted, const QList<QStringView> &lines, Stretch about)
 {
     std::optional<QString> alike; // such as items that count on from others

@@ -18,7 +18,8 @@ class BlockDocument : public QObject {
     Q_OBJECT
     QML_ANONYMOUS
     Q_PROPERTY(QQuickTextDocument *document READ document WRITE setDocument NOTIFY documentChanged)
-    // The links of the text, the first hundred: maps of `words`, `address`, and `start` and `end` in the text.
+    // The links of the text, the first hundred: maps of `words`, `address`, and `start` and `end` in the
+    // text.
     Q_PROPERTY(QVariantList links READ links NOTIFY written)
     Q_PROPERTY(QColor linkColor MEMBER m_linkColor NOTIFY lookChanged)
     Q_PROPERTY(QColor codeGround MEMBER m_codeGround NOTIFY lookChanged)

@@ -112,7 +112,8 @@ QRectF ChartPlot::labelPlace(qsizetype index) const
 {
     const QRectF area = plotArea(scale());
     const double column = area.width() / static_cast<double>(m_labels.size());
-    return {area.left() + column * static_cast<double>(index), area.bottom(), column, height() - area.bottom()};
+    return {area.left() + column * static_cast<double>(index), area.bottom(), column,
+            height() - area.bottom()};
 }
 
 void ChartPlot::paint(QPainter *painter)

@@ -31,8 +31,8 @@ public:
 
     // What is selected in a row, or in the chat with it; empty for nothing.
     Q_INVOKABLE QString textIn(QQuickItem *row) const;
-    // The Markdown of the message or the chat that is selected, else that of the blocks of the row's reply that
-    // anything is selected in, each whole; of all of the reply where there are none.
+    // The Markdown of the message or the chat that is selected, else that of the blocks of the row's reply
+    // that anything is selected in, each whole; of all of the reply where there are none.
     Q_INVOKABLE QString markdownIn(QQuickItem *row) const;
     // A whole message, and when that is selected already the whole chat.
     Q_INVOKABLE void selectMore(QQuickItem *row);

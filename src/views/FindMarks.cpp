@@ -29,7 +29,8 @@ void collect(QQuickItem &item, const char *type, QList<QQuickItem *> &found)
         collect(*child, type, found);
 }
 
-// The drawn texts below an item: those that can be selected and a chart, in a card without such ones its labels.
+// The drawn texts below an item: those that can be selected and a chart, in a card without such ones its
+// labels.
 QList<QQuickItem *> textsIn(QQuickItem &item)
 {
     QList<QQuickItem *> texts;

@@ -16,8 +16,7 @@ namespace {
 
 QString firstLink(const AttributedText &words)
 {
-    const auto link =
-        std::ranges::find_if(words.runs, [](const auto &run) { return !run.link.isEmpty(); });
+    const auto link = std::ranges::find_if(words.runs, [](const auto &run) { return !run.link.isEmpty(); });
     return link == words.runs.end() ? QString() : link->link;
 }
 
@@ -120,7 +119,8 @@ public:
             return {};
         if (kind == QAccessible::Name)
             return words().text;
-        return kind == QAccessible::Description && row() > 0 ? whole().columnDescription(m_column) : QString();
+        return kind == QAccessible::Description && row() > 0 ? whole().columnDescription(m_column)
+                                                             : QString();
     }
     [[nodiscard]] QRect rect() const override
     {
@@ -169,10 +169,7 @@ public:
     [[nodiscard]] QStringList keyBindingsForAction(const QString &) const override { return {}; }
 
 private:
-    [[nodiscard]] const AttributedText &words() const
-    {
-        return whole().document()->cell(row(), m_column);
-    }
+    [[nodiscard]] const AttributedText &words() const { return whole().document()->cell(row(), m_column); }
     [[nodiscard]] QString link() const { return isValid() ? firstLink(words()) : QString(); }
 
     int m_column;

@@ -9,8 +9,8 @@ namespace morvane {
 
 class TableDocument;
 
-// A table as assistive technology sees it: rows of cells that know their headers, where one text draws them all.
-// A cell with a link opens the first one when it is pressed. Stands for a TextEdit with a TableDocument.
+// A table as assistive technology sees it: rows of cells that know their headers, where one text draws them
+// all. A cell with a link opens the first one when it is pressed. Stands for a TextEdit with a TableDocument.
 class TableFace final : public QAccessibleObject,
                         public QAccessibleTableInterface,
                         public QAccessibleActionInterface {

@@ -118,11 +118,14 @@ TEST_F(MessageActionsTest, FieldsOfTheSettingsAndRowsOfTheSidebarHaveMenusByTheK
         QString offered;
     } menus[] = {
         {settings, [&] { at(settings, u"address"_s); }, u"Paste,Select All"_s},
-        {settings, [&] { WindowDriver::press(settings, Qt::Key_A, Qt::ControlModifier); }, u"Cut,Copy,Paste,Select All"_s},
-        {m_window, [&] {
+        {settings, [&] { WindowDriver::press(settings, Qt::Key_A, Qt::ControlModifier); },
+         u"Cut,Copy,Paste,Select All"_s},
+        {m_window,
+         [&] {
              at(m_window, u"conversations"_s);
              press(Qt::Key_Down);
-         }, u"Rename,Delete…"_s},
+         },
+         u"Rename,Delete…"_s},
         {settings,
          [&] {
              at(settings, u"key"_s);

@@ -98,8 +98,8 @@ Work mixedAnswer(Exchange &exchange)
 
 Work codeAnswer(Exchange &exchange)
 {
-    const QStringList words =
-        wordPieces(u"for (const auto &row : rows) { // each of them\n    index.insert(row.key, \"value\", 42);\n}\n"_s);
+    const QStringList words = wordPieces(
+        u"for (const auto &row : rows) { // each of them\n    index.insert(row.key, \"value\", 42);\n}\n"_s);
     Reply reply;
     reply.pieces.append(u"```cpp\n"_s);
     for (qsizetype i = 0; i < Scenarios::number(exchange.request().model()); ++i)

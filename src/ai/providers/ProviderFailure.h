@@ -18,8 +18,8 @@ inline constexpr qsizetype errorBodyLimit = 0x10000;
 // Every error that leaves a provider: cancellation, transport errors and the rest as a ProviderError.
 [[nodiscard]] ProviderError mapped(const std::exception_ptr &error);
 
-// What a trial tells that ended so. A few tokens may all be spent on thinking: the model is there and answers.
-// Throws any other failure, mapped.
+// What a trial tells that ended so. A few tokens may all be spent on thinking: the model is there and
+// answers. Throws any other failure, mapped.
 [[nodiscard]] ReplyTrial trialEndedBy(const std::exception_ptr &error);
 
 // Returns the response untouched when its status is 200 to 299; else reads its body and throws the

@@ -94,7 +94,8 @@ public:
     [[nodiscard]] QString plainTextOf(const ChatMessage &message) const;
     Q_INVOKABLE QString plainText(const QString &messageId) const;
     Q_INVOKABLE QString wholeText() const;
-    // As the model wrote it, all of it or the lines of some blocks; of the whole chat with the person's words.
+    // As the model wrote it, all of it or the lines of some blocks; of the whole chat with the person's
+    // words.
     Q_INVOKABLE QString markdown(const QString &messageId) const;
     [[nodiscard]] QString markdown(const QString &messageId, qsizetype firstBlock, qsizetype lastBlock) const;
     [[nodiscard]] QString wholeMarkdown() const;

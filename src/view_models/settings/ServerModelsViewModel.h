@@ -36,7 +36,7 @@ public:
     [[nodiscard]] const QString &filter() const { return m_filter; }
     void setFilter(const QString &filter);
     [[nodiscard]] int count() const { return static_cast<int>(m_names.size()); }
-    Q_INVOKABLE QString nameAt(int row) const; // of those found; empty for no such row
+    Q_INVOKABLE QString nameAt(int row) const;        // of those found; empty for no such row
     Q_INVOKABLE int rowOf(const QString &name) const; // -1 when it isn't found
     [[nodiscard]] bool isFetching() const { return m_isFetching; }
     [[nodiscard]] const QString &problem() const { return m_problem; }
