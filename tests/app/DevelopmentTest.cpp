@@ -62,8 +62,8 @@ TEST(DevelopmentTest, SendsATurnToTheRelayWhichIsKnownToSealAndGetsOnlyQuestions
         TestWait::until([&] { return !chat.isResponding(); });
         EXPECT_TRUE(chat.hasBanner());
         EXPECT_TRUE(state.assistant().privateCloud->watch->run()->isOver);
-        EXPECT_TRUE(QFileInfo::exists(commandLine.folders().data +
-                                      u"/ai.morvane.macos/accepted-servers-dev.sealed"_s));
+        const QString list = commandLine.folders().data + u"/ai.morvane.macos/accepted-servers-dev.sealed"_s;
+        TestWait::until([&] { return QFileInfo::exists(list); }); // it is asked for beside the proof
         state.storage().settings->setHostedRelayEncrypted(false); // learnt meanwhile
     }
     QByteArrayList asked;
