@@ -1,6 +1,7 @@
 #include "app/DemoPlayer.h"
 
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/chat/ProofWords.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -26,13 +27,16 @@ void print(const QString &text)
 
 } // namespace
 
-DemoPlayer::DemoPlayer(QQuickWindow &window, ChatViewModel &chat, QString picturePath, QObject *parent)
+DemoPlayer::DemoPlayer(QQuickWindow &window, ChatViewModel &chat, const ProofWatch &watch,
+                       QString picturePath, QObject *parent)
     : QObject(parent)
     , m_window(window)
     , m_chat(chat)
+    , m_watch(watch)
     , m_picturePath(std::move(picturePath))
 {
     connect(chat.messages(), &QAbstractItemModel::dataChanged, this, &DemoPlayer::printNewText);
+    connect(&watch, &ProofWatch::changed, this, &DemoPlayer::printNewSteps);
     connect(&chat, &ChatViewModel::isRespondingChanged, this, [this] {
         if (!m_chat.isResponding())
             takePicture();
@@ -69,6 +73,23 @@ void DemoPlayer::press(int key, const QString &text)
     for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
         QKeyEvent event(type, key, Qt::NoModifier, text);
         QCoreApplication::sendEvent(&m_window, &event);
+    }
+}
+
+// In their order, each once it is known how it went.
+void DemoPlayer::printNewSteps()
+{
+    const ProofWatch::Run &run = *m_watch.run();
+    if (std::exchange(m_proof, run.number) != run.number)
+        m_printedSteps = 0;
+    const QVariantList steps = ProofWords::steps(run);
+    for (; m_printedSteps < steps.size(); ++m_printedSteps) {
+        const QVariantMap step = steps.at(m_printedSteps).toMap();
+        const QString state = step.value(u"state"_s).toString();
+        if (state == "running"_L1 || (state == "waiting"_L1 && !run.isOver))
+            return;
+        print(u"%1  %2: %3\n"_s.arg(m_printedSteps == 0 ? u"\n"_s : QString(),
+                                    step.value(u"name"_s).toString(), step.value(u"words"_s).toString()));
     }
 }
 

@@ -4,6 +4,7 @@
 #include "app/AppState.h"
 #include "app/DemoPlayer.h"
 #include "app/MainWindowController.h"
+#include "app/PrivateCloudParts.h"
 #include "app/StartupWindow.h"
 #include "async/CancelledError.h"
 #include "persistence/SealedData.h"
@@ -240,8 +241,9 @@ void Launch::tellWhatIsAside()
 
 void Launch::playDemo()
 {
-    m_demo = std::make_unique<DemoPlayer>(*m_mainWindow->window(), *m_state->presentation().chat,
-                                          *m_commandLine.demoPicture);
+    m_demo =
+        std::make_unique<DemoPlayer>(*m_mainWindow->window(), *m_state->presentation().chat,
+                                     *m_state->assistant().privateCloud->watch, *m_commandLine.demoPicture);
     connect(m_demo.get(), &DemoPlayer::finished, &m_application, &QCoreApplication::exit,
             Qt::QueuedConnection);
     m_demo->play();

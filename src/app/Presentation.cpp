@@ -3,7 +3,9 @@
 #include "ai/agent/ReplyRunner.h"
 #include "ai/tools/ToolRegistry.h"
 #include "app/Assistant.h"
+#include "app/PrivateCloudParts.h"
 #include "app/Storage.h"
+#include "deployment/DeploymentValues.h"
 #include "memory/MemoryStore.h"
 #include "models/Conversation.h"
 #include "network/AppNetwork.h"
@@ -72,8 +74,11 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets
           work))
     , notes(std::make_unique<MemoryViewModel>(*assistant.memory))
     , networkLedger(std::make_unique<NetworkLedgerViewModel>(*assistant.networkLedger, clock))
-    , proofLedger(std::make_unique<ProofLedgerViewModel>(ProofLedgerViewModel::Services{
-          .ledger = *assistant.proofs, .clock = clock, .guidePage = {}, .acceptedServers = {}}))
+    , proofLedger(std::make_unique<ProofLedgerViewModel>(
+          ProofLedgerViewModel::Services{.ledger = *assistant.proofs,
+                                         .clock = clock,
+                                         .guidePage = DeploymentValues::hardwareProofPage,
+                                         .acceptedServers = assistant.privateCloud->acceptedListText()}))
     , privateCloud(std::make_unique<PrivateCloudViewModel>(*assistant.router))
     , shell(std::make_unique<ShellViewModel>(
           settings, storage.startupError ? storage.startupError->userMessage() : QString(),
@@ -87,6 +92,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets
                      &ToolRegistry::availabilityChanged);
     QObject::connect(proofLedger.get(), &ProofLedgerViewModel::cleared, chat->messages(),
                      &MessageListModel::proofsChanged);
+    chat->watchProofs(*assistant.privateCloud->watch);
     const auto showReceipts = [this] {
         receipts->setChat(chat->conversation() ? chat->conversation()->scopeKey() : QString());
     };

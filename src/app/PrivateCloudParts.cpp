@@ -98,4 +98,11 @@ PrivateCloudParts::PrivateCloudParts(const CommandLine &commandLine, const Servi
 
 PrivateCloudParts::~PrivateCloudParts() = default;
 
+std::function<QString()> PrivateCloudParts::acceptedListText() const
+{
+    if (!attestation)
+        return {};
+    return [&proofs = *attestation] { return proofs.acceptedListText(); };
+}
+
 } // namespace morvane

@@ -3,6 +3,7 @@
 #include "ai/routing/PrivateCloud.h"
 #include "app/CommandLine.h"
 
+#include <functional>
 #include <memory>
 
 namespace morvane {
@@ -35,6 +36,9 @@ struct PrivateCloudParts {
 
     PrivateCloudParts(const CommandLine &commandLine, const Services &services);
     ~PrivateCloudParts();
+
+    // Which list of accepted servers is in force, as a sentence; absent where nothing is made.
+    [[nodiscard]] std::function<QString()> acceptedListText() const;
 
     // For the router, which these parts outlive.
     PrivateCloud cloud;
