@@ -16,6 +16,13 @@ AppFixture::AppFixture(const QStringList &serverOptions)
     start();
 }
 
+AppFixture::AppFixture(Clock &clock, const DevRelay::Origin &relay)
+    : clock(clock)
+    , devRelay(relay)
+{
+    start();
+}
+
 AppFixture::~AppFixture()
 {
     stop();
@@ -26,6 +33,7 @@ void AppFixture::start()
     CommandLine commandLine;
     commandLine.profile = profile.path();
     commandLine.practiceServer = server.baseUrl();
+    commandLine.devRelay = devRelay;
     work.emplace(clock);
     state = std::make_unique<AppState>(commandLine, Host::test, clock, Secrets{keychain, keychain}, *work);
     state->storage().settings->setBaseURLString(server.baseUrl());

@@ -17,11 +17,13 @@
 namespace morvane {
 
 // The whole application on a profile of its own, with its real window off screen and the real model server on
-// the other side of a socket. Only the keychain stands in.
+// the other side of a socket. Only the keychain stands in, and the time where a test turns it.
 class AppFixture : public testing::Test {
 protected:
     // The options are those of the model server.
     explicit AppFixture(const QStringList &serverOptions = {});
+    // With the private cloud at `relay`, where this build knows one. The clock outlives the fixture.
+    AppFixture(Clock &clock, const DevRelay::Origin &relay);
     ~AppFixture() override;
 
     // Starts the application, as a new process on the same profile would.
@@ -39,7 +41,9 @@ protected:
     [[nodiscard]] QQuickWindow *window() const { return mainWindow->window(); }
 
     QTemporaryDir profile;
-    SystemClock clock;
+    SystemClock machineClock;
+    Clock &clock{machineClock};
+    std::optional<DevRelay::Origin> devRelay;
     InMemoryKeychainService keychain;
     ModelServer server;
     std::optional<Work> work;

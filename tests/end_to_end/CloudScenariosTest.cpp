@@ -1,0 +1,158 @@
+// Every scenario of the private cloud's server, held to the socket.
+
+#include "end_to_end/CloudFixture.h"
+
+#include "ai/routing/AIRequestRouter.h"
+#include "attestation/ProofLedger.h"
+#include "network/NetworkLedger.h"
+#include "support/LogCapture.h"
+#include "support/TestData.h"
+#include "view_models/chat/ChatViewModel.h"
+
+#include <QProcess>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr const char *turns = "end_to_end/private_cloud.txt";
+
+// Of the person, and of the replies.
+const QString said = u"Where do the herons sleep"_s;
+const QStringList replied{u"practice cloud"_s, u"opened what you wrote"_s, u"PRIVATE THOUGHT"_s,
+                          u"MORVANE_TOOL_CALLS"_s};
+
+const QString pausing =
+    u"ai-provider: Venice attestation rate limited; asking once more after a short pause"_s;
+
+class CloudScenariosTest : public CloudFixture {
+protected:
+    using CloudFixture::CloudFixture;
+
+    // What would wait is let go on, and what waits for time gets it.
+    void letTurnEnd(const QString &model)
+    {
+        if (model.endsWith(u"-held"_s))
+            cloud.goOn(); // before it is waited for
+        EXPECT_TRUE(WindowDriver::eventually([&] {
+            if (log.lines().count(pausing) > m_pauses) {
+                ++m_pauses;
+                time.advance(2s);
+            }
+            return !chat().isResponding() && chat().turnsInFlight() == 0;
+        })) << model.toStdString();
+    }
+
+    [[nodiscard]] QString kinds() { return requestsAfter(m_before); }
+
+    void ask(const QString &model)
+    {
+        m_before = cloud.requests().size();
+        useCloudModel(model);
+        chat().sendMessage(said, std::nullopt);
+        letTurnEnd(model);
+    }
+
+    [[nodiscard]] QString networkRows(std::size_t before) const
+    {
+        const auto snapshot = [this] { return state->assistant().networkLedger->snapshot().entries; };
+        QStringList rows;
+        EXPECT_TRUE(WindowDriver::eventually([&] {
+            rows.clear();
+            const auto entries = snapshot();
+            for (std::size_t i = before; i < entries.size(); ++i)
+                rows += entries[i].outcome.text();
+            return !rows.contains(u"In flight"_s);
+        }));
+        return rows.join(u", "_s);
+    }
+
+    [[nodiscard]] QString proofRows(std::size_t before) const
+    {
+        QStringList rows;
+        const auto entries = state->assistant().proofs->snapshot().entries;
+        for (std::size_t i = before; i < entries.size(); ++i)
+            rows += entries[i].place.code() + (entries[i].attestation ? u" with proof"_s : QString());
+        return rows.isEmpty() ? u"none"_s : rows.join(u", "_s);
+    }
+
+    // What the person reads: the reply, and behind it the banner.
+    [[nodiscard]] QString shown() const
+    {
+        QString text = lastText();
+        if (text.size() > 200)
+            text = u"%1 … %2"_s.arg(text.first(20), text.last(20));
+        if (chat().hasBanner())
+            text += u"⟨%1⟩"_s.arg(chat().banner().message + chat().banner().quotation);
+        return text;
+    }
+
+    // One turn and the next: the stored status, the requests, the rows in both ledgers, the requests of the
+    // turn behind it, and what is shown of the first.
+    QString outcome(const QString &model)
+    {
+        time.advance(125s); // the cloud takes so many turns an hour
+        const std::size_t proofs = state->assistant().proofs->snapshot().entries.size();
+        const std::size_t rows = state->assistant().networkLedger->snapshot().entries.size();
+        chat().newConversation();
+        ask(model);
+        QStringList told{lastStatus(), kinds(), proofRows(proofs), networkRows(rows), {}, shown()};
+        ask(model);
+        told[4] = u"then "_s + kinds();
+        return told.join(u" | "_s);
+    }
+
+    void expectNothingInPlain()
+    {
+        const QByteArray wire = cloud.wire();
+        EXPECT_TRUE(wire.contains("X-Venice-TEE-Client-Pub-Key")) << "the record holds something";
+        for (const QString &words : QStringList{said, u"herons"_s} + replied)
+            expectAbsent(words, wire);
+        EXPECT_TRUE(server.chats().empty()) << "nobody stepped in for the private cloud";
+        for (const auto &request : server.requests())
+            expectAbsent(u"herons"_s, request.target + request.body);
+    }
+
+private:
+    LogCapture log;
+    std::size_t m_before = 0;
+    qsizetype m_pauses = 0;
+};
+
+TEST(CloudTablesTest, LeaveNoScenarioOut)
+{
+    QProcess program;
+    program.start(PrivateCloudServer::program(), {u"--help"_s});
+    ASSERT_TRUE(program.waitForFinished());
+    const QByteArray help = program.readAllStandardOutput();
+    const qsizetype models = help.indexOf("\nModels");
+    const qsizetype ofLists = help.indexOf("\nLists:");
+    ASSERT_TRUE(models > 0 && ofLists > models);
+    int found = 0;
+    for (const auto &[table, part] : {std::pair{turns, help.sliced(models, ofLists - models)}}) {
+        const std::string rows = TestData::text(table);
+        for (const QByteArray &line : part.split('\n')) {
+            if (!line.startsWith("  "))
+                continue;
+            const QByteArray name = line.trimmed().split(' ').first();
+            EXPECT_NE(rows.find('\n' + name.toStdString() + '\n'), std::string::npos) << name.toStdString();
+            ++found;
+        }
+    }
+    EXPECT_GT(found, 30);
+}
+
+TEST_F(CloudScenariosTest, EachEndsInItsOwnWordsRequestsAndRowsAndSendsNothingInPlain)
+{
+    outcome(u"e2ee-glm-5-3-flash"_s); // the list is fetched here
+    EXPECT_EQ(TestData::transcript(turns, [this](const QByteArray &model) { return outcome(model); }),
+              TestData::text(turns));
+    expectNothingInPlain();
+}
+
+} // namespace
+
+} // namespace morvane
