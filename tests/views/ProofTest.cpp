@@ -321,7 +321,8 @@ TEST_F(ProofTest, TheListIsFilteredOpenedExportedAndClearedAfterAQuestion)
     EXPECT_TRUE(
         accessibleName(control(u"proofExportProblem"_s)).startsWith(u"Could not save the proof file"_s));
     const QString path = m_profile.filePath(list.exportFileName());
-    EXPECT_TRUE(list.exportTo(QUrl::fromLocalFile(path)));
+    EXPECT_TRUE(list.exportTo(QUrl::fromLocalFile(m_profile.filePath(u"another.json"_s))));
+    EXPECT_TRUE(list.exportTo(QUrl(path))) << "a name that was typed has no scheme";
     settle();
     EXPECT_EQ(control(u"proofExportProblem"_s), nullptr);
     QFile file(path);

@@ -5,10 +5,10 @@
 #include "network/PrivateNetworkAddress.h"
 #include "utils/files/PrivateFile.h"
 #include "utils/text/DesktopWords.h"
+#include "view_models/settings/ChosenFile.h"
 
 #include <QLocale>
 #include <QTimer>
-#include <QUrl>
 
 namespace morvane {
 
@@ -147,7 +147,7 @@ bool NetworkLedgerViewModel::exportTo(const QUrl &file)
 {
     m_exportProblem.clear();
     try {
-        PrivateFile::write(file.toLocalFile(), LedgerExport::csv(m_ledger.snapshot().entries));
+        PrivateFile::write(ChosenFile::path(file), LedgerExport::csv(m_ledger.snapshot().entries));
     } catch (const FileError &error) {
         m_exportProblem = u"Could not save the ledger: "_s + QString::fromUtf8(error.what());
     }

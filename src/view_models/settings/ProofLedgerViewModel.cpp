@@ -4,10 +4,10 @@
 #include "utils/files/PrivateFile.h"
 #include "view_models/chat/ProofFacts.h"
 #include "view_models/chat/ProofWords.h"
+#include "view_models/settings/ChosenFile.h"
 
 #include <QLocale>
 #include <QTimer>
-#include <QUrl>
 
 namespace morvane {
 
@@ -166,7 +166,7 @@ bool ProofLedgerViewModel::exportTo(const QUrl &file)
 {
     m_exportProblem.clear();
     try {
-        PrivateFile::write(file.toLocalFile(),
+        PrivateFile::write(ChosenFile::path(file),
                            m_services.ledger.exportData(m_services.clock.now(), m_services.guidePage));
     } catch (const FileError &error) {
         m_exportProblem = u"Could not save the proof file: "_s + QString::fromUtf8(error.what());

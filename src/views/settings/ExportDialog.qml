@@ -15,7 +15,7 @@ FileDialog {
     fileMode: FileDialog.SaveFile
     defaultSuffix: suffix
     nameFilters: [kind + " (*." + suffix + ")"]
-    currentFile: currentFolder + "/" + fileName
+    Component.onCompleted: currentFile = currentFolder + "/" + fileName // once: another folder may be gone to
     onAccepted: {
         root.chosen(selectedFile);
         root.finished();
