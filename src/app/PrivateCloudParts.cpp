@@ -68,6 +68,11 @@ void learnSealedPath(SettingsStore &settings, const VeniceMeasurementLists::Part
     settings.setHostedRelayStateKnown(true);
 }
 
+QCoro::Task<> prepared(VeniceMeasurementLists &lists, std::stop_token stop)
+{
+    co_await lists.prepare(stop);
+}
+
 } // namespace
 
 PrivateCloudParts::PrivateCloudParts(const CommandLine &commandLine, const Services &services)
@@ -98,11 +103,20 @@ PrivateCloudParts::PrivateCloudParts(const CommandLine &commandLine, const Servi
 
 PrivateCloudParts::~PrivateCloudParts() = default;
 
-std::function<QString()> PrivateCloudParts::acceptedListText() const
+std::function<QString()> PrivateCloudParts::acceptedListText()
 {
     if (!attestation)
         return {};
-    return [&proofs = *attestation] { return proofs.acceptedListText(); };
+    return [this] {
+        readLists();
+        return attestation->acceptedListText();
+    };
+}
+
+void PrivateCloudParts::readLists()
+{
+    if (!m_reading)
+        m_reading = TaskHandle::start([this](std::stop_token stop) { return prepared(*lists, stop); });
 }
 
 } // namespace morvane

@@ -2,6 +2,7 @@
 
 #include "ai/routing/PrivateCloud.h"
 #include "app/CommandLine.h"
+#include "async/TaskHandle.h"
 
 #include <functional>
 #include <memory>
@@ -37,8 +38,9 @@ struct PrivateCloudParts {
     PrivateCloudParts(const CommandLine &commandLine, const Services &services);
     ~PrivateCloudParts();
 
-    // Which list of accepted servers is in force, as a sentence; absent where nothing is made.
-    [[nodiscard]] std::function<QString()> acceptedListText() const;
+    // Which list of accepted servers is in force, as a sentence; absent where nothing is made. Until what was
+    // stored has been read, which begins when it is first asked, that is the list of the build.
+    [[nodiscard]] std::function<QString()> acceptedListText();
 
     // For the router, which these parts outlive.
     PrivateCloud cloud;
@@ -46,6 +48,11 @@ struct PrivateCloudParts {
     const std::unique_ptr<ProofWatch> watch;
     std::unique_ptr<VeniceMeasurementLists> lists;         // null where nothing is made
     std::unique_ptr<VeniceAttestationService> attestation; // likewise
+
+private:
+    void readLists();
+
+    std::optional<TaskHandle> m_reading; // nothing before the first time
 };
 
 } // namespace morvane

@@ -14,6 +14,7 @@
 #include "persistence/SettingsStore.h"
 #include "support/Await.h"
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/settings/ProofLedgerViewModel.h"
 
 #include <QDir>
 #include <QFile>
@@ -201,6 +202,12 @@ TEST_F(WithdrawnListTest, AWithdrawnServerIsRefusedAlsoAfterARestartWithoutTheNe
         if (isFirst) {
             stop();
             start();
+            auto &ledger = *state->presentation().proofLedger;
+            EXPECT_TRUE(WindowDriver::eventually([&] {
+                ledger.setWatching(false);
+                ledger.setWatching(true);
+                return ledger.acceptedServers().startsWith(u"Version "_s);
+            })) << "what was stored is read before anybody asks a server";
         }
     }
 }
