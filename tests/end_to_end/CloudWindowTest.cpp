@@ -171,12 +171,12 @@ protected:
 // The list that knows the server comes while its proof is being judged.
 TEST_F(NewerListTest, AServerThatIsNewIsAcceptedInTheMiddleOfATurnByTheSameProof)
 {
-    ask(u"e2ee-newer"_s, u"Hello"_s);
+    ask(u"e2ee-proof-newer-image"_s, u"Hello"_s);
     ASSERT_TRUE(turnEnds());
     EXPECT_EQ(requestsAfter(0), u"LPS"_s);
     EXPECT_TRUE(proofLine().startsWith(u"Refused: "_s)) << proofLine().toStdString();
     time.advance(301s);
-    ask(u"e2ee-newer"_s, u"Hello again"_s);
+    ask(u"e2ee-proof-newer-image"_s, u"Hello again"_s);
     ASSERT_TRUE(turnEnds());
     EXPECT_EQ(requestsAfter(3), u"PLSC"_s) << "one proof, judged twice";
     EXPECT_EQ(proofLine(), u"Private cloud · Hardware verified"_s);
