@@ -16,14 +16,13 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString said = u"Where did the heron go?\n\nI saw “it” twice."_s;
 const QString told = u"The heron sleeps by the mill."_s;
 
 std::vector<AIMessage> question()
 {
     return {{.role = AIMessage::Role::user, .content = u"Good morning."_s},
             {.role = AIMessage::Role::assistant, .content = u"PERSON of few words."_s},
-            {.role = AIMessage::Role::user, .content = said}};
+            {.role = AIMessage::Role::user, .content = u"Where did the heron go?"_s}};
 }
 
 std::vector<AIMessage> withResult()
@@ -34,12 +33,7 @@ std::vector<AIMessage> withResult()
     return messages;
 }
 
-std::vector<AITool> abilities()
-{
-    return {{.name = u"look_up"_s, .description = u"Looks up."_s}};
-}
-
-// The names that the program's help lists: models or lists.
+// The names that the program's help lists.
 std::set<QString> namesUnder(const QByteArray &heading)
 {
     QProcess process;
@@ -53,116 +47,6 @@ std::set<QString> namesUnder(const QByteArray &heading)
             names.insert(QString::fromLatin1(line.trimmed().split(' ').first()));
     }
     return names;
-}
-
-// What each model's proofs and turns come to, one after the other.
-struct Row {
-    const char *model;
-    QStringList proofs;
-    QStringList turns;
-};
-
-std::vector<Row> rows()
-{
-    const QString practice =
-        u"The practice cloud opened what you wrote: “"_s + said + u"”. No model is thinking behind it."_s;
-    const QString good = practice + u"[stop]"_s;
-    const QString busy = u"HTTP 429 Too many requests for a proof."_s;
-    const QString starting = u"HTTP 503 The server is starting again."_s;
-    const QString otherKey = u"HTTP 400 X-Venice-TEE-Model-Pub-Key is not the key of this server."_s;
-    const QString block =
-        u"<<<MORVANE_TOOL_CALLS>>>\n{\"calls\":[{\"arguments\":{\"query\":%1},\"name\":\"look_up\"}]}\n"
-        "<<<END_MORVANE_TOOL_CALLS>>>"_s;
-    const QString json = u"\"Where did the heron go?\\n\\nI saw “it” twice.\""_s;
-    const QString answer = u"The practice cloud was told: “"_s + told + u"”.[stop]"_s;
-    const QString thought = u"PRIVATE THOUGHT and more </think>\n"_s + good;
-    QString thousand;
-    for (int i = 1; i <= 1000; ++i)
-        thousand += QString::number(i) + u' ';
-    return {
-        {"e2ee-glm-5-3-flash", {u"ok"_s}, {good}},
-        {"e2ee-practice", {u"ok"_s}, {good, good}},
-        {"e2ee-503-once", {u"ok"_s}, {starting, otherKey, good}},
-        {"e2ee-503-twice", {u"ok"_s}, {starting, otherKey, starting, otherKey, good}},
-        {"e2ee-504", {u"ok"_s}, {u"HTTP 504 The model took too long."_s}},
-        {"e2ee-plain-chunk", {u"ok"_s}, {u"Sealed. [UNSEALED PIECE ]"_s + good}},
-        {"e2ee-only-plain", {u"ok"_s}, {u"[UNSEALED PIECE ]"_s.repeated(3) + u"[stop]"_s}},
-        {"e2ee-undecryptable", {u"ok"_s}, {u"Before it. [did not open]Behind it.[stop]"_s}},
-        {"e2ee-reasoning", {u"ok"_s}, {u"[reasoning_content][reasoning]"_s + good}},
-        {"e2ee-thinking", {u"ok"_s}, {u"\n<think>"_s + thought}},
-        {"e2ee-thinking-untagged", {u"ok"_s}, {thought}},
-        {"e2ee-tools", {u"ok"_s}, {block.arg(json) + u"[stop]"_s, answer}},
-        {"e2ee-tools-characters", {u"ok"_s}, {u"One moment. "_s + block.arg(json) + u"[stop]"_s, answer}},
-        {"e2ee-tools-fenced",
-         {u"ok"_s},
-         {block.arg(json).replace("\n{"_L1, "\n```json\n{"_L1).replace("}\n"_L1, "}\n```\n"_L1) + u"[stop]"_s,
-          answer}},
-        {"e2ee-tools-broken",
-         {u"ok"_s},
-         {u"One moment. <<<MORVANE_TOOL_CALLS>>>{\"calls\": [{\"name\"[stop]"_s, answer}},
-        {"e2ee-empty", {u"ok"_s}, {u"[stop]"_s}},
-        {"e2ee-truncated", {u"ok"_s}, {u"The practice cloud has no room for [length]"_s}},
-        {"e2ee-held",
-         {u"ok"_s},
-         {u"[reasoning_content]The practice cloud begins, and waits until it is told to go on. "_s + good}},
-        {"e2ee-cut", {u"ok"_s}, {u"The practice cloud breaks off in the middle of cut"_s}},
-        {"e2ee-strange-lines", {u"ok"_s}, {good}},
-        {"e2ee-thousand", {u"ok"_s}, {thousand + u"[stop]"_s}},
-        {"e2ee-proof-429-once", {busy, u"ok"_s}, {good}},
-        {"e2ee-proof-429-twice", {busy, busy, u"ok"_s}, {}},
-        {"e2ee-proof-503", {u"HTTP 503 No server has room."_s, u"HTTP 503 No server has room."_s}, {}},
-        {"e2ee-proof-dead", {u"cut"_s}, {}},
-        {"e2ee-proof-not-json", {u"notJSON"_s}, {}},
-        {"e2ee-proof-held", {u"ok"_s}, {good}},
-        {"e2ee-proof-wrong-model", {u"wrongModel("_s}, {}},
-        {"e2ee-proof-wrong-nonce", {u"nonceMismatch"_s}, {}},
-        {"e2ee-proof-no-gpu", {u"gpuEvidenceMissing"_s}, {}},
-        {"e2ee-proof-changed-configuration", {u"configuration(configurationNotReviewed)"_s}, {}},
-        {"e2ee-proof-newer-image", {u"measurementsNotAllowed("_s}, {}},
-        {"e2ee-proof-other-image", {u"measurementsNotAllowed("_s}, {}},
-        {"e2ee-proof-other-root", {u"quote(certificateChain("_s}, {}},
-        {"e2ee-proof-other-key", {u"reportDataDoesNotBindKey"_s}, {}},
-    };
-}
-
-TEST(PrivateCloudServer, EachModelDoesWhatItsScenarioPromisesAndNoWordIsInPlain)
-{
-    PrivateCloudServer server;
-    PrivateCloudClient client(server);
-    EXPECT_EQ(client.fetchList(), u"version 5, 0 withdrawn"_s);
-    std::set<QString> tried;
-    for (const Row &row : rows()) {
-        const QString model = QString::fromLatin1(row.model);
-        tried.insert(model);
-        if (model.endsWith("-held"_L1))
-            server.goOn(); // before it is waited for, and so for the one who will
-        for (const QString &proof : row.proofs)
-            EXPECT_EQ(client.prove(model).toStdString(), proof.toStdString()) << row.model;
-        for (const QString &turn : row.turns) {
-            const bool callsAbility = model.startsWith("e2ee-tools"_L1);
-            const bool isSecond = callsAbility && turn == row.turns.last();
-            EXPECT_EQ(client
-                          .turn(model, isSecond ? withResult() : question(),
-                                callsAbility ? abilities() : std::vector<AITool>())
-                          .toStdString(),
-                      turn.toStdString())
-                << row.model;
-            if (turn.startsWith("HTTP 400"_L1)) {
-                EXPECT_EQ(client.prove(model), u"ok"_s); // with the new key
-            }
-        }
-    }
-    EXPECT_EQ(tried, namesUnder("Models, each a scenario:"));
-    EXPECT_EQ(client.prove(u"e2ee-tools"_s), u"ok"_s);
-    EXPECT_EQ(client.turn(u"e2ee-tools"_s, question()),
-              u"The practice cloud was offered no ability.[stop]"_s);
-
-    const QByteArray wire = server.wire();
-    EXPECT_GT(wire.count("chat.completion.chunk"), 1000);
-    EXPECT_EQ(wire.count("UNSEALED PIECE"), 4);
-    for (const char *words :
-         {"heron", "PERSON", "Be kind", "practice cloud", "THOUGHT", "TOOL_CALLS", "look_up"})
-        EXPECT_EQ(wire.count(words), 0) << words;
 }
 
 TEST(PrivateCloudServer, AStrictServerTakesNothingElse)
