@@ -35,6 +35,7 @@ protected:
     // list and its signature, P for a proof, C for a turn.
     [[nodiscard]] QString requestsAfter(std::size_t count);
 
+public:
     // No form in which words might lie in those bytes, but for encryption.
     static void expectAbsent(const QString &words, const QByteArray &bytes);
 };
