@@ -6,7 +6,6 @@
 #include "security/InMemoryKeychainService.h"
 #include "security/LocalDataVault.h"
 #include "security/SealedForm.h"
-#include "support/LogCapture.h"
 #include "utils/files/PrivateFile.h"
 
 #include <QDir>
@@ -20,10 +19,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString lostKeyLine = u"app: Instructions: the file is sealed with a key this Mac no longer has"_s;
-const QString movedLine =
-    u"app: Instructions: moved the custom prompt out of defaults into the sealed file"_s;
-const QString unwrittenLine = u"app: Instructions: could not write file: <private>"_s;
 const QByteArray sly = R"({"companion":{"name":"Fox","personality":" sly\n"}})";
 
 class SystemPromptStoreTest : public testing::Test {
@@ -45,7 +40,6 @@ protected:
     SettingsStore settings{repository};
     QTemporaryDir home;
     QString path = SystemPromptStore::path({home.path(), {}, {}});
-    LogCapture log;
 };
 
 TEST_F(SystemPromptStoreTest, KeepsInstructionsInOneSealedFile)
@@ -66,7 +60,6 @@ TEST_F(SystemPromptStoreTest, KeepsInstructionsInOneSealedFile)
     EXPECT_EQ(opened(), words.toUtf8());
     EXPECT_EQ(SystemPromptStore(settings, vault, path).prompt(), words);
     EXPECT_EQ(store.effectivePrompt(), u"Répondez court 👻"_s);
-    EXPECT_TRUE(log.lines().isEmpty());
 
     write("Be kind"); // a plain file stands until the next save
     store.load();
@@ -92,7 +85,6 @@ TEST_F(SystemPromptStoreTest, LeavesAFileThatItCannotOpenAloneUntilReset)
         EXPECT_EQ(contents(), unreadable);
         EXPECT_EQ(repository.string(u"customSystemPrompt"_s), u"old"_s);
     }
-    EXPECT_EQ(log.lines().mid(0, 2), (QStringList{lostKeyLine, unwrittenLine}));
 
     repository.removeAll();
     SystemPromptStore store(settings, vault, path);
@@ -121,7 +113,6 @@ TEST_F(SystemPromptStoreTest, WaitsForALockedVault)
     EXPECT_FALSE(store.loadFailed());
     store.setPrompt(u"unwritten"_s);
     EXPECT_EQ(contents(), before);
-    EXPECT_EQ(log.lines(), QStringList{unwrittenLine});
     vault.unlock();
     store.load();
     EXPECT_EQ(store.prompt(), u"sealed words"_s);
@@ -140,7 +131,6 @@ TEST_F(SystemPromptStoreTest, TakesOverOnceWhatOlderBuildsHeld)
         SystemPromptStore store(settings, vault, path);
         EXPECT_EQ(store.prompt(), expected);
         EXPECT_EQ(opened(), expected.toUtf8());
-        EXPECT_EQ(log.lines().back(), movedLine);
         EXPECT_TRUE(repository.keys().isEmpty());
 
         store.reset();
@@ -164,7 +154,6 @@ TEST_F(SystemPromptStoreTest, LosesNothingWhenTheFileCannotBeWritten)
     EXPECT_EQ(repository.keys(), keys);
     store.setPrompt(u"kept in memory"_s);
     EXPECT_EQ(store.effectivePrompt(), u"kept in memory"_s);
-    EXPECT_EQ(log.lines().back(), unwrittenLine);
 }
 
 } // namespace
