@@ -165,21 +165,9 @@ TEST_P(ProviderSessionTest, TheTextViewHoldsTheTextTellsOfThinkingAndEndsTheRequ
     EXPECT_EQ(session.openRequests(), 0);
 }
 
-TEST_P(ProviderSessionTest, EndsWithCallsThenTruncation)
-{
-    const QByteArray call = R"({"index":0,"id":"a","function":{"name":"f"}})";
-    const Reply reply = replyTo({.pieces = {dialect.calls(call), dialect.text("x"), dialect.end("length")}});
-    EXPECT_EQ(reply.events, (std::vector<AIStreamEvent>{AIStream::Text{u"x"_s},
-                                                        AIStream::ToolCalls{{{u"a"_s, u"f"_s, u"{}"_s}}},
-                                                        AIStream::TruncatedByTokenLimit{}}));
-}
-
 TEST_P(ProviderSessionTest, EachStatusHasItsErrorAndABoundOnItsBody)
 {
-    for (const int status : {199, 302, 400, 401, 403, 404, 429, 500, 503}) {
-        EXPECT_EQ(replyTo({.status = status, .pieces = {"<html>"}}).error, ProviderError::forStatus(status))
-            << status;
-    }
+    EXPECT_EQ(replyTo({.status = 302, .pieces = {"<html>"}}).error, ProviderError::forStatus(302));
     const QByteArray half(ProviderFailure::errorBodyLimit / 2, 'x');
     EXPECT_EQ(replyTo({.status = 500, .pieces = {half, half, half}, .ending = Ending::staysOpen}).error,
               ProviderError(ProviderError::ServerError{500}));
@@ -234,27 +222,6 @@ TEST_P(ProviderSessionTest, EndsWhatIsBeyondItsBounds)
     Answer endlessCall{.ending = Ending::staysOpen};
     endlessCall.pieces.assign(100, dialect.calls(longArguments));
     EXPECT_EQ(replyTo(endlessCall).error, ProviderError(Plain::replyTooLarge));
-}
-
-// Ollama is asked about another model first, and then sends no question.
-TEST_P(ProviderSessionTest, DroppingTheStreamEndsTheRequest)
-{
-    for (const QString &model : {configuration.model, u"another"_s}) {
-        configuration.model = model;
-        for (const Answer &answer : {Answer{.neverAnswers = true},
-                                     Answer{.pieces = {dialect.text("x")}, .ending = Ending::staysOpen}}) {
-            const auto sent = session.requests().size();
-            session.answer(answer);
-            {
-                const auto stream = ask();
-                TestWait::settle();
-                EXPECT_EQ(session.openRequests(), 1);
-            }
-            TestWait::settle();
-            EXPECT_EQ(session.openRequests(), 0);
-            EXPECT_EQ(session.requests().size(), sent + 1);
-        }
-    }
 }
 
 TEST_P(ProviderSessionTest, AReplyOutlivesItsProvider)

@@ -113,6 +113,7 @@ TEST(ServerModelsTest, AsksBesideTheEndpointWithARedirectRuleALimitAndWordsOfIts
         network.fake->answer(status, body);
         AIConfiguration configuration;
         configuration.baseURLString = baseURL;
+        configuration.apiKey = u"secret"_s;
         try {
             return TestWait::await(ServerModels::list(&network, &work, configuration, {})).join(u' ');
         } catch (const UserPresentableError &error) {
@@ -124,6 +125,7 @@ TEST(ServerModelsTest, AsksBesideTheEndpointWithARedirectRuleALimitAndWordsOfIts
     const HttpRequest &asked = network.fake->requests().back();
     EXPECT_EQ(asked.url.toEncoded(), "https://a.example/b%2Fc/v1/models?tier=2");
     EXPECT_EQ(asked.headers[0].value, "MorvaneGPT/" MORVANE_VERSION);
+    EXPECT_EQ(asked.headers.at(1).value, "Bearer secret");
     EXPECT_EQ(asked.limit, asked.timeout) << "a slow drip ends as well";
     ASSERT_TRUE(asked.followsRedirect);
     EXPECT_FALSE(asked.followsRedirect(asked.url, QUrl(u"http://a.example/v1/models"_s)));
@@ -132,6 +134,9 @@ TEST(ServerModelsTest, AsksBesideTheEndpointWithARedirectRuleALimitAndWordsOfIts
     EXPECT_EQ(outcome(200, "<html>", full), u"The server's answer is no list of models."_s);
     EXPECT_EQ(outcome(404, {}, full), u"The server gave no list of its models (HTTP 404)."_s);
     EXPECT_EQ(outcome(401, {}, full), u"The AI provider rejected the API key."_s);
+    const auto sent = network.fake->requests().size();
+    outcome(200, "[]", u"http://example.org/v1"_s); // not encrypted, not near
+    EXPECT_EQ(network.fake->requests().size(), sent);
 }
 
 QString linesInPieces(const QByteArray &body, qsizetype size)
