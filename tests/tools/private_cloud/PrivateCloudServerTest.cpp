@@ -2,13 +2,9 @@
 
 #include "support/TestData.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
-#include <QProcess>
 
 #include <gtest/gtest.h>
-
-#include <set>
 
 namespace morvane {
 
@@ -31,22 +27,6 @@ std::vector<AIMessage> withResult()
     messages.push_back({.role = AIMessage::Role::assistant, .toolCalls = {{u"1"_s, u"look_up"_s, u"{}"_s}}});
     messages.push_back({.role = AIMessage::Role::tool, .content = told, .toolName = u"look_up"_s});
     return messages;
-}
-
-// The names that the program's help lists.
-std::set<QString> namesUnder(const QByteArray &heading)
-{
-    QProcess process;
-    process.start(PrivateCloudServer::program(), {u"--help"_s});
-    EXPECT_TRUE(process.waitForFinished());
-    std::set<QString> names;
-    bool isUnder = false;
-    for (const QByteArray &line : process.readAllStandardOutput().split('\n')) {
-        isUnder = line.startsWith("  ") ? isUnder : line == heading;
-        if (isUnder && line.startsWith("  "))
-            names.insert(QString::fromLatin1(line.trimmed().split(' ').first()));
-    }
-    return names;
 }
 
 TEST(PrivateCloudServer, AStrictServerTakesNothingElse)
@@ -92,44 +72,6 @@ TEST(PrivateCloudServer, AStrictServerTakesNothingElse)
         EXPECT_EQ(answer.status, 400) << words;
         EXPECT_TRUE(answer.body.contains(words)) << answer.body.toStdString();
     }
-}
-
-TEST(PrivateCloudServer, EachListIsServedAsItsNameSays)
-{
-    const QString good = u"version 5, 0 withdrawn"_s;
-    const std::tuple<const char *, QString, QString> table[]{
-        {"good", good, good},
-        {"newer", good, u"version 6, 0 withdrawn"_s},
-        {"newest", u"version 6, 0 withdrawn"_s, u"version 6, 0 withdrawn"_s},
-        {"rolled-back", good, u"rolledBack(4, 5)"_s},
-        {"same-version", good, good},
-        {"withdrawn", u"version 5, 2 withdrawn"_s, u"version 5, 2 withdrawn"_s},
-        {"expired", u"version 5, 1 withdrawn, expired"_s, u"version 5, 1 withdrawn, expired"_s},
-        {"too-many", u"badValue(\"entries\")"_s, u"badValue(\"entries\")"_s},
-        {"largest", good, good},
-        {"too-large", u"tooLarge"_s, u"tooLarge"_s},
-        {"unknown-field", u"unknownField(\"list.note\")"_s, u"unknownField(\"list.note\")"_s},
-        {"bad-signature", u"signatureInvalid"_s, u"signatureInvalid"_s},
-        {"missing", u"HTTP 404 There is no list."_s, u"HTTP 404 There is no list."_s},
-        {"dead", u"cut"_s, u"cut"_s},
-    };
-    std::set<QString> tried{u"drip"_s};
-    for (const auto &[name, first, second] : table) {
-        tried.insert(QString::fromLatin1(name));
-        const PrivateCloudServer server({u"--list"_s, QString::fromLatin1(name)});
-        PrivateCloudClient client(server);
-        EXPECT_EQ(client.fetchList().toStdString(), first.toStdString()) << name;
-        const QByteArray bytes = client.listBytes();
-        EXPECT_EQ(client.fetchList(first.startsWith("version"_L1) ? 5 : 0).toStdString(),
-                  second.toStdString())
-            << name;
-        EXPECT_EQ(bytes == client.listBytes(), first == second && "same-version"_L1 != name) << name;
-        EXPECT_EQ(client.prove(u"e2ee-proof-newer-image"_s) == "ok"_L1, second.startsWith("version 6"_L1))
-            << name;
-        const bool isWithdrawn = first.contains("withdrawn"_L1) && !first.contains(" 0 "_L1);
-        EXPECT_EQ(client.prove(u"e2ee-glm-5-3-flash"_s) == "ok"_L1, !isWithdrawn) << name;
-    }
-    EXPECT_EQ(tried, namesUnder("Lists:"));
 }
 
 TEST(PrivateCloudServer, ABuiltInModelAndAScriptChangeWhatComes)
