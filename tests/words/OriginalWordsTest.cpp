@@ -12,6 +12,7 @@
 #include "network/PrivateNetworkAddress.h"
 #include "security/KeychainError.h"
 #include "services/ScreenGlanceError.h"
+#include "support/TestData.h"
 #include "utils/text/DesktopWords.h"
 #include "view_models/chat/ApprovalWords.h"
 
@@ -42,41 +43,24 @@ TEST(OriginalWordsTest, EachTextIsTheGivenOne)
     using Plain = ProviderError::Plain;
     using Refused = VeniceAttestationVerifier::Failure;
     const QString refusal = Refused(Refused::Plain::noQuote).userMessage();
-    const std::vector<std::pair<QString, QString>> saidAndGiven{
-        {advice(ProviderError(ProviderError::CloudModelInPrivateMode{u"m"_s})),
-         u"Choose a model that runs on your Mac or your network in Settings → AI."_s},
-        {ProviderError(Plain::localModelRequired).userMessage(),
-         u"This uses your private data (screen text, memory notes or an image), which MorvaneGPT sends only "
-         "to a model on this Mac or your network, and none is ready."_s},
-        {refusal,
-         u"MorvaneGPT could not verify the private cloud's hardware proof, so this reply is from the "
-         "model on your Mac."_s},
-        {LocalFallbackStream::unanswered(refusal).userMessage(),
-         u"MorvaneGPT could not verify the private cloud's hardware proof, and no model is set up on this "
-         "Mac, so this message was not answered. Settings > AI sets one up."_s},
-        {ChatSource::of(u"http://localhost:11434/v1"_s, u"m"_s).whereRepliesRun(), u"on this Mac"_s},
-        {PrivateNetworkAddress::labelOf(PrivateNetworkAddress::HostClass::thisMac), u"This Mac"_s},
-        {ProofLedger::Place{ProofLedger::Place::Kind::thisMac, {}, {}}.plainName(), u"This Mac"_s},
-        {EgressGate::refusalReason(QUrl(u"https://a.test"_s), EgressGate::Reach::PrivateOnly)
-             .value_or(QString()),
-         u"a.test is not on this Mac or your network, and this request carries your own data"_s},
-        {ApprovalWords::footnote({.name = u"read_web_page"_s}, false),
-         u"MorvaneGPT downloads this page from your Mac, and its text joins this chat."_s},
-        {SystemPromptStore::loadFailedMessage(),
-         u"Your saved instructions are sealed with a key this Mac no longer has. Reset to start over."_s},
-        {advice(ScreenGlanceError(ScreenGlanceError::Case::permissionNeeded)),
-         u"Choose Allow when macOS asks, or turn on MorvaneGPT in System Settings → Privacy & Security → "
-         "Screen & System Audio Recording. Either way, quit and reopen MorvaneGPT afterwards so it takes "
-         "effect. I only look when you ask."_s},
-        {advice(ScreenGlanceError(ScreenGlanceError::Case::needsRelaunch)),
-         u"macOS only applies Screen Recording permission when an app launches, and it rechecks after every "
-         "update. Quit MorvaneGPT and open it again, then ask me once more."_s},
-        {advice(KeychainError(KeychainError::Operation::Read, {})),
-         u"Try again. If the problem persists, check Keychain Access for a locked or damaged keychain."_s},
-        {WhatChangedNotice::lines().first(), u"MorvaneGPT is one thing now: a private chat for your Mac."_s},
+    const QStringList said{
+        advice(ProviderError(ProviderError::CloudModelInPrivateMode{u"m"_s})),
+        ProviderError(Plain::localModelRequired).userMessage(),
+        refusal,
+        LocalFallbackStream::unanswered(refusal).userMessage(),
+        ChatSource::of(u"http://localhost:11434/v1"_s, u"m"_s).whereRepliesRun(),
+        PrivateNetworkAddress::labelOf(PrivateNetworkAddress::HostClass::thisMac),
+        ProofLedger::Place{ProofLedger::Place::Kind::thisMac, {}, {}}.plainName(),
+        EgressGate::refusalReason(QUrl(u"https://a.test"_s), EgressGate::Reach::PrivateOnly)
+            .value_or(QString()),
+        ApprovalWords::footnote({.name = u"read_web_page"_s}, false),
+        SystemPromptStore::loadFailedMessage(),
+        advice(ScreenGlanceError(ScreenGlanceError::Case::permissionNeeded)),
+        advice(ScreenGlanceError(ScreenGlanceError::Case::needsRelaunch)),
+        advice(KeychainError(KeychainError::Operation::Read, {})),
+        WhatChangedNotice::lines().first(),
     };
-    for (const auto &[said, given] : saidAndGiven)
-        EXPECT_EQ(said, given);
+    EXPECT_EQ(said.join(u'\n').toStdString() + '\n', TestData::text("words/original.txt"));
 }
 
 // The digest was taken from the agreed wording, not from this program.
