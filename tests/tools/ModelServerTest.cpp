@@ -61,28 +61,6 @@ TEST_F(ModelServerTest, AScenarioFileIsPlayedInItsOrderAndThenTheBuiltInOnes)
     EXPECT_EQ(server.requests()[0].json()["model"_L1].toString(), u"b"_s);
 }
 
-TEST_F(ModelServerTest, AStrictServiceRefusesWhatItDoesNotKnowAndTakesTheRest)
-{
-    const ModelServer server;
-    const std::tuple<const char *, const char *, int> table[]{
-        {"strict-purpose", R"("purpose": "chat")", 400},
-        {"strict-purpose-schema", R"("purpose": "chat")", 422},
-        {"strict-tokens", R"("max_tokens": 8)", 400},
-        {"strict-temperature", R"("temperature": 0.7)", 400},
-        {"strict-system", R"("messages": [{"role": "user"}, {"role": "system"}])", 400},
-        {"strict-turns", R"("messages": [{"role": "system"}, {"role": "assistant"}])", 400},
-        {"strict-content", R"("messages": [{"role": "assistant", "content": null, "tool_calls": []}])", 422},
-        {"tools-need-flag", R"("tools": [{}])", 500},
-        {"tools-need-whole", R"("stream": true, "tools": [{}])", 500}};
-    const QString chat = server.baseUrl() + u"/chat/completions"_s;
-    for (const auto &[model, refused, status] : table) {
-        const QByteArray start = R"({"model": ")" + QByteArray(model) + R"(", )";
-        EXPECT_EQ(post(chat, start + refused + '}').status, status) << model;
-        EXPECT_EQ(post(chat, start + R"("messages": [{"role": "system"}, {"role": "user"}]})").status, 200)
-            << model;
-    }
-}
-
 TEST_F(ModelServerTest, OllamaRefusesWhatAModelCannotDoAndTellsHowAPullGoes)
 {
     const ModelServer server(ModelServer::Interface::ollama, {{u"small"_s, {u"completion"_s}}});
