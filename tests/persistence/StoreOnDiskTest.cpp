@@ -8,7 +8,6 @@
 #include <QDirIterator>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace morvane {
 
@@ -160,16 +159,8 @@ TEST_F(StoreOnDiskTest, AStoreFromBeforeSealingOpensAndIsSealedLater)
 
 TEST_F(StoreOnDiskTest, AnOlderStoreTakesWhatCameSinceForGood)
 {
-    const QByteArray before11 = "ALTER TABLE Conversation DROP COLUMN carriesScreenText;"
-                                "ALTER TABLE ChatMessage DROP COLUMN toolStates; PRAGMA user_version = 10000";
-    const QByteArray before12 =
-        "DROP INDEX Conversation_plain; CREATE INDEX Conversation_plain ON Conversation(id) WHERE 0;"
-        "ALTER TABLE Conversation DROP COLUMN sealedDraft; ALTER TABLE Conversation DROP COLUMN "
-        "carriesPicture;"
-        "ALTER TABLE ChatMessage DROP COLUMN versionGroup; ALTER TABLE ChatMessage DROP COLUMN answers;"
-        "ALTER TABLE ChatMessage DROP COLUMN isSetAside;"
-        "DROP INDEX ChatMessage_plain; CREATE INDEX ChatMessage_plain ON ChatMessage(id) WHERE 0;"
-        "ALTER TABLE ChatMessage DROP COLUMN sealedToolDetails; PRAGMA user_version = 10100;";
+    const QByteArray before12 = TestData::read("persistence/to_before_12.sql");
+    const QByteArray before11 = TestData::read("persistence/to_before_11.sql");
     for (const QByteArray &downgrade : {before12, before12 + before11}) {
         QDir(folder).removeRecursively();
         {
@@ -267,24 +258,6 @@ TEST_F(StoreOnDiskTest, ADamagedFileIsFoundLeftAsItIsAndSetAsideWithAllThatWasSa
     for (const QString &former : StoreFiles::withCompanions(path))
         EXPECT_FALSE(StoreFiles::exists(former));
     EXPECT_EQ(StoreFiles::openToRead(path + u".damaged-1"_s).integer("SELECT count(*) FROM Conversation"), 2);
-}
-
-TEST_F(StoreOnDiskTest, AFolderThatCannotBeWrittenIsUnavailable)
-{
-    onDisk().repository.create();
-    const auto before = bytesOf(path);
-    const auto allow = [](const QString &what, mode_t mode) {
-        ::chmod(QFile::encodeName(what).constData(), mode);
-    };
-    allow(home.path(), 0755);
-    allow(folders.data, 0755);
-    allow(folder, 0555);
-    const uid_t self = ::geteuid();
-    ASSERT_TRUE(self != 0 || ::seteuid(65534) == 0); // permissions don't stop the superuser
-    expectUnavailable();
-    ASSERT_EQ(::seteuid(self), 0);
-    allow(folder, 0700);
-    EXPECT_EQ(bytesOf(path), before);
 }
 
 TEST_F(StoreOnDiskTest, ADiskThatRefusesKeepsTheChangesForTheNextSave)

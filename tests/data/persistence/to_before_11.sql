@@ -1,0 +1,3 @@
+ALTER TABLE Conversation DROP COLUMN carriesScreenText;
+ALTER TABLE ChatMessage DROP COLUMN toolStates;
+PRAGMA user_version = 10000;

@@ -1,0 +1,11 @@
+DROP INDEX Conversation_plain;
+CREATE INDEX Conversation_plain ON Conversation(id) WHERE 0;
+ALTER TABLE Conversation DROP COLUMN sealedDraft;
+ALTER TABLE Conversation DROP COLUMN carriesPicture;
+ALTER TABLE ChatMessage DROP COLUMN versionGroup;
+ALTER TABLE ChatMessage DROP COLUMN answers;
+ALTER TABLE ChatMessage DROP COLUMN isSetAside;
+DROP INDEX ChatMessage_plain;
+CREATE INDEX ChatMessage_plain ON ChatMessage(id) WHERE 0;
+ALTER TABLE ChatMessage DROP COLUMN sealedToolDetails;
+PRAGMA user_version = 10100;
