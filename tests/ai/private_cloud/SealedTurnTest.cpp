@@ -218,7 +218,7 @@ TEST_F(SealedTurnTest, SendsTheTwoTextsSealedAndNothingElseOfThem)
     EXPECT_EQ(reply.error, std::nullopt);
     EXPECT_EQ(reply.text(), u"Hello, you."_s);
     ASSERT_EQ(cloud.kinds(), u"PC"_s);
-    const HttpRequest &sent = cloud.requests[1];
+    const HttpRequest sent = cloud.requests[1];
     EXPECT_EQ(sent.method, "POST");
     EXPECT_EQ(sent.url, QUrl(u"https://cloud.invalid/v1/chat/completions"_s));
     EXPECT_EQ(sent.timeout, 120s);
