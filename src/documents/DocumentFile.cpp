@@ -92,15 +92,15 @@ bool DocumentFile::isSupported(const QString &extension)
 
 bool DocumentFile::isImage(const QString &extension)
 {
-    static const QSet<QString> extensions{u"png"_s, u"jpg"_s,  u"jpeg"_s, u"gif"_s,  u"bmp"_s,
+    static const QSet<QString> extensions{u"png"_s,  u"jpg"_s, u"jpeg"_s, u"gif"_s,  u"bmp"_s,
                                           u"webp"_s, u"tif"_s, u"tiff"_s, u"heic"_s, u"svg"_s};
     return extensions.contains(extension);
 }
 
 QByteArray DocumentFile::read(const QString &path, qint64 limitBytes)
 {
-    // A place is looked at without opening what lies there; then what was looked at is opened, and not whatever
-    // has come to stand at that path.
+    // A place is looked at without opening what lies there; then what was looked at is opened, and not
+    // whatever has come to stand at that path.
     const Descriptor place(::open(QFile::encodeName(path).constData(), O_PATH | O_CLOEXEC));
     const qint64 size = judgedSize(place, limitBytes);
     const QByteArray opened = "/proc/self/fd/" + QByteArray::number(place.number());

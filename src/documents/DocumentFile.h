@@ -20,9 +20,9 @@ inline constexpr qint64 maxFileSizeBytes = 20'971'520;
 // Whether the extension names a picture.
 [[nodiscard]] bool isImage(const QString &extension);
 
-// All bytes of a regular file, or of a link to one, as they were when they were read. What is no regular file is
-// never opened: a pipe would wait for its other end, and opening a device may set something off. A file that
-// grows meanwhile is read no further than one byte past the limit.
+// All bytes of a regular file, or of a link to one, as they were when they were read. What is no regular file
+// is never opened: a pipe would wait for its other end, and opening a device may set something off. A file
+// that grows meanwhile is read no further than one byte past the limit.
 //
 // Throws DocumentError: `unreadable`, or `fileTooLarge` with the size as far as it is known.
 // May wait for the disk; any thread.

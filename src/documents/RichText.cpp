@@ -5,8 +5,10 @@
 
 #include <QSet>
 
+#include <algorithm>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace morvane {
@@ -22,13 +24,13 @@ constexpr int noFont = -1;
 // Words that stand for text.
 const Words &textOf()
 {
-    static const Words words{
-        {"par", u"\n"},       {"line", u"\n"},       {"sect", u"\n"},       {"page", u"\n"},
-        {"column", u"\n"},    {"tab", u"\t"},        {"cell", u"\t"},       {"nestcell", u"\t"},
-        {"emdash", u"—"},     {"endash", u"–"},      {"lquote", u"‘"},      {"rquote", u"’"},
-        {"ldblquote", u"“"},  {"rdblquote", u"”"},   {"bullet", u"•"},      {"emspace", u"\u2003"},
-        {"enspace", u"\u2002"}, {"qmspace", u"\u2005"}, {"zwj", u"\u200D"}, {"zwnj", u"\u200C"},
-        {"footnote", u" "}};
+    static const Words words{{"par", u"\n"},         {"line", u"\n"},        {"sect", u"\n"},
+                             {"page", u"\n"},        {"column", u"\n"},      {"tab", u"\t"},
+                             {"cell", u"\t"},        {"nestcell", u"\t"},    {"emdash", u"—"},
+                             {"endash", u"–"},       {"lquote", u"‘"},       {"rquote", u"’"},
+                             {"ldblquote", u"“"},    {"rdblquote", u"”"},    {"bullet", u"•"},
+                             {"emspace", u"\u2003"}, {"enspace", u"\u2002"}, {"qmspace", u"\u2005"},
+                             {"zwj", u"\u200D"},     {"zwnj", u"\u200C"},    {"footnote", u" "}};
     return words;
 }
 
@@ -36,11 +38,11 @@ const Words &textOf()
 bool isSilent(std::string_view name)
 {
     static const QSet<QByteArrayView> names{
-        "colortbl", "stylesheet", "info",      "pict",      "header",    "headerl",   "headerr",
-        "headerf",  "footer",     "footerl",   "footerr",   "footerf",   "fldinst",   "xe",
-        "tc",       "rxe",        "txe",       "objdata",   "objclass",  "listtable", "listoverridetable",
-        "revtbl",   "template",   "private",   "bkmkstart", "bkmkend",   "filetbl",   "themedata",
-        "atnid",    "atnauthor",  "annotation", "nonesttables", "sp",    "datafield"};
+        "colortbl", "stylesheet", "info",       "pict",         "header",   "headerl",   "headerr",
+        "headerf",  "footer",     "footerl",    "footerr",      "footerf",  "fldinst",   "xe",
+        "tc",       "rxe",        "txe",        "objdata",      "objclass", "listtable", "listoverridetable",
+        "revtbl",   "template",   "private",    "bkmkstart",    "bkmkend",  "filetbl",   "themedata",
+        "atnid",    "atnauthor",  "annotation", "nonesttables", "sp",       "datafield"};
     return names.contains(QByteArrayView(name.data(), static_cast<qsizetype>(name.size())));
 }
 

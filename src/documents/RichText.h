@@ -13,11 +13,11 @@ namespace RichText {
 // Deeper ones are no document that anybody wrote.
 inline constexpr qsizetype maxDepth = 1000;
 
-// The text alone: a line for each paragraph and for each row of a table, whose cells stand between tabs. Without
-// what isn't shown (hidden and deleted words, pictures, styles, headers, instructions of fields).
+// The text alone: a line for each paragraph and for each row of a table, whose cells stand between tabs.
+// Without what isn't shown (hidden and deleted words, pictures, styles, headers, instructions of fields).
 //
-// One pass over the bytes, in memory of the order of their number. A document that ends early gives what it has.
-// Nothing when the bytes are no rich text, or its groups are deeper than `maxDepth`.
+// One pass over the bytes, in memory of the order of their number. A document that ends early gives what it
+// has. Nothing when the bytes are no rich text, or its groups are deeper than `maxDepth`.
 [[nodiscard]] std::optional<QString> text(QByteArrayView bytes);
 
 } // namespace RichText

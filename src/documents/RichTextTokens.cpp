@@ -99,8 +99,7 @@ Token RichTextTokens::word()
 
 std::optional<int> RichTextTokens::number()
 {
-    const bool isNegative =
-        m_bytes.size() - m_at >= 2 && peek() == '-' && isDigit(m_bytes[m_at + 1]);
+    const bool isNegative = m_bytes.size() - m_at >= 2 && peek() == '-' && isDigit(m_bytes[m_at + 1]);
     if (atEnd() || !(isNegative || isDigit(peek())))
         return std::nullopt;
     const qsizetype start = isNegative ? ++m_at : m_at;

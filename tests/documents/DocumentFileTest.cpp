@@ -71,10 +71,11 @@ TEST(DocumentFileTest, KnowsAFileByItsExtension)
         QString extension;
         bool isSupported;
         bool isImage;
-    } cases[] = {{u"/a/notes.TXT"_s, u"txt"_s, true, false},  {u"/a/b.c/paper.v2.pdf"_s, u"pdf"_s, true, false},
-                 {u"/a/b.rtf/none"_s, QString(), false, false}, {u"/a/.txt"_s, QString(), false, false},
-                 {u"/a/end."_s, QString(), false, false},       {u"/a/letter.docx"_s, u"docx"_s, false, false},
-                 {u"/a/photo.JPeG"_s, u"jpeg"_s, false, true},  {u"readme.md"_s, u"md"_s, true, false}};
+    } cases[] = {
+        {u"/a/notes.TXT"_s, u"txt"_s, true, false},    {u"/a/b.c/paper.v2.pdf"_s, u"pdf"_s, true, false},
+        {u"/a/b.rtf/none"_s, QString(), false, false}, {u"/a/.txt"_s, QString(), false, false},
+        {u"/a/end."_s, QString(), false, false},       {u"/a/letter.docx"_s, u"docx"_s, false, false},
+        {u"/a/photo.JPeG"_s, u"jpeg"_s, false, true},  {u"readme.md"_s, u"md"_s, true, false}};
     for (const auto &[path, extension, isSupported, isImage] : cases) {
         EXPECT_EQ(DocumentFile::extensionOf(path), extension);
         EXPECT_EQ(DocumentFile::isSupported(extension), isSupported);
@@ -86,10 +87,11 @@ TEST(DocumentErrorTest, SaysTheAgreedWords)
 {
     QString words;
     for (const DocumentError &error :
-         {DocumentError(DocumentError::UnsupportedType{u"docx"_s}), DocumentError(TooLarge{31'400'000, 20'971'520}),
-          DocumentError(TooLarge{20'971'521, 20'971'520}), DocumentError(Plain::unreadable),
-          DocumentError(Plain::emptyPDFText), DocumentError(Plain::extractionFailed),
-          DocumentError(Plain::passwordProtected), DocumentError(Plain::unreadableImage)})
+         {DocumentError(DocumentError::UnsupportedType{u"docx"_s}),
+          DocumentError(TooLarge{31'400'000, 20'971'520}), DocumentError(TooLarge{20'971'521, 20'971'520}),
+          DocumentError(Plain::unreadable), DocumentError(Plain::emptyPDFText),
+          DocumentError(Plain::extractionFailed), DocumentError(Plain::passwordProtected),
+          DocumentError(Plain::unreadableImage)})
         words += error.userMessage() + u"\n    "_s + *error.recoverySuggestion() + u"\n"_s;
     EXPECT_EQ(words.toStdString(), TestData::text("documents/errors.txt"));
 }

@@ -14,8 +14,12 @@ TEST(DocumentTextTest, DecodesByMarkThenUtf8ThenLatin1)
         QByteArray bytes;
         QString text;
     } cases[] = {
-        {"Gr\xc3\xbc\xc3\x9f""e", u"Grüße"_s},
-        {"Gr\xfc\xdf""e", u"Grüße"_s},
+        {"Gr\xc3\xbc\xc3\x9f"
+         "e",
+         u"Grüße"_s},
+        {"Gr\xfc\xdf"
+         "e",
+         u"Grüße"_s},
         {"caf\xc3", u"caf\u00c3"_s}, // half a character of UTF-8
         {"\xef\xbb\xbfhi", u"hi"_s},
         {QByteArray("\xff\xfe\x42\x04\x3d\xd8\x00\xde", 8), u"т\U0001F600"_s},

@@ -19,7 +19,8 @@ TEST(RichTextTest, ReadsWhatAPersonSees)
         QString line = *text;
         return line.replace(u'\n', u'⏎').replace(u'\t', u'⇥').replace(u'\u00A0', u'⍽');
     };
-    EXPECT_EQ(TestData::transcript("documents/rich_text.txt", outcome), TestData::text("documents/rich_text.txt"));
+    EXPECT_EQ(TestData::transcript("documents/rich_text.txt", outcome),
+              TestData::text("documents/rich_text.txt"));
 }
 
 TEST(RichTextTest, BoundsDepthAndSkipsOfAnyLength)

@@ -3,8 +3,8 @@
 #include "documents/DocumentText.h"
 #include "utils/text/Text.h"
 
-// Any bytes as a plain file behind a byte that says how much of it is wanted: a cut is a beginning of the text, not
-// longer than wanted, and not shorter than it needs to be.
+// Any bytes as a plain file behind a byte that says how much of it is wanted: a cut is a beginning of the
+// text, not longer than wanted, and not shorter than it needs to be.
 void morvane::fuzz(QByteArrayView input)
 {
     const qsizetype limit = input.isEmpty() ? 0 : static_cast<uchar>(input.front());

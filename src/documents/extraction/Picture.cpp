@@ -1,0 +1,89 @@
+#include "documents/extraction/Picture.h"
+
+#include <QBuffer>
+#include <QColorSpace>
+#include <QImageReader>
+#include <QImageWriter>
+#include <QPainter>
+#include <QSet>
+
+namespace morvane {
+
+namespace {
+
+constexpr qint64 mostPixels = 100'000'000;
+constexpr int mostMegabytes = 512;
+constexpr int usualQuality = 80;
+constexpr int coarseQuality = 60;
+
+bool isPixelFormat(const QByteArray &format)
+{
+    static const QSet<QByteArray> formats{"png", "jpeg", "jpg", "gif", "bmp", "webp", "tiff", "tif"};
+    return formats.contains(format);
+}
+
+QImage decoded(QByteArray &bytes)
+{
+    QBuffer buffer(&bytes);
+    buffer.open(QBuffer::ReadOnly);
+    QImageReader::setAllocationLimit(mostMegabytes);
+    QImageReader reader(&buffer);
+    reader.setDecideFormatFromContent(true);
+    reader.setAutoTransform(true);
+    const QSize size = reader.size();
+    if (!isPixelFormat(reader.format()) || size.isEmpty() ||
+        static_cast<qint64>(size.width()) * size.height() > mostPixels)
+        return {};
+    return reader.read();
+}
+
+QImage fitted(const QImage &image)
+{
+    if (image.width() <= Picture::longestSide && image.height() <= Picture::longestSide)
+        return image;
+    const QSize box(Picture::longestSide, Picture::longestSide);
+    const QSize size = image.size().scaled(box, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+    return image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
+// A new image has no notes, no profile and no resolution from the old one.
+QImage bare(QImage image)
+{
+    if (image.colorSpace().isValid() && image.colorSpace() != QColorSpace(QColorSpace::SRgb)) {
+        if (image.format() == QImage::Format_Indexed8)
+            image = image.convertToFormat(QImage::Format_ARGB32);
+        image.convertToColorSpace(QColorSpace::SRgb);
+    }
+    QImage pixels(image.size(), QImage::Format_RGB32);
+    pixels.fill(Qt::white);
+    image.setColorSpace({});
+    image.setDevicePixelRatio(1);
+    QPainter(&pixels).drawImage(QPoint(0, 0), image);
+    return pixels;
+}
+
+QByteArray encoded(const QImage &image, int quality)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QBuffer::WriteOnly);
+    QImageWriter writer(&buffer, "jpeg");
+    writer.setQuality(quality);
+    return writer.write(image) ? bytes : QByteArray();
+}
+
+} // namespace
+
+QByteArray Picture::prepared(QByteArray bytes)
+{
+    const QImage image = decoded(bytes);
+    if (image.isNull())
+        return {};
+    const QImage pixels = bare(fitted(image));
+    QByteArray jpeg = encoded(pixels, usualQuality);
+    if (jpeg.size() > wantedBytes)
+        jpeg = encoded(pixels, coarseQuality);
+    return jpeg;
+}
+
+} // namespace morvane

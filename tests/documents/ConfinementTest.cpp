@@ -1,0 +1,50 @@
+#include "documents/extraction/Confinement.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <thread>
+#include <unistd.h>
+
+namespace morvane {
+
+namespace {
+
+// A bit for each thing that the process could still do, in a thread made afterwards.
+int leftOpen(int inherited)
+{
+    Confinement::limit();
+    if (!Confinement::seal())
+        return 255;
+    int open = 0;
+    std::thread([&open, inherited] {
+        const bool could[] = {
+            ::fcntl(inherited, F_GETFD) != -1,
+            ::open("/etc/passwd", O_RDONLY) >= 0,
+            ::open("/tmp/morvane-confinement", O_CREAT | O_WRONLY, 0600) >= 0,
+            ::socket(AF_INET, SOCK_STREAM, 0) >= 0,
+            ::socket(AF_UNIX, SOCK_STREAM, 0) >= 0,
+            ::syscall(SYS_clone, 17, 0, 0, 0, 0) >= 0,
+            ::kill(::getppid(), 0) == 0,
+            ::mmap(nullptr, 4096, PROT_READ | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) != MAP_FAILED};
+        for (std::size_t i = 0; i < std::size(could); ++i)
+            open |= could[i] ? 1 << i : 0;
+    }).join();
+    return open;
+}
+
+TEST(ConfinementDeathTest, LeavesNoFilesNoSocketsAndNoProcesses)
+{
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    const int inherited = ::open("/dev/null", O_RDONLY);
+    ASSERT_GT(inherited, 2);
+    EXPECT_EXIT(::_exit(leftOpen(inherited)), testing::ExitedWithCode(0), "");
+}
+
+} // namespace
+
+} // namespace morvane

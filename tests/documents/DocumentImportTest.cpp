@@ -1,0 +1,302 @@
+#include "documents/DocumentImportService.h"
+
+#include "async/Work.h"
+#include "documents/DocumentError.h"
+#include "documents/ExtractionServices.h"
+#include "support/Await.h"
+#include "support/LogCapture.h"
+#include "support/ManualClock.h"
+
+#include <QBuffer>
+#include <QColorSpace>
+#include <QFile>
+#include <QImageReader>
+#include <QImageWriter>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <random>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+using Plain = DocumentError::Plain;
+
+namespace {
+
+QByteArray pdf(int pages, const QString &words)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QBuffer::WriteOnly);
+    QPdfWriter writer(&buffer);
+    QPainter painter(&writer);
+    for (int page = 0; page < pages; ++page) {
+        if (page > 0)
+            writer.newPage();
+        if (!words.isEmpty())
+            painter.drawText(500, 500, words.arg(page + 1));
+    }
+    painter.end();
+    return bytes;
+}
+
+QByteArray encoded(const QImage &image, const char *format, QImageIOHandler::Transformations turned = {})
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QBuffer::WriteOnly);
+    QImageWriter writer(&buffer, format);
+    writer.setTransformation(turned);
+    EXPECT_TRUE(writer.write(image));
+    return bytes;
+}
+
+QImage filled(int width, int height, QColor colour)
+{
+    QImage image(width, height, QImage::Format_ARGB32);
+    image.fill(colour);
+    return image;
+}
+
+class DocumentImportTest : public testing::Test {
+protected:
+    // Extraction by `program`, in place of ours.
+    void useProgram(const QByteArray &script)
+    {
+        const QString path = save(u"program"_s, "#!/bin/sh\n" + script);
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::ExeOwner);
+        extraction = ExtractionService(work, clock, path);
+    }
+
+    QString save(const QString &name, const QByteArray &bytes)
+    {
+        QFile file(folder.filePath(name));
+        EXPECT_TRUE(file.open(QFile::WriteOnly) && file.write(bytes) == bytes.size());
+        return file.fileName();
+    }
+
+    ImportedAttachment import(const QString &name, const QByteArray &bytes, qsizetype limit = 1000)
+    {
+        const QUrl url = QUrl::fromLocalFile(save(name, bytes));
+        return TestWait::await(service.importDocument(url, limit, progress, stop.get_token()));
+    }
+
+    std::optional<DocumentError> refusalOf(const std::function<void()> &task)
+    {
+        try {
+            task();
+            return std::nullopt;
+        } catch (const DocumentError &error) {
+            return error;
+        }
+    }
+
+    QImage prepared(const QByteArray &data)
+    {
+        const ImportedAttachment attachment =
+            TestWait::await(service.importImage(data, u"shown.png"_s, stop.get_token()));
+        EXPECT_EQ(attachment.fileSizeBytes, data.size());
+        return QImage::fromData(*attachment.imageData, "jpeg");
+    }
+
+    QTemporaryDir folder;
+    ManualClock clock;
+    Work work{clock};
+    struct Extraction : PDFExtracting, ImagePreparing {
+        explicit Extraction(Work &work, Clock &clock)
+            : real(std::make_unique<ExtractionService>(work, clock, QStringLiteral(MORVANE_EXTRACT)))
+        {}
+        void operator=(ExtractionService other)
+        {
+            real = std::make_unique<ExtractionService>(std::move(other));
+        }
+        QCoro::Task<QString> extractText(QByteArray bytes, qsizetype limit, ImportProgress told,
+                                         std::stop_token token) override
+        {
+            return real->extractText(bytes, limit, told, token);
+        }
+        QCoro::Task<QByteArray> prepareImage(QByteArray data, std::stop_token token) override
+        {
+            return real->prepareImage(data, token);
+        }
+        std::unique_ptr<ExtractionService> real;
+    } extraction{work, clock};
+    TextExtractionService texts;
+    DocumentImportService service{{work, extraction, texts, extraction}};
+    std::stop_source stop;
+    QList<std::pair<int, int>> pages;
+    ImportProgress progress = [this](int done, int total) { pages.append({done, total}); };
+};
+
+TEST_F(DocumentImportTest, TakesTextOutOfEachKind)
+{
+    const LogCapture log;
+    EXPECT_EQ(import(u"Notes.TXT"_s, " Gr\xfc\xdf"
+                                     "e \n")
+                  .text,
+              u"Grüße"_s);
+    EXPECT_EQ(import(u"a.md"_s, "# {\\rtf1 x}").text, u"# {\\rtf1 x}"_s);
+    const ImportedAttachment rich = import(u"a.rtf"_s, "{\\rtf1 one two}", 5);
+    EXPECT_EQ(rich.text, u"one t"_s);
+    EXPECT_TRUE(rich.wasTruncated);
+    EXPECT_EQ(rich.filename, u"a.rtf"_s);
+    EXPECT_EQ(rich.fileSizeBytes, 15);
+    EXPECT_EQ(import(u"a.pdf"_s, pdf(3, u"Page %1, Grüße"_s)).text,
+              u"Page 1, Grüße\n\nPage 2, Grüße\n\nPage 3, Grüße"_s);
+    EXPECT_EQ(pages, (QList<std::pair<int, int>>{{1, 3}, {2, 3}, {3, 3}}));
+    // No page is read that wouldn't fit.
+    EXPECT_TRUE(import(u"long.pdf"_s, pdf(50, u"Page %1"_s), 10).wasTruncated);
+    EXPECT_EQ(pages.back(), (std::pair{2, 50}));
+    const auto refused = [&](const QString &name, const QByteArray &bytes) {
+        return refusalOf([&] { import(name, bytes); });
+    };
+    EXPECT_EQ(refused(u"b.rtf"_s, "one"), DocumentError(Plain::extractionFailed));
+    EXPECT_EQ(refused(u"b.pdf"_s, pdf(2, {})), DocumentError(Plain::emptyPDFText));
+    EXPECT_EQ(refused(u"c.pdf"_s, "%PDF-1.4 and no more"), DocumentError(Plain::unreadable));
+    EXPECT_EQ(refused(u"d.pages"_s, "x"), DocumentError(DocumentError::UnsupportedType{u"pages"_s}));
+    EXPECT_EQ(refused(u"none"_s, "x"), DocumentError(DocumentError::UnsupportedType{u"unknown"_s}));
+    EXPECT_EQ(refusalOf([&] {
+                  TestWait::await(
+                      service.importDocument(QUrl(u"https://a.example/b.txt"_s), 9, progress, {}));
+              }),
+              DocumentError(Plain::unreadable));
+    const QStringList first{u"documents: Imported document (5 characters, truncated: false)"_s,
+                            u"documents: Imported document (11 characters, truncated: false)"_s,
+                            u"documents: Imported document (5 characters, truncated: true)"_s};
+    EXPECT_EQ(log.lines().first(3), first);
+    const QStringList last{u"documents: PDF contained no selectable text"_s,
+                           u"documents: Rejected unsupported file type: pages"_s,
+                           u"documents: Rejected unsupported file type: unknown"_s};
+    EXPECT_EQ(log.lines().last(3), last);
+}
+
+TEST_F(DocumentImportTest, PreparesAPictureAndLeavesNothingButItsPixels)
+{
+    EXPECT_EQ(prepared(encoded(filled(300, 200, Qt::red), "png")).size(), QSize(300, 200));
+    EXPECT_EQ(prepared(encoded(filled(4000, 3000, Qt::red), "jpeg")).size(), QSize(1536, 1152));
+    EXPECT_EQ(prepared(encoded(filled(1, 4000, Qt::red), "png")).size(), QSize(1, 1536));
+    EXPECT_EQ(QColor(prepared(encoded(filled(8, 8, Qt::transparent), "png")).pixel(4, 4)), QColor(Qt::white));
+    EXPECT_EQ(
+        prepared(encoded(filled(300, 200, Qt::red), "jpeg", QImageIOHandler::TransformationRotate90)).size(),
+        QSize(200, 300));
+
+    QImage wide = filled(64, 64, QColor(200, 60, 60));
+    wide.setText(u"Author"_s, u"marked words"_s);
+    wide.setColorSpace(QColorSpace::AdobeRgb);
+    const QColor meant(wide.convertedToColorSpace(QColorSpace::SRgb).pixel(9, 9));
+    const QImage bare = prepared(encoded(wide, "png"));
+    EXPECT_NEAR(QColor(bare.pixel(9, 9)).red(), meant.red(), 4);
+    EXPECT_GT(meant.red(), 210); // so that a colour that was left alone is told from it
+    EXPECT_TRUE(bare.textKeys().isEmpty());
+    EXPECT_FALSE(bare.colorSpace().isValid());
+
+    QByteArray bomb = encoded(filled(8, 8, Qt::red), "png");
+    bomb.replace(16, 8, QByteArray::fromHex("0000753000007530")); // says 30,000 by 30,000
+    for (const QByteArray &data :
+         {bomb, QByteArray("GIF89a"), QByteArray(),
+          QByteArray("<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>")})
+        EXPECT_EQ(refusalOf([&] { prepared(data); }), DocumentError(Plain::unreadableImage));
+}
+
+TEST_F(DocumentImportTest, TakesThePictureAmongPastedFilesThenAFileThenTheImage)
+{
+    const QByteArray png = encoded(filled(9, 9, Qt::red), "png");
+    const QUrl text = QUrl::fromLocalFile(save(u"a.txt"_s, "words"));
+    const QUrl picture = QUrl::fromLocalFile(save(u"b.PNG"_s, png));
+    const struct {
+        PastedContent content;
+        QString filename;
+    } cases[] = {
+        {{{text, picture}, {}}, u"b.PNG"_s}, {{{text}, png}, u"a.txt"_s}, {{{}, png}, u"Pasted image"_s}, {}};
+    for (const auto &[content, filename] : cases) {
+        const auto attachment = TestWait::await(service.attachmentFromPasteboard(content, 99, progress, {}));
+        EXPECT_EQ(attachment ? attachment->filename : QString(), filename);
+    }
+}
+
+TEST_F(DocumentImportTest, SurvivesWhateverTheExtractingProcessDoes)
+{
+    const char *const scripts[] = {
+        "kill -SEGV $$",
+        "exit 1",
+        "exec cat /dev/zero",
+        "while :; do printf 't\\377\\377\\000\\000'; head -c 65535 /dev/zero; done",
+        "printf 't\\000\\000\\000\\377'",
+        "printf 't\\002\\000\\000\\000hi'",                              // and no end
+        "printf 't\\002\\000\\000\\000\\377\\376d\\000\\000\\000\\000'", // no UTF-8
+        "printf 'd\\000\\000\\000\\000d\\000\\000\\000\\000'",
+        "printf 'p\\001\\000\\000\\000xd\\000\\000\\000\\000'",
+        "printf 'd\\000\\000\\000\\000'; exit 3"};
+    for (const char *script : scripts) {
+        useProgram(script);
+        EXPECT_EQ(refusalOf([&] { import(u"a.pdf"_s, QByteArray(1 << 20, 'x')); }),
+                  DocumentError(Plain::extractionFailed))
+            << script;
+    }
+    extraction = ExtractionService(work, clock, folder.filePath(u"absent"_s));
+    EXPECT_EQ(refusalOf([&] { import(u"a.pdf"_s, "x"); }), DocumentError(Plain::extractionFailed));
+    useProgram("printf 'f\\001\\000\\000\\000p'; exec sleep 1000");
+    EXPECT_EQ(refusalOf([&] { import(u"a.pdf"_s, "x"); }), DocumentError(Plain::passwordProtected));
+}
+
+TEST_F(DocumentImportTest, EndsAProcessThatHangsByTheTimeOrTheStop)
+{
+    const QString begun = folder.filePath(u"begun"_s);
+    for (const bool isStopped : {false, true}) {
+        QFile::remove(begun);
+        useProgram("echo $$ > '" + begun.toUtf8() + "'; exec sleep 1000");
+        progress = [](int, int) {};
+        const auto outcome = std::make_shared<TestWait::Outcome<QString>>();
+        TestWait::collect(extraction.extractText("x", 9, progress, stop.get_token()), outcome);
+        // The work's thread says nothing until then, so the wait looks by itself.
+        while (QFile(begun).size() == 0)
+            TestWait::settle();
+        QFile file(begun);
+        ASSERT_TRUE(file.open(QFile::ReadOnly));
+        const QString process = u"/proc/"_s + QString::fromLatin1(file.readAll().trimmed());
+        if (isStopped)
+            stop.request_stop();
+        else
+            clock.advance(ExtractionService::longestRun);
+        TestWait::until([&] { return outcome->done; });
+        if (isStopped)
+            EXPECT_THROW(std::rethrow_exception(outcome->error), CancelledError);
+        else
+            EXPECT_THROW(std::rethrow_exception(outcome->error), DocumentError);
+        while (QFile::exists(process))
+            TestWait::settle();
+    }
+}
+
+// Broken files come to an end of a known kind, and none takes the program along.
+TEST_F(DocumentImportTest, ReadsTwoHundredBrokenFiles)
+{
+    const QImage image = filled(40, 30, Qt::blue);
+    const QByteArray seeds[] = {pdf(2, u"Page %1"_s), encoded(image, "jpeg"), encoded(image, "png"),
+                                encoded(image, "bmp")};
+    std::mt19937 random(20260301);
+    int broken = 0;
+    for (int i = 0; i < 200; ++i) {
+        QByteArray bytes = seeds[i % 4];
+        for (int changes = 0; changes < 12; ++changes)
+            bytes[static_cast<qsizetype>(random() % bytes.size())] = static_cast<char>(random());
+        if (i % 5 == 0)
+            bytes.truncate(static_cast<qsizetype>(random() % bytes.size()));
+        const auto refusal = refusalOf([&] {
+            if (i % 4 == 0)
+                import(u"a.pdf"_s, bytes);
+            else
+                TestWait::await(service.importImage(bytes, {}, {}));
+        });
+        broken += refusal ? 1 : 0;
+    }
+    EXPECT_GT(broken, 50);
+    EXPECT_LT(broken, 200);
+}
+
+} // namespace
+
+} // namespace morvane
