@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ai/agent/ReplyRunner.h"
+#include "ai/contract/ProviderError.h"
 #include "ai/routing/AIRequestRouter.h"
 #include "async/Work.h"
 #include "attestation/ProofLedger.h"
@@ -123,6 +124,15 @@ protected:
     }
     [[nodiscard]] QVariant lastRow(MessageListModel::Role role);
     [[nodiscard]] Rows transcript();
+    [[nodiscard]] static std::exception_ptr errorOf(ProviderError::Case reason)
+    {
+        return std::make_exception_ptr(ProviderError(std::move(reason)));
+    }
+    template <typename State>
+    [[nodiscard]] bool indicates()
+    {
+        return std::holds_alternative<State>(chat.messages()->indicator(lastMessage()->id())->state());
+    }
 
     ManualClock clock;
     std::shared_ptr<FakeFieldSealing> sealing = std::make_shared<FakeFieldSealing>();

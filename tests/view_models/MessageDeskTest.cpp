@@ -65,7 +65,7 @@ protected:
         chat.setDraft(words);
         atOnce([this] { chat.send(); });
     }
-    void fail() { replies.fail(std::make_exception_ptr(ProviderError(ProviderError::ServerError{500}))); }
+    void fail() { replies.fail(errorOf(ProviderError::ServerError{500})); }
     [[nodiscard]] std::int64_t stored() { return context.count<ChatMessage>(); }
 };
 
