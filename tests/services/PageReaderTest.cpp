@@ -2,6 +2,7 @@
 #include "services/PageAddress.h"
 #include "services/WebServiceFixture.h"
 #include "support/RoutedSession.h"
+#include "support/TestData.h"
 
 #include <QSemaphore>
 
@@ -98,19 +99,11 @@ TEST_F(PageReaderTest, SendsNothingToAnAddressThatMayNotBeRead)
              {u"mapped.example"_s, {u"::ffff:127.0.0.1"_s}},
              {u"scoped.example"_s, {u"fe80::1%eth0"_s}},
              {u"nowhere.example"_s, {}}};
-    const std::pair<QString, Plain> cases[] = {
-        {u"http://a.example"_s, Plain::insecureURL},
-        {u"nonsense"_s, Plain::invalidURL},
-        {u"https://10.0.0.1/"_s, Plain::privateAddress},
-        {u"https://printer/"_s, Plain::privateAddress},
-        {u"https://inside.example/"_s, Plain::privateAddress},
-        {u"https://mixed.example/"_s, Plain::privateAddress},
-        {u"https://mapped.example/"_s, Plain::privateAddress},
-        {u"https://scoped.example/"_s, Plain::privateAddress},
-        {u"https://nowhere.example/"_s, Plain::privateAddress},
+    const auto outcome = [this](const QByteArray &url) {
+        return WebAccessError(errorOfPage(QString::fromUtf8(url)).value()).userMessage();
     };
-    for (const auto &[url, error] : cases)
-        EXPECT_EQ(errorOfPage(url), WebAccessError::Case(error)) << url.toStdString();
+    const char *table = "services/unread_pages.txt";
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
     const PageReader onThatNetwork(
         session, HostLookup(work, [](const QString &) { return QStringList{u"93.184.215.14"_s}; }), work, [] {
             return PageAddress::Subnets{{QByteArray::fromHex("5db8d701"), 24}};
@@ -125,27 +118,15 @@ TEST_F(PageReaderTest, FollowsRedirectsToPublicHostsOnly)
 {
     names = {{u"inside.example"_s, {u"10.1.1.1"_s}}};
     serve(u"b.example"_s, ScriptedServer::response("200 OK", prose));
-    const struct {
-        QByteArray location;
-        int hops; // requests sent in all
-        Error error;
-    } cases[] = {
-        {"https://b.example/there", 2, std::nullopt},
-        {"//b.example/", 2, std::nullopt},
-        {"http://b.example/", 1, WebAccessError::FetchFailed{302}},
-        {"ftp://b.example/", 1, WebAccessError::FetchFailed{302}},
-        {"https://127.0.0.1/", 1, WebAccessError::FetchFailed{302}},
-        {"https://router.local/", 1, WebAccessError::FetchFailed{302}},
-        {"https://inside.example/", 1, WebAccessError::FetchFailed{302}},
-        {"https://", 1, WebAccessError::FetchFailed{302}},
-        {"/again", 21, Plain::offline}, // in circles
-    };
-    for (const auto &[location, hops, error] : cases) {
+    const auto outcome = [this](const QByteArray &location) {
         serve(u"a.example"_s, redirectTo(location));
         const auto before = session->asked().size();
-        EXPECT_EQ(errorOfPage(u"https://a.example/"_s), error) << location.constData();
-        EXPECT_EQ(session->asked().size() - before, static_cast<std::size_t>(hops)) << location.constData();
-    }
+        const Error error = errorOfPage(u"https://a.example/"_s);
+        return QString::number(session->asked().size() - before) + u": "_s +
+               (error ? WebAccessError(*error).userMessage() : u"read"_s);
+    };
+    const char *table = "services/page_redirects.txt";
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
     const auto rows = ledger.snapshot().entries;
     EXPECT_EQ(rows.front().outcome, EgressOutcome{EgressOutcome::Completed{302}});
 }
