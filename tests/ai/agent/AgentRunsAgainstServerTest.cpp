@@ -63,23 +63,6 @@ protected:
     ReplyRunner runner{router, registry};
 };
 
-TEST_F(AgentRunsAgainstServerTest, SearchesReadsAndAnswers)
-{
-    const PlayedRun run = ask(u"agent-search"_s);
-    EXPECT_EQ(run.error, std::nullopt);
-    EXPECT_TRUE(run.shown().contains(u"Text of the page."_s)) << run.shown().toStdString();
-    EXPECT_FALSE(run.shown().contains(u"One moment."_s));
-    EXPECT_EQ(happened, QStringList({u"search What is the weather?"_s,
-                                     u"read https://found.example/One/ up to 6000"_s}));
-    EXPECT_EQ(asked, QStringList(u"Search the web for this+"_s));
-    ASSERT_EQ(server.requests().size(), 3U);
-    const QJsonArray sent = server.requests().back().json()["messages"_L1].toArray();
-    ASSERT_EQ(sent.size(), 5);
-    EXPECT_EQ(sent[4]["tool_call_id"_L1].toString(), u"call_2"_s);
-    EXPECT_TRUE(sent[4]["content"_L1].toString().startsWith(
-        u"--- BEGIN UNTRUSTED CONTENT (web page found.example"_s));
-}
-
 // It refuses the tag that the first request has, and what a later round adds to the messages.
 TEST_F(AgentRunsAgainstServerTest, AStrictServiceIsAskedOnceMoreInATurnAndToldAllThatWasLearnedInTheNext)
 {
@@ -96,15 +79,11 @@ TEST_F(AgentRunsAgainstServerTest, AStrictServiceIsAskedOnceMoreInATurnAndToldAl
     EXPECT_EQ(ledger.snapshot().entries.size(), 6U);
 }
 
-TEST_F(AgentRunsAgainstServerTest, LoopsToTheCeilingAndIsOnlyRelayedWithoutTools)
+TEST_F(AgentRunsAgainstServerTest, WithoutToolsAReplyIsOnlyRelayed)
 {
-    answer = ApprovalAnswer::allowedForChat;
-    EXPECT_EQ(ask(u"agent-loops"_s).shown(), u"The practice server has no more tools to call."_s);
-    EXPECT_EQ(happened.size(), 5);
-    EXPECT_EQ(server.requests().size(), 6U);
     settings.setAbilitiesEnabled(false);
     EXPECT_EQ(ask(u"agent-refuses-search"_s).shown(), u"Sorry, I can't look that up."_s);
-    EXPECT_EQ(server.requests().size(), 7U);
+    EXPECT_EQ(server.requests().size(), 1U);
 }
 
 TEST_F(AgentRunsAgainstServerTest, WhatIsReadFromTheScreenIsCarriedByTheLaterRoundsInBothLedgers)
