@@ -74,16 +74,6 @@ TEST(ContextBuilderTest, AQuoteIsCutByCharacters)
     EXPECT_EQ(quoted(u"x"_s.repeated(140) + u"\n \n"_s), u"x"_s.repeated(140));
 }
 
-TEST(ContextBuilderTest, ADigestNamesOnlyWhatThereIs)
-{
-    EXPECT_EQ(ContextBuilder::digest({}), u"No earlier context."_s);
-    EXPECT_EQ(ContextBuilder::digest({{MessageRole::assistant, u"Hello."_s, {}}}), QString());
-    EXPECT_EQ(
-        ContextBuilder::digest({{MessageRole::assistant, u"Hello."_s, {}}, {MessageRole::user, u"Hi"_s, {}}}),
-        u"The conversation began with the user asking: “Hi” The most recent omitted turn was the user "
-        "saying: “Hi”"_s);
-}
-
 } // namespace
 
 } // namespace morvane
