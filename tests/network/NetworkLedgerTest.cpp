@@ -1,5 +1,6 @@
 #include "network/NetworkLedger.h"
 #include "network/LedgerExport.h"
+#include "support/TestData.h"
 
 #include <gtest/gtest.h>
 
@@ -76,11 +77,7 @@ TEST(LedgerExportTest, QuotesEveryFieldInAFileNamedAfterItsMinute)
     sent.bytesReceived = 12;
     sent.outcome = {EgressOutcome::Completed{204}};
 
-    const char *const expected =
-        R"csv("Time","Host","Where it goes","Feature","Your data","Sent (bytes)","Received (bytes)","Outcome"
-"2026-03-01T09:05:07.080Z","(no host)","Third party","Private cloud server list","none","0","0","Blocked: no ""host"", none"
-"2026-03-01T09:05:07.080Z","::1","This computer","AI model","attached images, memory notes, screen text","5000000000","12","HTTP 204")csv";
-    EXPECT_EQ(LedgerExport::csv({refused, sent}).toStdString(), expected);
+    EXPECT_EQ(LedgerExport::csv({refused, sent}).toStdString(), TestData::text("network/ledger.csv"));
     EXPECT_EQ(LedgerExport::fileName(QDateTime({2026, 3, 1}, {9, 5, 59})),
               u"morvane-network-ledger-2026-03-01-0905.csv"_s);
 }

@@ -133,9 +133,6 @@ TEST_F(RedirectTest, GivesUpAfterTwentyHops)
     const ScriptedServer server(sending("/again"));
     EXPECT_EQ(fetch(get(server.url())).error, Code::TooManyRedirects);
     EXPECT_EQ(server.requests().size(), 21U);
-    ASSERT_EQ(rows().size(), 21U);
-    EXPECT_EQ(rows()[19].outcome.text(), u"HTTP 302"_s);
-    EXPECT_EQ(rows()[20].outcome.text(), u"Failed: The server redirected the request too often."_s);
 }
 
 TEST_F(RedirectTest, AnEndlessRedirectBodyIsNotReadOn)
