@@ -109,16 +109,6 @@ TEST_F(SecretServiceKeyringTest, ALockedKeyringIsNeitherEmptyNorBroken)
     EXPECT_EQ(keyring.find(service, keyAccount)->value, "k");
 }
 
-TEST_F(SecretServiceKeyringTest, AMachineWithoutAKeyringGetsOneThroughItsFirstPrompt)
-{
-    daemon.start(KeyringDaemon::Start::Locked);
-    EXPECT_EQ(keyring.condition(service), Condition::Locked);
-    daemon.expectPassword();
-    keyring.unlock(service, {});
-    keyring.add(service, {keyAccount, "k"});
-    EXPECT_EQ(keyring.find(service, keyAccount)->value, "k");
-}
-
 TEST_F(SecretServiceKeyringTest, NoBusAndNoServiceAreAbsent)
 {
     EXPECT_EQ(keyring.condition(service), Condition::Absent); // a bus with nobody on it
