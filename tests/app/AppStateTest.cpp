@@ -237,21 +237,6 @@ TEST_F(AppStateTest, ThePersonIsToldOnceWhereChatsOfAnOlderVersionWereLeft)
     EXPECT_EQ(text(), QString());
 }
 
-TEST_F(AppStateTest, ATestHostSkipsTheWindow)
-{
-    for (const auto host : {Host::application, Host::test}) {
-        start(host);
-        int windows = 0;
-        QObject::connect(state.get(), &AppState::mainWindowRequested, [&] { ++windows; });
-        AppDelegate delegate(*qGuiApp, *state);
-        const LogCapture log;
-        delegate.didFinishLaunching();
-        const bool skips = host == Host::test;
-        EXPECT_EQ(windows, skips ? 0 : 1);
-        EXPECT_EQ(log.lines().contains(u"app: Unit-test host detected; skipping UI startup"_s), skips);
-    }
-}
-
 TEST_F(AppStateTest, AStoreThatWontOpenStillBringsUpAChatAndIsLeftAlone)
 {
     const QString path = ChatStoreLocation::storePath(commandLine.folders());
