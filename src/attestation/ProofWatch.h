@@ -9,8 +9,8 @@
 
 namespace morvane {
 
-// How far the proof of a private cloud's server is, for whoever watches. Whoever asks for a proof says what it
-// is at; the one that began last counts. GUI thread.
+// How far the proof of a private cloud's server is, for whoever watches. Whoever asks for a proof says what
+// it is at; the one that began last counts. GUI thread.
 class ProofWatch : public QObject {
     Q_OBJECT
 public:
@@ -43,8 +43,8 @@ public:
     // The latest run; nothing before the first.
     [[nodiscard]] const std::optional<Run> &run() const { return m_run; }
 
-    // A new run, in which all stages wait. Its number names it in the calls below: those of a run that another
-    // has replaced change nothing.
+    // A new run, in which all stages wait. Its number names it in the calls below: those of a run that
+    // another has replaced change nothing.
     quint64 begin(const QString &model, const QDateTime &startedAt);
 
     void set(quint64 number, Stage stage, State state);

@@ -100,9 +100,8 @@ void requireAcceptedConfiguration(Inquiry &inquiry)
 {
     const auto &document = inquiry.question.document;
     try {
-        inquiry.match =
-            inquiry.question.allowlist.match(inquiry.quote.report, document.configurationText,
-                                             document.instanceID, inquiry.question.model);
+        inquiry.match = inquiry.question.allowlist.match(inquiry.quote.report, document.configurationText,
+                                                         document.instanceID, inquiry.question.model);
     } catch (const Refusal &refusal) {
         throw Failure(Failure::Configuration{refusal});
     }

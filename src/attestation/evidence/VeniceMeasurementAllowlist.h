@@ -107,8 +107,8 @@ struct VeniceMeasurementAllowlist {
     // Empty for a model that isn't listed.
     [[nodiscard]] const std::vector<Stack> &stacks(const QString &model) const;
 
-    // Whether a stack of the model has the image that a signed report shows. match() throws imageNotListed when
-    // none has.
+    // Whether a stack of the model has the image that a signed report shows. match() throws imageNotListed
+    // when none has.
     [[nodiscard]] bool hasImage(const TDXQuote::TDReport &report, const QString &model) const;
 
     // The stack, configuration and host that a signed report shows. Throws Refusal.

@@ -74,8 +74,9 @@ MessageListModel::MessageListModel(Clock &clock, const AnswerProofs &proofs, QOb
     , m_clock(clock)
     , m_proofs(proofs)
 {
-    connect(&proofs, &AnswerProofs::changed, this,
-            [this](const QUuid &answer) { rowChanged(rowOf(answer), {PlaceRole, ProofMarkRole}); });
+    connect(&proofs, &AnswerProofs::changed, this, [this](const QUuid &answer) {
+        rowChanged(rowOf(answer), {PlaceRole, ProofMarkRole});
+    });
 }
 
 MessageListModel::~MessageListModel() = default;
