@@ -68,6 +68,15 @@ TEST_F(ReplyProgressTest, WhatAModelThinksInItsTextIsNoPartOfItsAnswer)
     replies.finish();
     EXPECT_EQ(shown(), (QStringList{u"Let me see\n\nWhere?"_s, u"So it is"_s, {}}));
     EXPECT_EQ(label(), u"Thought for 1 minute 3 seconds"_s);
+
+    send(u"and?"_s);
+    replies.text(u"It never ends\n</think>"_s);
+    replies.text(u"\n\n"_s);
+    replies.finish();
+    EXPECT_EQ(shown(), (QStringList{u"It never ends"_s, {}, {}}));
+    EXPECT_EQ(lastMessage()->status(), MessageStatus::delivered) << "thinking is not nothing";
+    EXPECT_EQ(heard.back(), u"hushed"_s);
+    EXPECT_EQ(chat.lastAnswer(), u"So it is"_s);
 }
 
 TEST_F(ReplyProgressTest, AReplyThatStandsStillSaysSoUntilMoreComes)
