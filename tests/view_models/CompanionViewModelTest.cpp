@@ -52,6 +52,31 @@ TEST_F(CompanionViewModelTest, AFlashEndsInIdleUnlessTheStateChangedMeanwhile)
     companion.transition(listening);
     clock.advance(5s);
     EXPECT_EQ(companion.state(), listening);
+    companion.flash(notification, 2s);
+    EXPECT_EQ(companion.state(), listening) << "refused";
+
+    companion.reset();
+    companion.flash(notification, 2s);
+    companion.flash(error, 2s); // refused, and it still ends what was to end the first
+    clock.advance(5s);
+    EXPECT_EQ(companion.state(), notification);
+}
+
+TEST_F(CompanionViewModelTest, ThePointerLeavesEveryStateButItsOwnAsItIs)
+{
+    for (const CompanionState state : {listening, thinking, speaking, notification, error}) {
+        companion.reset();
+        companion.transition(state);
+        companion.setHovering(true);
+        EXPECT_EQ(companion.state(), state);
+        companion.setHovering(false);
+        EXPECT_EQ(companion.state(), state);
+    }
+    companion.reset();
+    companion.setHovering(true);
+    EXPECT_EQ(companion.state(), hover);
+    companion.setHovering(false);
+    EXPECT_EQ(companion.state(), idle);
 }
 
 TEST_F(CompanionViewModelTest, ASecondBubbleGetsItsOwnFullTime)

@@ -1,6 +1,10 @@
 #include "async/Work.h"
-#include "persistence/StoreFixture.h"
+#include "models/Conversation.h"
+#include "persistence/ConversationRepository.h"
+#include "persistence/PersistenceController.h"
 #include "support/Await.h"
+#include "support/FakeFieldSealing.h"
+#include "support/ManualClock.h"
 #include "support/TestData.h"
 #include "utils/text/Identifier.h"
 #include "view_models/sidebar/ConversationListModel.h"
@@ -9,6 +13,10 @@
 #include <QAbstractItemModelTester>
 
 #include <gtest/gtest.h>
+
+#include <atomic>
+#include <semaphore>
+#include <thread>
 
 namespace morvane {
 
@@ -40,11 +48,44 @@ TEST(SearchTermsTest, AnExcerptIsOneShortLineAroundTheFind)
     EXPECT_EQ(QString::fromUtf8(cut.toUtf8()), cut) << "no half of a pair is left";
 }
 
+// Opens texts off the test's thread slowly: not before the test lets go of them.
+class SlowSealing final : public FieldSealing {
+public:
+    std::optional<QString> seal(const QString &text) const override { return m_sealing.seal(text); }
+    QString open(const QString &sealed) const override
+    {
+        if (!isHeld || std::this_thread::get_id() == m_home)
+            return m_sealing.open(sealed);
+        began.release();
+        while (isHeld)
+            std::this_thread::yield();
+        QString text = m_sealing.open(sealed);
+        hasOpened = true;
+        return text;
+    }
+
+    std::atomic<bool> isHeld = false;
+    mutable std::counting_semaphore<> began{0};
+    mutable std::atomic<bool> hasOpened = false;
+
+private:
+    FakeFieldSealing m_sealing;
+    const std::thread::id m_home = std::this_thread::get_id();
+};
+
 class HistorySearchTest : public testing::Test {
 protected:
     std::shared_ptr<Conversation> chat(const QString &title, const QStringList &messages)
     {
-        const auto made = makeChat(repository, title, messages);
+        const auto made = repository.create();
+        for (const QString &text : messages)
+            repository.add(repository.makeMessage({.id = QUuid::createUuid(),
+                                                   .role = MessageRole::user,
+                                                   .content = text,
+                                                   .createdAt = clock.now(),
+                                                   .status = MessageStatus::delivered}),
+                           *made);
+        repository.rename(*made, title);
         clock.advance(1s);
         return made;
     }
@@ -66,8 +107,8 @@ protected:
     }
 
     ManualClock clock;
-    std::unique_ptr<PersistenceController> persistence =
-        PersistenceController::inMemory(std::make_shared<FakeFieldSealing>());
+    std::shared_ptr<SlowSealing> sealing = std::make_shared<SlowSealing>();
+    std::unique_ptr<PersistenceController> persistence = PersistenceController::inMemory(sealing);
     ConversationRepository repository{persistence->mainContext(), clock};
     Work work{clock};
     HistorySearchModel model{repository, clock, work};
@@ -159,6 +200,20 @@ TEST_F(HistorySearchTest, TheListTellsTheNeighboursOfAChat)
     for (QString next = top; !next.isEmpty(); next = list.neighbour(next, 1))
         last = next;
     EXPECT_EQ(last, Identifier::text(older->id())) << "beyond the first page too";
+}
+
+TEST_F(HistorySearchTest, QuittingWaitsForThePortionThatIsBeingRead)
+{
+    chat(u"Plants"_s, {u"a fern"_s});
+    sealing->isHeld = true;
+    model.setQuery(u"fern"_s);
+    clock.advance(1s);
+    TestWait::settle();
+    sealing->began.acquire();
+    sealing->isHeld = false;
+    work.end();
+    EXPECT_TRUE(sealing->hasOpened);
+    TestWait::settle(); // the search ends with it
 }
 
 } // namespace morvane

@@ -171,6 +171,21 @@ TEST_F(ReplyProgressTest, AToolLineKeepsWhatWasSentAndWhatCameBackForAWhile)
     }
 }
 
+TEST_F(ReplyProgressTest, AStoredUnfinishedReplyIsNeverDrawnAsRunning)
+{
+    send(u"q"_s);
+    EXPECT_TRUE(lastRow(MessageListModel::RunningRole).toBool());
+    EXPECT_FALSE(lastRow(MessageListModel::InterruptedRole).toBool());
+
+    // The same store as a new process would find it: the row says streaming, no turn is at work.
+    const AnswerProofs noProofs(proofs);
+    MessageListModel fresh(clock, noProofs);
+    fresh.setMessages(chat.messages()->messages());
+    const auto row = fresh.index(fresh.rowCount() - 1);
+    EXPECT_FALSE(row.data(MessageListModel::RunningRole).toBool());
+    EXPECT_TRUE(row.data(MessageListModel::InterruptedRole).toBool());
+}
+
 } // namespace
 
 } // namespace morvane

@@ -72,7 +72,7 @@ TEST_F(TurnCargoTest, AnAttachmentRidesWithItsMessageAndItsTextIsUntrusted)
     EXPECT_EQ(repository.findDocument(*message->attachmentID())->extractedCharacterCount(), 43);
     EXPECT_EQ(replies.asked.back().request.configuration.carrying, SensitiveDataSet());
 
-    replies.fail(errorOf(ProviderError::ServerError{500}));
+    replies.fail(std::make_exception_ptr(ProviderError(ProviderError::ServerError{500})));
     chat.retryLastTurn();
     TestWait::settle();
     chat.stopResponding();
@@ -84,6 +84,23 @@ TEST_F(TurnCargoTest, AnAttachmentRidesWithItsMessageAndItsTextIsUntrusted)
     }
     EXPECT_EQ(replies.asked[2].userWords, u"Summarize this document."_s);
     EXPECT_EQ(replies.asked.back().userWords, u"Read https://typed.example/ too"_s);
+}
+
+TEST_F(TurnCargoTest, APictureMarksItsChatForGoodAndStaysNear)
+{
+    settings.setBaseURLString(u"https://service.example/v1"_s);
+    chat.setPendingAttachment(ImportedAttachment{.id = QUuid::createUuid(),
+                                                 .filename = u"cat.jpg"_s,
+                                                 .fileExtension = u"image"_s,
+                                                 .imageData = QByteArray("jpeg")});
+    send(u"what is it?"_s);
+    EXPECT_TRUE(replies.asked.empty()) << "a picture must not reach a service";
+    EXPECT_EQ(lastMessage()->status(), MessageStatus::failed);
+
+    settings.setBaseURLString(u"http://localhost:1/v1"_s);
+    send(u"and now?"_s);
+    EXPECT_EQ(replies.asked.back().request.configuration.carrying, SensitiveDataSet(SensitiveData::image));
+    EXPECT_EQ(transcript().size(), 4U);
 }
 
 TEST_F(TurnCargoTest, AReadingOfTheScreenMarksItsChatForGood)
