@@ -67,6 +67,14 @@ TEST_F(ComposerTest, TheSendButtonTurnsIntoStopInPlace)
     EXPECT_TRUE(eventually([this] { return !m_app->presentation().chat->isResponding(); }));
 }
 
+TEST_F(ComposerTest, EscapeStopsFromBesideTheComposerToo)
+{
+    send();
+    press(Qt::Key_Tab);
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(eventually([this] { return isAbandoned(); }));
+}
+
 TEST_F(ComposerTest, TheFieldGrowsWithItsTextAndThenScrolls)
 {
     QQuickItem *field = item(u"composer"_s);
@@ -82,6 +90,16 @@ TEST_F(ComposerTest, TheFieldGrowsWithItsTextAndThenScrolls)
     EXPECT_EQ(heightOf(u"line\n"_s.repeated(100)), 200);
     heightOf(QString(5000, u'x')); // one word without a place to break
     EXPECT_LE(field->property("contentWidth").toDouble(), viewport->width());
+}
+
+TEST_F(ComposerTest, ADraftSetFromOutsideIsShown)
+{
+    for (const auto &draft : {u"kept from before"_s, u"and again"_s}) {
+        m_app->presentation().chat->setDraft(draft);
+        settle();
+        EXPECT_EQ(shown(), draft) << "typing doesn't cut the tie";
+        type(u"!"_s);
+    }
 }
 
 TEST_F(ComposerTest, ASuggestionFillsTheFieldAndSendsNothing)

@@ -1,6 +1,5 @@
 #include "WindowFixture.h"
 
-#include "support/TestData.h"
 #include "view_models/ShellViewModel.h"
 
 #include <QAccessible>
@@ -32,21 +31,64 @@ protected:
 
 TEST_F(ReplyBlocksTest, EachKindOfBlockIsDrawnAndSaysItsWords)
 {
-    for (const QByteArray &line : TestData::lines("views/blocks.txt")) {
-        const QStringList each = QString::fromUtf8(line).split(u'\t');
-        showReply(each[0]);
-        QQuickItem *block = drawn(each[1]);
-        ASSERT_NE(block, nullptr) << each[0].toStdString();
-        EXPECT_GT(block->height(), 5) << each[1].toStdString();
-        EXPECT_GT(block->width(), 300) << each[1].toStdString();
+    const struct {
+        QString text;
+        QString name;
+        QString said; // as name or description
+    } cases[] = {
+        {u"Some **words**"_s, u"paragraph"_s, u"Some words"_s},
+        {u"## Head"_s, u"heading"_s, u"Head"_s},
+        {u"- a\n- b"_s, u"list"_s, u"• b"_s},
+        {u"1. a\n1. b"_s, u"list"_s, u"2. b"_s},
+        {u"> said"_s, u"quote"_s, {}},
+        {u"```cpp\nint i;\n```"_s, u"code"_s, {}},
+        {u"|a|b|\n|-|-|\n|1|2|"_s, u"table"_s, {}},
+        {u"```stat\n7 | Days | +1"_s, u"stats"_s, u"Days: 7 +1"_s},
+        {u"```facts\nBuilt | 2004"_s, u"facts"_s, u"Built: 2004"_s},
+        {u"```compare\nA | B\nx | 1 | 2"_s, u"comparison"_s, {}},
+        {u"```timeline\n2019 | Listed\n2020 | Sold"_s, u"timeline"_s, u"2020: Sold"_s},
+        {u"```chart\ntitle: T\na | 1\nb | 2"_s, u"chart"_s, u"b: 2"_s},
+        {u"```market\nGold | 2 | -1%"_s, u"market"_s, u"Gold: 2 -1%"_s},
+        {u"```weather\ncondition: Sun\nhigh: 3"_s, u"weather"_s, u"High: 3"_s},
+        {u"---"_s, u"divider"_s, u"Divider"_s},
+    };
+    for (const auto &each : cases) {
+        showReply(each.text);
+        QQuickItem *block = drawn(each.name);
+        ASSERT_NE(block, nullptr) << each.text.toStdString();
+        EXPECT_GT(block->height(), 5) << each.name.toStdString();
+        EXPECT_GT(block->width(), 300) << each.name.toStdString();
         QAccessibleInterface *face = QAccessible::queryAccessibleInterface(block);
         const QString said =
             face ? face->text(QAccessible::Name) + face->text(QAccessible::Description) : QString();
-        EXPECT_TRUE(said.contains(each[2])) << each[1].toStdString() << ": " << said.toStdString();
+        EXPECT_TRUE(said.contains(each.said)) << each.name.toStdString() << ": " << said.toStdString();
     }
     showReply(u"```cpp\nint i;\n```\n|a|b|\n|-|-|\n|1|2|"_s);
     EXPECT_EQ(accessibleName(drawn(u"codeText"_s)), u"Code: int i;"_s);
     EXPECT_EQ(accessibleName(drawn(u"tableText"_s)), u"Table: a\tb\n1\t2"_s);
+}
+
+TEST_F(ReplyBlocksTest, AGrowingReplyTouchesOnlyItsLastBlock)
+{
+    const QString text =
+        u"# Title\n\n"_s + u"A paragraph with *some* words. "_s.repeated(10) + u"\n\n- a\n- b\n\nLast"_s;
+    send();
+    stream(text);
+    const QList<QQuickItem *> before = blocks();
+    ASSERT_EQ(before.size(), 4);
+    QList<QRectF> places;
+    for (QQuickItem *block : before)
+        places += QRectF(block->position(), block->size());
+    for (int i = 0; i < 30; ++i) {
+        stream(i % 3 == 0 ? u" **loud** words that go on"_s : u" and on"_s);
+        ASSERT_EQ(blocks(), before) << "no item is made anew";
+        for (int block = 0; block < 3; ++block)
+            ASSERT_EQ(QRectF(before[block]->position(), before[block]->size()), places[block]);
+    }
+    EXPECT_GT(before[3]->height(), places[3].height());
+    stream(u"\n\n```cpp\nint i"_s);
+    EXPECT_EQ(blocks().size(), 5);
+    EXPECT_EQ(blocks().first(4), before);
 }
 
 TEST_F(ReplyBlocksTest, ALinkTellsWhereItLeadsAndOpensOnlyWhenAsked)
@@ -72,6 +114,28 @@ TEST_F(ReplyBlocksTest, ALinkTellsWhereItLeadsAndOpensOnlyWhenAsked)
     EXPECT_EQ(words->property("focusedLink"), QString());
     press(Qt::Key_Return);
     EXPECT_EQ(m_openedLinks.size(), 2);
+}
+
+TEST_F(ReplyBlocksTest, ASelectionGoesOnFromBlockToBlock)
+{
+    showReply(u"First words\n\n> second\n\n```\nthird\n```\n\nfourth words"_s);
+    const QList<QQuickItem *> all = blocks();
+    ASSERT_EQ(all.size(), 4);
+    const QPoint start = all[0]->mapToScene({20, 12}).toPoint();
+    const QPoint end = all[3]->mapToScene({60, 12}).toPoint();
+    QTest::mousePress(m_window, Qt::LeftButton, {}, start);
+    for (int step = 1; step <= 10; ++step)
+        QTest::mouseMove(m_window, start + (end - start) * step / 10);
+    QTest::mouseRelease(m_window, Qt::LeftButton, {}, end);
+    settle();
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_TRUE(QRegularExpression(u"^(?!First)\\w+ words\n\nsecond\n\nthird\n\nfourth ?\\w*$"_s)
+                    .match(clipboard())
+                    .hasMatch())
+        << clipboard().toStdString();
+    item(u"composer"_s)->forceActiveFocus();
+    settle();
+    EXPECT_EQ(all[3]->property("selectedText"), QString());
 }
 
 TEST_F(ReplyBlocksTest, WhatIsCopiedIsTheWholeOfWhatIsSelected)
@@ -161,6 +225,32 @@ TEST_F(ReplyBlocksTest, WhatIsWiderThanTheReplyScrollsSideways)
         press(Qt::Key_End, Qt::ControlModifier);
         EXPECT_LT(item->mapToItem(drawn(u"replyBlocks"_s), QPointF()).x(), -50) << "the cursor stays in view";
     }
+}
+
+TEST_F(ReplyBlocksTest, ATableWrapsLongCellsAndIsWiderThanTheWordsWhereThereIsRoom)
+{
+    m_window->resize(1400, 800);
+    showReply(u"|a|b|c|\n|-|-|-|\n|"_s + (u"words "_s.repeated(30) + u'|').repeated(3));
+    const double column = drawn(u"replyBlocks"_s)->width();
+    QQuickItem *cells = drawn(u"tableText"_s);
+    EXPECT_EQ(cells->width(), 3 * (280 + 16));
+    const QRectF view = cells->parentItem()->parentItem()->parentItem()->mapRectToItem(
+        drawn(u"replyBlocks"_s), QRectF(0, 0, 880, 1));
+    EXPECT_EQ(view, QRectF((column - 880) / 2, 0, 880, 1));
+    m_window->resize(420, 800);
+    settle();
+    EXPECT_EQ(drawn(u"table"_s)->property("excess"), 0);
+}
+
+TEST_F(ReplyBlocksTest, MarketValuesStandApartInANarrowWindow)
+{
+    m_window->resize(420, 800);
+    showReply(u"```market\nS&P | $7,728,123,456.20 | -0.32% (-1,234,567.89)"_s);
+    const auto place = [this](const QString &name) {
+        return drawn(name)->mapRectToScene(drawn(name)->boundingRect());
+    };
+    EXPECT_FALSE(place(u"marketValue"_s).intersects(place(u"marketChange"_s)));
+    EXPECT_TRUE(place(u"market"_s).contains(place(u"marketChange"_s)));
 }
 
 TEST_F(ReplyBlocksTest, AChartTellsItsValuesToTheArrowKeys)

@@ -46,9 +46,18 @@ protected:
     quint64 m_wheelTime = 1000;
 };
 
+TEST_F(ScrollTest, AChatOpensAtItsEndAndFollowsAGrowingReply)
+{
+    EXPECT_NEAR(gap(), 0, 1);
+    beginLongReply();
+    for (int piece = 0; piece < 10; ++piece) {
+        growLastReply(40);
+        EXPECT_NEAR(gap(), 0, 1) << piece;
+    }
+}
+
 TEST_F(ScrollTest, OneStepUpLetsGoAndTheEndButtonLeadsBack)
 {
-    EXPECT_NEAR(gap(), 0, 1) << "a chat opens at its end";
     beginLongReply();
     wheel(1);
     EXPECT_FALSE(follows());
@@ -66,6 +75,25 @@ TEST_F(ScrollTest, OneStepUpLetsGoAndTheEndButtonLeadsBack)
         wheel(-3);
     EXPECT_TRUE(follows()) << "scrolling back takes hold again";
     growLastReply(50);
+    EXPECT_NEAR(gap(), 0, 1);
+}
+
+TEST_F(ScrollTest, PageKeysScrollFromTheComposer)
+{
+    beginLongReply();
+    item(u"composer"_s)->forceActiveFocus();
+    const double end = top();
+    press(Qt::Key_PageUp);
+    EXPECT_LT(top(), end - 100);
+    EXPECT_FALSE(follows());
+    growLastReply(10);
+    EXPECT_LT(top(), end - 100);
+    press(Qt::Key_PageDown);
+    press(Qt::Key_PageDown);
+    EXPECT_TRUE(follows());
+    press(Qt::Key_PageUp);
+    press(Qt::Key_End, Qt::AltModifier);
+    EXPECT_TRUE(follows());
     EXPECT_NEAR(gap(), 0, 1);
 }
 

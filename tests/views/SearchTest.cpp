@@ -17,7 +17,6 @@ protected:
         m_garden = addChat(u"Garden"_s, {u"Where's a Férn?"_s, u"the fern by the wall"_s});
         m_ferns = addChat(u"Ferns"_s);
         load();
-        press(Qt::Key_F9); // the key opens a hidden sidebar
         press(Qt::Key_K, Qt::ControlModifier);
     }
     void find(const QString &words)
@@ -64,6 +63,15 @@ TEST_F(SearchTest, AnEmptyResultSaysSoOnceTheSearchIsOver)
     EXPECT_EQ(item(u"searchState"_s)->property("text").toString(), u"Searching…"_s);
     find(u"z"_s);
     EXPECT_EQ(item(u"searchState"_s)->property("text").toString(), u"No chat has these words."_s);
+}
+
+TEST_F(SearchTest, TheKeyOpensAHiddenSidebar)
+{
+    press(Qt::Key_F9);
+    press(Qt::Key_K, Qt::ControlModifier);
+    type(u"a"_s);
+    EXPECT_EQ(m_app->presentation().search->query(), u"a"_s);
+    EXPECT_TRUE(m_app->storage().settings->chatHistoryOpen());
 }
 
 } // namespace morvane
