@@ -81,7 +81,7 @@ DocumentImportService::attachmentFromPasteboard(PastedContent content, qsizetype
     };
     const auto picture = std::find_if(content.urls.cbegin(), content.urls.cend(), isImage);
     if (picture != content.urls.cend()) {
-        const QUrl url = *picture;
+        const QUrl &url = *picture;
         const QByteArray data = co_await read(url, stop);
         const QString name = url.fileName();
         std::optional<ImportedAttachment> attachment = co_await importImage(data, name, stop);
