@@ -1,5 +1,6 @@
 #include "attestation/ProofExport.h"
 
+#include "attestation/evidence/ProofExportFile.h"
 #include "network/LedgerExport.h"
 #include "utils/bytes/Hex.h"
 #include "utils/text/DesktopWords.h"
@@ -37,7 +38,7 @@ QString whatThisIs()
            "capture is what settles that."_s.arg(DesktopWords::here().device, QString(Product::name));
 }
 
-QString howToCheck(const QString &guidePage)
+QString howToCheck(const QJsonArray &turns, const QString &guidePage)
 {
     const QString steps =
         u"In plain words, for a Private cloud turn: Before sending, this %1 checks that the server is "
@@ -48,7 +49,8 @@ QString howToCheck(const QString &guidePage)
         "Morvane: decode intelTdxQuoteHex, confirm the last 32 bytes of REPORTDATA are clientNonceHex and "
         "the first 20 are signingAddressHex, then run it through dstack-verifier or Phala's Trust Center. "
         "mrtdHex is the base system image the server started from; it has to match the measurement published "
-        "for the stack named above."_s.arg(DesktopWords::here().device);
+        "for the stack named above. "_s.arg(DesktopWords::here().device) +
+        ProofExportFile::statement(turns);
     return guidePage.isEmpty() ? steps : steps + u" The same, step by step: "_s + guidePage;
 }
 
@@ -99,7 +101,7 @@ QByteArray ProofExport::json(const std::vector<ProofLedger::Entry> &entries, con
     for (const ProofLedger::Entry &entry : entries)
         turns.append(turnOf(entry));
     return QJsonDocument(QJsonObject{{u"exported"_s, dateText(exported)},
-                                     {u"howToCheck"_s, howToCheck(guidePage)},
+                                     {u"howToCheck"_s, howToCheck(turns, guidePage)},
                                      {u"whatThisIs"_s, whatThisIs()},
                                      {u"turns"_s, turns}})
         .toJson();

@@ -42,6 +42,19 @@ struct Accepted {
     }
 };
 
+QString text(ProofExportFile::Rows rows)
+{
+    switch (rows) {
+    case ProofExportFile::Rows::asExported:
+        return u"as the file says they were exported"_s;
+    case ProofExportFile::Rows::changed:
+        return u"changed since the export"_s;
+    case ProofExportFile::Rows::unstated:
+        return u"the file doesn't say whether they changed"_s;
+    }
+    return {};
+}
+
 ProofExportFile readFile(const QString &path)
 {
     const QByteArray json = InputFile::json(path);
@@ -142,6 +155,7 @@ void ExportedRows::check(const Options &options, Report &file)
     const ProofExportFile read = readFile(options.file);
     const Accepted accepted = Accepted::of(options);
     file.addField(u"exported"_s, read.exported.toString(Qt::ISODate));
+    file.addField(u"rows"_s, text(read.rows));
     file.addField(u"accepted servers"_s, accepted.text());
     bool anyProof = false;
     QString failure;
@@ -156,6 +170,8 @@ void ExportedRows::check(const Options &options, Report &file)
     }
     if (!anyProof)
         throw UsageError(u"%1 holds no proof"_s.arg(options.file));
+    if (failure.isEmpty() && read.rows == ProofExportFile::Rows::changed)
+        failure = u"rowsChanged"_s;
     file.setVerdict(failure.isEmpty() ? u"ok"_s : failure);
 }
 

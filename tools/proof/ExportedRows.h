@@ -8,7 +8,8 @@ namespace morvane {
 // The rows of an exported proof ledger, each with a report of its own.
 namespace ExportedRows {
 
-// Adds them to the file's report, and its verdict: "ok" when no row fails and at least one holds a proof.
+// Adds them to the file's report, and its verdict: "ok" when no row fails, at least one holds a proof,
+// and the rows are not others than those that the file says it was exported with.
 // Throws UsageError for a file that can't be read or holds no proof.
 void check(const Options &options, Report &file);
 

@@ -33,7 +33,8 @@ it has no network code, and what it trusts is three published facts compiled int
   morvane-proof export FILE [--accepted LIST]
       The file that Settings > Proof exports. Judges the quote in every row at the time of the row,
       holds the row's fields against it, and says of each whether the quote supports it, the list
-      does, or nothing but the file. Each row has a verdict, and the file's is "ok" when no row fails.
+      does, or nothing but the file. Each row has a verdict, and the file's is "ok" when no row fails
+      and none changed since the export.
       With --accepted, each image must be one that LIST names for the row's model.
 
   morvane-proof --help, morvane-proof --version

@@ -1,9 +1,12 @@
 #include "attestation/evidence/ProofExportFile.h"
 
 #include "attestation/evidence/CaseText.h"
+#include "attestation/evidence/Digest.h"
 #include "utils/bytes/Hex.h"
 #include "utils/text/Json.h"
 
+#include <QJsonDocument>
+#include <QRegularExpression>
 #include <QStringList>
 
 namespace morvane {
@@ -146,6 +149,22 @@ qsizetype membersOf(const QJsonValue &value)
     return members;
 }
 
+// Qt keeps names sorted.
+QString digestOf(const QJsonArray &turns)
+{
+    return Digest::sha256Hex(QJsonDocument(turns).toJson(QJsonDocument::Compact));
+}
+
+ProofExportFile::Rows rowsAgainst(const QString &howToCheck, const QJsonArray &turns)
+{
+    static const QRegularExpression pattern(u"jq -cjS \\.turns\\) have the SHA-256 ([0-9a-f]{64})"_s);
+    const QRegularExpressionMatch stated = pattern.match(howToCheck);
+    if (!stated.hasMatch())
+        return ProofExportFile::Rows::unstated;
+    return stated.captured(1) == digestOf(turns) ? ProofExportFile::Rows::asExported
+                                                 : ProofExportFile::Rows::changed;
+}
+
 struct CaseTextOf {
     QString operator()(const Error::UnknownField &e) const
     {
@@ -201,6 +220,13 @@ ProofExportFile::Turn ProofExportFile::Turn::read(const QJsonObject &row)
     return turn;
 }
 
+QString ProofExportFile::statement(const QJsonArray &turns)
+{
+    return u"To see whether this file changed since the export: its turns as compact JSON with sorted names "
+           "(jq -cjS .turns) have the SHA-256 %1. Nothing signs that, so it shows damage and not forgery."_s
+               .arg(digestOf(turns));
+}
+
 ProofExportFile ProofExportFile::read(QByteArrayView json)
 {
     if (json.size() > sizeLimit)
@@ -212,9 +238,9 @@ ProofExportFile ProofExportFile::read(QByteArrayView json)
         throw Error(Plain::repeatedField);
     const MemberReader reader(*object, QString());
     reader.requireNames({u"exported"_s, u"howToCheck"_s, u"turns"_s, u"whatThisIs"_s});
-    static_cast<void>(reader.text("howToCheck"_L1));
     static_cast<void>(reader.text("whatThisIs"_L1));
-    ProofExportFile file{reader.date("exported"_L1), reader.objects("turns"_L1)};
+    ProofExportFile file{reader.date("exported"_L1), reader.objects("turns"_L1),
+                         rowsAgainst(reader.text("howToCheck"_L1), (*object)["turns"_L1].toArray())};
     if (file.turns.size() > turnLimit)
         throw Error(Error::BadValue{u"turns"_s});
     return file;

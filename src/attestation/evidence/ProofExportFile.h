@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QString>
 
@@ -80,8 +81,17 @@ struct ProofExportFile {
     static constexpr qsizetype sizeLimit = qsizetype{64} * 1024 * 1024; // bytes
     static constexpr std::size_t turnLimit = 200;                       // what the ledger keeps
 
+    // Whether the rows are those that were exported, by what the file says of itself. Nothing signs it: it
+    // shows damage and careless changes, not forgery.
+    enum class Rows { asExported, changed, unstated };
+
     QDateTime exported;
     std::vector<QJsonObject> turns; // for Turn::read one by one, so that a bad row leaves the others readable
+    Rows rows = Rows::unstated;
+
+    // What the file says of itself, to stand in "howToCheck": the SHA-256 of its rows as compact JSON with
+    // sorted names, which any tool can work out.
+    [[nodiscard]] static QString statement(const QJsonArray &turns);
 
     // Throws ReadError.
     [[nodiscard]] static ProofExportFile read(QByteArrayView json);

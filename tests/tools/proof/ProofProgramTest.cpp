@@ -267,13 +267,17 @@ TEST_F(ProofProgramTest, EachRowOfAnExportHasItsVerdict)
          {std::tuple{"Verified enclave", "Your network", R"(rowFailed(1, contradiction("proof")))"},
           {"2026-09-01T12:29:59Z", "2024-09-01T12:29:59Z",
            R"(rowFailed(2, certificateChain("certificate is not yet valid")))"},
-          {list, expired, "ok"},
-          {list, "Built into this version of MorvaneGPT", "ok"},
+          {list, expired, "rowsChanged"},
+          {list, "Built into this version of MorvaneGPT", "rowsChanged"},
           {"December 1, 2026", "August 31, 2026", R"(rowFailed(1, contradiction("acceptedServersList")))"},
           {nonce.constData(), "5A", R"(rowFailed(1, badValue("proof.clientNonceHex")))"}}) {
         write(u"other"_s, QByteArray(file).replace(from, to));
         EXPECT_EQ(run(u"export @other "_s + pinned()).lastLine(), std::string("verdict: ") + verdict) << to;
     }
+    // A file that says nothing of its rows is judged by them alone.
+    write(u"unstated"_s,
+          QByteArray(file).replace("SHA-256", "digest").replace("\"teeProvider\"", " \"teeProvider\""));
+    EXPECT_EQ(run(u"export @unstated "_s + pinned()).lastLine(), "verdict: ok");
     for (const auto &[from, to] : {std::pair{"\"exported\":", "\"exported\": 1, \"exported\":"},
                                    {"\"turns\"", "\"rows\""},
                                    {": true", ": trve"},
