@@ -61,14 +61,15 @@ QCoro::Task<ImportedAttachment> DocumentImportService::importDocument(QUrl url, 
 QCoro::Task<ImportedAttachment> DocumentImportService::importImage(QByteArray data, QString name,
                                                                    std::stop_token stop)
 {
-    const QByteArray jpeg = co_await m_parts.imagePreparer.prepareImage(data, stop);
+    const PreparedPicture picture = co_await m_parts.imagePreparer.prepareImage(data, stop);
     const ImportedAttachment attachment{.id = QUuid::createUuid(),
                                         .filename = name,
                                         .fileExtension = u"image"_s,
                                         .fileSizeBytes = data.size(),
                                         .text = {},
                                         .wasTruncated = false,
-                                        .imageData = jpeg};
+                                        .imageData = picture.jpeg,
+                                        .thumbnail = picture.thumbnail};
     co_return attachment;
 }
 

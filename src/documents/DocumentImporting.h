@@ -58,11 +58,21 @@ public:
     [[nodiscard]] virtual QString extractText(QByteArrayView bytes, const QString &extension) const = 0;
 };
 
-// A picture as a model gets it: JPEG without notes. Threads as above.
+// A picture as a model gets it, and as the person sees it: the window decodes no picture, not even our own
+// JPEG.
+struct PreparedPicture {
+    static constexpr int thumbnailSide = 96; // pixels
+
+    QByteArray jpeg;      // without notes
+    QByteArray thumbnail; // the middle of it, rows of red, green and blue, a byte each
+};
+
+// Threads as above.
 class ImagePreparing {
 public:
     virtual ~ImagePreparing() = default;
-    [[nodiscard]] virtual QCoro::Task<QByteArray> prepareImage(QByteArray data, std::stop_token stop) = 0;
+    [[nodiscard]] virtual QCoro::Task<PreparedPicture> prepareImage(QByteArray data,
+                                                                    std::stop_token stop) = 0;
 };
 
 } // namespace morvane

@@ -19,7 +19,7 @@ QByteArray number(quint32 value)
 
 bool isKind(char byte)
 {
-    return QByteArrayView("ptifd").contains(byte);
+    return QByteArrayView("ptimfd").contains(byte);
 }
 
 } // namespace

@@ -12,11 +12,12 @@ namespace morvane {
 namespace ExtractionFrames {
 
 enum class Kind : char {
-    Progress = 'p', // pages read and pages in all, 4 bytes each, little-endian
-    Text = 't',     // UTF-8, the next piece
-    Image = 'i',    // JPEG
-    Failure = 'f',  // a byte of Failure
-    Done = 'd',     // nothing comes behind it
+    Progress = 'p',  // pages read and pages in all, 4 bytes each, little-endian
+    Text = 't',      // UTF-8, the next piece
+    Image = 'i',     // JPEG
+    Thumbnail = 'm', // as in PreparedPicture
+    Failure = 'f',   // a byte of Failure
+    Done = 'd',      // nothing comes behind it
 };
 
 enum class Failure : char { Unreadable = 'u', PasswordProtected = 'p', UnreadableImage = 'i' };

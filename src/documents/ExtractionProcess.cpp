@@ -17,6 +17,7 @@ namespace {
 
 constexpr qsizetype longestReply = 64 << 20; // bytes
 constexpr int betweenLooks = 20;             // milliseconds until a stop is seen
+constexpr qsizetype thumbnailBytes = 3 * PreparedPicture::thumbnailSide * PreparedPicture::thumbnailSide;
 
 // Takes in what the process says, and throws where it says what it may not.
 class Listener {
@@ -41,7 +42,7 @@ public:
         require(m_isDone && m_bytes.isEmpty());
         const auto text = Text::fromUtf8(m_text);
         require(text.has_value());
-        return {*text, m_image};
+        return {*text, m_picture};
     }
 
 private:
@@ -65,8 +66,12 @@ private:
             m_text += frame.payload;
             return;
         case Kind::Image:
-            require(m_image.isEmpty() && frame.payload.startsWith("\xFF\xD8\xFF"));
-            m_image = frame.payload;
+            require(m_picture.jpeg.isEmpty() && frame.payload.startsWith("\xFF\xD8\xFF"));
+            m_picture.jpeg = frame.payload;
+            return;
+        case Kind::Thumbnail:
+            require(frame.payload.size() == thumbnailBytes);
+            m_picture.thumbnail = frame.payload;
             return;
         case Kind::Failure:
             fail(frame.payload);
@@ -94,7 +99,7 @@ private:
     qsizetype m_heard = 0;
     QByteArray m_bytes; // of a frame that isn't whole yet
     QByteArray m_text;
-    QByteArray m_image;
+    PreparedPicture m_picture;
     bool m_isDone = false;
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "documents/DocumentImporting.h"
 #include "documents/ExtractionFrames.h"
 
 #include <QByteArray>
@@ -22,7 +23,7 @@ struct Request {
 
 struct Reply {
     QString text;
-    QByteArray image; // JPEG
+    PreparedPicture picture;
 };
 
 using OnProgress = std::function<void(ExtractionFrames::Progress)>;

@@ -45,17 +45,17 @@ QCoro::Task<QString> ExtractionService::extractText(QByteArray pdf, qsizetype li
     co_return text;
 }
 
-QCoro::Task<QByteArray> ExtractionService::prepareImage(QByteArray data, std::stop_token stop)
+QCoro::Task<PreparedPicture> ExtractionService::prepareImage(QByteArray data, std::stop_token stop)
 {
     if (data.size() > ExtractionFrames::longestInput)
         throw DocumentError(Plain::unreadableImage);
     const ExtractionProcess::Request request{m_program, {u"image"_s}, data};
     const ImportProgress none = [](int, int) {};
     Reply reply = co_await run(request, none, stop);
-    QByteArray image = std::move(reply.image);
-    if (image.isEmpty())
+    PreparedPicture picture = std::move(reply.picture);
+    if (picture.jpeg.isEmpty() || picture.thumbnail.isEmpty())
         throw DocumentError(Plain::extractionFailed);
-    co_return image;
+    co_return picture;
 }
 
 QCoro::Task<Reply> ExtractionService::run(ExtractionProcess::Request request, ImportProgress progress,

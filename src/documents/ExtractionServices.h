@@ -23,7 +23,7 @@ public:
 
     [[nodiscard]] QCoro::Task<QString> extractText(QByteArray pdf, qsizetype limit, ImportProgress progress,
                                                    std::stop_token stop) override;
-    [[nodiscard]] QCoro::Task<QByteArray> prepareImage(QByteArray data, std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<PreparedPicture> prepareImage(QByteArray data, std::stop_token stop) override;
 
 private:
     QCoro::Task<ExtractionProcess::Reply> run(ExtractionProcess::Request request, ImportProgress progress,

@@ -18,6 +18,7 @@ struct ImportedAttachment {
     QString text; // after truncation; empty for an image
     bool wasTruncated = false;
     std::optional<QByteArray> imageData; // JPEG
+    QByteArray thumbnail;                // of a picture, see PreparedPicture
 
     // The attachment's wording for the model; document text is marked as untrusted.
     [[nodiscard]] QString context() const;

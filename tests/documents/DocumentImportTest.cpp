@@ -98,10 +98,12 @@ protected:
         const ImportedAttachment attachment =
             TestWait::await(service.importImage(data, u"shown.png"_s, stop.get_token()));
         EXPECT_EQ(attachment.fileSizeBytes, data.size());
+        thumbnail = attachment.thumbnail;
         return QImage::fromData(*attachment.imageData, "jpeg");
     }
 
     QTemporaryDir folder;
+    QByteArray thumbnail; // of the latest picture
     ManualClock clock;
     Work work{clock};
     struct Extraction : PDFExtracting, ImagePreparing {
@@ -117,7 +119,7 @@ protected:
         {
             return real->extractText(bytes, limit, told, token);
         }
-        QCoro::Task<QByteArray> prepareImage(QByteArray data, std::stop_token token) override
+        QCoro::Task<PreparedPicture> prepareImage(QByteArray data, std::stop_token token) override
         {
             return real->prepareImage(data, token);
         }
@@ -178,6 +180,14 @@ TEST_F(DocumentImportTest, PreparesAPictureAndLeavesNothingButItsPixels)
     EXPECT_EQ(prepared(encoded(filled(4000, 3000, Qt::red), "jpeg")).size(), QSize(1536, 1152));
     EXPECT_EQ(prepared(encoded(filled(1, 4000, Qt::red), "png")).size(), QSize(1, 1536));
     EXPECT_EQ(QColor(prepared(encoded(filled(8, 8, Qt::transparent), "png")).pixel(4, 4)), QColor(Qt::white));
+    QImage striped = filled(300, 100, Qt::red); // whose middle is blue
+    QPainter(&striped).fillRect(100, 0, 100, 100, Qt::blue);
+    prepared(encoded(striped, "png"));
+    ASSERT_EQ(thumbnail.size(), 96 * 96 * 3);
+    for (const qsizetype at : {qsizetype(96 * 48 + 8) * 3, qsizetype(96 * 48 + 88) * 3}) {
+        EXPECT_LT(quint8(thumbnail[at]), 60);
+        EXPECT_GT(quint8(thumbnail[at + 2]), 200);
+    }
     QByteArray turned = encoded(filled(300, 200, Qt::red), "jpeg");
     turned.insert(2,
                   QByteArray::fromHex("ffe10022457869660000" // an EXIF block that says: turn it to the right

@@ -7,6 +7,8 @@
 #include <QPainter>
 #include <QSet>
 
+#include <algorithm>
+
 namespace morvane {
 
 namespace {
@@ -72,9 +74,24 @@ QByteArray encoded(const QImage &image, int quality)
     return writer.write(image) ? bytes : QByteArray();
 }
 
+// The square in the middle.
+QByteArray thumbnailOf(const QImage &image)
+{
+    constexpr int side = PreparedPicture::thumbnailSide;
+    const int shorter = std::min(image.width(), image.height());
+    const QRect middle((image.width() - shorter) / 2, (image.height() - shorter) / 2, shorter, shorter);
+    const QImage square = image.copy(middle)
+                              .scaled(side, side, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                              .convertToFormat(QImage::Format_RGB888);
+    QByteArray pixels;
+    for (int row = 0; row < side; ++row)
+        pixels.append(reinterpret_cast<const char *>(square.constScanLine(row)), 3 * side);
+    return pixels;
+}
+
 } // namespace
 
-QByteArray Picture::prepared(QByteArray bytes)
+PreparedPicture Picture::prepared(QByteArray bytes)
 {
     const QImage image = decoded(bytes);
     if (image.isNull())
@@ -83,7 +100,7 @@ QByteArray Picture::prepared(QByteArray bytes)
     QByteArray jpeg = encoded(pixels, usualQuality);
     if (jpeg.size() > wantedBytes)
         jpeg = encoded(pixels, coarseQuality);
-    return jpeg;
+    return {jpeg, thumbnailOf(pixels)};
 }
 
 } // namespace morvane

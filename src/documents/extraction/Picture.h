@@ -1,5 +1,7 @@
 #pragma once
 
+#include "documents/DocumentImporting.h"
+
 #include <QByteArray>
 
 namespace morvane {
@@ -14,7 +16,7 @@ inline constexpr qsizetype wantedBytes = 5'242'880; // what is larger is encoded
 // and with nothing in it but the pixels. Of several frames the first. Empty when the bytes are no picture,
 // one that is drawn by instructions, or one whose pixels would take too much memory: that is judged by its
 // head.
-[[nodiscard]] QByteArray prepared(QByteArray bytes);
+[[nodiscard]] PreparedPicture prepared(QByteArray bytes);
 
 } // namespace Picture
 

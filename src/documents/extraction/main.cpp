@@ -71,10 +71,11 @@ std::optional<Failure> sendText(qsizetype limit)
 
 std::optional<Failure> sendImage()
 {
-    const QByteArray jpeg = Picture::prepared(input());
-    if (jpeg.isEmpty() || jpeg.size() > longestFrame)
+    const PreparedPicture picture = Picture::prepared(input());
+    if (picture.jpeg.isEmpty() || picture.jpeg.size() > longestFrame)
         return Failure::UnreadableImage;
-    send(encoded(Kind::Image, jpeg));
+    send(encoded(Kind::Image, picture.jpeg));
+    send(encoded(Kind::Thumbnail, picture.thumbnail));
     return std::nullopt;
 }
 
