@@ -24,6 +24,9 @@ public:
     // The installed model; empty unless ready.
     [[nodiscard]] virtual QString model() const = 0;
 
+    // The base address of its chat completions.
+    [[nodiscard]] virtual QString baseURL() const { return QStringLiteral("http://localhost:11434/v1"); }
+
 Q_SIGNALS:
     void changed(); // the state, or the models that are installed
 };

@@ -77,7 +77,7 @@ std::optional<AIConfiguration> RouteConfiguration::local(const SettingsStore &se
     if (!isReady || runtime->model().isEmpty())
         return std::nullopt;
     AIConfiguration configuration = common(settings, identity);
-    configuration.baseURLString = u"http://localhost:11434/v1"_s;
+    configuration.baseURLString = runtime->baseURL();
     configuration.model = runtime->model();
     configuration.maxOutputTokens = std::max(configuration.maxOutputTokens, smallestLocalOutput);
     return configuration;

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "async/Clock.h"
+
+#include <QByteArrayView>
+#include <QString>
+
+namespace morvane {
+
+// The steps of setting up local AI and what the runtime said meanwhile, a line each with its time, in a file
+// for the person to look at. It holds names of models and paths, and nothing that the person wrote. At its
+// largest size the file becomes the former one (".1") and a new one begins. What can't be written is lost.
+class SetupLog {
+public:
+    static constexpr qint64 largestFile = qint64{256} << 10; // bytes
+    static constexpr qsizetype longestLine = 500;            // characters
+
+    // `clock` outlives the log.
+    SetupLog(QString path, const Clock &clock);
+
+    void write(const QString &line);
+
+    // Output of the runtime, in pieces as they come.
+    void takeOutput(QByteArrayView piece);
+
+private:
+    void append(const QByteArray &line);
+
+    QString m_path;
+    const Clock &m_clock;
+    QByteArray m_unfinished; // start of a line of output
+};
+
+} // namespace morvane
