@@ -24,13 +24,13 @@ constexpr int noFont = -1;
 // Words that stand for text.
 const Words &textOf()
 {
-    static const Words words{{"par", u"\n"},         {"line", u"\n"},        {"sect", u"\n"},
-                             {"page", u"\n"},        {"column", u"\n"},      {"tab", u"\t"},
-                             {"cell", u"\t"},        {"nestcell", u"\t"},    {"emdash", u"—"},
-                             {"endash", u"–"},       {"lquote", u"‘"},       {"rquote", u"’"},
-                             {"ldblquote", u"“"},    {"rdblquote", u"”"},    {"bullet", u"•"},
-                             {"emspace", u"\u2003"}, {"enspace", u"\u2002"}, {"qmspace", u"\u2005"},
-                             {"zwj", u"\u200D"},     {"zwnj", u"\u200C"},    {"footnote", u" "}};
+    static const Words words{
+        {"par", u"\n"},         {"line", u"\n"},        {"sect", u"\n"},    {"page", u"\n"},
+        {"column", u"\n"},      {"tab", u"\t"},         {"cell", u"\t"},    {"nestcell", u"\t"},
+        {"emdash", u"—"},       {"endash", u"–"},       {"lquote", u"‘"},   {"rquote", u"’"},
+        {"ldblquote", u"“"},    {"rdblquote", u"”"},    {"bullet", u"•"},   {"emspace", u"\u2003"},
+        {"enspace", u"\u2002"}, {"qmspace", u"\u2005"}, {"zwj", u"\u200D"}, {"zwnj", u"\u200C"},
+        {"footnote", u" "},     {"shptxt", u"\n"}};
     return words;
 }
 
@@ -42,8 +42,20 @@ bool isSilent(std::string_view name)
         "headerf",  "footer",     "footerl",    "footerr",      "footerf",  "fldinst",   "xe",
         "tc",       "rxe",        "txe",        "objdata",      "objclass", "listtable", "listoverridetable",
         "revtbl",   "template",   "private",    "bkmkstart",    "bkmkend",  "filetbl",   "themedata",
-        "atnid",    "atnauthor",  "annotation", "nonesttables", "sp",       "datafield"};
+        "atnid",    "atnauthor",  "annotation", "nonesttables", "sp",       "datafield", "shprslt"};
     return names.contains(QByteArrayView(name.data(), static_cast<qsizetype>(name.size())));
+}
+
+// Groups that older readers pass over, as their words are starred, and that hold what a person reads.
+bool isReadThoughStarred(std::string_view name)
+{
+    return name == "nesttableprops" || name == "footnote" || name == "shpinst";
+}
+
+// Marks of lists are taken from fonts of symbols, at places where a character has no meaning of its own.
+bool isPrivate(char32_t code)
+{
+    return code >= 0xF000 && code <= 0xF0FF;
 }
 
 class Reader {
@@ -72,6 +84,7 @@ private:
         bool isHidden = false; // \v
         bool isDeleted = false;
         bool isInTable = false;
+        bool isListMark = false;
         int font = noFont;
         int unicodeSkip = 1;
     };
@@ -161,7 +174,7 @@ private:
     {
         if (name == "fonttbl")
             group().isFontTable = true;
-        else if (isSilent(name) || (isStarred && name != "nesttableprops"))
+        else if (isSilent(name) || (isStarred && !isReadThoughStarred(name)))
             group().isSilent = true;
         else
             return false;
@@ -203,6 +216,8 @@ private:
             group().isInTable = true;
         else if (name == "pard")
             group().isInTable = false;
+        else if (name == "listtext" || name == "pntext")
+            group().isListMark = true;
         else if (name == "plain")
             toPlain();
         else
@@ -267,6 +282,8 @@ private:
         const auto code = static_cast<char32_t>(number < 0 ? (number & 0xFFFF) : number);
         if (code > 0x10FFFF)
             show(u"\uFFFD");
+        else if (group().isListMark && isPrivate(code))
+            show(u"•");
         else if (code > 0xFFFF)
             show(QString::fromUcs4(&code, 1));
         else
