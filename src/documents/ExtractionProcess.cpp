@@ -6,6 +6,8 @@
 
 #include <QProcess>
 
+#include <algorithm>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -59,7 +61,7 @@ private:
         case Kind::Progress: {
             const auto progress = progressOf(frame.payload);
             require(progress && progress->done <= progress->total);
-            m_onProgress(*progress);
+            tell(*progress);
             return;
         }
         case Kind::Text:
@@ -81,6 +83,17 @@ private:
         }
     }
 
+    // Once for each hundredth, however many pages there are.
+    void tell(const Progress &progress)
+    {
+        const auto hundredths =
+            static_cast<int>(quint64{progress.done} * 100 / std::max(progress.total, quint32{1}));
+        if (hundredths <= m_told)
+            return;
+        m_told = hundredths;
+        m_onProgress(progress);
+    }
+
     [[noreturn]] static void fail(const QByteArray &reason)
     {
         require(reason.size() == 1);
@@ -100,6 +113,7 @@ private:
     QByteArray m_bytes; // of a frame that isn't whole yet
     QByteArray m_text;
     PreparedPicture m_picture;
+    int m_told = -1; // hundredths of the pages
     bool m_isDone = false;
 };
 

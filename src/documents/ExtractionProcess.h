@@ -26,6 +26,7 @@ struct Reply {
     PreparedPicture picture;
 };
 
+// Called a hundred times or so at most, however many pages there are.
 using OnProgress = std::function<void(ExtractionFrames::Progress)>;
 
 // Waits for the answer; for a thread of Work. Whatever the process does (crashes, says what it may not, says

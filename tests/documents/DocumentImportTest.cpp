@@ -9,13 +9,16 @@
 
 #include <QBuffer>
 #include <QColorSpace>
+#include <QDirIterator>
 #include <QFile>
 #include <QImageReader>
 #include <QImageWriter>
 #include <QPainter>
 #include <QPdfWriter>
+#include <QProcess>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -26,6 +29,7 @@ using Plain = DocumentError::Plain;
 
 namespace {
 
+// Without words its pages are pictures.
 QByteArray pdf(int pages, const QString &words)
 {
     QByteArray bytes;
@@ -36,7 +40,9 @@ QByteArray pdf(int pages, const QString &words)
     for (int page = 0; page < pages; ++page) {
         if (page > 0)
             writer.newPage();
-        if (!words.isEmpty())
+        if (words.isEmpty())
+            painter.drawImage(500, 500, QImage(200, 300, QImage::Format_Grayscale8));
+        else
             painter.drawText(500, 500, words.arg(page + 1));
     }
     painter.end();
@@ -99,6 +105,8 @@ protected:
             TestWait::await(service.importImage(data, u"shown.png"_s, stop.get_token()));
         EXPECT_EQ(attachment.fileSizeBytes, data.size());
         thumbnail = attachment.thumbnail;
+        for (const char *const note : {"Exif", "ICC_PROFILE", "http://ns.adobe.com", "marked"})
+            EXPECT_FALSE(attachment.imageData->contains(note)) << note;
         return QImage::fromData(*attachment.imageData, "jpeg");
     }
 
@@ -188,28 +196,121 @@ TEST_F(DocumentImportTest, PreparesAPictureAndLeavesNothingButItsPixels)
         EXPECT_LT(quint8(thumbnail[at]), 60);
         EXPECT_GT(quint8(thumbnail[at + 2]), 200);
     }
-    QByteArray turned = encoded(filled(300, 200, Qt::red), "jpeg");
-    turned.insert(2,
-                  QByteArray::fromHex("ffe10022457869660000" // an EXIF block that says: turn it to the right
-                                      "49492a0008000000010012010300010000000600000000000000"));
-    EXPECT_EQ(prepared(turned).size(), QSize(200, 300));
+    const struct {
+        QColorSpace::NamedColorSpace space;
+        const char *format;
+        int red; // in sRGB
+    } spaces[] = {{QColorSpace::AdobeRgb, "png", 230},
+                  {QColorSpace::AdobeRgb, "jpeg", 230},
+                  {QColorSpace::DisplayP3, "png", 216},
+                  {QColorSpace::DisplayP3, "jpeg", 216}};
+    for (const auto &[space, format, red] : spaces) {
+        QImage wide = filled(64, 64, QColor(200, 60, 60));
+        wide.setText(u"Author"_s, u"marked words"_s);
+        wide.setColorSpace(space);
+        EXPECT_NEAR(QColor(prepared(encoded(wide, format)).pixel(9, 9)).red(), red, 4) << format;
+    }
 
-    QImage wide = filled(64, 64, QColor(200, 60, 60));
-    wide.setText(u"Author"_s, u"marked words"_s);
-    wide.setColorSpace(QColorSpace::AdobeRgb);
-    const QColor meant(wide.convertedToColorSpace(QColorSpace::SRgb).pixel(9, 9));
-    const QImage bare = prepared(encoded(wide, "png"));
-    EXPECT_NEAR(QColor(bare.pixel(9, 9)).red(), meant.red(), 4);
-    EXPECT_GT(meant.red(), 210); // so that a colour that was left alone is told from it
-    EXPECT_TRUE(bare.textKeys().isEmpty());
-    EXPECT_FALSE(bare.colorSpace().isValid());
-
-    QByteArray bomb = encoded(filled(8, 8, Qt::red), "png");
-    bomb.replace(16, 8, QByteArray::fromHex("0000753000007530")); // says 30,000 by 30,000
+    // One bit for each pixel: nothing but their number is too much.
+    QImage bomb(30'000, 30'000, QImage::Format_Mono);
+    bomb.fill(0);
     for (const QByteArray &data :
-         {bomb, QByteArray("GIF89a"), QByteArray(),
+         {encoded(bomb, "png"), QByteArray("GIF89a"), QByteArray(),
           QByteArray("<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>")})
         EXPECT_EQ(refusalOf([&] { prepared(data); }), DocumentError(Plain::unreadableImage));
+}
+
+// By where the first row and the first column lie, in each of the eight ways a camera can be held.
+TEST_F(DocumentImportTest, HoldsAPictureUpright)
+{
+    QImage corners(3072, 1536, QImage::Format_RGB32);
+    corners.fill(Qt::white);
+    QPainter painter(&corners);
+    painter.fillRect(0, 0, 1536, 768, Qt::red);
+    painter.fillRect(1536, 0, 1536, 768, Qt::blue);
+    painter.end();
+    const QByteArray jpeg = encoded(corners, "jpeg");
+    const QString seen[] = {u"red blue white white"_s, u"blue red white white"_s, u"white white blue red"_s,
+                            u"white white red blue"_s, u"red white blue white"_s, u"white red white blue"_s,
+                            u"white blue white red"_s, u"blue white red white"_s};
+    for (int way = 1; way <= 8; ++way) {
+        QByteArray exif = QByteArray::fromHex("ffe1002245786966000049492a000800000001001201030001000000");
+        exif += static_cast<char>(way) + QByteArray::fromHex("00000000000000");
+        const QImage image = prepared(QByteArray(jpeg).insert(2, exif));
+        EXPECT_EQ(image.size(), way < 5 ? QSize(1536, 768) : QSize(768, 1536));
+        QStringList colours;
+        for (const int quarter : {0, 1, 2, 3}) {
+            const QColor colour = image.pixelColor(image.width() * (1 + quarter % 2 * 2) / 4,
+                                                   image.height() * (1 + quarter / 2 * 2) / 4);
+            colours += colour.green() > 128 ? u"white"_s : colour.red() > 128 ? u"red"_s : u"blue"_s;
+        }
+        EXPECT_EQ(colours.join(u' '), seen[way - 1]) << way;
+    }
+}
+
+TEST_F(DocumentImportTest, PreparesTheLargestPhotographs)
+{
+    QImage image(16'000, 12'000, QImage::Format_Indexed8);
+    image.setColorTable({qRgb(255, 0, 0)});
+    image.fill(0);
+    const QImage shown = prepared(encoded(image, "jpeg"));
+    EXPECT_EQ(shown.size(), QSize(1536, 1152));
+    EXPECT_GT(shown.pixelColor(1535, 1151).red(), 240);
+}
+
+TEST_F(DocumentImportTest, OpensAPDFThatIsEncryptedWhereItNeedsNoPassword)
+{
+    const QString plain = save(u"plain.pdf"_s, pdf(2, u"Page %1"_s));
+    const QString sealed = folder.filePath(u"sealed.pdf"_s);
+    for (const char *const how : {"40", "128 --use-aes=n", "128 --use-aes=y", "256"})
+        for (const char *const password : {"", "open sesame"}) {
+            const QStringList strength = QString::fromLatin1(how).split(u' ');
+            ASSERT_EQ(QProcess::execute(u"qpdf"_s, QStringList{u"--allow-weak-crypto"_s, u"--encrypt"_s,
+                                                               QString::fromLatin1(password), u"owner"_s} +
+                                                       strength + QStringList{u"--"_s, plain, sealed}),
+                      0);
+            QFile file(sealed);
+            ASSERT_TRUE(file.open(QFile::ReadOnly));
+            QString text;
+            const auto refusal = refusalOf([&] { text = import(u"a.pdf"_s, file.readAll()).text; });
+            EXPECT_EQ(text, *password == '\0' ? u"Page 1\n\nPage 2"_s : QString()) << how;
+            EXPECT_EQ(refusal.has_value(), *password != '\0') << how;
+            EXPECT_EQ(refusal.value_or(DocumentError(Plain::passwordProtected)),
+                      DocumentError(Plain::passwordProtected));
+        }
+}
+
+// Nine of ten words at least are those that another reader finds, and none has a character nobody sees.
+TEST_F(DocumentImportTest, ReadsTheManualsOfTheSystem)
+{
+    QDirIterator manuals(u"/usr/share/doc"_s, {u"*.pdf"_s}, QDir::Files, QDirIterator::Subdirectories);
+    int read = 0;
+    while (manuals.hasNext()) {
+        const QUrl url = QUrl::fromLocalFile(manuals.next());
+        const QString text = TestWait::await(service.importDocument(url, 10'000'000, progress, {})).text;
+        QProcess other;
+        other.start(u"pdftotext"_s, {url.toLocalFile(), u"-"_s});
+        ASSERT_TRUE(other.waitForFinished());
+        const QStringList found = QString::fromUtf8(other.readAllStandardOutput()).simplified().split(u' ');
+        const QStringList ours = text.simplified().split(u' ');
+        const QSet<QString> known(ours.begin(), ours.end());
+        const auto alike =
+            std::ranges::count_if(found, [&](const QString &word) { return known.contains(word); });
+        EXPECT_GT(static_cast<double>(alike), 0.9 * static_cast<double>(found.size()))
+            << url.path().toStdString();
+        EXPECT_FALSE(text.contains(QChar(0xFFFE)));
+        ++read;
+    }
+    if (read == 0)
+        GTEST_SKIP() << "no manual is installed as a PDF";
+}
+
+TEST_F(DocumentImportTest, ReadsTenThousandPagesAndTellsAHundredTimes)
+{
+    const QString text = import(u"a.pdf"_s, pdf(10'000, u"Page %1"_s), 1'000'000).text;
+    EXPECT_TRUE(text.endsWith(u"\n\nPage 9999\n\nPage 10000"_s));
+    EXPECT_EQ(pages.size(), 101);
+    EXPECT_EQ(pages.back(), std::pair(10'000, 10'000));
 }
 
 TEST_F(DocumentImportTest, TakesThePictureAmongPastedFilesThenAFileThenTheImage)

@@ -10,6 +10,22 @@ namespace morvane {
 
 using Failure = ExtractionFrames::Failure;
 
+namespace {
+
+// Without what controls something: line ends are line feeds. The library marks a hyphen at the end of a line
+// by U+FFFE and joins the lines, so without it a broken word is whole.
+QString readable(const QString &page)
+{
+    QString text;
+    text.reserve(page.size());
+    for (const QChar c : page)
+        if (c == u'\n' || c == u'\t' || (c.category() != QChar::Other_Control && c != QChar(0xFFFE)))
+            text += c;
+    return text;
+}
+
+} // namespace
+
 std::optional<Failure> PDFText::read(QByteArray pdf, qsizetype limit,
                                      const std::function<void(const QString &text)> &page,
                                      const std::function<void(int done, int total)> &progress)
@@ -27,9 +43,7 @@ std::optional<Failure> PDFText::read(QByteArray pdf, qsizetype limit,
     const int total = document.pageCount();
     qsizetype characters = 0;
     for (int i = 0; i < total && characters <= limit; ++i) {
-        QString text = document.getAllText(i).text();
-        text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-        text = Text::prefix(Text::trimmed(text), limit + 1);
+        const QString text = Text::prefix(Text::trimmed(readable(document.getAllText(i).text())), limit + 1);
         if (!text.isEmpty())
             page(text);
         characters += Text::characterCount(text);

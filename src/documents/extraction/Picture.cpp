@@ -13,7 +13,10 @@ namespace morvane {
 
 namespace {
 
+// Four bytes for each pixel, twice while they are scaled: that is what the process may take.
 constexpr qint64 mostPixels = 100'000'000;
+// JPEG is scaled down while it is read and never there as a whole. Telephones take up to 200 million pixels.
+constexpr qint64 mostCameraPixels = 250'000'000;
 constexpr int mostMegabytes = 512;
 constexpr int usualQuality = 80;
 constexpr int coarseQuality = 60;
@@ -22,6 +25,13 @@ bool isPixelFormat(const QByteArray &format)
 {
     static const QSet<QByteArray> formats{"png", "jpeg", "jpg", "gif", "bmp", "webp", "tiff", "tif"};
     return formats.contains(format);
+}
+
+// Of a picture that fits its own.
+QSize fittedSize(QSize size)
+{
+    const QSize box(Picture::longestSide, Picture::longestSide);
+    return size.boundedTo(box) == size ? size : size.scaled(box, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
 }
 
 QImage decoded(QByteArray &bytes)
@@ -33,19 +43,19 @@ QImage decoded(QByteArray &bytes)
     reader.setDecideFormatFromContent(true);
     reader.setAutoTransform(true);
     const QSize size = reader.size();
+    const bool isFromCamera = reader.format() == "jpeg";
     if (!isPixelFormat(reader.format()) || size.isEmpty() ||
-        static_cast<qint64>(size.width()) * size.height() > mostPixels)
+        qint64{size.width()} * size.height() > (isFromCamera ? mostCameraPixels : mostPixels))
         return {};
+    if (isFromCamera && fittedSize(size) != size)
+        reader.setScaledSize(fittedSize(size));
     return reader.read();
 }
 
 QImage fitted(const QImage &image)
 {
-    if (image.width() <= Picture::longestSide && image.height() <= Picture::longestSide)
-        return image;
-    const QSize box(Picture::longestSide, Picture::longestSide);
-    const QSize size = image.size().scaled(box, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
-    return image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    const QSize size = fittedSize(image.size());
+    return size == image.size() ? image : image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
 // A new image has no notes, no profile and no resolution from the old one.
