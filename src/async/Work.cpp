@@ -90,20 +90,22 @@ void Work::takeTurns(const std::stop_token &ending)
     }
 }
 
-bool Work::detach(std::function<void()> job)
+bool Work::detach(std::function<void()> job, Outside outside)
 {
-    if (m_questions->fetch_add(1) >= mostQuestions) {
-        m_questions->fetch_sub(1);
+    const std::shared_ptr<std::atomic<int>> out(m_questions,
+                                                &m_questions->at(static_cast<std::size_t>(outside)));
+    if (out->fetch_add(1) >= mostQuestions) {
+        out->fetch_sub(1);
         return false;
     }
     try {
-        std::thread([job = std::move(job), questions = m_questions] {
+        std::thread([job = std::move(job), out] {
             job();
-            questions->fetch_sub(1);
+            out->fetch_sub(1);
         }).detach();
         return true;
     } catch (const std::system_error &) { // no thread to be had
-        m_questions->fetch_sub(1);
+        out->fetch_sub(1);
         return false;
     }
 }

@@ -6,6 +6,7 @@
 #include <QCoroTask>
 #include <QObject>
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -26,15 +27,18 @@ namespace morvane {
 // The one way off the GUI thread.
 //
 // What the program does itself runs on a few threads that end() waits for, so it may refer to anything that
-// outlives end(). What the outside decides the length of (the system's resolver) runs on threads that nobody
-// waits for: its questions own all that they touch, have a time limit, and only a few are out at once.
+// outlives end(). What the outside decides the length of (the system's resolver, a file that may lie behind a
+// network) runs on threads that nobody waits for: its questions own all that they touch, have a time limit,
+// and only a few are out at once.
 //
 // Made, called and destroyed on the GUI thread; results arrive there. Stopping a caller, or dropping it,
 // triggers the stop token that its work was given, and nothing of the work reaches it any more.
 class Work {
 public:
     static constexpr int mostThreads = 4;
-    static constexpr int mostQuestions = 8; // those left behind by an outside that hangs included
+    // To each outside; those that were left behind as it hangs included.
+    static constexpr int mostQuestions = 8;
+    enum class Outside { Resolver, Files };
 
     template <typename T>
     using Report = std::function<void(T)>; // from the work's thread
@@ -61,7 +65,8 @@ public:
     // Throws what it throws, and CancelledError as above.
     template <typename T>
     [[nodiscard]] QCoro::Task<std::optional<T>> ask(std::function<T()> question,
-                                                    std::chrono::milliseconds limit, std::stop_token stop);
+                                                    std::chrono::milliseconds limit, std::stop_token stop,
+                                                    Outside outside = Outside::Resolver);
 
     // Stops what runs, waits for it, and refuses what comes later. Questions are left to themselves.
     void end();
@@ -75,7 +80,7 @@ private:
     void enqueue(Job job);
     void addThread();
     void takeTurns(const std::stop_token &ending);
-    [[nodiscard]] bool detach(std::function<void()> job);
+    [[nodiscard]] bool detach(std::function<void()> job, Outside outside);
 
     Clock &m_clock;
     std::stop_source m_ending;
@@ -84,7 +89,8 @@ private:
     std::deque<Job> m_jobs; // guarded by m_mutex
     int m_idle = 0;         // threads without a job; guarded by m_mutex
     std::vector<std::thread> m_threads;
-    std::shared_ptr<std::atomic<int>> m_questions = std::make_shared<std::atomic<int>>(0);
+    using Questions = std::array<std::atomic<int>, 2>; // that are out, by outside
+    std::shared_ptr<Questions> m_questions = std::make_shared<Questions>();
 };
 
 // Where a thread leaves its results. Closed on the GUI thread, after which nothing comes out of it.
@@ -205,7 +211,7 @@ QCoro::Task<T> Work::first(std::function<T(std::stop_token)> work, std::stop_tok
 
 template <typename T>
 QCoro::Task<std::optional<T>> Work::ask(std::function<T()> question, std::chrono::milliseconds limit,
-                                        std::stop_token stop)
+                                        std::stop_token stop, Outside outside)
 {
     throwIfStopped(m_ending.get_token());
     Results<T> results;
@@ -213,7 +219,7 @@ QCoro::Task<std::optional<T>> Work::ask(std::function<T()> question, std::chrono
         results.job([question = std::move(question)](const Report<T> &report, const std::stop_token &) {
             report(question());
         });
-    if (!detach([job] { job({}); }))
+    if (!detach([job] { job({}); }, outside))
         co_return std::nullopt;
     auto producer = results.m_ends->producer;
     const auto alarm = m_clock.after(limit, [producer]() mutable { producer.finish(); });

@@ -7,6 +7,7 @@
 #include "utils/text/Text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace morvane {
 
@@ -25,9 +26,10 @@ void logImported(const DocumentText::Cut &cut)
 
 } // namespace
 
-DocumentImportService::DocumentImportService(Parts parts, qint64 maxFileSizeBytes)
+DocumentImportService::DocumentImportService(Parts parts, qint64 maxFileSizeBytes, Read read)
     : m_parts(parts)
     , m_maxFileSizeBytes(maxFileSizeBytes)
+    , m_read(std::move(read))
 {}
 
 QCoro::Task<ImportedAttachment> DocumentImportService::importDocument(QUrl url, qsizetype limit,
@@ -105,11 +107,14 @@ QCoro::Task<QByteArray> DocumentImportService::read(QUrl url, std::stop_token st
 {
     if (!url.isLocalFile())
         throw DocumentError(Plain::unreadable);
-    const std::function<QByteArray()> reading = [path = url.toLocalFile(), limit = m_maxFileSizeBytes] {
-        return DocumentFile::read(path, limit);
-    };
-    QByteArray bytes = co_await m_parts.work.run(reading, stop);
-    co_return bytes;
+    const std::function<QByteArray()> reading = [read = m_read, path = url.toLocalFile(),
+                                                 limit = m_maxFileSizeBytes] { return read(path, limit); };
+    std::optional<QByteArray> bytes =
+        co_await m_parts.work.ask<QByteArray>(reading, longestRead, stop, Work::Outside::Files);
+    if (!bytes)
+        throw DocumentError(Plain::unreadable);
+    QByteArray read = std::move(*bytes);
+    co_return read;
 }
 
 QCoro::Task<QString> DocumentImportService::extracted(QByteArray bytes, QString extension, qsizetype limit,

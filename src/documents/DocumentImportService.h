@@ -3,6 +3,8 @@
 #include "documents/DocumentFile.h"
 #include "documents/DocumentImporting.h"
 
+#include <chrono>
+
 namespace morvane {
 
 class Work;
@@ -18,7 +20,13 @@ public:
         ImagePreparing &imagePreparer;
     };
 
-    explicit DocumentImportService(Parts parts, qint64 maxFileSizeBytes = DocumentFile::maxFileSizeBytes);
+    // As DocumentFile::read; any thread. May hang for as long as it likes.
+    using Read = std::function<QByteArray(QString path, qint64 limitBytes)>;
+    // A file that takes longer (a network drive that is gone) can't be read.
+    static constexpr std::chrono::seconds longestRead{60};
+
+    explicit DocumentImportService(Parts parts, qint64 maxFileSizeBytes = DocumentFile::maxFileSizeBytes,
+                                   Read read = DocumentFile::read);
 
     [[nodiscard]] QCoro::Task<ImportedAttachment>
     importDocument(QUrl url, qsizetype limit, ImportProgress progress, std::stop_token stop) override;
@@ -35,6 +43,7 @@ private:
 
     Parts m_parts;
     qint64 m_maxFileSizeBytes;
+    Read m_read;
 };
 
 } // namespace morvane

@@ -143,6 +143,7 @@ TEST_F(WorkTest, AQuestionThatHangsIsLeftBehind)
     for (int i = 0; i < Work::mostQuestions; ++i)
         asked.push_back(work.ask<int>(hang, 5s, {}));
     EXPECT_EQ(TestWait::await(work.ask<int>([] { return 2; }, 5s, {})), std::nullopt); // too many are out
+    EXPECT_EQ(TestWait::await(work.ask<int>([] { return 3; }, 5s, {}, Work::Outside::Files)), 3);
     clock.advance(5s);
     for (auto &each : asked)
         EXPECT_EQ(TestWait::await(std::move(each)), std::nullopt);

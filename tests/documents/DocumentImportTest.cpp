@@ -21,6 +21,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
+#include <semaphore>
 
 namespace morvane {
 
@@ -311,6 +312,33 @@ TEST_F(DocumentImportTest, ReadsTenThousandPagesAndTellsAHundredTimes)
     EXPECT_TRUE(text.endsWith(u"\n\nPage 9999\n\nPage 10000"_s));
     EXPECT_EQ(pages.size(), 101);
     EXPECT_EQ(pages.back(), std::pair(10'000, 10'000));
+}
+
+// A file behind a network that is gone holds up nothing but itself.
+TEST_F(DocumentImportTest, GivesUpAFileThatIsNeverRead)
+{
+    const auto gate = std::make_shared<std::counting_semaphore<>>(0);
+    const DocumentImportService::Read hang = [gate](const QString &path, qint64 limit) {
+        if (path.endsWith(u"gone.txt"_s))
+            gate->acquire();
+        return DocumentFile::read(path, limit);
+    };
+    DocumentImportService slow({work, extraction, texts, extraction}, 1000, hang);
+    const QUrl gone = QUrl::fromLocalFile(save(u"gone.txt"_s, "words"));
+    std::vector<std::shared_ptr<TestWait::Outcome<ImportedAttachment>>> outcomes;
+    for (int i = 0; i < Work::mostThreads; ++i) {
+        outcomes.push_back(std::make_shared<TestWait::Outcome<ImportedAttachment>>());
+        TestWait::collect(slow.importDocument(gone, 9, progress, {}), outcomes.back());
+    }
+    const QUrl here = QUrl::fromLocalFile(save(u"here.txt"_s, "words"));
+    EXPECT_EQ(TestWait::await(slow.importDocument(here, 9, progress, {})).text, u"words"_s);
+    clock.advance(DocumentImportService::longestRead);
+    for (const auto &outcome : outcomes) {
+        TestWait::until([&] { return outcome->done; });
+        EXPECT_THROW(std::rethrow_exception(outcome->error), DocumentError);
+    }
+    work.end();
+    gate->release(Work::mostThreads);
 }
 
 TEST_F(DocumentImportTest, TakesThePictureAmongPastedFilesThenAFileThenTheImage)
