@@ -1,12 +1,12 @@
 #include "app/AppState.h"
 
 #include "ai/tools/ToolRegistry.h"
-#include "app/GhostQuestion.h"
 #include "app/WhatChangedNotice.h"
 #include "async/Work.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsRepository.h"
 #include "persistence/SettingsStore.h"
+#include "security/LocalDataVault.h"
 #include "utils/log/Log.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
@@ -87,25 +87,29 @@ void AppState::didBecomeActive()
 
 AppState::Termination AppState::shouldTerminate()
 {
-    if (!m_ghost || !m_ghost->holdsMessages())
+    GhostDesk &ghosts = *m_presentation.chat->ghosts();
+    if (!ghosts.holdsMessages())
         return Termination::now;
     // Another question is answered first: this one would take its place, and its answer with it.
     if (!m_presentation.shell->questionTitle().isEmpty()) {
         Q_EMIT mainWindowRequested();
         return Termination::cancel;
     }
-    const auto question = GhostQuestion::ask(false);
-    m_presentation.shell->ask(
-        question.title, question.text, question.buttons(), [this, question](int button) {
-            const auto answer = question.answers.value(button, GhostQuestion::Answer::cancel);
-            if (answer == GhostQuestion::Answer::cancel)
-                return;
-            if (answer == GhostQuestion::Answer::keep)
-                m_ghost->keep();
-            else
-                m_ghost->drop();
-            Q_EMIT quitConfirmed();
-        });
+    const auto question = GhostQuestion::leaving(m_storage.vault->isLocked());
+    m_presentation.shell->ask(question.title, question.text, question.buttons,
+                              [this, question, &ghosts](int button) {
+                                  switch (question.answer(button)) {
+                                  case GhostQuestion::Answer::cancel:
+                                      return;
+                                  case GhostQuestion::Answer::keep:
+                                      if (!ghosts.keepGhost())
+                                          return; // nothing of it is lost
+                                      break;
+                                  case GhostQuestion::Answer::drop:
+                                      ghosts.dropGhost();
+                                  }
+                                  Q_EMIT quitConfirmed();
+                              });
     Q_EMIT mainWindowRequested();
     return Termination::cancel;
 }

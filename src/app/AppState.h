@@ -10,8 +10,6 @@
 
 namespace morvane {
 
-class GhostKeeping;
-
 // The root object: everything long-lived in three parts, each made whole from those before it, and the
 // application's lifecycle. One for the life of the process, on the main thread.
 class AppState : public QObject {
@@ -27,9 +25,6 @@ public:
     [[nodiscard]] Assistant &assistant() { return m_assistant; }
     [[nodiscard]] Presentation &presentation() { return m_presentation; }
     [[nodiscard]] Host host() const { return m_host; }
-
-    // The Ghost chat, once there can be one. Must outlive this object or be taken back with null.
-    void setGhost(GhostKeeping *ghost) { m_ghost = ghost; }
 
     // Opens the first window.
     void start();
@@ -57,7 +52,6 @@ private:
     Presentation m_presentation;
     SealingWatch m_sealingWatch;
     StoreNotices m_storeNotices;
-    GhostKeeping *m_ghost = nullptr;
 };
 
 } // namespace morvane

@@ -9,6 +9,7 @@
 #include "memory/MemoryStore.h"
 #include "models/Conversation.h"
 #include "network/AppNetwork.h"
+#include "security/LocalDataVault.h"
 #include "services/WebAccessService.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
@@ -56,7 +57,8 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets
           .notifications = notifications,
           .searchesWithOwnKey = [&web = *assistant.web] { return web.usesOwnKey(); },
           .notesMatching = [&memory = *assistant.memory](
-                               const QString &about) { return textsOf(memory.matching(about)); }}))
+                               const QString &about) { return textsOf(memory.matching(about)); },
+          .isLocked = [vault = storage.vault] { return vault->isLocked(); }}))
     , conversations(std::make_unique<ConversationListModel>(*storage.repository, clock))
     , search(std::make_unique<HistorySearchModel>(*storage.repository, clock, work))
     , find(std::make_unique<FindViewModel>(*chat->messages(), *storage.repository, clock, work))

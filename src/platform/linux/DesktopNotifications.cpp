@@ -47,7 +47,30 @@ void DesktopNotifications::replyReady(const QUuid &conversation, const QString &
 
 void DesktopNotifications::ghostReplyReady()
 {
-    post(u"Reply ready"_s, {}, {});
+    postOfGhost(u"Reply ready"_s, {});
+}
+
+void DesktopNotifications::ghostReplyFailed(const QString &message, const QString &suggestion)
+{
+    postOfGhost(message, suggestion);
+}
+
+void DesktopNotifications::postOfGhost(const QString &summary, const QString &body)
+{
+    const auto shown = [this, chat = m_ghostsLeft](uint id) {
+        if (chat == m_ghostsLeft)
+            m_ofGhosts.insert(id);
+        else
+            close(id); // it was left before the desktop had told the number
+    };
+    post(summary, body, {}, shown, Lasting::passing);
+}
+
+void DesktopNotifications::withdrawGhostReplies()
+{
+    ++m_ghostsLeft;
+    for (const uint id : std::exchange(m_ofGhosts, {}))
+        close(id);
 }
 
 void DesktopNotifications::replyFailed(const QString &message, const QString &suggestion)
@@ -74,11 +97,13 @@ void DesktopNotifications::withdrawApproval()
 }
 
 void DesktopNotifications::post(const QString &summary, const QString &body, const QUuid &conversation,
-                                Shown shown)
+                                Shown shown, Lasting lasting)
 {
     if (!m_bus)
         return;
-    const QVariantMap hints{{u"desktop-entry"_s, QString(Product::desktopId)}};
+    QVariantMap hints{{u"desktop-entry"_s, QString(Product::desktopId)}};
+    if (lasting == Lasting::passing)
+        hints.insert(u"transient"_s, true);
     const QStringList actions{clicked, u"Open"_s};
     const auto asked = call(u"Notify"_s, {QString(Product::name), 0U, QString(), summary,
                                           body.toHtmlEscaped(), actions, hints, asTheDesktopLikes});
@@ -118,6 +143,7 @@ void DesktopNotifications::actionInvoked(uint id, const QString &action)
 void DesktopNotifications::notificationClosed(uint id, uint)
 {
     m_conversations.remove(id);
+    m_ofGhosts.remove(id);
 }
 
 } // namespace morvane

@@ -6,6 +6,7 @@
 #include <QDBusMessage>
 #include <QHash>
 #include <QObject>
+#include <QSet>
 
 #include <functional>
 #include <optional>
@@ -25,6 +26,8 @@ public:
 
     void replyReady(const QUuid &conversation, const QString &title) override;
     void ghostReplyReady() override;
+    void ghostReplyFailed(const QString &message, const QString &suggestion) override;
+    void withdrawGhostReplies() override;
     void replyFailed(const QString &message, const QString &suggestion) override;
     void approvalWaits(const QString &verb) override;
     void withdrawApproval() override;
@@ -40,14 +43,23 @@ private Q_SLOTS:
 private:
     using Shown = std::function<void(uint id)>;
 
+    enum class Lasting {
+        usual,
+        passing, // the desktop keeps no list of it
+    };
+
     // `body` is plain text. `shown` is told the number that the desktop gave it.
-    void post(const QString &summary, const QString &body, const QUuid &conversation, Shown shown = {});
+    void post(const QString &summary, const QString &body, const QUuid &conversation, Shown shown = {},
+              Lasting lasting = Lasting::usual);
+    void postOfGhost(const QString &summary, const QString &body);
     void close(uint id);
     [[nodiscard]] static QDBusMessage call(const QString &method, const QVariantList &arguments);
 
     std::optional<QDBusConnection> m_bus;
     QHash<uint, QUuid> m_conversations; // of the notifications that are shown
     int m_waiting = 0;                  // grows with each approval, and when it needs no answer any more
+    int m_ghostsLeft = 0;               // grows with each Ghost chat that is left
+    QSet<uint> m_ofGhosts;              // numbers of the notifications of the present one
     uint m_approval = 0;                // the number of its notification; 0 until the desktop has told it
 };
 

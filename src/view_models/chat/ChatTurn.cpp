@@ -102,6 +102,7 @@ QCoro::Task<OpenedTurn> ChatTurn::open(std::stop_token stop)
     if (request.carrying.testFlag(SensitiveData::screenText))
         m_plan.conversation->noteScreenText(); // also what only its messages told so far
     request.isContinuation = m_plan.isContinuation;
+    request.memoryAllowed = m_plan.memoryAllowed;
     return m_services.router.openTurn(std::move(request), std::move(stop));
 }
 

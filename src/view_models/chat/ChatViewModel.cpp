@@ -24,12 +24,19 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
     , m_proofPanel(m_proofs, m_messages)
     , m_approvals(m_services.clock)
     , m_banner(m_services.companion)
+    , m_stores(m_services.repository, m_services.clock)
     , m_open(m_services.repository, m_banner)
-    , m_drafts(m_services.repository, m_services.clock)
-    , m_desk(m_services.repository, m_banner)
+    , m_ghosts({.stores = m_stores,
+                .open = m_open,
+                .banner = m_banner,
+                .isAtWork = [this](const Conversation &conversation) { return isAtWork(conversation); },
+                .endTurns = [this] { endTurns(); },
+                .isLocked = m_services.isLocked})
+    , m_drafts(m_stores, m_services.clock)
+    , m_desk(m_stores, m_banner)
     , m_delivery({m_services.settings, m_services.companion, m_services.speech, m_services.notifications})
     , m_planner(std::make_unique<TurnPlanner>(
-          TurnPlanner::Services{m_services.repository, m_messages, m_banner, m_services.clock}))
+          TurnPlanner::Services{m_stores, m_messages, m_banner, m_services.clock}))
 {
     connect(&m_approvals, &ApprovalDesk::pendingChanged, this, &ChatViewModel::approvalChanged);
     connect(&m_approvals, &ApprovalDesk::needsAttention, this, [this](const ApprovalRequest &request) {
@@ -48,6 +55,12 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
     connect(&m_open, &OpenConversation::opened, this, &ChatViewModel::showOpened);
     connect(&m_open, &OpenConversation::renamed, this, &ChatViewModel::conversationChanged);
     connect(&m_open, &OpenConversation::listChanged, this, &ChatViewModel::conversationsChanged);
+    connect(this, &ChatViewModel::conversationsChanged, &m_ghosts, &GhostDesk::changed);
+    connect(&m_ghosts, &GhostDesk::retired, this, [this](bool wasDropped) {
+        m_delivery.withdrawGhosts();
+        if (wasDropped)
+            m_planner->forgetAttachment();
+    });
     connect(&m_services.router, &AIRequestRouter::sourceChanged, this, &ChatViewModel::sourceChanged);
 }
 
@@ -131,20 +144,52 @@ const std::map<QUuid, QUuid> &ChatViewModel::attestationRows() const
     return m_proofs.rows();
 }
 
-void ChatViewModel::showOpened()
+void ChatViewModel::newConversation()
 {
-    setPendingAttachment(std::nullopt);
+    m_ghosts.leave([this] { m_open.openNew(); });
+}
+
+void ChatViewModel::open(const QString &id)
+{
+    if (m_open.canOpen(id))
+        m_ghosts.leave([this, id] { m_open.open(id); });
+}
+
+void ChatViewModel::showOpened(OpenConversation::Composer composer)
+{
     m_banner.dismiss();
     m_desk.forgetDeleted();
+    if (composer == OpenConversation::Composer::stays)
+        moveDraft();
+    else
+        takeDraft();
+    refreshMessages();
+    Q_EMIT conversationChanged();
+}
+
+void ChatViewModel::takeDraft()
+{
+    setPendingAttachment(std::nullopt);
     setEdited({});
     // What was written while there was no chat is the first one's.
     const bool brought = !std::exchange(m_draftOwner, m_open.current()) && !m_draft.isEmpty();
     if (brought)
         m_drafts.note(m_draftOwner, m_draft);
     else
-        showDraft(m_draftOwner->draft());
-    refreshMessages();
-    Q_EMIT conversationChanged();
+        showDraft(m_draftOwner ? m_draftOwner->draft() : QString());
+}
+
+// Into a Ghost chat, so that no store has it any more, and with a Ghost chat that is kept. Out of one that is not,
+// the words only stay in the composer: whoever goes on writing there has it stored.
+void ChatViewModel::moveDraft()
+{
+    const auto former = std::exchange(m_draftOwner, m_open.current());
+    const bool isSameChat = former && former->id() == m_draftOwner->id();
+    const QString draft = isEditing() ? former->draft() : m_draft;
+    if (former)
+        m_drafts.forget(*former);
+    if (isSameChat || m_stores.isGhost(*m_draftOwner))
+        m_drafts.note(m_draftOwner, draft);
 }
 
 void ChatViewModel::refreshMessages()
@@ -221,6 +266,9 @@ void ChatViewModel::retry()
     case ErrorBanner::Retry::newChat:
         m_banner.dismiss();
         return m_open.openNew();
+    case ErrorBanner::Retry::keepGhost:
+        m_banner.dismiss();
+        m_ghosts.keepGhost();
     }
 }
 
@@ -228,7 +276,7 @@ void ChatViewModel::save()
 {
     m_banner.dismiss();
     try {
-        m_services.repository.save();
+        m_stores.active().save();
     } catch (...) {
         m_banner.show(std::current_exception(), ErrorBanner::Retry::save);
     }
@@ -338,7 +386,8 @@ void ChatViewModel::tellTitle(const QString &former)
 
 void ChatViewModel::startTurn(TurnPlan plan)
 {
-    m_turns.push_back(std::make_unique<ChatTurn>(ChatTurn::Services{m_services.repository, m_services.router,
+    plan.memoryAllowed = !m_stores.isGhost(*plan.conversation);
+    m_turns.push_back(std::make_unique<ChatTurn>(ChatTurn::Services{m_stores.active(), m_services.router,
                                                                     m_services.replies, m_proofs, m_messages,
                                                                     m_services.companion, m_services.clock},
                                                  std::move(plan)));
@@ -360,6 +409,12 @@ void ChatViewModel::stopResponding()
     m_services.companion.reset();
 }
 
+bool ChatViewModel::isAtWork(const Conversation &conversation) const
+{
+    return std::ranges::any_of(
+        m_turns, [&conversation](const auto &turn) { return &turn->conversation() == &conversation; });
+}
+
 void ChatViewModel::endTurns()
 {
     m_drafts.write();
@@ -371,9 +426,6 @@ void ChatViewModel::endTurns()
 void ChatViewModel::turnEnded(ChatTurn &turn)
 {
     refreshMessages();
-    tellEnding(turn);
-    if (turn.saveError())
-        m_banner.show(turn.saveError(), ErrorBanner::Retry::save);
     if (m_latestTurn == &turn) {
         setResponding(false);
         m_approvals.resolve(ApprovalAnswer::declined);
@@ -382,6 +434,10 @@ void ChatViewModel::turnEnded(ChatTurn &turn)
                                     [&turn](const auto &each) { return each.get() == &turn; });
     ended->release()->deleteLater(); // it is still on the stack
     m_turns.erase(ended);
+    m_ghosts.turnEnded();
+    tellEnding(turn);
+    if (turn.saveError())
+        m_banner.show(turn.saveError(), ErrorBanner::Retry::save);
     if (turn.ending() == ChatTurn::Ending::completed)
         Q_EMIT replyFinished(MarkdownRenderer::speakable(m_messages.textOf(turn.reply()),
                                                          MarkdownRenderer::CodeInSpeech::announced));
@@ -390,9 +446,11 @@ void ChatViewModel::turnEnded(ChatTurn &turn)
 
 void ChatViewModel::tellEnding(const ChatTurn &turn)
 {
+    const auto kind =
+        m_stores.isGhost(turn.conversation()) ? ReplyDelivery::Kind::ghost : ReplyDelivery::Kind::saved;
     switch (turn.ending()) {
     case ChatTurn::Ending::completed:
-        m_delivery.deliver(m_messages.textOf(turn.reply()), turn.conversation());
+        m_delivery.deliver(m_messages.textOf(turn.reply()), turn.conversation(), kind);
         break;
     case ChatTurn::Ending::cancelled:
         if (m_latestTurn == &turn)
@@ -400,7 +458,7 @@ void ChatViewModel::tellEnding(const ChatTurn &turn)
         break;
     case ChatTurn::Ending::failed:
         m_banner.show(turn.error());
-        m_delivery.tellFailure(turn.error());
+        m_delivery.tellFailure(turn.error(), kind);
         break;
     }
 }

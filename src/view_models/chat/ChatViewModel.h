@@ -3,7 +3,9 @@
 #include "documents/ImportedAttachment.h"
 #include "view_models/chat/ApprovalDesk.h"
 #include "view_models/chat/BannerDesk.h"
+#include "view_models/chat/ChatStores.h"
 #include "view_models/chat/DraftKeeper.h"
+#include "view_models/chat/GhostDesk.h"
 #include "view_models/chat/MessageDesk.h"
 #include "view_models/chat/MessageListModel.h"
 #include "view_models/chat/OpenConversation.h"
@@ -46,6 +48,7 @@ class ChatViewModel : public QObject {
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(morvane::MessageListModel *messages READ messages CONSTANT)
     Q_PROPERTY(morvane::ProofPanelViewModel *proofPanel READ proofPanel CONSTANT)
+    Q_PROPERTY(morvane::GhostDesk *ghosts READ ghosts CONSTANT)
     Q_PROPERTY(QString draft READ draft WRITE setDraft NOTIFY draftChanged)
     Q_PROPERTY(bool canSend READ canSend NOTIFY canSendChanged)
     Q_PROPERTY(bool isEditing READ isEditing NOTIFY isEditingChanged)
@@ -77,6 +80,7 @@ public:
         std::function<bool()> searchesWithOwnKey = {};
         // The notes that a call to forget would delete; absent: only its words are shown.
         std::function<QStringList(const QString &about)> notesMatching = {};
+        std::function<bool()> isLocked = {}; // nothing can be saved now; absent: never
     };
 
     explicit ChatViewModel(Services services, QObject *parent = nullptr);
@@ -84,6 +88,8 @@ public:
 
     [[nodiscard]] MessageListModel *messages() { return &m_messages; }
     [[nodiscard]] ProofPanelViewModel *proofPanel() { return &m_proofPanel; }
+    [[nodiscard]] GhostDesk *ghosts() { return &m_ghosts; }
+    [[nodiscard]] const ChatStores &stores() const { return m_stores; }
     [[nodiscard]] const QString &draft() const { return m_draft; }
     void setDraft(const QString &draft);
     // A key went to the message field.
@@ -121,10 +127,11 @@ public:
     // Set by the shell; a turn that ends while it is false notifies.
     void setWindowInFront(bool inFront) { m_delivery.setWindowInFront(inFront); }
 
-    // Opens the newest chat if it is still empty, else a new one.
+    // Opens the newest chat if it is still empty, else a new one. Of another chat than the open one the person
+    // may first be asked about a Ghost chat that they leave with it.
     void openAtStart() { m_open.openAtStart(); }
-    Q_INVOKABLE void newConversation() { m_open.openNew(); }
-    Q_INVOKABLE void open(const QString &id) { m_open.open(id); }
+    Q_INVOKABLE void newConversation();
+    Q_INVOKABLE void open(const QString &id);
     Q_INVOKABLE void remove(const QString &id) { m_open.remove(id); }
     Q_INVOKABLE void rename(const QString &id, const QString &title) { m_open.rename(id, title); }
 
@@ -188,11 +195,14 @@ Q_SIGNALS:
 private:
     [[nodiscard]] bool hasConversation();
     void save();
-    void showOpened();
+    void showOpened(OpenConversation::Composer composer);
+    void moveDraft();
+    void takeDraft();
     void showDraft(const QString &draft);
     void setEdited(const QUuid &message);
     void sendEdited();
     void tellTitle(const QString &former);
+    [[nodiscard]] bool isAtWork(const Conversation &conversation) const;
     [[nodiscard]] std::shared_ptr<ChatMessage> idleMessage(const QString &id) const;
     void refreshMessages();
     void makeWay();
@@ -208,7 +218,9 @@ private:
     ProofPanelViewModel m_proofPanel;
     ApprovalDesk m_approvals;
     BannerDesk m_banner;
+    ChatStores m_stores;
     OpenConversation m_open;
+    GhostDesk m_ghosts;
     DraftKeeper m_drafts;
     MessageDesk m_desk;
     ReplyDelivery m_delivery;

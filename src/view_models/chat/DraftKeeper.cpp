@@ -4,11 +4,12 @@
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/PersistenceError.h"
+#include "view_models/chat/ChatStores.h"
 
 namespace morvane {
 
-DraftKeeper::DraftKeeper(ConversationRepository &repository, Clock &clock)
-    : m_repository(repository)
+DraftKeeper::DraftKeeper(ChatStores &stores, Clock &clock)
+    : m_stores(stores)
     , m_clock(clock)
 {}
 
@@ -31,8 +32,19 @@ void DraftKeeper::write()
     if (!conversation || conversation->draft() == m_text)
         return;
     conversation->setDraft(m_text);
+    save(*conversation);
+}
+
+void DraftKeeper::forget(Conversation &conversation)
+{
+    wipe(conversation);
+    save(conversation);
+}
+
+void DraftKeeper::save(const Conversation &conversation)
+{
     try {
-        m_repository.save();
+        m_stores.of(conversation).save();
     } catch (const PersistenceError &) { // the log tells, and what matters more is told when it is sent
     }
 }

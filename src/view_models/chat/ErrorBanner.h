@@ -21,7 +21,7 @@ struct ErrorBanner {
 
 public:
     // What the Retry button runs again.
-    enum class Retry { lastChatTurn, save, newChat };
+    enum class Retry { lastChatTurn, save, newChat, keepGhost };
     // A remedy offered beside it.
     enum class Recovery {
         none,

@@ -3,6 +3,7 @@
 #include "models/MessageVersions.h"
 #include "persistence/ConversationRepository.h"
 #include "view_models/chat/BannerDesk.h"
+#include "view_models/chat/ChatStores.h"
 #include "view_models/chat/TurnHistory.h"
 
 #include <algorithm>
@@ -23,9 +24,9 @@ void keepMarks(Conversation &conversation, ConversationRepository &repository)
 
 } // namespace
 
-MessageDesk::MessageDesk(ConversationRepository &repository, BannerDesk &banner, QObject *parent)
+MessageDesk::MessageDesk(ChatStores &stores, BannerDesk &banner, QObject *parent)
     : QObject(parent)
-    , m_repository(repository)
+    , m_stores(stores)
     , m_banner(banner)
 {}
 
@@ -47,8 +48,8 @@ void MessageDesk::remove(const ChatMessage &message, std::shared_ptr<Conversatio
         return;
     m_conversation = std::move(conversation);
     m_before = m_conversation->messages();
-    keepMarks(*m_conversation, m_repository);
-    saving([&] { m_repository.remove(going, *m_conversation); });
+    keepMarks(*m_conversation, m_stores.active());
+    saving([&] { m_stores.active().remove(going, *m_conversation); });
     setDeletedCount(
         static_cast<int>(std::ranges::count_if(going, [](const auto &gone) { return !gone->isSetAside(); })));
 }
@@ -57,7 +58,7 @@ void MessageDesk::undo()
 {
     if (m_deletedCount == 0)
         return;
-    saving([this] { m_repository.putBack(m_before, *m_conversation); });
+    saving([this] { m_stores.active().putBack(m_before, *m_conversation); });
     forgetDeleted();
 }
 
@@ -82,7 +83,7 @@ void MessageDesk::step(const ChatMessage &reply, int distance, const Conversatio
         return;
     saving([&] {
         MessageVersions::choose(conversation, *versions[static_cast<std::size_t>(at)]);
-        m_repository.save();
+        m_stores.active().save();
     });
 }
 

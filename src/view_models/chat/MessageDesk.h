@@ -7,7 +7,7 @@
 namespace morvane {
 
 class BannerDesk;
-class ConversationRepository;
+class ChatStores;
 
 // What the person does to messages that stand in a chat: deletes one, takes that back, shows another version.
 // What can't be saved is shown on the banner's desk and kept for the next save. GUI thread.
@@ -15,7 +15,7 @@ class MessageDesk : public QObject {
     Q_OBJECT
 public:
     // Both outlive this object.
-    MessageDesk(ConversationRepository &repository, BannerDesk &banner, QObject *parent = nullptr);
+    MessageDesk(ChatStores &stores, BannerDesk &banner, QObject *parent = nullptr);
 
     // The message with all that stands and falls with it. The store has it no more; it can be put back until
     // forgetDeleted(), which comes with anything that is added to the chat.
@@ -37,7 +37,7 @@ private:
     template <typename Change>
     void saving(Change change);
 
-    ConversationRepository &m_repository;
+    ChatStores &m_stores;
     BannerDesk &m_banner;
     std::shared_ptr<Conversation> m_conversation; // that messages were deleted from
     Conversation::Messages m_before;              // what was stored in it, those included

@@ -32,7 +32,7 @@ void OpenConversation::openAtStart()
         openNew();
 }
 
-void OpenConversation::openNew()
+void OpenConversation::openNew(Composer composer)
 {
     Q_EMIT leaving();
     auto conversation = m_repository.mostRecent();
@@ -43,18 +43,34 @@ void OpenConversation::openNew()
         m_banner.show(std::current_exception(), ErrorBanner::Retry::newChat);
         return;
     }
-    set(std::move(conversation));
+    set(std::move(conversation), composer);
 }
 
 void OpenConversation::open(const QString &id)
 {
-    if (this->id() == id)
+    if (!canOpen(id))
         return;
-    auto conversation = m_repository.find(QUuid(id));
-    if (!conversation)
-        return; // nothing is left behind for it
     Q_EMIT leaving();
-    set(std::move(conversation));
+    set(m_repository.find(QUuid(id)));
+}
+
+// Nothing is left behind for a chat that has gone.
+bool OpenConversation::canOpen(const QString &id) const
+{
+    return this->id() != id && m_repository.find(QUuid(id));
+}
+
+void OpenConversation::show(std::shared_ptr<Conversation> conversation, Composer composer)
+{
+    if (composer == Composer::ofChat)
+        Q_EMIT leaving();
+    set(std::move(conversation), composer);
+}
+
+void OpenConversation::close()
+{
+    Q_EMIT leaving();
+    set(nullptr);
 }
 
 void OpenConversation::remove(const QString &id)
@@ -91,10 +107,10 @@ void OpenConversation::rename(const QString &id, const QString &title)
         Q_EMIT renamed();
 }
 
-void OpenConversation::set(std::shared_ptr<Conversation> conversation)
+void OpenConversation::set(std::shared_ptr<Conversation> conversation, Composer composer)
 {
     m_current = std::move(conversation);
-    Q_EMIT opened();
+    Q_EMIT opened(composer);
     Q_EMIT listChanged();
 }
 

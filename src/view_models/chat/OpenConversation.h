@@ -16,6 +16,13 @@ class ConversationRepository;
 class OpenConversation : public QObject {
     Q_OBJECT
 public:
+    // What becomes of what stands in the composer when another chat is opened.
+    enum class Composer {
+        ofChat, // it is left with its chat, and what was left with the other one comes back
+        stays,
+    };
+    Q_ENUM(Composer)
+
     // Both outlive this object.
     OpenConversation(ConversationRepository &repository, BannerDesk &banner, QObject *parent = nullptr);
 
@@ -25,8 +32,14 @@ public:
 
     // The newest chat if it is still empty, else a new one.
     void openAtStart();
-    void openNew();
+    void openNew(Composer composer = Composer::ofChat);
     void open(const QString &id);
+    [[nodiscard]] bool canOpen(const QString &id) const;
+    // A chat that the repository doesn't have, or that stands in for the open one; with the composer of the open
+    // chat nothing works in that any more.
+    void show(std::shared_ptr<Conversation> conversation, Composer composer);
+    // No chat is open.
+    void close();
 
     // Any chat, whether it is open or not.
     void remove(const QString &id);
@@ -34,12 +47,12 @@ public:
 
 Q_SIGNALS:
     void leaving(); // what works in the open chat is to stop
-    void opened();  // another chat
+    void opened(morvane::OpenConversation::Composer composer); // another chat, or none
     void renamed(); // the open chat
     void listChanged();
 
 private:
-    void set(std::shared_ptr<Conversation> conversation);
+    void set(std::shared_ptr<Conversation> conversation, Composer composer = Composer::ofChat);
 
     ConversationRepository &m_repository;
     BannerDesk &m_banner;

@@ -22,7 +22,7 @@ void ReplyDelivery::setWindowInFront(bool inFront)
         withdrawApproval(); // the card itself is in view
 }
 
-void ReplyDelivery::deliver(const QString &text, const Conversation &conversation)
+void ReplyDelivery::deliver(const QString &text, const Conversation &conversation, Kind kind)
 {
     const bool reads = m_services.speech && m_services.settings.voiceOutputEnabled();
     if (reads && !text.isEmpty()) {
@@ -36,7 +36,11 @@ void ReplyDelivery::deliver(const QString &text, const Conversation &conversatio
     if (m_isWindowInFront)
         return;
     m_services.companion.flash(CompanionState::notification, 2s);
-    if (m_services.notifications)
+    if (!m_services.notifications)
+        return;
+    if (kind == Kind::ghost)
+        m_services.notifications->ghostReplyReady();
+    else
         m_services.notifications->replyReady(conversation.id(), conversation.title());
 }
 
@@ -50,12 +54,22 @@ QCoro::Task<> ReplyDelivery::speak(QPointer<ReplyDelivery> self, QString text, s
         self->m_services.companion.reset();
 }
 
-void ReplyDelivery::tellFailure(const std::exception_ptr &error)
+void ReplyDelivery::tellFailure(const std::exception_ptr &error, Kind kind)
 {
     if (m_isWindowInFront || !m_services.notifications)
         return;
     const ErrorPresentation words = presentationOf(error);
-    m_services.notifications->replyFailed(words.message, words.suggestion.value_or(QString()));
+    const QString suggestion = words.suggestion.value_or(QString());
+    if (kind == Kind::ghost)
+        m_services.notifications->ghostReplyFailed(words.message, suggestion);
+    else
+        m_services.notifications->replyFailed(words.message, suggestion);
+}
+
+void ReplyDelivery::withdrawGhosts()
+{
+    if (m_services.notifications)
+        m_services.notifications->withdrawGhostReplies();
 }
 
 void ReplyDelivery::tellApproval(const QString &verb)

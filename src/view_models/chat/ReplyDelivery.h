@@ -34,8 +34,13 @@ public:
 
     void setWindowInFront(bool inFront);
 
-    void deliver(const QString &text, const Conversation &conversation);
-    void tellFailure(const std::exception_ptr &error);
+    // Of a Ghost chat not even the title is told.
+    enum class Kind { saved, ghost };
+
+    void deliver(const QString &text, const Conversation &conversation, Kind kind);
+    void tellFailure(const std::exception_ptr &error, Kind kind);
+    // What was told of Ghost chats is taken back.
+    void withdrawGhosts();
     void tellApproval(const QString &verb);
     void withdrawApproval();
     void stopSpeaking();

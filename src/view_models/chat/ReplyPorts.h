@@ -28,7 +28,10 @@ class ReplyNotifying {
 public:
     virtual ~ReplyNotifying() = default;
     virtual void replyReady(const QUuid &conversation, const QString &title) = 0;
+    // Of a Ghost chat nothing is said but this, until it is left.
     virtual void ghostReplyReady() = 0;
+    virtual void ghostReplyFailed(const QString &message, const QString &suggestion) = 0;
+    virtual void withdrawGhostReplies() = 0;
     virtual void replyFailed(const QString &message, const QString &suggestion) = 0;
     // `verb` says what is asked for. It is taken back when there is nothing left to answer.
     virtual void approvalWaits(const QString &verb) = 0;

@@ -6,6 +6,7 @@
 #include "persistence/ConversationRepository.h"
 #include "utils/text/Text.h"
 #include "view_models/chat/BannerDesk.h"
+#include "view_models/chat/ChatStores.h"
 #include "view_models/chat/MessageListModel.h"
 
 #include <algorithm>
@@ -134,7 +135,7 @@ bool TurnPlanner::isBroken(const ChatMessage &message) const
 // Broken without a word. A text that can't be opened reads as an empty one, but its sealed form is longer.
 bool TurnPlanner::isWordless(const ChatMessage &message) const
 {
-    const auto empty = m_services.repository.makeMessage({.content = {}});
+    const auto empty = m_services.stores.active().makeMessage({.content = {}});
     return isBroken(message) && message.content().isEmpty() &&
            message.sealedContent().size() <= empty->sealedContent().size();
 }
@@ -160,7 +161,7 @@ TurnPlanner::Groups TurnPlanner::setAside(const std::shared_ptr<ChatMessage> &qu
                                           const Messages &replies)
 {
     if (replies.empty()) {
-        m_services.repository.context().remove(*question);
+        m_services.stores.active().context().remove(*question);
         return {};
     }
     for (const auto &reply : replies) {
@@ -203,13 +204,13 @@ std::shared_ptr<ChatMessage> TurnPlanner::makeQuestion(const QString &text,
         fields.attachmentID = attachment->id;
         fields.attachmentName = attachment->filename;
     }
-    return m_services.repository.makeMessage(fields);
+    return m_services.stores.active().makeMessage(fields);
 }
 
 std::shared_ptr<ChatMessage> TurnPlanner::makeReply(const ChatMessage &question,
                                                     const std::optional<QUuid> &group) const
 {
-    return m_services.repository.makeMessage({.id = QUuid::createUuid(),
+    return m_services.stores.active().makeMessage({.id = QUuid::createUuid(),
                                               .role = MessageRole::assistant,
                                               .content = {},
                                               .createdAt = m_services.clock.now(),
@@ -221,7 +222,7 @@ std::shared_ptr<ChatMessage> TurnPlanner::makeReply(const ChatMessage &question,
 void TurnPlanner::add(const Messages &messages, Conversation &conversation)
 {
     try {
-        m_services.repository.add(messages, conversation);
+        m_services.stores.active().add(messages, conversation);
     } catch (...) {
         m_services.banner.show(std::current_exception(), ErrorBanner::Retry::save);
     }
@@ -231,7 +232,7 @@ void TurnPlanner::add(const Messages &messages, Conversation &conversation)
 void TurnPlanner::addDocument(const ImportedAttachment &attachment)
 {
     try {
-        m_services.repository.insert({.id = attachment.id,
+        m_services.stores.active().insert({.id = attachment.id,
                                       .filename = attachment.filename,
                                       .fileExtension = attachment.fileExtension,
                                       .fileSizeBytes = attachment.fileSizeBytes,

@@ -12,9 +12,9 @@ namespace morvane {
 
 class BannerDesk;
 class ChatMessage;
+class ChatStores;
 class Clock;
 class Conversation;
-class ConversationRepository;
 class MessageListModel;
 
 // What one turn works on. The turn may outlast its chat being open.
@@ -24,6 +24,7 @@ struct TurnPlan {
     TurnHistory::Items history;
     QString userWords = {};      // what the person wrote in this turn, without the text of an attachment
     bool isContinuation = false; // new text joins the reply's present text
+    bool memoryAllowed = true;   // notes may be read and kept
     // What this reply stands in for once it is complete: replies without a word, and a question that only had
     // such replies.
     std::vector<std::shared_ptr<ChatMessage>> standsInFor = {};
@@ -36,7 +37,7 @@ class TurnPlanner {
 public:
     // All outlive this object. `messages` shows the conversation that is given to the members.
     struct Services {
-        ConversationRepository &repository;
+        ChatStores &stores; // of which the active one is meant
         MessageListModel &messages;
         BannerDesk &banner;
         Clock &clock;
@@ -66,6 +67,9 @@ public:
     // stood there is set aside as a version of the reply, or goes when nobody had replied.
     [[nodiscard]] std::optional<TurnPlan> editing(const QUuid &message, const QString &text,
                                                   std::shared_ptr<Conversation> conversation);
+
+    // The next turns send nothing of the file that was attached last.
+    void forgetAttachment() { m_lastAttachment.reset(); }
 
     // The message that can be edited; null for none.
     [[nodiscard]] std::shared_ptr<ChatMessage> lastQuestion() const;
