@@ -15,11 +15,10 @@ constexpr qsizetype longestName = 400;
 
 } // namespace
 
-std::vector<ServerModel> ServerModel::listed(QByteArrayView body)
+std::vector<ServerModel> ServerModel::listed(const QJsonObject &answer)
 {
     std::vector<ServerModel> models;
-    const auto root = Json::parseObject(body);
-    const QJsonArray entries = root ? Json::array(*root, "models"_L1).value_or(QJsonArray()) : QJsonArray();
+    const QJsonArray entries = Json::array(answer, "models"_L1).value_or(QJsonArray());
     for (const auto &entry : entries) {
         const QJsonObject object = entry.toObject();
         const auto called = Json::string(object, "model"_L1);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QByteArrayView>
+#include <QJsonObject>
 #include <QString>
 
 #include <optional>
@@ -16,9 +16,8 @@ struct ServerModel {
 
     bool operator==(const ServerModel &) const = default;
 
-    // Those of a body of "/api/tags", by name. Entries without a name are left out; a body that is no list
-    // has none.
-    [[nodiscard]] static std::vector<ServerModel> listed(QByteArrayView body);
+    // Those of an answer to "/api/tags", by name. Entries without a name are left out.
+    [[nodiscard]] static std::vector<ServerModel> listed(const QJsonObject &answer);
 };
 
 } // namespace morvane
