@@ -3,7 +3,6 @@
 #include "ai/agent/AgentFixture.h"
 #include "ai/routing/AIRequestRouter.h"
 #include "app/AppDelegate.h"
-#include "app/GhostQuestion.h"
 #include "app/MainWindowController.h"
 #include "app/WhatChangedNotice.h"
 #include "async/Work.h"
@@ -339,43 +338,49 @@ TEST_F(AppStateTest, NothingFollowsAStopThatComesWhileAnApprovalWaits)
     EXPECT_EQ(broughtUp.count(), std::ssize(ways)) << "for each question, and for no other";
 }
 
-// A Ghost chat with words in it.
-class Ghost final : public GhostKeeping {
-public:
-    [[nodiscard]] bool holdsMessages() const override { return full; }
-    void drop() override { ending = u"dropped"_s; }
-    void keep() override { ending = u"kept"_s; }
-
-    bool full = true;
-    QString ending;
-};
-
 TEST_F(AppStateTest, QuittingAsksAboutAGhostChatWithMessages)
 {
     start();
-    Ghost ghost;
+    ChatViewModel &chat = *state->presentation().chat;
+    const auto beginGhost = [&] {
+        chat.ghosts()->newGhostChat();
+        EXPECT_EQ(state->shouldTerminate(), AppState::Termination::now) << "nothing would be lost";
+        chat.sendMessage(u"boo"_s, std::nullopt);
+        return chat.conversation()->id();
+    };
     EXPECT_EQ(state->shouldTerminate(), AppState::Termination::now);
-    state->setGhost(&ghost);
-    QStringList quits;
-    QObject::connect(state.get(), &AppState::quitConfirmed, [&] { quits += ghost.ending; });
-    for (const int button : {2, -1, 1, 0}) {
+    QSignalSpy quits(state.get(), &AppState::quitConfirmed);
+    QUuid ghost = beginGhost();
+    const struct
+    {
+        int button;
+        bool isLocked, quits, isKept;
+    } rows[]{{2, false, false, false}, {-1, false, false, false}, {1, true, false, false},
+             {1, false, true, true},   {0, false, true, false},   {0, true, true, false}};
+    for (const auto &[button, isLocked, hasQuit, isKept] : rows) {
+        if (!chat.ghosts()->isOn())
+            ghost = beginGhost();
+        quits.clear();
+        isLocked ? state->storage().vault->lock() : state->storage().vault->unlock();
         EXPECT_EQ(state->shouldTerminate(), AppState::Termination::cancel);
-        EXPECT_EQ(state->presentation().shell->questionTitle(), u"Drop this Ghost chat?"_s);
-        EXPECT_EQ(state->presentation().shell->questionButtons(),
-                  (QStringList{u"Drop"_s, u"Keep"_s, u"Cancel"_s}));
+        const ShellViewModel &shell = *state->presentation().shell;
+        EXPECT_EQ(shell.questionTitle(), u"Drop this Ghost chat?"_s);
+        EXPECT_EQ(shell.questionButtons().contains(u"Keep"_s), !isLocked);
+        EXPECT_EQ(shell.questionText().endsWith(u"To keep it, cancel and unlock first."_s), isLocked);
         state->presentation().shell->answerQuestion(button);
+        EXPECT_EQ(quits.count(), hasQuit ? 1 : 0);
+        state->storage().vault->unlock();
+        EXPECT_EQ(state->storage().repository->find(ghost) != nullptr, isKept);
+        EXPECT_EQ(chat.ghosts()->isOn(), !hasQuit);
     }
-    EXPECT_EQ(quits, (QStringList{u"kept"_s, u"dropped"_s}));
-    EXPECT_EQ(GhostQuestion::ask(true).buttons(), (QStringList{u"Drop"_s, u"Cancel"_s})) << "while locked";
-    EXPECT_TRUE(GhostQuestion::ask(true).text.endsWith(u"To keep it, cancel and unlock first."_s));
 }
 
 // The key's own road: key, window, engine, delegate, and whatever else hears of a quit.
 TEST_F(AppStateTest, TheQuitKeyKeepsTheWindowWhileAQuestionIsOpen)
 {
     start();
-    Ghost ghost;
-    state->setGhost(&ghost);
+    state->presentation().chat->ghosts()->newGhostChat();
+    state->presentation().chat->sendMessage(u"boo"_s, std::nullopt);
     MainWindowController controller(state->presentation(), MainWindowController::prepareEngine());
     AppDelegate delegate(*qGuiApp, *state);
     QObject::connect(&controller.engine(), &QQmlEngine::quit, &delegate, &AppDelegate::requestQuit);
@@ -403,8 +408,7 @@ TEST_F(AppStateTest, TheQuitKeyKeepsTheWindowWhileAQuestionIsOpen)
 TEST_F(AppStateTest, QuittingEndsTheProgramAndStoresWhatHadArrivedUnlessThePersonHasToBeAsked)
 {
     start();
-    Ghost ghost;
-    state->setGhost(&ghost);
+    state->presentation().chat->ghosts()->newGhostChat();
     auto delegate = std::make_unique<AppDelegate>(*qGuiApp, *state);
     EXPECT_FALSE(QGuiApplication::quitOnLastWindowClosed());
     ScriptedServer slow([](ScriptedServer::Connection &connection) {
@@ -427,8 +431,7 @@ TEST_F(AppStateTest, QuittingEndsTheProgramAndStoresWhatHadArrivedUnlessThePerso
     delegate->requestQuit();
     TestWait::settle();
     EXPECT_TRUE(state->presentation().chat->isResponding()) << "the person is asked";
-    ghost.full = false;
-    QTimer::singleShot(0, delegate.get(), &AppDelegate::requestQuit);
+    QTimer::singleShot(0, delegate.get(), [&] { state->presentation().shell->answerQuestion(1); });
     EXPECT_EQ(QGuiApplication::exec(), 0);
     EXPECT_FALSE(state->presentation().chat->isResponding());
     EXPECT_EQ(log.lines().count(u"app: Application will terminate"_s), 1);

@@ -22,9 +22,9 @@ public:
     QStringList told;
 
 public Q_SLOTS:
-    uint Notify(QString, uint, QString, QString summary, QString body, QStringList, QVariantMap, int)
+    uint Notify(QString, uint, QString, QString summary, QString body, QStringList, QVariantMap hints, int)
     {
-        told.append(summary + u'|' + body);
+        told.append((hints.contains(u"transient"_s) ? u"passing "_s : QString()) + summary + u'|' + body);
         return static_cast<uint>(told.size());
     }
     void CloseNotification(uint id) { told.append(u"close %1"_s.arg(id)); }
@@ -57,10 +57,17 @@ TEST(DesktopNotificationsTest, AreShownClickedAndTakenBack)
     EXPECT_EQ(chosen.front().front().toUuid(), chat);
     notifications.withdrawApproval();
     TestWait::until([&] { return desktop.told.size() == 5; });
+    notifications.ghostReplyReady();
+    TestWait::until([&] { return desktop.told.size() == 6; });
+    TestWait::settle(); // the number has come back
+    notifications.ghostReplyFailed(u"Too slow"_s, u"Wait"_s);
+    notifications.withdrawGhostReplies(); // before the desktop has numbered the second
+    TestWait::until([&] { return desktop.told.size() == 9; });
     EXPECT_EQ(desktop.told.join(u'\n').toStdString(), "Reply ready|&lt;b&gt;Ferns&lt;/b&gt;\n"
                                                       "MorvaneGPT waits for your answer|Open this link\n"
                                                       "MorvaneGPT waits for your answer|Read your screen\n"
-                                                      "close 2\nclose 3");
+                                                      "close 2\nclose 3\npassing Reply ready|\npassing Too slow|Wait\n"
+                                                      "close 6\nclose 7");
     QDBusConnection::disconnectFromBus(u"ours"_s);
     QDBusConnection::disconnectFromBus(u"theirs"_s);
     daemon.kill();

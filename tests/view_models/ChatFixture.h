@@ -84,6 +84,11 @@ public:
         m_heard.append(QStringLiteral("ready ") + title);
     }
     void ghostReplyReady() override { m_heard.append(QStringLiteral("ghost")); }
+    void ghostReplyFailed(const QString &, const QString &) override
+    {
+        m_heard.append(QStringLiteral("ghost failed"));
+    }
+    void withdrawGhostReplies() override { m_heard.append(QStringLiteral("ghosts withdrawn")); }
     void replyFailed(const QString &message, const QString &suggestion) override
     {
         m_heard.append(QStringLiteral("failed ") + message + u'|' + suggestion);
@@ -149,6 +154,7 @@ protected:
     QStringList heard; // what was read aloud and notified, in order
     Desktop desktop{clock, heard};
     CompanionViewModel companion{clock};
+    bool isLocked = false;
     ChatViewModel::Services services{.repository = repository,
                                      .router = router,
                                      .replies = replies,
@@ -157,7 +163,8 @@ protected:
                                      .companion = companion,
                                      .clock = clock,
                                      .speech = &desktop,
-                                     .notifications = &desktop};
+                                     .notifications = &desktop,
+                                     .isLocked = [this] { return isLocked; }};
     ChatViewModel chat{services};
 };
 

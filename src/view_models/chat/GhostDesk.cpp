@@ -16,18 +16,6 @@ namespace {
 
 using Answer = GhostQuestion::Answer;
 
-// A question or an answer whose turn ended without writing so.
-void cancelUnfinished(const Conversation &conversation)
-{
-    for (const auto &message : conversation.messages()) {
-        const bool isUnfinished =
-            message->status() == MessageStatus::pending || message->status() == MessageStatus::streaming;
-        const auto role = message->knownRole();
-        if (isUnfinished && (role == MessageRole::user || role == MessageRole::assistant))
-            message->setStatus(MessageStatus::cancelled);
-    }
-}
-
 } // namespace
 
 GhostDesk::GhostDesk(Services services, QObject *parent)
@@ -194,8 +182,7 @@ bool GhostDesk::keepGhost()
     m_ghostSaveWhenTurnEnds.reset();
     const auto former = m_services.stores.ghost()->conversation;
     if (m_services.isAtWork(*former))
-        m_services.endTurns();
-    cancelUnfinished(*former);
+        m_services.endTurns(); // what had arrived is in the record now, and marked as stopped
     std::shared_ptr<Conversation> kept;
     try {
         if (isLocked())
