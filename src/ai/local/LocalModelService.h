@@ -2,8 +2,9 @@
 
 #include "ai/local/LocalMachine.h"
 #include "ai/local/LocalRuntimeValues.h"
+#include "ai/local/LocalServer.h"
 #include "ai/local/ModelDigestPins.h"
-#include "ai/local/ServerModel.h"
+#include "ai/local/RuntimeInstallation.h"
 #include "ai/local/SetupLog.h"
 #include "ai/local/SetupPlan.h"
 #include "ai/local/TransferFigures.h"
@@ -23,7 +24,6 @@ namespace morvane {
 class Clock;
 class HttpSessionProviding;
 class LocalDataVault;
-class LocalServer;
 class RuntimeProcess;
 class SettingsStore;
 class Work;
@@ -74,8 +74,11 @@ public:
     LocalModelService(const Services &services, LocalRuntimeValues values, QObject *parent = nullptr);
     ~LocalModelService() override;
 
-    // Acts as though nothing is installed and nobody answers.
+    // Acts as though nothing were installed and nobody answered, until it has installed something itself.
     void simulateFreshSetup() { m_simulateFreshSetup = true; }
+
+    // As the settings name it.
+    [[nodiscard]] static QString providerName();
 
     // What the window shows. changed() tells of the phase and the models, progressChanged() of the figures
     // (at most ten times a second), detailChanged() of the rest.
@@ -89,10 +92,10 @@ public:
     [[nodiscard]] std::optional<std::uint64_t> memoryInUse() const { return m_memoryInUse; }
     // Whether the server is the runtime that this service started, and can so be stopped and started again.
     [[nodiscard]] bool ownsServer() const;
-    [[nodiscard]] bool isBusy() const
-    {
-        return m_task.isRunning();
-    } // a setup, a pull or a start is under way
+    // Whether the settings point at this server as this service set it up; it may be stopped.
+    [[nodiscard]] bool isSetUp() const;
+    [[nodiscard]] bool isAnswering() const { return m_isAnswering; } // as it was last seen
+    [[nodiscard]] bool isBusy() const { return m_isBusy; } // a setup, a pull, a start or the like
     [[nodiscard]] QString setupLogPath() const { return m_values.setupLog(); }
     [[nodiscard]] const LocalRuntimeValues &values() const { return m_values; }
 
@@ -118,12 +121,12 @@ public:
 
     // Fetches a model and then uses it. Nothing happens while isBusy() or without a server.
     void pull(const QString &model);
-    // Deletes it from the server; its fingerprint is forgotten. Words that it failed with come by `failed`.
+    // Deletes it from the server; its fingerprint is forgotten. What it failed with comes by failed().
     void remove(const QString &model);
     // Uses a model that the server has.
     void use(const QString &model);
 
-    // Ends our runtime; a server that isn't ours stays.
+    // Ends our runtime, and what is under way; a server that isn't ours stays. The phase is `unknown` then.
     void stop();
     // Ends our runtime if there is one and starts it again; restarted() tells how that went.
     void restart();
@@ -144,19 +147,81 @@ Q_SIGNALS:
     void failed(const QString &sentence); // of remove(): one sentence for the person
 
 private:
-    friend class LocalSetup;
+    using Models = std::optional<std::vector<ServerModel>>;
+    enum class Checking { strict, lenient }; // what a runtime that fails its check is: an error, or not there
+    struct Launch {
+        QString program;
+        bool isOurs = false; // we installed it
+    };
+
+    // Tasks. Those of setting up are in LocalModelSetup.cpp.
+    QCoro::Task<> runSetUp(std::stop_token stop);
+    QCoro::Task<> runPull(QString model, std::stop_token stop);
+    QCoro::Task<> runRemoval(QString model, std::stop_token stop);
+    QCoro::Task<> runStop(std::stop_token stop);
+    QCoro::Task<> runRestart(std::stop_token stop);
+    QCoro::Task<> runPreparation(std::stop_token stop);
+    QCoro::Task<> runRefresh(std::stop_token stop);
+    QCoro::Task<> runVisionSidecar(std::stop_token stop);
+
+    QCoro::Task<> knowMemory(std::stop_token stop);
+    QCoro::Task<Models> askModels(std::stop_token stop);
+    QCoro::Task<QString> chooseModel(std::stop_token stop);
+    QCoro::Task<> ensureServer(std::stop_token stop);
+    QCoro::Task<> ensureRuntime(std::stop_token stop);
+    QCoro::Task<std::optional<Launch>> installedRuntime(Checking checking, std::stop_token stop);
+    QCoro::Task<Launch> downloadRuntime(std::stop_token stop);
+    QCoro::Task<> startRuntime(Launch launch, std::stop_token stop);
+    QCoro::Task<> awaitServer(std::stop_token stop);
+    QCoro::Task<> checkListeners(std::stop_token stop);
+    QCoro::Task<> endRuntime(std::stop_token stop);
+    QCoro::Task<> pullModel(QString model, std::stop_token stop);
+    QCoro::Task<> takeUp(QString model, std::stop_token stop);
+
+    [[nodiscard]] LocalServer server() const;
+    [[nodiscard]] QString foundRuntime() const; // empty for none
+    [[nodiscard]] bool hasManagedRuntime() const;
+    [[nodiscard]] bool usesAMD() const;
+    [[nodiscard]] bool has(const QString &model) const;
+    [[nodiscard]] bool isChosenHere() const; // the settings name this server and a model
+    void runtimeEnded();
+    using Task = std::function<QCoro::Task<>(std::stop_token)>;
+    void start(Task task);
+    QCoro::Task<> run(Task task, std::stop_token stop);
+    void setBusy(bool isBusy);
+    void setPhase(Phase phase);
+    void settle();
+    void fail(const std::exception_ptr &error);
+    void noteProgress(Phase::Kind kind, const QString &model, qint64 done, std::optional<qint64> total,
+                      std::optional<int> percent);
+    void setModels(Models models);
+    void compareFingerprints();
+    void judgeVisionSidecar();
+    void setVisionSidecar(VisionSidecarState state);
 
     const Services m_services;
     const LocalRuntimeValues m_values;
     bool m_simulateFreshSetup = false;
+    const std::shared_ptr<SetupLog> m_log;
+    RuntimeInstallation m_installation;
+    ModelDigestPins m_pins;
+    std::unique_ptr<RuntimeProcess> m_process;
     Phase m_phase;
+    QString m_readyModel; // the one to go back to when a pull is stopped; empty for none
+    TransferMeter m_meter;
     TransferFigures m_figures;
+    std::chrono::milliseconds m_lastProgress{0};
     QString m_integrityWarning;
+    std::vector<ModelDigestPins::Change> m_fingerprintChanges;
     VisionSidecarState m_visionSidecar;
     std::vector<ServerModel> m_models;
+    bool m_isAnswering = false;
     std::optional<std::uint64_t> m_memoryInUse;
+    std::optional<LocalMachine::Memory> m_memory; // of the machine, once it was asked
     std::function<void()> m_onVisionSidecarInstalled;
+    bool m_isBusy = false;
     TaskHandle m_task;
+    TaskHandle m_refresh;
     Lifeline m_lifeline;
 };
 

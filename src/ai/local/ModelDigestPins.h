@@ -17,6 +17,8 @@ public:
         QString model;
         QString pinned;
         QString found;
+
+        bool operator==(const Change &) const = default;
     };
 
     // A file that is missing or can't be read has no pins.

@@ -21,7 +21,7 @@ int opened(const QString &path)
 {
     PrivateFile::createFolder(QFileInfo(path).absolutePath());
     const int descriptor = ::open(QFile::encodeName(path).constData(),
-                                  O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
+                                  O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
     if (descriptor < 0)
         throw FileError(Operation::Open, errno);
     return descriptor;
@@ -38,16 +38,18 @@ PartFile::~PartFile()
     ::close(m_descriptor);
 }
 
-void PartFile::append(const QByteArray &bytes)
+void PartFile::write(const QByteArray &bytes, qint64 offset)
 {
     QByteArrayView rest = bytes;
     while (!rest.isEmpty()) {
-        const ssize_t written = ::write(m_descriptor, rest.data(), static_cast<std::size_t>(rest.size()));
+        const ssize_t written =
+            ::pwrite(m_descriptor, rest.data(), static_cast<std::size_t>(rest.size()), offset);
         if (written < 0 && errno == EINTR)
             continue;
         if (written < 0)
             throw FileError(Operation::Write, errno);
         rest = rest.sliced(written);
+        offset += written;
     }
 }
 

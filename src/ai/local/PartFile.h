@@ -5,7 +5,8 @@
 
 namespace morvane {
 
-// A file that is being fetched, and goes on after a break where it stopped. One thread at a time.
+// A file that is being fetched, and goes on after a break where it stopped. One thread at a time; what a
+// stopped download still writes has its own place in the file, and is right there.
 class PartFile {
 public:
     // Opens it, or makes it with its folders; only its owner may read it. Throws FileError.
@@ -15,7 +16,7 @@ public:
     PartFile &operator=(const PartFile &) = delete;
 
     // Throws FileError; one with ENOSPC, or EDQUOT, when the disk is full. What had room is there then.
-    void append(const QByteArray &bytes);
+    void write(const QByteArray &bytes, qint64 offset);
     void truncate();
     void sync();
 

@@ -116,10 +116,11 @@ QCoro::Task<> take(Parts parts, HttpResponse response, qint64 offset, OnProgress
                 break;
             batch += *more;
         }
+        const qint64 place = done;
         done += batch.size();
         if (done > limit) // one byte too many is enough for its digest to differ
             batch.chop(done - limit - 1);
-        std::function<void()> writing = [file, batch] { file->append(batch); };
+        std::function<void()> writing = [file, batch, place] { file->write(batch, place); };
         co_await parts.work->run(std::move(writing), stop);
         if (done > limit)
             co_return;

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <stop_token>
 
@@ -19,12 +20,12 @@ class Work;
 // Fetches the runtime's archive and proves that it is the one meant.
 namespace RuntimeDownload {
 
-// All outlive the task.
+// What is referred to outlives the task.
 struct Parts {
     HttpSessionProviding *network = nullptr;
     Work *work = nullptr;
     Clock *clock = nullptr;
-    SetupLog *log = nullptr;
+    std::shared_ptr<SetupLog> log;
     LocalRuntimeValues values; // with an archive
 };
 

@@ -4,6 +4,7 @@
 #include "ai/local/LocalSetupError.h"
 #include "ai/local/RuntimeRecord.h"
 #include "ai/local/SetupLog.h"
+#include "async/CancelledError.h"
 #include "security/LocalDataVault.h"
 #include "security/SealedForm.h"
 #include "utils/files/PrivateFile.h"
@@ -64,10 +65,10 @@ void requireKey(const LocalDataVault &vault)
 } // namespace
 
 RuntimeInstallation::RuntimeInstallation(LocalRuntimeValues values, const LocalDataVault &vault,
-                                         SetupLog &log)
+                                         std::shared_ptr<SetupLog> log)
     : m_values(std::move(values))
     , m_vault(&vault)
-    , m_log(&log)
+    , m_log(std::move(log))
 {}
 
 bool RuntimeInstallation::exists() const
@@ -78,6 +79,8 @@ bool RuntimeInstallation::exists() const
 // The record comes before the files: without files it says nothing, and files without it don't run.
 void RuntimeInstallation::install(const QString &archive, const std::stop_token &stop) const
 {
+    const std::lock_guard lock(*m_turn);
+    throwIfStopped(stop);
     removeLeftovers();
     requireKey(*m_vault);
     try {
@@ -105,6 +108,8 @@ void RuntimeInstallation::install(const QString &archive, const std::stop_token 
 
 bool RuntimeInstallation::verify(const std::stop_token &stop) const
 {
+    const std::lock_guard lock(*m_turn);
+    throwIfStopped(stop);
     requireKey(*m_vault);
     bool isSame = false;
     try {

@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <memory>
+#include <mutex>
 #include <stop_token>
 
 namespace morvane {
@@ -15,8 +17,9 @@ class SetupLog;
 // of them runs. For a thread of Work, one call at a time.
 class RuntimeInstallation {
 public:
-    // All outlive the object.
-    RuntimeInstallation(LocalRuntimeValues values, const LocalDataVault &vault, SetupLog &log);
+    // `vault` outlives the object and its copies.
+    RuntimeInstallation(LocalRuntimeValues values, const LocalDataVault &vault,
+                        std::shared_ptr<SetupLog> log);
 
     // Whether there is something to be checked and started.
     [[nodiscard]] bool exists() const;
@@ -41,7 +44,8 @@ private:
 
     LocalRuntimeValues m_values;
     const LocalDataVault *m_vault;
-    SetupLog *m_log;
+    std::shared_ptr<SetupLog> m_log;
+    std::shared_ptr<std::mutex> m_turn = std::make_shared<std::mutex>();
 };
 
 } // namespace morvane

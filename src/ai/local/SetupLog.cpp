@@ -53,6 +53,7 @@ void SetupLog::takeOutput(QByteArrayView piece)
 
 void SetupLog::append(const QByteArray &line)
 {
+    const std::lock_guard lock(m_mutex);
     try {
         PrivateFile::createFolder(QFileInfo(m_path).absolutePath());
     } catch (const FileError &) {

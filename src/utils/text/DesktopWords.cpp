@@ -10,6 +10,7 @@ constexpr DesktopWords DesktopWords::original{
     .secretStore = u"Keychain",
     .secretStoreProgram = u"Keychain Access",
     .connectionLister = u"nettop -p",
+    .runtimeStopper = u"the llama in the menu bar",
 };
 
 constexpr DesktopWords DesktopWords::freedesktop{
@@ -21,6 +22,7 @@ constexpr DesktopWords DesktopWords::freedesktop{
     .secretStore = u"keyring",
     .secretStoreProgram = u"your desktop's password manager",
     .connectionLister = u"ss -tnp",
+    .runtimeStopper = u"in a terminal: sudo systemctl stop ollama",
 };
 
 } // namespace morvane

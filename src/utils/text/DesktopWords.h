@@ -16,6 +16,7 @@ struct DesktopWords {
     QStringView secretStore;  // what keeps API keys
     QStringView secretStoreProgram; // where a person looks into it
     QStringView connectionLister;   // a command that lists what every program is connected to
+    QStringView runtimeStopper;     // where a model runtime of the person's own is quit
 
     static const DesktopWords original;
     static const DesktopWords freedesktop;
