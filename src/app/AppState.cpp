@@ -1,5 +1,6 @@
 #include "app/AppState.h"
 
+#include "ai/local/LocalModelService.h"
 #include "ai/tools/ToolRegistry.h"
 #include "app/WhatChangedNotice.h"
 #include "async/Work.h"
@@ -72,6 +73,7 @@ void AppState::start()
     m_storeNotices.start();
     Log::info(Log::Category::App, "Application started (%s)"_L1, {SettingsStore::versionText()});
     didBecomeActive();
+    m_assistant.localModel->prepare();
 }
 
 void AppState::reopen()
@@ -117,6 +119,7 @@ AppState::Termination AppState::shouldTerminate()
 void AppState::willTerminate()
 {
     m_presentation.chat->endTurns();
+    m_assistant.localModel->end();
     try {
         m_storage.repository->save();
     } catch (const PersistenceError &) {

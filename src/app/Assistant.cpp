@@ -1,6 +1,7 @@
 #include "app/Assistant.h"
 
 #include "ai/agent/ReplyRunner.h"
+#include "ai/local/LocalModelService.h"
 #include "ai/prompts/SystemPromptStore.h"
 #include "ai/providers/OllamaNativeProvider.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
@@ -15,6 +16,7 @@
 #include "network/NetworkLedger.h"
 #include "persistence/SettingsRepository.h"
 #include "persistence/SettingsStore.h"
+#include "platform/linux/LinuxMachine.h"
 #include "security/LocalDataVault.h"
 #include "security/ServiceIdentity.h"
 #include "services/WebAccessService.h"
@@ -30,6 +32,22 @@ WebAccessService::Endpoints searchEndpoints(const CommandLine &commandLine)
     if (commandLine.practiceServer)
         endpoints.builtIn = QUrl(*commandLine.practiceServer).adjusted(QUrl::RemovePath);
     return endpoints;
+}
+
+std::unique_ptr<LocalModelService> makeLocalModel(const CommandLine &commandLine, const Assistant &assistant,
+                                                  Storage &storage, Clock &clock, Work &work)
+{
+    auto service = std::make_unique<LocalModelService>(
+        LocalModelService::Services{.settings = *storage.settings,
+                                    .network = *assistant.network,
+                                    .vault = *storage.vault,
+                                    .machine = *assistant.machine,
+                                    .clock = clock,
+                                    .work = work},
+        commandLine.devRuntime.value_or(LocalRuntimeValues::ofThisBuild(storage.folders)));
+    if (commandLine.simulateFreshSetup)
+        service->simulateFreshSetup();
+    return service;
 }
 
 // What the router is given to ask in each turn; all of it outlives the router.
@@ -50,6 +68,7 @@ AIRequestRouter::Services routing(const Assistant &assistant, Storage &storage, 
             .nativeOllama = ollama,
             .ollama = ollama.get(),
             .privateCloud = assistant.privateCloud->cloud,
+            .localModel = assistant.localModel.get(),
             .prompts = {
                 .instructions = [&prompts = *assistant.systemPrompts] { return prompts.effectivePrompt(); },
                 .notes = [&memory = *assistant.memory] { return memory.promptBlock(); }},
@@ -86,6 +105,8 @@ Assistant::Assistant(const CommandLine &commandLine, Storage &storage, const Sec
                                                                                        .identity = *identity,
                                                                                        .clock = clock,
                                                                                        .work = work}))
+    , machine(std::make_unique<LinuxMachine>())
+    , localModel(makeLocalModel(commandLine, *this, storage, clock, work))
     , router(std::make_unique<AIRequestRouter>(routing(*this, storage, secrets, clock, work)))
     , replies(std::make_unique<ReplyRunner>(*router, *tools))
 {}

@@ -9,6 +9,8 @@ namespace morvane {
 class AIRequestRouter;
 class AppNetwork;
 class Clock;
+class LocalMachine;
+class LocalModelService;
 class MemoryStore;
 class NetworkLedger;
 class ProofLedger;
@@ -39,6 +41,8 @@ struct Assistant {
     const std::unique_ptr<WebAccessService> web;
     const std::unique_ptr<ToolRegistry> tools;
     const std::unique_ptr<PrivateCloudParts> privateCloud;
+    const std::unique_ptr<LocalMachine> machine;
+    const std::unique_ptr<LocalModelService> localModel;
     const std::unique_ptr<AIRequestRouter> router;
     const std::unique_ptr<ReplyRunner> replies;
 };

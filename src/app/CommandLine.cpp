@@ -4,6 +4,7 @@
 #include "utils/text/Product.h"
 
 #include <QCommandLineParser>
+#include <QFile>
 #include <QFileInfo>
 
 #include <cstdio>
@@ -39,6 +40,20 @@ DevRelay::Origin relayAt(const QString &place)
     return *origin;
 }
 
+LocalRuntimeValues runtimeIn(const QString &path, const SupportFolders &folders)
+{
+    constexpr qint64 largest = 1 << 16; // bytes
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        refuse("--dev-runtime: the file can't be read.\n");
+    const auto values = LocalRuntimeValues::ofThisBuild(folders).withDevelopmentFile(file.read(largest));
+    if (!values)
+        refuse("--dev-runtime takes a JSON file of a runtime on this machine: releaseOrigin, serverOrigin, "
+               "archive, "
+               "sha256, bytes, foundRuntimes.\n");
+    return *values;
+}
+
 } // namespace
 
 CommandLine CommandLine::parse(const QStringList &arguments)
@@ -52,22 +67,28 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     resetOnboarding.setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOption(resetOnboarding);
     parser.addOptions({
+        {u"simulate-fresh-setup"_s, u"Set up local AI as if nothing were installed."_s},
         {u"profile"_s, u"Keep everything in this folder instead of your own profile."_s, u"folder"_s},
         {u"practice-server"_s, u"Chat with a practice server; needs --profile."_s, u"address"_s},
         {u"play-demo"_s, u"Play one turn, save a picture of the window and end."_s, u"png"_s},
     });
     const QCommandLineOption devRelay(u"dev-relay"_s, u"Where the private cloud's stand-in listens."_s,
                                       u"127.0.0.1:port"_s);
+    const QCommandLineOption devRuntime(
+        u"dev-runtime"_s, u"Where the local model's runtime comes from and listens."_s, u"file"_s);
     if (hasDevRelay())
-        parser.addOption(devRelay);
+        parser.addOptions({devRelay, devRuntime});
     parser.process(arguments);
 
     CommandLine line{.resetOnboarding = parser.isSet(resetOnboarding),
+                     .simulateFreshSetup = parser.isSet(u"simulate-fresh-setup"_s),
                      .profile = valueOf(parser, u"profile"_s),
                      .practiceServer = valueOf(parser, u"practice-server"_s),
                      .demoPicture = valueOf(parser, u"play-demo"_s)};
     if (hasDevRelay() && parser.isSet(devRelay))
         line.devRelay = relayAt(parser.value(devRelay));
+    if (hasDevRelay() && parser.isSet(devRuntime))
+        line.devRuntime = runtimeIn(parser.value(devRuntime), line.folders());
     // Both write settings, which must not be the person's own.
     if (line.practiceServer && !line.profile)
         refuse("--practice-server needs --profile, so that it changes no settings of yours.\n");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ai/local/LocalRuntimeValues.h"
 #include "ai/routing/DevRelay.h"
 #include "utils/files/SupportFolders.h"
 
@@ -12,10 +13,12 @@ namespace morvane {
 // What the program was started with.
 struct CommandLine {
     bool resetOnboarding = false;             // forgets that the welcome flow was seen
+    bool simulateFreshSetup = false;          // the local model's service finds nothing installed
     std::optional<QString> profile;           // a folder that takes the place of every XDG folder
     std::optional<QString> practiceServer;    // where to chat and to search, in a profile of its own
     std::optional<QString> demoPicture;       // plays one turn, saves the window there and ends
     std::optional<DevRelay::Origin> devRelay; // takes the place of the deployment's relay, where that has one
+    std::optional<LocalRuntimeValues> devRuntime; // as the relay: only in a deployment that has one
 
     [[nodiscard]] SupportFolders folders() const;
 

@@ -1,6 +1,7 @@
 #include "app/Presentation.h"
 
 #include "ai/agent/ReplyRunner.h"
+#include "ai/local/LocalModelService.h"
 #include "ai/tools/ToolRegistry.h"
 #include "app/Assistant.h"
 #include "app/PrivateCloudParts.h"
@@ -55,6 +56,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets
           .companion = *companion,
           .clock = clock,
           .notifications = notifications,
+          .localModel = assistant.localModel.get(),
           .searchesWithOwnKey = [&web = *assistant.web] { return web.usesOwnKey(); },
           .notesMatching = [&memory = *assistant.memory](
                                const QString &about) { return textsOf(memory.matching(about)); },

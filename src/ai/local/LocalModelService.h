@@ -128,8 +128,8 @@ public:
 
     // Ends our runtime, and what is under way; a server that isn't ours stays. The phase is `unknown` then.
     void stop();
-    // Ends our runtime if there is one and starts it again; restarted() tells how that went.
-    void restart();
+    // A server that answers and isn't ours is left as it is, and counts as good.
+    void restart() override;
 
     // Takes the changed fingerprints for the right ones, and the warning away.
     void acceptFingerprints();
@@ -143,7 +143,6 @@ public:
 Q_SIGNALS:
     void progressChanged();
     void detailChanged();
-    void restarted(bool good);
     void failed(const QString &sentence); // of remove(): one sentence for the person
 
 private:

@@ -27,8 +27,12 @@ public:
     // The base address of its chat completions.
     [[nodiscard]] virtual QString baseURL() const { return QStringLiteral("http://localhost:11434/v1"); }
 
+    // Ends it where it is ours and starts it again; restarted() tells how that went.
+    virtual void restart() {}
+
 Q_SIGNALS:
     void changed(); // the state, or the models that are installed
+    void restarted(bool good);
 };
 
 } // namespace morvane

@@ -3,18 +3,23 @@
 #include "ai/contract/ProviderError.h"
 #include "view_models/companion/CompanionViewModel.h"
 
+#include <algorithm>
+#include <initializer_list>
+
 namespace morvane {
 
 using namespace std::chrono_literals;
 
 namespace {
 
-bool wasSpentThinking(const std::exception_ptr &error)
+using Plain = ProviderError::Plain;
+
+bool isOneOf(const std::exception_ptr &error, std::initializer_list<Plain> cases)
 {
     try {
         std::rethrow_exception(error);
     } catch (const ProviderError &known) {
-        return known.is(ProviderError::Plain::limitSpentThinking);
+        return std::any_of(cases.begin(), cases.end(), [&](Plain one) { return known.is(one); });
     } catch (...) {
         return false;
     }
@@ -30,10 +35,18 @@ BannerDesk::BannerDesk(CompanionViewModel &companion, QObject *parent)
 void BannerDesk::show(const std::exception_ptr &error, ErrorBanner::Retry retry)
 {
     ErrorBanner banner = ErrorBanner::of(presentationOf(error), retry);
-    if (wasSpentThinking(error))
-        banner.recovery = ErrorBanner::Recovery::raiseReplyLimit;
+    banner.recovery = recoveryFrom(error);
     set(std::move(banner));
     m_companion.flash(CompanionState::error, 2s);
+}
+
+ErrorBanner::Recovery BannerDesk::recoveryFrom(const std::exception_ptr &error) const
+{
+    if (isOneOf(error, {Plain::limitSpentThinking}))
+        return ErrorBanner::Recovery::raiseReplyLimit;
+    const bool isSilent = isOneOf(error, {Plain::networkTimeout, Plain::networkUnavailable});
+    return isSilent && m_asksLocalRuntime && m_asksLocalRuntime() ? ErrorBanner::Recovery::restartLocalModel
+                                                                  : ErrorBanner::Recovery::none;
 }
 
 void BannerDesk::set(std::optional<ErrorBanner> banner)

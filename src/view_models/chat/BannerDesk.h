@@ -5,7 +5,9 @@
 #include <QObject>
 
 #include <exception>
+#include <functional>
 #include <optional>
+#include <utility>
 
 namespace morvane {
 
@@ -22,7 +24,12 @@ public:
 
     // In place of any former one; the companion shows it too, for a moment.
     void show(const std::exception_ptr &error, ErrorBanner::Retry retry = ErrorBanner::Retry::lastChatTurn);
+    // Another error that no turn of a chat threw.
+    void show(ErrorBanner banner) { set(std::move(banner)); }
     void dismiss() { set(std::nullopt); }
+
+    // Whether it is the managed runtime that turns go to; asked when one went without an answer.
+    void setAsksLocalRuntime(std::function<bool()> asks) { m_asksLocalRuntime = std::move(asks); }
 
 Q_SIGNALS:
     void changed();
@@ -30,7 +37,10 @@ Q_SIGNALS:
 private:
     void set(std::optional<ErrorBanner> banner);
 
+    [[nodiscard]] ErrorBanner::Recovery recoveryFrom(const std::exception_ptr &error) const;
+
     CompanionViewModel &m_companion;
+    std::function<bool()> m_asksLocalRuntime; // absent: it never is
     std::optional<ErrorBanner> m_banner;
 };
 

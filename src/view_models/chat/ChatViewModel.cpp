@@ -1,6 +1,7 @@
 #include "view_models/chat/ChatViewModel.h"
 
 #include "ai/routing/AIRequestRouter.h"
+#include "ai/routing/LocalModelServing.h"
 #include "markdown/MarkdownRenderer.h"
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
@@ -62,6 +63,12 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
             m_planner->forgetAttachment();
     });
     connect(&m_services.router, &AIRequestRouter::sourceChanged, this, &ChatViewModel::sourceChanged);
+    if (m_services.localModel)
+        connect(m_services.localModel, &LocalModelServing::restarted, this, &ChatViewModel::modelRestarted);
+    m_banner.setAsksLocalRuntime([this] {
+        return m_services.localModel && m_services.router.chatSource().kind == ChatSource::Kind::thisMac &&
+               m_services.settings.baseURLString() == m_services.localModel->baseURL();
+    });
 }
 
 ChatViewModel::~ChatViewModel() = default;
@@ -84,6 +91,23 @@ void ChatViewModel::showDraft(const QString &draft)
     m_draft = draft;
     Q_EMIT draftChanged();
     Q_EMIT canSendChanged();
+}
+
+void ChatViewModel::restartLocalModel()
+{
+    if (!m_services.localModel)
+        return;
+    m_banner.dismiss();
+    m_isRestartingModel = true;
+    m_services.localModel->restart();
+}
+
+void ChatViewModel::modelRestarted(bool good)
+{
+    if (!std::exchange(m_isRestartingModel, false) || good)
+        return;
+    m_banner.show({.message = u"Local AI didn't start back up."_s,
+                   .suggestion = u"Open Settings → AI and press Set Up Free Local AI to repair it."_s});
 }
 
 void ChatViewModel::noteTyping()

@@ -31,6 +31,7 @@ class Clock;
 class CompanionViewModel;
 class Conversation;
 class ConversationRepository;
+class LocalModelServing;
 class ProofLedger;
 class ProofWatch;
 class ReplyNotifying;
@@ -76,6 +77,7 @@ public:
         Clock &clock;
         SpeechOutputting *speech = nullptr;      // absent: nothing is read aloud
         ReplyNotifying *notifications = nullptr; // absent: nothing is posted
+        LocalModelServing *localModel = nullptr; // absent: there is no runtime to start again
         // Whether a web search goes out with the person's own key; absent: it does not.
         std::function<bool()> searchesWithOwnKey = {};
         // The notes that a call to forget would delete; absent: only its words are shown.
@@ -141,6 +143,8 @@ public:
     // What the banner offers: the last turn, the save or the new chat that failed.
     Q_INVOKABLE void retry();
     Q_INVOKABLE void retryLastTurn();
+    // The remedy of a banner; says so when it didn't help.
+    Q_INVOKABLE void restartLocalModel();
     Q_INVOKABLE void continueReply(const QString &messageId);
     Q_INVOKABLE void stopResponding();
 
@@ -199,6 +203,7 @@ private:
     void moveDraft();
     void takeDraft();
     void showDraft(const QString &draft);
+    void modelRestarted(bool good);
     void setEdited(const QUuid &message);
     void sendEdited();
     void tellTitle(const QString &former);
@@ -219,6 +224,7 @@ private:
     ApprovalDesk m_approvals;
     BannerDesk m_banner;
     ChatStores m_stores;
+    bool m_isRestartingModel = false; // at the person's wish, by the banner
     OpenConversation m_open;
     GhostDesk m_ghosts;
     DraftKeeper m_drafts;

@@ -18,6 +18,7 @@ struct ErrorBanner {
     Q_PROPERTY(QString quotation MEMBER quotation)
     Q_PROPERTY(bool retryable MEMBER retryable)
     Q_PROPERTY(bool mayRaiseReplyLimit READ mayRaiseReplyLimit)
+    Q_PROPERTY(bool mayRestartLocalModel READ mayRestartLocalModel)
 
 public:
     // What the Retry button runs again.
@@ -41,6 +42,7 @@ public:
     bool operator==(const ErrorBanner &) const = default;
 
     [[nodiscard]] bool mayRaiseReplyLimit() const { return recovery == Recovery::raiseReplyLimit; }
+    [[nodiscard]] bool mayRestartLocalModel() const { return recovery == Recovery::restartLocalModel; }
 
     [[nodiscard]] static ErrorBanner of(const ErrorPresentation &presentation, Retry retry)
     {

@@ -66,6 +66,13 @@ Rectangle {
             onClicked: root.shell.replyLimitRequested()
         }
         PushButton {
+            objectName: "restartLocalModel"
+            Layout.alignment: Qt.AlignTop
+            visible: root.chat.banner.mayRestartLocalModel
+            text: qsTr("Restart Local AI")
+            onClicked: root.chat.restartLocalModel()
+        }
+        PushButton {
             objectName: "retry"
             Layout.alignment: Qt.AlignTop
             visible: root.chat.banner.retryable
