@@ -4,12 +4,8 @@
 #include <QJsonDocument>
 #include <QUrl>
 
-#include <arpa/inet.h>
-#include <array>
 #include <map>
 #include <stdexcept>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace morvane {
 
@@ -57,24 +53,9 @@ QByteArray PrivateCloudServer::wire() const
     return all;
 }
 
-// A request by hand: the program's own way to the network isn't tested here, nor is its event loop run.
 void PrivateCloudServer::goOn() const
 {
-    const QByteArray request = "POST /go-on HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: 0\r\n"
-                               "Connection: close\r\n\r\n";
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port());
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    std::array<char, 512> answer{};
-    const bool isSent =
-        ::connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0 &&
-        ::send(socket, request.constData(), static_cast<std::size_t>(request.size()), 0) == request.size();
-    const bool isHeard = isSent && ::recv(socket, answer.data(), answer.size(), 0) > 0;
-    ::close(socket);
-    if (!isHeard)
-        throw std::runtime_error("the server did not hear it");
+    ServerProcess::post(port(), "/go-on");
 }
 
 } // namespace morvane

@@ -32,6 +32,9 @@ public:
     [[nodiscard]] const QString &baseUrl() const { return m_baseUrl; } // ends in /v1
     [[nodiscard]] QString rootUrl() const { return m_baseUrl.chopped(3); }
 
+    // What it said of itself before it listened: a line of JSON, or nothing.
+    [[nodiscard]] const QByteArray &description() const { return m_description; }
+
     // What has arrived so far, first come first. Handles no events.
     [[nodiscard]] const std::vector<Request> &requests();
 
@@ -45,11 +48,16 @@ public:
     void awaitRequests(std::size_t count);
     void awaitEnded(std::size_t count);
 
+    // Tells a server of ours on this machine something by its address. Returns once it has heard it, which
+    // counts as a request; throws when it doesn't take it.
+    static void post(quint16 port, const QByteArray &target);
+
 private:
     void readLog();
 
     QProcess m_process;
     QString m_baseUrl;
+    QByteArray m_description;
     std::vector<Request> m_requests;
 };
 

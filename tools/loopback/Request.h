@@ -12,7 +12,7 @@ namespace morvane {
 
 // One request as it arrived, and what its JSON body asks for.
 struct Request {
-    int number = 0; // counted from 1 over the life of the server
+    int number = 0; // counted from 1 over the life of the log
     QByteArray method;
     QByteArray target; // path and query
     std::vector<std::pair<QByteArray, QByteArray>> headers;

@@ -20,8 +20,9 @@ bool RequestLog::open(const QString &path)
     return m_file.open(QIODevice::WriteOnly | QIODevice::Append);
 }
 
-void RequestLog::arrived(const Request &request)
+void RequestLog::arrived(Request &request)
 {
+    request.number = ++m_requests;
     QJsonObject headers;
     for (const auto &[name, value] : request.headers)
         headers.insert(QString::fromLatin1(name), QString::fromUtf8(value));

@@ -16,8 +16,13 @@ namespace asio = boost::asio;
 
 Server::Server(asio::io_context &context, std::uint16_t port, Service &service, RequestLog &log,
                WireRecord &record)
+    : Server(context, {asio::ip::address_v4::loopback(), port}, service, log, record)
+{}
+
+Server::Server(asio::io_context &context, const asio::ip::tcp::endpoint &endpoint, Service &service,
+               RequestLog &log, WireRecord &record)
     : m_context(context)
-    , m_acceptor(context, {asio::ip::address_v4::loopback(), port})
+    , m_acceptor(context, endpoint)
     , m_service(service)
     , m_log(log)
     , m_record(record)
@@ -27,10 +32,15 @@ void Server::run()
 {
     asio::signal_set signals(m_context, SIGINT, SIGTERM);
     signals.async_wait([this](const boost::system::error_code &, int) { m_context.stop(); });
-    asio::co_spawn(m_context, accept(), asio::detached);
+    listen();
     std::printf("listening on http://127.0.0.1:%u/v1\n", static_cast<unsigned>(port()));
     std::fflush(stdout);
     m_context.run();
+}
+
+void Server::listen()
+{
+    asio::co_spawn(m_context, accept(), asio::detached);
 }
 
 Work Server::accept()
@@ -47,7 +57,6 @@ Work Server::accept()
 
 void Server::arrived(Request &request)
 {
-    request.number = ++m_requests;
     m_log.arrived(request);
 }
 

@@ -16,17 +16,22 @@ public:
     virtual Work answer(Exchange &exchange) = 0;
 };
 
-// Listens on loopback and hands each request to the service. One thread.
+// Listens, on loopback unless it is told otherwise, and hands each request to the service. One thread.
 class Server {
 public:
     // Port 0 is any free one. Throws a system_error when the port can't be had.
     Server(boost::asio::io_context &context, std::uint16_t port, Service &service, RequestLog &log,
            WireRecord &record);
+    Server(boost::asio::io_context &context, const boost::asio::ip::tcp::endpoint &endpoint, Service &service,
+           RequestLog &log, WireRecord &record);
 
     [[nodiscard]] std::uint16_t port() const { return m_acceptor.local_endpoint().port(); }
 
     // Says on standard output where it listens, and serves until a signal to end comes.
     void run();
+
+    // Serves for as long as the context runs.
+    void listen();
 
     // For the connections.
     [[nodiscard]] boost::asio::io_context &context() { return m_context; }
@@ -44,7 +49,6 @@ private:
     Service &m_service;
     RequestLog &m_log;
     WireRecord &m_record;
-    int m_requests = 0;
     int m_connections = 0;
 };
 

@@ -87,6 +87,20 @@ void ModelList::add(const QString &name)
         m_models.push_back({name, QStringList{u"completion"_s, u"tools"_s}, {}, replyingScenario, {}});
 }
 
+void ModelList::put(ListedModel model)
+{
+    remove(model.name);
+    m_models.push_back(std::move(model));
+}
+
+bool ModelList::remove(const QString &name)
+{
+    const ListedModel *model = find(name);
+    if (model)
+        m_models.erase(m_models.begin() + (model - m_models.data()));
+    return model != nullptr;
+}
+
 const ListedModel *ModelList::find(const QString &name) const
 {
     const QString tagged = name.contains(u':') ? name : name + u":latest"_s;

@@ -16,6 +16,7 @@ struct ListedModel {
     QString remoteHost;                      // where it runs when that is a service on the internet
     QString scenario;                        // what it plays; empty: the one of its own name
     QString weights;                         // another text here is another digest
+    qint64 size = 1'073'741'824;             // bytes
 
     [[nodiscard]] bool can(const QString &capability) const;
     [[nodiscard]] QString digest() const; // 64 hexadecimal digits
@@ -32,6 +33,11 @@ public:
 
     // A model that was pulled.
     void add(const QString &name);
+
+    // In the place of the one of that name.
+    void put(ListedModel model);
+    // False when there is none of that name.
+    bool remove(const QString &name);
 
     [[nodiscard]] const std::vector<ListedModel> &models() const { return m_models; }
 

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "ModelList.h"
-
 #include "loopback/AnswerScript.h"
 #include "loopback/Server.h"
+#include "model_server/ModelList.h"
 
 namespace morvane {
 
@@ -20,6 +19,9 @@ public:
     ModelService(Settings settings, AnswerScript &script);
 
     Work answer(Exchange &exchange) override;
+
+    // What is listed now.
+    [[nodiscard]] ModelList &models() { return m_settings.models; }
 
 private:
     Work chat(Exchange &exchange);

@@ -81,8 +81,8 @@ QJsonObject OllamaObjects::error(const QString &message)
 
 QJsonObject OllamaObjects::tag(const ListedModel &model)
 {
-    QJsonObject object{{u"name"_s, model.name},    {u"model"_s, model.name},      {u"modified_at"_s, now()},
-                       {u"size"_s, 1'073'741'824}, {u"digest"_s, model.digest()}, {u"details"_s, details()}};
+    QJsonObject object{{u"name"_s, model.name}, {u"model"_s, model.name},      {u"modified_at"_s, now()},
+                       {u"size"_s, model.size}, {u"digest"_s, model.digest()}, {u"details"_s, details()}};
     insertPlace(object, model);
     return object;
 }

@@ -1,0 +1,124 @@
+#include "support/RuntimeHost.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QUrl>
+
+#include <csignal>
+#include <stdexcept>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QByteArray untouched = "untouched";
+
+void write(const QString &path, const QByteArray &contents)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size())
+        throw std::runtime_error("the runtime's folder can't be written");
+}
+
+QByteArray read(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+quint16 portOf(const QString &origin)
+{
+    return static_cast<quint16>(QUrl(origin).port());
+}
+
+} // namespace
+
+QString RuntimeHost::runtimeProgram()
+{
+    return QStringLiteral(MORVANE_PRACTICE_RUNTIME);
+}
+
+RuntimeHost::RuntimeHost(const QString &archive)
+    : m_process(QStringLiteral(MORVANE_RUNTIME_HOST),
+                {u"--log"_s, u"-"_s, u"--archive"_s, archive, u"--folder"_s, m_folder.path()})
+{
+    write(m_folder.filePath(u"victim"_s), untouched);
+}
+
+RuntimeHost::~RuntimeHost()
+{
+    for (const QJsonObject &started : journal()) {
+        const int process = started["process"_L1].toInt();
+        const QString program = QFile::symLinkTarget(u"/proc/%1/exe"_s.arg(process));
+        if (process > 0 && program.endsWith("/bin/ollama"_L1))
+            ::kill(process, SIGKILL);
+    }
+}
+
+QJsonObject RuntimeHost::description() const
+{
+    return QJsonDocument::fromJson(developmentFile()).object();
+}
+
+QString RuntimeHost::archiveUrl() const
+{
+    return m_process.rootUrl() + u"/ollama/ollama/releases/download/v0.34.0/"_s +
+           description()["archive"_L1].toString();
+}
+
+quint16 RuntimeHost::serverPort() const
+{
+    return portOf(description()["serverOrigin"_L1].toString());
+}
+
+void RuntimeHost::deliver(const QString &delivery) const
+{
+    ServerProcess::post(portOf(m_process.baseUrl()), "/play?delivery=" + delivery.toLatin1());
+}
+
+void RuntimeHost::goOn() const
+{
+    ServerProcess::post(portOf(m_process.baseUrl()), "/go-on");
+}
+
+void RuntimeHost::play(const QString &scenario) const
+{
+    write(m_folder.filePath(u"scenario"_s), scenario.toUtf8());
+}
+
+void RuntimeHost::goOnWithPull() const
+{
+    ServerProcess::post(serverPort(), "/go-on");
+}
+
+bool RuntimeHost::isUnharmed() const
+{
+    return !QFile::exists(m_folder.filePath(u"escaped"_s)) &&
+           read(m_folder.filePath(u"victim"_s)) == untouched;
+}
+
+std::vector<QJsonObject> RuntimeHost::journal(const QString &event) const
+{
+    std::vector<QJsonObject> events;
+    for (const QByteArray &line : read(m_folder.filePath(u"journal"_s)).split('\n')) {
+        QJsonObject object = QJsonDocument::fromJson(line).object();
+        if (!object.isEmpty() && (event.isEmpty() || object["event"_L1].toString() == event))
+            events.push_back(std::move(object));
+    }
+    return events;
+}
+
+std::vector<int> RuntimeHost::processesBelow(const QString &folder)
+{
+    std::vector<int> processes;
+    for (const QString &name : QDir(u"/proc"_s).entryList(QDir::Dirs)) {
+        if (name.toInt() > 0 && QFile::symLinkTarget(u"/proc/%1/exe"_s.arg(name)).startsWith(folder + u'/'))
+            processes.push_back(name.toInt());
+    }
+    return processes;
+}
+
+} // namespace morvane
