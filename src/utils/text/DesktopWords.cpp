@@ -11,6 +11,10 @@ constexpr DesktopWords DesktopWords::original{
     .secretStoreProgram = u"Keychain Access",
     .connectionLister = u"nettop -p",
     .runtimeStopper = u"the llama in the menu bar",
+    .searcher = u"macOS",
+    .terminal = u"Terminal",
+    .ollamaListensToAll = u"launchctl setenv OLLAMA_HOST 0.0.0.0 && killall ollama; ollama serve &",
+    .ollamaWithoutService = u"",
 };
 
 constexpr DesktopWords DesktopWords::freedesktop{
@@ -23,6 +27,15 @@ constexpr DesktopWords DesktopWords::freedesktop{
     .secretStoreProgram = u"your desktop's password manager",
     .connectionLister = u"ss -tnp",
     .runtimeStopper = u"in a terminal: sudo systemctl stop ollama",
+    .searcher = u"This computer",
+    .terminal = u"a terminal",
+    // A file of its own beside what the person may have changed of the service.
+    .ollamaListensToAll = u"sudo mkdir -p /etc/systemd/system/ollama.service.d && "
+                          u"printf '[Service]\\nEnvironment=OLLAMA_HOST=0.0.0.0\\n' | "
+                          u"sudo tee /etc/systemd/system/ollama.service.d/nearby.conf && "
+                          u"sudo systemctl daemon-reload && sudo systemctl restart ollama",
+    .ollamaWithoutService = u"If Ollama is not a service there, quit it and start it with: "
+                            u"OLLAMA_HOST=0.0.0.0 ollama serve",
 };
 
 } // namespace morvane

@@ -17,6 +17,12 @@ struct DesktopWords {
     QStringView secretStoreProgram; // where a person looks into it
     QStringView connectionLister;   // a command that lists what every program is connected to
     QStringView runtimeStopper;     // where a model runtime of the person's own is quit
+    QStringView secretStoreProgram;   // where a person looks into it
+    QStringView connectionLister;     // a command that lists what every program is connected to
+    QStringView searcher;             // who looks around the local network; begins a sentence
+    QStringView terminal;             // where commands are typed; follows "open"
+    QStringView ollamaListensToAll;   // a command that lets an Ollama answer other computers
+    QStringView ollamaWithoutService; // and what to do where that command has no service to act on
 
     static const DesktopWords original;
     static const DesktopWords freedesktop;
