@@ -14,11 +14,9 @@ struct DesktopWords {
     QStringView
         screenPermissionRule; // why a permission may need a new start; a clause that may begin a sentence
     QStringView secretStore;  // what keeps API keys
-    QStringView secretStoreProgram; // where a person looks into it
-    QStringView connectionLister;   // a command that lists what every program is connected to
-    QStringView runtimeStopper;     // where a model runtime of the person's own is quit
     QStringView secretStoreProgram;   // where a person looks into it
     QStringView connectionLister;     // a command that lists what every program is connected to
+    QStringView runtimeStopper;       // where a model runtime of the person's own is quit
     QStringView searcher;             // who looks around the local network; begins a sentence
     QStringView terminal;             // where commands are typed; follows "open"
     QStringView ollamaListensToAll;   // a command that lets an Ollama answer other computers
