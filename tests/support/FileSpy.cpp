@@ -31,7 +31,7 @@ bool refuses(const char *verb, const QString &path, const QString &target = {})
     FileSpy *const watching = spy;
     const int before = errno;
     const bool isRefused = watching != nullptr && watching->note(verb, path, target);
-    errno = isRefused ? EIO : before;
+    errno = isRefused ? watching->status() : before;
     return isRefused;
 }
 
@@ -67,10 +67,17 @@ QStringList FileSpy::steps() const
     return m_steps;
 }
 
-void FileSpy::refuse(const QString &beginning)
+void FileSpy::refuse(const QString &beginning, int status)
 {
     const QMutexLocker lock(&m_mutex);
     m_beginning = beginning;
+    m_status = status;
+}
+
+int FileSpy::status() const
+{
+    const QMutexLocker lock(&m_mutex);
+    return m_status;
 }
 
 void FileSpy::killAt(int call, const QStringList &verbs)
@@ -113,6 +120,12 @@ extern "C" ssize_t write(int descriptor, const void *bytes, std::size_t size)
 extern "C" ssize_t pwrite64(int descriptor, const void *bytes, std::size_t size, off64_t offset)
 {
     static auto *const next = real(&pwrite64, "pwrite64");
+    return refuses("write", descriptor) ? -1 : next(descriptor, bytes, size, offset);
+}
+
+extern "C" ssize_t pwrite(int descriptor, const void *bytes, std::size_t size, off_t offset)
+{
+    static auto *const next = real(&pwrite, "pwrite");
     return refuses("write", descriptor) ? -1 : next(descriptor, bytes, size, offset);
 }
 

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <cerrno>
 #include <optional>
 
 namespace morvane {
@@ -23,8 +24,10 @@ public:
     // is "." itself. Writes that follow one another in one file are one step.
     [[nodiscard]] QStringList steps() const;
 
-    // Steps that begin so fail with EIO from now on: "sync", "rename a".
-    void refuse(const QString &beginning);
+    // Steps that begin so fail with `status` from now on: "sync", "rename a".
+    void refuse(const QString &beginning, int status = EIO);
+
+    [[nodiscard]] int status() const;
 
     // The process is killed at its so manieth call from now on that would change a file; with `verbs`, that
     // is one of those steps.
@@ -40,6 +43,7 @@ private:
     mutable QMutex m_mutex;
     QStringList m_steps;                // guarded by m_mutex
     std::optional<QString> m_beginning; // guarded by m_mutex
+    int m_status = EIO;                 // guarded by m_mutex
     int m_callsLeft = 0;                // guarded by m_mutex; none: never killed
     QStringList m_deadlyVerbs;          // guarded by m_mutex; none: all
 };

@@ -1,0 +1,143 @@
+#include "ai/local/RuntimeInstallation.h"
+
+#include "TestArchive.h"
+#include "ai/local/LocalSetupError.h"
+#include "ai/local/SetupLog.h"
+#include "security/InMemoryKeychainService.h"
+#include "security/LocalDataVault.h"
+#include "support/FileSpy.h"
+#include "support/ManualClock.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+using TestArchive::Kind;
+
+class RuntimeInstallationTest : public testing::Test {
+protected:
+    RuntimeInstallationTest()
+    {
+        values.version = u"1"_s;
+        values.folder = home.filePath(u"data"_s);
+        static_cast<void>(vault.key());
+        pack("program");
+    }
+
+    void pack(const QByteArray &program)
+    {
+        TestArchive::write(archive, TestArchive::of({{Kind::program, "bin/ollama", program},
+                                                     {Kind::file, "lib/ollama/a.so.1", "library"},
+                                                     {Kind::link, "lib/ollama/a.so", "a.so.1"}}));
+    }
+
+    RuntimeInstallation installation()
+    {
+        return {values, vault, std::make_shared<SetupLog>(values.setupLog(), clock)};
+    }
+
+    QTemporaryDir home;
+    const QString archive = home.filePath(u"archive"_s);
+    LocalRuntimeValues values;
+    ManualClock clock;
+    InMemoryKeychainService keychain;
+    LocalDataVault vault{keychain};
+};
+
+TEST_F(RuntimeInstallationTest, OnlyWhatWasInstalledPassesItsCheck)
+{
+    const QString data = values.folder;
+    const auto replace = [](const QString &path, const QByteArray &bytes) {
+        TestArchive::write(path, bytes);
+    };
+    const std::vector<std::function<void()>> changes{
+        [&] { replace(data + u"/bin/ollama"_s, "prograM"); },
+        [&] { replace(data + u"/lib/ollama/a.so.1"_s, "librarY"); },
+        [&] { replace(data + u"/lib/ollama/b.so"_s, "planted"); },
+        [&] { replace(data + u"/bin/.hidden"_s, "planted"); },
+        [&] { QFile::remove(data + u"/lib/ollama/a.so.1"_s); },
+        [&] {
+            QFile::remove(data + u"/lib/ollama/a.so"_s);
+            QFile::link(u"/bin/sh"_s, data + u"/lib/ollama/a.so"_s);
+        },
+        [&] {
+            QDir().rename(data + u"/lib"_s, data + u"/other"_s);
+            QFile::link(u"other"_s, data + u"/lib"_s);
+        },
+        [&] { QFile::remove(values.seal()); },
+        [&] { replace(values.seal(), R"({"version":"1","files":{},"links":{}})"); },
+        [&] { replace(values.seal(), TestArchive::read(values.seal()).chopped(1) + 'x'); },
+    };
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        installation().install(archive, {});
+        ASSERT_TRUE(installation().exists());
+        ASSERT_TRUE(installation().verify({})) << i;
+        changes[i]();
+        EXPECT_FALSE(installation().verify({})) << i;
+        EXPECT_FALSE(installation().exists()) << i;
+        EXPECT_FALSE(QFileInfo::exists(values.seal())) << i;
+    }
+    EXPECT_TRUE(TestArchive::read(values.setupLog())
+                    .contains("managed runtime failed verification at launch; deleted"));
+}
+
+TEST_F(RuntimeInstallationTest, WithoutTheKeyNothingIsSaidAndNothingDeleted)
+{
+    installation().install(archive, {});
+    vault.lock();
+    EXPECT_THROW(static_cast<void>(installation().verify({})), LocalSetupError);
+    EXPECT_TRUE(installation().exists());
+    vault.unlock();
+    EXPECT_TRUE(installation().verify({}));
+}
+
+// Whatever the moment, what lies there afterwards is a whole runtime of one kind or fails its check, and the
+// next installation goes through.
+TEST_F(RuntimeInstallationTest, AProcessKilledAtAnyStepLeavesNothingHalfInstalledThatRuns)
+{
+    int call = 1;
+    for (bool isKilled = true; isKilled && !HasFailure(); ++call) {
+        pack("former");
+        installation().install(archive, {});
+        pack("program");
+        const pid_t child = ::fork();
+        if (child == 0) {
+            FileSpy spy(home.path());
+            spy.killAt(call);
+            installation().install(archive, {});
+            ::_exit(0);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        isKilled = WIFSIGNALED(status);
+        const auto anew = installation();
+        if (anew.exists() && anew.verify({})) {
+            const QByteArray program = TestArchive::read(values.binary());
+            EXPECT_TRUE(program == "program" || (isKilled && program == "former")) << call;
+        }
+        anew.install(archive, {});
+        EXPECT_TRUE(anew.verify({})) << call;
+        EXPECT_FALSE(QFileInfo::exists(values.folder + u"/runtime.staging"_s));
+    }
+    EXPECT_GT(call, 5);
+}
+
+TEST_F(RuntimeInstallationTest, WhatHasNoRuntimeInItIsNotInstalled)
+{
+    TestArchive::write(archive, TestArchive::of({{Kind::file, "readme", "x"}}));
+    EXPECT_THROW(installation().install(archive, {}), LocalSetupError);
+    TestArchive::write(archive, "no archive");
+    EXPECT_THROW(installation().install(archive, {}), LocalSetupError);
+    EXPECT_FALSE(QFileInfo::exists(values.folder + u"/runtime.staging"_s));
+    EXPECT_FALSE(installation().exists());
+    EXPECT_TRUE(TestArchive::read(values.setupLog()).contains("runtime unpack failed (tar exit "));
+}
+
+} // namespace morvane
