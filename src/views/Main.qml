@@ -50,6 +50,11 @@ T.ApplicationWindow {
         window.chat.newConversation();
         page.focusComposer();
     }
+    function beginGhostChat() {
+        window.overlayOpen = false;
+        window.chat.ghosts.newGhostChat();
+        page.focusComposer();
+    }
     function closeSheet() {
         sheet.active = false;
         page.focusComposer();
@@ -182,6 +187,7 @@ T.ApplicationWindow {
                 sources: window.sources
                 companion: window.companion
                 onNewChatChosen: window.beginChat()
+                onNewGhostChatChosen: window.beginGhostChat()
                 onChatChosen: {
                     window.overlayOpen = false;
                     page.focusComposer();
@@ -197,6 +203,7 @@ T.ApplicationWindow {
         asks: window.chat.hasApproval && content.activeFocus && !proof.activeFocus // popups have the key for themselves
         onDeclined: window.chat.decline()
         onNewChat: window.beginChat()
+        onNewGhostChat: window.beginGhostChat()
         onSettings: window.openSettings()
         onSidebar: window.toggleSidebar()
         onSearch: window.findChat()
@@ -217,7 +224,12 @@ T.ApplicationWindow {
         onLoaded: (item as ShortcutsSheet).closed.connect(window.closeSheet)
     }
     Later {
-        part: "QuestionPanel.qml"
+        part: "chat/GhostPanel.qml"
+        given: ({ ghosts: window.chat.ghosts })
+        wanted: window.chat.ghosts.questionId.length > 0
+    }
+    Later {
+        part: "ShellQuestion.qml"
         given: ({ shell: window.shell })
         wanted: window.shell.questionTitle.length > 0
     }

@@ -3,31 +3,33 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QtQuick.Layouts
 import Morvane
-import Morvane.ViewModels
 
-// A question that has to be answered before the application goes on. Closing it is an answer of its own.
+// A question with a button for each answer; the keyboard starts on the last, which is harmless. Closing it is an
+// answer of its own, -1.
 Panel {
     id: root
 
-    required property ShellViewModel shell
+    property string words
+    property var buttons: []
+    property int dangerous: -1 // the button of what is gone for good
     property int answer: -1
+
+    signal answered(int button)
 
     function give(button: int) {
         root.answer = button;
         root.close();
     }
 
-    visible: shell.questionTitle.length > 0
-    title: shell.questionTitle
     onAboutToShow: answer = -1
-    onClosed: shell.answerQuestion(answer)
+    onClosed: root.answered(answer)
 
     contentItem: ColumnLayout {
         spacing: Theme.gap24
 
         SmallText {
             Layout.fillWidth: true
-            text: root.shell.questionText
+            text: root.words
         }
         Flow {
             Layout.fillWidth: true
@@ -35,14 +37,15 @@ Panel {
             layoutDirection: Qt.RightToLeft
 
             Repeater {
-                model: root.shell.questionButtons
+                model: root.buttons
 
                 PushButton {
                     required property int index
                     required property string modelData
 
                     text: modelData
-                    focus: index === root.shell.questionButtons.length - 1
+                    rank: index === root.dangerous ? PushButton.Danger : PushButton.Plain
+                    focus: index === root.buttons.length - 1
                     onClicked: root.give(index)
                 }
             }

@@ -9,6 +9,7 @@ Item {
 
     signal declined()
     signal newChat()
+    signal newGhostChat()
     signal settings()
     signal sidebar()
     signal search()
@@ -23,6 +24,7 @@ Item {
 
     Shortcut { sequence: "Esc"; enabled: root.asks; autoRepeat: false; onActivated: root.declined() }
     Shortcut { sequence: Keymap.newChat; onActivated: root.newChat() }
+    Shortcut { sequence: Keymap.newGhostChat; onActivated: root.newGhostChat() }
     Shortcut { sequence: Keymap.settings; onActivated: root.settings() }
     Shortcut { sequence: Keymap.sidebar; onActivated: root.sidebar() }
     Shortcut { sequence: Keymap.search; onActivated: root.search() }

@@ -141,6 +141,7 @@ void GhostDesk::begin(OpenConversation::Composer composer)
 {
     try {
         m_services.open.show(m_services.stores.begin().conversation, composer);
+        Q_EMIT isOnChanged();
     } catch (...) {
         m_services.banner.show(std::current_exception(), ErrorBanner::Retry::newChat);
     }
@@ -207,6 +208,7 @@ void GhostDesk::retire(bool wasDropped)
     m_pendingGhostModeOff.reset();
     m_pendingGhostDeparture.reset();
     Q_EMIT questionChanged();
+    Q_EMIT isOnChanged();
     Q_EMIT retired(wasDropped);
     Q_EMIT changed();
 }

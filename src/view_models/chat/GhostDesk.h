@@ -47,7 +47,7 @@ class GhostDesk : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
-    Q_PROPERTY(bool isOn READ isOn NOTIFY changed)
+    Q_PROPERTY(bool isOn READ isOn NOTIFY isOnChanged)
     Q_PROPERTY(bool canToggle READ canToggle NOTIFY changed)
     Q_PROPERTY(bool savesWhenTurnEnds READ savesWhenTurnEnds NOTIFY changed)
     Q_PROPERTY(morvane::GhostExplainer explainer READ explainer NOTIFY changed)
@@ -56,6 +56,7 @@ class GhostDesk : public QObject {
     Q_PROPERTY(QString questionTitle READ questionTitle NOTIFY questionChanged)
     Q_PROPERTY(QString questionText READ questionText NOTIFY questionChanged)
     Q_PROPERTY(QStringList questionButtons READ questionButtons NOTIFY questionChanged)
+    Q_PROPERTY(bool questionDrops READ questionDrops NOTIFY questionChanged) // by its first button
 
 public:
     // All of it outlives this object.
@@ -81,6 +82,7 @@ public:
     [[nodiscard]] QString questionTitle() const { return question().title; }
     [[nodiscard]] QString questionText() const { return question().text; }
     [[nodiscard]] QStringList questionButtons() const { return question().buttons; }
+    [[nodiscard]] bool questionDrops() const { return m_pendingGhostDeparture.has_value(); }
     // An answer counts only for the question that it was given to.
     Q_INVOKABLE void answer(const QString &questionId, int button);
 
@@ -100,6 +102,7 @@ public:
     void turnEnded();
 
 Q_SIGNALS:
+    void isOnChanged();
     void changed();
     void questionChanged();
     void retired(bool wasDropped); // there is no Ghost chat any more

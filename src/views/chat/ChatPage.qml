@@ -55,7 +55,7 @@ FocusScope {
     }
 
     Accessible.role: Accessible.Pane
-    Accessible.name: chat.title
+    Accessible.name: chat.ghosts.isOn ? qsTr("Ghost chat") : chat.title
 
     ColumnLayout {
         anchors.fill: parent
@@ -64,6 +64,7 @@ FocusScope {
         ChatHeader {
             Layout.fillWidth: true
             title: root.chat.title
+            ghosts: root.chat.ghosts
             sidebarShown: root.sidebarShown
             onSidebarChosen: root.sidebarChosen()
             onNewChatChosen: root.chat.newConversation()
@@ -113,6 +114,7 @@ FocusScope {
                 visible: !conversation.wanted
                 column: root.column
                 configured: root.chat.isConfigured
+                explanation: root.chat.ghosts.isOn ? root.chat.ghosts.explainer.body : ""
                 companion: root.companion
                 onSuggestionChosen: text => {
                     root.chat.draft = text;
@@ -169,6 +171,7 @@ FocusScope {
 
                 Layout.fillWidth: true
                 draft: root.chat.draft
+                ghost: root.chat.ghosts.isOn
                 canSend: root.chat.canSend
                 responding: root.chat.isResponding
                 onDraftEdited: text => root.chat.draft = text
@@ -196,6 +199,14 @@ FocusScope {
         target: root.chat.messages
 
         function onStalled(words: string) { announcement.say(words); }
+    }
+    Connections {
+        target: root.chat.ghosts
+
+        function onIsOnChanged() {
+            announcement.say(root.chat.ghosts.isOn ? qsTr("Ghost mode is on. Nothing here is kept.")
+                                                   : qsTr("Ghost mode is off"));
+        }
     }
     Connections {
         target: root.find

@@ -10,6 +10,7 @@ Rectangle {
     required property string draft
     required property bool canSend
     required property bool responding
+    property bool ghost: false // nothing that is written here is kept
 
     readonly property alias input: field
     readonly property bool composing: field.preeditText.length > 0 || field.inputMethodComposing
@@ -41,9 +42,17 @@ Rectangle {
     implicitHeight: Math.max(52, scroller.height + 2 * Theme.gap12)
     radius: Theme.composerRadius
     color: Theme.card
-    border.width: field.activeFocus ? Theme.focusWidth : 1
+    border.width: ghost ? 0 : field.activeFocus ? Theme.focusWidth : 1
     border.color: field.activeFocus ? Theme.accent : Theme.outline
 
+    DashedFrame {
+        objectName: "ghostFrame"
+        anchors.fill: parent
+        visible: root.ghost
+        radius: root.radius
+        color: Theme.ghost
+        lineWidth: field.activeFocus ? Theme.focusWidth : 1.5
+    }
     Flickable {
         id: scroller
 

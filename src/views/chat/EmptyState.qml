@@ -11,6 +11,7 @@ Item {
     required property CompanionViewModel companion
     required property bool configured
     property real column: Theme.columnWidth
+    property string explanation // what holds for this chat; empty for nothing
 
     signal suggestionChosen(string text)
     signal settingsChosen()
@@ -35,6 +36,12 @@ Item {
             horizontalAlignment: Text.AlignHCenter
             Accessible.role: Accessible.Heading
             Accessible.name: text
+        }
+        SmallText {
+            width: parent.width
+            visible: text.length > 0
+            text: root.explanation
+            horizontalAlignment: Text.AlignHCenter
         }
         SmallText {
             width: parent.width

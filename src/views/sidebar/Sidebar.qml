@@ -17,6 +17,7 @@ Rectangle {
     required property CompanionViewModel companion
 
     signal newChatChosen()
+    signal newGhostChatChosen()
     signal chatChosen()
     signal settingsChosen()
     signal hideChosen()
@@ -53,14 +54,24 @@ Rectangle {
                 onClicked: root.hideChosen()
             }
         }
-        SidebarButton {
-            Layout.fillWidth: true
+        RowLayout {
             Layout.leftMargin: Theme.gap12
             Layout.rightMargin: Theme.gap12
             Layout.bottomMargin: Theme.gap8
-            text: qsTr("New Chat")
-            glyph: "plus"
-            onClicked: root.newChatChosen()
+            spacing: Theme.gap4
+
+            SidebarButton {
+                Layout.fillWidth: true
+                text: qsTr("New Chat")
+                glyph: "plus"
+                onClicked: root.newChatChosen()
+            }
+            IconButton {
+                objectName: "newGhostChat"
+                text: qsTr("New Ghost Chat")
+                glyph: "ghost"
+                onClicked: root.newGhostChatChosen()
+            }
         }
         SearchField {
             id: field

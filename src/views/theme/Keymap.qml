@@ -5,6 +5,7 @@ import QtQuick
 // The window's keys, for the shortcuts themselves and for the sheet that lists them.
 QtObject {
     readonly property string newChat: "Ctrl+N"
+    readonly property string newGhostChat: "Ctrl+Shift+N"
     readonly property string settings: "Ctrl+,"
     readonly property string sidebar: "F9"
     readonly property string search: "Ctrl+K"
@@ -30,6 +31,7 @@ QtObject {
         { keys: "Menu, Shift+F10", action: "What can be done here" },
         { keys: composer, action: "Go to the message field" },
         { keys: newChat, action: "New chat" },
+        { keys: newGhostChat, action: "New Ghost chat, which is never saved" },
         { keys: search, action: "Search the chats" },
         { keys: find + ", " + nextFind + ", " + previousFind, action: "Find in this chat, next, previous" },
         { keys: previousChat + ", " + nextChat, action: "Go to the chat above or below in the list" },

@@ -37,6 +37,7 @@ QtObject {
     readonly property color warning: dark ? "#E3B341" : "#875300"
     readonly property color danger: dark ? "#FF8A80" : "#B3261E"
     readonly property color ghost: dark ? "#C3B0FF" : "#5F4AA0"
+    readonly property color ghostWash: dark ? "#24C3B0FF" : "#1A5F4AA0" // below what stands in the ghost's colour
     readonly property color ghostInk: dark ? "#241B3F" : "#FFFFFF"
     readonly property color scrim: dark ? "#A0000000" : "#66101018"
 

@@ -1,0 +1,66 @@
+import QtQuick
+import QtQuick.Layouts
+import QtQuick.Templates as T
+import Morvane
+
+// What Ghost mode is and what its button does now, below the button.
+T.ToolTip {
+    id: root
+
+    required property GhostButton button
+
+    objectName: "ghostCard"
+    parent: button
+    x: button.width - width
+    y: button.height + 6
+    implicitWidth: 300
+    implicitHeight: content.implicitHeight + topPadding + bottomPadding
+    margins: 8
+    padding: Theme.gap16
+    delay: button.pinned || button.visualFocus ? 0 : 500
+    timeout: -1
+    visible: (button.pinned || ((button.hovered || button.visualFocus) && !button.down))
+        && button.ghosts.questionId.length === 0
+    closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent
+
+    contentItem: ColumnLayout {
+        id: content
+
+        spacing: Theme.gap8
+
+        RowLayout {
+            spacing: Theme.gap8
+
+            Icon {
+                name: "ghost"
+                color: Theme.ghost
+                implicitWidth: 20
+                implicitHeight: 20
+            }
+            PlainText {
+                Layout.fillWidth: true
+                text: root.button.ghosts.explainer.title
+                font.pixelSize: Theme.smallSize
+                font.weight: Font.DemiBold
+            }
+        }
+        SmallText {
+            Layout.fillWidth: true
+            text: root.button.ghosts.explainer.body
+        }
+        SmallText {
+            Layout.fillWidth: true
+            text: root.button.ghosts.explainer.stateLine
+            color: root.button.ghosts.isOn ? Theme.ghost : Theme.text
+            font.weight: Font.Medium
+        }
+    }
+    background: Rectangle {
+        radius: Theme.panelRadius
+        color: Theme.floating
+        border.width: 1
+        border.color: Theme.hairline
+    }
+    enter: Transition { NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.fade } }
+    exit: Transition { NumberAnimation { property: "opacity"; from: 1; to: 0; duration: Theme.fade } }
+}
