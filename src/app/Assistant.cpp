@@ -11,6 +11,8 @@
 #include "app/PrivateCloudParts.h"
 #include "app/Storage.h"
 #include "attestation/ProofLedger.h"
+#include "documents/DocumentImportService.h"
+#include "documents/ExtractionServices.h"
 #include "memory/MemoryStore.h"
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"
@@ -21,7 +23,11 @@
 #include "security/ServiceIdentity.h"
 #include "services/WebAccessService.h"
 
+#include <QCoreApplication>
+
 namespace morvane {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -48,6 +54,12 @@ std::unique_ptr<LocalModelService> makeLocalModel(const CommandLine &commandLine
     if (commandLine.simulateFreshSetup)
         service->simulateFreshSetup();
     return service;
+}
+
+// Installed beside the program itself.
+QString extractor()
+{
+    return QCoreApplication::applicationDirPath() + u"/morvane-extract"_s;
 }
 
 // What the router is given to ask in each turn; all of it outlives the router.
@@ -87,6 +99,10 @@ Assistant::Assistant(const CommandLine &commandLine, Storage &storage, const Sec
     , systemPrompts(std::make_unique<SystemPromptStore>(*storage.settings, *storage.vault,
                                                         SystemPromptStore::path(storage.folders)))
     , identity(std::make_unique<ServiceIdentity>(secrets.keychain))
+    , extraction(std::make_unique<ExtractionService>(work, clock, extractor()))
+    , textExtraction(std::make_unique<TextExtractionService>())
+    , documents(std::make_unique<DocumentImportService>(
+          DocumentImportService::Parts{work, *extraction, *textExtraction, *extraction}))
     , web(std::make_unique<WebAccessService>(WebAccessService::Services{.network = *network,
                                                                         .keychain = secrets.keychain,
                                                                         .identity = *identity,

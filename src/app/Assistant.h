@@ -9,6 +9,8 @@ namespace morvane {
 class AIRequestRouter;
 class AppNetwork;
 class Clock;
+class DocumentImportService;
+class ExtractionService;
 class LocalMachine;
 class LocalModelService;
 class MemoryStore;
@@ -17,6 +19,7 @@ class ProofLedger;
 class ReplyRunner;
 class ServiceIdentity;
 class SystemPromptStore;
+class TextExtractionService;
 class ToolRegistry;
 class WebAccessService;
 class Work;
@@ -38,6 +41,9 @@ struct Assistant {
     const std::unique_ptr<MemoryStore> memory;
     const std::unique_ptr<SystemPromptStore> systemPrompts;
     const std::unique_ptr<ServiceIdentity> identity;
+    const std::unique_ptr<ExtractionService> extraction;
+    const std::unique_ptr<TextExtractionService> textExtraction;
+    const std::unique_ptr<DocumentImportService> documents;
     const std::unique_ptr<WebAccessService> web;
     const std::unique_ptr<ToolRegistry> tools;
     const std::unique_ptr<PrivateCloudParts> privateCloud;

@@ -6,6 +6,7 @@
 #include <QCommandLineParser>
 #include <QFile>
 #include <QFileInfo>
+#include <QUrl>
 
 #include <cstdio>
 #include <cstdlib>
@@ -25,6 +26,18 @@ std::optional<QString> valueOf(const QCommandLineParser &parser, const QString &
 {
     std::fputs(reason, stderr);
     std::exit(2);
+}
+
+// The desktop gives addresses of files, a terminal gives paths. Whether there is such a file shows when it is
+// read.
+QStringList pathsOf(const QStringList &arguments)
+{
+    QStringList paths;
+    for (const QString &argument : arguments) {
+        const QUrl url(argument);
+        paths += QFileInfo(url.isLocalFile() ? url.toLocalFile() : argument).absoluteFilePath();
+    }
+    return paths;
 }
 
 bool hasDevRelay()
@@ -72,6 +85,8 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         {u"practice-server"_s, u"Chat with a practice server; needs --profile."_s, u"address"_s},
         {u"play-demo"_s, u"Play one turn, save a picture of the window and end."_s, u"png"_s},
     });
+    parser.addPositionalArgument(u"files"_s, u"Documents and pictures to attach to the message."_s,
+                                 u"[file…]"_s);
     const QCommandLineOption devRelay(u"dev-relay"_s, u"Where the private cloud's stand-in listens."_s,
                                       u"127.0.0.1:port"_s);
     const QCommandLineOption devRuntime(
@@ -89,6 +104,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         line.devRelay = relayAt(parser.value(devRelay));
     if (hasDevRelay() && parser.isSet(devRuntime))
         line.devRuntime = runtimeIn(parser.value(devRuntime), line.folders());
+    line.files = pathsOf(parser.positionalArguments());
     // Both write settings, which must not be the person's own.
     if (line.practiceServer && !line.profile)
         refuse("--practice-server needs --profile, so that it changes no settings of yours.\n");

@@ -72,6 +72,7 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::uniqu
     , m_secrets(m_commandLine.folders(), keyring ? std::move(keyring) : keyringOf(m_commandLine), m_work)
     , m_appearance(std::make_unique<DesktopAppearance>())
     , m_notifications(std::make_unique<DesktopNotifications>())
+    , m_files(m_commandLine.files)
 {
     connect(&m_secrets.preparation(), &KeychainPreparation::stateChanged, this, &Launch::keychainChanged);
 }
@@ -214,6 +215,7 @@ void Launch::finish()
     m_delegate->didFinishLaunching();
     m_startupWindow.reset();
     tellWhatIsAside();
+    attachFiles();
     if (m_commandLine.demoPicture)
         playDemo();
 }
@@ -249,12 +251,24 @@ void Launch::playDemo()
     m_demo->play();
 }
 
-void Launch::show()
+void Launch::attachFiles()
 {
-    if (m_state)
+    QList<QUrl> addresses;
+    for (const QString &path : std::exchange(m_files, {}))
+        addresses += QUrl::fromLocalFile(path);
+    if (!addresses.isEmpty())
+        m_state->presentation().chat->entries()->attachments()->attach(addresses);
+}
+
+void Launch::show(const QStringList &files)
+{
+    m_files += files;
+    if (m_state) {
         m_state->reopen();
-    else if (m_startupWindow)
+        attachFiles();
+    } else if (m_startupWindow) {
         m_startupWindow->raise();
+    }
 }
 
 } // namespace morvane

@@ -37,8 +37,8 @@ public:
     ~Launch() override;
 
     void start();
-    // Someone asks for the window.
-    void show();
+    // Someone asks for the window, and hands over files to attach, of which there may be none.
+    void show(const QStringList &files = {});
 
 private:
     enum class Way { usual, keyFile, afresh };
@@ -54,6 +54,7 @@ private:
     void open(const QUuid &conversation); // null: the one that is open
     [[nodiscard]] bool hasPutAside() const;
     void tellWhatIsAside();
+    void attachFiles();
     void playDemo();
 
     QGuiApplication &m_application;
@@ -73,6 +74,7 @@ private:
     KeyExpectation m_expectation = KeyExpectation::Unknown; // of the latest attempt
     QString m_folderAside;                                  // named when starting afresh is offered
     bool m_isDataAside = false;
+    QStringList m_files; // to attach once there is a chat
     TaskHandle m_opening;
 };
 

@@ -7,6 +7,7 @@
 #include "app/PrivateCloudParts.h"
 #include "app/Storage.h"
 #include "deployment/DeploymentValues.h"
+#include "documents/DocumentImportService.h"
 #include "memory/MemoryStore.h"
 #include "models/Conversation.h"
 #include "network/AppNetwork.h"
@@ -28,6 +29,9 @@
 #include "view_models/sidebar/ConversationListModel.h"
 #include "view_models/sidebar/HistorySearchModel.h"
 #include "view_models/sidebar/SourceMenuViewModel.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
 
 namespace morvane {
 
@@ -57,6 +61,8 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets
           .clock = clock,
           .notifications = notifications,
           .localModel = assistant.localModel.get(),
+          .documents = assistant.documents.get(),
+          .clipboard = [] { return QGuiApplication::clipboard()->mimeData(); },
           .searchesWithOwnKey = [&web = *assistant.web] { return web.usesOwnKey(); },
           .notesMatching = [&memory = *assistant.memory](
                                const QString &about) { return textsOf(memory.matching(about)); },

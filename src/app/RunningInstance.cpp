@@ -2,14 +2,24 @@
 
 #include "utils/files/PrivateFile.h"
 
-#include <QDateTime>
 #include <QFile>
+#include <QSocketNotifier>
+
+#include <cerrno>
+#include <climits>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr int patience = 2000;              // milliseconds
+constexpr qsizetype longestMessage = 4 * PATH_MAX; // of what can be a path and more
 
 // Makes the folder before the lock file is placed in it.
 QString prepared(const QString &folder)
@@ -18,36 +28,89 @@ QString prepared(const QString &folder)
     return folder;
 }
 
+// False when nobody takes them in time.
+bool send(int pipe, QByteArrayView bytes)
+{
+    while (!bytes.isEmpty()) {
+        const ssize_t count = ::write(pipe, bytes.data(), bytes.size());
+        if (count > 0) {
+            bytes = bytes.sliced(count);
+            continue;
+        }
+        pollfd room{pipe, POLLOUT, 0};
+        if (errno != EINTR && (errno != EAGAIN || ::poll(&room, 1, patience) <= 0))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 RunningInstance::RunningInstance(const QString &runtimeFolder, QObject *parent)
     : QObject(parent)
-    , m_requestPath(prepared(runtimeFolder) + u"/morvane.show"_s)
+    , m_pipePath(prepared(runtimeFolder) + u"/morvane.show"_s)
     , m_lock(runtimeFolder + u"/morvane.lock"_s)
 {
     m_lock.setStaleLockTime(0); // only a dead owner makes a lock stale
     if (m_lock.tryLock())
-        watch();
+        listen();
 }
 
 RunningInstance::~RunningInstance()
 {
-    if (isFirst())
-        QFile::remove(m_requestPath);
+    if (!isFirst())
+        return;
+    m_notifier.reset();
+    QFile::remove(m_pipePath);
+    if (m_pipe >= 0)
+        ::close(m_pipe);
 }
 
-void RunningInstance::askFirstToShow() const
+void RunningInstance::askFirst(const QStringList &files) const
 {
-    QFile request(m_requestPath);
-    if (request.open(QIODevice::WriteOnly | QIODevice::Append))
-        request.write("show\n");
+    const int pipe = ::open(QFile::encodeName(m_pipePath).constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOFOLLOW);
+    if (pipe < 0)
+        return;
+    QByteArray messages;
+    for (const QString &file : files)
+        messages += QFile::encodeName(file) + '\0';
+    if (files.isEmpty())
+        messages += '\0';
+    static_cast<void>(send(pipe, messages)); // a program that hangs can't be helped from here
+    ::close(pipe);
 }
 
-void RunningInstance::watch()
+void RunningInstance::listen()
 {
-    PrivateFile::write(m_requestPath, {});
-    m_watcher.addPath(m_requestPath);
-    connect(&m_watcher, &QFileSystemWatcher::fileChanged, this, &RunningInstance::showRequested);
+    const QByteArray path = QFile::encodeName(m_pipePath);
+    QFile::remove(m_pipePath);
+    if (::mkfifo(path.constData(), S_IRUSR | S_IWUSR) != 0)
+        return;
+    m_pipe = ::open(path.constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC | O_NOFOLLOW); // so that it never ends
+    if (m_pipe < 0)
+        return;
+    m_notifier = std::make_unique<QSocketNotifier>(m_pipe, QSocketNotifier::Read);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, &RunningInstance::take);
+}
+
+void RunningInstance::take()
+{
+    QByteArray bytes(PIPE_BUF, Qt::Uninitialized);
+    QStringList files;
+    bool isAsked = false;
+    ssize_t count = 0;
+    while ((count = ::read(m_pipe, bytes.data(), bytes.size())) > 0) {
+        m_message += QByteArrayView(bytes).first(count);
+        for (qsizetype end = 0; (end = m_message.indexOf('\0')) >= 0; m_message.remove(0, end + 1)) {
+            isAsked = true;
+            if (end > 0)
+                files += QFile::decodeName(m_message.first(end));
+        }
+        if (m_message.size() > longestMessage)
+            m_message.clear();
+    }
+    if (isAsked)
+        Q_EMIT asked(files);
 }
 
 } // namespace morvane

@@ -33,12 +33,12 @@ int run(QGuiApplication &application, const CommandLine &commandLine)
 {
     RunningInstance instance(commandLine.folders().runtime);
     if (!instance.isFirst()) {
-        instance.askFirstToShow();
+        instance.askFirst(commandLine.files);
         std::printf("%s is already open; its window comes to the front.\n", Product::name.data());
         return 0;
     }
     Launch launch(application, commandLine);
-    QObject::connect(&instance, &RunningInstance::showRequested, &launch, &Launch::show);
+    QObject::connect(&instance, &RunningInstance::asked, &launch, &Launch::show);
     const TerminationSignals signalSource;
     QObject::connect(&signalSource, &TerminationSignals::received, &application, &AppDelegate::end);
     launch.start();

@@ -199,6 +199,22 @@ T.ApplicationWindow {
             }
         }
     }
+    DropTarget {
+        id: drop
+
+        objectName: "dropTarget"
+        anchors.fill: parent
+        enabled: !proof.covers && window.shell.questionTitle.length === 0
+        onDropped: handed => page.takeDropped(handed)
+
+        Later {
+            anchors.fill: parent
+            visible: wanted
+            part: "DropOverlay.qml"
+            given: ({ target: drop })
+            wanted: drop.offer !== DropTarget.None
+        }
+    }
     WindowKeys {
         asks: window.chat.hasApproval && content.activeFocus && !proof.activeFocus // popups have the key for themselves
         onDeclined: window.chat.decline()
@@ -210,6 +226,7 @@ T.ApplicationWindow {
         onFind: page.findInChat()
         onStepFind: direction => direction > 0 ? window.find.next() : window.find.previous()
         onSwitchChat: step => window.switchChat(step)
+        onAttach: page.askForFiles()
         onComposer: proof.covers ? proof.close() : page.focusComposer()
         onCopyAnswer: page.copyLastAnswer()
         onPage: direction => page.scrollPage(direction)

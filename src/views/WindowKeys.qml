@@ -16,6 +16,7 @@ Item {
     signal find()
     signal stepFind(int direction)
     signal switchChat(int step)
+    signal attach()
     signal composer()
     signal copyAnswer()
     signal page(int direction)
@@ -33,6 +34,7 @@ Item {
     Shortcut { sequence: Keymap.previousFind; onActivated: root.stepFind(-1) }
     Shortcut { sequence: Keymap.nextChat; onActivated: root.switchChat(1) }
     Shortcut { sequence: Keymap.previousChat; onActivated: root.switchChat(-1) }
+    Shortcut { sequence: Keymap.attach; onActivated: root.attach() }
     Shortcut { sequence: Keymap.composer; onActivated: root.composer() }
     Shortcut { sequence: Keymap.copyAnswer; onActivated: root.copyAnswer() }
     Shortcut { sequence: "PgUp"; onActivated: root.page(-1) }

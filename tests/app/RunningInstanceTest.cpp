@@ -19,13 +19,21 @@ TEST(RunningInstanceTest, ASecondStartAsksTheFirstToShowEveryTime)
     const QTemporaryDir folder;
     RunningInstance first(folder.filePath(u"run"_s));
     ASSERT_TRUE(first.isFirst());
-    int shown = 0;
-    QObject::connect(&first, &RunningInstance::showRequested, [&] { ++shown; });
-    for (int round = 1; round <= 3; ++round) {
+    qsizetype shown = 0;
+    QStringList files;
+    QObject::connect(&first, &RunningInstance::asked, [&](const QStringList &each) {
+        ++shown;
+        files += each;
+    });
+    const QStringList handed[] = {{}, {u"/a b.txt"_s, u"/line\nend “ä”.pdf"_s}, {}, QStringList(50, u"/"_s + QString(999, u'x'))};
+    for (const QStringList &each : handed) {
         const RunningInstance second(folder.filePath(u"run"_s));
         EXPECT_FALSE(second.isFirst());
-        second.askFirstToShow();
-        TestWait::until([&] { return shown >= round; });
+        files.clear();
+        const qsizetype before = shown;
+        second.askFirst(each);
+        TestWait::until([&] { return shown > before && files.size() >= each.size(); });
+        EXPECT_EQ(files, each);
     }
     EXPECT_TRUE(RunningInstance(folder.filePath(u"other profile"_s)).isFirst());
 }

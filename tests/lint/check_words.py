@@ -60,7 +60,7 @@ def findings(root):
         if path.suffix not in (".cpp", ".h", ".qml") or path.name == "DesktopWords.cpp":
             continue
         source = path.read_text()
-        later = {"Privacy"} if "Product::hasPrivacyPage" in source else set()
+        later = {page for page in ("Privacy", "Voice") if f"Product::has{page}Page" in source}
         for line, text in texts(source):
             if text in NOT_READ_IN_THE_WINDOW:
                 continue

@@ -234,7 +234,7 @@ TEST_F(ChatTurnTest, WhatCannotBeSavedIsSaidAndTheTurnGoesOn)
     EXPECT_EQ(sentWords().back(), u"more"_s);
 
     ChatViewModel other(services); // with no chat to write to, and no room for a new one
-    other.setPendingAttachment(ImportedAttachment{.id = QUuid::createUuid(), .filename = u"kept.txt"_s});
+    other.entries()->attachments()->hold(ImportedAttachment{.id = QUuid::createUuid(), .filename = u"kept.txt"_s});
     other.setDraft(u"keep me"_s);
     other.send();
     EXPECT_EQ(other.draft(), u"keep me"_s);
@@ -343,7 +343,7 @@ TEST_F(ChatTurnTest, ChatsAreOpenedRenamedAndRemovedAndATurnStaysInItsOwn)
     EXPECT_EQ(chat.title(), u"Another"_s);
     chat.rename(firstId, u"Third"_s);
     EXPECT_EQ(opened.count(), openedBefore + 2);
-    chat.setPendingAttachment(ImportedAttachment{.id = QUuid::createUuid()});
+    chat.entries()->attachments()->hold(ImportedAttachment{.id = QUuid::createUuid()});
     chat.remove(firstId);
     EXPECT_FALSE(chat.canSend()) << "what was attached there";
     EXPECT_NE(chat.conversationId(), firstId);

@@ -207,7 +207,7 @@ TEST_F(MessageDeskTest, WhatIsDeletedGoesWithAllItsVersionsAndComesBackUntilSome
 
 TEST_F(MessageDeskTest, AChatKeepsTheMarkOfAPictureThatWasDeleted)
 {
-    chat.setPendingAttachment(ImportedAttachment{.id = QUuid::createUuid(),
+    chat.entries()->attachments()->hold(ImportedAttachment{.id = QUuid::createUuid(),
                                                  .filename = u"cat.jpg"_s,
                                                  .fileExtension = u"image"_s,
                                                  .imageData = QByteArray("jpeg")});

@@ -4,6 +4,7 @@ namespace morvane {
 
 constexpr DesktopWords DesktopWords::original{
     .device = u"Mac",
+    .devices = u"Macs",
     .asker = u"macOS",
     .screenSettings = u"System Settings → Privacy & Security → Screen & System Audio Recording",
     .screenPermissionRule = u"macOS only applies Screen Recording permission when an app launches",
@@ -19,6 +20,7 @@ constexpr DesktopWords DesktopWords::original{
 
 constexpr DesktopWords DesktopWords::freedesktop{
     .device = u"computer",
+    .devices = u"computers",
     .asker = u"your desktop",
     .screenSettings = u"your desktop's privacy settings",
     .screenPermissionRule =

@@ -9,6 +9,7 @@ namespace morvane {
 // at hand.
 struct DesktopWords {
     QStringView device;         // follows "this", "This" and "your"
+    QStringView devices;        // follows "capable" and "desktop"
     QStringView asker;          // who asks for a permission
     QStringView screenSettings; // where the screen's permission is given
     QStringView

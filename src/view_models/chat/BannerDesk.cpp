@@ -36,6 +36,11 @@ void BannerDesk::show(const std::exception_ptr &error, ErrorBanner::Retry retry)
 {
     ErrorBanner banner = ErrorBanner::of(presentationOf(error), retry);
     banner.recovery = recoveryFrom(error);
+    show(std::move(banner));
+}
+
+void BannerDesk::show(ErrorBanner banner)
+{
     set(std::move(banner));
     m_companion.flash(CompanionState::error, 2s);
 }
@@ -47,6 +52,12 @@ ErrorBanner::Recovery BannerDesk::recoveryFrom(const std::exception_ptr &error) 
     const bool isSilent = isOneOf(error, {Plain::networkTimeout, Plain::networkUnavailable});
     return isSilent && m_asksLocalRuntime && m_asksLocalRuntime() ? ErrorBanner::Recovery::restartLocalModel
                                                                   : ErrorBanner::Recovery::none;
+}
+
+void BannerDesk::dismiss(const ErrorBanner &banner)
+{
+    if (m_banner == banner)
+        dismiss();
 }
 
 void BannerDesk::set(std::optional<ErrorBanner> banner)

@@ -24,9 +24,12 @@ public:
 
     // In place of any former one; the companion shows it too, for a moment.
     void show(const std::exception_ptr &error, ErrorBanner::Retry retry = ErrorBanner::Retry::lastChatTurn);
-    // Another error that no turn of a chat threw.
-    void show(ErrorBanner banner) { set(std::move(banner)); }
+    void show(ErrorBanner banner);
+    // The same for what is no error: the companion goes on with what it does.
+    void tell(ErrorBanner banner) { set(std::move(banner)); }
     void dismiss() { set(std::nullopt); }
+    // Only if it is still this one.
+    void dismiss(const ErrorBanner &banner);
 
     // Whether it is the managed runtime that turns go to; asked when one went without an answer.
     void setAsksLocalRuntime(std::function<bool()> asks) { m_asksLocalRuntime = std::move(asks); }

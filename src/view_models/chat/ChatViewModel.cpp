@@ -25,6 +25,15 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
     , m_proofPanel(m_proofs, m_messages)
     , m_approvals(m_services.clock)
     , m_banner(m_services.companion)
+    , m_entries({.settings = m_services.settings,
+                 .router = m_services.router,
+                 .banner = m_banner,
+                 .companion = m_services.companion,
+                 .documents = m_services.documents,
+                 .screen = m_services.screen,
+                 .capture = m_services.capture,
+                 .clipboard = m_services.clipboard,
+                 .isResponding = [this] { return m_isResponding; }})
     , m_stores(m_services.repository, m_services.clock)
     , m_open(m_services.repository, m_banner)
     , m_ghosts({.stores = m_stores,
@@ -47,6 +56,16 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
     connect(&m_approvals, &ApprovalDesk::resolved, this, [this] {
         m_delivery.withdrawApproval();
         Q_EMIT approvalResolved();
+    });
+    connect(m_entries.attachments(), &AttachmentDesk::changed, this, &ChatViewModel::canSendChanged);
+    connect(&m_entries, &ComposerEntries::asked, this, [this](const auto &words, const auto &attachment) {
+        if (hasConversation())
+            sendMessage(words, attachment);
+    });
+    connect(&m_entries, &ComposerEntries::said, this, [this](const QString &words) {
+        addToDraft(words);
+        if (m_services.settings.autoSendTranscription())
+            send();
     });
     connect(&m_banner, &BannerDesk::changed, this, &ChatViewModel::bannerChanged);
     connect(&m_desk, &MessageDesk::transcriptChanged, this, &ChatViewModel::refreshMessages);
@@ -123,13 +142,9 @@ bool ChatViewModel::isWriting() const
 
 bool ChatViewModel::canSend() const
 {
-    return !m_isResponding && (m_pendingAttachment || !Text::trimmed(m_draft).isEmpty());
-}
-
-void ChatViewModel::setPendingAttachment(std::optional<ImportedAttachment> attachment)
-{
-    m_pendingAttachment = std::move(attachment);
-    Q_EMIT canSendChanged();
+    const AttachmentDesk &attachments = *m_entries.attachments();
+    return !m_isResponding && !attachments.isReading() &&
+           (attachments.pending() || !Text::trimmed(m_draft).isEmpty());
 }
 
 void ChatViewModel::quote(const QString &words)
@@ -139,6 +154,12 @@ void ChatViewModel::quote(const QString &words)
     draft += u"> "_s + QString(words).replace(u'\n', u"\n> "_s) + u"\n\n"_s;
     setDraft(draft);
     Q_EMIT quoted();
+}
+
+void ChatViewModel::addToDraft(const QString &words)
+{
+    const bool needsGap = !m_draft.isEmpty() && !m_draft.back().isSpace();
+    setDraft(m_draft + (needsGap ? u" "_s : QString()) + words);
 }
 
 QString ChatViewModel::lastAnswer() const
@@ -183,17 +204,18 @@ void ChatViewModel::showOpened(OpenConversation::Composer composer)
 {
     m_banner.dismiss();
     m_desk.forgetDeleted();
-    if (composer == OpenConversation::Composer::stays)
+    if (composer == OpenConversation::Composer::stays) {
         moveDraft();
-    else
-        takeDraft();
+    } else {
+        m_entries.leaveChat();
+        bringDraft();
+    }
     refreshMessages();
     Q_EMIT conversationChanged();
 }
 
-void ChatViewModel::takeDraft()
+void ChatViewModel::bringDraft()
 {
-    setPendingAttachment(std::nullopt);
     setEdited({});
     // What was written while there was no chat is the first one's.
     const bool brought = !std::exchange(m_draftOwner, m_open.current()) && !m_draft.isEmpty();
@@ -233,16 +255,32 @@ bool ChatViewModel::hasConversation()
 
 void ChatViewModel::send()
 {
-    const auto attachment = m_pendingAttachment; // a chat that is opened now lets go of it
+    const auto attachment = m_entries.attachments()->pending(); // a chat that is opened now lets go of it
     if (!canSend() || !hasConversation())
         return;
     if (isEditing())
         return sendEdited();
-    const QString text = Text::trimmed(m_draft);
+    const QString text = takeDraft();
+    m_entries.attachments()->clear();
+    sendMessage(text, attachment);
+}
+
+QString ChatViewModel::takeDraft()
+{
+    QString text = Text::trimmed(m_draft);
     showDraft({});
     m_drafts.wipe(*m_open.current()); // saved with the message
-    setPendingAttachment(std::nullopt);
-    sendMessage(text, attachment);
+    return text;
+}
+
+void ChatViewModel::perform(QuickAction action)
+{
+    const auto attachment = m_entries.attachments()->pending();
+    if (!canSend() || isEditing() || !hasConversation())
+        return;
+    m_entries.attachments()->clear();
+    const QString instruction = QuickActions::instructionOf(action);
+    sendMessage(attachment ? instruction : instruction + u"\n\n"_s + takeDraft(), attachment);
 }
 
 void ChatViewModel::sendEdited()
@@ -293,7 +331,17 @@ void ChatViewModel::retry()
     case ErrorBanner::Retry::keepGhost:
         m_banner.dismiss();
         m_ghosts.keepGhost();
+    case ErrorBanner::Retry::glance:
+    case ErrorBanner::Retry::glanceAndSummarize:
+        return glanceAgain();
     }
+}
+
+void ChatViewModel::glanceAgain()
+{
+    const bool summarizes = m_banner.banner()->retry == ErrorBanner::Retry::glanceAndSummarize;
+    m_banner.dismiss();
+    m_entries.glanceAtScreen(summarizes);
 }
 
 void ChatViewModel::save()
@@ -441,6 +489,7 @@ bool ChatViewModel::isAtWork(const Conversation &conversation) const
 
 void ChatViewModel::endTurns()
 {
+    m_entries.end();
     m_drafts.write();
     stopResponding();
     while (!m_turns.empty())

@@ -1,15 +1,16 @@
 #pragma once
 
-#include "documents/ImportedAttachment.h"
 #include "view_models/chat/ApprovalDesk.h"
 #include "view_models/chat/BannerDesk.h"
 #include "view_models/chat/ChatStores.h"
+#include "view_models/chat/ComposerEntries.h"
 #include "view_models/chat/DraftKeeper.h"
 #include "view_models/chat/GhostDesk.h"
 #include "view_models/chat/MessageDesk.h"
 #include "view_models/chat/MessageListModel.h"
 #include "view_models/chat/OpenConversation.h"
 #include "view_models/chat/ProofPanelViewModel.h"
+#include "view_models/chat/QuickAction.h"
 #include "view_models/chat/ReplyDelivery.h"
 
 #include <QObject>
@@ -50,6 +51,7 @@ class ChatViewModel : public QObject {
     Q_PROPERTY(morvane::MessageListModel *messages READ messages CONSTANT)
     Q_PROPERTY(morvane::ProofPanelViewModel *proofPanel READ proofPanel CONSTANT)
     Q_PROPERTY(morvane::GhostDesk *ghosts READ ghosts CONSTANT)
+    Q_PROPERTY(morvane::ComposerEntries *entries READ entries CONSTANT)
     Q_PROPERTY(QString draft READ draft WRITE setDraft NOTIFY draftChanged)
     Q_PROPERTY(bool canSend READ canSend NOTIFY canSendChanged)
     Q_PROPERTY(bool isEditing READ isEditing NOTIFY isEditingChanged)
@@ -78,6 +80,11 @@ public:
         SpeechOutputting *speech = nullptr;      // absent: nothing is read aloud
         ReplyNotifying *notifications = nullptr; // absent: nothing is posted
         LocalModelServing *localModel = nullptr; // absent: there is no runtime to start again
+        DocumentImporting *documents = nullptr;  // absent: no file can be attached
+        ScreenGlancing *screen = nullptr;        // absent: nothing is offered of it
+        SpeechCapturing *capture = nullptr;      // absent: nothing is taken down
+        // What is on the clipboard; absent: nothing.
+        std::function<const QMimeData *()> clipboard = {};
         // Whether a web search goes out with the person's own key; absent: it does not.
         std::function<bool()> searchesWithOwnKey = {};
         // The notes that a call to forget would delete; absent: only its words are shown.
@@ -92,6 +99,7 @@ public:
     [[nodiscard]] ProofPanelViewModel *proofPanel() { return &m_proofPanel; }
     [[nodiscard]] GhostDesk *ghosts() { return &m_ghosts; }
     [[nodiscard]] const ChatStores &stores() const { return m_stores; }
+    [[nodiscard]] ComposerEntries *entries() { return &m_entries; }
     [[nodiscard]] const QString &draft() const { return m_draft; }
     void setDraft(const QString &draft);
     // A key went to the message field.
@@ -139,6 +147,8 @@ public:
 
     // Sends the draft and the pending attachment; nothing unless canSend().
     Q_INVOKABLE void send();
+    // Sends what it asks with the pending attachment, or else with the draft.
+    Q_INVOKABLE void perform(morvane::QuickActions::Action action);
     void sendMessage(const QString &text, const std::optional<ImportedAttachment> &attachment);
     // What the banner offers: the last turn, the save or the new chat that failed.
     Q_INVOKABLE void retry();
@@ -163,14 +173,14 @@ public:
     void endTurns();
     // Puts words below the draft, each line marked as a quote.
     Q_INVOKABLE void quote(const QString &words);
+    // Puts words behind the draft.
+    Q_INVOKABLE void addToDraft(const QString &words);
     // What is copied of the newest reply that has words; empty for none.
     Q_INVOKABLE QString lastAnswer() const;
     Q_INVOKABLE void dismissBanner() { m_banner.dismiss(); }
     Q_INVOKABLE void approve() { resolveApproval(ApprovalAnswer::allowedOnce); }
     Q_INVOKABLE void approveForChat() { resolveApproval(ApprovalAnswer::allowedForChat); }
     Q_INVOKABLE void decline() { resolveApproval(ApprovalAnswer::declined); }
-
-    void setPendingAttachment(std::optional<ImportedAttachment> attachment);
 
     // The tool registry's approval hook: suspends until the user answers or the time is up.
     [[nodiscard]] QCoro::Task<ApprovalAnswer> requestApproval(QString verb, AIToolCall call,
@@ -201,9 +211,11 @@ private:
     void save();
     void showOpened(OpenConversation::Composer composer);
     void moveDraft();
-    void takeDraft();
+    void bringDraft();
     void showDraft(const QString &draft);
+    [[nodiscard]] QString takeDraft();
     void modelRestarted(bool good);
+    void glanceAgain();
     void setEdited(const QUuid &message);
     void sendEdited();
     void tellTitle(const QString &former);
@@ -223,8 +235,8 @@ private:
     ProofPanelViewModel m_proofPanel;
     ApprovalDesk m_approvals;
     BannerDesk m_banner;
+    ComposerEntries m_entries;
     ChatStores m_stores;
-    bool m_isRestartingModel = false; // at the person's wish, by the banner
     OpenConversation m_open;
     GhostDesk m_ghosts;
     DraftKeeper m_drafts;
@@ -234,9 +246,9 @@ private:
     QString m_draft;
     std::shared_ptr<Conversation> m_draftOwner; // null while there is no chat to write in
     QUuid m_edited;                             // the message whose new words the draft is; null for none
-    std::optional<ImportedAttachment> m_pendingAttachment;
     std::optional<std::chrono::milliseconds> m_typedAt; // of the clock's elapsed time
     bool m_isResponding = false;
+    bool m_isRestartingModel = false; // at the person's wish, by the banner
     std::vector<std::unique_ptr<ChatTurn>> m_turns; // a stopped turn may end after the next has begun
     QPointer<ChatTurn> m_latestTurn;
 };

@@ -22,7 +22,7 @@ struct ErrorBanner {
 
 public:
     // What the Retry button runs again.
-    enum class Retry { lastChatTurn, save, newChat, keepGhost };
+    enum class Retry { lastChatTurn, save, newChat, keepGhost, glance, glanceAndSummarize };
     // A remedy offered beside it.
     enum class Recovery {
         none,

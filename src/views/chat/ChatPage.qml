@@ -26,6 +26,14 @@ FocusScope {
     function focusComposer() {
         composer.takeFocus();
     }
+    function askForFiles() {
+        composer.askForFiles();
+    }
+    function takeDropped(handed) {
+        if (!root.chat.entries.attachments.take(handed))
+            root.chat.addToDraft(handed.text);
+        composer.takeFocusAtEnd();
+    }
     function copyLastAnswer() {
         const answer = root.chat.lastAnswer();
         if (answer.length > 0)
@@ -170,6 +178,7 @@ FocusScope {
                 id: composer
 
                 Layout.fillWidth: true
+                chat: root.chat
                 draft: root.chat.draft
                 ghost: root.chat.ghosts.isOn
                 canSend: root.chat.canSend
@@ -183,6 +192,15 @@ FocusScope {
                 Layout.fillWidth: true
                 destination: root.sources.destination
                 warning: root.sources.warning
+            }
+            CaptionText {
+                objectName: "modelNotice"
+                Layout.fillWidth: true
+                visible: text.length > 0
+                text: root.chat.entries.modelNotice
+                horizontalAlignment: Text.AlignHCenter
+                Accessible.role: Accessible.StaticText
+                Accessible.name: text
             }
         }
     }
@@ -206,6 +224,14 @@ FocusScope {
         function onIsOnChanged() {
             announcement.say(root.chat.ghosts.isOn ? qsTr("Ghost mode is on. Nothing here is kept.")
                                                    : qsTr("Ghost mode is off"));
+        }
+    }
+    Connections {
+        target: root.chat.entries.attachments
+
+        function onAttached() {
+            const desk = root.chat.entries.attachments;
+            announcement.say(qsTr("Attached: %1").arg(desk.name) + ". " + desk.notice);
         }
     }
     Connections {

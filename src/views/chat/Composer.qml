@@ -1,12 +1,14 @@
 import QtQuick
 import QtQuick.Templates as T
 import Morvane
+import Morvane.ViewModels
 
 // The place to write. Return sends and Shift+Return breaks the line; while an input method is composing,
 // Return ends the composition and never sends.
 Rectangle {
     id: root
 
+    required property ChatViewModel chat
     required property string draft
     required property bool canSend
     required property bool responding
@@ -15,7 +17,7 @@ Rectangle {
     readonly property alias input: field
     readonly property bool composing: field.preeditText.length > 0 || field.inputMethodComposing
     // The keyboard works here, or will when the window is in front again.
-    readonly property bool focused: Window.active ? field.activeFocus || button.activeFocus
+    readonly property bool focused: Window.active ? field.activeFocus || button.activeFocus || ways.focused
         : field.focus || button.focus
 
     signal draftEdited(string text)
@@ -39,7 +41,11 @@ Rectangle {
             root.sendChosen();
     }
 
-    implicitHeight: Math.max(52, scroller.height + 2 * Theme.gap12)
+    function askForFiles() {
+        ways.askForFiles();
+    }
+
+    implicitHeight: line.height + (tray.visible ? tray.height + Theme.gap12 : 0)
     radius: Theme.composerRadius
     color: Theme.card
     border.width: ghost ? 0 : field.activeFocus ? Theme.focusWidth : 1
@@ -53,14 +59,43 @@ Rectangle {
         color: Theme.ghost
         lineWidth: field.activeFocus ? Theme.focusWidth : 1.5
     }
+    Later {
+        id: tray
+
+        anchors.top: parent.top
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.margins: Theme.gap12
+        visible: wanted
+        part: "chat/AttachmentTray.qml"
+        given: ({ chat: root.chat })
+        wanted: root.chat.entries.attachments.state !== AttachmentDesk.Empty
+    }
+    Item {
+        id: line
+
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+        height: Math.max(52, scroller.height + 2 * Theme.gap12)
+    }
+    AttachButtons {
+        id: ways
+
+        anchors.left: line.left
+        anchors.leftMargin: 10
+        anchors.bottom: line.bottom
+        anchors.bottomMargin: Math.round((52 - Theme.controlHeight) / 2)
+        chat: root.chat
+    }
     Flickable {
         id: scroller
 
-        anchors.left: parent.left
-        anchors.leftMargin: 20
+        anchors.left: ways.right
+        anchors.leftMargin: Theme.gap8
         anchors.right: button.left
         anchors.rightMargin: Theme.gap8
-        anchors.verticalCenter: parent.verticalCenter
+        anchors.verticalCenter: line.verticalCenter
         height: Math.min(200, Math.max(24, field.contentHeight))
         boundsBehavior: Flickable.StopAtBounds
         clip: true
@@ -68,6 +103,14 @@ Rectangle {
         T.ScrollBar.vertical: ScrollHandle {}
         T.TextArea.flickable: T.TextArea {
             id: field
+
+            // What else than text can be pasted, for the field's menu.
+            function canPasteMore(): bool {
+                return root.chat.entries.attachments.canPaste();
+            }
+            function pasteMore(): bool {
+                return root.chat.entries.attachments.paste();
+            }
 
             objectName: "composer"
             focus: true
@@ -86,7 +129,7 @@ Rectangle {
             Keys.onEnterPressed: event => root.returnPressed(event)
             Keys.onPressed: event => {
                 root.typed();
-                event.accepted = false;
+                event.accepted = event.matches(StandardKey.Paste) && pasteMore();
             }
             onPreeditTextChanged: root.typed()
         }
@@ -94,7 +137,7 @@ Rectangle {
     PlainText {
         anchors.left: scroller.left
         anchors.right: scroller.right
-        anchors.verticalCenter: parent.verticalCenter
+        anchors.verticalCenter: line.verticalCenter
         visible: field.length === 0 && field.preeditText.length === 0
         text: qsTr("Write a message")
         color: Theme.disabled

@@ -9,9 +9,13 @@ PopupMenu {
     readonly property var field: keeper.text
     readonly property bool writable: field ? !field.readOnly : false
     readonly property bool secret: (field?.echoMode ?? TextInput.Normal) !== TextInput.Normal
+    readonly property bool takesMore: field?.pasteMore !== undefined // than text
     readonly property bool selected: !secret && (field?.selectedText.length ?? 0) > 0
 
+    property bool holdsMore: false // the clipboard, while it is open
+
     objectName: "fieldMenu"
+    onAboutToShow: holdsMore = takesMore && field.canPasteMore()
     onClosed: keeper.giveBack()
 
     PopupMenuItem {
@@ -28,8 +32,8 @@ PopupMenu {
     PopupMenuItem {
         text: qsTr("Paste")
         offered: root.writable
-        enabled: root.field?.canPaste ?? false
-        onTriggered: root.field.paste()
+        enabled: root.holdsMore || (root.field?.canPaste ?? false)
+        onTriggered: root.holdsMore ? root.field.pasteMore() : root.field.paste()
     }
     PopupMenuItem {
         text: qsTr("Select All")

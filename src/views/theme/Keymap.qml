@@ -14,6 +14,7 @@ QtObject {
     readonly property string previousFind: "Shift+F3"
     readonly property string nextChat: "Ctrl+PgDown"
     readonly property string previousChat: "Ctrl+PgUp"
+    readonly property string attach: "Ctrl+O"
     readonly property string composer: "Ctrl+J"
     readonly property string copyAnswer: "Ctrl+Shift+C"
     readonly property string toEnd: "Alt+End"
@@ -30,6 +31,7 @@ QtObject {
         { keys: "Ctrl+A", action: "Select the reply, again the whole chat" },
         { keys: "Menu, Shift+F10", action: "What can be done here" },
         { keys: composer, action: "Go to the message field" },
+        { keys: attach, action: "Attach files" },
         { keys: newChat, action: "New chat" },
         { keys: newGhostChat, action: "New Ghost chat, which is never saved" },
         { keys: search, action: "Search the chats" },

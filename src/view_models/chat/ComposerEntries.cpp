@@ -1,0 +1,79 @@
+#include "view_models/chat/ComposerEntries.h"
+
+#include "ai/routing/AIRequestRouter.h"
+#include "view_models/chat/QuickAction.h"
+#include "view_models/chat/SmallModel.h"
+
+#include <QMetaEnum>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+ComposerEntries::ComposerEntries(Services services, QObject *parent)
+    : QObject(parent)
+    , m_services(std::move(services))
+    , m_attachments({m_services.settings, m_services.banner, m_services.documents, m_services.clipboard})
+    , m_imageWarning(m_services.router, m_services.banner)
+    , m_screen({m_services.settings, m_services.banner, m_services.companion, m_services.screen})
+    , m_voice({m_services.banner, m_services.companion, m_services.capture})
+{
+    connect(&m_attachments, &AttachmentDesk::attached, this, &ComposerEntries::judgePicture);
+    connect(&m_attachments, &AttachmentDesk::changed, this, [this] {
+        if (!m_attachments.holdsPicture())
+            m_imageWarning.withdraw();
+    });
+    connect(&m_screen, &ScreenGlance::found, this, &ComposerEntries::takeScreen);
+    connect(&m_voice, &VoiceEntry::recordingChanged, this, &ComposerEntries::recordingChanged);
+    connect(&m_voice, &VoiceEntry::heard, this, &ComposerEntries::said);
+    connect(&m_services.router, &AIRequestRouter::sourceChanged, this, &ComposerEntries::modelNoticeChanged);
+}
+
+QStringList ComposerEntries::quickActions()
+{
+    const auto actions = QMetaEnum::fromType<QuickAction>();
+    QStringList labels;
+    for (int i = 0; i < actions.keyCount(); ++i)
+        labels += QuickActions::labelOf(static_cast<QuickAction>(actions.value(i)));
+    return labels;
+}
+
+QString ComposerEntries::modelNotice() const
+{
+    return SmallModel::noticeFor(m_services.router.chatSource());
+}
+
+void ComposerEntries::glanceAtScreen(bool autoSummarize)
+{
+    if (!m_services.isResponding())
+        m_screen.glance(autoSummarize ? ScreenGlance::Then::summarize : ScreenGlance::Then::ask);
+}
+
+void ComposerEntries::leaveChat()
+{
+    m_attachments.clear();
+    m_screen.cancel();
+}
+
+void ComposerEntries::end()
+{
+    leaveChat();
+    m_voice.cancel();
+}
+
+void ComposerEntries::judgePicture()
+{
+    if (m_attachments.holdsPicture())
+        m_imageWarning.judge();
+}
+
+// Another turn may have begun meanwhile; then the text waits for the next one.
+void ComposerEntries::takeScreen(const ImportedAttachment &attachment, ScreenGlance::Then then)
+{
+    if (then == ScreenGlance::Then::summarize && !m_services.isResponding())
+        Q_EMIT asked(u"Summarize what's on my screen."_s, attachment);
+    else
+        m_attachments.hold(attachment);
+}
+
+} // namespace morvane

@@ -1,0 +1,109 @@
+import QtQuick
+import QtQuick.Layouts
+import Morvane
+import Morvane.ViewModels
+
+// What goes along with the next message: its picture or kind, its name, and how far it is.
+Rectangle {
+    id: root
+
+    required property AttachmentDesk desk
+    required property bool canAct // something may be asked of it now
+    readonly property bool reading: desk.state === AttachmentDesk.Reading
+    readonly property bool failed: desk.state === AttachmentDesk.Failed
+    readonly property color ink: failed ? Theme.danger
+        : desk.state === AttachmentDesk.Cut ? Theme.warning : Theme.secondary
+
+    signal actionsAsked(Item place)
+
+    objectName: "attachmentChip"
+    implicitWidth: Math.min(280, Math.max(180, line.implicitWidth + Theme.gap4 + Theme.gap8))
+    implicitHeight: Math.max(48, line.implicitHeight + Theme.gap8)
+    radius: Theme.panelRadius
+    color: Theme.hoverWash
+    border.width: 1
+    border.color: failed ? Theme.danger : Theme.hairline
+
+    Accessible.role: Accessible.Grouping
+    Accessible.name: qsTr("Attachment: %1").arg(desk.name)
+    Accessible.description: desk.detail
+
+    RowLayout {
+        id: line
+
+        anchors.fill: parent
+        anchors.leftMargin: Theme.gap4
+        anchors.rightMargin: Theme.gap8
+        spacing: Theme.gap8
+
+        Rectangle {
+            Layout.preferredWidth: 40
+            Layout.preferredHeight: 40
+            radius: Theme.controlRadius
+            color: picture.visible ? "transparent" : Theme.bubble
+
+            Thumbnail {
+                id: picture
+
+                objectName: "thumbnail"
+                anchors.fill: parent
+                visible: root.desk.glyph === "picture" && !root.reading
+                desk: root.desk // qmllint disable
+                radius: Theme.controlRadius
+            }
+            Icon {
+                anchors.centerIn: parent
+                visible: !picture.visible
+                name: root.desk.glyph
+                color: root.ink
+            }
+        }
+        ColumnLayout {
+            Layout.fillWidth: true
+            spacing: 1
+
+            SmallText {
+                Layout.fillWidth: true
+                text: root.desk.name
+                color: Theme.text
+                font.weight: Font.Medium
+                elide: Text.ElideMiddle
+                wrapMode: Text.NoWrap
+            }
+            CaptionText {
+                Layout.fillWidth: true
+                text: root.desk.detail
+                color: root.ink
+                elide: Text.ElideRight
+                wrapMode: Text.NoWrap
+            }
+        }
+        IconButton {
+            objectName: "attachmentActions"
+            visible: !root.reading && !root.failed
+            enabled: root.canAct
+            size: 24
+            text: qsTr("Ask about it")
+            glyph: "spark"
+            onClicked: root.actionsAsked(this)
+        }
+        IconButton {
+            objectName: "removeAttachment"
+            size: 24
+            text: root.reading ? qsTr("Stop reading") : root.failed ? qsTr("Close this") : qsTr("Remove the attachment")
+            glyph: "close"
+            onClicked: root.desk.remove()
+        }
+    }
+    Rectangle {
+        anchors.left: parent.left
+        anchors.leftMargin: Theme.gap12
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: 1
+        width: (parent.width - 2 * Theme.gap12) * Math.max(0, root.desk.progress)
+        height: 2
+        radius: 1
+        visible: root.desk.progress > 0
+        color: Theme.accent
+    }
+}

@@ -1,0 +1,18 @@
+import QtQuick
+import QtQuick.Templates as T
+import Morvane
+
+// Parts the entries of a menu.
+T.MenuSeparator {
+    implicitWidth: 172
+    implicitHeight: 9
+
+    contentItem: Item {
+        Rectangle {
+            anchors.verticalCenter: parent.verticalCenter
+            width: parent.width
+            height: 1
+            color: Theme.hairline
+        }
+    }
+}
