@@ -331,6 +331,7 @@ void ChatViewModel::retry()
     case ErrorBanner::Retry::keepGhost:
         m_banner.dismiss();
         m_ghosts.keepGhost();
+        return;
     case ErrorBanner::Retry::glance:
     case ErrorBanner::Retry::glanceAndSummarize:
         return glanceAgain();
