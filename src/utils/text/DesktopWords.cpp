@@ -13,6 +13,7 @@ constexpr DesktopWords DesktopWords::original{
     .connectionLister = u"nettop -p",
     .runtimeStopper = u"the llama in the menu bar",
     .searcher = u"macOS",
+    .searchMissing = u"Its network search is not running.",
     .terminal = u"Terminal",
     .ollamaListensToAll = u"launchctl setenv OLLAMA_HOST 0.0.0.0 && killall ollama; ollama serve &",
     .ollamaWithoutService = u"",
@@ -30,6 +31,7 @@ constexpr DesktopWords DesktopWords::freedesktop{
     .connectionLister = u"ss -tnp",
     .runtimeStopper = u"in a terminal: sudo systemctl stop ollama",
     .searcher = u"This computer",
+    .searchMissing = u"Avahi, the service that finds computers nearby, is not running.",
     .terminal = u"a terminal",
     // A file of its own beside what the person may have changed of the service.
     .ollamaListensToAll = u"sudo mkdir -p /etc/systemd/system/ollama.service.d && "

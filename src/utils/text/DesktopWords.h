@@ -19,6 +19,7 @@ struct DesktopWords {
     QStringView connectionLister;     // a command that lists what every program is connected to
     QStringView runtimeStopper;       // where a model runtime of the person's own is quit
     QStringView searcher;             // who looks around the local network; begins a sentence
+    QStringView searchMissing;        // why it can't, when nothing on it can
     QStringView terminal;             // where commands are typed; follows "open"
     QStringView ollamaListensToAll;   // a command that lets an Ollama answer other computers
     QStringView ollamaWithoutService; // and what to do where that command has no service to act on
