@@ -8,12 +8,13 @@ Item {
     required property DropTarget target
     readonly property bool isText: target.offer === DropTarget.Text
 
+    objectName: "dropOverlay"
     Accessible.ignored: true
 
     Rectangle {
         anchors.fill: parent
         color: Theme.page
-        opacity: 0.92
+        opacity: 0.96
     }
     Rectangle {
         anchors.fill: parent
@@ -25,7 +26,7 @@ Item {
 
         Column {
             anchors.centerIn: parent
-            width: Math.min(parent.width - 2 * Theme.gap24, 420)
+            width: Math.min(parent.width - 2 * Theme.gap24, 480)
             spacing: Theme.gap12
 
             Rectangle {
@@ -54,7 +55,7 @@ Item {
             SmallText {
                 width: parent.width
                 visible: !root.isText
-                text: qsTr("Text, Markdown, rich text, PDF and pictures. It is read on this computer.")
+                text: qsTr("Text, Markdown, rich text, PDF and pictures")
                 horizontalAlignment: Text.AlignHCenter
             }
         }

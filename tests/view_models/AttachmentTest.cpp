@@ -147,14 +147,14 @@ protected:
     Screen screen;
     Microphone microphone;
     QMimeData clipboard;
-    ChatViewModel composer = [this] {
+    ChatViewModel composer{[this] {
         auto all = services;
         all.documents = &importer;
         all.screen = &screen;
         all.capture = &microphone;
         all.clipboard = [this] { return &clipboard; };
-        return ChatViewModel::Services(all);
-    }();
+        return all;
+    }()};
     AttachmentDesk *desk = composer.entries()->attachments();
 };
 
@@ -258,8 +258,8 @@ TEST_F(AttachmentTest, ThePasteTakesFilesThenTextThenAPicture)
         EXPECT_EQ(desk->canPaste(), isTaken) << text.toStdString();
         EXPECT_EQ(desk->paste(), isTaken);
         ASSERT_EQ(importer.asked.size(), isTaken ? 1 : 0);
-        if (isTaken)
-            EXPECT_EQ(importer.asked[0].urls, urls.contains(file) ? QList{file} : QList<QUrl>());
+        const QList<QUrl> taken = isTaken ? importer.asked[0].urls : QList<QUrl>();
+        EXPECT_EQ(taken, urls.contains(file) ? QList{file} : QList<QUrl>()) << "of this machine";
     }
     clipboard.setUrls({file, file, file});
     desk->paste();
@@ -279,7 +279,7 @@ TEST_F(AttachmentTest, TheClipboardsTextIsAskedAboutUnlessItIsASecret)
     EXPECT_TRUE(takeSent().contains(u"(the user's clipboard, id "_s));
     EXPECT_EQ(desk->state(), Empty);
     for (const char *hint : {"secret", "", "other"}) {
-        clipboard.setText(*hint ? u"hunter2"_s : u" \n"_s);
+        clipboard.setText(*hint ? u"plain"_s : u" \n"_s);
         clipboard.setData(u"x-kde-passwordManagerHint"_s, hint);
         desk->askAboutClipboard();
         const bool isRead = QByteArray(hint) == "other";

@@ -32,6 +32,7 @@ Row {
         objectName: "composerActions"
         text: qsTr("More to ask with")
         glyph: "spark"
+        quiet: (menu.item as ComposerMenu)?.visible ?? false
         onClicked: root.openMenu()
     }
     Later {

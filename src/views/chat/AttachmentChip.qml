@@ -17,7 +17,7 @@ Rectangle {
     signal actionsAsked(Item place)
 
     objectName: "attachmentChip"
-    implicitWidth: Math.min(280, Math.max(180, line.implicitWidth + Theme.gap4 + Theme.gap8))
+    implicitWidth: Math.min(280, Math.max(180, line.implicitWidth + 2 * Theme.gap4))
     implicitHeight: Math.max(48, line.implicitHeight + Theme.gap8)
     radius: Theme.panelRadius
     color: Theme.hoverWash
@@ -33,7 +33,7 @@ Rectangle {
 
         anchors.fill: parent
         anchors.leftMargin: Theme.gap4
-        anchors.rightMargin: Theme.gap8
+        anchors.rightMargin: Theme.gap4
         spacing: Theme.gap8
 
         Rectangle {
@@ -78,21 +78,24 @@ Rectangle {
                 wrapMode: Text.NoWrap
             }
         }
-        IconButton {
-            objectName: "attachmentActions"
-            visible: !root.reading && !root.failed
-            enabled: root.canAct
-            size: 24
-            text: qsTr("Ask about it")
-            glyph: "spark"
-            onClicked: root.actionsAsked(this)
-        }
-        IconButton {
-            objectName: "removeAttachment"
-            size: 24
-            text: root.reading ? qsTr("Stop reading") : root.failed ? qsTr("Close this") : qsTr("Remove the attachment")
-            glyph: "close"
-            onClicked: root.desk.remove()
+        Row {
+            IconButton {
+                objectName: "attachmentActions"
+                visible: !root.reading && !root.failed
+                enabled: root.canAct
+                size: 26
+                text: qsTr("Ask about it")
+                glyph: "spark"
+                onClicked: root.actionsAsked(this)
+            }
+            IconButton {
+                objectName: "removeAttachment"
+                size: 26
+                text: root.reading ? qsTr("Stop reading") : root.failed ? qsTr("Close this")
+                    : qsTr("Remove the attachment")
+                glyph: "close"
+                onClicked: root.desk.remove()
+            }
         }
     }
     Rectangle {

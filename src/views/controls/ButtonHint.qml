@@ -6,5 +6,5 @@ Hint {
     required property T.AbstractButton button
 
     text: button.text
-    visible: button.hovered && button.text.length > 0 && !button.down
+    visible: button.hovered && button.text.length > 0 && !button.down && !((button as IconButton)?.quiet ?? false)
 }

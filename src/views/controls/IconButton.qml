@@ -9,6 +9,7 @@ T.Button {
     property string glyph
     property color ink: enabled ? Theme.secondary : Theme.disabled
     property int size: Theme.controlHeight
+    property bool quiet: false // no hint, which would lie on a menu of its own
 
     implicitWidth: size
     implicitHeight: size
