@@ -15,6 +15,7 @@
 #include "support/TestData.h"
 #include "utils/text/DesktopWords.h"
 #include "view_models/chat/ApprovalWords.h"
+#include "view_models/chat/ImageWarning.h"
 
 #include <QCryptographicHash>
 #include <QJsonDocument>
@@ -59,6 +60,8 @@ TEST(OriginalWordsTest, EachTextIsTheGivenOne)
         advice(ScreenGlanceError(ScreenGlanceError::Case::needsRelaunch)),
         advice(KeychainError(KeychainError::Operation::Read, {})),
         WhatChangedNotice::lines().first(),
+        ImageWarning::staysNear().message,
+        ImageWarning::cannotSee(u"m"_s).suggestion,
     };
     EXPECT_EQ(said.join(u'\n').toStdString() + '\n', TestData::text("words/original.txt"));
 }

@@ -54,6 +54,12 @@ ErrorBanner::Recovery BannerDesk::recoveryFrom(const std::exception_ptr &error) 
                                                                   : ErrorBanner::Recovery::none;
 }
 
+void BannerDesk::tell(ErrorBanner notice)
+{
+    notice.isNotice = true;
+    set(std::move(notice));
+}
+
 void BannerDesk::dismiss(const ErrorBanner &banner)
 {
     if (m_banner == banner)

@@ -25,8 +25,8 @@ public:
     // In place of any former one; the companion shows it too, for a moment.
     void show(const std::exception_ptr &error, ErrorBanner::Retry retry = ErrorBanner::Retry::lastChatTurn);
     void show(ErrorBanner banner);
-    // The same for what is no error: the companion goes on with what it does.
-    void tell(ErrorBanner banner) { set(std::move(banner)); }
+    // What is no error; the companion goes on with what it does.
+    void tell(ErrorBanner notice);
     void dismiss() { set(std::nullopt); }
     // Only if it is still this one.
     void dismiss(const ErrorBanner &banner);

@@ -17,6 +17,7 @@ struct ErrorBanner {
     Q_PROPERTY(QString suggestion MEMBER suggestion)
     Q_PROPERTY(QString quotation MEMBER quotation)
     Q_PROPERTY(bool retryable MEMBER retryable)
+    Q_PROPERTY(bool isNotice MEMBER isNotice)
     Q_PROPERTY(bool mayRaiseReplyLimit READ mayRaiseReplyLimit)
     Q_PROPERTY(bool mayRestartLocalModel READ mayRestartLocalModel)
 
@@ -38,6 +39,7 @@ public:
     Recovery recovery = Recovery::none;
     Retry retry = Retry::lastChatTurn;
     QString quotation; // what the server says; empty for nothing
+    bool isNotice = false; // nothing went wrong
 
     bool operator==(const ErrorBanner &) const = default;
 

@@ -65,8 +65,8 @@ QCoro::Task<> ImageWarning::ask(QPointer<ImageWarning> self, QString model, std:
 
 void ImageWarning::tell(ErrorBanner banner)
 {
-    m_told = banner;
     m_banner.tell(std::move(banner));
+    m_told = m_banner.banner();
 }
 
 ErrorBanner ImageWarning::staysNear()

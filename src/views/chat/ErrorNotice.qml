@@ -33,7 +33,7 @@ Rectangle {
         Icon {
             Layout.alignment: Qt.AlignTop
             name: "warning"
-            color: Theme.danger
+            color: root.chat.banner.isNotice ? Theme.warning : Theme.danger
         }
         ColumnLayout {
             Layout.fillWidth: true
