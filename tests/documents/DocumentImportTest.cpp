@@ -213,10 +213,13 @@ TEST_F(DocumentImportTest, PreparesAPictureAndLeavesNothingButItsPixels)
     }
 
     // One bit for each pixel: nothing but their number is too much.
-    QImage bomb(30'000, 30'000, QImage::Format_Mono);
-    bomb.fill(0);
+    const auto bomb = [](int side, const char *format) {
+        QImage image(side, side, QImage::Format_Mono);
+        image.fill(0);
+        return encoded(image, format);
+    };
     for (const QByteArray &data :
-         {encoded(bomb, "png"), QByteArray("GIF89a"), QByteArray(),
+         {bomb(30'000, "png"), bomb(10'001, "png"), bomb(16'000, "jpeg"), QByteArray("GIF89a"), QByteArray(),
           QByteArray("<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'/>")})
         EXPECT_EQ(refusalOf([&] { prepared(data); }), DocumentError(Plain::unreadableImage));
 }
