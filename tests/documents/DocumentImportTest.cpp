@@ -185,7 +185,8 @@ TEST_F(DocumentImportTest, TakesTextOutOfEachKind)
 
 TEST_F(DocumentImportTest, PreparesAPictureAndLeavesNothingButItsPixels)
 {
-    EXPECT_EQ(prepared(encoded(filled(300, 200, Qt::red), "png")).size(), QSize(300, 200));
+    for (const char *const format : {"png", "bmp", "webp", "tiff"})
+        EXPECT_EQ(prepared(encoded(filled(300, 200, Qt::red), format)).size(), QSize(300, 200)) << format;
     EXPECT_EQ(prepared(encoded(filled(4000, 3000, Qt::red), "jpeg")).size(), QSize(1536, 1152));
     EXPECT_EQ(prepared(encoded(filled(1, 4000, Qt::red), "png")).size(), QSize(1, 1536));
     EXPECT_EQ(QColor(prepared(encoded(filled(8, 8, Qt::transparent), "png")).pixel(4, 4)), QColor(Qt::white));
@@ -419,17 +420,17 @@ TEST_F(DocumentImportTest, ReadsTwoHundredBrokenFiles)
 {
     const QImage image = filled(40, 30, Qt::blue);
     const QByteArray seeds[] = {pdf(2, u"Page %1"_s), encoded(image, "jpeg"), encoded(image, "png"),
-                                encoded(image, "bmp")};
+                                encoded(image, "webp"), encoded(image, "tiff")};
     std::mt19937 random(20260301);
     int broken = 0;
     for (int i = 0; i < 200; ++i) {
-        QByteArray bytes = seeds[i % 4];
+        QByteArray bytes = seeds[i % 5];
         for (int changes = 0; changes < 12; ++changes)
             bytes[static_cast<qsizetype>(random() % bytes.size())] = static_cast<char>(random());
-        if (i % 5 == 0)
+        if (i % 7 == 0)
             bytes.truncate(static_cast<qsizetype>(random() % bytes.size()));
         const auto refusal = refusalOf([&] {
-            if (i % 4 == 0)
+            if (i % 5 == 0)
                 import(u"a.pdf"_s, bytes);
             else
                 TestWait::await(service.importImage(bytes, {}, {}));
