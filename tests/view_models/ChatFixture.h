@@ -3,6 +3,7 @@
 #include "ai/agent/ReplyRunner.h"
 #include "ai/contract/ProviderError.h"
 #include "ai/routing/AIRequestRouter.h"
+#include "ai/routing/LocalModelServing.h"
 #include "async/Work.h"
 #include "attestation/ProofLedger.h"
 #include "models/ChatMessage.h"
@@ -101,6 +102,16 @@ private:
     QStringList &m_heard;
 };
 
+// A runtime on this machine, and how often it was started again.
+class RestartedModel final : public LocalModelServing {
+public:
+    [[nodiscard]] State state() const override { return State::ready; }
+    [[nodiscard]] QString model() const override { return QStringLiteral("practice"); }
+    void restart() override { ++restarts; }
+
+    int restarts = 0;
+};
+
 // A chat controller over a store, in memory if no other is given, scripted replies and a clock that stands
 // still.
 class ChatFixture : public testing::Test {
@@ -155,6 +166,7 @@ protected:
     Desktop desktop{clock, heard};
     CompanionViewModel companion{clock};
     bool isLocked = false;
+    RestartedModel localModel;
     ChatViewModel::Services services{.repository = repository,
                                      .router = router,
                                      .replies = replies,
@@ -165,6 +177,7 @@ protected:
                                      .speech = &desktop,
                                      .notifications = &desktop,
                                      .isLocked = [this] { return isLocked; }};
+                                     .localModel = &localModel};
     ChatViewModel chat{services};
 };
 

@@ -221,6 +221,37 @@ TEST_F(ChatTurnTest, EndingsWithoutAUsableReply)
     EXPECT_FALSE(chat.isResponding());
 }
 
+TEST_F(ChatTurnTest, OnlyASilentRuntimeOfThisMachineIsOfferedToBeStartedAgain)
+{
+    const struct {
+        QString server;
+        ProviderError::Plain error;
+        bool offers;
+    } rows[] = {
+        {localModel.baseURL(), ProviderError::Plain::networkTimeout, true},
+        {localModel.baseURL(), ProviderError::Plain::networkUnavailable, true},
+        {localModel.baseURL(), ProviderError::Plain::emptyResponse, false},
+        {u"http://localhost:1234/v1"_s, ProviderError::Plain::networkTimeout, false},
+        {u"https://service.example/v1"_s, ProviderError::Plain::networkTimeout, false},
+    };
+    for (const auto &row : rows) {
+        settings.setBaseURLString(row.server);
+        send(u"q"_s);
+        replies.fail(errorOf(row.error));
+        EXPECT_EQ(chat.banner().mayRestartLocalModel(), row.offers) << row.server.toStdString();
+    }
+    Q_EMIT localModel.restarted(false); // somebody else's wish
+    EXPECT_NE(chat.banner().message, u"Local AI didn't start back up."_s);
+    for (const bool isGood : {true, false}) {
+        chat.restartLocalModel();
+        EXPECT_FALSE(chat.hasBanner());
+        Q_EMIT localModel.restarted(isGood);
+        EXPECT_EQ(chat.hasBanner(), !isGood);
+    }
+    EXPECT_EQ(chat.banner().message, u"Local AI didn't start back up."_s);
+    EXPECT_EQ(localModel.restarts, 2);
+}
+
 TEST_F(ChatTurnTest, WhatCannotBeSavedIsSaidAndTheTurnGoesOn)
 {
     deliver(u"q"_s, u"a"_s);

@@ -277,6 +277,9 @@ void LocalModelService::cancel()
     if (!isBusy())
         return;
     m_task = {};
+    // One that nobody has looked at yet, where it listens, isn't left to itself.
+    if (m_phase.kind == Kind::startingRuntime && m_process)
+        m_process->requestStop();
     if (m_visionSidecar.kind == VisionSidecarState::Kind::downloading) {
         m_visionSidecar = {};
         judgeVisionSidecar();

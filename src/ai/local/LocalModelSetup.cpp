@@ -8,6 +8,7 @@
 #include "ai/local/RuntimeProcess.h"
 #include "async/Clock.h"
 #include "async/Work.h"
+#include "network/TransportError.h"
 #include "persistence/SettingsStore.h"
 #include "utils/files/PrivateFile.h"
 #include "utils/log/Log.h"
@@ -196,6 +197,10 @@ QCoro::Task<QString> LocalModelService::chooseModel(std::stop_token stop)
 QCoro::Task<> LocalModelService::ensureServer(std::stop_token stop)
 {
     const auto check = m_lifeline.check(stop);
+    if (m_process && m_process->isStopping()) {
+        co_await endRuntime(stop);
+        check();
+    }
     const Models models = co_await askModels(stop);
     check();
     if (!models) {
@@ -365,6 +370,7 @@ QCoro::Task<> LocalModelService::pullModel(QString model, std::stop_token stop)
         co_return;
     setPhase({Kind::downloadingModel, {}, model});
     for (int restarts = 0;; ++restarts) {
+        const bool wasOurs = ownsServer();
         bool lacksKey = false;
         try {
             ModelPull::OnProgress onProgress = [this, model](const ModelPull::Progress &progress) {
@@ -373,6 +379,12 @@ QCoro::Task<> LocalModelService::pullModel(QString model, std::stop_token stop)
             co_await ModelPull::run(server(), model, std::move(onProgress), &m_services.clock, stop);
         } catch (const ModelPull::MissingIdentityKey &) {
             lacksKey = true;
+        } catch (const TransportError &) {
+            check();
+            if (wasOurs && !ownsServer())
+                throw LocalSetupError(u"The local AI runtime stopped while it was downloading the model. Try again "
+                                      u"to go on from there."_s);
+            throw;
         }
         check();
         if (!lacksKey)

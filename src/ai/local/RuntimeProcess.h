@@ -28,6 +28,9 @@ public:
 
     [[nodiscard]] bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
 
+    // It was told to end.
+    [[nodiscard]] bool isStopping() const { return m_isStopping; }
+
     // Of the guard, whose descendants are the runtime and what that starts; 0 when nothing runs.
     [[nodiscard]] qint64 processId() const { return m_process.processId(); }
 
