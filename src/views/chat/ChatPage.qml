@@ -24,7 +24,8 @@ FocusScope {
     signal sidebarChosen()
 
     function focusComposer() {
-        composer.takeFocus();
+        if (root.chat.ghosts.questionId.length === 0) // whoever is asked first answers
+            composer.takeFocus();
     }
     function askForFiles() {
         composer.askForFiles();
