@@ -1,6 +1,7 @@
 #include "support/FileSpy.h"
 
-// Preloaded into the program, kills it at the MORVANE_KILL_AT'th rename or sync in MORVANE_KILL_FOLDER.
+// Preloaded into the program, kills it at the MORVANE_KILL_AT'th rename or sync in MORVANE_KILL_FOLDER, or at
+// that call of the kinds that MORVANE_KILL_VERBS names.
 
 namespace morvane {
 
@@ -12,7 +13,7 @@ public:
         : m_spy(qEnvironmentVariable("MORVANE_KILL_FOLDER"))
     {
         m_spy.killAt(qEnvironmentVariableIntValue("MORVANE_KILL_AT"),
-                     {QStringLiteral("rename"), QStringLiteral("sync")});
+                     qEnvironmentVariable("MORVANE_KILL_VERBS", QStringLiteral("rename sync")).split(u' '));
     }
 
 private:

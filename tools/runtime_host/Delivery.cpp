@@ -132,8 +132,10 @@ Work Delivery::pour(Exchange &exchange, qint64 start)
                                                : bytes.size();
     const qint64 portion = std::max<qint64>(1, bytes.size() / 100);
     for (qint64 at = start; at < end; at += portion) {
-        if (plays("held"_L1) && at >= middle && at - portion < middle)
+        if (plays("held"_L1) && at >= middle && at - portion < middle) {
+            m_folder.note({{u"event"_s, u"held"_s}});
             co_await exchange.hold(m_holdPoint);
+        }
         if (plays("drip"_L1))
             co_await exchange.pause(100ms);
         co_await exchange.send(bytes.mid(at, std::min(portion, end - at)));

@@ -2,6 +2,7 @@
 
 #include "loopback/Exchange.h"
 #include "loopback/HoldPoint.h"
+#include "runtime_host/runtime/PracticeFolder.h"
 
 #include <span>
 
@@ -17,8 +18,9 @@ public:
     [[nodiscard]] static std::span<const Kind> kinds();
     [[nodiscard]] static bool has(const QString &kind);
 
-    explicit Delivery(QByteArray archive)
+    Delivery(QByteArray archive, PracticeFolder folder)
         : m_archive(std::move(archive))
+        , m_folder(std::move(folder))
     {}
 
     void setKind(const QString &kind);
@@ -38,6 +40,7 @@ private:
     Work pourWithoutEnd(Exchange &exchange);
 
     QByteArray m_archive;
+    PracticeFolder m_folder; // for a line when it holds
     QString m_kind = QStringLiteral("good");
     bool m_wasCut = false;
     HoldPoint m_holdPoint;

@@ -13,9 +13,9 @@ QByteArray origin(std::uint16_t port)
 
 } // namespace
 
-ReleaseService::ReleaseService(QByteArray name, QByteArray archive)
+ReleaseService::ReleaseService(QByteArray name, QByteArray archive, PracticeFolder folder)
     : m_name(std::move(name))
-    , m_delivery(std::move(archive))
+    , m_delivery(std::move(archive), std::move(folder))
 {}
 
 Work ReleaseService::answer(Exchange &exchange)

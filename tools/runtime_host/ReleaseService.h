@@ -10,7 +10,7 @@ namespace morvane {
 // port. POST /play?delivery=NAME changes how it comes, POST /go-on lets a held one go on.
 class ReleaseService final : public Service {
 public:
-    ReleaseService(QByteArray name, QByteArray archive);
+    ReleaseService(QByteArray name, QByteArray archive, PracticeFolder folder);
 
     void setStoragePort(std::uint16_t port) { m_storagePort = port; }
     void setDelivery(const QString &kind) { m_delivery.setKind(kind); }

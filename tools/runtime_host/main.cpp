@@ -96,7 +96,7 @@ int serve(const QCommandLineParser &options)
         return fail(u"Cannot write %1."_s.arg(options.value(u"log"_s)));
 
     const QByteArray archive = RuntimeArchive::make(recipe);
-    ReleaseService service(options.value(u"name"_s).toUtf8(), archive);
+    ReleaseService service(options.value(u"name"_s).toUtf8(), archive, PracticeFolder(recipe.folder));
     service.setDelivery(delivery);
     boost::asio::io_context context(1);
     WireRecord unrecorded;

@@ -98,8 +98,10 @@ Work ModelPull::fetch(PretendRegistry::Layer layer)
 
 Work ModelPull::playHalfWay()
 {
-    if (plays("pull-held"_L1))
+    if (plays("pull-held"_L1)) {
+        m_around.folder.note({{u"event"_s, u"held"_s}});
         co_await m_exchange.hold(m_around.holdPoint);
+    }
     if (plays("pull-dies"_L1))
         std::_Exit(2);
     m_wasCut = plays("pull-cut"_L1) && !m_around.folder.wasMarked(u"cut"_s);

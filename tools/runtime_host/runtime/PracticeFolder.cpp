@@ -11,11 +11,8 @@ using namespace Qt::StringLiterals;
 
 PracticeFolder PracticeFolder::ofThisProgram()
 {
-    PracticeFolder folder;
-    folder.m_path = qEnvironmentVariable("MORVANE_RUNTIME_FOLDER");
-    if (folder.m_path.isEmpty())
-        folder.m_path = Installation::practice()["folder"_L1].toString();
-    return folder;
+    const QString path = qEnvironmentVariable("MORVANE_RUNTIME_FOLDER");
+    return PracticeFolder(path.isEmpty() ? Installation::practice()["folder"_L1].toString() : path);
 }
 
 QString PracticeFolder::scenario() const

@@ -12,6 +12,10 @@ class PracticeFolder {
 public:
     [[nodiscard]] static PracticeFolder ofThisProgram();
 
+    explicit PracticeFolder(QString path)
+        : m_path(std::move(path))
+    {}
+
     // The name in the file `scenario`, read anew each time, so that a test can change it under a running
     // program; else that of MORVANE_RUNTIME_SCENARIO, else "good".
     [[nodiscard]] QString scenario() const;
