@@ -4,6 +4,7 @@
 #include "ai/tools/ToolRegistry.h"
 #include "app/WhatChangedNotice.h"
 #include "async/Work.h"
+#include "audio/TextToSpeechService.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsRepository.h"
 #include "persistence/SettingsStore.h"
@@ -17,13 +18,14 @@ namespace morvane {
 using namespace Qt::StringLiterals;
 
 AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets,
-                   Work &work, ReplyNotifying *notifications, QObject *parent)
+                   Work &work, ReplyNotifying *notifications, const VoicePorts &voice, QObject *parent)
     : QObject(parent)
     , m_host(host)
     , m_work(work)
     , m_storage(commandLine, host, clock, secrets)
     , m_assistant(commandLine, m_storage, secrets, clock, work)
-    , m_presentation(m_storage, m_assistant, secrets, clock, work, notifications)
+    , m_voice(voice, work)
+    , m_presentation(m_storage, m_assistant, m_voice, secrets, clock, work, notifications)
     , m_sealingWatch(m_storage, *m_presentation.shell, clock, work)
     , m_storeNotices(m_storage, *m_presentation.shell, work)
 {
@@ -118,6 +120,7 @@ AppState::Termination AppState::shouldTerminate()
 
 void AppState::willTerminate()
 {
+    m_voice.tts->stop();
     m_presentation.chat->endTurns();
     m_assistant.localModel->end();
     try {

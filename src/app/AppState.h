@@ -5,6 +5,7 @@
 #include "app/SealingWatch.h"
 #include "app/Storage.h"
 #include "app/StoreNotices.h"
+#include "app/Voice.h"
 
 #include <QObject>
 
@@ -18,7 +19,8 @@ public:
     // All that is given outlives this object, which ends `work` before its services go. Without
     // `notifications` none are posted.
     AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets, Work &work,
-             ReplyNotifying *notifications = nullptr, QObject *parent = nullptr);
+             ReplyNotifying *notifications = nullptr, const VoicePorts &voice = {},
+             QObject *parent = nullptr);
     ~AppState() override;
 
     [[nodiscard]] Storage &storage() { return m_storage; }
@@ -49,6 +51,7 @@ private:
     Work &m_work;
     Storage m_storage;
     Assistant m_assistant;
+    Voice m_voice;
     Presentation m_presentation;
     SealingWatch m_sealingWatch;
     StoreNotices m_storeNotices;

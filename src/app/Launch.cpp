@@ -10,6 +10,7 @@
 #include "persistence/SealedData.h"
 #include "persistence/SettingsStore.h"
 #include "platform/linux/DesktopAppearance.h"
+#include "platform/linux/DesktopAudio.h"
 #include "platform/linux/DesktopNotifications.h"
 #include "platform/linux/WebBrowser.h"
 #include "security/TestHost.h"
@@ -73,6 +74,7 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::uniqu
     , m_appearance(std::make_unique<DesktopAppearance>())
     , m_notifications(std::make_unique<DesktopNotifications>())
     , m_files(m_commandLine.files)
+    , m_audio(std::make_unique<DesktopAudio>())
 {
     connect(&m_secrets.preparation(), &KeychainPreparation::stateChanged, this, &Launch::keychainChanged);
 }
@@ -194,7 +196,7 @@ void Launch::finish()
     m_patience.reset();
     m_state = std::make_unique<AppState>(m_commandLine, hostOfThisRun(), m_clock,
                                          Secrets{m_secrets.keychain(), m_secrets.keychain()}, m_work,
-                                         m_notifications.get());
+                                         m_notifications.get(), VoicePorts{.output = &m_audio->output});
     if (m_commandLine.practiceServer)
         usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);
     ShellViewModel &shell = *m_state->presentation().shell;

@@ -20,6 +20,7 @@ class AppDelegate;
 class AppState;
 class DemoPlayer;
 class DesktopAppearance;
+struct DesktopAudio;
 class DesktopNotifications;
 class MainWindowController;
 class StartupWindow;
@@ -64,6 +65,7 @@ private:
     SecretKeeping m_secrets;
     std::unique_ptr<DesktopAppearance> m_appearance;
     std::unique_ptr<DesktopNotifications> m_notifications;
+    std::unique_ptr<DesktopAudio> m_audio;
     std::unique_ptr<StartupWindow> m_startupWindow; // while the key is waited for
     std::unique_ptr<Alarm> m_patience;
     std::unique_ptr<WindowEngine> m_windowEngine; // until the window has it

@@ -15,6 +15,7 @@
 #include "view_models/settings/PrivateCloudViewModel.h"
 #include "view_models/settings/ProofLedgerViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
+#include "view_models/settings/SpeakingViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
 #include "view_models/sidebar/HistorySearchModel.h"
 #include "view_models/sidebar/SourceMenuViewModel.h"
@@ -57,6 +58,7 @@ MainWindowController::MainWindowController(Presentation &presentation, std::uniq
                              {u"networkLedger"_s, QVariant::fromValue(presentation.networkLedger.get())},
                              {u"proofLedger"_s, QVariant::fromValue(presentation.proofLedger.get())},
                              {u"privateCloud"_s, QVariant::fromValue(presentation.privateCloud.get())},
+                             {u"speaking"_s, QVariant::fromValue(presentation.speaking.get())},
                              {u"shell"_s, QVariant::fromValue(presentation.shell.get())},
                              {u"companion"_s, QVariant::fromValue(presentation.companion.get())}});
     if (!m_engine->rootObjects().isEmpty())

@@ -6,6 +6,8 @@
 #include "app/Assistant.h"
 #include "app/PrivateCloudParts.h"
 #include "app/Storage.h"
+#include "app/Voice.h"
+#include "audio/TextToSpeechService.h"
 #include "deployment/DeploymentValues.h"
 #include "documents/DocumentImportService.h"
 #include "memory/MemoryStore.h"
@@ -26,6 +28,7 @@
 #include "view_models/settings/PrivateCloudViewModel.h"
 #include "view_models/settings/ProofLedgerViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
+#include "view_models/settings/SpeakingViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
 #include "view_models/sidebar/HistorySearchModel.h"
 #include "view_models/sidebar/SourceMenuViewModel.h"
@@ -47,8 +50,8 @@ QStringList textsOf(const std::vector<MemoryStore::Fact> &facts)
 
 } // namespace
 
-Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets &secrets, Clock &clock,
-                           Work &work, ReplyNotifying *notifications)
+Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice, const Secrets &secrets,
+                           Clock &clock, Work &work, ReplyNotifying *notifications)
     : settings(*storage.settings)
     , companion(std::make_unique<CompanionViewModel>(clock))
     , chat(std::make_unique<ChatViewModel>(ChatViewModel::Services{
@@ -59,6 +62,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets
           .proofs = *assistant.proofs,
           .companion = *companion,
           .clock = clock,
+          .speech = voice.hasOutput ? voice.tts.get() : nullptr,
           .notifications = notifications,
           .localModel = assistant.localModel.get(),
           .documents = assistant.documents.get(),
@@ -90,6 +94,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, const Secrets
                                          .guidePage = DeploymentValues::hardwareProofPage,
                                          .acceptedServers = assistant.privateCloud->acceptedListText()}))
     , privateCloud(std::make_unique<PrivateCloudViewModel>(*assistant.router))
+    , speaking(std::make_unique<SpeakingViewModel>(settings, *voice.tts))
     , shell(std::make_unique<ShellViewModel>(
           settings, storage.startupError ? storage.startupError->userMessage() : QString(),
           storage.startupAdvice()))

@@ -23,16 +23,18 @@ class SearchKeyViewModel;
 class SettingsStore;
 class ShellViewModel;
 class SourceMenuViewModel;
+class SpeakingViewModel;
 class Work;
 struct Assistant;
 struct Secrets;
 struct Storage;
+struct Voice;
 
 // What the window binds to. What the constructor takes outlives this.
 struct Presentation {
     // `notifications` may be null.
-    Presentation(Storage &storage, Assistant &assistant, const Secrets &secrets, Clock &clock, Work &work,
-                 ReplyNotifying *notifications);
+    Presentation(Storage &storage, Assistant &assistant, Voice &voice, const Secrets &secrets, Clock &clock,
+                 Work &work, ReplyNotifying *notifications);
     ~Presentation();
 
     SettingsStore &settings;
@@ -51,6 +53,7 @@ struct Presentation {
     const std::unique_ptr<NetworkLedgerViewModel> networkLedger;
     const std::unique_ptr<ProofLedgerViewModel> proofLedger;
     const std::unique_ptr<PrivateCloudViewModel> privateCloud;
+    const std::unique_ptr<SpeakingViewModel> speaking;
     const std::unique_ptr<ShellViewModel> shell;
 };
 

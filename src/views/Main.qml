@@ -22,6 +22,7 @@ T.ApplicationWindow {
     required property NetworkLedgerViewModel networkLedger
     required property ProofLedgerViewModel proofLedger
     required property PrivateCloudViewModel privateCloud
+    required property SpeakingViewModel speaking
     required property ShellViewModel shell
     required property CompanionViewModel companion
 
@@ -75,6 +76,7 @@ T.ApplicationWindow {
                 networkLedger: window.networkLedger,
                 proofLedger: window.proofLedger,
                 privateCloud: window.privateCloud,
+                speaking: window.speaking,
                 shell: window.shell
             });
         const opened = settingsLoader.item as SettingsWindow;

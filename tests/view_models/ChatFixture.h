@@ -5,6 +5,7 @@
 #include "ai/routing/AIRequestRouter.h"
 #include "ai/routing/LocalModelServing.h"
 #include "async/Work.h"
+#include "audio/SpeechOutputting.h"
 #include "attestation/ProofLedger.h"
 #include "models/ChatMessage.h"
 #include "models/Conversation.h"

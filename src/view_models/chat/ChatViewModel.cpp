@@ -44,7 +44,8 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
                 .isLocked = m_services.isLocked})
     , m_drafts(m_stores, m_services.clock)
     , m_desk(m_stores, m_banner)
-    , m_delivery({m_services.settings, m_services.companion, m_services.speech, m_services.notifications})
+    , m_reader({m_services.settings, m_services.companion, m_banner, m_messages, m_services.speech})
+    , m_delivery({m_services.companion, m_reader, m_services.notifications})
     , m_planner(std::make_unique<TurnPlanner>(
           TurnPlanner::Services{m_stores, m_messages, m_banner, m_services.clock}))
 {
@@ -307,7 +308,7 @@ void ChatViewModel::sendMessage(const QString &text, const std::optional<Importe
 void ChatViewModel::makeWay()
 {
     m_banner.dismiss();
-    m_delivery.stopSpeaking();
+    m_reader.stop();
 }
 
 void ChatViewModel::startSent(TurnPlan plan)
@@ -479,6 +480,8 @@ void ChatViewModel::stopResponding()
         m_latestTurn->stop();
     m_approvals.resolve(ApprovalAnswer::declined); // of a turn that is stopped by now: nothing follows
     setResponding(false);
+    if (!m_reader.readingId().isEmpty())
+        m_reader.stop();
     m_services.companion.reset();
 }
 
@@ -524,7 +527,7 @@ void ChatViewModel::tellEnding(const ChatTurn &turn)
         m_stores.isGhost(turn.conversation()) ? ReplyDelivery::Kind::ghost : ReplyDelivery::Kind::saved;
     switch (turn.ending()) {
     case ChatTurn::Ending::completed:
-        m_delivery.deliver(m_messages.textOf(turn.reply()), turn.conversation(), kind);
+        m_delivery.deliver(turn.reply(), turn.conversation(), kind);
         break;
     case ChatTurn::Ending::cancelled:
         if (m_latestTurn == &turn)

@@ -12,6 +12,7 @@
 #include "view_models/chat/ProofPanelViewModel.h"
 #include "view_models/chat/QuickAction.h"
 #include "view_models/chat/ReplyDelivery.h"
+#include "view_models/chat/ReplyReader.h"
 
 #include <QObject>
 #include <QPointer>
@@ -52,6 +53,7 @@ class ChatViewModel : public QObject {
     Q_PROPERTY(morvane::ProofPanelViewModel *proofPanel READ proofPanel CONSTANT)
     Q_PROPERTY(morvane::GhostDesk *ghosts READ ghosts CONSTANT)
     Q_PROPERTY(morvane::ComposerEntries *entries READ entries CONSTANT)
+    Q_PROPERTY(morvane::ReplyReader *reader READ reader CONSTANT)
     Q_PROPERTY(QString draft READ draft WRITE setDraft NOTIFY draftChanged)
     Q_PROPERTY(bool canSend READ canSend NOTIFY canSendChanged)
     Q_PROPERTY(bool isEditing READ isEditing NOTIFY isEditingChanged)
@@ -100,6 +102,7 @@ public:
     [[nodiscard]] GhostDesk *ghosts() { return &m_ghosts; }
     [[nodiscard]] const ChatStores &stores() const { return m_stores; }
     [[nodiscard]] ComposerEntries *entries() { return &m_entries; }
+    [[nodiscard]] ReplyReader *reader() { return &m_reader; }
     [[nodiscard]] const QString &draft() const { return m_draft; }
     void setDraft(const QString &draft);
     // A key went to the message field.
@@ -241,6 +244,7 @@ private:
     GhostDesk m_ghosts;
     DraftKeeper m_drafts;
     MessageDesk m_desk;
+    ReplyReader m_reader;
     ReplyDelivery m_delivery;
     std::unique_ptr<TurnPlanner> m_planner;
     QString m_draft;

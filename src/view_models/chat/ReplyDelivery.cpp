@@ -1,9 +1,9 @@
 #include "view_models/chat/ReplyDelivery.h"
 
 #include "models/Conversation.h"
-#include "persistence/SettingsStore.h"
 #include "utils/text/UserPresentableError.h"
 #include "view_models/chat/ReplyPorts.h"
+#include "view_models/chat/ReplyReader.h"
 #include "view_models/companion/CompanionViewModel.h"
 
 namespace morvane {
@@ -22,17 +22,10 @@ void ReplyDelivery::setWindowInFront(bool inFront)
         withdrawApproval(); // the card itself is in view
 }
 
-void ReplyDelivery::deliver(const QString &text, const Conversation &conversation, Kind kind)
+void ReplyDelivery::deliver(const ChatMessage &reply, const Conversation &conversation, Kind kind)
 {
-    const bool reads = m_services.speech && m_services.settings.voiceOutputEnabled();
-    if (reads && !text.isEmpty()) {
-        m_services.companion.transition(CompanionState::speaking);
-        m_speaking = TaskHandle::start([self = QPointer(this), text](std::stop_token stop) {
-            return speak(self, text, std::move(stop));
-        });
-    } else {
+    if (!m_services.reader.readFinished(reply))
         m_services.companion.reset();
-    }
     if (m_isWindowInFront)
         return;
     m_services.companion.flash(CompanionState::notification, 2s);
@@ -42,16 +35,6 @@ void ReplyDelivery::deliver(const QString &text, const Conversation &conversatio
         m_services.notifications->ghostReplyReady();
     else
         m_services.notifications->replyReady(conversation.id(), conversation.title());
-}
-
-QCoro::Task<> ReplyDelivery::speak(QPointer<ReplyDelivery> self, QString text, std::stop_token stop)
-{
-    const SettingsStore &settings = self->m_services.settings;
-    std::optional<QString> voice = settings.voiceIdentifier();
-    co_await self->m_services.speech->speak(std::move(text), std::move(voice), settings.speakingRate(),
-                                            settings.speakCodeBlocks(), stop);
-    if (self && !stop.stop_requested())
-        self->m_services.companion.reset();
 }
 
 void ReplyDelivery::tellFailure(const std::exception_ptr &error, Kind kind)
@@ -82,16 +65,6 @@ void ReplyDelivery::withdrawApproval()
 {
     if (m_services.notifications)
         m_services.notifications->withdrawApproval();
-}
-
-void ReplyDelivery::stopSpeaking()
-{
-    if (!m_services.speech)
-        return;
-    if (m_speaking.isRunning())
-        m_services.companion.reset();
-    m_speaking = {}; // its end is none of the next turn's
-    m_services.speech->stop();
 }
 
 } // namespace morvane

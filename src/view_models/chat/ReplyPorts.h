@@ -1,26 +1,11 @@
 #pragma once
 
-#include <QCoroTask>
 #include <QString>
 #include <QUuid>
-
-#include <optional>
-#include <stop_token>
 
 namespace morvane {
 
 // What the chat asks of the desktop around it. Adapters live with the platform; without one nothing happens.
-
-// Reads replies aloud.
-class SpeechOutputting {
-public:
-    virtual ~SpeechOutputting() = default;
-
-    // Ends when the speech has ended or was stopped. `rate` runs from 0, slowest, to 1.
-    [[nodiscard]] virtual QCoro::Task<> speak(QString text, std::optional<QString> voice, double rate,
-                                              bool speakCodeBlocks, std::stop_token stop) = 0;
-    virtual void stop() = 0;
-};
 
 // Takes down what the person says, from the press of a key to its release.
 class SpeechCapturing {

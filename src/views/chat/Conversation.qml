@@ -47,9 +47,12 @@ ChatSelection {
         topMargin: Theme.gap8 + (bar.wanted ? bar.height + Theme.gap8 : 0) // the first words can stand below the bar
         messages: root.chat.messages
         responding: root.chat.isResponding
+        canRead: root.chat.reader.isAvailable
+        readingId: root.chat.reader.readingId
         chosen: root.wholeChat
         lastQuestion: root.chat.messages.lastQuestion
         onCopyAsked: text => root.shell.copy(text)
+        onReadAsked: messageId => root.chat.reader.toggle(messageId)
         onLinkAsked: address => root.shell.openLink(address)
         onProofAsked: messageId => root.chat.proofPanel.open(messageId)
         onContinueAsked: messageId => root.chat.continueReply(messageId)

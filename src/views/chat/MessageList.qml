@@ -12,6 +12,8 @@ ListView {
     required property MessageListModel messages
     property real column: Theme.columnWidth
     property bool responding: false
+    property bool canRead: false // replies aloud
+    property string readingId // of the reply that is being read
     property bool chosen: false // all of it, to be copied
     property int lastQuestion: -1 // its row
     // The end stays in view as replies grow.
@@ -26,6 +28,7 @@ ListView {
     readonly property real gapToEnd: endY - contentY
 
     signal copyAsked(string text)
+    signal readAsked(string messageId)
     signal linkAsked(string address)
     signal proofAsked(string messageId)
     signal continueAsked(string messageId)
@@ -110,9 +113,12 @@ ListView {
         isLast: index === root.count - 1
         isLastQuestion: index === root.lastQuestion
         responding: root.responding
+        canRead: root.canRead
+        reading: root.readingId === messageId
         chosen: root.chosen
         onCopyAsked: text => root.copyAsked(text)
         onLinkAsked: address => root.linkAsked(address)
+        onReadAsked: root.readAsked(messageId)
         onProofAsked: root.proofAsked(messageId)
         onContinueAsked: messageId => root.continueAsked(messageId)
         onRetryAsked: root.retryAsked()

@@ -34,11 +34,14 @@ Item {
     property bool isLast: false
     property bool isLastQuestion: false
     property bool responding: false
+    property bool canRead: false
+    property bool reading: false
     property bool chosen: false // with the whole chat, to be copied
     readonly property bool canRegenerate: isLast && !responding && !running && !failed && !interrupted
     property bool waits: false // to be used again: its properties belong to two messages for a moment
 
     signal copyAsked(string text)
+    signal readAsked()
     signal linkAsked(string address)
     signal proofAsked()
     signal continueAsked(string messageId)
@@ -118,11 +121,14 @@ Item {
         proofMark: root.proofMark
         isLast: root.isLast
         responding: root.responding
+        canRead: root.canRead
+        reading: root.reading
         version: root.version
         versionCount: root.versionCount
         wideColumn: Math.max(root.column, Math.min(Theme.wideColumnWidth, root.width - 2 * Theme.gap24))
         onCopyAsked: text => root.copyAsked(text)
         onLinkAsked: address => root.linkAsked(address)
+        onReadAsked: root.readAsked()
         onProofAsked: root.proofAsked()
         onContinueAsked: root.continueAsked(root.messageId)
         onRetryAsked: root.retryAsked()

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Layouts
 import Morvane
 
-// The row under a reply: copy, where it ran and what proves it, another version, Continue when its limit cut it off, and Retry when it
+// The row under a reply: copy, read aloud, where it ran and what proves it, another version, Continue when its limit cut it off, and Retry when it
 // failed or the program ended before it did.
 RowLayout {
     id: root
@@ -17,9 +17,12 @@ RowLayout {
     property int version: 1
     property int versionCount: 1
     property bool canSwitch: false
+    property bool canRead: false // aloud
+    property bool reading: false
     property bool emphasised: false
 
     signal copyAsked()
+    signal readAsked()
     signal proofAsked()
     signal continueAsked()
     signal retryAsked()
@@ -69,6 +72,18 @@ RowLayout {
         visible: copied.running
         text: qsTr("Copied")
         color: Theme.success
+    }
+    IconButton {
+        objectName: "readAloud"
+        Layout.leftMargin: -Theme.gap8
+        size: 28
+        visible: root.canRead && root.finished && root.hasText
+        opacity: root.emphasised || activeFocus || root.reading ? 1 : 0
+        text: root.reading ? qsTr("Stop reading") : qsTr("Read the reply aloud")
+        glyph: root.reading ? "stop" : "speaker"
+        onClicked: root.readAsked()
+
+        Behavior on opacity { NumberAnimation { duration: Theme.fade } }
     }
     IconButton {
         objectName: "regenerate"

@@ -29,6 +29,8 @@ ColumnLayout {
     required property bool responding // a turn runs in this chat
     required property int version
     required property int versionCount
+    property bool canRead: false
+    property bool reading: false // aloud, now
     property real wideColumn: width
     readonly property string mark: cancelled ? qsTr("You stopped this reply.")
         : interrupted ? qsTr("This reply was interrupted.")
@@ -41,6 +43,7 @@ ColumnLayout {
 
     onReused: blocks.startOver()
     signal copyAsked(string text)
+    signal readAsked()
     signal linkAsked(string address)
     signal proofAsked()
     signal continueAsked()
@@ -124,8 +127,11 @@ ColumnLayout {
         version: root.version
         versionCount: root.versionCount
         canSwitch: !root.responding
+        canRead: root.canRead
+        reading: root.reading
         emphasised: root.isLast || hover.hovered
         onCopyAsked: root.copyAsked(root.messages.plainText(root.messageId))
+        onReadAsked: root.readAsked()
         onProofAsked: root.proofAsked()
         onContinueAsked: root.continueAsked()
         onRetryAsked: root.retryAsked()

@@ -25,6 +25,7 @@ Rectangle {
                 { page: "abilities", title: qsTr("Abilities"), glyph: "globe" },
                 { page: "memory", title: qsTr("Memory"), glyph: "note" },
                 { page: "chats", title: qsTr("Chats"), glyph: "chat" },
+                { page: "voice", title: qsTr("Voice"), glyph: "speaker" },
                 { page: "appearance", title: qsTr("Appearance"), glyph: "appearance" },
                 { page: "proof", title: qsTr("Proof"), glyph: "sealed" },
                 { page: "network", title: qsTr("Network"), glyph: "network" }

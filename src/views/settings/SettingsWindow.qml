@@ -17,9 +17,10 @@ T.ApplicationWindow {
     required property NetworkLedgerViewModel networkLedger
     required property ProofLedgerViewModel proofLedger
     required property PrivateCloudViewModel privateCloud
+    required property SpeakingViewModel speaking
     required property ShellViewModel shell
     // In the order of the menu and of the pages below.
-    readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "chats", "appearance", "proof", "network"]
+    readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "chats", "voice", "appearance", "proof", "network"]
     property string page: pages[0]
 
     signal left()
@@ -92,6 +93,11 @@ T.ApplicationWindow {
             ChatsPage {
                 settings: root.settings
                 productName: root.shell.productName
+            }
+            VoicePage {
+                speaking: root.speaking
+                settings: root.settings
+                shown: root.visible && root.page === "voice"
             }
             AppearancePage {
                 settings: root.settings

@@ -1,0 +1,158 @@
+#include "audio/TextToSpeechService.h"
+
+#include "async/Work.h"
+#include "audio/AudioPlaying.h"
+#include "audio/AudioQueue.h"
+#include "audio/SpeechSentences.h"
+#include "markdown/SpeechText.h"
+#include "utils/log/Log.h"
+#include "utils/text/Text.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// How far the sound may run ahead of what is heard: a slow moment of the machine is not heard, and of a long
+// reply only this much is held.
+constexpr std::size_t secondsAhead = 20;
+
+struct FirstSound {};
+
+struct Cleaned {
+    QString text;
+    qsizetype characters = 0;
+};
+
+Cleaned cleaned(const QString &text, MarkdownRenderer::CodeInSpeech code)
+{
+    const QString words = SpeechText::clean(text, code);
+    return {words, Text::characterCount(words)};
+}
+
+void synthesizeInto(AudioQueue &sound, SpeechSynthesizing &synthesizer,
+                    SpeechSynthesizing::Utterance utterance, const Work::Report<FirstSound> &report,
+                    const std::stop_token &stop)
+{
+    bool told = false;
+    const auto sink = [&](std::span<const std::int16_t> samples) {
+        const bool goesOn = sound.write(samples, stop);
+        if (!std::exchange(told, true))
+            report({});
+        return goesOn;
+    };
+    const QString text = std::exchange(utterance.text, QString());
+    SpeechSentences sentences(text);
+    for (QStringView piece = sentences.next(); !piece.isEmpty() && !stop.stop_requested();
+         piece = sentences.next()) {
+        utterance.text = piece.toString();
+        synthesizer.synthesize(utterance, sink);
+    }
+}
+
+} // namespace
+
+TextToSpeechService::TextToSpeechService(SpeechSynthesizing &synthesizer, AudioPlaying &output, Work &work,
+                                         QObject *parent)
+    : QObject(parent)
+    , m_synthesizer(synthesizer)
+    , m_output(output)
+    , m_work(work)
+{}
+
+TextToSpeechService::~TextToSpeechService()
+{
+    m_stop.request_stop();
+}
+
+QCoro::Task<> TextToSpeechService::speak(QString text, std::optional<QString> voiceIdentifier, double rate,
+                                         bool speakCodeBlocks, std::stop_token stop)
+{
+    this->stop();
+    m_stop = std::stop_source();
+    const double slowest = m_synthesizer.minimumRate();
+    const double share = std::isfinite(rate) ? std::clamp(rate, 0.0, 1.0) : 0.5;
+    SpeechSynthesizing::Utterance utterance{.text = std::move(text),
+                                            .voice = voiceIdentifier.value_or(QString()),
+                                            .rate =
+                                                slowest + (m_synthesizer.maximumRate() - slowest) * share};
+    return run(QPointer(this), std::move(utterance), speakCodeBlocks, m_stop, std::move(stop));
+}
+
+void TextToSpeechService::stop()
+{
+    m_stop.request_stop();
+    setSpeaking(false);
+}
+
+QCoro::Task<> TextToSpeechService::run(QPointer<TextToSpeechService> self,
+                                       SpeechSynthesizing::Utterance utterance, bool speakCodeBlocks,
+                                       std::stop_source stop, std::stop_token callersStop)
+{
+    const std::stop_callback passOn(callersStop, [stop]() mutable { stop.request_stop(); });
+    try {
+        const auto code = speakCodeBlocks ? MarkdownRenderer::CodeInSpeech::read
+                                          : MarkdownRenderer::CodeInSpeech::announced;
+        auto cleaning = self->m_work.run(
+            [text = std::move(utterance.text), code] { return cleaned(text, code); }, stop.get_token());
+        const Cleaned words = co_await std::move(cleaning);
+        if (!self || words.text.isEmpty())
+            co_return;
+        utterance.text = words.text;
+        self->setSpeaking(true);
+        Log::info(Log::Category::Audio, "Speaking response (%ld characters)"_L1, {words.characters});
+        co_await sound(self, std::move(utterance), stop.get_token());
+    } catch (const CancelledError &) {
+        // It was stopped: what follows is the end, as after the last word.
+    } catch (...) {
+        if (self)
+            self->ended(stop);
+        throw;
+    }
+    if (self)
+        self->ended(stop);
+}
+
+QCoro::Task<> TextToSpeechService::sound(QPointer<TextToSpeechService> self,
+                                         SpeechSynthesizing::Utterance utterance, std::stop_token stop)
+{
+    const auto sound = std::make_shared<AudioQueue>(AudioQueue::samplesIn(secondsAhead));
+    auto synthesis = self->m_work.start<FirstSound>(
+        [sound, &synthesizer = self->m_synthesizer, utterance = std::move(utterance)](
+            const Work::Report<FirstSound> &report, const std::stop_token &stopped) {
+            try {
+                synthesizeInto(*sound, synthesizer, utterance, report, stopped);
+            } catch (...) {
+                sound->finish();
+                throw;
+            }
+            sound->finish();
+        });
+    const std::optional<FirstSound> first = co_await synthesis.next(stop);
+    if (!first || !self)
+        co_return; // no word of it can be said
+    co_await self->m_output.play(sound, stop);
+}
+
+QCoro::Task<std::vector<SpeechSynthesizing::Voice>> TextToSpeechService::voices(std::stop_token stop)
+{
+    return m_work.run([&synthesizer = m_synthesizer] { return synthesizer.voices(); }, std::move(stop));
+}
+
+void TextToSpeechService::ended(const std::stop_source &utterance)
+{
+    if (m_stop == utterance)
+        setSpeaking(false);
+}
+
+void TextToSpeechService::setSpeaking(bool speaking)
+{
+    if (std::exchange(m_isSpeaking, speaking) != speaking)
+        Q_EMIT isSpeakingChanged();
+}
+
+} // namespace morvane

@@ -1,0 +1,80 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Layouts
+import Morvane
+import Morvane.ViewModels
+
+// How replies are read aloud.
+SettingsPage {
+    id: root
+
+    required property SpeakingViewModel speaking
+    required property SettingsStore settings
+    property bool shown: false
+
+    title: qsTr("Voice")
+    onShownChanged: root.shown ? root.speaking.refresh() : root.speaking.stop()
+
+    SettingsCard {
+        heading: qsTr("Reading aloud")
+
+        SwitchRow {
+            objectName: "voice.output"
+            title: qsTr("Read replies aloud")
+            explanation: qsTr("When a reply has ended. Each reply also has a button that reads it.")
+            checked: root.settings.voiceOutputEnabled
+            onToggled: on => root.settings.voiceOutputEnabled = on
+        }
+        SwitchRow {
+            objectName: "voice.code"
+            title: qsTr("Read code as well")
+            explanation: qsTr("Otherwise a phrase stands in for it.")
+            checked: root.settings.speakCodeBlocks
+            onToggled: on => root.settings.speakCodeBlocks = on
+        }
+        SettingsRow {
+            title: qsTr("Speed")
+
+            ValueSlider {
+                objectName: "voice.rate"
+                from: 0
+                to: 1
+                stepSize: 0.05
+                value: root.settings.speakingRate
+                Accessible.name: qsTr("Speed of reading")
+                onMoved: root.settings.speakingRate = value
+            }
+        }
+        SettingsRow {
+            title: qsTr("Try it")
+            explanation: root.speaking.message.length > 0 ? root.speaking.message
+                : qsTr("The voices are made on this computer and speak English.")
+            explanationInk: root.speaking.message.length > 0 ? Theme.danger : Theme.secondary
+
+            PushButton {
+                objectName: "voice.listen"
+                text: root.speaking.isListening ? qsTr("Stop") : qsTr("Listen")
+                onClicked: root.speaking.listen()
+            }
+        }
+    }
+    SettingsCard {
+        heading: qsTr("Voices")
+        visible: root.speaking.voices.length > 1
+
+        Repeater {
+            model: root.speaking.voices
+
+            ChoiceRow {
+                required property string modelData
+                required property int index
+
+                objectName: "voice.choice." + index
+                title: modelData
+                chosen: index === root.speaking.voice
+                onPicked: root.speaking.voice = index
+            }
+        }
+    }
+}

@@ -1,0 +1,214 @@
+#include "async/Work.h"
+#include "audio/AudioError.h"
+#include "audio/AudioPlaying.h"
+#include "audio/AudioQueue.h"
+#include "audio/SpeechSentences.h"
+#include "audio/TextToSpeechService.h"
+#include "audio/engines/FliteSynthesizer.h"
+#include "support/Await.h"
+#include "support/LogCapture.h"
+#include "support/ManualClock.h"
+
+#include <gtest/gtest.h>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Says each piece as a tenth of a second of sound.
+class ScriptedVoice final : public SpeechSynthesizing {
+public:
+    std::vector<Voice> voices() override { return {{u"one"_s, u"One"_s}}; }
+    [[nodiscard]] double minimumRate() const override { return 1; }
+    [[nodiscard]] double maximumRate() const override { return 5; }
+    void synthesize(const Utterance &utterance, const Sink &sink) override
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_said.push_back(utterance);
+        }
+        sink(std::vector<std::int16_t>(1600, 1000));
+    }
+    [[nodiscard]] std::vector<Utterance> said() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_said;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    std::vector<Utterance> m_said;
+};
+
+// Plays until the test ends it; false is a machine without a loudspeaker.
+class ScriptedOutput final : public AudioPlaying {
+public:
+    QCoro::Task<> play(std::shared_ptr<AudioQueue> sound, std::stop_token stop) override
+    {
+        auto ends = AsyncStream<bool>::make();
+        sounds.push_back(std::move(sound));
+        m_end.emplace(ends.second);
+        const std::optional<bool> works = co_await ends.first.next(stop);
+        if (!*works)
+            throw AudioError(AudioError::Case::playbackFailed);
+    }
+    void end(bool works)
+    {
+        m_end->yield(works);
+        TestWait::settle();
+    }
+
+    std::vector<std::shared_ptr<AudioQueue>> sounds;
+
+private:
+    std::optional<AsyncStream<bool>::Producer> m_end;
+};
+
+class TextToSpeechTest : public testing::Test {
+protected:
+    void speak(const QString &text, double rate = 0.5, bool code = false)
+    {
+        m_outcome = std::make_shared<TestWait::Outcome<void>>();
+        TestWait::collect<void>(service.speak(text, u"one"_s, rate, code, stop.get_token()), m_outcome);
+        TestWait::until([this, before = output.sounds.size()] {
+            return m_outcome->done || output.sounds.size() > before;
+        });
+    }
+    [[nodiscard]] bool hasEnded() const { return m_outcome->done; }
+    [[nodiscard]] bool hasFailed() const { return static_cast<bool>(m_outcome->error); }
+    // All of them, once the worker is through.
+    QStringList pieces()
+    {
+        std::array<std::int16_t, 1600> samples{};
+        while (!output.sounds.back()->isAtEnd())
+            output.sounds.back()->readOrWait(samples, {});
+        QStringList texts;
+        for (const auto &utterance : voice.said())
+            texts.append(utterance.text);
+        return texts;
+    }
+
+    ManualClock clock;
+    Work work{clock};
+    ScriptedVoice voice;
+    ScriptedOutput output;
+    TextToSpeechService service{voice, output, work};
+    std::stop_source stop;
+
+private:
+    std::shared_ptr<TestWait::Outcome<void>> m_outcome;
+};
+
+TEST_F(TextToSpeechTest, WordsAreSpokenSentenceBySentenceAndMarksAreNot)
+{
+    struct {
+        const char *text;
+        bool code;
+        QStringList spoken;
+    } const cases[] = {
+        {"**One** `two`. Three?\n\n- four", false, {u"One two."_s, u"Three?"_s, u"four"_s}},
+        {"```cpp\nint x;\n```", false, {u"…there's a code example here…"_s}},
+        {"```cpp\nint x;\n```", true, {u"int x;"_s}},
+    };
+    for (const auto &each : cases) {
+        const auto before = voice.said().size();
+        speak(QString::fromUtf8(each.text), 0.5, each.code);
+        EXPECT_TRUE(service.isSpeaking());
+        EXPECT_EQ(pieces().mid(static_cast<qsizetype>(before)), each.spoken);
+        output.end(true);
+        EXPECT_TRUE(hasEnded() && !service.isSpeaking());
+    }
+    for (const QString &nothing : {u""_s, u" \n "_s, u"****"_s}) {
+        speak(nothing);
+        EXPECT_TRUE(hasEnded() && !service.isSpeaking()) << nothing.toStdString();
+    }
+    EXPECT_EQ(output.sounds.size(), std::size(cases));
+}
+
+TEST_F(TextToSpeechTest, TheRateIsAPlaceOnTheVoicesScale)
+{
+    LogCapture log;
+    for (const auto &[rate, used] : std::vector<std::pair<double, double>>{
+             {0, 1}, {0.5, 3}, {1, 5}, {-7, 1}, {1e9, 5}, {std::nan(""), 3}}) {
+        speak(u"word"_s, rate);
+        pieces();
+        EXPECT_EQ(voice.said().back().rate, used) << rate;
+        EXPECT_EQ(voice.said().back().voice, u"one"_s);
+    }
+    EXPECT_EQ(log.lines(), QStringList(6, u"audio: Speaking response (4 characters)"_s));
+}
+
+TEST_F(TextToSpeechTest, ALongReplyIsHeldOnlyAFewSecondsAheadAndStopsAtOnce)
+{
+    speak(u"Ten letters. "_s.repeated(80'000));
+    while (voice.said().size() < 201) // of a tenth of a second each; the last has no room
+        std::this_thread::yield();
+    EXPECT_EQ(voice.said().size(), 201U);
+    stop.request_stop();
+    TestWait::settle();
+    EXPECT_TRUE(hasEnded() && !service.isSpeaking() && !hasFailed());
+
+    stop = {};
+    speak(u"The next."_s);
+    auto former = std::exchange(stop, {});
+    speak(u"And one in its place."_s); // stops the former
+    EXPECT_TRUE(service.isSpeaking());
+    service.stop();
+    EXPECT_FALSE(service.isSpeaking());
+    TestWait::settle();
+    EXPECT_TRUE(hasEnded());
+
+    speak(u"Nobody hears it."_s);
+    output.end(false);
+    EXPECT_TRUE(hasEnded() && hasFailed() && !service.isSpeaking());
+}
+
+TEST(SpeechSentencesTest, PiecesAreShortAndLoseNoWord)
+{
+    for (const QString &text : {u"word "_s.repeated(500), u"x"_s.repeated(5'000),
+                                u"\U0001F468‍\U0001F469‍\U0001F467"_s.repeated(300),
+                                u"One. Two! Three?\nFour"_s, u"a\u0301"_s.repeated(900) + u'.'}) {
+        SpeechSentences sentences(text);
+        QString joined;
+        for (QStringView piece = sentences.next(); !piece.isEmpty(); piece = sentences.next()) {
+            EXPECT_LE(piece.size(), SpeechSentences::longestPiece + 1);
+            joined += piece;
+        }
+        QString words = text;
+        EXPECT_EQ(joined.remove(u' '), words.remove(u' ').remove(u'\n'));
+    }
+}
+
+// Seconds of sound.
+double lengthOf(FliteSynthesizer &voice, const SpeechSynthesizing::Utterance &utterance)
+{
+    std::size_t samples = 0;
+    voice.synthesize(utterance, [&](std::span<const std::int16_t> more) {
+        samples += more.size();
+        return true;
+    });
+    return static_cast<double>(samples) / AudioQueue::sampleRate;
+}
+
+TEST(FliteSynthesizerTest, ARemovedVoiceAndWhatHasNoWordsAreNoFailure)
+{
+    FliteSynthesizer voice;
+    const QString sentence = u"The evening is warm and quiet."_s;
+    const double usual = lengthOf(voice, {sentence, u"cmu_us_slt"_s, 0});
+    EXPECT_GT(usual, 1);
+    EXPECT_EQ(lengthOf(voice, {sentence, u"../../removed"_s, 0}), usual);
+    EXPECT_NEAR(lengthOf(voice, {sentence, {}, 1}), usual / 2, usual / 8);
+    EXPECT_NEAR(lengthOf(voice, {sentence, {}, -1}), usual * 2, usual / 2);
+    EXPECT_GT(lengthOf(voice, {u"Ça coûte — “naïve”!"_s, {}, 0}), 0.5);
+    for (const QString &mute :
+         {u"😀🎉"_s, u"\u0001\u0007\u009f"_s, u"漢字"_s, u"… — !?"_s, QString(QChar(0xd800))})
+        EXPECT_EQ(lengthOf(voice, {mute, {}, 0}), 0) << mute.toStdString();
+    EXPECT_GT(lengthOf(voice, {u"9"_s.repeated(SpeechSentences::longestPiece), {}, 1}), 1);
+    EXPECT_FALSE(voice.voices().empty());
+}
+
+} // namespace
+
+} // namespace morvane
