@@ -73,8 +73,8 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::uniqu
     , m_secrets(m_commandLine.folders(), keyring ? std::move(keyring) : keyringOf(m_commandLine), m_work)
     , m_appearance(std::make_unique<DesktopAppearance>())
     , m_notifications(std::make_unique<DesktopNotifications>())
-    , m_files(m_commandLine.files)
     , m_audio(std::make_unique<DesktopAudio>())
+    , m_files(m_commandLine.files)
 {
     connect(&m_secrets.preparation(), &KeychainPreparation::stateChanged, this, &Launch::keychainChanged);
 }

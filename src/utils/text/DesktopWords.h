@@ -14,6 +14,10 @@ struct DesktopWords {
     QStringView screenSettings; // where the screen's permission is given
     QStringView
         screenPermissionRule; // why a permission may need a new start; a clause that may begin a sentence
+    QStringView microphoneSettings;   // where the microphone's permission is given
+    QStringView speechSettings;       // where speech recognition's permission is given
+    QStringView dictationSettings;    // where a person chooses the language of dictation
+    QStringView speechServersOwner;   // whose servers would hear what isn't recognised on the device
     QStringView secretStore;          // what keeps API keys
     QStringView secretStoreProgram;   // where a person looks into it
     QStringView connectionLister;     // a command that lists what every program is connected to
@@ -23,10 +27,6 @@ struct DesktopWords {
     QStringView terminal;             // where commands are typed; follows "open"
     QStringView ollamaListensToAll;   // a command that lets an Ollama answer other computers
     QStringView ollamaWithoutService; // and what to do where that command has no service to act on
-    QStringView microphoneSettings;   // where the microphone's permission is given
-    QStringView speechSettings;       // where speech recognition's permission is given
-    QStringView dictationSettings;    // where a person chooses the language of dictation
-    QStringView speechServersOwner;   // whose servers would hear what isn't recognised on the device
 
     static const DesktopWords original;
     static const DesktopWords freedesktop;

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <QCoroTask>
 #include <QString>
 #include <QUuid>
+
+#include <stop_token>
 
 namespace morvane {
 
