@@ -71,7 +71,9 @@ protected:
     }
     [[nodiscard]] bool isRead() const
     {
-        return WindowDriver::eventually([this] { return !desk().isReading(); });
+        const bool isRead = WindowDriver::eventually([this] { return !desk().isReading(); });
+        WindowDriver::settle();
+        return isRead;
     }
     [[nodiscard]] AttachmentDesk &desk() const
     {

@@ -9,6 +9,7 @@ Rectangle {
 
     required property AttachmentDesk desk
     required property bool canAct // something may be asked of it now
+    required property bool menuOpen
     readonly property bool reading: desk.state === AttachmentDesk.Reading
     readonly property bool failed: desk.state === AttachmentDesk.Failed
     readonly property color ink: failed ? Theme.danger
@@ -86,6 +87,7 @@ Rectangle {
                 size: 26
                 text: qsTr("Ask about it")
                 glyph: "spark"
+                quiet: root.menuOpen
                 onClicked: root.actionsAsked(this)
             }
             IconButton {

@@ -15,6 +15,7 @@ ColumnLayout {
     AttachmentChip {
         Layout.maximumWidth: Math.min(280, root.width)
         desk: root.desk
+        menuOpen: (actions.item as QuickActionMenu)?.visible ?? false
         canAct: root.chat.canSend && !root.chat.isEditing
         onActionsAsked: place => {
             actions.wanted = true;
