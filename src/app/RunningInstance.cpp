@@ -18,7 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int patience = 2000;              // milliseconds
+constexpr int patience = 2000;                     // milliseconds
 constexpr qsizetype longestMessage = 4 * PATH_MAX; // of what can be a path and more
 
 // Makes the folder before the lock file is placed in it.
@@ -68,7 +68,8 @@ RunningInstance::~RunningInstance()
 
 void RunningInstance::askFirst(const QStringList &files) const
 {
-    const int pipe = ::open(QFile::encodeName(m_pipePath).constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOFOLLOW);
+    const int pipe =
+        ::open(QFile::encodeName(m_pipePath).constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOFOLLOW);
     if (pipe < 0)
         return;
     QByteArray messages;

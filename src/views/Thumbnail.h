@@ -8,8 +8,8 @@
 
 namespace morvane {
 
-// The small picture of what is attached, with round corners. It is drawn from pixels in memory, neither loaded
-// from anywhere nor kept in a cache.
+// The small picture of what is attached, with round corners. It is drawn from pixels in memory, neither
+// loaded from anywhere nor kept in a cache.
 class Thumbnail : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT

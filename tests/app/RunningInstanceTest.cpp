@@ -25,7 +25,8 @@ TEST(RunningInstanceTest, ASecondStartAsksTheFirstToShowEveryTime)
         ++shown;
         files += each;
     });
-    const QStringList handed[] = {{}, {u"/a b.txt"_s, u"/line\nend “ä”.pdf"_s}, {}, QStringList(50, u"/"_s + QString(999, u'x'))};
+    const QStringList handed[] = {
+        {}, {u"/a b.txt"_s, u"/line\nend “ä”.pdf"_s}, {}, QStringList(50, u"/"_s + QString(999, u'x'))};
     for (const QStringList &each : handed) {
         const RunningInstance second(folder.filePath(u"run"_s));
         EXPECT_FALSE(second.isFirst());

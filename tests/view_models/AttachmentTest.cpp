@@ -59,8 +59,9 @@ public:
     {
         throw std::logic_error("nobody asks for it");
     }
-    QCoro::Task<std::optional<ImportedAttachment>>
-    attachmentFromPasteboard(PastedContent content, qsizetype, ImportProgress told, std::stop_token stop) override
+    QCoro::Task<std::optional<ImportedAttachment>> attachmentFromPasteboard(PastedContent content, qsizetype,
+                                                                            ImportProgress told,
+                                                                            std::stop_token stop) override
     {
         asked.append(content);
         progress = told;
@@ -138,10 +139,7 @@ protected:
         TestWait::settle();
         return text;
     }
-    [[nodiscard]] QString banner() const
-    {
-        return composer.banner().message;
-    }
+    [[nodiscard]] QString banner() const { return composer.banner().message; }
 
     Importer importer;
     Screen screen;
@@ -181,8 +179,9 @@ TEST_F(AttachmentTest, FilesAreReadOneAfterAnotherAndTheLastThatCanBeReadStays)
     importer.read(u"c.txt"_s, true);
     EXPECT_EQ(desk->state(), Cut);
     EXPECT_EQ(face(), u"c.txt|Text · 1.2 kB · cut to fit"_s);
-    EXPECT_EQ(desk->notice(), u"A message takes one file: “c.txt” is attached, the other 2 are not. “c.txt” was "
-                              "truncated to fit the size limit."_s);
+    EXPECT_EQ(desk->notice(),
+              u"A message takes one file: “c.txt” is attached, the other 2 are not. “c.txt” was "
+              "truncated to fit the size limit."_s);
 
     attach({u"d.pdf"_s});
     importer.refuse(DocumentError::Plain::passwordProtected);
@@ -208,9 +207,9 @@ TEST_F(AttachmentTest, FilesAreReadOneAfterAnotherAndTheLastThatCanBeReadStays)
 TEST_F(AttachmentTest, WhatIsBeingReadEndsWithItsChatOrWhatIsHandedOverNext)
 {
     composer.openAtStart();
-    const std::function<void()> endings[] = {
-        [this] { composer.newConversation(); }, [this] { composer.endTurns(); },
-        [this] { composer.remove(composer.conversationId()); }};
+    const std::function<void()> endings[] = {[this] { composer.newConversation(); },
+                                             [this] { composer.endTurns(); },
+                                             [this] { composer.remove(composer.conversationId()); }};
     for (const auto &end : endings) {
         composer.setDraft(u"so that the next chat is another one"_s);
         composer.send();
@@ -297,8 +296,7 @@ TEST_F(AttachmentTest, AQuickActionTakesTheAttachmentOrElseTheDraft)
     attach({u"a.txt"_s});
     importer.read(u"a.txt"_s);
     composer.perform(QuickAction::extractActions);
-    EXPECT_TRUE(takeSent().endsWith(
-        u"User request: Extract the action items from this as a checklist."_s));
+    EXPECT_TRUE(takeSent().endsWith(u"User request: Extract the action items from this as a checklist."_s));
     EXPECT_EQ(composer.draft(), u" my words "_s);
     composer.perform(QuickAction::draftReply);
     EXPECT_EQ(takeSent(), u"Draft a thoughtful reply to this.\n\nmy words"_s);
@@ -324,7 +322,8 @@ TEST_F(AttachmentTest, APictureIsWarnedOfByWhereRepliesComeFrom)
         settings.setModel(model);
         attach({u"cat.png"_s});
         importer.read(u"cat.png"_s);
-        EXPECT_EQ(banner(), isWarned ? u"Images go only to a model on this computer or your network."_s : QString())
+        EXPECT_EQ(banner(),
+                  isWarned ? u"Images go only to a model on this computer or your network."_s : QString())
             << model.toStdString();
         EXPECT_EQ(!composer.entries()->modelNotice().isEmpty(), isSmall) << model.toStdString();
         desk->remove();

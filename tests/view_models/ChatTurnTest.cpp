@@ -265,7 +265,8 @@ TEST_F(ChatTurnTest, WhatCannotBeSavedIsSaidAndTheTurnGoesOn)
     EXPECT_EQ(sentWords().back(), u"more"_s);
 
     ChatViewModel other(services); // with no chat to write to, and no room for a new one
-    other.entries()->attachments()->hold(ImportedAttachment{.id = QUuid::createUuid(), .filename = u"kept.txt"_s});
+    other.entries()->attachments()->hold(
+        ImportedAttachment{.id = QUuid::createUuid(), .filename = u"kept.txt"_s});
     other.setDraft(u"keep me"_s);
     other.send();
     EXPECT_EQ(other.draft(), u"keep me"_s);

@@ -208,9 +208,9 @@ TEST_F(MessageDeskTest, WhatIsDeletedGoesWithAllItsVersionsAndComesBackUntilSome
 TEST_F(MessageDeskTest, AChatKeepsTheMarkOfAPictureThatWasDeleted)
 {
     chat.entries()->attachments()->hold(ImportedAttachment{.id = QUuid::createUuid(),
-                                                 .filename = u"cat.jpg"_s,
-                                                 .fileExtension = u"image"_s,
-                                                 .imageData = QByteArray("jpeg")});
+                                                           .filename = u"cat.jpg"_s,
+                                                           .fileExtension = u"image"_s,
+                                                           .imageData = QByteArray("jpeg")});
     send(u"what is it?"_s);
     replies.text(u"A cat"_s);
     replies.finish();

@@ -90,9 +90,9 @@ TEST_F(TurnCargoTest, APictureMarksItsChatForGoodAndStaysNear)
 {
     settings.setBaseURLString(u"https://service.example/v1"_s);
     chat.entries()->attachments()->hold(ImportedAttachment{.id = QUuid::createUuid(),
-                                                 .filename = u"cat.jpg"_s,
-                                                 .fileExtension = u"image"_s,
-                                                 .imageData = QByteArray("jpeg")});
+                                                           .filename = u"cat.jpg"_s,
+                                                           .fileExtension = u"image"_s,
+                                                           .imageData = QByteArray("jpeg")});
     send(u"what is it?"_s);
     EXPECT_TRUE(replies.asked.empty()) << "a picture must not reach a service";
     EXPECT_EQ(lastMessage()->status(), MessageStatus::failed);

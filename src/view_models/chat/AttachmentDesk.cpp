@@ -180,8 +180,8 @@ QCoro::Task<> AttachmentDesk::readAll(QPointer<AttachmentDesk> self, Handed hand
         std::exception_ptr failure;
         std::optional<ImportedAttachment> attachment;
         try {
-            auto read = co_await self->m_services.documents->attachmentFromPasteboard(content, limit,
-                                                                                      progress, stop);
+            auto read =
+                co_await self->m_services.documents->attachmentFromPasteboard(content, limit, progress, stop);
             attachment = std::move(read);
         } catch (...) {
             failure = std::current_exception();

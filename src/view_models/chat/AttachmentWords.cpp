@@ -15,8 +15,8 @@ namespace {
 QString kindOf(const QString &extension)
 {
     static const QHash<QString, QString> kinds{
-        {u"image"_s, u"Picture"_s},    {u"pdf"_s, u"PDF"_s},        {u"rtf"_s, u"Rich text"_s},
-        {u"md"_s, u"Markdown"_s},      {u"txt"_s, u"Text"_s},       {u"clipboard"_s, u"From the clipboard"_s},
+        {u"image"_s, u"Picture"_s},         {u"pdf"_s, u"PDF"_s},  {u"rtf"_s, u"Rich text"_s},
+        {u"md"_s, u"Markdown"_s},           {u"txt"_s, u"Text"_s}, {u"clipboard"_s, u"From the clipboard"_s},
         {u"screen"_s, u"From the screen"_s}};
     return kinds.value(extension, u"File"_s);
 }

@@ -24,7 +24,8 @@ class ComposerEntries : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(morvane::AttachmentDesk *attachments READ attachments CONSTANT)
-    Q_PROPERTY(QStringList quickActions READ quickActions CONSTANT) // their labels, in the order of QuickAction
+    Q_PROPERTY(
+        QStringList quickActions READ quickActions CONSTANT) // their labels, in the order of QuickAction
     Q_PROPERTY(bool offersScreen READ offersScreen CONSTANT)
     Q_PROPERTY(bool isRecordingVoice READ isRecordingVoice NOTIFY recordingChanged)
     // That a small model answers here; empty where it isn't known.

@@ -38,7 +38,7 @@ public:
     bool retryable = false;
     Recovery recovery = Recovery::none;
     Retry retry = Retry::lastChatTurn;
-    QString quotation; // what the server says; empty for nothing
+    QString quotation;     // what the server says; empty for nothing
     bool isNotice = false; // nothing went wrong
 
     bool operator==(const ErrorBanner &) const = default;

@@ -29,10 +29,9 @@ void ImageWarning::judge()
         return tell(staysNear());
     case ChatSource::Kind::thisMac:
     case ChatSource::Kind::network:
-        m_asking = TaskHandle::start(
-            [self = QPointer(this), model = source.model](std::stop_token stop) {
-                return ask(self, model, std::move(stop));
-            });
+        m_asking = TaskHandle::start([self = QPointer(this), model = source.model](std::stop_token stop) {
+            return ask(self, model, std::move(stop));
+        });
         return;
     case ChatSource::Kind::notConfigured:
         return; // there is nobody to send it to
@@ -82,9 +81,9 @@ ErrorBanner ImageWarning::cannotSee(const QString &model)
 {
     const DesktopWords &desktop = DesktopWords::here();
     return {.message = model + u" can't see images."_s,
-            .suggestion = u"Switch to a model that can see images in Settings → AI (on capable %1, On this "
-                          "%2 offers one to download), or remove the image."_s.arg(desktop.devices,
-                                                                                   desktop.device)};
+            .suggestion =
+                u"Switch to a model that can see images in Settings → AI (on capable %1, On this "
+                "%2 offers one to download), or remove the image."_s.arg(desktop.devices, desktop.device)};
 }
 
 } // namespace morvane

@@ -44,9 +44,8 @@ void ScreenGlance::glance(Then then)
         return;
     m_services.companion.transition(CompanionState::thinking);
     m_services.companion.say(u"Taking a quick look at your screen…"_s, 3s);
-    m_task = TaskHandle::start([self = QPointer(this), then](std::stop_token stop) {
-        return look(self, then, std::move(stop));
-    });
+    m_task = TaskHandle::start(
+        [self = QPointer(this), then](std::stop_token stop) { return look(self, then, std::move(stop)); });
 }
 
 void ScreenGlance::cancel()

@@ -9,7 +9,8 @@ using namespace Qt::StringLiterals;
 QString SmallModel::noticeFor(const ChatSource &source)
 {
     constexpr double largeEnough = 16;
-    static const QRegularExpression size(u"(\\d+(?:\\.\\d+)?)b\\b"_s, QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression size(u"(\\d+(?:\\.\\d+)?)b\\b"_s,
+                                         QRegularExpression::CaseInsensitiveOption);
     if (source.kind != ChatSource::Kind::thisMac && source.kind != ChatSource::Kind::network)
         return {};
     const auto match = size.match(source.model);

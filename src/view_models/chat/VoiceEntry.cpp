@@ -26,9 +26,10 @@ ErrorBanner deadMicrophone()
 {
     const QString place = Product::hasVoicePage ? u"Settings → Voice"_s : u"your desktop's sound settings"_s;
     return {.message = u"The microphone is sending no audio."_s,
-            .suggestion = u"Pick a different microphone in %1 (on desktop %2 the default input is often not a "
-                          "real mic), or unplug/reconnect the one you're using, then try again."_s.arg(
-                              place, DesktopWords::here().devices)};
+            .suggestion =
+                u"Pick a different microphone in %1 (on desktop %2 the default input is often not a "
+                "real mic), or unplug/reconnect the one you're using, then try again."_s.arg(
+                    place, DesktopWords::here().devices)};
 }
 
 ErrorBanner failed(const QString &reason)
