@@ -1,0 +1,115 @@
+// A person's hour with Ghost chats in the real window, for a test that watches this process from outside. It says
+// on its output how far it has come, and goes on with each line that it is given.
+
+#include "attestation/ProofLedger.h"
+#include "documents/DocumentImportService.h"
+#include "documents/ExtractionServices.h"
+#include "end_to_end/AppFixture.h"
+#include "models/Conversation.h"
+#include "network/NetworkLedger.h"
+#include "persistence/ConversationRepository.h"
+#include "support/Await.h"
+#include "view_models/chat/ChatViewModel.h"
+
+#include <QFileInfo>
+
+#include <array>
+#include <cstdio>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class GhostSession : public AppFixture {
+protected:
+    static void come(const char *stage)
+    {
+        std::printf("stage %s\n", stage);
+        std::fflush(stdout);
+        std::array<char, 16> line{};
+        ASSERT_NE(std::fgets(line.data(), line.size(), stdin), nullptr) << "nobody watches";
+    }
+
+    [[nodiscard]] ChatViewModel &chat() const { return *state->presentation().chat; }
+    [[nodiscard]] std::size_t savedTexts() const
+    {
+        return state->storage().repository->sealedTexts(100).size();
+    }
+    void answer(int button) const
+    {
+        chat().ghosts()->answer(chat().ghosts()->questionId(), button);
+        WindowDriver::settle();
+    }
+
+    [[nodiscard]] ImportedAttachment readFile()
+    {
+        ExtractionService extraction(*work, clock, QStringLiteral(MORVANE_EXTRACT));
+        TextExtractionService texts;
+        DocumentImportService service({*work, extraction, texts, extraction});
+        return TestWait::await(
+            service.importDocument(QUrl::fromLocalFile(qEnvironmentVariable("MORVANE_GHOST_FILE")), 10'000,
+                                   [](int, int) {}, std::stop_token()));
+    }
+
+    // A question about a file and its reply, one that fails, and one that is only begun.
+    void useGhostChat(const QString &mark)
+    {
+        ASSERT_TRUE(WindowDriver::eventually([this] { // a question that fades still has the keys
+            WindowDriver::press(window(), Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier);
+            return chat().ghosts()->isOn();
+        }));
+        useModel(u"practice-fast"_s);
+        chat().setPendingAttachment(readFile());
+        say(mark + u"question"_s);
+        ASSERT_TRUE(turnEnds());
+        EXPECT_TRUE(lastText().contains(mark)) << "the server repeats it";
+        useModel(u"status-500"_s);
+        say(mark + u"failing"_s);
+        ASSERT_TRUE(turnEnds());
+        EXPECT_TRUE(chat().hasBanner());
+        WindowDriver::type(window(), mark + u"draft"_s);
+        EXPECT_TRUE(WindowDriver::eventually([&] { return chat().conversation()->draft().contains(mark); }));
+        EXPECT_EQ(window()->title().count(mark), 0);
+    }
+
+    void expectRowsWithoutWords(const QString &mark) const
+    {
+        const auto requests = state->assistant().networkLedger->snapshot();
+        EXPECT_FALSE(requests.entries.empty());
+        for (const auto &row : requests.entries)
+            EXPECT_FALSE(row.host.contains(mark));
+        const auto proofs = state->assistant().proofs->snapshot();
+        EXPECT_FALSE(proofs.entries.empty());
+        for (const auto &row : proofs.entries)
+            EXPECT_FALSE((row.purpose + row.place.model).contains(mark));
+    }
+};
+
+TEST_F(GhostSession, IsDroppedAndKept)
+{
+    const QString dropped = u"DroppedMARK"_s;
+    const QString kept = u"KeptMARK"_s;
+    come("begun");
+    useGhostChat(dropped);
+    EXPECT_EQ(savedTexts(), 0U);
+    come("held");
+    expectRowsWithoutWords(dropped);
+    chat().newConversation();
+    answer(0);
+    EXPECT_FALSE(chat().ghosts()->isOn());
+    EXPECT_EQ(savedTexts(), 0U);
+    come("dropped");
+    useGhostChat(kept);
+    come("held again");
+    EXPECT_EQ(savedTexts(), 0U);
+    chat().newConversation();
+    answer(1);
+    EXPECT_EQ(savedTexts(), 4U);
+    come("kept");
+}
+
+} // namespace
+
+} // namespace morvane
