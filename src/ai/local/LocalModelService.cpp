@@ -144,7 +144,8 @@ void LocalModelService::settle()
         setPhase({isSetUp() ? Kind::unknown : Kind::notSetUp, {}, {}});
 }
 
-void LocalModelService::fail(const std::exception_ptr &error)
+// The words for the person; both logs hear of it.
+QString LocalModelService::noteFailure(const std::exception_ptr &error)
 {
     QString message =
         u"Local AI setup failed. Check your internet connection and free disk space, then try again."_s;
@@ -159,7 +160,12 @@ void LocalModelService::fail(const std::exception_ptr &error)
     }
     Log::error(Log::Category::AIProvider, "Local AI setup failed: %s"_L1, {reason});
     m_log->write(u"FAILED: "_s + reason);
-    setPhase({Kind::failed, {}, message});
+    return message;
+}
+
+void LocalModelService::fail(const std::exception_ptr &error)
+{
+    setPhase({Kind::failed, {}, noteFailure(error)});
 }
 
 void LocalModelService::setModels(Models models)
@@ -173,6 +179,7 @@ void LocalModelService::setModels(Models models)
     compareFingerprints();
     judgeVisionSidecar();
     Q_EMIT detailChanged();
+    Q_EMIT changed();
 }
 
 void LocalModelService::compareFingerprints()
@@ -317,6 +324,14 @@ void LocalModelService::restart()
     start([this](std::stop_token stop) { return runRestart(std::move(stop)); });
 }
 
+void LocalModelService::watchForRuntime(bool watches)
+{
+    if (!watches)
+        m_watch = {};
+    else if (!m_watch.isRunning())
+        m_watch = TaskHandle::start([this](std::stop_token stop) { return runWatch(std::move(stop)); });
+}
+
 void LocalModelService::installVisionSidecar()
 {
     if (!isBusy())
@@ -327,6 +342,7 @@ void LocalModelService::end()
 {
     m_task = {};
     m_refresh = {};
+    m_watch = {};
     m_process.reset();
 }
 

@@ -95,7 +95,7 @@ public:
     // Whether the settings point at this server as this service set it up; it may be stopped.
     [[nodiscard]] bool isSetUp() const;
     [[nodiscard]] bool isAnswering() const { return m_isAnswering; } // as it was last seen
-    [[nodiscard]] bool isBusy() const { return m_isBusy; } // a setup, a pull, a start or the like
+    [[nodiscard]] bool isBusy() const { return m_isBusy; }           // a setup, a pull, a start or the like
     [[nodiscard]] QString setupLogPath() const { return m_values.setupLog(); }
     [[nodiscard]] const LocalRuntimeValues &values() const { return m_values; }
 
@@ -110,6 +110,10 @@ public:
     // Looks whether somebody answers now, and what models there are.
     void refresh();
 
+    // Looks every few seconds whether the person has installed a runtime or started a server meanwhile, until
+    // one is there: runtimeAppeared() tells, once.
+    void watchForRuntime(bool watches);
+
     // Works out what setUp() would fetch; nothing is fetched for it. Only the server's own list is asked for.
     [[nodiscard]] QCoro::Task<SetupPlan> plan(std::stop_token stop);
 
@@ -119,7 +123,8 @@ public:
     // Stops what is under way; what was fetched stays, for the next press.
     void cancel();
 
-    // Fetches a model and then uses it. Nothing happens while isBusy() or without a server.
+    // Fetches a model and then uses it, with the runtime started for it where need be. Beside a model that
+    // answers a failure comes by failed(), and that model stays.
     void pull(const QString &model);
     // Deletes it from the server; its fingerprint is forgotten. What it failed with comes by failed().
     void remove(const QString &model);
@@ -143,7 +148,9 @@ public:
 Q_SIGNALS:
     void progressChanged();
     void detailChanged();
-    void failed(const QString &sentence); // of remove(): one sentence for the person
+    void runtimeAppeared();
+    // What was asked for failed and changed nothing: one sentence for the person.
+    void failed(const QString &sentence);
 
 private:
     using Models = std::optional<std::vector<ServerModel>>;
@@ -162,6 +169,7 @@ private:
     QCoro::Task<> runPreparation(std::stop_token stop);
     QCoro::Task<> runRefresh(std::stop_token stop);
     QCoro::Task<> runVisionSidecar(std::stop_token stop);
+    QCoro::Task<> runWatch(std::stop_token stop);
 
     QCoro::Task<> knowMemory(std::stop_token stop);
     QCoro::Task<Models> askModels(std::stop_token stop);
@@ -191,6 +199,7 @@ private:
     void setPhase(Phase phase);
     void settle();
     void fail(const std::exception_ptr &error);
+    QString noteFailure(const std::exception_ptr &error);
     void noteProgress(Phase::Kind kind, const QString &model, qint64 done, std::optional<qint64> total,
                       std::optional<int> percent);
     void setModels(Models models);
@@ -221,6 +230,7 @@ private:
     bool m_isBusy = false;
     TaskHandle m_task;
     TaskHandle m_refresh;
+    TaskHandle m_watch;
     Lifeline m_lifeline;
 };
 

@@ -382,8 +382,9 @@ QCoro::Task<> LocalModelService::pullModel(QString model, std::stop_token stop)
         } catch (const TransportError &) {
             check();
             if (wasOurs && !ownsServer())
-                throw LocalSetupError(u"The local AI runtime stopped while it was downloading the model. Try again "
-                                      u"to go on from there."_s);
+                throw LocalSetupError(
+                    u"The local AI runtime stopped while it was downloading the model. Try again "
+                    u"to go on from there."_s);
             throw;
         }
         check();

@@ -13,7 +13,14 @@
 namespace morvane {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 using Kind = LocalModelService::Phase::Kind;
+
+namespace {
+
+constexpr std::chrono::milliseconds betweenLooks = 3s;
+
+} // namespace
 
 // A server of another place is not looked for, and no runtime is started that nobody set up here.
 QCoro::Task<> LocalModelService::runPreparation(std::stop_token stop)
@@ -71,6 +78,20 @@ QCoro::Task<> LocalModelService::runRefresh(std::stop_token stop)
     co_await knowMemory(stop);
 }
 
+QCoro::Task<> LocalModelService::runWatch(std::stop_token stop)
+{
+    const auto check = m_lifeline.check(stop);
+    while (true) {
+        const Models models = co_await askModels(stop);
+        check();
+        if (models || hasManagedRuntime() || !foundRuntime().isEmpty())
+            break;
+        co_await pause(m_services.clock, betweenLooks, stop);
+        check();
+    }
+    Q_EMIT runtimeAppeared();
+}
+
 QCoro::Task<> LocalModelService::runPull(QString model, std::stop_token stop)
 {
     const auto check = m_lifeline.check(stop);
@@ -85,8 +106,15 @@ QCoro::Task<> LocalModelService::runPull(QString model, std::stop_token stop)
         failure = std::current_exception();
     }
     check();
-    if (failure)
+    if (!failure)
+        co_return;
+    if (m_readyModel.isEmpty()) {
         fail(failure);
+        co_return;
+    }
+    const QString sentence = noteFailure(failure);
+    settle();
+    Q_EMIT failed(sentence);
 }
 
 QCoro::Task<> LocalModelService::runRemoval(QString model, std::stop_token stop)

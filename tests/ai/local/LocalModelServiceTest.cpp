@@ -86,8 +86,10 @@ protected:
     {
         service = std::make_unique<LocalModelService>(
             LocalModelService::Services{settings, network, vault, machine, clock, work}, values);
-        QObject::connect(service.get(), &LocalModelService::changed, service.get(),
-                         [this] { phases.push_back(service->phase().kind); });
+        QObject::connect(service.get(), &LocalModelService::changed, service.get(), [this] {
+            if (phases.empty() || phases.back() != service->phase().kind)
+                phases.push_back(service->phase().kind);
+        });
     }
 
     void play(const QString &name) { TestArchive::write(home.filePath(name), {}); }
@@ -166,6 +168,16 @@ TEST_F(LocalModelServiceTest, OnePressGoesFromNothingToAModelAndTheNextStartNeed
     settle();
     EXPECT_EQ(phases, (std::vector{Kind::startingRuntime, Kind::ready}));
     EXPECT_EQ(releases->requests().size(), 1U);
+
+    play(u"unknown"_s); // to the registry
+    QString sentence;
+    QObject::connect(service.get(), &LocalModelService::failed, service.get(),
+                     [&](const QString &words) { sentence = words; });
+    service->pull(u" other "_s);
+    EXPECT_EQ(service->model(), u"llama3.2:1b"_s) << "it goes on answering";
+    settle();
+    EXPECT_EQ(sentence, u"Couldn't download the model other: it is unknown"_s);
+    EXPECT_EQ(service->phase().kind, Kind::ready);
 
     service->remove(u"llama3.2:1b"_s);
     settle();
@@ -277,6 +289,12 @@ TEST_F(LocalModelServiceTest, WithoutAnArchiveItSaysSo)
     EXPECT_EQ(TestWait::await(service->plan({})).runtime, SetupPlan::Runtime::unavailable);
     press();
     EXPECT_TRUE(service->phase().text.contains(u"Install Ollama yourself"_s));
+    QFile::copy(QStringLiteral(MORVANE_SCRIPTED_RUNTIME), values.foundRuntimes.first());
+    bool hasAppeared = false;
+    QObject::connect(service.get(), &LocalModelService::runtimeAppeared, service.get(),
+                     [&] { hasAppeared = true; });
+    service->watchForRuntime(true);
+    TestWait::until([&] { return hasAppeared; });
 }
 
 TEST_F(LocalModelServiceTest, ACancelledPressLeavesNothingRunningAndTheNextOneIsWhole)

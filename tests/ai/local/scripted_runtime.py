@@ -2,7 +2,7 @@
 """A runtime of a few lines: lists the models in the file "models" of its home folder, and pulls by adding to it.
 
 Files of its home folder turn it otherwise: "open" makes it listen everywhere, "stubborn" deaf to SIGTERM, "keyless"
-without its identity key once, "broken" ends it at the start. Its id and those of what it starts go to "pids"."""
+without its identity key once, "broken" ends it at the start, "unknown" has it refuse to pull. Its id and those of what it starts go to "pids"."""
 import json
 import os
 import signal
@@ -39,6 +39,9 @@ class Handler(BaseHTTPRequestHandler):
         if says("keyless"):
             (HOME / "keyless").unlink()
             self.answer('{"error": "open /home/a/.ollama/id_ed25519: no such file or directory"}')
+            return
+        if says("unknown"):
+            self.answer('{"error": "it is unknown"}', 404)
             return
         MODELS.write_text("\n".join([*self.names(), model]))
         self.answer('{"status": "pulling", "total": 10, "completed": 9}\n{"status": "success"}\n')

@@ -17,6 +17,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -32,6 +33,13 @@ void closeInheritedDescriptors()
         return;
     for (int descriptor = first; descriptor < 1024; ++descriptor)
         ::close(descriptor);
+}
+
+// What the program holds in memory is the person's, and belongs into no file.
+void leaveNoCore()
+{
+    const rlimit none{0, 0};
+    ::setrlimit(RLIMIT_CORE, &none);
 }
 
 sigset_t watchedSignals()
@@ -156,6 +164,7 @@ int main(int argc, char **argv)
         return 2;
     }
     closeInheritedDescriptors();
+    leaveNoCore();
     const sigset_t signals = watchedSignals();
     ::sigprocmask(SIG_SETMASK, &signals, nullptr);
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
