@@ -7,6 +7,7 @@
 #include "persistence/SettingsStore.h"
 #include "utils/log/Log.h"
 #include "utils/text/DesktopWords.h"
+#include "utils/text/Product.h"
 #include "utils/text/Text.h"
 
 #include <algorithm>
@@ -194,10 +195,9 @@ void LocalModelService::compareFingerprints()
                    "Model %{public}s changed fingerprint (%{public}s → %{public}s)"_L1,
                    {change.model, change.pinned, change.found});
         m_log->write(u"model fingerprint changed: "_s + change.model);
-        sentences +=
-            u"The model %1 on this %2 is not the one MorvaneGPT first installed: its published fingerprint "
-            u"changed. Delete it and set it up again if you did not update it yourself."_s.arg(
-                change.model, DesktopWords::here().device);
+        sentences += u"The model %1 on this %2 is not the one %3 first installed: its published fingerprint "
+                     u"changed. Delete it and set it up again if you did not update it yourself."_s.arg(
+                         change.model, DesktopWords::here().device, Product::name);
     }
     m_integrityWarning = sentences.join(u'\n');
 }

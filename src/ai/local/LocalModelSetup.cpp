@@ -1,4 +1,4 @@
-// The steps from a machine with nothing to a model that answers, and what a settings page may have done.
+// The steps from a machine with nothing to a model that answers.
 
 #include "ai/local/LocalModelService.h"
 #include "ai/local/LocalSetupError.h"
@@ -10,13 +10,10 @@
 #include "async/Work.h"
 #include "network/TransportError.h"
 #include "persistence/SettingsStore.h"
-#include "utils/files/PrivateFile.h"
 #include "utils/log/Log.h"
 #include "utils/text/DesktopWords.h"
-#include "utils/text/Product.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <algorithm>
 
@@ -32,127 +29,7 @@ constexpr std::chrono::milliseconds betweenLooks = 250ms;
 constexpr std::chrono::milliseconds longestStart = 60s;
 constexpr int mostRestarts = 2; // for an identity key that is missing
 
-LocalSetupError unavailable()
-{
-    return LocalSetupError(
-        u"There is no AI runtime that MorvaneGPT can fetch and check for this kind of %1. Install "
-        u"Ollama yourself, then try again."_s.arg(DesktopWords::here().device));
-}
-
-LocalSetupError noRoom()
-{
-    const double need = static_cast<double>(ModelLadder::need(ModelLadder::smallest())) /
-                        static_cast<double>(ModelLadder::gibibyte);
-    return LocalSetupError(
-        u"Not enough free disk space for a local AI model. Free up at least %1 GB and try again."_s.arg(
-            need, 0, 'f', 1));
-}
-
-LocalSetupError swapped()
-{
-    return LocalSetupError(u"The local AI runtime on this %1 was not the one MorvaneGPT installed, so it was "
-                           u"removed. Set up local AI "
-                           u"again to reinstall it."_s.arg(DesktopWords::here().device));
-}
-
-LocalSetupError keyMissing()
-{
-    return LocalSetupError(u"An Ollama already running on this %1 has lost its identity key, so it can't "
-                           u"download models. Quit it (%2) "
-                           u"and press Retry. MorvaneGPT will run its own."_s.arg(
-                               DesktopWords::here().device, DesktopWords::here().runtimeStopper));
-}
-
 } // namespace
-
-LocalServer LocalModelService::server() const
-{
-    return {&m_services.network, m_values.serverOrigin};
-}
-
-QString LocalModelService::foundRuntime() const
-{
-    if (m_simulateFreshSetup)
-        return {};
-    const auto found =
-        std::find_if(m_values.foundRuntimes.begin(), m_values.foundRuntimes.end(), [](const QString &path) {
-            return QFileInfo(path).isFile() && QFileInfo(path).isExecutable();
-        });
-    return found == m_values.foundRuntimes.end() ? QString() : *found;
-}
-
-bool LocalModelService::hasManagedRuntime() const
-{
-    return !m_simulateFreshSetup && m_installation.exists();
-}
-
-// A server that isn't ours comes from a runtime of the person's, wherever that lies.
-bool LocalModelService::usesAMD() const
-{
-    return (m_isAnswering && !ownsServer()) || !foundRuntime().isEmpty();
-}
-
-QCoro::Task<> LocalModelService::knowMemory(std::stop_token stop)
-{
-    const auto check = m_lifeline.check(stop);
-    if (m_memory)
-        co_return;
-    std::function<LocalMachine::Memory()> asking = [machine = &m_services.machine] {
-        return machine->memory();
-    };
-    const LocalMachine::Memory memory = co_await m_services.work.run(std::move(asking), stop);
-    check();
-    m_memory = memory;
-    judgeVisionSidecar();
-}
-
-QCoro::Task<LocalModelService::Models> LocalModelService::askModels(std::stop_token stop)
-{
-    const auto check = m_lifeline.check(stop);
-    if (m_simulateFreshSetup && !ownsServer())
-        co_return std::nullopt;
-    Models models = co_await LocalServer::models(server(), stop);
-    check();
-    setModels(models);
-    co_return models;
-}
-
-QCoro::Task<SetupPlan> LocalModelService::plan(std::stop_token stop)
-{
-    const auto check = m_lifeline.check(stop);
-    co_await knowMemory(stop);
-    check();
-    const Models models = co_await askModels(stop);
-    check();
-    SetupPlan plan;
-    plan.freeDisk = m_services.machine.freeDisk(m_values.folder);
-    plan.foundAt = foundRuntime();
-    if (models) {
-        plan.runtime = SetupPlan::Runtime::answering;
-    } else if (hasManagedRuntime()) {
-        plan.runtime = SetupPlan::Runtime::installed;
-    } else if (!plan.foundAt.isEmpty()) {
-        plan.runtime = SetupPlan::Runtime::found;
-    } else if (m_values.archive) {
-        plan.runtime = SetupPlan::Runtime::toDownload;
-        if (m_values.archive->bytes)
-            plan.runtimeBytes = static_cast<std::uint64_t>(*m_values.archive->bytes);
-        plan.alreadyFetched = static_cast<std::uint64_t>(QFileInfo(RuntimeDownload::path(m_values)).size());
-    } else {
-        plan.problem = unavailable().userMessage();
-    }
-    const QString recommended = ModelLadder::recommended(*m_memory, usesAMD());
-    const auto fit = has(recommended) ? recommended : ModelLadder::fitting(recommended, plan.freeDisk);
-    if (fit) {
-        plan.model = *fit;
-        plan.modelBytes = has(*fit) ? 0 : ModelLadder::size(*fit);
-    } else if (plan.problem.isEmpty()) {
-        plan.problem = noRoom().userMessage();
-    }
-    co_return plan;
-}
-
-// Setting up
 
 QCoro::Task<> LocalModelService::runSetUp(std::stop_token stop)
 {
@@ -185,7 +62,7 @@ QCoro::Task<QString> LocalModelService::chooseModel(std::stop_token stop)
         co_return QString(recommended);
     const auto fit = ModelLadder::fitting(recommended, m_services.machine.freeDisk(m_values.folder));
     if (!fit)
-        throw noRoom();
+        throw LocalSetupError::noRoom();
     if (*fit != recommended) {
         Log::info(Log::Category::AIProvider, "Disk is tight; installing %{public}s instead of %{public}s"_L1,
                   {*fit, recommended});
@@ -237,7 +114,7 @@ LocalModelService::installedRuntime(Checking checking, std::stop_token stop)
         if (isWhole)
             co_return Launch{m_values.binary(), true};
         if (checking == Checking::strict)
-            throw swapped();
+            throw LocalSetupError::swapped();
     }
     const QString found = foundRuntime();
     if (found.isEmpty())
@@ -251,7 +128,7 @@ QCoro::Task<LocalModelService::Launch> LocalModelService::downloadRuntime(std::s
 {
     const auto check = m_lifeline.check(stop);
     if (!m_values.archive)
-        throw unavailable();
+        throw LocalSetupError::unavailable();
     setPhase({Kind::downloadingRuntime, 0, {}});
     m_log->write(u"downloading runtime %1"_s.arg(m_values.version));
     RuntimeDownload::OnProgress onProgress = [this](qint64 done, std::optional<qint64> total) {
@@ -393,7 +270,7 @@ QCoro::Task<> LocalModelService::pullModel(QString model, std::stop_token stop)
         if (!ownsServer() || restarts == mostRestarts) {
             m_log->write(u"identity key missing under a foreign server"_s);
             Log::error(Log::Category::AIProvider, "identity key missing under a foreign server"_L1);
-            throw keyMissing();
+            throw LocalSetupError::keyMissing();
         }
         m_log->write(u"identity key missing under our runtime: restarting it"_s);
         Log::info(Log::Category::AIProvider, "identity key missing under our runtime: restarting it"_L1);

@@ -15,6 +15,12 @@ public:
         : m_userMessage(std::move(userMessage))
     {}
 
+    // Those that more than one step, or a window before any step, has to tell.
+    [[nodiscard]] static LocalSetupError unavailable(); // no runtime is published for this kind of machine
+    [[nodiscard]] static LocalSetupError noRoom();      // not even for the smallest model
+    [[nodiscard]] static LocalSetupError swapped();     // the installed runtime, which is gone now
+    [[nodiscard]] static LocalSetupError keyMissing();  // of a server that isn't ours
+
     [[nodiscard]] QString userMessage() const override { return m_userMessage; }
     [[nodiscard]] bool isRetryable() const override { return true; }
 
