@@ -42,6 +42,25 @@ TEST(DevelopmentTest, TakesARelayOnThisMachineAloneAndNoProfileOfThePersons)
                 "needs --profile");
 }
 
+TEST(DevelopmentTest, TakesARuntimeOnThisMachineAlone)
+{
+    const QTemporaryDir folder;
+    const auto parse = [&](const QByteArray &json) {
+        QFile file(folder.filePath(u"runtime.json"_s));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(json) == json.size());
+        file.close();
+        return CommandLine::parse({u"m"_s, u"--profile"_s, u"here"_s, u"--dev-runtime"_s, file.fileName()});
+    };
+    const QByteArray here = R"({"releaseOrigin":"http://127.0.0.1:1","serverOrigin":"http://127.0.0.1:2"})";
+    const auto runtime = parse(here).devRuntime;
+    ASSERT_TRUE(runtime);
+    EXPECT_EQ(runtime->folder, QFileInfo(u"here/data/Morvane"_s).absoluteFilePath());
+    EXPECT_EQ(runtime->port(), 2);
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(static_cast<void>(parse(QByteArray(here).replace("127.0.0.1:1", "192.168.0.1:1"))),
+                testing::ExitedWithCode(2), "on this machine");
+}
+
 TEST(DevelopmentTest, SendsATurnToTheRelayWhichIsKnownToSealAndGetsOnlyQuestionsOfProof)
 {
     QTemporaryDir profile;

@@ -175,8 +175,9 @@ TEST(CommandLineTest, SaysWhatTheProgramWasStartedWith)
     testing::FLAGS_gtest_death_test_style = "threadsafe"; // other threads are at work
     EXPECT_EXIT(static_cast<void>(CommandLine::parse({u"m"_s, u"--practice-server"_s, u"http://a"_s})),
                 testing::ExitedWithCode(2), "needs --profile");
-    const QStringList development{u"m"_s, u"--profile"_s, u"here"_s, u"--dev-relay"_s, u"127.0.0.1:1"_s};
-    EXPECT_EXIT(static_cast<void>(CommandLine::parse(development)), testing::ExitedWithCode(1), "[Uu]nknown");
+    for (const QString &option : {u"--dev-relay=127.0.0.1:1"_s, u"--dev-runtime=/dev/null"_s})
+        EXPECT_EXIT(static_cast<void>(CommandLine::parse({u"m"_s, u"--profile"_s, u"here"_s, option})),
+                    testing::ExitedWithCode(1), "[Uu]nknown");
 }
 
 } // namespace
