@@ -79,15 +79,6 @@ Rectangle {
         anchors.bottom: parent.bottom
         height: Math.max(52, scroller.height + 2 * Theme.gap12)
     }
-    AttachButtons {
-        id: ways
-
-        anchors.left: line.left
-        anchors.leftMargin: 10
-        anchors.bottom: line.bottom
-        anchors.bottomMargin: Math.round((52 - Theme.controlHeight) / 2)
-        chat: root.chat
-    }
     Flickable {
         id: scroller
 
@@ -144,6 +135,15 @@ Rectangle {
         elide: Text.ElideRight
         wrapMode: Text.NoWrap
         Accessible.ignored: true
+    }
+    AttachButtons {
+        id: ways
+
+        anchors.left: line.left
+        anchors.leftMargin: 10
+        anchors.bottom: line.bottom
+        anchors.bottomMargin: Math.round((52 - Theme.controlHeight) / 2)
+        chat: root.chat
     }
     SendButton {
         id: button
