@@ -156,6 +156,7 @@ TEST_F(LocalModelServiceTest, OnePressGoesFromNothingToAModelAndTheNextStartNeed
     EXPECT_TRUE(lines.lines().contains(u"ai-provider: Local AI ready with model llama3.2:1b"_s));
     EXPECT_TRUE(log().contains("setup start; recommended llama3.2:1b"));
     EXPECT_TRUE(log().contains("runtime: words of the runtime"));
+    EXPECT_FALSE(log().contains("words of the person"));
     EXPECT_EQ(TestArchive::read(home.filePath(u"seen"_s)).trimmed(),
               "['HOME', 'LC_ALL', 'OLLAMA_HOST', 'PATH'] True [] ['serve']");
     EXPECT_FALSE(QFileInfo::exists(RuntimeDownload::path(values)));
@@ -307,6 +308,8 @@ TEST_F(LocalModelServiceTest, ACancelledPressLeavesNothingRunningAndTheNextOneIs
         });
         press();
         EXPECT_EQ(service->phase().kind, Kind::notSetUp);
+        if (kind == Kind::startingRuntime) // nobody has looked where it listens
+            TestWait::until([this] { return !service->ownsServer() && alive() == 0; });
     };
     for (const Kind kind : {Kind::downloadingRuntime, Kind::startingRuntime, Kind::downloadingModel})
         cancelAt(kind);

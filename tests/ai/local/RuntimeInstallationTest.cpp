@@ -2,6 +2,7 @@
 
 #include "TestArchive.h"
 #include "ai/local/LocalSetupError.h"
+#include "ai/local/RuntimeRecord.h"
 #include "ai/local/SetupLog.h"
 #include "security/InMemoryKeychainService.h"
 #include "security/LocalDataVault.h"
@@ -72,6 +73,10 @@ TEST_F(RuntimeInstallationTest, OnlyWhatWasInstalledPassesItsCheck)
             QFile::link(u"other"_s, data + u"/lib"_s);
         },
         [&] { QFile::remove(values.seal()); },
+        [&] {
+            replace(data + u"/bin/ollama"_s, "prograM");
+            replace(values.seal(), RuntimeRecord::of(data, u"1"_s, {}).json());
+        },
         [&] { replace(values.seal(), R"({"version":"1","files":{},"links":{}})"); },
         [&] { replace(values.seal(), TestArchive::read(values.seal()).chopped(1) + 'x'); },
     };

@@ -36,6 +36,7 @@ class Handler(BaseHTTPRequestHandler):
 
     def do_POST(self):
         model = json.loads(self.rfile.read(int(self.headers["Content-Length"])))["model"]
+        print("words of the person", flush=True)
         if says("keyless"):
             (HOME / "keyless").unlink()
             self.answer('{"error": "open /home/a/.ollama/id_ed25519: no such file or directory"}')
