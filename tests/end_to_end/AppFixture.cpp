@@ -16,6 +16,12 @@ AppFixture::AppFixture(const QStringList &serverOptions)
     start();
 }
 
+AppFixture::AppFixture(const QByteArray &file)
+    : devRuntime(file)
+{
+    start();
+}
+
 AppFixture::AppFixture(Clock &clock, const DevRelay::Origin &relay)
     : clock(clock)
     , devRelay(relay)
@@ -32,12 +38,20 @@ void AppFixture::start()
 {
     CommandLine commandLine;
     commandLine.profile = profile.path();
-    commandLine.practiceServer = server.baseUrl();
     commandLine.devRelay = devRelay;
+    if (devRuntime.isEmpty()) {
+        commandLine.practiceServer = server.baseUrl();
+    } else {
+        commandLine.devRuntime =
+            LocalRuntimeValues::ofThisBuild(commandLine.folders()).withDevelopmentFile(devRuntime).value();
+        commandLine.devRuntime->guard = QStringLiteral(MORVANE_RUNTIME_GUARD); // not beside a test
+    }
     work.emplace(clock);
     state = std::make_unique<AppState>(commandLine, Host::test, clock, Secrets{keychain, keychain}, *work);
-    state->storage().settings->setBaseURLString(server.baseUrl());
-    state->storage().settings->setModel(u"practice-fast"_s);
+    if (devRuntime.isEmpty()) {
+        state->storage().settings->setBaseURLString(server.baseUrl());
+        state->storage().settings->setModel(u"practice-fast"_s);
+    }
     mainWindow = std::make_unique<MainWindowController>(state->presentation());
     QObject::connect(state.get(), &AppState::mainWindowRequested, mainWindow.get(),
                      &MainWindowController::show);

@@ -22,6 +22,8 @@ class AppFixture : public testing::Test {
 protected:
     // The options are those of the model server.
     explicit AppFixture(const QStringList &serverOptions = {});
+    // With no model anywhere, and the local runtime that `file` describes (--dev-runtime).
+    explicit AppFixture(const QByteArray &file);
     // With the private cloud at `relay`, where this build knows one. The clock outlives the fixture.
     AppFixture(Clock &clock, const DevRelay::Origin &relay);
     ~AppFixture() override;
@@ -44,6 +46,7 @@ protected:
     SystemClock machineClock;
     Clock &clock{machineClock};
     std::optional<DevRelay::Origin> devRelay;
+    QByteArray devRuntime; // empty: the practice server is the model
     InMemoryKeychainService keychain;
     ModelServer server;
     std::optional<Work> work;
