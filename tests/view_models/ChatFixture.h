@@ -177,8 +177,8 @@ protected:
                                      .clock = clock,
                                      .speech = &desktop,
                                      .notifications = &desktop,
+                                     .localModel = &localModel,
                                      .isLocked = [this] { return isLocked; }};
-                                     .localModel = &localModel};
     ChatViewModel chat{services};
 };
 
