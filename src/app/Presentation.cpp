@@ -17,6 +17,7 @@
 #include "services/WebAccessService.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/chat/GhostClipboard.h"
 #include "view_models/chat/NoteReceiptsModel.h"
 #include "view_models/companion/CompanionViewModel.h"
 #include "view_models/find/FindViewModel.h"
@@ -71,6 +72,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
           .notesMatching = [&memory = *assistant.memory](
                                const QString &about) { return textsOf(memory.matching(about)); },
           .isLocked = [vault = storage.vault] { return vault->isLocked(); }}))
+    , clipboard(std::make_unique<GhostClipboard>(*chat->ghosts(), *QGuiApplication::clipboard()))
     , conversations(std::make_unique<ConversationListModel>(*storage.repository, clock))
     , search(std::make_unique<HistorySearchModel>(*storage.repository, clock, work))
     , find(std::make_unique<FindViewModel>(*chat->messages(), *storage.repository, clock, work))

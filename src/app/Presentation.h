@@ -11,6 +11,7 @@ class Clock;
 class CompanionViewModel;
 class ConversationListModel;
 class FindViewModel;
+class GhostClipboard;
 class HistorySearchModel;
 class InstructionsViewModel;
 class MemoryViewModel;
@@ -40,6 +41,7 @@ struct Presentation {
     SettingsStore &settings;
     const std::unique_ptr<CompanionViewModel> companion;
     const std::unique_ptr<ChatViewModel> chat;
+    const std::unique_ptr<GhostClipboard> clipboard;
     const std::unique_ptr<ConversationListModel> conversations;
     const std::unique_ptr<HistorySearchModel> search;
     const std::unique_ptr<FindViewModel> find;
