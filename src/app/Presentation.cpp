@@ -69,8 +69,8 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
           .documents = assistant.documents.get(),
           .clipboard = [] { return QGuiApplication::clipboard()->mimeData(); },
           .searchesWithOwnKey = [&web = *assistant.web] { return web.usesOwnKey(); },
-          .notesMatching = [&memory = *assistant.memory](
-                               const QString &about) { return textsOf(memory.matching(about)); },
+          .notesMatching =
+              [&memory = *assistant.memory](const QString &about) { return textsOf(memory.matching(about)); },
           .isLocked = [vault = storage.vault] { return vault->isLocked(); }}))
     , clipboard(std::make_unique<GhostClipboard>(*chat->ghosts(), *QGuiApplication::clipboard()))
     , conversations(std::make_unique<ConversationListModel>(*storage.repository, clock))

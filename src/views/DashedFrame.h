@@ -11,7 +11,7 @@ class DashedFrame : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(QColor color READ color WRITE setColor NOTIFY lookChanged)
-    Q_PROPERTY(double radius READ radius WRITE setRadius NOTIFY lookChanged)       // logical pixels
+    Q_PROPERTY(double radius READ radius WRITE setRadius NOTIFY lookChanged)          // logical pixels
     Q_PROPERTY(double lineWidth READ lineWidth WRITE setLineWidth NOTIFY lookChanged) // logical pixels
 
 public:

@@ -351,8 +351,7 @@ TEST_F(AppStateTest, QuittingAsksAboutAGhostChatWithMessages)
     EXPECT_EQ(state->shouldTerminate(), AppState::Termination::now);
     QSignalSpy quits(state.get(), &AppState::quitConfirmed);
     QUuid ghost = beginGhost();
-    const struct
-    {
+    const struct {
         int button;
         bool isLocked, quits, isKept;
     } rows[]{{2, false, false, false}, {-1, false, false, false}, {1, true, false, false},

@@ -63,11 +63,12 @@ TEST(DesktopNotificationsTest, AreShownClickedAndTakenBack)
     notifications.ghostReplyFailed(u"Too slow"_s, u"Wait"_s);
     notifications.withdrawGhostReplies(); // before the desktop has numbered the second
     TestWait::until([&] { return desktop.told.size() == 9; });
-    EXPECT_EQ(desktop.told.join(u'\n').toStdString(), "Reply ready|&lt;b&gt;Ferns&lt;/b&gt;\n"
-                                                      "MorvaneGPT waits for your answer|Open this link\n"
-                                                      "MorvaneGPT waits for your answer|Read your screen\n"
-                                                      "close 2\nclose 3\npassing Reply ready|\npassing Too slow|Wait\n"
-                                                      "close 6\nclose 7");
+    EXPECT_EQ(desktop.told.join(u'\n').toStdString(),
+              "Reply ready|&lt;b&gt;Ferns&lt;/b&gt;\n"
+              "MorvaneGPT waits for your answer|Open this link\n"
+              "MorvaneGPT waits for your answer|Read your screen\n"
+              "close 2\nclose 3\npassing Reply ready|\npassing Too slow|Wait\n"
+              "close 6\nclose 7");
     QDBusConnection::disconnectFromBus(u"ours"_s);
     QDBusConnection::disconnectFromBus(u"theirs"_s);
     daemon.kill();

@@ -1,5 +1,5 @@
-// A person's hour with Ghost chats in the real window, for a test that watches this process from outside. It says
-// on its output how far it has come, and goes on with each line that it is given.
+// A person's hour with Ghost chats in the real window, for a test that watches this process from outside. It
+// says on its output how far it has come, and goes on with each line that it is given.
 
 #include "attestation/ProofLedger.h"
 #include "documents/DocumentImportService.h"
@@ -48,9 +48,9 @@ protected:
         ExtractionService extraction(*work, clock, QStringLiteral(MORVANE_EXTRACT));
         TextExtractionService texts;
         DocumentImportService service({*work, extraction, texts, extraction});
-        return TestWait::await(
-            service.importDocument(QUrl::fromLocalFile(qEnvironmentVariable("MORVANE_GHOST_FILE")), 10'000,
-                                   [](int, int) {}, std::stop_token()));
+        return TestWait::await(service.importDocument(
+            QUrl::fromLocalFile(qEnvironmentVariable("MORVANE_GHOST_FILE")), 10'000, [](int, int) {},
+            std::stop_token()));
     }
 
     // A question about a file and its reply, one that fails, and one that is only begun.

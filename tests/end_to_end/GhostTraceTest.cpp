@@ -14,8 +14,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// As text of eight and of sixteen bits, and as base64, which has three forms by where a text begins in a group of
-// three bytes; the ends are cut off where neighbours would change them.
+// As text of eight and of sixteen bits, and as base64, which has three forms by where a text begins in a
+// group of three bytes; the ends are cut off where neighbours would change them.
 QList<QByteArray> formsOf(const QByteArray &mark)
 {
     QByteArray wide;
@@ -29,15 +29,15 @@ QList<QByteArray> formsOf(const QByteArray &mark)
     return forms;
 }
 
-// A process with all that it starts, below a tracer that notes each file they touch and every byte they write. Its
-// folders are its own.
+// A process with all that it starts, below a tracer that notes each file they touch and every byte they
+// write. Its folders are its own.
 class WatchedProcess {
 public:
     WatchedProcess(const QString &program, const QStringList &words)
     {
         auto environment = QProcessEnvironment::systemEnvironment();
-        for (const auto &[name, folder] : {std::pair("HOME", "home"), std::pair("TMPDIR", "tmp"),
-                                           std::pair("XDG_RUNTIME_DIR", "run")}) {
+        for (const auto &[name, folder] :
+             {std::pair("HOME", "home"), std::pair("TMPDIR", "tmp"), std::pair("XDG_RUNTIME_DIR", "run")}) {
             QDir(m_folder.path()).mkpath(QLatin1StringView(folder));
             QFile::setPermissions(path(QLatin1StringView(folder)), QFile::Permissions(0x7700));
             environment.insert(QLatin1StringView(name), path(QLatin1StringView(folder)));
@@ -87,8 +87,8 @@ public:
         return m_printed;
     }
 
-    // Where the mark has come to: in files that lie there, in what was ever written to one, in names, in what other
-    // programs here were told, and in what was printed.
+    // Where the mark has come to: in files that lie there, in what was ever written to one, in names, in what
+    // other programs here were told, and in what was printed.
     [[nodiscard]] QStringList leaksOf(const QByteArray &mark)
     {
         QStringList leaks;
@@ -126,7 +126,8 @@ public:
             uR"~(open(?:at)?\([^"]*"([^"]+)", [^,)]*O_(?:WRONLY|RDWR|CREAT))~"_s);
         QStringList paths;
         for (const QByteArray &line : tracedLines()) {
-            const auto match = opened.match(QString::fromUtf8(line.first(std::min<qsizetype>(line.size(), 5000))));
+            const auto match =
+                opened.match(QString::fromUtf8(line.first(std::min<qsizetype>(line.size(), 5000))));
             const QString path = match.captured(1);
             if (match.hasMatch() && !line.contains(" = -1 ") && !path.startsWith(m_folder.path()) &&
                 !path.startsWith(u"/dev/"_s) && !path.startsWith(u"/proc/"_s))

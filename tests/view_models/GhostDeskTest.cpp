@@ -176,6 +176,13 @@ TEST_F(GhostDeskTest, NothingIsLostWhenItCannotBeSaved)
     chat.retry();
     EXPECT_FALSE(chat.hasBanner() || ghosts.isOn());
     EXPECT_EQ(savedRows(chat.conversation()->id()).size(), 2U);
+
+    deliver(u"long"_s, QString(1'000'000, u'w')); // nothing more can be saved, and so no chat be opened
+    beginGhost(u"q"_s, u"a"_s);
+    ghosts.dropGhost();
+    EXPECT_EQ(chat.conversation(), nullptr) << "but this one is gone";
+    EXPECT_TRUE(transcript().empty());
+    EXPECT_EQ(chat.draft(), QString());
 }
 
 // Each stage of a running turn, and each end that a Ghost chat can come to while it is there.
@@ -255,7 +262,8 @@ TEST_P(GhostRaceTest, SavedWordsAreWholeAndNoStoreOutlivesItsTurn)
     clock.advance(2h);
     EXPECT_EQ(chat.stores().retiredCount(), 0U);
     EXPECT_EQ(chat.turnsInFlight(), 0);
-    EXPECT_FALSE(ghosts.isOn() || isAsking() || chat.isResponding() || chat.hasApproval() || chat.hasBanner());
+    EXPECT_FALSE(ghosts.isOn() || isAsking() || chat.isResponding() || chat.hasApproval() ||
+                 chat.hasBanner());
     EXPECT_EQ(approval->done, stage == Stage::approval);
 
     const bool isDone = how == End::savedWhenDone;

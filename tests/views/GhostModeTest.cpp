@@ -26,10 +26,7 @@ protected:
     {
         return QAccessible::queryAccessibleInterface(item(u"ghostButton"_s));
     }
-    [[nodiscard]] QString announced() const
-    {
-        return item(u"announcement"_s)->property("words").toString();
-    }
+    [[nodiscard]] QString announced() const { return item(u"announcement"_s)->property("words").toString(); }
     void beginGhost() { press(Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier); }
     [[nodiscard]] GhostDesk &ghosts() const { return *m_app->presentation().chat->ghosts(); }
 };
@@ -40,7 +37,8 @@ TEST_F(GhostModeTest, IsBegunAndLeftByKeysAloneAndIsSeenAndHeardToBeOn)
     EXPECT_FALSE(button()->state().checked);
     beginGhost();
     EXPECT_TRUE(button()->state().checked);
-    EXPECT_TRUE(button()->text(QAccessible::Description).startsWith(u"Ghost mode is on. Click to turn it off."_s));
+    EXPECT_TRUE(
+        button()->text(QAccessible::Description).startsWith(u"Ghost mode is on. Click to turn it off."_s));
     EXPECT_EQ(announced(), u"Ghost mode is on. Nothing here is kept."_s);
     EXPECT_TRUE(isDrawn(u"ghostFrame"_s) && isDrawn(u"ghostBadge"_s));
     type(u"secret words"_s);
@@ -64,13 +62,12 @@ TEST_F(GhostModeTest, IsBegunAndLeftByKeysAloneAndIsSeenAndHeardToBeOn)
     EXPECT_EQ(m_window->title(), u"MorvaneGPT"_s);
     EXPECT_EQ(m_app->storage().repository->count(), 1) << "the empty chat that was there";
 
-    const struct
-    {
+    const struct {
         QList<int> keys;
         bool isOn;
         std::int64_t saved;
     } rows[]{{{Qt::Key_Escape}, true, 1},
-             {{Qt::Key_Return}, true, 1}, // the harmless answer has the keyboard
+             {{Qt::Key_Return}, true, 1},                    // the harmless answer has the keyboard
              {{Qt::Key_Backtab, Qt::Key_Return}, false, 3}}; // kept, and the new one
     for (const auto &[keys, isOn, saved] : rows) {
         press(Qt::Key_N, Qt::ControlModifier);

@@ -8,8 +8,8 @@
 
 namespace morvane {
 
-// Which store a chat lives in: the saved ones in that of this machine, each Ghost chat in its own. There is at
-// most one Ghost chat, and it is the open one while there is. GUI thread.
+// Which store a chat lives in: the saved ones in that of this machine, each Ghost chat in its own. There is
+// at most one Ghost chat, and it is the open one while there is. GUI thread.
 class ChatStores {
 public:
     // Whether a turn writes into a chat.
@@ -26,7 +26,10 @@ public:
     // The open one; null for none.
     [[nodiscard]] const GhostChat *ghost() const { return m_ghost ? &*m_ghost : nullptr; }
     // Also one that was left while its turn runs.
-    [[nodiscard]] bool isGhost(const Conversation &conversation) const { return find(conversation) != nullptr; }
+    [[nodiscard]] bool isGhost(const Conversation &conversation) const
+    {
+        return find(conversation) != nullptr;
+    }
     // Those that were left.
     [[nodiscard]] std::size_t retiredCount() const { return m_retiredGhosts.size(); }
 

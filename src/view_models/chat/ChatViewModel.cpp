@@ -226,8 +226,8 @@ void ChatViewModel::bringDraft()
         showDraft(m_draftOwner ? m_draftOwner->draft() : QString());
 }
 
-// Into a Ghost chat, so that no store has it any more, and with a Ghost chat that is kept. Out of one that is not,
-// the words only stay in the composer: whoever goes on writing there has it stored.
+// Into a Ghost chat, so that no store has it any more, and with a Ghost chat that is kept. Out of one that is
+// not, the words only stay in the composer: whoever goes on writing there has it stored.
 void ChatViewModel::moveDraft()
 {
     const auto former = std::exchange(m_draftOwner, m_open.current());

@@ -140,8 +140,8 @@ public:
     // Set by the shell; a turn that ends while it is false notifies.
     void setWindowInFront(bool inFront) { m_delivery.setWindowInFront(inFront); }
 
-    // Opens the newest chat if it is still empty, else a new one. Of another chat than the open one the person
-    // may first be asked about a Ghost chat that they leave with it.
+    // Opens the newest chat if it is still empty, else a new one. Of another chat than the open one the
+    // person may first be asked about a Ghost chat that they leave with it.
     void openAtStart() { m_open.openAtStart(); }
     Q_INVOKABLE void newConversation();
     Q_INVOKABLE void open(const QString &id);

@@ -10,8 +10,8 @@ class ConversationRepository;
 class FieldSealing;
 class PersistenceController;
 
-// A chat that no disk sees: it lives in a store of its own in memory, and is gone with it. Its texts are sealed
-// there as in any record. GUI thread.
+// A chat that no disk sees: it lives in a store of its own in memory, and is gone with it. Its texts are
+// sealed there as in any record. GUI thread.
 struct GhostChat {
     std::unique_ptr<PersistenceController> persistence;
     std::unique_ptr<ConversationRepository> repository;

@@ -7,8 +7,8 @@ namespace morvane {
 
 class GhostDesk;
 
-// What is copied while a Ghost chat is open is marked as a secret, so that clipboard managers keep no history of
-// it. It can be pasted like anything else. GUI thread.
+// What is copied while a Ghost chat is open is marked as a secret, so that clipboard managers keep no history
+// of it. It can be pasted like anything else. GUI thread.
 class GhostClipboard : public QObject {
     Q_OBJECT
 public:

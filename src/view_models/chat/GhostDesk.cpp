@@ -53,11 +53,12 @@ GhostExplainer GhostDesk::explainer() const
             return u"Ghost mode is off. Click to start a Ghost chat."_s;
         return u"Start a new chat to use Ghost mode."_s;
     };
-    return {u"Ghost mode"_s,
-            u"Like a private window in a browser. Nothing from a Ghost chat is saved on this %1, and leaving "
-            u"one asks whether to drop or keep it. It still runs on the same model as your other chats."_s.arg(
-                DesktopWords::here().device),
-            stateLine()};
+    return {
+        u"Ghost mode"_s,
+        u"Like a private window in a browser. Nothing from a Ghost chat is saved on this %1, and leaving "
+        u"one asks whether to drop or keep it. It still runs on the same model as your other chats."_s.arg(
+            DesktopWords::here().device),
+        stateLine()};
 }
 
 // What is asked

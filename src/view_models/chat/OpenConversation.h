@@ -35,8 +35,8 @@ public:
     void openNew(Composer composer = Composer::ofChat);
     void open(const QString &id);
     [[nodiscard]] bool canOpen(const QString &id) const;
-    // A chat that the repository doesn't have, or that stands in for the open one; with the composer of the open
-    // chat nothing works in that any more.
+    // A chat that the repository doesn't have, or that stands in for the open one; with the composer of the
+    // open chat nothing works in that any more.
     void show(std::shared_ptr<Conversation> conversation, Composer composer);
     // No chat is open.
     void close();
@@ -46,9 +46,9 @@ public:
     void rename(const QString &id, const QString &title);
 
 Q_SIGNALS:
-    void leaving(); // what works in the open chat is to stop
+    void leaving();                                            // what works in the open chat is to stop
     void opened(morvane::OpenConversation::Composer composer); // another chat, or none
-    void renamed(); // the open chat
+    void renamed();                                            // the open chat
     void listChanged();
 
 private:

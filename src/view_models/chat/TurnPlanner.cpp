@@ -211,12 +211,12 @@ std::shared_ptr<ChatMessage> TurnPlanner::makeReply(const ChatMessage &question,
                                                     const std::optional<QUuid> &group) const
 {
     return m_services.stores.active().makeMessage({.id = QUuid::createUuid(),
-                                              .role = MessageRole::assistant,
-                                              .content = {},
-                                              .createdAt = m_services.clock.now(),
-                                              .status = MessageStatus::pending,
-                                              .versionGroup = group,
-                                              .answers = question.id()});
+                                                   .role = MessageRole::assistant,
+                                                   .content = {},
+                                                   .createdAt = m_services.clock.now(),
+                                                   .status = MessageStatus::pending,
+                                                   .versionGroup = group,
+                                                   .answers = question.id()});
 }
 
 void TurnPlanner::add(const Messages &messages, Conversation &conversation)
@@ -233,12 +233,12 @@ void TurnPlanner::addDocument(const ImportedAttachment &attachment)
 {
     try {
         m_services.stores.active().insert({.id = attachment.id,
-                                      .filename = attachment.filename,
-                                      .fileExtension = attachment.fileExtension,
-                                      .fileSizeBytes = attachment.fileSizeBytes,
-                                      .extractedCharacterCount = Text::characterCount(attachment.text),
-                                      .wasTruncated = attachment.wasTruncated,
-                                      .importedAt = m_services.clock.now()});
+                                           .filename = attachment.filename,
+                                           .fileExtension = attachment.fileExtension,
+                                           .fileSizeBytes = attachment.fileSizeBytes,
+                                           .extractedCharacterCount = Text::characterCount(attachment.text),
+                                           .wasTruncated = attachment.wasTruncated,
+                                           .importedAt = m_services.clock.now()});
     } catch (...) {
         m_services.banner.show(std::current_exception(), ErrorBanner::Retry::save);
     }
