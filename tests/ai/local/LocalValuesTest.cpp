@@ -193,6 +193,8 @@ TEST(LinuxMachineTest, MemoryIsReadFromTheKernelAndTheDrivers)
     put(u"class/drm/card2/device/mem_info_vram_total"_s, "-1\n");
     const LocalMachine::Memory memory{16303428ULL * 1024, 0, 17163091968};
     EXPECT_EQ(machine.memory(), memory);
+    const LinuxMachine withCards({root.path(), root.path(), MORVANE_FAKE_MANAGEMENT_LIBRARY});
+    EXPECT_EQ(withCards.memory().nvidiaGraphics, 24 * gibibyte);
     EXPECT_GT(LinuxMachine().memory().main, gibibyte / 4);
     EXPECT_GT(*machine.freeDisk(root.filePath(u"not/there/yet"_s)), 0U);
 }

@@ -104,7 +104,7 @@ TEST_F(RuntimeDownloadTest, ABrokenDownloadGoesOnWhereItStopped)
     serve([&](ScriptedServer::Connection &connection) {
         if (const auto request = connection.readRequest()) {
             const int round = ++asked;
-            connection.send(part(startOf(*request), round < 4 ? 150'000 : bytes.size()));
+            connection.send(part(startOf(*request), round < 8 ? 80'000 : bytes.size()));
         }
     });
     for (const bool isSizeKnown : {true, false}) {
@@ -112,10 +112,10 @@ TEST_F(RuntimeDownloadTest, ABrokenDownloadGoesOnWhereItStopped)
         if (!isSizeKnown)
             values.archive->bytes.reset();
         EXPECT_EQ(run(), QString());
-        EXPECT_EQ(asked, 4);
+        EXPECT_EQ(asked, 8);
         EXPECT_TRUE(std::ranges::is_sorted(dones));
         EXPECT_EQ(dones.back(), bytes.size());
-        EXPECT_EQ(startOf(server->requests().back()), 450'000);
+        EXPECT_EQ(startOf(server->requests().back()), 560'000);
         QFile::remove(RuntimeDownload::path(values));
         dones.clear();
     }
