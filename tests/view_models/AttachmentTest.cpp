@@ -200,6 +200,9 @@ TEST_F(AttachmentTest, FilesAreReadOneAfterAnotherAndTheLastThatCanBeReadStays)
     importer.refuse(DocumentError::Plain::extractionFailed);
     EXPECT_EQ(desk->state(), Failed);
     EXPECT_EQ(face(), u"g.rtf|Text could not be extracted from this file."_s);
+    EXPECT_TRUE(composer.hasBanner());
+    desk->remove();
+    EXPECT_FALSE(composer.hasBanner());
     EXPECT_EQ(composer.draft(), u"about it"_s);
     EXPECT_FALSE(repository.context().hasChanges());
 }

@@ -231,6 +231,7 @@ void AttachmentDesk::fail(const std::exception_ptr &error, qsizetype count)
     m_failure = {name, banner.message};
     if (count > 1) // which of them
         banner.suggestion = u"“%1”: "_s.arg(AttachmentWords::nameOf(name)) + banner.suggestion;
+    m_told = banner;
     m_services.banner.show(std::move(banner));
 }
 
@@ -256,6 +257,8 @@ void AttachmentDesk::stopReading()
     m_task.requestStop();
     m_reading.reset();
     m_failure.reset();
+    if (const auto told = std::exchange(m_told, std::nullopt))
+        m_services.banner.dismiss(*told); // whatever comes now takes its place
     m_former = m_pending ? AttachmentWords::nameOf(m_pending->filename) : QString();
 }
 

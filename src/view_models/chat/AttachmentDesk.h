@@ -3,6 +3,7 @@
 #include "async/TaskHandle.h"
 #include "documents/DocumentImporting.h"
 #include "view_models/chat/AttachmentWords.h"
+#include "view_models/chat/ErrorBanner.h"
 #include "view_models/chat/HandedOver.h"
 
 #include <QImage>
@@ -109,6 +110,7 @@ private:
     std::optional<ImportedAttachment> m_pending;
     std::optional<AttachmentWords::Reading> m_reading;
     std::optional<Failure> m_failure;
+    std::optional<ErrorBanner> m_told; // of the latest failure
     QString m_former; // what was pending when the reading began; empty for nothing
     QString m_notice;
     TaskHandle m_task;
