@@ -105,7 +105,7 @@ TEST_F(GhostDeskTest, ItNeitherReadsNorKeepsNotesAndIsInNoListSearchOrNotificati
     EXPECT_TRUE(heard.filter(u"secret"_s).isEmpty());
     heard.clear();
     ghosts.dropGhost();
-    EXPECT_TRUE(heard.contains(u"ghosts withdrawn"_s));
+    EXPECT_EQ(heard, (QStringList{u"ghosts withdrawn"_s, u"hushed"_s}));
     EXPECT_EQ(chat.messages()->rowCount(), 0);
     EXPECT_EQ(repository.count(), 2);
 

@@ -79,8 +79,10 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
     connect(this, &ChatViewModel::conversationsChanged, &m_ghosts, &GhostDesk::changed);
     connect(&m_ghosts, &GhostDesk::retired, this, [this](bool wasDropped) {
         m_delivery.withdrawGhosts();
-        if (wasDropped)
-            m_planner->forgetAttachment();
+        if (!wasDropped)
+            return;
+        m_planner->forgetAttachment();
+        m_delivery.stopSpeaking();
     });
     connect(&m_services.router, &AIRequestRouter::sourceChanged, this, &ChatViewModel::sourceChanged);
     if (m_services.localModel)

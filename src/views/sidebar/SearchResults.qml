@@ -20,7 +20,7 @@ ListView {
     function open(id: string, messageId: string) {
         root.chat.open(id);
         root.chatChosen();
-        if (messageId.length > 0)
+        if (messageId.length > 0 && root.chat.conversationId === id) // the person may be asked first
             root.find.openAt(root.search.query, messageId);
     }
 
