@@ -72,7 +72,7 @@ QCoro::Task<SetupPlan> LocalModelService::plan(std::stop_token stop)
     const Models models = co_await askModels(stop);
     check();
     SetupPlan plan;
-    plan.freeDisk = m_services.machine.freeDisk(m_values.folder);
+    plan.freeDisk = m_services.machine.freeDisk(m_values.models);
     plan.foundAt = foundRuntime();
     if (models) {
         plan.runtime = SetupPlan::Runtime::answering;

@@ -25,7 +25,8 @@ using Kind = LocalModelService::Phase::Kind;
 
 namespace {
 
-constexpr std::chrono::milliseconds betweenLooks = 250ms;
+constexpr std::chrono::milliseconds firstWait = 250ms; // between looks, each of which is a row of the ledger
+constexpr std::chrono::milliseconds longestWait = 1s;
 constexpr std::chrono::milliseconds longestStart = 60s;
 constexpr int mostRestarts = 2; // for an identity key that is missing
 
@@ -60,7 +61,7 @@ QCoro::Task<QString> LocalModelService::chooseModel(std::stop_token stop)
     m_log->write(u"setup start; recommended "_s + recommended);
     if (has(recommended))
         co_return QString(recommended);
-    const auto fit = ModelLadder::fitting(recommended, m_services.machine.freeDisk(m_values.folder));
+    const auto fit = ModelLadder::fitting(recommended, m_services.machine.freeDisk(m_values.models));
     if (!fit)
         throw LocalSetupError::noRoom();
     if (*fit != recommended) {
@@ -175,6 +176,7 @@ QCoro::Task<> LocalModelService::awaitServer(std::stop_token stop)
 {
     const auto check = m_lifeline.check(stop);
     const auto deadline = m_services.clock.elapsed() + longestStart;
+    std::chrono::milliseconds wait = firstWait;
     while (true) {
         const Models models = co_await LocalServer::models(server(), stop);
         check();
@@ -190,8 +192,9 @@ QCoro::Task<> LocalModelService::awaitServer(std::stop_token stop)
                 u"setup log."_s);
         if (m_services.clock.elapsed() >= deadline)
             break;
-        co_await pause(m_services.clock, betweenLooks, stop);
+        co_await pause(m_services.clock, wait, stop);
         check();
+        wait = std::min(wait * 2, longestWait);
     }
     co_await endRuntime(stop);
     throw LocalSetupError(u"The local AI runtime was started and doesn't answer. Try again."_s);

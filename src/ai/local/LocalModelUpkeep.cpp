@@ -19,6 +19,7 @@ using Kind = LocalModelService::Phase::Kind;
 namespace {
 
 constexpr std::chrono::milliseconds betweenLooks = 3s;
+constexpr int looksForOneQuestion = 5; // a server is asked less often: each question is a row of the ledger
 
 } // namespace
 
@@ -81,10 +82,13 @@ QCoro::Task<> LocalModelService::runRefresh(std::stop_token stop)
 QCoro::Task<> LocalModelService::runWatch(std::stop_token stop)
 {
     const auto check = m_lifeline.check(stop);
-    while (true) {
-        const Models models = co_await askModels(stop);
-        check();
-        if (models || hasManagedRuntime() || !foundRuntime().isEmpty())
+    for (int look = 0; foundRuntime().isEmpty(); ++look) {
+        Models models;
+        if (look % looksForOneQuestion == 0) {
+            models = co_await askModels(stop);
+            check();
+        }
+        if (models)
             break;
         co_await pause(m_services.clock, betweenLooks, stop);
         check();
@@ -195,7 +199,7 @@ QCoro::Task<> LocalModelService::runVisionSidecar(std::stop_token stop)
     co_await knowMemory(stop);
     check();
     const QString model = ModelLadder::vision();
-    const auto free = m_services.machine.freeDisk(m_values.folder);
+    const auto free = m_services.machine.freeDisk(m_values.models);
     if (free && *free < ModelLadder::need(model)) {
         setVisionSidecar({State::failed, u"Not enough free disk space for the image model."_s});
         co_return;

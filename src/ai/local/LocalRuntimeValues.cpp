@@ -86,6 +86,7 @@ LocalRuntimeValues LocalRuntimeValues::ofThisBuild(const SupportFolders &folders
             .foundRuntimes = {u"/usr/local/bin/ollama"_s, u"/usr/bin/ollama"_s,
                               QDir::homePath() + u"/.local/bin/ollama"_s, u"/opt/ollama/bin/ollama"_s},
             .folder = folders.data + u'/' + Product::storeFolder,
+            .models = qEnvironmentVariable("OLLAMA_MODELS", QDir::homePath() + u"/.ollama"_s),
             .guard = QCoreApplication::applicationDirPath() + u"/morvane-runtime-guard"_s};
 }
 

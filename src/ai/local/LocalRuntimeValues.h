@@ -26,6 +26,7 @@ struct LocalRuntimeValues {
     QUrl serverOrigin;              // http on this machine, with its port
     QStringList foundRuntimes;      // programs that the person may have installed, in order
     QString folder;                 // what is managed lies below it
+    QString models;                 // where a runtime that this program starts keeps its models
     QString guard;                  // the program that a runtime runs under
 
     [[nodiscard]] QUrl archiveURL() const;

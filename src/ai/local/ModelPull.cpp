@@ -10,6 +10,7 @@
 #include "utils/text/Json.h"
 
 #include <algorithm>
+#include <array>
 
 namespace morvane {
 
@@ -31,16 +32,12 @@ constexpr int mostBreaks = 4;                         // in a row, without a byt
                                           : u"Couldn't download the model %1: %2"_s.arg(model, words));
 }
 
+// The rest won't go better the next time.
 bool mayPass(const TransportError &error)
 {
-    switch (error.code()) {
-    case TransportError::Code::TimedOut:
-    case TransportError::Code::ConnectionLost:
-    case TransportError::Code::CannotConnect:
-        return true;
-    default: // NOLINT: the rest won't go better the next time
-        return false;
-    }
+    using Code = TransportError::Code;
+    static constexpr std::array passing{Code::TimedOut, Code::ConnectionLost, Code::CannotConnect};
+    return std::find(passing.begin(), passing.end(), error.code()) != passing.end();
 }
 
 struct Reading {

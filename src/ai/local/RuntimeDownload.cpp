@@ -13,6 +13,8 @@
 
 #include <QFile>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 
 namespace morvane {
@@ -157,18 +159,13 @@ QCoro::Task<Fetch> fetch(Parts parts, OnProgress onProgress, std::stop_token sto
     co_return Fetch::whole;
 }
 
+// The rest won't go better the next time.
 bool mayPass(const TransportError &error)
 {
-    switch (error.code()) {
-    case TransportError::Code::TimedOut:
-    case TransportError::Code::ConnectionLost:
-    case TransportError::Code::CannotConnect:
-    case TransportError::Code::HostNotFound:
-    case TransportError::Code::Other:
-        return true;
-    default: // NOLINT: the rest won't go better the next time
-        return false;
-    }
+    using Code = TransportError::Code;
+    static constexpr std::array passing{Code::TimedOut, Code::ConnectionLost, Code::CannotConnect,
+                                        Code::HostNotFound, Code::Other};
+    return std::find(passing.begin(), passing.end(), error.code()) != passing.end();
 }
 
 QCoro::Task<> fetchWhole(Parts parts, OnProgress onProgress, std::stop_token stop)
