@@ -33,6 +33,10 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
         if (shouldTerminate() == Termination::now)
             Q_EMIT quitConfirmed();
     });
+    connect(m_presentation.shell.get(), &ShellViewModel::welcomeLeft, this, [this] {
+        m_presentation.settings.setOnboardingComplete(true);
+        Q_EMIT mainWindowRequested();
+    });
     letThePersonApprove();
 }
 
@@ -68,9 +72,23 @@ void AppState::showWhatChangedNotice()
                               [this](int) { WhatChangedNotice::wasRead(*m_storage.defaults); });
 }
 
+// Where chats can't be opened, that is what the person has to read first.
+bool AppState::showOnboarding() const
+{
+    return !m_presentation.settings.onboardingComplete() && !m_storage.startupError;
+}
+
+void AppState::showFirstWindow()
+{
+    if (showOnboarding())
+        Q_EMIT m_presentation.shell->welcomeRequested();
+    else
+        Q_EMIT mainWindowRequested();
+}
+
 void AppState::start()
 {
-    Q_EMIT mainWindowRequested();
+    showFirstWindow();
     showWhatChangedNotice();
     m_storeNotices.start();
     Log::info(Log::Category::App, "Application started (%s)"_L1, {SettingsStore::versionText()});
@@ -80,7 +98,7 @@ void AppState::start()
 
 void AppState::reopen()
 {
-    Q_EMIT mainWindowRequested();
+    showFirstWindow();
 }
 
 // The application lock will judge the idle time here.

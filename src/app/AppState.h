@@ -45,7 +45,9 @@ Q_SIGNALS:
 
 private:
     void letThePersonApprove();
+    void showFirstWindow();
     void showWhatChangedNotice();
+    [[nodiscard]] bool showOnboarding() const;
 
     const Host m_host;
     Work &m_work;

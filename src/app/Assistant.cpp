@@ -18,6 +18,7 @@
 #include "network/NetworkLedger.h"
 #include "persistence/SettingsRepository.h"
 #include "persistence/SettingsStore.h"
+#include "platform/linux/AvahiServiceBrowsing.h"
 #include "platform/linux/LinuxMachine.h"
 #include "security/LocalDataVault.h"
 #include "security/ServiceIdentity.h"
@@ -123,6 +124,7 @@ Assistant::Assistant(const CommandLine &commandLine, Storage &storage, const Sec
                                                                                        .work = work}))
     , machine(std::make_unique<LinuxMachine>())
     , localModel(makeLocalModel(commandLine, *this, storage, clock, work))
+    , services(std::make_unique<AvahiServiceBrowsing>(clock))
     , router(std::make_unique<AIRequestRouter>(routing(*this, storage, secrets, clock, work)))
     , replies(std::make_unique<ReplyRunner>(*router, *tools))
 {}

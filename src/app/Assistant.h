@@ -17,6 +17,7 @@ class MemoryStore;
 class NetworkLedger;
 class ProofLedger;
 class ReplyRunner;
+class ServiceBrowsing;
 class ServiceIdentity;
 class SystemPromptStore;
 class TextExtractionService;
@@ -49,6 +50,7 @@ struct Assistant {
     const std::unique_ptr<PrivateCloudParts> privateCloud;
     const std::unique_ptr<LocalMachine> machine;
     const std::unique_ptr<LocalModelService> localModel;
+    const std::unique_ptr<ServiceBrowsing> services; // that the local network announces
     const std::unique_ptr<AIRequestRouter> router;
     const std::unique_ptr<ReplyRunner> replies;
 };

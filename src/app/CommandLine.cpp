@@ -75,12 +75,9 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     parser.setApplicationDescription(Product::name + u", a private AI assistant."_s);
     parser.addHelpOption();
     parser.addVersionOption();
-    // Not listed while no window shows the welcome flow: it only takes back that it was seen.
-    QCommandLineOption resetOnboarding(u"reset-onboarding"_s);
-    resetOnboarding.setFlags(QCommandLineOption::HiddenFromHelp);
-    parser.addOption(resetOnboarding);
     parser.addOptions({
         {u"simulate-fresh-setup"_s, u"Set up local AI as if nothing were installed."_s},
+        {u"reset-onboarding"_s, u"Show the welcome again."_s},
         {u"profile"_s, u"Keep everything in this folder instead of your own profile."_s, u"folder"_s},
         {u"practice-server"_s, u"Chat with a practice server; needs --profile."_s, u"address"_s},
         {u"play-demo"_s, u"Play one turn, save a picture of the window and end."_s, u"png"_s},
@@ -95,7 +92,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         parser.addOptions({devRelay, devRuntime});
     parser.process(arguments);
 
-    CommandLine line{.resetOnboarding = parser.isSet(resetOnboarding),
+    CommandLine line{.resetOnboarding = parser.isSet(u"reset-onboarding"_s),
                      .simulateFreshSetup = parser.isSet(u"simulate-fresh-setup"_s),
                      .profile = valueOf(parser, u"profile"_s),
                      .practiceServer = valueOf(parser, u"practice-server"_s),

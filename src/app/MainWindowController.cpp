@@ -10,7 +10,9 @@
 #include "view_models/settings/AISettingsViewModel.h"
 #include "view_models/settings/AbilitiesViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
+#include "view_models/settings/LocalModelViewModel.h"
 #include "view_models/settings/MemoryViewModel.h"
+#include "view_models/settings/NearbyViewModel.h"
 #include "view_models/settings/NetworkLedgerViewModel.h"
 #include "view_models/settings/PrivateCloudViewModel.h"
 #include "view_models/settings/ProofLedgerViewModel.h"
@@ -54,6 +56,8 @@ MainWindowController::MainWindowController(Presentation &presentation, std::uniq
                              {u"memory"_s, QVariant::fromValue(presentation.notes.get())},
                              {u"receipts"_s, QVariant::fromValue(presentation.receipts.get())},
                              {u"aiSettings"_s, QVariant::fromValue(presentation.aiSettings.get())},
+                             {u"localModel"_s, QVariant::fromValue(presentation.localModel.get())},
+                             {u"nearby"_s, QVariant::fromValue(presentation.nearby.get())},
                              {u"settings"_s, QVariant::fromValue(&presentation.settings)},
                              {u"networkLedger"_s, QVariant::fromValue(presentation.networkLedger.get())},
                              {u"proofLedger"_s, QVariant::fromValue(presentation.proofLedger.get())},

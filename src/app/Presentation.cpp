@@ -24,7 +24,9 @@
 #include "view_models/settings/AISettingsViewModel.h"
 #include "view_models/settings/AbilitiesViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
+#include "view_models/settings/LocalModelViewModel.h"
 #include "view_models/settings/MemoryViewModel.h"
+#include "view_models/settings/NearbyViewModel.h"
 #include "view_models/settings/NetworkLedgerViewModel.h"
 #include "view_models/settings/PrivateCloudViewModel.h"
 #include "view_models/settings/ProofLedgerViewModel.h"
@@ -80,6 +82,9 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
     , receipts(std::make_unique<NoteReceiptsModel>(*assistant.memory))
     , aiSettings(std::make_unique<AISettingsViewModel>(settings, secrets.keychain, *assistant.router,
                                                        *assistant.network, work))
+    , localModel(std::make_unique<LocalModelViewModel>(*assistant.localModel, clock, work))
+    , nearby(
+          std::make_unique<NearbyViewModel>(*assistant.services, *assistant.network, settings, clock, work))
     , instructions(std::make_unique<InstructionsViewModel>(*assistant.systemPrompts))
     , abilities(std::make_unique<AbilitiesViewModel>(settings, *assistant.tools))
     , searchKey(std::make_unique<SearchKeyViewModel>(

@@ -14,7 +14,9 @@ class FindViewModel;
 class GhostClipboard;
 class HistorySearchModel;
 class InstructionsViewModel;
+class LocalModelViewModel;
 class MemoryViewModel;
+class NearbyViewModel;
 class NetworkLedgerViewModel;
 class NoteReceiptsModel;
 class PrivateCloudViewModel;
@@ -48,6 +50,8 @@ struct Presentation {
     const std::unique_ptr<SourceMenuViewModel> sources;
     const std::unique_ptr<NoteReceiptsModel> receipts;
     const std::unique_ptr<AISettingsViewModel> aiSettings;
+    const std::unique_ptr<LocalModelViewModel> localModel;
+    const std::unique_ptr<NearbyViewModel> nearby;
     const std::unique_ptr<InstructionsViewModel> instructions;
     const std::unique_ptr<AbilitiesViewModel> abilities;
     const std::unique_ptr<SearchKeyViewModel> searchKey;

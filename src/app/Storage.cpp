@@ -52,6 +52,8 @@ Storage::Storage(const CommandLine &commandLine, Host host, Clock &clock, const 
     settings = std::make_unique<SettingsStore>(*defaults);
     if (commandLine.resetOnboarding)
         settings->setOnboardingComplete(false);
+    else if (commandLine.practiceServer) // there is nothing to choose
+        settings->setOnboardingComplete(true);
     openStore(clock);
     applyRetention(clock);
 }

@@ -90,6 +90,8 @@ Q_SIGNALS:
     void questionChanged();
     void noticeChanged();
     void linkRequested(const QUrl &address);
+    void welcomeRequested();    // the welcome is wanted, also once more
+    void welcomeLeft();         // to its end or not
     void settingsRequested();   // something outside the window asks for the settings page
     void replyLimitRequested(); // the settings page is wanted at the longest reply
 

@@ -18,6 +18,8 @@ T.ApplicationWindow {
     required property SearchKeyViewModel searchKey
     required property MemoryViewModel memory
     required property AISettingsViewModel aiSettings
+    required property LocalModelViewModel localModel
+    required property NearbyViewModel nearby
     required property SettingsStore settings
     required property NetworkLedgerViewModel networkLedger
     required property ProofLedgerViewModel proofLedger
@@ -68,6 +70,8 @@ T.ApplicationWindow {
         if (!settingsLoader.item)
             settingsLoader.setSource("settings/SettingsWindow.qml", {
                 aiSettings: window.aiSettings,
+                localModel: window.localModel,
+                nearby: window.nearby,
                 settings: window.settings,
                 instructions: window.instructions,
                 abilities: window.abilities,
@@ -83,6 +87,31 @@ T.ApplicationWindow {
         opened.show();
         opened.raise();
         opened.requestActivate();
+    }
+
+    function openLedger() {
+        window.openSettings();
+        (settingsLoader.item as SettingsWindow).page = "network";
+    }
+    function openWelcome() {
+        if (!welcomeLoader.item)
+            welcomeLoader.setSource("welcome/WelcomeWindow.qml", {
+                aiSettings: window.aiSettings,
+                localModel: window.localModel,
+                nearby: window.nearby,
+                privateCloud: window.privateCloud,
+                settings: window.settings,
+                shell: window.shell,
+                companion: window.companion
+            });
+        const opened = welcomeLoader.item as WelcomeWindow;
+        opened.show();
+        opened.raise();
+        opened.requestActivate();
+    }
+    function leaveWelcome() {
+        welcomeLoader.source = "";
+        window.shell.welcomeLeft();
     }
 
     title: shell.productName
@@ -257,8 +286,19 @@ T.ApplicationWindow {
 
         onLoaded: (item as SettingsWindow).left.connect(window.leaveSettings)
     }
+    Loader {
+        id: welcomeLoader
+
+        onLoaded: {
+            const opened = item as WelcomeWindow;
+            opened.left.connect(() => Qt.callLater(window.leaveWelcome));
+            opened.ledgerChosen.connect(window.openLedger);
+        }
+    }
     Connections {
         target: window.shell
+
+        function onWelcomeRequested() { window.openWelcome(); }
 
         function onSettingsRequested() { window.openSettings(); }
         function onReplyLimitRequested() {

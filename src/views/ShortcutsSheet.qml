@@ -64,23 +64,4 @@ Panel {
             onClicked: root.close()
         }
     }
-
-    component KeyCap: Rectangle {
-        property alias text: label.text
-
-        implicitWidth: label.implicitWidth + 16
-        implicitHeight: 22
-        radius: 6
-        color: Theme.code
-        border.width: 1
-        border.color: Theme.hairline
-
-        CaptionText {
-            id: label
-
-            anchors.centerIn: parent
-            wrapMode: Text.NoWrap
-            Accessible.ignored: true
-        }
-    }
 }

@@ -2,8 +2,6 @@
 // says on its output how far it has come, and goes on with each line that it is given.
 
 #include "attestation/ProofLedger.h"
-#include "documents/DocumentImportService.h"
-#include "documents/ExtractionServices.h"
 #include "end_to_end/AppFixture.h"
 #include "models/Conversation.h"
 #include "network/NetworkLedger.h"
@@ -43,14 +41,11 @@ protected:
         WindowDriver::settle();
     }
 
-    [[nodiscard]] ImportedAttachment readFile()
+    void attach(const QString &path) const
     {
-        ExtractionService extraction(*work, clock, QStringLiteral(MORVANE_EXTRACT));
-        TextExtractionService texts;
-        DocumentImportService service({*work, extraction, texts, extraction});
-        return TestWait::await(service.importDocument(
-            QUrl::fromLocalFile(qEnvironmentVariable("MORVANE_GHOST_FILE")), 10'000, [](int, int) {},
-            std::stop_token()));
+        AttachmentDesk &desk = *chat().entries()->attachments();
+        desk.attach({QUrl::fromLocalFile(path)});
+        EXPECT_TRUE(WindowDriver::eventually([&desk] { return desk.state() == AttachmentDesk::State::Ready; }));
     }
 
     // A question about a file and its reply, one that fails, and one that is only begun.
@@ -61,7 +56,7 @@ protected:
             return chat().ghosts()->isOn();
         }));
         useModel(u"practice-fast"_s);
-        chat().setPendingAttachment(readFile());
+        attach(qEnvironmentVariable("MORVANE_GHOST_FILE"));
         say(mark + u"question"_s);
         ASSERT_TRUE(turnEnds());
         EXPECT_TRUE(lastText().contains(mark)) << "the server repeats it";

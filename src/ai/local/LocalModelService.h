@@ -85,6 +85,11 @@ public:
     [[nodiscard]] const Phase &phase() const { return m_phase; }
     [[nodiscard]] const TransferFigures &figures() const { return m_figures; }
     [[nodiscard]] const QString &integrityWarning() const { return m_integrityWarning; } // empty for none
+    // What the warning is about.
+    [[nodiscard]] const std::vector<ModelDigestPins::Change> &fingerprintChanges() const
+    {
+        return m_fingerprintChanges;
+    }
     [[nodiscard]] const VisionSidecarState &visionSidecar() const { return m_visionSidecar; }
     // What the server lists, by name; empty while none answers.
     [[nodiscard]] const std::vector<ServerModel> &models() const { return m_models; }

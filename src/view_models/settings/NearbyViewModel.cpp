@@ -10,6 +10,12 @@ namespace morvane {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
+constexpr qsizetype mostModels = 60; // that are laid out; the picker of the server has them all
+
+} // namespace
+
 NearbyViewModel::NearbyViewModel(ServiceBrowsing &services, HttpSessionProviding &network,
                                  SettingsStore &settings, Clock &clock, Work &work, QObject *parent)
     : QObject(parent)
@@ -30,8 +36,8 @@ QString NearbyViewModel::searchNotice() const
         return u"%1 does not let %2 search the network. Type the computer's name or address instead."_s.arg(
             DesktopWords::here().searcher, Product::name);
     if (m_browser.browseFailure() && m_browser.isSearchMissing())
-        return u"%1 %2 Type the computer's name or address instead."_s.arg(*m_browser.browseFailure(),
-                                                                           DesktopWords::here().searchMissing);
+        return u"%1 %2 Type the computer's name or address instead."_s.arg(
+            *m_browser.browseFailure(), DesktopWords::here().searchMissing);
     if (m_browser.browseFailure())
         return u"%1 Type the computer's name or address instead."_s.arg(*m_browser.browseFailure());
     if (!m_hasSearched || !m_browser.computers().empty())
@@ -77,7 +83,7 @@ QString NearbyViewModel::problem() const
 QStringList NearbyViewModel::models() const
 {
     const auto *found = std::get_if<ModelServerBrowser::Found>(&m_server.state());
-    return found ? found->models : QStringList();
+    return found ? found->models.mid(0, mostModels) : QStringList();
 }
 
 void NearbyViewModel::search()

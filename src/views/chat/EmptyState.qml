@@ -46,7 +46,7 @@ Item {
         SmallText {
             width: parent.width
             visible: !root.configured
-            text: qsTr("No server is set up yet, so there is nobody to answer. Give the address of a model on this computer, on your network or of a service you use.")
+            text: qsTr("No model is set up yet, so there is nobody to answer. Settings sets one up on this computer with one press, or takes one from a computer nearby or a service that you use.")
             horizontalAlignment: Text.AlignHCenter
         }
         PushButton {

@@ -10,7 +10,9 @@ SettingsPage {
     required property AISettingsViewModel ai
     required property SettingsStore settings
     required property PrivateCloudViewModel privateCloud
-    property string keychainNotice
+    required property LocalModelViewModel local
+    required property NearbyViewModel nearby
+    required property ShellViewModel shell
 
     function focusReplyLimit() {
         root.contentY = Math.max(0, Math.min(replies.mapToItem(root.contentItem, 0, 0).y - Theme.gap24,
@@ -20,62 +22,29 @@ SettingsPage {
 
     title: qsTr("AI")
 
+    LocalModelCard {
+        local: root.local
+        shell: root.shell
+    }
+    SettingsCard {
+        heading: qsTr("A computer nearby")
+
+        NearbyServer {
+            Layout.fillWidth: true
+            Layout.topMargin: Theme.gap4
+            Layout.bottomMargin: Theme.gap8
+            nearby: root.nearby
+            onCopyAsked: text => root.shell.copy(text)
+        }
+    }
     SettingsCard {
         heading: qsTr("Server")
 
-        SettingsRow {
-            title: qsTr("Address")
-            explanation: root.ai.addressProblem.length > 0 ? root.ai.addressProblem
-                : qsTr("Any server that speaks chat completions.")
-            explanationInk: root.ai.addressProblem.length > 0 ? Theme.danger : Theme.secondary
-
-            TextBox {
-                objectName: "address"
-                Layout.preferredWidth: 300
-                text: root.settings.baseURLString
-                placeholderText: "http://localhost:11434/v1"
-                hasProblem: root.ai.addressProblem.length > 0
-                inputMethodHints: Qt.ImhUrlCharactersOnly | Qt.ImhNoPredictiveText
-                Accessible.name: qsTr("Address")
-                Accessible.description: root.ai.addressProblem
-                onTextEdited: root.settings.baseURLString = text
-            }
-        }
-        SettingsRow {
-            title: qsTr("Model")
-            explanation: qsTr("The name that the server knows it by.")
-
-            TextBox {
-                objectName: "model"
-                Layout.preferredWidth: 300 - pick.width - 8
-                text: root.settings.model
-                Accessible.name: qsTr("Model")
-                onTextEdited: root.settings.model = text
-            }
-            IconButton {
-                id: pick
-
-                objectName: "pickModel"
-                text: qsTr("Pick a model of the server")
-                glyph: "chevron-down"
-                onClicked: picker.open()
-
-                ModelPicker {
-                    id: picker
-
-                    y: parent.height + 4
-                    x: parent.width - width
-                    models: root.ai.serverModels
-                    current: root.settings.model
-                    onChosen: name => root.settings.model = name
-                }
-            }
-        }
-        KeyRow {
-            hasKey: root.ai.hasKey
-            notice: root.ai.keyNotice.length > 0 ? root.ai.keyNotice : root.keychainNotice
-            onSaveChosen: key => root.ai.saveKey(key)
-            onRemoveChosen: root.ai.saveKey("")
+        ServerRows {
+            Layout.fillWidth: true
+            ai: root.ai
+            settings: root.settings
+            keychainNotice: root.shell.keychainNotice
         }
         ConnectionTest { ai: root.ai }
         ConnectionFindingList { findings: root.ai.findings }
@@ -138,6 +107,18 @@ SettingsPage {
                 value: root.settings.maxContextMessages
                 Accessible.name: qsTr("Messages sent along")
                 onValueModified: root.settings.maxContextMessages = value
+            }
+        }
+    }
+    SettingsCard {
+        SettingsRow {
+            title: qsTr("Welcome")
+            explanation: qsTr("The first steps, once more.")
+
+            PushButton {
+                objectName: "showWelcome"
+                text: qsTr("Show")
+                onClicked: root.shell.welcomeRequested()
             }
         }
     }

@@ -9,6 +9,8 @@ T.ApplicationWindow {
     id: root
 
     required property AISettingsViewModel aiSettings
+    required property LocalModelViewModel localModel
+    required property NearbyViewModel nearby
     required property SettingsStore settings
     required property InstructionsViewModel instructions
     required property AbilitiesViewModel abilities
@@ -32,7 +34,12 @@ T.ApplicationWindow {
 
     title: qsTr("Settings")
     color: Theme.page
-    onVisibleChanged: if (!visible) root.left()
+    onVisibleChanged: {
+        if (visible)
+            root.localModel.look();
+        else
+            root.left();
+    }
 
     FirstSize {
         window: root
@@ -77,7 +84,9 @@ T.ApplicationWindow {
                 ai: root.aiSettings
                 settings: root.settings
                 privateCloud: root.privateCloud
-                keychainNotice: root.shell.keychainNotice
+                local: root.localModel
+                nearby: root.nearby
+                shell: root.shell
             }
             InstructionsPage { instructions: root.instructions }
             AbilitiesPage {

@@ -1,0 +1,97 @@
+import QtQuick
+import QtQuick.Layouts
+import QtQuick.Templates as T
+import Morvane
+
+// A place that replies can come from, and what leads there once it is open.
+Rectangle {
+    id: root
+
+    property string glyph
+    property string title
+    property string explanation // what leaves the computer
+    property bool open: false
+    default property alias content: column.data
+
+    signal toggled()
+
+    Layout.fillWidth: true
+    implicitHeight: all.implicitHeight
+    radius: Theme.cardRadius
+    color: Theme.card
+    border.width: open ? Theme.focusWidth : 1
+    border.color: open ? Theme.accent : Theme.hairline
+
+    ColumnLayout {
+        id: all
+
+        width: parent.width
+        spacing: 0
+
+        T.Button {
+            id: head
+
+            objectName: root.objectName + ".head"
+            Layout.fillWidth: true
+            implicitHeight: Math.max(64, implicitContentHeight + 2 * Theme.gap12)
+            horizontalPadding: Theme.gap16
+            Accessible.role: Accessible.RadioButton
+            Accessible.name: root.title
+            Accessible.description: root.explanation
+            Accessible.checkable: true
+            Accessible.checked: root.open
+            Keys.onReturnPressed: head.clicked()
+            Keys.onEnterPressed: head.clicked()
+            onClicked: root.toggled()
+
+            contentItem: RowLayout {
+                spacing: Theme.gap16
+
+                Icon {
+                    implicitWidth: 24
+                    implicitHeight: 24
+                    name: root.glyph
+                    color: root.open ? Theme.accent : Theme.secondary
+                }
+                ColumnLayout {
+                    spacing: 2
+
+                    PlainText {
+                        Layout.fillWidth: true
+                        text: root.title
+                        font.weight: Font.DemiBold
+                    }
+                    SmallText {
+                        Layout.fillWidth: true
+                        text: root.explanation
+                    }
+                }
+                Icon {
+                    implicitWidth: 16
+                    implicitHeight: 16
+                    name: root.open ? "chevron-down" : "chevron-right"
+                    color: Theme.secondary
+                }
+            }
+            background: Rectangle {
+                radius: Theme.cardRadius
+                color: head.down ? Theme.pressWash : head.hovered ? Theme.hoverWash : "transparent"
+
+                FocusRing {
+                    radius: Theme.cardRadius
+                    visible: head.visualFocus
+                }
+            }
+        }
+        ColumnLayout {
+            id: column
+
+            Layout.fillWidth: true
+            Layout.leftMargin: Theme.gap16
+            Layout.rightMargin: Theme.gap16
+            Layout.bottomMargin: Theme.gap16
+            visible: root.open
+            spacing: Theme.gap8
+        }
+    }
+}

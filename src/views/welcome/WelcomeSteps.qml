@@ -1,0 +1,32 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Morvane
+
+// How far the welcome is, as a dot for each step.
+Row {
+    id: root
+
+    required property int count
+    required property int current
+
+    spacing: Theme.gap8
+
+    Accessible.role: Accessible.StatusBar
+    Accessible.name: qsTr("Step %1 of %2").arg(current + 1).arg(count)
+
+    Repeater {
+        model: root.count
+
+        delegate: Rectangle {
+            required property int index
+
+            width: index === root.current ? 24 : 8
+            height: 8
+            radius: 4
+            color: index <= root.current ? Theme.accent : Theme.hairline
+
+            Behavior on width { NumberAnimation { duration: Theme.expand; easing.type: Easing.OutCubic } }
+        }
+    }
+}
