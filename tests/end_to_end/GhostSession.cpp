@@ -9,7 +9,9 @@
 #include "support/Await.h"
 #include "view_models/chat/ChatViewModel.h"
 
-#include <QFileInfo>
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMimeData>
 
 #include <array>
 #include <cstdio>
@@ -60,6 +62,12 @@ protected:
         say(mark + u"question"_s);
         ASSERT_TRUE(turnEnds());
         EXPECT_TRUE(lastText().contains(mark)) << "the server repeats it";
+        WindowDriver::press(window(), Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
+        expectSecret(mark);
+        WindowDriver::type(window(), mark + u"taken back"_s);
+        WindowDriver::press(window(), Qt::Key_A, Qt::ControlModifier);
+        WindowDriver::press(window(), Qt::Key_X, Qt::ControlModifier);
+        expectSecret(mark + u"taken back"_s);
         useModel(u"status-500"_s);
         say(mark + u"failing"_s);
         ASSERT_TRUE(turnEnds());
@@ -67,6 +75,14 @@ protected:
         WindowDriver::type(window(), mark + u"draft"_s);
         EXPECT_TRUE(WindowDriver::eventually([&] { return chat().conversation()->draft().contains(mark); }));
         EXPECT_EQ(window()->title().count(mark), 0);
+    }
+
+    // Clipboard managers keep no history of it.
+    static void expectSecret(const QString &words)
+    {
+        const QMimeData *copied = QGuiApplication::clipboard()->mimeData();
+        EXPECT_TRUE(copied->text().contains(words));
+        EXPECT_EQ(copied->data(u"x-kde-passwordManagerHint"_s), "secret");
     }
 
     void expectRowsWithoutWords(const QString &mark) const
@@ -102,6 +118,8 @@ TEST_F(GhostSession, IsDroppedAndKept)
     chat().newConversation();
     answer(1);
     EXPECT_EQ(savedTexts(), 4U);
+    QGuiApplication::clipboard()->setText(u"open"_s);
+    EXPECT_FALSE(QGuiApplication::clipboard()->mimeData()->hasFormat(u"x-kde-passwordManagerHint"_s));
     come("kept");
 }
 

@@ -3,9 +3,6 @@
 #include "views/WindowFixture.h"
 
 #include <QAccessible>
-#include <QClipboard>
-#include <QGuiApplication>
-#include <QMimeData>
 
 #include <gtest/gtest.h>
 
@@ -46,18 +43,6 @@ TEST_F(GhostModeTest, IsBegunAndLeftByKeysAloneAndIsSeenAndHeardToBeOn)
     stream(u"secret reply"_s);
     endReply();
     EXPECT_EQ(transcript().size(), 2);
-    const QMimeData *copied = QGuiApplication::clipboard()->mimeData();
-    const auto copy = [&](Qt::Key key, const QString &expected) {
-        press(key, Qt::ControlModifier | (key == Qt::Key_C ? Qt::ShiftModifier : Qt::NoModifier));
-        copied = QGuiApplication::clipboard()->mimeData();
-        EXPECT_EQ(copied->text(), expected);
-    };
-    copy(Qt::Key_C, u"secret reply"_s);
-    EXPECT_EQ(copied->data(u"x-kde-passwordManagerHint"_s), "secret");
-    type(u"draft"_s);
-    press(Qt::Key_A, Qt::ControlModifier);
-    copy(Qt::Key_X, u"draft"_s);
-    EXPECT_EQ(copied->data(u"x-kde-passwordManagerHint"_s), "secret") << "of a field as well";
     EXPECT_EQ(item(u"chatTitle"_s)->property("text"), u"Ghost chat"_s);
     EXPECT_EQ(m_window->title(), u"MorvaneGPT"_s);
     EXPECT_EQ(m_app->storage().repository->count(), 1) << "the empty chat that was there";
@@ -82,8 +67,6 @@ TEST_F(GhostModeTest, IsBegunAndLeftByKeysAloneAndIsSeenAndHeardToBeOn)
     }
     EXPECT_EQ(announced(), u"Ghost mode is off"_s);
     EXPECT_TRUE(isAt(m_window, u"Message"_s));
-    QGuiApplication::clipboard()->setText(u"open"_s);
-    EXPECT_FALSE(QGuiApplication::clipboard()->mimeData()->hasFormat(u"x-kde-passwordManagerHint"_s));
 }
 
 TEST_F(GhostModeTest, TheButtonExplainsItselfAndAsksBeforeItSaves)
