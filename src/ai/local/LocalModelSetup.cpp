@@ -210,6 +210,14 @@ QCoro::Task<> LocalModelService::checkListeners(std::stop_token stop)
     std::function<Listeners()> asking = [machine = &m_services.machine, process = m_process->processId()] {
         return machine->listeners(process);
     };
+    std::function<bool()> askingBeside = [machine = &m_services.machine, process = m_process->processId(),
+                                          port = m_values.port()] {
+        return machine->isShared(port, process);
+    };
+    const bool isShared = co_await m_services.work.run(std::move(askingBeside), stop);
+    check();
+    if (!ownsServer())
+        co_return;
     const Listeners listeners = co_await m_services.work.run(std::move(asking), stop);
     check();
     if (!ownsServer())
@@ -220,13 +228,19 @@ QCoro::Task<> LocalModelService::checkListeners(std::stop_token stop)
         isConfined && std::any_of(listeners->begin(), listeners->end(),
                                   [this](const auto &one) { return one.port == m_values.port(); });
     m_process->stopLogging(); // from here on it may be given a chat
-    if (answersHere)
+    if (answersHere && !isShared)
         co_return;
     co_await endRuntime(stop);
     check();
     if (!isConfined) {
         m_log->write(u"runtime listens beyond this machine; stopped"_s);
         throw LocalSetupError(u"The local AI runtime opened itself to your network, so it was stopped."_s);
+    }
+    if (answersHere) {
+        m_log->write(u"another program listens on %1 as well; stopped"_s.arg(m_values.port()));
+        throw LocalSetupError(
+            u"Another program takes connections at the place of the local AI runtime (port %1), so "
+            u"the runtime was stopped. Quit that program and try again."_s.arg(m_values.port()));
     }
     m_log->write(u"another server answers on %1: not ours"_s.arg(m_values.port()));
 }

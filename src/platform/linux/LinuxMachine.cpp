@@ -53,4 +53,9 @@ std::optional<std::vector<LocalMachine::Listener>> LinuxMachine::listeners(qint6
     return ListeningSockets::of(process, m_places.proc);
 }
 
+bool LinuxMachine::isShared(int port, qint64 process) const
+{
+    return ListeningSockets::areShared(port, process, m_places.proc);
+}
+
 } // namespace morvane

@@ -24,6 +24,7 @@ public:
     [[nodiscard]] Memory memory() const override;
     [[nodiscard]] std::optional<std::uint64_t> freeDisk(const QString &path) const override;
     [[nodiscard]] std::optional<std::vector<Listener>> listeners(qint64 process) const override;
+    [[nodiscard]] bool isShared(int port, qint64 process) const override;
 
 private:
     Places m_places;

@@ -6,6 +6,7 @@
 #include <QSet>
 #include <QtEndian>
 
+#include <algorithm>
 #include <array>
 
 #include <unistd.h>
@@ -78,8 +79,13 @@ QByteArray addressOf(const QByteArray &hex)
     return bytes;
 }
 
+struct Socket {
+    Listener listener;
+    QByteArray inode;
+};
+
 // A line: "0: 0100007F:2CAA 00000000:0000 0A … uid timeout inode …". False when there is no such table.
-bool addListeners(const QString &table, const QSet<QByteArray> &inodes, std::vector<Listener> &found)
+bool addListening(const QString &table, std::vector<Socket> &found)
 {
     QFile file(table);
     if (!file.open(QIODevice::ReadOnly))
@@ -90,17 +96,27 @@ bool addListeners(const QString &table, const QSet<QByteArray> &inodes, std::vec
         if (line.isEmpty())
             return true;
         const QByteArrayList fields = line.simplified().split(' ');
-        if (fields.size() < 10 || fields.at(3) != "0A" || !inodes.contains(fields.at(9)))
+        if (fields.size() < 10 || fields.at(3) != "0A")
             continue;
         const qsizetype colon = fields.at(1).indexOf(':');
         found.push_back(
-            {addressOf(fields.at(1).left(colon)), fields.at(1).mid(colon + 1).toInt(nullptr, 16)});
+            {{addressOf(fields.at(1).left(colon)), fields.at(1).mid(colon + 1).toInt(nullptr, 16)},
+             fields.at(9)});
     }
 }
 
-} // namespace
+// All that the process could listen beside; nothing when that can't be read.
+std::optional<std::vector<Socket>> listening(qint64 process, const QString &proc)
+{
+    std::vector<Socket> found;
+    const QString tables = u"%1/%2/net/"_s.arg(proc).arg(process);
+    if (!addListening(tables + u"tcp"_s, found))
+        return std::nullopt;
+    addListening(tables + u"tcp6"_s, found); // a kernel without IPv6 has none
+    return found;
+}
 
-std::optional<std::vector<Listener>> ListeningSockets::of(qint64 process, const QString &proc)
+std::optional<QSet<QByteArray>> inodesOf(qint64 process, const QString &proc)
 {
     if (process <= 0 || !QFile::exists(u"%1/%2"_s.arg(proc).arg(process)))
         return std::nullopt;
@@ -108,12 +124,33 @@ std::optional<std::vector<Listener>> ListeningSockets::of(qint64 process, const 
     for (const qint64 id : withDescendants(process, proc))
         if (!addSockets(proc, id, inodes))
             return std::nullopt;
-    std::vector<Listener> found;
-    const QString tables = u"%1/%2/net/"_s.arg(proc).arg(process);
-    if (!addListeners(tables + u"tcp"_s, inodes, found))
+    return inodes;
+}
+
+} // namespace
+
+std::optional<std::vector<Listener>> ListeningSockets::of(qint64 process, const QString &proc)
+{
+    const auto inodes = inodesOf(process, proc);
+    const auto sockets = inodes ? listening(process, proc) : std::nullopt;
+    if (!sockets)
         return std::nullopt;
-    addListeners(tables + u"tcp6"_s, inodes, found); // a kernel without IPv6 has none
+    std::vector<Listener> found;
+    for (const Socket &socket : *sockets)
+        if (inodes->contains(socket.inode))
+            found.push_back(socket.listener);
     return found;
+}
+
+bool ListeningSockets::areShared(int port, qint64 process, const QString &proc)
+{
+    const auto inodes = inodesOf(process, proc);
+    const auto sockets = inodes ? listening(process, proc) : std::nullopt;
+    return sockets && std::any_of(sockets->begin(), sockets->end(), [&](const Socket &socket) {
+               const bool isNear = socket.listener.isLoopback() || socket.listener.address.count('\0') ==
+                                                                       socket.listener.address.size(); // any
+               return socket.listener.port == port && isNear && !inodes->contains(socket.inode);
+           });
 }
 
 } // namespace morvane

@@ -10,6 +10,9 @@ namespace ListeningSockets {
 // the process isn't there.
 [[nodiscard]] std::optional<std::vector<LocalMachine::Listener>> of(qint64 process, const QString &proc);
 
+// Whether there is one at that port that isn't theirs.
+[[nodiscard]] bool areShared(int port, qint64 process, const QString &proc);
+
 } // namespace ListeningSockets
 
 } // namespace morvane

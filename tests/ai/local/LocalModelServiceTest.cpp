@@ -40,6 +40,10 @@ public:
     {
         return real.listeners(process);
     }
+    [[nodiscard]] bool isShared(int port, qint64 process) const override
+    {
+        return real.isShared(port, process);
+    }
 
     std::optional<std::uint64_t> disk;
     LinuxMachine real;
@@ -235,6 +239,19 @@ TEST_F(LocalModelServiceTest, ARuntimeThatListensBeyondThisMachineIsStopped)
     press();
     EXPECT_EQ(service->phase().kind, Kind::ready);
     EXPECT_EQ(releases->requests().size(), 1U) << "what is installed is not fetched again";
+}
+
+TEST_F(LocalModelServiceTest, ARuntimeWhosePlaceSomebodyElseHoldsAsWellIsStopped)
+{
+    QTcpServer other; // where a name of this machine may lead first
+    if (!other.listen(QHostAddress::LocalHostIPv6, static_cast<quint16>(values.port())))
+        GTEST_SKIP() << "this machine has no IPv6";
+    press();
+    EXPECT_TRUE(service->phase().text.startsWith(u"Another program takes connections"_s));
+    EXPECT_EQ(alive(), 0);
+    other.close();
+    press();
+    EXPECT_EQ(service->phase().kind, Kind::ready);
 }
 
 TEST_F(LocalModelServiceTest, ARuntimeThatIsKilledOrBreaksIsToldAndTheNextPressGoesOn)
