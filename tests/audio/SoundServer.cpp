@@ -69,14 +69,14 @@ std::unique_ptr<QProcess> SoundServer::stream(const QString &program, const QStr
     auto process = std::make_unique<QProcess>();
     process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process->start(program, options + QStringList{u"--raw"_s, u"--format=s16le"_s, u"--rate=16000"_s,
-                                                  u"--channels=1"_s, u"--latency-msec=20"_s});
+                                                  u"--channels=1"_s});
     process->waitForStarted();
     return process;
 }
 
 void SoundServer::speakInto(const std::vector<std::int16_t> &samples)
 {
-    m_speaker = stream(u"pacat"_s, {u"--playback"_s, u"--device=mic_feed"_s});
+    m_speaker = stream(u"pacat"_s, {u"--playback"_s, u"--device="_s + m_feed, u"--latency-msec=400"_s});
     m_speaker->write(reinterpret_cast<const char *>(samples.data()),
                      static_cast<qint64>(samples.size() * sizeof(std::int16_t)));
     m_speaker->closeWriteChannel();
@@ -84,7 +84,7 @@ void SoundServer::speakInto(const std::vector<std::int16_t> &samples)
 
 void SoundServer::beginRecording()
 {
-    m_recorder = stream(u"parec"_s, {u"--device=test_out.monitor"_s});
+    m_recorder = stream(u"parec"_s, {u"--device=test_out.monitor"_s, u"--latency-msec=20"_s});
     TestWait::until([this] { return m_recorder->bytesAvailable() > 0; });
 }
 
@@ -94,6 +94,12 @@ std::vector<std::int16_t> SoundServer::recorded()
     std::vector<std::int16_t> samples(static_cast<std::size_t>(bytes.size()) / sizeof(std::int16_t));
     std::memcpy(samples.data(), bytes.constData(), samples.size() * sizeof(std::int16_t));
     return samples;
+}
+
+void SoundServer::stop()
+{
+    m_server.kill();
+    m_server.waitForFinished();
 }
 
 QString SoundServer::control(const QStringList &command)

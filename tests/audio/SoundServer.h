@@ -27,11 +27,16 @@ public:
 
     // Sound for the microphone, as AudioQueue has it. Returns at once; isSpeaking() until it was taken.
     void speakInto(const std::vector<std::int16_t> &samples);
+    // The sink that is spoken into, from now on.
+    void setFeed(const QString &sink) { m_feed = sink; }
     [[nodiscard]] bool isSpeaking() const { return m_speaker && m_speaker->state() != QProcess::NotRunning; }
 
     // What comes out of the loudspeaker from now on.
     void beginRecording();
     [[nodiscard]] std::vector<std::int16_t> recorded();
+
+    // As if it had crashed.
+    void stop();
 
     // A command of pactl, and what it prints.
     QString control(const QStringList &command);
@@ -40,6 +45,7 @@ private:
     [[nodiscard]] std::unique_ptr<QProcess> stream(const QString &program, const QStringList &options);
 
     QTemporaryDir m_home;
+    QString m_feed = QStringLiteral("mic_feed");
     QProcess m_server;
     std::unique_ptr<QProcess> m_speaker;
     std::unique_ptr<QProcess> m_recorder;

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "platform/linux/AudioInput.h"
 #include "platform/linux/AudioOutput.h"
 #include "platform/linux/AudioThread.h"
+#include "platform/linux/MicrophonePermission.h"
+#include "platform/linux/Microphones.h"
 
 namespace morvane {
 
@@ -9,6 +12,13 @@ namespace morvane {
 struct DesktopAudio {
     AudioThread thread;
     AudioOutput output{thread};
+    Microphones microphones{thread};
+    MicrophonePermission permission;
+
+    [[nodiscard]] std::unique_ptr<AudioCapturing> makeEngine()
+    {
+        return std::make_unique<AudioInput>(thread);
+    }
 };
 
 } // namespace morvane

@@ -1,0 +1,354 @@
+// Push to talk by scripted engines and injected time: who lets go when, and what the next press finds.
+
+#include "async/Work.h"
+#include "audio/AudioPermissionService.h"
+#include "audio/SpeechRecognitionService.h"
+#include "audio/VoiceDebugLog.h"
+#include "support/Await.h"
+#include "support/LogCapture.h"
+#include "support/ManualClock.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+// What the desktop does, as the test says.
+struct Script {
+    AudioPermitting::States permissions{PermissionState::granted, PermissionState::granted};
+    double sampleRate = 48'000;
+    bool isChosenDevice = true;
+    bool failsToBind = false;
+    bool failsToStart = false;
+    bool hangsWhenStarting = false;
+    bool hangsWhenStopping = false;
+    bool isAvailable = true;
+    QStringList events; // of engines, in order
+    AudioCapturing::Tap tap;
+    std::shared_ptr<SpeechRecognitionRequest> request;
+    SpeechRecognizing::Handler handler;
+    int engines = 0;
+};
+
+class ScriptedEngine final : public AudioCapturing {
+public:
+    explicit ScriptedEngine(Script &script)
+        : m_script(script)
+        , m_name(QString::number(++script.engines))
+    {}
+    QCoro::Task<Binding> bind(std::optional<QString> uid) override
+    {
+        m_script.events += u"bind %1 %2"_s.arg(m_name, uid.value_or(u"default"_s));
+        if (m_script.failsToBind)
+            throw AudioError(AudioError::Case::noMicrophone);
+        co_return Binding{m_script.isChosenDevice, m_script.sampleRate};
+    }
+    QCoro::Task<> start(Tap tap) override
+    {
+        m_script.events += u"start "_s + m_name;
+        if (m_script.hangsWhenStarting)
+            co_await m_never.wait(std::stop_token());
+        if (m_script.failsToStart)
+            throw AudioError(AudioError::Case::captureFailed);
+        m_script.tap = std::move(tap);
+    }
+    QCoro::Task<> stop() override
+    {
+        m_script.events += u"stop "_s + m_name;
+        if (m_script.hangsWhenStopping)
+            co_await m_never.wait(std::stop_token());
+    }
+
+private:
+    Script &m_script;
+    const QString m_name;
+    SharedResult<bool> m_never;
+};
+
+class ScriptedRecognizer final : public SpeechRecognizing, public AudioPermitting {
+public:
+    explicit ScriptedRecognizer(Script &script)
+        : m_script(script)
+    {}
+    [[nodiscard]] bool isAvailable() const override { return m_script.isAvailable; }
+    [[nodiscard]] bool supportsOnDeviceRecognition(const QLocale &locale) const override
+    {
+        return locale.language() == QLocale::English;
+    }
+    std::unique_ptr<Task> recognitionTask(std::shared_ptr<SpeechRecognitionRequest> request,
+                                          Handler handler) override
+    {
+        m_script.request = std::move(request);
+        m_script.handler = std::move(handler);
+        return std::make_unique<Task>();
+    }
+    [[nodiscard]] States states() const override { return m_script.permissions; }
+    QCoro::Task<PermissionState> requestMicrophone(std::stop_token) override
+    {
+        co_return PermissionState::denied;
+    }
+    QCoro::Task<PermissionState> requestSpeechRecognition(std::stop_token) override
+    {
+        co_return PermissionState::granted;
+    }
+
+private:
+    Script &m_script;
+};
+
+class PushToTalkTest : public testing::Test {
+protected:
+    void press()
+    {
+        m_started = std::make_shared<TestWait::Outcome<void>>();
+        TestWait::collect<void>(service->startRecording(), m_started);
+        TestWait::settle();
+    }
+    // The outcome comes when the words are there.
+    std::shared_ptr<TestWait::Outcome<QString>> release()
+    {
+        const auto outcome = std::make_shared<TestWait::Outcome<QString>>();
+        TestWait::collect<QString>(service->stopRecording(), outcome);
+        TestWait::settle();
+        return outcome;
+    }
+    void hear(const QString &words, bool isFinal = false) { script.handler.result(words, isFinal); }
+    // A session with words, from press to the last of them.
+    void say(const QString &words)
+    {
+        press();
+        hear(words);
+        const auto heard = release();
+        hear(words, true);
+        TestWait::settle();
+        EXPECT_EQ(heard->value, words);
+    }
+    [[nodiscard]] std::optional<AudioError::Case> failure() const
+    {
+        try {
+            if (m_started->error)
+                std::rethrow_exception(m_started->error);
+        } catch (const AudioError &error) {
+            return error.reason();
+        }
+        return std::nullopt;
+    }
+    QString logged()
+    {
+        service.reset();
+        work.end();
+        log.reset();
+        QFile file(folder.filePath(u"ai/voice-debug.log"_s));
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
+
+    Script script;
+    QTemporaryDir folder;
+    ManualClock clock;
+    Work work{clock};
+    ScriptedRecognizer recognizer{script};
+    AudioPermissionService permissions{recognizer};
+    std::optional<VoiceDebugLog> log{std::in_place, folder.filePath(u"ai/voice-debug.log"_s), clock, work};
+    std::optional<QString> microphone;
+    QLocale::Language language = QLocale::English;
+    int pops = 0;
+    std::optional<SpeechRecognitionService> service{SpeechRecognitionService::Services{
+        .permissions = permissions,
+        .recognizer = recognizer,
+        .clock = clock,
+        .log = *log,
+        .makeEngine = [this] { return std::make_unique<ScriptedEngine>(script); },
+        .preferredDeviceUID = [this] { return microphone; },
+        .locale = [this] { return QLocale(language); },
+        .playPop = [this] { ++pops; }}};
+
+private:
+    std::shared_ptr<TestWait::Outcome<void>> m_started;
+};
+
+TEST_F(PushToTalkTest, EachReasonNotToListenIsSaidAndNothingIsCaptured)
+{
+    using Case = AudioError::Case;
+    using enum PermissionState;
+    struct {
+        std::function<void()> arrange;
+        Case reason;
+        const char *line;
+    } const cases[] = {
+        {[this] { script.permissions.microphone = denied; }, Case::microphonePermissionDenied,
+         ": PERMISSIONS REFUSED mic=denied speech=granted"},
+        {[this] { script.permissions.microphone = notDetermined; }, Case::microphonePermissionDenied, ""},
+        {[this] { script.permissions.speechRecognition = denied; }, Case::speechRecognitionPermissionDenied,
+         ""},
+        {[this] { script.permissions.microphoneRestricted = true; }, Case::microphoneRestricted, ""},
+        {[this] { script.permissions.speechRecognitionRestricted = true; }, Case::speechRecognitionRestricted,
+         ""},
+        {[this] { script.isAvailable = false; }, Case::speechRecognizerUnavailable,
+         ": RECOGNIZER UNAVAILABLE"},
+        {[this] { language = QLocale::German; }, Case::onDeviceRecognitionUnavailable,
+         ": NO ON-DEVICE RECOGNITION, refused server recognition"},
+        {[this] { script.failsToBind = true; }, Case::noMicrophone, ""},
+        {[this] { script.sampleRate = 0; }, Case::captureFailed, ""},
+        {[this] { script.failsToStart = true; }, Case::captureFailed, ""},
+    };
+    QString lines;
+    for (const auto &each : cases) {
+        const Script usual = script;
+        each.arrange();
+        press();
+        EXPECT_EQ(failure(), each.reason);
+        EXPECT_EQ(service->lastFailureMessage(), AudioError(each.reason).userMessage());
+        EXPECT_FALSE(service->isRecording());
+        script = usual;
+        language = QLocale::English;
+        lines += QString::fromLatin1(each.line) + u'\n';
+    }
+    EXPECT_EQ(pops, 0);
+    EXPECT_FALSE(script.request);
+    say(u"well again"_s);
+    const QString all = logged();
+    for (const QString &line : lines.split(u'\n', Qt::SkipEmptyParts))
+        EXPECT_TRUE(all.contains(line)) << line.toStdString();
+}
+
+TEST_F(PushToTalkTest, TheNextPressFindsTheEngineWarmUnlessItMayBeDeaf)
+{
+    struct {
+        std::function<void()> between;
+        QStringList events;
+    } const cases[] = {
+        {[] {}, {u"start 1"_s}},
+        {[this] { microphone = u"other"_s; }, {u"bind 2 other"_s, u"start 2"_s}},
+        {[this] { // silent
+             press();
+             const auto nothing = release();
+             clock.advance(SpeechRecognitionService::finalWait);
+             TestWait::settle();
+             EXPECT_EQ(nothing->value, QString());
+             script.events.clear();
+         },
+         {u"bind 3 other"_s, u"start 3"_s}},
+        {[this] { script.tap.lost(); }, {u"start 3"_s}}, // of a session that is over
+        {[this] {                                        // pulled out in the middle
+             press();
+             hear(u"half a"_s);
+             script.tap.lost();
+             const auto words = release();
+             clock.advance(SpeechRecognitionService::finalWait);
+             TestWait::settle();
+             EXPECT_EQ(words->value, u"half a"_s);
+             script.events.clear();
+         },
+         {u"bind 4 other"_s, u"start 4"_s}},
+    };
+    say(u"the first"_s);
+    for (const auto &each : cases) {
+        script.events.clear();
+        each.between();
+        press();
+        EXPECT_EQ(script.events, each.events);
+        hear(u"words"_s);
+        const auto heard = release();
+        hear(u"words"_s, true);
+        TestWait::settle();
+        EXPECT_EQ(heard->value, u"words"_s);
+    }
+    EXPECT_EQ(pops, 8);
+}
+
+TEST_F(PushToTalkTest, LettingGoBeforeItListensLeavesNothing)
+{
+    script.hangsWhenStarting = true;
+    press();
+    EXPECT_EQ(release()->value, QString());
+    EXPECT_EQ(script.events, (QStringList{u"bind 1 default"_s, u"start 1"_s}));
+    script.hangsWhenStarting = false;
+    press(); // while the first still hangs: it is stopped, and another takes its place or it
+    EXPECT_TRUE(service->isRecording() && service->isEngineLive());
+    EXPECT_EQ(pops, 1);
+    hear(u"now"_s);
+    service->cancelRecording();
+    EXPECT_FALSE(service->isRecording());
+    EXPECT_EQ(service->partialTranscript(), QString());
+    EXPECT_EQ(release()->value, QString());
+    EXPECT_TRUE(service->lastFailureMessage().isEmpty());
+}
+
+TEST_F(PushToTalkTest, APressInTheFinalWaitLeavesTheFormerItsWords)
+{
+    press();
+    hear(u"the first"_s);
+    const auto first = release();
+    EXPECT_FALSE(first->done);
+    press();
+    EXPECT_EQ(first->value, u"the first"_s);
+    EXPECT_TRUE(service->isRecording());
+    EXPECT_EQ(script.events.last(), u"start 1"_s);
+    hear(u"the second"_s);
+    const auto second = release();
+    clock.advance(SpeechRecognitionService::finalWait - 1ms);
+    TestWait::settle();
+    EXPECT_FALSE(second->done);
+    clock.advance(1ms); // a recogniser that hangs
+    TestWait::settle();
+    EXPECT_EQ(second->value, u"the second"_s);
+    EXPECT_EQ(script.events.last(), u"stop 1"_s);
+    const QString lines = logged();
+    EXPECT_TRUE(lines.contains(u"stop: session 1 superseded; skipping teardown, returning 9 chars"_s));
+    EXPECT_TRUE(lines.contains(u"engine started in 0ms (reused)"_s)) << lines.toStdString();
+    EXPECT_FALSE(lines.contains(u"the first"_s) || lines.contains(u"the second"_s));
+}
+
+TEST_F(PushToTalkTest, ADeadRecogniserAndAHangingEngineAreReplaced)
+{
+    LogCapture captured;
+    bool interrupted = false;
+    QObject::connect(&*service, &SpeechRecognitionService::interrupted, [&] { interrupted = true; });
+    press();
+    hear(u"so far"_s);
+    script.handler.error(std::make_exception_ptr(AudioError(AudioError::Case::recognitionFailed)));
+    EXPECT_TRUE(interrupted);
+    script.hangsWhenStopping = true;
+    EXPECT_EQ(release()->value, u"so far"_s);
+    EXPECT_FALSE(captured.lines().join(u'\n').contains(u"failed"_s)) << "something was heard";
+    press();
+    EXPECT_FALSE(service->isRecording()) << "it waits for the former engine";
+    clock.advance(2s);
+    TestWait::settle();
+    EXPECT_TRUE(service->isRecording());
+    EXPECT_EQ(script.events.mid(3), (QStringList{u"bind 2 default"_s, u"start 2"_s}));
+    script.handler.error(std::make_exception_ptr(AudioError(AudioError::Case::recognitionFailed)));
+    EXPECT_TRUE(captured.lines().contains(
+        u"audio: Speech recognition failed: Your speech could not be transcribed."_s));
+    const auto handler = script.handler;
+    const auto tap = script.tap;
+    const auto last = release();
+    service.reset(); // the quit
+    handler.result(u"late"_s, true);
+    tap.lost();
+    tap.sound(std::vector<std::int16_t>(100));
+    TestWait::settle();
+}
+
+TEST_F(PushToTalkTest, TheLogStartsAnewWhenItIsFull)
+{
+    for (int i = 0; i < 4'000; ++i)
+        log->note(u"x"_s.repeated(60) + QString::number(i));
+    const QString lines = logged();
+    EXPECT_LT(lines.size(), VoiceDebugLog::largestFile + 100);
+    EXPECT_TRUE(lines.endsWith(u"x3999\n"_s));
+    EXPECT_TRUE(QRegularExpression(u"^\\d\\d:\\d\\d:\\d\\d\\.\\d{3} x"_s).match(lines).hasMatch());
+    const auto everybody = QFile::ReadGroup | QFile::ReadOther;
+    EXPECT_FALSE(QFile(folder.filePath(u"ai/voice-debug.log"_s)).permissions() & everybody);
+}
+
+} // namespace
+
+} // namespace morvane
