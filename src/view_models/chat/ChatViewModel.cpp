@@ -82,7 +82,7 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
         if (!wasDropped)
             return;
         m_planner->forgetAttachment();
-        m_delivery.stopSpeaking();
+        m_reader.stop();
     });
     connect(&m_services.router, &AIRequestRouter::sourceChanged, this, &ChatViewModel::sourceChanged);
     if (m_services.localModel)
