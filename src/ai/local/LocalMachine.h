@@ -39,8 +39,8 @@ public:
     // Where the process and what it has started take connections over TCP; nothing when that can't be seen.
     [[nodiscard]] virtual std::optional<std::vector<Listener>> listeners(qint64 process) const = 0;
 
-    // Whether anybody else takes connections at that port, on whatever address: a name such as "localhost"
-    // has several, and the one that is tried first may be theirs.
+    // Whether anybody else takes connections from this machine at that port: a name such as "localhost" has
+    // several addresses, and the one that is tried first may be theirs.
     [[nodiscard]] virtual bool isShared(int /*port*/, qint64 /*process*/) const { return false; }
 };
 
