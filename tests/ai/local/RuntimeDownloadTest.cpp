@@ -86,7 +86,7 @@ protected:
 
     qint64 fetched() const { return QFileInfo(RuntimeDownload::path(values)).size(); }
 
-    const QByteArray bytes = QByteArray(300'000, 'a') + QByteArray(300'000, 'b');
+    const QByteArray bytes = QByteArray(1'000'000, 'a') + QByteArray(1'000'000, 'b');
     QTemporaryDir home;
     ManualClock clock;
     Work work{clock};
