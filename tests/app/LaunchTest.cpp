@@ -6,6 +6,7 @@
 #include "support/Await.h"
 #include "support/WindowDriver.h"
 #include "utils/files/PrivateFile.h"
+#include "view_models/chat/ChatViewModel.h"
 
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -58,10 +59,20 @@ protected:
 
 TEST_F(LaunchTest, AProfileOfItsOwnKeepsItsKeyInAFileAndTalksToThePracticeServer)
 {
+    for (const auto *name : {"a.md", "b.txt", "c.txt"})
+        PrivateFile::write(profile.filePath(QString::fromLatin1(name)), "words");
+    commandLine.files = {profile.filePath(u"a.md"_s)};
     Launch launch(*qGuiApp, commandLine);
     launch.start();
+    launch.show({profile.filePath(u"b.txt"_s)}); // by a second start, while the key is waited for
     QQuickWindow *window = windowWith("shell");
     ASSERT_NE(window, nullptr);
+    AttachmentDesk *desk = window->property("chat").value<ChatViewModel *>()->entries()->attachments();
+    for (const bool isLater : {false, true}) {
+        EXPECT_TRUE(WindowDriver::eventually([&] { return desk->state() == AttachmentDesk::State::Ready; }));
+        EXPECT_EQ(desk->name(), isLater ? u"c.txt"_s : u"b.txt"_s);
+        launch.show({profile.filePath(u"c.txt"_s)});
+    }
     EXPECT_EQ(window->title(), u"MorvaneGPT"_s);
     EXPECT_TRUE(hasKeyFile());
     EXPECT_TRUE(valueOf(window, "shell", "keychainNotice").toString().contains(u"is kept in a file"_s));
@@ -166,8 +177,10 @@ TEST(ProcessPrivacyTest, LeavesNoCoreLetsNobodyIntoItsMemoryAndWritesNoConnectio
 
 TEST(CommandLineTest, SaysWhatTheProgramWasStartedWith)
 {
-    const auto line = CommandLine::parse({u"morvane"_s, u"--reset-onboarding"_s, u"--profile"_s, u"here"_s,
-                                          u"--practice-server"_s, u"http://a"_s});
+    const auto line =
+        CommandLine::parse({u"morvane"_s, u"--reset-onboarding"_s, u"--profile"_s, u"here"_s,
+                            u"--practice-server"_s, u"http://a"_s, u"a b.txt"_s, u"file:///c%20d.pdf"_s});
+    EXPECT_EQ(line.files, (QStringList{QFileInfo(u"a b.txt"_s).absoluteFilePath(), u"/c d.pdf"_s}));
     EXPECT_TRUE(line.resetOnboarding);
     EXPECT_EQ(line.practiceServer, u"http://a"_s);
     EXPECT_EQ(line.folders().data, QFileInfo(u"here/data"_s).absoluteFilePath());
