@@ -145,7 +145,9 @@ qint64 LocalPressFixture::awaitPart() const
 
 void LocalPressFixture::expectConfinedRuns() const
 {
-    for (const QJsonObject &run : host->journal(u"serve"_s)) {
+    const auto runs = host->journal(u"serve"_s);
+    EXPECT_FALSE(runs.empty());
+    for (const QJsonObject &run : runs) {
         EXPECT_TRUE(run["isWhole"_L1].toBool()) << "what was not installed as a whole ran";
         EXPECT_EQ(run["descriptors"_L1].toArray().size(), 0);
         EXPECT_EQ(run["group"_L1], run["process"_L1]);

@@ -1,6 +1,7 @@
 #include "RuntimeArchive.h"
 
 #include "ArchiveWriter.h"
+#include "runtime/Installation.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -119,7 +120,7 @@ QByteArray library(unsigned seed, qsizetype size)
     return bytes;
 }
 
-// The files of a good archive, and practice.json, which lists the others.
+// The files of a good archive, and contents.json, which lists the others.
 class Contents {
 public:
     explicit Contents(const RuntimeArchive::Recipe &recipe)
@@ -138,8 +139,7 @@ public:
         writer.addSymbolicLink(m_start + "lib/ollama/libggml-base.so", "libggml-base.so.0");
         writer.addFolder(m_start + "lib/ollama/cuda_v12");
         writeFile(writer, "lib/ollama/cuda_v12/libggml-cuda.so", library(2, 3'000'000), 0755);
-        const QJsonObject practice{{u"folder"_s, m_recipe.folder}, {u"contents"_s, m_digests}};
-        writer.addFile(m_start + "lib/ollama/practice.json", QJsonDocument(practice).toJson());
+        writer.addFile(m_start + "lib/ollama/contents.json", QJsonDocument(m_digests).toJson());
     }
 
 private:
@@ -149,7 +149,8 @@ private:
         if (m_recipe.kind == "binary-link"_L1)
             writer.addSymbolicLink("bin/ollama", "/bin/true");
         else if (m_recipe.kind != "no-binary"_L1)
-            writeFile(writer, "bin/ollama", contentsOf(m_recipe.program), permissions);
+            writeFile(writer, "bin/ollama",
+                      contentsOf(m_recipe.program) + Installation::trailer(m_recipe.folder), permissions);
     }
     void writeFile(ArchiveWriter &writer, const QByteArray &path, const QByteArray &contents,
                    mode_t permissions)

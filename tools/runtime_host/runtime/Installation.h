@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QJsonObject>
+#include <QByteArray>
 #include <QString>
 
 namespace morvane {
@@ -11,10 +11,14 @@ namespace Installation {
 // This program's file.
 [[nodiscard]] QString binary();
 
-// lib/ollama/practice.json: what the maker of the archive had to say. Empty outside an installation.
-[[nodiscard]] QJsonObject practice();
+// The folder that the maker of the archive wrote behind the program, in the program's own file, so that one
+// that runs without the rest can tell on it. Empty where nobody wrote one.
+[[nodiscard]] QString practiceFolder();
 
-// Every file that practice.json lists ("contents": path to SHA-256) is there and is what it was. So a
+// The last bytes of a program for that folder.
+[[nodiscard]] QByteArray trailer(const QString &folder);
+
+// Every file that lib/ollama/contents.json lists (path to SHA-256) is there and is what it was. So a
 // program that runs from half an installation, or from one that was changed, tells on whoever started it.
 [[nodiscard]] bool isWhole();
 

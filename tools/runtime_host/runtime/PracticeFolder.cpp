@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 PracticeFolder PracticeFolder::ofThisProgram()
 {
     const QString path = qEnvironmentVariable("MORVANE_RUNTIME_FOLDER");
-    return PracticeFolder(path.isEmpty() ? Installation::practice()["folder"_L1].toString() : path);
+    return PracticeFolder(path.isEmpty() ? Installation::practiceFolder() : path);
 }
 
 QString PracticeFolder::scenario() const

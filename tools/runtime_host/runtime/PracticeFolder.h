@@ -6,8 +6,8 @@
 namespace morvane {
 
 // Where a practice runtime is told what to play and tells what became of it. The folder is the one that the
-// environment names (MORVANE_RUNTIME_FOLDER), else the one that its archive brought along
-// (lib/ollama/practice.json beside it, "folder"); without one it plays `good` and tells nobody.
+// environment names (MORVANE_RUNTIME_FOLDER), else the one that the maker of its archive chose; without one
+// it plays `good` and tells nobody.
 class PracticeFolder {
 public:
     [[nodiscard]] static PracticeFolder ofThisProgram();
