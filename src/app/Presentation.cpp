@@ -82,7 +82,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
     , receipts(std::make_unique<NoteReceiptsModel>(*assistant.memory))
     , aiSettings(std::make_unique<AISettingsViewModel>(settings, secrets.keychain, *assistant.router,
                                                        *assistant.network, work))
-    , localModel(std::make_unique<LocalModelViewModel>(*assistant.localModel, clock, work))
+    , localModel(std::make_unique<LocalModelViewModel>(*assistant.localModel, settings, clock, work))
     , nearby(
           std::make_unique<NearbyViewModel>(*assistant.services, *assistant.network, settings, clock, work))
     , instructions(std::make_unique<InstructionsViewModel>(*assistant.systemPrompts))

@@ -2,6 +2,7 @@
 
 #include "async/Clock.h"
 #include "async/Work.h"
+#include "persistence/SettingsStore.h"
 #include "utils/files/PrivateFile.h"
 #include "utils/text/UserPresentableError.h"
 #include "view_models/settings/LocalModelWords.h"
@@ -37,10 +38,11 @@ QString endOfLog(const QString &path)
 
 } // namespace
 
-LocalModelViewModel::LocalModelViewModel(LocalModelService &service, Clock &clock, Work &work,
-                                         QObject *parent)
+LocalModelViewModel::LocalModelViewModel(LocalModelService &service, SettingsStore &settings, Clock &clock,
+                                         Work &work, QObject *parent)
     : QObject(parent)
     , m_service(service)
+    , m_settings(settings)
     , m_clock(clock)
     , m_work(work)
 {
@@ -144,7 +146,8 @@ QString LocalModelViewModel::vision() const
 
 void LocalModelViewModel::look()
 {
-    m_service.refresh();
+    if (m_settings.baseURLString() == m_service.baseURL())
+        m_service.refresh();
 }
 
 void LocalModelViewModel::setUp()

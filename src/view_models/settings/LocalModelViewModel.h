@@ -17,6 +17,7 @@
 namespace morvane {
 
 class Alarm;
+class SettingsStore;
 
 // Settings > AI > On this computer, and the first step of the welcome: the local model as it is, and what a
 // person may have done with it.
@@ -57,7 +58,8 @@ public:
     static constexpr std::chrono::seconds betweenLooks{3};
 
     // All outlive this object.
-    LocalModelViewModel(LocalModelService &service, Clock &clock, Work &work, QObject *parent = nullptr);
+    LocalModelViewModel(LocalModelService &service, SettingsStore &settings, Clock &clock, Work &work,
+                        QObject *parent = nullptr);
     ~LocalModelViewModel() override;
 
     [[nodiscard]] State state() const;
@@ -83,7 +85,7 @@ public:
     [[nodiscard]] const QString &failure() const { return m_failure; }
     [[nodiscard]] const QString &log() const { return m_logText; }
 
-    Q_INVOKABLE void look(); // when the page opens
+    Q_INVOKABLE void look(); // when the page opens; asks nobody while replies come from elsewhere
     // The one press: works out what it would fetch and asks, or begins where there is nothing to fetch.
     Q_INVOKABLE void setUp();
     Q_INVOKABLE void answer(bool yes);
@@ -115,6 +117,7 @@ private:
     void setFailure(const QString &failure);
 
     LocalModelService &m_service;
+    SettingsStore &m_settings;
     Clock &m_clock;
     Work &m_work;
     LocalModelListModel m_models;

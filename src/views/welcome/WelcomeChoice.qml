@@ -89,6 +89,7 @@ Rectangle {
             Layout.fillWidth: true
             Layout.leftMargin: Theme.gap16
             Layout.rightMargin: Theme.gap16
+            Layout.topMargin: Theme.gap4
             Layout.bottomMargin: Theme.gap16
             visible: root.open
             spacing: Theme.gap8

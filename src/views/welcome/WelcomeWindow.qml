@@ -139,11 +139,13 @@ T.ApplicationWindow {
             PushButton {
                 id: forward
 
+                readonly property bool skips: root.step === 0 && !source.hasSource
+
                 objectName: "welcomeForward"
                 focus: true
-                rank: PushButton.Primary
+                rank: skips ? PushButton.Plain : PushButton.Primary
                 text: root.step === root.last ? qsTr("Start Chatting")
-                    : root.step === 0 && !source.hasSource ? qsTr("Skip This Step") : qsTr("Continue")
+                    : skips ? qsTr("Skip This Step") : qsTr("Continue")
                 onClicked: root.go(root.step + 1)
             }
         }
