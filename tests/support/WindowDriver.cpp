@@ -4,6 +4,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <algorithm>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -67,8 +69,29 @@ void WindowDriver::type(QQuickWindow *window, const QString &text)
     settle();
 }
 
+namespace {
+
+// Scrolls as a person would who sees it nowhere.
+void bringIntoView(QQuickItem *item)
+{
+    for (QQuickItem *view = item->parentItem(); view; view = view->parentItem()) {
+        if (!view->inherits("QQuickFlickable"))
+            continue;
+        const double middle = item->mapToItem(view, {0, item->height() / 2}).y();
+        if (middle >= 0 && middle <= view->height())
+            continue;
+        const double most = std::max(0.0, view->property("contentHeight").toDouble() - view->height());
+        const double wanted = view->property("contentY").toDouble() + middle - view->height() / 2;
+        view->setProperty("contentY", std::clamp(wanted, 0.0, most));
+        WindowDriver::settle();
+    }
+}
+
+} // namespace
+
 void WindowDriver::click(QQuickItem *item)
 {
+    bringIntoView(item);
     const QPointF middle = item->mapToScene({item->width() / 2, item->height() / 2});
     QTest::mouseClick(item->window(), Qt::LeftButton, Qt::NoModifier, middle.toPoint());
     settle();

@@ -60,6 +60,10 @@ WindowFixture::WindowFixture()
     : m_clock(QDateTime::currentDateTimeUtc()) // the window counts an approval down by the real one
     , m_provider(std::make_shared<ScriptedProvider>())
 {
+    m_runtime.version = u"0.34.0"_s;
+    m_runtime.releaseOrigin = QUrl(u"http://127.0.0.1:1"_s);
+    m_runtime.serverOrigin = m_runtime.releaseOrigin;
+    m_runtime.folder = m_profile.filePath(u"runtime"_s);
     complaints = &m_complaints;
     formerHandler = qInstallMessageHandler(noteComplaint);
     start();
@@ -77,6 +81,7 @@ void WindowFixture::start()
     close();
     CommandLine commandLine;
     commandLine.profile = m_profile.path();
+    commandLine.devRuntime = m_runtime;
     m_work.emplace(m_clock);
     m_app = std::make_unique<AppState>(commandLine, Host::test, m_clock, Secrets{m_keychain, m_keychain},
                                        *m_work);

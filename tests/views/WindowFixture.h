@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ai/local/LocalRuntimeValues.h"
 #include "app/AppState.h"
 #include "async/Work.h"
 #include "attestation/ProofLedger.h"
@@ -93,6 +94,7 @@ protected:
     [[nodiscard]] QStringList transcript() const;
 
     QTemporaryDir m_profile;
+    LocalRuntimeValues m_runtime; // of the next start; nobody answers and nothing can be installed
     ManualClock m_clock;
     InMemoryKeychainService m_keychain;
     std::optional<Work> m_work;

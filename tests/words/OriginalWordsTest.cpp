@@ -1,6 +1,7 @@
 // The texts as they were worded for the original desktop: a build for it says them to the letter.
 
 #include "ai/contract/ProviderError.h"
+#include "ai/nearby/ModelServerApp.h"
 #include "ai/prompts/SystemPrompt.h"
 #include "ai/prompts/SystemPromptStore.h"
 #include "ai/routing/ChatSource.h"
@@ -62,6 +63,11 @@ TEST(OriginalWordsTest, EachTextIsTheGivenOne)
         WhatChangedNotice::lines().first(),
         ImageWarning::staysNear().message,
         ImageWarning::cannotSee(u"m"_s).suggestion,
+        ModelServerApps::setupSteps(ModelServerApp::ollama).instruction,
+        ModelServerApps::setupSteps(ModelServerApp::ollama).command,
+        ModelServerApps::setupSteps(ModelServerApp::lmStudio).instruction,
+        ModelServerApps::setupSteps(ModelServerApp::other).instruction,
+        ModelServerApps::setupSteps(ModelServerApp::other).check,
     };
     EXPECT_EQ(said.join(u'\n').toStdString() + '\n', TestData::text("words/original.txt"));
 }
