@@ -63,6 +63,9 @@ T.ApplicationWindow {
         page.focusComposer();
     }
     function leaveSettings() {
+        const welcome = welcomeLoader.item as WelcomeWindow;
+        if (welcome)
+            return welcome.requestActivate(); // it led there
         window.requestActivate();
         page.focusComposer();
     }
