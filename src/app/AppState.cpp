@@ -4,6 +4,7 @@
 #include "ai/tools/ToolRegistry.h"
 #include "app/WhatChangedNotice.h"
 #include "async/Work.h"
+#include "audio/SpeechRecognitionService.h"
 #include "audio/TextToSpeechService.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsRepository.h"
@@ -24,7 +25,7 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
     , m_work(work)
     , m_storage(commandLine, host, clock, secrets)
     , m_assistant(commandLine, m_storage, secrets, clock, work)
-    , m_voice(voice, work)
+    , m_voice(voice, m_storage, clock, work)
     , m_presentation(m_storage, m_assistant, m_voice, secrets, clock, work, notifications)
     , m_sealingWatch(m_storage, *m_presentation.shell, clock, work)
     , m_storeNotices(m_storage, *m_presentation.shell, work)
@@ -139,6 +140,8 @@ AppState::Termination AppState::shouldTerminate()
 void AppState::willTerminate()
 {
     m_voice.tts->stop();
+    if (m_voice.speech)
+        m_voice.speech->cancelRecording();
     m_presentation.chat->endTurns();
     m_assistant.localModel->end();
     try {

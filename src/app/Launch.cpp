@@ -196,7 +196,11 @@ void Launch::finish()
     m_patience.reset();
     m_state = std::make_unique<AppState>(m_commandLine, hostOfThisRun(), m_clock,
                                          Secrets{m_secrets.keychain(), m_secrets.keychain()}, m_work,
-                                         m_notifications.get(), VoicePorts{.output = &m_audio->output});
+                                         m_notifications.get(),
+                                         VoicePorts{.output = &m_audio->output,
+                                                    .microphones = &m_audio->microphones,
+                                                    .permission = &m_audio->permission,
+                                                    .makeEngine = [this] { return m_audio->makeEngine(); }});
     if (m_commandLine.practiceServer)
         usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);
     ShellViewModel &shell = *m_state->presentation().shell;

@@ -12,6 +12,7 @@
 #include "view_models/settings/InstructionsViewModel.h"
 #include "view_models/settings/LocalModelViewModel.h"
 #include "view_models/settings/MemoryViewModel.h"
+#include "view_models/settings/MicrophoneViewModel.h"
 #include "view_models/settings/NearbyViewModel.h"
 #include "view_models/settings/NetworkLedgerViewModel.h"
 #include "view_models/settings/PrivateCloudViewModel.h"
@@ -63,6 +64,7 @@ MainWindowController::MainWindowController(Presentation &presentation, std::uniq
                              {u"proofLedger"_s, QVariant::fromValue(presentation.proofLedger.get())},
                              {u"privateCloud"_s, QVariant::fromValue(presentation.privateCloud.get())},
                              {u"speaking"_s, QVariant::fromValue(presentation.speaking.get())},
+                             {u"microphone"_s, QVariant::fromValue(presentation.microphone.get())},
                              {u"shell"_s, QVariant::fromValue(presentation.shell.get())},
                              {u"companion"_s, QVariant::fromValue(presentation.companion.get())}});
     if (!m_engine->rootObjects().isEmpty())

@@ -26,6 +26,7 @@
 #include "view_models/settings/InstructionsViewModel.h"
 #include "view_models/settings/LocalModelViewModel.h"
 #include "view_models/settings/MemoryViewModel.h"
+#include "view_models/settings/MicrophoneViewModel.h"
 #include "view_models/settings/NearbyViewModel.h"
 #include "view_models/settings/NetworkLedgerViewModel.h"
 #include "view_models/settings/PrivateCloudViewModel.h"
@@ -65,7 +66,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
           .proofs = *assistant.proofs,
           .companion = *companion,
           .clock = clock,
-          .speech = voice.hasOutput ? voice.tts.get() : nullptr,
+          .speech = voice.ports.output ? voice.tts.get() : nullptr,
           .notifications = notifications,
           .localModel = assistant.localModel.get(),
           .documents = assistant.documents.get(),
@@ -102,6 +103,8 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
                                          .acceptedServers = assistant.privateCloud->acceptedListText()}))
     , privateCloud(std::make_unique<PrivateCloudViewModel>(*assistant.router))
     , speaking(std::make_unique<SpeakingViewModel>(settings, *voice.tts))
+    , microphone(std::make_unique<MicrophoneViewModel>(settings, clock, voice.ports.microphones,
+                                                       voice.ports.makeEngine))
     , shell(std::make_unique<ShellViewModel>(
           settings, storage.startupError ? storage.startupError->userMessage() : QString(),
           storage.startupAdvice()))

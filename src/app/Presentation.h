@@ -16,6 +16,7 @@ class HistorySearchModel;
 class InstructionsViewModel;
 class LocalModelViewModel;
 class MemoryViewModel;
+class MicrophoneViewModel;
 class NearbyViewModel;
 class NetworkLedgerViewModel;
 class NoteReceiptsModel;
@@ -60,6 +61,7 @@ struct Presentation {
     const std::unique_ptr<ProofLedgerViewModel> proofLedger;
     const std::unique_ptr<PrivateCloudViewModel> privateCloud;
     const std::unique_ptr<SpeakingViewModel> speaking;
+    const std::unique_ptr<MicrophoneViewModel> microphone;
     const std::unique_ptr<ShellViewModel> shell;
 };
 

@@ -1,11 +1,24 @@
 #include "app/Voice.h"
 
+#include "app/Storage.h"
 #include "audio/AudioError.h"
+#include "audio/AudioPermissionService.h"
 #include "audio/AudioPlaying.h"
+#include "audio/AudioQueue.h"
+#include "audio/PopSound.h"
+#include "audio/SpeechRecognitionService.h"
 #include "audio/TextToSpeechService.h"
+#include "audio/VoiceDebugLog.h"
 #include "audio/engines/FliteSynthesizer.h"
+#include "audio/engines/PocketSphinxRecognizer.h"
+#include "persistence/SettingsStore.h"
+#include "utils/text/Product.h"
+
+#include <tuple>
 
 namespace morvane {
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -18,15 +31,52 @@ public:
     }
 };
 
+void play(AudioPlaying &output, const std::vector<std::int16_t> &samples)
+{
+    const auto sound = std::make_shared<AudioQueue>(samples.size());
+    sound->offer(samples);
+    sound->finish();
+    std::ignore =
+        output.play(sound, std::stop_token()); // it runs on; without a loudspeaker nothing is missed
+}
+
+QString logPath(const Storage &storage)
+{
+    return storage.folders.data + u'/' + Product::serviceName + u"/voice-debug.log"_s;
+}
+
 } // namespace
 
-Voice::Voice(const VoicePorts &ports, Work &work)
-    : hasOutput(ports.output)
+Voice::Voice(const VoicePorts &given, Storage &storage, Clock &clock, Work &work)
+    : ports(given)
     , noOutput(std::make_unique<NoOutput>())
     , synthesizer(std::make_unique<FliteSynthesizer>())
-    , tts(std::make_unique<TextToSpeechService>(*synthesizer, hasOutput ? *ports.output : *noOutput, work))
+    , tts(std::make_unique<TextToSpeechService>(*synthesizer, output(), work))
+    , log(std::make_unique<VoiceDebugLog>(logPath(storage), clock, work))
+    , permissions(ports.permission ? std::make_unique<AudioPermissionService>(*ports.permission) : nullptr)
+    , recognizer(std::make_unique<PocketSphinxRecognizer>(clock, work))
+    , speech(makeSpeech(storage, clock))
 {}
 
 Voice::~Voice() = default;
+
+AudioPlaying &Voice::output() const
+{
+    return ports.output ? *ports.output : *noOutput;
+}
+
+std::unique_ptr<SpeechRecognitionService> Voice::makeSpeech(Storage &storage, Clock &clock)
+{
+    if (!permissions || !ports.makeEngine)
+        return nullptr;
+    return std::make_unique<SpeechRecognitionService>(SpeechRecognitionService::Services{
+        .permissions = *permissions,
+        .recognizer = *recognizer,
+        .clock = clock,
+        .log = *log,
+        .makeEngine = ports.makeEngine,
+        .preferredDeviceUID = [&settings = *storage.settings] { return settings.microphoneUID(); },
+        .playPop = [this] { play(output(), PopSound::samples()); }});
+}
 
 } // namespace morvane

@@ -1,28 +1,49 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
 namespace morvane {
 
+class AudioCapturing;
+class AudioPermissionService;
+class AudioPermitting;
 class AudioPlaying;
+class Clock;
 class FliteSynthesizer;
+class MicrophoneDevices;
+class PocketSphinxRecognizer;
+class SpeechRecognitionService;
 class TextToSpeechService;
+class VoiceDebugLog;
 class Work;
+struct Storage;
 
 // What the desktop has for ears and a mouth. Null where it has none; all outlives what uses it.
 struct VoicePorts {
     AudioPlaying *output = nullptr;
+    MicrophoneDevices *microphones = nullptr;
+    AudioPermitting *permission = nullptr;
+    std::function<std::unique_ptr<AudioCapturing>()> makeEngine = {};
 };
 
-// What reads aloud. What the constructor takes outlives this, and `work` ends before it does.
+// What hears and reads aloud. What the constructor takes outlives this, and `work` ends before it does.
 struct Voice {
-    Voice(const VoicePorts &ports, Work &work);
+    Voice(const VoicePorts &ports, Storage &storage, Clock &clock, Work &work);
     ~Voice();
 
-    const bool hasOutput;
+    const VoicePorts ports;
     const std::unique_ptr<AudioPlaying> noOutput; // fails, where there is none
     const std::unique_ptr<FliteSynthesizer> synthesizer;
     const std::unique_ptr<TextToSpeechService> tts;
+    const std::unique_ptr<VoiceDebugLog> log;
+    const std::unique_ptr<AudioPermissionService> permissions; // null without a microphone's ports
+    const std::unique_ptr<PocketSphinxRecognizer> recognizer;
+    const std::unique_ptr<SpeechRecognitionService> speech; // null without permissions
+
+private:
+    [[nodiscard]] AudioPlaying &output() const;
+    [[nodiscard]] std::unique_ptr<SpeechRecognitionService> makeSpeech(Storage &storage, Clock &clock);
 };
 
 } // namespace morvane

@@ -25,6 +25,7 @@ T.ApplicationWindow {
     required property ProofLedgerViewModel proofLedger
     required property PrivateCloudViewModel privateCloud
     required property SpeakingViewModel speaking
+    required property MicrophoneViewModel microphone
     required property ShellViewModel shell
     required property CompanionViewModel companion
 
@@ -84,6 +85,7 @@ T.ApplicationWindow {
                 proofLedger: window.proofLedger,
                 privateCloud: window.privateCloud,
                 speaking: window.speaking,
+                microphone: window.microphone,
                 shell: window.shell
             });
         const opened = settingsLoader.item as SettingsWindow;

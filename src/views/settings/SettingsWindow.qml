@@ -20,6 +20,7 @@ T.ApplicationWindow {
     required property ProofLedgerViewModel proofLedger
     required property PrivateCloudViewModel privateCloud
     required property SpeakingViewModel speaking
+    required property MicrophoneViewModel microphone
     required property ShellViewModel shell
     // In the order of the menu and of the pages below.
     readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "chats", "voice", "appearance", "proof", "network"]
@@ -105,6 +106,7 @@ T.ApplicationWindow {
             }
             VoicePage {
                 speaking: root.speaking
+                microphone: root.microphone
                 settings: root.settings
                 shown: root.visible && root.page === "voice"
             }

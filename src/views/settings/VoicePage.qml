@@ -5,16 +5,23 @@ import QtQuick.Layouts
 import Morvane
 import Morvane.ViewModels
 
-// How replies are read aloud.
+// How replies are read aloud, and which microphone listens.
 SettingsPage {
     id: root
 
     required property SpeakingViewModel speaking
+    required property MicrophoneViewModel microphone
     required property SettingsStore settings
     property bool shown: false
 
     title: qsTr("Voice")
-    onShownChanged: root.shown ? root.speaking.refresh() : root.speaking.stop()
+    onShownChanged: {
+        root.microphone.setWatched(root.shown);
+        if (root.shown)
+            root.speaking.refresh();
+        else
+            root.speaking.stop();
+    }
 
     SettingsCard {
         heading: qsTr("Reading aloud")
@@ -59,6 +66,7 @@ SettingsPage {
             }
         }
     }
+    MicrophoneCard { microphone: root.microphone }
     SettingsCard {
         heading: qsTr("Voices")
         visible: root.speaking.voices.length > 1

@@ -1,0 +1,44 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import Morvane
+import Morvane.ViewModels
+
+// Which microphone is used, with a meter to try it by.
+SettingsCard {
+    id: root
+
+    required property MicrophoneViewModel microphone
+
+    heading: qsTr("Microphone")
+
+    Repeater {
+        model: root.microphone.devices
+
+        ChoiceRow {
+            required property string modelData
+            required property int index
+
+            objectName: "microphone.choice." + index
+            title: modelData
+            chosen: index === root.microphone.device
+            onPicked: root.microphone.device = index
+        }
+    }
+    SettingsRow {
+        title: qsTr("Try it")
+        explanation: root.microphone.message.length > 0 ? root.microphone.message
+            : qsTr("Speak, and the meter moves. Nothing of it is kept, and nothing leaves this computer.")
+        explanationInk: root.microphone.message.length > 0 ? Theme.danger : Theme.secondary
+
+        LevelMeter {
+            visible: root.microphone.isTrying
+            source: () => root.microphone.level()
+        }
+        PushButton {
+            objectName: "microphone.try"
+            text: root.microphone.isTrying ? qsTr("Stop") : qsTr("Try")
+            onClicked: root.microphone.tryIt()
+        }
+    }
+}
