@@ -29,6 +29,7 @@ struct Script {
     bool failsToStart = false;
     bool hangsWhenStarting = false;
     bool hangsWhenStopping = false;
+    SharedResult<bool> goesOn; // of what hangs
     bool isAvailable = true;
     QStringList events; // of engines, in order
     AudioCapturing::Tap tap;
@@ -54,7 +55,7 @@ public:
     {
         m_script.events += u"start "_s + m_name;
         if (m_script.hangsWhenStarting)
-            co_await m_never.wait(std::stop_token());
+            co_await m_script.goesOn.wait(std::stop_token());
         if (m_script.failsToStart)
             throw AudioError(AudioError::Case::captureFailed);
         m_script.tap = std::move(tap);
@@ -63,13 +64,12 @@ public:
     {
         m_script.events += u"stop "_s + m_name;
         if (m_script.hangsWhenStopping)
-            co_await m_never.wait(std::stop_token());
+            co_await m_script.goesOn.wait(std::stop_token());
     }
 
 private:
     Script &m_script;
     const QString m_name;
-    SharedResult<bool> m_never;
 };
 
 class ScriptedRecognizer final : public SpeechRecognizing, public AudioPermitting {
@@ -278,7 +278,17 @@ TEST_F(PushToTalkTest, LettingGoBeforeItListensLeavesNothing)
     EXPECT_FALSE(service->isRecording());
     EXPECT_EQ(service->partialTranscript(), QString());
     EXPECT_EQ(release()->value, QString());
+
+    script.hangsWhenStarting = true;
+    press();
+    EXPECT_EQ(release()->value, QString());
+    script.goesOn.resolve(true); // it opens when nobody holds the key any more
+    TestWait::settle();
+    EXPECT_FALSE(service->isRecording());
+    EXPECT_EQ(pops, 1);
+    EXPECT_TRUE(script.events.last().startsWith(u"stop"_s));
     EXPECT_TRUE(service->lastFailureMessage().isEmpty());
+    EXPECT_TRUE(logged().contains(u"DISCARDED (released during warm-up)"_s));
 }
 
 TEST_F(PushToTalkTest, APressInTheFinalWaitLeavesTheFormerItsWords)

@@ -139,6 +139,8 @@ TEST_F(SpokenAndHeardTest, ASpokenSentenceIsUnderstoodReadAloudAndUnderstoodAgai
     EXPECT_GE(shareHeard(sentence, hear(server->recorded())), 0.9);
     EXPECT_EQ(open(), before + 1) << "the microphone is closed; only the test records";
     const QString lines = logged();
+    for (const QString &line : lines.split(u'\n').filter(u"engine started"_s))
+        std::printf("%s\n", line.toUtf8().constData());
     EXPECT_TRUE(lines.contains(u"(cold)"_s) && lines.contains(u"(reused)"_s)) << lines.toStdString();
     for (const QString &word : {u"brother"_s, u"train"_s})
         EXPECT_FALSE(lines.contains(word));

@@ -8,6 +8,7 @@
 #include "support/Await.h"
 #include "support/LogCapture.h"
 #include "support/ManualClock.h"
+#include "support/WipeSpy.h"
 
 #include <gtest/gtest.h>
 
@@ -154,6 +155,7 @@ TEST_F(TextToSpeechTest, ALongReplyIsHeldOnlyAFewSecondsAheadAndStopsAtOnce)
     speak(u"The next."_s);
     auto former = std::exchange(stop, {});
     speak(u"And one in its place."_s); // stops the former
+    TestWait::settle();
     EXPECT_TRUE(service.isSpeaking());
     service.stop();
     EXPECT_FALSE(service.isSpeaking());
@@ -163,6 +165,33 @@ TEST_F(TextToSpeechTest, ALongReplyIsHeldOnlyAFewSecondsAheadAndStopsAtOnce)
     speak(u"Nobody hears it."_s);
     output.end(false);
     EXPECT_TRUE(hasEnded() && hasFailed() && !service.isSpeaking());
+}
+
+TEST(AudioQueueTest, SoundStaysInOrderAndIsWipedReadOrNot)
+{
+    const QString sound = u"what was said"_s;
+    const std::span samples(reinterpret_cast<const std::int16_t *>(sound.utf16()),
+                            static_cast<std::size_t>(sound.size()));
+    std::array<std::int16_t, 32> heard{};
+    WipeSpy spy(sound);
+    {
+        AudioQueue queue(20);
+        EXPECT_EQ(queue.offer(samples), 13U);
+        EXPECT_EQ(queue.offer(samples), 7U) << "no room for more";
+        EXPECT_EQ(queue.read(std::span(heard).first(13)), 13U);
+        EXPECT_TRUE(std::ranges::equal(std::span(heard).first(13), samples));
+        EXPECT_EQ(spy.takeCount(), 1);
+        EXPECT_EQ(queue.offer(samples), 13U); // around the end of the ring
+        EXPECT_EQ(queue.read(heard), 20U);
+        EXPECT_TRUE(std::ranges::equal(std::span(heard).subspan(7, 13), samples));
+        queue.finish();
+        EXPECT_TRUE(queue.isAtEnd());
+        EXPECT_EQ(queue.offer(samples), 0U);
+        std::ignore = spy.takeCount();
+        AudioQueue unread(20);
+        unread.offer(samples);
+    }
+    EXPECT_EQ(spy.takeCount(), 1);
 }
 
 TEST(SpeechSentencesTest, PiecesAreShortAndLoseNoWord)
