@@ -3,6 +3,7 @@
 #include "view_models/ChatFixture.h"
 
 #include "persistence/SettingsStore.h"
+#include "utils/text/Identifier.h"
 #include "utils/text/UntrustedContent.h"
 
 #include <QSignalSpy>
@@ -184,6 +185,28 @@ TEST_F(ReplyProgressTest, AStoredUnfinishedReplyIsNeverDrawnAsRunning)
     const auto row = fresh.index(fresh.rowCount() - 1);
     EXPECT_FALSE(row.data(MessageListModel::RunningRole).toBool());
     EXPECT_TRUE(row.data(MessageListModel::InterruptedRole).toBool());
+}
+
+TEST_F(ReplyProgressTest, AReplyIsReadWhenItsButtonAsksAndStoppedByItOrTheNextMessage)
+{
+    deliver(u"Hi"_s, u"Words"_s);
+    const QString reply = Identifier::text(lastMessage()->id());
+    EXPECT_TRUE(chat.reader()->readingId().isEmpty());
+    for (const auto &stops :
+         std::vector<std::function<void()>>{[&] { chat.reader()->toggle(reply); },
+                                            [&] { chat.stopResponding(); }, [&] { send(u"Next"_s); }}) {
+        chat.reader()->toggle(reply);
+        EXPECT_EQ(heard.back(), u"aloud Words"_s);
+        EXPECT_EQ(chat.reader()->readingId(), reply);
+        EXPECT_EQ(companion.state(), CompanionState::speaking);
+        stops();
+        EXPECT_TRUE(heard.contains(u"hushed"_s));
+        EXPECT_TRUE(chat.reader()->readingId().isEmpty());
+        EXPECT_NE(companion.state(), CompanionState::speaking);
+        heard.clear();
+    }
+    chat.reader()->toggle(u"no reply"_s);
+    EXPECT_TRUE(chat.reader()->readingId().isEmpty());
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include "app/WhatChangedNotice.h"
 #include "attestation/ProofLedger.h"
 #include "attestation/evidence/VeniceAttestationVerifier.h"
+#include "audio/AudioError.h"
 #include "network/EgressGate.h"
 #include "network/PrivateNetworkAddress.h"
 #include "security/KeychainError.h"
@@ -68,6 +69,12 @@ TEST(OriginalWordsTest, EachTextIsTheGivenOne)
         ModelServerApps::setupSteps(ModelServerApp::lmStudio).instruction,
         ModelServerApps::setupSteps(ModelServerApp::other).instruction,
         ModelServerApps::setupSteps(ModelServerApp::other).check,
+        advice(AudioError(AudioError::Case::microphonePermissionDenied)),
+        advice(AudioError(AudioError::Case::speechRecognitionPermissionDenied)),
+        AudioError(AudioError::Case::speechRecognitionRestricted).userMessage(),
+        advice(AudioError(AudioError::Case::microphoneRestricted)),
+        AudioError(AudioError::Case::onDeviceRecognitionUnavailable).userMessage(),
+        advice(AudioError(AudioError::Case::onDeviceRecognitionUnavailable)),
     };
     EXPECT_EQ(said.join(u'\n').toStdString() + '\n', TestData::text("words/original.txt"));
 }
