@@ -5,7 +5,10 @@
 #include <QFile>
 #include <QStandardPaths>
 
+#include <csignal>
 #include <cstring>
+
+#include <sys/prctl.h>
 
 namespace morvane {
 
@@ -42,6 +45,8 @@ SoundServer::SoundServer()
     environment.insert(u"HOME"_s, m_home.path());
     environment.remove(u"XDG_CONFIG_HOME"_s);
     m_server.setProcessEnvironment(environment);
+    m_server.setChildProcessModifier(
+        [] { prctl(PR_SET_PDEATHSIG, SIGKILL); }); // it goes with a test that crashes
     m_server.setStandardOutputFile(QProcess::nullDevice());
     m_server.setStandardErrorFile(QProcess::nullDevice());
     m_server.start(u"pulseaudio"_s, {u"-n"_s, u"-F"_s, file.fileName(), u"--daemonize=no"_s,
