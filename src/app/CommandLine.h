@@ -19,7 +19,7 @@ struct CommandLine {
     std::optional<QString> demoPicture;       // plays one turn, saves the window there and ends
     std::optional<DevRelay::Origin> devRelay; // takes the place of the deployment's relay, where that has one
     std::optional<LocalRuntimeValues> devRuntime; // as the relay: only in a deployment that has one
-    QStringList files = {};                   // to attach, as absolute paths
+    QStringList files = {};                       // to attach, as absolute paths
 
     [[nodiscard]] SupportFolders folders() const;
 

@@ -47,7 +47,8 @@ protected:
     {
         AttachmentDesk &desk = *chat().entries()->attachments();
         desk.attach({QUrl::fromLocalFile(path)});
-        EXPECT_TRUE(WindowDriver::eventually([&desk] { return desk.state() == AttachmentDesk::State::Ready; }));
+        EXPECT_TRUE(
+            WindowDriver::eventually([&desk] { return desk.state() == AttachmentDesk::State::Ready; }));
     }
 
     // A question about a file and its reply, one that fails, and one that is only begun.

@@ -119,19 +119,24 @@ void LocalModelService::setPhase(Phase phase)
     Q_EMIT changed();
 }
 
-// Tens of thousands of lines may come in a second, and nobody reads more than a few of them.
 void LocalModelService::noteProgress(Kind kind, const QString &model, qint64 done,
                                      std::optional<qint64> total, std::optional<int> percent)
 {
     if (m_phase.kind != kind || m_phase.text != model)
         setPhase({kind, percent, model});
+    m_phase.percent = percent;
+    noteFigures(done, total);
+}
+
+// Tens of thousands of lines may come in a second, and nobody reads more than a few of them.
+void LocalModelService::noteFigures(qint64 done, std::optional<qint64> total)
+{
     const auto now = m_services.clock.elapsed();
     const bool isDue = now - m_lastProgress >= betweenFigures;
     if (!isDue && done != total)
         return;
     m_lastProgress = now;
     m_figures = m_meter.note(done, total, now);
-    m_phase.percent = percent;
     if (isDue)
         Q_EMIT progressChanged();
 }

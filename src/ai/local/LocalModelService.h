@@ -207,6 +207,7 @@ private:
     QString noteFailure(const std::exception_ptr &error);
     void noteProgress(Phase::Kind kind, const QString &model, qint64 done, std::optional<qint64> total,
                       std::optional<int> percent);
+    void noteFigures(qint64 done, std::optional<qint64> total);
     void setModels(Models models);
     void compareFingerprints();
     void judgeVisionSidecar();

@@ -208,8 +208,7 @@ QCoro::Task<> LocalModelService::runVisionSidecar(std::stop_token stop)
     QString failure;
     try {
         ModelPull::OnProgress onProgress = [this](const ModelPull::Progress &progress) {
-            m_figures = m_meter.note(progress.done, progress.total, m_services.clock.elapsed());
-            Q_EMIT progressChanged();
+            noteFigures(progress.done, progress.total);
         };
         co_await ModelPull::run(server(), model, std::move(onProgress), &m_services.clock, stop);
     } catch (const CancelledError &) {

@@ -26,9 +26,6 @@ inline constexpr QLatin1StringView storeFolder{"Morvane"};
 // Whether the settings have a page Privacy, which deletes all local data. Texts send people there only then.
 inline constexpr bool hasPrivacyPage = false;
 
-// The same of a page Voice, which names the microphone.
-inline constexpr bool hasVoicePage = false;
-
 } // namespace Product
 
 } // namespace morvane

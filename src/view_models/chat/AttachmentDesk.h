@@ -111,7 +111,7 @@ private:
     std::optional<AttachmentWords::Reading> m_reading;
     std::optional<Failure> m_failure;
     std::optional<ErrorBanner> m_told; // of the latest failure
-    QString m_former; // what was pending when the reading began; empty for nothing
+    QString m_former;                  // what was pending when the reading began; empty for nothing
     QString m_notice;
     TaskHandle m_task;
 };

@@ -252,7 +252,7 @@ private:
     QUuid m_edited;                             // the message whose new words the draft is; null for none
     std::optional<std::chrono::milliseconds> m_typedAt; // of the clock's elapsed time
     bool m_isResponding = false;
-    bool m_isRestartingModel = false; // at the person's wish, by the banner
+    bool m_isRestartingModel = false;               // at the person's wish, by the banner
     std::vector<std::unique_ptr<ChatTurn>> m_turns; // a stopped turn may end after the next has begun
     QPointer<ChatTurn> m_latestTurn;
 };

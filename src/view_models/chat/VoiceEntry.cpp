@@ -2,7 +2,6 @@
 
 #include "async/CancelledError.h"
 #include "utils/text/DesktopWords.h"
-#include "utils/text/Product.h"
 #include "utils/text/Text.h"
 #include "view_models/chat/BannerDesk.h"
 #include "view_models/chat/ReplyPorts.h"
@@ -24,20 +23,19 @@ QString printed(bool flag)
 
 ErrorBanner deadMicrophone()
 {
-    const QString place = Product::hasVoicePage ? u"Settings → Voice"_s : u"your desktop's sound settings"_s;
     return {.message = u"The microphone is sending no audio."_s,
             .suggestion =
-                u"Pick a different microphone in %1 (on desktop %2 the default input is often not a "
-                "real mic), or unplug/reconnect the one you're using, then try again."_s.arg(
-                    place, DesktopWords::here().devices)};
+                u"Pick a different microphone in Settings → Voice (on desktop %1 the default input is often "
+                "not a real mic), or unplug/reconnect the one you're using, then try again."_s.arg(
+                    DesktopWords::here().devices)};
 }
 
 ErrorBanner failed(const QString &reason)
 {
-    const QString place = Product::hasVoicePage ? u"the microphone choice in Settings → Voice"_s
-                                                : u"the microphone in your desktop's sound settings"_s;
-    return {.message = u"Speech recognition failed: "_s + reason,
-            .suggestion = u"Check %1, and that both voice permissions are allowed."_s.arg(place)};
+    return {
+        .message = u"Speech recognition failed: "_s + reason,
+        .suggestion =
+            u"Check the microphone choice in Settings → Voice, and that both voice permissions are allowed."_s};
 }
 
 } // namespace
