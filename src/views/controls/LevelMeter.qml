@@ -1,12 +1,13 @@
 import QtQuick
 import Morvane
 
-// How loud it is. Asks twenty times a second while it is seen.
+// How loud it is. Asks for it twenty times a second while it is seen.
 Rectangle {
     id: root
 
-    property var source: () => 0 // 0 to 1
-    property real level: 0
+    property real level: 0 // 0 to 1
+
+    signal asked()
 
     implicitWidth: 96
     implicitHeight: 6
@@ -25,6 +26,6 @@ Rectangle {
         interval: 50
         repeat: true
         running: root.visible
-        onTriggered: root.level = root.source()
+        onTriggered: root.asked()
     }
 }

@@ -32,8 +32,10 @@ SettingsCard {
         explanationInk: root.microphone.message.length > 0 ? Theme.danger : Theme.secondary
 
         LevelMeter {
+            id: meter
+
             visible: root.microphone.isTrying
-            source: () => root.microphone.level()
+            onAsked: meter.level = root.microphone.level()
         }
         PushButton {
             objectName: "microphone.try"
