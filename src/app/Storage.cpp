@@ -52,7 +52,7 @@ Storage::Storage(const CommandLine &commandLine, Host host, Clock &clock, const 
     settings = std::make_unique<SettingsStore>(*defaults);
     if (commandLine.resetOnboarding)
         settings->setOnboardingComplete(false);
-    else if (commandLine.practiceServer) // there is nothing to choose
+    else if (commandLine.practiceServer || commandLine.devRelay) // there is nothing to choose
         settings->setOnboardingComplete(true);
     openStore(clock);
     applyRetention(clock);

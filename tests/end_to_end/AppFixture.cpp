@@ -48,6 +48,7 @@ void AppFixture::start()
     }
     work.emplace(clock);
     state = std::make_unique<AppState>(commandLine, Host::test, clock, Secrets{keychain, keychain}, *work);
+    state->storage().settings->setOnboardingComplete(true);
     if (devRuntime.isEmpty()) {
         state->storage().settings->setBaseURLString(server.baseUrl());
         state->storage().settings->setModel(u"practice-fast"_s);

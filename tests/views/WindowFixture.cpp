@@ -64,6 +64,7 @@ WindowFixture::WindowFixture()
     m_runtime.releaseOrigin = QUrl(u"http://127.0.0.1:1"_s);
     m_runtime.serverOrigin = m_runtime.releaseOrigin;
     m_runtime.folder = m_profile.filePath(u"runtime"_s);
+    m_runtime.models = m_runtime.folder;
     complaints = &m_complaints;
     formerHandler = qInstallMessageHandler(noteComplaint);
     start();
