@@ -301,7 +301,8 @@ QCoro::Task<> LocalModelService::pullModel(QString model, std::stop_token stop)
     check();
 }
 
-// A model that the server has becomes the one that replies come from.
+// A model that the server has becomes the one that replies come from: whoever asked for one on this machine was told
+// that nothing leaves it.
 QCoro::Task<> LocalModelService::takeUp(QString model, std::stop_token stop)
 {
     const auto check = m_lifeline.check(stop);
@@ -310,6 +311,7 @@ QCoro::Task<> LocalModelService::takeUp(QString model, std::stop_token stop)
     m_services.settings.setProviderName(providerName());
     m_services.settings.setBaseURLString(baseURL());
     m_services.settings.setModel(model);
+    m_services.settings.setHostedChatEnabled(false);
     Log::info(Log::Category::AIProvider, "Local AI ready with model %{public}s"_L1, {model});
     m_log->write(u"local AI ready with model "_s + model);
     setPhase({Kind::ready, {}, model});

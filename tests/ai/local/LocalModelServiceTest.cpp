@@ -157,6 +157,7 @@ TEST_F(LocalModelServiceTest, OnePressGoesFromNothingToAModelAndTheNextStartNeed
     EXPECT_EQ(settings.model(), u"llama3.2:1b"_s);
     EXPECT_EQ(settings.baseURLString(), service->baseURL());
     EXPECT_EQ(settings.providerName(), LocalModelService::providerName());
+    EXPECT_FALSE(settings.hostedChatEnabled()) << "what was promised to stay here";
     EXPECT_TRUE(lines.lines().contains(u"ai-provider: Local AI ready with model llama3.2:1b"_s));
     EXPECT_TRUE(log().contains("setup start; recommended llama3.2:1b"));
     EXPECT_TRUE(log().contains("runtime: words of the runtime"));
