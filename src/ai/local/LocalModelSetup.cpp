@@ -301,8 +301,8 @@ QCoro::Task<> LocalModelService::pullModel(QString model, std::stop_token stop)
     check();
 }
 
-// A model that the server has becomes the one that replies come from: whoever asked for one on this machine was told
-// that nothing leaves it.
+// A model that the server has becomes the one that replies come from: whoever asked for one on this machine
+// was told that nothing leaves it.
 QCoro::Task<> LocalModelService::takeUp(QString model, std::stop_token stop)
 {
     const auto check = m_lifeline.check(stop);
