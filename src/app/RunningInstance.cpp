@@ -18,8 +18,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int patience = 2000;                     // milliseconds
-constexpr qsizetype longestMessage = 4 * PATH_MAX; // of what can be a path and more
+constexpr int patience = 2000;                                // milliseconds
+constexpr qsizetype longestMessage = qsizetype{4} * PATH_MAX; // of what can be a path and more
 
 // Makes the folder before the lock file is placed in it.
 QString prepared(const QString &folder)
