@@ -13,7 +13,7 @@ namespace morvane {
 
 // The sound of one session on its way to the recogniser.
 struct SpeechRecognitionRequest {
-    static constexpr std::size_t mostSeconds = 6 * 60;
+    static constexpr std::size_t mostSeconds = std::size_t{6} * 60;
 
     // A recogniser that can't work on this machine alone must refuse.
     bool requiresOnDeviceRecognition = true;

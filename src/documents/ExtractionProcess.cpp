@@ -19,7 +19,8 @@ namespace {
 
 constexpr qsizetype longestReply = 64 << 20; // bytes
 constexpr int betweenLooks = 20;             // milliseconds until a stop is seen
-constexpr qsizetype thumbnailBytes = 3 * PreparedPicture::thumbnailSide * PreparedPicture::thumbnailSide;
+constexpr qsizetype thumbnailBytes =
+    qsizetype{3} * PreparedPicture::thumbnailSide * PreparedPicture::thumbnailSide;
 
 // Takes in what the process says, and throws where it says what it may not.
 class Listener {
