@@ -105,6 +105,14 @@ private:
 
 class PushToTalkTest : public testing::Test {
 protected:
+    // Ends what a test left running, so that nothing outlives its services.
+    void TearDown() override
+    {
+        service.reset();
+        TestWait::settle();
+        work.end();
+        TestWait::settle();
+    }
     void press()
     {
         m_started = std::make_shared<TestWait::Outcome<void>>();

@@ -89,6 +89,15 @@ protected:
                                                .locale = [] { return QLocale(QLocale::English); }});
     }
 
+    // Ends what a test left running, so that nothing outlives its services.
+    void TearDown() override
+    {
+        service.reset();
+        TestWait::settle();
+        work.end();
+        TestWait::settle();
+    }
+
     // From the press to the release, with the sound in between.
     QString hear(const std::vector<std::int16_t> &sound)
     {

@@ -69,6 +69,15 @@ private:
 
 class TextToSpeechTest : public testing::Test {
 protected:
+    // Ends what a test left running, so that nothing outlives its services.
+    void TearDown() override
+    {
+        stop.request_stop();
+        service.stop();
+        TestWait::settle();
+        work.end();
+        TestWait::settle();
+    }
     void speak(const QString &text, double rate = 0.5, bool code = false)
     {
         m_outcome = std::make_shared<TestWait::Outcome<void>>();

@@ -82,6 +82,9 @@ protected:
     ~LocalModelServiceTest() override
     {
         service.reset();
+        TestWait::settle();
+        work.end();
+        TestWait::settle();
         EXPECT_EQ(alive(), 0) << "a process was left";
         qputenv("HOME", formerHome);
     }

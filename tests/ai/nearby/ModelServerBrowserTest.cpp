@@ -36,6 +36,14 @@ const QString silent = u"That computer didn't respond. Is it awake and on the sa
 
 class ModelServerBrowserTest : public testing::Test {
 protected:
+    // Ends what a test left running, so that nothing outlives its services.
+    void TearDown() override
+    {
+        browser.reset();
+        TestWait::settle();
+        work.end();
+        TestWait::settle();
+    }
     QString probe(const QString &text, App app = App::ollama)
     {
         browser.probe(text, app);
