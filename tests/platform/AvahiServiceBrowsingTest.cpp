@@ -58,7 +58,12 @@ protected:
     }
     void awaitShown(const QString &computers)
     {
-        TestWait::until([&] { return shown() == computers; });
+        SCOPED_TRACE(computers.toStdString());
+        try {
+            TestWait::until([&] { return shown() == computers; });
+        } catch (const std::exception &) {
+            FAIL() << "shows " << shown().toStdString();
+        }
     }
     QString ending() // of a sweep in which nothing can be searched
     {
@@ -83,7 +88,7 @@ TEST_F(AvahiServiceBrowsingTest, FollowsTheComputersOfANetworkAndADaemonThatCome
                    stderr);
         GTEST_SKIP();
     }
-    const QTemporaryDir folder;
+    const QTemporaryDir folder(u"/tmp/avahi-XXXXXX"_s); // a socket's path is 107 bytes at most
     address = u"unix:path="_s + folder.filePath(u"near.sock"_s);
     ASSERT_EQ(lineOf(QStringList{u"setpriv"_s} + isolation +
                      QStringList{u"sh"_s, QStringLiteral(MORVANE_AVAHI_NETWORK), folder.path()}),
@@ -94,12 +99,8 @@ TEST_F(AvahiServiceBrowsingTest, FollowsTheComputersOfANetworkAndADaemonThatCome
     tell("start");
     const QString anna = u"Anna’s Rechner in der Küche@annas-rechner.local"_s;
     const QString desk = u"Desk@desk.local"_s;
-    const QString all = u"%1, %2, the third@third.local"_s.arg(anna, desk);
-    TestWait::until([&] {
-        if (!browser.isBrowsing()) // the daemon takes a moment to be there
-            browser.start();
-        return shown() == all;
-    });
+    browser.start();
+    awaitShown(u"%1, %2, the third@third.local"_s.arg(anna, desk));
     tell("leave third");
     awaitShown(anna + u", "_s + desk);
 

@@ -8,6 +8,7 @@
 #   leave HOST       what that far computer announces is taken back
 # each answered by "done".
 set -eu
+PATH=$PATH:/usr/sbin:/sbin
 script=$(realpath "$0")
 cd "$1"
 
@@ -51,7 +52,7 @@ far() {
     mount -t tmpfs tmpfs /run
     mkdir /run/avahi-daemon
     (daemon far) &
-    until announce_is_possible; do sleep 0.05; done
+    until is_up far; do sleep 0.05; done
     for computer in desk:11 annas-rechner:12 third:13; do
         announce "${computer%:*}" -a -R "${computer%:*}.local" "10.71.0.${computer#*:}"
     done
@@ -62,8 +63,8 @@ far() {
     announce third -s -H third.local "the third" _rfb._tcp 5900
     wait
 }
-announce_is_possible() {
-    DBUS_SYSTEM_BUS_ADDRESS=unix:path=$PWD/far.sock dbus-send --system --print-reply --dest=org.freedesktop.Avahi / \
+is_up() { # SIDE: its daemon takes orders
+    DBUS_SYSTEM_BUS_ADDRESS=unix:path=$PWD/$1.sock dbus-send --system --print-reply --dest=org.freedesktop.Avahi / \
         org.freedesktop.Avahi.Server.GetState 2>/dev/null | grep -q 'int32 2'
 }
 
@@ -87,6 +88,7 @@ while read -r line; do
     start)
         (daemon near) &
         pid=$!
+        until is_up near; do sleep 0.05; done
         ;;
     stop)
         kill "$pid"

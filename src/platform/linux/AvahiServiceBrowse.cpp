@@ -18,11 +18,11 @@ using Reason = BrowseFailure::Reason;
 
 namespace {
 
-constexpr int any = -1;               // interface or protocol
-constexpr uint ownAnnouncement = 8;   // AVAHI_LOOKUP_RESULT_LOCAL
-constexpr uint hostAlone = 4 | 8;     // AVAHI_LOOKUP_NO_TXT, AVAHI_LOOKUP_NO_ADDRESS
-constexpr qsizetype hostArgument = 5; // of a resolved service
-constexpr auto resolvePatience = 2s;
+constexpr int any = -1;                // interface or protocol
+constexpr uint ownAnnouncement = 8;    // AVAHI_LOOKUP_RESULT_LOCAL
+constexpr uint hostAlone = 4 | 8;      // AVAHI_LOOKUP_NO_TXT, AVAHI_LOOKUP_NO_ADDRESS
+constexpr qsizetype hostArgument = 5;  // of a resolved service
+constexpr auto resolvePatience = 6s;   // the daemon itself gives up after 5
 constexpr qsizetype longestHost = 255; // RFC 1035
 
 // The bus, and what starts services for it, say in these ways that there is no daemon.

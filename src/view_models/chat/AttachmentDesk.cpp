@@ -79,10 +79,11 @@ double AttachmentDesk::progress() const
 QImage AttachmentDesk::thumbnail() const
 {
     constexpr int side = PreparedPicture::thumbnailSide;
-    if (m_reading || !m_pending || m_pending->thumbnail.size() != 3 * side * side)
+    constexpr qsizetype row = qsizetype{3} * side; // bytes
+    if (m_reading || !m_pending || m_pending->thumbnail.size() != row * side)
         return {};
     const auto *pixels = reinterpret_cast<const uchar *>(m_pending->thumbnail.constData());
-    return QImage(pixels, side, side, 3 * side, QImage::Format_RGB888).copy();
+    return QImage(pixels, side, side, row, QImage::Format_RGB888).copy();
 }
 
 // What is handed over
@@ -175,7 +176,7 @@ QCoro::Task<> AttachmentDesk::readAll(QPointer<AttachmentDesk> self, Handed hand
     };
     qsizetype kept = 0;
     for (qsizetype i = 0; i < handed.size(); ++i) {
-        const PastedContent content = handed.at(i);
+        const PastedContent &content = handed.at(i);
         self->begin(content, i + 1, handed.size());
         std::exception_ptr failure;
         std::optional<ImportedAttachment> attachment;

@@ -1,6 +1,7 @@
 #include "PretendRegistry.h"
 
 #include <QCryptographicHash>
+#include <QHashFunctions>
 
 #include <cstring>
 #include <random>
