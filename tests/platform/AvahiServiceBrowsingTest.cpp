@@ -7,6 +7,7 @@
 #include <QDBusContext>
 #include <QDBusObjectPath>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -90,6 +91,10 @@ TEST_F(AvahiServiceBrowsingTest, FollowsTheComputersOfANetworkAndADaemonThatCome
     }
     const QTemporaryDir folder(u"/tmp/avahi-XXXXXX"_s); // a socket's path is 107 bytes at most
     address = u"unix:path="_s + folder.filePath(u"near.sock"_s);
+    const auto tellWhatTheySaid = qScopeGuard([&] {
+        if (HasFailure())
+            QProcess::execute(u"sh"_s, {u"-c"_s, u"tail -n 20 \"$1\"/*.log >&2"_s, u"sh"_s, folder.path()});
+    });
     ASSERT_EQ(lineOf(QStringList{u"setpriv"_s} + isolation +
                      QStringList{u"sh"_s, QStringLiteral(MORVANE_AVAHI_NETWORK), folder.path()}),
               u"ready"_s);

@@ -27,8 +27,8 @@ bus() { # SIDE
   </policy>
 </busconfig>
 END
-    dbus-daemon --config-file="$1.bus" --nofork --nopidfile </dev/null >"$1.bus.log" 2>&1 &
-    while [ ! -S "$1.sock" ]; do sleep 0.02; done
+    # It leaves the foreground once it listens; its socket is there a moment earlier.
+    dbus-daemon --config-file="$1.bus" --fork --nopidfile </dev/null >"$1.bus.log" 2>&1
 }
 daemon() { # SIDE
     printf '[server]\nhost-name=%s\nallow-interfaces=%s\nuse-ipv6=no\n[publish]\npublish-workstation=no\n' \
