@@ -21,9 +21,13 @@ QByteArray textOf(Reply &reply, QByteArrayView body, qsizetype pieceSize)
         for (qsizetype at = 0; at < body.size() && progress == ReplyLines::Progress::goesOn;
              at += pieceSize) {
             lines.add(body.sliced(at, std::min(pieceSize, body.size() - at)).toByteArray());
-            for (auto line = lines.next(); line && progress == ReplyLines::Progress::goesOn;
-                 line = lines.next())
+            while (progress ==
+                   ReplyLines::Progress::goesOn) { // what stands behind the end isn't cut any more
+                const auto line = lines.next();
+                if (!line)
+                    break;
                 progress = reply.add(*line, events);
+            }
         }
         if (const auto line = lines.last(); line && progress == ReplyLines::Progress::goesOn)
             reply.add(*line, events);
