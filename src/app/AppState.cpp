@@ -1,11 +1,13 @@
 #include "app/AppState.h"
 
 #include "ai/local/LocalModelService.h"
+#include "ai/prompts/SystemPromptStore.h"
 #include "ai/tools/ToolRegistry.h"
 #include "app/WhatChangedNotice.h"
 #include "async/Work.h"
 #include "audio/SpeechRecognitionService.h"
 #include "audio/TextToSpeechService.h"
+#include "memory/MemoryStore.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsRepository.h"
 #include "persistence/SettingsStore.h"
@@ -13,6 +15,7 @@
 #include "utils/log/Log.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/chat/ReplyPorts.h"
 
 namespace morvane {
 
@@ -23,6 +26,7 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
     : QObject(parent)
     , m_host(host)
     , m_work(work)
+    , m_notifications(notifications)
     , m_storage(commandLine, host, clock, secrets)
     , m_assistant(commandLine, m_storage, secrets, clock, work)
     , m_voice(voice, m_storage, clock, work)
@@ -137,13 +141,32 @@ AppState::Termination AppState::shouldTerminate()
     return Termination::cancel;
 }
 
-void AppState::willTerminate()
+void AppState::endWhatRuns()
 {
     m_voice.tts->stop();
     if (m_voice.speech)
         m_voice.speech->cancelRecording();
     m_presentation.chat->endTurns();
     m_assistant.localModel->end();
+}
+
+void AppState::deleteRecords()
+{
+    endWhatRuns();
+    try {
+        m_storage.repository->deleteAll();
+    } catch (const PersistenceError &) {
+        // Logged where it failed; the store's files go all the same.
+    }
+    if (m_notifications)
+        m_notifications->withdrawAll();
+    m_assistant.memory->clear();
+    m_assistant.systemPrompts->reset();
+}
+
+void AppState::willTerminate()
+{
+    endWhatRuns();
     try {
         m_storage.repository->save();
     } catch (const PersistenceError &) {

@@ -39,18 +39,24 @@ public:
     [[nodiscard]] Termination shouldTerminate();
     void willTerminate();
 
+    // The first half of an erasure: ends what is under way, and deletes what open stores hold. The rest needs
+    // nothing to be open, so that this object goes after it.
+    void deleteRecords();
+
 Q_SIGNALS:
     void mainWindowRequested();
     void quitConfirmed();
 
 private:
     void letThePersonApprove();
+    void endWhatRuns();
     void showFirstWindow();
     void showWhatChangedNotice();
     [[nodiscard]] bool showOnboarding() const;
 
     const Host m_host;
     Work &m_work;
+    ReplyNotifying *const m_notifications; // may be null
     Storage m_storage;
     Assistant m_assistant;
     Voice m_voice;

@@ -1,8 +1,10 @@
 #include "app/Launch.h"
 
+#include "ai/local/LocalModelService.h"
 #include "app/AppDelegate.h"
 #include "app/AppState.h"
 #include "app/DemoPlayer.h"
+#include "app/Erasure.h"
 #include "app/MainWindowController.h"
 #include "app/PrivateCloudParts.h"
 #include "app/StartupWindow.h"
@@ -15,10 +17,12 @@
 #include "platform/linux/WebBrowser.h"
 #include "security/TestHost.h"
 #include "utils/files/PrivateFile.h"
+#include "utils/log/Log.h"
 #include "utils/text/Identifier.h"
 #include "utils/text/Product.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/settings/PrivacyViewModel.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -88,7 +92,10 @@ Launch::~Launch()
 
 void Launch::start()
 {
-    begin(Way::usual);
+    if (Erasure::isUnderway(m_commandLine.folders()))
+        endErasure();
+    else
+        begin(Way::usual);
     // The keychain opens on a thread of its own, and the window's components hold nothing of the person's.
     if (!m_windowEngine)
         m_windowEngine = MainWindowController::prepareEngine();
@@ -186,6 +193,7 @@ void Launch::showWaiting(const QString &sentence, const StartupViewModel::Ways &
         connect(m_startupWindow.get(), &StartupWindow::retryChosen, this, &Launch::start);
         connect(m_startupWindow.get(), &StartupWindow::fileChosen, this, [this] { begin(Way::keyFile); });
         connect(m_startupWindow.get(), &StartupWindow::afreshChosen, this, [this] { begin(Way::afresh); });
+        connect(m_startupWindow.get(), &StartupWindow::proceedChosen, this, &Launch::start);
         connect(m_startupWindow.get(), &StartupWindow::quitChosen, this, &AppDelegate::end);
     }
     m_startupWindow->show(sentence, ways);
@@ -208,7 +216,13 @@ void Launch::finish()
     shell.setSystemDark(m_appearance->isDark());
     connect(m_appearance.get(), &DesktopAppearance::darkChanged, &shell, &ShellViewModel::setSystemDark);
     connect(&shell, &ShellViewModel::linkRequested, this, &WebBrowser::open);
+    connect(m_state->presentation().privacy.get(), &PrivacyViewModel::erasureConfirmed, this,
+            &Launch::eraseAll,
+            Qt::QueuedConnection); // the window that says so goes with it
     connect(m_notifications.get(), &DesktopNotifications::chosen, this, &Launch::open);
+
+    if (const auto record = std::exchange(m_runtimeRecord, std::nullopt))
+        m_state->assistant().localModel->keepRuntimeRecord(*record);
 
     if (!m_windowEngine)
         m_windowEngine = MainWindowController::prepareEngine();
@@ -224,6 +238,53 @@ void Launch::finish()
     attachFiles();
     if (m_commandLine.demoPicture)
         playDemo();
+}
+
+// Everything that holds something of the person's goes, and the program begins as for the first time.
+void Launch::eraseAll()
+{
+    Erasure::begin(*m_state->storage().defaults);
+    m_runtimeRecord = m_state->assistant().localModel->runtimeRecord();
+    m_state->deleteRecords();
+    m_demo.reset();
+    m_delegate.reset();
+    m_mainWindow.reset();
+    m_state.reset();
+    m_work.resume();
+    endErasure();
+}
+
+void Launch::endErasure()
+{
+    showWaiting(u"Deleting all local data…"_s, {});
+    m_opening =
+        TaskHandle::start([this](std::stop_token stop) { return erase(QPointer(this), std::move(stop)); });
+}
+
+QCoro::Task<> Launch::erase(QPointer<Launch> self, std::stop_token stop)
+{
+    const SupportFolders folders = self->m_commandLine.folders();
+    KeychainService &keychain = self->m_secrets.keychain();
+    const auto removeFiles = [folders] { return Erasure::removeFiles(folders); };
+    const auto removeSecrets = [&keychain] { return Erasure::removeSecrets(keychain); };
+    Erasure::Result result;
+    try {
+        result.files = co_await self->m_work.run(removeFiles, stop);
+        auto &preparation = self->m_secrets.preparation();
+        if (!isReady(preparation.state())) { // at a start that ends what a killed program began
+            self->m_expectation = KeyExpectation::Unknown;
+            const KeychainOpening opening = co_await preparation.prepare(KeyExpectation::Unknown, stop);
+            if (!isReady(opening.state))
+                co_return; // the window says why, and what can be done
+        }
+        result.secrets = co_await self->m_work.run(removeSecrets, stop);
+    } catch (const CancelledError &) {
+        co_return;
+    }
+    Erasure::emptySettings(folders);
+    Log::info(Log::Category::App, "Deleted all local data at user request: %ld stores, %ld stored secrets"_L1,
+              {result.files.count, result.secrets});
+    self->showWaiting(u"All local data was deleted"_s, {.proceed = true, .report = Erasure::report(result)});
 }
 
 void Launch::open(const QUuid &conversation)

@@ -11,6 +11,7 @@
 #include <QObject>
 
 #include <memory>
+#include <optional>
 
 class QGuiApplication;
 
@@ -52,6 +53,9 @@ private:
     [[nodiscard]] StartupViewModel::Ways waysOn(KeychainState state);
     void showWaiting(const QString &sentence, const StartupViewModel::Ways &ways);
     void finish();
+    void eraseAll();
+    void endErasure();
+    static QCoro::Task<> erase(QPointer<Launch> self, std::stop_token stop);
     void open(const QUuid &conversation); // null: the one that is open
     [[nodiscard]] bool hasPutAside() const;
     void tellWhatIsAside();
@@ -76,7 +80,8 @@ private:
     KeyExpectation m_expectation = KeyExpectation::Unknown; // of the latest attempt
     QString m_folderAside;                                  // named when starting afresh is offered
     bool m_isDataAside = false;
-    QStringList m_files; // to attach once there is a chat
+    QStringList m_files;                       // to attach once there is a chat
+    std::optional<QByteArray> m_runtimeRecord; // outlives an erasure, as the runtime does
     TaskHandle m_opening;
 };
 

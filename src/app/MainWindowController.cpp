@@ -15,6 +15,7 @@
 #include "view_models/settings/MicrophoneViewModel.h"
 #include "view_models/settings/NearbyViewModel.h"
 #include "view_models/settings/NetworkLedgerViewModel.h"
+#include "view_models/settings/PrivacyViewModel.h"
 #include "view_models/settings/PrivateCloudViewModel.h"
 #include "view_models/settings/ProofLedgerViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
@@ -63,6 +64,7 @@ MainWindowController::MainWindowController(Presentation &presentation, std::uniq
                              {u"networkLedger"_s, QVariant::fromValue(presentation.networkLedger.get())},
                              {u"proofLedger"_s, QVariant::fromValue(presentation.proofLedger.get())},
                              {u"privateCloud"_s, QVariant::fromValue(presentation.privateCloud.get())},
+                             {u"privacy"_s, QVariant::fromValue(presentation.privacy.get())},
                              {u"speaking"_s, QVariant::fromValue(presentation.speaking.get())},
                              {u"microphone"_s, QVariant::fromValue(presentation.microphone.get())},
                              {u"shell"_s, QVariant::fromValue(presentation.shell.get())},

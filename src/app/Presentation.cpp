@@ -14,6 +14,7 @@
 #include "models/Conversation.h"
 #include "network/AppNetwork.h"
 #include "security/LocalDataVault.h"
+#include "security/ServiceIdentity.h"
 #include "services/WebAccessService.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
@@ -29,6 +30,7 @@
 #include "view_models/settings/MicrophoneViewModel.h"
 #include "view_models/settings/NearbyViewModel.h"
 #include "view_models/settings/NetworkLedgerViewModel.h"
+#include "view_models/settings/PrivacyViewModel.h"
 #include "view_models/settings/PrivateCloudViewModel.h"
 #include "view_models/settings/ProofLedgerViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
@@ -102,6 +104,13 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
                                          .guidePage = DeploymentValues::hardwareProofPage,
                                          .acceptedServers = assistant.privateCloud->acceptedListText()}))
     , privateCloud(std::make_unique<PrivateCloudViewModel>(*assistant.router))
+    , privacy(std::make_unique<PrivacyViewModel>(
+          storage.folders,
+          [&identity = *assistant.identity] {
+              identity.reset(ServiceIdentity::Service::Hosted);
+              identity.reset(ServiceIdentity::Service::Search);
+          },
+          work))
     , speaking(std::make_unique<SpeakingViewModel>(settings, *voice.tts))
     , microphone(std::make_unique<MicrophoneViewModel>(settings, clock, voice.ports.microphones,
                                                        voice.ports.makeEngine))

@@ -20,6 +20,7 @@ class MicrophoneViewModel;
 class NearbyViewModel;
 class NetworkLedgerViewModel;
 class NoteReceiptsModel;
+class PrivacyViewModel;
 class PrivateCloudViewModel;
 class ProofLedgerViewModel;
 class ReplyNotifying;
@@ -60,6 +61,7 @@ struct Presentation {
     const std::unique_ptr<NetworkLedgerViewModel> networkLedger;
     const std::unique_ptr<ProofLedgerViewModel> proofLedger;
     const std::unique_ptr<PrivateCloudViewModel> privateCloud;
+    const std::unique_ptr<PrivacyViewModel> privacy;
     const std::unique_ptr<SpeakingViewModel> speaking;
     const std::unique_ptr<MicrophoneViewModel> microphone;
     const std::unique_ptr<ShellViewModel> shell;

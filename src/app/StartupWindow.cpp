@@ -11,6 +11,7 @@ StartupWindow::StartupWindow(bool dark, QObject *parent)
 {
     connect(&m_model, &StartupViewModel::retryChosen, this, &StartupWindow::retryChosen);
     connect(&m_model, &StartupViewModel::fileChosen, this, &StartupWindow::fileChosen);
+    connect(&m_model, &StartupViewModel::proceedChosen, this, &StartupWindow::proceedChosen);
     connect(&m_model, &StartupViewModel::afreshChosen, this, &StartupWindow::afreshChosen);
     connect(&m_engine, &QQmlEngine::quit, this, &StartupWindow::quitChosen);
     m_engine.loadComponent(u"StartupWindow.qml"_s,

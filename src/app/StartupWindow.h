@@ -21,6 +21,7 @@ public:
 Q_SIGNALS:
     void retryChosen();
     void fileChosen();
+    void proceedChosen();
     void afreshChosen();
     void quitChosen();
 

@@ -47,6 +47,13 @@ void Work::end()
     for (std::thread &thread : m_threads)
         thread.join();
     m_threads.clear();
+    m_idle = 0;
+}
+
+void Work::resume()
+{
+    if (m_ending.stop_requested())
+        m_ending = std::stop_source();
 }
 
 void Work::enqueue(Job job)

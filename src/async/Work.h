@@ -70,6 +70,8 @@ public:
 
     // Stops what runs, waits for it, and refuses what comes later. Questions are left to themselves.
     void end();
+    // Takes work again after end().
+    void resume();
 
 private:
     class Mailbox;

@@ -172,6 +172,26 @@ QString oldStorePath(const SupportFolders &folders)
     return folders.data + u"/default.store"_s;
 }
 
+QStringList ownOldStore(const SupportFolders &folders)
+{
+    const QString store = oldStorePath(folders);
+    if (!StoreFiles::exists(store))
+        return {};
+    try {
+        Database database = StoreFiles::openToRead(store);
+        if (isForeign(database))
+            return {};
+    } catch (const DatabaseError &) {
+        return {};
+    }
+    QStringList files;
+    for (const QString &file : StoreFiles::withCompanions(store)) {
+        if (QFileInfo::exists(file))
+            files += file;
+    }
+    return files;
+}
+
 Outcome moveIfNeeded(const Move &move)
 {
     if (wasMoved(move))

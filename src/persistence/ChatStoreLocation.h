@@ -5,6 +5,8 @@
 #include "persistence/SettingsRepository.h"
 #include "utils/files/SupportFolders.h"
 
+#include <QStringList>
+
 #include <functional>
 #include <memory>
 #include <variant>
@@ -26,6 +28,9 @@ inline constexpr QLatin1StringView leftOldFileKey{"chatStoreLeftOldFileAt.v1"};
 
 // Where older builds kept the chats.
 [[nodiscard]] QString oldStorePath(const SupportFolders &folders);
+
+// The files of the store there, while it is this application's; none otherwise.
+[[nodiscard]] QStringList ownOldStore(const SupportFolders &folders);
 
 enum class MoveKind {
     FreshFile, // nothing stands at the target: the whole file is copied

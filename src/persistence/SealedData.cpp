@@ -31,6 +31,11 @@ QStringList storeFolders()
     return names;
 }
 
+QString asidePrefix()
+{
+    return Product::name + u" set aside "_s;
+}
+
 bool isSealed(const QString &path)
 {
     QFile file(path);
@@ -89,12 +94,20 @@ bool SealedData::exists(const SupportFolders &folders)
 
 QString SealedData::folderAside(const SupportFolders &folders, const QDateTime &localTime)
 {
-    const QString path =
-        folders.data + u'/' + Product::name + u" set aside "_s + localTime.toString(u"yyyy-MM-dd HH.mm.ss"_s);
+    const QString path = folders.data + u'/' + asidePrefix() + localTime.toString(u"yyyy-MM-dd HH.mm.ss"_s);
     QString name = path;
     for (int number = 2; QFileInfo::exists(name); ++number)
         name = path + u" (%1)"_s.arg(number);
     return name;
+}
+
+QStringList SealedData::foldersAside(const SupportFolders &folders)
+{
+    QStringList paths;
+    for (const QString &name :
+         QDir(folders.data).entryList({asidePrefix() + u'*'}, QDir::Dirs | QDir::NoSymLinks))
+        paths += folders.data + u'/' + name;
+    return paths;
 }
 
 void SealedData::setAside(const SupportFolders &folders, const QString &aside)

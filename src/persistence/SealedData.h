@@ -2,7 +2,7 @@
 
 #include "utils/files/SupportFolders.h"
 
-#include <QString>
+#include <QStringList>
 
 class QDateTime;
 
@@ -17,6 +17,9 @@ namespace SealedData {
 
 // A folder beside the application's own for what is put aside at this moment; not there yet.
 [[nodiscard]] QString folderAside(const SupportFolders &folders, const QDateTime &localTime);
+
+// The paths of those that are there.
+[[nodiscard]] QStringList foldersAside(const SupportFolders &folders);
 
 // Moves the chat store with all that stands in its folder, the folders of older builds and every sealed file
 // into `aside`; nothing is deleted, and an older build's store stays where it is. Before a store is opened.

@@ -36,6 +36,12 @@ void StartupViewModel::useFile()
         Q_EMIT fileChosen();
 }
 
+void StartupViewModel::proceed()
+{
+    if (m_ways.proceed)
+        Q_EMIT proceedChosen();
+}
+
 void StartupViewModel::startAfresh()
 {
     m_isAsking = m_ways.startAfresh;

@@ -24,6 +24,7 @@ T.ApplicationWindow {
     required property NetworkLedgerViewModel networkLedger
     required property ProofLedgerViewModel proofLedger
     required property PrivateCloudViewModel privateCloud
+    required property PrivacyViewModel privacy
     required property SpeakingViewModel speaking
     required property MicrophoneViewModel microphone
     required property ShellViewModel shell
@@ -84,6 +85,7 @@ T.ApplicationWindow {
                 networkLedger: window.networkLedger,
                 proofLedger: window.proofLedger,
                 privateCloud: window.privateCloud,
+                privacy: window.privacy,
                 speaking: window.speaking,
                 microphone: window.microphone,
                 shell: window.shell

@@ -35,7 +35,14 @@ RowLayout {
         onClicked: root.startup.startAfresh()
     }
     PushButton {
-        visible: !root.asking
+        objectName: "proceed"
+        visible: root.startup.canProceed
+        text: qsTr("Continue")
+        rank: PushButton.Primary
+        onClicked: root.startup.proceed()
+    }
+    PushButton {
+        visible: !root.asking && !root.startup.canProceed
         text: qsTr("Quit")
         onClicked: Qt.quit()
     }

@@ -12,7 +12,7 @@ T.ApplicationWindow {
     required property bool dark
     readonly property bool asking: startup.question.length > 0
 
-    width: 480
+    width: startup.report.length > 0 ? 620 : 480
     height: Math.max(280, content.implicitHeight + 2 * Theme.gap32)
     title: startup.productName
     color: Theme.page
@@ -47,10 +47,23 @@ T.ApplicationWindow {
             objectName: "startupSentence"
             Layout.fillWidth: true
             horizontalAlignment: TextEdit.AlignHCenter
+            font.weight: window.startup.report.length > 0 ? Font.DemiBold : Font.Normal
             text: window.asking ? window.startup.question : window.startup.sentence
             Accessible.ignored: false
             Accessible.role: Accessible.AlertMessage
             Accessible.name: text
+        }
+        Repeater {
+            model: window.startup.report
+
+            CardText {
+                required property string modelData
+
+                objectName: "reportLine"
+                Layout.fillWidth: true
+                font.pixelSize: Theme.smallSize
+                text: modelData
+            }
         }
         StartupWays {
             Layout.alignment: Qt.AlignHCenter

@@ -1,13 +1,17 @@
 #include "app/Launch.h"
 
+#include "app/Erasure.h"
 #include "persistence/ChatStoreLocation.h"
+#include "persistence/UserDefaultsSettingsRepository.h"
 #include "platform/linux/ProcessPrivacy.h"
 #include "security/FakeSecretStore.h"
 #include "support/Await.h"
 #include "support/WindowDriver.h"
 #include "utils/files/PrivateFile.h"
+#include "utils/text/Product.h"
 #include "view_models/chat/ChatViewModel.h"
 
+#include <QDirIterator>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QTemporaryDir>
@@ -158,6 +162,92 @@ TEST_F(LaunchTest, WhoDismissesTheFirstPromptMayKeepTheKeyInAFileAndIsNotAskedAg
         EXPECT_NE(windowWith("shell"), nullptr);
         EXPECT_TRUE(hasKeyFile());
         EXPECT_EQ(prompts, isFirst ? 1 : 0);
+    }
+}
+
+class ErasureTest : public LaunchTest {
+protected:
+    ErasureTest()
+    {
+        commandLine.practiceServer.reset();
+        UserDefaultsSettingsRepository(settingsPath()).setBoolean(u"onboardingComplete"_s, true);
+    }
+    [[nodiscard]] QString settingsPath() const
+    {
+        return UserDefaultsSettingsRepository::path(commandLine.folders(), Product::serviceName);
+    }
+    // The paths of all files below the profile that hold the bytes, or are called so.
+    [[nodiscard]] QStringList filesWith(const QByteArray &bytes) const
+    {
+        QStringList found;
+        QDirIterator files(profile.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            QFile file(files.next());
+            if (file.open(QIODevice::ReadOnly) && file.readAll().contains(bytes))
+                found += file.fileName();
+        }
+        return found;
+    }
+    // Reads the report, and goes on to the welcome of a first start.
+    void goOn()
+    {
+        QQuickWindow *told = windowWith("startup");
+        const bool isDone =
+            told && WindowDriver::eventually([&] { return valueOf(told, "startup", "canProceed").toBool(); });
+        ASSERT_TRUE(isDone);
+        EXPECT_GE(valueOf(told, "startup", "report").toStringList().size(), 5);
+        QMetaObject::invokeMethod(told->property("startup").value<QObject *>(), "proceed");
+        QQuickWindow *fresh = windowWith("companion");
+        ASSERT_NE(fresh, nullptr);
+        EXPECT_FALSE(valueOf(fresh, "settings", "onboardingComplete").toBool());
+    }
+};
+
+TEST_F(ErasureTest, LeavesNothingOfThePersonsAndGoesOnAsAfterAFirstStart)
+{
+    Launch launch(*qGuiApp, commandLine);
+    launch.start();
+    QQuickWindow *window = windowWith("shell");
+    ASSERT_NE(window, nullptr);
+    auto *chat = window->property("chat").value<ChatViewModel *>();
+    chat->setDraft(u"a marked draft"_s);
+    const QByteArray id = chat->conversationId().toUtf8();
+    const QByteArray key =
+        PrivateFile::read(SecretKeeping::keyFilePath(commandLine.folders()), 10000).value();
+    ASSERT_FALSE(filesWith(id.toLower()).isEmpty() && filesWith(id).isEmpty()) << "it is in the store";
+    auto *privacy = window->property("privacy").value<QObject *>();
+    QMetaObject::invokeMethod(privacy, "eraseAll", Q_ARG(QString, u"no"_s));
+    TestWait::settle();
+    EXPECT_TRUE(QFileInfo::exists(ChatStoreLocation::storePath(commandLine.folders())));
+    QMetaObject::invokeMethod(privacy, "eraseAll", Q_ARG(QString, u" Delete "_s));
+    goOn();
+    EXPECT_EQ(filesWith(id), QStringList());
+    EXPECT_EQ(filesWith(key), QStringList());
+    EXPECT_TRUE(QFileInfo::exists(ChatStoreLocation::storePath(commandLine.folders()))) << "a new one";
+    EXPECT_TRUE(hasKeyFile());
+}
+
+// Killed with its files there, with its files gone, and with its key gone as well.
+TEST_F(ErasureTest, ThatWasKilledAtAnyStepIsEndedByTheNextStart)
+{
+    for (const int step : {0, 1, 2}) {
+        SCOPED_TRACE(step);
+        {
+            UserDefaultsSettingsRepository settings(settingsPath());
+            settings.setString(u"model"_s, u"of former days"_s);
+            Erasure::begin(settings);
+        }
+        const QString store = ChatStoreLocation::storePath(commandLine.folders());
+        if (step == 0)
+            PrivateFile::write(store, "sealed with the former key");
+        if (step == 2)
+            QFile::remove(SecretKeeping::keyFilePath(commandLine.folders()));
+        Launch launch(*qGuiApp, commandLine);
+        launch.start();
+        goOn();
+        EXPECT_EQ(filesWith("of former days"), QStringList());
+        EXPECT_EQ(filesWith("sealed with the former key"), QStringList());
+        EXPECT_FALSE(Erasure::isUnderway(commandLine.folders()));
     }
 }
 

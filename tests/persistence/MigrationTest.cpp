@@ -2,6 +2,7 @@
 #include "persistence/DepartedData.h"
 #include "persistence/InMemorySettingsRepository.h"
 #include "persistence/LegacyBundleMigration.h"
+#include "persistence/LocalDataEraser.h"
 #include "persistence/UserDefaultsSettingsRepository.h"
 #include "security/InMemoryKeychainService.h"
 #include "support/LogCapture.h"
@@ -195,6 +196,45 @@ TEST_F(MigrationTest, WhatDepartedPartsLeftGoesOnceAndNothingElse)
     place(u"Morvane"_s, u"terminal routines.json"_s);
     remove(); // the flags are set
     EXPECT_TRUE(QFile::exists(supportPath(u"terminal"_s)) && QFile::exists(supportPath(u"routines.json"_s)));
+}
+
+TEST_F(MigrationTest, AnErasureTakesItsTableAndNothingElse)
+{
+    EXPECT_EQ(LocalDataEraser::remove(folders.data + u"/Morvane"_s).count, 0) << "no folder";
+    const QString stays = u"bin code lib mine.txt store-Morvane studio"_s;
+    place(u"Morvane"_s,
+          u"memory-open.md memory-work.md memory-personal.md memory.md instructions.txt "
+          "accepted-servers.sealed accepted-servers-dev.sealed voice-debug.log local-ai-setup.log "
+          "Morvane.store Morvane.store-wal venice-measurements.json code.json email-accounts.json "
+          "email-cache.json gift-people-2.json subscriptions.json telegram-notebook.json learn.json "
+          "learn-last-unparseable-1 recurring-jobs.json routines.json price-alerts.json "
+          "code-appdata/a telegram/b CompanionArt/c studio/images/d studio/notes.txt"_s);
+    place(u"Morvane"_s, u"studio/models/e bin/ollama lib/f mine.txt code store-Morvane"_s);
+    EXPECT_EQ(LocalDataEraser::remove(folders.data + u"/Morvane"_s).count, 28);
+    EXPECT_EQ(itemsOf(u"Morvane"_s), stays);
+    EXPECT_EQ(itemsOf(u"Morvane/studio"_s), u"models"_s);
+    EXPECT_EQ(itemsOf(u"Morvane/studio/models"_s), u"e"_s);
+}
+
+TEST_F(MigrationTest, AnErasureAlsoTakesWhatANextStartWouldTakeOverAndNamesWhatStays)
+{
+    set(old, u"customSystemPrompt"_s, u"call me so"_s);
+    place(old, u"memory.md"_s);
+    place(u"MorvaneGPT set aside 2026-01-02 03.04.05"_s, u"keychain.keys"_s);
+    place(u"."_s, u"default.store"_s, "of another program");
+    const QString aimed = folders.data + u"/aimed"_s;
+    place(u"aimed"_s, u"mine.txt"_s);
+    place(u"ai.morvane.macos"_s, u"keychain.keys"_s);
+    QFile::link(aimed, folders.data + u"/ai.morvane.macos/telegram"_s);
+    place(u"Morvane"_s, u"memory.md/inside"_s); // whatever it is
+    const auto removed = LocalDataEraser::removeAll(folders);
+    EXPECT_EQ(removed.count, 5);
+    EXPECT_EQ(removed.leftover, QStringList());
+    EXPECT_FALSE(QFileInfo::exists(domain(old)));
+    EXPECT_EQ(itemsOf(u"aimed"_s), u"mine.txt"_s) << "a link goes itself";
+    EXPECT_EQ(itemsOf(u"."_s), u"Morvane ai.morvane.macos aimed com.morvane.Quelmar default.store"_s);
+    EXPECT_TRUE(LocalDataEraser::limits().first().contains(
+        u"Snapshots of the disk and other copies of this computer"_s));
 }
 
 } // namespace

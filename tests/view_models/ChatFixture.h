@@ -96,6 +96,7 @@ public:
         m_heard.append(QStringLiteral("failed ") + message + u'|' + suggestion);
     }
     void approvalWaits(const QString &verb) override { m_heard.append(QStringLiteral("waits ") + verb); }
+    void withdrawAll() override {}
     void withdrawApproval() override { m_heard.append(QStringLiteral("withdrawn")); }
 
 private:

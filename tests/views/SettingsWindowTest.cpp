@@ -11,9 +11,11 @@
 #include "view_models/settings/AISettingsViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
 #include "view_models/settings/NetworkLedgerViewModel.h"
+#include "view_models/settings/PrivacyViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
 
 #include <QLocale>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <semaphore>
@@ -349,11 +351,27 @@ TEST_F(SettingsWindowTest, AppearanceFollowsItsChoices)
 
 TEST_F(SettingsWindowTest, HowLongChatsAreKeptIsChosenAndSaysWhatThatMeans)
 {
-    turnTo(u"chats"_s);
+    turnTo(u"privacy"_s);
     EXPECT_TRUE(says(u"stays until you delete it"_s));
     click(control(u"retention.thirtyDays"_s));
     EXPECT_EQ(m_app->storage().settings->conversationRetention(), ConversationRetention::thirtyDays);
     EXPECT_TRUE(says(u"are deleted for good"_s));
+}
+
+TEST_F(SettingsWindowTest, AllIsDeletedOnlyOnceThatWasTyped)
+{
+    turnTo(u"privacy"_s);
+    const QSignalSpy confirmed(m_app->presentation().privacy.get(), &PrivacyViewModel::erasureConfirmed);
+    click(control(u"eraseAll"_s));
+    EXPECT_TRUE(says(u"Files you exported to your Documents folder"_s));
+    for (const auto *typed : {"d", "elet", "e"}) {
+        EXPECT_FALSE(control(u"confirmErasure"_s)->isEnabled());
+        WindowDriver::type(m_page, QString::fromLatin1(typed));
+        settle();
+    }
+    click(control(u"confirmErasure"_s));
+    EXPECT_EQ(confirmed.count(), 1);
+    pressKey(Qt::Key_Escape);
 }
 
 TEST_F(SettingsWindowTest, TheLedgerIsFollowedOnlyWhileItIsShown)

@@ -147,6 +147,10 @@ public:
     void installVisionSidecar();
     void setOnVisionSidecarInstalled(std::function<void()> installed);
 
+    // What makes a runtime that we installed ours, for the time in which the key changes.
+    [[nodiscard]] std::optional<QByteArray> runtimeRecord() const { return m_installation.record(); }
+    void keepRuntimeRecord(const QByteArray &record) const { m_installation.keepRecord(record); }
+
     // Ends tasks and the runtime at once, when the program ends.
     void end();
 

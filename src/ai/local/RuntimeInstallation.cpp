@@ -106,6 +106,25 @@ void RuntimeInstallation::install(const QString &archive, const std::stop_token 
     removeLeftovers();
 }
 
+std::optional<QByteArray> RuntimeInstallation::record() const
+{
+    try {
+        const auto contents = PrivateFile::read(m_values.seal(), largestRecord);
+        return contents && SealedForm::isSealedFile(*contents) ? m_vault->open(*contents) : std::nullopt;
+    } catch (const FileError &) {
+        return std::nullopt;
+    }
+}
+
+void RuntimeInstallation::keepRecord(const QByteArray &contents) const
+{
+    try {
+        LocalDataVault::writePrivate(m_vault->seal(contents), m_values.seal());
+    } catch (const std::exception &) {
+        // The next check finds no record that opens, and says so.
+    }
+}
+
 bool RuntimeInstallation::verify(const std::stop_token &stop) const
 {
     const std::lock_guard lock(*m_turn);

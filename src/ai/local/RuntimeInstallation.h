@@ -6,6 +6,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <stop_token>
 
 namespace morvane {
@@ -33,6 +34,11 @@ public:
     // now (the vault is locked, or its key isn't there) is no reason to delete: then nothing runs, and
     // LocalSetupError says why. Throws CancelledError as well.
     [[nodiscard]] bool verify(const std::stop_token &stop) const;
+
+    // What the record says, and a new one that says it under the vault's present key: with its key gone no
+    // record opens, and the runtime would have to be fetched again. Nothing where there is none that opens.
+    [[nodiscard]] std::optional<QByteArray> record() const;
+    void keepRecord(const QByteArray &contents) const;
 
     void remove() const;
 

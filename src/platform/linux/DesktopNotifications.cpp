@@ -73,6 +73,14 @@ void DesktopNotifications::withdrawGhostReplies()
         close(id);
 }
 
+void DesktopNotifications::withdrawAll()
+{
+    withdrawGhostReplies();
+    withdrawApproval();
+    for (const uint id : m_conversations.keys())
+        close(id);
+}
+
 void DesktopNotifications::replyFailed(const QString &message, const QString &suggestion)
 {
     post(message, suggestion, {});

@@ -31,6 +31,7 @@ public:
     void replyFailed(const QString &message, const QString &suggestion) override;
     void approvalWaits(const QString &verb) override;
     void withdrawApproval() override;
+    void withdrawAll() override;
 
 Q_SIGNALS:
     // A notification was clicked. Null when it is about no saved chat.

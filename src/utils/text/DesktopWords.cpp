@@ -18,6 +18,7 @@ constexpr DesktopWords DesktopWords::original{
     .runtimeStopper = u"the llama in the menu bar",
     .searcher = u"macOS",
     .searchMissing = u"Its network search is not running.",
+    .snapshots = u"Time Machine snapshots",
     .terminal = u"Terminal",
     .ollamaListensToAll = u"launchctl setenv OLLAMA_HOST 0.0.0.0 && killall ollama; ollama serve &",
     .ollamaWithoutService = u"",
@@ -40,6 +41,7 @@ constexpr DesktopWords DesktopWords::freedesktop{
     .runtimeStopper = u"in a terminal: sudo systemctl stop ollama",
     .searcher = u"This computer",
     .searchMissing = u"Avahi, the service that finds computers nearby, is not running.",
+    .snapshots = u"Snapshots of the disk",
     .terminal = u"a terminal",
     // A file of its own beside what the person may have changed of the service.
     .ollamaListensToAll = u"sudo mkdir -p /etc/systemd/system/ollama.service.d && "

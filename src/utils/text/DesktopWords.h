@@ -24,6 +24,7 @@ struct DesktopWords {
     QStringView runtimeStopper;       // where a model runtime of the person's own is quit
     QStringView searcher;             // who looks around the local network; begins a sentence
     QStringView searchMissing;        // why it can't, when nothing on it can
+    QStringView snapshots;            // copies of the disk that the desktop makes; begins a sentence
     QStringView terminal;             // where commands are typed; follows "open"
     QStringView ollamaListensToAll;   // a command that lets an Ollama answer other computers
     QStringView ollamaWithoutService; // and what to do where that command has no service to act on

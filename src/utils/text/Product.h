@@ -23,9 +23,6 @@ inline constexpr QLatin1StringView serviceName{"ai.morvane.macos"};
 // Folder in the support directory that holds the chat store.
 inline constexpr QLatin1StringView storeFolder{"Morvane"};
 
-// Whether the settings have a page Privacy, which deletes all local data. Texts send people there only then.
-inline constexpr bool hasPrivacyPage = false;
-
 } // namespace Product
 
 } // namespace morvane

@@ -38,6 +38,8 @@ public:
     // `verb` says what is asked for. It is taken back when there is nothing left to answer.
     virtual void approvalWaits(const QString &verb) = 0;
     virtual void withdrawApproval() = 0;
+    // Whatever is still shown, of this run.
+    virtual void withdrawAll() = 0;
 };
 
 } // namespace morvane

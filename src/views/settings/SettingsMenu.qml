@@ -24,7 +24,7 @@ Rectangle {
                 { page: "instructions", title: qsTr("Instructions"), glyph: "quill" },
                 { page: "abilities", title: qsTr("Abilities"), glyph: "globe" },
                 { page: "memory", title: qsTr("Memory"), glyph: "note" },
-                { page: "chats", title: qsTr("Chats"), glyph: "chat" },
+                { page: "privacy", title: qsTr("Privacy"), glyph: "privacy" },
                 { page: "voice", title: qsTr("Voice"), glyph: "speaker" },
                 { page: "appearance", title: qsTr("Appearance"), glyph: "appearance" },
                 { page: "proof", title: qsTr("Proof"), glyph: "sealed" },

@@ -10,6 +10,13 @@ Flickable {
     property string title
     default property alias cards: column.data
 
+    property bool followsEnd: false // while what has come into view there finds its place
+
+    function showEnd() {
+        root.contentY = Math.max(0, root.contentHeight - root.height);
+    }
+
+    onContentHeightChanged: if (followsEnd) showEnd()
     contentHeight: column.implicitHeight + 2 * Theme.gap24
     boundsBehavior: Flickable.StopAtBounds
     clip: true

@@ -19,11 +19,12 @@ T.ApplicationWindow {
     required property NetworkLedgerViewModel networkLedger
     required property ProofLedgerViewModel proofLedger
     required property PrivateCloudViewModel privateCloud
+    required property PrivacyViewModel privacy
     required property SpeakingViewModel speaking
     required property MicrophoneViewModel microphone
     required property ShellViewModel shell
     // In the order of the menu and of the pages below.
-    readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "chats", "voice", "appearance", "proof", "network"]
+    readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "privacy", "voice", "appearance", "proof", "network"]
     property string page: pages[0]
 
     signal left()
@@ -100,9 +101,10 @@ T.ApplicationWindow {
                 memory: root.memory
                 settings: root.settings
             }
-            ChatsPage {
+            PrivacyPage {
+                privacy: root.privacy
                 settings: root.settings
-                productName: root.shell.productName
+                shell: root.shell
             }
             VoicePage {
                 speaking: root.speaking

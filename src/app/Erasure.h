@@ -1,0 +1,40 @@
+#pragma once
+
+#include "persistence/LocalDataEraser.h"
+
+#include <QLatin1StringView>
+
+namespace morvane {
+
+class KeychainServicing;
+class SettingsRepository;
+
+// Deletes all that is kept on this machine, once nothing of it is open any more: first files, then the key
+// and the other secrets, then the settings. That it was begun stands in the settings, whose emptying is its
+// last step, so that a start after a killed one ends it. No failure stops it: without the key what stays
+// can't be read.
+namespace Erasure {
+
+inline constexpr QLatin1StringView underwayKey{"eraseAllUnderway.v1"};
+
+struct Result {
+    LocalDataEraser::Removed files;
+    int secrets = 0;
+};
+
+[[nodiscard]] bool isUnderway(const SupportFolders &folders);
+// Reaches the disk before it returns, where the disk takes it.
+void begin(SettingsRepository &defaults);
+
+// For a thread of Work: both may wait for other processes.
+[[nodiscard]] LocalDataEraser::Removed removeFiles(const SupportFolders &folders);
+[[nodiscard]] int removeSecrets(KeychainServicing &keychain);
+// The end of it, on the main thread.
+void emptySettings(const SupportFolders &folders);
+
+// What the person reads afterwards: what was removed, what could not be, and what stays and why.
+[[nodiscard]] QStringList report(const Result &result);
+
+} // namespace Erasure
+
+} // namespace morvane

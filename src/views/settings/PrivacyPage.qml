@@ -1,0 +1,59 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtQuick.Layouts
+import Morvane
+import Morvane.ViewModels
+
+// How long chats stay, where everything is kept, and how to be rid of it.
+SettingsPage {
+    id: root
+
+    required property PrivacyViewModel privacy
+    required property SettingsStore settings
+    required property ShellViewModel shell
+
+    title: qsTr("Privacy")
+
+    RetentionCard {
+        settings: root.settings
+        productName: root.shell.productName
+    }
+    SettingsCard {
+        heading: qsTr("What is kept where")
+
+        Repeater {
+            model: root.privacy.places.length / 2
+
+            SettingsRow {
+                required property int index
+
+                title: root.privacy.places[2 * index]
+                explanation: root.privacy.places[2 * index + 1]
+            }
+        }
+        SettingsRow {
+            title: qsTr("The key that opens them")
+            explanation: root.shell.keychainNotice.length > 0 ? root.shell.keychainNotice : root.privacy.keyPlace
+        }
+    }
+    SettingsCard {
+        heading: qsTr("What services know")
+
+        SettingsRow {
+            title: qsTr("Identifiers of this install")
+            explanation: root.privacy.identifiersNote.length > 0 ? root.privacy.identifiersNote
+                : qsTr("Each online service of %1 knows this install by a random number of its own, and by nothing else.").arg(root.shell.productName)
+
+            PushButton {
+                objectName: "replaceIdentifiers"
+                text: qsTr("Replace Identifiers")
+                onClicked: root.privacy.replaceIdentifiers()
+            }
+        }
+    }
+    EraseCard {
+        privacy: root.privacy
+        onAskingChanged: root.followsEnd = asking
+    }
+}
