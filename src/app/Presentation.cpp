@@ -7,6 +7,7 @@
 #include "app/PrivateCloudParts.h"
 #include "app/Storage.h"
 #include "app/Voice.h"
+#include "audio/SpeechRecognitionService.h"
 #include "audio/TextToSpeechService.h"
 #include "deployment/DeploymentValues.h"
 #include "documents/DocumentImportService.h"
@@ -72,6 +73,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
           .notifications = notifications,
           .localModel = assistant.localModel.get(),
           .documents = assistant.documents.get(),
+          .capture = voice.speech.get(),
           .clipboard = [] { return QGuiApplication::clipboard()->mimeData(); },
           .searchesWithOwnKey = [&web = *assistant.web] { return web.usesOwnKey(); },
           .notesMatching =
@@ -113,7 +115,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
           work))
     , speaking(std::make_unique<SpeakingViewModel>(settings, *voice.tts))
     , microphone(std::make_unique<MicrophoneViewModel>(settings, clock, voice.ports.microphones,
-                                                       voice.ports.makeEngine))
+                                                       voice.ports.makeEngine, voice.ports.output))
     , shell(std::make_unique<ShellViewModel>(
           settings, storage.startupError ? storage.startupError->userMessage() : QString(),
           storage.startupAdvice()))

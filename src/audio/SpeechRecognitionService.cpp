@@ -21,6 +21,7 @@ struct SpeechRecognitionService::Session {
     bool isReused = false;
     bool isBound = false;
     bool isDeaf = false; // its microphone went away
+    bool isCancelled = false;
     std::chrono::milliseconds engineAsked{0};
     std::shared_ptr<SpeechRecognitionRequest> request;
     std::unique_ptr<SpeechRecognizing::Task> task;
@@ -60,7 +61,7 @@ QString nameOf(const std::exception_ptr &error)
 } // namespace
 
 SpeechRecognitionService::SpeechRecognitionService(Services services, QObject *parent)
-    : QObject(parent)
+    : SpeechCapturing(parent)
     , m_services(std::move(services))
 {}
 
@@ -312,7 +313,7 @@ QCoro::Task<QString> SpeechRecognitionService::stop(QPointer<SpeechRecognitionSe
     const SharedResult<bool> final = session->finalContinuation;
     co_await final.wait(self->m_services.clock, finalWait, std::stop_token());
     const QString words = session->latestTranscript;
-    if (!self)
+    if (!self || session->isCancelled)
         co_return words;
     const QString count = QString::number(Text::characterCount(words));
     if (session->id != self->m_sessionID) {
@@ -321,6 +322,7 @@ QCoro::Task<QString> SpeechRecognitionService::stop(QPointer<SpeechRecognitionSe
         co_return words;
     }
     self->tearDown(*session);
+    self->forgetWords(*session);
     if (words.isEmpty()) {
         self->m_reusableEngine = nullptr;
         self->m_reusableEngineDeviceUID.reset();
@@ -334,14 +336,23 @@ QCoro::Task<QString> SpeechRecognitionService::stop(QPointer<SpeechRecognitionSe
 void SpeechRecognitionService::cancelRecording()
 {
     ++m_startGeneration;
-    if (!m_isRecording)
-        return;
-    Log::info(Log::Category::Audio, "Push-to-talk recording cancelled"_L1);
+    if (!m_session || !m_session->request || !m_session->task)
+        return; // what still warms up sees that it is no longer wanted
+    if (m_isRecording)
+        Log::info(Log::Category::Audio, "Push-to-talk recording cancelled"_L1);
     setRecording(false);
-    setPartialTranscript({});
-    m_session->latestTranscript.clear();
+    forgetWords(*m_session);
+    m_session->isCancelled = true;
     m_session->request->audio.finish();
+    m_session->finalContinuation.resolve(true); // of the wait for the last words
     tearDown(*m_session);
+}
+
+// They have been handed over or are not wanted, and of a Ghost chat none stay behind.
+void SpeechRecognitionService::forgetWords(Session &session)
+{
+    session.latestTranscript.clear();
+    setPartialTranscript({});
 }
 
 // Once for a session; a microphone that was lost is not kept.

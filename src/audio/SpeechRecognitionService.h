@@ -3,9 +3,9 @@
 #include "async/SharedResult.h"
 #include "audio/AudioCapturing.h"
 #include "audio/AudioError.h"
+#include "audio/SpeechCapturing.h"
 #include "audio/SpeechRecognizing.h"
 
-#include <QObject>
 #include <QPointer>
 
 #include <atomic>
@@ -22,7 +22,7 @@ class VoiceDebugLog;
 // Push to talk: from the press of a key to the words. What is said is recognised on this machine or not at
 // all. The engine of the last session stays at hand, closed, since a new one takes long enough to swallow the
 // first word; one that heard nothing may have gone deaf, and is thrown away. GUI thread.
-class SpeechRecognitionService : public QObject {
+class SpeechRecognitionService : public morvane::SpeechCapturing {
     Q_OBJECT
     Q_PROPERTY(bool isRecording READ isRecording NOTIFY isRecordingChanged)
     Q_PROPERTY(bool isEngineLive READ isEngineLive NOTIFY isRecordingChanged)
@@ -48,27 +48,20 @@ public:
     explicit SpeechRecognitionService(Services services, QObject *parent = nullptr);
     ~SpeechRecognitionService() override;
 
-    [[nodiscard]] bool isRecording() const { return m_isRecording; }
+    [[nodiscard]] bool isRecording() const override { return m_isRecording; }
     [[nodiscard]] bool isEngineLive() const { return m_isEngineLive; }
-    [[nodiscard]] const QString &partialTranscript() const { return m_partialTranscript; }
+    [[nodiscard]] const QString &partialTranscript() const override { return m_partialTranscript; }
     [[nodiscard]] const QString &lastFailureMessage() const { return m_lastFailureMessage; } // empty for none
-    // How loud the last moment was, 0 to 1.
-    [[nodiscard]] double level() const;
+    [[nodiscard]] double level() const override;
 
-    // Ends when the person may speak, or nothing more comes of it since they let go. Throws AudioError, whose
-    // message is lastFailureMessage() as well.
-    [[nodiscard]] QCoro::Task<> startRecording();
-    // What was said, once the last words are there.
-    [[nodiscard]] QCoro::Task<QString> stopRecording();
-    // At once, and what was said is dropped.
-    void cancelRecording();
+    // Throws AudioError, whose message is lastFailureMessage() as well.
+    [[nodiscard]] QCoro::Task<> startRecording() override;
+    [[nodiscard]] QCoro::Task<QString> stopRecording() override;
+    void cancelRecording() override;
+    void note(const QString &line) override;
 
 Q_SIGNALS:
-    void isRecordingChanged();
-    void partialTranscriptChanged();
     void lastFailureMessageChanged();
-    // The microphone or the recogniser is gone while the person speaks: what was heard is theirs.
-    void interrupted();
 
 private:
     struct Session;
@@ -94,10 +87,10 @@ private:
     void takeError(Session &session, const std::exception_ptr &error);
     void takeLoss(Session &session);
     void tearDown(Session &session);
+    void forgetWords(Session &session);
     void setRecording(bool recording);
     void setPartialTranscript(const QString &text);
     void setFailure(const QString &message);
-    void note(const QString &line);
     void note(const Session &session, const QString &line);
 
     Services m_services;

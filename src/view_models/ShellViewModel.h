@@ -90,9 +90,10 @@ Q_SIGNALS:
     void questionChanged();
     void noticeChanged();
     void linkRequested(const QUrl &address);
-    void welcomeRequested();    // the welcome is wanted, also once more
-    void welcomeLeft();         // to its end or not
-    void settingsRequested();   // something outside the window asks for the settings page
+    void welcomeRequested();  // the welcome is wanted, also once more
+    void welcomeLeft();       // to its end or not
+    void settingsRequested(); // something outside the window asks for the settings page
+    void voiceSettingsRequested();
     void replyLimitRequested(); // the settings page is wanted at the longest reply
 
 private:

@@ -139,6 +139,11 @@ T.ApplicationWindow {
     Binding { target: Theme; property: "textScale"; value: window.shell.textScale }
     Binding { target: Theme; property: "rings"; value: keeper.tabbed }
     Binding { target: Theme; property: "reduceAnimation"; value: window.settings.reduceAnimation }
+    Binding {
+        target: Keymap
+        property: "talk"
+        value: window.chat.entries.voice.isOffered ? Keymap.talkKeys[window.settings.pushToTalkShortcut] : ""
+    }
 
     Later {
         anchors.fill: parent
@@ -152,6 +157,7 @@ T.ApplicationWindow {
         rows: page.messageList
         onRowsMoveAsked: distance => page.scrollBy(distance)
     }
+    HoldToTalk { voice: window.chat.entries.voice }
     TextMenus {
         id: menus
 
@@ -308,6 +314,10 @@ T.ApplicationWindow {
         function onWelcomeRequested() { window.openWelcome(); }
 
         function onSettingsRequested() { window.openSettings(); }
+        function onVoiceSettingsRequested() {
+            window.openSettings();
+            (settingsLoader.item as SettingsWindow).page = "voice";
+        }
         function onReplyLimitRequested() {
             window.openSettings();
             (settingsLoader.item as SettingsWindow).focusReplyLimit();

@@ -324,6 +324,22 @@ TEST_F(PushToTalkTest, APressInTheFinalWaitLeavesTheFormerItsWords)
     EXPECT_FALSE(lines.contains(u"the first"_s) || lines.contains(u"the second"_s));
 }
 
+TEST_F(PushToTalkTest, WordsThatWereHandedOverOrCancelledStayNowhere)
+{
+    press();
+    hear(u"not wanted"_s);
+    const auto words = release();
+    service->cancelRecording(); // in the final wait
+    TestWait::settle();
+    EXPECT_EQ(words->value, QString());
+    EXPECT_EQ(script.events.last(), u"stop 1"_s) << "the microphone is closed at once";
+    EXPECT_EQ(service->partialTranscript(), QString());
+    say(u"wanted"_s);
+    EXPECT_EQ(script.events.count(u"start 1"_s), 2) << "it was not deaf";
+    EXPECT_EQ(service->partialTranscript(), QString());
+    EXPECT_EQ(release()->value, QString()) << "they come once";
+}
+
 TEST_F(PushToTalkTest, ADeadRecogniserAndAHangingEngineAreReplaced)
 {
     LogCapture captured;

@@ -1,4 +1,4 @@
-// What is handed to the composer beside typing: files, pictures, the clipboard, the screen and speech.
+// What is handed to the composer beside typing: files, pictures, the clipboard and the screen.
 
 #include "view_models/ChatFixture.h"
 
@@ -96,23 +96,6 @@ public:
     Answers<QString> text;
 };
 
-class Microphone final : public SpeechCapturing {
-public:
-    QCoro::Task<> startRecording(std::stop_token) override
-    {
-        if (startFails)
-            throw ProviderError(ProviderError::Plain::cancelled);
-        co_return;
-    }
-    QCoro::Task<QString> stopRecording(std::stop_token stop) override { return words.ask(stop); }
-    void cancelRecording() override { notes += u"cancelled"_s; }
-    void note(const QString &line) override { notes += line; }
-
-    Answers<QString> words;
-    QStringList notes;
-    bool startFails = false;
-};
-
 class AttachmentTest : public ChatFixture {
 protected:
     void TearDown() override
@@ -143,13 +126,11 @@ protected:
 
     Importer importer;
     Screen screen;
-    Microphone microphone;
     QMimeData clipboard;
     ChatViewModel composer{[this] {
         auto all = services;
         all.documents = &importer;
         all.screen = &screen;
-        all.capture = &microphone;
         all.clipboard = [this] { return &clipboard; };
         return all;
     }()};
@@ -378,51 +359,6 @@ TEST_F(AttachmentTest, TheScreenIsLookedAtOnceAndOnlyWhileNothingIsAnswered)
     screen.text.give(u"of another chat"_s);
     EXPECT_EQ(desk->state(), Empty);
     EXPECT_EQ(takeSent(), QString());
-}
-
-TEST_F(AttachmentTest, WhatIsSaidJoinsTheDraftAndSilenceIsCounted)
-{
-    composer.openAtStart();
-    ComposerEntries &entries = *composer.entries();
-    const auto say = [&](const QString &words) {
-        companion.clearBubble();
-        composer.dismissBanner();
-        entries.beginVoice();
-        EXPECT_EQ(companion.state(), CompanionState::listening);
-        entries.endVoice();
-        EXPECT_FALSE(entries.isRecordingVoice());
-        microphone.words.give(words);
-    };
-    const QString unheard = u"I didn't hear anything. Start talking after the pop sound."_s;
-    composer.setDraft(u"So:"_s);
-    say(u" one two\n"_s);
-    EXPECT_EQ(composer.draft(), u"So: one two"_s);
-    EXPECT_EQ(microphone.notes, (QStringList{u"UI: begin (already=false)"_s, u"UI: end (recording=true)"_s,
-                                             u"UI: transcript 7 chars"_s}));
-    for (const bool isCounted : {false, true}) {
-        say(u" "_s);
-        EXPECT_EQ(companion.bubbleText(), isCounted ? QString() : unheard);
-        EXPECT_EQ(banner(), isCounted ? u"The microphone is sending no audio."_s : QString());
-    }
-    say(u"three"_s);
-    say({});
-    EXPECT_EQ(companion.bubbleText(), unheard) << "counted anew";
-
-    entries.beginVoice();
-    entries.endVoice();
-    microphone.words.fail(std::make_exception_ptr(ProviderError(ProviderError::ServerError{500})));
-    EXPECT_TRUE(banner().startsWith(u"Speech recognition failed: "_s)) << banner().toStdString();
-    microphone.startFails = true;
-    entries.beginVoice();
-    EXPECT_FALSE(entries.isRecordingVoice());
-    microphone.startFails = false;
-
-    settings.setAutoSendTranscription(true);
-    say(u"four"_s);
-    EXPECT_EQ(takeSent(), u"So: one two three four"_s);
-    entries.beginVoice();
-    composer.endTurns();
-    EXPECT_EQ(microphone.notes.back(), u"cancelled"_s);
 }
 
 } // namespace

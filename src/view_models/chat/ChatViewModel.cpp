@@ -28,6 +28,7 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
                  .router = m_services.router,
                  .banner = m_banner,
                  .companion = m_services.companion,
+                 .clock = m_services.clock,
                  .documents = m_services.documents,
                  .screen = m_services.screen,
                  .capture = m_services.capture,
@@ -43,7 +44,8 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
                 .isLocked = m_services.isLocked})
     , m_drafts(m_stores, m_services.clock)
     , m_desk(m_stores, m_banner)
-    , m_reader({m_services.settings, m_services.companion, m_banner, m_messages, m_services.speech})
+    , m_reader({m_services.settings, m_services.companion, m_banner, m_messages, m_services.speech,
+                [this] { return m_entries.voice()->isRecording(); }})
     , m_delivery({m_services.companion, m_reader, m_services.notifications})
     , m_planner(std::make_unique<TurnPlanner>(
           TurnPlanner::Services{m_stores, m_messages, m_banner, m_services.clock}))
@@ -67,6 +69,10 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
         if (m_services.settings.autoSendTranscription())
             send();
     });
+    connect(m_entries.voice(), &VoiceEntry::recordingChanged, this, [this] {
+        if (m_entries.voice()->isRecording())
+            m_reader.stop(); // or the microphone would hear it
+    });
     connect(&m_banner, &BannerDesk::changed, this, &ChatViewModel::bannerChanged);
     connect(&m_desk, &MessageDesk::transcriptChanged, this, &ChatViewModel::refreshMessages);
     connect(&m_desk, &MessageDesk::deletedChanged, this, &ChatViewModel::deletedChanged);
@@ -81,7 +87,7 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
         if (!wasDropped)
             return;
         m_planner->forgetAttachment();
-        m_reader.stop();
+        stopVoice();
     });
     connect(&m_services.router, &AIRequestRouter::sourceChanged, this, &ChatViewModel::sourceChanged);
     if (m_services.localModel)
@@ -112,6 +118,12 @@ void ChatViewModel::showDraft(const QString &draft)
     m_draft = draft;
     Q_EMIT draftChanged();
     Q_EMIT canSendChanged();
+}
+
+void ChatViewModel::stopVoice()
+{
+    m_entries.voice()->cancel();
+    m_reader.stop();
 }
 
 void ChatViewModel::restartLocalModel()

@@ -160,6 +160,8 @@ public:
     Q_INVOKABLE void restartLocalModel();
     Q_INVOKABLE void continueReply(const QString &messageId);
     Q_INVOKABLE void stopResponding();
+    // Nothing is heard or read aloud any more, at once; what is being said is dropped.
+    void stopVoice();
 
     // What can be done to messages. Nothing of it while a turn runs, nor to a message that it doesn't fit.
     Q_INVOKABLE void regenerate();

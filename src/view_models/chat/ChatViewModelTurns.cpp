@@ -185,7 +185,7 @@ bool ChatViewModel::isAtWork(const Conversation &conversation) const
 
 void ChatViewModel::endTurns()
 {
-    m_entries.end();
+    m_entries.leaveChat();
     m_drafts.write();
     stopResponding();
     while (!m_turns.empty())

@@ -16,7 +16,7 @@ ComposerEntries::ComposerEntries(Services services, QObject *parent)
     , m_attachments({m_services.settings, m_services.banner, m_services.documents, m_services.clipboard})
     , m_imageWarning(m_services.router, m_services.banner)
     , m_screen({m_services.settings, m_services.banner, m_services.companion, m_services.screen})
-    , m_voice({m_services.banner, m_services.companion, m_services.capture})
+    , m_voice({m_services.banner, m_services.companion, m_services.clock, m_services.capture})
 {
     connect(&m_attachments, &AttachmentDesk::attached, this, &ComposerEntries::judgePicture);
     connect(&m_attachments, &AttachmentDesk::changed, this, [this] {
@@ -24,7 +24,6 @@ ComposerEntries::ComposerEntries(Services services, QObject *parent)
             m_imageWarning.withdraw();
     });
     connect(&m_screen, &ScreenGlance::found, this, &ComposerEntries::takeScreen);
-    connect(&m_voice, &VoiceEntry::recordingChanged, this, &ComposerEntries::recordingChanged);
     connect(&m_voice, &VoiceEntry::heard, this, &ComposerEntries::said);
     connect(&m_services.router, &AIRequestRouter::sourceChanged, this, &ComposerEntries::modelNoticeChanged);
 }
@@ -53,11 +52,6 @@ void ComposerEntries::leaveChat()
 {
     m_attachments.clear();
     m_screen.cancel();
-}
-
-void ComposerEntries::end()
-{
-    leaveChat();
     m_voice.cancel();
 }
 

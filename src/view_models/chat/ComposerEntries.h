@@ -14,6 +14,7 @@ namespace morvane {
 
 class AIRequestRouter;
 class BannerDesk;
+class Clock;
 class CompanionViewModel;
 class SettingsStore;
 
@@ -27,7 +28,7 @@ class ComposerEntries : public QObject {
     Q_PROPERTY(
         QStringList quickActions READ quickActions CONSTANT) // their labels, in the order of QuickAction
     Q_PROPERTY(bool offersScreen READ offersScreen CONSTANT)
-    Q_PROPERTY(bool isRecordingVoice READ isRecordingVoice NOTIFY recordingChanged)
+    Q_PROPERTY(morvane::VoiceEntry *voice READ voice CONSTANT)
     // That a small model answers here; empty where it isn't known.
     Q_PROPERTY(QString modelNotice READ modelNotice NOTIFY modelNoticeChanged)
 
@@ -38,6 +39,7 @@ public:
         AIRequestRouter &router;
         BannerDesk &banner;
         CompanionViewModel &companion;
+        Clock &clock;
         DocumentImporting *documents = nullptr;
         ScreenGlancing *screen = nullptr;
         SpeechCapturing *capture = nullptr;
@@ -51,23 +53,18 @@ public:
     [[nodiscard]] const AttachmentDesk *attachments() const { return &m_attachments; }
     [[nodiscard]] static QStringList quickActions();
     [[nodiscard]] bool offersScreen() const { return m_screen.isOffered(); }
-    [[nodiscard]] bool isRecordingVoice() const { return m_voice.isRecording(); }
+    [[nodiscard]] VoiceEntry *voice() { return &m_voice; }
     [[nodiscard]] QString modelNotice() const;
 
     // Nothing while a turn runs.
     Q_INVOKABLE void glanceAtScreen(bool autoSummarize);
-    Q_INVOKABLE void beginVoice() { m_voice.begin(); }
-    Q_INVOKABLE void endVoice() { m_voice.end(); }
 
-    // The chat is left: what was meant for it goes.
+    // The chat is left: what was meant for it goes, what is being said included.
     void leaveChat();
-    // The same where nothing follows.
-    void end();
 
 Q_SIGNALS:
     void asked(const QString &words, const morvane::ImportedAttachment &attachment); // is to be sent now
     void said(const QString &words);
-    void recordingChanged();
     void modelNoticeChanged();
 
 private:

@@ -20,6 +20,7 @@ struct ErrorBanner {
     Q_PROPERTY(bool isNotice MEMBER isNotice)
     Q_PROPERTY(bool mayRaiseReplyLimit READ mayRaiseReplyLimit)
     Q_PROPERTY(bool mayRestartLocalModel READ mayRestartLocalModel)
+    Q_PROPERTY(bool mayOpenVoiceSettings READ mayOpenVoiceSettings)
 
 public:
     // What the Retry button runs again.
@@ -30,7 +31,8 @@ public:
         openScreenRecordingSettings,
         relaunchForScreenRecording,
         restartLocalModel,
-        raiseReplyLimit
+        raiseReplyLimit,
+        openVoiceSettings
     };
 
     QString message;
@@ -45,6 +47,7 @@ public:
 
     [[nodiscard]] bool mayRaiseReplyLimit() const { return recovery == Recovery::raiseReplyLimit; }
     [[nodiscard]] bool mayRestartLocalModel() const { return recovery == Recovery::restartLocalModel; }
+    [[nodiscard]] bool mayOpenVoiceSettings() const { return recovery == Recovery::openVoiceSettings; }
 
     [[nodiscard]] static ErrorBanner of(const ErrorPresentation &presentation, Retry retry)
     {

@@ -1,28 +1,11 @@
 #pragma once
 
-#include <QCoroTask>
 #include <QString>
 #include <QUuid>
-
-#include <stop_token>
 
 namespace morvane {
 
 // What the chat asks of the desktop around it. Adapters live with the platform; without one nothing happens.
-
-// Takes down what the person says, from the press of a key to its release.
-class SpeechCapturing {
-public:
-    virtual ~SpeechCapturing() = default;
-
-    // Both throw UserPresentableError.
-    [[nodiscard]] virtual QCoro::Task<> startRecording(std::stop_token stop) = 0;
-    // What was said; it may be nothing.
-    [[nodiscard]] virtual QCoro::Task<QString> stopRecording(std::stop_token stop) = 0;
-    virtual void cancelRecording() = 0;
-    // A line of the log of states and counts, which holds no words of the person's.
-    virtual void note(const QString &line) = 0;
-};
 
 // Tells the person about a turn that ended, or waits for their yes, while the window is not in front. Never
 // shows reply text, nor what a call would send.

@@ -31,7 +31,7 @@ void ReplyReader::toggle(const QString &messageId)
 bool ReplyReader::readFinished(const ChatMessage &reply)
 {
     if (!isAvailable() || !m_services.settings.voiceOutputEnabled() ||
-        m_services.messages.textOf(reply).isEmpty())
+        m_services.messages.textOf(reply).isEmpty() || (m_services.isListening && m_services.isListening()))
         return false;
     read(reply, Asked::byTheSettings);
     return true;

@@ -7,6 +7,8 @@
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
+#include <functional>
+
 namespace morvane {
 
 class BannerDesk;
@@ -33,6 +35,7 @@ public:
         BannerDesk &banner;
         const MessageListModel &messages;
         SpeechOutputting *speech = nullptr;
+        std::function<bool()> isListening = {}; // to the person, who isn't interrupted; absent: never
     };
 
     explicit ReplyReader(Services services, QObject *parent = nullptr);
@@ -43,7 +46,8 @@ public:
     // Reads the reply, or stops when that is the one being read.
     Q_INVOKABLE void toggle(const QString &messageId);
 
-    // At the end of a turn. False when replies aren't read aloud, or this one has no words.
+    // At the end of a turn. False when replies aren't read aloud, this one has no words, or the person is
+    // speaking.
     bool readFinished(const ChatMessage &reply);
 
     // At once. The ghost falls silent with it.

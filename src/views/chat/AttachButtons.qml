@@ -2,12 +2,12 @@ import QtQuick
 import Morvane
 import Morvane.ViewModels
 
-// What to attach files by, and the menu of all other ways into the composer.
+// What to attach files by and to talk by, and the menu of all other ways into the composer.
 Row {
     id: root
 
     required property ChatViewModel chat
-    readonly property bool focused: clip.activeFocus || more.activeFocus
+    readonly property bool focused: clip.activeFocus || talk.activeFocus || more.activeFocus
 
     function askForFiles() {
         dialog.setSource("AttachDialog.qml");
@@ -25,6 +25,11 @@ Row {
         text: qsTr("Attach files")
         glyph: "paperclip"
         onClicked: root.askForFiles()
+    }
+    VoiceButton {
+        id: talk
+
+        voice: root.chat.entries.voice
     }
     IconButton {
         id: more

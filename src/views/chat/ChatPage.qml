@@ -236,6 +236,24 @@ FocusScope {
         }
     }
     Connections {
+        target: root.chat.entries
+
+        function onSaid(words: string) {
+            announcement.say(words);
+            if (composer.focused)
+                composer.takeFocusAtEnd();
+        }
+    }
+    Connections {
+        target: root.chat.entries.voice
+
+        function onSecondsLeftChanged() {
+            const left = root.chat.entries.voice.secondsLeft;
+            if (left === 30)
+                announcement.say(qsTr("Listening ends in %1 seconds").arg(left));
+        }
+    }
+    Connections {
         target: root.find
 
         function onIsOpenChanged() { if (!root.find.isOpen) root.focusComposer(); }

@@ -45,7 +45,7 @@ Rectangle {
         ways.askForFiles();
     }
 
-    implicitHeight: line.height + (tray.visible ? tray.height + Theme.gap12 : 0)
+    implicitHeight: line.height + (above.height > 0 ? above.height + Theme.gap12 : 0)
     radius: Theme.composerRadius
     color: Theme.card
     border.width: ghost ? 0 : field.activeFocus ? Theme.focusWidth : 1
@@ -59,17 +59,29 @@ Rectangle {
         color: Theme.ghost
         lineWidth: field.activeFocus ? Theme.focusWidth : 1.5
     }
-    Later {
-        id: tray
+    Column {
+        id: above
 
         anchors.top: parent.top
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.margins: Theme.gap12
-        visible: wanted
-        part: "chat/AttachmentTray.qml"
-        given: ({ chat: root.chat })
-        wanted: root.chat.entries.attachments.state !== AttachmentDesk.Empty
+        spacing: Theme.gap8
+
+        Later {
+            width: parent.width
+            visible: wanted
+            part: "chat/VoiceStrip.qml"
+            given: ({ voice: root.chat.entries.voice })
+            wanted: root.chat.entries.voice.phase !== VoiceEntry.Idle
+        }
+        Later {
+            width: parent.width
+            visible: wanted
+            part: "chat/AttachmentTray.qml"
+            given: ({ chat: root.chat })
+            wanted: root.chat.entries.attachments.state !== AttachmentDesk.Empty
+        }
     }
     Item {
         id: line

@@ -73,6 +73,13 @@ Rectangle {
             onClicked: root.chat.restartLocalModel()
         }
         PushButton {
+            objectName: "openVoiceSettings"
+            Layout.alignment: Qt.AlignTop
+            visible: root.chat.banner.mayOpenVoiceSettings
+            text: qsTr("Voice Settings…")
+            onClicked: root.shell.voiceSettingsRequested()
+        }
+        PushButton {
             objectName: "retry"
             Layout.alignment: Qt.AlignTop
             visible: root.chat.banner.retryable

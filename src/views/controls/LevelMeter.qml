@@ -1,11 +1,12 @@
 import QtQuick
 import Morvane
 
-// How loud it is. Asks for it twenty times a second while it is seen.
+// How loud it is. Asks for it twenty times a second while it is seen; less often where less is to move.
 Rectangle {
     id: root
 
     property real level: 0 // 0 to 1
+    property bool asks: true
 
     signal asked()
 
@@ -17,15 +18,15 @@ Rectangle {
     Accessible.name: qsTr("Loudness")
 
     Rectangle {
-        width: Math.max(parent.height, root.level * parent.width)
+        width: Math.max(parent.height, (root.asks ? root.level : 0) * parent.width)
         height: parent.height
         radius: parent.radius
         color: Theme.accent
     }
     Timer {
-        interval: 50
+        interval: Theme.reduceAnimation ? 250 : 50
         repeat: true
-        running: root.visible
+        running: root.visible && root.asks
         onTriggered: root.asked()
     }
 }

@@ -4,7 +4,7 @@ import QtQuick
 import Morvane
 import Morvane.ViewModels
 
-// Which microphone is used, with a meter to try it by.
+// Which microphone is used, with a meter and a playback to try it by.
 SettingsCard {
     id: root
 
@@ -28,7 +28,7 @@ SettingsCard {
     SettingsRow {
         title: qsTr("Try it")
         explanation: root.microphone.message.length > 0 ? root.microphone.message
-            : qsTr("Speak, and the meter moves. Nothing of it is kept, and nothing leaves this computer.")
+            : qsTr("Speak for a few seconds, and the meter moves. Nothing of it is kept, and nothing leaves this computer.")
         explanationInk: root.microphone.message.length > 0 ? Theme.danger : Theme.secondary
 
         LevelMeter {
@@ -36,6 +36,12 @@ SettingsCard {
 
             visible: root.microphone.isTrying
             onAsked: meter.level = root.microphone.level()
+        }
+        PushButton {
+            objectName: "microphone.playBack"
+            visible: root.microphone.canPlayBack || root.microphone.isPlayingBack
+            text: root.microphone.isPlayingBack ? qsTr("Stop Playing") : qsTr("Play Back")
+            onClicked: root.microphone.playBack()
         }
         PushButton {
             objectName: "microphone.try"

@@ -4,7 +4,7 @@ import QtQuick
 import Morvane
 import Morvane.ViewModels
 
-// How replies are read aloud, and which microphone listens.
+// How to talk to the composer, how replies are read aloud, and which microphone listens.
 SettingsPage {
     id: root
 
@@ -22,6 +22,8 @@ SettingsPage {
             root.speaking.stop();
     }
 
+    TalkingCard { settings: root.settings }
+    MicrophoneCard { microphone: root.microphone }
     SettingsCard {
         heading: qsTr("Reading aloud")
 
@@ -65,7 +67,6 @@ SettingsPage {
             }
         }
     }
-    MicrophoneCard { microphone: root.microphone }
     SettingsCard {
         heading: qsTr("Voices")
         visible: root.speaking.voices.length > 1

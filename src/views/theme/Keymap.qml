@@ -2,8 +2,18 @@ pragma Singleton
 
 import QtQuick
 
-// The window's keys, for the shortcuts themselves and for the sheet that lists them.
+// The window's keys, for the shortcuts themselves and for the sheet that lists them. The window sets the first.
 QtObject {
+    property string talk // empty for none
+    readonly property var talkKeys: ({ // by the name of their preset
+        optionV: "Alt+V",
+        optionC: "Alt+C",
+        optionSpace: "Alt+Space",
+        controlSpace: "Ctrl+Space",
+        commandShiftSpace: "Ctrl+Shift+Space",
+        functionF13: "F13",
+        disabled: ""
+    })
     readonly property string newChat: "Ctrl+N"
     readonly property string newGhostChat: "Ctrl+Shift+N"
     readonly property string settings: "Ctrl+,"
@@ -21,7 +31,7 @@ QtObject {
     readonly property string sheet: "Ctrl+?"
     readonly property string quit: "Ctrl+Q"
 
-    readonly property var sheetRows: [
+    readonly property var sheetRows: (talk.length > 0 ? [{ keys: talk, action: "Hold to talk, Esc drops it" }] : []).concat([
         { keys: "Return", action: "Send the message" },
         { keys: "Shift+Return", action: "Start a new line" },
         { keys: "Esc", action: "Stop the reply, or decline what it asks for" },
@@ -43,5 +53,5 @@ QtObject {
         { keys: settings, action: "Settings" },
         { keys: sheet, action: "This list" },
         { keys: quit, action: "Quit" }
-    ]
+    ])
 }
