@@ -50,21 +50,24 @@ public:
     {
         auto ends = AsyncStream<bool>::make();
         sounds.push_back(std::move(sound));
-        m_end.emplace(ends.second);
-        const std::optional<bool> works = co_await ends.first.next(stop);
+        m_ends.push_back(ends.second);
+        const std::stop_token heeded = isSlow ? std::stop_token() : stop;
+        const std::optional<bool> works = co_await ends.first.next(heeded);
         if (!*works)
             throw AudioError(AudioError::Case::playbackFailed);
     }
-    void end(bool works)
+    void end(bool works) { end(m_ends.size() - 1, works); }
+    void end(std::size_t sound, bool works)
     {
-        m_end->yield(works);
+        m_ends[sound].yield(works);
         TestWait::settle();
     }
 
     std::vector<std::shared_ptr<AudioQueue>> sounds;
+    bool isSlow = false; // to fall silent
 
 private:
-    std::optional<AsyncStream<bool>::Producer> m_end;
+    std::vector<AsyncStream<bool>::Producer> m_ends;
 };
 
 class TextToSpeechTest : public testing::Test {
@@ -170,6 +173,15 @@ TEST_F(TextToSpeechTest, ALongReplyIsHeldOnlyAFewSecondsAheadAndStopsAtOnce)
     EXPECT_FALSE(service.isSpeaking());
     TestWait::settle();
     EXPECT_TRUE(hasEnded());
+
+    output.isSlow = true;
+    speak(u"It takes long to fall silent."_s);
+    speak(u"And one that speaks by then."_s);
+    output.end(output.sounds.size() - 2, true);
+    EXPECT_TRUE(service.isSpeaking()) << "the end of the former is none of this one";
+    output.end(true);
+    EXPECT_TRUE(hasEnded() && !service.isSpeaking());
+    output.isSlow = false;
 
     speak(u"Nobody hears it."_s);
     output.end(false);
