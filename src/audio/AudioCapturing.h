@@ -12,7 +12,8 @@
 namespace morvane {
 
 // An audio engine: one microphone, which it is bound to once and which is open between start() and stop(). A
-// stopped engine starts again sooner than a new one. Dropping it closes the microphone. GUI thread.
+// stopped engine starts again sooner than a new one. Dropping it closes the microphone. Each wait throws
+// CancelledError once its `stop` is triggered, also where the device hangs. GUI thread.
 class AudioCapturing {
 public:
     struct Binding {
@@ -29,11 +30,12 @@ public:
     virtual ~AudioCapturing() = default;
 
     // To the device of that uid, or to the system's default. Throws AudioError where there is no microphone.
-    [[nodiscard]] virtual QCoro::Task<Binding> bind(std::optional<QString> deviceUID) = 0;
+    [[nodiscard]] virtual QCoro::Task<Binding> bind(std::optional<QString> deviceUID,
+                                                    std::stop_token stop = {}) = 0;
     // Ends when the microphone is open. Throws AudioError; nothing is open then.
-    [[nodiscard]] virtual QCoro::Task<> start(Tap tap) = 0;
+    [[nodiscard]] virtual QCoro::Task<> start(Tap tap, std::stop_token stop = {}) = 0;
     // Ends when the microphone is closed; the tap is not called any more.
-    [[nodiscard]] virtual QCoro::Task<> stop() = 0;
+    [[nodiscard]] virtual QCoro::Task<> stop(std::stop_token stop = {}) = 0;
 };
 
 } // namespace morvane

@@ -68,8 +68,11 @@ SpeechRecognitionService::SpeechRecognitionService(Services services, QObject *p
 SpeechRecognitionService::~SpeechRecognitionService()
 {
     cancelRecording();
-    if (m_session)
+    if (m_session) {
+        m_session->finalContinuation.resolve(true);
         tearDown(*m_session);
+    }
+    m_ending.request_stop();
 }
 
 double SpeechRecognitionService::level() const
@@ -105,6 +108,8 @@ QCoro::Task<> SpeechRecognitionService::start(QPointer<SpeechRecognitionService>
             co_return; // whoever let go wants to hear nothing of it
         self->setFailure(error.userMessage());
         throw;
+    } catch (const CancelledError &) {
+        co_return; // the program ends
     }
     if (!self)
         co_return;
@@ -135,7 +140,8 @@ QCoro::Task<> SpeechRecognitionService::prepare(QPointer<SpeechRecognitionServic
     if (self->m_pendingTeardown) {
         const auto asked = self->m_services.clock.elapsed();
         const SharedResult<bool> closed = *self->m_pendingTeardown;
-        const auto isClosed = co_await closed.wait(self->m_services.clock, teardownLimit, std::stop_token());
+        const auto isClosed =
+            co_await closed.wait(self->m_services.clock, teardownLimit, self->m_ending.get_token());
         if (!self)
             co_return;
         if (!isClosed)
@@ -145,7 +151,7 @@ QCoro::Task<> SpeechRecognitionService::prepare(QPointer<SpeechRecognitionServic
     }
     self->note(*session, u": checking permissions"_s);
     AudioPermissionService &permissions = self->m_services.permissions;
-    co_await permissions.settle(std::stop_token());
+    co_await permissions.settle(self->m_ending.get_token());
     if (!self)
         co_return;
     if (const auto refusal = permissions.refusal()) {
@@ -156,6 +162,7 @@ QCoro::Task<> SpeechRecognitionService::prepare(QPointer<SpeechRecognitionServic
     }
     self->checkRecognizer(*session);
     session->request = std::make_shared<SpeechRecognitionRequest>();
+    session->request->locale = self->m_services.locale();
 }
 
 // What would have to leave this machine is refused, whatever the settings say.
@@ -191,15 +198,15 @@ QCoro::Task<> SpeechRecognitionService::takeEngine(QPointer<SpeechRecognitionSer
     if (!self || !self->isWanted(*session))
         co_return;
     session->engine = self->m_services.makeEngine();
-    co_await bindEngine(session);
+    co_await bindEngine(session, self->m_ending.get_token());
     if (self && self->isWanted(*session))
         co_await openEngine(self, session);
 }
 
-QCoro::Task<> SpeechRecognitionService::bindEngine(std::shared_ptr<Session> session)
+QCoro::Task<> SpeechRecognitionService::bindEngine(std::shared_ptr<Session> session, std::stop_token ending)
 {
     const Engine engine = session->engine;
-    const AudioCapturing::Binding binding = co_await engine->bind(session->deviceUID);
+    const AudioCapturing::Binding binding = co_await engine->bind(session->deviceUID, std::move(ending));
     if (!binding.isChosenDevice)
         Log::info(Log::Category::Audio, "Morvane: could not select the chosen microphone; using default"_L1);
     if (binding.sampleRate <= 0)
@@ -220,7 +227,7 @@ QCoro::Task<> SpeechRecognitionService::openEngine(QPointer<SpeechRecognitionSer
     };
     session->isBound = true;
     const Engine engine = session->engine;
-    co_await engine->start(std::move(tap));
+    co_await engine->start(std::move(tap), self->m_ending.get_token());
 }
 
 void SpeechRecognitionService::beginRecording(const std::shared_ptr<Session> &session)
@@ -368,13 +375,14 @@ void SpeechRecognitionService::tearDown(Session &session)
         m_reusableEngineDeviceUID = session.deviceUID;
     }
     m_pendingTeardown.emplace();
-    close(engine, *m_pendingTeardown);
+    close(engine, *m_pendingTeardown, m_ending.get_token());
 }
 
-QCoro::Task<> SpeechRecognitionService::close(Engine engine, SharedResult<bool> closed)
+QCoro::Task<> SpeechRecognitionService::close(Engine engine, SharedResult<bool> closed,
+                                              std::stop_token ending)
 {
     try {
-        co_await engine->stop();
+        co_await engine->stop(std::move(ending));
     } catch (const std::exception &) {
         // It is closed all the same when the last holder drops it.
     }

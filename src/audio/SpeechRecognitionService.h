@@ -71,12 +71,12 @@ private:
     static QCoro::Task<> prepare(QPointer<SpeechRecognitionService> self, std::shared_ptr<Session> session);
     static QCoro::Task<> takeEngine(QPointer<SpeechRecognitionService> self,
                                     std::shared_ptr<Session> session);
-    static QCoro::Task<> bindEngine(std::shared_ptr<Session> session);
+    static QCoro::Task<> bindEngine(std::shared_ptr<Session> session, std::stop_token ending);
     static QCoro::Task<> openEngine(QPointer<SpeechRecognitionService> self,
                                     std::shared_ptr<Session> session);
     static QCoro::Task<QString> stop(QPointer<SpeechRecognitionService> self,
                                      std::shared_ptr<Session> session);
-    static QCoro::Task<> close(Engine engine, SharedResult<bool> closed);
+    static QCoro::Task<> close(Engine engine, SharedResult<bool> closed, std::stop_token ending);
 
     [[nodiscard]] std::shared_ptr<Session> beginSession();
     void checkRecognizer(const Session &session);
@@ -94,6 +94,7 @@ private:
     void note(const Session &session, const QString &line);
 
     Services m_services;
+    std::stop_source m_ending; // of this object, and of all that waits for a device then
     bool m_isRecording = false;
     bool m_isEngineLive = false;
     QString m_partialTranscript;

@@ -18,6 +18,7 @@ struct SpeechRecognitionRequest {
     // A recogniser that can't work on this machine alone must refuse.
     bool requiresOnDeviceRecognition = true;
     bool shouldReportPartialResults = true;
+    QLocale locale = QLocale::c();                        // of the person's speech
     AudioQueue audio{AudioQueue::samplesIn(mostSeconds)}; // finished: no more sound comes
 };
 

@@ -36,6 +36,7 @@ struct Script {
     std::shared_ptr<SpeechRecognitionRequest> request;
     SpeechRecognizing::Handler handler;
     int engines = 0;
+    int enginesHeld = 0;
 };
 
 class ScriptedEngine final : public AudioCapturing {
@@ -43,28 +44,31 @@ public:
     explicit ScriptedEngine(Script &script)
         : m_script(script)
         , m_name(QString::number(++script.engines))
-    {}
-    QCoro::Task<Binding> bind(std::optional<QString> uid) override
+    {
+        ++script.enginesHeld;
+    }
+    ~ScriptedEngine() override { --m_script.enginesHeld; }
+    QCoro::Task<Binding> bind(std::optional<QString> uid, std::stop_token) override
     {
         m_script.events += u"bind %1 %2"_s.arg(m_name, uid.value_or(u"default"_s));
         if (m_script.failsToBind)
             throw AudioError(AudioError::Case::noMicrophone);
         co_return Binding{m_script.isChosenDevice, m_script.sampleRate};
     }
-    QCoro::Task<> start(Tap tap) override
+    QCoro::Task<> start(Tap tap, std::stop_token stop) override
     {
         m_script.events += u"start "_s + m_name;
         if (m_script.hangsWhenStarting)
-            co_await m_script.goesOn.wait(std::stop_token());
+            co_await m_script.goesOn.wait(stop);
         if (m_script.failsToStart)
             throw AudioError(AudioError::Case::captureFailed);
         m_script.tap = std::move(tap);
     }
-    QCoro::Task<> stop() override
+    QCoro::Task<> stop(std::stop_token stop) override
     {
         m_script.events += u"stop "_s + m_name;
         if (m_script.hangsWhenStopping)
-            co_await m_script.goesOn.wait(std::stop_token());
+            co_await m_script.goesOn.wait(stop);
     }
 
 private:
@@ -112,6 +116,7 @@ protected:
         TestWait::settle();
         work.end();
         TestWait::settle();
+        EXPECT_EQ(script.enginesHeld, 0) << "something still waits for one that hangs";
     }
     void press()
     {
@@ -369,6 +374,19 @@ TEST_F(PushToTalkTest, ADeadRecogniserAndAHangingEngineAreReplaced)
     tap.lost();
     tap.sound(std::vector<std::int16_t>(100));
     TestWait::settle();
+}
+
+TEST_F(PushToTalkTest, OfAnHourOfSpeechTheRecogniserIsKeptMinutes)
+{
+    press();
+    const std::vector<std::int16_t> second(AudioQueue::sampleRate, 1000);
+    for (int i = 0; i < 3600; ++i)
+        script.tap.sound(second);
+    std::vector<std::int16_t> kept(AudioQueue::samplesIn(3600));
+    EXPECT_EQ(script.request->audio.read(kept), AudioQueue::samplesIn(SpeechRecognitionRequest::mostSeconds));
+    EXPECT_EQ(script.request->locale.language(), QLocale::English);
+    script.tap.sound(second); // and on, once there is room
+    EXPECT_EQ(script.request->audio.read(kept), second.size());
 }
 
 TEST_F(PushToTalkTest, TheLogStartsAnewWhenItIsFull)

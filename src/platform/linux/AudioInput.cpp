@@ -23,33 +23,36 @@ AudioInput::AudioInput(AudioThread &thread)
 
 AudioInput::~AudioInput() = default;
 
-QCoro::Task<AudioCapturing::Binding> AudioInput::bind(std::optional<QString> deviceUID)
+QCoro::Task<AudioCapturing::Binding> AudioInput::bind(std::optional<QString> deviceUID, std::stop_token stop)
 {
     auto binding = m_thread.ask<std::optional<Binding>>(
-        [sound = m_sound.get(), uid = std::move(deviceUID)] { return sound->bind(uid); });
+        [sound = m_sound.get(), uid = std::move(deviceUID)] { return sound->bind(uid); }, std::move(stop));
     const std::optional<Binding> bound = co_await std::move(binding);
     if (!bound)
         throw AudioError(AudioError::Case::noMicrophone);
     co_return *bound;
 }
 
-QCoro::Task<> AudioInput::start(Tap tap)
+QCoro::Task<> AudioInput::start(Tap tap, std::stop_token stop)
 {
     m_lost = std::move(tap.lost);
     auto opening = m_thread.ask<bool>(
-        [sound = m_sound.get(), taken = std::move(tap.sound)] { return sound->start(taken); });
+        [sound = m_sound.get(), taken = std::move(tap.sound)] { return sound->start(taken); },
+        std::move(stop));
     const bool isOpen = co_await std::move(opening);
     if (!isOpen)
         throw AudioError(AudioError::Case::captureFailed);
 }
 
-QCoro::Task<> AudioInput::stop()
+QCoro::Task<> AudioInput::stop(std::stop_token stop)
 {
     m_lost = {};
-    auto closing = m_thread.ask<bool>([sound = m_sound.get()] {
-        sound->stop();
-        return true;
-    });
+    auto closing = m_thread.ask<bool>(
+        [sound = m_sound.get()] {
+            sound->stop();
+            return true;
+        },
+        std::move(stop));
     co_await std::move(closing);
 }
 

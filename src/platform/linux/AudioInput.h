@@ -18,9 +18,9 @@ public:
     explicit AudioInput(AudioThread &thread);
     ~AudioInput() override;
 
-    [[nodiscard]] QCoro::Task<Binding> bind(std::optional<QString> deviceUID) override;
-    [[nodiscard]] QCoro::Task<> start(Tap tap) override;
-    [[nodiscard]] QCoro::Task<> stop() override;
+    [[nodiscard]] QCoro::Task<Binding> bind(std::optional<QString> deviceUID, std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<> start(Tap tap, std::stop_token stop) override;
+    [[nodiscard]] QCoro::Task<> stop(std::stop_token stop) override;
 
 private:
     // Deletes it on its own thread, behind what was asked of it.
