@@ -29,7 +29,7 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
     , m_notifications(notifications)
     , m_storage(commandLine, host, clock, secrets)
     , m_assistant(commandLine, m_storage, secrets, clock, work)
-    , m_voice(voice, m_storage, clock, work)
+    , m_voice(voice, m_storage, m_assistant, clock, work)
     , m_presentation(m_storage, m_assistant, m_voice, secrets, clock, work, notifications)
     , m_sealingWatch(m_storage, *m_presentation.shell, clock, work)
     , m_storeNotices(m_storage, *m_presentation.shell, work)

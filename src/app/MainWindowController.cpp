@@ -18,6 +18,7 @@
 #include "view_models/settings/PrivacyViewModel.h"
 #include "view_models/settings/PrivateCloudViewModel.h"
 #include "view_models/settings/ProofLedgerViewModel.h"
+#include "view_models/settings/RecognitionViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
 #include "view_models/settings/SpeakingViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
@@ -67,6 +68,7 @@ MainWindowController::MainWindowController(Presentation &presentation, std::uniq
                              {u"privacy"_s, QVariant::fromValue(presentation.privacy.get())},
                              {u"speaking"_s, QVariant::fromValue(presentation.speaking.get())},
                              {u"microphone"_s, QVariant::fromValue(presentation.microphone.get())},
+                             {u"recognition"_s, QVariant::fromValue(presentation.recognition.get())},
                              {u"shell"_s, QVariant::fromValue(presentation.shell.get())},
                              {u"companion"_s, QVariant::fromValue(presentation.companion.get())}});
     if (!m_engine->rootObjects().isEmpty())

@@ -2,6 +2,7 @@
 
 #include "ai/agent/ReplyRunner.h"
 #include "ai/local/LocalModelService.h"
+#include "ai/speech/WhisperSetup.h"
 #include "ai/tools/ToolRegistry.h"
 #include "app/Assistant.h"
 #include "app/PrivateCloudParts.h"
@@ -9,6 +10,7 @@
 #include "app/Voice.h"
 #include "audio/SpeechRecognitionService.h"
 #include "audio/TextToSpeechService.h"
+#include "audio/engines/PocketSphinxRecognizer.h"
 #include "deployment/DeploymentValues.h"
 #include "documents/DocumentImportService.h"
 #include "memory/MemoryStore.h"
@@ -34,6 +36,7 @@
 #include "view_models/settings/PrivacyViewModel.h"
 #include "view_models/settings/PrivateCloudViewModel.h"
 #include "view_models/settings/ProofLedgerViewModel.h"
+#include "view_models/settings/RecognitionViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
 #include "view_models/settings/SpeakingViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
@@ -116,6 +119,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
     , speaking(std::make_unique<SpeakingViewModel>(settings, *voice.tts))
     , microphone(std::make_unique<MicrophoneViewModel>(settings, clock, voice.ports.microphones,
                                                        voice.ports.makeEngine, voice.ports.output))
+    , recognition(std::make_unique<RecognitionViewModel>(settings, *voice.speechModel, *voice.packaged))
     , shell(std::make_unique<ShellViewModel>(
           settings, storage.startupError ? storage.startupError->userMessage() : QString(),
           storage.startupAdvice()))

@@ -23,6 +23,7 @@ class NoteReceiptsModel;
 class PrivacyViewModel;
 class PrivateCloudViewModel;
 class ProofLedgerViewModel;
+class RecognitionViewModel;
 class ReplyNotifying;
 class SearchKeyViewModel;
 class SettingsStore;
@@ -64,6 +65,7 @@ struct Presentation {
     const std::unique_ptr<PrivacyViewModel> privacy;
     const std::unique_ptr<SpeakingViewModel> speaking;
     const std::unique_ptr<MicrophoneViewModel> microphone;
+    const std::unique_ptr<RecognitionViewModel> recognition;
     const std::unique_ptr<ShellViewModel> shell;
 };
 

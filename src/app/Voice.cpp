@@ -1,18 +1,26 @@
 #include "app/Voice.h"
 
+#include "ai/local/LocalMachine.h"
+#include "ai/speech/WhisperRecognizer.h"
+#include "ai/speech/WhisperSetup.h"
+#include "app/Assistant.h"
 #include "app/Storage.h"
 #include "audio/AudioError.h"
 #include "audio/AudioPermissionService.h"
 #include "audio/AudioPlaying.h"
 #include "audio/AudioQueue.h"
 #include "audio/PopSound.h"
+#include "audio/SpeechEngines.h"
 #include "audio/SpeechRecognitionService.h"
 #include "audio/TextToSpeechService.h"
 #include "audio/VoiceDebugLog.h"
 #include "audio/engines/FliteSynthesizer.h"
 #include "audio/engines/PocketSphinxRecognizer.h"
+#include "network/AppNetwork.h"
 #include "persistence/SettingsStore.h"
 #include "utils/text/Product.h"
+
+#include <QCoreApplication>
 
 #include <tuple>
 
@@ -45,16 +53,31 @@ QString logPath(const Storage &storage)
     return storage.folders.data + u'/' + Product::serviceName + u"/voice-debug.log"_s;
 }
 
+// Installed beside the program itself.
+QString guard()
+{
+    return QCoreApplication::applicationDirPath() + u"/morvane-runtime-guard"_s;
+}
+
 } // namespace
 
-Voice::Voice(const VoicePorts &given, Storage &storage, Clock &clock, Work &work)
+Voice::Voice(const VoicePorts &given, Storage &storage, Assistant &assistant, Clock &clock, Work &work)
     : ports(given)
     , noOutput(std::make_unique<NoOutput>())
     , synthesizer(std::make_unique<FliteSynthesizer>())
     , tts(std::make_unique<TextToSpeechService>(*synthesizer, output(), work))
     , log(std::make_unique<VoiceDebugLog>(logPath(storage), clock, work))
     , permissions(ports.permission ? std::make_unique<AudioPermissionService>(*ports.permission) : nullptr)
-    , recognizer(std::make_unique<PocketSphinxRecognizer>(clock, work))
+    , packaged(std::make_unique<PocketSphinxRecognizer>(clock, work))
+    , speechModel(std::make_unique<WhisperSetup>(*storage.settings, work))
+    , speechServer(std::make_unique<WhisperServer>(WhisperServer::Parts{.network = *assistant.network,
+                                                                        .machine = *assistant.machine,
+                                                                        .clock = clock,
+                                                                        .work = work,
+                                                                        .guard = guard()}))
+    , better(std::make_unique<WhisperRecognizer>(*speechModel, *speechServer, clock))
+    , recognizer(
+          std::make_unique<SpeechEngines>(std::vector<SpeechRecognizing *>{better.get(), packaged.get()}))
     , speech(makeSpeech(storage, clock))
 {}
 

@@ -13,10 +13,15 @@ class Clock;
 class FliteSynthesizer;
 class MicrophoneDevices;
 class PocketSphinxRecognizer;
+class SpeechEngines;
 class SpeechRecognitionService;
 class TextToSpeechService;
 class VoiceDebugLog;
+class WhisperRecognizer;
+class WhisperServer;
+class WhisperSetup;
 class Work;
+struct Assistant;
 struct Storage;
 
 // What the desktop has for ears and a mouth. Null where it has none; all outlives what uses it.
@@ -29,7 +34,7 @@ struct VoicePorts {
 
 // What hears and reads aloud. What the constructor takes outlives this, and `work` ends before it does.
 struct Voice {
-    Voice(const VoicePorts &ports, Storage &storage, Clock &clock, Work &work);
+    Voice(const VoicePorts &ports, Storage &storage, Assistant &assistant, Clock &clock, Work &work);
     ~Voice();
 
     const VoicePorts ports;
@@ -38,7 +43,11 @@ struct Voice {
     const std::unique_ptr<TextToSpeechService> tts;
     const std::unique_ptr<VoiceDebugLog> log;
     const std::unique_ptr<AudioPermissionService> permissions; // null without a microphone's ports
-    const std::unique_ptr<PocketSphinxRecognizer> recognizer;
+    const std::unique_ptr<PocketSphinxRecognizer> packaged;
+    const std::unique_ptr<WhisperSetup> speechModel; // the person's own
+    const std::unique_ptr<WhisperServer> speechServer;
+    const std::unique_ptr<WhisperRecognizer> better;
+    const std::unique_ptr<SpeechEngines> recognizer;        // both
     const std::unique_ptr<SpeechRecognitionService> speech; // null without permissions
 
 private:

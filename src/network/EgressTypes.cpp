@@ -21,6 +21,8 @@ QString labelOf(EgressFeature feature)
         return u"Crash reports"_s;
     case EgressFeature::serverList:
         return u"Private cloud server list"_s;
+    case EgressFeature::speech:
+        return u"Speech recognition"_s;
     }
     return {};
 }
@@ -34,6 +36,8 @@ QString labelOf(SensitiveData data)
         return u"memory notes"_s;
     case SensitiveData::image:
         return u"attached images"_s;
+    case SensitiveData::voice:
+        return u"your voice"_s;
     }
     return {};
 }

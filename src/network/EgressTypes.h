@@ -9,13 +9,22 @@
 namespace morvane {
 
 // The feature of the application that asked for a request. A ledger row shows its label.
-enum class EgressFeature { aiModel, aiSetup, webSearch, webPage, feedback, crashReports, serverList };
+enum class EgressFeature {
+    aiModel,
+    aiSetup,
+    webSearch,
+    webPage,
+    feedback,
+    crashReports,
+    serverList,
+    speech,
+};
 
 [[nodiscard]] QString labelOf(EgressFeature feature);
 
 // Private data of the user that a request holds. A request that carries any may go only to this machine or
 // the local network.
-enum class SensitiveData : unsigned { screenText = 1, memory = 2, image = 4 };
+enum class SensitiveData : unsigned { screenText = 1, memory = 2, image = 4, voice = 8 };
 Q_DECLARE_FLAGS(SensitiveDataSet, SensitiveData)
 Q_DECLARE_OPERATORS_FOR_FLAGS(SensitiveDataSet)
 

@@ -55,7 +55,8 @@ QByteArray LedgerExport::csv(const std::vector<NetworkLedger::Entry> &entries)
 QString LedgerExport::carriedLabels(SensitiveDataSet carrying)
 {
     QStringList labels;
-    for (const auto data : {SensitiveData::screenText, SensitiveData::memory, SensitiveData::image}) {
+    for (const auto data :
+         {SensitiveData::screenText, SensitiveData::memory, SensitiveData::image, SensitiveData::voice}) {
         if (carrying.testFlag(data))
             labels.append(labelOf(data));
     }

@@ -151,6 +151,7 @@ private:
     MORVANE_SETTING(bool, voiceOutputEnabled, VoiceOutputEnabled, "voiceOutputEnabled", false)
     MORVANE_STORED(std::optional<QString>, voiceIdentifier, VoiceIdentifier, "voiceIdentifier", std::nullopt)
     MORVANE_STORED(std::optional<QString>, microphoneUID, MicrophoneUID, "microphoneUID", std::nullopt)
+    MORVANE_SETTING(QString, speechModelPath, SpeechModelPath, "speechModelPath", QString())
     MORVANE_SETTING(double, speakingRate, SpeakingRate, "speakingRate", 0.5)
     MORVANE_SETTING(bool, autoSendTranscription, AutoSendTranscription, "autoSendTranscription", false)
     MORVANE_SETTING(bool, speakCodeBlocks, SpeakCodeBlocks, "speakCodeBlocks", false)

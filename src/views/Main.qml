@@ -27,6 +27,7 @@ T.ApplicationWindow {
     required property PrivacyViewModel privacy
     required property SpeakingViewModel speaking
     required property MicrophoneViewModel microphone
+    required property RecognitionViewModel recognition
     required property ShellViewModel shell
     required property CompanionViewModel companion
 
@@ -88,6 +89,7 @@ T.ApplicationWindow {
                 privacy: window.privacy,
                 speaking: window.speaking,
                 microphone: window.microphone,
+                recognition: window.recognition,
                 shell: window.shell
             });
         const opened = settingsLoader.item as SettingsWindow;

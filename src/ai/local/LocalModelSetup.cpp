@@ -160,8 +160,14 @@ QCoro::Task<LocalModelService::Launch> LocalModelService::downloadRuntime(std::s
 QCoro::Task<> LocalModelService::startRuntime(Launch launch, std::stop_token stop)
 {
     setPhase({Kind::startingRuntime, {}, {}});
-    m_process = std::make_unique<RuntimeProcess>(
-        RuntimeProcess::Program{m_values.guard, launch.program, m_values.port()}, *m_log);
+    RuntimeProcess::Program program{
+        .guard = m_values.guard,
+        .runtime = launch.program,
+        .arguments = {u"serve"_s},
+        .environment = {{u"OLLAMA_HOST"_s, u"127.0.0.1:%1"_s.arg(m_values.port())}}};
+    if (const QString models = qEnvironmentVariable("OLLAMA_MODELS"); !models.isEmpty())
+        program.environment[u"OLLAMA_MODELS"_s] = models;
+    m_process = std::make_unique<RuntimeProcess>(program, m_log.get());
     connect(m_process.get(), &RuntimeProcess::ended, this, &LocalModelService::runtimeEnded);
     if (launch.isOurs)
         Log::info(Log::Category::AIProvider, "Started managed local AI runtime"_L1);

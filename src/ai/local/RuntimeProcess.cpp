@@ -15,27 +15,29 @@ namespace {
 
 constexpr int longestEnd = 7'000; // milliseconds; the guard gives the runtime five seconds
 
-// Where its models lie, what it listens on, and nothing that turns it more talkative.
-QProcessEnvironment environmentFor(int port)
+// Its home, what its starter names, and nothing that turns it more talkative.
+QProcessEnvironment environmentOf(const RuntimeProcess::Program &program)
 {
     QProcessEnvironment environment;
-    for (const QString &name : {u"HOME"_s, u"OLLAMA_MODELS"_s})
-        if (const QString value = qEnvironmentVariable(name.toUtf8()); !value.isEmpty())
-            environment.insert(name, value);
+    if (const QString home = qEnvironmentVariable("HOME"); !home.isEmpty())
+        environment.insert(u"HOME"_s, home);
     environment.insert(u"PATH"_s, u"/usr/local/bin:/usr/bin:/bin"_s);
     environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
-    environment.insert(u"OLLAMA_HOST"_s, u"127.0.0.1:%1"_s.arg(port));
+    for (const auto &[name, value] : program.environment)
+        environment.insert(name, value);
     return environment;
 }
 
 } // namespace
 
-RuntimeProcess::RuntimeProcess(const Program &program, SetupLog &log, QObject *parent)
+RuntimeProcess::RuntimeProcess(const Program &program, SetupLog *log, QObject *parent)
     : QObject(parent)
     , m_log(log)
 {
-    m_process.setProcessEnvironment(environmentFor(program.port));
+    m_process.setProcessEnvironment(environmentOf(program));
     m_process.setProcessChannelMode(QProcess::MergedChannels);
+    if (!m_log)
+        m_process.setStandardOutputFile(QProcess::nullDevice());
     m_process.setStandardInputFile(QProcess::nullDevice());
     m_process.setWorkingDirectory(QDir::rootPath());
     connect(&m_process, &QProcess::readyRead, this, &RuntimeProcess::takeOutput);
@@ -43,11 +45,13 @@ RuntimeProcess::RuntimeProcess(const Program &program, SetupLog &log, QObject *p
         if (state != QProcess::NotRunning || m_isStopping)
             return;
         takeOutput();
-        m_log.write(u"runtime ended by itself (exit %1)"_s.arg(m_process.exitCode()));
+        if (m_log)
+            m_log->write(u"runtime ended by itself (exit %1)"_s.arg(m_process.exitCode()));
         Q_EMIT ended();
     });
     m_process.start(program.guard,
-                    {QString::number(QCoreApplication::applicationPid()), program.runtime, u"serve"_s});
+                    QStringList{QString::number(QCoreApplication::applicationPid()), program.runtime} +
+                        program.arguments);
 }
 
 RuntimeProcess::~RuntimeProcess()
@@ -72,9 +76,11 @@ void RuntimeProcess::stop()
 
 void RuntimeProcess::takeOutput()
 {
+    if (!m_log)
+        return;
     const QByteArray output = m_process.readAll();
     if (m_isLogging)
-        m_log.takeOutput(output);
+        m_log->takeOutput(output);
 }
 
 } // namespace morvane

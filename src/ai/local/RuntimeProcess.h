@@ -4,7 +4,7 @@
 #include <QProcess>
 #include <QString>
 
-#include <memory>
+#include <map>
 
 namespace morvane {
 
@@ -19,11 +19,12 @@ public:
     struct Program {
         QString guard;
         QString runtime;
-        int port = 0; // on 127.0.0.1
+        QStringList arguments;
+        std::map<QString, QString> environment = {}; // beside the names that every runtime gets
     };
 
-    // Starts it at once. `log` outlives the object.
-    RuntimeProcess(const Program &program, SetupLog &log, QObject *parent = nullptr);
+    // Starts it at once. `log` outlives the object; without one, what it says is never read.
+    RuntimeProcess(const Program &program, SetupLog *log, QObject *parent = nullptr);
     ~RuntimeProcess() override; // as stop()
 
     [[nodiscard]] bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
@@ -49,7 +50,7 @@ Q_SIGNALS:
 private:
     void takeOutput();
 
-    SetupLog &m_log;
+    SetupLog *const m_log;
     QProcess m_process;
     bool m_isLogging = true;
     bool m_isStopping = false;

@@ -22,6 +22,7 @@ T.ApplicationWindow {
     required property PrivacyViewModel privacy
     required property SpeakingViewModel speaking
     required property MicrophoneViewModel microphone
+    required property RecognitionViewModel recognition
     required property ShellViewModel shell
     // In the order of the menu and of the pages below.
     readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "privacy", "voice", "appearance", "proof", "network"]
@@ -109,6 +110,7 @@ T.ApplicationWindow {
             VoicePage {
                 speaking: root.speaking
                 microphone: root.microphone
+                recognition: root.recognition
                 settings: root.settings
                 shown: root.visible && root.page === "voice"
             }

@@ -10,20 +10,24 @@ SettingsPage {
 
     required property SpeakingViewModel speaking
     required property MicrophoneViewModel microphone
+    required property RecognitionViewModel recognition
     required property SettingsStore settings
     property bool shown: false
 
     title: qsTr("Voice")
     onShownChanged: {
         root.microphone.setWatched(root.shown);
-        if (root.shown)
+        if (root.shown) {
+            root.recognition.refresh();
             root.speaking.refresh();
-        else
+        } else {
             root.speaking.stop();
+        }
     }
 
     TalkingCard { settings: root.settings }
     MicrophoneCard { microphone: root.microphone }
+    RecognitionCard { recognition: root.recognition }
     SettingsCard {
         heading: qsTr("Reading aloud")
 
