@@ -2,6 +2,7 @@
 
 #include "ai/tools/PageRescue.h"
 #include "ai/tools/ToolRunner.h"
+#include "async/Clock.h"
 #include "persistence/SettingsStore.h"
 #include "services/ScreenGlanceError.h"
 #include "services/WebAccessError.h"
@@ -75,6 +76,7 @@ QCoro::Task<ToolOutcome> ToolRegistry::outcomeOf(Self self, AIToolCall call, Tur
     const auto ability = AbilityCatalogue::named(call.name);
     if (!ability)
         co_return ToolFailure::because(u"There is no tool called "_s + call.name + u'.');
+    const QDateTime asked = self->m_services.clock.now();
     const bool searches = *ability == Ability::searchWeb;
     const auto named = searches ? self->searchService() : WebAccessing::SearchService::none;
     const ToolGate::Decision decision = self->judge(*ability, call, *turn);
@@ -91,7 +93,7 @@ QCoro::Task<ToolOutcome> ToolRegistry::outcomeOf(Self self, AIToolCall call, Tur
         co_return ToolFailure::because(
             u"The search service was changed before this search began, so nothing was searched. Call "
             "search_web again if it is still needed."_s);
-    const ToolOutcome outcome = co_await run(self, *ability, call, turn, stop);
+    const ToolOutcome outcome = co_await run(self, *ability, call, asked, turn, stop);
     if (self && self->m_hooks.onToolCompleted)
         self->m_hooks.onToolCompleted(call, {call.id, call.name, outcome.content, outcome.isError});
     co_return ToolOutcome(outcome);
@@ -151,14 +153,14 @@ ToolRegistry::ApprovalHandler ToolRegistry::handlerFor(const ToolGate::Ask &ask)
     return isChatWide ? m_hooks.chatWideApprovalHandler : m_hooks.approvalHandler;
 }
 
-QCoro::Task<ToolOutcome> ToolRegistry::run(Self self, Ability ability, AIToolCall call, Turn turn,
-                                           std::stop_token stop)
+QCoro::Task<ToolOutcome> ToolRegistry::run(Self self, Ability ability, AIToolCall call, QDateTime asked,
+                                           Turn turn, std::stop_token stop)
 {
     const ToolArguments arguments(call.argumentsJSON);
     std::exception_ptr failure;
     try {
         ToolOutcome outcome =
-            co_await ToolRunner::run(ability, arguments, turn, self->runnerServices(), stop);
+            co_await ToolRunner::run(ability, arguments, turn, self->runnerServices(asked), stop);
         co_return outcome;
     } catch (...) {
         failure = std::current_exception();
@@ -178,13 +180,13 @@ QCoro::Task<ToolOutcome> ToolRegistry::run(Self self, Ability ability, AIToolCal
     co_return rescued;
 }
 
-ToolRunner::Services ToolRegistry::runnerServices() const
+ToolRunner::Services ToolRegistry::runnerServices(const QDateTime &asked) const
 {
     return {.memory = &m_services.memory,
             .web = &m_services.web,
             .desktop = m_services.desktop,
             .screenGlance = m_services.screenGlance,
-            .clock = &m_services.clock,
+            .asked = asked,
             .screenTextLimit = m_services.settings.maxExtractedCharacters()};
 }
 

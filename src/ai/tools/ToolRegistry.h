@@ -91,7 +91,7 @@ private:
     // Nothing when the person says yes, else why not.
     static QCoro::Task<std::optional<ToolOutcome>> approve(Self self, Ability ability, ToolGate::Ask ask,
                                                            AIToolCall call, Turn turn);
-    static QCoro::Task<ToolOutcome> run(Self self, Ability ability, AIToolCall call, Turn turn,
+    static QCoro::Task<ToolOutcome> run(Self self, Ability ability, AIToolCall call, QDateTime asked, Turn turn,
                                         std::stop_token stop);
 
     [[nodiscard]] bool isAvailable(Ability ability) const;
@@ -104,7 +104,7 @@ private:
     [[nodiscard]] ToolOutcome explain(const AIToolCall &call, const std::exception_ptr &failure);
     [[nodiscard]] ApprovalHandler handlerFor(const ToolGate::Ask &ask) const;
     void noteScreenProblem(const ScreenGlanceError &error);
-    [[nodiscard]] ToolRunner::Services runnerServices() const;
+    [[nodiscard]] ToolRunner::Services runnerServices(const QDateTime &asked) const;
 
     Services m_services;
     Hooks m_hooks;

@@ -2,7 +2,6 @@
 
 #include "ai/tools/SearchListing.h"
 #include "ai/tools/WebAddress.h"
-#include "async/Clock.h"
 #include "memory/MemoryStore.h"
 #include "services/DesktopActing.h"
 #include "services/ScreenGlancing.h"
@@ -122,8 +121,8 @@ QCoro::Task<ToolOutcome> openLink(ToolArguments arguments, DesktopActing *deskto
     co_return ToolOutcome{done};
 }
 
-QCoro::Task<ToolOutcome> createCalendarEvent(ToolArguments arguments, DesktopActing *desktop, QDateTime now,
-                                             std::stop_token stop)
+QCoro::Task<ToolOutcome> createCalendarEvent(ToolArguments arguments, Turn turn, DesktopActing *desktop,
+                                             QDateTime asked, std::stop_token stop)
 {
     const auto title = arguments.text("title"_L1);
     const auto minutes = arguments.number("minutes_from_now"_L1);
@@ -133,18 +132,24 @@ QCoro::Task<ToolOutcome> createCalendarEvent(ToolArguments arguments, DesktopAct
     const double duration = arguments.number("duration_minutes"_L1).value_or(usualDuration);
     const auto wholeMinutes =
         static_cast<std::int64_t>(std::clamp(duration, -furthestMoment, furthestMoment));
-    const QDateTime start = now.addMSecs(std::llround(seconds * 1000));
-    const QString done = co_await desktop->createEvent(*title, start, wholeMinutes, stop);
+    const DesktopActing::EventWish wish{*title, asked.addMSecs(std::llround(seconds * 1000)), wholeMinutes,
+                                        turn->chatID.value_or(QString())};
+    const QString done = co_await desktop->createEvent(wish, stop);
     co_return ToolOutcome{done};
 }
 
-QCoro::Task<ToolOutcome> runShortcut(ToolArguments arguments, DesktopActing *desktop, std::stop_token stop)
+// What it printed may come from anywhere.
+QCoro::Task<ToolOutcome> runShortcut(ToolArguments arguments, Turn turn, DesktopActing *desktop,
+                                     std::stop_token stop)
 {
     const auto name = arguments.text("name"_L1);
     if (!name)
         co_return ToolFailure::because(u"A shortcut name is required."_s);
-    const QString done = co_await desktop->runShortcut(*name, arguments.text("input"_L1), stop);
-    co_return ToolOutcome{done};
+    const auto input = arguments.text("input"_L1);
+    const DesktopActing::ShortcutAnswer answer = co_await desktop->runShortcut(*name, input, stop);
+    if (answer.quotesOutput)
+        turn->outsideContentInContext = turn->sensitiveDataInContext = true;
+    co_return ToolOutcome{answer.sentence};
 }
 
 } // namespace
@@ -168,10 +173,10 @@ QCoro::Task<ToolOutcome> ToolRunner::run(Ability ability, ToolArguments argument
     case Ability::openLink:
         return openLink(std::move(arguments), services.desktop, std::move(stop));
     case Ability::createCalendarEvent:
-        return createCalendarEvent(std::move(arguments), services.desktop, services.clock->now(),
+        return createCalendarEvent(std::move(arguments), std::move(turn), services.desktop, services.asked,
                                    std::move(stop));
     case Ability::runShortcut:
-        return runShortcut(std::move(arguments), services.desktop, std::move(stop));
+        return runShortcut(std::move(arguments), std::move(turn), services.desktop, std::move(stop));
     }
     return remembered(ToolFailure::because(u"That didn't work."_s));
 }

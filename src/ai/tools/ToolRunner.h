@@ -6,13 +6,13 @@
 #include "ai/tools/TurnContext.h"
 
 #include <QCoroTask>
+#include <QDateTime>
 
 #include <memory>
 #include <stop_token>
 
 namespace morvane {
 
-class Clock;
 class DesktopActing;
 class MemoryStore;
 class ScreenGlancing;
@@ -27,7 +27,7 @@ struct Services {
     WebAccessing *web;
     DesktopActing *desktop; // may be null
     std::weak_ptr<ScreenGlancing> screenGlance;
-    Clock *clock;
+    QDateTime asked; // when the call was made, which its times count from: a yes may come minutes later
     qsizetype screenTextLimit; // characters
 };
 

@@ -6,6 +6,13 @@
 
 namespace morvane {
 
+namespace {
+
+int pauses = 0; // that live
+int former = 0; // what the last of them goes back to
+
+} // namespace
+
 void ProcessPrivacy::keep()
 {
     ::unsetenv("SSLKEYLOGFILE");
@@ -15,14 +22,17 @@ void ProcessPrivacy::keep()
 }
 
 ProcessPrivacy::Pause::Pause()
-    : m_former(::prctl(PR_GET_DUMPABLE))
 {
+    if (pauses++ > 0)
+        return;
+    former = ::prctl(PR_GET_DUMPABLE);
     ::prctl(PR_SET_DUMPABLE, 1);
 }
 
 ProcessPrivacy::Pause::~Pause()
 {
-    ::prctl(PR_SET_DUMPABLE, m_former);
+    if (--pauses == 0)
+        ::prctl(PR_SET_DUMPABLE, former);
 }
 
 } // namespace morvane

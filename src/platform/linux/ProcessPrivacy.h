@@ -12,16 +12,13 @@ void keep();
 
 // While one lives, other programs of the account may look at the process again. A desktop portal has to, once
 // for each connection to the bus: it refuses every request of a program that it can't tell the kind of.
-// Core files stay off. One at a time.
+// Core files stay off. GUI thread.
 class Pause {
 public:
     Pause();
     ~Pause();
     Pause(const Pause &) = delete;
     Pause &operator=(const Pause &) = delete;
-
-private:
-    int m_former;
 };
 
 } // namespace ProcessPrivacy

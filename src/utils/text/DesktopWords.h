@@ -17,6 +17,10 @@ struct DesktopWords {
     QStringView microphoneSettings;   // where the microphone's permission is given
     QStringView speechSettings;       // where speech recognition's permission is given
     QStringView dictationSettings;    // where a person chooses the language of dictation
+    QStringView calendarSettings;     // where the calendar's permission is given
+    QStringView calendarChooser;      // what to pick where events have no calendar to go to
+    QStringView shortcutsPlace;       // where shortcuts are kept; follows "the"
+    QStringView shortcutHung;         // what to do about one that doesn't end
     QStringView speechServersOwner;   // whose servers would hear what isn't recognised on the device
     QStringView secretStore;          // what keeps API keys
     QStringView secretStoreProgram;   // where a person looks into it

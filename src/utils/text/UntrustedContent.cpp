@@ -15,11 +15,6 @@ namespace {
 constexpr qsizetype longestName = 120; // characters
 constexpr QStringView endMarker = u"\n--- END UNTRUSTED CONTENT (";
 
-QString defused(QString text)
-{
-    return text.replace("UNTRUSTED CONTENT"_L1, "untrusted-content"_L1, Qt::CaseInsensitive);
-}
-
 bool isUnseen(QChar c)
 {
     switch (c.category()) {
@@ -34,6 +29,11 @@ bool isUnseen(QChar c)
 }
 
 } // namespace
+
+QString UntrustedContent::defused(QString text)
+{
+    return text.replace("UNTRUSTED CONTENT"_L1, "untrusted-content"_L1, Qt::CaseInsensitive);
+}
 
 QString UntrustedContent::line(QString text)
 {

@@ -10,6 +10,9 @@ namespace UntrustedContent {
 // The line start that tells marked content apart, also inside a message.
 inline constexpr QStringView beginMarker = u"--- BEGIN UNTRUSTED CONTENT (";
 
+// The text with the marker's words spelled so that they mark nothing, whatever their letter case.
+[[nodiscard]] QString defused(QString text);
+
 // The text as one line of what can be seen: control and formatting characters and line ends are blanks.
 [[nodiscard]] QString line(QString text);
 

@@ -44,19 +44,20 @@ QCoro::Task<QString> FakeWorld::openLink(QString url, std::stop_token)
     co_return u"Opened."_s;
 }
 
-QCoro::Task<QString> FakeWorld::createEvent(QString title, QDateTime start, std::int64_t durationMinutes,
-                                            std::stop_token)
+QCoro::Task<QString> FakeWorld::createEvent(EventWish wish, std::stop_token)
 {
-    happened.append(u"event %1 at %2 for %3"_s.arg(title, start.toString(Qt::ISODate)).arg(durationMinutes));
+    happened.append(
+        u"event %1 at %2 for %3"_s.arg(wish.title, wish.start.toString(Qt::ISODate)).arg(wish.durationMinutes));
     failIf(desktopError);
     co_return u"Added."_s;
 }
 
-QCoro::Task<QString> FakeWorld::runShortcut(QString name, std::optional<QString> input, std::stop_token)
+QCoro::Task<DesktopActing::ShortcutAnswer> FakeWorld::runShortcut(QString name, std::optional<QString> input,
+                                                                  std::stop_token)
 {
     happened.append(u"run "_s + name + u" with "_s + input.value_or(u"nothing"_s));
     failIf(desktopError);
-    co_return u"Ran."_s;
+    co_return ShortcutAnswer(shortcutAnswer);
 }
 
 QCoro::Task<QString> FakeWorld::captureText(std::stop_token)

@@ -26,16 +26,16 @@ public:
     QCoro::Task<std::vector<SearchResult>> search(QString query, std::stop_token stop) override;
     QCoro::Task<Page> readPage(QString url, qsizetype limit, std::stop_token stop) override;
     QCoro::Task<QString> openLink(QString url, std::stop_token stop) override;
-    QCoro::Task<QString> createEvent(QString title, QDateTime start, std::int64_t durationMinutes,
-                                     std::stop_token stop) override;
-    QCoro::Task<QString> runShortcut(QString name, std::optional<QString> input,
-                                     std::stop_token stop) override;
+    QCoro::Task<QString> createEvent(EventWish wish, std::stop_token stop) override;
+    QCoro::Task<ShortcutAnswer> runShortcut(QString name, std::optional<QString> input,
+                                            std::stop_token stop) override;
     QCoro::Task<QString> captureText(std::stop_token stop) override;
 
     std::vector<SearchResult> results{
         {QStringLiteral("One"), QStringLiteral("https://found.example/One/"), QStringLiteral("first"), {}}};
     SearchService service = SearchService::builtIn;
     Page page{QStringLiteral("Title"), QStringLiteral("Text of the page.")};
+    ShortcutAnswer shortcutAnswer{QStringLiteral("Ran.")};
     QString screenText = QStringLiteral("words on the screen");
     std::exception_ptr searchError;
     std::exception_ptr readError;

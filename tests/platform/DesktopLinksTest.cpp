@@ -1,0 +1,186 @@
+// The portal by a mock on a bus of its own, and xdg-open as it is installed, with a browser of the test's.
+
+#include "platform/linux/DesktopLinks.h"
+
+#include "async/CancelledError.h"
+#include "platform/linux/PortalRequest.h"
+#include "support/Await.h"
+#include "support/ManualClock.h"
+
+#include <QDBusContext>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusUnixFileDescriptor>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+using Outcome = LinkOpening::Outcome;
+
+namespace {
+
+// The portal's side of the bus. Answers with `response`, or not at all.
+class FakePortal : public QObject, protected QDBusContext {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.OpenURI")
+
+public:
+    std::optional<uint> response = 0;
+    QString error;
+    QStringList opened;
+
+public Q_SLOTS:
+    QDBusObjectPath OpenURI(const QString &, const QString &address, const QVariantMap &options)
+    {
+        return answer(address, options);
+    }
+    QDBusObjectPath OpenFile(const QString &, const QDBusUnixFileDescriptor &file, const QVariantMap &options)
+    {
+        return answer(QFileInfo(u"/proc/self/fd/%1"_s.arg(file.fileDescriptor())).symLinkTarget(), options);
+    }
+
+private:
+    QDBusObjectPath answer(const QString &what, const QVariantMap &options)
+    {
+        opened.append(what);
+        if (!error.isEmpty())
+            sendErrorReply(error, u"So."_s);
+        const QString path =
+            u"/org/freedesktop/portal/desktop/request/%1/%2"_s.arg(
+                message().service().mid(1).replace(u'.', u'_'), options.value(u"handle_token"_s).toString());
+        if (response) { // before its path is told
+            auto signal = QDBusMessage::createTargetedSignal(
+                message().service(), path, u"org.freedesktop.portal.Request"_s, u"Response"_s);
+            signal.setArguments({*response, QVariantMap()});
+            connection().send(signal);
+        }
+        return QDBusObjectPath(path);
+    }
+};
+
+class DesktopLinksTest : public testing::Test {
+protected:
+    ~DesktopLinksTest() override
+    {
+        QDBusConnection::disconnectFromBus(u"ours"_s);
+        QDBusConnection::disconnectFromBus(u"theirs"_s);
+        bus.kill();
+        bus.waitForFinished();
+    }
+
+    std::optional<QDBusConnection> ours()
+    {
+        bus.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
+        bus.waitForReadyRead();
+        address = QString::fromUtf8(bus.readLine()).trimmed();
+        return QDBusConnection::connectToBus(address, u"ours"_s);
+    }
+    static void put(const QString &path, const QByteArray &script)
+    {
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("#!/bin/sh\n" + script + '\n');
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+
+    QProcess bus;
+    QString address;
+    ManualClock clock;
+};
+
+TEST_F(DesktopLinksTest, AskThePortalAndHeedItsAnswer)
+{
+    DesktopLinks links(ours(), clock);
+    auto theirs = QDBusConnection::connectToBus(address, u"theirs"_s);
+    FakePortal portal;
+    theirs.registerObject(u"/org/freedesktop/portal/desktop"_s, &portal, QDBusConnection::ExportAllSlots);
+    ASSERT_TRUE(theirs.registerService(u"org.freedesktop.portal.Desktop"_s));
+    const QUrl page(u"https://a.example/ü?q=1"_s);
+    for (const auto &[response, outcome] :
+         {std::pair{0U, Outcome::opened}, {1U, Outcome::dismissed}, {2U, Outcome::failed}}) {
+        portal.response = response;
+        EXPECT_EQ(TestWait::await(links.open(page, {})), outcome);
+    }
+    portal.response = 0;
+    EXPECT_EQ(TestWait::await(links.open(QUrl::fromLocalFile(u"/tmp"_s), {})), Outcome::opened);
+    EXPECT_EQ(TestWait::await(links.open(QUrl::fromLocalFile(u"/no/such/file"_s), {})), Outcome::failed);
+    portal.error = u"org.freedesktop.portal.Error.NotAllowed"_s;
+    portal.response.reset();
+    EXPECT_EQ(TestWait::await(links.open(page, {})), Outcome::failed);
+    const QString shown = u"https://a.example/%C3%BC?q=1"_s;
+    EXPECT_EQ(portal.opened, QStringList({shown, shown, shown, u"/tmp"_s, shown}));
+
+    // One that takes its time, and one that nobody waits for any more.
+    portal.error.clear();
+    auto outcome = std::make_shared<TestWait::Outcome<Outcome>>();
+    TestWait::collect<Outcome>(links.open(page, {}), outcome);
+    TestWait::until([&] { return portal.opened.size() == 6; });
+    TestWait::settle();
+    EXPECT_FALSE(outcome->done);
+    clock.advance(PortalRequest::patience);
+    TestWait::until([&] { return outcome->done; });
+    EXPECT_EQ(outcome->value, Outcome::failed);
+    std::stop_source stop;
+    outcome = std::make_shared<TestWait::Outcome<Outcome>>();
+    TestWait::collect<Outcome>(links.open(page, stop.get_token()), outcome);
+    stop.request_stop();
+    TestWait::until([&] { return outcome->done; });
+    EXPECT_THROW(std::rethrow_exception(outcome->error), CancelledError);
+    EXPECT_EQ(clock.pendingAlarms(), 0U);
+}
+
+TEST_F(DesktopLinksTest, WithoutAPortalTheExitOfXdgOpenTellsTheTruth)
+{
+    const QTemporaryDir folder;
+    const QString browser = folder.filePath(u"browser"_s);
+    const QByteArray path = qgetenv("PATH");
+    qputenv("BROWSER", QFile::encodeName(browser));
+    qputenv("DISPLAY", ":none"); // a browser that draws is asked for only then
+    DesktopLinks links(ours(), clock); // a bus, and no portal on it
+    const QUrl page(u"https://a.example/x"_s);
+
+    const QString mark = folder.filePath(u"mark"_s);
+    put(browser, "printf %s \"$1\" >" + QFile::encodeName(mark));
+    EXPECT_EQ(TestWait::await(links.open(page, {})), Outcome::opened);
+    QFile opened(mark);
+    ASSERT_TRUE(opened.open(QIODevice::ReadOnly));
+    EXPECT_EQ(opened.readAll(), "https://a.example/x");
+    put(browser, "exit 1");
+    EXPECT_EQ(TestWait::await(links.open(page, {})), Outcome::failed);
+
+    // A browser in the foreground is what was wanted.
+    put(folder.filePath(u"xdg-open"_s), "echo $$ >" + QFile::encodeName(mark) + "; exec sleep 600");
+    qputenv("PATH", QFile::encodeName(folder.path()) + ':' + path);
+    QFile::remove(mark);
+    const auto outcome = std::make_shared<TestWait::Outcome<Outcome>>();
+    TestWait::collect<Outcome>(links.open(page, {}), outcome);
+    QTimer looking; // the script can't wake this loop
+    looking.start(10);
+    TestWait::until([&] { return QFileInfo(mark).size() > 0; });
+    clock.advance(DesktopLinks::patience);
+    TestWait::until([&] { return outcome->done; });
+    EXPECT_EQ(outcome->value, Outcome::opened);
+    QFile running(mark);
+    ASSERT_TRUE(running.open(QIODevice::ReadOnly));
+    EXPECT_EQ(::kill(running.readAll().trimmed().toInt(), SIGKILL), 0) << "it was left alone";
+
+    qputenv("PATH", "/nonexistent");
+    EXPECT_EQ(TestWait::await(links.open(page, {})), Outcome::failed);
+    qputenv("PATH", path);
+    qunsetenv("BROWSER");
+    qunsetenv("DISPLAY");
+}
+
+} // namespace
+
+} // namespace morvane
+
+#include "DesktopLinksTest.moc"
