@@ -11,7 +11,9 @@ namespace {
 
 GLib::Reference<ICalTime> timeOf(const QDateTime &moment, ICalTimezone *zone)
 {
-    return GLib::taken(i_cal_time_new_from_timet_with_zone(moment.toSecsSinceEpoch(), FALSE, zone));
+    const auto universal = GLib::taken(i_cal_time_new_from_timet_with_zone(
+        moment.toSecsSinceEpoch(), FALSE, i_cal_timezone_get_utc_timezone()));
+    return GLib::taken(i_cal_time_convert_to_zone(universal.get(), zone));
 }
 
 void put(ICalComponent *component, ICalProperty *property, ICalTimezone *zone)
