@@ -19,7 +19,7 @@ QByteArray number(quint32 value)
 
 bool isKind(char byte)
 {
-    return QByteArrayView("ptimfd").contains(byte);
+    return QByteArrayView("ptimlfd").contains(byte);
 }
 
 } // namespace

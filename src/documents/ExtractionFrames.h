@@ -16,6 +16,7 @@ enum class Kind : char {
     Text = 't',      // UTF-8, the next piece
     Image = 'i',     // JPEG
     Thumbnail = 'm', // as in PreparedPicture
+    Line = 'l',      // a line on the screen, as TextObservation codes it
     Failure = 'f',   // a byte of Failure
     Done = 'd',      // nothing comes behind it
 };

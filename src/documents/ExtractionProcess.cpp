@@ -76,6 +76,9 @@ private:
             require(frame.payload.size() == thumbnailBytes);
             m_picture.thumbnail = frame.payload;
             return;
+        case Kind::Line: // of the screen's reader, which this isn't
+            require(false);
+            return;
         case Kind::Failure:
             fail(frame.payload);
         case Kind::Done:
