@@ -135,6 +135,8 @@ void KeychainService::confirmPresence(const Prompt *prompt)
         return;
     case UserPresenceConfirming::Answer::Refused:
         failReading(KeychainStatus::AuthenticationFailed);
+    case UserPresenceConfirming::Answer::Dismissed:
+        failReading(KeychainStatus::UserCancelled);
     case UserPresenceConfirming::Answer::Unavailable:
         failReading(KeychainStatus::InteractionNotAllowed);
     }

@@ -9,7 +9,12 @@ namespace morvane {
 // Asks the person at the machine to show that they are there: a fingerprint, the login password.
 class UserPresenceConfirming {
 public:
-    enum class Answer { Confirmed, Refused, Unavailable };
+    enum class Answer {
+        Confirmed,
+        Refused, // a wrong answer, or one that the machine's rules don't take
+        Dismissed,
+        Unavailable,
+    };
 
     virtual ~UserPresenceConfirming() = default;
 

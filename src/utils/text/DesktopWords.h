@@ -24,6 +24,9 @@ struct DesktopWords {
     QStringView speechServersOwner;   // whose servers would hear what isn't recognised on the device
     QStringView secretStore;          // what keeps API keys
     QStringView secretStoreProgram;   // where a person looks into it
+    QStringView unlockers;            // what a person shows that they are there with; follows "has no"
+    QStringView unlockerSettings;     // where one is added
+    QStringView keyGuard;             // what the key stands behind while the lock is on
     QStringView connectionLister;     // a command that lists what every program is connected to
     QStringView runtimeStopper;       // where a model runtime of the person's own is quit
     QStringView searcher;             // who looks around the local network; begins a sentence

@@ -1,0 +1,262 @@
+#include "services/AppLockService.h"
+
+#include "async/Work.h"
+#include "persistence/InMemorySettingsRepository.h"
+#include "persistence/SettingsStore.h"
+#include "security/InMemoryKeychainService.h"
+#include "security/LocalDataVault.h"
+#include "security/UserPresenceConfirming.h"
+#include "support/Await.h"
+#include "support/LogCapture.h"
+#include "support/ManualClock.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+class FakeSession final : public SessionSignaling {
+public:
+    void startWatching() override { ++watching; }
+    void stopWatching() override { --watching; }
+    void askIdleTime() override {}
+    [[nodiscard]] Absence absence() const override { return now; }
+    void tell(const Absence &absence)
+    {
+        now = absence;
+        Q_EMIT changed();
+    }
+
+    Absence now;
+    int watching = 0;
+};
+
+class FakePresence final : public UserPresenceConfirming {
+public:
+    [[nodiscard]] bool canConfirm() const override { return can; }
+    [[nodiscard]] Answer confirm(const QString &, std::stop_token) override { return Answer::Confirmed; }
+
+    bool can = true;
+};
+
+// Its prompts answer with what a test gave them.
+class PromptingKeychain final : public InMemoryKeychainService {
+public:
+    using InMemoryKeychainService::read;
+
+    [[nodiscard]] std::optional<QString> read(const QString &account, const QString &reason,
+                                              std::stop_token stop) override
+    {
+        reasons += reason;
+        const auto answer = answers.empty() ? std::nullopt : answers.front();
+        if (!answers.empty())
+            answers.pop_front();
+        if (answer)
+            throw KeychainError(KeychainError::Operation::Read, *answer);
+        return InMemoryKeychainService::read(account, reason, std::move(stop));
+    }
+    void setUserPresence(const QString &value, const QString &account, UserPresence presence) override
+    {
+        if (!ignoresPresence)
+            InMemoryKeychainService::setUserPresence(value, account, presence);
+    }
+
+    std::deque<std::optional<KeychainStatus>> answers; // none: the right one
+    QStringList reasons;
+    bool ignoresPresence = false;
+};
+
+class AppLockServiceTest : public testing::Test {
+protected:
+    AppLockServiceTest()
+    {
+        (void)vault.key();
+        makeLock();
+    }
+    ~AppLockServiceTest() override { work.end(); }
+
+    void makeLock()
+    {
+        lock.emplace(AppLockService::Parts{settings, vault, keychain, presence, session, clock, work,
+                                           [this] { steps += u"hush"_s; }});
+        lock->onLock = [this] { steps += vault.isLocked() ? u"hide late"_s : u"hide"_s; };
+        lock->onUnlock = [this] { steps += vault.isLocked() ? u"show early"_s : u"show"_s; };
+    }
+    void set(bool flag)
+    {
+        lock->setEnabled(flag);
+        TestWait::until([this] { return !lock->isMovingKey(); });
+    }
+    void unlock()
+    {
+        lock->unlock();
+        TestWait::until([this] { return !lock->isUnlocking(); });
+    }
+
+    LogCapture log;
+    ManualClock clock;
+    Work work{clock};
+    InMemorySettingsRepository defaults;
+    SettingsStore settings{defaults};
+    PromptingKeychain keychain;
+    LocalDataVault vault{keychain};
+    FakePresence presence;
+    FakeSession session;
+    QStringList steps;
+    std::optional<AppLockService> lock;
+};
+
+TEST_F(AppLockServiceTest, LocksAndUnlocksInOrder)
+{
+    set(true);
+    EXPECT_TRUE(settings.appLockEnabled());
+    EXPECT_TRUE(keychain.requiresUserPresence(LocalDataVault::keyAccount));
+    lock->lock();
+    lock->lock();
+    EXPECT_TRUE(vault.isLocked());
+    EXPECT_EQ(vault.seal(u"words"_s), std::nullopt);
+    EXPECT_THROW((void)keychain.InMemoryKeychainService::read(LocalDataVault::keyAccount), KeychainError);
+
+    lock->unlock();
+    lock->unlock(); // no second prompt
+    EXPECT_TRUE(lock->isUnlocking());
+    TestWait::until([this] { return !lock->isUnlocking(); });
+    EXPECT_FALSE(lock->isLocked());
+    EXPECT_EQ(keychain.reasons, QStringList(u"unlock MorvaneGPT"_s));
+    EXPECT_EQ(steps.join(u' ').toStdString(), "hide hush show");
+    EXPECT_EQ(log.lines().filter(u"Morvane"_s),
+              QStringList({u"app: Morvane locked"_s, u"app: Morvane unlocked"_s}));
+
+    set(false);
+    EXPECT_FALSE(settings.appLockEnabled());
+    EXPECT_FALSE(keychain.requiresUserPresence(LocalDataVault::keyAccount));
+    EXPECT_EQ(session.watching, 0);
+    session.tell({.isScreenLocked = true});
+    EXPECT_FALSE(lock->isLocked());
+}
+
+TEST_F(AppLockServiceTest, ChangesNothingWhereTheKeyStays)
+{
+    presence.can = false;
+    set(true);
+    EXPECT_TRUE(lock->setUpMessage().startsWith(u"This computer has no "_s));
+    EXPECT_TRUE(lock->setUpMessage().endsWith(u", then turn this on."_s));
+    presence.can = true;
+    keychain.setFailure(KeychainError(KeychainError::Operation::Save, KeychainStatus::InputOutput));
+    set(true);
+    EXPECT_EQ(lock->setUpMessage().toStdString(),
+              "MorvaneGPT could not move its key behind your password. Nothing changed.");
+    keychain.setFailure(std::nullopt);
+    keychain.ignoresPresence = true;
+    set(true);
+    EXPECT_EQ(log.lines().last().toStdString(), "app: App lock key protection did not take effect");
+    EXPECT_FALSE(settings.appLockEnabled());
+    EXPECT_EQ(session.watching, 0);
+
+    keychain.ignoresPresence = false;
+    set(true);
+    EXPECT_EQ(lock->setUpMessage(), QString());
+    keychain.ignoresPresence = true;
+    set(false);
+    EXPECT_EQ(lock->setUpMessage().toStdString(),
+              "MorvaneGPT could not take its key back out from behind your password. The lock is still on.");
+    EXPECT_TRUE(settings.appLockEnabled());
+}
+
+TEST_F(AppLockServiceTest, WrongAnswersWaitLongerEachTimeAndADismissedPromptDoesNot)
+{
+    set(true);
+    lock->lock();
+    keychain.answers = {KeychainStatus::UserCancelled, KeychainStatus::AuthenticationFailed,
+                        KeychainStatus::AuthenticationFailed};
+    unlock();
+    EXPECT_EQ(lock->unlockMessage().toStdString(), "MorvaneGPT is still locked.");
+    unlock();
+    EXPECT_EQ(lock->pauseBeforeUnlock(), 1s);
+    clock.advance(1s);
+    unlock();
+    EXPECT_EQ(lock->unlockMessage().toStdString(),
+              "MorvaneGPT is still locked. You can try again in 2 seconds.");
+    unlock(); // too early: no prompt
+    EXPECT_EQ(keychain.reasons.size(), 3);
+    clock.advance(2s);
+    EXPECT_EQ(lock->unlockMessage().toStdString(), "MorvaneGPT is still locked.");
+    EXPECT_TRUE(vault.isLocked());
+    unlock();
+    EXPECT_FALSE(vault.isLocked());
+    EXPECT_EQ(lock->unlockMessage(), QString());
+}
+
+TEST_F(AppLockServiceTest, LocksAtEachMomentAndNotAgainForWhatHeldAlready)
+{
+    using Absence = SessionSignaling::Absence;
+    set(true);
+    for (const Absence &away :
+         {Absence{.isScreenLocked = true}, Absence{.isScreenSaverRunning = true},
+          Absence{.isSessionInactive = true}, Absence{.areDisplaysAsleep = true},
+          Absence{.isSystemAsleep = true}, Absence{.idleSeconds = 300}}) {
+        clock.advance(400s);
+        session.tell(away);
+        EXPECT_TRUE(lock->isLocked());
+        unlock();
+        session.tell(away); // a desktop that never tells of an end must not lock the person out
+        EXPECT_FALSE(lock->isLocked());
+        session.tell({});
+    }
+    session.tell({.isScreenLocked = true});
+    lock->unlock();
+    session.tell({.isScreenLocked = true, .isSystemAsleep = true});
+    TestWait::until([this] { return !lock->isUnlocking(); });
+    EXPECT_TRUE(lock->isLocked()) << "it came during the prompt";
+}
+
+TEST_F(AppLockServiceTest, IdleTimeIsJudgedWithoutAnyInput)
+{
+    set(true);
+    clock.advance(100s);
+    session.now.idleSeconds = 100;
+    lock->evaluate();
+    session.now.idleSeconds = 299;
+    clock.advance(200s);
+    EXPECT_FALSE(lock->isLocked());
+    session.now.idleSeconds = 300;
+    clock.advance(1s);
+    EXPECT_TRUE(lock->isLocked());
+    unlock();
+    settings.setAppLockIdleMinutes(0);
+    session.now.idleSeconds = 90000;
+    clock.advance(90000s);
+    lock->evaluate();
+    EXPECT_FALSE(lock->isLocked());
+    EXPECT_EQ(clock.pendingAlarms(), 0U) << "nothing to wake up for";
+    settings.setAppLockIdleMinutes(1);
+    EXPECT_TRUE(lock->isLocked());
+}
+
+TEST_F(AppLockServiceTest, BeginsLockedWithTheVaultAndForgetsAnUnlockWithItsWindow)
+{
+    settings.setAppLockEnabled(true);
+    keychain.setUserPresence(*keychain.InMemoryKeychainService::read(LocalDataVault::keyAccount),
+                             LocalDataVault::keyAccount, UserPresence::Required);
+    vault.lock();
+    makeLock();
+    EXPECT_TRUE(lock->isLocked());
+    lock->startWatching();
+    keychain.answers = {KeychainStatus::InteractionNotAllowed};
+    unlock();
+    EXPECT_TRUE(lock->isLocked());
+    lock->unlock();
+    lock.reset();
+    TestWait::settle();
+    EXPECT_TRUE(vault.isLocked());
+}
+
+} // namespace
+
+} // namespace morvane
