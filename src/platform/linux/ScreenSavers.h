@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QObject>
+#include <QVariantMap>
+
+class QDBusMessage;
+class QDBusObjectPath;
+
+namespace morvane {
+
+// The screen saver of the session, whichever desktop's, and what its portal says of it. GUI thread.
+class ScreenSavers : public QObject {
+    Q_OBJECT
+public:
+    explicit ScreenSavers(QDBusConnection bus, QObject *parent = nullptr);
+    ~ScreenSavers() override;
+
+    [[nodiscard]] bool isRunning() const { return m_isActive || m_isActiveOfPortal; }
+
+Q_SIGNALS:
+    void changed();
+
+private Q_SLOTS:
+    void activeChanged(bool active);
+    void stateChanged(const QDBusObjectPath &session, const QVariantMap &state);
+
+private:
+    void watchPortal();
+    void tellPortal(const QString &path, const QString &interface, const QString &method,
+                    const QVariantList &arguments);
+
+    QDBusConnection m_bus;
+    QString m_portalSession;
+    bool m_isActive = false;
+    bool m_isActiveOfPortal = false;
+};
+
+} // namespace morvane

@@ -1,0 +1,167 @@
+#include "platform/linux/PolkitPresence.h"
+
+#include "support/PrivateBus.h"
+
+#include <QDBusArgument>
+#include <QDBusMetaType>
+
+#include <gtest/gtest.h>
+
+#include <future>
+
+namespace morvane {
+
+struct PlayedJudgement {
+    bool isAuthorized = false;
+    bool isChallenge = false;
+    QMap<QString, QString> details = {};
+};
+
+static QDBusArgument &operator<<(QDBusArgument &argument, const PlayedJudgement &judgement)
+{
+    argument.beginStructure();
+    argument << judgement.isAuthorized << judgement.isChallenge << judgement.details;
+    argument.endStructure();
+    return argument;
+}
+
+static const QDBusArgument &operator>>(const QDBusArgument &argument, PlayedJudgement &)
+{
+    return argument;
+}
+
+} // namespace morvane
+
+Q_DECLARE_METATYPE(morvane::PlayedJudgement)
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+
+using Answer = UserPresenceConfirming::Answer;
+
+class PolkitPresenceTest : public testing::Test {
+protected:
+    PolkitPresenceTest()
+    {
+        qDBusRegisterMetaType<QMap<QString, QString>>();
+        qDBusRegisterMetaType<PlayedJudgement>();
+        qputenv("DBUS_SYSTEM_BUS_ADDRESS", bus.address());
+        qputenv("XDG_SESSION_ID", "7");
+        polkit.emplace(
+            bus.connection(), u"org.freedesktop.PolicyKit1"_s,
+            [this](const QDBusMessage &call, const QDBusConnection &on) { return hear(call, on); });
+    }
+    ~PolkitPresenceTest() override
+    {
+        qunsetenv("DBUS_SYSTEM_BUS_ADDRESS");
+        qunsetenv("XDG_SESSION_ID");
+    }
+
+    bool hear(const QDBusMessage &call, const QDBusConnection &on)
+    {
+        heard += call.member();
+        if (call.member() == u"RegisterAuthenticationAgent"_s)
+            return on.send(
+                agentRefusal.isEmpty()
+                    ? call.createReply()
+                    : call.createErrorReply(u"org.freedesktop.PolicyKit1.Error.Failed"_s, agentRefusal));
+        if (call.member() == u"CheckAuthorization"_s) {
+            asked += call.arguments().at(1).toString() + u' ' + call.arguments().at(3).toString();
+            if (hangs)
+                call.setDelayedReply(true);
+            else if (knowsAction)
+                return on.send(call.createReply(QVariant::fromValue(judgement)));
+            else
+                return on.send(call.createErrorReply(u"org.freedesktop.PolicyKit1.Error.Failed"_s,
+                                                     u"Action is not registered"_s));
+        } else {
+            return on.send(call.createReply());
+        }
+        return true;
+    }
+
+    template <typename T>
+    T beside(std::function<T()> question)
+    {
+        auto answer = std::async(std::launch::async, std::move(question));
+        TestWait::until([&] { // events arrive from other programs alone
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+            QMetaObject::invokeMethod(
+                qApp, [] {}, Qt::QueuedConnection);
+            return answer.wait_for(0ms) == std::future_status::ready;
+        });
+        return answer.get();
+    }
+    Answer confirm(std::chrono::milliseconds patience = 20s, std::stop_token stop = {})
+    {
+        return beside<Answer>([=] { return PolkitPresence(patience).confirm(u"unlock MorvaneGPT"_s, stop); });
+    }
+    bool canConfirm()
+    {
+        return beside<bool>([] { return PolkitPresence().canConfirm(); });
+    }
+
+    PrivateBus bus;
+    PlayedJudgement judgement{.isChallenge = true};
+    QString agentRefusal = u"An authentication agent already exists for the given subject"_s;
+    bool knowsAction = true;
+    bool hangs = false;
+    QStringList heard;
+    QStringList asked;
+    std::optional<PlayedService> polkit;
+};
+
+TEST_F(PolkitPresenceTest, TellsTheAnswersApart)
+{
+    const std::pair<PlayedJudgement, Answer> table[]{
+        {{.isAuthorized = true}, Answer::Confirmed},
+        {{}, Answer::Refused},
+        {{.details = {{u"polkit.dismissed"_s, u"true"_s}}}, Answer::Dismissed},
+        {{.isChallenge = true}, Answer::Unavailable}, // nobody was there to ask
+    };
+    for (const auto &[said, expected] : table) {
+        judgement = said;
+        EXPECT_EQ(confirm(), expected);
+    }
+    EXPECT_EQ(asked.first(), u"ai.morvane.MorvaneGPT.unlock 1"_s);
+}
+
+TEST_F(PolkitPresenceTest, AsksNobodyToLearnWhetherItCould)
+{
+    EXPECT_TRUE(canConfirm());
+    EXPECT_EQ(asked, QStringList(u"ai.morvane.MorvaneGPT.unlock 0"_s));
+    agentRefusal = u"Cannot determine session the caller is in"_s;
+    EXPECT_FALSE(canConfirm());
+    agentRefusal.clear();
+    EXPECT_FALSE(canConfirm()) << "nobody had a right to be asked first";
+    EXPECT_EQ(heard.last(), u"UnregisterAuthenticationAgent"_s);
+    judgement = {};
+    EXPECT_FALSE(canConfirm()) << "the machine's rules refuse it to everybody";
+    knowsAction = false;
+    EXPECT_FALSE(canConfirm()) << "not installed";
+    EXPECT_EQ(confirm(), Answer::Unavailable);
+}
+
+TEST_F(PolkitPresenceTest, APolkitThatHangsOrIsGoneHoldsNothingUp)
+{
+    hangs = true;
+    EXPECT_EQ(confirm(50ms), Answer::Unavailable);
+    TestWait::until([this] { return heard.last() == u"CancelCheckAuthorization"_s; });
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_EQ(confirm(20s, stop.get_token()), Answer::Dismissed);
+    polkit.reset();
+    EXPECT_EQ(confirm(), Answer::Unavailable);
+    EXPECT_FALSE(canConfirm());
+    qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere/at/all");
+    EXPECT_EQ(confirm(), Answer::Unavailable);
+    EXPECT_FALSE(canConfirm());
+}
+
+} // namespace
+
+} // namespace morvane
