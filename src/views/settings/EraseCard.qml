@@ -16,7 +16,10 @@ SettingsCard {
     function ask(asks: bool) {
         typed.clear();
         root.asking = asks;
-        (asks ? typed : begin).forceActiveFocus(Qt.TabFocusReason);
+        if (asks)
+            typed.forceActiveFocus(Qt.TabFocusReason);
+        else
+            begin.forceActiveFocus(Qt.TabFocusReason);
     }
 
     heading: qsTr("Delete All Local Data")
