@@ -208,6 +208,7 @@ void Launch::finish()
                                          VoicePorts{.output = &m_audio->output,
                                                     .microphones = &m_audio->microphones,
                                                     .permission = &m_audio->permission,
+                                                    .systemVoices = &m_audio->systemVoices,
                                                     .makeEngine = [this] { return m_audio->makeEngine(); }});
     if (m_commandLine.practiceServer)
         usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);

@@ -65,7 +65,7 @@ Voice::Voice(const VoicePorts &given, Storage &storage, Assistant &assistant, Cl
     : ports(given)
     , noOutput(std::make_unique<NoOutput>())
     , synthesizer(std::make_unique<FliteSynthesizer>())
-    , tts(std::make_unique<TextToSpeechService>(*synthesizer, output(), work))
+    , tts(std::make_unique<TextToSpeechService>(*synthesizer, output(), work, ports.systemVoices))
     , log(std::make_unique<VoiceDebugLog>(logPath(storage), clock, work))
     , permissions(ports.permission ? std::make_unique<AudioPermissionService>(*ports.permission) : nullptr)
     , packaged(std::make_unique<PocketSphinxRecognizer>(clock, work))

@@ -15,6 +15,7 @@ class MicrophoneDevices;
 class PocketSphinxRecognizer;
 class SpeechEngines;
 class SpeechRecognitionService;
+class SystemVoices;
 class TextToSpeechService;
 class VoiceDebugLog;
 class WhisperRecognizer;
@@ -29,6 +30,7 @@ struct VoicePorts {
     AudioPlaying *output = nullptr;
     MicrophoneDevices *microphones = nullptr;
     AudioPermitting *permission = nullptr;
+    SystemVoices *systemVoices = nullptr;
     std::function<std::unique_ptr<AudioCapturing>()> makeEngine = {};
 };
 

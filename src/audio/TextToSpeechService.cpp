@@ -4,6 +4,7 @@
 #include "audio/AudioPlaying.h"
 #include "audio/AudioQueue.h"
 #include "audio/SpeechSentences.h"
+#include "audio/SystemVoices.h"
 #include "markdown/SpeechText.h"
 #include "utils/log/Log.h"
 #include "utils/text/Text.h"
@@ -57,11 +58,12 @@ void synthesizeInto(AudioQueue &sound, SpeechSynthesizing &synthesizer,
 } // namespace
 
 TextToSpeechService::TextToSpeechService(SpeechSynthesizing &synthesizer, AudioPlaying &output, Work &work,
-                                         QObject *parent)
+                                         SystemVoices *others, QObject *parent)
     : QObject(parent)
     , m_synthesizer(synthesizer)
     , m_output(output)
     , m_work(work)
+    , m_others(others)
 {}
 
 TextToSpeechService::~TextToSpeechService()
@@ -80,7 +82,7 @@ QCoro::Task<> TextToSpeechService::speak(QString text, std::optional<QString> vo
                                             .voice = voiceIdentifier.value_or(QString()),
                                             .rate =
                                                 slowest + (m_synthesizer.maximumRate() - slowest) * share};
-    return run(QPointer(this), std::move(utterance), speakCodeBlocks, m_stop, std::move(stop));
+    return run(QPointer(this), std::move(utterance), share, speakCodeBlocks, m_stop, std::move(stop));
 }
 
 void TextToSpeechService::stop()
@@ -90,8 +92,9 @@ void TextToSpeechService::stop()
 }
 
 QCoro::Task<> TextToSpeechService::run(QPointer<TextToSpeechService> self,
-                                       SpeechSynthesizing::Utterance utterance, bool speakCodeBlocks,
-                                       std::stop_source stop, std::stop_token callersStop)
+                                       SpeechSynthesizing::Utterance utterance, double share,
+                                       bool speakCodeBlocks, std::stop_source stop,
+                                       std::stop_token callersStop)
 {
     const std::stop_callback passOn(callersStop, [stop]() mutable { stop.request_stop(); });
     try {
@@ -105,7 +108,9 @@ QCoro::Task<> TextToSpeechService::run(QPointer<TextToSpeechService> self,
         utterance.text = words.text;
         self->setSpeaking(true);
         Log::info(Log::Category::Audio, "Speaking response (%ld characters)"_L1, {words.characters});
-        co_await sound(self, std::move(utterance), stop.get_token());
+        const bool isSaid = co_await saidElsewhere(self, utterance, 2 * share - 1, stop.get_token());
+        if (self && !isSaid)
+            co_await sound(self, std::move(utterance), stop.get_token());
     } catch (const CancelledError &) {
         // It was stopped: what follows is the end, as after the last word.
     } catch (...) {
@@ -115,6 +120,22 @@ QCoro::Task<> TextToSpeechService::run(QPointer<TextToSpeechService> self,
     }
     if (self)
         self->ended(stop);
+}
+
+// By a voice that makes its own sound. A removed one leaves the text to the others.
+QCoro::Task<bool> TextToSpeechService::saidElsewhere(QPointer<TextToSpeechService> self,
+                                                     SpeechSynthesizing::Utterance utterance, double rate,
+                                                     std::stop_token stop)
+{
+    if (!self->m_others || !self->m_others->owns(utterance.voice))
+        co_return false;
+    utterance.rate = rate;
+    std::function<bool(std::stop_token)> saying =
+        [others = self->m_others, utterance = std::move(utterance)](const std::stop_token &stopped) {
+            return others->speak(utterance, stopped);
+        };
+    const bool isSaid = co_await self->m_work.run(std::move(saying), stop);
+    co_return isSaid;
 }
 
 QCoro::Task<> TextToSpeechService::sound(QPointer<TextToSpeechService> self,
@@ -138,9 +159,18 @@ QCoro::Task<> TextToSpeechService::sound(QPointer<TextToSpeechService> self,
     co_await self->m_output.play(sound, stop);
 }
 
-QCoro::Task<std::vector<SpeechSynthesizing::Voice>> TextToSpeechService::voices(std::stop_token stop)
+QCoro::Task<std::vector<SpeechSynthesizing::Voice>>
+TextToSpeechService::voices(std::optional<QString> chosen, Asking asking, std::stop_token stop)
 {
-    return m_work.run([&synthesizer = m_synthesizer] { return synthesizer.voices(); }, std::move(stop));
+    const bool asksOthers = m_others && (asking == Asking::All || m_others->owns(chosen.value_or(QString())));
+    return m_work.run(
+        [&synthesizer = m_synthesizer, others = asksOthers ? m_others : nullptr] {
+            auto all = synthesizer.voices();
+            if (others)
+                std::ranges::move(others->voices(), std::back_inserter(all));
+            return all;
+        },
+        std::move(stop));
 }
 
 void TextToSpeechService::ended(const std::stop_source &utterance)

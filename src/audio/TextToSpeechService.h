@@ -10,6 +10,7 @@ namespace morvane {
 
 class AudioPlaying;
 class AudioQueue;
+class SystemVoices;
 class Work;
 
 // Reads replies aloud: formatting is taken out, a worker makes the sound sentence by sentence, and the first
@@ -19,9 +20,10 @@ class TextToSpeechService : public QObject, public morvane::SpeechOutputting {
     Q_PROPERTY(bool isSpeaking READ isSpeaking NOTIFY isSpeakingChanged)
 
 public:
-    // All outlive this object; the synthesizer outlives the end of `work`.
+    // All outlive this object; the voices outlive the end of `work`. Without `others` there are those of the
+    // synthesizer alone.
     TextToSpeechService(SpeechSynthesizing &synthesizer, AudioPlaying &output, Work &work,
-                        QObject *parent = nullptr);
+                        SystemVoices *others = nullptr, QObject *parent = nullptr);
     ~TextToSpeechService() override;
 
     [[nodiscard]] bool isSpeaking() const { return m_isSpeaking; }
@@ -30,15 +32,23 @@ public:
                                       bool speakCodeBlocks, std::stop_token stop) override;
     void stop() override;
 
-    // The voices of this machine.
-    [[nodiscard]] QCoro::Task<std::vector<SpeechSynthesizing::Voice>> voices(std::stop_token stop);
+    // The voices of this machine; with those of the desktop's service, which it starts, if that is asked or
+    // one of them is chosen.
+    enum class Asking { Own, All };
+    [[nodiscard]] QCoro::Task<std::vector<SpeechSynthesizing::Voice>>
+    voices(std::optional<QString> chosen, Asking asking, std::stop_token stop);
+    [[nodiscard]] bool hasOthers() const { return m_others != nullptr; }
 
 Q_SIGNALS:
     void isSpeakingChanged();
 
 private:
     static QCoro::Task<> run(QPointer<TextToSpeechService> self, SpeechSynthesizing::Utterance utterance,
-                             bool speakCodeBlocks, std::stop_source stop, std::stop_token callersStop);
+                             double share, bool speakCodeBlocks, std::stop_source stop,
+                             std::stop_token callersStop);
+    static QCoro::Task<bool> saidElsewhere(QPointer<TextToSpeechService> self,
+                                           SpeechSynthesizing::Utterance utterance, double rate,
+                                           std::stop_token stop);
     static QCoro::Task<> sound(QPointer<TextToSpeechService> self, SpeechSynthesizing::Utterance utterance,
                                std::stop_token stop);
     void ended(const std::stop_source &utterance);
@@ -47,6 +57,7 @@ private:
     SpeechSynthesizing &m_synthesizer;
     AudioPlaying &m_output;
     Work &m_work;
+    SystemVoices *const m_others;
     std::stop_source m_stop{std::nostopstate}; // of what is spoken now
     bool m_isSpeaking = false;
 };

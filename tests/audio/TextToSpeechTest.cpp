@@ -3,6 +3,7 @@
 #include "audio/AudioPlaying.h"
 #include "audio/AudioQueue.h"
 #include "audio/SpeechSentences.h"
+#include "audio/SystemVoices.h"
 #include "audio/TextToSpeechService.h"
 #include "audio/engines/FliteSynthesizer.h"
 #include "support/Await.h"
@@ -43,6 +44,29 @@ private:
     std::vector<Utterance> m_said;
 };
 
+// A service with one voice, which says a text until it is stopped.
+class ScriptedSystemVoices final : public SystemVoices {
+public:
+    [[nodiscard]] bool owns(const QString &identifier) const override
+    {
+        return identifier.startsWith(u"sys:"_s);
+    }
+    std::vector<SpeechSynthesizing::Voice> voices() override { return {{u"sys:there"_s, u"There"_s}}; }
+    bool speak(const SpeechSynthesizing::Utterance &utterance, const std::stop_token &stop) override
+    {
+        if (utterance.voice != u"sys:there"_s)
+            return false;
+        rate = utterance.rate;
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(), [] {}, Qt::QueuedConnection); // wakes the test
+        while (!stop.stop_requested())
+            std::this_thread::yield();
+        return true;
+    }
+
+    std::atomic<double> rate = 9;
+};
+
 // Plays until the test ends it; false is a machine without a loudspeaker.
 class ScriptedOutput final : public AudioPlaying {
 public:
@@ -81,10 +105,10 @@ protected:
         work.end();
         TestWait::settle();
     }
-    void speak(const QString &text, double rate = 0.5, bool code = false)
+    void speak(const QString &text, double rate = 0.5, bool code = false, const QString &by = u"one"_s)
     {
         m_outcome = std::make_shared<TestWait::Outcome<void>>();
-        TestWait::collect<void>(service.speak(text, u"one"_s, rate, code, stop.get_token()), m_outcome);
+        TestWait::collect<void>(service.speak(text, by, rate, code, stop.get_token()), m_outcome);
         TestWait::until([this, before = output.sounds.size()] {
             return m_outcome->done || output.sounds.size() > before;
         });
@@ -107,7 +131,8 @@ protected:
     Work work{clock};
     ScriptedVoice voice;
     ScriptedOutput output;
-    TextToSpeechService service{voice, output, work};
+    ScriptedSystemVoices others;
+    TextToSpeechService service{voice, output, work, &others};
     std::stop_source stop;
 
 private:
@@ -186,6 +211,27 @@ TEST_F(TextToSpeechTest, ALongReplyIsHeldOnlyAFewSecondsAheadAndStopsAtOnce)
     speak(u"Nobody hears it."_s);
     output.end(false);
     EXPECT_TRUE(hasEnded() && hasFailed() && !service.isSpeaking());
+}
+
+TEST_F(TextToSpeechTest, AVoiceOfTheSystemSpeaksByItselfAndARemovedOneLeavesItToTheOthers)
+{
+    using Asking = TextToSpeechService::Asking;
+    for (const auto &[chosen, asking, count] : std::vector<std::tuple<QString, Asking, std::size_t>>{
+             {u"one"_s, Asking::Own, 1}, {u"one"_s, Asking::All, 2}, {u"sys:gone"_s, Asking::Own, 2}})
+        EXPECT_EQ(TestWait::await(service.voices(chosen, asking, {})).size(), count) << chosen.toStdString();
+    speak(u"Removed."_s, 0, false, u"sys:gone"_s);
+    EXPECT_EQ(pieces(), QStringList{u"Removed."_s});
+    output.end(true);
+    EXPECT_TRUE(hasEnded() && others.rate == 9);
+
+    const auto outcome = std::make_shared<TestWait::Outcome<void>>();
+    TestWait::collect<void>(service.speak(u"There."_s, u"sys:there"_s, 0, false, {}), outcome);
+    TestWait::until([this] { return others.rate != 9; });
+    EXPECT_EQ(others.rate, -1);
+    EXPECT_TRUE(service.isSpeaking() && output.sounds.size() == 1);
+    service.stop();
+    TestWait::until([&] { return outcome->done; });
+    EXPECT_FALSE(service.isSpeaking() || outcome->error);
 }
 
 TEST(AudioQueueTest, SoundStaysInOrderAndIsWipedReadOrNot)

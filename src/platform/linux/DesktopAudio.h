@@ -5,6 +5,7 @@
 #include "platform/linux/AudioThread.h"
 #include "platform/linux/MicrophonePermission.h"
 #include "platform/linux/Microphones.h"
+#include "platform/linux/SpeechDispatcher.h"
 
 namespace morvane {
 
@@ -14,6 +15,7 @@ struct DesktopAudio {
     AudioOutput output{thread};
     Microphones microphones{thread};
     MicrophonePermission permission;
+    SpeechDispatcher systemVoices;
 
     [[nodiscard]] std::unique_ptr<AudioCapturing> makeEngine()
     {

@@ -48,11 +48,26 @@ void SpeakingViewModel::refresh()
 
 QCoro::Task<> SpeakingViewModel::ask(QPointer<SpeakingViewModel> self, std::stop_token stop)
 {
-    const auto voices = co_await self->m_speech.voices(stop);
+    using Asking = TextToSpeechService::Asking;
+    const Asking asking = self->m_isAskedForMore ? Asking::All : Asking::Own;
+    std::optional<QString> chosen = self->m_settings.voiceIdentifier();
+    const auto voices = co_await self->m_speech.voices(std::move(chosen), asking, stop);
     if (!self || stop.stop_requested())
         co_return;
     self->m_voices = voices;
     Q_EMIT self->changed();
+}
+
+bool SpeakingViewModel::hasMore() const
+{
+    return m_speech.hasOthers() && !m_isAskedForMore;
+}
+
+void SpeakingViewModel::showMore()
+{
+    m_isAskedForMore = true;
+    refresh();
+    Q_EMIT changed();
 }
 
 void SpeakingViewModel::listen()

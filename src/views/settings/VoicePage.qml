@@ -73,7 +73,7 @@ SettingsPage {
     }
     SettingsCard {
         heading: qsTr("Voices")
-        visible: root.speaking.voices.length > 1
+        visible: root.speaking.voices.length > 1 || root.speaking.hasMore
 
         Repeater {
             model: root.speaking.voices
@@ -86,6 +86,17 @@ SettingsPage {
                 title: modelData
                 chosen: index === root.speaking.voice
                 onPicked: root.speaking.voice = index
+            }
+        }
+        SettingsRow {
+            visible: root.speaking.hasMore
+            title: qsTr("Other languages")
+            explanation: qsTr("Asks speech-dispatcher for the voices that are installed, and starts it for that.")
+
+            PushButton {
+                objectName: "voice.more"
+                text: qsTr("Show")
+                onClicked: root.speaking.showMore()
             }
         }
     }
