@@ -22,13 +22,14 @@ namespace morvane {
 using namespace Qt::StringLiterals;
 
 AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets,
-                   Work &work, ReplyNotifying *notifications, const VoicePorts &voice, QObject *parent)
+                   Work &work, ReplyNotifying *notifications, const VoicePorts &voice,
+                   const DesktopPorts &desktop, QObject *parent)
     : QObject(parent)
     , m_host(host)
     , m_work(work)
     , m_notifications(notifications)
     , m_storage(commandLine, host, clock, secrets)
-    , m_assistant(commandLine, m_storage, secrets, clock, work)
+    , m_assistant(commandLine, m_storage, secrets, desktop, clock, work)
     , m_voice(voice, m_storage, m_assistant, clock, work)
     , m_presentation(m_storage, m_assistant, m_voice, secrets, clock, work, notifications)
     , m_sealingWatch(m_storage, *m_presentation.shell, clock, work)
@@ -64,6 +65,9 @@ void AppState::letThePersonApprove()
     ToolRegistry::Hooks hooks;
     hooks.approvalHandler = ask(false);
     hooks.chatWideApprovalHandler = ask(true);
+    hooks.permissionAttentionHandler = [&chat = *m_presentation.chat](const UserPresentableError &error) {
+        chat.showPermissionProblem(error);
+    };
     m_assistant.tools->setHooks(std::move(hooks));
     connect(m_presentation.chat.get(), &ChatViewModel::needsAttention, this, &AppState::mainWindowRequested);
 }

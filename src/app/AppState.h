@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/Assistant.h"
+#include "app/DesktopHands.h"
 #include "app/Presentation.h"
 #include "app/SealingWatch.h"
 #include "app/Storage.h"
@@ -20,7 +21,7 @@ public:
     // `notifications` none are posted.
     AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets, Work &work,
              ReplyNotifying *notifications = nullptr, const VoicePorts &voice = {},
-             QObject *parent = nullptr);
+             const DesktopPorts &desktop = {}, QObject *parent = nullptr);
     ~AppState() override;
 
     [[nodiscard]] Storage &storage() { return m_storage; }

@@ -8,6 +8,7 @@
 #include "ai/routing/AIRequestRouter.h"
 #include "ai/routing/RouteConfiguration.h"
 #include "ai/tools/ToolRegistry.h"
+#include "app/DesktopHands.h"
 #include "app/PrivateCloudParts.h"
 #include "app/Storage.h"
 #include "attestation/ProofLedger.h"
@@ -22,6 +23,7 @@
 #include "platform/linux/LinuxMachine.h"
 #include "security/LocalDataVault.h"
 #include "security/ServiceIdentity.h"
+#include "services/DesktopActionService.h"
 #include "services/WebAccessService.h"
 
 #include <QCoreApplication>
@@ -90,8 +92,8 @@ AIRequestRouter::Services routing(const Assistant &assistant, Storage &storage, 
 
 } // namespace
 
-Assistant::Assistant(const CommandLine &commandLine, Storage &storage, const Secrets &secrets, Clock &clock,
-                     Work &work)
+Assistant::Assistant(const CommandLine &commandLine, Storage &storage, const Secrets &secrets,
+                     const DesktopPorts &desktop, Clock &clock, Work &work)
     : networkLedger(std::make_unique<NetworkLedger>())
     , network(std::make_unique<AppNetwork>(*networkLedger, clock))
     , proofs(std::make_unique<ProofLedger>())
@@ -111,9 +113,13 @@ Assistant::Assistant(const CommandLine &commandLine, Storage &storage, const Sec
                                                                         .clock = clock,
                                                                         .work = work},
                                              searchEndpoints(commandLine)))
-    // Nothing reads the screen or acts on the desktop here yet; those abilities say so and are not offered.
-    , tools(std::make_unique<ToolRegistry>(ToolRegistry::Services{
-          .settings = *storage.settings, .memory = *memory, .web = *web, .clock = clock}))
+    , hands(std::make_unique<DesktopHands>(desktop, *storage.settings, clock))
+    // Nothing reads the screen here yet; that ability says so and is not offered.
+    , tools(std::make_unique<ToolRegistry>(ToolRegistry::Services{.settings = *storage.settings,
+                                                                  .memory = *memory,
+                                                                  .web = *web,
+                                                                  .clock = clock,
+                                                                  .desktop = hands->actions.get()}))
     , privateCloud(
           std::make_unique<PrivateCloudParts>(commandLine, PrivateCloudParts::Services{.storage = storage,
                                                                                        .secrets = secrets,

@@ -24,6 +24,8 @@ class TextExtractionService;
 class ToolRegistry;
 class WebAccessService;
 class Work;
+struct DesktopHands;
+struct DesktopPorts;
 struct PrivateCloudParts;
 struct Secrets;
 struct Storage;
@@ -32,8 +34,8 @@ struct Storage;
 // who decides where a turn goes. A new service finds its place above the first one that needs it. What the
 // constructor takes outlives this.
 struct Assistant {
-    Assistant(const CommandLine &commandLine, Storage &storage, const Secrets &secrets, Clock &clock,
-              Work &work);
+    Assistant(const CommandLine &commandLine, Storage &storage, const Secrets &secrets,
+              const DesktopPorts &desktop, Clock &clock, Work &work);
     ~Assistant();
 
     const std::unique_ptr<NetworkLedger> networkLedger;
@@ -46,6 +48,7 @@ struct Assistant {
     const std::unique_ptr<TextExtractionService> textExtraction;
     const std::unique_ptr<DocumentImportService> documents;
     const std::unique_ptr<WebAccessService> web;
+    const std::unique_ptr<DesktopHands> hands;
     const std::unique_ptr<ToolRegistry> tools;
     const std::unique_ptr<PrivateCloudParts> privateCloud;
     const std::unique_ptr<LocalMachine> machine;

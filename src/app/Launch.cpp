@@ -14,6 +14,7 @@
 #include "platform/linux/DesktopAppearance.h"
 #include "platform/linux/DesktopAudio.h"
 #include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/LinuxHands.h"
 #include "platform/linux/WebBrowser.h"
 #include "security/TestHost.h"
 #include "utils/files/PrivateFile.h"
@@ -58,6 +59,11 @@ KeyExpectation expectationOf(const SupportFolders &folders)
     return SealedData::exists(folders) ? KeyExpectation::MustExist : KeyExpectation::Unknown;
 }
 
+QString shortcutsFolder(const SupportFolders &folders)
+{
+    return folders.data + u'/' + Product::storeFolder + u"/Shortcuts"_s;
+}
+
 // A practice profile starts out pointing at its server.
 void usePracticeServer(SettingsStore &settings, const QString &address)
 {
@@ -78,6 +84,9 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::uniqu
     , m_appearance(std::make_unique<DesktopAppearance>())
     , m_notifications(std::make_unique<DesktopNotifications>())
     , m_audio(std::make_unique<DesktopAudio>())
+    , m_hands(std::make_unique<LinuxHands>(DesktopNotifications::sessionBus(),
+                                           shortcutsFolder(m_commandLine.folders()),
+                                           m_commandLine.folders().runtime, m_clock, m_work))
     , m_files(m_commandLine.files)
 {
     connect(&m_secrets.preparation(), &KeychainPreparation::stateChanged, this, &Launch::keychainChanged);
@@ -209,7 +218,11 @@ void Launch::finish()
                                                     .microphones = &m_audio->microphones,
                                                     .permission = &m_audio->permission,
                                                     .systemVoices = &m_audio->systemVoices,
-                                                    .makeEngine = [this] { return m_audio->makeEngine(); }});
+                                                    .makeEngine = [this] { return m_audio->makeEngine(); }},
+                                         DesktopPorts{.links = &m_hands->links,
+                                                      .calendars = &m_hands->calendars,
+                                                      .shortcuts = &m_hands->shortcuts,
+                                                      .shortcutsFolder = m_hands->shortcuts.folder()});
     if (m_commandLine.practiceServer)
         usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);
     ShellViewModel &shell = *m_state->presentation().shell;

@@ -22,6 +22,7 @@ class AppState;
 class DemoPlayer;
 class DesktopAppearance;
 struct DesktopAudio;
+struct LinuxHands;
 class DesktopNotifications;
 class MainWindowController;
 class StartupWindow;
@@ -70,6 +71,7 @@ private:
     std::unique_ptr<DesktopAppearance> m_appearance;
     std::unique_ptr<DesktopNotifications> m_notifications;
     std::unique_ptr<DesktopAudio> m_audio;
+    std::unique_ptr<LinuxHands> m_hands;
     std::unique_ptr<StartupWindow> m_startupWindow; // while the key is waited for
     std::unique_ptr<Alarm> m_patience;
     std::unique_ptr<WindowEngine> m_windowEngine; // until the window has it

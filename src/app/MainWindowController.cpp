@@ -4,11 +4,12 @@
 #include "persistence/SettingsStore.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
-#include "view_models/chat/NoteReceiptsModel.h"
+#include "view_models/chat/ReceiptsModel.h"
 #include "view_models/companion/CompanionViewModel.h"
 #include "view_models/find/FindViewModel.h"
 #include "view_models/settings/AISettingsViewModel.h"
 #include "view_models/settings/AbilitiesViewModel.h"
+#include "view_models/settings/CalendarsViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
 #include "view_models/settings/LocalModelViewModel.h"
 #include "view_models/settings/MemoryViewModel.h"
@@ -20,6 +21,7 @@
 #include "view_models/settings/ProofLedgerViewModel.h"
 #include "view_models/settings/RecognitionViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
+#include "view_models/settings/ShortcutListModel.h"
 #include "view_models/settings/SpeakingViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
 #include "view_models/sidebar/HistorySearchModel.h"
@@ -56,6 +58,8 @@ MainWindowController::MainWindowController(Presentation &presentation, std::uniq
                              {u"instructions"_s, QVariant::fromValue(presentation.instructions.get())},
                              {u"abilities"_s, QVariant::fromValue(presentation.abilities.get())},
                              {u"searchKey"_s, QVariant::fromValue(presentation.searchKey.get())},
+                             {u"calendars"_s, QVariant::fromValue(presentation.calendars.get())},
+                             {u"shortcuts"_s, QVariant::fromValue(presentation.shortcuts.get())},
                              {u"memory"_s, QVariant::fromValue(presentation.notes.get())},
                              {u"receipts"_s, QVariant::fromValue(presentation.receipts.get())},
                              {u"aiSettings"_s, QVariant::fromValue(presentation.aiSettings.get())},

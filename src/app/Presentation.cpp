@@ -5,6 +5,7 @@
 #include "ai/speech/WhisperSetup.h"
 #include "ai/tools/ToolRegistry.h"
 #include "app/Assistant.h"
+#include "app/DesktopHands.h"
 #include "app/PrivateCloudParts.h"
 #include "app/Storage.h"
 #include "app/Voice.h"
@@ -22,11 +23,12 @@
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/chat/GhostClipboard.h"
-#include "view_models/chat/NoteReceiptsModel.h"
+#include "view_models/chat/ReceiptsModel.h"
 #include "view_models/companion/CompanionViewModel.h"
 #include "view_models/find/FindViewModel.h"
 #include "view_models/settings/AISettingsViewModel.h"
 #include "view_models/settings/AbilitiesViewModel.h"
+#include "view_models/settings/CalendarsViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
 #include "view_models/settings/LocalModelViewModel.h"
 #include "view_models/settings/MemoryViewModel.h"
@@ -38,6 +40,7 @@
 #include "view_models/settings/ProofLedgerViewModel.h"
 #include "view_models/settings/RecognitionViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
+#include "view_models/settings/ShortcutListModel.h"
 #include "view_models/settings/SpeakingViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
 #include "view_models/sidebar/HistorySearchModel.h"
@@ -87,7 +90,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
     , search(std::make_unique<HistorySearchModel>(*storage.repository, clock, work))
     , find(std::make_unique<FindViewModel>(*chat->messages(), *storage.repository, clock, work))
     , sources(std::make_unique<SourceMenuViewModel>(*assistant.router))
-    , receipts(std::make_unique<NoteReceiptsModel>(*assistant.memory))
+    , receipts(std::make_unique<ReceiptsModel>(*assistant.memory, assistant.hands->receipts.get()))
     , aiSettings(std::make_unique<AISettingsViewModel>(settings, secrets.keychain, *assistant.router,
                                                        *assistant.network, work))
     , localModel(std::make_unique<LocalModelViewModel>(*assistant.localModel, settings, clock, work))
@@ -101,6 +104,10 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
               return web.testKey(std::move(key), std::move(stop));
           },
           work))
+    , calendars(std::make_unique<CalendarsViewModel>(settings, assistant.hands->ports.calendars))
+    , shortcuts(std::make_unique<ShortcutListModel>(
+          ShortcutListModel::Ports{assistant.hands->ports.shortcuts, assistant.hands->ports.links},
+          assistant.hands->ports.shortcutsFolder))
     , notes(std::make_unique<MemoryViewModel>(*assistant.memory))
     , networkLedger(std::make_unique<NetworkLedgerViewModel>(*assistant.networkLedger, clock))
     , proofLedger(std::make_unique<ProofLedgerViewModel>(

@@ -160,6 +160,7 @@ private:
     MORVANE_SETTING(bool, webAccessEnabled, WebAccessEnabled, "webAccessEnabled", true)
     MORVANE_SETTING(bool, screenAwarenessEnabled, ScreenAwarenessEnabled, "screenAwarenessEnabled", false)
     MORVANE_SETTING(bool, desktopActionsEnabled, DesktopActionsEnabled, "desktopActionsEnabled", false)
+    MORVANE_STORED(std::optional<QString>, eventCalendarID, EventCalendarID, "eventCalendarID", std::nullopt)
     MORVANE_SETTING(bool, appLockEnabled, AppLockEnabled, "appLockEnabled", false)
     MORVANE_NUMBER(appLockIdleMinutes, AppLockIdleMinutes, "appLockIdleMinutes", 5)
     MORVANE_NUMBER(maxContextMessages, MaxContextMessages, "maxContextMessages", 30)

@@ -95,6 +95,7 @@ Q_SIGNALS:
     void settingsRequested(); // something outside the window asks for the settings page
     void voiceSettingsRequested();
     void replyLimitRequested(); // the settings page is wanted at the longest reply
+    void abilitiesRequested();  // the settings page of the abilities is wanted
 
 private:
     SettingsStore &m_settings;

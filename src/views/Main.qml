@@ -13,9 +13,11 @@ T.ApplicationWindow {
     required property FindViewModel find
     required property SourceMenuViewModel sources
     required property InstructionsViewModel instructions
-    required property NoteReceiptsModel receipts
+    required property ReceiptsModel receipts
     required property AbilitiesViewModel abilities
     required property SearchKeyViewModel searchKey
+    required property CalendarsViewModel calendars
+    required property ShortcutListModel shortcuts
     required property MemoryViewModel memory
     required property AISettingsViewModel aiSettings
     required property LocalModelViewModel localModel
@@ -82,6 +84,8 @@ T.ApplicationWindow {
                 instructions: window.instructions,
                 abilities: window.abilities,
                 searchKey: window.searchKey,
+                calendars: window.calendars,
+                shortcuts: window.shortcuts,
                 memory: window.memory,
                 networkLedger: window.networkLedger,
                 proofLedger: window.proofLedger,
@@ -98,9 +102,12 @@ T.ApplicationWindow {
         opened.requestActivate();
     }
 
-    function openLedger() {
+    function openSettingsAt(page: string) {
         window.openSettings();
-        (settingsLoader.item as SettingsWindow).page = "network";
+        (settingsLoader.item as SettingsWindow).page = page;
+    }
+    function openLedger() {
+        window.openSettingsAt("network");
     }
     function openWelcome() {
         if (!welcomeLoader.item)
@@ -316,10 +323,8 @@ T.ApplicationWindow {
         function onWelcomeRequested() { window.openWelcome(); }
 
         function onSettingsRequested() { window.openSettings(); }
-        function onVoiceSettingsRequested() {
-            window.openSettings();
-            (settingsLoader.item as SettingsWindow).page = "voice";
-        }
+        function onVoiceSettingsRequested() { window.openSettingsAt("voice"); }
+        function onAbilitiesRequested() { window.openSettingsAt("abilities"); }
         function onReplyLimitRequested() {
             window.openSettings();
             (settingsLoader.item as SettingsWindow).focusReplyLimit();

@@ -1,3 +1,4 @@
+#include "services/DesktopActionError.h"
 #include "services/ScreenGlanceError.h"
 #include "services/WebAccessError.h"
 #include "support/TestData.h"
@@ -31,6 +32,20 @@ TEST(ServiceErrorsTest, SayTheAgreedWords)
     for (const Screen screen : {Screen::permissionNeeded, Screen::needsRelaunch, Screen::captureFailed,
                                 Screen::noTextFound, Screen::hiddenByFullScreen})
         words += wordsOf(ScreenGlanceError(screen));
+    using Desktop = DesktopActionError;
+    using Why = Desktop::ShortcutRefused::Why;
+    const QString name = QStringLiteral("Tidy up");
+    for (const Desktop::Case &desktop : std::initializer_list<Desktop::Case>{
+             Desktop::DisallowedScheme{QStringLiteral("file")}, Desktop::ShortcutNotFound{name, {}},
+             Desktop::ShortcutNotFound{name, {QStringLiteral("a"), QStringLiteral("b")}},
+             Desktop::ShortcutTimedOut{name}, Desktop::ShortcutRefused{name, Why::leadsOut},
+             Desktop::ShortcutRefused{name, Why::othersMayWriteIt},
+             Desktop::ShortcutRefused{name, Why::othersMayWriteTheFolder},
+             Desktop::Plain::shortcutsUnavailable, Desktop::Plain::shortcutFailed, Desktop::Plain::invalidURL,
+             Desktop::Plain::openFailed, Desktop::Plain::openDismissed, Desktop::Plain::calendarAccessDenied,
+             Desktop::Plain::calendarUnavailable, Desktop::Plain::calendarSaveFailed,
+             Desktop::Plain::calendarEventInvalid, Desktop::Plain::calendarEventInPast})
+        words += wordsOf(Desktop(desktop));
     EXPECT_EQ(words, TestData::text("services/errors.txt"));
 }
 

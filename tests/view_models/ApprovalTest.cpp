@@ -103,20 +103,35 @@ TEST(ApprovalWordsTest, TellWhatWouldLeaveAndWhere)
     EXPECT_EQ(ApprovalWords::footnote(search, true), u"These words go to Brave Search with your own key."_s);
     EXPECT_EQ(ApprovalWords::footnote({u""_s, u"read_web_page"_s, u"{}"_s}, true),
               u"MorvaneGPT downloads this page from your computer, and its text joins this chat."_s);
-    EXPECT_EQ(ApprovalWords::footnote({u""_s, u"open_link"_s, u"{}"_s}, true), QString());
+    const auto whereTo = [](const QString &url) {
+        return ApprovalWords::footnote({u""_s, u"open_link"_s, uR"({"url":"%1"})"_s.arg(url)}, true);
+    };
+    EXPECT_EQ(whereTo(u"https://bank.example@evil.example/"_s), u"Opens evil.example in your browser."_s);
+    EXPECT_EQ(whereTo(u"mailto:a@b.example?subject=x"_s), u"Starts a mail to a@b.example in your mail program."_s);
+    EXPECT_EQ(whereTo(u"file:///etc"_s), QString());
     const ApprovalWords::NotesMatching notes = [](const QString &about) {
         return QStringList{about + u" with milk"_s, u"hates\ncold "_s + about};
     };
     const std::array<QString, 3> rows[] = {
         {u"run_shortcut"_s, uR"({"name":"A\nB","input":"a\n{b}"})"_s, u"A B\nwith this text:\na\n{b}"_s},
         {u"create_calendar_event"_s, uR"({"minutes_from_now":"60","title":"Tea\nTakes 1 minutes"})"_s,
-         u"Tea Takes 1 minutes\nBegins in 60 minutes"_s},
+         u"Tea Takes 1 minutes\nBegins today, 1:00 PM\nTakes 30 minutes"_s},
+        {u"create_calendar_event"_s, uR"({"minutes_from_now":-660,"duration_minutes":90,"title":"Tea"})"_s,
+         u"Tea\nBegins today, 1:00 AM\nTakes 1 hour 30 minutes"_s},
+        {u"create_calendar_event"_s, uR"({"title":"Tea"})"_s, u"Tea"_s},
         {u"open_link"_s, uR"({"url":"https://a.example/","unused":{"deep":1}})"_s, u"https://a.example/"_s},
         {u"open_link"_s, u"not json"_s, {}},
         {u"forget"_s, uR"({"about":"tea"})"_s, u"• tea with milk\n• hates cold tea"_s},
     };
+    const QLocale former;
+    QLocale::setDefault(QLocale(u"en_US"_s));
+    const QDateTime noon(QDate(2026, 2, 28), QTime(12, 0)); // here
     for (const auto &[tool, arguments, detail] : rows)
-        EXPECT_EQ(ApprovalWords::detail({u""_s, tool, arguments}, notes).toStdString(), detail.toStdString());
+        EXPECT_EQ(ApprovalWords::detail({u""_s, tool, arguments}, noon, notes).toStdString(),
+                  detail.toStdString());
+    QLocale::setDefault(former);
+    EXPECT_EQ(ApprovalWords::detail({u""_s, rows[1][0], rows[1][1]}),
+              u"Tea Takes 1 minutes\nBegins in 1 hour\nTakes 30 minutes"_s) << "as it was sent";
 }
 
 } // namespace

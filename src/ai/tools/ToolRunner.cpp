@@ -1,5 +1,6 @@
 #include "ai/tools/ToolRunner.h"
 
+#include "ai/tools/EventArguments.h"
 #include "ai/tools/SearchListing.h"
 #include "ai/tools/WebAddress.h"
 #include "memory/MemoryStore.h"
@@ -11,8 +12,6 @@
 #include <QDateTime>
 #include <QStringList>
 
-#include <cmath>
-
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -22,9 +21,6 @@ namespace {
 using Turn = std::shared_ptr<TurnContext>;
 
 constexpr qsizetype longestPage = 6000; // characters
-constexpr double usualDuration = 30;    // minutes
-// About three thousand years on either side. A moment further away is none that a calendar could hold.
-constexpr double furthestMoment = 1e11; // seconds
 
 QString unreadableNotes()
 {
@@ -124,17 +120,12 @@ QCoro::Task<ToolOutcome> openLink(ToolArguments arguments, DesktopActing *deskto
 QCoro::Task<ToolOutcome> createCalendarEvent(ToolArguments arguments, Turn turn, DesktopActing *desktop,
                                              QDateTime asked, std::stop_token stop)
 {
-    const auto title = arguments.text("title"_L1);
-    const auto minutes = arguments.number("minutes_from_now"_L1);
-    const double seconds = minutes.value_or(0) * 60;
-    if (!title || !minutes || std::abs(seconds) > furthestMoment)
+    auto wish = EventArguments::wish(arguments, asked);
+    if (!wish)
         co_return ToolFailure::because(u"Both title and minutes_from_now are required."_s);
-    const double duration = arguments.number("duration_minutes"_L1).value_or(usualDuration);
-    const auto wholeMinutes =
-        static_cast<std::int64_t>(std::clamp(duration, -furthestMoment, furthestMoment));
-    const DesktopActing::EventWish wish{*title, asked.addMSecs(std::llround(seconds * 1000)), wholeMinutes,
-                                        turn->chatID.value_or(QString())};
-    const QString done = co_await desktop->createEvent(wish, stop);
+    wish->chat = turn->chatID.value_or(QString());
+    const DesktopActing::EventWish wanted = *wish;
+    const QString done = co_await desktop->createEvent(wanted, stop);
     co_return ToolOutcome{done};
 }
 

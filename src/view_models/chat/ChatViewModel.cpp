@@ -126,6 +126,13 @@ void ChatViewModel::stopVoice()
     m_reader.stop();
 }
 
+void ChatViewModel::showPermissionProblem(const UserPresentableError &error)
+{
+    m_banner.show(ErrorBanner{.message = error.userMessage(),
+                              .suggestion = error.recoverySuggestion().value_or(QString()),
+                              .recovery = ErrorBanner::Recovery::openAbilities});
+}
+
 void ChatViewModel::restartLocalModel()
 {
     if (!m_services.localModel)
@@ -346,7 +353,7 @@ QCoro::Task<ApprovalAnswer> ChatViewModel::requestApproval(QString verb, AIToolC
     ApprovalRequest request;
     request.id = QUuid::createUuid();
     request.verb = std::move(verb);
-    request.detail = ApprovalWords::detail(call, m_services.notesMatching);
+    request.detail = ApprovalWords::detail(call, m_services.clock.now(), m_services.notesMatching);
     request.footnote = ApprovalWords::footnote(call, ownKey);
     request.call = std::move(call);
     request.offersChatWideYes = offersChatWideYes;

@@ -158,6 +158,8 @@ public:
     Q_INVOKABLE void retryLastTurn();
     // The remedy of a banner; says so when it didn't help.
     Q_INVOKABLE void restartLocalModel();
+    // A permission of the system stands in the way of an ability.
+    void showPermissionProblem(const UserPresentableError &error);
     Q_INVOKABLE void continueReply(const QString &messageId);
     Q_INVOKABLE void stopResponding();
     // Nothing is heard or read aloud any more, at once; what is being said is dropped.

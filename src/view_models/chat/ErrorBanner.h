@@ -21,6 +21,7 @@ struct ErrorBanner {
     Q_PROPERTY(bool mayRaiseReplyLimit READ mayRaiseReplyLimit)
     Q_PROPERTY(bool mayRestartLocalModel READ mayRestartLocalModel)
     Q_PROPERTY(bool mayOpenVoiceSettings READ mayOpenVoiceSettings)
+    Q_PROPERTY(bool mayOpenAbilities READ mayOpenAbilities)
 
 public:
     // What the Retry button runs again.
@@ -32,7 +33,8 @@ public:
         relaunchForScreenRecording,
         restartLocalModel,
         raiseReplyLimit,
-        openVoiceSettings
+        openVoiceSettings,
+        openAbilities
     };
 
     QString message;
@@ -48,6 +50,7 @@ public:
     [[nodiscard]] bool mayRaiseReplyLimit() const { return recovery == Recovery::raiseReplyLimit; }
     [[nodiscard]] bool mayRestartLocalModel() const { return recovery == Recovery::restartLocalModel; }
     [[nodiscard]] bool mayOpenVoiceSettings() const { return recovery == Recovery::openVoiceSettings; }
+    [[nodiscard]] bool mayOpenAbilities() const { return recovery == Recovery::openAbilities; }
 
     [[nodiscard]] static ErrorBanner of(const ErrorPresentation &presentation, Retry retry)
     {

@@ -12,7 +12,7 @@ FocusScope {
     required property ChatViewModel chat
     required property ShellViewModel shell
     required property SourceMenuViewModel sources
-    required property NoteReceiptsModel receipts
+    required property ReceiptsModel receipts
     required property CompanionViewModel companion
     required property FindViewModel find
     property bool sidebarShown: true

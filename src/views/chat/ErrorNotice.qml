@@ -80,6 +80,13 @@ Rectangle {
             onClicked: root.shell.voiceSettingsRequested()
         }
         PushButton {
+            objectName: "openAbilities"
+            Layout.alignment: Qt.AlignTop
+            visible: root.chat.banner.mayOpenAbilities
+            text: qsTr("Abilities…")
+            onClicked: root.shell.abilitiesRequested()
+        }
+        PushButton {
             objectName: "retry"
             Layout.alignment: Qt.AlignTop
             visible: root.chat.banner.retryable

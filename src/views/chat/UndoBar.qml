@@ -2,7 +2,8 @@ import QtQuick
 import QtQuick.Layouts
 import Morvane
 
-// A note that was just saved, or notes that were just forgotten, with the way to take that back.
+// A note that was just saved, notes that were just forgotten or an event that was just added, with the way to take
+// that back.
 Rectangle {
     id: root
 
@@ -10,6 +11,9 @@ Rectangle {
     required property string note
     required property bool isChange
     required property int forgotten
+    required property bool isEvent
+    required property bool isLeaving
+    required property string problem
 
     signal undoChosen(string id)
     signal dismissed(string id)
@@ -21,7 +25,7 @@ Rectangle {
     border.color: Theme.hairline
 
     Accessible.role: Accessible.Notification
-    Accessible.name: label.text + " " + note
+    Accessible.name: label.text + " " + shown.text
 
     RowLayout {
         id: line
@@ -32,19 +36,22 @@ Rectangle {
         spacing: Theme.gap8
 
         Icon {
-            name: "note"
+            name: root.isEvent ? "check" : "note"
             color: Theme.secondary
         }
         SmallText {
             id: label
 
-            text: root.forgotten > 1 ? qsTr("Notes forgotten:") : root.forgotten > 0 ? qsTr("Note forgotten:")
+            text: root.isEvent ? (root.isLeaving ? qsTr("Removing…") : root.problem.length > 0 ? qsTr("Not removed:") : qsTr("Added:"))
+                : root.forgotten > 1 ? qsTr("Notes forgotten:") : root.forgotten > 0 ? qsTr("Note forgotten:")
                 : root.isChange ? qsTr("Note changed:") : qsTr("Note saved:")
             wrapMode: Text.NoWrap
         }
         SmallText {
+            id: shown
+
             Layout.fillWidth: true
-            text: root.note
+            text: root.problem.length > 0 ? root.note + " · " + root.problem : root.note
             color: Theme.text
             elide: Text.ElideRight
             wrapMode: Text.Wrap
@@ -52,12 +59,13 @@ Rectangle {
         }
         PushButton {
             objectName: "undoNote"
+            enabled: !root.isLeaving
             text: qsTr("Undo")
             onClicked: root.undoChosen(root.receiptId)
         }
         IconButton {
             objectName: "dismissNote"
-            text: root.forgotten > 0 ? qsTr("Close this") : qsTr("Keep the note and close this")
+            text: root.isEvent ? qsTr("Keep the event and close this") : root.forgotten > 0 ? qsTr("Close this") : qsTr("Keep the note and close this")
             glyph: "close"
             onClicked: root.dismissed(root.receiptId)
         }

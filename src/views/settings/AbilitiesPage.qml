@@ -11,9 +11,13 @@ SettingsPage {
     required property AbilitiesViewModel abilities
     required property SettingsStore settings
     required property SearchKeyViewModel searchKey
-    property string keychainNotice
+    required property CalendarsViewModel calendars
+    required property ShortcutListModel shortcuts
+    required property ShellViewModel shell
+    property bool shown: false
 
     title: qsTr("Abilities")
+    onShownChanged: if (root.shown) root.shortcuts.refresh()
 
     SettingsCard {
         SwitchRow {
@@ -63,7 +67,7 @@ SettingsPage {
             title: qsTr("Search key")
             purpose: qsTr("Your own key for Brave Search.")
             hasKey: root.searchKey.hasKey
-            notice: root.keychainNotice
+            notice: root.shell.keychainNotice
             onSaveChosen: key => root.searchKey.save(key)
             onRemoveChosen: root.searchKey.save("")
         }
@@ -84,6 +88,11 @@ SettingsPage {
                 onClicked: root.searchKey.isTesting ? root.searchKey.cancelTest() : root.searchKey.test()
             }
         }
+    }
+    CalendarCard { calendars: root.calendars }
+    ShortcutsCard {
+        shortcuts: root.shortcuts
+        onCopyAsked: text => root.shell.copy(text)
     }
     SettingsCard {
         heading: qsTr("What each one does")

@@ -15,6 +15,8 @@ T.ApplicationWindow {
     required property InstructionsViewModel instructions
     required property AbilitiesViewModel abilities
     required property SearchKeyViewModel searchKey
+    required property CalendarsViewModel calendars
+    required property ShortcutListModel shortcuts
     required property MemoryViewModel memory
     required property NetworkLedgerViewModel networkLedger
     required property ProofLedgerViewModel proofLedger
@@ -96,7 +98,10 @@ T.ApplicationWindow {
                 abilities: root.abilities
                 settings: root.settings
                 searchKey: root.searchKey
-                keychainNotice: root.shell.keychainNotice
+                calendars: root.calendars
+                shortcuts: root.shortcuts
+                shell: root.shell
+                shown: root.visible && root.page === "abilities"
             }
             MemoryPage {
                 memory: root.memory

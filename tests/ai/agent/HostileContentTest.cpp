@@ -68,6 +68,7 @@ protected:
         world->page = {text, text};
         world->results = {{text, u"https://found.example/"_s, text, std::nullopt}};
         world->screenText = text;
+        world->shortcutAnswer = {u"Ran the “Tidy up” shortcut. It returned: "_s + text, true};
         std::vector<ScriptedModel::Round> rounds;
         AgentLoop::Turn turn;
         turn.userWords = u"Look at https://typed.example/Page please"_s;
@@ -116,6 +117,7 @@ TEST_F(HostileContentTest, NothingHappensThatThePersonWasNotAskedAbout)
     const Carrier carriers[] = {{"a page", u"read_web_page"_s, false},
                                 {"a search result", u"search_web"_s, true},
                                 {"the screen", u"look_at_screen"_s, true},
+                                {"a shortcut's output", u"run_shortcut"_s, true},
                                 {"a document", {}, false}};
     const QStringList contents = hostileContents();
     ASSERT_GE(contents.size(), 35);
@@ -135,7 +137,7 @@ TEST_F(HostileContentTest, NothingHappensThatThePersonWasNotAskedAbout)
             for (const char16_t *verb : {u"Open this link", u"Forget these notes", u"Read this page",
                                          u"Search the web for this", u"Add this event", u"Run this shortcut"})
                 EXPECT_TRUE(asked.contains(QString::fromUtf16(verb))) << where;
-            if (!carrier.tool.isEmpty())
+            if (!carrier.tool.isEmpty() && carrier.tool != u"run_shortcut"_s)
                 expectFramed(run.results().value(0), where);
         }
     }
