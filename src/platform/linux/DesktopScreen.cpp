@@ -1,0 +1,43 @@
+#include "platform/linux/DesktopScreen.h"
+
+#include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/PortalScreenCapture.h"
+#include "platform/linux/X11ScreenCapture.h"
+
+#include <QFileInfo>
+#include <QGuiApplication>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+bool isSandboxed()
+{
+    return QFileInfo::exists(u"/.flatpak-info"_s) || qEnvironmentVariableIsSet("SNAP");
+}
+
+// An X server that shows its windows on a Wayland desktop knows of no others.
+bool isWayland()
+{
+    return QGuiApplication::platformName().startsWith("wayland"_L1) ||
+           !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+           qEnvironmentVariable("XDG_SESSION_TYPE") == "wayland"_L1;
+}
+
+} // namespace
+
+std::unique_ptr<ScreenCapturing> screenOfTheDesktop(Clock &clock, Work &work)
+{
+    const bool isX11 = QGuiApplication::platformName() == "xcb"_L1;
+    if (isX11 && !isWayland() && !isSandboxed())
+        return std::make_unique<X11ScreenCapture>(work);
+    if (!isX11 && !isWayland())
+        return nullptr; // no desktop at all
+    if (const auto bus = DesktopNotifications::sessionBus())
+        return std::make_unique<PortalScreenCapture>(*bus, clock, work);
+    return nullptr;
+}
+
+} // namespace morvane

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "services/ScreenCapturing.h"
+
+#include <QDBusConnection>
+
+#include <chrono>
+
+namespace morvane {
+
+class Clock;
+class Work;
+
+// The screen where only the desktop may look at it: under Wayland, and from inside a sandbox. Its portal asks
+// the person, once or each time, and hands over a picture of all displays in a file, which is removed once it
+// is read. This program's windows are hidden meanwhile, since nobody says where in the picture they would be.
+class PortalScreenCapture final : public ScreenCapturing {
+public:
+    static constexpr std::chrono::milliseconds timeToHide{300}; // the desktop may let windows fade
+    static constexpr std::chrono::minutes longestQuestion{2};   // for the person to answer
+    static constexpr std::chrono::seconds longestRead{10};
+    static constexpr qint64 largestFile = 64 << 20; // bytes
+
+    // `clock` and `work` outlive this object, which outlives its calls.
+    PortalScreenCapture(QDBusConnection bus, Clock &clock, Work &work);
+
+    // The portal asks with each picture, as it sees fit.
+    [[nodiscard]] bool hasAccess() const override { return true; }
+    void requestAccess() override {}
+    [[nodiscard]] bool isHiddenByFullScreen() const override;
+    // `blind` when the session's bus is gone, which a running program can't come back to.
+    [[nodiscard]] QCoro::Task<std::shared_ptr<const ScreenPicture>> capture(std::stop_token stop) override;
+
+private:
+    QCoro::Task<QString> pictureFile(std::stop_token stop);
+
+    QDBusConnection m_bus;
+    Clock &m_clock;
+    Work &m_work;
+};
+
+} // namespace morvane

@@ -1,0 +1,229 @@
+// The desktop's portal on a bus of the test's own.
+
+#include "platform/linux/PortalScreenCapture.h"
+
+#include "async/CancelledError.h"
+#include "async/Work.h"
+#include "support/Await.h"
+#include "support/ManualClock.h"
+
+#include <QDBusContext>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QFile>
+#include <QGuiApplication>
+#include <QProcess>
+#include <QRasterWindow>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QUrl>
+
+#include <gtest/gtest.h>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+using Picture = std::shared_ptr<const ScreenPicture>;
+using Reason = ScreenCaptureFailure::Reason;
+
+namespace {
+
+// Keeps the latest question, and answers when a test says.
+class FakePortal : public QObject, protected QDBusContext {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Screenshot")
+
+public:
+    explicit FakePortal(QDBusConnection bus)
+        : m_bus(std::move(bus))
+    {}
+
+    void answer(uint response, const QString &file)
+    {
+        auto signal = QDBusMessage::createSignal(request, u"org.freedesktop.portal.Request"_s, u"Response"_s);
+        QVariantMap results;
+        if (!file.isEmpty())
+            results.insert(u"uri"_s, QUrl::fromLocalFile(file).toString());
+        signal.setArguments({response, results});
+        m_bus.send(signal);
+    }
+
+    QString request; // empty until it was asked
+    QString error;   // given instead of a request
+    bool choosesItsOwnPath = false;
+    bool wasInteractive = true;
+
+public Q_SLOTS:
+    QDBusObjectPath Screenshot(const QString &, const QVariantMap &options)
+    {
+        if (!error.isEmpty()) {
+            sendErrorReply(error, u"no"_s);
+            request = u"refused"_s;
+            return QDBusObjectPath(u"/"_s);
+        }
+        wasInteractive = options.value(u"interactive"_s).toBool();
+        QString sender = message().service().mid(1);
+        request = u"/org/freedesktop/portal/desktop/request/"_s + sender.replace(u'.', u'_') + u'/' +
+                  (choosesItsOwnPath ? u"own"_s : options.value(u"handle_token"_s).toString());
+        return QDBusObjectPath(request);
+    }
+
+private:
+    QDBusConnection m_bus;
+};
+
+class PortalScreenCaptureTest : public testing::Test {
+protected:
+    PortalScreenCaptureTest()
+    {
+        daemon.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
+        TestWait::until([&] { return daemon.canReadLine() || daemon.state() == QProcess::NotRunning; });
+        address = QString::fromUtf8(daemon.readLine()).trimmed();
+        theirs.emplace(QDBusConnection::connectToBus(address, u"portal"_s));
+        portal = std::make_unique<FakePortal>(*theirs);
+        theirs->registerObject(u"/org/freedesktop/portal/desktop"_s, portal.get(),
+                               QDBusConnection::ExportAllSlots);
+        theirs->registerService(u"org.freedesktop.portal.Desktop"_s);
+        capture.emplace(QDBusConnection::connectToBus(address, u"own"_s), clock, work);
+        window.show();
+        looks.start(10);
+        TestWait::settle();
+    }
+    ~PortalScreenCaptureTest() override
+    {
+        theirs.reset();
+        QDBusConnection::disconnectFromBus(u"portal"_s);
+        capture.reset();
+        QDBusConnection::disconnectFromBus(u"own"_s);
+        daemon.kill();
+        daemon.waitForFinished();
+    }
+
+    // Until the portal has the question; our window is gone by then.
+    void ask()
+    {
+        outcome = std::make_shared<TestWait::Outcome<Picture>>();
+        portal->request.clear();
+        TestWait::collect(capture->capture(stop.get_token()), outcome);
+        EXPECT_TRUE(portal->request.isEmpty()) << "not before the desktop had time to hide the window";
+        clock.advance(PortalScreenCapture::timeToHide);
+        TestWait::until([&] { return !portal->request.isEmpty() || outcome->done; });
+        EXPECT_FALSE(window.isVisible() && !outcome->done);
+    }
+    [[nodiscard]] QString file(const QByteArray &bytes)
+    {
+        QFile file(folder.filePath(u"Screenshot ü.png"_s));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        return file.fileName();
+    }
+    // Why there is no picture; nothing when there is one.
+    [[nodiscard]] std::optional<Reason> ends()
+    {
+        TestWait::until([&] { return outcome->done; });
+        EXPECT_TRUE(window.isVisible()) << "back whatever happens";
+        if (!outcome->error)
+            return std::nullopt;
+        try {
+            std::rethrow_exception(outcome->error);
+        } catch (const ScreenCaptureFailure &failure) {
+            return failure.reason;
+        }
+    }
+
+    QTemporaryDir folder;
+    ManualClock clock;
+    Work work{clock};
+    QProcess daemon;
+    QString address;
+    std::optional<QDBusConnection> theirs;
+    std::unique_ptr<FakePortal> portal;
+    std::optional<PortalScreenCapture> capture;
+    std::stop_source stop;
+    std::shared_ptr<TestWait::Outcome<Picture>> outcome;
+    QRasterWindow window;
+    QTimer looks; // at files, which tell nobody that they go
+};
+
+TEST_F(PortalScreenCaptureTest, WhatThePersonAgreedToIsReadAndItsFileRemoved)
+{
+    for (const bool own : {false, true}) {
+        portal->choosesItsOwnPath = own;
+        ask();
+        EXPECT_FALSE(portal->wasInteractive);
+        const QString path = file("a picture");
+        TestWait::until([&] { // a path of its own is listened to once it is known
+            portal->answer(0, path);
+            return outcome->done;
+        });
+        EXPECT_EQ(ends(), std::nullopt);
+        const ScreenPicture &picture = **outcome->value;
+        EXPECT_EQ(picture.bytes.view(), "a picture");
+        EXPECT_EQ(picture.form, ScreenPicture::Form::file);
+        EXPECT_LT(picture.part.width(), 1) << "the test's desktop has two displays";
+        EXPECT_FALSE(QFile::exists(path));
+    }
+}
+
+TEST_F(PortalScreenCaptureTest, EachWayOfNotGettingItHasItsReasonAndLeavesNothing)
+{
+    for (const uint response : {1U, 2U}) {
+        ask();
+        const QString path = file("a picture");
+        portal->answer(response, path);
+        EXPECT_EQ(ends(), Reason::refused);
+        TestWait::until([&] { return !QFile::exists(path); });
+    }
+    ask();
+    portal->answer(0, {});
+    EXPECT_EQ(ends(), Reason::failed);
+    ask();
+    portal->answer(0, folder.filePath(u"missing"_s));
+    EXPECT_EQ(ends(), Reason::failed);
+    for (const auto &[error, reason] :
+         {std::pair(u"org.freedesktop.DBus.Error.AccessDenied"_s, Reason::refused),
+          {u"org.freedesktop.portal.Error.NotAllowed"_s, Reason::refused},
+          {u"org.freedesktop.DBus.Error.UnknownMethod"_s, Reason::failed}}) {
+        portal->error = error;
+        ask();
+        EXPECT_EQ(ends(), reason) << error.toStdString();
+    }
+    portal->error.clear();
+    ask();
+    theirs->unregisterService(u"org.freedesktop.portal.Desktop"_s);
+    EXPECT_EQ(ends(), Reason::failed) << "it went away with the question open";
+    ask();
+    EXPECT_EQ(ends(), Reason::failed) << "there is none";
+}
+
+TEST_F(PortalScreenCaptureTest, AnAnswerThatNobodyWaitsForAnyMoreLeavesNoFile)
+{
+    ask();
+    clock.advance(PortalScreenCapture::longestQuestion);
+    EXPECT_EQ(ends(), Reason::failed) << "the person didn't answer";
+    const QString late = file("a picture");
+    portal->answer(0, late);
+    TestWait::until([&] { return !QFile::exists(late); });
+
+    ask();
+    stop.request_stop();
+    EXPECT_THROW(std::ignore = ends(), CancelledError);
+    const QString later = file("a picture");
+    portal->answer(0, later);
+    TestWait::until([&] { return !QFile::exists(later); });
+}
+
+TEST_F(PortalScreenCaptureTest, WithoutItsBusTheProgramIsBlindUntilItStartsAnew)
+{
+    daemon.kill();
+    daemon.waitForFinished();
+    TestWait::settle();
+    ask();
+    EXPECT_EQ(ends(), Reason::blind);
+}
+
+} // namespace
+
+} // namespace morvane
+
+#include "PortalScreenCaptureTest.moc"
