@@ -24,9 +24,13 @@
 #include "security/LocalDataVault.h"
 #include "security/ServiceIdentity.h"
 #include "services/DesktopActionService.h"
+#include "services/ScreenGlanceService.h"
+#include "services/ScreenLanguages.h"
+#include "services/ScreenTextRecognizer.h"
 #include "services/WebAccessService.h"
 
 #include <QCoreApplication>
+#include <QLocale>
 
 namespace morvane {
 
@@ -59,10 +63,17 @@ std::unique_ptr<LocalModelService> makeLocalModel(const CommandLine &commandLine
     return service;
 }
 
-// Installed beside the program itself.
-QString extractor()
+// Programs of ours are installed beside this one.
+QString besideThis(const QString &name)
 {
-    return QCoreApplication::applicationDirPath() + u"/morvane-extract"_s;
+    return QCoreApplication::applicationDirPath() + u'/' + name;
+}
+
+std::unique_ptr<TextRecognizing> makeTextRecognizer(Clock &clock, Work &work)
+{
+    const QStringList languages = ScreenLanguages::codesFor(QLocale::system().uiLanguages());
+    return std::make_unique<ScreenTextRecognizer>(work, clock, besideThis(u"morvane-read-screen"_s),
+                                                  languages);
 }
 
 // What the router is given to ask in each turn; all of it outlives the router.
@@ -102,7 +113,7 @@ Assistant::Assistant(const CommandLine &commandLine, Storage &storage, const Sec
     , systemPrompts(std::make_unique<SystemPromptStore>(*storage.settings, *storage.vault,
                                                         SystemPromptStore::path(storage.folders)))
     , identity(std::make_unique<ServiceIdentity>(secrets.keychain))
-    , extraction(std::make_unique<ExtractionService>(work, clock, extractor()))
+    , extraction(std::make_unique<ExtractionService>(work, clock, besideThis(u"morvane-extract"_s)))
     , textExtraction(std::make_unique<TextExtractionService>())
     , documents(std::make_unique<DocumentImportService>(
           DocumentImportService::Parts{work, *extraction, *textExtraction, *extraction}))
@@ -114,12 +125,15 @@ Assistant::Assistant(const CommandLine &commandLine, Storage &storage, const Sec
                                                                         .work = work},
                                              searchEndpoints(commandLine)))
     , hands(std::make_unique<DesktopHands>(desktop, *storage.settings, clock))
-    // Nothing reads the screen here yet; that ability says so and is not offered.
+    , textRecognizer(makeTextRecognizer(clock, work))
+    , screenGlance(desktop.screen ? std::make_shared<ScreenGlanceService>(*desktop.screen, *textRecognizer)
+                                  : nullptr)
     , tools(std::make_unique<ToolRegistry>(ToolRegistry::Services{.settings = *storage.settings,
                                                                   .memory = *memory,
                                                                   .web = *web,
                                                                   .clock = clock,
-                                                                  .desktop = hands->actions.get()}))
+                                                                  .desktop = hands->actions.get(),
+                                                                  .screenGlance = screenGlance}))
     , privateCloud(
           std::make_unique<PrivateCloudParts>(commandLine, PrivateCloudParts::Services{.storage = storage,
                                                                                        .secrets = secrets,

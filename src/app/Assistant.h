@@ -17,10 +17,13 @@ class MemoryStore;
 class NetworkLedger;
 class ProofLedger;
 class ReplyRunner;
+class ScreenCapturing;
+class ScreenGlanceService;
 class ServiceBrowsing;
 class ServiceIdentity;
 class SystemPromptStore;
 class TextExtractionService;
+class TextRecognizing;
 class ToolRegistry;
 class WebAccessService;
 class Work;
@@ -49,6 +52,8 @@ struct Assistant {
     const std::unique_ptr<DocumentImportService> documents;
     const std::unique_ptr<WebAccessService> web;
     const std::unique_ptr<DesktopHands> hands;
+    const std::unique_ptr<TextRecognizing> textRecognizer;
+    const std::shared_ptr<ScreenGlanceService> screenGlance; // null without a screen
     const std::unique_ptr<ToolRegistry> tools;
     const std::unique_ptr<PrivateCloudParts> privateCloud;
     const std::unique_ptr<LocalMachine> machine;

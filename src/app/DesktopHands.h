@@ -11,15 +11,17 @@ class Clock;
 class DesktopActionService;
 class EventReceipts;
 class LinkOpening;
+class ScreenCapturing;
 class SettingsStore;
 class ShortcutRunning;
 
-// What the desktop lets the abilities do. Null where it has none; all outlives what uses it.
+// What the desktop lets the abilities do and see. Null where it has none; all outlives what uses it.
 struct DesktopPorts {
     LinkOpening *links = nullptr;
     CalendarStoring *calendars = nullptr;
     ShortcutRunning *shortcuts = nullptr;
     QString shortcutsFolder = {};
+    ScreenCapturing *screen = nullptr;
 };
 
 // What acts on the desktop. What the constructor takes outlives this.

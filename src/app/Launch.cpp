@@ -14,6 +14,7 @@
 #include "platform/linux/DesktopAppearance.h"
 #include "platform/linux/DesktopAudio.h"
 #include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/DesktopScreen.h"
 #include "platform/linux/LinuxHands.h"
 #include "platform/linux/WebBrowser.h"
 #include "security/TestHost.h"
@@ -87,6 +88,7 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::uniqu
     , m_hands(std::make_unique<LinuxHands>(DesktopNotifications::sessionBus(),
                                            shortcutsFolder(m_commandLine.folders()),
                                            m_commandLine.folders().runtime, m_clock, m_work))
+    , m_screen(screenOfTheDesktop(m_clock, m_work))
     , m_files(m_commandLine.files)
 {
     connect(&m_secrets.preparation(), &KeychainPreparation::stateChanged, this, &Launch::keychainChanged);
@@ -222,7 +224,8 @@ void Launch::finish()
                                          DesktopPorts{.links = &m_hands->links,
                                                       .calendars = &m_hands->calendars,
                                                       .shortcuts = &m_hands->shortcuts,
-                                                      .shortcutsFolder = m_hands->shortcuts.folder()});
+                                                      .shortcutsFolder = m_hands->shortcuts.folder(),
+                                                      .screen = m_screen.get()});
     if (m_commandLine.practiceServer)
         usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);
     ShellViewModel &shell = *m_state->presentation().shell;

@@ -25,6 +25,7 @@ struct DesktopAudio;
 struct LinuxHands;
 class DesktopNotifications;
 class MainWindowController;
+class ScreenCapturing;
 class StartupWindow;
 class WindowEngine;
 
@@ -72,6 +73,7 @@ private:
     std::unique_ptr<DesktopNotifications> m_notifications;
     std::unique_ptr<DesktopAudio> m_audio;
     std::unique_ptr<LinuxHands> m_hands;
+    std::unique_ptr<ScreenCapturing> m_screen; // null where the desktop shows none
     std::unique_ptr<StartupWindow> m_startupWindow; // while the key is waited for
     std::unique_ptr<Alarm> m_patience;
     std::unique_ptr<WindowEngine> m_windowEngine; // until the window has it

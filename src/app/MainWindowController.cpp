@@ -20,6 +20,7 @@
 #include "view_models/settings/PrivateCloudViewModel.h"
 #include "view_models/settings/ProofLedgerViewModel.h"
 #include "view_models/settings/RecognitionViewModel.h"
+#include "view_models/settings/ScreenTestViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
 #include "view_models/settings/ShortcutListModel.h"
 #include "view_models/settings/SpeakingViewModel.h"
@@ -73,6 +74,7 @@ MainWindowController::MainWindowController(Presentation &presentation, std::uniq
                              {u"speaking"_s, QVariant::fromValue(presentation.speaking.get())},
                              {u"microphone"_s, QVariant::fromValue(presentation.microphone.get())},
                              {u"recognition"_s, QVariant::fromValue(presentation.recognition.get())},
+                             {u"screenTest"_s, QVariant::fromValue(presentation.screenTest.get())},
                              {u"shell"_s, QVariant::fromValue(presentation.shell.get())},
                              {u"companion"_s, QVariant::fromValue(presentation.companion.get())}});
     if (!m_engine->rootObjects().isEmpty())

@@ -19,6 +19,7 @@
 #include "network/AppNetwork.h"
 #include "security/LocalDataVault.h"
 #include "security/ServiceIdentity.h"
+#include "services/ScreenGlanceService.h"
 #include "services/WebAccessService.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
@@ -39,6 +40,7 @@
 #include "view_models/settings/PrivateCloudViewModel.h"
 #include "view_models/settings/ProofLedgerViewModel.h"
 #include "view_models/settings/RecognitionViewModel.h"
+#include "view_models/settings/ScreenTestViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
 #include "view_models/settings/ShortcutListModel.h"
 #include "view_models/settings/SpeakingViewModel.h"
@@ -80,6 +82,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
           .localModel = assistant.localModel.get(),
           .documents = assistant.documents.get(),
           .capture = voice.speech.get(),
+          .screen = assistant.screenGlance.get(),
           .clipboard = [] { return QGuiApplication::clipboard()->mimeData(); },
           .searchesWithOwnKey = [&web = *assistant.web] { return web.usesOwnKey(); },
           .notesMatching =
@@ -127,6 +130,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
     , microphone(std::make_unique<MicrophoneViewModel>(settings, clock, voice.ports.microphones,
                                                        voice.ports.makeEngine, voice.ports.output))
     , recognition(std::make_unique<RecognitionViewModel>(settings, *voice.speechModel, *voice.packaged))
+    , screenTest(std::make_unique<ScreenTestViewModel>(assistant.screenGlance.get()))
     , shell(std::make_unique<ShellViewModel>(
           settings, storage.startupError ? storage.startupError->userMessage() : QString(),
           storage.startupAdvice()))

@@ -26,6 +26,7 @@ class PrivateCloudViewModel;
 class ProofLedgerViewModel;
 class RecognitionViewModel;
 class ReplyNotifying;
+class ScreenTestViewModel;
 class SearchKeyViewModel;
 class SettingsStore;
 class ShellViewModel;
@@ -70,6 +71,7 @@ struct Presentation {
     const std::unique_ptr<SpeakingViewModel> speaking;
     const std::unique_ptr<MicrophoneViewModel> microphone;
     const std::unique_ptr<RecognitionViewModel> recognition;
+    const std::unique_ptr<ScreenTestViewModel> screenTest;
     const std::unique_ptr<ShellViewModel> shell;
 };
 

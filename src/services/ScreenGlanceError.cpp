@@ -28,13 +28,11 @@ std::optional<QString> ScreenGlanceError::recoverySuggestion() const
     const DesktopWords &desktop = DesktopWords::here();
     switch (reason()) {
     case Case::permissionNeeded:
-        return u"Choose Allow when %1 asks, or turn on MorvaneGPT in %2. Either way, quit and reopen "
-               "MorvaneGPT afterwards so it takes effect. I only look when you ask."_s.arg(
-                   desktop.asker, desktop.screenSettings);
+        return u"Choose Allow when %1 asks, or turn on MorvaneGPT in %2.%3 I only look when you ask."_s.arg(
+            desktop.asker, desktop.screenSettings, desktop.screenNewStart);
     case Case::needsRelaunch:
-        return desktop.screenPermissionRule.toString() +
-               u", and it rechecks after every update. Quit MorvaneGPT and open it again, then ask me once "
-               "more."_s;
+        return desktop.screenPermissionRule.toString() + desktop.screenRecheck.toString() +
+               u". Quit MorvaneGPT and open it again, then ask me once more."_s;
     case Case::captureFailed:
         return u"Try again."_s;
     case Case::noTextFound:

@@ -30,6 +30,7 @@ T.ApplicationWindow {
     required property SpeakingViewModel speaking
     required property MicrophoneViewModel microphone
     required property RecognitionViewModel recognition
+    required property ScreenTestViewModel screenTest
     required property ShellViewModel shell
     required property CompanionViewModel companion
 
@@ -94,6 +95,7 @@ T.ApplicationWindow {
                 speaking: window.speaking,
                 microphone: window.microphone,
                 recognition: window.recognition,
+                screenTest: window.screenTest,
                 shell: window.shell
             });
         const opened = settingsLoader.item as SettingsWindow;

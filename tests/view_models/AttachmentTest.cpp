@@ -340,12 +340,18 @@ TEST_F(AttachmentTest, TheScreenIsLookedAtOnceAndOnlyWhileNothingIsAnswered)
     composer.retry();
     EXPECT_FALSE(composer.hasBanner());
     screen.text.give(u"a page"_s);
-    EXPECT_TRUE(composer.isResponding());
-    entries.glanceAtScreen(false);
-    EXPECT_EQ(screen.text.count(), 3U);
-    EXPECT_TRUE(takeSent().endsWith(u"User request: Summarize what's on my screen."_s));
-
+    EXPECT_EQ(takeSent(), QString()) << "the person sees what was read before it goes";
+    EXPECT_EQ(desk->text(), u"a page"_s);
     entries.glanceAtScreen(true);
+    screen.text.give(u"another"_s);
+    composer.send();
+    entries.glanceAtScreen(false);
+    EXPECT_EQ(screen.text.count(), 4U) << "not while something is answered";
+    const QString sent = takeSent();
+    EXPECT_TRUE(sent.endsWith(u"User request: Summarize what's on my screen."_s)) << "once, after two looks";
+    EXPECT_TRUE(sent.contains(u"another"_s));
+
+    entries.glanceAtScreen(false);
     composer.setDraft(u"meanwhile"_s);
     composer.send();
     screen.text.give(u"a page"_s);

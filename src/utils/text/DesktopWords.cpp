@@ -7,6 +7,8 @@ constexpr DesktopWords DesktopWords::original{
     .devices = u"Macs",
     .asker = u"macOS",
     .screenSettings = u"System Settings → Privacy & Security → Screen & System Audio Recording",
+    .screenNewStart = u" Either way, quit and reopen MorvaneGPT afterwards so it takes effect.",
+    .screenRecheck = u", and it rechecks after every update",
     .screenPermissionRule = u"macOS only applies Screen Recording permission when an app launches",
     .microphoneSettings = u"System Settings → Privacy & Security → Microphone",
     .speechSettings = u"System Settings → Privacy & Security → Speech Recognition",
@@ -37,6 +39,8 @@ constexpr DesktopWords DesktopWords::freedesktop{
     .devices = u"computers",
     .asker = u"your desktop",
     .screenSettings = u"your desktop's privacy settings",
+    .screenNewStart = u"",
+    .screenRecheck = u"",
     .screenPermissionRule =
         u"Your desktop may only apply the permission to see the screen when an app launches",
     .microphoneSettings = u"your desktop's privacy settings",

@@ -12,6 +12,8 @@ struct DesktopWords {
     QStringView devices;        // follows "capable" and "desktop"
     QStringView asker;          // who asks for a permission
     QStringView screenSettings; // where the screen's permission is given
+    QStringView screenNewStart; // what has to follow before it holds; a sentence after a space, or nothing
+    QStringView screenRecheck;  // when else it ends; goes on with the rule below, or nothing
     QStringView
         screenPermissionRule; // why a permission may need a new start; a clause that may begin a sentence
     QStringView microphoneSettings;   // where the microphone's permission is given

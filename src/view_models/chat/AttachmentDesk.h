@@ -35,6 +35,8 @@ class AttachmentDesk : public QObject {
     Q_PROPERTY(QString detail READ detail NOTIFY changed)
     Q_PROPERTY(QString glyph READ glyph NOTIFY changed)
     Q_PROPERTY(double progress READ progress NOTIFY changed) // 0 to 1; negative while it isn't known
+    // What will be sent of what is attached, where that is text.
+    Q_PROPERTY(QString text READ text NOTIFY changed)
     // What the person should know of what is attached; empty for nothing.
     Q_PROPERTY(QString notice READ notice NOTIFY changed)
 
@@ -59,6 +61,7 @@ public:
     [[nodiscard]] QString glyph() const;
     [[nodiscard]] double progress() const;
     [[nodiscard]] QImage thumbnail() const; // null for none
+    [[nodiscard]] QString text() const { return m_pending && !m_reading ? m_pending->text : QString(); }
     [[nodiscard]] QString notice() const { return m_reading ? QString() : m_notice; }
 
     [[nodiscard]] bool isReading() const { return m_reading.has_value(); }

@@ -60,9 +60,9 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
         Q_EMIT approvalResolved();
     });
     connect(m_entries.attachments(), &AttachmentDesk::changed, this, &ChatViewModel::canSendChanged);
-    connect(&m_entries, &ComposerEntries::asked, this, [this](const auto &words, const auto &attachment) {
-        if (hasConversation())
-            sendMessage(words, attachment);
+    connect(&m_entries, &ComposerEntries::suggested, this, [this](const QString &words) {
+        if (!m_draft.contains(words)) // from a former look
+            addToDraft(words);
     });
     connect(&m_entries, &ComposerEntries::said, this, [this](const QString &words) {
         addToDraft(words);

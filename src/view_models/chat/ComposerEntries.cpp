@@ -61,13 +61,12 @@ void ComposerEntries::judgePicture()
         m_imageWarning.judge();
 }
 
-// Another turn may have begun meanwhile; then the text waits for the next one.
+// Nothing that stood on a screen is sent before the person could see what was read of it.
 void ComposerEntries::takeScreen(const ImportedAttachment &attachment, ScreenGlance::Then then)
 {
-    if (then == ScreenGlance::Then::summarize && !m_services.isResponding())
-        Q_EMIT asked(u"Summarize what's on my screen."_s, attachment);
-    else
-        m_attachments.hold(attachment);
+    m_attachments.hold(attachment);
+    if (then == ScreenGlance::Then::summarize)
+        Q_EMIT suggested(u"Summarize what's on my screen."_s);
 }
 
 } // namespace morvane

@@ -63,7 +63,7 @@ public:
     void leaveChat();
 
 Q_SIGNALS:
-    void asked(const QString &words, const morvane::ImportedAttachment &attachment); // is to be sent now
+    void suggested(const QString &words); // may be sent with what was attached
     void said(const QString &words);
     void modelNoticeChanged();
 

@@ -12,13 +12,15 @@ Rectangle {
     required property bool menuOpen
     readonly property bool reading: desk.state === AttachmentDesk.Reading
     readonly property bool failed: desk.state === AttachmentDesk.Failed
+    readonly property bool readable: desk.text.length > 0
     readonly property color ink: failed ? Theme.danger
         : desk.state === AttachmentDesk.Cut ? Theme.warning : Theme.secondary
 
     signal actionsAsked(Item place)
+    signal textAsked()
 
     objectName: "attachmentChip"
-    implicitWidth: Math.min(280, Math.max(180, line.implicitWidth + 2 * Theme.gap4))
+    implicitWidth: Math.min(320, Math.max(180, line.implicitWidth + 2 * Theme.gap4))
     implicitHeight: Math.max(48, line.implicitHeight + Theme.gap8)
     radius: Theme.panelRadius
     color: Theme.hoverWash
@@ -29,6 +31,10 @@ Rectangle {
     Accessible.name: qsTr("Attachment: %1").arg(desk.name)
     Accessible.description: desk.detail
 
+    TapHandler {
+        enabled: root.readable
+        onTapped: root.textAsked()
+    }
     RowLayout {
         id: line
 
@@ -80,6 +86,14 @@ Rectangle {
             }
         }
         Row {
+            IconButton {
+                objectName: "attachmentText"
+                visible: root.readable
+                size: 26
+                text: qsTr("Show the text")
+                glyph: "search"
+                onClicked: root.textAsked()
+            }
             IconButton {
                 objectName: "attachmentActions"
                 visible: !root.reading && !root.failed

@@ -13,10 +13,14 @@ ColumnLayout {
     spacing: Theme.gap4
 
     AttachmentChip {
-        Layout.maximumWidth: Math.min(280, root.width)
+        Layout.maximumWidth: Math.min(320, root.width)
         desk: root.desk
         menuOpen: (actions.item as QuickActionMenu)?.visible ?? false
         canAct: root.chat.canSend && !root.chat.isEditing
+        onTextAsked: {
+            text.wanted = true;
+            (text.item as AttachmentText).open();
+        }
         onActionsAsked: place => {
             actions.wanted = true;
             (actions.item as QuickActionMenu).popup(place, 0, -(actions.item as QuickActionMenu).height);
@@ -35,5 +39,11 @@ ColumnLayout {
 
         part: "chat/QuickActionMenu.qml"
         given: ({ chat: root.chat })
+    }
+    Later {
+        id: text
+
+        part: "chat/AttachmentText.qml"
+        given: ({ desk: root.desk })
     }
 }

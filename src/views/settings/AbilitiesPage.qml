@@ -14,6 +14,7 @@ SettingsPage {
     required property CalendarsViewModel calendars
     required property ShortcutListModel shortcuts
     required property ShellViewModel shell
+    required property ScreenTestViewModel screenTest
     property bool shown: false
 
     title: qsTr("Abilities")
@@ -50,6 +51,22 @@ SettingsPage {
             enabled: root.settings.abilitiesEnabled
             checked: root.settings.screenAwarenessEnabled
             onToggled: on => root.settings.screenAwarenessEnabled = on
+        }
+        SettingsRow {
+            title: qsTr("Test screen reading")
+            visible: root.screenTest.isOffered
+            explanation: root.screenTest.isTesting ? qsTr("Looking…") : root.screenTest.message.length > 0
+                ? root.screenTest.message : qsTr("Looks at your screen once and counts the words. Nothing is kept or sent.")
+            explanationInk: root.screenTest.message.length === 0 ? Theme.secondary
+                : root.screenTest.worked ? Theme.success : Theme.danger
+            Accessible.role: Accessible.StatusBar
+            Accessible.name: explanation
+
+            PushButton {
+                objectName: "testScreen"
+                text: root.screenTest.isTesting ? qsTr("Cancel") : qsTr("Test")
+                onClicked: root.screenTest.test()
+            }
         }
         SwitchRow {
             objectName: "abilities.desktop"

@@ -25,6 +25,7 @@ T.ApplicationWindow {
     required property SpeakingViewModel speaking
     required property MicrophoneViewModel microphone
     required property RecognitionViewModel recognition
+    required property ScreenTestViewModel screenTest
     required property ShellViewModel shell
     // In the order of the menu and of the pages below.
     readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "privacy", "voice", "appearance", "proof", "network"]
@@ -102,6 +103,7 @@ T.ApplicationWindow {
                 shortcuts: root.shortcuts
                 shell: root.shell
                 shown: root.visible && root.page === "abilities"
+                screenTest: root.screenTest
             }
             MemoryPage {
                 memory: root.memory
