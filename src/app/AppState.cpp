@@ -16,6 +16,7 @@
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/chat/ReplyPorts.h"
+#include "view_models/sidebar/ConversationListModel.h"
 
 namespace morvane {
 
@@ -23,7 +24,7 @@ using namespace Qt::StringLiterals;
 
 AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets,
                    Work &work, ReplyNotifying *notifications, const VoicePorts &voice,
-                   const DesktopPorts &desktop, QObject *parent)
+                   const DesktopPorts &desktop, const LockPorts &lock, QObject *parent)
     : QObject(parent)
     , m_host(host)
     , m_work(work)
@@ -31,7 +32,8 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
     , m_storage(commandLine, host, clock, secrets)
     , m_assistant(commandLine, m_storage, secrets, desktop, clock, work)
     , m_voice(voice, m_storage, m_assistant, clock, work)
-    , m_presentation(m_storage, m_assistant, m_voice, secrets, clock, work, notifications)
+    , m_lock(lock, m_storage, m_voice, secrets, clock, work)
+    , m_presentation(m_storage, m_assistant, m_voice, m_lock, secrets, clock, work, notifications)
     , m_sealingWatch(m_storage, *m_presentation.shell, clock, work)
     , m_storeNotices(m_storage, *m_presentation.shell, work)
 {
@@ -44,6 +46,7 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
         Q_EMIT mainWindowRequested();
     });
     letThePersonApprove();
+    followTheLock();
 }
 
 // What still runs beside the GUI thread may use the services, so it ends before they go; the chat that calls
@@ -72,6 +75,23 @@ void AppState::letThePersonApprove()
     connect(m_presentation.chat.get(), &ChatViewModel::needsAttention, this, &AppState::mainWindowRequested);
 }
 
+void AppState::followTheLock()
+{
+    m_lock.service->onLock = [this] { m_presentation.conceal(); };
+    m_lock.service->onUnlock = [this] { chatsCanBeOpened(); };
+}
+
+void AppState::chatsCanBeOpened()
+{
+    m_presentation.chat->reveal();
+    m_assistant.memory->readAnew();
+    m_assistant.systemPrompts->load();
+    m_storage.catchUpAfterUnlock();
+    m_presentation.conversations->refresh();
+    if (std::exchange(m_modelWaitsForKey, false))
+        m_assistant.localModel->prepare();
+}
+
 void AppState::showWhatChangedNotice()
 {
     if (!WhatChangedNotice::isDue(*m_storage.defaults))
@@ -97,12 +117,16 @@ void AppState::showFirstWindow()
 
 void AppState::start()
 {
+    if (m_lock.service->isEnabled())
+        m_lock.service->startWatching();
     showFirstWindow();
     showWhatChangedNotice();
     m_storeNotices.start();
     Log::info(Log::Category::App, "Application started (%s)"_L1, {SettingsStore::versionText()});
     didBecomeActive();
-    m_assistant.localModel->prepare();
+    m_modelWaitsForKey = m_lock.service->isLocked(); // it is checked against a sealed record
+    if (!m_modelWaitsForKey)
+        m_assistant.localModel->prepare();
 }
 
 void AppState::reopen()
@@ -110,9 +134,9 @@ void AppState::reopen()
     showFirstWindow();
 }
 
-// The application lock will judge the idle time here.
 void AppState::didBecomeActive()
 {
+    m_lock.service->evaluate();
     m_sealingWatch.tryAgain();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/AppLock.h"
 #include "app/Assistant.h"
 #include "app/DesktopHands.h"
 #include "app/Presentation.h"
@@ -21,11 +22,12 @@ public:
     // `notifications` none are posted.
     AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets, Work &work,
              ReplyNotifying *notifications = nullptr, const VoicePorts &voice = {},
-             const DesktopPorts &desktop = {}, QObject *parent = nullptr);
+             const DesktopPorts &desktop = {}, const LockPorts &lock = {}, QObject *parent = nullptr);
     ~AppState() override;
 
     [[nodiscard]] Storage &storage() { return m_storage; }
     [[nodiscard]] Assistant &assistant() { return m_assistant; }
+    [[nodiscard]] AppLockService &appLock() { return *m_lock.service; }
     [[nodiscard]] Presentation &presentation() { return m_presentation; }
     [[nodiscard]] Host host() const { return m_host; }
 
@@ -51,6 +53,8 @@ Q_SIGNALS:
 private:
     void letThePersonApprove();
     void endWhatRuns();
+    void followTheLock();
+    void chatsCanBeOpened();
     void showFirstWindow();
     void showWhatChangedNotice();
     [[nodiscard]] bool showOnboarding() const;
@@ -61,9 +65,11 @@ private:
     Storage m_storage;
     Assistant m_assistant;
     Voice m_voice;
+    AppLock m_lock;
     Presentation m_presentation;
     SealingWatch m_sealingWatch;
     StoreNotices m_storeNotices;
+    bool m_modelWaitsForKey = false;
 };
 
 } // namespace morvane

@@ -15,7 +15,9 @@
 #include "platform/linux/DesktopAudio.h"
 #include "platform/linux/DesktopNotifications.h"
 #include "platform/linux/DesktopScreen.h"
+#include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxHands.h"
+#include "platform/linux/PolkitPresence.h"
 #include "platform/linux/WebBrowser.h"
 #include "security/TestHost.h"
 #include "utils/files/PrivateFile.h"
@@ -81,7 +83,8 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::uniqu
     : QObject(parent)
     , m_application(application)
     , m_commandLine(std::move(commandLine))
-    , m_secrets(m_commandLine.folders(), keyring ? std::move(keyring) : keyringOf(m_commandLine), m_work)
+    , m_secrets(m_commandLine.folders(), keyring ? std::move(keyring) : keyringOf(m_commandLine), m_work,
+                std::make_unique<PolkitPresence>())
     , m_appearance(std::make_unique<DesktopAppearance>())
     , m_notifications(std::make_unique<DesktopNotifications>())
     , m_audio(std::make_unique<DesktopAudio>())
@@ -89,6 +92,7 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::uniqu
                                            shortcutsFolder(m_commandLine.folders()),
                                            m_commandLine.folders().runtime, m_clock, m_work))
     , m_screen(screenOfTheDesktop(m_clock, m_work))
+    , m_session(std::make_unique<DesktopSession>())
     , m_files(m_commandLine.files)
 {
     connect(&m_secrets.preparation(), &KeychainPreparation::stateChanged, this, &Launch::keychainChanged);
@@ -123,8 +127,10 @@ QCoro::Task<> Launch::openKeychain(QPointer<Launch> self, Way way, std::stop_tok
 {
     try {
         const KeychainOpening opening = co_await openOn(self, way, stop);
-        if (self && isReady(opening.state))
-            self->finish();
+        if (!self || !isReady(opening.state))
+            co_return;
+        self->m_isKeyBehindPresence = opening.dataKeyBehindPresence;
+        self->finish();
     } catch (const CancelledError &) {
         co_return;
     } catch (const FileError &error) {
@@ -213,19 +219,23 @@ void Launch::showWaiting(const QString &sentence, const StartupViewModel::Ways &
 void Launch::finish()
 {
     m_patience.reset();
-    m_state = std::make_unique<AppState>(m_commandLine, hostOfThisRun(), m_clock,
-                                         Secrets{m_secrets.keychain(), m_secrets.keychain()}, m_work,
-                                         m_notifications.get(),
-                                         VoicePorts{.output = &m_audio->output,
-                                                    .microphones = &m_audio->microphones,
-                                                    .permission = &m_audio->permission,
-                                                    .systemVoices = &m_audio->systemVoices,
-                                                    .makeEngine = [this] { return m_audio->makeEngine(); }},
-                                         DesktopPorts{.links = &m_hands->links,
-                                                      .calendars = &m_hands->calendars,
-                                                      .shortcuts = &m_hands->shortcuts,
-                                                      .shortcutsFolder = m_hands->shortcuts.folder(),
-                                                      .screen = m_screen.get()});
+    m_state =
+        std::make_unique<AppState>(m_commandLine, hostOfThisRun(), m_clock,
+                                   Secrets{m_secrets.keychain(), m_secrets.keychain(), m_isKeyBehindPresence},
+                                   m_work, m_notifications.get(),
+                                   VoicePorts{.output = &m_audio->output,
+                                              .microphones = &m_audio->microphones,
+                                              .permission = &m_audio->permission,
+                                              .systemVoices = &m_audio->systemVoices,
+                                              .makeEngine = [this] { return m_audio->makeEngine(); }},
+                                   DesktopPorts{.links = &m_hands->links,
+                                                .calendars = &m_hands->calendars,
+                                                .shortcuts = &m_hands->shortcuts,
+                                                .shortcutsFolder = m_hands->shortcuts.folder(),
+                                                .screen = m_screen.get()},
+                                   LockPorts{&m_secrets.presence(), m_session.get()});
+    // What was handed over meanwhile may be opened now.
+    connect(&m_state->appLock(), &AppLockService::isLockedChanged, this, &Launch::attachFiles);
     if (m_commandLine.practiceServer)
         usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);
     ShellViewModel &shell = *m_state->presentation().shell;
@@ -337,6 +347,8 @@ void Launch::playDemo()
 
 void Launch::attachFiles()
 {
+    if (m_state->appLock().isLocked())
+        return;
     QList<QUrl> addresses;
     for (const QString &path : std::exchange(m_files, {}))
         addresses += QUrl::fromLocalFile(path);

@@ -24,6 +24,7 @@ class DesktopAppearance;
 struct DesktopAudio;
 struct LinuxHands;
 class DesktopNotifications;
+class DesktopSession;
 class MainWindowController;
 class ScreenCapturing;
 class StartupWindow;
@@ -74,6 +75,8 @@ private:
     std::unique_ptr<DesktopAudio> m_audio;
     std::unique_ptr<LinuxHands> m_hands;
     std::unique_ptr<ScreenCapturing> m_screen; // null where the desktop shows none
+    std::unique_ptr<DesktopSession> m_session;
+    bool m_isKeyBehindPresence = false;
     std::unique_ptr<StartupWindow> m_startupWindow; // while the key is waited for
     std::unique_ptr<Alarm> m_patience;
     std::unique_ptr<WindowEngine> m_windowEngine; // until the window has it

@@ -9,6 +9,7 @@
 #include "view_models/find/FindViewModel.h"
 #include "view_models/settings/AISettingsViewModel.h"
 #include "view_models/settings/AbilitiesViewModel.h"
+#include "view_models/settings/AppLockViewModel.h"
 #include "view_models/settings/CalendarsViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
 #include "view_models/settings/LocalModelViewModel.h"
@@ -29,6 +30,7 @@
 #include "view_models/sidebar/SourceMenuViewModel.h"
 
 #include <QCloseEvent>
+#include <QJSValue>
 
 namespace morvane {
 
@@ -36,7 +38,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString mainComponent = u"Main.qml"_s;
+const QString mainComponent = u"MainWindow.qml"_s;
+const QString contentComponent = u"MainContent.qml"_s;
 
 } // namespace
 
@@ -44,44 +47,88 @@ std::unique_ptr<WindowEngine> MainWindowController::prepareEngine()
 {
     auto engine = std::make_unique<WindowEngine>();
     engine->prepare(mainComponent);
+    engine->prepare(contentComponent);
     return engine;
 }
 
 MainWindowController::MainWindowController(Presentation &presentation, std::unique_ptr<WindowEngine> engine)
-    : m_engine(std::move(engine))
+    : m_presentation(presentation)
+    , m_engine(std::move(engine))
 {
-    m_engine->loadComponent(mainComponent,
-                            {{u"chat"_s, QVariant::fromValue(presentation.chat.get())},
-                             {u"conversations"_s, QVariant::fromValue(presentation.conversations.get())},
-                             {u"search"_s, QVariant::fromValue(presentation.search.get())},
-                             {u"find"_s, QVariant::fromValue(presentation.find.get())},
-                             {u"sources"_s, QVariant::fromValue(presentation.sources.get())},
-                             {u"instructions"_s, QVariant::fromValue(presentation.instructions.get())},
-                             {u"abilities"_s, QVariant::fromValue(presentation.abilities.get())},
-                             {u"searchKey"_s, QVariant::fromValue(presentation.searchKey.get())},
-                             {u"calendars"_s, QVariant::fromValue(presentation.calendars.get())},
-                             {u"shortcuts"_s, QVariant::fromValue(presentation.shortcuts.get())},
-                             {u"memory"_s, QVariant::fromValue(presentation.notes.get())},
-                             {u"receipts"_s, QVariant::fromValue(presentation.receipts.get())},
-                             {u"aiSettings"_s, QVariant::fromValue(presentation.aiSettings.get())},
-                             {u"localModel"_s, QVariant::fromValue(presentation.localModel.get())},
-                             {u"nearby"_s, QVariant::fromValue(presentation.nearby.get())},
-                             {u"settings"_s, QVariant::fromValue(&presentation.settings)},
-                             {u"networkLedger"_s, QVariant::fromValue(presentation.networkLedger.get())},
-                             {u"proofLedger"_s, QVariant::fromValue(presentation.proofLedger.get())},
-                             {u"privateCloud"_s, QVariant::fromValue(presentation.privateCloud.get())},
-                             {u"privacy"_s, QVariant::fromValue(presentation.privacy.get())},
-                             {u"speaking"_s, QVariant::fromValue(presentation.speaking.get())},
-                             {u"microphone"_s, QVariant::fromValue(presentation.microphone.get())},
-                             {u"recognition"_s, QVariant::fromValue(presentation.recognition.get())},
-                             {u"screenTest"_s, QVariant::fromValue(presentation.screenTest.get())},
-                             {u"shell"_s, QVariant::fromValue(presentation.shell.get())},
-                             {u"companion"_s, QVariant::fromValue(presentation.companion.get())}});
+    m_engine->loadComponent(mainComponent, {{u"shell"_s, QVariant::fromValue(presentation.shell.get())},
+                                            {u"settings"_s, QVariant::fromValue(&presentation.settings)},
+                                            {u"lock"_s, QVariant::fromValue(presentation.lock.get())}});
     if (!m_engine->rootObjects().isEmpty())
         m_window = qobject_cast<QQuickWindow *>(m_engine->rootObjects().constFirst());
     if (!m_window)
         return;
     m_window->installEventFilter(this);
+    connect(presentation.lock.get(), &AppLockViewModel::isLockedChanged, this, [this] {
+        if (m_presentation.lock->isLocked())
+            dropContent();
+        else
+            showContent();
+    });
+    if (!presentation.lock->isLocked())
+        showContent();
+}
+
+MainWindowController::~MainWindowController()
+{
+    delete m_content; // before the engine that it came from
+}
+
+void MainWindowController::showContent()
+{
+    m_content = m_engine->make(contentComponent, m_window->contentItem(),
+                               {{u"chat"_s, QVariant::fromValue(m_presentation.chat.get())},
+                                {u"conversations"_s, QVariant::fromValue(m_presentation.conversations.get())},
+                                {u"search"_s, QVariant::fromValue(m_presentation.search.get())},
+                                {u"find"_s, QVariant::fromValue(m_presentation.find.get())},
+                                {u"sources"_s, QVariant::fromValue(m_presentation.sources.get())},
+                                {u"instructions"_s, QVariant::fromValue(m_presentation.instructions.get())},
+                                {u"abilities"_s, QVariant::fromValue(m_presentation.abilities.get())},
+                                {u"searchKey"_s, QVariant::fromValue(m_presentation.searchKey.get())},
+                                {u"calendars"_s, QVariant::fromValue(m_presentation.calendars.get())},
+                                {u"shortcuts"_s, QVariant::fromValue(m_presentation.shortcuts.get())},
+                                {u"memory"_s, QVariant::fromValue(m_presentation.notes.get())},
+                                {u"receipts"_s, QVariant::fromValue(m_presentation.receipts.get())},
+                                {u"aiSettings"_s, QVariant::fromValue(m_presentation.aiSettings.get())},
+                                {u"localModel"_s, QVariant::fromValue(m_presentation.localModel.get())},
+                                {u"nearby"_s, QVariant::fromValue(m_presentation.nearby.get())},
+                                {u"settings"_s, QVariant::fromValue(&m_presentation.settings)},
+                                {u"networkLedger"_s, QVariant::fromValue(m_presentation.networkLedger.get())},
+                                {u"proofLedger"_s, QVariant::fromValue(m_presentation.proofLedger.get())},
+                                {u"privateCloud"_s, QVariant::fromValue(m_presentation.privateCloud.get())},
+                                {u"privacy"_s, QVariant::fromValue(m_presentation.privacy.get())},
+                                {u"speaking"_s, QVariant::fromValue(m_presentation.speaking.get())},
+                                {u"microphone"_s, QVariant::fromValue(m_presentation.microphone.get())},
+                                {u"recognition"_s, QVariant::fromValue(m_presentation.recognition.get())},
+                                {u"screenTest"_s, QVariant::fromValue(m_presentation.screenTest.get())},
+                                {u"shell"_s, QVariant::fromValue(m_presentation.shell.get())},
+                                {u"companion"_s, QVariant::fromValue(m_presentation.companion.get())},
+                                {u"lock"_s, QVariant::fromValue(m_presentation.lock.get())},
+                                {u"place"_s, m_place}});
+    if (m_content)
+        m_content->setFocus(true);
+}
+
+// Gone from sight at once, and from memory when what called for it has returned: that may be an item of it.
+void MainWindowController::dropContent()
+{
+    if (!m_content)
+        return;
+    QVariant place;
+    QMetaObject::invokeMethod(m_content, "whereabouts", Q_RETURN_ARG(QVariant, place));
+    m_place = (place.canConvert<QJSValue>() ? place.value<QJSValue>().toVariant() : place).toMap();
+    m_content->setVisible(false);
+    m_content->setParentItem(nullptr);
+    connect(m_content, &QObject::destroyed, &*m_engine, [engine = m_engine.get()] {
+        engine->trimComponentCache();
+        engine->collectGarbage();
+    });
+    m_content->deleteLater();
+    m_content = nullptr;
 }
 
 void MainWindowController::show()

@@ -3,7 +3,10 @@
 #include "app/WindowEngine.h"
 
 #include <QObject>
+#include <QPointer>
+#include <QQuickItem>
 #include <QQuickWindow>
+#include <QVariantMap>
 
 #include <memory>
 
@@ -21,6 +24,8 @@ public:
     explicit MainWindowController(Presentation &presentation,
                                   std::unique_ptr<WindowEngine> engine = prepareEngine());
 
+    ~MainWindowController() override;
+
     // Null when the window could not be loaded; the reason is in the log.
     [[nodiscard]] QQuickWindow *window() const { return m_window; }
     [[nodiscard]] QQmlEngine &engine() { return *m_engine; }
@@ -33,8 +38,15 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    // What stands in the window comes and goes with the lock, and with it every item that ever held a word.
+    void showContent();
+    void dropContent();
+
+    Presentation &m_presentation;
     const std::unique_ptr<WindowEngine> m_engine;
     QQuickWindow *m_window = nullptr; // owned by the engine
+    QPointer<QQuickItem> m_content;   // null while locked
+    QVariantMap m_place;              // where the person had been when it went
 };
 
 } // namespace morvane

@@ -4,6 +4,7 @@
 #include "ai/local/LocalModelService.h"
 #include "ai/speech/WhisperSetup.h"
 #include "ai/tools/ToolRegistry.h"
+#include "app/AppLock.h"
 #include "app/Assistant.h"
 #include "app/DesktopHands.h"
 #include "app/PrivateCloudParts.h"
@@ -29,6 +30,7 @@
 #include "view_models/find/FindViewModel.h"
 #include "view_models/settings/AISettingsViewModel.h"
 #include "view_models/settings/AbilitiesViewModel.h"
+#include "view_models/settings/AppLockViewModel.h"
 #include "view_models/settings/CalendarsViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
 #include "view_models/settings/LocalModelViewModel.h"
@@ -65,8 +67,8 @@ QStringList textsOf(const std::vector<MemoryStore::Fact> &facts)
 
 } // namespace
 
-Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice, const Secrets &secrets,
-                           Clock &clock, Work &work, ReplyNotifying *notifications)
+Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice, AppLock &lock,
+                           const Secrets &secrets, Clock &clock, Work &work, ReplyNotifying *notifications)
     : settings(*storage.settings)
     , companion(std::make_unique<CompanionViewModel>(clock))
     , chat(std::make_unique<ChatViewModel>(ChatViewModel::Services{
@@ -134,6 +136,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
     , shell(std::make_unique<ShellViewModel>(
           settings, storage.startupError ? storage.startupError->userMessage() : QString(),
           storage.startupAdvice()))
+    , lock(std::make_unique<AppLockViewModel>(*lock.service, settings))
 {
     QObject::connect(chat.get(), &ChatViewModel::conversationsChanged, conversations.get(),
                      &ConversationListModel::refresh);
@@ -148,7 +151,19 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
         receipts->setChat(chat->conversation() ? chat->conversation()->scopeKey() : QString());
     };
     QObject::connect(chat.get(), &ChatViewModel::conversationChanged, receipts.get(), showReceipts);
-    chat->openAtStart();
+    if (lock.service->isLocked())
+        conceal();
+    else
+        chat->openAtStart();
+}
+
+void Presentation::conceal()
+{
+    chat->conceal();
+    conversations->conceal();
+    search->setQuery({});
+    find->setQuery({});
+    find->close();
 }
 
 Presentation::~Presentation() = default;

@@ -6,6 +6,7 @@ namespace morvane {
 
 class AISettingsViewModel;
 class AbilitiesViewModel;
+class AppLockViewModel;
 class CalendarsViewModel;
 class ChatViewModel;
 class Clock;
@@ -34,6 +35,7 @@ class ShortcutListModel;
 class SourceMenuViewModel;
 class SpeakingViewModel;
 class Work;
+struct AppLock;
 struct Assistant;
 struct Secrets;
 struct Storage;
@@ -42,9 +44,12 @@ struct Voice;
 // What the window binds to. What the constructor takes outlives this.
 struct Presentation {
     // `notifications` may be null.
-    Presentation(Storage &storage, Assistant &assistant, Voice &voice, const Secrets &secrets, Clock &clock,
-                 Work &work, ReplyNotifying *notifications);
+    Presentation(Storage &storage, Assistant &assistant, Voice &voice, AppLock &lock, const Secrets &secrets,
+                 Clock &clock, Work &work, ReplyNotifying *notifications);
     ~Presentation();
+
+    // No opened text is left in what the window binds to, until the chat reveals its own.
+    void conceal();
 
     SettingsStore &settings;
     const std::unique_ptr<CompanionViewModel> companion;
@@ -73,6 +78,7 @@ struct Presentation {
     const std::unique_ptr<RecognitionViewModel> recognition;
     const std::unique_ptr<ScreenTestViewModel> screenTest;
     const std::unique_ptr<ShellViewModel> shell;
+    const std::unique_ptr<AppLockViewModel> lock;
 };
 
 } // namespace morvane

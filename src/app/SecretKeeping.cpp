@@ -19,10 +19,11 @@ QString SecretKeeping::keyFilePath(const SupportFolders &folders)
 }
 
 SecretKeeping::SecretKeeping(const SupportFolders &folders, std::unique_ptr<SecretStoring> keyring,
-                             Work &work)
+                             Work &work, std::unique_ptr<UserPresenceConfirming> presence)
     : m_keyring(std::move(keyring))
+    , m_presence(std::move(presence))
     , m_home(*m_keyring, keyFilePath(folders), LocalDataVault::keyAccount)
-    , m_keychain(Product::serviceName, m_home, m_presence)
+    , m_keychain(Product::serviceName, m_home, *m_presence)
     , m_preparation(Product::serviceName, m_home, m_keychain, work)
 {}
 

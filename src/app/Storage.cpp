@@ -30,6 +30,13 @@ bool hasChats(const SupportFolders &folders)
            QFileInfo::exists(ChatStoreLocation::oldStorePath(folders));
 }
 
+PersistenceController::Place placeOf(const Storage &storage)
+{
+    return {.folders = storage.folders,
+            .defaults = *storage.defaults,
+            .isVaultLocked = [vault = storage.vault] { return vault->isLocked(); }};
+}
+
 } // namespace
 
 Storage::Storage(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets)
@@ -39,8 +46,11 @@ Storage::Storage(const CommandLine &commandLine, Host host, Clock &clock, const 
           UserDefaultsSettingsRepository::path(folders, Product::serviceName)))
     , m_host(host)
 {
-    if (host == Host::application) {
+    if (host == Host::application)
         moveFormerData(secrets);
+    settings = std::make_unique<SettingsStore>(*defaults);
+    lockAtStart(secrets.isKeyBehindPresence);
+    if (host == Host::application) {
         expectKey();
         sealLeftovers();
         VeniceMeasurementListStore::settleFormerFiles(folders);
@@ -49,7 +59,6 @@ Storage::Storage(const CommandLine &commandLine, Host host, Clock &clock, const 
         // has been here before.
         WhatChangedNotice::decideOnce(*defaults, hasChats(folders));
     }
-    settings = std::make_unique<SettingsStore>(*defaults);
     if (commandLine.resetOnboarding)
         settings->setOnboardingComplete(false);
     else if (commandLine.practiceServer || commandLine.devRelay) // there is nothing to choose
@@ -72,6 +81,15 @@ void Storage::moveFormerData(const Secrets &secrets)
                                     .openDomain = openDomain,
                                     .legacySecrets = secrets.legacy,
                                     .keychain = secrets.keychain});
+}
+
+// A lost setting must not open what the key's place says is locked.
+void Storage::lockAtStart(bool isKeyBehindPresence)
+{
+    if (isKeyBehindPresence)
+        settings->setAppLockEnabled(true);
+    if (settings->appLockEnabled())
+        vault->lock();
 }
 
 // Where something has been sealed before, a missing key is an error and never a fresh start.
@@ -98,11 +116,8 @@ void Storage::removeDepartedData()
 // A store that won't open doesn't stop the start: one in memory takes its place, and the window says why.
 void Storage::openStore(Clock &clock)
 {
-    const PersistenceController::Place place{.folders = folders,
-                                             .defaults = *defaults,
-                                             .isVaultLocked = [vault = vault] { return vault->isLocked(); }};
     try {
-        persistence = PersistenceController::onDisk(place, vault);
+        persistence = PersistenceController::onDisk(placeOf(*this), vault);
         // A damaged file is not to be written over before the person knows of it.
         persistence->mainContext().setWriting(Database::Writing::ToLogAlone);
     } catch (const PersistenceError &error) {
@@ -127,6 +142,14 @@ void Storage::sealWhatIsReadable()
     sealPlainTexts();
     if (m_host == Host::application)
         sealLeftovers();
+}
+
+// The sweep goes first: what it finds may be part of what is moved.
+void Storage::catchUpAfterUnlock()
+{
+    sealWhatIsReadable();
+    if (!startupError)
+        persistence->moveAfterUnlock(placeOf(*this));
 }
 
 QString Storage::startupAdvice() const

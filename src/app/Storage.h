@@ -24,6 +24,7 @@ enum class Host { application, test };
 struct Secrets {
     KeychainServicing &keychain;
     LegacySecretListing &legacy;
+    bool isKeyBehindPresence = false; // as it was found at the start
 };
 
 // What is kept on this machine, made first: what older builds left is moved before anything reads it, then
@@ -47,10 +48,14 @@ struct Storage {
     // Seals what stands readable in the store and in files, as far as it can be sealed now. Never throws.
     void sealWhatIsReadable();
 
+    // What the start left for the time when the key is there.
+    void catchUpAfterUnlock();
+
 private:
     const Host m_host;
 
     void moveFormerData(const Secrets &secrets);
+    void lockAtStart(bool isKeyBehindPresence);
     void expectKey();
     void sealLeftovers();
     void sealPlainTexts();

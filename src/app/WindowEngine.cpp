@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QQmlComponent>
+#include <QQuickItem>
 #include <QtQml/QQmlExtensionPlugin>
 
 #include <utility>
@@ -35,7 +36,8 @@ WindowEngine::WindowEngine(QObject *parent)
 
 void WindowEngine::prepare(const QString &fileName)
 {
-    delete std::exchange(m_prepared, new QQmlComponent(this, urlOf(fileName), this));
+    if (auto &prepared = m_prepared[fileName]; !prepared)
+        prepared = new QQmlComponent(this, urlOf(fileName), this);
 }
 
 void WindowEngine::loadComponent(const QString &fileName, const QVariantMap &properties)
@@ -45,7 +47,23 @@ void WindowEngine::loadComponent(const QString &fileName, const QVariantMap &pro
     // With its first load it has taken to quit the application as well, which asks the windows to close, and
     // closing one puts it away. Whoever made the engine takes its quit.
     disconnect(this, &QQmlEngine::quit, QCoreApplication::instance(), nullptr);
-    delete std::exchange(m_prepared, nullptr);
+    delete std::exchange(m_prepared[fileName], nullptr);
+}
+
+QQuickItem *WindowEngine::make(const QString &fileName, QQuickItem *parent, const QVariantMap &properties)
+{
+    prepare(fileName);
+    QQmlComponent &component = *m_prepared[fileName];
+    auto *const item = qobject_cast<QQuickItem *>(component.beginCreate(rootContext()));
+    if (!item) {
+        qWarning("%s", qPrintable(component.errorString()));
+        return nullptr;
+    }
+    component.setInitialProperties(item, properties);
+    item->setParent(parent);
+    item->setParentItem(parent);
+    component.completeCreate();
+    return item;
 }
 
 } // namespace morvane

@@ -2,6 +2,10 @@
 
 #include <QQmlApplicationEngine>
 
+#include <map>
+
+class QQuickItem;
+
 namespace morvane {
 
 // An engine with the window's module in it that can't reach the network, so that nothing fetches by being
@@ -15,9 +19,13 @@ public:
     void prepare(const QString &fileName);
     // Loads a component of the module by its file name, with its required properties.
     void loadComponent(const QString &fileName, const QVariantMap &properties);
+    // Makes an item of such a component; `parent` owns it. Null when it can't be made; the reason is in the
+    // log.
+    [[nodiscard]] QQuickItem *make(const QString &fileName, QQuickItem *parent,
+                                   const QVariantMap &properties);
 
 private:
-    QQmlComponent *m_prepared = nullptr; // keeps what was read; a child
+    std::map<QString, QQmlComponent *> m_prepared; // keep what was read; children
 };
 
 } // namespace morvane

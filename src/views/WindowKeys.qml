@@ -21,6 +21,7 @@ Item {
     signal copyAnswer()
     signal page(int direction)
     signal toEnd()
+    signal lock()
     signal sheet()
 
     Shortcut { sequence: "Esc"; enabled: root.asks; autoRepeat: false; onActivated: root.declined() }
@@ -40,6 +41,7 @@ Item {
     Shortcut { sequence: "PgUp"; onActivated: root.page(-1) }
     Shortcut { sequence: "PgDown"; onActivated: root.page(1) }
     Shortcut { sequence: Keymap.toEnd; onActivated: root.toEnd() }
+    Shortcut { sequence: Keymap.lock; onActivated: root.lock() }
     Shortcut { sequence: Keymap.sheet; onActivated: root.sheet() }
     Shortcut { sequence: Keymap.quit; onActivated: Qt.quit() }
 }

@@ -98,6 +98,7 @@ public:
     void approvalWaits(const QString &verb) override { m_heard.append(QStringLiteral("waits ") + verb); }
     void withdrawAll() override {}
     void withdrawApproval() override { m_heard.append(QStringLiteral("withdrawn")); }
+    void withdrawAll() override { m_heard.append(QStringLiteral("withdrawn all")); }
 
 private:
     Clock &m_clock;

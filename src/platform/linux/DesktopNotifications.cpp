@@ -73,14 +73,6 @@ void DesktopNotifications::withdrawGhostReplies()
         close(id);
 }
 
-void DesktopNotifications::withdrawAll()
-{
-    withdrawGhostReplies();
-    withdrawApproval();
-    for (const uint id : m_conversations.keys())
-        close(id);
-}
-
 void DesktopNotifications::replyFailed(const QString &message, const QString &suggestion)
 {
     post(message, suggestion, {});
@@ -104,6 +96,15 @@ void DesktopNotifications::withdrawApproval()
         close(id);
 }
 
+void DesktopNotifications::withdrawAll()
+{
+    ++m_allWithdrawn;
+    withdrawGhostReplies();
+    withdrawApproval();
+    for (const uint id : m_conversations.keys())
+        close(id);
+}
+
 void DesktopNotifications::post(const QString &summary, const QString &body, const QUuid &conversation,
                                 Shown shown, Lasting lasting)
 {
@@ -117,11 +118,13 @@ void DesktopNotifications::post(const QString &summary, const QString &body, con
                                           body.toHtmlEscaped(), actions, hints, asTheDesktopLikes});
     auto *watcher = new QDBusPendingCallWatcher(m_bus->asyncCall(asked), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
-            [this, watcher, conversation, shown = std::move(shown)] {
+            [this, watcher, conversation, shown = std::move(shown), former = m_allWithdrawn] {
                 watcher->deleteLater();
                 const QDBusPendingReply<uint> id = *watcher;
                 if (!id.isValid())
                     return;
+                if (former != m_allWithdrawn)
+                    return close(id.value()); // it was withdrawn before the desktop had told the number
                 m_conversations.insert(id.value(), conversation);
                 if (shown)
                     shown(id.value());

@@ -59,6 +59,7 @@ private:
     std::optional<QDBusConnection> m_bus;
     QHash<uint, QUuid> m_conversations; // of the notifications that are shown
     int m_waiting = 0;                  // grows with each approval, and when it needs no answer any more
+    int m_allWithdrawn = 0;             // grows with each time that all were
     int m_ghostsLeft = 0;               // grows with each Ghost chat that is left
     QSet<uint> m_ofGhosts;              // numbers of the notifications of the present one
     uint m_approval = 0;                // the number of its notification; 0 until the desktop has told it

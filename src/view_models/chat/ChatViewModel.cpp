@@ -261,7 +261,8 @@ void ChatViewModel::moveDraft()
 
 void ChatViewModel::refreshMessages()
 {
-    m_messages.setMessages(m_open.current() ? m_open.current()->transcript() : Conversation::Messages());
+    const bool isShown = m_open.current() && !m_isConcealed;
+    m_messages.setMessages(isShown ? m_open.current()->transcript() : Conversation::Messages());
 }
 
 // What is done to messages

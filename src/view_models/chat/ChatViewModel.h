@@ -178,6 +178,10 @@ public:
     // The same where no event loop will run again: when this returns, every turn has ended, what had arrived
     // is in its record, and the draft is stored.
     void endTurns();
+    // Ends the turns, keeps what was being written sealed, and lets go of every opened text, until reveal().
+    void conceal();
+    // Once texts can be opened again; the first time it opens a chat if none was.
+    void reveal();
     // Puts words below the draft, each line marked as a quote.
     Q_INVOKABLE void quote(const QString &words);
     // Puts words behind the draft.
@@ -256,6 +260,8 @@ private:
     QUuid m_edited;                             // the message whose new words the draft is; null for none
     std::optional<std::chrono::milliseconds> m_typedAt; // of the clock's elapsed time
     bool m_isResponding = false;
+    bool m_isConcealed = false;
+    QString m_sealedDraft;                          // while concealed: what stands in no chat's record
     bool m_isRestartingModel = false;               // at the person's wish, by the banner
     std::vector<std::unique_ptr<ChatTurn>> m_turns; // a stopped turn may end after the next has begun
     QPointer<ChatTurn> m_latestTurn;

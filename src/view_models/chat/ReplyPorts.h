@@ -21,7 +21,7 @@ public:
     // `verb` says what is asked for. It is taken back when there is nothing left to answer.
     virtual void approvalWaits(const QString &verb) = 0;
     virtual void withdrawApproval() = 0;
-    // Whatever is still shown, of this run.
+    // Whatever of it is still shown: titles and failures may not outlast a lock.
     virtual void withdrawAll() = 0;
 };
 

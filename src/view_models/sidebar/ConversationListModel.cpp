@@ -108,6 +108,15 @@ QString ConversationListModel::neighbour(const QString &id, int step)
                                                 : Identifier::text(m_rows[static_cast<std::size_t>(row)].id);
 }
 
+void ConversationListModel::conceal()
+{
+    beginResetModel();
+    m_rows.clear();
+    m_hasMore = false;
+    endResetModel();
+    Q_EMIT countChanged();
+}
+
 void ConversationListModel::refresh()
 {
     // One more than is shown: a new chat joins the list, and a full page tells that there are more.

@@ -40,6 +40,8 @@ public:
     // the first one when the id isn't listed.
     Q_INVOKABLE QString neighbour(const QString &id, int step);
 
+    // Lets go of all titles, until refresh().
+    void conceal();
     // Reads the list again; rows that stay are moved and updated in place.
     void refresh();
 

@@ -67,6 +67,21 @@ ListView {
         root.contentY = Math.max(root.originY - root.topMargin, Math.min(root.contentY + distance, root.endY));
         root.following = distance > 0 && root.gapToEnd <= 64;
     }
+    // What stands at the top of the view, as a row and how far it is scrolled out.
+    function place(): var {
+        const row = root.indexAt(root.width / 2, root.contentY + root.topMargin);
+        const item = root.itemAtIndex(row);
+        return { following: root.following || !item, row: row, offset: item ? root.contentY - item.y : 0 };
+    }
+    function goTo(place: var) {
+        if (place.following || place.row >= root.count)
+            return root.goToEnd();
+        root.following = false;
+        root.positionViewAtIndex(place.row, ListView.Beginning);
+        const item = root.itemAtIndex(place.row);
+        if (item)
+            root.contentY = item.y + place.offset;
+    }
     function bringTurnUp() {
         root.makesRoom = true;
         root.following = true;

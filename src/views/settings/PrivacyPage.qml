@@ -4,16 +4,22 @@ import QtQuick
 import Morvane
 import Morvane.ViewModels
 
-// How long chats stay, where everything is kept, and how to be rid of it.
+// Who may open the chats, how long they stay, where everything is kept, and how to be rid of it.
 SettingsPage {
     id: root
 
+    required property AppLockViewModel lock
     required property PrivacyViewModel privacy
     required property SettingsStore settings
     required property ShellViewModel shell
 
     title: qsTr("Privacy")
 
+    LockCard {
+        lock: root.lock
+        settings: root.settings
+        productName: root.shell.productName
+    }
     RetentionCard {
         settings: root.settings
         productName: root.shell.productName

@@ -26,6 +26,7 @@ T.ApplicationWindow {
     required property MicrophoneViewModel microphone
     required property RecognitionViewModel recognition
     required property ScreenTestViewModel screenTest
+    required property AppLockViewModel lock
     required property ShellViewModel shell
     // In the order of the menu and of the pages below.
     readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "privacy", "voice", "appearance", "proof", "network"]
@@ -110,6 +111,7 @@ T.ApplicationWindow {
                 settings: root.settings
             }
             PrivacyPage {
+                lock: root.lock
                 privacy: root.privacy
                 settings: root.settings
                 shell: root.shell

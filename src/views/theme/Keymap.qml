@@ -28,6 +28,7 @@ QtObject {
     readonly property string composer: "Ctrl+J"
     readonly property string copyAnswer: "Ctrl+Shift+C"
     readonly property string toEnd: "Alt+End"
+    readonly property string lock: "Ctrl+L"
     readonly property string sheet: "Ctrl+?"
     readonly property string quit: "Ctrl+Q"
 
@@ -51,6 +52,7 @@ QtObject {
         { keys: "Delete", action: "Delete the chat under the list's marker" },
         { keys: sidebar, action: "Show or hide the list of chats" },
         { keys: settings, action: "Settings" },
+        { keys: lock, action: "Lock, where that is switched on in the settings" },
         { keys: sheet, action: "This list" },
         { keys: quit, action: "Quit" }
     ])

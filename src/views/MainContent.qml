@@ -1,10 +1,10 @@
 import QtQuick
-import QtQuick.Templates as T
 import Morvane
 import Morvane.ViewModels
 
-// The main window. The application hands in the view models and shows it.
-T.ApplicationWindow {
+// What stands in the main window. The application hands in the view models; while it is locked there is none
+// of this.
+FocusScope {
     id: window
 
     required property ChatViewModel chat
@@ -33,6 +33,8 @@ T.ApplicationWindow {
     required property ScreenTestViewModel screenTest
     required property ShellViewModel shell
     required property CompanionViewModel companion
+    required property AppLockViewModel lock
+    property var place: ({}) // where the person had been, for a content that takes a former one's place
 
     readonly property bool narrow: width < 800
     property bool overlayOpen: false
@@ -72,7 +74,7 @@ T.ApplicationWindow {
         const welcome = welcomeLoader.item as WelcomeWindow;
         if (welcome)
             return welcome.requestActivate(); // it led there
-        window.requestActivate();
+        Window.window?.requestActivate();
         page.focusComposer();
     }
     function openSettings() {
@@ -96,6 +98,7 @@ T.ApplicationWindow {
                 microphone: window.microphone,
                 recognition: window.recognition,
                 screenTest: window.screenTest,
+                lock: window.lock,
                 shell: window.shell
             });
         const opened = settingsLoader.item as SettingsWindow;
@@ -104,6 +107,27 @@ T.ApplicationWindow {
         opened.requestActivate();
     }
 
+    // What place brings back in another content.
+    function whereabouts(): var {
+        const list = page.messageList as MessageList;
+        const opened = settingsLoader.item as SettingsWindow;
+        return {
+            list: list ? list.place() : null,
+            settings: opened?.visible ? opened.page : "",
+            overlay: window.overlayOpen
+        };
+    }
+    function comeBack() {
+        window.overlayOpen = window.place.overlay ?? false;
+        const list = page.messageList as MessageList;
+        if (list && window.place.list)
+            list.goTo(window.place.list);
+        page.focusComposer();
+        if (window.place.settings) {
+            window.openSettings();
+            (settingsLoader.item as SettingsWindow).page = window.place.settings;
+        }
+    }
     function openSettingsAt(page: string) {
         window.openSettings();
         (settingsLoader.item as SettingsWindow).page = page;
@@ -132,34 +156,16 @@ T.ApplicationWindow {
         window.shell.welcomeLeft();
     }
 
-    title: shell.productName
-    color: Theme.page
+    anchors.fill: parent
+    focus: true
+    Component.onCompleted: if (Object.keys(window.place).length > 0) Qt.callLater(window.comeBack) // qmllint disable
     onNarrowChanged: overlayOpen = false
 
-    FirstSize {
-        window: window
-        best: Qt.size(1100, 760)
-        least: Qt.size(420, 520)
-    }
-    Binding { target: Theme; property: "dark"; value: window.shell.dark }
-    Binding {
-        target: Theme
-        property: "backdrop"
-        value: window.settings.appearance === "gallery" ? window.shell.backdrop : ""
-    }
-    Binding { target: Theme; property: "textScale"; value: window.shell.textScale }
     Binding { target: Theme; property: "rings"; value: keeper.tabbed }
-    Binding { target: Theme; property: "reduceAnimation"; value: window.settings.reduceAnimation }
     Binding {
         target: Keymap
         property: "talk"
         value: window.chat.entries.voice.isOffered ? Keymap.talkKeys[window.settings.pushToTalkShortcut] : ""
-    }
-
-    Later {
-        anchors.fill: parent
-        part: "Backdrop.qml" // its large circles take megabytes, hidden ones too
-        wanted: Theme.gallery
     }
     FocusKeeper {
         id: keeper
@@ -286,6 +292,7 @@ T.ApplicationWindow {
         onCopyAnswer: page.copyLastAnswer()
         onPage: direction => page.scrollPage(direction)
         onToEnd: page.goToEnd()
+        onLock: window.lock.lock()
         onSheet: sheet.active = !sheet.active
     }
     Loader {
@@ -299,11 +306,6 @@ T.ApplicationWindow {
         part: "chat/GhostPanel.qml"
         given: ({ ghosts: window.chat.ghosts })
         wanted: window.chat.ghosts.questionId.length > 0
-    }
-    Later {
-        part: "ShellQuestion.qml"
-        given: ({ shell: window.shell })
-        wanted: window.shell.questionTitle.length > 0
     }
     Loader {
         id: settingsLoader

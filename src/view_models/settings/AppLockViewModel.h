@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QtQml/qqmlregistration.h>
+
+namespace morvane {
+
+class AppLockService;
+class SettingsStore;
+
+// The curtain and its button, and Settings > Privacy's switch. GUI thread.
+class AppLockViewModel : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("made by the application")
+    Q_PROPERTY(bool isLocked READ isLocked NOTIFY isLockedChanged)
+    Q_PROPERTY(bool isUnlocking READ isUnlocking NOTIFY changed)
+    Q_PROPERTY(
+        bool canUnlock READ canUnlock NOTIFY changed) // not while it asks, nor right after a wrong answer
+    Q_PROPERTY(bool isEnabled READ isEnabled NOTIFY changed)
+    Q_PROPERTY(bool isChanging READ isChanging NOTIFY changed)          // the key is being moved
+    Q_PROPERTY(QString unlockMessage READ unlockMessage NOTIFY changed) // empty for none
+    Q_PROPERTY(QString setUpMessage READ setUpMessage NOTIFY changed)   // empty for none
+
+public:
+    // Both outlive this object.
+    AppLockViewModel(AppLockService &lock, SettingsStore &settings, QObject *parent = nullptr);
+
+    [[nodiscard]] bool isLocked() const;
+    [[nodiscard]] bool isUnlocking() const;
+    [[nodiscard]] bool canUnlock() const;
+    [[nodiscard]] bool isEnabled() const;
+    [[nodiscard]] bool isChanging() const;
+    [[nodiscard]] QString unlockMessage() const;
+    [[nodiscard]] QString setUpMessage() const;
+
+    // Nothing while the lock is switched off: there would be nothing to unlock with.
+    Q_INVOKABLE void lock();
+    Q_INVOKABLE void unlock();
+    Q_INVOKABLE void cancelUnlock();
+    Q_INVOKABLE void setEnabled(bool on);
+
+Q_SIGNALS:
+    void isLockedChanged();
+    void changed();
+
+private:
+    AppLockService &m_lock;
+};
+
+} // namespace morvane
