@@ -94,6 +94,7 @@ protected:
     [[nodiscard]] QStringList transcript() const;
 
     QTemporaryDir m_profile;
+    VoicePorts m_voice;           // of the next start; the desktop has neither ears nor a mouth
     LocalRuntimeValues m_runtime; // of the next start; nobody answers and nothing can be installed
     ManualClock m_clock;
     InMemoryKeychainService m_keychain;

@@ -21,12 +21,13 @@ ColumnLayout {
         Repeater {
             model: [
                 { keys: "Return", action: qsTr("Send the message") },
+                { keys: Keymap.talk, action: qsTr("Hold to talk") },
                 { keys: "Esc", action: qsTr("Stop the reply") },
                 { keys: Keymap.newChat, action: qsTr("New chat") },
                 { keys: Keymap.search, action: qsTr("Search the chats") },
                 { keys: Keymap.settings, action: qsTr("Settings") },
                 { keys: Keymap.sheet, action: qsTr("All the keys") }
-            ]
+            ].filter(row => row.keys.length > 0)
 
             delegate: RowLayout {
                 id: row
