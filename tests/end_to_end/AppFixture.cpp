@@ -47,7 +47,8 @@ void AppFixture::start()
         commandLine.devRuntime->guard = QStringLiteral(MORVANE_RUNTIME_GUARD); // not beside a test
     }
     work.emplace(clock);
-    state = std::make_unique<AppState>(commandLine, Host::test, clock, Secrets{keychain, keychain}, *work);
+    state = std::make_unique<AppState>(commandLine, Host::test, clock, Secrets{keychain, keychain}, *work,
+                                       nullptr, voice);
     state->storage().settings->setOnboardingComplete(true);
     if (devRuntime.isEmpty()) {
         state->storage().settings->setBaseURLString(server.baseUrl());

@@ -46,6 +46,7 @@ protected:
     SystemClock machineClock;
     Clock &clock{machineClock};
     std::optional<DevRelay::Origin> devRelay;
+    VoicePorts voice;      // of the next start; the desktop has neither ears nor a mouth
     QByteArray devRuntime; // empty: the practice server is the model
     InMemoryKeychainService keychain;
     ModelServer server;

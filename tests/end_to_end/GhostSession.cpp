@@ -6,7 +6,9 @@
 #include "models/Conversation.h"
 #include "network/NetworkLedger.h"
 #include "persistence/ConversationRepository.h"
+#include "persistence/SettingsStore.h"
 #include "support/Await.h"
+#include "support/SpokenMicrophone.h"
 #include "view_models/chat/ChatViewModel.h"
 
 #include <QClipboard>
@@ -15,6 +17,7 @@
 
 #include <array>
 #include <cstdio>
+#include <cstring>
 
 namespace morvane {
 
@@ -122,6 +125,60 @@ TEST_F(GhostSession, IsDroppedAndKept)
     QGuiApplication::clipboard()->setText(u"open"_s);
     EXPECT_FALSE(QGuiApplication::clipboard()->mimeData()->hasFormat(u"x-kde-passwordManagerHint"_s));
     come("kept");
+}
+
+// Each press ends another way. The sound bears a mark, too.
+TEST_F(GhostSession, IsSpokenTo)
+{
+    SpokenMicrophone microphone;
+    stop();
+    voice = {.permission = &microphone, .makeEngine = [&] { return microphone.makeEngine(); }};
+    start();
+    state->storage().settings->setAutoSendTranscription(true);
+    useModel(u"practice-fast"_s);
+    chat().ghosts()->newGhostChat();
+    auto sound = spoken(u"please remember to call my brother in the morning and ask him about the train"_s);
+    std::memcpy(sound.data(), "SoundMARKSoundMARK", 18);
+    VoiceEntry &entry = *chat().entries()->voice();
+    const auto speak = [&] {
+        entry.begin();
+        ASSERT_TRUE(WindowDriver::eventually([&] { return microphone.isOpen(); }));
+        microphone.hear(sound);
+        EXPECT_TRUE(WindowDriver::eventually([&] {
+            return entry.words().contains(u"brother in the morning"_s);
+        })) << entry.words().toStdString();
+    };
+    come("begun");
+    const auto isAtRest = [&] { return entry.phase() == VoiceEntry::Phase::Idle; };
+    speak();
+    entry.end();
+    ASSERT_TRUE(WindowDriver::eventually(isAtRest));
+    ASSERT_TRUE(turnEnds());
+    EXPECT_TRUE(lastText().contains(u"brother in the morning"_s)) << "the server repeats it";
+    come("taken down");
+    speak();
+    WindowDriver::press(window(), Qt::Key_Escape);
+    EXPECT_TRUE(isAtRest());
+    EXPECT_EQ(entry.words(), QString());
+    come("dropped");
+    state->storage().settings->setAutoSendTranscription(false);
+    speak();
+    entry.end();
+    chat().newConversation();
+    answer(0);
+    EXPECT_TRUE(isAtRest());
+    EXPECT_EQ(chat().draft(), QString()) << "it was said to another chat";
+    come("let go and left");
+    chat().ghosts()->newGhostChat();
+    speak();
+    entry.end();
+    ASSERT_TRUE(WindowDriver::eventually([&] { return !chat().draft().isEmpty(); }));
+    chat().send();
+    ASSERT_TRUE(turnEnds());
+    come("sent");
+    speak();
+    come("still speaking"); // and is, when the program ends
+    stop();
 }
 
 } // namespace

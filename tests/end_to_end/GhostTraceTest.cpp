@@ -183,7 +183,7 @@ private:
 
 TEST(GhostTraceTest, NoWordOfAGhostChatReachesADiskBeforeItIsKeptNorAfterItIsDropped)
 {
-    WatchedProcess session(QStringLiteral(MORVANE_GHOST_SESSION), {});
+    WatchedProcess session(QStringLiteral(MORVANE_GHOST_SESSION), {u"--gtest_filter=*IsDroppedAndKept"_s});
     ASSERT_TRUE(session.reaches("begun"))
         << "A tracer has to be allowed here, or nothing is proven: " << session.printed().toStdString();
     const qsizetype writes = session.writesBelow("data");
@@ -203,6 +203,22 @@ TEST(GhostTraceTest, NoWordOfAGhostChatReachesADiskBeforeItIsKeptNorAfterItIsDro
     session.goOn();
     EXPECT_TRUE(session.ends()) << session.printed().toStdString();
     for (const char *mark : {"DroppedMARK", "KeptMARK"})
+        EXPECT_EQ(session.leaksOf(mark).join(u'\n').toStdString(), "");
+    EXPECT_EQ(session.writtenElsewhere().join(u'\n').toStdString(), "");
+}
+
+// What is said leaves no words and no sound, however a press ends.
+TEST(GhostTraceTest, NothingOfWhatIsSaidInAGhostChatReachesADisk)
+{
+    WatchedProcess session(QStringLiteral(MORVANE_GHOST_SESSION), {u"--gtest_filter=*IsSpokenTo"_s});
+    for (const char *stage :
+         {"begun", "taken down", "dropped", "let go and left", "sent", "still speaking"}) {
+        ASSERT_TRUE(session.reaches(stage)) << session.printed().toStdString();
+        session.goOn();
+    }
+    EXPECT_TRUE(session.ends()) << session.printed().toStdString();
+    EXPECT_GT(session.writesBelow("ai.morvane.macos"), 0) << "the log of voice, without words";
+    for (const char *mark : {"brother in the morning", "SoundMARKSoundMARK"})
         EXPECT_EQ(session.leaksOf(mark).join(u'\n').toStdString(), "");
     EXPECT_EQ(session.writtenElsewhere().join(u'\n').toStdString(), "");
 }

@@ -1,0 +1,104 @@
+// A question that is spoken into a real microphone, answered, read aloud, and understood once more.
+
+#include "audio/SoundServer.h"
+#include "end_to_end/AppFixture.h"
+#include "persistence/SettingsStore.h"
+#include "platform/linux/DesktopAudio.h"
+#include "support/Await.h"
+#include "support/SpokenMicrophone.h"
+#include "view_models/chat/ChatViewModel.h"
+
+#include <QDirIterator>
+#include <QTest>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class VoiceInWindowTest : public AppFixture {
+protected:
+    void SetUp() override
+    {
+        if (!SoundServer::isThere())
+            GTEST_SKIP() << "NO SOUND WAS TESTED: there is no pulseaudio on this machine.";
+        sound.emplace();
+        desktop.emplace();
+        stop();
+        voice = {.output = &desktop->output,
+                 .microphones = &desktop->microphones,
+                 .permission = &desktop->permission,
+                 .makeEngine = [this] { return desktop->makeEngine(); }};
+        start();
+    }
+    void TearDown() override { stop(); }
+
+    [[nodiscard]] ChatViewModel &chat() const { return *state->presentation().chat; }
+    [[nodiscard]] VoiceEntry &entry() const { return *chat().entries()->voice(); }
+
+    // Holds the key while that is heard.
+    void speak(const std::vector<std::int16_t> &samples)
+    {
+        QTest::keyPress(window(), Qt::Key_V, Qt::AltModifier);
+        EXPECT_TRUE(chat().reader()->readingId().isEmpty()) << "the microphone would hear it";
+        TestWait::until([this] { return entry().phase() == VoiceEntry::Phase::Listening; });
+        sound->speakInto(samples);
+        TestWait::until([this] { return !sound->isSpeaking(); });
+        EXPECT_FALSE(entry().words().isEmpty());
+        QTest::keyRelease(window(), Qt::Key_V, Qt::AltModifier);
+        TestWait::until([this] { return entry().phase() == VoiceEntry::Phase::Idle; });
+    }
+    // How many of the words were understood; printed, too.
+    static double shareOf(const QString &said, const QString &heard)
+    {
+        const QStringList words = said.split(u' ');
+        const auto found = std::ranges::count_if(
+            words, [all = heard.split(u' ')](const QString &word) { return all.contains(word); });
+        std::printf("%lld of %lld words: %s\n", static_cast<long long>(found),
+                    static_cast<long long>(words.size()), heard.toUtf8().constData());
+        return static_cast<double>(found) / static_cast<double>(words.size());
+    }
+
+    std::optional<SoundServer> sound;
+    std::optional<DesktopAudio> desktop;
+};
+
+TEST_F(VoiceInWindowTest, AQuestionIsSpokenAnsweredReadAloudAndUnderstoodAgain)
+{
+    SettingsStore &settings = *state->storage().settings;
+    settings.setVoiceOutputEnabled(true);
+    settings.setAutoSendTranscription(true);
+    const QString question =
+        u"what is the weather going to be like in the mountains at the end of the week"_s;
+    speak(spoken(question));
+    ASSERT_TRUE(turnEnds());
+    sound->beginRecording();
+    const auto *messages = chat().messages();
+    EXPECT_EQ(messages->rowCount(), 2);
+    EXPECT_GE(shareOf(question, messages->index(0).data(MessageListModel::TextRole).toString()), 0.8);
+    std::vector<std::int16_t> reply;
+    TestWait::until([&] {
+        const auto more = sound->recorded();
+        reply.insert(reply.end(), more.begin(), more.end());
+        return reply.size() > AudioQueue::samplesIn(8);
+    });
+    EXPECT_FALSE(chat().reader()->readingId().isEmpty());
+    settings.setAutoSendTranscription(false);
+    speak(reply);
+    EXPECT_GE(shareOf(u"practice server which runs on this computer no model is"_s, chat().draft()), 0.6);
+    stop();
+    for (QDirIterator all(profile.path(), QDir::Files, QDirIterator::Subdirectories); all.hasNext();) {
+        QFile file(all.next());
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_FALSE(file.readAll().contains("mountains")) << file.fileName().toStdString();
+    }
+    // The remapped microphone's own, and the test's.
+    EXPECT_TRUE(WindowDriver::eventually([this] {
+        return sound->control({u"list"_s, u"short"_s, u"source-outputs"_s}).count(u'\n') == 2;
+    }));
+}
+
+} // namespace
+
+} // namespace morvane
