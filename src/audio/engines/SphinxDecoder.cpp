@@ -5,6 +5,8 @@
 
 #include <openssl/crypto.h>
 #include <pocketsphinx.h>
+#include <sphinxbase/cmn.h>
+#include <sphinxbase/feat.h>
 
 #include <algorithm>
 
@@ -53,6 +55,7 @@ void SphinxDecoder::begin()
 {
     m_ended.clear();
     dropOpening(m_opening.size());
+    forgetVoice();
     ps_start_stream(m_decoder.get());
     beginUtterance();
 }
@@ -85,6 +88,16 @@ QString SphinxDecoder::words() const
     if (const QString spoken = m_isOpen ? hypothesis() : QString(); !spoken.isEmpty())
         all.append(spoken);
     return all.join(u' ');
+}
+
+// The next speech may come by another microphone. What is known stays the guess until the end of an
+// utterance.
+void SphinxDecoder::forgetVoice()
+{
+    m_knowsVoice = false;
+    cmn_t *const known = ps_get_feat(m_decoder.get())->cmn_struct;
+    std::fill_n(known->sum, known->veclen, mfcc_t{});
+    known->nframe = 0;
 }
 
 void SphinxDecoder::hear(std::span<const std::int16_t> samples)

@@ -16,7 +16,7 @@ namespace morvane {
 // of the one that is spoken. One thread at a time.
 //
 // How a voice sounds in this microphone it learns at the end of an utterance only, and guesses until then,
-// which costs every twentieth word. So the first two seconds that a new one hears end an utterance, and are
+// which costs every twentieth word. So the first two seconds of a speech end an utterance, and are
 // heard again.
 class SphinxDecoder {
 public:
@@ -36,6 +36,7 @@ public:
     [[nodiscard]] QString words() const;
 
 private:
+    void forgetVoice();
     void hear(std::span<const std::int16_t> samples);
     void keepOpening(std::span<const std::int16_t> samples);
     void dropOpening(std::size_t count);
@@ -54,7 +55,7 @@ private:
     bool m_inSpeech = false;
     std::size_t m_spoken = 0; // samples of the utterance that is spoken, since the last silence
     std::size_t m_spokenInAll = 0;
-    bool m_knowsVoice = false;           // has learned it at the end of an utterance
+    bool m_knowsVoice = false;           // of this speech: has learned it at the end of an utterance
     std::vector<std::int16_t> m_opening; // of the utterance, until then; bounded, and wiped as it goes
 };
 
