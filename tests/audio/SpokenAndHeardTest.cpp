@@ -16,7 +16,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <random>
 
 namespace morvane {
 
@@ -47,6 +49,22 @@ std::vector<std::int16_t> spoken(const QString &words)
     sound.insert(sound.end(), rest.begin(), rest.end());
     return sound;
 }
+
+// Gives the last words ten times their time: a busy machine recognises slower than people speak, and what is
+// asked here is which words they are.
+class PatientClock final : public Clock {
+public:
+    [[nodiscard]] QDateTime now() const override { return m_clock.now(); }
+    [[nodiscard]] std::chrono::milliseconds elapsed() const override { return m_clock.elapsed(); }
+    [[nodiscard]] std::unique_ptr<Alarm> after(std::chrono::milliseconds delay,
+                                               std::function<void()> fire) override
+    {
+        return m_clock.after(10 * delay, std::move(fire));
+    }
+
+private:
+    SystemClock m_clock;
+};
 
 // How many of the words were heard, in order; printed, too.
 double shareHeard(const QString &said, const QString &heard)
@@ -117,7 +135,7 @@ protected:
 
     std::optional<SoundServer> server;
     QTemporaryDir folder;
-    SystemClock clock;
+    PatientClock clock;
     Work work{clock};
     MicrophonePermission permission;
     AudioPermissionService permissions{permission};
@@ -137,7 +155,6 @@ TEST_F(SpokenAndHeardTest, ASpokenSentenceIsUnderstoodReadAloudAndUnderstoodAgai
     double all = 0;
     for (const QString &each : sentences)
         all += shareHeard(each, hear(spoken(each)));
-    // The model learns the sound of voice and microphone while it hears the first.
     EXPECT_GE(all / static_cast<double>(sentences.size()), 0.85);
     const QString &sentence = sentences.front();
     FliteSynthesizer voice;
@@ -167,18 +184,25 @@ TEST_F(SpokenAndHeardTest, OddMicrophonesAreHeardAndSoundWithoutWordsIsNot)
                          u"master="_s + name + u".monitor"_s});
         microphone = u"mic_"_s + name;
         server->setFeed(name);
-        const double share = shareHeard(sentence, hear(spoken(sentence)));
-        EXPECT_TRUE(share > 0.7 || name == u"narrow"_s)
-            << "half of the sound that the model knows is missing there";
+        EXPECT_GE(shareHeard(sentence, hear(spoken(sentence))), 0.6) << name.toStdString();
     }
     microphone.reset();
     server->setFeed(u"mic_feed"_s);
     std::vector<std::int16_t> tone = silence(1);
+    std::vector<std::int16_t> noise = silence(2);
+    std::minstd_rand random(1);
+    for (std::int16_t &sample : noise)
+        sample = static_cast<std::int16_t>(random() % 6000 - 3000);
     for (std::size_t i = 0; i < tone.size(); ++i)
         tone[i] = static_cast<std::int16_t>(
             32'767 * (std::sin(0.17 * static_cast<double>(i)) > 0 ? 1 : -1)); // clipped
     for (const auto &wordless : {silence(1), tone})
         EXPECT_EQ(hear(wordless), QString());
+    EXPECT_LE(hear(noise).size(), 4) << "a short word at most, of noise as loud as speech";
+    std::vector<std::int16_t> loud = spoken(sentence);
+    for (std::int16_t &sample : loud)
+        sample = static_cast<std::int16_t>(std::clamp(3 * sample, -32'768, 32'767));
+    EXPECT_GE(shareHeard(sentence, hear(loud)), 0.4) << "clipped";
     microphone = u"gone"_s;
     EXPECT_GE(shareHeard(sentence, hear(spoken(sentence))), 0.9); // by the default
 }
