@@ -13,6 +13,7 @@
 #include "network/EgressGate.h"
 #include "network/PrivateNetworkAddress.h"
 #include "security/KeychainError.h"
+#include "services/DesktopActionError.h"
 #include "services/ScreenGlanceError.h"
 #include "support/TestData.h"
 #include "utils/text/DesktopWords.h"
@@ -44,6 +45,7 @@ QString advice(const UserPresentableError &error)
 TEST(OriginalWordsTest, EachTextIsTheGivenOne)
 {
     using Plain = ProviderError::Plain;
+    using Desktop = DesktopActionError::Plain;
     using Refused = VeniceAttestationVerifier::Failure;
     const QString refusal = Refused(Refused::Plain::noQuote).userMessage();
     const QStringList said{
@@ -61,6 +63,14 @@ TEST(OriginalWordsTest, EachTextIsTheGivenOne)
         advice(ScreenGlanceError(ScreenGlanceError::Case::permissionNeeded)),
         advice(ScreenGlanceError(ScreenGlanceError::Case::needsRelaunch)),
         advice(KeychainError(KeychainError::Operation::Read, {})),
+        advice(DesktopActionError(DesktopActionError::ShortcutNotFound{u"n"_s, {}})),
+        advice(DesktopActionError(DesktopActionError::ShortcutNotFound{u"n"_s, {u"m"_s}})),
+        advice(DesktopActionError(DesktopActionError::ShortcutTimedOut{u"n"_s})),
+        DesktopActionError(Desktop::shortcutsUnavailable).userMessage(),
+        advice(DesktopActionError(Desktop::shortcutsUnavailable)),
+        DesktopActionError(Desktop::openFailed).userMessage(),
+        advice(DesktopActionError(Desktop::calendarAccessDenied)),
+        advice(DesktopActionError(Desktop::calendarUnavailable)),
         WhatChangedNotice::lines().first(),
         ImageWarning::staysNear().message,
         ImageWarning::cannotSee(u"m"_s).suggestion,

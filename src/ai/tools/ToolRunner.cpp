@@ -138,8 +138,10 @@ QCoro::Task<ToolOutcome> runShortcut(ToolArguments arguments, Turn turn, Desktop
         co_return ToolFailure::because(u"A shortcut name is required."_s);
     const auto input = arguments.text("input"_L1);
     const DesktopActing::ShortcutAnswer answer = co_await desktop->runShortcut(*name, input, stop);
-    if (answer.quotesOutput)
-        turn->outsideContentInContext = turn->sensitiveDataInContext = true;
+    if (answer.quotesOutput) {
+        turn->outsideContentInContext = true;
+        turn->sensitiveDataInContext = true;
+    }
     co_return ToolOutcome{answer.sentence};
 }
 

@@ -74,6 +74,7 @@ SettingsCard {
     }
     CommandText {
         Layout.fillWidth: true
+        Layout.topMargin: Theme.gap8
         Layout.bottomMargin: Theme.gap8
         command: root.shortcuts.example
         onCopyAsked: text => root.copyAsked(text)
