@@ -123,7 +123,7 @@ TEST_F(ShortcutsTest, EndAsTheyEndAndLeaveNothing)
                  {"read answer </dev/tty; echo asked", u"asked"_s}, // which fails, and asks nobody
                  {"ls -A; pwd | grep -c morvane-shortcut; mkdir -p a/b; touch a/b/c; chmod 0 a/b", u"1"_s},
                  {"echo \"$MORVANE_SECRET$LD_PRELOAD$QT_QPA_PLATFORM|$HOME\"", u'|' + qEnvironmentVariable("HOME")},
-                 {"ls /proc/$$/fd | grep -vc '^[012]$\\|^10$\\|^255$'; true", u"0"_s},
+                 {"exec ls /proc/self/fd", u"0\n1\n2\n3"_s}, // the last is the folder's own
                  {"echo \"$# $*\"", u"0"_s}};
     for (const auto &[script, says] : cases) {
         put(u"it"_s, script);
