@@ -1,6 +1,7 @@
 #include "end_to_end/AppFixture.h"
 
 #include "persistence/SettingsStore.h"
+#include "platform/linux/DesktopScreen.h"
 #include "support/Await.h"
 #include "view_models/chat/ChatViewModel.h"
 
@@ -47,8 +48,9 @@ void AppFixture::start()
         commandLine.devRuntime->guard = QStringLiteral(MORVANE_RUNTIME_GUARD); // not beside a test
     }
     work.emplace(clock);
+    screen = screenOfTheDesktop(clock, *work);
     state = std::make_unique<AppState>(commandLine, Host::test, clock, Secrets{keychain, keychain}, *work,
-                                       nullptr, voice);
+                                       nullptr, voice, DesktopPorts{.screen = screen.get()});
     state->storage().settings->setOnboardingComplete(true);
     if (devRuntime.isEmpty()) {
         state->storage().settings->setBaseURLString(server.baseUrl());

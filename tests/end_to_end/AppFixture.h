@@ -4,6 +4,7 @@
 #include "app/MainWindowController.h"
 #include "async/Work.h"
 #include "security/InMemoryKeychainService.h"
+#include "services/ScreenCapturing.h"
 #include "support/ModelServer.h"
 #include "support/WindowDriver.h"
 
@@ -51,6 +52,7 @@ protected:
     InMemoryKeychainService keychain;
     ModelServer server;
     std::optional<Work> work;
+    std::unique_ptr<ScreenCapturing> screen; // of the display that a test started; else null
     std::unique_ptr<AppState> state;
     std::unique_ptr<MainWindowController> mainWindow;
 };

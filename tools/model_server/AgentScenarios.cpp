@@ -124,6 +124,14 @@ Work agentRefusesSearch(Exchange &exchange)
     co_await play(exchange, std::move(reply));
 }
 
+Work agentLooks(Exchange &exchange)
+{
+    const Request &request = exchange.request();
+    const QStringList results = toolResults(request);
+    Reply reply = results.isEmpty() ? calling(request, u"look_at_screen"_s, {}) : quoting(results.last());
+    co_await play(exchange, std::move(reply));
+}
+
 } // namespace
 
 std::span<const Scenario> Scenarios::agents()
@@ -135,6 +143,7 @@ std::span<const Scenario> Scenarios::agents()
         {"agent-claims-event"_L1, "claims an event it never made; corrected, it makes it"_L1,
          agentClaimsEvent},
         {"agent-refuses-search"_L1, "declines to search; corrected, it searches"_L1, agentRefusesSearch},
+        {"agent-looks"_L1, "looks at the screen and says what it saw"_L1, agentLooks},
     };
     return all;
 }
