@@ -7,6 +7,7 @@
 #include "network/NetworkLedger.h"
 #include "persistence/SettingsStore.h"
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/settings/ScreenTestViewModel.h"
 
 #include <array>
 #include <cstdio>
@@ -126,6 +127,11 @@ TEST_F(ScreenSession, IsReadShownAskedAboutAndKeptNear)
     ASSERT_TRUE(turnEnds());
     EXPECT_TRUE(lastText().contains(mark)) << lastText().toStdString();
     EXPECT_TRUE(chat().conversation()->carriesScreenText());
+
+    ScreenTestViewModel &test = *state->presentation().screenTest;
+    test.test();
+    EXPECT_TRUE(WindowDriver::eventually([&test] { return !test.isTesting(); }));
+    EXPECT_TRUE(test.worked() && test.message().startsWith(u"It works: "_s)) << test.message().toStdString();
 
     window()->showFullScreen();
     WindowDriver::settle();
