@@ -6,7 +6,6 @@
 #include <xcb/xcbext.h>
 
 #include <array>
-#include <csignal>
 #include <sys/uio.h>
 
 namespace morvane {
@@ -51,11 +50,6 @@ qint64 TestScreen::show(const Words &words)
     TestWait::until([&] { return window->canReadLine() || window->state() == QProcess::NotRunning; });
     m_windows.push_back(std::move(window));
     return m_windows.back()->processId();
-}
-
-void TestScreen::stop(qint64 process)
-{
-    ::kill(static_cast<pid_t>(process), SIGSTOP);
 }
 
 void TestScreen::setDisplays(const std::vector<QRect> &displays) const

@@ -30,7 +30,6 @@ public:
     };
     // The number of its process, once the window is drawn.
     qint64 show(const Words &words);
-    void stop(qint64 process); // it draws no more, and its window stays
 
     // Cuts the screen in displays, of which the last is the main one.
     void setDisplays(const std::vector<QRect> &displays) const;
