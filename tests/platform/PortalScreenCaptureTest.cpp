@@ -38,14 +38,15 @@ public:
         : m_bus(std::move(bus))
     {}
 
-    void answer(uint response, const QString &file)
+    void answer(uint response, const QString &file) { answer(response, file, m_bus); }
+    void answer(uint response, const QString &file, QDBusConnection by) const
     {
         auto signal = QDBusMessage::createSignal(request, u"org.freedesktop.portal.Request"_s, u"Response"_s);
         QVariantMap results;
         if (!file.isEmpty())
             results.insert(u"uri"_s, QUrl::fromLocalFile(file).toString());
         signal.setArguments({response, results});
-        m_bus.send(signal);
+        by.send(signal);
     }
 
     QString request; // empty until it was asked
@@ -151,6 +152,8 @@ TEST_F(PortalScreenCaptureTest, WhatThePersonAgreedToIsReadAndItsFileRemoved)
         portal->choosesItsOwnPath = own;
         ask();
         EXPECT_FALSE(portal->wasInteractive);
+        auto stranger = QDBusConnection::connectToBus(address, u"stranger"_s);
+        portal->answer(2, {}, stranger);
         const QString path = file("a picture");
         TestWait::until([&] { // a path of its own is listened to once it is known
             portal->answer(0, path);

@@ -25,7 +25,7 @@ OwnWindows::Hidden::Hidden()
     for (QWindow *window : windows) {
         const bool isSeen = window->isVisible() && !window->windowStates().testFlag(Qt::WindowMinimized);
         if (isSeen)
-            m_windows.push_back({window, window->windowStates(), window->isActive()});
+            m_windows.push_back({window, window->isActive()});
     }
     for (const Was &was : m_windows)
         was.window->hide();
@@ -36,7 +36,6 @@ OwnWindows::Hidden::~Hidden()
     for (const Was &was : m_windows) {
         if (!was.window || was.window->isVisible())
             continue; // shown again by someone else
-        was.window->setWindowStates(was.states);
         was.window->setVisible(true);
         if (was.wasActive)
             was.window->requestActivate();

@@ -26,7 +26,6 @@ public:
 private:
     struct Was {
         QPointer<QWindow> window;
-        Qt::WindowStates states;
         bool wasActive;
     };
     std::vector<Was> m_windows;

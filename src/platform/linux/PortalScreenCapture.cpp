@@ -116,8 +116,10 @@ QCoro::Task<QString> PortalScreenCapture::pictureFile(std::stop_token stop)
         QString file = question.takeFile();
         co_return file;
     }
-    const bool wasRefused = *end == PortalScreenshot::End::Refused;
-    throw ScreenCaptureFailure(wasRefused ? Reason::refused : Reason::failed, question.words().toStdString());
+    const Reason reason = *end == PortalScreenshot::End::Refused   ? Reason::refused
+                          : *end == PortalScreenshot::End::BusGone ? Reason::blind
+                                                                   : Reason::failed;
+    throw ScreenCaptureFailure(reason, question.words().toStdString());
 }
 
 } // namespace morvane

@@ -23,10 +23,14 @@ constexpr uint granted = 0;
 // The portal answers the question at once, and the person later. The process can be looked at until it does.
 constexpr int patienceMilliseconds = 5000;
 
-bool isDenial(const QDBusError &error)
+PortalScreenshot::End endOf(const QDBusError &error)
 {
-    return error.type() == QDBusError::AccessDenied ||
-           error.name() == "org.freedesktop.portal.Error.NotAllowed"_L1;
+    using End = PortalScreenshot::End;
+    if (error.type() == QDBusError::Disconnected)
+        return End::BusGone;
+    const bool isDenial = error.type() == QDBusError::AccessDenied ||
+                          error.name() == "org.freedesktop.portal.Error.NotAllowed"_L1;
+    return isDenial ? End::Refused : End::Failed;
 }
 
 } // namespace
@@ -34,8 +38,8 @@ bool isDenial(const QDBusError &error)
 PortalScreenshot::PortalScreenshot(const QDBusConnection &bus)
     : m_bus(bus)
 {
-    m_bus.connect(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s,
-                  u"NameOwnerChanged"_s, {service}, {}, this, SLOT(portalLeft(QString, QString, QString)));
+    m_bus.connect({}, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, u"NameOwnerChanged"_s, {service},
+                  {}, this, SLOT(portalLeft(QString, QString, QString)));
     ask();
 }
 
@@ -61,21 +65,30 @@ void PortalScreenshot::ask()
         m_visible.reset();
         const QDBusPendingReply<QDBusObjectPath> reply = *watcher;
         if (reply.isError())
-            finish(isDenial(reply.error()) ? End::Refused : End::Failed, reply.error().name());
-        else
-            listenAt(reply.value().path()); // old portals choose their own
+            return finish(endOf(reply.error()), reply.error().name());
+        m_portal = reply.reply().service();
+        listenAt(reply.value().path()); // old portals choose their own
     });
 }
 
+// By no sender's name: to learn who has it now the library would wait for the bus, and end the process where
+// that is gone.
 void PortalScreenshot::listenAt(const QString &request)
 {
     if (request == m_request)
         return;
     m_request = request;
-    m_bus.connect(service, request, requests, u"Response"_s, this, SLOT(answered(uint, QVariantMap)));
+    m_bus.connect({}, request, requests, u"Response"_s, this, SLOT(answered(uint, QVariantMap)));
 }
 
+// Another program could send such a signal as well. The portal replies before it answers.
 void PortalScreenshot::answered(uint response, const QVariantMap &results)
+{
+    if (!m_portal.isEmpty() && message().service() == m_portal)
+        take(response, results);
+}
+
+void PortalScreenshot::take(uint response, const QVariantMap &results)
 {
     const QUrl place(results.value(u"uri"_s).toString());
     if (!m_end.isThere() && place.isLocalFile())

@@ -4,6 +4,7 @@
 #include "platform/linux/ProcessPrivacy.h"
 
 #include <QDBusConnection>
+#include <QDBusContext>
 #include <QObject>
 #include <QVariantMap>
 
@@ -17,10 +18,10 @@ namespace morvane {
 //
 // It lives until the portal has answered, also when nobody wants the answer any more: then the file is
 // removed all the same.
-class PortalScreenshot : public QObject {
+class PortalScreenshot : public QObject, protected QDBusContext {
     Q_OBJECT
 public:
-    enum class End { Taken, Refused, Failed };
+    enum class End { Taken, Refused, Failed, BusGone };
 
     // Asks at once.
     explicit PortalScreenshot(const QDBusConnection &bus);
@@ -43,11 +44,13 @@ private Q_SLOTS:
 private:
     void ask();
     void listenAt(const QString &request);
+    void take(uint response, const QVariantMap &results);
     void finish(End end, const QString &words);
 
     QDBusConnection m_bus;
     std::unique_ptr<ProcessPrivacy::Pause> m_visible; // until the portal has looked who asks
     QString m_request;                                // the portal's object for this question
+    QString m_portal;                                 // its name on the bus; empty until it has replied
     QString m_file;
     QString m_words;
     SharedResult<End> m_end;
