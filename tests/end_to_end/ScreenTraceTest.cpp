@@ -43,6 +43,7 @@ TEST(ScreenTraceTest, WhatIsReadOfTheScreenIsShownSentNearbyAndLeavesNoTrace)
         } else {
             EXPECT_EQ(session.leaksOf("MarigoldHarbour").join(u'\n').toStdString(), "");
             EXPECT_GT(session.traced(), 100);
+            EXPECT_EQ(session.writtenElsewhere().join(u'\n').toStdString(), "");
         }
     }
 }

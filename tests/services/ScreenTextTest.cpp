@@ -102,7 +102,8 @@ TEST_F(ScreenTextTest, APageIsReadInEveryColourAndSizeWithinItsTime)
                     int(words.size()), seconds);
         EXPECT_GE(share, 0.98) << row.name;
 #if !defined(__SANITIZE_ADDRESS__)
-        EXPECT_LT(seconds, 3) << row.name;
+        EXPECT_LT(seconds, 9) << row.name
+                              << ": it takes 1 to 2.2 on a core of its own, which a test seldom has";
 #endif
     }
 }
