@@ -18,8 +18,8 @@ ColumnLayout {
         menuOpen: (actions.item as QuickActionMenu)?.visible ?? false
         canAct: root.chat.canSend && !root.chat.isEditing
         onTextAsked: {
-            text.wanted = true;
-            (text.item as AttachmentText).open();
+            words.wanted = true;
+            (words.item as AttachmentText).open();
         }
         onActionsAsked: place => {
             actions.wanted = true;
@@ -41,7 +41,7 @@ ColumnLayout {
         given: ({ chat: root.chat })
     }
     Later {
-        id: text
+        id: words
 
         part: "chat/AttachmentText.qml"
         given: ({ desk: root.desk })
