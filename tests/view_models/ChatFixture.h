@@ -96,7 +96,6 @@ public:
         m_heard.append(QStringLiteral("failed ") + message + u'|' + suggestion);
     }
     void approvalWaits(const QString &verb) override { m_heard.append(QStringLiteral("waits ") + verb); }
-    void withdrawAll() override {}
     void withdrawApproval() override { m_heard.append(QStringLiteral("withdrawn")); }
     void withdrawAll() override { m_heard.append(QStringLiteral("withdrawn all")); }
 

@@ -241,7 +241,7 @@ FocusScope {
         function onSaid(words: string) {
             announcement.say(words);
             if (composer.focused)
-                Qt.callLater(composer.takeFocusAtEnd); // the draft has them then // qmllint disable
+                Qt.callLater(() => composer.takeFocusAtEnd()); // the draft has them then
         }
     }
     Connections {

@@ -10,6 +10,15 @@ ColumnLayout {
     id: root
 
     required property CompanionViewModel companion
+    readonly property var rows: [
+        { keys: "Return", action: qsTr("Send the message") },
+        { keys: Keymap.talk, action: qsTr("Hold to talk") },
+        { keys: "Esc", action: qsTr("Stop the reply") },
+        { keys: Keymap.newChat, action: qsTr("New chat") },
+        { keys: Keymap.search, action: qsTr("Search the chats") },
+        { keys: Keymap.settings, action: qsTr("Settings") },
+        { keys: Keymap.sheet, action: qsTr("All the keys") }
+    ]
 
     spacing: Theme.gap12
 
@@ -19,15 +28,7 @@ ColumnLayout {
     }
     SettingsCard {
         Repeater {
-            model: [
-                { keys: "Return", action: qsTr("Send the message") },
-                { keys: Keymap.talk, action: qsTr("Hold to talk") },
-                { keys: "Esc", action: qsTr("Stop the reply") },
-                { keys: Keymap.newChat, action: qsTr("New chat") },
-                { keys: Keymap.search, action: qsTr("Search the chats") },
-                { keys: Keymap.settings, action: qsTr("Settings") },
-                { keys: Keymap.sheet, action: qsTr("All the keys") }
-            ].filter(row => row.keys.length > 0)
+            model: root.rows.filter(row => row.keys.length > 0)
 
             delegate: RowLayout {
                 id: row
