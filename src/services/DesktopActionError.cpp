@@ -33,11 +33,13 @@ QString messageOf(const Error::DisallowedScheme &refused)
 
 QString messageOf(const Error::ShortcutNotFound &missing)
 {
-    const QString message = u"There's no shortcut called “"_s + missing.name + u"” on this "_s + device() + u'.';
+    const QString message =
+        u"There's no shortcut called “"_s + missing.name + u"” on this "_s + device() + u'.';
     if (missing.available.isEmpty())
         return message;
     const qsizetype more = missing.available.size() - mostNames;
-    const QString names = missing.available.first(std::min(missing.available.size(), mostNames)).join(u", "_s);
+    const QString names =
+        missing.available.first(std::min(missing.available.size(), mostNames)).join(u", "_s);
     return message + u" You have: "_s + names + (more > 0 ? u", and %1 more"_s.arg(more) : QString());
 }
 

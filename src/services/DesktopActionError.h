@@ -42,8 +42,7 @@ struct DesktopActionErrorCases {
         calendarEventInvalid,
         calendarEventInPast,
     };
-    using Case =
-        std::variant<DisallowedScheme, ShortcutNotFound, ShortcutTimedOut, ShortcutRefused, Plain>;
+    using Case = std::variant<DisallowedScheme, ShortcutNotFound, ShortcutTimedOut, ShortcutRefused, Plain>;
 };
 
 class DesktopActionError final : public ErrorFamily<DesktopActionErrorCases> {

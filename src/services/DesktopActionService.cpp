@@ -17,9 +17,9 @@ using Shortcuts = std::vector<ShortcutRunning::Shortcut>;
 
 namespace {
 
-constexpr qint64 longestAgo = 86'400;      // seconds; "now" and small rounding never fail
-constexpr qsizetype longestOutput = 500;   // characters
-constexpr int lastYear = 9999;             // that a calendar file can name
+constexpr qint64 longestAgo = 86'400;    // seconds; "now" and small rounding never fail
+constexpr qsizetype longestOutput = 500; // characters
+constexpr int lastYear = 9999;           // that a calendar file can name
 constexpr std::int64_t secondsPerMinute = 60;
 
 void requireOpened(LinkOpening::Outcome outcome)
@@ -54,9 +54,7 @@ CalendarStoring::Event eventOf(const DesktopActing::EventWish &wish, const QDate
 // The shortcut of that whole name. Where a letter with its mark is spelled in two ways, both are the same.
 const ShortcutRunning::Shortcut *find(const Shortcuts &shortcuts, const QString &name)
 {
-    const auto normalised = [](const QString &text) {
-        return text.normalized(QString::NormalizationForm_C);
-    };
+    const auto normalised = [](const QString &text) { return text.normalized(QString::NormalizationForm_C); };
     auto found = std::ranges::find(shortcuts, name, &ShortcutRunning::Shortcut::name);
     if (found == shortcuts.end())
         found = std::ranges::find_if(

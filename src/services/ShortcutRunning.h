@@ -16,7 +16,7 @@ class ShortcutRunning {
 public:
     struct Shortcut {
         QString name;
-        QString comment = {};                                         // what it says of itself; may be empty
+        QString comment = {}; // what it says of itself; may be empty
         std::optional<DesktopActionError::ShortcutRefused> refusal = {}; // why it isn't run
 
         bool operator==(const Shortcut &) const = default;

@@ -53,9 +53,8 @@ private:
         opened.append(what);
         if (!error.isEmpty())
             sendErrorReply(error, u"So."_s);
-        const QString path =
-            u"/org/freedesktop/portal/desktop/request/%1/%2"_s.arg(
-                message().service().mid(1).replace(u'.', u'_'), options.value(u"handle_token"_s).toString());
+        const QString path = u"/org/freedesktop/portal/desktop/request/%1/%2"_s.arg(
+            message().service().mid(1).replace(u'.', u'_'), options.value(u"handle_token"_s).toString());
         if (response) { // before its path is told
             auto signal = QDBusMessage::createTargetedSignal(
                 message().service(), path, u"org.freedesktop.portal.Request"_s, u"Response"_s);
@@ -143,7 +142,7 @@ TEST_F(DesktopLinksTest, WithoutAPortalTheExitOfXdgOpenTellsTheTruth)
     const QString browser = folder.filePath(u"browser"_s);
     const QByteArray path = qgetenv("PATH");
     qputenv("BROWSER", QFile::encodeName(browser));
-    qputenv("DISPLAY", ":none"); // a browser that draws is asked for only then
+    qputenv("DISPLAY", ":none");       // a browser that draws is asked for only then
     DesktopLinks links(ours(), clock); // a bus, and no portal on it
     const QUrl page(u"https://a.example/x"_s);
 

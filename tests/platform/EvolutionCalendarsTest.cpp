@@ -32,7 +32,8 @@ QDateTime utc(const char *text)
 QByteArray contents(const QString &path)
 {
     QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll().replace("\r\n ", "").replace("\r", "") : QByteArray();
+    return file.open(QIODevice::ReadOnly) ? file.readAll().replace("\r\n ", "").replace("\r", "")
+                                          : QByteArray();
 }
 
 class EvolutionCalendarsTest : public testing::Test {
@@ -153,8 +154,9 @@ TEST_F(EvolutionCalendarsTest, AFileHoldsTheEventForAnotherProgram)
         EvolutionCalendars others(folder.filePath(u"scratch"_s), clock, work, [this] { return zone; });
         path = others.writeFile(event);
         const QByteArray file = contents(path);
-        for (const char *line : {"BEGIN:VCALENDAR\n", "VERSION:2.0\n", "BEGIN:VTIMEZONE\n",
-                                 "SUMMARY:Grüße\\, \"so\"\\; BEGIN:VALARM\n", "Europe/Berlin:20261025T023000\n"})
+        for (const char *line :
+             {"BEGIN:VCALENDAR\n", "VERSION:2.0\n", "BEGIN:VTIMEZONE\n",
+              "SUMMARY:Grüße\\, \"so\"\\; BEGIN:VALARM\n", "Europe/Berlin:20261025T023000\n"})
             EXPECT_TRUE(file.contains(line)) << line << file.toStdString();
         EXPECT_EQ(file.count("\nBEGIN:VEVENT"), 1);
         EXPECT_EQ(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther), QFile::Permissions());

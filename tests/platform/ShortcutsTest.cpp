@@ -113,18 +113,19 @@ TEST_F(ShortcutsTest, EndAsTheyEndAndLeaveNothing)
     const struct {
         const char *script;
         QString says;
-    } cases[] = {{"echo done", u"done"_s},
-                 {"", QString()},
-                 {"printf 'gr\\303\\274n \\377'", u"grün \uFFFD"_s},
-                 {"echo half; exit 3", failed},
-                 {"kill -9 $$", failed},
-                 {"exec /no/such/program", failed},
-                 {"read answer; echo \"[$answer]\"", u"[]"_s},
-                 {"read answer </dev/tty; echo asked", u"asked"_s}, // which fails, and asks nobody
-                 {"ls -A; pwd | grep -c morvane-shortcut; mkdir -p a/b; touch a/b/c; chmod 0 a/b", u"1"_s},
-                 {"echo \"$MORVANE_SECRET$LD_PRELOAD$QT_QPA_PLATFORM|$HOME\"", u'|' + qEnvironmentVariable("HOME")},
-                 {"exec ls /proc/self/fd", u"0\n1\n2\n3"_s}, // the last is the folder's own
-                 {"echo \"$# $*\"", u"0"_s}};
+    } cases[] = {
+        {"echo done", u"done"_s},
+        {"", QString()},
+        {"printf 'gr\\303\\274n \\377'", u"grün \uFFFD"_s},
+        {"echo half; exit 3", failed},
+        {"kill -9 $$", failed},
+        {"exec /no/such/program", failed},
+        {"read answer; echo \"[$answer]\"", u"[]"_s},
+        {"read answer </dev/tty; echo asked", u"asked"_s}, // which fails, and asks nobody
+        {"ls -A; pwd | grep -c morvane-shortcut; mkdir -p a/b; touch a/b/c; chmod 0 a/b", u"1"_s},
+        {"echo \"$MORVANE_SECRET$LD_PRELOAD$QT_QPA_PLATFORM|$HOME\"", u'|' + qEnvironmentVariable("HOME")},
+        {"exec ls /proc/self/fd", u"0\n1\n2\n3"_s}, // the last is the folder's own
+        {"echo \"$# $*\"", u"0"_s}};
     for (const auto &[script, says] : cases) {
         put(u"it"_s, script);
         EXPECT_EQ(ran(u"it"_s), says) << script;
@@ -164,11 +165,11 @@ TEST_F(ShortcutsTest, OneThatHangsEndsWithAllOfItsGroup)
 
 TEST_F(ShortcutsTest, OneThatPrintsAGigabyteFillsNothing)
 {
-    put(u"much"_s, "echo first; head -c 1000000000 /dev/zero | tr '\\0' x");
+    put(u"much"_s, "echo first; yes | head -c 1000000000");
     QString output;
     const qint64 peak = ProcessMemory::peakMebibytes([&] { output = ran(u"much"_s); });
-    EXPECT_TRUE(output.startsWith(u"first\nxxx"_s));
-    EXPECT_EQ(output.size(), 65536);
+    EXPECT_TRUE(output.startsWith(u"first\ny\ny"_s));
+    EXPECT_NEAR(static_cast<double>(output.size()), 65536, 2) << "trimmed";
     EXPECT_TRUE(peak <= 8 || ProcessMemory::isInstrumented()) << peak;
 }
 

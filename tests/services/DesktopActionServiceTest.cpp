@@ -103,23 +103,24 @@ TEST_F(DesktopActionServiceTest, OnlyLinksOfTheWebAndOfMailAreOpened)
         QString text;
         QString says;
         QString destination = {};
-    } cases[] = {{u" https://a.example/ü \n"_s, u"Opened https://a.example/%C3%BC in the default browser."_s,
-                  u"a.example"_s},
-                 {u"HTTP://A.example"_s, u"Opened http://a.example in the default browser."_s, u"a.example"_s},
-                 {u"https://bank.example@evil.example/"_s,
-                  u"Opened https://bank.example@evil.example/ in the default browser."_s, u"evil.example"_s},
-                 {u"https://аpple.example/"_s, u"Opened https://xn--pple-43d.example/ in the default browser."_s,
-                  u"xn--pple-43d.example"_s},
-                 {u"mailto:a@b.example?subject=Hi"_s,
-                  u"Opened mailto:a@b.example?subject=Hi in the default browser."_s, u"a@b.example"_s},
-                 {u"mailto:a@b.example?Attach=/etc/passwd"_s, invalid},
-                 {u"file:///etc/hosts"_s, refused("file")},
-                 {u"JavaScript:alert(1)"_s, refused("javascript")},
-                 {u"a.example"_s, refused("")},
-                 {u"https:///path"_s, invalid},
-                 {u"https://a.example/two words"_s, invalid},
-                 {u"https://a.example/\nhttps://b.example"_s, invalid},
-                 {u"  "_s, invalid}};
+    } cases[] = {
+        {u" https://a.example/ü \n"_s, u"Opened https://a.example/%C3%BC in the default browser."_s,
+         u"a.example"_s},
+        {u"HTTP://A.example"_s, u"Opened http://a.example in the default browser."_s, u"a.example"_s},
+        {u"https://bank.example@evil.example/"_s,
+         u"Opened https://bank.example@evil.example/ in the default browser."_s, u"evil.example"_s},
+        {u"https://аpple.example/"_s, u"Opened https://xn--pple-43d.example/ in the default browser."_s,
+         u"xn--pple-43d.example"_s},
+        {u"mailto:a@b.example?subject=Hi"_s,
+         u"Opened mailto:a@b.example?subject=Hi in the default browser."_s, u"a@b.example"_s},
+        {u"mailto:a@b.example?Attach=/etc/passwd"_s, invalid},
+        {u"file:///etc/hosts"_s, refused("file")},
+        {u"JavaScript:alert(1)"_s, refused("javascript")},
+        {u"a.example"_s, refused("")},
+        {u"https:///path"_s, invalid},
+        {u"https://a.example/two words"_s, invalid},
+        {u"https://a.example/\nhttps://b.example"_s, invalid},
+        {u"  "_s, invalid}};
     qsizetype opened = 0;
     for (const auto &[text, says, destination] : cases) {
         EXPECT_EQ(said(service.openLink(text, {})), says);
@@ -148,7 +149,8 @@ TEST_F(DesktopActionServiceTest, EventsAreCheckedAddedAndTakenOutAgain)
     EXPECT_EQ(added(u"a"_s, qint64{8000} * 366 * 86'400, 30), unsaved);
     EXPECT_EQ(happened, QStringList());
 
-    const QString today = QLocale().toString(clock.now().addSecs(60).toLocalTime().time(), QLocale::ShortFormat);
+    const QString today =
+        QLocale().toString(clock.now().addSecs(60).toLocalTime().time(), QLocale::ShortFormat);
     EXPECT_EQ(added(u" Tea\nwith Ada "_s, 60, 45), u"Added “Tea with Ada” to Home at %1."_s.arg(today));
     chosen = u"work"_s;
     EXPECT_TRUE(added(u"b"_s, -86'400, 0).startsWith(u"Added “b” to Home at "_s));

@@ -107,7 +107,8 @@ TEST(ApprovalWordsTest, TellWhatWouldLeaveAndWhere)
         return ApprovalWords::footnote({u""_s, u"open_link"_s, uR"({"url":"%1"})"_s.arg(url)}, true);
     };
     EXPECT_EQ(whereTo(u"https://bank.example@evil.example/"_s), u"Opens evil.example in your browser."_s);
-    EXPECT_EQ(whereTo(u"mailto:a@b.example?subject=x"_s), u"Starts a mail to a@b.example in your mail program."_s);
+    EXPECT_EQ(whereTo(u"mailto:a@b.example?subject=x"_s),
+              u"Starts a mail to a@b.example in your mail program."_s);
     EXPECT_EQ(whereTo(u"file:///etc"_s), QString());
     const ApprovalWords::NotesMatching notes = [](const QString &about) {
         return QStringList{about + u" with milk"_s, u"hates\ncold "_s + about};
@@ -131,7 +132,8 @@ TEST(ApprovalWordsTest, TellWhatWouldLeaveAndWhere)
                   detail.toStdString());
     QLocale::setDefault(former);
     EXPECT_EQ(ApprovalWords::detail({u""_s, rows[1][0], rows[1][1]}),
-              u"Tea Takes 1 minutes\nBegins in 1 hour\nTakes 30 minutes"_s) << "as it was sent";
+              u"Tea Takes 1 minutes\nBegins in 1 hour\nTakes 30 minutes"_s)
+        << "as it was sent";
 }
 
 } // namespace

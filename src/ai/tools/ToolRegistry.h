@@ -91,8 +91,8 @@ private:
     // Nothing when the person says yes, else why not.
     static QCoro::Task<std::optional<ToolOutcome>> approve(Self self, Ability ability, ToolGate::Ask ask,
                                                            AIToolCall call, Turn turn);
-    static QCoro::Task<ToolOutcome> run(Self self, Ability ability, AIToolCall call, QDateTime asked, Turn turn,
-                                        std::stop_token stop);
+    static QCoro::Task<ToolOutcome> run(Self self, Ability ability, AIToolCall call, QDateTime asked,
+                                        Turn turn, std::stop_token stop);
 
     [[nodiscard]] bool isAvailable(Ability ability) const;
     [[nodiscard]] bool canSearch() const;

@@ -67,15 +67,15 @@ void startXdgOpen(const QString &target, AsyncStream<Outcome>::Producer outcome)
         outcome.yield(what);
         outcome.finish();
     };
-    QObject::connect(program, &QProcess::finished, program,
-                     [tell](int exitCode, QProcess::ExitStatus status) mutable {
-                         tell(status == QProcess::NormalExit && exitCode == 0 ? Outcome::opened
-                                                                              : Outcome::failed);
+    QObject::connect(
+        program, &QProcess::finished, program, [tell](int exitCode, QProcess::ExitStatus status) mutable {
+            tell(status == QProcess::NormalExit && exitCode == 0 ? Outcome::opened : Outcome::failed);
+        });
+    QObject::connect(program, &QProcess::errorOccurred, program,
+                     [tell](QProcess::ProcessError error) mutable {
+                         if (error == QProcess::FailedToStart)
+                             tell(Outcome::failed);
                      });
-    QObject::connect(program, &QProcess::errorOccurred, program, [tell](QProcess::ProcessError error) mutable {
-        if (error == QProcess::FailedToStart)
-            tell(Outcome::failed);
-    });
     program->start(u"xdg-open"_s, {target});
 }
 

@@ -57,9 +57,8 @@ QCoro::Task<std::optional<std::vector<CalendarStoring::Calendar>>>
 EvolutionCalendars::calendars(std::stop_token stop)
 {
     const Deadline deadline(m_clock);
-    const auto question =
-        patient([](const auto &patience) { return EvolutionService::calendars(patience); },
-                deadline.source(), stop);
+    const auto question = patient([](const auto &patience) { return EvolutionService::calendars(patience); },
+                                  deadline.source(), stop);
     auto calendars = co_await m_work.run(question, stop);
     co_return std::optional<std::vector<Calendar>>(std::move(calendars));
 }

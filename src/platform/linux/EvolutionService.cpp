@@ -180,8 +180,9 @@ std::optional<CalendarStoring::Place> EvolutionService::add(const CalendarStorin
     // A calendar that knows the zone already may refuse to be told of it.
     e_cal_client_add_timezone_sync(E_CAL_CLIENT(client.get()), zone, session.untilDeadline(),
                                    Failure().place());
-    if (!e_cal_client_create_object_sync(E_CAL_CLIENT(client.get()), component.get(), E_CAL_OPERATION_FLAG_NONE,
-                                         &uid, session.untilDeadline(), failure.place())) {
+    if (!e_cal_client_create_object_sync(E_CAL_CLIENT(client.get()), component.get(),
+                                         E_CAL_OPERATION_FLAG_NONE, &uid, session.untilDeadline(),
+                                         failure.place())) {
         Log::error(Log::Category::App, "Calendar save failed: %s"_L1, {failure.words()});
         fail(failure, Plain::calendarSaveFailed);
     }
@@ -199,8 +200,8 @@ void EvolutionService::remove(const CalendarStoring::Place &place, const Patienc
     const Source source = calendarOf(registry.get(), place.calendarID);
     const Client client = connected(source.get(), session);
     Failure failure;
-    if (e_cal_client_remove_object_sync(E_CAL_CLIENT(client.get()), place.eventID.toUtf8().constData(), nullptr,
-                                        E_CAL_OBJ_MOD_ALL, E_CAL_OPERATION_FLAG_NONE,
+    if (e_cal_client_remove_object_sync(E_CAL_CLIENT(client.get()), place.eventID.toUtf8().constData(),
+                                        nullptr, E_CAL_OBJ_MOD_ALL, E_CAL_OPERATION_FLAG_NONE,
                                         session.untilDeadline(), failure.place()) ||
         failure.is(E_CAL_CLIENT_ERROR, E_CAL_CLIENT_ERROR_OBJECT_NOT_FOUND))
         return;

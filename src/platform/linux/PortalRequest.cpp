@@ -93,9 +93,7 @@ void PortalRequest::responded(uint response, const QVariantMap &)
 {
     constexpr uint succeeded = 0;
     constexpr uint cancelled = 1;
-    finish(response == succeeded   ? End::done
-           : response == cancelled ? End::dismissed
-                                   : End::failed);
+    finish(response == succeeded ? End::done : response == cancelled ? End::dismissed : End::failed);
 }
 
 void PortalRequest::finish(End end)

@@ -22,7 +22,7 @@ using Why = ShortcutFolder::Refusal::Why;
 
 namespace {
 
-constexpr qint64 mostRead = 4096;        // bytes of a script, for its comment
+constexpr qint64 mostRead = 4096;         // bytes of a script, for its comment
 constexpr qsizetype longestComment = 200; // characters
 
 bool othersMayWrite(const struct stat &status)

@@ -23,9 +23,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int betweenLooks = 20;     // milliseconds until a stop or the watchdog is seen
+constexpr int betweenLooks = 20;      // milliseconds until a stop or the watchdog is seen
 constexpr int looksAfterTheTerm = 25; // so long it may put its things away
-constexpr int drains = 64;           // reads of what a program left behind in its pipe
+constexpr int drains = 64;            // reads of what a program left behind in its pipe
 
 class Descriptor {
 public:
@@ -52,10 +52,26 @@ private:
 QList<QByteArray> environment()
 {
     QList<QByteArray> variables{"PATH=/usr/local/bin:/usr/bin:/bin"};
-    for (const char *name :
-         {"HOME", "USER", "LOGNAME", "SHELL", "LANG", "LANGUAGE", "LC_ALL", "LC_CTYPE", "LC_TIME", "TZ",
-          "DISPLAY", "XAUTHORITY", "WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR",
-          "XDG_CURRENT_DESKTOP", "XDG_SESSION_TYPE", "XDG_DATA_DIRS", "XDG_DATA_HOME", "XDG_CONFIG_HOME"})
+    for (const char *name : {"HOME",
+                             "USER",
+                             "LOGNAME",
+                             "SHELL",
+                             "LANG",
+                             "LANGUAGE",
+                             "LC_ALL",
+                             "LC_CTYPE",
+                             "LC_TIME",
+                             "TZ",
+                             "DISPLAY",
+                             "XAUTHORITY",
+                             "WAYLAND_DISPLAY",
+                             "DBUS_SESSION_BUS_ADDRESS",
+                             "XDG_RUNTIME_DIR",
+                             "XDG_CURRENT_DESKTOP",
+                             "XDG_SESSION_TYPE",
+                             "XDG_DATA_DIRS",
+                             "XDG_DATA_HOME",
+                             "XDG_CONFIG_HOME"})
         if (const QByteArray value = qgetenv(name); !value.isEmpty())
             variables.append(QByteArray(name) + '=' + value);
     return variables;

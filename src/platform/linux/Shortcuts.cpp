@@ -37,7 +37,8 @@ public:
     // Also what the shortcut has put there and closed to itself.
     ~Scratch()
     {
-        QDirIterator folders(m_folder.path(), QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks,
+        QDirIterator folders(m_folder.path(),
+                             QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot | QDir::NoSymLinks,
                              QDirIterator::Subdirectories);
         while (folders.hasNext())
             QFile::setPermissions(folders.next(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);

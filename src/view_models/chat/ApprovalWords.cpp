@@ -31,7 +31,7 @@ QString distance(qint64 seconds)
 {
     constexpr qint64 perMinute = 60;
     const qint64 minutes = seconds / perMinute;
-    return minutes == 0 ? u"now"_s
+    return minutes == 0  ? u"now"_s
            : minutes < 0 ? EventWords::length(-minutes) + u" ago"_s
                          : u"in "_s + EventWords::length(minutes);
 }
@@ -44,8 +44,9 @@ QString event(const ToolArguments &arguments, const std::optional<QDateTime> &as
     const auto wish = EventArguments::wish(arguments, from);
     if (!wish)
         return title;
-    return title + u"\nBegins "_s + (asked ? moment(wish->start, *asked) : distance(from.secsTo(wish->start))) +
-           u"\nTakes "_s + EventWords::length(wish->durationMinutes);
+    return title + u"\nBegins "_s +
+           (asked ? moment(wish->start, *asked) : distance(from.secsTo(wish->start))) + u"\nTakes "_s +
+           EventWords::length(wish->durationMinutes);
 }
 
 // As it would be opened; what can't be opened as it was given.
@@ -76,7 +77,8 @@ QString whereTo(const QString &address)
 QString shortcut(const ToolArguments &arguments)
 {
     const auto input = arguments.text("input"_L1);
-    return UntrustedContent::line(text(arguments, "name"_L1)) + (input ? u"\nwith this text:\n"_s + *input : QString());
+    return UntrustedContent::line(text(arguments, "name"_L1)) +
+           (input ? u"\nwith this text:\n"_s + *input : QString());
 }
 
 QString listed(const QStringList &notes)

@@ -94,8 +94,8 @@ int ReceiptsModel::rowCount(const QModelIndex &parent) const
 
 QHash<int, QByteArray> ReceiptsModel::roleNames() const
 {
-    return {{ReceiptIdRole, "receiptId"}, {NoteRole, "note"},           {IsChangeRole, "isChange"},
-            {ForgottenRole, "forgotten"}, {IsEventRole, "isEvent"},     {IsLeavingRole, "isLeaving"},
+    return {{ReceiptIdRole, "receiptId"}, {NoteRole, "note"},       {IsChangeRole, "isChange"},
+            {ForgottenRole, "forgotten"}, {IsEventRole, "isEvent"}, {IsLeavingRole, "isLeaving"},
             {ProblemRole, "problem"}};
 }
 

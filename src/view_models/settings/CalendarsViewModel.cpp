@@ -53,7 +53,8 @@ void CalendarsViewModel::test()
         return;
     m_isTesting = true;
     Q_EMIT changed();
-    m_test = TaskHandle::start([this](std::stop_token stop) { return look(QPointer(this), std::move(stop)); });
+    m_test =
+        TaskHandle::start([this](std::stop_token stop) { return look(QPointer(this), std::move(stop)); });
 }
 
 void CalendarsViewModel::cancelTest()
@@ -86,8 +87,9 @@ void CalendarsViewModel::take(const Calendars &calendars)
 {
     m_found = calendars.value_or(std::vector<CalendarStoring::Calendar>());
     if (!calendars)
-        return finish(false, u"No calendar service answers here. An event is handed to your calendar program as a "
-                             "file instead."_s);
+        return finish(false,
+                      u"No calendar service answers here. An event is handed to your calendar program as a "
+                      "file instead."_s);
     if (m_found.empty())
         return finish(false, u"The calendar service answers, and has no calendar that takes events."_s);
     finish(chosen() >= 0, chosen() >= 0 ? u"The calendar service answers."_s

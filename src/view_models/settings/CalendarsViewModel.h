@@ -15,8 +15,8 @@ namespace morvane {
 
 class SettingsStore;
 
-// Settings > Abilities: which calendar events go to, and a test whether any answers. The service is asked only
-// when the person wants to know. GUI thread.
+// Settings > Abilities: which calendar events go to, and a test whether any answers. The service is asked
+// only when the person wants to know. GUI thread.
 class CalendarsViewModel : public QObject {
     Q_OBJECT
     QML_ELEMENT

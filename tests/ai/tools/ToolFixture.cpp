@@ -46,8 +46,8 @@ QCoro::Task<QString> FakeWorld::openLink(QString url, std::stop_token)
 
 QCoro::Task<QString> FakeWorld::createEvent(EventWish wish, std::stop_token)
 {
-    happened.append(
-        u"event %1 at %2 for %3"_s.arg(wish.title, wish.start.toString(Qt::ISODate)).arg(wish.durationMinutes));
+    happened.append(u"event %1 at %2 for %3"_s.arg(wish.title, wish.start.toString(Qt::ISODate))
+                        .arg(wish.durationMinutes));
     failIf(desktopError);
     co_return u"Added."_s;
 }
