@@ -123,10 +123,10 @@ void MainWindowController::dropContent()
     m_place = (place.canConvert<QJSValue>() ? place.value<QJSValue>().toVariant() : place).toMap();
     m_content->setVisible(false);
     m_content->setParentItem(nullptr);
-    connect(m_content, &QObject::destroyed, &*m_engine, [engine = m_engine.get()] {
-        engine->trimComponentCache();
-        engine->collectGarbage();
-    });
+    // Its scripts' strings go with the next collection, which sees them as free only once it is gone.
+    connect(
+        m_content, &QObject::destroyed, m_engine.get(),
+        [engine = m_engine.get()] { engine->collectGarbage(); }, Qt::QueuedConnection);
     m_content->deleteLater();
     m_content = nullptr;
 }

@@ -9,11 +9,22 @@ FocusScope {
 
     required property AppLockViewModel lock
 
+    function press() {
+        if (root.lock.isUnlocking)
+            root.lock.cancelUnlock();
+        else
+            root.lock.unlock();
+    }
+    function takeFocus() {
+        if (root.visible)
+            button.forceActiveFocus();
+    }
+
     focus: true
+    onVisibleChanged: Qt.callLater(root.takeFocus) // qmllint disable
+    Component.onCompleted: Qt.callLater(root.takeFocus) // qmllint disable
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Locked")
-    Keys.onReturnPressed: root.lock.unlock()
-    Keys.onEnterPressed: root.lock.unlock()
     Keys.onEscapePressed: root.lock.cancelUnlock()
 
     Shortcut { sequence: Keymap.quit; enabled: root.visible; onActivated: Qt.quit() }
@@ -52,26 +63,18 @@ FocusScope {
             text: root.lock.isUnlocking ? qsTr("Your desktop asks whether it is you.")
                 : qsTr("Your chats are sealed until you unlock them.")
         }
-        PushButton {
+        PushButton { // one for both, so that the keyboard stays on it
+            id: button
+
             objectName: "unlockButton"
             Layout.alignment: Qt.AlignHCenter
             Layout.topMargin: Theme.gap8
             Layout.preferredWidth: 160
             focus: true
-            visible: !root.lock.isUnlocking
-            enabled: root.lock.canUnlock
-            rank: PushButton.Primary
-            text: qsTr("Unlock")
-            onClicked: root.lock.unlock()
-        }
-        PushButton {
-            objectName: "cancelUnlockButton"
-            Layout.alignment: Qt.AlignHCenter
-            Layout.topMargin: Theme.gap8
-            Layout.preferredWidth: 160
-            visible: root.lock.isUnlocking
-            text: qsTr("Cancel")
-            onClicked: root.lock.cancelUnlock()
+            enabled: root.lock.isUnlocking || root.lock.canUnlock
+            rank: root.lock.isUnlocking ? PushButton.Plain : PushButton.Primary
+            text: root.lock.isUnlocking ? qsTr("Cancel") : qsTr("Unlock")
+            onClicked: root.press()
         }
         SmallText {
             objectName: "unlockMessage"

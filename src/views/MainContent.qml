@@ -122,11 +122,11 @@ FocusScope {
         const list = page.messageList as MessageList;
         if (list && window.place.list)
             list.goTo(window.place.list);
-        page.focusComposer();
         if (window.place.settings) {
             window.openSettings();
             (settingsLoader.item as SettingsWindow).page = window.place.settings;
         }
+        page.goOnWriting();
     }
     function openSettingsAt(page: string) {
         window.openSettings();

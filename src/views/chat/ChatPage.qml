@@ -27,6 +27,10 @@ FocusScope {
         if (root.chat.ghosts.questionId.length === 0) // whoever is asked first answers
             composer.takeFocus();
     }
+    function goOnWriting() {
+        root.focusComposer();
+        composer.takeFocusAtEnd();
+    }
     function askForFiles() {
         composer.askForFiles();
     }
