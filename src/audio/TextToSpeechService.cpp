@@ -35,12 +35,24 @@ Cleaned cleaned(const QString &text, MarkdownRenderer::CodeInSpeech code)
     return {words, Text::characterCount(words)};
 }
 
+// Where the voice begins: each draws breath first, for which nobody waits who has pressed a button.
+std::size_t firstVoiced(std::span<const std::int16_t> samples)
+{
+    constexpr int breath = 200; // of 32,767
+    const auto voiced = std::ranges::find_if(samples, [](int sample) { return std::abs(sample) > breath; });
+    return static_cast<std::size_t>(voiced - samples.begin());
+}
+
 void synthesizeInto(AudioQueue &sound, SpeechSynthesizing &synthesizer,
                     SpeechSynthesizing::Utterance utterance, const Work::Report<FirstSound> &report,
                     const std::stop_token &stop)
 {
     bool told = false;
     const auto sink = [&](std::span<const std::int16_t> samples) {
+        if (!told)
+            samples = samples.subspan(firstVoiced(samples));
+        if (samples.empty())
+            return !stop.stop_requested();
         const bool goesOn = sound.write(samples, stop);
         if (!std::exchange(told, true))
             report({});
