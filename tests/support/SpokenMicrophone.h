@@ -56,13 +56,13 @@ private:
             : m_state(std::move(state))
         {}
         ~Engine() override { m_state->tap = {}; }
-        QCoro::Task<Binding> bind(std::optional<QString>) override { co_return Binding{true, 16'000}; }
-        QCoro::Task<> start(Tap tap) override
+        QCoro::Task<Binding> bind(std::optional<QString>, std::stop_token) override { co_return Binding{true, 16'000}; }
+        QCoro::Task<> start(Tap tap, std::stop_token) override
         {
             m_state->tap = std::move(tap);
             co_return;
         }
-        QCoro::Task<> stop() override
+        QCoro::Task<> stop(std::stop_token) override
         {
             m_state->tap = {};
             co_return;

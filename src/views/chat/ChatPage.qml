@@ -244,8 +244,8 @@ FocusScope {
 
         function onSaid(words: string) {
             announcement.say(words);
-            if (composer.focused)
-                Qt.callLater(() => composer.takeFocusAtEnd()); // the draft has them then
+            if (composer.focused) // once the draft has them
+                Qt.callLater(composer.takeFocusAtEnd); // qmllint disable
         }
     }
     Connections {
