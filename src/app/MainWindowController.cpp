@@ -80,7 +80,9 @@ MainWindowController::~MainWindowController()
 
 void MainWindowController::showContent()
 {
-    m_content = m_engine->make(contentComponent, m_window->contentItem(),
+    // The window's own place for it, which popups give the focus back to when they close.
+    auto *const place = m_window->property("contentItem").value<QQuickItem *>();
+    m_content = m_engine->make(contentComponent, place,
                                {{u"chat"_s, QVariant::fromValue(m_presentation.chat.get())},
                                 {u"conversations"_s, QVariant::fromValue(m_presentation.conversations.get())},
                                 {u"search"_s, QVariant::fromValue(m_presentation.search.get())},

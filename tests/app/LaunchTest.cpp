@@ -14,6 +14,7 @@
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QQuickItem>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -48,6 +49,15 @@ protected:
         })) << property;
         return found;
     }
+    // What the application has put into the window.
+    static QQuickItem *contentOf(QQuickWindow *window)
+    {
+        for (QQuickItem *item : window->property("contentItem").value<QQuickItem *>()->childItems()) {
+            if (item->property("chat").isValid())
+                return item;
+        }
+        return nullptr;
+    }
     static QVariant valueOf(QQuickWindow *window, const char *object, const char *property)
     {
         return window->property(object).value<QObject *>()->property(property);
@@ -71,7 +81,9 @@ TEST_F(LaunchTest, AProfileOfItsOwnKeepsItsKeyInAFileAndTalksToThePracticeServer
     launch.show({profile.filePath(u"b.txt"_s)}); // by a second start, while the key is waited for
     QQuickWindow *window = windowWith("shell");
     ASSERT_NE(window, nullptr);
-    AttachmentDesk *desk = window->property("chat").value<ChatViewModel *>()->entries()->attachments();
+    ASSERT_NE(contentOf(window), nullptr);
+    AttachmentDesk *desk =
+        contentOf(window)->property("chat").value<ChatViewModel *>()->entries()->attachments();
     for (const bool isLater : {false, true}) {
         EXPECT_TRUE(WindowDriver::eventually([&] { return desk->state() == AttachmentDesk::State::Ready; }));
         EXPECT_EQ(desk->name(), isLater ? u"c.txt"_s : u"b.txt"_s);
@@ -197,7 +209,7 @@ protected:
         ASSERT_TRUE(isDone);
         EXPECT_GE(valueOf(told, "startup", "report").toStringList().size(), 5);
         QMetaObject::invokeMethod(told->property("startup").value<QObject *>(), "proceed");
-        QQuickWindow *fresh = windowWith("companion");
+        QQuickWindow *fresh = windowWith("shell");
         ASSERT_NE(fresh, nullptr);
         EXPECT_FALSE(valueOf(fresh, "settings", "onboardingComplete").toBool());
     }
@@ -209,13 +221,15 @@ TEST_F(ErasureTest, LeavesNothingOfThePersonsAndGoesOnAsAfterAFirstStart)
     launch.start();
     QQuickWindow *window = windowWith("shell");
     ASSERT_NE(window, nullptr);
-    auto *chat = window->property("chat").value<ChatViewModel *>();
+    QQuickItem *content = contentOf(window);
+    ASSERT_NE(content, nullptr);
+    auto *chat = content->property("chat").value<ChatViewModel *>();
     chat->setDraft(u"a marked draft"_s);
     const QByteArray id = chat->conversationId().toUtf8();
     const QByteArray key =
         PrivateFile::read(SecretKeeping::keyFilePath(commandLine.folders()), 10000).value();
     ASSERT_FALSE(filesWith(id.toLower()).isEmpty() && filesWith(id).isEmpty()) << "it is in the store";
-    auto *privacy = window->property("privacy").value<QObject *>();
+    auto *privacy = content->property("privacy").value<QObject *>();
     QMetaObject::invokeMethod(privacy, "eraseAll", Q_ARG(QString, u"no"_s));
     TestWait::settle();
     EXPECT_TRUE(QFileInfo::exists(ChatStoreLocation::storePath(commandLine.folders())));

@@ -25,8 +25,8 @@ class StoreOnDiskTest : public StoreFixture {
 protected:
     void
     expectUnavailable(const QString &advice =
-                          u"Restart the app. If the problem persists, quit and rename the folder of your "
-                          "chats: the app then starts with a new one, and the old one stays as it is."_s)
+                          u"Restart the app. If the problem persists, use Settings → Privacy → Delete "
+                          "All Local Data."_s)
     {
         try {
             (void)onDisk();

@@ -1,5 +1,6 @@
 #include "platform/linux/ScreenSavers.h"
 
+#include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 
@@ -45,16 +46,18 @@ void ScreenSavers::watchPortal()
 {
     const QString sender = m_bus.baseService().mid(1).replace(u'.', u'_');
     m_portalSession = portalPath + u"/session/"_s + sender + u'/' + token;
-    m_bus.connect({}, portalPath, inhibit, u"StateChanged"_s, this,
-                  SLOT(stateChanged(QDBusObjectPath, QVariantMap)));
+    m_bus.connect({}, portalPath, inhibit, u"StateChanged"_s, this, SLOT(stateChanged(QDBusMessage)));
     const QVariantMap options{{u"handle_token"_s, token}, {u"session_handle_token"_s, token}};
     tellPortal(portalPath, inhibit, u"CreateMonitor"_s, {QString(), options});
 }
 
-void ScreenSavers::stateChanged(const QDBusObjectPath &session, const QVariantMap &state)
+// As a message: a slot that takes an object path is found only once somebody has named that type.
+void ScreenSavers::stateChanged(const QDBusMessage &signal)
 {
+    const auto session = signal.arguments().value(0).value<QDBusObjectPath>();
     if (session.path() != m_portalSession)
         return;
+    const auto state = qdbus_cast<QVariantMap>(signal.arguments().value(1));
     m_isActiveOfPortal = state.value(u"screensaver-active"_s).toBool();
     if (state.value(u"session-state"_s).toUInt() == queryEnd)
         tellPortal(portalPath, inhibit, u"QueryEndResponse"_s, {QVariant::fromValue(session)});

@@ -5,7 +5,6 @@
 #include <QVariantMap>
 
 class QDBusMessage;
-class QDBusObjectPath;
 
 namespace morvane {
 
@@ -23,7 +22,7 @@ Q_SIGNALS:
 
 private Q_SLOTS:
     void activeChanged(bool active);
-    void stateChanged(const QDBusObjectPath &session, const QVariantMap &state);
+    void stateChanged(const QDBusMessage &signal);
 
 private:
     void watchPortal();
