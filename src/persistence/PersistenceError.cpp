@@ -1,6 +1,5 @@
 #include "persistence/PersistenceError.h"
 
-
 namespace morvane {
 
 using namespace Qt::StringLiterals;

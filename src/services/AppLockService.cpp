@@ -187,8 +187,8 @@ void AppLockService::unlock()
     setUnlockMessage({});
     m_overlooked = m_parts.session.absence();
     Q_EMIT changed();
-    m_unlocking = TaskHandle::start(
-        [this](std::stop_token stop) { return readKey(QPointer(this), std::move(stop)); });
+    m_unlocking =
+        TaskHandle::start([this](std::stop_token stop) { return readKey(QPointer(this), std::move(stop)); });
 }
 
 void AppLockService::cancelUnlock()
@@ -202,9 +202,9 @@ QCoro::Task<> AppLockService::readKey(QPointer<AppLockService> self, std::stop_t
     bool isThere = false;
     bool wasWrong = false;
     try {
-        std::optional<QString> key = co_await KeychainTasks::read(
-            self->m_parts.work, self->m_parts.keychain, LocalDataVault::keyAccount,
-            u"unlock "_s + Product::name, stop);
+        std::optional<QString> key =
+            co_await KeychainTasks::read(self->m_parts.work, self->m_parts.keychain,
+                                         LocalDataVault::keyAccount, u"unlock "_s + Product::name, stop);
         isThere = key.has_value();
     } catch (const KeychainError &error) {
         wasWrong = error.status() == KeychainStatus::AuthenticationFailed;

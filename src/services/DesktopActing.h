@@ -30,8 +30,8 @@ public:
 
     [[nodiscard]] virtual QCoro::Task<QString> openLink(QString url, std::stop_token stop) = 0;
     [[nodiscard]] virtual QCoro::Task<QString> createEvent(EventWish wish, std::stop_token stop) = 0;
-    [[nodiscard]] virtual QCoro::Task<ShortcutAnswer>
-    runShortcut(QString name, std::optional<QString> input, std::stop_token stop) = 0;
+    [[nodiscard]] virtual QCoro::Task<ShortcutAnswer> runShortcut(QString name, std::optional<QString> input,
+                                                                  std::stop_token stop) = 0;
 };
 
 } // namespace morvane

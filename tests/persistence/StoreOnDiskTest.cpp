@@ -23,10 +23,9 @@ mode_t modeOf(const QString &path)
 
 class StoreOnDiskTest : public StoreFixture {
 protected:
-    void
-    expectUnavailable(const QString &advice =
-                          u"Restart the app. If the problem persists, use Settings → Privacy → Delete "
-                          "All Local Data."_s)
+    void expectUnavailable(const QString &advice =
+                               u"Restart the app. If the problem persists, use Settings → Privacy → Delete "
+                               "All Local Data."_s)
     {
         try {
             (void)onDisk();

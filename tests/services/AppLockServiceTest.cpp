@@ -197,10 +197,9 @@ TEST_F(AppLockServiceTest, LocksAtEachMomentAndNotAgainForWhatHeldAlready)
 {
     using Absence = SessionSignaling::Absence;
     set(true);
-    for (const Absence &away :
-         {Absence{.isScreenLocked = true}, Absence{.isScreenSaverRunning = true},
-          Absence{.isSessionInactive = true}, Absence{.areDisplaysAsleep = true},
-          Absence{.isSystemAsleep = true}, Absence{.idleSeconds = 300}}) {
+    for (const Absence &away : {Absence{.isScreenLocked = true}, Absence{.isScreenSaverRunning = true},
+                                Absence{.isSessionInactive = true}, Absence{.areDisplaysAsleep = true},
+                                Absence{.isSystemAsleep = true}, Absence{.idleSeconds = 300}}) {
         clock.advance(400s);
         session.tell(away);
         EXPECT_TRUE(lock->isLocked());

@@ -56,7 +56,10 @@ private:
             : m_state(std::move(state))
         {}
         ~Engine() override { m_state->tap = {}; }
-        QCoro::Task<Binding> bind(std::optional<QString>, std::stop_token) override { co_return Binding{true, 16'000}; }
+        QCoro::Task<Binding> bind(std::optional<QString>, std::stop_token) override
+        {
+            co_return Binding{true, 16'000};
+        }
         QCoro::Task<> start(Tap tap, std::stop_token) override
         {
             m_state->tap = std::move(tap);
