@@ -200,6 +200,12 @@ TEST_F(LockTest, LockedWindowSaysNoWordAndComesBackAsItWas)
                         place) < 60;
     })) << place
         << " " << again->property("contentY").toDouble() - again->property("originY").toDouble();
+    m_window->requestActivate(); // the settings came back as well
+    ASSERT_TRUE(QTest::qWaitForWindowActive(m_window));
+    settle();
+    EXPECT_TRUE(isAt(m_window, u"Message"_s));
+    type(u" more"_s);
+    EXPECT_EQ(m_app->presentation().chat->draft(), u"SECRETdraft begun more"_s);
 }
 
 TEST_F(LockTest, ATurnEndsWithTheLockAndKeepsWhatHadCome)

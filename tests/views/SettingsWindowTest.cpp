@@ -358,6 +358,15 @@ TEST_F(SettingsWindowTest, HowLongChatsAreKeptIsChosenAndSaysWhatThatMeans)
     EXPECT_TRUE(says(u"are deleted for good"_s));
 }
 
+TEST_F(SettingsWindowTest, ALockThatNothingCouldOpenIsNotShownAsOn)
+{
+    turnTo(u"privacy"_s);
+    click(control(u"appLock.switch"_s));
+    ASSERT_TRUE(eventually([this] { return says(u"so there is nothing to unlock with"_s); }));
+    EXPECT_FALSE(control(u"appLock.switch"_s)->property("checked").toBool());
+    EXPECT_FALSE(m_app->storage().settings->appLockEnabled());
+}
+
 TEST_F(SettingsWindowTest, AllIsDeletedOnlyOnceThatWasTyped)
 {
     turnTo(u"privacy"_s);

@@ -14,6 +14,9 @@ SettingsRow {
         text: root.title
         enabled: root.enabled
         checked: root.checked
-        onToggled: root.toggled(checked)
+        onToggled: {
+            root.toggled(checked);
+            checked = Qt.binding(() => root.checked); // a wish that was refused isn't shown as granted
+        }
     }
 }
