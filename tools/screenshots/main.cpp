@@ -2,14 +2,19 @@
 
 #include "app/WindowEngine.h"
 #include "persistence/SettingsStore.h"
+#include "security/LocalDataVault.h"
 #include "support/WindowDriver.h"
+#include "utils/files/PrivateFile.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/companion/CompanionViewModel.h"
+#include "view_models/settings/AppLockViewModel.h"
 
 #include <QFile>
 #include <QGuiApplication>
 #include <QQuickStyle>
+#include <QTemporaryDir>
+#include <QUrl>
 #include <QtQml/QQmlExtensionPlugin>
 
 #include <cstdio>
@@ -84,6 +89,39 @@ void takeTurns(Studio &studio)
     studio.state().presentation().chat->dismissBanner();
 }
 
+// What goes along with a message, and a chat that is kept nowhere.
+void takeGhostChat(Studio &studio)
+{
+    const QTemporaryDir folder;
+    const QString file = folder.filePath(u"Letter to the landlord.md"_s);
+    PrivateFile::write(file, "# Letter\n\nThe heating has been off since Monday.\n");
+    studio.beginChat(u"practice-fast"_s);
+    ChatViewModel &chat = *studio.state().presentation().chat;
+    chat.ghosts()->newGhostChat();
+    studio.say(u"Is this written down anywhere?"_s);
+    studio.awaitReply();
+    AttachmentDesk &desk = *chat.entries()->attachments();
+    desk.attach({QUrl::fromLocalFile(file)});
+    if (!WindowDriver::eventually([&desk] { return desk.state() == AttachmentDesk::State::Ready; }))
+        throw std::runtime_error("the document was not read");
+    studio.take(u"ghost-chat"_s);
+    desk.clear();
+    chat.ghosts()->dropGhost();
+}
+
+void takeCurtain(Studio &studio)
+{
+    Storage &storage = studio.state().storage();
+    storage.vault->moveKey(UserPresence::Required); // nobody can be asked here
+    storage.settings->setAppLockEnabled(true);
+    AppLockViewModel &lock = *studio.state().presentation().lock;
+    lock.lock();
+    studio.take(u"locked"_s);
+    lock.unlock();
+    if (!WindowDriver::eventually([&lock] { return !lock.isLocked(); }))
+        throw std::runtime_error("the lock did not open");
+}
+
 QString answerNamed(const QString &name)
 {
     QFile file(u":/scenes/answers/"_s + name + u".md"_s);
@@ -137,6 +175,8 @@ void takeAll(Studio &studio)
     takeTurns(studio);
     takeSourceMenu(studio);
     takeSettings(studio);
+    takeGhostChat(studio);
+    takeCurtain(studio);
     takeGallery(studio);
 }
 
