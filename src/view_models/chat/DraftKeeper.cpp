@@ -29,9 +29,10 @@ void DraftKeeper::write()
 {
     m_due.reset();
     const auto conversation = std::exchange(m_noted, nullptr);
-    if (!conversation || conversation->draft() == m_text)
+    const QString text = std::exchange(m_text, {}); // stands nowhere readable once it is sealed
+    if (!conversation || conversation->draft() == text)
         return;
-    conversation->setDraft(m_text);
+    conversation->setDraft(text);
     save(*conversation);
 }
 
@@ -53,6 +54,7 @@ void DraftKeeper::wipe(Conversation &conversation)
 {
     m_due.reset();
     m_noted.reset();
+    m_text.clear();
     conversation.setDraft({});
 }
 
