@@ -10,7 +10,7 @@ namespace {
 
 // A file begins with its magic number and eleven counts, each of 32 bits, least significant byte first; the
 // first of them is how many tokens the model knows.
-constexpr qint64 headSize = 12 * 4;
+constexpr qint64 headSize = qint64{12} * 4;
 constexpr quint32 magic = 0x67676d6c;
 constexpr quint32 tokensOfEnglish = 51'864;
 constexpr quint32 mostTokens = 52'000; // each further language is a token
