@@ -7,6 +7,7 @@
 #include "utils/text/Product.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 namespace morvane {
 
@@ -53,7 +54,7 @@ void emptySettings(const SupportFolders &folders)
     defaults.flush();
 }
 
-QStringList report(const Result &result)
+QStringList report(const Result &result, const QString &shortcutsFolder)
 {
     const QString others = result.secrets > 0 ? u", and %1 stored secrets"_s.arg(result.secrets) : QString();
     QStringList lines{u"Deleted: your chats, drafts, notes, instructions and settings (%1 files and "
@@ -65,7 +66,11 @@ QStringList report(const Result &result)
             u"This %1 refused to remove “%2”. What is encrypted in it can't be read without the key."_s.arg(
                 DesktopWords::here().device, QDir::toNativeSeparators(path));
     lines += u"What this did not reach:"_s;
-    return lines + LocalDataEraser::limits();
+    lines += LocalDataEraser::limits();
+    if (QFileInfo::exists(shortcutsFolder))
+        lines += u"Your shortcuts. The programs that you put into “%1” stay there."_s.arg(
+            QDir::toNativeSeparators(shortcutsFolder));
+    return lines;
 }
 
 } // namespace Erasure

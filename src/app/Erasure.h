@@ -32,8 +32,9 @@ void begin(SettingsRepository &defaults);
 // The end of it, on the main thread.
 void emptySettings(const SupportFolders &folders);
 
-// What the person reads afterwards: what was removed, what could not be, and what stays and why.
-[[nodiscard]] QStringList report(const Result &result);
+// What the person reads afterwards: what was removed, what could not be, and what stays and why. The folder
+// of their shortcuts is named where it is there.
+[[nodiscard]] QStringList report(const Result &result, const QString &shortcutsFolder);
 
 } // namespace Erasure
 
