@@ -97,7 +97,8 @@ std::vector<std::int16_t> SoundServer::recorded()
 {
     const QByteArray bytes = m_recorder->readAllStandardOutput();
     std::vector<std::int16_t> samples(static_cast<std::size_t>(bytes.size()) / sizeof(std::int16_t));
-    std::memcpy(samples.data(), bytes.constData(), samples.size() * sizeof(std::int16_t));
+    if (!samples.empty())
+        std::memcpy(samples.data(), bytes.constData(), samples.size() * sizeof(std::int16_t));
     return samples;
 }
 

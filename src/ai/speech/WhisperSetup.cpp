@@ -30,7 +30,9 @@ WhisperSetup::WhisperSetup(SettingsStore &settings, Work &work, QObject *parent)
     , m_work(work)
 {
     connect(&settings, &SettingsStore::speechModelPathChanged, this, &WhisperSetup::refresh);
-    refresh();
+    // Without a model there is nothing to look for until Settings asks.
+    if (!settings.speechModelPath().isEmpty())
+        refresh();
 }
 
 bool WhisperSetup::knows(const QLocale &locale) const
