@@ -31,7 +31,15 @@ function(add_morvane_test name)
     gtest_discover_tests(${name}
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 60
-        PROPERTIES TIMEOUT 120)
+        PROPERTIES TIMEOUT 240)
+endfunction()
+
+# run_alone(TEST…): tests by their names in ctest that live in real time, as sound does, get the machine for themselves.
+function(run_alone)
+    set(file ${CMAKE_CURRENT_BINARY_DIR}/run_alone.cmake)
+    list(JOIN ARGN " " tests)
+    file(WRITE ${file} "set_tests_properties(${tests} PROPERTIES RUN_SERIAL TRUE)\n")
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${file})
 endfunction()
 
 # add_morvane_fuzzer(name SOURCES … LIBS … CORPUS folder): `SOURCES` define fuzz() of fuzz/Fuzz.h. Under the fuzz

@@ -228,7 +228,7 @@ INSTANTIATE_TEST_SUITE_P(EveryChangeOfNames, PressKilledAtCallTest,
                          testing::Values(Calls{"rename unlink sync", 1, 2},
                                          Calls{"rename unlink sync", 2, 2}));
 INSTANTIATE_TEST_SUITE_P(SomeWrites, PressKilledAtCallTest,
-                         testing::Values(Calls{"write", 2, 20}, Calls{"write", 12, 20}));
+                         testing::Values(Calls{"write", 2, 40}, Calls{"write", 22, 40}));
 
 // A disk of its own that is full at each stage in turn, and has room again for the next press.
 TEST_F(LocalPressTest, AFullDiskIsSaidAndTheNextPressGoesOn)
