@@ -41,10 +41,12 @@ LocalDataEraser::Removed removeFiles(const SupportFolders &folders)
     return LocalDataEraser::removeAll(folders);
 }
 
-int removeSecrets(KeychainServicing &keychain)
+Secrets removeSecrets(KeychainServicing &keychain)
 {
-    LocalDataVault(keychain).destroyKey();
-    return keychain.deleteAll();
+    LocalDataVault vault(keychain);
+    vault.destroyKey();
+    const int count = keychain.deleteAll();
+    return {count, !vault.mayHoldKey()};
 }
 
 void emptySettings(const SupportFolders &folders)
@@ -56,15 +58,20 @@ void emptySettings(const SupportFolders &folders)
 
 QStringList report(const Result &result, const QString &shortcutsFolder)
 {
-    const QString others = result.secrets > 0 ? u", and %1 stored secrets"_s.arg(result.secrets) : QString();
-    QStringList lines{u"Deleted: your chats, drafts, notes, instructions and settings (%1 files and "
-                      u"folders)%2. The key that "
-                      u"your data was encrypted with is gone."_s.arg(result.files.count)
-                          .arg(others)};
+    const QString others =
+        result.secrets.count > 0 ? u", and %1 stored secrets"_s.arg(result.secrets.count) : QString();
+    const QString key = result.secrets.isKeyGone
+                            ? u"The key that your data was encrypted with is gone."_s
+                            : u"Your %1 did not let go of the key that your data was encrypted with."_s.arg(
+                                  DesktopWords::here().secretStore);
+    QStringList lines{
+        u"Deleted: your chats, drafts, notes, instructions and settings (%1 files and folders)%2. "_s
+            .arg(result.files.count)
+            .arg(others) +
+        key};
     for (const QString &path : result.files.leftover)
-        lines +=
-            u"This %1 refused to remove “%2”. What is encrypted in it can't be read without the key."_s.arg(
-                DesktopWords::here().device, QDir::toNativeSeparators(path));
+        lines += u"This %1 refused to remove “%2”."_s.arg(DesktopWords::here().device,
+                                                          QDir::toNativeSeparators(path));
     lines += u"What this did not reach:"_s;
     lines += LocalDataEraser::limits();
     if (QFileInfo::exists(shortcutsFolder))

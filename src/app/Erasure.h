@@ -17,9 +17,13 @@ namespace Erasure {
 
 inline constexpr QLatin1StringView underwayKey{"eraseAllUnderway.v1"};
 
+struct Secrets {
+    int count = 0;
+    bool isKeyGone = false; // as the keychain tells when it is asked afterwards
+};
 struct Result {
     LocalDataEraser::Removed files;
-    int secrets = 0;
+    Secrets secrets;
 };
 
 [[nodiscard]] bool isUnderway(const SupportFolders &folders);
@@ -28,7 +32,7 @@ void begin(SettingsRepository &defaults);
 
 // For a thread of Work: both may wait for other processes.
 [[nodiscard]] LocalDataEraser::Removed removeFiles(const SupportFolders &folders);
-[[nodiscard]] int removeSecrets(KeychainServicing &keychain);
+[[nodiscard]] Secrets removeSecrets(KeychainServicing &keychain);
 // The end of it, on the main thread.
 void emptySettings(const SupportFolders &folders);
 

@@ -310,7 +310,7 @@ QCoro::Task<> Launch::erase(QPointer<Launch> self, std::stop_token stop)
     }
     Erasure::emptySettings(folders);
     Log::info(Log::Category::App, "Deleted all local data at user request: %ld stores, %ld stored secrets"_L1,
-              {result.files.count, result.secrets});
+              {result.files.count, result.secrets.count});
     self->showWaiting(u"All local data was deleted"_s,
                       {.proceed = true, .report = Erasure::report(result, shortcutsFolder(folders))});
 }
