@@ -1,9 +1,6 @@
 #include "services/ScreenReadingProcess.h"
 
-#include "async/CancelledError.h"
-#include "documents/ExtractionFrames.h"
-
-#include <QProcess>
+#include "documents/ConfinedProcess.h"
 
 #include <openssl/crypto.h>
 
@@ -20,7 +17,6 @@ using namespace ExtractionFrames;
 namespace {
 
 constexpr qsizetype longestReply = 8 << 20; // bytes
-constexpr int betweenLooks = 20;            // milliseconds until a stop is seen
 
 void require(bool holds, const char *words)
 {
@@ -76,96 +72,28 @@ QStringList argumentsOf(const ScreenReadingProcess::Request &request, const Scre
     return arguments;
 }
 
-// Ends the process on every way out.
-class Child {
-public:
-    Child(const QString &program, const QStringList &arguments, int picture)
-    {
-        // Nothing of this one's surroundings but where its libraries are.
-        QProcessEnvironment environment;
-        for (const QString &name : {u"LD_LIBRARY_PATH"_s, u"QT_PLUGIN_PATH"_s, u"ASAN_OPTIONS"_s})
-            if (const QString value = qEnvironmentVariable(name.toUtf8()); !value.isEmpty())
-                environment.insert(name, value);
-        environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
-        environment.insert(u"OMP_THREAD_LIMIT"_s, u"1"_s); // more only wait for each other
-        m_process.setProcessEnvironment(environment);
-        m_process.setStandardErrorFile(QProcess::nullDevice());
-        m_process.setChildProcessModifier([picture] { ::dup2(picture, STDIN_FILENO); });
-        m_process.start(program, arguments);
-    }
-    ~Child()
-    {
-        m_process.kill();
-        m_process.waitForFinished();
-    }
-    Child(const Child &) = delete;
-    Child &operator=(const Child &) = delete;
-
-    QProcess &process() { return m_process; }
-
-private:
-    QProcess m_process;
-};
-
-// Takes in what the process says, and throws where it says what it may not.
-class Listener {
-public:
-    void take(const QByteArray &bytes)
-    {
-        m_heard += bytes.size();
-        require(m_heard <= longestReply, "it said too much");
-        m_bytes += bytes;
-        bool isBroken = false;
-        while (const auto frame = ExtractionFrames::take(m_bytes, isBroken))
-            take(*frame);
-        require(!isBroken, "it said what can't be read");
-    }
-
-    std::vector<TextObservation> reply()
-    {
-        require(m_isDone && m_bytes.isEmpty(), "it broke off");
-        return std::move(m_observations);
-    }
-
-private:
-    void take(const Frame &frame)
-    {
-        require(!m_isDone, "it went on behind its end");
-        if (frame.kind == Kind::Done) {
-            m_isDone = true;
-            return;
-        }
-        require(frame.kind != Kind::Failure, "it could not read the picture");
-        auto observation = TextObservation::decoded(frame.payload);
-        require(frame.kind == Kind::Line && observation, "it said what it may not");
-        m_observations.push_back(*std::move(observation));
-    }
-
-    qsizetype m_heard = 0;
-    QByteArray m_bytes; // of a frame that isn't whole yet
-    std::vector<TextObservation> m_observations;
-    bool m_isDone = false;
-};
-
 } // namespace
 
 std::vector<TextObservation> ScreenReadingProcess::run(const Request &request, const ScreenPicture &picture,
                                                        const std::stop_token &stop)
 {
-    throwIfStopped(stop);
     const SharedMemory memory(picture.bytes);
     require(memory.isThere(), "no memory to hand the picture over in");
-    Child child(request.program, argumentsOf(request, picture), memory.descriptor());
-    Listener listener;
-    while (child.process().state() != QProcess::NotRunning) {
-        throwIfStopped(stop);
-        child.process().waitForReadyRead(betweenLooks);
-        listener.take(child.process().readAllStandardOutput());
-    }
-    listener.take(child.process().readAllStandardOutput());
-    require(child.process().exitStatus() == QProcess::NormalExit && child.process().exitCode() == 0,
-            "its process failed");
-    return listener.reply();
+    std::vector<TextObservation> observations;
+    const auto take = [&observations](const Frame &frame) {
+        require(frame.kind != Kind::Failure, "it could not read the picture");
+        auto observation = TextObservation::decoded(frame.payload);
+        require(frame.kind == Kind::Line && observation, "it said what it may not");
+        observations.push_back(*std::move(observation));
+    };
+    ConfinedProcess::run({.program = request.program,
+                          .arguments = argumentsOf(request, picture),
+                          .standardInput = memory.descriptor(),
+                          .longestReply = longestReply,
+                          // More threads only wait for each other.
+                          .environment = {{u"OMP_THREAD_LIMIT"_s, u"1"_s}}},
+                         take, stop);
+    return observations;
 }
 
 } // namespace morvane

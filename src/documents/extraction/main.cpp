@@ -3,6 +3,7 @@
 
 #include "documents/ExtractionFrames.h"
 #include "documents/extraction/Confinement.h"
+#include "documents/extraction/FrameOutput.h"
 #include "documents/extraction/PDFText.h"
 #include "documents/extraction/Picture.h"
 
@@ -17,23 +18,9 @@
 
 using namespace morvane;
 using namespace morvane::ExtractionFrames;
+using namespace morvane::FrameOutput;
 
 namespace {
-
-[[noreturn]] void end(int code)
-{
-    ::_exit(code); // leaves nothing to tidy up, and a broken heap alone
-}
-
-void send(const QByteArray &frame)
-{
-    for (qsizetype sent = 0; sent < frame.size();) {
-        const ssize_t count = ::write(STDOUT_FILENO, frame.data() + sent, frame.size() - sent);
-        if (count < 0 && errno != EINTR)
-            end(1); // nobody listens
-        sent += std::max<ssize_t>(count, 0);
-    }
-}
 
 QByteArray input()
 {

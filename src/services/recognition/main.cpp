@@ -4,6 +4,7 @@
 
 #include "documents/ExtractionFrames.h"
 #include "documents/extraction/Confinement.h"
+#include "documents/extraction/FrameOutput.h"
 #include "services/recognition/LineReader.h"
 
 #include <QBuffer>
@@ -11,7 +12,6 @@
 #include <QImageReader>
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -19,26 +19,12 @@
 
 using namespace morvane;
 using namespace morvane::ExtractionFrames;
+using namespace morvane::FrameOutput;
 
 namespace {
 
 constexpr int mostMegabytes = 300;  // of a picture that is decoded
 constexpr int longestEdge = 32'000; // pixels
-
-[[noreturn]] void end(int code)
-{
-    ::_exit(code); // leaves nothing to tidy up, and a broken heap alone
-}
-
-void send(const QByteArray &frame)
-{
-    for (qsizetype sent = 0; sent < frame.size();) {
-        const ssize_t count = ::write(STDOUT_FILENO, frame.data() + sent, frame.size() - sent);
-        if (count < 0 && errno != EINTR)
-            end(1); // nobody listens
-        sent += std::max<ssize_t>(count, 0);
-    }
-}
 
 using Bytes = std::span<const std::uint8_t>;
 
