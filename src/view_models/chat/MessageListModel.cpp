@@ -7,7 +7,6 @@
 #include "models/Conversation.h"
 #include "models/MessageVersions.h"
 #include "utils/text/Identifier.h"
-#include "utils/text/ThinkingTags.h"
 #include "view_models/blocks/BlockContent.h"
 #include "view_models/chat/ThoughtTimer.h"
 
@@ -31,17 +30,6 @@ bool isPartOf(const std::vector<std::shared_ptr<ChatMessage>> &part,
     return next == part.end();
 }
 
-// What a person wrote is theirs, tags and all.
-ThinkingTags::Parts partsOf(const ChatMessage &message)
-{
-    QString content = message.content();
-    if (message.role() != MessageRole::assistant)
-        return {.thinking = {}, .answer = std::move(content)};
-    return ThinkingTags::split(content, message.status() == MessageStatus::streaming
-                                            ? ThinkingTags::Extent::growing
-                                            : ThinkingTags::Extent::whole);
-}
-
 // The versions of a message, itself among them.
 std::vector<std::shared_ptr<ChatMessage>> versionsOf(const ChatMessage &message)
 {
@@ -57,17 +45,6 @@ int versionNumber(const ChatMessage &message)
 }
 
 } // namespace
-
-// What was read out of a record, valid for one revision of it.
-struct MessageListModel::Opened {
-    std::uint64_t revision = 0;
-    QString text;
-    QString thinking;
-    QString error;
-    QString attachmentName;
-    QStringList toolLines;
-    QStringList toolStates;
-};
 
 MessageListModel::MessageListModel(Clock &clock, const AnswerProofs &proofs, QObject *parent)
     : QAbstractListModel(parent)
@@ -111,27 +88,9 @@ QHash<int, QByteArray> MessageListModel::roleNames() const
             {VersionCountRole, "versionCount"}};
 }
 
-const MessageListModel::Opened &MessageListModel::opened(const ChatMessage &message) const
-{
-    const auto found = m_opened.find(message.id());
-    if (found != m_opened.end() && found->second.revision == message.revision())
-        return found->second;
-    auto [thinking, answer, isOpen] = partsOf(message);
-    if (isOpen && message.status() == MessageStatus::streaming)
-        thinking.clear(); // the indicator says so until it is over
-    Opened fresh{.revision = message.revision(),
-                 .text = std::move(answer),
-                 .thinking = std::move(thinking),
-                 .error = message.errorMessage().value_or(QString()),
-                 .attachmentName = message.attachmentName().value_or(QString()),
-                 .toolLines = message.toolSummary().value_or(QString()).split(u'\n', Qt::SkipEmptyParts),
-                 .toolStates = message.toolStates()};
-    return m_opened.insert_or_assign(message.id(), std::move(fresh)).first->second;
-}
-
 QString MessageListModel::textOf(const ChatMessage &message) const
 {
-    return opened(message).text;
+    return m_opened.of(message).text;
 }
 
 QString MessageListModel::plainTextOf(const ChatMessage &message) const
@@ -210,9 +169,9 @@ QVariant MessageListModel::data(const QModelIndex &index, int role) const
     case IsUserRole:
         return message.role() == MessageRole::user;
     case TextRole:
-        return opened(message).text;
+        return m_opened.of(message).text;
     case ThinkingRole:
-        return opened(message).thinking;
+        return m_opened.of(message).thinking;
     case ThinkingLabelRole: {
         const auto known = m_thought.find(message.id());
         return ThoughtTimer::words(known == m_thought.end() ? std::nullopt : std::optional(known->second));
@@ -234,15 +193,15 @@ QVariant MessageListModel::data(const QModelIndex &index, int role) const
         return indicating && indicating->isStalled(m_clock.now());
     }
     case ErrorTextRole:
-        return opened(message).error;
+        return m_opened.of(message).error;
     case ToolLinesRole:
-        return opened(message).toolLines;
+        return m_opened.of(message).toolLines;
     case ToolStatesRole:
-        return opened(message).toolStates;
+        return m_opened.of(message).toolStates;
     case SourceDomainsRole:
         return message.sourceDomains().value_or(QStringList());
     case AttachmentNameRole:
-        return opened(message).attachmentName;
+        return m_opened.of(message).attachmentName;
     case CanContinueRole:
         return message.hitTokenLimit() && !m_responding;
     case PlaceRole:
@@ -283,7 +242,7 @@ void MessageListModel::take(Messages messages)
 void MessageListModel::reset(Messages messages)
 {
     beginResetModel();
-    m_opened.clear();
+    m_opened.forget();
     m_messages = std::move(messages);
     endResetModel();
 }

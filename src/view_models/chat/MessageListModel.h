@@ -1,6 +1,7 @@
 #pragma once
 
 #include "view_models/chat/AnswerProofs.h"
+#include "view_models/chat/OpenedMessages.h"
 #include "view_models/chat/ReplyIndicator.h"
 
 #include <QAbstractListModel>
@@ -133,11 +134,8 @@ Q_SIGNALS:
     void lastQuestionChanged();
 
 private:
-    struct Opened;
-
     [[nodiscard]] int rowCountNow() const { return rowCount(); }
     [[nodiscard]] int rowOf(const QUuid &id) const;
-    [[nodiscard]] const Opened &opened(const ChatMessage &message) const;
     [[nodiscard]] bool isRunning(const ChatMessage &message) const;
     void take(Messages messages);
     void keepOnly(const Messages &messages);
@@ -151,7 +149,7 @@ private:
     Clock &m_clock;
     const AnswerProofs &m_proofs;
     Messages m_messages;
-    mutable std::map<QUuid, Opened> m_opened;
+    mutable OpenedMessages m_opened;
     std::map<QUuid, ReplyIndicator> m_indicators;
     std::set<QUuid> m_toldStalled;
     bool m_responding = false;
