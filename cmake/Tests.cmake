@@ -13,6 +13,7 @@ set(MORVANE_TEST_ENVIRONMENT
     XDG_DATA_HOME=${CMAKE_BINARY_DIR}/test-home/data
     XDG_CONFIG_HOME=${CMAKE_BINARY_DIR}/test-home/config
     XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/test-home/run
+    XDG_STATE_HOME=${CMAKE_BINARY_DIR}/test-home/state
     UBSAN_OPTIONS=print_stacktrace=1
     TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/races.supp
     LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0)

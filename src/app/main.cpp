@@ -3,7 +3,9 @@
 #include "app/Launch.h"
 #include "app/RunningInstance.h"
 #include "app/TerminationSignals.h"
+#include "platform/linux/CrashHandler.h"
 #include "platform/linux/ProcessPrivacy.h"
+#include "services/CrashReportService.h"
 #include "utils/text/Product.h"
 #include <QFont>
 #include <QGuiApplication>
@@ -37,6 +39,7 @@ int run(QGuiApplication &application, const CommandLine &commandLine)
         std::printf("%s is already open; its window comes to the front.\n", Product::name.data());
         return 0;
     }
+    CrashHandler::install(CrashReportService::folderIn(commandLine.folders()), CrashReportService::kept);
     Launch launch(application, commandLine);
     QObject::connect(&instance, &RunningInstance::asked, &launch, &Launch::show);
     const TerminationSignals signalSource;

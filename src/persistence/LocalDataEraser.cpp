@@ -36,6 +36,7 @@ constexpr std::array entries{
     Entry{Kind::file, "accepted-servers-dev.sealed"_L1},
     Entry{Kind::file, "voice-debug.log"_L1},
     Entry{Kind::file, "local-ai-setup.log"_L1},
+    Entry{Kind::prefixed, "crash-"_L1}, // in the folder of state
     // What older builds stored, and pages that have left.
     Entry{Kind::prefixed, "Morvane.store"_L1},
     Entry{Kind::file, "venice-measurements.json"_L1},
@@ -136,6 +137,7 @@ Removed removeAll(const SupportFolders &folders)
     Removed removed;
     for (const QString &name : names)
         removed += remove(folders.data + u'/' + name);
+    removed += remove(folders.state + u'/' + Product::serviceName);
     removed += removeItems(ChatStoreLocation::ownOldStore(folders));
     removed += removeItems(SealedData::foldersAside(folders));
     for (const auto former : formerKeychainServices)

@@ -227,8 +227,12 @@ TEST_F(MigrationTest, AnErasureAlsoTakesWhatANextStartWouldTakeOverAndNamesWhatS
     place(u"ai.morvane.macos"_s, u"keychain.keys"_s);
     QFile::link(aimed, folders.data + u"/ai.morvane.macos/telegram"_s);
     place(u"Morvane"_s, u"memory.md/inside"_s); // whatever it is
+    const QString reports = folders.state + u"/ai.morvane.macos"_s;
+    for (const QString &name : {u"/crash-000000000001-2.txt"_s, u"/other.txt"_s})
+        PrivateFile::write(reports + name, "words");
     const auto removed = LocalDataEraser::removeAll(folders);
-    EXPECT_EQ(removed.count, 5);
+    EXPECT_EQ(removed.count, 6);
+    EXPECT_EQ(QDir(reports).entryList(QDir::Files), QStringList{u"other.txt"_s});
     EXPECT_EQ(removed.leftover, QStringList());
     EXPECT_FALSE(QFileInfo::exists(domain(old)));
     EXPECT_EQ(itemsOf(u"aimed"_s), u"mine.txt"_s) << "a link goes itself";

@@ -10,8 +10,9 @@ struct SupportFolders {
     QString data;    // application-support directory: stores and sealed files live in folders below it
     QString config;  // the settings file
     QString runtime; // the lock of the running instance; emptied by the desktop at logout
+    QString state = {}; // what the program notes of its own doings: reports of crashes
 
-    // From XDG_DATA_HOME, XDG_CONFIG_HOME and XDG_RUNTIME_DIR with their usual defaults.
+    // From XDG_DATA_HOME, XDG_CONFIG_HOME, XDG_RUNTIME_DIR and XDG_STATE_HOME with their usual defaults.
     static SupportFolders standard();
 
     // Everything below one folder.

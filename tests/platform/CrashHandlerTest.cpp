@@ -1,0 +1,96 @@
+#include "platform/linux/CrashHandler.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Way {
+    const char *name;
+    int signal; // 0: the program ends by itself
+    QString cause;
+    QString thread = u"main"_s;
+    QString call = u"  0  "_s; // the first one
+
+    friend void PrintTo(const Way &way, std::ostream *stream) { *stream << way.name; }
+};
+
+class CrashHandlerTest : public testing::TestWithParam<Way> {
+protected:
+    void SetUp() override
+    {
+        if (!CrashHandler::isPossible())
+            GTEST_SKIP() << "the sanitizer tells of crashes";
+    }
+
+    void crash(const QString &way, int signal)
+    {
+        QProcess program;
+        program.start(QStringLiteral(MORVANE_CRASHING_PROGRAM), {folder, way});
+        ASSERT_TRUE(program.waitForFinished());
+        EXPECT_EQ(program.exitStatus(), signal == 0 ? QProcess::NormalExit : QProcess::CrashExit);
+        EXPECT_EQ(program.exitCode(), signal);
+    }
+
+    [[nodiscard]] QStringList reports() const { return QDir(folder).entryList(QDir::Files, QDir::Name); }
+
+    const QTemporaryDir home;
+    const QString folder = home.filePath(u"state/ours"_s);
+};
+
+} // namespace
+
+TEST_P(CrashHandlerTest, EachCrashSaysWhereAndNothingOfWhatStoodInMemory)
+{
+    const Way &way = GetParam();
+    ASSERT_NO_FATAL_FAILURE(crash(QString::fromLatin1(way.name), way.signal));
+    ASSERT_EQ(reports().size(), way.signal == 0 ? 0 : 1);
+    if (way.signal == 0)
+        return;
+    const QFileInfo info(folder + u'/' + reports().constFirst());
+    EXPECT_EQ(info.permissions() & ~QFile::Permissions(0x7000), QFile::ReadUser | QFile::WriteUser);
+    QFile file(info.filePath());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(file.readAll());
+    EXPECT_TRUE(text.contains(u"\nCause: "_s + way.cause + u'\n')) << text.toStdString();
+    EXPECT_TRUE(text.contains(u"\nThread: "_s + way.thread + u'\n')) << text.toStdString();
+    EXPECT_TRUE(text.contains(way.call)) << text.toStdString();
+    EXPECT_TRUE(text.contains(QRegularExpression(u"morvane\\+0x[0-9a-f]+ \\(build [0-9a-f]{16,}\\)"_s)))
+        << text.toStdString();
+    EXPECT_FALSE(text.contains(u"words of"_s) || text.contains(u"6b72616d"_s)) << text.toStdString();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EveryWay, CrashHandlerTest,
+    testing::Values(Way{"segv", SIGSEGV, u"SIGSEGV"_s}, Way{"abort", SIGABRT, u"SIGABRT"_s},
+                    Way{"overflow", SIGSEGV, u"SIGSEGV"_s}, Way{"jump", SIGSEGV, u"SIGSEGV"_s, u"main"_s, u"  0  outside of every module\n"_s},
+                    Way{"throw", SIGABRT,
+                        u"SIGABRT, an exception that nobody caught, of the type St13runtime_error"_s},
+                    Way{"fatal", SIGABRT, u"SIGABRT, a fatal message of Qt"_s},
+                    Way{"thread", SIGSEGV, u"SIGSEGV"_s, u"another"_s}, Way{"child", 0, {}}),
+    [](const auto &way) { return std::string(way.param.name); });
+
+TEST_F(CrashHandlerTest, TwoAtOnceLeaveOneReportAndTheNewestFiveStay)
+{
+    for (int i = 0; i < 7; ++i) {
+        QProcess program;
+        program.start(QStringLiteral(MORVANE_CRASHING_PROGRAM), {folder, u"threads"_s});
+        ASSERT_TRUE(program.waitForFinished());
+        EXPECT_EQ(program.exitStatus(), QProcess::CrashExit);
+        EXPECT_EQ(reports().size(), std::min(i + 1, 5));
+    }
+}
+
+} // namespace morvane
