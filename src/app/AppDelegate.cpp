@@ -1,6 +1,5 @@
 #include "app/AppDelegate.h"
 
-#include "app/AppState.h"
 #include "utils/log/Log.h"
 #include "view_models/chat/ChatViewModel.h"
 
@@ -26,14 +25,14 @@ AppDelegate::AppDelegate(QGuiApplication &application, AppState &state, QObject 
     connect(&state, &AppState::quitConfirmed, this, &AppDelegate::end);
 }
 
-void AppDelegate::didFinishLaunching()
+void AppDelegate::didFinishLaunching(AppState::FirstWindow window)
 {
     Log::info(Log::Category::App, "Application did finish launching"_L1);
     if (m_state.host() == Host::test) {
         Log::info(Log::Category::App, "Unit-test host detected; skipping UI startup"_L1);
         return;
     }
-    m_state.start();
+    m_state.start(window);
 }
 
 void AppDelegate::requestQuit()

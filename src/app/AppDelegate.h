@@ -1,13 +1,13 @@
 #pragma once
 
+#include "app/AppState.h"
+
 #include <QObject>
 
 class QGuiApplication;
 class QQmlEngine;
 
 namespace morvane {
-
-class AppState;
 
 // Receives the lifecycle of the application object and of the desktop, and hands it on.
 class AppDelegate : public QObject {
@@ -16,7 +16,7 @@ public:
     AppDelegate(QGuiApplication &application, AppState &state, QObject *parent = nullptr);
 
     // The application object is ready.
-    void didFinishLaunching();
+    void didFinishLaunching(AppState::FirstWindow window = AppState::FirstWindow::now);
 
     // Quits unless the person has to be asked first.
     void requestQuit();

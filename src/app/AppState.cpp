@@ -109,17 +109,19 @@ bool AppState::showOnboarding() const
 
 void AppState::showFirstWindow()
 {
+    Q_EMIT windowNeeded();
     if (showOnboarding())
         Q_EMIT m_presentation.shell->welcomeRequested();
     else
         Q_EMIT mainWindowRequested();
 }
 
-void AppState::start()
+void AppState::start(FirstWindow window)
 {
     if (m_lock.service->isEnabled())
         m_lock.service->startWatching();
-    showFirstWindow();
+    if (window == FirstWindow::now)
+        showFirstWindow();
     showWhatChangedNotice();
     m_storeNotices.start();
     Log::info(Log::Category::App, "Application started (%s)"_L1, {SettingsStore::versionText()});

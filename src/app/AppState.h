@@ -31,8 +31,8 @@ public:
     [[nodiscard]] Presentation &presentation() { return m_presentation; }
     [[nodiscard]] Host host() const { return m_host; }
 
-    // Opens the first window.
-    void start();
+    enum class FirstWindow { now, whenAsked };
+    void start(FirstWindow window = FirstWindow::now);
     // Someone asks for the window again.
     void reopen();
     void didBecomeActive();
@@ -47,6 +47,7 @@ public:
     void deleteRecords();
 
 Q_SIGNALS:
+    void windowNeeded(); // before anything that a window has to hear, which may be made for it
     void mainWindowRequested();
     void quitConfirmed();
 

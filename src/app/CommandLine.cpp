@@ -40,6 +40,19 @@ QStringList pathsOf(const QStringList &arguments)
     return paths;
 }
 
+// A question begins a chat of its own unless a Ghost chat is wanted.
+AppRequest requestOf(const QCommandLineParser &parser, bool isInBackground)
+{
+    AppRequest request{.files = pathsOf(parser.positionalArguments()), .words = parser.value(u"ask"_s)};
+    request.sends = !request.words.trimmed().isEmpty();
+    if (parser.isSet(u"new-ghost-chat"_s))
+        request.chat = AppRequest::Chat::ghost;
+    else if (parser.isSet(u"new-chat"_s) || request.sends)
+        request.chat = AppRequest::Chat::fresh;
+    request.showsWindow = !isInBackground || request != AppRequest{};
+    return request;
+}
+
 bool hasDevRelay()
 {
     return DevRelay::origin(DeploymentValues::privateCloudURL).has_value();
@@ -78,6 +91,10 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     parser.addOptions({
         {u"simulate-fresh-setup"_s, u"Set up local AI as if nothing were installed."_s},
         {u"reset-onboarding"_s, u"Show the welcome again."_s},
+        {u"new-chat"_s, u"Begin a new chat, also in a program that runs already."_s},
+        {u"new-ghost-chat"_s, u"Begin a new Ghost chat, also in a program that runs already."_s},
+        {u"ask"_s, u"Send this in a new chat."_s, u"text"_s},
+        {u"background"_s, u"Begin in the tray, with no window."_s},
         {u"profile"_s, u"Keep everything in this folder instead of your own profile."_s, u"folder"_s},
         {u"practice-server"_s, u"Chat with a practice server; needs --profile."_s, u"address"_s},
         {u"play-demo"_s, u"Play one turn, save a picture of the window and end."_s, u"png"_s},
@@ -96,12 +113,13 @@ CommandLine CommandLine::parse(const QStringList &arguments)
                      .simulateFreshSetup = parser.isSet(u"simulate-fresh-setup"_s),
                      .profile = valueOf(parser, u"profile"_s),
                      .practiceServer = valueOf(parser, u"practice-server"_s),
-                     .demoPicture = valueOf(parser, u"play-demo"_s)};
+                     .demoPicture = valueOf(parser, u"play-demo"_s),
+                     .background = parser.isSet(u"background"_s)};
     if (hasDevRelay() && parser.isSet(devRelay))
         line.devRelay = relayAt(parser.value(devRelay));
     if (hasDevRelay() && parser.isSet(devRuntime))
         line.devRuntime = runtimeIn(parser.value(devRuntime), line.folders());
-    line.files = pathsOf(parser.positionalArguments());
+    line.request = requestOf(parser, line.background);
     // Both write settings, which must not be the person's own.
     if (line.practiceServer && !line.profile)
         refuse("--practice-server needs --profile, so that it changes no settings of yours.\n");

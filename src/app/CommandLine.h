@@ -3,6 +3,7 @@
 #include "ai/local/LocalRuntimeValues.h"
 #include "ai/routing/DevRelay.h"
 #include "utils/files/SupportFolders.h"
+#include "view_models/AppRequest.h"
 
 #include <QStringList>
 
@@ -19,7 +20,8 @@ struct CommandLine {
     std::optional<QString> demoPicture;       // plays one turn, saves the window there and ends
     std::optional<DevRelay::Origin> devRelay; // takes the place of the deployment's relay, where that has one
     std::optional<LocalRuntimeValues> devRuntime; // as the relay: only in a deployment that has one
-    QStringList files = {};                       // to attach, as absolute paths
+    bool background = false;                      // begins in the tray, with no window
+    AppRequest request = {};                      // carried out by the program that runs already, if one does
 
     [[nodiscard]] SupportFolders folders() const;
 

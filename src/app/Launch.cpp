@@ -93,8 +93,9 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::uniqu
                                            m_commandLine.folders().runtime, m_clock, m_work))
     , m_screen(screenOfTheDesktop(m_clock, m_work))
     , m_session(std::make_unique<DesktopSession>())
-    , m_files(m_commandLine.files)
+    , m_isWindowWanted(m_commandLine.request.showsWindow)
 {
+    m_requests.take(m_commandLine.request);
     connect(&m_secrets.preparation(), &KeychainPreparation::stateChanged, this, &Launch::keychainChanged);
 }
 
@@ -112,13 +113,14 @@ void Launch::start()
     else
         begin(Way::usual);
     // The keychain opens on a thread of its own, and the window's components hold nothing of the person's.
-    if (!m_windowEngine)
+    if (!m_windowEngine && m_isWindowWanted)
         m_windowEngine = MainWindowController::prepareEngine();
 }
 
 void Launch::begin(Way way)
 {
-    m_patience = m_clock.after(silentWait, [this] { showWaiting(u"Opening your chats…"_s, {}); });
+    if (m_isWindowWanted)
+        m_patience = m_clock.after(silentWait, [this] { showWaiting(u"Opening your chats…"_s, {}); });
     m_opening = TaskHandle::start(
         [this, way](std::stop_token stop) { return openKeychain(QPointer(this), way, std::move(stop)); });
 }
@@ -234,8 +236,6 @@ void Launch::finish()
                                                 .shortcutsFolder = m_hands->shortcuts.folder(),
                                                 .screen = m_screen.get()},
                                    LockPorts{&m_secrets.presence(), m_session.get()});
-    // What was handed over meanwhile may be opened now.
-    connect(&m_state->appLock(), &AppLockService::isLockedChanged, this, &Launch::attachFiles);
     if (m_commandLine.practiceServer)
         usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);
     ShellViewModel &shell = *m_state->presentation().shell;
@@ -246,33 +246,52 @@ void Launch::finish()
     connect(m_state->presentation().privacy.get(), &PrivacyViewModel::erasureConfirmed, this,
             &Launch::eraseAll,
             Qt::QueuedConnection); // the window that says so goes with it
-    connect(m_notifications.get(), &DesktopNotifications::chosen, this, &Launch::open);
+    connect(m_notifications.get(), &DesktopNotifications::chosen, this, [this](const QUuid &chat) {
+        take({.chatID = chat.isNull() ? QString() : Identifier::text(chat)});
+    });
 
     if (const auto record = std::exchange(m_runtimeRecord, std::nullopt))
         m_state->assistant().localModel->keepRuntimeRecord(*record);
 
+    connect(m_state.get(), &AppState::windowNeeded, this, &Launch::makeWindow);
+    connect(m_state.get(), &AppState::mainWindowRequested, this, &Launch::showWindow);
+    m_delegate = std::make_unique<AppDelegate>(m_application, *m_state);
+    m_delegate->didFinishLaunching(m_isWindowWanted ? AppState::FirstWindow::now
+                                                    : AppState::FirstWindow::whenAsked);
+    m_startupWindow.reset();
+    tellWhatIsAside();
+    m_requests.serve(*m_state);
+    if (m_commandLine.demoPicture)
+        playDemo();
+}
+
+// Not before somebody wants to see it: a program that was started to the tray does without.
+void Launch::makeWindow()
+{
+    if (m_mainWindow)
+        return;
     if (!m_windowEngine)
         m_windowEngine = MainWindowController::prepareEngine();
     m_mainWindow = std::make_unique<MainWindowController>(m_state->presentation(), std::move(m_windowEngine));
     if (!m_mainWindow->window())
         return QCoreApplication::exit(1);
-    connect(m_state.get(), &AppState::mainWindowRequested, m_mainWindow.get(), &MainWindowController::show);
-    m_delegate = std::make_unique<AppDelegate>(m_application, *m_state);
     connect(&m_mainWindow->engine(), &QQmlEngine::quit, m_delegate.get(), &AppDelegate::requestQuit);
-    m_delegate->didFinishLaunching();
-    m_startupWindow.reset();
-    tellWhatIsAside();
-    attachFiles();
-    if (m_commandLine.demoPicture)
-        playDemo();
+}
+
+void Launch::showWindow()
+{
+    makeWindow();
+    m_mainWindow->show();
 }
 
 // Everything that holds something of the person's goes, and the program begins as for the first time.
 void Launch::eraseAll()
 {
+    m_isWindowWanted = true;
     Erasure::begin(*m_state->storage().defaults);
     m_runtimeRecord = m_state->assistant().localModel->runtimeRecord();
     m_state->deleteRecords();
+    m_requests.leave();
     m_demo.reset();
     m_delegate.reset();
     m_mainWindow.reset();
@@ -315,13 +334,6 @@ QCoro::Task<> Launch::erase(QPointer<Launch> self, std::stop_token stop)
                       {.proceed = true, .report = Erasure::report(result, shortcutsFolder(folders))});
 }
 
-void Launch::open(const QUuid &conversation)
-{
-    if (!conversation.isNull())
-        m_state->presentation().chat->open(Identifier::text(conversation));
-    m_state->reopen();
-}
-
 bool Launch::hasPutAside() const
 {
     return !m_folderAside.isEmpty() && QFileInfo::exists(m_folderAside);
@@ -338,6 +350,7 @@ void Launch::tellWhatIsAside()
 
 void Launch::playDemo()
 {
+    makeWindow();
     m_demo =
         std::make_unique<DemoPlayer>(*m_mainWindow->window(), *m_state->presentation().chat,
                                      *m_state->assistant().privateCloud->watch, *m_commandLine.demoPicture);
@@ -346,26 +359,16 @@ void Launch::playDemo()
     m_demo->play();
 }
 
-void Launch::attachFiles()
+void Launch::take(const AppRequest &request)
 {
-    if (m_state->appLock().isLocked())
-        return;
-    QList<QUrl> addresses;
-    for (const QString &path : std::exchange(m_files, {}))
-        addresses += QUrl::fromLocalFile(path);
-    if (!addresses.isEmpty())
-        m_state->presentation().chat->entries()->attachments()->attach(addresses);
-}
-
-void Launch::show(const QStringList &files)
-{
-    m_files += files;
-    if (m_state) {
-        m_state->reopen();
-        attachFiles();
-    } else if (m_startupWindow) {
-        m_startupWindow->raise();
+    if (request.showsWindow) {
+        m_isWindowWanted = true;
+        if (m_state)
+            m_state->reopen();
+        else if (m_startupWindow)
+            m_startupWindow->raise();
     }
+    m_requests.take(request);
 }
 
 } // namespace morvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/CommandLine.h"
+#include "app/OutsideRequests.h"
 #include "app/SecretKeeping.h"
 #include "async/Clock.h"
 #include "async/TaskHandle.h"
@@ -42,8 +43,8 @@ public:
     ~Launch() override;
 
     void start();
-    // Someone asks for the window, and hands over files to attach, of which there may be none.
-    void show(const QStringList &files = {});
+    // Someone asks for something from outside.
+    void take(const AppRequest &request);
 
 private:
     enum class Way { usual, keyFile, afresh };
@@ -59,10 +60,10 @@ private:
     void eraseAll();
     void endErasure();
     static QCoro::Task<> erase(QPointer<Launch> self, std::stop_token stop);
-    void open(const QUuid &conversation); // null: the one that is open
+    void makeWindow();
+    void showWindow();
     [[nodiscard]] bool hasPutAside() const;
     void tellWhatIsAside();
-    void attachFiles();
     void playDemo();
 
     QGuiApplication &m_application;
@@ -87,7 +88,8 @@ private:
     KeyExpectation m_expectation = KeyExpectation::Unknown; // of the latest attempt
     QString m_folderAside;                                  // named when starting afresh is offered
     bool m_isDataAside = false;
-    QStringList m_files;                       // to attach once there is a chat
+    OutsideRequests m_requests;
+    bool m_isWindowWanted;                     // at the end of the start, or only when somebody asks
     std::optional<QByteArray> m_runtimeRecord; // outlives an erasure, as the runtime does
     TaskHandle m_opening;
 };

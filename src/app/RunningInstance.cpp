@@ -9,6 +9,7 @@
 #include <climits>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,8 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int patience = 2000;                                // milliseconds
-constexpr qsizetype longestMessage = qsizetype{4} * PATH_MAX; // of what can be a path and more
+constexpr int patience = 2000; // milliseconds
 
 // Makes the folder before the lock file is placed in it.
 QString prepared(const QString &folder)
@@ -66,18 +66,16 @@ RunningInstance::~RunningInstance()
         ::close(m_pipe);
 }
 
-void RunningInstance::askFirst(const QStringList &files) const
+void RunningInstance::askFirst(const AppRequest &request) const
 {
     const int pipe =
         ::open(QFile::encodeName(m_pipePath).constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOFOLLOW);
     if (pipe < 0)
         return;
-    QByteArray messages;
-    for (const QString &file : files)
-        messages += QFile::encodeName(file) + '\0';
-    if (files.isEmpty())
-        messages += '\0';
-    static_cast<void>(send(pipe, messages)); // a program that hangs can't be helped from here
+    // Only what is small goes through a pipe in one piece; another start waits until this one has done.
+    while (::flock(pipe, LOCK_EX) != 0 && errno == EINTR) {
+    }
+    static_cast<void>(send(pipe, RequestMessage::of(request))); // a program that hangs can't be helped
     ::close(pipe);
 }
 
@@ -97,21 +95,11 @@ void RunningInstance::listen()
 void RunningInstance::take()
 {
     QByteArray bytes(PIPE_BUF, Qt::Uninitialized);
-    QStringList files;
-    bool isAsked = false;
     ssize_t count = 0;
     while ((count = ::read(m_pipe, bytes.data(), bytes.size())) > 0) {
-        m_message += QByteArrayView(bytes).first(count);
-        for (qsizetype end = 0; (end = m_message.indexOf('\0')) >= 0; m_message.remove(0, end + 1)) {
-            isAsked = true;
-            if (end > 0)
-                files += QFile::decodeName(m_message.first(end));
-        }
-        if (m_message.size() > longestMessage)
-            m_message.clear();
+        for (const AppRequest &request : m_message.read(QByteArrayView(bytes).first(count)))
+            Q_EMIT asked(request);
     }
-    if (isAsked)
-        Q_EMIT asked(files);
 }
 
 } // namespace morvane

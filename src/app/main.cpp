@@ -4,6 +4,8 @@
 #include "app/RunningInstance.h"
 #include "app/TerminationSignals.h"
 #include "platform/linux/CrashHandler.h"
+#include "platform/linux/DesktopActivation.h"
+#include "platform/linux/DesktopNotifications.h"
 #include "platform/linux/ProcessPrivacy.h"
 #include "services/CrashReportService.h"
 #include "utils/text/Product.h"
@@ -35,13 +37,18 @@ int run(QGuiApplication &application, const CommandLine &commandLine)
 {
     RunningInstance instance(commandLine.folders().runtime);
     if (!instance.isFirst()) {
-        instance.askFirst(commandLine.files);
-        std::printf("%s is already open; its window comes to the front.\n", Product::name.data());
+        instance.askFirst(commandLine.request);
+        if (commandLine.request.showsWindow)
+            std::printf("%s is already open; its window comes to the front.\n", Product::name.data());
         return 0;
     }
     CrashHandler::install(CrashReportService::folderIn(commandLine.folders()), CrashReportService::kept);
     Launch launch(application, commandLine);
-    QObject::connect(&instance, &RunningInstance::asked, &launch, &Launch::show);
+    // The name is the person's own profile's.
+    const DesktopActivation activation(commandLine.profile ? std::nullopt
+                                                           : DesktopNotifications::sessionBus());
+    QObject::connect(&activation, &DesktopActivation::asked, &launch, &Launch::take);
+    QObject::connect(&instance, &RunningInstance::asked, &launch, &Launch::take);
     const TerminationSignals signalSource;
     QObject::connect(&signalSource, &TerminationSignals::received, &application, &AppDelegate::end);
     launch.start();

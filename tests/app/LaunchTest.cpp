@@ -75,10 +75,10 @@ TEST_F(LaunchTest, AProfileOfItsOwnKeepsItsKeyInAFileAndTalksToThePracticeServer
 {
     for (const auto *name : {"a.md", "b.txt", "c.txt"})
         PrivateFile::write(profile.filePath(QString::fromLatin1(name)), "words");
-    commandLine.files = {profile.filePath(u"a.md"_s)};
+    commandLine.request.files = {profile.filePath(u"a.md"_s)};
     Launch launch(*qGuiApp, commandLine);
     launch.start();
-    launch.show({profile.filePath(u"b.txt"_s)}); // by a second start, while the key is waited for
+    launch.take({.files = {profile.filePath(u"b.txt"_s)}}); // by a second start, while the key is waited for
     QQuickWindow *window = windowWith("shell");
     ASSERT_NE(window, nullptr);
     ASSERT_NE(contentOf(window), nullptr);
@@ -87,7 +87,7 @@ TEST_F(LaunchTest, AProfileOfItsOwnKeepsItsKeyInAFileAndTalksToThePracticeServer
     for (const bool isLater : {false, true}) {
         EXPECT_TRUE(WindowDriver::eventually([&] { return desk->state() == AttachmentDesk::State::Ready; }));
         EXPECT_EQ(desk->name(), isLater ? u"c.txt"_s : u"b.txt"_s);
-        launch.show({profile.filePath(u"c.txt"_s)});
+        launch.take({.files = {profile.filePath(u"c.txt"_s)}});
     }
     EXPECT_EQ(window->title(), u"MorvaneGPT"_s);
     EXPECT_TRUE(hasKeyFile());
@@ -99,7 +99,7 @@ TEST_F(LaunchTest, AProfileOfItsOwnKeepsItsKeyInAFileAndTalksToThePracticeServer
     window->close();
     TestWait::settle();
     EXPECT_TRUE(window->windowStates() & Qt::WindowMinimized) << "put away and not lost";
-    launch.show();
+    launch.take({});
     EXPECT_FALSE(window->windowStates() & Qt::WindowMinimized);
 }
 
@@ -286,7 +286,19 @@ TEST(CommandLineTest, SaysWhatTheProgramWasStartedWith)
     const auto line =
         CommandLine::parse({u"morvane"_s, u"--reset-onboarding"_s, u"--profile"_s, u"here"_s,
                             u"--practice-server"_s, u"http://a"_s, u"a b.txt"_s, u"file:///c%20d.pdf"_s});
-    EXPECT_EQ(line.files, (QStringList{QFileInfo(u"a b.txt"_s).absoluteFilePath(), u"/c d.pdf"_s}));
+    EXPECT_EQ(line.request,
+              (AppRequest{.files = {QFileInfo(u"a b.txt"_s).absoluteFilePath(), u"/c d.pdf"_s}}));
+    using Chat = AppRequest::Chat;
+    const std::pair<QStringList, AppRequest> requests[] = {
+        {{}, {}},
+        {{u"--background"_s}, {.showsWindow = false}},
+        {{u"--background"_s, u"--new-chat"_s}, {.chat = Chat::fresh}},
+        {{u"--ask"_s, u"why?"_s}, {.chat = Chat::fresh, .words = u"why?"_s, .sends = true}},
+        {{u"--ask= "_s}, {.words = u" "_s}},
+        {{u"--new-ghost-chat"_s, u"--ask=why?"_s}, {.chat = Chat::ghost, .words = u"why?"_s, .sends = true}}};
+    for (const auto &[arguments, request] : requests)
+        EXPECT_EQ(CommandLine::parse(QStringList{u"m"_s} + arguments).request, request)
+            << arguments.join(u' ').toStdString();
     EXPECT_TRUE(line.resetOnboarding);
     EXPECT_EQ(line.practiceServer, u"http://a"_s);
     EXPECT_EQ(line.folders().data, QFileInfo(u"here/data"_s).absoluteFilePath());

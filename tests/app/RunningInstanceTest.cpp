@@ -19,24 +19,40 @@ TEST(RunningInstanceTest, ASecondStartAsksTheFirstToShowEveryTime)
     const QTemporaryDir folder;
     RunningInstance first(folder.filePath(u"run"_s));
     ASSERT_TRUE(first.isFirst());
-    qsizetype shown = 0;
-    QStringList files;
-    QObject::connect(&first, &RunningInstance::asked, [&](const QStringList &each) {
-        ++shown;
-        files += each;
-    });
-    const QStringList handed[] = {
-        {}, {u"/a b.txt"_s, u"/line\nend “ä”.pdf"_s}, {}, QStringList(50, u"/"_s + QString(999, u'x'))};
-    for (const QStringList &each : handed) {
+    std::vector<AppRequest> asked;
+    QObject::connect(&first, &RunningInstance::asked, [&](const AppRequest &each) { asked.push_back(each); });
+    const AppRequest handed[] = {
+        {},
+        {.files = {u"/a b.txt"_s, u"/line\nend “ä”.pdf"_s}},
+        {.showsWindow = false},
+        {.chat = AppRequest::Chat::ghost, .files = QStringList(50, u"/"_s + QString(999, u'x'))},
+        {.chat = AppRequest::Chat::fresh, .words = QString(20'000, u'ä'), .sends = true},
+        {.chatID = u"1F"_s}};
+    for (const AppRequest &each : handed) {
         const RunningInstance second(folder.filePath(u"run"_s));
         EXPECT_FALSE(second.isFirst());
-        files.clear();
-        const qsizetype before = shown;
+        asked.clear();
         second.askFirst(each);
-        TestWait::until([&] { return shown > before && files.size() >= each.size(); });
-        EXPECT_EQ(files, each);
+        TestWait::until([&] { return !asked.empty(); });
+        EXPECT_EQ(asked, std::vector{each});
     }
     EXPECT_TRUE(RunningInstance(folder.filePath(u"other profile"_s)).isFirst());
+}
+
+TEST(RequestMessageTest, ASenderThatWasKilledOrIsHostileSpoilsNoOther)
+{
+    const AppRequest good{.chat = AppRequest::Chat::fresh, .words = u"words"_s};
+    const QByteArray whole = RequestMessage::of({.files = {u"/a"_s}, .words = u"b"_s, .sends = true});
+    std::vector<QByteArray> before{QByteArray(RequestMessage::largest + 1, 'f'),
+                                   QByteArray("\0^\0", 3) + QByteArray(RequestMessage::largest, 'w'),
+                                   QByteArray(".\0.\0?\0", 6)};
+    for (qsizetype length = 0; length + 1 < whole.size(); ++length)
+        before.push_back(whole.first(length));
+    for (const QByteArray &each : before) {
+        RequestMessage message;
+        EXPECT_TRUE(message.read(each).empty()) << each.size();
+        EXPECT_EQ(message.read(RequestMessage::of(good)), std::vector{good}) << each.size();
+    }
 }
 
 TEST(RunningInstanceTest, TheEndOfTheFirstMakesRoomAndADeadOwnersLockCountsAsNone)
