@@ -1,12 +1,15 @@
 #include "app/AppDelegate.h"
 #include "app/CommandLine.h"
+#include "app/DisplayOpening.h"
 #include "app/Launch.h"
+#include "app/Renderer.h"
 #include "app/RunningInstance.h"
 #include "app/TerminationSignals.h"
 #include "platform/linux/CrashHandler.h"
 #include "platform/linux/DesktopActivation.h"
 #include "platform/linux/DesktopNotifications.h"
 #include "platform/linux/ProcessPrivacy.h"
+#include "platform/linux/WaylandSession.h"
 #include "services/CrashReportService.h"
 #include "utils/text/Product.h"
 #include <QFont>
@@ -14,17 +17,44 @@
 #include <QIcon>
 #include <QQuickStyle>
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <tuple>
 
 using namespace morvane;
 using namespace Qt::StringLiterals;
 
 namespace {
 
+void nameIt()
+{
+    QCoreApplication::setApplicationName(Product::name);
+    QCoreApplication::setApplicationVersion(QStringLiteral(MORVANE_VERSION));
+}
+
+// Its words are wanted, and no window: a terminal without a display gets them as well.
+bool isQuestion(int argc, char **argv)
+{
+    constexpr std::array<std::string_view, 5> questions{"-h", "--help", "--help-all", "-v", "--version"};
+    return std::ranges::any_of(std::span(argv, std::size_t(argc)), [&](const char *argument) {
+        return std::ranges::find(questions, argument) != questions.end();
+    });
+}
+
+// Qt's own input method for Wayland reaches for a seat without looking whether there is one, and the process
+// ends there; the one for dead keys needs none.
+void avoidMissingSeat()
+{
+    if (qEnvironmentVariableIsEmpty("QT_IM_MODULE") && WaylandSession::lacksSeat())
+        qputenv("QT_IM_MODULE", "compose");
+}
+
 void describe(QGuiApplication &application)
 {
-    QGuiApplication::setApplicationName(Product::name);
-    QGuiApplication::setApplicationVersion(QStringLiteral(MORVANE_VERSION));
     QGuiApplication::setDesktopFileName(Product::desktopId);
     QGuiApplication::setWindowIcon(QIcon(u":/qt/qml/Morvane/icons/morvane.svg"_s));
     // Without a colour font in the list an emoji is drawn in one colour where DejaVu is installed.
@@ -60,9 +90,18 @@ int run(QGuiApplication &application, const CommandLine &commandLine)
 int main(int argc, char **argv)
 {
     ProcessPrivacy::keep();
+    nameIt();
+    if (isQuestion(argc, argv)) {
+        const QCoreApplication answering(argc, argv);
+        std::ignore = CommandLine::parse(QCoreApplication::arguments()); // ends the program
+    }
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
     QQuickStyle::setStyle(u"Basic"_s);
+    std::optional<DisplayOpening> opening(std::in_place);
+    avoidMissingSeat();
     QGuiApplication application(argc, argv);
+    opening.reset();
+    Renderer::choose();
     describe(application);
     try {
         return run(application, CommandLine::parse(QCoreApplication::arguments()));

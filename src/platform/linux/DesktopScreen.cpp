@@ -2,6 +2,7 @@
 
 #include "platform/linux/DesktopNotifications.h"
 #include "platform/linux/PortalScreenCapture.h"
+#include "platform/linux/WaylandSession.h"
 #include "platform/linux/X11ScreenCapture.h"
 
 #include <QFileInfo>
@@ -18,12 +19,9 @@ bool isSandboxed()
     return QFileInfo::exists(u"/.flatpak-info"_s) || qEnvironmentVariableIsSet("SNAP");
 }
 
-// An X server that shows its windows on a Wayland desktop knows of no others.
 bool isWayland()
 {
-    return QGuiApplication::platformName().startsWith("wayland"_L1) ||
-           !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
-           qEnvironmentVariable("XDG_SESSION_TYPE") == "wayland"_L1;
+    return QGuiApplication::platformName().startsWith("wayland"_L1) || WaylandSession::isNamed();
 }
 
 } // namespace
