@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/linux/WaylandSession.h"
+
 #include <QString>
 #include <QtGlobal>
 
@@ -31,6 +33,7 @@ private:
     static void hear(QtMsgType type, const QMessageLogContext &context, const QString &words);
 
     static DisplayOpening *s_current;
+    WaylandSession::Quiet m_quiet;
     QtMessageHandler m_former;
     std::string m_silence;    // the line for a server that doesn't answer; a signal handler makes none
     std::vector<Held> m_held; // complaints of ways that failed before one worked

@@ -89,6 +89,7 @@ TEST_F(DisplayTest, NoneIsSaidInOneLineAndEndsTheProgram)
     };
     const QList<Case> cases{
         {{}, u"WAYLAND_DISPLAY is not set, DISPLAY is not set"_s},
+        {{{u"WAYLAND_DISPLAY"_s, u"it"_s}, {u"XDG_RUNTIME_DIR"_s, QString()}}, u"“it”"_s},
         {{{u"DISPLAY"_s, u":65000"_s}}, u"DISPLAY is “:65000”"_s},
         {{{u"WAYLAND_DISPLAY"_s, u"no\nbody"_s}}, u"“no body”"_s},
         {{{u"QT_QPA_PLATFORM"_s, u"cinema"_s}}, u"“cinema”"_s},

@@ -1,5 +1,7 @@
 #include "platform/linux/IdleInput.h"
 
+#include "platform/linux/WaylandIdle.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -60,10 +62,25 @@ IdleInput::IdleInput(std::optional<QDBusConnection> session, QObject *parent)
     : QObject(parent)
     , m_session(std::move(session))
 {
-    openX();
+    if (WaylandSession::isNamed())
+        openWayland();
+    else
+        openX();
 }
 
 IdleInput::~IdleInput() = default;
+
+void IdleInput::openWayland()
+{
+    auto connection = WaylandSession::connect();
+    if (!connection)
+        return;
+    m_wayland = std::make_unique<WaylandIdle>(std::move(connection));
+    connect(m_wayland.get(), &WaylandIdle::changed, this, [this] {
+        m_seconds = m_wayland->seconds();
+        Q_EMIT changed();
+    });
+}
 
 void IdleInput::openX()
 {
@@ -97,7 +114,10 @@ void IdleInput::hearX()
 
 void IdleInput::ask()
 {
-    if (m_x)
+    if (m_wayland && m_wayland->isServed()) {
+        m_seconds = m_wayland->seconds();
+        Q_EMIT changed();
+    } else if (m_x)
         askX();
     else if (m_session)
         askCompositor();

@@ -11,9 +11,12 @@ struct xcb_connection_t;
 
 namespace morvane {
 
-// How long nothing was typed or moved: by the X server's screen saver extension, where there is one, which
-// also tells when it blanks the screen or puts the displays to sleep; and by the compositor of a desktop that
-// keeps it. GUI thread.
+class WaylandIdle;
+
+// How long nothing was typed or moved: in an X11 session by the X server's screen saver extension, which also
+// tells when it blanks the screen or puts the displays to sleep; in a Wayland session by its compositor,
+// where it tells. Such a session's X server sees only what is typed into windows of its own, and isn't asked:
+// to it somebody who writes here is away. GUI thread.
 class IdleInput : public QObject {
     Q_OBJECT
 public:
@@ -34,12 +37,14 @@ private:
     struct XConnection;
 
     void openX();
+    void openWayland();
     void hearX();
     void askX();
     void askCompositor();
 
     std::optional<QDBusConnection> m_session;
-    std::unique_ptr<XConnection> m_x; // null where no X server answers
+    std::unique_ptr<XConnection> m_x;       // null where no X server answers, and in a Wayland session
+    std::unique_ptr<WaylandIdle> m_wayland; // null where no compositor answers
     double m_seconds = 0;
     bool m_isBlanked = false;
     bool m_areDisplaysOff = false;

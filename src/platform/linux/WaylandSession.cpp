@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+#include <cstdarg>
+#include <cstdio>
 #include <cstring>
 #include <wayland-client-protocol.h>
 
@@ -20,6 +22,18 @@ void lose(void *, wl_registry *, std::uint32_t) {}
 constexpr wl_registry_listener listener{&see, &lose};
 
 } // namespace
+
+WaylandSession::Quiet::Quiet()
+{
+    wl_log_set_handler_client([](const char *, va_list) {});
+}
+
+WaylandSession::Quiet::~Quiet()
+{
+    wl_log_set_handler_client([](const char *format, va_list arguments) {
+        std::vfprintf(stderr, format, arguments); // as it does by itself
+    });
+}
 
 bool WaylandSession::isNamed()
 {

@@ -14,6 +14,15 @@ struct Disconnect {
 };
 using Connection = std::unique_ptr<wl_display, Disconnect>;
 
+// While one lives, the library says nothing on stderr of what it misses. One at a time.
+class Quiet {
+public:
+    Quiet();
+    ~Quiet();
+    Quiet(const Quiet &) = delete;
+    Quiet &operator=(const Quiet &) = delete;
+};
+
 // The environment says that this is one. An X server that is there as well shows its windows on it, and knows
 // of no others.
 [[nodiscard]] bool isNamed();

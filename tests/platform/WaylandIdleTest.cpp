@@ -1,0 +1,123 @@
+#include "platform/linux/WaylandIdle.h"
+#include "platform/linux/IdleInput.h"
+#include "support/Await.h"
+
+#include <QSocketNotifier>
+#include <QTemporaryDir>
+
+#include <ext-idle-notify-v1.h>
+#include <gtest/gtest.h>
+#include <wayland-server-protocol.h>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// A compositor that has a seat when the test says so, and tells of idleness when the test does.
+class PlayedCompositor {
+public:
+    PlayedCompositor()
+        : m_display(wl_display_create())
+        , m_events(wl_event_loop_get_fd(wl_display_get_event_loop(m_display)), QSocketNotifier::Read)
+    {
+        qputenv("XDG_RUNTIME_DIR", m_folder.path().toUtf8());
+        qputenv("WAYLAND_DISPLAY", "played");
+        EXPECT_EQ(wl_display_add_socket(m_display, "played"), 0);
+        wl_global_create(m_display, &ext_idle_notifier_v1_interface, 1, this,
+                         &PlayedCompositor::bindNotifier);
+        QObject::connect(&m_events, &QSocketNotifier::activated, &m_events, [this] {
+            wl_event_loop_dispatch(wl_display_get_event_loop(m_display), 0);
+            flush();
+        });
+    }
+    ~PlayedCompositor()
+    {
+        wl_display_destroy_clients(m_display);
+        wl_display_destroy(m_display);
+        qunsetenv("WAYLAND_DISPLAY");
+    }
+    PlayedCompositor(const PlayedCompositor &) = delete;
+    PlayedCompositor &operator=(const PlayedCompositor &) = delete;
+
+    void addSeat()
+    {
+        wl_global_create(m_display, &wl_seat_interface, 1, this,
+                         [](wl_client *client, void *, std::uint32_t version, std::uint32_t id) {
+                             wl_resource_create(client, &wl_seat_interface, int(version), id);
+                         });
+        flush();
+    }
+    enum Event : std::uint32_t { idled, resumed }; // as the protocol numbers them
+    void tell(Event event)
+    {
+        wl_resource_post_event(asker, event);
+        flush();
+    }
+
+    wl_resource *asker = nullptr;
+    std::uint32_t milliseconds = 0;
+
+private:
+    struct Requests { // in the protocol's order
+        void (*destroy)(wl_client *, wl_resource *);
+        void (*getNotification)(wl_client *, wl_resource *, std::uint32_t, std::uint32_t, wl_resource *);
+    };
+
+    static void leave(wl_client *, wl_resource *resource) { wl_resource_destroy(resource); }
+    static void bindNotifier(wl_client *client, void *self, std::uint32_t version, std::uint32_t id)
+    {
+        static constexpr Requests requests{
+            &leave, [](wl_client *by, wl_resource *notifier, std::uint32_t number, std::uint32_t after,
+                       wl_resource *) {
+                auto *const played = static_cast<PlayedCompositor *>(wl_resource_get_user_data(notifier));
+                played->milliseconds = after;
+                played->asker = wl_resource_create(by, &ext_idle_notification_v1_interface, 1, number);
+                wl_resource_set_implementation(played->asker, &requests.destroy, played, nullptr);
+            }};
+        wl_resource_set_implementation(
+            wl_resource_create(client, &ext_idle_notifier_v1_interface, int(version), id), &requests, self,
+            nullptr);
+    }
+    void flush() { wl_display_flush_clients(m_display); }
+
+    QTemporaryDir m_folder;
+    wl_display *const m_display;
+    QSocketNotifier m_events;
+};
+
+TEST(WaylandIdleTest, TellsOfHalfAMinuteAndOfWhoComesBackAndAsksNoXServer)
+{
+    auto compositor = std::make_unique<PlayedCompositor>();
+    qputenv("DISPLAY", ":65000"); // where somebody may be away for long
+    IdleInput input(std::nullopt);
+    int changes = 0;
+    QObject::connect(&input, &IdleInput::changed, &input, [&changes] { ++changes; });
+    TestWait::settle();
+    EXPECT_EQ(compositor->asker, nullptr) << "nobody's idleness can be asked for yet";
+    input.ask();
+    EXPECT_EQ(input.seconds(), 0);
+
+    compositor->addSeat();
+    TestWait::until([&] { return compositor->asker != nullptr; });
+    EXPECT_EQ(compositor->milliseconds, 30'000U);
+    compositor->tell(PlayedCompositor::idled);
+    TestWait::until([&] { return changes > 0; });
+    EXPECT_GE(input.seconds(), 30);
+    EXPECT_LT(input.seconds(), 60);
+    compositor->tell(PlayedCompositor::resumed);
+    TestWait::until([&] { return input.seconds() == 0; });
+
+    compositor->tell(PlayedCompositor::idled);
+    TestWait::until([&] { return input.seconds() >= 30; });
+    compositor.reset();
+    TestWait::settle();
+    input.ask();
+    EXPECT_EQ(input.seconds(), 0) << "what it told last isn't true for ever";
+    qunsetenv("DISPLAY");
+}
+
+} // namespace
+
+} // namespace morvane
