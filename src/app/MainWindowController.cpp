@@ -30,6 +30,7 @@
 #include "view_models/sidebar/SourceMenuViewModel.h"
 
 #include <QCloseEvent>
+#include <QGuiApplication>
 #include <QJSValue>
 
 namespace morvane {
@@ -133,10 +134,20 @@ void MainWindowController::dropContent()
     m_content = nullptr;
 }
 
+// A Wayland compositor doesn't say that a window is minimised, and lets none come to the front without a
+// token of what the person clicked: without one it is shown anew, which brings it there.
+bool MainWindowController::needsShowingAnew() const
+{
+    return QGuiApplication::platformName().startsWith("wayland"_L1) && m_window->isVisible() &&
+           !m_window->isActive() && qEnvironmentVariableIsEmpty("XDG_ACTIVATION_TOKEN");
+}
+
 void MainWindowController::show()
 {
     if (!m_window)
         return;
+    if (needsShowingAnew())
+        m_window->hide();
     if (m_window->windowStates() & Qt::WindowMinimized)
         m_window->setWindowStates(m_window->windowStates() & ~Qt::WindowMinimized);
     else

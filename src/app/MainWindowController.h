@@ -41,6 +41,7 @@ private:
     // What stands in the window comes and goes with the lock, and with it every item that ever held a word.
     void showContent();
     void dropContent();
+    [[nodiscard]] bool needsShowingAnew() const;
 
     Presentation &m_presentation;
     const std::unique_ptr<WindowEngine> m_engine;

@@ -8,6 +8,7 @@
 #include "platform/linux/CrashHandler.h"
 #include "platform/linux/DesktopActivation.h"
 #include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/PortalIdentity.h"
 #include "platform/linux/ProcessPrivacy.h"
 #include "platform/linux/WaylandSession.h"
 #include "services/CrashReportService.h"
@@ -61,6 +62,7 @@ void describe(QGuiApplication &application)
     QFont font = QGuiApplication::font();
     font.setFamilies({font.family(), u"Noto Sans"_s, u"Noto Color Emoji"_s});
     application.setFont(font);
+    PortalIdentity::tell(DesktopNotifications::sessionBus());
 }
 
 int run(QGuiApplication &application, const CommandLine &commandLine)
