@@ -1,7 +1,9 @@
 #pragma once
 
 #include "security/AbsentKeyring.h"
+#include "services/AnswerPause.h"
 #include "services/AppLockService.h"
+#include "services/PassphraseService.h"
 
 #include <memory>
 
@@ -35,8 +37,10 @@ private:
 
     AbsentPresence m_absentPresence;
     SilentSession m_silentSession;
+    AnswerPause m_pause;
 
 public:
+    const std::unique_ptr<PassphraseService> passphrase;
     const std::unique_ptr<AppLockService> service;
 };
 

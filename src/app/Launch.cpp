@@ -131,7 +131,7 @@ QCoro::Task<> Launch::openKeychain(QPointer<Launch> self, Way way, std::stop_tok
         const KeychainOpening opening = co_await openOn(self, way, stop);
         if (!self || !isReady(opening.state))
             co_return;
-        self->m_isKeyBehindPresence = opening.dataKeyBehindPresence;
+        self->m_opened = opening;
         self->finish();
     } catch (const CancelledError &) {
         co_return;
@@ -223,7 +223,8 @@ void Launch::finish()
     m_patience.reset();
     m_state =
         std::make_unique<AppState>(m_commandLine, hostOfThisRun(), m_clock,
-                                   Secrets{m_secrets.keychain(), m_secrets.keychain(), m_isKeyBehindPresence},
+                                   Secrets{m_secrets.keychain(), m_secrets.keychain(),
+                                           m_opened.dataKeyBehindPresence, m_opened.dataKeyWrapped},
                                    m_work, m_notifications.get(),
                                    VoicePorts{.output = &m_audio->output,
                                               .microphones = &m_audio->microphones,

@@ -77,7 +77,7 @@ private:
     std::unique_ptr<LinuxHands> m_hands;
     std::unique_ptr<ScreenCapturing> m_screen; // null where the desktop shows none
     std::unique_ptr<DesktopSession> m_session;
-    bool m_isKeyBehindPresence = false;
+    KeychainOpening m_opened; // with it the program was opened
     std::unique_ptr<StartupWindow> m_startupWindow; // while the key is waited for
     std::unique_ptr<Alarm> m_patience;
     std::unique_ptr<WindowEngine> m_windowEngine; // until the window has it

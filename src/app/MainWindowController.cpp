@@ -58,7 +58,8 @@ MainWindowController::MainWindowController(Presentation &presentation, std::uniq
 {
     m_engine->loadComponent(mainComponent, {{u"shell"_s, QVariant::fromValue(presentation.shell.get())},
                                             {u"settings"_s, QVariant::fromValue(&presentation.settings)},
-                                            {u"lock"_s, QVariant::fromValue(presentation.lock.get())}});
+                                            {u"lock"_s, QVariant::fromValue(presentation.lock.get())},
+                                            {u"privacy"_s, QVariant::fromValue(presentation.privacy.get())}});
     if (!m_engine->rootObjects().isEmpty())
         m_window = qobject_cast<QQuickWindow *>(m_engine->rootObjects().constFirst());
     if (!m_window)

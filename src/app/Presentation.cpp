@@ -136,7 +136,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
     , shell(std::make_unique<ShellViewModel>(
           settings, storage.startupError ? storage.startupError->userMessage() : QString(),
           storage.startupAdvice()))
-    , lock(std::make_unique<AppLockViewModel>(*lock.service, settings))
+    , lock(std::make_unique<AppLockViewModel>(*lock.service, *lock.passphrase, settings))
 {
     QObject::connect(chat.get(), &ChatViewModel::conversationsChanged, conversations.get(),
                      &ConversationListModel::refresh);

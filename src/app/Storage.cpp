@@ -49,7 +49,7 @@ Storage::Storage(const CommandLine &commandLine, Host host, Clock &clock, const 
     if (host == Host::application)
         moveFormerData(secrets);
     settings = std::make_unique<SettingsStore>(*defaults);
-    lockAtStart(secrets.isKeyBehindPresence);
+    lockAtStart(secrets.isKeyBehindPresence || secrets.isKeyWrapped);
     if (host == Host::application) {
         expectKey();
         sealLeftovers();
@@ -84,9 +84,9 @@ void Storage::moveFormerData(const Secrets &secrets)
 }
 
 // A lost setting must not open what the key's place says is locked.
-void Storage::lockAtStart(bool isKeyBehindPresence)
+void Storage::lockAtStart(bool isKeyGuarded)
 {
-    if (isKeyBehindPresence)
+    if (isKeyGuarded)
         settings->setAppLockEnabled(true);
     if (settings->appLockEnabled())
         vault->lock();

@@ -25,6 +25,7 @@ struct Secrets {
     KeychainServicing &keychain;
     LegacySecretListing &legacy;
     bool isKeyBehindPresence = false; // as it was found at the start
+    bool isKeyWrapped = false;        // likewise: under a passphrase
 };
 
 // What is kept on this machine, made first: what older builds left is moved before anything reads it, then
@@ -55,7 +56,7 @@ private:
     const Host m_host;
 
     void moveFormerData(const Secrets &secrets);
-    void lockAtStart(bool isKeyBehindPresence);
+    void lockAtStart(bool isKeyGuarded);
     void expectKey();
     void sealLeftovers();
     void sealPlainTexts();

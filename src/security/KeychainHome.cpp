@@ -3,6 +3,7 @@
 #include "async/CancelledError.h"
 #include "security/DataKey.h"
 #include "security/FormerServices.h"
+#include "security/WrappedKey.h"
 #include "utils/bytes/SecretBytes.h"
 #include "utils/log/Log.h"
 
@@ -14,6 +15,16 @@ namespace {
 
 // A keyring that starts with the session may take longer than one call waits for its answer.
 constexpr int patience = 3;
+
+bool isWrapped(const SecretStoring::Item &key)
+{
+    return WrappedKey::isWrapped(key.value) && WrappedKey::isReadable(QString::fromLatin1(key.value));
+}
+
+bool isUsable(const SecretStoring::Item &key)
+{
+    return isWrapped(key) || DataKey::parse(key.value);
+}
 
 } // namespace
 
@@ -106,11 +117,12 @@ KeychainOpening KeychainHome::settle(SecretStoring &place, KeychainState ready, 
     try {
         auto key = findKey(place, service);
         m_place = &place;
-        const bool isUsable = key && DataKey::parse(key->value);
+        const bool isWhole = key && isUsable(*key);
+        const bool isUnderPassphrase = key && isWrapped(*key);
         if (key)
             wipe(key->value);
-        if (isUsable)
-            return {ready, key->presence == UserPresence::Required};
+        if (isWhole)
+            return {ready, key->presence == UserPresence::Required, isUnderPassphrase};
         if (expectation == KeyExpectation::MustExist)
             return {key ? KeychainState::KeyUnusable : KeychainState::KeyMissing};
         makeKey(place, service);
@@ -147,10 +159,10 @@ bool KeychainHome::fileHoldsKey(const QString &service)
 {
     try {
         auto key = findKey(m_file, service);
-        const bool isUsable = key && DataKey::parse(key->value);
+        const bool isWhole = key && isUsable(*key);
         if (key)
             wipe(key->value);
-        return isUsable;
+        return isWhole;
     } catch (const SecretStoreError &) {
         return false;
     }

@@ -12,6 +12,7 @@ namespace morvane {
 struct KeychainOpening {
     KeychainState state = KeychainState::Opening;
     bool dataKeyBehindPresence = false;
+    bool dataKeyWrapped = false; // under a passphrase of the person's
 };
 
 // Chooses where the secrets live, once for each run: in the desktop's keyring, or, where none answers, in a

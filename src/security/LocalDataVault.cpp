@@ -4,6 +4,7 @@
 #include "security/KeychainError.h"
 #include "security/SealedForm.h"
 #include "security/TestHost.h"
+#include "security/WrappedKey.h"
 #include "utils/files/PrivateFile.h"
 #include "utils/log/Log.h"
 
@@ -15,12 +16,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-std::optional<SecretBytes> keyFrom(QString &&storedText)
+bool isKey(const QString &storedText)
 {
-    auto key = DataKey::parse(storedText);
-    if (storedText.isDetached())
-        wipe(storedText); // the cache let go of it meanwhile, so this is the last copy
-    return key;
+    return WrappedKey::isWrapped(storedText) || DataKey::parse(storedText).has_value();
 }
 
 QString textOf(const SecretBytes &key)
@@ -64,6 +62,26 @@ SecretBytes LocalDataVault::key() const
     return makeKey();
 }
 
+std::optional<SecretBytes> LocalDataVault::keyFrom(QString &&storedText) const
+{
+    if (WrappedKey::isWrapped(storedText)) {
+        auto opened = openedKey();
+        if (!opened)
+            throw Locked();
+        return opened;
+    }
+    auto key = DataKey::parse(storedText);
+    if (storedText.isDetached())
+        wipe(storedText); // the cache let go of it meanwhile, so this is the last copy
+    return key;
+}
+
+std::optional<SecretBytes> LocalDataVault::openedKey() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_openedKey ? std::optional<SecretBytes>(m_openedKey->view()) : std::nullopt;
+}
+
 SecretBytes LocalDataVault::makeKey() const
 {
     {
@@ -92,7 +110,10 @@ bool LocalDataVault::mayHoldKey() const
 {
     try {
         auto stored = m_keychain.read(keyAccount);
-        return stored && keyFrom(std::move(*stored)).has_value();
+        const bool isThere = stored && isKey(*stored);
+        if (stored && stored->isDetached())
+            wipe(*stored);
+        return isThere;
     } catch (const KeychainError &) {
         return true;
     }
@@ -173,6 +194,7 @@ void LocalDataVault::destroyKey()
     }
     const std::lock_guard lock(m_mutex);
     m_keyMustExist = false;
+    m_openedKey.reset();
 }
 
 void LocalDataVault::moveKey(UserPresence presence)
@@ -182,7 +204,63 @@ void LocalDataVault::moveKey(UserPresence presence)
                    "Refused to move the local data key behind Touch ID under the test host"_L1);
         throw Locked();
     }
-    m_keychain.setUserPresence(textOf(key()), keyAccount, presence);
+    (void)key(); // there is one, and it is open
+    auto stored = m_keychain.read(keyAccount);
+    if (!stored)
+        throw KeyMissing();
+    m_keychain.setUserPresence(*stored, keyAccount, presence);
+    lockAgain();
+}
+
+void LocalDataVault::wrapKey(const Passphrase &passphrase, const Argon2id::Cost &cost)
+{
+    auto key = this->key();
+    const QString wrapped = QString::fromLatin1(WrappedKey::wrap(key, passphrase.bytes(), cost));
+    wipeStack();
+    bool wasWrapped = false;
+    {
+        // Kept before the keychain has the other form, so that nothing that is sealed meanwhile is dropped.
+        const std::lock_guard lock(m_mutex);
+        if (m_isLocked)
+            throw Locked();
+        wasWrapped = m_openedKey.has_value();
+        m_openedKey = std::move(key);
+    }
+    try {
+        replaceKeyText(wrapped);
+    } catch (...) {
+        const std::lock_guard lock(m_mutex);
+        if (!wasWrapped)
+            m_openedKey.reset();
+        throw;
+    }
+}
+
+void LocalDataVault::bareKey()
+{
+    replaceKeyText(textOf(key()));
+    const std::lock_guard lock(m_mutex);
+    m_openedKey.reset();
+}
+
+void LocalDataVault::replaceKeyText(const QString &text)
+{
+    if (TestHost::isActive()) {
+        Log::error(Log::Category::App, "Refused to replace the local data key under the test host"_L1);
+        throw Locked();
+    }
+    m_keychain.save(text, keyAccount);
+    lockAgain();
+}
+
+std::optional<SecretBytes> LocalDataVault::unwrapKey(const Passphrase &passphrase) const
+{
+    const auto stored = m_keychain.read(keyAccount);
+    if (!stored)
+        throw KeyMissing();
+    auto key = WrappedKey::unwrap(*stored, passphrase.bytes());
+    wipeStack();
+    return key;
 }
 
 void LocalDataVault::lock()
@@ -190,14 +268,24 @@ void LocalDataVault::lock()
     {
         const std::lock_guard lock(m_mutex);
         m_isLocked = true;
+        m_openedKey.reset();
     }
     m_keychain.clearCache();
 }
 
-void LocalDataVault::unlock()
+// A lock that came meanwhile emptied the keychain's cache before that got its latest text.
+void LocalDataVault::lockAgain()
+{
+    if (isLocked())
+        lock();
+}
+
+void LocalDataVault::unlock(std::optional<SecretBytes> openedKey)
 {
     const std::lock_guard lock(m_mutex);
     m_isLocked = false;
+    if (openedKey)
+        m_openedKey = std::move(openedKey);
 }
 
 SealingTrouble LocalDataVault::trouble() const

@@ -2,7 +2,9 @@
 
 #include "security/FieldSealing.h"
 #include "security/KeychainServicing.h"
+#include "security/Passphrase.h"
 #include "security/SealingTrouble.h"
+#include "utils/bytes/Argon2id.h"
 #include "utils/bytes/SecretBytes.h"
 
 #include <QByteArray>
@@ -18,7 +20,8 @@ namespace morvane {
 // out, so nothing is sealed and nothing is opened.
 //
 // One per process, outliving every store. Any thread may seal and open. The key is fetched for each operation
-// and wiped after it; only the keychain's cache holds its text in between.
+// and wiped after it; only the keychain's cache holds its text in between, or, where the keychain has the key
+// under a passphrase alone, this object the key that the passphrase opened.
 class LocalDataVault final : public FieldSealing {
 public:
     static const QString keyAccount; // "local-data-key"
@@ -37,8 +40,9 @@ public:
     // `keychain` outlives the vault.
     explicit LocalDataVault(KeychainServicing &keychain);
 
-    // The single gate. Throws Locked, KeychainError or KeyMissing. A missing or unusable key is replaced by a
-    // new one unless requireExistingKey() was called.
+    // The single gate. Throws Locked, KeychainError or KeyMissing; Locked as well while the key stands under a
+    // passphrase that nobody has given. A missing or unusable key is replaced by a new one unless
+    // requireExistingKey() was called.
     [[nodiscard]] SecretBytes key() const;
 
     // Whether the keychain holds a usable key. A refusal counts as one: it may hide it. Never prompts.
@@ -76,13 +80,24 @@ public:
     // Never throws: a key that cannot be removed stays. Refused under a test host.
     void destroyKey();
 
-    // Re-stores the key with or without user presence. Throws what key() throws, or KeychainError when the
-    // keychain refuses; the key is then where it was.
+    // Re-stores the key with or without user presence, under its passphrase if it is under one. Throws what
+    // key() throws, or KeychainError when the keychain refuses; the key is then where it was.
     void moveKey(UserPresence presence);
+
+    // Puts the key under a passphrase, in the place of the bare key or of another passphrase. The keychain
+    // gets one form for the other in a single write, and this run keeps the key until the next lock. Throws
+    // what key() and WrappedKey::wrap() throw, or KeychainError; the key is then as it was. Takes seconds.
+    void wrapKey(const Passphrase &passphrase, const Argon2id::Cost &cost);
+    // Takes it out again; throws likewise.
+    void bareKey();
+    // The key that stands under `passphrase`, locked or not; nothing when it is another one. Throws
+    // KeychainError (a prompt would be needed), KeyMissing, or what WrappedKey::unwrap() throws.
+    [[nodiscard]] std::optional<SecretBytes> unwrapKey(const Passphrase &passphrase) const;
 
     // Locking also empties the keychain's cache, so that no key text stays in memory.
     void lock();
-    void unlock();
+    // With the key that a passphrase opened, where one guards it.
+    void unlock(std::optional<SecretBytes> openedKey = std::nullopt);
     [[nodiscard]] bool isLocked() const;
 
     // Seals the stores that an older build left in the clear below the application-support directory `base`
@@ -93,11 +108,16 @@ private:
     [[nodiscard]] SecretBytes makeKey() const;
     [[nodiscard]] bool sealLeftover(const QString &path) const;
     void note(SealingTrouble trouble) const;
+    [[nodiscard]] std::optional<SecretBytes> keyFrom(QString &&storedText) const;
+    [[nodiscard]] std::optional<SecretBytes> openedKey() const;
+    void replaceKeyText(const QString &text);
+    void lockAgain();
 
     KeychainServicing &m_keychain;
     mutable std::mutex m_mutex;                              // never held across a call to the keychain
     bool m_isLocked = false;                                 // guarded by m_mutex
     bool m_keyMustExist = false;                             // guarded by m_mutex
+    std::optional<SecretBytes> m_openedKey;                  // never while locked; guarded by m_mutex
     mutable SealingTrouble m_trouble = SealingTrouble::None; // guarded by m_mutex
     std::function<void()> m_troubleChanged;                  // guarded by m_mutex
     mutable std::mutex m_creation;                           // one thread at a time makes the first key

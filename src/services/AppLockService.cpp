@@ -4,10 +4,12 @@
 #include "async/Clock.h"
 #include "async/Work.h"
 #include "persistence/SettingsStore.h"
-#include "security/KeychainError.h"
-#include "security/KeychainTasks.h"
 #include "security/LocalDataVault.h"
+#include "security/KeychainServicing.h"
 #include "security/UserPresenceConfirming.h"
+#include "services/AnswerPause.h"
+#include "services/PassphraseService.h"
+#include "services/UnlockAttempt.h"
 #include "utils/log/Log.h"
 #include "utils/text/DesktopWords.h"
 #include "utils/text/Product.h"
@@ -21,18 +23,9 @@ namespace morvane {
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
-using std::chrono::milliseconds;
 using std::chrono::seconds;
 
 namespace {
-
-constexpr auto longestPause = 64s;
-
-// One second after the first wrong answer, twice as long after each further one.
-seconds pauseAfter(int wrongAnswers)
-{
-    return std::min<seconds>(longestPause, seconds(1LL << std::min(wrongAnswers - 1, 10)));
-}
 
 struct KeyMove {
     enum class Outcome { Done, NothingToAskWith, Failed, WithoutEffect };
@@ -68,9 +61,11 @@ AppLockService::AppLockService(Parts parts, QObject *parent)
     : QObject(parent)
     , m_parts(std::move(parts))
     , m_isLocked(m_parts.vault.isLocked())
+    , m_isKeyBehindPresence(m_parts.isKeyBehindPresence)
     , m_presentAt(m_parts.clock.elapsed())
 {
     connect(&m_parts.session, &SessionSignaling::changed, this, &AppLockService::hear);
+    connect(&m_parts.passphrase, &PassphraseService::isSetChanged, this, &AppLockService::passphraseChanged);
     connect(&m_parts.settings, &SettingsStore::appLockIdleMinutesChanged, this, [this] {
         takeSettings();
         evaluate();
@@ -82,6 +77,11 @@ AppLockService::~AppLockService() = default;
 bool AppLockService::isEnabled() const
 {
     return m_parts.settings.appLockEnabled();
+}
+
+bool AppLockService::asksPresence() const
+{
+    return isEnabled() && (m_isKeyBehindPresence || !m_parts.passphrase.isSet());
 }
 
 // The switch
@@ -143,8 +143,23 @@ void AppLockService::keyStayed(bool flag)
 
 void AppLockService::keyMoved(bool flag)
 {
-    m_parts.settings.setAppLockEnabled(flag);
-    if (flag) {
+    m_isKeyBehindPresence = flag;
+    settle(flag || m_parts.passphrase.isSet());
+}
+
+// Without a passphrase it was presence that the lock stood for.
+void AppLockService::passphraseChanged()
+{
+    if (m_parts.passphrase.isSet())
+        m_isKeyBehindPresence = isEnabled();
+    settle(m_isKeyBehindPresence || m_parts.passphrase.isSet());
+    Q_EMIT changed();
+}
+
+void AppLockService::settle(bool isEnabled)
+{
+    m_parts.settings.setAppLockEnabled(isEnabled);
+    if (isEnabled) {
         m_presentAt = m_parts.clock.elapsed();
         return startWatching();
     }
@@ -175,20 +190,23 @@ void AppLockService::lock()
 
 seconds AppLockService::pauseBeforeUnlock() const
 {
-    const auto left = m_pausedUntil - m_parts.clock.elapsed();
-    return std::max(0s, std::chrono::ceil<seconds>(left));
+    return m_parts.pause.left();
 }
 
-void AppLockService::unlock()
+void AppLockService::unlock(const Passphrase &passphrase)
 {
     if (!m_isLocked || m_isUnlocking || pauseBeforeUnlock() > 0s)
+        return;
+    if (m_parts.passphrase.isSet() && passphrase.isEmpty())
         return;
     m_isUnlocking = true;
     setUnlockMessage({});
     m_overlooked = m_parts.session.absence();
     Q_EMIT changed();
     m_unlocking =
-        TaskHandle::start([this](std::stop_token stop) { return readKey(QPointer(this), std::move(stop)); });
+        TaskHandle::start([this, passphrase](std::stop_token stop) {
+            return readKey(QPointer(this), passphrase, std::move(stop));
+        });
 }
 
 void AppLockService::cancelUnlock()
@@ -196,45 +214,65 @@ void AppLockService::cancelUnlock()
     m_unlocking.requestStop();
 }
 
-// The prompt is the keychain's; a key that it gave stays in its cache, where the vault finds it.
-QCoro::Task<> AppLockService::readKey(QPointer<AppLockService> self, std::stop_token stop)
+QCoro::Task<> AppLockService::readKey(QPointer<AppLockService> self, Passphrase passphrase,
+                                      std::stop_token stop)
 {
-    bool isThere = false;
-    bool wasWrong = false;
+    const auto attempting = [&vault = self->m_parts.vault, &keychain = self->m_parts.keychain,
+                             passphrase](const std::stop_token &stopped) {
+        return UnlockAttempt::make(vault, keychain, passphrase, stopped);
+    };
+    passphrase = {};
+    UnlockAttempt attempt;
     try {
-        std::optional<QString> key =
-            co_await KeychainTasks::read(self->m_parts.work, self->m_parts.keychain,
-                                         LocalDataVault::keyAccount, u"unlock "_s + Product::name, stop);
-        isThere = key.has_value();
-    } catch (const KeychainError &error) {
-        wasWrong = error.status() == KeychainStatus::AuthenticationFailed;
+        attempt = co_await self->m_parts.work.run(attempting, stop);
     } catch (const std::exception &) {
         // Cancelled, or the machine has no thread to wait on.
     }
     if (!self)
         co_return;
     self->m_isUnlocking = false;
-    if (isThere)
-        self->finishUnlock();
+    if (attempt.outcome == UnlockAttempt::Outcome::Opened)
+        self->finishUnlock(attempt.key ? std::optional(std::move(*attempt.key)) : std::nullopt);
     else
-        self->stayLocked(wasWrong);
+        self->stayLocked(attempt);
     if (self)
         Q_EMIT self->changed();
 }
 
-void AppLockService::stayLocked(bool wasWrong)
+void AppLockService::stayLocked(const UnlockAttempt &attempt)
 {
-    if (!wasWrong)
-        return setUnlockMessage(u"%1 is still locked."_s.arg(Product::name));
-    ++m_wrongAnswers;
-    m_pausedUntil = m_parts.clock.elapsed() + pauseAfter(m_wrongAnswers);
+    using Outcome = UnlockAttempt::Outcome;
+    const QString still = u"%1 is still locked."_s.arg(Product::name);
+    switch (attempt.outcome) {
+    case Outcome::WrongAnswer:
+        return stayLockedAfterWrong(still);
+    case Outcome::WrongPassphrase:
+        return stayLockedAfterWrong(u"That is not your passphrase."_s);
+    case Outcome::PassphraseWanted:
+        m_parts.passphrase.found(true);
+        return setUnlockMessage(u"Your key is under your passphrase."_s);
+    case Outcome::KeyUnreadable:
+        return setUnlockMessage(u"This %1 can't read the form in which its key is stored."_s.arg(Product::name));
+    case Outcome::TooLittleMemory:
+        return setUnlockMessage(u"This %1 has too little free memory to try your passphrase now."_s.arg(
+            DesktopWords::here().device));
+    case Outcome::Opened:
+    case Outcome::Closed:
+        return setUnlockMessage(still);
+    }
+}
+
+void AppLockService::stayLockedAfterWrong(const QString &what)
+{
+    m_parts.pause.wrong();
+    m_wrong = what;
     tellPause();
 }
 
 void AppLockService::tellPause()
 {
     const auto left = pauseBeforeUnlock();
-    QString message = u"%1 is still locked."_s.arg(Product::name);
+    QString message = m_wrong;
     if (left > 1s)
         message += u" You can try again in %1 seconds."_s.arg(left.count());
     else if (left == 1s)
@@ -244,11 +282,11 @@ void AppLockService::tellPause()
     Q_EMIT changed();
 }
 
-void AppLockService::finishUnlock()
+void AppLockService::finishUnlock(std::optional<SecretBytes> openedKey)
 {
-    m_wrongAnswers = 0;
+    m_parts.pause.right();
     m_presentAt = m_parts.clock.elapsed();
-    m_parts.vault.unlock();
+    m_parts.vault.unlock(std::move(openedKey));
     m_isLocked = false;
     setUnlockMessage({});
     if (onUnlock)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "async/TaskHandle.h"
+#include "security/Passphrase.h"
 #include "services/SessionSignaling.h"
 
 #include <QCoroTask>
@@ -16,15 +17,19 @@
 namespace morvane {
 
 class Alarm;
+class AnswerPause;
 class Clock;
 class KeychainServicing;
 class LocalDataVault;
+class PassphraseService;
 class SettingsStore;
+struct UnlockAttempt;
 class UserPresenceConfirming;
 class Work;
 
-// The application lock: the data key stands behind user presence, and while locked the vault hands it out to
-// nobody. Owns the switch, hears of the moments to lock, and runs the unlock.
+// The application lock: the data key stands behind user presence, under a passphrase or both, and while locked
+// the vault hands it out to nobody. Owns the switch, hears of the moments to lock, and runs the unlock. The
+// lock is on while either guards the key.
 //
 // It begins locked when the vault is. GUI thread.
 class AppLockService final : public QObject {
@@ -36,9 +41,12 @@ public:
         LocalDataVault &vault;
         KeychainServicing &keychain;
         UserPresenceConfirming &presence;
+        PassphraseService &passphrase;
+        AnswerPause &pause; // shared with it
         SessionSignaling &session;
         Clock &clock;
         Work &work;
+        bool isKeyBehindPresence = false; // as it was found at the start
         std::function<void()> stopSpeech = {};
     };
 
@@ -62,6 +70,8 @@ public:
     ~AppLockService() override;
 
     [[nodiscard]] bool isEnabled() const;
+    // Whether the switch is on: the passphrase alone may be what locks.
+    [[nodiscard]] bool asksPresence() const;
     [[nodiscard]] bool isLocked() const { return m_isLocked; }
     [[nodiscard]] bool isUnlocking() const { return m_isUnlocking; }
     [[nodiscard]] bool isMovingKey() const { return m_isMovingKey; }
@@ -78,8 +88,9 @@ public:
     // Moves the key, which takes the desktop's answers; changed() follows. Nothing while it moves already.
     void setEnabled(bool flag);
     void lock();
-    // Prompts. Nothing while it prompts already, or before pauseBeforeUnlock() is over.
-    void unlock();
+    // Prompts, and tries the passphrase where one guards the key. Nothing while it prompts already, before
+    // pauseBeforeUnlock() is over, or without the passphrase that it takes.
+    void unlock(const Passphrase &passphrase = {});
     void cancelUnlock();
 
     void startWatching();
@@ -93,11 +104,14 @@ Q_SIGNALS:
 
 private:
     static QCoro::Task<> moveKey(QPointer<AppLockService> self, bool flag, std::stop_token stop);
-    static QCoro::Task<> readKey(QPointer<AppLockService> self, std::stop_token stop);
+    static QCoro::Task<> readKey(QPointer<AppLockService> self, Passphrase passphrase, std::stop_token stop);
     void keyMoved(bool flag);
     void keyStayed(bool flag);
-    void finishUnlock();
-    void stayLocked(bool wasWrong);
+    void passphraseChanged();
+    void settle(bool isEnabled);
+    void finishUnlock(std::optional<SecretBytes> openedKey = std::nullopt);
+    void stayLocked(const UnlockAttempt &attempt);
+    void stayLockedAfterWrong(const QString &what);
     void tellPause();
     void takeSettings();
     void hear();
@@ -111,14 +125,14 @@ private:
     bool m_isUnlocking = false;
     bool m_isWatching = false;
     bool m_isMovingKey = false;
+    bool m_isKeyBehindPresence;
     QString m_unlockMessage;
     QString m_setUpMessage;
     Signals m_signals;
     // What held already when the person last asked to unlock: it says nothing of them any more until it ends.
     SessionSignaling::Absence m_overlooked;
     std::chrono::milliseconds m_presentAt{0}; // when the person was last known to be here
-    int m_wrongAnswers = 0;                   // in a row
-    std::chrono::milliseconds m_pausedUntil{0};
+    QString m_wrong;                          // what the latest answer was
     std::unique_ptr<Alarm> m_pause;
     std::unique_ptr<Alarm> m_check;
     TaskHandle m_moving;

@@ -8,20 +8,33 @@ FocusScope {
     id: root
 
     required property AppLockViewModel lock
+    required property PrivacyViewModel privacy
+    readonly property bool takesPassphrase: lock.hasPassphrase
+    readonly property PassphraseBox field: entry.item as PassphraseBox
+    readonly property bool isForgotten: forgotten.status === Loader.Ready
 
     function press() {
         if (root.lock.isUnlocking)
             root.lock.cancelUnlock();
+        else if (root.takesPassphrase)
+            root.lock.unlockWith(root.field);
         else
             root.lock.unlock();
     }
+    function forget() {
+        forgotten.setSource("ForgottenPassphrase.qml", { privacy: root.privacy });
+    }
     function takeFocus() {
-        if (root.visible)
-            button.forceActiveFocus();
+        if (root.visible && !root.isForgotten)
+            (root.field && root.field.enabled ? root.field : button).forceActiveFocus();
     }
 
     focus: true
-    onVisibleChanged: Qt.callLater(root.takeFocus) // qmllint disable
+    onVisibleChanged: {
+        forgotten.source = "";
+        Qt.callLater(root.takeFocus); // qmllint disable
+    }
+    onTakesPassphraseChanged: Qt.callLater(root.takeFocus) // qmllint disable
     Component.onCompleted: Qt.callLater(root.takeFocus) // qmllint disable
     Accessible.role: Accessible.Pane
     Accessible.name: qsTr("Locked")
@@ -41,6 +54,7 @@ FocusScope {
     ColumnLayout {
         anchors.centerIn: parent
         width: Math.min(360, parent.width - 2 * Theme.gap24)
+        visible: !root.isForgotten
         spacing: Theme.gap16
 
         SleepingGhost {
@@ -60,8 +74,27 @@ FocusScope {
         SmallText {
             Layout.fillWidth: true
             horizontalAlignment: Text.AlignHCenter
-            text: root.lock.isUnlocking ? qsTr("Your desktop asks whether it is you.")
-                : qsTr("Your chats are sealed until you unlock them.")
+            text: !root.lock.isUnlocking ? qsTr("Your chats are sealed until you unlock them.")
+                : root.lock.asksPresence ? qsTr("Your desktop asks whether it is you.")
+                : qsTr("Trying your passphrase…")
+        }
+        Loader { // its line is gone from memory once it is unlocked
+            id: entry
+
+            Layout.fillWidth: true
+            active: root.visible && root.takesPassphrase
+            visible: active
+            enabled: !root.lock.isUnlocking
+            source: "controls/PassphraseBox.qml"
+            onLoaded: Qt.callLater(root.takeFocus) // qmllint disable
+            onEnabledChanged: if (enabled) Qt.callLater(root.takeFocus) // qmllint disable
+        }
+        Connections {
+            target: root.field
+            function onAccepted() {
+                if (button.enabled)
+                    root.press();
+            }
         }
         PushButton { // one for both, so that the keyboard stays on it
             id: button
@@ -71,7 +104,8 @@ FocusScope {
             Layout.topMargin: Theme.gap8
             Layout.preferredWidth: 160
             focus: true
-            enabled: root.lock.isUnlocking || root.lock.canUnlock
+            enabled: root.lock.isUnlocking
+                || (root.lock.canUnlock && (!root.takesPassphrase || (root.field !== null && root.field.length > 0)))
             rank: root.lock.isUnlocking ? PushButton.Plain : PushButton.Primary
             text: root.lock.isUnlocking ? qsTr("Cancel") : qsTr("Unlock")
             onClicked: root.press()
@@ -85,6 +119,26 @@ FocusScope {
             text: root.lock.unlockMessage
             Accessible.role: Accessible.AlertMessage
             Accessible.name: text
+        }
+        PushButton {
+            objectName: "forgotPassphrase"
+            Layout.alignment: Qt.AlignHCenter
+            visible: root.takesPassphrase
+            text: qsTr("I Forgot It…")
+            Accessible.name: qsTr("I forgot the passphrase")
+            onClicked: root.forget()
+        }
+    }
+    Loader {
+        id: forgotten
+
+        anchors.fill: parent
+    }
+    Connections {
+        target: forgotten.item as ForgottenPassphrase
+        function onReturned() {
+            forgotten.source = "";
+            root.takeFocus();
         }
     }
 }

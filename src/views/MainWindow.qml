@@ -10,6 +10,7 @@ T.ApplicationWindow {
     required property ShellViewModel shell
     required property SettingsStore settings
     required property AppLockViewModel lock
+    required property PrivacyViewModel privacy
 
     title: shell.productName
     color: Theme.page
@@ -39,7 +40,7 @@ T.ApplicationWindow {
         visible: root.lock.isLocked
         focus: visible
         part: "LockCurtain.qml"
-        given: ({ lock: root.lock })
+        given: ({ lock: root.lock, privacy: root.privacy })
         wanted: root.lock.isEnabled || root.lock.isLocked // made before it falls
     }
     Later {

@@ -27,9 +27,15 @@ using Condition = SecretStoring::Condition;
 const QString service = u"ai.morvane.macos"_s;
 const QString keyAccount = u"local-data-key"_s;
 
-// A key of one letter all through; longer words stand for themselves, and are no keys.
+const QByteArray wrapped =
+    "morvane-wrapped-key 1 argon2id 64 2 EBESExQVFhcYGRobHB0eHw== "
+    "oKGio6SlpqeoqaqrBiBMfqjQRD8JqBpGAPL1w8MAWMM2sQ4OGCohfZEKJgXdTILJVjqtDFhJqQOUosRg";
+
+// A key of one letter all through; longer words stand for themselves, and but for "wrapped" are no keys.
 QByteArray keyOf(const QByteArray &word)
 {
+    if (word == "wrapped")
+        return wrapped;
     return word.size() == 1 ? DataKey::print(SecretBytes(QByteArray(SealedForm::keySize, word.front())))
                             : word;
 }
@@ -38,7 +44,7 @@ QByteArray wordOf(const QByteArray &stored)
 {
     const auto key = DataKey::parse(stored);
     if (!key)
-        return stored;
+        return stored == wrapped ? QByteArray("wrapped") : stored;
     const QByteArray letter = key->view().first(1).toByteArray();
     return keyOf(letter) == stored ? letter : QByteArray("new");
 }
@@ -129,6 +135,7 @@ TEST_F(KeychainHomeTest, OpensTheKeyringOrTheFileAndLosesNoKey)
                                                  {"empty", KeyFileFormat::print({})},
                                                  {"k", fileWith("k")},
                                                  {"short", fileWith("short")},
+                                                 {"wrapped", fileWith("wrapped")},
                                                  {"broken", "morvane-keys 1\nc"}};
     const auto toldAs = [](KeychainState state) {
         const QString way = isReady(state)    ? u"ready"_s
@@ -164,6 +171,8 @@ TEST_F(KeychainHomeTest, OpensTheKeyringOrTheFileAndLosesNoKey)
             parts.append(u"keyring %1"_s.arg(QString::fromUtf8(wordOf(item.value))));
         if (opening.dataKeyBehindPresence)
             parts.append(u"guarded"_s);
+        if (opening.dataKeyWrapped)
+            parts.append(u"under a passphrase"_s);
         if (const auto item = isReady(opening.state) ? home().find(service, keyAccount) : std::nullopt)
             parts.append(u"gives "_s + QString::fromUtf8(wordOf(item->value)));
         for (const auto state : heard)

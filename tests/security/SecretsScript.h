@@ -125,6 +125,14 @@ private:
         on("destroy-key", [&] { vault.destroyKey(); });
         on("guard-key", [&] { vault.moveKey(UserPresence::Required); });
         on("unguard-key", [&] { vault.moveKey(UserPresence::NotRequired); });
+        on("wrap", [&] { vault.wrapKey(Passphrase(arg(1)), cheap); });
+        on("save-later-version", [&] { keychain.save(text("morvane-wrapped-key 2 x"), text("local-data-key")); });
+        on("unwrap", [&] { return text(vault.unwrapKey(Passphrase(arg(1))) ? "the key" : "none"); });
+        on("bare", [&] { vault.bareKey(); });
+        on("unlock-with", [&] {
+            if (auto key = vault.unwrapKey(Passphrase(arg(1))))
+                vault.unlock(std::move(key));
+        });
         on("lock", [&] { vault.lock(); });
         on("unlock", [&] { vault.unlock(); });
         on("test-host", [&] { setTestHost(word(1)); });
@@ -215,6 +223,7 @@ private:
         return QStringLiteral("⟨%1⟩").arg(numbered.indexOf(*result) + 1);
     }
 
+    static constexpr Argon2id::Cost cheap{8, 1};
     const QByteArrayList callNames{"condition", "unlock", "find", "items", "add", "update", "remove"};
     std::map<QByteArray, std::function<QString()>> commands;
     QByteArrayList words; // of the line that is played

@@ -6,9 +6,13 @@
 #include "security/InMemoryKeychainService.h"
 #include "security/LocalDataVault.h"
 #include "security/UserPresenceConfirming.h"
+#include "services/AnswerPause.h"
+#include "services/PassphraseService.h"
 #include "support/Await.h"
 #include "support/LogCapture.h"
 #include "support/ManualClock.h"
+
+#include <QSemaphore>
 
 #include <gtest/gtest.h>
 
@@ -83,8 +87,16 @@ protected:
 
     void makeLock()
     {
-        lock.emplace(AppLockService::Parts{settings, vault, keychain, presence, session, clock, work,
-                                           [this] { steps += u"hush"_s; }});
+        lock.emplace(AppLockService::Parts{.settings = settings,
+                                           .vault = vault,
+                                           .keychain = keychain,
+                                           .presence = presence,
+                                           .passphrase = passphrase,
+                                           .pause = pause,
+                                           .session = session,
+                                           .clock = clock,
+                                           .work = work,
+                                           .stopSpeech = [this] { steps += u"hush"_s; }});
         lock->onLock = [this] { steps += vault.isLocked() ? u"hide late"_s : u"hide"_s; };
         lock->onUnlock = [this] { steps += vault.isLocked() ? u"show early"_s : u"show"_s; };
     }
@@ -93,9 +105,14 @@ protected:
         lock->setEnabled(flag);
         TestWait::until([this] { return !lock->isMovingKey(); });
     }
-    void unlock()
+    void change(const Passphrase &former, const Passphrase &chosen)
     {
-        lock->unlock();
+        passphrase.change(former, chosen);
+        TestWait::until([this] { return !passphrase.isChanging(); });
+    }
+    void unlock(const Passphrase &words = {})
+    {
+        lock->unlock(words);
         TestWait::until([this] { return !lock->isUnlocking(); });
     }
 
@@ -108,6 +125,10 @@ protected:
     LocalDataVault vault{keychain};
     FakePresence presence;
     FakeSession session;
+    AnswerPause pause{clock};
+    PassphraseService passphrase{{.vault = vault, .pause = pause, .work = work, .cost = [] {
+                                      return Argon2id::Cost{8, 1};
+                                  }}};
     QStringList steps;
     std::optional<AppLockService> lock;
 };
@@ -191,6 +212,94 @@ TEST_F(AppLockServiceTest, WrongAnswersWaitLongerEachTimeAndADismissedPromptDoes
     unlock();
     EXPECT_FALSE(vault.isLocked());
     EXPECT_EQ(lock->unlockMessage(), QString());
+}
+
+TEST_F(AppLockServiceTest, APassphraseLocksBesidePresenceOrInItsPlace)
+{
+    const QString sealed = *vault.seal(u"words"_s);
+    const Passphrase right(u"right horse"_s);
+    change({}, right);
+    EXPECT_TRUE(settings.appLockEnabled() && passphrase.isSet());
+    EXPECT_FALSE(lock->asksPresence() || keychain.requiresUserPresence(LocalDataVault::keyAccount));
+    EXPECT_EQ(session.watching, 1);
+    set(true);
+    set(false);
+    EXPECT_TRUE(settings.appLockEnabled()) << "the passphrase still locks";
+    set(true);
+    lock->lock();
+    unlock(); // without one there is nothing to try
+    EXPECT_EQ(keychain.reasons.size(), 0);
+    unlock(Passphrase(u"wrong horse"_s));
+    EXPECT_EQ(lock->unlockMessage().toStdString(),
+              "That is not your passphrase. You can try again in a second.");
+    EXPECT_THROW((void)vault.unwrapKey(right), KeychainError) << "presence is asked again";
+    unlock(right); // too early
+    clock.advance(1s);
+    unlock(Passphrase(u"wrong again"_s));
+    EXPECT_EQ(pause.left(), 2s);
+    clock.advance(2s);
+    EXPECT_TRUE(lock->isLocked() && vault.open(sealed).isEmpty());
+    unlock(right);
+    EXPECT_EQ(vault.open(sealed), u"words"_s);
+
+    const Passphrase next(u"next horse"_s);
+    change(next, {});
+    EXPECT_TRUE(passphrase.message().startsWith(u"That is not your passphrase, so nothing changed."_s));
+    change(right, next); // too early
+    EXPECT_TRUE(vault.unwrapKey(right));
+    clock.advance(1s);
+    keychain.setFailure(KeychainError(KeychainError::Operation::Save, KeychainStatus::InputOutput));
+    change(right, next);
+    EXPECT_FALSE(passphrase.message().isEmpty());
+    keychain.setFailure(std::nullopt);
+    change(right, next);
+    EXPECT_EQ(passphrase.message(), QString());
+    change(next, {});
+    EXPECT_TRUE(lock->asksPresence() && !passphrase.isSet());
+    change({}, right);
+    EXPECT_TRUE(lock->asksPresence());
+    set(false);
+    change(right, {});
+    EXPECT_FALSE(settings.appLockEnabled());
+    EXPECT_EQ(session.watching, 0);
+    EXPECT_EQ(vault.open(sealed), u"words"_s);
+}
+
+// Another program, or a keyring that took it without an answer.
+TEST_F(AppLockServiceTest, APassphraseThatIsFoundAtAnUnlockIsAskedFor)
+{
+    set(true);
+    vault.wrapKey(Passphrase(u"right horse"_s), {8, 1});
+    lock->lock();
+    unlock();
+    EXPECT_TRUE(lock->isLocked() && passphrase.isSet());
+    unlock(Passphrase(u"right horse"_s));
+    EXPECT_FALSE(lock->isLocked() || vault.isLocked());
+    lock->lock();
+    keychain.save(u"morvane-wrapped-key 2 x"_s, LocalDataVault::keyAccount);
+    unlock(Passphrase(u"right horse"_s));
+    EXPECT_TRUE(lock->isLocked() && lock->unlockMessage().contains(u"can't read the form"_s));
+}
+
+TEST_F(AppLockServiceTest, ALockDuringAChangeTakesTheKeyAllTheSame)
+{
+    set(true);
+    QSemaphore measuring;
+    QSemaphore locked;
+    PassphraseService slow({.vault = vault, .pause = pause, .work = work, .cost = [&] {
+                                measuring.release();
+                                locked.acquire();
+                                return Argon2id::Cost{8, 1};
+                            }});
+    slow.change({}, Passphrase(u"right horse"_s));
+    measuring.acquire();
+    lock->lock();
+    locked.release();
+    TestWait::until([&] { return !slow.isChanging(); });
+    EXPECT_FALSE(slow.isSet());
+    EXPECT_THROW((void)vault.key(), LocalDataVault::Locked);
+    unlock();
+    EXPECT_FALSE(lock->isLocked());
 }
 
 TEST_F(AppLockServiceTest, LocksAtEachMomentAndNotAgainForWhatHeldAlready)

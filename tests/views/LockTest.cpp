@@ -8,11 +8,13 @@
 #include "support/ProcessMemory.h"
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/settings/AppLockViewModel.h"
+#include "view_models/settings/PrivacyViewModel.h"
 
 #include <QAccessible>
 #include <QFile>
 #include <QGuiApplication>
 #include <QRandomGenerator>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <fcntl.h>
@@ -253,6 +255,80 @@ TEST_F(LockTest, WordsThatTakeAMessagesPlaceOutlastALock)
     unlock();
     EXPECT_TRUE(chat.isEditing());
     EXPECT_EQ(chat.draft(), u"Other words"_s);
+}
+
+// From the settings to the next start: the one who knows it gets in, and whoever forgot it can only erase.
+TEST_F(LockTest, APassphraseIsSetInTheSettingsAndOpensTheNextStart)
+{
+    const Marked passphrase = Marked::made();
+    addChat(u"SECRETtitle"_s, {u"SECRETquestion"_s, u"SECRETanswer"_s});
+    load();
+    auto *const page = settingsWindow();
+    ASSERT_TRUE(page);
+    page->setProperty("page", u"privacy"_s);
+    settle();
+    const auto control = [&](const QString &name) { return WindowDriver::item(page, name); };
+    const auto fill = [&](const QString &name, const QString &text) {
+        control(name)->forceActiveFocus();
+        WindowDriver::type(page, text);
+        settle();
+    };
+    click(control(u"setPassphrase"_s));
+    settle();
+    fill(u"chosenPassphrase"_s, passphrase.text());
+    QStringList said;
+    collect(QAccessible::queryAccessibleInterface(page), said);
+    EXPECT_FALSE(said.join(u'\n').contains(passphrase.text())) << "a screen reader spells it";
+    fill(u"repeatedPassphrase"_s, u"other words"_s);
+    click(control(u"confirmPassphrase"_s));
+    EXPECT_TRUE(shows(page, u"The two fields held different passphrases. Type both again."_s));
+    fill(u"chosenPassphrase"_s, passphrase.text());
+    fill(u"repeatedPassphrase"_s, passphrase.text());
+    click(control(u"confirmPassphrase"_s));
+    ASSERT_TRUE(eventually([&] { return lock().hasPassphrase(); }));
+    settle();
+    EXPECT_FALSE(control(u"chosenPassphrase"_s));
+    EXPECT_TRUE(lock().isEnabled());
+    std::vector<Marked> secrets{passphrase};
+    {
+        const SecretBytes key = m_app->storage().vault->key();
+        secrets.emplace_back(QByteArray(reinterpret_cast<const char *>(key.data()), 32));
+        secrets.emplace_back(DataKey::print(key));
+    }
+    lock().lock();
+    settle();
+    if (!ProcessMemory::isInstrumented()) {
+        const QStringList left = foundInMemory(secrets);
+        EXPECT_TRUE(left.isEmpty()) << left.join(u'\n').toStdString();
+    }
+
+    m_isKeyWrapped = true;
+    m_app->storage().settings->setAppLockEnabled(false); // a lost setting opens nothing
+    start();
+    load();
+    EXPECT_EQ(everythingSaid().toStdString().find("SECRET"), std::string::npos);
+    EXPECT_FALSE(item(u"unlockButton"_s)->isEnabled()) << "nothing to try";
+    click(item(u"forgotPassphrase"_s));
+    settle();
+    const QSignalSpy erasure(m_app->presentation().privacy.get(), &PrivacyViewModel::erasureConfirmed);
+    click(item(u"eraseAll"_s));
+    type(m_app->presentation().privacy->confirmation());
+    click(item(u"confirmErasure"_s));
+    EXPECT_EQ(erasure.count(), 1);
+    press(Qt::Key_Escape); // back to the lock
+    settle();
+    type(u"wrong words"_s);
+    press(Qt::Key_Return);
+    ASSERT_TRUE(eventually([this] { return lock().unlockMessage().startsWith(u"That is not"_s); }));
+    m_clock.advance(std::chrono::seconds(1));
+    settle();
+    type(passphrase.text());
+    press(Qt::Key_Return);
+    ASSERT_TRUE(eventually([this] { return !lock().isLocked(); }));
+    settle();
+    EXPECT_TRUE(shows(u"SECRETtitle"_s));
+    EXPECT_TRUE(ProcessMemory::isInstrumented() || foundInMemory({passphrase}).isEmpty())
+        << "typed, tried and gone";
 }
 
 // The keychain of this test stands in this very process, so what it holds goes first.

@@ -98,6 +98,7 @@ protected:
     LocalRuntimeValues m_runtime; // of the next start; nobody answers and nothing can be installed
     ManualClock m_clock;
     InMemoryKeychainService m_keychain;
+    bool m_isKeyWrapped = false; // as the next start finds it
     std::optional<Work> m_work;
     std::unique_ptr<AppState> m_app;
     QStringList m_openedLinks;

@@ -3,6 +3,7 @@
 #include <openssl/crypto.h>
 #include <openssl/rand.h>
 
+#include <array>
 #include <stdexcept>
 #include <utility>
 
@@ -20,6 +21,12 @@ void wipe(QString &secret)
     if (!secret.isEmpty())
         OPENSSL_cleanse(secret.data(), static_cast<std::size_t>(secret.size()) * sizeof(QChar));
     secret.clear();
+}
+
+[[gnu::noinline]] void wipeStack()
+{
+    std::array<unsigned char, 64 * 1024> room;
+    OPENSSL_cleanse(room.data(), room.size());
 }
 
 SecretBytes::SecretBytes(QByteArrayView bytes)

@@ -7,6 +7,8 @@
 namespace morvane {
 
 class AppLockService;
+class Passphrase;
+class PassphraseService;
 class SettingsStore;
 
 // The curtain and its button, and Settings > Privacy's switch. GUI thread.
@@ -19,18 +21,27 @@ class AppLockViewModel : public QObject {
     Q_PROPERTY(
         bool canUnlock READ canUnlock NOTIFY changed) // not while it asks, nor right after a wrong answer
     Q_PROPERTY(bool isEnabled READ isEnabled NOTIFY changed)
+    Q_PROPERTY(bool asksPresence READ asksPresence NOTIFY changed)
+    Q_PROPERTY(bool hasPassphrase READ hasPassphrase NOTIFY changed)
+    Q_PROPERTY(bool isPassphraseChanging READ isPassphraseChanging NOTIFY changed)
+    Q_PROPERTY(QString passphraseMessage READ passphraseMessage NOTIFY changed) // empty for none
     Q_PROPERTY(bool isChanging READ isChanging NOTIFY changed)          // the key is being moved
     Q_PROPERTY(QString unlockMessage READ unlockMessage NOTIFY changed) // empty for none
     Q_PROPERTY(QString setUpMessage READ setUpMessage NOTIFY changed)   // empty for none
 
 public:
-    // Both outlive this object.
-    AppLockViewModel(AppLockService &lock, SettingsStore &settings, QObject *parent = nullptr);
+    // All outlive this object.
+    AppLockViewModel(AppLockService &lock, PassphraseService &passphrase, SettingsStore &settings,
+                     QObject *parent = nullptr);
 
     [[nodiscard]] bool isLocked() const;
     [[nodiscard]] bool isUnlocking() const;
     [[nodiscard]] bool canUnlock() const;
     [[nodiscard]] bool isEnabled() const;
+    [[nodiscard]] bool asksPresence() const;
+    [[nodiscard]] bool hasPassphrase() const;
+    [[nodiscard]] bool isPassphraseChanging() const;
+    [[nodiscard]] QString passphraseMessage() const;
     [[nodiscard]] bool isChanging() const;
     [[nodiscard]] QString unlockMessage() const;
     [[nodiscard]] QString setUpMessage() const;
@@ -38,6 +49,13 @@ public:
     // Nothing while the lock is switched off: there would be nothing to unlock with.
     Q_INVOKABLE void lock();
     Q_INVOKABLE void unlock();
+    // A passphrase comes as the field that it was typed into, whose text is taken and emptied here: no script
+    // ever holds it. A null field: none.
+    Q_INVOKABLE void unlockWith(QObject *field);
+    // False when the two new ones differ or are too short, which passphraseMessage says.
+    Q_INVOKABLE bool setPassphrase(QObject *former, QObject *chosen, QObject *repeated);
+    Q_INVOKABLE void removePassphrase(QObject *former);
+    Q_INVOKABLE void forgetPassphraseMessage();
     Q_INVOKABLE void cancelUnlock();
     Q_INVOKABLE void setEnabled(bool on);
 
@@ -46,7 +64,10 @@ Q_SIGNALS:
     void changed();
 
 private:
+    [[nodiscard]] static Passphrase taken(QObject *field);
+
     AppLockService &m_lock;
+    PassphraseService &m_passphrase;
 };
 
 } // namespace morvane

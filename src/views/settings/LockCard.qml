@@ -19,7 +19,7 @@ SettingsCard {
         objectName: "appLock"
         title: qsTr("Lock %1").arg(root.productName)
         explanation: qsTr("Your chats open only after your password or fingerprint.")
-        checked: root.lock.isEnabled
+        checked: root.lock.asksPresence
         enabled: !root.lock.isChanging
         onToggled: on => root.lock.setEnabled(on)
     }
@@ -32,6 +32,9 @@ SettingsCard {
         text: root.lock.setUpMessage
         Accessible.role: Accessible.AlertMessage
         Accessible.name: text
+    }
+    PassphraseSetting {
+        lock: root.lock
     }
     SettingsRow {
         title: qsTr("Lock when idle")

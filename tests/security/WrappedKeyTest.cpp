@@ -1,0 +1,68 @@
+#include "security/Passphrase.h"
+#include "security/WrappedKey.h"
+#include "utils/bytes/Hex.h"
+
+#include <gtest/gtest.h>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// Key 00 01 … 1f under “grün-Licht 1”, made by another program over the same library and cipher.
+const QString known =
+    u"morvane-wrapped-key 1 argon2id 64 2 EBESExQVFhcYGRobHB0eHw== "
+    "oKGio6SlpqeoqaqrBiBMfqjQRD8JqBpGAPL1w8MAWMM2sQ4OGCohfZEKJgXdTILJVjqtDFhJqQOUosRg"_s;
+const QString knownKey = u"000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f"_s;
+
+std::optional<QByteArray> opened(const QString &text, QString typed)
+{
+    const auto key = WrappedKey::unwrap(text, Passphrase(std::move(typed)).bytes());
+    return key ? std::optional(key->view().toByteArray()) : std::nullopt;
+}
+
+TEST(WrappedKeyTest, OpensAKnownKeyHoweverItsPassphraseWasSpelledAndUnderNoOther)
+{
+    EXPECT_EQ(opened(known, u"grün-Licht 1"_s), Hex::decode(knownKey));
+    EXPECT_EQ(opened(known, u"gru\u0308n-Licht 1"_s), Hex::decode(knownKey));
+    for (const QString &other : {u""_s, u"grün-Licht 2"_s, u"grün-Licht 1 "_s, u"grun-Licht 1"_s})
+        EXPECT_EQ(opened(known, other), std::nullopt) << other.toStdString();
+    EXPECT_EQ(opened(QString(known).replace(u" 64 2 "_s, u" 64 1 "_s), u"grün-Licht 1"_s), std::nullopt);
+
+    const SecretBytes key(*Hex::decode(knownKey));
+    const SecretBytes words(QByteArrayView("words"));
+    const auto once = WrappedKey::wrap(key, words, {8, 1});
+    EXPECT_NE(once, WrappedKey::wrap(key, words, {8, 1})) << "a salt of its own";
+    EXPECT_EQ(WrappedKey::unwrap(QString::fromLatin1(once), words)->view(), key.view());
+}
+
+// What asks for too much is refused before anything is spent on it.
+TEST(WrappedKeyTest, ReadsNothingThatIsCutChangedOrTooCostly)
+{
+    const auto with = [](QStringView was, QStringView is) {
+        return QString(known).replace(was.toString(), is.toString());
+    };
+    QStringList broken{with(u" 64 2", u" 4294967295 1"), with(u" 64 2", u" 1048577 1"),
+                       with(u" 64 2", u" 1048576 5"),    with(u" 64 2", u" 64 4294967295"),
+                       with(u" 64 2", u" 64 0"),         with(u" 64 2", u" 7 1"),
+                       with(u" 64 2", u" -64 2"),        with(u"argon2id", u"argon2d"),
+                       with(u"key 1", u"key 2"),         with(u"EBES", u"EB"),
+                       known + u"AAAA"_s,                known + QString(300, u' ')};
+    for (qsizetype size = 0; size < known.size(); ++size)
+        broken += known.first(size);
+    for (const QString &text : broken) {
+        EXPECT_FALSE(WrappedKey::isReadable(text)) << text.toStdString();
+        EXPECT_THROW((void)opened(text, u"grün-Licht 1"_s), WrappedKey::Unreadable);
+    }
+}
+
+TEST(WrappedKeyTest, MeasuresACostThatMayBeReadBack)
+{
+    const auto cost = Argon2id::measured();
+    EXPECT_TRUE(Argon2id::isBearable(cost) && cost.memory == Argon2id::usualMemory && cost.passes >= 3);
+}
+
+} // namespace
+
+} // namespace morvane
