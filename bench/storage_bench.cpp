@@ -4,6 +4,7 @@
 #include "persistence/StoreFiles.h"
 #include "security/ProcessKeySealing.h"
 #include "utils/log/Log.h"
+#include "utils/text/UniversalTime.h"
 
 #include <QCoreApplication>
 #include <QLoggingCategory>
@@ -64,7 +65,7 @@ public:
 
     static QDateTime moment(int seconds)
     {
-        return QDateTime::fromSecsSinceEpoch(1'700'000'000 + seconds, Qt::UTC);
+        return UniversalTime::ofMilliseconds((1'700'000'000 + seconds) * 1000LL);
     }
 
     static std::shared_ptr<ChatMessage> insert(ObjectContext &context, Conversation &chat,

@@ -6,6 +6,7 @@
 #include "utils/log/Log.h"
 #include "utils/text/Json.h"
 #include "utils/text/Product.h"
+#include "utils/text/UniversalTime.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -33,7 +34,7 @@ State stateIn(const QByteArray &plain)
     const QJsonObject object = Json::parseObject(plain).value_or(QJsonObject());
     State state{bytesIn(object, "list"_L1), bytesIn(object, "signature"_L1), std::nullopt};
     if (const auto seconds = Json::number(object, "lastFetchAt"_L1))
-        state.lastFetchAt = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(*seconds * 1000), Qt::UTC);
+        state.lastFetchAt = UniversalTime::ofMilliseconds(static_cast<qint64>(*seconds * 1000));
     return state;
 }
 

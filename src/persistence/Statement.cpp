@@ -2,6 +2,7 @@
 
 #include "persistence/DatabaseError.h"
 #include "utils/text/Identifier.h"
+#include "utils/text/UniversalTime.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -146,7 +147,7 @@ QUuid Statement::id()
 
 QDateTime Statement::date()
 {
-    return QDateTime::fromMSecsSinceEpoch(integer(), Qt::UTC);
+    return UniversalTime::ofMilliseconds(integer());
 }
 
 std::optional<QString> Statement::optionalText()

@@ -7,6 +7,7 @@
 #include "support/LogCapture.h"
 #include "support/ManualClock.h"
 #include "utils/files/PrivateFile.h"
+#include "utils/text/UniversalTime.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -118,7 +119,7 @@ TEST_F(MeasurementListsTest, TakesAListWholeAndKeepsItThroughAStart)
     restart();
     ASSERT_TRUE(TestWait::await(lists->prepare({})));
     EXPECT_EQ(accepted(), u"Version 3, e2ee-test-model"_s);
-    now = QDateTime(QDate(2999, 1, 1), QTime(), Qt::UTC);
+    now = UniversalTime::at(QDate(2999, 1, 1));
     EXPECT_EQ(accepted(), u"Version 3 e2ee-built-in"_s); // it has expired
 }
 

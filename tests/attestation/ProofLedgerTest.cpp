@@ -1,5 +1,6 @@
 #include "attestation/ProofLedger.h"
 #include "evidence/TestAuthority.h"
+#include "utils/text/UniversalTime.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -15,7 +16,7 @@ using Kind = ProofLedger::Place::Kind;
 
 namespace {
 
-const QDateTime start(QDate(2026, 9, 1), QTime(12, 0), Qt::UTC);
+const QDateTime start = UniversalTime::at(QDate(2026, 9, 1), QTime(12, 0));
 
 ProofLedger::Entry sealedRow(qint64 proofAge, int gpus = 2, bool requiresGPUs = true)
 {

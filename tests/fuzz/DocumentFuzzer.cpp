@@ -5,6 +5,7 @@
 #include "attestation/evidence/Digest.h"
 #include "attestation/evidence/VeniceAttestationVerifier.h"
 #include "utils/bytes/Hex.h"
+#include "utils/text/UniversalTime.h"
 
 using namespace Qt::StringLiterals;
 
@@ -19,7 +20,7 @@ void morvane::fuzz(QByteArrayView input)
                           .nonce = document.echoedNonce.value_or(QByteArray()),
                           .allowlist = {},
                           .pins = EvidencePins::ofThisBuild(),
-                          .date = QDateTime(QDate(2026, 9, 1), QTime(0, 0), Qt::UTC)};
+                          .date = UniversalTime::at(QDate(2026, 9, 1))};
         if (document.intelQuote) {
             const TDXQuote quote = TDXQuote::parse(*document.intelQuote);
             question.pins.intelRootSHA256 = Digest::sha256Hex(quote.certificateChain.back());

@@ -4,10 +4,11 @@
 
 #include "attestation/evidence/Digest.h"
 #include "attestation/evidence/NvidiaGPUEvidence.h"
+#include "utils/text/UniversalTime.h"
 
 void morvane::fuzz(QByteArrayView input)
 {
-    static const QDateTime date(QDate(2026, 9, 1), QTime(0, 0), Qt::UTC);
+    static const QDateTime date = UniversalTime::at(QDate(2026, 9, 1));
     try {
         const auto evidence = NvidiaGPUEvidence::parse(QString::fromUtf8(input));
         require(!evidence.gpus.empty());

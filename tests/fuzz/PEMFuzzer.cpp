@@ -4,10 +4,11 @@
 
 #include "attestation/evidence/Digest.h"
 #include "attestation/evidence/PEMCertificates.h"
+#include "utils/text/UniversalTime.h"
 
 void morvane::fuzz(QByteArrayView input)
 {
-    static const QDateTime date(QDate(2026, 9, 1), QTime(0, 0), Qt::UTC);
+    static const QDateTime date = UniversalTime::at(QDate(2026, 9, 1));
     const auto chain = PEMCertificates::blocks(input);
     if (chain.empty() || !isJudged(input))
         return;

@@ -5,10 +5,11 @@
 
 #include "attestation/evidence/Digest.h"
 #include "attestation/evidence/TDXQuoteVerifier.h"
+#include "utils/text/UniversalTime.h"
 
 void morvane::fuzz(QByteArrayView input)
 {
-    static const QDateTime date(QDate(2026, 9, 1), QTime(0, 0), Qt::UTC);
+    static const QDateTime date = UniversalTime::at(QDate(2026, 9, 1));
     try {
         const TDXQuote quote = TDXQuote::parse(input);
         require(quote.signedBody == input.first(632) && !quote.certificateChain.empty());

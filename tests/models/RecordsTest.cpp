@@ -6,6 +6,7 @@
 #include "models/ShortcutPreset.h"
 #include "support/FakeFieldSealing.h"
 #include "support/TestData.h"
+#include "utils/text/UniversalTime.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +20,7 @@ class RecordsTest : public testing::Test {
 protected:
     std::shared_ptr<ChatMessage> message(const QString &content = u"hello"_s, qint64 milliseconds = 0) const
     {
-        const auto moment = QDateTime::fromMSecsSinceEpoch(milliseconds, Qt::UTC);
+        const auto moment = UniversalTime::ofMilliseconds(milliseconds);
         return ChatMessage::create(
             sealing, {{}, MessageRole::user, content, moment, MessageStatus::delivered, {}, u"notes.txt"_s});
     }

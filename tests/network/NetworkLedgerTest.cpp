@@ -1,6 +1,7 @@
 #include "network/NetworkLedger.h"
 #include "network/LedgerExport.h"
 #include "support/TestData.h"
+#include "utils/text/UniversalTime.h"
 
 #include <gtest/gtest.h>
 
@@ -65,7 +66,7 @@ TEST(LedgerRingTest, AnyThreadMayAppendAndFindsItsRowById)
 TEST(LedgerExportTest, QuotesEveryFieldInAFileNamedAfterItsMinute)
 {
     NetworkLedger::Entry refused;
-    refused.startedAt = QDateTime({2026, 3, 1}, {9, 5, 7, 80}, Qt::UTC);
+    refused.startedAt = UniversalTime::at({2026, 3, 1}, {9, 5, 7, 80});
     refused.host = u"(no host)"_s;
     refused.feature = EgressFeature::serverList;
     refused.outcome = {EgressOutcome::Blocked{u"no \"host\", none"_s}};

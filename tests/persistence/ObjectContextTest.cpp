@@ -1,5 +1,7 @@
 #include "StoreFixture.h"
 
+#include "utils/text/UniversalTime.h"
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -20,7 +22,7 @@ protected:
 
 TEST_F(ObjectContextTest, EveryFieldComesBackFromTheStore)
 {
-    const QDateTime moment = QDateTime::fromMSecsSinceEpoch(1'700'000'000'123, Qt::UTC);
+    const QDateTime moment = UniversalTime::ofMilliseconds(1'700'000'000'123);
     const auto expectBack = [&]<typename R>(std::type_identity<R>, const typename R::Columns &columns) {
         context.insert(std::make_shared<R>(sealing, columns));
         context.save();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "evidence/SigningKey.h"
+#include "utils/text/UniversalTime.h"
 
 #include <QDateTime>
 #include <QString>
@@ -16,8 +17,8 @@ struct CertificateRecipe {
     QString issuer;
     SigningKey issuerKey;
     bool isCA = true;
-    QDateTime from = QDateTime(QDate(2025, 1, 1), QTime(0, 0), Qt::UTC);
-    QDateTime to = QDateTime(QDate(2035, 1, 1), QTime(0, 0), Qt::UTC);
+    QDateTime from = UniversalTime::at(QDate(2025, 1, 1));
+    QDateTime to = UniversalTime::at(QDate(2035, 1, 1));
     bool unknownCriticalExtension = false;
     QByteArray sgxExtension; // DER; what Intel says of a processor in a PCK certificate
     QByteArray minted;       // DER of a certificate made earlier; the rest of the recipe then makes none

@@ -1,6 +1,7 @@
 // `mint-authority FOLDER` makes the development program's authority anew: see tools/private_cloud/README.md.
 
 #include "evidence/EvidenceAuthority.h"
+#include "utils/text/UniversalTime.h"
 
 #include <QDir>
 
@@ -17,8 +18,8 @@ int main(int argc, char **argv)
         return 2;
     }
     try {
-        const QDateTime from(QDate(2025, 1, 1), QTime(0, 0), Qt::UTC);
-        const QDateTime to(QDate(2075, 1, 1), QTime(0, 0), Qt::UTC);
+        const QDateTime from = UniversalTime::at(QDate(2025, 1, 1));
+        const QDateTime to = UniversalTime::at(QDate(2075, 1, 1));
         EvidenceAuthority::mint(u"Development"_s, from, to).write(QString::fromLocal8Bit(argv[1]));
     } catch (const std::exception &error) {
         std::fprintf(stderr, "mint-authority: %s\n", error.what());

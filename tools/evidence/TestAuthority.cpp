@@ -1,6 +1,7 @@
 #include "evidence/TestAuthority.h"
 
 #include "utils/bytes/Hex.h"
+#include "utils/text/UniversalTime.h"
 
 #include <QCryptographicHash>
 #include <QJsonArray>
@@ -181,7 +182,7 @@ QJsonObject GPURecipe::build() const
 Scenario::Scenario(const EvidenceAuthority &authority)
     : model(u"e2ee-test-model"_s)
     , nonce(32, '\x5a')
-    , date(QDate(2026, 9, 1), QTime(12, 0), Qt::UTC)
+    , date(UniversalTime::at(QDate(2026, 9, 1), QTime(12, 0)))
     , signingKey(KnownKey::publicKey())
     , configurationText(prefixText + u"host-7"_s + suffixText)
     , instanceID(20, '\x2b')

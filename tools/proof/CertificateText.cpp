@@ -2,6 +2,7 @@
 
 #include "attestation/evidence/CaseText.h"
 #include "utils/bytes/Hex.h"
+#include "utils/text/UniversalTime.h"
 
 #include <openssl/asn1.h>
 #include <openssl/err.h>
@@ -48,8 +49,8 @@ QString dateText(const ASN1_TIME *time)
     std::tm parts{};
     if (ASN1_TIME_to_tm(time, &parts) != 1)
         return u"(unreadable date)"_s;
-    return QDateTime(QDate(parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday),
-                     QTime(parts.tm_hour, parts.tm_min, parts.tm_sec), Qt::UTC)
+    return UniversalTime::at(QDate(parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday),
+                             QTime(parts.tm_hour, parts.tm_min, parts.tm_sec))
         .toString(Qt::ISODate);
 }
 

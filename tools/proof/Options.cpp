@@ -1,6 +1,7 @@
 #include "Options.h"
 
 #include "utils/bytes/Hex.h"
+#include "utils/text/UniversalTime.h"
 
 #include <QCommandLineParser>
 
@@ -90,7 +91,7 @@ QDateTime dateValue(const QCommandLineParser &parser)
     if (!date.isValid())
         throw UsageError(u"--at is not a date in ISO 8601, such as 2026-09-01T12:00:00Z"_s);
     if (date.timeSpec() == Qt::LocalTime)
-        date.setTimeSpec(Qt::UTC); // the same answer on every machine
+        date = UniversalTime::at(date.date(), date.time()); // the same answer on every machine
     return date.toUTC();
 }
 

@@ -4,6 +4,7 @@
 #include "attestation/evidence/QuoteForm.h"
 #include "attestation/evidence/VeniceAttestationVerifier.h"
 #include "utils/text/DesktopWords.h"
+#include "utils/text/UniversalTime.h"
 
 #include <QLocale>
 #include <QRegularExpression>
@@ -241,7 +242,7 @@ std::optional<Source> ExportedProof::listNamedIn(const QString &text)
         said.replace(u"this %1 accepts"_s.arg(device), u"this %1 accepts"_s.arg(DesktopWords::here().device));
     const auto match = form.match(said);
     const std::int64_t version = match.captured(1).toLongLong();
-    const QDateTime day(QLocale::c().toDate(match.captured(3), u"MMMM d, yyyy"_s), QTime(0, 0), Qt::UTC);
+    const QDateTime day = UniversalTime::at(QLocale::c().toDate(match.captured(3), u"MMMM d, yyyy"_s));
     for (const Source &source : {Source(Source::Bundled{}), Source(Source::SignedList{version, day}),
                                  Source(Source::ExpiredList{version, day})}) {
         if (source.text() == said)

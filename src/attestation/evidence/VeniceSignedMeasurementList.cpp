@@ -4,6 +4,7 @@
 #include "attestation/evidence/ListSignature.h"
 #include "utils/text/Json.h"
 #include "utils/text/Text.h"
+#include "utils/text/UniversalTime.h"
 
 #include <QStringList>
 
@@ -104,7 +105,7 @@ QDateTime readDate(const QJsonObject &object, QLatin1StringView key)
     const QDate day = QDate::fromString(text.first(10), u"yyyy-MM-dd"_s);
     const QTime time = QTime::fromString(text.mid(11, 8), u"HH:mm:ss"_s);
     require(day.isValid() && time.isValid(), key);
-    return {day, time, Qt::UTC};
+    return UniversalTime::at(day, time);
 }
 
 VeniceReviewedConfiguration readConfiguration(const QJsonObject &entry, const QString &id)

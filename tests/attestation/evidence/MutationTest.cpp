@@ -1,5 +1,6 @@
 #include "evidence/TestAuthority.h"
 #include "support/TestData.h"
+#include "utils/text/UniversalTime.h"
 
 #include <QCryptographicHash>
 #include <QJsonArray>
@@ -167,7 +168,7 @@ Edit ofSecondDevice(std::size_t index, std::function<void(CertificateRecipe &)> 
 using Report = TDXQuote::TDReport;
 constexpr auto P256 = SigningKey::Curve::P256;
 constexpr auto P384 = SigningKey::Curve::P384;
-const QDateTime past(QDate(2026, 1, 1), QTime(0, 0), Qt::UTC);
+const QDateTime past = UniversalTime::at(QDate(2026, 1, 1));
 
 } // namespace
 

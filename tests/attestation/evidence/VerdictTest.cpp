@@ -1,5 +1,6 @@
 #include "evidence/TestAuthority.h"
 #include "support/TestData.h"
+#include "utils/text/UniversalTime.h"
 
 #include <gtest/gtest.h>
 
@@ -66,7 +67,7 @@ TEST(VerdictTest, Words)
         words += failure.caseText() + u": "_s + failure.userMessage() + u'\n';
         EXPECT_FALSE(failure.isRetryable());
     }
-    const QDateTime date(QDate(2026, 9, 1), QTime(0, 0), Qt::UTC);
+    const QDateTime date = UniversalTime::at(QDate(2026, 9, 1));
     for (const Source &source :
          {Source(), Source(Source::SignedList{12, date}), Source(Source::ExpiredList{12, date.addSecs(-1)})})
         words += source.text() + u'\n';

@@ -4,6 +4,7 @@
 #include "attestation/evidence/BundledAllowlist.h"
 #include "support/Await.h"
 #include "utils/bytes/Hex.h"
+#include "utils/text/UniversalTime.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -15,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QDateTime today(QDate(2026, 10, 1), QTime(0, 0), Qt::UTC);
+const QDateTime today = UniversalTime::at(QDate(2026, 10, 1));
 const QByteArray nonce(32, '\x77');
 
 HttpRequest get(const QString &url)

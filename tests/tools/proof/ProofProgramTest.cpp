@@ -2,6 +2,7 @@
 #include "evidence/TestAuthority.h"
 #include "support/TestData.h"
 #include "utils/bytes/Hex.h"
+#include "utils/text/UniversalTime.h"
 
 #include <QCryptographicHash>
 #include <QFile>
@@ -169,7 +170,7 @@ TEST_F(ProofProgramTest, EachFaultHasItsVerdict)
     write(u"array"_s, "[]");
     write(u"hex"_s, scenario.quoteBytes().toHex());
     writeBootEvents();
-    scenario.gpus[1].chain[0].to = QDateTime(QDate(2025, 6, 1), QTime(0, 0), Qt::UTC);
+    scenario.gpus[1].chain[0].to = UniversalTime::at(QDate(2025, 6, 1));
     scenario.gpus[0].chain[0].name = u"LS10 A01 LF"_s;
     scenario.gpus[0].onEntry = [](QJsonObject &entry) { entry["arch"_L1] = u"\u001b[2J"_s; };
     write(u"stale"_s, scenario.payload().toUtf8());
