@@ -1,0 +1,8 @@
+complete -c morvane -s h -l help -d 'Say what the options do'
+complete -c morvane -l help-all -d 'The same, with the options that Qt adds'
+complete -c morvane -s v -l version -d 'Say the version'
+complete -c morvane -l simulate-fresh-setup -d 'Set up the local model as if nothing were installed'
+complete -c morvane -l reset-onboarding -d 'Show the welcome again'
+complete -c morvane -l profile -x -a '(__fish_complete_directories)' -d 'Keep everything in this folder'
+complete -c morvane -l practice-server -x -d 'Chat with a practice server'
+complete -c morvane -l play-demo -r -F -d 'Play one turn, save a picture and end'
