@@ -1,6 +1,7 @@
 #include "app/MainWindowController.h"
 
 #include "app/Presentation.h"
+#include "app/WindowMemory.h"
 #include "persistence/SettingsStore.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
@@ -65,6 +66,8 @@ MainWindowController::MainWindowController(Presentation &presentation, std::uniq
     if (!m_window)
         return;
     m_window->installEventFilter(this);
+    presentation.memory->follow(*m_window);
+    m_place = presentation.memory->place();
     connect(presentation.lock.get(), &AppLockViewModel::isLockedChanged, this, [this] {
         if (m_presentation.lock->isLocked())
             dropContent();
@@ -77,6 +80,9 @@ MainWindowController::MainWindowController(Presentation &presentation, std::uniq
 
 MainWindowController::~MainWindowController()
 {
+    if (m_content)
+        m_place = whereabouts();
+    m_presentation.memory->leave(m_place);
     delete m_content; // before the engine that it came from
 }
 
@@ -122,9 +128,7 @@ void MainWindowController::dropContent()
 {
     if (!m_content)
         return;
-    QVariant place;
-    QMetaObject::invokeMethod(m_content, "whereabouts", Q_RETURN_ARG(QVariant, place));
-    m_place = (place.canConvert<QJSValue>() ? place.value<QJSValue>().toVariant() : place).toMap();
+    m_place = whereabouts();
     m_content->setVisible(false);
     m_content->setParentItem(nullptr);
     // Its scripts' strings go with the next collection, which sees them as free only once it is gone.
@@ -143,6 +147,13 @@ bool MainWindowController::needsShowingAnew() const
            !m_window->isActive() && qEnvironmentVariableIsEmpty("XDG_ACTIVATION_TOKEN");
 }
 
+QVariantMap MainWindowController::whereabouts() const
+{
+    QVariant place;
+    QMetaObject::invokeMethod(m_content, "whereabouts", Q_RETURN_ARG(QVariant, place));
+    return (place.canConvert<QJSValue>() ? place.value<QJSValue>().toVariant() : place).toMap();
+}
+
 void MainWindowController::show()
 {
     if (!m_window)
@@ -152,7 +163,7 @@ void MainWindowController::show()
     if (m_window->windowStates() & Qt::WindowMinimized)
         m_window->setWindowStates(m_window->windowStates() & ~Qt::WindowMinimized);
     else
-        m_window->show();
+        m_window->setVisible(true); // show() would take a maximised window its size
     m_window->raise();
     m_window->requestActivate();
 }
@@ -162,7 +173,7 @@ bool MainWindowController::eventFilter(QObject *watched, QEvent *event)
     if (watched != m_window || event->type() != QEvent::Close)
         return QObject::eventFilter(watched, event);
     event->ignore();
-    m_window->showMinimized();
+    m_window->setWindowStates(m_window->windowStates() | Qt::WindowMinimized);
     return true;
 }
 

@@ -42,6 +42,7 @@ private:
     void showContent();
     void dropContent();
     [[nodiscard]] bool needsShowingAnew() const;
+    [[nodiscard]] QVariantMap whereabouts() const;
 
     Presentation &m_presentation;
     const std::unique_ptr<WindowEngine> m_engine;

@@ -10,6 +10,7 @@
 #include "app/PrivateCloudParts.h"
 #include "app/Storage.h"
 #include "app/Voice.h"
+#include "app/WindowMemory.h"
 #include "audio/SpeechRecognitionService.h"
 #include "audio/TextToSpeechService.h"
 #include "audio/engines/PocketSphinxRecognizer.h"
@@ -70,6 +71,7 @@ QStringList textsOf(const std::vector<MemoryStore::Fact> &facts)
 Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice, AppLock &lock,
                            const Secrets &secrets, Clock &clock, Work &work, ReplyNotifying *notifications)
     : settings(*storage.settings)
+    , memory(std::make_unique<WindowMemory>(storage.folders, *storage.repository, clock))
     , companion(std::make_unique<CompanionViewModel>(clock))
     , chat(std::make_unique<ChatViewModel>(ChatViewModel::Services{
           .repository = *storage.repository,
@@ -151,6 +153,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
         receipts->setChat(chat->conversation() ? chat->conversation()->scopeKey() : QString());
     };
     QObject::connect(chat.get(), &ChatViewModel::conversationChanged, receipts.get(), showReceipts);
+    memory->follow(*chat);
     if (lock.service->isLocked())
         conceal();
     else

@@ -34,6 +34,7 @@ class ShellViewModel;
 class ShortcutListModel;
 class SourceMenuViewModel;
 class SpeakingViewModel;
+class WindowMemory;
 class Work;
 struct AppLock;
 struct Assistant;
@@ -52,6 +53,7 @@ struct Presentation {
     void conceal();
 
     SettingsStore &settings;
+    const std::unique_ptr<WindowMemory> memory;
     const std::unique_ptr<CompanionViewModel> companion;
     const std::unique_ptr<ChatViewModel> chat;
     const std::unique_ptr<GhostClipboard> clipboard;

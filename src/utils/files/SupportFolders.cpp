@@ -11,7 +11,8 @@ namespace {
 QString stateFolder()
 {
     const QString given = qEnvironmentVariable("XDG_STATE_HOME");
-    return QDir::isAbsolutePath(given) ? QDir::cleanPath(given) : QDir::homePath() + QStringLiteral("/.local/state");
+    return QDir::isAbsolutePath(given) ? QDir::cleanPath(given)
+                                       : QDir::homePath() + QStringLiteral("/.local/state");
 }
 
 } // namespace

@@ -10,7 +10,7 @@ struct SupportFolders {
     QString data;    // application-support directory: stores and sealed files live in folders below it
     QString config;  // the settings file
     QString runtime; // the lock of the running instance; emptied by the desktop at logout
-    QString state = {}; // what the program notes of its own doings: reports of crashes
+    QString state = {}; // what is no data of the person's: reports of crashes, where the window stood
 
     // From XDG_DATA_HOME, XDG_CONFIG_HOME, XDG_RUNTIME_DIR and XDG_STATE_HOME with their usual defaults.
     static SupportFolders standard();

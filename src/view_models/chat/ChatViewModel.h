@@ -140,9 +140,11 @@ public:
     // Set by the shell; a turn that ends while it is false notifies.
     void setWindowInFront(bool inFront) { m_delivery.setWindowInFront(inFront); }
 
-    // Opens the newest chat if it is still empty, else a new one. Of another chat than the open one the
-    // person may first be asked about a Ghost chat that they leave with it.
+    // Opens the chat that was open in a former run, or else the newest if it is still empty, or a new one. Of
+    // another chat than the open one the person may first be asked about a Ghost chat that they leave with
+    // it.
     void openAtStart() { m_open.openAtStart(); }
+    void remember(const QString &id) { m_open.remember(id); } // before the first chat is opened
     Q_INVOKABLE void newConversation();
     Q_INVOKABLE void open(const QString &id);
     Q_INVOKABLE void remove(const QString &id) { m_open.remove(id); }

@@ -25,6 +25,8 @@ QString OpenConversation::id() const
 
 void OpenConversation::openAtStart()
 {
+    if (auto remembered = m_repository.find(QUuid(m_remembered)))
+        return set(std::move(remembered));
     auto newest = m_repository.mostRecent();
     if (newest && newest->isEmpty())
         set(std::move(newest));

@@ -30,7 +30,9 @@ public:
     [[nodiscard]] QString title() const;
     [[nodiscard]] QString id() const; // empty for none
 
-    // The newest chat if it is still empty, else a new one.
+    // The chat of that id at the next openAtStart(), if it is still there.
+    void remember(const QString &id) { m_remembered = id; }
+    // The remembered chat; without it the newest if it is still empty, else a new one.
     void openAtStart();
     void openNew(Composer composer = Composer::ofChat);
     void open(const QString &id);
@@ -57,6 +59,7 @@ private:
     ConversationRepository &m_repository;
     BannerDesk &m_banner;
     std::shared_ptr<Conversation> m_current;
+    QString m_remembered;
 };
 
 } // namespace morvane

@@ -24,6 +24,8 @@ ListView {
     // until the room is used up.
     property real room: 0
     property real movedFrom: 0
+    property var held: null // the place that was gone to, which a new width doesn't lose
+    property real heldY: 0 // where that was: elsewhere the person has moved since
     readonly property real endY: originY + contentHeight + bottomMargin - height
     readonly property real gapToEnd: endY - contentY
 
@@ -81,13 +83,20 @@ ListView {
         const item = root.itemAtIndex(place.row);
         if (item)
             root.contentY = item.y + place.offset;
+        root.held = place;
+        root.heldY = root.contentY;
     }
     function bringTurnUp() {
         root.makesRoom = true;
         root.following = true;
         root.settle();
     }
+    function goBack() {
+        if (root.held && root.contentY === root.heldY)
+            root.goTo(root.held);
+    }
     function startOver() {
+        root.held = null;
         root.makesRoom = false;
         root.following = true;
         root.settle();
@@ -119,6 +128,7 @@ ListView {
     onMovementEnded: root.following = root.contentY >= root.movedFrom && root.gapToEnd <= 64
     onContentHeightChanged: root.settle()
     onHeightChanged: root.settle()
+    onWidthChanged: if (root.held) Qt.callLater(root.goBack) // qmllint disable
     onCountChanged: root.settle()
 
     delegate: MessageRow {
