@@ -208,7 +208,7 @@ void Launch::showWaiting(const QString &sentence, const StartupViewModel::Ways &
     if (m_state)
         return;
     if (!m_startupWindow) {
-        m_startupWindow = std::make_unique<StartupWindow>(m_appearance->isDark());
+        m_startupWindow = std::make_unique<StartupWindow>(m_appearance->look().isDark);
         connect(m_startupWindow.get(), &StartupWindow::retryChosen, this, &Launch::start);
         connect(m_startupWindow.get(), &StartupWindow::fileChosen, this, [this] { begin(Way::keyFile); });
         connect(m_startupWindow.get(), &StartupWindow::afreshChosen, this, [this] { begin(Way::afresh); });
@@ -241,8 +241,8 @@ void Launch::finish()
         usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);
     ShellViewModel &shell = *m_state->presentation().shell;
     shell.setKeychainNotice(sentenceFor(m_secrets.preparation().state()));
-    shell.setSystemDark(m_appearance->isDark());
-    connect(m_appearance.get(), &DesktopAppearance::darkChanged, &shell, &ShellViewModel::setSystemDark);
+    shell.setDesktopLook(m_appearance->look());
+    connect(m_appearance.get(), &DesktopAppearance::changed, &shell, &ShellViewModel::setDesktopLook);
     connect(&shell, &ShellViewModel::linkRequested, this, &WebBrowser::open);
     connect(m_state->presentation().privacy.get(), &PrivacyViewModel::erasureConfirmed, this,
             &Launch::eraseAll,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "models/DesktopLook.h"
+
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -24,7 +26,14 @@ class ShellViewModel : public QObject {
     // says.
     Q_PROPERTY(QString backdrop READ backdrop NOTIFY appearanceChanged)
     Q_PROPERTY(QStringList backdrops READ backdrops CONSTANT)
-    Q_PROPERTY(double textScale READ textScale NOTIFY textScaleChanged)   // 0.9, 1 or 1.15
+    // The desktop's own, as a name that stands out from every ground of the window; empty for none.
+    Q_PROPERTY(QString accent READ accent NOTIFY appearanceChanged)
+    Q_PROPERTY(bool highContrast READ hasHighContrast NOTIFY appearanceChanged)
+    // At the person's wish or the desktop's.
+    Q_PROPERTY(bool reduceAnimation READ reducesAnimation NOTIFY reduceAnimationChanged)
+    Q_PROPERTY(QList<int> zooms READ zooms CONSTANT)                      // percent, rising
+    Q_PROPERTY(int zoom READ zoom NOTIFY textScaleChanged)                // one of them
+    Q_PROPERTY(double textScale READ textScale NOTIFY textScaleChanged)   // 0.9, 1 or 1.15, zoomed
     Q_PROPERTY(QString startupError READ startupError CONSTANT)           // empty for none
     Q_PROPERTY(QString startupSuggestion READ startupSuggestion CONSTANT) // empty for none
     // Where the key to the person's data is kept, when that needs saying; empty otherwise.
@@ -48,8 +57,17 @@ public:
     [[nodiscard]] bool isDark() const;
     [[nodiscard]] QString backdrop() const;
     [[nodiscard]] static QStringList backdrops();
-    // What the desktop prefers, used while the appearance follows the system.
-    void setSystemDark(bool dark);
+    // What the desktop prefers. Its darkness counts while the appearance follows the system.
+    void setDesktopLook(const DesktopLook &look);
+    [[nodiscard]] QString accent() const;
+    [[nodiscard]] bool hasHighContrast() const { return m_look.hasHighContrast; }
+    [[nodiscard]] bool reducesAnimation() const;
+
+    [[nodiscard]] static QList<int> zooms();
+    // The step that the setting stands for: the nearest one, whatever it holds.
+    [[nodiscard]] int zoom() const;
+    // Steps up or down from it, and stays at the ends; none leads back to the usual size.
+    Q_INVOKABLE void zoomBy(int steps);
     [[nodiscard]] double textScale() const;
     [[nodiscard]] const QString &startupError() const { return m_startupError; }
     [[nodiscard]] const QString &startupSuggestion() const { return m_startupSuggestion; }
@@ -85,6 +103,7 @@ public:
 Q_SIGNALS:
     void appearanceChanged();
     void textScaleChanged();
+    void reduceAnimationChanged();
     void keychainNoticeChanged();
     void unsealedNoticeChanged();
     void questionChanged();
@@ -99,7 +118,7 @@ Q_SIGNALS:
 
 private:
     SettingsStore &m_settings;
-    bool m_systemDark = false;
+    DesktopLook m_look;
     QString m_startupError;
     QString m_startupSuggestion;
     QString m_keychainNotice;

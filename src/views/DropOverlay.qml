@@ -26,20 +26,20 @@ Item {
 
         Column {
             anchors.centerIn: parent
-            width: Math.min(parent.width - 2 * Theme.gap24, 480)
+            width: Math.min(parent.width - 2 * Theme.gap24, 480 * Theme.zoom)
             spacing: Theme.gap12
 
             Rectangle {
                 anchors.horizontalCenter: parent.horizontalCenter
-                width: 64
-                height: 64
-                radius: 20
+                width: 64 * Theme.zoom
+                height: 64 * Theme.zoom
+                radius: 20 * Theme.zoom
                 color: Theme.accent
 
                 Icon {
                     anchors.centerIn: parent
-                    width: 32
-                    height: 32
+                    width: 32 * Theme.zoom
+                    height: 32 * Theme.zoom
                     name: root.isText ? "quill" : "paperclip"
                     color: Theme.accentInk
                 }

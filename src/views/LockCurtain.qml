@@ -53,14 +53,14 @@ FocusScope {
     }
     ColumnLayout {
         anchors.centerIn: parent
-        width: Math.min(360, parent.width - 2 * Theme.gap24)
+        width: Math.min(360 * Theme.zoom, parent.width - 2 * Theme.gap24)
         visible: !root.isForgotten
         spacing: Theme.gap16
 
         SleepingGhost {
             Layout.alignment: Qt.AlignHCenter
             Layout.bottomMargin: Theme.gap8
-            size: 112
+            size: 112 * Theme.zoom
         }
         PlainText {
             Layout.fillWidth: true
@@ -102,7 +102,7 @@ FocusScope {
             objectName: "unlockButton"
             Layout.alignment: Qt.AlignHCenter
             Layout.topMargin: Theme.gap8
-            Layout.preferredWidth: 160
+            Layout.preferredWidth: 160 * Theme.zoom
             focus: true
             enabled: root.lock.isUnlocking
                 || (root.lock.canUnlock && (!root.takesPassphrase || (root.field !== null && root.field.length > 0)))

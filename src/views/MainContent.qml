@@ -36,7 +36,7 @@ FocusScope {
     required property AppLockViewModel lock
     property var place: ({}) // where the person had been, for a content that takes a former one's place
 
-    readonly property bool narrow: width < 800
+    readonly property bool narrow: width < 800 * Theme.zoom
     property bool overlayOpen: false
     readonly property bool sidebarShown: narrow ? overlayOpen : settings.chatHistoryOpen
 
@@ -175,6 +175,7 @@ FocusScope {
         onRowsMoveAsked: distance => page.scrollBy(distance)
     }
     HoldToTalk { voice: window.chat.entries.voice }
+    ZoomKeys { shell: window.shell }
     TextMenus {
         id: menus
 
@@ -236,6 +237,9 @@ FocusScope {
             height: parent.height
             shown: window.sidebarShown
             resizable: !window.narrow
+            chosenWidth: window.settings.chatHistoryWidth
+            room: window.width
+            onWidthChosen: width => window.settings.chatHistoryWidth = width
 
             Sidebar {
                 id: list

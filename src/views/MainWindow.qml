@@ -26,8 +26,11 @@ T.ApplicationWindow {
         property: "backdrop"
         value: root.settings.appearance === "gallery" ? root.shell.backdrop : ""
     }
+    Binding { target: Theme; property: "desktopAccent"; value: root.shell.accent }
+    Binding { target: Theme; property: "highContrast"; value: root.shell.highContrast }
     Binding { target: Theme; property: "textScale"; value: root.shell.textScale }
-    Binding { target: Theme; property: "reduceAnimation"; value: root.settings.reduceAnimation }
+    Binding { target: Theme; property: "zoom"; value: root.shell.zoom / 100 }
+    Binding { target: Theme; property: "reduceAnimation"; value: root.shell.reduceAnimation }
 
     Later {
         anchors.fill: parent

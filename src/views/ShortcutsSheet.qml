@@ -11,7 +11,7 @@ Panel {
 
     visible: true
     title: qsTr("Keyboard shortcuts")
-    widest: 460
+    widest: 460 * Theme.zoom
     onOpened: closeButton.forceActiveFocus(Qt.TabFocusReason)
 
     contentItem: ColumnLayout {
@@ -40,7 +40,7 @@ Panel {
                         required property var modelData
 
                         width: rows.width
-                        height: 30
+                        height: 30 * Theme.zoom
 
                         SmallText {
                             Layout.fillWidth: true

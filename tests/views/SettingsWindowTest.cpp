@@ -7,6 +7,7 @@
 #include "services/WebAccessError.h"
 #include "support/ScriptedServer.h"
 #include "utils/files/PrivateFile.h"
+#include "view_models/AccentInk.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/settings/AISettingsViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
@@ -17,6 +18,7 @@
 #include <QLocale>
 #include <QSignalSpy>
 #include <QTest>
+#include <QWheelEvent>
 
 #include <semaphore>
 #include <set>
@@ -37,7 +39,10 @@ protected:
     }
     // The one of the page that is shown; null when it isn't drawn.
     [[nodiscard]] QQuickItem *control(const QString &name) const { return WindowDriver::item(m_page, name); }
-    void pressKey(int key) { WindowDriver::press(m_page, key); }
+    void pressKey(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        WindowDriver::press(m_page, key, modifiers);
+    }
     void fill(const QString &name, const QString &text)
     {
         control(name)->forceActiveFocus();
@@ -336,7 +341,7 @@ TEST_F(SettingsWindowTest, AppearanceFollowsItsChoices)
     settings.setGalleryBackdrop(u"no such place"_s);
     EXPECT_EQ(ground(), dusk);
     EXPECT_EQ(ground(u"appearance.system"_s), light);
-    m_app->presentation().shell->setSystemDark(true);
+    m_app->presentation().shell->setDesktopLook({.isDark = true});
     EXPECT_EQ(ground(), dark);
 
     const auto height = [this] { return control(u"textSize.large"_s)->height(); };
@@ -347,6 +352,67 @@ TEST_F(SettingsWindowTest, AppearanceFollowsItsChoices)
     EXPECT_NEAR(height(), before * 1.15, 1);
     click(control(u"reduceMotion"_s));
     EXPECT_FALSE(settings.reduceAnimation());
+}
+
+TEST_F(SettingsWindowTest, KeysAndTheWheelZoomBothWindowsWithinBounds)
+{
+    const ShellViewModel &shell = *m_app->presentation().shell;
+    turnTo(u"appearance"_s);
+    for (int step = 0; step < 9; ++step)
+        pressKey(Qt::Key_Plus, Qt::ControlModifier);
+    EXPECT_EQ(shell.zoom(), 200);
+    EXPECT_FALSE(control(u"zoomIn"_s)->isEnabled());
+    press(Qt::Key_Minus, Qt::ControlModifier);
+    EXPECT_EQ(shell.zoom(), 175);
+    EXPECT_DOUBLE_EQ(shell.textScale(), 1.75);
+    click(control(u"usualSize"_s));
+    EXPECT_EQ(shell.zoom(), 100);
+    const auto turn = [this](int eighths, Qt::KeyboardModifiers modifiers) {
+        QWheelEvent event({300, 300}, {300, 300}, {}, {0, eighths}, Qt::NoButton, modifiers,
+                          Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(m_window, &event);
+    };
+    turn(240, Qt::ControlModifier);
+    turn(-60, Qt::ControlModifier);
+    EXPECT_EQ(shell.zoom(), 125);
+    turn(-60, Qt::ControlModifier);
+    EXPECT_EQ(shell.zoom(), 110);
+    turn(-240, Qt::NoModifier);
+    EXPECT_EQ(shell.zoom(), 110);
+    for (const auto &[stored, meant] : {std::pair{-1, 80}, {107, 110}, {99999, 200}}) {
+        m_app->storage().settings->setZoomPercent(stored);
+        EXPECT_EQ(shell.zoom(), meant);
+    }
+}
+
+// Whatever colour the desktop likes, it is told apart from what it stands on.
+TEST_F(SettingsWindowTest, TheDesktopsAccentIsAdjustedUntilItCanBeRead)
+{
+    ShellViewModel &shell = *m_app->presentation().shell;
+    SettingsStore &settings = *m_app->storage().settings;
+    for (const bool isHigh : {false, true}) {
+        for (const auto &accent : {std::array{1.0, 1.0, 1.0},
+                                   {0.0, 0.0, 0.0},
+                                   {1.0, 0.9, 0.0},
+                                   {0.3, 0.3, 0.32},
+                                   {0.2, 0.5, 0.9}}) {
+            shell.setDesktopLook({.hasHighContrast = isHigh, .accent = accent});
+            for (const auto &[appearance, ground] :
+                 {std::pair{AppAppearance::light, QColor(0xe9, 0xea, 0xf2)},
+                  {AppAppearance::dark, QColor(0x2b, 0x2c, 0x37)},
+                  {AppAppearance::gallery, QColor(0x25, 0x47, 0x2f)}}) {
+                settings.setAppearance(appearance);
+                EXPECT_GE(AccentInk::contrast(QColor(shell.accent()), ground), isHigh ? 7 : 4.5);
+            }
+        }
+    }
+    settings.setAppearance(AppAppearance::dark);
+    shell.setDesktopLook({.accent = std::array{1.0, 0.9, 0.0}});
+    EXPECT_EQ(shell.accent(), u"#ffe600"_s) << "left alone where it can be read";
+    shell.setDesktopLook({.hasReducedMotion = true});
+    EXPECT_TRUE(shell.accent().isEmpty());
+    settings.setReduceAnimation(false);
+    EXPECT_TRUE(shell.reducesAnimation());
 }
 
 TEST_F(SettingsWindowTest, HowLongChatsAreKeptIsChosenAndSaysWhatThatMeans)

@@ -3,6 +3,8 @@
 #include "persistence/SettingsStore.h"
 #include "view_models/chat/ChatViewModel.h"
 
+#include <QTest>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -66,6 +68,45 @@ TEST_F(SidebarTest, InANarrowWindowItLiesOverTheChatAndGoesAfterAChoice)
     EXPECT_TRUE(m_app->presentation().chat->isResponding()) << "Escape closed the list and stopped nothing";
     resize(1000);
     EXPECT_TRUE(isShown());
+}
+
+TEST_F(SidebarTest, ItsEdgeIsMovedByPointerAndKeysWithinItsBoundsAndStaysThere)
+{
+    resize(1100);
+    const auto width = [this] { return item(u"sidebar"_s)->width(); };
+    const auto drag = [&](int distance) {
+        const QPoint from(static_cast<int>(width()) - 3, 300);
+        QTest::mousePress(m_window, Qt::LeftButton, {}, from);
+        for (int step = 1; step <= 5; ++step)
+            QTest::mouseMove(m_window, from + QPoint(distance * step / 5, 0));
+        QTest::mouseRelease(m_window, Qt::LeftButton, {}, from + QPoint(distance, 0));
+        settle();
+    };
+    EXPECT_EQ(width(), 280);
+    drag(50);
+    EXPECT_NEAR(width(), 330, 1);
+    EXPECT_EQ(m_app->storage().settings->chatHistoryWidth(), width());
+    drag(300);
+    EXPECT_EQ(width(), 360);
+    drag(-300);
+    EXPECT_EQ(width(), 220);
+    QTest::mouseDClick(m_window, Qt::LeftButton, {}, {217, 300});
+    settle();
+    EXPECT_EQ(width(), 280);
+    item(u"sidebarEdge"_s)->forceActiveFocus(Qt::TabFocusReason);
+    for (const auto &[key, wanted] : {std::pair{Qt::Key_Right, 290},
+                                      {Qt::Key_End, 360},
+                                      {Qt::Key_Right, 360},
+                                      {Qt::Key_Left, 350},
+                                      {Qt::Key_Home, 220},
+                                      {Qt::Key_Return, 280}}) {
+        press(key);
+        EXPECT_EQ(width(), wanted) << key;
+    }
+    m_app->storage().settings->setChatHistoryWidth(-5);
+    start();
+    load();
+    EXPECT_EQ(width(), 220) << "whatever the file says";
 }
 
 TEST_F(SidebarTest, TheListWorksByKeyboardAlone)

@@ -1,10 +1,14 @@
 #include "platform/linux/DesktopAppearance.h"
 
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QDBusVariant>
+#include <QMap>
+
+#include <algorithm>
+#include <utility>
 
 namespace morvane {
 
@@ -16,54 +20,104 @@ const QString service = u"org.freedesktop.portal.Desktop"_s;
 const QString path = u"/org/freedesktop/portal/desktop"_s;
 const QString interface = u"org.freedesktop.portal.Settings"_s;
 const QString group = u"org.freedesktop.appearance"_s;
-const QString key = u"color-scheme"_s;
-constexpr uint prefersDark = 1;
 // The process can be looked at meanwhile, so not for as long as a call may take.
 constexpr int patienceMilliseconds = 3000;
+
+// Asking for the session bus where none is named would start one.
+QDBusConnection busOfTheSession()
+{
+    return qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS") ? QDBusConnection(u"none"_s)
+                                                                   : QDBusConnection::sessionBus();
+}
+
+bool isOne(const QVariant &value)
+{
+    return value.toUInt() == 1;
+}
+
+// A structure of three doubles.
+std::optional<std::array<double, 3>> colourIn(const QVariant &value)
+{
+    if (value.userType() != qMetaTypeId<QDBusArgument>())
+        return std::nullopt;
+    const auto argument = value.value<QDBusArgument>();
+    if (argument.currentSignature() != u"(ddd)"_s)
+        return std::nullopt;
+    std::array<double, 3> parts{};
+    argument.beginStructure();
+    for (double &part : parts)
+        argument >> part;
+    argument.endStructure();
+    const bool isColour = std::ranges::all_of(parts, [](double part) { return part >= 0 && part <= 1; });
+    return isColour ? std::optional(parts) : std::nullopt;
+}
+
+// The look with one key's new value. An unknown key changes nothing.
+DesktopLook with(DesktopLook look, const QString &key, const QVariant &value)
+{
+    if (key == u"color-scheme"_s)
+        look.isDark = isOne(value);
+    else if (key == u"contrast"_s)
+        look.hasHighContrast = isOne(value);
+    else if (key == u"reduced-motion"_s)
+        look.hasReducedMotion = isOne(value);
+    else if (key == u"accent-color"_s)
+        look.accent = colourIn(value);
+    return look;
+}
 
 } // namespace
 
 DesktopAppearance::DesktopAppearance(QObject *parent)
+    : DesktopAppearance(busOfTheSession(), parent)
+{}
+
+DesktopAppearance::DesktopAppearance(QDBusConnection bus, QObject *parent)
     : QObject(parent)
+    , m_bus(std::move(bus))
 {
-    // Asking for the session bus where none is named would start one.
-    if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
+    if (!m_bus.isConnected())
         return;
-    auto bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
-        return;
-    bus.connect(service, path, interface, u"SettingChanged"_s, this,
-                SLOT(settingChanged(QString, QString, QDBusVariant)));
-    auto call = QDBusMessage::createMethodCall(service, path, interface, u"Read"_s);
-    call.setArguments({group, key});
+    m_bus.connect(service, path, interface, u"SettingChanged"_s, this, SLOT(settingChanged(QDBusMessage)));
+    ask();
+}
+
+void DesktopAppearance::ask()
+{
+    auto call = QDBusMessage::createMethodCall(service, path, interface, u"ReadAll"_s);
+    call.setArguments({QStringList{group}});
     m_visible = std::make_unique<ProcessPrivacy::Pause>();
-    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, patienceMilliseconds), this);
+    auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call, patienceMilliseconds), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();
         m_visible.reset();
-        const QDBusPendingReply<QDBusVariant> reply = *watcher;
-        if (reply.isValid())
-            take(reply.value().variant());
+        const QDBusMessage reply = watcher->reply();
+        if (watcher->isError() || reply.signature() != u"a{sa{sv}}"_s)
+            return;
+        const auto groups =
+            qdbus_cast<QMap<QString, QVariantMap>>(reply.arguments().constFirst().value<QDBusArgument>());
+        const QVariantMap values = groups.value(group);
+        DesktopLook look = m_look;
+        for (auto value = values.begin(); value != values.end(); ++value)
+            look = with(look, value.key(), value.value());
+        take(look);
     });
 }
 
-void DesktopAppearance::settingChanged(const QString &changedGroup, const QString &changedKey,
-                                       const QDBusVariant &value)
+// As a message: a slot that takes the bus's own variant is found only once somebody has named that type.
+void DesktopAppearance::settingChanged(const QDBusMessage &signal)
 {
-    if (changedGroup == group && changedKey == key)
-        take(value.variant());
+    const QVariantList said = signal.arguments();
+    if (signal.signature() == u"ssv"_s && said[0].toString() == group)
+        take(with(m_look, said[1].toString(), said[2].value<QDBusVariant>().variant()));
 }
 
-void DesktopAppearance::take(const QVariant &colorScheme)
+void DesktopAppearance::take(const DesktopLook &look)
 {
-    // Some portals answer Read with a variant inside the variant.
-    const QVariant plain =
-        colorScheme.canConvert<QDBusVariant>() ? colorScheme.value<QDBusVariant>().variant() : colorScheme;
-    const bool isDark = plain.toUInt() == prefersDark;
-    if (isDark == m_isDark)
+    if (m_look == look)
         return;
-    m_isDark = isDark;
-    Q_EMIT darkChanged(isDark);
+    m_look = look;
+    Q_EMIT changed(look);
 }
 
 } // namespace morvane

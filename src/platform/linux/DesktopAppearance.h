@@ -1,35 +1,43 @@
 #pragma once
 
+#include "models/DesktopLook.h"
 #include "platform/linux/ProcessPrivacy.h"
 
+#include <QDBusConnection>
 #include <QObject>
-#include <QVariant>
 
 #include <memory>
 
-class QDBusVariant;
+class QDBusMessage;
 
 namespace morvane {
 
-// Whether the desktop prefers dark windows, from the settings portal (org.freedesktop.portal.Settings, key
-// color-scheme: 1 dark, anything else light). Without a bus or a portal it stays light. Never blocks.
+// How the desktop wants windows to look, from the settings portal (org.freedesktop.portal.Settings, group
+// org.freedesktop.appearance), now and whenever it changes: color-scheme 1 is dark and anything else light,
+// contrast 1 is high, reduced-motion 1 is reduced, and an accent-color with a part outside of 0 to 1 is none.
+// Only who owns the portal's name is heard. Without a bus or a portal the look is the plain one. Never
+// blocks.
 class DesktopAppearance : public QObject {
     Q_OBJECT
 public:
+    // On the session bus.
     explicit DesktopAppearance(QObject *parent = nullptr);
+    explicit DesktopAppearance(QDBusConnection bus, QObject *parent = nullptr);
 
-    [[nodiscard]] bool isDark() const { return m_isDark; }
+    [[nodiscard]] const DesktopLook &look() const { return m_look; }
 
 Q_SIGNALS:
-    void darkChanged(bool dark);
+    void changed(const morvane::DesktopLook &look);
 
 private Q_SLOTS:
-    void settingChanged(const QString &group, const QString &key, const QDBusVariant &value);
+    void settingChanged(const QDBusMessage &signal);
 
 private:
-    void take(const QVariant &colorScheme);
+    void ask();
+    void take(const DesktopLook &look);
 
-    bool m_isDark = false;
+    QDBusConnection m_bus;
+    DesktopLook m_look;
     std::unique_ptr<ProcessPrivacy::Pause> m_visible; // until the portal has answered, or has not
 };
 

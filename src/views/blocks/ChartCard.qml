@@ -31,7 +31,7 @@ DataCard {
 
         objectName: "chartPlot"
         width: parent.width
-        height: 220
+        height: 220 * Theme.zoom
         isLine: root.content.isLine
         logScale: root.content.logScale
         values: root.content.values
@@ -62,9 +62,9 @@ DataCard {
             x: Math.max(0, Math.min(plot.width - width, tip.x - width / 2))
             y: Math.max(0, tip.y - height - Theme.gap8)
             visible: plot.current >= 0
-            width: value.implicitWidth + 16
+            width: value.implicitWidth + 16 * Theme.zoom
             height: value.implicitHeight + 8
-            radius: 6
+            radius: 6 * Theme.zoom
             color: Theme.text
 
             CaptionText {

@@ -42,7 +42,7 @@ Rectangle {
 
         RowLayout {
             Layout.fillWidth: true
-            Layout.preferredHeight: 32
+            Layout.preferredHeight: 32 * Theme.zoom
             Layout.leftMargin: Theme.gap16
             Layout.rightMargin: Theme.gap4
 

@@ -7,7 +7,7 @@ IconButton {
 
     required property string subject // "the code"
 
-    size: 28
+    size: 28 * Theme.zoom
     text: copied.running ? qsTr("Copied") : qsTr("Copy %1").arg(subject)
     glyph: copied.running ? "check" : "copy"
     onClicked: copied.restart()

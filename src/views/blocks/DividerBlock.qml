@@ -4,7 +4,7 @@ import Morvane
 Item {
     objectName: "divider"
     width: parent?.width ?? 0
-    implicitHeight: 9
+    implicitHeight: 9 * Theme.zoom
 
     Accessible.role: Accessible.Separator
     Accessible.name: qsTr("Divider")

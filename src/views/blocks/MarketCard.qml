@@ -9,7 +9,7 @@ DataCard {
 
     required property var content
     required property string plainText
-    readonly property bool narrow: width < 480
+    readonly property bool narrow: width < 480 * Theme.zoom
 
     objectName: "market"
     spacing: 0

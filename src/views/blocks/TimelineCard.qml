@@ -42,9 +42,9 @@ DataCard {
             }
             Rectangle {
                 y: 4
-                width: 10
-                height: 10
-                radius: 5
+                width: 10 * Theme.zoom
+                height: 10 * Theme.zoom
+                radius: 5 * Theme.zoom
                 color: Theme.accent
             }
             Column {

@@ -25,8 +25,8 @@ DataCard {
             objectName: "weatherGlyph"
             anchors.verticalCenter: parent.verticalCenter
             visible: name.length > 0
-            width: visible ? 44 : 0
-            height: 44
+            width: visible ? 44 * Theme.zoom : 0
+            height: 44 * Theme.zoom
             name: root.content.glyph
             color: Theme.accent
         }

@@ -44,8 +44,8 @@ Rectangle {
         spacing: Theme.gap8
 
         Rectangle {
-            Layout.preferredWidth: 40
-            Layout.preferredHeight: 40
+            Layout.preferredWidth: 40 * Theme.zoom
+            Layout.preferredHeight: 40 * Theme.zoom
             radius: Theme.controlRadius
             color: picture.visible ? "transparent" : Theme.bubble
 
@@ -89,7 +89,7 @@ Rectangle {
             IconButton {
                 objectName: "attachmentText"
                 visible: root.readable
-                size: 26
+                size: 26 * Theme.zoom
                 text: qsTr("Show the text")
                 glyph: "search"
                 onClicked: root.textAsked()
@@ -98,7 +98,7 @@ Rectangle {
                 objectName: "attachmentActions"
                 visible: !root.reading && !root.failed
                 enabled: root.canAct
-                size: 26
+                size: 26 * Theme.zoom
                 text: qsTr("Ask about it")
                 glyph: "spark"
                 quiet: root.menuOpen
@@ -106,7 +106,7 @@ Rectangle {
             }
             IconButton {
                 objectName: "removeAttachment"
-                size: 26
+                size: 26 * Theme.zoom
                 text: root.reading ? qsTr("Stop reading") : root.failed ? qsTr("Close this")
                     : qsTr("Remove the attachment")
                 glyph: "close"

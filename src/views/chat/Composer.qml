@@ -99,7 +99,7 @@ Rectangle {
         anchors.right: button.left
         anchors.rightMargin: Theme.gap8
         anchors.verticalCenter: line.verticalCenter
-        height: Math.min(200, Math.max(24, field.contentHeight))
+        height: Math.min(200 * Theme.zoom, Math.max(24 * Theme.zoom, field.contentHeight))
         boundsBehavior: Flickable.StopAtBounds
         clip: true
 
@@ -152,9 +152,9 @@ Rectangle {
         id: ways
 
         anchors.left: line.left
-        anchors.leftMargin: 10
+        anchors.leftMargin: 10 * Theme.zoom
         anchors.bottom: line.bottom
-        anchors.bottomMargin: Math.round((52 - Theme.controlHeight) / 2)
+        anchors.bottomMargin: Math.round((52 * Theme.zoom - Theme.controlHeight) / 2)
         chat: root.chat
     }
     SendButton {

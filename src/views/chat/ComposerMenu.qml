@@ -12,7 +12,7 @@ PopupMenu {
     signal filesAsked()
 
     objectName: "composerMenu"
-    implicitWidth: 210
+    implicitWidth: 210 * Theme.zoom
     onAboutToShow: canPaste = chat.entries.attachments.canPaste()
 
     PopupMenuItem {

@@ -18,14 +18,14 @@ Item {
 
     Column {
         anchors.centerIn: parent
-        width: Math.min(root.column, 560)
+        width: Math.min(root.column, 560 * Theme.zoom)
         spacing: Theme.gap16
 
         Ghost {
             objectName: "largeGhost"
             anchors.horizontalCenter: parent.horizontalCenter
-            visible: root.height > 320
-            size: 96
+            visible: root.height > 320 * Theme.zoom
+            size: 96 * Theme.zoom
             companion: root.companion
         }
         PlainText {
@@ -69,9 +69,9 @@ Item {
             }
 
             width: parent.width
-            visible: root.configured && root.height > 260
+            visible: root.configured && root.height > 260 * Theme.zoom
             topPadding: Theme.gap8
-            columns: width > 440 ? 2 : 1
+            columns: width > 440 * Theme.zoom ? 2 : 1
             spacing: Theme.gap8
 
             Repeater {

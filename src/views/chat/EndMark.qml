@@ -16,8 +16,8 @@ RowLayout {
         Layout.alignment: Qt.AlignTop
         name: root.glyph
         color: root.ink
-        implicitWidth: 18
-        implicitHeight: 18
+        implicitWidth: 18 * Theme.zoom
+        implicitHeight: 18 * Theme.zoom
     }
     SmallText {
         Layout.fillWidth: true

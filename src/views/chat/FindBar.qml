@@ -18,7 +18,7 @@ Rectangle {
     }
 
     objectName: "findBar"
-    implicitWidth: 380
+    implicitWidth: 380 * Theme.zoom
     implicitHeight: row.implicitHeight + 2 * Theme.gap8
     radius: Theme.panelRadius
     color: Theme.floating
@@ -61,7 +61,7 @@ Rectangle {
         }
         CaptionText {
             objectName: "findCount"
-            Layout.minimumWidth: 64
+            Layout.minimumWidth: 64 * Theme.zoom
             horizontalAlignment: Text.AlignHCenter
             text: root.words
             wrapMode: Text.NoWrap
@@ -70,7 +70,7 @@ Rectangle {
         }
         IconButton {
             objectName: "findPrevious"
-            size: 28
+            size: 28 * Theme.zoom
             enabled: root.find.count > 0
             text: qsTr("Previous find (Shift+Enter)")
             glyph: "arrow-up"
@@ -78,7 +78,7 @@ Rectangle {
         }
         IconButton {
             objectName: "findNext"
-            size: 28
+            size: 28 * Theme.zoom
             enabled: root.find.count > 0
             text: qsTr("Next find (Enter)")
             glyph: "arrow-down"
@@ -86,7 +86,7 @@ Rectangle {
         }
         IconButton {
             objectName: "findClose"
-            size: 28
+            size: 28 * Theme.zoom
             text: qsTr("Close (Esc)")
             glyph: "close"
             onClicked: root.find.close()

@@ -23,8 +23,8 @@ Rectangle {
         Icon {
             name: "ghost"
             color: Theme.ghost
-            implicitWidth: 16
-            implicitHeight: 16
+            implicitWidth: 16 * Theme.zoom
+            implicitHeight: 16 * Theme.zoom
         }
         CaptionText {
             objectName: "ghostBadge"

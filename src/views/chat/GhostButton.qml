@@ -33,8 +33,8 @@ T.Button {
     contentItem: Item {
         Icon {
             anchors.centerIn: parent
-            width: 20
-            height: 20
+            width: 20 * Theme.zoom
+            height: 20 * Theme.zoom
             name: "ghost"
             color: root.ghosts.isOn ? Theme.ghost : root.ghosts.canToggle ? Theme.secondary : Theme.disabled
         }

@@ -13,7 +13,7 @@ T.ToolTip {
     parent: button
     x: button.width - width
     y: button.height + 6
-    implicitWidth: 300
+    implicitWidth: 300 * Theme.zoom
     implicitHeight: content.implicitHeight + topPadding + bottomPadding
     margins: 8
     padding: Theme.gap16
@@ -34,8 +34,8 @@ T.ToolTip {
             Icon {
                 name: "ghost"
                 color: Theme.ghost
-                implicitWidth: 20
-                implicitHeight: 20
+                implicitWidth: 20 * Theme.zoom
+                implicitHeight: 20 * Theme.zoom
             }
             PlainText {
                 Layout.fillWidth: true

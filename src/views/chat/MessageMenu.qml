@@ -29,7 +29,7 @@ PopupMenu {
     }
 
     objectName: "messageMenu"
-    implicitWidth: 220
+    implicitWidth: 220 * Theme.zoom
     onAboutToShow: selected = selection.textIn(row)
     onClosed: keeper.giveBack()
 

@@ -20,7 +20,7 @@ Row {
         id: edit
 
         objectName: "editMessage"
-        size: 28
+        size: 28 * Theme.zoom
         visible: root.canEdit
         text: qsTr("Edit and send again")
         glyph: "quill"
@@ -30,7 +30,7 @@ Row {
         id: trash
 
         objectName: "deleteMessage"
-        size: 28
+        size: 28 * Theme.zoom
         visible: root.canDelete
         text: qsTr("Delete with its reply")
         glyph: "trash"

@@ -11,7 +11,7 @@ T.Button {
 
     objectName: "proofLine"
     implicitWidth: Math.ceil(words.implicitWidth) + 14 + Theme.gap4
-    implicitHeight: 28
+    implicitHeight: 28 * Theme.zoom
 
     Accessible.name: qsTr("This reply came from: %1").arg(text)
     Accessible.description: qsTr("Shows what is known of it")
@@ -23,8 +23,8 @@ T.Button {
             id: drawing
 
             anchors.verticalCenter: parent.verticalCenter
-            width: 14
-            height: 14
+            width: 14 * Theme.zoom
+            height: 14 * Theme.zoom
             name: root.mark === "verified" ? "sealed" : root.mark === "refused" ? "warning" : root.mark === "running" ? "spark" : "pin"
             color: root.ink
         }

@@ -9,7 +9,7 @@ Item {
     required property ChatViewModel chat
     required property ShellViewModel shell
     property real room // for the chat and the panel
-    readonly property bool beside: room >= 800
+    readonly property bool beside: room >= 800 * Theme.zoom
     readonly property bool open: chat.proofPanel.isOpen
     readonly property bool covers: open && !beside
     readonly property real taken: open && beside ? width : 0
@@ -22,7 +22,7 @@ Item {
         root.dismissed();
     }
 
-    width: beside ? 380 : room
+    width: beside ? 380 * Theme.zoom : room
     visible: open
 
     Rectangle {
@@ -36,7 +36,7 @@ Item {
         id: ground
 
         anchors.fill: parent
-        anchors.topMargin: root.covers ? 48 : 0
+        anchors.topMargin: root.covers ? 48 * Theme.zoom : 0
         anchors.bottomMargin: root.covers ? -radius : 0 // only its upper corners are seen
         radius: root.covers ? Theme.cardRadius : 0
         color: root.covers ? Theme.floating : Theme.sidebar

@@ -31,8 +31,8 @@ Column {
 
             Icon {
                 y: 1
-                width: 16
-                height: 16
+                width: 16 * Theme.zoom
+                height: 16 * Theme.zoom
                 name: step.standing === "passed" ? "check" : step.standing === "running" ? "spark"
                     : step.standing === "ended" ? "close" : "more"
                 color: step.standing === "passed" ? Theme.success : step.standing === "running" ? Theme.accent

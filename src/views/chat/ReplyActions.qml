@@ -30,7 +30,7 @@ RowLayout {
     signal versionAsked(int distance)
 
     spacing: Theme.gap8
-    implicitHeight: 28
+    implicitHeight: 28 * Theme.zoom
 
     ProofLine {
         Layout.fillWidth: true
@@ -51,7 +51,7 @@ RowLayout {
 
         objectName: "copyReply"
         Layout.leftMargin: root.place.length > 0 ? 0 : -5
-        size: 28
+        size: 28 * Theme.zoom
         visible: root.finished && root.hasText
         opacity: root.emphasised || activeFocus || copied.running ? 1 : 0
         text: copied.running ? qsTr("Copied") : qsTr("Copy the reply")
@@ -76,7 +76,7 @@ RowLayout {
     IconButton {
         objectName: "readAloud"
         Layout.leftMargin: -Theme.gap8
-        size: 28
+        size: 28 * Theme.zoom
         visible: root.canRead && root.finished && root.hasText
         opacity: root.emphasised || activeFocus || root.reading ? 1 : 0
         text: root.reading ? qsTr("Stop reading") : qsTr("Read the reply aloud")
@@ -88,7 +88,7 @@ RowLayout {
     IconButton {
         objectName: "regenerate"
         Layout.leftMargin: -Theme.gap8
-        size: 28
+        size: 28 * Theme.zoom
         visible: root.canRegenerate
         text: qsTr("Reply again")
         glyph: "retry"

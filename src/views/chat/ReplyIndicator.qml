@@ -29,9 +29,9 @@ Row {
 
                 required property int index
 
-                width: 7
-                height: 7
-                radius: 3.5
+                width: 7 * Theme.zoom
+                height: 7 * Theme.zoom
+                radius: 3.5 * Theme.zoom
                 color: Theme.secondary
                 opacity: Theme.reduceAnimation ? 0.7 : 0.3
 

@@ -13,8 +13,8 @@ T.RoundButton {
     signal stopChosen()
 
     objectName: "sendOrStop"
-    implicitWidth: 36
-    implicitHeight: 36
+    implicitWidth: 36 * Theme.zoom
+    implicitHeight: 36 * Theme.zoom
     enabled: responding || canSend
     text: responding ? qsTr("Stop") : qsTr("Send")
 
@@ -31,17 +31,17 @@ T.RoundButton {
         }
     }
     background: Rectangle {
-        radius: 18
+        radius: 18 * Theme.zoom
         color: root.enabled ? Theme.accent : Theme.hairline
 
         Rectangle {
             anchors.fill: parent
-            radius: 18
+            radius: 18 * Theme.zoom
             color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
         }
         FocusRing { // with a gap: it has the button's own colour
             anchors.margins: -2 * Theme.focusWidth
-            radius: 22
+            radius: 22 * Theme.zoom
             visible: root.visualFocus
         }
     }

@@ -19,9 +19,9 @@ Flow {
 
             required property string modelData
 
-            implicitWidth: Math.min(root.width, label.implicitWidth + 38)
-            implicitHeight: 26
-            radius: 13
+            implicitWidth: Math.min(root.width, label.implicitWidth + 38 * Theme.zoom)
+            implicitHeight: 26 * Theme.zoom
+            radius: 13 * Theme.zoom
             color: "transparent"
             border.width: 1
             border.color: Theme.hairline
@@ -29,17 +29,17 @@ Flow {
             Icon {
                 x: 9
                 anchors.verticalCenter: parent.verticalCenter
-                width: 14
-                height: 14
+                width: 14 * Theme.zoom
+                height: 14 * Theme.zoom
                 name: "globe"
                 color: Theme.secondary
             }
             CaptionText {
                 id: label
 
-                x: 28
+                x: 28 * Theme.zoom
                 anchors.verticalCenter: parent.verticalCenter
-                width: Math.min(implicitWidth, root.width - 38)
+                width: Math.min(implicitWidth, root.width - 38 * Theme.zoom)
                 text: chip.modelData
                 elide: Text.ElideMiddle
                 wrapMode: Text.NoWrap

@@ -35,8 +35,8 @@ ColumnLayout {
             Icon {
                 name: root.unfolded ? "chevron-down" : "chevron-right"
                 color: Theme.secondary
-                implicitWidth: 16
-                implicitHeight: 16
+                implicitWidth: 16 * Theme.zoom
+                implicitHeight: 16 * Theme.zoom
             }
             SmallText {
                 text: head.text

@@ -8,8 +8,8 @@ T.RoundButton {
 
     property bool shown: false
 
-    implicitWidth: 36
-    implicitHeight: 36
+    implicitWidth: 36 * Theme.zoom
+    implicitHeight: 36 * Theme.zoom
     visible: opacity > 0
     opacity: shown ? 1 : 0
     text: qsTr("Go to the end")
@@ -23,25 +23,25 @@ T.RoundButton {
     contentItem: Item {
         Icon {
             anchors.centerIn: parent
-            width: 18
-            height: 18
+            width: 18 * Theme.zoom
+            height: 18 * Theme.zoom
             name: "arrow-down"
             color: Theme.text
         }
     }
     background: Rectangle {
-        radius: 18
+        radius: 18 * Theme.zoom
         color: Theme.card
         border.width: 1
         border.color: Theme.hairline
 
         Rectangle {
             anchors.fill: parent
-            radius: 18
+            radius: 18 * Theme.zoom
             color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
         }
         FocusRing {
-            radius: 20
+            radius: 20 * Theme.zoom
             visible: root.visualFocus
         }
     }

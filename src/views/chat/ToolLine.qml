@@ -47,8 +47,8 @@ Column {
             Icon {
                 objectName: "toolMark"
                 anchors.verticalCenter: parent.verticalCenter
-                width: 16
-                height: 16
+                width: 16 * Theme.zoom
+                height: 16 * Theme.zoom
                 // Only what succeeded has a tick; of what was cut off in the middle nothing is known.
                 name: root.atWork ? "spark" : root.outcome === "finished" ? "check"
                     : root.outcome === "failed" || root.isRemark ? "warning" : root.outcome === "declined" ? "close"
@@ -59,7 +59,7 @@ Column {
                 id: words
 
                 anchors.verticalCenter: parent.verticalCenter
-                width: Math.min(implicitWidth, root.width - 56 - (ending.visible ? ending.implicitWidth + 8 : 0))
+                width: Math.min(implicitWidth, root.width - 56 * Theme.zoom - (ending.visible ? ending.implicitWidth + 8 : 0))
                 text: root.words
                 elide: Text.ElideRight
                 wrapMode: Text.Wrap
@@ -79,8 +79,8 @@ Column {
             Icon {
                 anchors.verticalCenter: parent.verticalCenter
                 visible: !root.isRemark
-                width: 16
-                height: 16
+                width: 16 * Theme.zoom
+                height: 16 * Theme.zoom
                 name: root.open ? "chevron-down" : "chevron-right"
                 color: Theme.secondary
             }

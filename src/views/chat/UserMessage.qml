@@ -36,22 +36,22 @@ Item {
 
         anchors.right: parent.right
         y: Theme.gap16
-        width: Math.max(words.width, unfold.visible ? unfold.width : 0) + 28
-        height: content.height + 20
+        width: Math.max(words.width, unfold.visible ? unfold.width : 0) + 28 * Theme.zoom
+        height: content.height + 20 * Theme.zoom
         radius: Theme.bubbleRadius
         color: Theme.bubble
 
         Column {
             id: content
 
-            x: 14
-            y: 10
+            x: 14 * Theme.zoom
+            y: 10 * Theme.zoom
             spacing: Theme.gap8
 
             FoldedText {
                 id: words
 
-                widest: root.widest - 28
+                widest: root.widest - 28 * Theme.zoom
                 shownText: root.text
             }
             PushButton {
@@ -81,8 +81,8 @@ Item {
         Icon {
             name: "paperclip"
             color: Theme.secondary
-            implicitWidth: 16
-            implicitHeight: 16
+            implicitWidth: 16 * Theme.zoom
+            implicitHeight: 16 * Theme.zoom
         }
         CaptionText {
             Layout.fillWidth: true

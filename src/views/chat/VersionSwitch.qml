@@ -21,7 +21,7 @@ RowLayout {
     // A button at the end of its way keeps the keyboard, so it stays enabled and only looks otherwise.
     IconButton {
         objectName: "formerVersion"
-        size: 28
+        size: 28 * Theme.zoom
         text: qsTr("Show the version before")
         glyph: "chevron-left"
         ink: root.version > 1 ? Theme.secondary : Theme.hairline
@@ -35,7 +35,7 @@ RowLayout {
     }
     IconButton {
         objectName: "nextVersion"
-        size: 28
+        size: 28 * Theme.zoom
         text: qsTr("Show the version after")
         glyph: "chevron-right"
         ink: root.version < root.count ? Theme.secondary : Theme.hairline

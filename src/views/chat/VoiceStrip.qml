@@ -17,7 +17,7 @@ RowLayout {
     LevelMeter {
         id: meter
 
-        Layout.preferredWidth: 64
+        Layout.preferredWidth: 64 * Theme.zoom
         Layout.leftMargin: Theme.gap4
         opacity: root.listening ? 1 : 0.4
         asks: root.listening
@@ -46,7 +46,7 @@ RowLayout {
         objectName: "cancelVoice"
         text: qsTr("Drop what was said (Esc)")
         glyph: "close"
-        size: 24
+        size: 24 * Theme.zoom
         focusPolicy: Qt.TabFocus
         onClicked: root.voice.cancel()
     }

@@ -13,7 +13,7 @@ T.RadioButton {
 
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
     implicitHeight: Theme.controlHeight
-    horizontalPadding: 14
+    horizontalPadding: 14 * Theme.zoom
 
     Accessible.name: text
     Keys.onReturnPressed: root.activate()

@@ -23,7 +23,7 @@ T.ToolTip {
         wrapMode: Text.NoWrap
     }
     background: Rectangle {
-        radius: 6
+        radius: 6 * Theme.zoom
         color: Theme.text
     }
 }

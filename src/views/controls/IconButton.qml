@@ -21,7 +21,7 @@ T.Button {
     contentItem: Item {
         Icon {
             anchors.centerIn: parent
-            width: Math.min(20, root.size - 12)
+            width: Math.min(20, root.size / Theme.zoom - 12) * Theme.zoom
             height: width
             name: root.glyph
             color: root.ink

@@ -5,9 +5,9 @@ import Morvane
 Rectangle {
     property alias text: label.text
 
-    implicitWidth: label.implicitWidth + 16
-    implicitHeight: 22
-    radius: 6
+    implicitWidth: label.implicitWidth + 16 * Theme.zoom
+    implicitHeight: 22 * Theme.zoom
+    radius: 6 * Theme.zoom
     color: Theme.code
     border.width: 1
     border.color: Theme.hairline

@@ -10,8 +10,8 @@ Rectangle {
 
     signal asked()
 
-    implicitWidth: 96
-    implicitHeight: 6
+    implicitWidth: 96 * Theme.zoom
+    implicitHeight: 6 * Theme.zoom
     radius: 3
     color: Theme.hairline
     Accessible.role: Accessible.ProgressBar

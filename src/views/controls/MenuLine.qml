@@ -4,8 +4,8 @@ import Morvane
 
 // Parts the entries of a menu.
 T.MenuSeparator {
-    implicitWidth: 172
-    implicitHeight: 9
+    implicitWidth: 172 * Theme.zoom
+    implicitHeight: 9 * Theme.zoom
 
     contentItem: Item {
         Rectangle {

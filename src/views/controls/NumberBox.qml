@@ -6,10 +6,10 @@ import Morvane
 T.SpinBox {
     id: root
 
-    implicitWidth: 132
+    implicitWidth: 132 * Theme.zoom
     implicitHeight: Theme.controlHeight
-    leftPadding: 10
-    rightPadding: 62
+    leftPadding: 10 * Theme.zoom
+    rightPadding: 62 * Theme.zoom
     editable: true
     inputMethodHints: Qt.ImhDigitsOnly
 
@@ -30,13 +30,13 @@ T.SpinBox {
         Accessible.name: root.Accessible.name
     }
     down.indicator: StepButton {
-        x: root.width - 60
+        x: root.width - 60 * Theme.zoom
         height: root.height
         text: "−"
         pressed: root.down.pressed
     }
     up.indicator: StepButton {
-        x: root.width - 30
+        x: root.width - 30 * Theme.zoom
         height: root.height
         text: "+"
         pressed: root.up.pressed
@@ -52,13 +52,13 @@ T.SpinBox {
         property alias text: sign.text
         property bool pressed: false
 
-        implicitWidth: 28
+        implicitWidth: 28 * Theme.zoom
         color: "transparent"
 
         Rectangle {
             anchors.fill: parent
             anchors.margins: 4
-            radius: 5
+            radius: 5 * Theme.zoom
             color: parent.pressed ? Theme.pressWash : Theme.hoverWash
         }
         SmallText {

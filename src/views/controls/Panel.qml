@@ -6,7 +6,7 @@ import Morvane
 T.Dialog {
     id: root
 
-    property int widest: 420
+    property int widest: 420 * Theme.zoom
     readonly property Item ground: T.Overlay.overlay
 
     parent: ground

@@ -6,7 +6,7 @@ import Morvane
 T.Menu {
     id: root
 
-    implicitWidth: 180
+    implicitWidth: 180 * Theme.zoom
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
     padding: 4
     margins: 8

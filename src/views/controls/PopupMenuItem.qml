@@ -8,11 +8,11 @@ T.MenuItem {
     property bool dangerous: false
     property bool offered: true // fits what the menu is about
 
-    implicitWidth: 172
+    implicitWidth: 172 * Theme.zoom
     implicitHeight: Theme.controlHeight
     height: offered ? implicitHeight : 0 // a menu shows all of its items
     activeFocusOnTab: offered && enabled // the arrow keys go by it
-    horizontalPadding: 10
+    horizontalPadding: 10 * Theme.zoom
 
     Accessible.name: text
     Accessible.ignored: !offered

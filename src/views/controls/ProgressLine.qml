@@ -7,7 +7,7 @@ Rectangle {
 
     property real progress: -1 // 0 to 1; below 0 where it isn't known
 
-    implicitHeight: 4
+    implicitHeight: 4 * Theme.zoom
     radius: 2
     color: Theme.hairline
 

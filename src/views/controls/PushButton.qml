@@ -13,9 +13,9 @@ T.Button {
         : rank === PushButton.Primary ? Theme.accentInk
         : rank === PushButton.Danger ? Theme.danger : Theme.text
 
-    implicitWidth: Math.max(72, implicitContentWidth + leftPadding + rightPadding)
+    implicitWidth: Math.max(72 * Theme.zoom, implicitContentWidth + leftPadding + rightPadding)
     implicitHeight: Math.max(Theme.controlHeight, implicitContentHeight + topPadding + bottomPadding)
-    horizontalPadding: 14
+    horizontalPadding: 14 * Theme.zoom
     verticalPadding: 6
 
     Accessible.name: text

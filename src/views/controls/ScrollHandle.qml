@@ -6,8 +6,8 @@ import Morvane
 T.ScrollBar {
     id: root
 
-    implicitWidth: 10
-    implicitHeight: 10
+    implicitWidth: 10 * Theme.zoom
+    implicitHeight: 10 * Theme.zoom
     padding: 2
     minimumSize: 0.06
     visible: size < 1

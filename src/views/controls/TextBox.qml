@@ -8,10 +8,10 @@ T.TextField {
 
     property bool hasProblem: false
 
-    implicitWidth: 240
+    implicitWidth: 240 * Theme.zoom
     implicitHeight: Math.max(Theme.controlHeight, contentHeight + topPadding + bottomPadding)
-    leftPadding: 10
-    rightPadding: 10
+    leftPadding: 10 * Theme.zoom
+    rightPadding: 10 * Theme.zoom
     topPadding: 6
     bottomPadding: 6
 

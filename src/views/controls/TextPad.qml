@@ -20,7 +20,7 @@ Rectangle {
 
     Flickable {
         anchors.fill: parent
-        anchors.margins: 10
+        anchors.margins: 10 * Theme.zoom
         boundsBehavior: Flickable.StopAtBounds
         clip: true
 
@@ -43,7 +43,7 @@ Rectangle {
     }
     SmallText {
         anchors.fill: parent
-        anchors.margins: 10
+        anchors.margins: 10 * Theme.zoom
         visible: field.length === 0 && field.preeditText.length === 0
         text: root.placeholderText
         color: Theme.disabled

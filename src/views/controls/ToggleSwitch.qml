@@ -11,17 +11,17 @@ T.Switch {
         root.toggled();
     }
 
-    implicitWidth: 40
-    implicitHeight: 24
+    implicitWidth: 40 * Theme.zoom
+    implicitHeight: 24 * Theme.zoom
 
     Accessible.name: text
     Keys.onReturnPressed: root.activate()
     Keys.onEnterPressed: root.activate()
 
     indicator: Rectangle {
-        width: 40
-        height: 24
-        radius: 12
+        width: 40 * Theme.zoom
+        height: 24 * Theme.zoom
+        radius: 12 * Theme.zoom
         color: root.checked ? Theme.accent : "transparent"
         border.width: root.checked ? 0 : 1
         border.color: Theme.outline
@@ -29,15 +29,15 @@ T.Switch {
         Rectangle {
             x: root.checked ? parent.width - width - 4 : 4
             anchors.verticalCenter: parent.verticalCenter
-            width: 16
-            height: 16
-            radius: 8
+            width: 16 * Theme.zoom
+            height: 16 * Theme.zoom
+            radius: 8 * Theme.zoom
             color: root.checked ? Theme.accentInk : Theme.outline
 
             Behavior on x { NumberAnimation { duration: Theme.press; easing.type: Easing.OutCubic } }
         }
         FocusRing {
-            radius: 14
+            radius: 14 * Theme.zoom
             visible: root.visualFocus
         }
     }

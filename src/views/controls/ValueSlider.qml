@@ -6,28 +6,28 @@ import Morvane
 T.Slider {
     id: root
 
-    implicitWidth: 180
-    implicitHeight: 24
+    implicitWidth: 180 * Theme.zoom
+    implicitHeight: 24 * Theme.zoom
 
     handle: Rectangle {
         x: root.leftPadding + root.visualPosition * (root.availableWidth - width)
         y: (root.height - height) / 2
-        width: 18
-        height: 18
-        radius: 9
+        width: 18 * Theme.zoom
+        height: 18 * Theme.zoom
+        radius: 9 * Theme.zoom
         color: root.pressed ? Theme.accent : Theme.card
         border.width: 2
         border.color: Theme.accent
 
         FocusRing {
-            radius: 11
+            radius: 11 * Theme.zoom
             visible: root.visualFocus
         }
     }
     background: Rectangle {
         y: (root.height - height) / 2
         width: root.width
-        height: 4
+        height: 4 * Theme.zoom
         radius: 2
         color: Theme.hairline
 

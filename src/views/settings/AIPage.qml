@@ -73,7 +73,7 @@ SettingsPage {
                 onMoved: root.settings.temperature = Math.round(value * 10) / 10
             }
             SmallText {
-                Layout.preferredWidth: 28
+                Layout.preferredWidth: 28 * Theme.zoom
                 text: Number(root.settings.temperature).toLocaleString(Qt.locale(), "f", 1)
                 color: Theme.text
                 horizontalAlignment: Text.AlignRight

@@ -33,8 +33,8 @@ ColumnLayout {
             visible: root.reason.length === 0
             name: "check"
             color: Theme.success
-            implicitWidth: 16
-            implicitHeight: 16
+            implicitWidth: 16 * Theme.zoom
+            implicitHeight: 16 * Theme.zoom
         }
     }
     CaptionText {

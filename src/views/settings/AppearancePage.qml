@@ -84,8 +84,35 @@ SettingsPage {
             }
         }
         SettingsRow {
+            title: qsTr("Zoom")
+            explanation: qsTr("Of everything, on top of the text size: %1 and %2, or Ctrl and the wheel.")
+                .arg(Keymap.zoomIn[0]).arg(Keymap.zoomOut)
+
+            IconButton {
+                objectName: "zoomOut"
+                text: qsTr("Show everything smaller")
+                glyph: "minus"
+                enabled: root.shell.zoom > root.shell.zooms[0]
+                onClicked: root.shell.zoomBy(-1)
+            }
+            PushButton {
+                objectName: "usualSize"
+                text: qsTr("%1 %").arg(root.shell.zoom)
+                Accessible.name: qsTr("%1 percent, press for the usual size").arg(root.shell.zoom)
+                onClicked: root.shell.zoomBy(0)
+            }
+            IconButton {
+                objectName: "zoomIn"
+                text: qsTr("Show everything larger")
+                glyph: "plus"
+                enabled: root.shell.zoom < root.shell.zooms[root.shell.zooms.length - 1]
+                onClicked: root.shell.zoomBy(1)
+            }
+        }
+        SettingsRow {
             title: qsTr("Reduce motion")
             explanation: qsTr("Keeps the ghost and the dots still; nothing slides.")
+                + (root.shell.reduceAnimation && !root.settings.reduceAnimation ? " " + qsTr("Your desktop asks for it already.") : "")
 
             ToggleSwitch {
                 objectName: "reduceMotion"

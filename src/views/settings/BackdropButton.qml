@@ -8,7 +8,7 @@ T.RadioButton {
 
     required property string name
 
-    implicitWidth: 44
+    implicitWidth: 44 * Theme.zoom
     implicitHeight: Theme.controlHeight
 
     Accessible.name: name

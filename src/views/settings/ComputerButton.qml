@@ -12,7 +12,7 @@ T.Button {
     property bool chosen: false
 
     objectName: "computer"
-    implicitWidth: Math.min(260, implicitContentWidth + leftPadding + rightPadding)
+    implicitWidth: Math.min(260 * Theme.zoom, implicitContentWidth + leftPadding + rightPadding)
     implicitHeight: implicitContentHeight + topPadding + bottomPadding
     horizontalPadding: Theme.gap12
     verticalPadding: Theme.gap8

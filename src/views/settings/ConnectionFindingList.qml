@@ -39,8 +39,8 @@ ColumnLayout {
 
             Icon {
                 Layout.alignment: Qt.AlignTop
-                implicitWidth: 16
-                implicitHeight: 16
+                implicitWidth: 16 * Theme.zoom
+                implicitHeight: 16 * Theme.zoom
                 name: row.works ? "check" : "warning"
                 color: row.works ? Theme.success : Theme.warning
             }

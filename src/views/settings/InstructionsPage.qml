@@ -59,7 +59,7 @@ SettingsPage {
 
                 objectName: "instructions"
                 Layout.fillWidth: true
-                implicitHeight: 260
+                implicitHeight: 260 * Theme.zoom
                 enabled: root.instructions.problem.length === 0
                 text: root.instructions.text
                 placeholderText: root.instructions.defaultText

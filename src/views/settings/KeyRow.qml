@@ -26,7 +26,7 @@ SettingsRow {
         id: field
 
         objectName: "key"
-        Layout.preferredWidth: root.hasKey ? 136 : 216
+        Layout.preferredWidth: (root.hasKey ? 136 : 216) * Theme.zoom
         echoMode: TextInput.Password
         placeholderText: root.hasKey ? qsTr("A new key") : ""
         inputMethodHints: Qt.ImhHiddenText | Qt.ImhSensitiveData | Qt.ImhNoPredictiveText

@@ -73,7 +73,7 @@ SettingsCard {
             id: another
 
             objectName: "anotherModel"
-            Layout.preferredWidth: 180
+            Layout.preferredWidth: 180 * Theme.zoom
             placeholderText: "llama3.2:3b"
             inputMethodHints: Qt.ImhNoPredictiveText
             Accessible.name: qsTr("Another model")

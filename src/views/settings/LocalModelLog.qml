@@ -12,7 +12,7 @@ Panel {
     required property ShellViewModel shell
 
     title: qsTr("Local AI setup log")
-    widest: 640
+    widest: 640 * Theme.zoom
     onOpened: closeButton.forceActiveFocus(Qt.TabFocusReason)
 
     contentItem: ColumnLayout {

@@ -21,8 +21,8 @@ RowLayout {
     Accessible.name: name + (size.length > 0 ? ", " + size : "") + (inUse ? ", " + qsTr("in use") : "")
 
     Icon {
-        Layout.preferredWidth: 16
-        Layout.preferredHeight: 16
+        Layout.preferredWidth: 16 * Theme.zoom
+        Layout.preferredHeight: 16 * Theme.zoom
         name: "check"
         color: root.inUse ? Theme.success : "transparent"
     }

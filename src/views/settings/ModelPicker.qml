@@ -21,7 +21,7 @@ T.Popup {
     }
 
     objectName: "modelPicker"
-    implicitWidth: 300
+    implicitWidth: 300 * Theme.zoom
     implicitHeight: column.implicitHeight + 2 * padding
     padding: 6
     margins: 8
@@ -89,7 +89,7 @@ T.Popup {
 
             objectName: "modelList"
             width: parent.width
-            height: Math.min(contentHeight, 320)
+            height: Math.min(contentHeight, 320 * Theme.zoom)
             clip: true
             currentIndex: -1
             cacheBuffer: 0 // a row still being made for it would be asked of a list that has become shorter

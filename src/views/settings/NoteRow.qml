@@ -29,7 +29,7 @@ RowLayout {
     }
 
     Layout.fillWidth: true
-    Layout.minimumHeight: 40
+    Layout.minimumHeight: 40 * Theme.zoom
     spacing: Theme.gap8
 
     Accessible.role: Accessible.ListItem

@@ -54,8 +54,8 @@ Item {
             id: drawing
 
             x: when.x + when.width + Theme.gap12
-            width: 16
-            height: 16
+            width: 16 * Theme.zoom
+            height: 16 * Theme.zoom
             name: root.mark === "verified" ? "sealed" : root.mark === "refused" ? "warning" : "pin"
             color: root.mark === "verified" ? Theme.success : root.mark === "refused" ? Theme.warning : Theme.secondary
         }
@@ -84,8 +84,8 @@ Item {
             id: sign
 
             x: parent.width - Theme.gap16 - width
-            width: 14
-            height: 14
+            width: 14 * Theme.zoom
+            height: 14 * Theme.zoom
             name: root.opened ? "chevron-down" : "chevron-right"
             color: Theme.secondary
         }

@@ -21,7 +21,7 @@ ColumnLayout {
 
         TextBox {
             objectName: "address"
-            Layout.preferredWidth: 300
+            Layout.preferredWidth: 300 * Theme.zoom
             text: root.settings.baseURLString
             placeholderText: "http://localhost:11434/v1"
             hasProblem: root.ai.addressProblem.length > 0
@@ -37,7 +37,7 @@ ColumnLayout {
 
         TextBox {
             objectName: "model"
-            Layout.preferredWidth: 300 - pick.width - 8
+            Layout.preferredWidth: 300 * Theme.zoom - pick.width - 8
             text: root.settings.model
             Accessible.name: qsTr("Model")
             onTextEdited: root.settings.model = text

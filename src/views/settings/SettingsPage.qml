@@ -28,7 +28,7 @@ Flickable {
 
         x: Math.max(Theme.gap24, (root.width - width) / 2)
         y: Theme.gap24
-        width: Math.min(560, root.width - 2 * Theme.gap24)
+        width: Math.min(560 * Theme.zoom, root.width - 2 * Theme.gap24)
         spacing: Theme.gap16
 
         PlainText {

@@ -12,7 +12,7 @@ Item {
     default property alias control: controls.data
 
     Layout.fillWidth: true
-    implicitHeight: Math.max(48, Math.max(words.height, controls.height) + 2 * Theme.gap8)
+    implicitHeight: Math.max(48 * Theme.zoom, Math.max(words.height, controls.height) + 2 * Theme.gap8)
 
     // By anchors: words that wrap in a layout beside controls of their own size are laid out in rounds.
     Column {

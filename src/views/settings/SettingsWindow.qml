@@ -59,6 +59,7 @@ T.ApplicationWindow {
         onActivated: root.close()
     }
     FocusKeeper { home: scope }
+    ZoomKeys { shell: root.shell }
     TextMenus {}
     FocusScope {
         id: scope
@@ -76,7 +77,7 @@ T.ApplicationWindow {
 
         SettingsMenu {
             Layout.fillHeight: true
-            implicitWidth: 200
+            implicitWidth: 200 * Theme.zoom
             currentPage: root.page
             onChosen: page => root.page = page
         }

@@ -117,7 +117,7 @@ Item {
             anchors.right: parent.right
             anchors.rightMargin: 2
             anchors.verticalCenter: parent.verticalCenter
-            size: 28
+            size: 28 * Theme.zoom
             visible: !root.renaming && (hover.hovered || root.marked || activeFocus || root.menuOpen)
             text: qsTr("Rename or delete “%1”").arg(root.title)
             glyph: "more"

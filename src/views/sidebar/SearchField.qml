@@ -16,8 +16,8 @@ TextBox {
     }
 
     placeholderText: qsTr("Search chats")
-    leftPadding: 34
-    rightPadding: 34
+    leftPadding: 34 * Theme.zoom
+    rightPadding: 34 * Theme.zoom
     inputMethodHints: Qt.ImhNoPredictiveText
     Accessible.name: qsTr("Search chats")
 
@@ -27,18 +27,18 @@ TextBox {
     Keys.onEnterPressed: root.resultsWanted()
 
     Icon {
-        x: 10
+        x: 10 * Theme.zoom
         anchors.verticalCenter: parent.verticalCenter
         name: "search"
         color: Theme.secondary
-        implicitWidth: 16
-        implicitHeight: 16
+        implicitWidth: 16 * Theme.zoom
+        implicitHeight: 16 * Theme.zoom
     }
     IconButton {
         anchors.right: parent.right
         anchors.rightMargin: 2
         anchors.verticalCenter: parent.verticalCenter
-        size: 28
+        size: 28 * Theme.zoom
         visible: root.length > 0
         text: qsTr("Clear the search")
         glyph: "close"

@@ -127,7 +127,7 @@ Rectangle {
         objectName: "speechBubble"
         x: Theme.gap8
         anchors.bottom: parent.bottom
-        anchors.bottomMargin: 60
+        anchors.bottomMargin: 60 * Theme.zoom
         companion: root.companion
     }
     Rectangle {

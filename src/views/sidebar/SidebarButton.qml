@@ -23,8 +23,8 @@ T.Button {
         Icon {
             name: root.glyph
             color: Theme.text
-            implicitWidth: 18
-            implicitHeight: 18
+            implicitWidth: 18 * Theme.zoom
+            implicitHeight: 18 * Theme.zoom
         }
         PlainText {
             Layout.fillWidth: true

@@ -18,7 +18,7 @@ RowLayout {
         Layout.leftMargin: Theme.gap12
         Layout.topMargin: Theme.gap8
         Layout.bottomMargin: Theme.gap8
-        size: 40
+        size: 40 * Theme.zoom
         companion: root.companion
     }
     Item { Layout.fillWidth: true }

@@ -34,8 +34,8 @@ T.Button {
         Icon {
             name: root.sources.glyph
             color: Theme.text
-            implicitWidth: 18
-            implicitHeight: 18
+            implicitWidth: 18 * Theme.zoom
+            implicitHeight: 18 * Theme.zoom
         }
         ColumnLayout {
             id: words
@@ -61,8 +61,8 @@ T.Button {
         Icon {
             name: "chevron-down"
             color: Theme.secondary
-            implicitWidth: 14
-            implicitHeight: 14
+            implicitWidth: 14 * Theme.zoom
+            implicitHeight: 14 * Theme.zoom
         }
     }
     background: Rectangle {

@@ -21,7 +21,7 @@ T.Popup {
     }
 
     objectName: "sourceMenu"
-    implicitWidth: 340
+    implicitWidth: 340 * Theme.zoom
     implicitHeight: column.implicitHeight + 2 * padding
     padding: 6
     margins: 8

@@ -69,8 +69,8 @@ Item {
             visible: root.inUse
             name: "check"
             color: Theme.accent
-            implicitWidth: 16
-            implicitHeight: 16
+            implicitWidth: 16 * Theme.zoom
+            implicitHeight: 16 * Theme.zoom
         }
     }
 }

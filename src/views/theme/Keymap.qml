@@ -30,6 +30,9 @@ QtObject {
     readonly property string toEnd: "Alt+End"
     readonly property string lock: "Ctrl+L"
     readonly property string sheet: "Ctrl+?"
+    readonly property var zoomIn: ["Ctrl++", "Ctrl+="] // the second where plus needs Shift
+    readonly property string zoomOut: "Ctrl+-"
+    readonly property string usualSize: "Ctrl+0"
     readonly property string quit: "Ctrl+Q"
 
     readonly property var sheetRows: (talk.length > 0 ? [{ keys: talk, action: "Hold to talk, Esc drops it" }] : []).concat([
@@ -51,6 +54,8 @@ QtObject {
         { keys: "F2", action: "Rename the chat under the list's marker" },
         { keys: "Delete", action: "Delete the chat under the list's marker" },
         { keys: sidebar, action: "Show or hide the list of chats" },
+        { keys: zoomIn[0] + ", " + zoomOut, action: "Show everything larger, smaller" },
+        { keys: usualSize, action: "Show everything at its usual size" },
         { keys: settings, action: "Settings" },
         { keys: lock, action: "Lock, where that is switched on in the settings" },
         { keys: sheet, action: "This list" },

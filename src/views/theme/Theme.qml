@@ -2,11 +2,14 @@ pragma Singleton
 
 import QtQuick
 
-// Every colour, size, distance and duration of the window. The window sets the first five.
+// Every colour, size, distance and duration of the window. The window sets the first eight.
 QtObject {
     property bool dark: false
     property string backdrop // of the gallery appearance, which is dark; empty for none
-    property real textScale: 1
+    property string desktopAccent // stands out from every ground; empty for none
+    property bool highContrast: false
+    property real textScale: 1 // zoomed
+    property real zoom: 1 // of distances and of what isn't text
     property bool reduceAnimation: false
     property bool rings: false // on what has the focus, controls aside: Tab led there
 
@@ -26,12 +29,12 @@ QtObject {
     readonly property color floating: gallery ? "#1D1C27" : card // never shows what is below
     readonly property color bubble: gallery ? "#33FFFFFF" : dark ? "#2B2C37" : "#E9EAF2"
     readonly property color code: gallery ? "#B30E0E14" : dark ? "#1C1C22" : "#F3F3F6"
-    readonly property color text: dark ? "#ECECF1" : "#1B1B21"
-    readonly property color secondary: gallery ? "#D2D2DE" : dark ? "#A9A9B7" : "#585866"
-    readonly property color disabled: gallery ? "#B4B4C2" : dark ? "#8A8A99" : "#767684"
-    readonly property color hairline: gallery ? "#2EFFFFFF" : dark ? "#33333D" : "#DEDEE6"
-    readonly property color outline: gallery ? "#A0A0B4" : dark ? "#76768D" : "#85859A"
-    readonly property color accent: dark ? "#A7B0FF" : "#4350C8"
+    readonly property color text: highContrast ? (dark ? "#FFFFFF" : "#000000") : dark ? "#ECECF1" : "#1B1B21"
+    readonly property color secondary: highContrast ? (dark ? "#E6E6EE" : "#2A2A33") : gallery ? "#D2D2DE" : dark ? "#A9A9B7" : "#585866"
+    readonly property color disabled: highContrast ? (dark ? "#BDBDCA" : "#55555F") : gallery ? "#B4B4C2" : dark ? "#8A8A99" : "#767684"
+    readonly property color hairline: highContrast ? outline : gallery ? "#2EFFFFFF" : dark ? "#33333D" : "#DEDEE6"
+    readonly property color outline: highContrast ? (dark ? "#C6C6D4" : "#4A4A55") : gallery ? "#A0A0B4" : dark ? "#76768D" : "#85859A"
+    readonly property color accent: desktopAccent.length > 0 ? desktopAccent : highContrast ? (dark ? "#C9CFFF" : "#2B36A0") : dark ? "#A7B0FF" : "#4350C8"
     readonly property color accentInk: dark ? "#17171B" : "#FFFFFF"
     readonly property color success: dark ? "#6CCB93" : "#1B7340"
     readonly property color warning: dark ? "#E3B341" : "#875300"
@@ -42,7 +45,7 @@ QtObject {
     readonly property color scrim: dark ? "#A0000000" : "#66101018"
 
     // Washes over whatever is below: a pointer over a control, a control held down, the row of the open chat.
-    readonly property color hoverWash: dark ? "#12FFFFFF" : "#0A101030"
+    readonly property color hoverWash: highContrast ? pressWash : dark ? "#12FFFFFF" : "#0A101030"
     readonly property color pressWash: dark ? "#20FFFFFF" : "#16101030"
     readonly property color currentWash: dark ? "#1AFFFFFF" : "#12101030"
     readonly property color selection: dark ? "#4B5296" : "#C9CEF6"
@@ -76,24 +79,24 @@ QtObject {
     readonly property string monoFamily: "monospace"
 
     // Distances on a grid of 4.
-    readonly property int gap4: 4
-    readonly property int gap8: 8
-    readonly property int gap12: 12
-    readonly property int gap16: 16
-    readonly property int gap24: 24
-    readonly property int gap32: 32
+    readonly property int gap4: Math.round(4 * zoom)
+    readonly property int gap8: Math.round(8 * zoom)
+    readonly property int gap12: Math.round(12 * zoom)
+    readonly property int gap16: Math.round(16 * zoom)
+    readonly property int gap24: Math.round(24 * zoom)
+    readonly property int gap32: Math.round(32 * zoom)
 
-    readonly property int controlRadius: 8
-    readonly property int panelRadius: 12
-    readonly property int cardRadius: 16
-    readonly property int bubbleRadius: 18
-    readonly property int composerRadius: 24
+    readonly property int controlRadius: Math.round(8 * zoom)
+    readonly property int panelRadius: Math.round(12 * zoom)
+    readonly property int cardRadius: Math.round(16 * zoom)
+    readonly property int bubbleRadius: Math.round(18 * zoom)
+    readonly property int composerRadius: Math.round(24 * zoom)
 
-    readonly property int controlHeight: Math.round(32 * Math.max(1, textScale))
-    readonly property int rowHeight: Math.round(36 * Math.max(1, textScale))
-    readonly property int columnWidth: 720
-    readonly property int wideColumnWidth: 880 // of tables
-    readonly property int focusWidth: 2
+    readonly property int controlHeight: Math.round(32 * Math.max(zoom, textScale))
+    readonly property int rowHeight: Math.round(36 * Math.max(zoom, textScale))
+    readonly property int columnWidth: Math.round(720 * zoom)
+    readonly property int wideColumnWidth: Math.round(880 * zoom) // of tables
+    readonly property int focusWidth: highContrast ? 3 : 2
 
     // Motion, in milliseconds; a reduced one keeps short fades and nothing that moves.
     readonly property int press: reduceAnimation ? 0 : 100

@@ -48,8 +48,8 @@ Rectangle {
                 spacing: Theme.gap16
 
                 Icon {
-                    implicitWidth: 24
-                    implicitHeight: 24
+                    implicitWidth: 24 * Theme.zoom
+                    implicitHeight: 24 * Theme.zoom
                     name: root.glyph
                     color: root.open ? Theme.accent : Theme.secondary
                 }
@@ -67,8 +67,8 @@ Rectangle {
                     }
                 }
                 Icon {
-                    implicitWidth: 16
-                    implicitHeight: 16
+                    implicitWidth: 16 * Theme.zoom
+                    implicitHeight: 16 * Theme.zoom
                     name: root.open ? "chevron-down" : "chevron-right"
                     color: Theme.secondary
                 }

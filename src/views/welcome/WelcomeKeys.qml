@@ -58,7 +58,7 @@ ColumnLayout {
 
         Ghost {
             Layout.leftMargin: Theme.gap16
-            size: 96
+            size: 96 * Theme.zoom
             companion: root.companion
         }
         ColumnLayout {

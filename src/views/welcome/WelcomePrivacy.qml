@@ -59,8 +59,8 @@ ColumnLayout {
 
                 Icon {
                     Layout.alignment: Qt.AlignTop
-                    implicitWidth: 24
-                    implicitHeight: 24
+                    implicitWidth: 24 * Theme.zoom
+                    implicitHeight: 24 * Theme.zoom
                     name: card.modelData.glyph
                     color: Theme.accent
                 }

@@ -22,8 +22,8 @@ Row {
             required property int index
 
             width: index === root.current ? 24 : 8
-            height: 8
-            radius: 4
+            height: 8 * Theme.zoom
+            radius: 4 * Theme.zoom
             color: index <= root.current ? Theme.accent : Theme.hairline
 
             Behavior on width { NumberAnimation { duration: Theme.expand; easing.type: Easing.OutCubic } }

@@ -81,7 +81,7 @@ T.ApplicationWindow {
 
                 x: (pages.width - width) / 2
                 y: Theme.gap24
-                width: Math.min(600, pages.width - 2 * Theme.gap32)
+                width: Math.min(600 * Theme.zoom, pages.width - 2 * Theme.gap32)
                 implicitHeight: root.step === 0 ? source.implicitHeight
                     : root.step === 1 ? privacy.implicitHeight : keys.implicitHeight
 
