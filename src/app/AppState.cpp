@@ -33,7 +33,8 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
     , m_assistant(commandLine, m_storage, secrets, desktop, clock, work)
     , m_voice(voice, m_storage, m_assistant, clock, work)
     , m_lock(lock, m_storage, m_voice, secrets, clock, work)
-    , m_presentation(m_storage, m_assistant, m_voice, m_lock, secrets, clock, work, notifications)
+    , m_about(m_storage, work)
+    , m_presentation(m_storage, m_assistant, m_voice, m_lock, m_about, secrets, clock, work, notifications)
     , m_sealingWatch(m_storage, *m_presentation.shell, clock, work)
     , m_storeNotices(m_storage, *m_presentation.shell, work)
 {
@@ -124,6 +125,7 @@ void AppState::start(FirstWindow window)
         showFirstWindow();
     showWhatChangedNotice();
     m_storeNotices.start();
+    m_about.tellOfCrash(*m_presentation.shell);
     Log::info(Log::Category::App, "Application started (%s)"_L1, {SettingsStore::versionText()});
     didBecomeActive();
     m_modelWaitsForKey = m_lock.service->isLocked(); // it is checked against a sealed record

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/AboutParts.h"
 #include "app/AppLock.h"
 #include "app/Assistant.h"
 #include "app/DesktopHands.h"
@@ -67,6 +68,7 @@ private:
     Assistant m_assistant;
     Voice m_voice;
     AppLock m_lock;
+    AboutParts m_about;
     Presentation m_presentation;
     SealingWatch m_sealingWatch;
     StoreNotices m_storeNotices;

@@ -1,5 +1,6 @@
 #include "app/MainWindowController.h"
 
+#include "app/AboutParts.h"
 #include "app/Presentation.h"
 #include "app/WindowMemory.h"
 #include "persistence/SettingsStore.h"
@@ -10,6 +11,7 @@
 #include "view_models/find/FindViewModel.h"
 #include "view_models/settings/AISettingsViewModel.h"
 #include "view_models/settings/AbilitiesViewModel.h"
+#include "view_models/settings/AboutViewModel.h"
 #include "view_models/settings/AppLockViewModel.h"
 #include "view_models/settings/CalendarsViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
@@ -118,6 +120,7 @@ void MainWindowController::showContent()
                                 {u"shell"_s, QVariant::fromValue(m_presentation.shell.get())},
                                 {u"companion"_s, QVariant::fromValue(m_presentation.companion.get())},
                                 {u"lock"_s, QVariant::fromValue(m_presentation.lock.get())},
+                                {u"about"_s, QVariant::fromValue(m_presentation.about.page.get())},
                                 {u"place"_s, m_place}});
     if (m_content)
         m_content->setFocus(true);

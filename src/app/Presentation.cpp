@@ -69,7 +69,7 @@ QStringList textsOf(const std::vector<MemoryStore::Fact> &facts)
 } // namespace
 
 Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice, AppLock &lock,
-                           const Secrets &secrets, Clock &clock, Work &work, ReplyNotifying *notifications)
+                           const AboutParts &aboutParts, const Secrets &secrets, Clock &clock, Work &work, ReplyNotifying *notifications)
     : settings(*storage.settings)
     , memory(std::make_unique<WindowMemory>(storage.folders, *storage.repository, clock))
     , companion(std::make_unique<CompanionViewModel>(clock))
@@ -139,6 +139,7 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
           settings, storage.startupError ? storage.startupError->userMessage() : QString(),
           storage.startupAdvice()))
     , lock(std::make_unique<AppLockViewModel>(*lock.service, *lock.passphrase, settings))
+    , about(aboutParts)
 {
     QObject::connect(chat.get(), &ChatViewModel::conversationsChanged, conversations.get(),
                      &ConversationListModel::refresh);

@@ -38,6 +38,7 @@ class WindowMemory;
 class Work;
 struct AppLock;
 struct Assistant;
+struct AboutParts;
 struct Secrets;
 struct Storage;
 struct Voice;
@@ -45,8 +46,8 @@ struct Voice;
 // What the window binds to. What the constructor takes outlives this.
 struct Presentation {
     // `notifications` may be null.
-    Presentation(Storage &storage, Assistant &assistant, Voice &voice, AppLock &lock, const Secrets &secrets,
-                 Clock &clock, Work &work, ReplyNotifying *notifications);
+    Presentation(Storage &storage, Assistant &assistant, Voice &voice, AppLock &lock, const AboutParts &about,
+                 const Secrets &secrets, Clock &clock, Work &work, ReplyNotifying *notifications);
     ~Presentation();
 
     // No opened text is left in what the window binds to, until the chat reveals its own.
@@ -81,6 +82,7 @@ struct Presentation {
     const std::unique_ptr<ScreenTestViewModel> screenTest;
     const std::unique_ptr<ShellViewModel> shell;
     const std::unique_ptr<AppLockViewModel> lock;
+    const AboutParts &about;
 };
 
 } // namespace morvane

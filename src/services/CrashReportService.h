@@ -8,8 +8,8 @@ namespace morvane {
 class SettingsRepository;
 struct SupportFolders;
 
-// The reports of crashes that lie on this machine: where they lie, and reading and deleting them. They are never
-// sent. Main thread.
+// The reports of crashes that lie on this machine: where they lie, and reading and deleting them. They are
+// never sent. Main thread.
 class CrashReportService {
 public:
     static constexpr int kept = 5; // the newest

@@ -34,6 +34,7 @@ FocusScope {
     required property ShellViewModel shell
     required property CompanionViewModel companion
     required property AppLockViewModel lock
+    required property AboutViewModel about
     property var place: ({}) // where the person had been, for a content that takes a former one's place
 
     readonly property bool narrow: width < 800 * Theme.zoom
@@ -99,6 +100,7 @@ FocusScope {
                 recognition: window.recognition,
                 screenTest: window.screenTest,
                 lock: window.lock,
+                about: window.about,
                 shell: window.shell
             });
         const opened = settingsLoader.item as SettingsWindow;
@@ -324,6 +326,11 @@ FocusScope {
             opened.left.connect(() => Qt.callLater(window.leaveWelcome));
             opened.ledgerChosen.connect(window.openLedger);
         }
+    }
+    Connections {
+        target: window.about
+
+        function onPageRequested() { window.openSettingsAt("about"); }
     }
     Connections {
         target: window.shell

@@ -75,7 +75,8 @@ TEST_P(CrashHandlerTest, EachCrashSaysWhereAndNothingOfWhatStoodInMemory)
 INSTANTIATE_TEST_SUITE_P(
     EveryWay, CrashHandlerTest,
     testing::Values(Way{"segv", SIGSEGV, u"SIGSEGV"_s}, Way{"abort", SIGABRT, u"SIGABRT"_s},
-                    Way{"overflow", SIGSEGV, u"SIGSEGV"_s}, Way{"jump", SIGSEGV, u"SIGSEGV"_s, u"main"_s, u"  0  outside of every module\n"_s},
+                    Way{"overflow", SIGSEGV, u"SIGSEGV"_s},
+                    Way{"jump", SIGSEGV, u"SIGSEGV"_s, u"main"_s, u"  0  outside of every module\n"_s},
                     Way{"throw", SIGABRT,
                         u"SIGABRT, an exception that nobody caught, of the type St13runtime_error"_s},
                     Way{"fatal", SIGABRT, u"SIGABRT, a fatal message of Qt"_s},

@@ -10,8 +10,8 @@
 #include <cstring>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -41,7 +41,8 @@ void crash(const std::string &way)
     else if (way == "fatal")
         qFatal("%s", words.c_str());
     else if (way == "jump") // to where no module is: the words, taken for an address of 46 bits
-        reinterpret_cast<void (*)()>(*reinterpret_cast<const std::uintptr_t *>(words.data()) & 0x3fff'ffff'ffff)();
+        reinterpret_cast<void (*)()> (*reinterpret_cast<const std::uintptr_t *>(words.data()) &
+                                      0x3fff'ffff'ffff)();
 }
 
 } // namespace

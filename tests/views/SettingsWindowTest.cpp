@@ -1,5 +1,6 @@
 #include "WindowFixture.h"
 
+#include "app/AboutParts.h"
 #include "ai/prompts/SystemPromptStore.h"
 #include "memory/MemoryStore.h"
 #include "network/NetworkLedger.h"
@@ -7,14 +8,18 @@
 #include "services/WebAccessError.h"
 #include "support/ScriptedServer.h"
 #include "utils/files/PrivateFile.h"
+#include "utils/text/Product.h"
 #include "view_models/AccentInk.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/settings/AISettingsViewModel.h"
+#include "view_models/settings/AboutViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
 #include "view_models/settings/NetworkLedgerViewModel.h"
 #include "view_models/settings/PrivacyViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
 
+#include <QDir>
+#include <QFile>
 #include <QLocale>
 #include <QSignalSpy>
 #include <QTest>
@@ -447,6 +452,49 @@ TEST_F(SettingsWindowTest, AllIsDeletedOnlyOnceThatWasTyped)
     click(control(u"confirmErasure"_s));
     EXPECT_EQ(confirmed.count(), 1);
     pressKey(Qt::Key_Escape);
+}
+
+TEST_F(SettingsWindowTest, AReportOfAProblemIsReadBeforeItIsSavedAndGoesWithTheWindow)
+{
+    AboutViewModel &about = *m_app->presentation().about.page;
+    turnTo(u"about"_s);
+    EXPECT_TRUE(says(u"MorvaneGPT "_s + Product::version));
+    EXPECT_TRUE(eventually([this] { return says(u"Built by yourself"_s); }));
+    click(control(u"reportProblem"_s));
+    ASSERT_TRUE(eventually([this] { return control(u"saveReader"_s) != nullptr; }));
+    EXPECT_TRUE(about.readerText().contains(u"Qt platform: offscreen"_s));
+    EXPECT_TRUE(says(u"Settings that were changed"_s));
+    EXPECT_FALSE(about.save(QUrl(u"file:///dev/null/x.txt"_s)));
+    EXPECT_TRUE(says(u"could not be saved"_s));
+    const QString path = m_profile.filePath(u"problem.txt"_s);
+    EXPECT_TRUE(about.save(QUrl::fromLocalFile(path)));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(QString::fromUtf8(file.readAll()), about.readerText());
+    pressKey(Qt::Key_Escape);
+    EXPECT_TRUE(eventually([&] { return about.readerTitle().isEmpty(); }));
+    for (const auto &read :
+         {&AboutViewModel::readReleaseNotes, &AboutViewModel::readThreatModel, &AboutViewModel::readGuide}) {
+        (about.*read)();
+        EXPECT_TRUE(about.readerText().size() > 2000 &&
+                    !about.readerText().contains(u"]("_s + u"screenshots"_s));
+    }
+    about.closeReader();
+}
+
+TEST_F(SettingsWindowTest, ACrashIsToldOfAtTheNextStartAndShownOnTheAboutPage)
+{
+    const QString folder = m_profile.filePath(u"state/ai.morvane.macos/"_s);
+    PrivateFile::write(folder + u"crash-000000000001-1.txt"_s, "Cause: a <b>test</b>");
+    m_app->start();
+    ASSERT_TRUE(eventually([this] { return shows(u"ended unexpectedly"_s); }));
+    click(named(u"Show"_s));
+    ASSERT_TRUE(eventually([this] { return says(u"Cause: a <b>test</b>"_s); })) << "as it is written";
+    pressKey(Qt::Key_Escape);
+    ASSERT_TRUE(eventually([this] { return control(u"deleteCrashes"_s) != nullptr; }));
+    click(control(u"deleteCrashes"_s));
+    EXPECT_TRUE(eventually([this] { return says(u"No report of a crash"_s); }));
+    EXPECT_EQ(QDir(folder).entryList(QDir::Files), QStringList());
 }
 
 TEST_F(SettingsWindowTest, TheLedgerIsFollowedOnlyWhileItIsShown)

@@ -44,11 +44,12 @@ struct Watched {
     int number;
     const char *name;
 };
-constexpr std::array watched{Watched{SIGSEGV, "SIGSEGV"}, Watched{SIGBUS, "SIGBUS"},   Watched{SIGILL, "SIGILL"},
-                             Watched{SIGFPE, "SIGFPE"},   Watched{SIGABRT, "SIGABRT"}, Watched{SIGTRAP, "SIGTRAP"},
+constexpr std::array watched{Watched{SIGSEGV, "SIGSEGV"}, Watched{SIGBUS, "SIGBUS"},
+                             Watched{SIGILL, "SIGILL"},   Watched{SIGFPE, "SIGFPE"},
+                             Watched{SIGABRT, "SIGABRT"}, Watched{SIGTRAP, "SIGTRAP"},
                              Watched{SIGSYS, "SIGSYS"}};
-constexpr int deepest = 64;            // calls
-constexpr unsigned patience = 10;      // seconds that a report may take
+constexpr int deepest = 64;       // calls
+constexpr unsigned patience = 10; // seconds that a report may take
 constexpr std::size_t stackBytes = 1 << 16;
 
 enum class Cause { signal, terminate, fatalMessage };
@@ -231,14 +232,15 @@ void putHead(int file, int number, std::time_t now)
     putTime(line, now);
     line << "\nCause: " << (known == watched.end() ? "signal" : known->name);
     putCause(line);
-    line << "\nThread: " << (::gettid() == mainThread ? "main" : "another") << "\n\n"
-         << "The calls that led there, the last one first, each as a module and an offset in it. Nothing that "
-            "stood in memory is in this file.\n";
+    line
+        << "\nThread: " << (::gettid() == mainThread ? "main" : "another") << "\n\n"
+        << "The calls that led there, the last one first, each as a module and an offset in it. Nothing that "
+           "stood in memory is in this file.\n";
     line.writeTo(file);
 }
 
-// From the call that crashed on: those above it are of the handler. The unwinder reads the code of each call, which
-// a broken pointer has none of.
+// From the call that crashed on: those above it are of the handler. The unwinder reads the code of each call,
+// which a broken pointer has none of.
 void putCalls(int file, const ucontext_t &context)
 {
     void *const crash = whereItWas(context);

@@ -8,13 +8,14 @@ namespace morvane {
 // modules and offsets in them. Nothing that stood in memory is in a report: no text, no value, no address of
 // data, and of an exception only its type. Core files stay off (ProcessPrivacy).
 //
-// What runs in the crashed process calls the kernel, the lock-free part of the dynamic loader and the unwinder,
-// and allocates nothing. A stack that is full is told of by the main thread alone, which has a second one.
+// What runs in the crashed process calls the kernel, the lock-free part of the dynamic loader and the
+// unwinder, and allocates nothing. A stack that is full is told of by the main thread alone, which has a
+// second one.
 namespace CrashHandler {
 
-// Once, on the main thread, before others are started. `folder` is made if need be, mode 0700; a report there is
-// `crash-SECONDS-PROCESS.txt`, mode 0600, and beside `kept` of them the oldest gives way. Under a sanitizer,
-// which tells of crashes itself, nothing is done.
+// Once, on the main thread, before others are started. `folder` is made if need be, mode 0700; a report there
+// is `crash-SECONDS-PROCESS.txt`, mode 0600, and beside `kept` of them the oldest gives way. Under a
+// sanitizer, which tells of crashes itself, nothing is done.
 void install(const QString &folder, int kept);
 
 // Whether install() does anything in this build.

@@ -1,5 +1,7 @@
 #include "utils/log/Log.h"
 
+#include "utils/log/RecentLog.h"
+
 #include <QLoggingCategory>
 
 #include <algorithm>
@@ -82,11 +84,13 @@ QString Log::format(QLatin1StringView format, const std::vector<Argument> &argum
 
 void Log::info(Category category, QLatin1StringView format, const std::vector<Argument> &arguments)
 {
+    RecentLog::note(QLatin1StringView(qtCategory(category).categoryName()), format, arguments);
     qCInfo(qtCategory(category)).noquote() << Log::format(format, arguments);
 }
 
 void Log::error(Category category, QLatin1StringView format, const std::vector<Argument> &arguments)
 {
+    RecentLog::note(QLatin1StringView(qtCategory(category).categoryName()), format, arguments);
     qCCritical(qtCategory(category)).noquote() << Log::format(format, arguments);
 }
 

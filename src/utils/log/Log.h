@@ -36,6 +36,7 @@ public:
     {}
 
     [[nodiscard]] QString printed() const;
+    [[nodiscard]] bool isText() const { return std::holds_alternative<QString>(m_value); }
 
 private:
     std::variant<QString, bool, std::int64_t> m_value;

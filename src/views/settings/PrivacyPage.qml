@@ -10,6 +10,7 @@ SettingsPage {
 
     required property AppLockViewModel lock
     required property PrivacyViewModel privacy
+    required property AboutViewModel about
     required property SettingsStore settings
     required property ShellViewModel shell
 
@@ -40,6 +41,20 @@ SettingsPage {
         SettingsRow {
             title: qsTr("The key that opens them")
             explanation: root.shell.keychainNotice.length > 0 ? root.shell.keychainNotice : root.privacy.keyPlace
+        }
+    }
+    SettingsCard {
+        heading: qsTr("What this protects")
+
+        SettingsRow {
+            title: qsTr("Against whom, and what stays open")
+            explanation: qsTr("What a hardware proof, the lock and the sealing do, and what they can't.")
+
+            PushButton {
+                objectName: "readThreatModel"
+                text: qsTr("Read")
+                onClicked: root.about.readThreatModel()
+            }
         }
     }
     SettingsCard {

@@ -28,7 +28,8 @@ Rectangle {
                 { page: "voice", title: qsTr("Voice"), glyph: "speaker" },
                 { page: "appearance", title: qsTr("Appearance"), glyph: "appearance" },
                 { page: "proof", title: qsTr("Proof"), glyph: "sealed" },
-                { page: "network", title: qsTr("Network"), glyph: "network" }
+                { page: "network", title: qsTr("Network"), glyph: "network" },
+                { page: "about", title: qsTr("About"), glyph: "ghost" }
             ]
 
             SidebarButton {

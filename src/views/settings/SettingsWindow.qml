@@ -27,9 +27,10 @@ T.ApplicationWindow {
     required property RecognitionViewModel recognition
     required property ScreenTestViewModel screenTest
     required property AppLockViewModel lock
+    required property AboutViewModel about
     required property ShellViewModel shell
     // In the order of the menu and of the pages below.
-    readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "privacy", "voice", "appearance", "proof", "network"]
+    readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "privacy", "voice", "appearance", "proof", "network", "about"]
     property string page: pages[0]
 
     signal left()
@@ -114,6 +115,7 @@ T.ApplicationWindow {
             PrivacyPage {
                 lock: root.lock
                 privacy: root.privacy
+                about: root.about
                 settings: root.settings
                 shell: root.shell
             }
@@ -138,6 +140,16 @@ T.ApplicationWindow {
                 productName: root.shell.productName
                 shown: root.visible && root.page === "network"
             }
+            AboutPage {
+                about: root.about
+                shell: root.shell
+                shown: root.visible && root.page === "about"
+            }
         }
+    }
+    Later {
+        part: "settings/ReaderPanel.qml"
+        given: ({ about: root.about, shell: root.shell })
+        wanted: root.about.readerTitle.length > 0
     }
 }
