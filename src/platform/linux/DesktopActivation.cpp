@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// As the specification makes it of the name.
+// Made of the name, as the standard of desktop entries has it.
 QString objectPath()
 {
     return u'/' + QString(Product::desktopId).replace(u'.', u'/');

@@ -4,7 +4,7 @@
 
 namespace morvane {
 
-// Moments in UTC. Qt's constructors that take a time spec are deprecated, and what replaces them is younger
+// Moments in UTC. Qt's constructors that take a time specification by enum are deprecated, and what replaces them is younger
 // than the oldest Qt that this is built with.
 namespace UniversalTime {
 
