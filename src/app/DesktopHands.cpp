@@ -2,6 +2,7 @@
 
 #include "persistence/SettingsStore.h"
 #include "services/DesktopActionService.h"
+#include "services/LaunchAtLoginService.h"
 
 namespace morvane {
 
@@ -28,6 +29,7 @@ DesktopHands::DesktopHands(const DesktopPorts &given, SettingsStore &settings, C
     : ports(given)
     , receipts(ports.calendars ? std::make_unique<EventReceipts>(*ports.calendars) : nullptr)
     , actions(makeActions(*this, settings, clock))
+    , launchAtLogin(ports.login ? std::make_unique<LaunchAtLoginService>(*ports.login) : nullptr)
 {}
 
 DesktopHands::~DesktopHands() = default;

@@ -10,7 +10,9 @@ class CalendarStoring;
 class Clock;
 class DesktopActionService;
 class EventReceipts;
+class LaunchAtLoginService;
 class LinkOpening;
+class LoginStarting;
 class ScreenCapturing;
 class SettingsStore;
 class ShortcutRunning;
@@ -22,6 +24,7 @@ struct DesktopPorts {
     ShortcutRunning *shortcuts = nullptr;
     QString shortcutsFolder = {};
     ScreenCapturing *screen = nullptr;
+    LoginStarting *login = nullptr;
 };
 
 // What acts on the desktop. What the constructor takes outlives this.
@@ -30,8 +33,9 @@ struct DesktopHands {
     ~DesktopHands();
 
     const DesktopPorts ports;
-    const std::unique_ptr<EventReceipts> receipts;       // null without calendars
-    const std::unique_ptr<DesktopActionService> actions; // null where a port is missing
+    const std::unique_ptr<EventReceipts> receipts;             // null without calendars
+    const std::unique_ptr<DesktopActionService> actions;       // null where a port is missing
+    const std::unique_ptr<LaunchAtLoginService> launchAtLogin; // null without its port
 };
 
 } // namespace morvane

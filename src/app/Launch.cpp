@@ -8,9 +8,11 @@
 #include "app/MainWindowController.h"
 #include "app/PrivateCloudParts.h"
 #include "app/StartupWindow.h"
+#include "app/Tray.h"
 #include "async/CancelledError.h"
 #include "persistence/SealedData.h"
 #include "persistence/SettingsStore.h"
+#include "platform/linux/AutostartEntry.h"
 #include "platform/linux/DesktopAppearance.h"
 #include "platform/linux/DesktopAudio.h"
 #include "platform/linux/DesktopNotifications.h"
@@ -18,6 +20,7 @@
 #include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxHands.h"
 #include "platform/linux/PolkitPresence.h"
+#include "platform/linux/StatusNotifierItem.h"
 #include "platform/linux/WebBrowser.h"
 #include "security/TestHost.h"
 #include "utils/files/PrivateFile.h"
@@ -57,6 +60,14 @@ Host hostOfThisRun()
     return TestHost::isActive() ? Host::test : Host::application;
 }
 
+std::unique_ptr<LoginStarting> loginOf(const CommandLine &commandLine)
+{
+    if (commandLine.profile)
+        return nullptr;
+    return std::make_unique<AutostartEntry>(commandLine.folders().config,
+                                            QCoreApplication::applicationFilePath());
+}
+
 KeyExpectation expectationOf(const SupportFolders &folders)
 {
     return SealedData::exists(folders) ? KeyExpectation::MustExist : KeyExpectation::Unknown;
@@ -93,6 +104,8 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::uniqu
                                            m_commandLine.folders().runtime, m_clock, m_work))
     , m_screen(screenOfTheDesktop(m_clock, m_work))
     , m_session(std::make_unique<DesktopSession>())
+    , m_trayIcon(std::make_unique<StatusNotifierItem>(DesktopNotifications::sessionBus()))
+    , m_login(loginOf(m_commandLine))
     , m_isWindowWanted(m_commandLine.request.showsWindow)
 {
     m_requests.take(m_commandLine.request);
@@ -235,7 +248,8 @@ void Launch::finish()
                                                 .calendars = &m_hands->calendars,
                                                 .shortcuts = &m_hands->shortcuts,
                                                 .shortcutsFolder = m_hands->shortcuts.folder(),
-                                                .screen = m_screen.get()},
+                                                .screen = m_screen.get(),
+                                                .login = m_login.get()},
                                    LockPorts{&m_secrets.presence(), m_session.get()});
     if (m_commandLine.practiceServer)
         usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);
@@ -260,6 +274,7 @@ void Launch::finish()
     m_delegate->didFinishLaunching(m_isWindowWanted ? AppState::FirstWindow::now
                                                     : AppState::FirstWindow::whenAsked);
     m_startupWindow.reset();
+    showTray();
     tellWhatIsAside();
     m_requests.serve(*m_state);
     if (m_commandLine.demoPicture)
@@ -277,6 +292,25 @@ void Launch::makeWindow()
     if (!m_mainWindow->window())
         return QCoreApplication::exit(1);
     connect(&m_mainWindow->engine(), &QQmlEngine::quit, m_delegate.get(), &AppDelegate::requestQuit);
+    m_mainWindow->setReachable([this] { return m_trayIcon->isDrawn(); });
+}
+
+void Launch::showTray()
+{
+    m_tray = std::make_unique<Tray>(m_state->presentation(), *m_trayIcon, m_clock);
+    connect(m_tray.get(), &Tray::asked, this, &Launch::take);
+    connect(m_tray.get(), &Tray::quitAsked, m_delegate.get(), &AppDelegate::requestQuit);
+    connect(m_tray.get(), &Tray::lost, this, &Launch::comeMinimised);
+}
+
+void Launch::comeMinimised()
+{
+    const bool isNew = !m_mainWindow;
+    makeWindow();
+    if (isNew)
+        m_mainWindow->window()->showMinimized();
+    else
+        m_mainWindow->comeMinimised();
 }
 
 void Launch::showWindow()
@@ -292,8 +326,11 @@ void Launch::eraseAll()
     Erasure::begin(*m_state->storage().defaults);
     m_runtimeRecord = m_state->assistant().localModel->runtimeRecord();
     m_state->deleteRecords();
+    if (m_login)
+        static_cast<void>(m_login->set(false));
     m_requests.leave();
     m_demo.reset();
+    m_tray.reset();
     m_delegate.reset();
     m_mainWindow.reset();
     m_state.reset();

@@ -26,9 +26,12 @@ struct DesktopAudio;
 struct LinuxHands;
 class DesktopNotifications;
 class DesktopSession;
+class LoginStarting;
 class MainWindowController;
 class ScreenCapturing;
 class StartupWindow;
+class Tray;
+class TrayIcon;
 class WindowEngine;
 
 // From the first line of the program to its window. The key to the person's data comes first, and a keyring
@@ -62,6 +65,8 @@ private:
     static QCoro::Task<> erase(QPointer<Launch> self, std::stop_token stop);
     void makeWindow();
     void showWindow();
+    void showTray();
+    void comeMinimised();
     [[nodiscard]] bool hasPutAside() const;
     void tellWhatIsAside();
     void playDemo();
@@ -78,12 +83,15 @@ private:
     std::unique_ptr<ScreenCapturing> m_screen; // null where the desktop shows none
     std::unique_ptr<DesktopSession> m_session;
     KeychainOpening m_opened; // with it the program was opened
+    std::unique_ptr<TrayIcon> m_trayIcon;
+    std::unique_ptr<LoginStarting> m_login; // null for a trial profile, which no session starts
     std::unique_ptr<StartupWindow> m_startupWindow; // while the key is waited for
     std::unique_ptr<Alarm> m_patience;
     std::unique_ptr<WindowEngine> m_windowEngine; // until the window has it
     std::unique_ptr<AppState> m_state;
     std::unique_ptr<MainWindowController> m_mainWindow;
     std::unique_ptr<AppDelegate> m_delegate;
+    std::unique_ptr<Tray> m_tray;
     std::unique_ptr<DemoPlayer> m_demo;
     KeyExpectation m_expectation = KeyExpectation::Unknown; // of the latest attempt
     QString m_folderAside;                                  // named when starting afresh is offered

@@ -36,6 +36,8 @@
 #include <QGuiApplication>
 #include <QJSValue>
 
+#include <utility>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -161,9 +163,10 @@ void MainWindowController::show()
 {
     if (!m_window)
         return;
+    m_isHidden = false;
     if (needsShowingAnew())
         m_window->hide();
-    if (m_window->windowStates() & Qt::WindowMinimized)
+    if (m_window->isVisible() && m_window->windowStates() & Qt::WindowMinimized)
         m_window->setWindowStates(m_window->windowStates() & ~Qt::WindowMinimized);
     else
         m_window->setVisible(true); // show() would take a maximised window its size
@@ -176,8 +179,18 @@ bool MainWindowController::eventFilter(QObject *watched, QEvent *event)
     if (watched != m_window || event->type() != QEvent::Close)
         return QObject::eventFilter(watched, event);
     event->ignore();
-    m_window->setWindowStates(m_window->windowStates() | Qt::WindowMinimized);
+    m_isHidden = m_isReachable && m_isReachable();
+    if (m_isHidden)
+        m_window->hide();
+    else
+        m_window->setWindowStates(m_window->windowStates() | Qt::WindowMinimized);
     return true;
+}
+
+void MainWindowController::comeMinimised()
+{
+    if (std::exchange(m_isHidden, false))
+        m_window->showMinimized();
 }
 
 } // namespace morvane

@@ -8,6 +8,7 @@
 #include <QQuickWindow>
 #include <QVariantMap>
 
+#include <functional>
 #include <memory>
 
 namespace morvane {
@@ -33,8 +34,13 @@ public:
     // Shows the window or brings the open one to the front.
     void show();
 
+    // Whether something is left on the screen that leads back to a hidden window. Without it closing the
+    // window only minimises it.
+    void setReachable(std::function<bool()> isReachable) { m_isReachable = std::move(isReachable); }
+    // Nothing leads back to it: where it was hidden, it comes as a minimised one.
+    void comeMinimised();
+
 protected:
-    // Without a tray a hidden window would be lost, so closing it leaves it minimised.
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
@@ -47,8 +53,10 @@ private:
     Presentation &m_presentation;
     const std::unique_ptr<WindowEngine> m_engine;
     QQuickWindow *m_window = nullptr; // owned by the engine
-    QPointer<QQuickItem> m_content;   // null while locked
-    QVariantMap m_place;              // where the person had been when it went
+    std::function<bool()> m_isReachable;
+    bool m_isHidden = false;        // put away by the person
+    QPointer<QQuickItem> m_content; // null while locked
+    QVariantMap m_place;            // where the person had been when it went
 };
 
 } // namespace morvane

@@ -34,6 +34,7 @@
 #include "view_models/settings/AppLockViewModel.h"
 #include "view_models/settings/CalendarsViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
+#include "view_models/settings/LaunchAtLoginViewModel.h"
 #include "view_models/settings/LocalModelViewModel.h"
 #include "view_models/settings/MemoryViewModel.h"
 #include "view_models/settings/MicrophoneViewModel.h"
@@ -135,12 +136,14 @@ Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice,
                                                        voice.ports.makeEngine, voice.ports.output))
     , recognition(std::make_unique<RecognitionViewModel>(settings, *voice.speechModel, *voice.packaged))
     , screenTest(std::make_unique<ScreenTestViewModel>(assistant.screenGlance.get()))
+    , launchAtLogin(std::make_unique<LaunchAtLoginViewModel>(assistant.hands->launchAtLogin.get()))
     , shell(std::make_unique<ShellViewModel>(
           settings, storage.startupError ? storage.startupError->userMessage() : QString(),
           storage.startupAdvice()))
     , lock(std::make_unique<AppLockViewModel>(*lock.service, *lock.passphrase, settings))
     , about(aboutParts)
 {
+    shell->setLaunchAtLogin(launchAtLogin.get());
     QObject::connect(chat.get(), &ChatViewModel::conversationsChanged, conversations.get(),
                      &ConversationListModel::refresh);
     QObject::connect(chat.get(), &ChatViewModel::conversationsChanged, search.get(),

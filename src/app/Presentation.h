@@ -16,6 +16,7 @@ class FindViewModel;
 class GhostClipboard;
 class HistorySearchModel;
 class InstructionsViewModel;
+class LaunchAtLoginViewModel;
 class LocalModelViewModel;
 class MemoryViewModel;
 class MicrophoneViewModel;
@@ -80,6 +81,7 @@ struct Presentation {
     const std::unique_ptr<MicrophoneViewModel> microphone;
     const std::unique_ptr<RecognitionViewModel> recognition;
     const std::unique_ptr<ScreenTestViewModel> screenTest;
+    const std::unique_ptr<LaunchAtLoginViewModel> launchAtLogin;
     const std::unique_ptr<ShellViewModel> shell;
     const std::unique_ptr<AppLockViewModel> lock;
     const AboutParts &about;

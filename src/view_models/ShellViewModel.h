@@ -1,6 +1,7 @@
 #pragma once
 
 #include "models/DesktopLook.h"
+#include "view_models/settings/LaunchAtLoginViewModel.h"
 
 #include <QObject>
 #include <QString>
@@ -40,6 +41,7 @@ class ShellViewModel : public QObject {
     Q_PROPERTY(QString keychainNotice READ keychainNotice NOTIFY keychainNoticeChanged)
     // Why what is written now is stored readable, for as long as it is; empty otherwise.
     Q_PROPERTY(QString unsealedNotice READ unsealedNotice NOTIFY unsealedNoticeChanged)
+    Q_PROPERTY(morvane::LaunchAtLoginViewModel *launchAtLogin READ launchAtLogin CONSTANT) // may be null
     // A question that the person has to answer before the application goes on; no title for none.
     Q_PROPERTY(QString questionTitle READ questionTitle NOTIFY questionChanged)
     Q_PROPERTY(QString questionText READ questionText NOTIFY questionChanged)
@@ -76,6 +78,9 @@ public:
     void setKeychainNotice(const QString &notice);
     [[nodiscard]] const QString &unsealedNotice() const { return m_unsealedNotice; }
     void setUnsealedNotice(const QString &notice);
+    [[nodiscard]] LaunchAtLoginViewModel *launchAtLogin() const { return m_launchAtLogin; }
+    // Before anything is bound to it.
+    void setLaunchAtLogin(LaunchAtLoginViewModel *launchAtLogin) { m_launchAtLogin = launchAtLogin; }
     [[nodiscard]] const QString &questionTitle() const { return m_question.title; }
     [[nodiscard]] const QString &questionText() const { return m_question.text; }
     [[nodiscard]] const QStringList &questionButtons() const { return m_question.buttons; }
@@ -123,6 +128,7 @@ private:
     QString m_startupSuggestion;
     QString m_keychainNotice;
     QString m_unsealedNotice;
+    LaunchAtLoginViewModel *m_launchAtLogin = nullptr;
     struct Question {
         QString title;
         QString text;

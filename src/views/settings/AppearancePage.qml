@@ -10,8 +10,10 @@ SettingsPage {
 
     required property SettingsStore settings
     required property ShellViewModel shell
+    readonly property LaunchAtLoginViewModel login: shell.launchAtLogin
 
     title: qsTr("Appearance")
+    onVisibleChanged: if (visible) root.login?.look()
 
     SettingsCard {
         SettingsRow {
@@ -120,6 +122,25 @@ SettingsPage {
                 checked: root.settings.reduceAnimation
                 onToggled: root.settings.reduceAnimation = checked
             }
+        }
+    }
+    SettingsCard {
+        heading: qsTr("On the desktop")
+
+        SwitchRow {
+            objectName: "showInPanel"
+            title: qsTr("Show in the panel")
+            explanation: qsTr("The ghost shows how it stands with a reply, and the window may be closed meanwhile.")
+            checked: root.settings.showMenuBarIcon
+            onToggled: on => root.settings.showMenuBarIcon = on
+        }
+        SwitchRow {
+            objectName: "launchAtLogin"
+            visible: root.login?.isOffered ?? false
+            title: qsTr("Start at login")
+            explanation: root.login?.message || qsTr("Waits in the panel until you want it.")
+            checked: root.login?.isEnabled ?? false
+            onToggled: on => root.login?.setEnabled(on)
         }
     }
 }

@@ -1,0 +1,96 @@
+#include "platform/linux/AutostartEntry.h"
+
+#include "services/LaunchAtLoginService.h"
+#include "support/Await.h"
+#include "utils/files/PrivateFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class AutostartEntryTest : public testing::Test {
+protected:
+    // A program of this name.
+    QString made(const QString &name)
+    {
+        PrivateFile::write(home.filePath(name), "#!/bin/sh\n");
+        QFile::setPermissions(home.filePath(name), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        return home.filePath(name);
+    }
+    QTemporaryDir home;
+    const QString config = home.filePath(u"config"_s);
+    const QString file = config + u"/autostart/ai.morvane.MorvaneGPT.desktop"_s;
+};
+
+TEST_F(AutostartEntryTest, IsReadBackWhateverTheProgramsPath)
+{
+    for (const auto *name : {"plain", "with space", "a\"b`c$d\\e", "ä"}) {
+        AutostartEntry entry(config, made(QString::fromUtf8(name)));
+        EXPECT_FALSE(entry.isOn()) << name;
+        EXPECT_TRUE(entry.set(true));
+        EXPECT_TRUE(entry.isOn()) << name << PrivateFile::read(file, 9999)->toStdString();
+        EXPECT_TRUE(PrivateFile::read(file, 9999)->contains(" --background\n"));
+        EXPECT_TRUE(entry.set(false));
+        EXPECT_FALSE(entry.isOn());
+        EXPECT_FALSE(QFile::exists(file));
+    }
+}
+
+TEST_F(AutostartEntryTest, CountsAsOnOnlyWhenASessionWouldStartThisProgram)
+{
+    AutostartEntry entry(config, made(u"morvane"_s));
+    ASSERT_TRUE(entry.set(true));
+    const QByteArray good = *PrivateFile::read(file, 9999);
+    const QByteArray other = made(u"other"_s).toUtf8();
+    const std::pair<QByteArray, bool> files[] = {
+        {good, true},
+        {good + "Hidden=true\n", false},
+        {good + "X-GNOME-Autostart-enabled=false\n", false},
+        {good + "X-GNOME-Autostart-enabled=true\n", true},
+        {good + "OnlyShowIn=Another;\n", false},
+        {QByteArray(good).replace("morvane\" --", "gone\" --"), false},
+        {"[Desktop Entry]\nType=Application\nName=x\nExec=" + other + '\n', false},
+        {"[Desktop Entry]\nType=Application\nName=x\nExec=" + home.filePath(u"morvane"_s).toUtf8() + '\n',
+         true},
+        {"nonsense", false},
+        {QByteArray(1 << 17, '#'), false},
+        {{}, false}};
+    for (const auto &[bytes, isOn] : files) {
+        int told = 0;
+        EXPECT_EQ(entry.isOn(), entry.isOn());
+        QObject::connect(&entry, &AutostartEntry::changed, [&] { ++told; });
+        PrivateFile::write(file, bytes + "#\n"); // by somebody else
+        TestWait::until([&] { return told > 0; });
+        EXPECT_EQ(entry.isOn(), isOn) << bytes.left(999).toStdString();
+        QObject::disconnect(&entry, nullptr, nullptr, nullptr);
+        TestWait::settle();
+    }
+    QFile::remove(file);
+    EXPECT_FALSE(entry.isOn());
+}
+
+TEST_F(AutostartEntryTest, ARefusalIsSaidAndNotShownAsGranted)
+{
+    PrivateFile::write(config, "no folder");
+    AutostartEntry entry(config, made(u"morvane"_s));
+    LaunchAtLoginService service(entry);
+    service.setEnabled(true);
+    EXPECT_FALSE(service.isEnabled());
+    EXPECT_FALSE(service.message().isEmpty());
+    QFile::remove(config);
+    service.setEnabled(true);
+    EXPECT_TRUE(service.isEnabled());
+    EXPECT_TRUE(service.message().isEmpty());
+}
+
+} // namespace
+
+} // namespace morvane
