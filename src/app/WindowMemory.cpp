@@ -107,7 +107,7 @@ void WindowMemory::restore()
     if (m_state.frame.isValid()) {
         const QRect frame = fitting(m_state.frame, screens());
         if (frame.isValid())
-            m_window->setFramePosition(frame.topLeft());
+            m_window->setPosition(frame.topLeft());
         const QSize most = frame.isValid() ? frame.size() : m_window->screen()->availableSize();
         m_window->resize(m_state.frame.size().boundedTo(most).expandedTo(m_window->minimumSize()));
     }
@@ -156,7 +156,7 @@ void WindowMemory::noteFrame()
         return;
     m_state.isMaximised = states.testFlag(Qt::WindowMaximized);
     if (!m_state.isMaximised)
-        m_state.frame = QRect(m_window->framePosition(), m_window->size());
+        m_state.frame = m_window->geometry();
 }
 
 // One that isn't in the store, as a Ghost chat, leaves no trace.

@@ -30,9 +30,8 @@ public:
     ~WindowMemory() override;
 
     [[nodiscard]] static QString path(const SupportFolders &folders);
-    // A frame that shows enough of its title on one of the screens to be taken hold of there, and that isn't
-    // larger than this screen; null when no screen shows it. `screens` are what desktops leave free of
-    // panels.
+    // A place whose top, and so its title, can be taken hold of on one of the screens, and that isn't larger
+    // than this screen; null when no screen shows it. `screens` are what desktops leave free of panels.
     [[nodiscard]] static QRect fitting(const QRect &frame, const QList<QRect> &screens);
 
     // The chat begins with the one that was open, and each that is opened is remembered.
@@ -46,7 +45,7 @@ public:
 
 private:
     struct State {
-        QRect frame; // the corner with the frame, the size without it; null while unknown
+        QRect frame; // without what the desktop draws around it; null while unknown
         bool isMaximised = false;
         QString chat;      // its id; empty for none
         int row = -1;      // at the top of the view; -1: the end was in view
