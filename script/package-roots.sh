@@ -63,7 +63,7 @@ package_on() {
 }
 
 # What is in a person's folder, and when it was written.
-contents_of() { (cd "$1" && find . -type f -printf '%p %T@ ' -exec sha256sum {} \; | sort); }
+contents_of() { (cd "$1" && { find . -type f -printf '%p %T@\n'; find . -type f -exec sha256sum {} +; } | sort); }
 
 # try_package DEB: a stranger's first day and last on a machine that has nothing yet.
 try_package() {
@@ -102,7 +102,7 @@ try_package() {
     contents_of "$scratch/root/home/person" | diff "$scratch/before" - ||
         fail "The purge touched what belongs to the person."
     grep -q 'Morvane\.store' "$scratch/before" || fail "The turn left no chat, so nothing was there to be kept."
-    say "Installed, used and purged on $release; $(wc -l <"$scratch/before") files of the person's stayed as they were"
+    say "Installed, used and purged on $release; $(grep -c "^\./" "$scratch/before") files of the person's stayed as they were"
     kill "${started[@]}" 2>/dev/null || true
     rm -rf --one-file-system "$scratch"
     trap - EXIT
