@@ -54,6 +54,15 @@ def metainfo(file, version):
         yield f"{file}: the newest release is {newest}, and the program's version is {version}"
 
 
+def forgotten(folder):
+    """What the build takes from script/packages without the package's knowing."""
+    sections = re.split(r"^# (.+)\n", (folder.parent / "script/packages").read_text(), flags=re.MULTILINE)
+    needed = dict(zip(sections[1::2], sections[2::2]))["Libraries"].split()
+    build = (folder / "debian/control").read_text().split("\n\n")[0]
+    named = re.findall(r"^ ([\w.+-]+)", build, flags=re.MULTILINE)
+    yield from (f"debian/control builds without {package}" for package in sorted(set(needed) - set(named)))
+
+
 def validated(commands):
     for command in commands:
         if not shutil.which(command[0]):
@@ -69,7 +78,7 @@ def main(folder, version, programs):
     commands += [["man", "--warnings", "-l", "-Tutf8", page] for page in sorted(folder.glob("man/*.1"))]
     commands += [[file.suffix[1:], "-n", file] for file in sorted(folder.glob("completions/*"))]
     findings = [*differences(folder, programs), *metainfo(folder / f"{ID}.metainfo.xml", version),
-                *validated(commands)]
+                *forgotten(folder), *validated(commands)]
     print("\n".join(findings), end="\n" if findings else "")
     return 1 if findings else 0
 
