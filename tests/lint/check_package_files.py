@@ -63,12 +63,20 @@ def forgotten(folder):
     yield from (f"debian/control builds without {package}" for package in sorted(set(needed) - set(named)))
 
 
+def complaint(command):
+    run = subprocess.run(command, capture_output=True, text=True)
+    if command[0] == "appstreamcli":  # newer ones want a homepage, which there is not
+        return "\n".join(line for line in run.stdout.splitlines()
+                         if line.startswith(("E:", "W:")) and "url-homepage-missing" not in line)
+    return run.stdout + run.stderr if run.returncode or run.stderr else ""
+
+
 def validated(commands):
     for command in commands:
         if not shutil.which(command[0]):
             print(f"left out, not installed: {command[0]}")
-        elif (run := subprocess.run(command, capture_output=True, text=True)).returncode or run.stderr:
-            yield f"{' '.join(map(str, command))}: {run.stdout}{run.stderr}"
+        elif said := complaint(command):
+            yield f"{' '.join(map(str, command))}: {said}"
 
 
 def main(folder, version, programs):
