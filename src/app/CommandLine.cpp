@@ -97,6 +97,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         {u"background"_s, u"Begin in the tray, with no window."_s},
         {u"profile"_s, u"Keep everything in this folder instead of your own profile."_s, u"folder"_s},
         {u"practice-server"_s, u"Chat with a practice server; needs --profile."_s, u"address"_s},
+        {u"practice-tour"_s, u"With a practice server: show what there is."_s},
         {u"play-demo"_s, u"Play one turn, save a picture of the window and end."_s, u"png"_s},
     });
     parser.addPositionalArgument(u"files"_s, u"Documents and pictures to attach to the message."_s,
@@ -113,6 +114,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
                      .simulateFreshSetup = parser.isSet(u"simulate-fresh-setup"_s),
                      .profile = valueOf(parser, u"profile"_s),
                      .practiceServer = valueOf(parser, u"practice-server"_s),
+                     .practiceTour = parser.isSet(u"practice-tour"_s),
                      .demoPicture = valueOf(parser, u"play-demo"_s),
                      .background = parser.isSet(u"background"_s)};
     if (hasDevRelay() && parser.isSet(devRelay))

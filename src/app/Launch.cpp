@@ -6,6 +6,7 @@
 #include "app/DemoPlayer.h"
 #include "app/Erasure.h"
 #include "app/MainWindowController.h"
+#include "app/PracticeTour.h"
 #include "app/PrivateCloudParts.h"
 #include "app/StartupWindow.h"
 #include "app/Tray.h"
@@ -253,6 +254,8 @@ void Launch::finish()
                                    LockPorts{&m_secrets.presence(), m_session.get()});
     if (m_commandLine.practiceServer)
         usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);
+    if (m_commandLine.practiceServer && m_commandLine.practiceTour)
+        PracticeTour::begin(m_state->storage(), m_state->presentation());
     ShellViewModel &shell = *m_state->presentation().shell;
     shell.setKeychainNotice(sentenceFor(m_secrets.preparation().state()));
     shell.setDesktopLook(m_appearance->look());

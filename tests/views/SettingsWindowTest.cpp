@@ -454,7 +454,7 @@ TEST_F(SettingsWindowTest, AllIsDeletedOnlyOnceThatWasTyped)
     pressKey(Qt::Key_Escape);
 }
 
-TEST_F(SettingsWindowTest, AReportOfAProblemIsReadBeforeItIsSavedAndGoesWithTheWindow)
+TEST_F(SettingsWindowTest, AReportOfAProblemIsReadBeforeItIsSaved)
 {
     AboutViewModel &about = *m_app->presentation().about.page;
     turnTo(u"about"_s);
@@ -491,9 +491,11 @@ TEST_F(SettingsWindowTest, ACrashIsToldOfAtTheNextStartAndShownOnTheAboutPage)
     click(named(u"Show"_s));
     ASSERT_TRUE(eventually([this] { return says(u"Cause: a <b>test</b>"_s); })) << "as it is written";
     pressKey(Qt::Key_Escape);
-    ASSERT_TRUE(eventually([this] { return control(u"deleteCrashes"_s) != nullptr; }));
-    click(control(u"deleteCrashes"_s));
-    EXPECT_TRUE(eventually([this] { return says(u"No report of a crash"_s); }));
+    EXPECT_TRUE(eventually([this] { // a panel that fades takes the click
+        if (control(u"deleteCrashes"_s))
+            click(control(u"deleteCrashes"_s));
+        return says(u"No report of a crash"_s);
+    }));
     EXPECT_EQ(QDir(folder).entryList(QDir::Files), QStringList());
 }
 

@@ -1,10 +1,8 @@
 // Models that use abilities over several rounds, well and badly.
 
-#include "ChatCompletion.h"
-#include "Reply.h"
+#include "AgentReplies.h"
 #include "Scenarios.h"
 
-#include <QJsonDocument>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -12,22 +10,9 @@
 namespace morvane {
 
 using namespace Qt::StringLiterals;
+using namespace AgentReplies;
 
 namespace {
-
-// What the tools gave back since the user last spoke, first come first.
-QStringList toolResults(const Request &request)
-{
-    QStringList results;
-    for (const QJsonValue message : request.json["messages"_L1].toArray()) {
-        const QString role = message["role"_L1].toString();
-        if (role == "user"_L1)
-            results.clear();
-        else if (role == "tool"_L1)
-            results.append(message["content"_L1].toString());
-    }
-    return results;
-}
 
 // Wherever it stands: some services take one system message only.
 bool wasCorrected(const Request &request)
@@ -37,24 +22,6 @@ bool wasCorrected(const Request &request)
         return message["role"_L1].toString() == "system"_L1 &&
                message["content"_L1].toString().contains("Correction:"_L1);
     });
-}
-
-Reply saying(const QString &text)
-{
-    Reply reply;
-    reply.pieces = wordPieces(text);
-    return reply;
-}
-
-// A call with a word ahead of it, as models like to write.
-Reply calling(const Request &request, const QString &tool, const QJsonObject &arguments)
-{
-    Reply reply = saying(u"One moment. "_s);
-    const QString json = QString::fromUtf8(QJsonDocument(arguments).toJson(QJsonDocument::Compact));
-    const QString id = u"call_%1"_s.arg(toolResults(request).size() + 1);
-    reply.toolCalls.append(ChatCompletion::toolCall(id, tool, json));
-    reply.finishReason = u"tool_calls"_s;
-    return reply;
 }
 
 Reply searching(const Request &request)

@@ -18,7 +18,7 @@ bool matches(const Scenario &scenario, const QString &model)
 
 const Scenario *Scenarios::find(const QString &model)
 {
-    for (const auto scenarios : {replies(), agents(), strict(), broken()}) {
+    for (const auto scenarios : {replies(), agents(), tours(), strict(), broken()}) {
         for (const Scenario &scenario : scenarios) {
             if (matches(scenario, model))
                 return &scenario;

@@ -33,6 +33,9 @@ namespace Scenarios {
 // Models that call tools over several rounds.
 [[nodiscard]] std::span<const Scenario> agents();
 
+// A model that shows what the application can do, for whoever looks at it first.
+[[nodiscard]] std::span<const Scenario> tours();
+
 // Services that refuse part of a request that others take.
 [[nodiscard]] std::span<const Scenario> strict();
 

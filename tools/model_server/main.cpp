@@ -21,8 +21,8 @@ int fail(const QString &sentence)
 
 int listScenarios()
 {
-    for (const auto scenarios :
-         {Scenarios::replies(), Scenarios::agents(), Scenarios::strict(), Scenarios::broken()}) {
+    for (const auto scenarios : {Scenarios::replies(), Scenarios::agents(), Scenarios::tours(),
+                                 Scenarios::strict(), Scenarios::broken()}) {
         for (const Scenario &scenario : scenarios)
             std::printf("%-22s%s\n", scenario.name.data(), scenario.summary.data());
     }
