@@ -20,10 +20,12 @@ inline constexpr QLatin1StringView underwayKey{"eraseAllUnderway.v1"};
 struct Secrets {
     int count = 0;
     bool isKeyGone = false; // as the keychain tells when it is asked afterwards
+    QString keyFile;        // that still has it; empty when it is the keyring, or gone
 };
 struct Result {
     LocalDataEraser::Removed files;
     Secrets secrets;
+    QString settingsLeft; // path of the settings, where they could not be emptied
 };
 
 [[nodiscard]] bool isUnderway(const SupportFolders &folders);
@@ -32,9 +34,10 @@ void begin(SettingsRepository &defaults);
 
 // For a thread of Work: both may wait for other processes.
 [[nodiscard]] LocalDataEraser::Removed removeFiles(const SupportFolders &folders);
-[[nodiscard]] Secrets removeSecrets(KeychainServicing &keychain);
-// The end of it, on the main thread.
-void emptySettings(const SupportFolders &folders);
+[[nodiscard]] Secrets removeSecrets(KeychainServicing &keychain, const QString &keyFile);
+// The end of it, on the main thread. The path of what would not be emptied; empty for none: the next start
+// then does all of it again.
+[[nodiscard]] QString emptySettings(const SupportFolders &folders);
 
 // What the person reads afterwards: what was removed, what could not be, and what stays and why. The folder
 // of their shortcuts is named where it is there.

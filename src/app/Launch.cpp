@@ -235,23 +235,22 @@ void Launch::showWaiting(const QString &sentence, const StartupViewModel::Ways &
 void Launch::finish()
 {
     m_patience.reset();
-    m_state =
-        std::make_unique<AppState>(m_commandLine, hostOfThisRun(), m_clock,
-                                   Secrets{m_secrets.keychain(), m_secrets.keychain(),
-                                           m_opened.dataKeyBehindPresence, m_opened.dataKeyWrapped},
-                                   m_work, m_notifications.get(),
-                                   VoicePorts{.output = &m_audio->output,
-                                              .microphones = &m_audio->microphones,
-                                              .permission = &m_audio->permission,
-                                              .systemVoices = &m_audio->systemVoices,
-                                              .makeEngine = [this] { return m_audio->makeEngine(); }},
-                                   DesktopPorts{.links = &m_hands->links,
-                                                .calendars = &m_hands->calendars,
-                                                .shortcuts = &m_hands->shortcuts,
-                                                .shortcutsFolder = m_hands->shortcuts.folder(),
-                                                .screen = m_screen.get(),
-                                                .login = m_login.get()},
-                                   LockPorts{&m_secrets.presence(), m_session.get()});
+    m_state = std::make_unique<AppState>(m_commandLine, hostOfThisRun(), m_clock,
+                                         Secrets{m_secrets.keychain(), m_secrets.keychain(),
+                                                 m_opened.dataKeyBehindPresence, m_opened.dataKeyWrapped},
+                                         m_work, m_notifications.get(),
+                                         VoicePorts{.output = &m_audio->output,
+                                                    .microphones = &m_audio->microphones,
+                                                    .permission = &m_audio->permission,
+                                                    .systemVoices = &m_audio->systemVoices,
+                                                    .makeEngine = [this] { return m_audio->makeEngine(); }},
+                                         DesktopPorts{.links = &m_hands->links,
+                                                      .calendars = &m_hands->calendars,
+                                                      .shortcuts = &m_hands->shortcuts,
+                                                      .shortcutsFolder = m_hands->shortcuts.folder(),
+                                                      .screen = m_screen.get(),
+                                                      .login = m_login.get()},
+                                         LockPorts{&m_secrets.presence(), m_session.get()});
     if (m_commandLine.practiceServer)
         usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);
     if (m_commandLine.practiceServer && m_commandLine.practiceTour)
@@ -353,7 +352,9 @@ QCoro::Task<> Launch::erase(QPointer<Launch> self, std::stop_token stop)
     const SupportFolders folders = self->m_commandLine.folders();
     KeychainService &keychain = self->m_secrets.keychain();
     const auto removeFiles = [folders] { return Erasure::removeFiles(folders); };
-    const auto removeSecrets = [&keychain] { return Erasure::removeSecrets(keychain); };
+    const auto removeSecrets = [&keychain, keyFile = SecretKeeping::keyFilePath(folders)] {
+        return Erasure::removeSecrets(keychain, keyFile);
+    };
     Erasure::Result result;
     try {
         result.files = co_await self->m_work.run(removeFiles, stop);
@@ -368,7 +369,7 @@ QCoro::Task<> Launch::erase(QPointer<Launch> self, std::stop_token stop)
     } catch (const CancelledError &) {
         co_return;
     }
-    Erasure::emptySettings(folders);
+    result.settingsLeft = Erasure::emptySettings(folders);
     Log::info(Log::Category::App, "Deleted all local data at user request: %ld stores, %ld stored secrets"_L1,
               {result.files.count, result.secrets.count});
     self->showWaiting(u"All local data was deleted"_s,

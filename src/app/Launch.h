@@ -84,7 +84,7 @@ private:
     std::unique_ptr<DesktopSession> m_session;
     KeychainOpening m_opened; // with it the program was opened
     std::unique_ptr<TrayIcon> m_trayIcon;
-    std::unique_ptr<LoginStarting> m_login; // null for a trial profile, which no session starts
+    std::unique_ptr<LoginStarting> m_login;         // null for a trial profile, which no session starts
     std::unique_ptr<StartupWindow> m_startupWindow; // while the key is waited for
     std::unique_ptr<Alarm> m_patience;
     std::unique_ptr<WindowEngine> m_windowEngine; // until the window has it

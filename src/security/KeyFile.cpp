@@ -48,6 +48,13 @@ QByteArray copyOf(const QByteArray &value)
     return {value.constData(), value.size()};
 }
 
+void overwrite(QFile &file)
+{
+    file.write(QByteArray(file.size(), '\0'));
+    file.flush();
+    ::fsync(file.handle());
+}
+
 void wipeFile(const QString &path)
 {
     QFile file(path);
@@ -56,9 +63,7 @@ void wipeFile(const QString &path)
     // The name goes first: a file that cannot be removed must stay whole.
     if (::unlink(QFile::encodeName(path).constData()) != 0)
         throw SecretStoreError(KeychainStatus::InputOutput);
-    file.write(QByteArray(file.size(), '\0'));
-    file.flush();
-    ::fsync(file.handle());
+    overwrite(file);
 }
 
 } // namespace
@@ -126,6 +131,8 @@ std::vector<Entry> KeyFile::load() const
 void KeyFile::store(const std::vector<Entry> &entries) const
 {
     QByteArray contents = KeyFileFormat::print(entries);
+    QFile former(m_path); // it may hold what must not be found on the disk any more, such as a bare key
+    (void)former.open(QIODevice::ReadWrite | QIODevice::ExistingOnly);
     try {
         PrivateFile::write(m_path, contents);
     } catch (const FileError &) {
@@ -133,6 +140,8 @@ void KeyFile::store(const std::vector<Entry> &entries) const
         throw SecretStoreError(KeychainStatus::InputOutput);
     }
     wipe(contents);
+    if (former.isOpen())
+        overwrite(former);
 }
 
 SecretStoring::Condition KeyFile::condition(const QString &)

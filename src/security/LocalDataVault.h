@@ -40,8 +40,8 @@ public:
     // `keychain` outlives the vault.
     explicit LocalDataVault(KeychainServicing &keychain);
 
-    // The single gate. Throws Locked, KeychainError or KeyMissing; Locked as well while the key stands under a
-    // passphrase that nobody has given. A missing or unusable key is replaced by a new one unless
+    // The single gate. Throws Locked, KeychainError or KeyMissing; Locked as well while the key stands under
+    // a passphrase that nobody has given. A missing or unusable key is replaced by a new one unless
     // requireExistingKey() was called.
     [[nodiscard]] SecretBytes key() const;
 

@@ -85,9 +85,9 @@ QByteArray WrappedKey::wrap(const SecretBytes &key, const SecretBytes &passphras
     const auto again = opened(form, passphrase); // the only other form goes when this one is stored
     if (!again || again->view() != key.view())
         throw std::runtime_error("the wrapped key doesn't open again");
-    return marker.data() + (version + u' ' + algorithm + u' ').toLatin1() +
-           QByteArray::number(cost.memory) + ' ' + QByteArray::number(cost.passes) + ' ' +
-           Base64::encode(form.salt) + ' ' + Base64::encode(form.box);
+    return marker.data() + (version + u' ' + algorithm + u' ').toLatin1() + QByteArray::number(cost.memory) +
+           ' ' + QByteArray::number(cost.passes) + ' ' + Base64::encode(form.salt) + ' ' +
+           Base64::encode(form.box);
 }
 
 std::optional<SecretBytes> WrappedKey::unwrap(QStringView text, const SecretBytes &passphrase)

@@ -11,14 +11,14 @@
 
 namespace morvane {
 
-// The data key as a keychain keeps it while a passphrase of the person's guards it. One line of words, so that
-// one form takes the other's place in one write:
+// The data key as a keychain keeps it while a passphrase of the person's guards it. One line of words, so
+// that one form takes the other's place in one write:
 //
 //   morvane-wrapped-key 1 argon2id <KiB of memory> <passes> <salt> <box>
 //
 // Salt (16 bytes) and box are in standard base64. The box is a SealedBox of the 32 bytes of the key, under
-// the 32 bytes that Argon2id (version 1.3, one lane) makes of the passphrase in composed UTF-8 with that salt.
-// The cost needs no seal of its own: under another one the box doesn't open.
+// the 32 bytes that Argon2id (version 1.3, one lane) makes of the passphrase in composed UTF-8 with that
+// salt. The cost needs no seal of its own: under another one the box doesn't open.
 namespace WrappedKey {
 
 // The text says that it is a wrapped key, and is none that this build can open.

@@ -4,8 +4,8 @@
 #include "async/Clock.h"
 #include "async/Work.h"
 #include "persistence/SettingsStore.h"
-#include "security/LocalDataVault.h"
 #include "security/KeychainServicing.h"
+#include "security/LocalDataVault.h"
 #include "security/UserPresenceConfirming.h"
 #include "services/AnswerPause.h"
 #include "services/PassphraseService.h"
@@ -203,10 +203,9 @@ void AppLockService::unlock(const Passphrase &passphrase)
     setUnlockMessage({});
     m_overlooked = m_parts.session.absence();
     Q_EMIT changed();
-    m_unlocking =
-        TaskHandle::start([this, passphrase](std::stop_token stop) {
-            return readKey(QPointer(this), passphrase, std::move(stop));
-        });
+    m_unlocking = TaskHandle::start([this, passphrase](std::stop_token stop) {
+        return readKey(QPointer(this), passphrase, std::move(stop));
+    });
 }
 
 void AppLockService::cancelUnlock()
@@ -252,7 +251,8 @@ void AppLockService::stayLocked(const UnlockAttempt &attempt)
         m_parts.passphrase.found(true);
         return setUnlockMessage(u"Your key is under your passphrase."_s);
     case Outcome::KeyUnreadable:
-        return setUnlockMessage(u"This %1 can't read the form in which its key is stored."_s.arg(Product::name));
+        return setUnlockMessage(
+            u"This %1 can't read the form in which its key is stored."_s.arg(Product::name));
     case Outcome::TooLittleMemory:
         return setUnlockMessage(u"This %1 has too little free memory to try your passphrase now."_s.arg(
             DesktopWords::here().device));

@@ -27,9 +27,9 @@ struct UnlockAttempt;
 class UserPresenceConfirming;
 class Work;
 
-// The application lock: the data key stands behind user presence, under a passphrase or both, and while locked
-// the vault hands it out to nobody. Owns the switch, hears of the moments to lock, and runs the unlock. The
-// lock is on while either guards the key.
+// The application lock: the data key stands behind user presence, under a passphrase or both, and while
+// locked the vault hands it out to nobody. Owns the switch, hears of the moments to lock, and runs the
+// unlock. The lock is on while either guards the key.
 //
 // It begins locked when the vault is. GUI thread.
 class AppLockService final : public QObject {

@@ -4,8 +4,12 @@
 #include "persistence/ChatStoreLocation.h"
 #include "persistence/UserDefaultsSettingsRepository.h"
 #include "platform/linux/ProcessPrivacy.h"
+#include "security/DataKey.h"
 #include "security/FakeSecretStore.h"
+#include "security/KeyFile.h"
+#include "security/LocalDataVault.h"
 #include "support/Await.h"
+#include "support/FileSpy.h"
 #include "support/WindowDriver.h"
 #include "utils/files/PrivateFile.h"
 #include "utils/text/Product.h"
@@ -265,6 +269,60 @@ TEST_F(ErasureTest, ThatWasKilledAtAnyStepIsEndedByTheNextStart)
         EXPECT_EQ(filesWith("sealed with the former key"), QStringList());
         EXPECT_FALSE(Erasure::isUnderway(commandLine.folders()));
     }
+}
+
+// What stays is named with its path, and what is said to have gone has.
+TEST_F(ErasureTest, TellsWhatADiskOrAKeyringRefusesToLetGo)
+{
+    const QString store = ChatStoreLocation::storePath(commandLine.folders());
+    const QString keyFile = SecretKeeping::keyFilePath(commandLine.folders());
+    const auto told = [&](const QString &refused, int status, bool hasKeyring) {
+        {
+            UserDefaultsSettingsRepository settings(settingsPath());
+            Erasure::begin(settings);
+        }
+        PrivateFile::write(store, "sealed");
+        auto keyring = std::make_unique<FakeSecretStore>();
+        keyring->state = hasKeyring ? SecretStoring::Condition::Open : SecretStoring::Condition::Absent;
+        keyring->refuse(FakeSecretStore::Call::Remove, KeychainStatus::InputOutput);
+        if (!hasKeyring)
+            KeyFile(keyFile).add(Product::serviceName,
+                                 {LocalDataVault::keyAccount, DataKey::print(DataKey::make())});
+        std::optional<FileSpy> spy(profile.path());
+        if (!refused.isNull())
+            spy->refuse(refused, status);
+        QStringList report;
+        {
+            Launch launch(*qGuiApp, commandLine, std::move(keyring));
+            launch.start();
+            QQuickWindow *window = windowWith("startup");
+            EXPECT_TRUE(
+                WindowDriver::eventually([&] { return valueOf(window, "startup", "canProceed").toBool(); }));
+            report = valueOf(window, "startup", "report").toStringList();
+        }
+        TestWait::settle();
+        return report;
+    };
+    QStringList report = told(u"write"_s, ENOSPC, false);
+    EXPECT_TRUE(report.value(0).startsWith(u"Deleted: your chats, "_s)) << report.value(0).toStdString();
+    EXPECT_TRUE(report.value(0).endsWith(u"is gone."_s));
+    EXPECT_FALSE(QFileInfo::exists(store) || QFileInfo::exists(keyFile) ||
+                 QFileInfo(settingsPath()).size() > 0);
+
+    report = told(u"(rename|write (data|.*ini)|unlink (data|.*ini$))"_s, EROFS, false);
+    EXPECT_TRUE(report.value(0).startsWith(u"Deleted: what could be deleted of your chats, "_s));
+    EXPECT_TRUE(
+        report.value(0).endsWith(u"keychain.keys” still holds the key that your data was encrypted with."_s));
+    EXPECT_TRUE(report.value(1).startsWith(u"The next start tries again"_s));
+    EXPECT_TRUE(report.contains(u"This computer refused to remove “%1”."_s.arg(store)));
+    EXPECT_TRUE(report.contains(u"This computer refused to remove “%1”."_s.arg(settingsPath())));
+    EXPECT_TRUE(QFileInfo::exists(store));
+    EXPECT_EQ(filesWith(Erasure::underwayKey.data()), QStringList(settingsPath())) << "for the next start";
+    QFile::remove(keyFile);
+
+    report = told(QString(), 0, true);
+    EXPECT_TRUE(report.value(0).endsWith(u"did not let go of the key that your data was encrypted with."_s));
+    EXPECT_FALSE(QFileInfo::exists(store) || Erasure::isUnderway(commandLine.folders()));
 }
 
 TEST(ProcessPrivacyTest, LeavesNoCoreLetsNobodyIntoItsMemoryAndWritesNoConnectionKeys)

@@ -27,9 +27,8 @@ using Condition = SecretStoring::Condition;
 const QString service = u"ai.morvane.macos"_s;
 const QString keyAccount = u"local-data-key"_s;
 
-const QByteArray wrapped =
-    "morvane-wrapped-key 1 argon2id 64 2 EBESExQVFhcYGRobHB0eHw== "
-    "oKGio6SlpqeoqaqrBiBMfqjQRD8JqBpGAPL1w8MAWMM2sQ4OGCohfZEKJgXdTILJVjqtDFhJqQOUosRg";
+const QByteArray wrapped = "morvane-wrapped-key 1 argon2id 64 2 EBESExQVFhcYGRobHB0eHw== "
+                           "oKGio6SlpqeoqaqrBiBMfqjQRD8JqBpGAPL1w8MAWMM2sQ4OGCohfZEKJgXdTILJVjqtDFhJqQOUosRg";
 
 // A key of one letter all through; longer words stand for themselves, and but for "wrapped" are no keys.
 QByteArray keyOf(const QByteArray &word)

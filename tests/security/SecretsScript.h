@@ -126,7 +126,8 @@ private:
         on("guard-key", [&] { vault.moveKey(UserPresence::Required); });
         on("unguard-key", [&] { vault.moveKey(UserPresence::NotRequired); });
         on("wrap", [&] { vault.wrapKey(Passphrase(arg(1)), cheap); });
-        on("save-later-version", [&] { keychain.save(text("morvane-wrapped-key 2 x"), text("local-data-key")); });
+        on("save-later-version",
+           [&] { keychain.save(text("morvane-wrapped-key 2 x"), text("local-data-key")); });
         on("unwrap", [&] { return text(vault.unwrapKey(Passphrase(arg(1))) ? "the key" : "none"); });
         on("bare", [&] { vault.bareKey(); });
         on("unlock-with", [&] {

@@ -1,8 +1,22 @@
-#include "security/Passphrase.h"
 #include "security/WrappedKey.h"
+
+#include "security/DataKey.h"
+#include "security/FakeSecretStore.h"
+#include "security/KeyFile.h"
+#include "security/KeychainService.h"
+#include "security/LocalDataVault.h"
+#include "support/FileSpy.h"
 #include "utils/bytes/Hex.h"
+#include "utils/files/PrivateFile.h"
+
+#include <QFile>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <set>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace morvane {
 
@@ -11,9 +25,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // Key 00 01 … 1f under “grün-Licht 1”, made by another program over the same library and cipher.
-const QString known =
-    u"morvane-wrapped-key 1 argon2id 64 2 EBESExQVFhcYGRobHB0eHw== "
-    "oKGio6SlpqeoqaqrBiBMfqjQRD8JqBpGAPL1w8MAWMM2sQ4OGCohfZEKJgXdTILJVjqtDFhJqQOUosRg"_s;
+const QString known = u"morvane-wrapped-key 1 argon2id 64 2 EBESExQVFhcYGRobHB0eHw== "
+                      "oKGio6SlpqeoqaqrBiBMfqjQRD8JqBpGAPL1w8MAWMM2sQ4OGCohfZEKJgXdTILJVjqtDFhJqQOUosRg"_s;
 const QString knownKey = u"000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f"_s;
 
 std::optional<QByteArray> opened(const QString &text, QString typed)
@@ -43,18 +56,88 @@ TEST(WrappedKeyTest, ReadsNothingThatIsCutChangedOrTooCostly)
     const auto with = [](QStringView was, QStringView is) {
         return QString(known).replace(was.toString(), is.toString());
     };
-    QStringList broken{with(u" 64 2", u" 4294967295 1"), with(u" 64 2", u" 1048577 1"),
-                       with(u" 64 2", u" 1048576 5"),    with(u" 64 2", u" 64 4294967295"),
-                       with(u" 64 2", u" 64 0"),         with(u" 64 2", u" 7 1"),
-                       with(u" 64 2", u" -64 2"),        with(u"argon2id", u"argon2d"),
-                       with(u"key 1", u"key 2"),         with(u"EBES", u"EB"),
-                       known + u"AAAA"_s,                known + QString(300, u' ')};
+    QStringList broken{with(u" 64 2", u" 4294967295 1"),
+                       with(u" 64 2", u" 1048577 1"),
+                       with(u" 64 2", u" 1048576 5"),
+                       with(u" 64 2", u" 64 4294967295"),
+                       with(u" 64 2", u" 64 0"),
+                       with(u" 64 2", u" 7 1"),
+                       with(u" 64 2", u" -64 2"),
+                       with(u"argon2id", u"argon2d"),
+                       with(u"key 1", u"key 2"),
+                       with(u"EBES", u"EB"),
+                       known + u"AAAA"_s,
+                       known + QString(300, u' ')};
     for (qsizetype size = 0; size < known.size(); ++size)
         broken += known.first(size);
     for (const QString &text : broken) {
         EXPECT_FALSE(WrappedKey::isReadable(text)) << text.toStdString();
         EXPECT_THROW((void)opened(text, u"grün-Licht 1"_s), WrappedKey::Unreadable);
     }
+}
+
+// In the file that stands in for a keyring, whose former contents are gone from the disk as well.
+TEST(WrappedKeyTest, AChangeThatIsKilledAtAnyCallLeavesTheFormerOrTheNewForm)
+{
+    const Argon2id::Cost cheap{8, 1};
+    const auto typed = [](const char *words) { return Passphrase(QString::fromLatin1(words)); };
+    std::set<QByteArray> ends;
+    const auto attempt = [&](int call, const std::function<void(LocalDataVault &)> &change) {
+        const QTemporaryDir folder;
+        KeyFile file(folder.filePath(u"keys"_s));
+        FakePresence nobody;
+        KeychainService keychain(u"own"_s, file, nobody);
+        file.create();
+        LocalDataVault vault(keychain);
+        const QByteArray key = vault.key().view().toByteArray();
+        if (call < 0) // what it is changed from
+            vault.wrapKey(typed("former"), cheap);
+        const QString former = folder.filePath(u"former"_s);
+        QFile::remove(former);
+        EXPECT_EQ(::link(QFile::encodeName(folder.filePath(u"keys"_s)).constData(),
+                         QFile::encodeName(former).constData()),
+                  0);
+        const pid_t child = fork();
+        if (child == 0) {
+            FileSpy spy(folder.path());
+            spy.killAt(std::abs(call));
+            change(vault);
+            _exit(0);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        auto stored = QString::fromLatin1(file.find(u"own"_s, LocalDataVault::keyAccount)->value);
+        if (const auto bare = DataKey::parse(stored)) {
+            EXPECT_EQ(bare->view(), key);
+            ends.insert("bare");
+        } else {
+            for (const char *words : {"former", "new"}) {
+                if (const auto opened = WrappedKey::unwrap(stored, typed(words).bytes())) {
+                    EXPECT_EQ(opened->view(), key);
+                    ends.insert(words);
+                    stored.clear();
+                    break;
+                }
+            }
+            EXPECT_TRUE(stored.isEmpty()) << "neither opens it";
+        }
+        const bool isDone = WIFEXITED(status);
+        const auto left = PrivateFile::read(former, 1000);
+        EXPECT_TRUE(!isDone || (left && left->count('\0') == left->size()))
+            << "the former form is on the disk";
+        return isDone;
+    };
+    for (int call = 1; !attempt(call, [&](auto &vault) { vault.wrapKey(typed("new"), cheap); }); ++call)
+        ASSERT_LT(call, 50);
+    EXPECT_EQ(ends, (std::set<QByteArray>{"bare", "new"}));
+    ends.clear();
+    for (int call = 1; !attempt(-call, [&](auto &vault) { vault.wrapKey(typed("new"), cheap); }); ++call)
+        ASSERT_LT(call, 50);
+    EXPECT_EQ(ends, (std::set<QByteArray>{"former", "new"}));
+    ends.clear();
+    for (int call = 1; !attempt(-call, [&](auto &vault) { vault.bareKey(); }); ++call)
+        ASSERT_LT(call, 50);
+    EXPECT_EQ(ends, (std::set<QByteArray>{"former", "bare"}));
 }
 
 TEST(WrappedKeyTest, MeasuresACostThatMayBeReadBack)

@@ -70,7 +70,7 @@ QStringList FileSpy::steps() const
 void FileSpy::refuse(const QString &beginning, int status)
 {
     const QMutexLocker lock(&m_mutex);
-    m_beginning = beginning;
+    m_refused.setPattern(u'^' + beginning);
     m_status = status;
 }
 
@@ -89,6 +89,8 @@ void FileSpy::killAt(int call, const QStringList &verbs)
 
 std::optional<QString> FileSpy::nameIn(const QString &path) const
 {
+    if (!QDir::isAbsolutePath(path)) // a pipe, an event
+        return std::nullopt;
     const QString name = QDir(m_folder).relativeFilePath(path);
     return name.startsWith(QLatin1StringView("..")) ? std::nullopt : std::optional(name);
 }
@@ -107,7 +109,7 @@ bool FileSpy::note(const char *verb, const QString &path, const QString &target)
         raise(SIGKILL);
     if (!step.startsWith(QLatin1StringView("write")) || m_steps.isEmpty() || m_steps.last() != step)
         m_steps.append(step);
-    return m_beginning && step.startsWith(*m_beginning);
+    return !m_refused.pattern().isEmpty() && m_refused.match(step).hasMatch();
 }
 
 // The program's own symbols come before the C library's, also for the libraries it uses.
@@ -145,6 +147,12 @@ extern "C" int rename(const char *from, const char *to) noexcept
 {
     static auto *const next = real(&rename, "rename");
     return refuses("rename", QFile::decodeName(from), QFile::decodeName(to)) ? -1 : next(from, to);
+}
+
+extern "C" int remove(const char *path) noexcept
+{
+    static auto *const next = real(&remove, "remove");
+    return refuses("unlink", QFile::decodeName(path)) ? -1 : next(path);
 }
 
 extern "C" int unlink(const char *path) noexcept

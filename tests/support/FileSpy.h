@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMutex>
+#include <QRegularExpression>
 #include <QString>
 #include <QStringList>
 
@@ -24,7 +25,7 @@ public:
     // is "." itself. Writes that follow one another in one file are one step.
     [[nodiscard]] QStringList steps() const;
 
-    // Steps that begin so fail with `status` from now on: "sync", "rename a".
+    // Steps that begin so, a regular expression, fail with `status` from now on: "sync", "rename a".
     void refuse(const QString &beginning, int status = EIO);
 
     [[nodiscard]] int status() const;
@@ -41,11 +42,11 @@ private:
 
     QString m_folder;
     mutable QMutex m_mutex;
-    QStringList m_steps;                // guarded by m_mutex
-    std::optional<QString> m_beginning; // guarded by m_mutex
-    int m_status = EIO;                 // guarded by m_mutex
-    int m_callsLeft = 0;                // guarded by m_mutex; none: never killed
-    QStringList m_deadlyVerbs;          // guarded by m_mutex; none: all
+    QStringList m_steps;          // guarded by m_mutex
+    QRegularExpression m_refused; // guarded by m_mutex; empty: none
+    int m_status = EIO;           // guarded by m_mutex
+    int m_callsLeft = 0;          // guarded by m_mutex; none: never killed
+    QStringList m_deadlyVerbs;    // guarded by m_mutex; none: all
 };
 
 } // namespace morvane

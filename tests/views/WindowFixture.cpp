@@ -84,8 +84,9 @@ void WindowFixture::start()
     commandLine.profile = m_profile.path();
     commandLine.devRuntime = m_runtime;
     m_work.emplace(m_clock);
-    m_app = std::make_unique<AppState>(commandLine, Host::test, m_clock, Secrets{m_keychain, m_keychain, false, m_isKeyWrapped},
-                                       *m_work, nullptr, m_voice);
+    m_app = std::make_unique<AppState>(commandLine, Host::test, m_clock,
+                                       Secrets{m_keychain, m_keychain, false, m_isKeyWrapped}, *m_work,
+                                       nullptr, m_voice);
     m_app->assistant().router->injectProvider(m_provider);
     m_app->storage().settings->setModel(u"practice"_s);
     m_app->storage().settings->setReduceAnimation(true); // nothing slides, so nothing has to be waited for

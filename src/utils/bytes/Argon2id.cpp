@@ -58,8 +58,9 @@ SecretBytes Argon2id::derive(const SecretBytes &passphrase, QByteArrayView salt,
     if (!isBearable(cost))
         throw std::invalid_argument("a passphrase's key would cost too much");
     SecretBytes key(size);
-    const int result = argon2id_hash_raw(cost.passes, cost.memory, 1, passphrase.data(), passphrase.size(),
-                                         salt.data(), static_cast<std::size_t>(salt.size()), key.data(), size);
+    const int result =
+        argon2id_hash_raw(cost.passes, cost.memory, 1, passphrase.data(), passphrase.size(), salt.data(),
+                          static_cast<std::size_t>(salt.size()), key.data(), size);
     if (result == ARGON2_MEMORY_ALLOCATION_ERROR)
         throw std::bad_alloc();
     if (result != ARGON2_OK)

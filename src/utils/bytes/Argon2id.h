@@ -29,8 +29,8 @@ inline constexpr qsizetype saltSize = 16;
 // Throws std::bad_alloc.
 [[nodiscard]] Cost measured();
 
-// `size` bytes. Throws std::bad_alloc where the memory isn't there, std::invalid_argument for a cost that is not
-// bearable, and std::runtime_error when the library fails.
+// `size` bytes. Throws std::bad_alloc where the memory isn't there, std::invalid_argument for a cost that is
+// not bearable, and std::runtime_error when the library fails.
 [[nodiscard]] SecretBytes derive(const SecretBytes &passphrase, QByteArrayView salt, const Cost &cost,
                                  std::size_t size);
 

@@ -13,8 +13,8 @@ namespace morvane {
 void wipe(QByteArray &secret);
 void wipe(QString &secret);
 
-// Overwrites what calls that have returned may have left of a secret on this thread's stack: ciphers put pieces
-// of what they work on there.
+// Overwrites what calls that have returned may have left of a secret on this thread's stack: ciphers put
+// pieces of what they work on there.
 void wipeStack();
 
 // Bytes of a key. Movable, not copyable; wiped when they leave.

@@ -25,9 +25,9 @@ class AppLockViewModel : public QObject {
     Q_PROPERTY(bool hasPassphrase READ hasPassphrase NOTIFY changed)
     Q_PROPERTY(bool isPassphraseChanging READ isPassphraseChanging NOTIFY changed)
     Q_PROPERTY(QString passphraseMessage READ passphraseMessage NOTIFY changed) // empty for none
-    Q_PROPERTY(bool isChanging READ isChanging NOTIFY changed)          // the key is being moved
-    Q_PROPERTY(QString unlockMessage READ unlockMessage NOTIFY changed) // empty for none
-    Q_PROPERTY(QString setUpMessage READ setUpMessage NOTIFY changed)   // empty for none
+    Q_PROPERTY(bool isChanging READ isChanging NOTIFY changed)                  // the key is being moved
+    Q_PROPERTY(QString unlockMessage READ unlockMessage NOTIFY changed)         // empty for none
+    Q_PROPERTY(QString setUpMessage READ setUpMessage NOTIFY changed)           // empty for none
 
 public:
     // All outlive this object.
