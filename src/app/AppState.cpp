@@ -12,6 +12,7 @@
 #include "persistence/SettingsRepository.h"
 #include "persistence/SettingsStore.h"
 #include "security/LocalDataVault.h"
+#include "services/GlobalShortcutService.h"
 #include "utils/log/Log.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
@@ -24,7 +25,8 @@ using namespace Qt::StringLiterals;
 
 AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets,
                    Work &work, ReplyNotifying *notifications, const VoicePorts &voice,
-                   const DesktopPorts &desktop, const LockPorts &lock, QObject *parent)
+                   const DesktopPorts &desktop, const LockPorts &lock, GlobalShortcutBinding *keys,
+                   QObject *parent)
     : QObject(parent)
     , m_host(host)
     , m_work(work)
@@ -34,7 +36,9 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
     , m_voice(voice, m_storage, m_assistant, clock, work)
     , m_lock(lock, m_storage, m_voice, secrets, clock, work)
     , m_about(m_storage, work)
-    , m_presentation(m_storage, m_assistant, m_voice, m_lock, m_about, secrets, clock, work, notifications)
+    , m_globalKeys(keys, m_storage)
+    , m_presentation(m_storage, m_assistant, m_voice, m_lock, m_about, m_globalKeys, secrets, clock, work,
+                     notifications)
     , m_sealingWatch(m_storage, *m_presentation.shell, clock, work)
     , m_storeNotices(m_storage, *m_presentation.shell, work)
 {
@@ -46,6 +50,7 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
         m_presentation.settings.setOnboardingComplete(true);
         Q_EMIT mainWindowRequested();
     });
+    m_globalKeys.lead(m_presentation, *m_lock.service, [this] { reopen(); });
     letThePersonApprove();
     followTheLock();
 }
@@ -121,6 +126,7 @@ void AppState::start(FirstWindow window)
 {
     if (m_lock.service->isEnabled())
         m_lock.service->startWatching();
+    m_globalKeys.service->registerShortcuts();
     if (window == FirstWindow::now)
         showFirstWindow();
     showWhatChangedNotice();
@@ -198,6 +204,7 @@ void AppState::deleteRecords()
 
 void AppState::willTerminate()
 {
+    m_globalKeys.service->unregisterShortcuts();
     endWhatRuns();
     try {
         m_storage.repository->save();

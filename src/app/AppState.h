@@ -4,6 +4,7 @@
 #include "app/AppLock.h"
 #include "app/Assistant.h"
 #include "app/DesktopHands.h"
+#include "app/GlobalKeys.h"
 #include "app/Presentation.h"
 #include "app/SealingWatch.h"
 #include "app/Storage.h"
@@ -23,7 +24,8 @@ public:
     // `notifications` none are posted.
     AppState(const CommandLine &commandLine, Host host, Clock &clock, const Secrets &secrets, Work &work,
              ReplyNotifying *notifications = nullptr, const VoicePorts &voice = {},
-             const DesktopPorts &desktop = {}, const LockPorts &lock = {}, QObject *parent = nullptr);
+             const DesktopPorts &desktop = {}, const LockPorts &lock = {},
+             GlobalShortcutBinding *keys = nullptr, QObject *parent = nullptr);
     ~AppState() override;
 
     [[nodiscard]] Storage &storage() { return m_storage; }
@@ -69,6 +71,7 @@ private:
     Voice m_voice;
     AppLock m_lock;
     AboutParts m_about;
+    GlobalKeys m_globalKeys;
     Presentation m_presentation;
     SealingWatch m_sealingWatch;
     StoreNotices m_storeNotices;

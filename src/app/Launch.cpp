@@ -16,6 +16,7 @@
 #include "platform/linux/AutostartEntry.h"
 #include "platform/linux/DesktopAppearance.h"
 #include "platform/linux/DesktopAudio.h"
+#include "platform/linux/DesktopGlobalShortcuts.h"
 #include "platform/linux/DesktopNotifications.h"
 #include "platform/linux/DesktopScreen.h"
 #include "platform/linux/DesktopSession.h"
@@ -107,6 +108,7 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::uniqu
     , m_session(std::make_unique<DesktopSession>())
     , m_trayIcon(std::make_unique<StatusNotifierItem>(DesktopNotifications::sessionBus()))
     , m_login(loginOf(m_commandLine))
+    , m_globalShortcuts(globalShortcutsOfTheDesktop())
     , m_isWindowWanted(m_commandLine.request.showsWindow)
 {
     m_requests.take(m_commandLine.request);
@@ -250,7 +252,8 @@ void Launch::finish()
                                                       .shortcutsFolder = m_hands->shortcuts.folder(),
                                                       .screen = m_screen.get(),
                                                       .login = m_login.get()},
-                                         LockPorts{&m_secrets.presence(), m_session.get()});
+                                         LockPorts{&m_secrets.presence(), m_session.get()},
+                                         m_globalShortcuts.get());
     if (m_commandLine.practiceServer)
         usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);
     if (m_commandLine.practiceServer && m_commandLine.practiceTour)

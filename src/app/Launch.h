@@ -27,6 +27,7 @@ struct LinuxHands;
 class DesktopNotifications;
 class DesktopSession;
 class LoginStarting;
+class GlobalShortcutBinding;
 class MainWindowController;
 class ScreenCapturing;
 class StartupWindow;
@@ -84,8 +85,9 @@ private:
     std::unique_ptr<DesktopSession> m_session;
     KeychainOpening m_opened; // with it the program was opened
     std::unique_ptr<TrayIcon> m_trayIcon;
-    std::unique_ptr<LoginStarting> m_login;         // null for a trial profile, which no session starts
-    std::unique_ptr<StartupWindow> m_startupWindow; // while the key is waited for
+    std::unique_ptr<LoginStarting> m_login; // null for a trial profile, which no session starts
+    std::unique_ptr<GlobalShortcutBinding> m_globalShortcuts; // null where the desktop has no keys to give
+    std::unique_ptr<StartupWindow> m_startupWindow;           // while the key is waited for
     std::unique_ptr<Alarm> m_patience;
     std::unique_ptr<WindowEngine> m_windowEngine; // until the window has it
     std::unique_ptr<AppState> m_state;

@@ -1,9 +1,11 @@
 #include "app/MainWindowController.h"
 
 #include "app/AboutParts.h"
+#include "app/GlobalKeys.h"
 #include "app/Presentation.h"
 #include "app/WindowMemory.h"
 #include "persistence/SettingsStore.h"
+#include "platform/linux/WindowActivation.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/chat/ReceiptsModel.h"
@@ -14,6 +16,7 @@
 #include "view_models/settings/AboutViewModel.h"
 #include "view_models/settings/AppLockViewModel.h"
 #include "view_models/settings/CalendarsViewModel.h"
+#include "view_models/settings/GlobalShortcutViewModel.h"
 #include "view_models/settings/InstructionsViewModel.h"
 #include "view_models/settings/LocalModelViewModel.h"
 #include "view_models/settings/MemoryViewModel.h"
@@ -105,6 +108,8 @@ void MainWindowController::showContent()
                                 {u"searchKey"_s, QVariant::fromValue(m_presentation.searchKey.get())},
                                 {u"calendars"_s, QVariant::fromValue(m_presentation.calendars.get())},
                                 {u"shortcuts"_s, QVariant::fromValue(m_presentation.shortcuts.get())},
+                                {u"chatKey"_s, QVariant::fromValue(m_presentation.globalKeys.chat.get())},
+                                {u"talkKey"_s, QVariant::fromValue(m_presentation.globalKeys.talk.get())},
                                 {u"memory"_s, QVariant::fromValue(m_presentation.notes.get())},
                                 {u"receipts"_s, QVariant::fromValue(m_presentation.receipts.get())},
                                 {u"aiSettings"_s, QVariant::fromValue(m_presentation.aiSettings.get())},
@@ -170,8 +175,7 @@ void MainWindowController::show()
         m_window->setWindowStates(m_window->windowStates() & ~Qt::WindowMinimized);
     else
         m_window->setVisible(true); // show() would take a maximised window its size
-    m_window->raise();
-    m_window->requestActivate();
+    WindowActivation::bringUp(*m_window);
 }
 
 bool MainWindowController::eventFilter(QObject *watched, QEvent *event)

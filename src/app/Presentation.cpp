@@ -70,8 +70,10 @@ QStringList textsOf(const std::vector<MemoryStore::Fact> &facts)
 } // namespace
 
 Presentation::Presentation(Storage &storage, Assistant &assistant, Voice &voice, AppLock &lock,
-                           const AboutParts &aboutParts, const Secrets &secrets, Clock &clock, Work &work, ReplyNotifying *notifications)
+                           const AboutParts &aboutParts, GlobalKeys &keys, const Secrets &secrets, Clock &clock,
+                           Work &work, ReplyNotifying *notifications)
     : settings(*storage.settings)
+    , globalKeys(keys)
     , memory(std::make_unique<WindowMemory>(storage.folders, *storage.repository, clock))
     , companion(std::make_unique<CompanionViewModel>(clock))
     , chat(std::make_unique<ChatViewModel>(ChatViewModel::Services{

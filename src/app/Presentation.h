@@ -14,6 +14,7 @@ class CompanionViewModel;
 class ConversationListModel;
 class FindViewModel;
 class GhostClipboard;
+class GlobalKeys;
 class HistorySearchModel;
 class InstructionsViewModel;
 class LaunchAtLoginViewModel;
@@ -48,13 +49,15 @@ struct Voice;
 struct Presentation {
     // `notifications` may be null.
     Presentation(Storage &storage, Assistant &assistant, Voice &voice, AppLock &lock, const AboutParts &about,
-                 const Secrets &secrets, Clock &clock, Work &work, ReplyNotifying *notifications);
+                 GlobalKeys &globalKeys, const Secrets &secrets, Clock &clock, Work &work,
+                 ReplyNotifying *notifications);
     ~Presentation();
 
     // No opened text is left in what the window binds to, until the chat reveals its own.
     void conceal();
 
     SettingsStore &settings;
+    GlobalKeys &globalKeys;
     const std::unique_ptr<WindowMemory> memory;
     const std::unique_ptr<CompanionViewModel> companion;
     const std::unique_ptr<ChatViewModel> chat;

@@ -52,7 +52,7 @@ public:
 
     // Whether the person chooses the keys in the desktop's own settings; a wish is only what it begins with.
     [[nodiscard]] virtual bool isChosenByDesktop() const { return false; }
-    // Shows those settings, where the desktop can.
+    [[nodiscard]] virtual bool canShowDesktopSettings() const { return false; }
     virtual void showDesktopSettings() {}
 
 Q_SIGNALS:

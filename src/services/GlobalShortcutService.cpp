@@ -146,6 +146,11 @@ bool GlobalShortcutService::isChosenByDesktop() const
     return m_desktop && m_desktop->isChosenByDesktop();
 }
 
+bool GlobalShortcutService::canShowDesktopSettings() const
+{
+    return m_desktop && m_desktop->canShowDesktopSettings();
+}
+
 void GlobalShortcutService::showDesktopSettings()
 {
     if (m_desktop)

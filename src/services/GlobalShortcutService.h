@@ -33,6 +33,7 @@ public:
 
     [[nodiscard]] Binding binding(GlobalShortcut shortcut) const;
     [[nodiscard]] bool isChosenByDesktop() const;
+    [[nodiscard]] bool canShowDesktopSettings() const;
     void showDesktopSettings();
 
 Q_SIGNALS:

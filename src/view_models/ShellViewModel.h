@@ -120,6 +120,7 @@ Q_SIGNALS:
     void voiceSettingsRequested();
     void replyLimitRequested(); // the settings page is wanted at the longest reply
     void abilitiesRequested();  // the settings page of the abilities is wanted
+    void keyboardSettingsRequested();
 
 private:
     SettingsStore &m_settings;

@@ -18,6 +18,8 @@ FocusScope {
     required property SearchKeyViewModel searchKey
     required property CalendarsViewModel calendars
     required property ShortcutListModel shortcuts
+    required property GlobalShortcutViewModel chatKey
+    required property GlobalShortcutViewModel talkKey
     required property MemoryViewModel memory
     required property AISettingsViewModel aiSettings
     required property LocalModelViewModel localModel
@@ -90,6 +92,8 @@ FocusScope {
                 searchKey: window.searchKey,
                 calendars: window.calendars,
                 shortcuts: window.shortcuts,
+                chatKey: window.chatKey,
+                talkKey: window.talkKey,
                 memory: window.memory,
                 networkLedger: window.networkLedger,
                 proofLedger: window.proofLedger,
@@ -167,7 +171,7 @@ FocusScope {
     Binding {
         target: Keymap
         property: "talk"
-        value: window.chat.entries.voice.isOffered ? Keymap.talkKeys[window.settings.pushToTalkShortcut] : ""
+        value: window.chat.entries.voice.isOffered ? window.talkKey.chosen : ""
     }
     FocusKeeper {
         id: keeper
@@ -340,6 +344,7 @@ FocusScope {
         function onSettingsRequested() { window.openSettings(); }
         function onVoiceSettingsRequested() { window.openSettingsAt("voice"); }
         function onAbilitiesRequested() { window.openSettingsAt("abilities"); }
+        function onKeyboardSettingsRequested() { window.openSettingsAt("keyboard"); }
         function onReplyLimitRequested() {
             window.openSettings();
             (settingsLoader.item as SettingsWindow).focusReplyLimit();

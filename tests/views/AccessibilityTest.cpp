@@ -90,6 +90,7 @@ TEST_F(AccessibilityTest, EveryControlOfTheSettingsHasANameAndTabReachesIt)
         {u"instructions"_s, {u"Instructions"_s}},
         {u"abilities"_s, {u"Web access"_s, u"Key"_s}},
         {u"memory"_s, {u"Keep notes"_s}},
+        {u"keyboard"_s, {u"Show the window: None"_s, u"Usual keys"_s, u"Hold to talk: None"_s}},
         {u"appearance"_s, {u"System"_s, u"Large"_s, u"Reduce motion"_s}},
         {u"proof"_s, {u"All"_s, u"Proofs"_s}},
         {u"network"_s, {u"Connections"_s}}};

@@ -2,18 +2,24 @@
 
 #include "WindowFixture.h"
 
+#include "app/GlobalKeys.h"
 #include "async/SharedResult.h"
 #include "audio/AudioPlaying.h"
 #include "persistence/SettingsStore.h"
+#include "services/GlobalShortcutService.h"
 #include "support/SpokenMicrophone.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/settings/GlobalShortcutViewModel.h"
 #include "view_models/settings/MicrophoneViewModel.h"
 #include "views/TalkKey.h"
 
+#include <QAccessible>
+#include <QKeySequence>
 #include <QTest>
 
 #include <array>
+#include <map>
 
 namespace morvane {
 
@@ -39,7 +45,30 @@ public:
     std::weak_ptr<AudioQueue> left;
 };
 
+// A desktop that gives each key but the one that another program holds.
+class Keys final : public GlobalShortcutBinding {
+public:
+    void bind(const std::vector<Wish> &wishes) override
+    {
+        bindings.clear();
+        for (const Wish &wish : wishes)
+            bindings[wish.shortcut] = wish.keys == held ? Binding{State::taken}
+                                                        : Binding{State::bound, QKeySequence(wish.keys).toString()};
+        Q_EMIT changed();
+    }
+    void release() override { bindings.clear(); }
+    [[nodiscard]] Binding binding(GlobalShortcut shortcut) const override
+    {
+        const auto found = bindings.find(shortcut);
+        return found == bindings.end() ? Binding{} : found->second;
+    }
+
+    QKeyCombination held = Qt::AltModifier | Qt::Key_Space;
+    std::map<GlobalShortcut, Binding> bindings;
+};
+
 struct Ears { // outlive the application
+    Keys keys;
     SpokenMicrophone microphone;
     Loudspeaker loudspeaker;
 };
@@ -51,8 +80,13 @@ protected:
         m_voice.output = &loudspeaker;
         m_voice.permission = &microphone;
         m_voice.makeEngine = [this] { return microphone.makeEngine(); };
+        m_keys = &keys;
         start();
         load();
+    }
+    [[nodiscard]] static QString accessibleDescription(QQuickItem *item)
+    {
+        return QAccessible::queryAccessibleInterface(item)->text(QAccessible::Description);
     }
     [[nodiscard]] VoiceEntry &entry() const { return *m_app->presentation().chat->entries()->voice(); }
     [[nodiscard]] SettingsStore &settings() const { return *m_app->storage().settings; }
@@ -182,8 +216,78 @@ TEST_F(VoiceTest, ADeadMicrophonesBannerLeadsToItsSettings)
     }
     click(item(u"openVoiceSettings"_s));
     EXPECT_TRUE(shows(settingsWindow(), u"Key to hold"_s));
-    click(WindowDriver::item(settingsWindow(), u"voice.key"_s));
+    click(WindowDriver::item(settingsWindow(), u"voice.key.presets"_s));
     EXPECT_TRUE(eventually([this] { return shows(settingsWindow(), u"Ctrl+Space"_s); }));
+}
+
+TEST_F(VoiceTest, AKeyOfTheDesktopShowsTheWindowAndTalksUnlessItIsLocked)
+{
+    int shown = 0;
+    QObject::connect(m_app.get(), &AppState::mainWindowRequested, m_app.get(), [&shown] { ++shown; });
+    settings().setOnboardingComplete(true);
+    m_app->presentation().globalKeys.service->registerShortcuts();
+    Q_EMIT keys.pressed(GlobalShortcut::chat, {});
+    Q_EMIT keys.released(GlobalShortcut::chat);
+    EXPECT_EQ(phase(), Idle);
+    Q_EMIT keys.pressed(GlobalShortcut::talk, {});
+    EXPECT_EQ(phase(), Listening);
+    Q_EMIT keys.released(GlobalShortcut::talk);
+    EXPECT_FALSE(entry().isRecording());
+    entry().cancel();
+    Q_EMIT keys.pressed(GlobalShortcut::talk, {});
+    Q_EMIT keys.escaped(GlobalShortcut::talk);
+    EXPECT_EQ(phase(), Idle);
+    entry().toggle(); // by the button: the key that comes up is not what holds it
+    Q_EMIT keys.pressed(GlobalShortcut::talk, {});
+    Q_EMIT keys.released(GlobalShortcut::talk);
+    EXPECT_EQ(phase(), Listening);
+    entry().cancel();
+    EXPECT_EQ(shown, 4);
+    m_app->appLock().lock();
+    Q_EMIT keys.pressed(GlobalShortcut::talk, {});
+    EXPECT_EQ(phase(), Idle);
+    EXPECT_EQ(shown, 5) << "the curtain";
+    m_app->willTerminate();
+    EXPECT_TRUE(keys.bindings.empty());
+}
+
+TEST_F(VoiceTest, AKeyThatIsTakenIsSaidAndAnotherIsRecordedInTheSettings)
+{
+    m_app->presentation().globalKeys.service->registerShortcuts();
+    settle();
+    EXPECT_TRUE(shows(u"Alt+Space shortcut could not be registered. Another app may already use it."_s));
+    click(item(u"openKeyboardSettings"_s));
+    QQuickWindow *const page = settingsWindow();
+    const auto says = [&](const QString &words) { return eventually([&] { return shows(page, words); }); };
+    EXPECT_TRUE(says(u"Brings it to the front.\nAlt+Space is not bound: another app may already use it."_s));
+    QQuickItem *const record = WindowDriver::item(page, u"keyboard.chat.record"_s);
+    const auto name = [&] { return accessibleName(record); };
+    EXPECT_EQ(name(), u"Show the window: None"_s);
+    click(record);
+    EXPECT_EQ(name(), u"Show the window: Press keys…"_s);
+    EXPECT_TRUE(keys.bindings.empty()) << "those that are bound can be pressed";
+    for (const auto &[key, modifiers, answer] :
+         {std::tuple{Qt::Key_Shift, Qt::ShiftModifier, u"Press the keys. Esc leaves them"_s},
+          std::tuple{Qt::Key_W, Qt::ShiftModifier, u"That key is needed for writing."_s},
+          std::tuple{Qt::Key_V, Qt::AltModifier, u"Alt+V is the key to talk."_s}}) {
+        WindowDriver::press(page, key, modifiers);
+        EXPECT_TRUE(eventually([&] { return accessibleDescription(record).startsWith(answer); })) << key;
+    }
+    WindowDriver::press(page, Qt::Key_W, Qt::ControlModifier); // which would close the window
+    EXPECT_EQ(name(), u"Show the window: Ctrl+W"_s);
+    EXPECT_EQ(settings().chatShortcutKeys(), u"Ctrl+W"_s);
+    click(record);
+    WindowDriver::press(page, Qt::Key_Escape);
+    EXPECT_EQ(name(), u"Show the window: Ctrl+W"_s);
+    EXPECT_TRUE(page->isVisible());
+    click(record);
+    WindowDriver::press(page, Qt::Key_Backspace);
+    EXPECT_EQ(name(), u"Show the window: None"_s);
+    EXPECT_EQ(settings().chatShortcutText(), u"disabled"_s);
+    click(record);
+    WindowDriver::press(page, Qt::Key_Tab); // goes on, and leaves it
+    EXPECT_FALSE(m_app->presentation().globalKeys.chat->isRecording());
+    EXPECT_EQ(keys.bindings.size(), 1U);
 }
 
 TEST_F(VoiceTest, TheTrialIsPlayedBackOnceAndKeptNowhere)

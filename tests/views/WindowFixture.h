@@ -95,6 +95,7 @@ protected:
 
     QTemporaryDir m_profile;
     VoicePorts m_voice;           // of the next start; the desktop has neither ears nor a mouth
+    GlobalShortcutBinding *m_keys = nullptr; // of the next start; the desktop has no keys to give
     LocalRuntimeValues m_runtime; // of the next start; nobody answers and nothing can be installed
     ManualClock m_clock;
     InMemoryKeychainService m_keychain;

@@ -1,5 +1,7 @@
 #include "platform/linux/DesktopActivation.h"
 
+#include "platform/linux/WindowActivation.h"
+
 #include "utils/text/Identifier.h"
 #include "utils/text/Product.h"
 
@@ -19,13 +21,10 @@ QString objectPath()
     return u'/' + QString(Product::desktopId).replace(u'.', u'/');
 }
 
-// Whoever was clicked hands its right to the focus on; Qt's Wayland window takes it from here.
+// Whoever was clicked hands its right to the focus on.
 void takeToken(const QVariantMap &platformData)
 {
-    constexpr qsizetype longest = 256;
-    const QByteArray token = platformData.value(u"activation-token"_s).toString().toUtf8();
-    if (!token.isEmpty() && token.size() <= longest)
-        qputenv("XDG_ACTIVATION_TOKEN", token);
+    WindowActivation::offer(platformData.value(u"activation-token"_s).toString());
 }
 
 std::optional<AppRequest> requestFor(const QString &action, const QString &parameter)

@@ -1,12 +1,12 @@
 #include "platform/linux/PortalIdentity.h"
 
+#include "platform/linux/DesktopKind.h"
 #include "platform/linux/ProcessPrivacy.h"
 #include "utils/text/Product.h"
 
 #include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QFileInfo>
 
 #include <memory>
 
@@ -19,16 +19,11 @@ namespace {
 // The process can be looked at meanwhile, so not for as long as a call may take.
 constexpr int patienceMilliseconds = 3000;
 
-bool isSandboxed()
-{
-    return QFileInfo::exists(u"/.flatpak-info"_s) || qEnvironmentVariableIsSet("SNAP");
-}
-
 } // namespace
 
 void PortalIdentity::tell(std::optional<QDBusConnection> bus)
 {
-    if (!bus || !bus->isConnected() || isSandboxed())
+    if (!bus || !bus->isConnected() || DesktopKind::isSandboxed())
         return;
     auto call = QDBusMessage::createMethodCall(u"org.freedesktop.portal.Desktop"_s,
                                                u"/org/freedesktop/portal/desktop"_s,

@@ -162,6 +162,8 @@ public:
     Q_INVOKABLE void restartLocalModel();
     // A permission of the system stands in the way of an ability.
     void showPermissionProblem(const UserPresentableError &error);
+    // Nothing that was asked for went wrong.
+    void showNotice(const ErrorBanner &notice) { m_banner.tell(notice); }
     Q_INVOKABLE void continueReply(const QString &messageId);
     Q_INVOKABLE void stopResponding();
     // Nothing is heard or read aloud any more, at once; what is being said is dropped.

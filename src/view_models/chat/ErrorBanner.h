@@ -22,6 +22,7 @@ struct ErrorBanner {
     Q_PROPERTY(bool mayRestartLocalModel READ mayRestartLocalModel)
     Q_PROPERTY(bool mayOpenVoiceSettings READ mayOpenVoiceSettings)
     Q_PROPERTY(bool mayOpenAbilities READ mayOpenAbilities)
+    Q_PROPERTY(bool mayOpenKeyboardSettings READ mayOpenKeyboardSettings)
 
 public:
     // What the Retry button runs again.
@@ -34,7 +35,8 @@ public:
         restartLocalModel,
         raiseReplyLimit,
         openVoiceSettings,
-        openAbilities
+        openAbilities,
+        openKeyboardSettings
     };
 
     QString message;
@@ -51,6 +53,7 @@ public:
     [[nodiscard]] bool mayRestartLocalModel() const { return recovery == Recovery::restartLocalModel; }
     [[nodiscard]] bool mayOpenVoiceSettings() const { return recovery == Recovery::openVoiceSettings; }
     [[nodiscard]] bool mayOpenAbilities() const { return recovery == Recovery::openAbilities; }
+    [[nodiscard]] bool mayOpenKeyboardSettings() const { return recovery == Recovery::openKeyboardSettings; }
 
     [[nodiscard]] static ErrorBanner of(const ErrorPresentation &presentation, Retry retry)
     {

@@ -87,6 +87,13 @@ Rectangle {
             onClicked: root.shell.abilitiesRequested()
         }
         PushButton {
+            objectName: "openKeyboardSettings"
+            Layout.alignment: Qt.AlignTop
+            visible: root.chat.banner.mayOpenKeyboardSettings
+            text: qsTr("Keyboard…")
+            onClicked: root.shell.keyboardSettingsRequested()
+        }
+        PushButton {
             objectName: "retry"
             Layout.alignment: Qt.AlignTop
             visible: root.chat.banner.retryable

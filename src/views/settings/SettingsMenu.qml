@@ -26,6 +26,7 @@ Rectangle {
                 { page: "memory", title: qsTr("Memory"), glyph: "note" },
                 { page: "privacy", title: qsTr("Privacy"), glyph: "privacy" },
                 { page: "voice", title: qsTr("Voice"), glyph: "speaker" },
+                { page: "keyboard", title: qsTr("Keyboard"), glyph: "keyboard" },
                 { page: "appearance", title: qsTr("Appearance"), glyph: "appearance" },
                 { page: "proof", title: qsTr("Proof"), glyph: "sealed" },
                 { page: "network", title: qsTr("Network"), glyph: "network" },

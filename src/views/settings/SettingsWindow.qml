@@ -17,6 +17,8 @@ T.ApplicationWindow {
     required property SearchKeyViewModel searchKey
     required property CalendarsViewModel calendars
     required property ShortcutListModel shortcuts
+    required property GlobalShortcutViewModel chatKey
+    required property GlobalShortcutViewModel talkKey
     required property MemoryViewModel memory
     required property NetworkLedgerViewModel networkLedger
     required property ProofLedgerViewModel proofLedger
@@ -30,7 +32,7 @@ T.ApplicationWindow {
     required property AboutViewModel about
     required property ShellViewModel shell
     // In the order of the menu and of the pages below.
-    readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "privacy", "voice", "appearance", "proof", "network", "about"]
+    readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "privacy", "voice", "keyboard", "appearance", "proof", "network", "about"]
     property string page: pages[0]
 
     signal left()
@@ -124,7 +126,12 @@ T.ApplicationWindow {
                 microphone: root.microphone
                 recognition: root.recognition
                 settings: root.settings
+                talkKey: root.talkKey
                 shown: root.visible && root.page === "voice"
+            }
+            KeyboardPage {
+                chatKey: root.chatKey
+                talkKey: root.talkKey
             }
             AppearancePage {
                 settings: root.settings

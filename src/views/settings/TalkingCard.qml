@@ -1,7 +1,4 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
-import QtQml.Models
 import Morvane
 import Morvane.ViewModels
 
@@ -10,46 +7,15 @@ SettingsCard {
     id: root
 
     required property SettingsStore settings
-    readonly property list<string> presets: ["optionV", "optionC", "optionSpace", "controlSpace", "commandShiftSpace",
-        "functionF13", "disabled"]
-
-    function keysOf(preset: string): string {
-        return Keymap.talkKeys[preset].length > 0 ? Keymap.talkKeys[preset] : qsTr("None");
-    }
+    required property GlobalShortcutViewModel talkKey
 
     heading: qsTr("Talking")
 
-    SettingsRow {
+    KeyboardRow {
+        objectName: "voice.key"
+        key: root.talkKey
         title: qsTr("Key to hold")
-        explanation: qsTr("Speak after the pop, and let go. The words come into the message; Esc drops them.")
-
-        PushButton {
-            id: choice
-
-            objectName: "voice.key"
-            text: root.keysOf(root.settings.pushToTalkShortcut)
-            Accessible.name: qsTr("Key to hold: %1").arg(text)
-            onClicked: menu.popup(choice, 0, choice.height + Theme.gap4)
-
-            PopupMenu {
-                id: menu
-
-                objectName: "voice.keys"
-
-                Instantiator {
-                    model: root.presets
-                    onObjectAdded: (index, item) => menu.insertItem(index, item as Item)
-                    onObjectRemoved: (_, item) => menu.removeItem(item as Item)
-
-                    PopupMenuItem {
-                        required property string modelData
-
-                        text: root.keysOf(modelData)
-                        onTriggered: root.settings.pushToTalkShortcut = modelData
-                    }
-                }
-            }
-        }
+        purpose: qsTr("Speak after the pop, and let go. The words come into the message; Esc drops them.")
     }
     SwitchRow {
         objectName: "voice.send"

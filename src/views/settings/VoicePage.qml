@@ -12,6 +12,7 @@ SettingsPage {
     required property MicrophoneViewModel microphone
     required property RecognitionViewModel recognition
     required property SettingsStore settings
+    required property GlobalShortcutViewModel talkKey
     property bool shown: false
 
     title: qsTr("Voice")
@@ -25,7 +26,10 @@ SettingsPage {
         }
     }
 
-    TalkingCard { settings: root.settings }
+    TalkingCard {
+        settings: root.settings
+        talkKey: root.talkKey
+    }
     MicrophoneCard { microphone: root.microphone }
     RecognitionCard { recognition: root.recognition }
     SettingsCard {

@@ -5,15 +5,6 @@ import QtQuick
 // The window's keys, for the shortcuts themselves and for the sheet that lists them. The window sets the first.
 QtObject {
     property string talk // empty for none
-    readonly property var talkKeys: ({ // by the name of their preset
-        optionV: "Alt+V",
-        optionC: "Alt+C",
-        optionSpace: "Alt+Space",
-        controlSpace: "Ctrl+Space",
-        commandShiftSpace: "Ctrl+Shift+Space",
-        functionF13: "F13",
-        disabled: ""
-    })
     readonly property string newChat: "Ctrl+N"
     readonly property string newGhostChat: "Ctrl+Shift+N"
     readonly property string settings: "Ctrl+,"

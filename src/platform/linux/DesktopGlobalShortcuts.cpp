@@ -1,0 +1,27 @@
+#include "platform/linux/DesktopGlobalShortcuts.h"
+
+#include "platform/linux/DesktopKind.h"
+#include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/PortalGlobalShortcuts.h"
+#include "platform/linux/X11GlobalShortcuts.h"
+
+#include <QGuiApplication>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+
+// An X server on a Wayland desktop gets a key only while one of its own windows has the keyboard.
+std::unique_ptr<GlobalShortcutBinding> globalShortcutsOfTheDesktop()
+{
+    const bool isX11 = QGuiApplication::platformName() == "xcb"_L1;
+    if (isX11 && !DesktopKind::isWayland())
+        return std::make_unique<X11GlobalShortcuts>();
+    if (!isX11 && !DesktopKind::isWayland())
+        return nullptr; // no desktop at all
+    if (const auto bus = DesktopNotifications::sessionBus())
+        return std::make_unique<PortalGlobalShortcuts>(*bus);
+    return nullptr;
+}
+
+} // namespace morvane

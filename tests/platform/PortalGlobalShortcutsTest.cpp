@@ -1,0 +1,215 @@
+// Keys by the portal, which a test plays on a bus of its own.
+
+#include "platform/linux/PortalGlobalShortcuts.h"
+
+#include "support/PrivateBus.h"
+
+#include <QDBusArgument>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+
+#include <gtest/gtest.h>
+
+namespace morvane {
+
+using namespace Qt::StringLiterals;
+using State = GlobalShortcutBinding::State;
+
+// A shortcut as the portal tells it.
+struct Bound {
+    QString id;
+    QVariantMap about;
+};
+
+static QDBusArgument &operator<<(QDBusArgument &to, const Bound &shortcut)
+{
+    to.beginStructure();
+    to << shortcut.id << shortcut.about;
+    to.endStructure();
+    return to;
+}
+
+static const QDBusArgument &operator>>(const QDBusArgument &from, Bound &)
+{
+    return from; // never read
+}
+
+namespace {
+
+const QString service = u"org.freedesktop.portal.Desktop"_s;
+const QString object = u"/org/freedesktop/portal/desktop"_s;
+const QString shortcuts = u"org.freedesktop.portal.GlobalShortcuts"_s;
+
+// A portal, and what is told of it and asked of it, in order.
+class Portal {
+public:
+    explicit Portal(QDBusConnection bus, uint version = 2)
+        : m_version(version)
+        , m_played(std::move(bus), service, [this](const auto &call, const auto &from) { return take(call, from); })
+    {
+        qDBusRegisterMetaType<Bound>();
+        qDBusRegisterMetaType<QList<Bound>>();
+    }
+
+    void activate(const QString &signal, const QString &id)
+    {
+        m_played.tell(object, shortcuts, signal,
+                      {QVariant::fromValue(QDBusObjectPath(session)), id, quint64{1},
+                       QVariantMap{{u"activation_token"_s, u"token of "_s + id}}});
+    }
+    void close() { m_played.tell(session, u"org.freedesktop.portal.Session"_s, u"Closed"_s, {}); }
+
+    QStringList told;
+    QString session;
+    uint answer = 0;      // 0: the person says yes
+    bool hasIt = true;    // whether there are shortcuts here at all
+    QString others = u"Meta+V"_s; // what it binds, whatever was asked for; empty for nothing
+
+private:
+    bool take(const QDBusMessage &call, const QDBusConnection &from)
+    {
+        told += call.member();
+        if (call.member() == "Register"_L1) {
+            told.last() += u' ' + call.arguments().at(0).toString();
+            from.send(call.createReply());
+        } else if (call.member() == "Get"_L1) {
+            from.send(call.createReply(QVariant::fromValue(QDBusVariant(m_version))));
+        } else if (!hasIt) {
+            return false;
+        } else if (call.member() == "CreateSession"_L1) {
+            const auto options = qdbus_cast<QVariantMap>(call.arguments().at(0));
+            QString sender = call.service().mid(1);
+            session = object + u"/session/"_s + sender.replace(u'.', u'_') + u'/' +
+                      options.value(u"session_handle_token"_s).toString();
+            respond(call, from, options, {{u"session_handle"_s, session}}, 0);
+        } else if (call.member() == "BindShortcuts"_L1) {
+            const auto wishes = call.arguments().at(1).value<QDBusArgument>();
+            QList<Bound> made;
+            wishes.beginArray();
+            while (!wishes.atEnd()) {
+                QString id;
+                QVariantMap about;
+                wishes.beginStructure();
+                wishes >> id >> about;
+                wishes.endStructure();
+                made.append({id, {{u"trigger_description"_s, others}}});
+                told.last() += u' ' + id + u'=' + about.value(u"preferred_trigger"_s).toString();
+            }
+            respond(call, from, qdbus_cast<QVariantMap>(call.arguments().at(3)),
+                    {{u"shortcuts"_s, QVariant::fromValue(made)}}, answer);
+        } else {
+            from.send(call.createReply());
+        }
+        return true;
+    }
+
+    static void respond(const QDBusMessage &call, const QDBusConnection &from, const QVariantMap &options,
+                        const QVariantMap &results, uint response)
+    {
+        QString sender = call.service().mid(1);
+        const QString request = object + u"/request/"_s + sender.replace(u'.', u'_') + u'/' +
+                                options.value(u"handle_token"_s).toString();
+        from.send(call.createReply(QVariant::fromValue(QDBusObjectPath(request))));
+        auto signal = QDBusMessage::createSignal(request, u"org.freedesktop.portal.Request"_s, u"Response"_s);
+        signal.setArguments({response, results});
+        from.send(signal);
+    }
+
+    const uint m_version;
+    PlayedService m_played;
+};
+
+class PortalGlobalShortcutsTest : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        QObject::connect(&m_keys, &GlobalShortcutBinding::pressed, &m_keys,
+                         [this](GlobalShortcut, const QString &token) { m_heard += u"down "_s + token; });
+        QObject::connect(&m_keys, &GlobalShortcutBinding::released, &m_keys,
+                         [this](GlobalShortcut) { m_heard += u"up"_s; });
+    }
+    void bindBoth()
+    {
+        m_keys.bind({{GlobalShortcut::chat, Qt::ControlModifier | Qt::ShiftModifier | Qt::Key_Space, u"Show"_s},
+                     {GlobalShortcut::talk, QKeyCombination(Qt::Key_F13), u"Talk"_s}});
+        TestWait::until([this] { return state() != State::waiting; });
+    }
+    [[nodiscard]] State state() const { return m_keys.binding(GlobalShortcut::talk).state; }
+
+    PrivateBus m_bus;
+    PortalGlobalShortcuts m_keys{m_bus.connection()};
+    QStringList m_heard;
+};
+
+TEST_F(PortalGlobalShortcutsTest, TheDesktopsOwnKeysAreToldAndHeardUntilTheyAreUp)
+{
+    Portal portal(m_bus.connection());
+    bindBoth();
+    EXPECT_EQ(portal.told.join(u", "_s),
+              u"Register ai.morvane.MorvaneGPT, Get, CreateSession, "
+              u"BindShortcuts show-window=CTRL+SHIFT+space hold-to-talk=F13"_s);
+    EXPECT_EQ(m_keys.binding(GlobalShortcut::talk), (GlobalShortcutBinding::Binding{State::bound, u"Meta+V"_s}));
+
+    // Another program's, and another session's.
+    auto forged = QDBusMessage::createSignal(object, shortcuts, u"Activated"_s);
+    forged.setArguments({QVariant::fromValue(QDBusObjectPath(portal.session)), u"hold-to-talk"_s, quint64{1},
+                         QVariantMap()});
+    m_bus.connection().send(forged);
+    const QString session = std::exchange(portal.session, object + u"/session/1/other"_s);
+    portal.activate(u"Activated"_s, u"hold-to-talk"_s);
+    portal.session = session;
+    portal.activate(u"Activated"_s, u"hold-to-talk"_s);
+    portal.activate(u"Activated"_s, u"hold-to-talk"_s); // it repeats
+    portal.activate(u"Deactivated"_s, u"hold-to-talk"_s);
+    portal.activate(u"Deactivated"_s, u"show-window"_s); // never went down
+    portal.activate(u"Activated"_s, u"show-window"_s);
+    TestWait::until([this] { return m_heard.size() >= 3; });
+    EXPECT_EQ(m_heard.join(u", "_s), u"down token of hold-to-talk, up, down token of show-window"_s);
+
+    m_keys.showDesktopSettings();
+    m_keys.release();
+    TestWait::until([&] { return portal.told.last() == "Close"_L1; });
+    EXPECT_EQ(portal.told.at(portal.told.size() - 2), u"ConfigureShortcuts"_s);
+    EXPECT_EQ(m_heard.last(), u"up"_s) << "what was held is let go";
+}
+
+TEST_F(PortalGlobalShortcutsTest, WhatTheDesktopOrThePersonRefusesIsSaid)
+{
+    {
+        Portal portal(m_bus.connection(), 1);
+        portal.answer = 1;
+        bindBoth();
+        EXPECT_EQ(state(), State::refused);
+        EXPECT_FALSE(m_keys.canShowDesktopSettings());
+        portal.answer = 0;
+        portal.others.clear();
+        bindBoth();
+        EXPECT_EQ(state(), State::refused) << "it was given no key";
+        portal.others = u"F13"_s;
+        bindBoth();
+        EXPECT_EQ(state(), State::bound);
+        portal.activate(u"Activated"_s, u"hold-to-talk"_s);
+        TestWait::until([this] { return m_heard.size() == 1; });
+    }
+    TestWait::until([this] { return state() == State::unavailable; }); // the portal has left
+    EXPECT_EQ(m_heard.last(), u"up"_s);
+    Portal next(m_bus.connection());
+    TestWait::until([this] { return state() == State::bound; });
+    next.close();
+    TestWait::until([this] { return state() == State::refused; });
+}
+
+TEST_F(PortalGlobalShortcutsTest, ADesktopWithoutThemSaysSo)
+{
+    bindBoth();
+    EXPECT_EQ(state(), State::unavailable);
+    Portal portal(m_bus.connection());
+    portal.hasIt = false;
+    bindBoth();
+    EXPECT_EQ(state(), State::unavailable);
+}
+
+} // namespace
+
+} // namespace morvane
