@@ -22,6 +22,8 @@
 #include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxHands.h"
 #include "platform/linux/PolkitPresence.h"
+#include "platform/linux/PortalNotifications.h"
+#include "platform/linux/ScreenLock.h"
 #include "platform/linux/StatusNotifierItem.h"
 #include "platform/linux/WebBrowser.h"
 #include "security/TestHost.h"
@@ -31,6 +33,7 @@
 #include "utils/text/Product.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/chat/NotificationService.h"
 #include "view_models/settings/PrivacyViewModel.h"
 
 #include <QDir>
@@ -55,6 +58,12 @@ std::unique_ptr<SecretStoring> keyringOf(const CommandLine &commandLine)
     if (commandLine.profile)
         return std::make_unique<AbsentKeyring>();
     return SecretKeeping::keyringOfThePerson();
+}
+
+std::unique_ptr<ScreenLock> lockOfTheScreen()
+{
+    const auto buses = DesktopSession::buses();
+    return std::make_unique<ScreenLock>(buses.session, buses.system);
 }
 
 Host hostOfThisRun()
@@ -99,7 +108,9 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::uniqu
     , m_secrets(m_commandLine.folders(), keyring ? std::move(keyring) : keyringOf(m_commandLine), m_work,
                 std::make_unique<PolkitPresence>())
     , m_appearance(std::make_unique<DesktopAppearance>())
-    , m_notifications(std::make_unique<DesktopNotifications>())
+    , m_notificationPosting(notificationsOfTheDesktop(DesktopNotifications::sessionBus()))
+    , m_notifications(std::make_unique<NotificationService>(*m_notificationPosting))
+    , m_screenLock(lockOfTheScreen())
     , m_audio(std::make_unique<DesktopAudio>())
     , m_hands(std::make_unique<LinuxHands>(DesktopNotifications::sessionBus(),
                                            shortcutsFolder(m_commandLine.folders()),
@@ -112,6 +123,8 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::uniqu
     , m_isWindowWanted(m_commandLine.request.showsWindow)
 {
     m_requests.take(m_commandLine.request);
+    connect(m_screenLock.get(), &ScreenLock::changed, m_notifications.get(),
+            &NotificationService::setScreenLocked);
     connect(&m_secrets.preparation(), &KeychainPreparation::stateChanged, this, &Launch::keychainChanged);
 }
 
@@ -266,7 +279,7 @@ void Launch::finish()
     connect(m_state->presentation().privacy.get(), &PrivacyViewModel::erasureConfirmed, this,
             &Launch::eraseAll,
             Qt::QueuedConnection); // the window that says so goes with it
-    connect(m_notifications.get(), &DesktopNotifications::chosen, this, [this](const QUuid &chat) {
+    connect(m_notifications.get(), &NotificationService::chosen, this, [this](const QUuid &chat) {
         take({.chatID = chat.isNull() ? QString() : Identifier::text(chat)});
     });
 

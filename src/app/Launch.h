@@ -24,12 +24,14 @@ class DemoPlayer;
 class DesktopAppearance;
 struct DesktopAudio;
 struct LinuxHands;
-class DesktopNotifications;
 class DesktopSession;
 class LoginStarting;
 class GlobalShortcutBinding;
 class MainWindowController;
+class NotificationPosting;
+class NotificationService;
 class ScreenCapturing;
+class ScreenLock;
 class StartupWindow;
 class Tray;
 class TrayIcon;
@@ -78,7 +80,9 @@ private:
     Work m_work{m_clock};
     SecretKeeping m_secrets;
     std::unique_ptr<DesktopAppearance> m_appearance;
-    std::unique_ptr<DesktopNotifications> m_notifications;
+    std::unique_ptr<NotificationPosting> m_notificationPosting;
+    std::unique_ptr<NotificationService> m_notifications;
+    std::unique_ptr<ScreenLock> m_screenLock;
     std::unique_ptr<DesktopAudio> m_audio;
     std::unique_ptr<LinuxHands> m_hands;
     std::unique_ptr<ScreenCapturing> m_screen; // null where the desktop shows none

@@ -91,13 +91,16 @@ public:
         m_heard.append(QStringLiteral("ghost failed"));
     }
     void withdrawGhostReplies() override { m_heard.append(QStringLiteral("ghosts withdrawn")); }
-    void replyFailed(const QString &message, const QString &suggestion) override
+    void withdrawChat(const QUuid &conversation) override { read = conversation; }
+    void replyFailed(const QUuid &, const QString &message, const QString &suggestion) override
     {
         m_heard.append(QStringLiteral("failed ") + message + u'|' + suggestion);
     }
     void approvalWaits(const QString &verb) override { m_heard.append(QStringLiteral("waits ") + verb); }
     void withdrawApproval() override { m_heard.append(QStringLiteral("withdrawn")); }
     void withdrawAll() override { m_heard.append(QStringLiteral("withdrawn all")); }
+
+    QUuid read; // the chat whose notification was withdrawn last
 
 private:
     Clock &m_clock;

@@ -343,6 +343,14 @@ TEST_F(ChatTurnTest, ThePersonHearsOfTheEnd)
         heard.filter(QRegularExpression(u"^(ready|failed)"_s)),
         (QStringList{u"ready q"_s,
                      u"failed The AI provider is rate-limiting requests.|Wait a moment and try again."_s}));
+    const QUuid first = chat.conversation()->id();
+    const QString firstId = chat.conversationId();
+    chat.newConversation();
+    EXPECT_NE(desktop.read, first) << "nobody looks";
+    chat.setWindowInFront(true);
+    EXPECT_EQ(desktop.read, chat.conversation()->id());
+    chat.open(firstId);
+    EXPECT_EQ(desktop.read, first);
 }
 
 TEST_F(ChatTurnTest, ChatsAreOpenedRenamedAndRemovedAndATurnStaysInItsOwn)

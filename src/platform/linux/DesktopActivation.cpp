@@ -1,7 +1,6 @@
 #include "platform/linux/DesktopActivation.h"
 
 #include "platform/linux/WindowActivation.h"
-
 #include "utils/text/Identifier.h"
 #include "utils/text/Product.h"
 

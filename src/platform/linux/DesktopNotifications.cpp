@@ -1,5 +1,6 @@
 #include "platform/linux/DesktopNotifications.h"
 
+#include "platform/linux/WindowActivation.h"
 #include "utils/text/Product.h"
 
 #include <QDBusPendingCallWatcher>
@@ -18,6 +19,15 @@ const QString path = u"/org/freedesktop/Notifications"_s;
 const QString clicked = u"default"_s; // the action of a click on the notification itself
 constexpr int asTheDesktopLikes = -1; // milliseconds
 
+enum class Urgency : uchar { normal = 1, critical = 2 };
+
+QDBusMessage callOf(const QString &method, const QVariantList &arguments = {})
+{
+    auto message = QDBusMessage::createMethodCall(service, path, service, method);
+    message.setArguments(arguments);
+    return message;
+}
+
 } // namespace
 
 std::optional<QDBusConnection> DesktopNotifications::sessionBus()
@@ -28,133 +38,175 @@ std::optional<QDBusConnection> DesktopNotifications::sessionBus()
 }
 
 DesktopNotifications::DesktopNotifications(std::optional<QDBusConnection> bus, QObject *parent)
-    : QObject(parent)
+    : NotificationPosting(parent)
     , m_bus(std::move(bus))
 {
     if (m_bus && !m_bus->isConnected())
         m_bus.reset();
     if (!m_bus)
         return;
-    m_bus->connect(service, path, service, u"ActionInvoked"_s, this, SLOT(actionInvoked(uint, QString)));
-    m_bus->connect(service, path, service, u"NotificationClosed"_s, this,
-                   SLOT(notificationClosed(uint, uint)));
+    // By no sender's name, which the library would wait for; keyOf() asks who it was.
+    m_bus->connect({}, path, service, u"ActionInvoked"_s, this, SLOT(actionInvoked(uint, QString)));
+    m_bus->connect({}, path, service, u"ActivationToken"_s, this, SLOT(activationToken(uint, QString)));
+    m_bus->connect({}, path, service, u"NotificationClosed"_s, this, SLOT(notificationClosed(uint, uint)));
 }
 
-void DesktopNotifications::replyReady(const QUuid &conversation, const QString &title)
+DesktopNotifications::~DesktopNotifications()
 {
-    post(u"Reply ready"_s, title, conversation);
+    for (const auto &[key, shown] : m_shown) {
+        if (shown.id != 0)
+            close(shown.id);
+    }
 }
 
-void DesktopNotifications::ghostReplyReady()
-{
-    postOfGhost(u"Reply ready"_s, {});
-}
-
-void DesktopNotifications::ghostReplyFailed(const QString &message, const QString &suggestion)
-{
-    postOfGhost(message, suggestion);
-}
-
-void DesktopNotifications::postOfGhost(const QString &summary, const QString &body)
-{
-    const auto shown = [this, chat = m_ghostsLeft](uint id) {
-        if (chat == m_ghostsLeft)
-            m_ofGhosts.insert(id);
-        else
-            close(id); // it was left before the desktop had told the number
-    };
-    post(summary, body, {}, shown, Lasting::passing);
-}
-
-void DesktopNotifications::withdrawGhostReplies()
-{
-    ++m_ghostsLeft;
-    for (const uint id : std::exchange(m_ofGhosts, {}))
-        close(id);
-}
-
-void DesktopNotifications::replyFailed(const QString &message, const QString &suggestion)
-{
-    post(message, suggestion, {});
-}
-
-void DesktopNotifications::approvalWaits(const QString &verb)
-{
-    withdrawApproval();
-    post(u"%1 waits for your answer"_s.arg(Product::name), verb, {}, [this, waiting = m_waiting](uint id) {
-        if (waiting == m_waiting)
-            m_approval = id;
-        else
-            close(id); // the person was faster than the desktop
-    });
-}
-
-void DesktopNotifications::withdrawApproval()
-{
-    ++m_waiting;
-    if (const uint id = std::exchange(m_approval, 0); id != 0)
-        close(id);
-}
-
-void DesktopNotifications::withdrawAll()
-{
-    ++m_allWithdrawn;
-    withdrawGhostReplies();
-    withdrawApproval();
-    for (const uint id : m_conversations.keys())
-        close(id);
-}
-
-void DesktopNotifications::post(const QString &summary, const QString &body, const QUuid &conversation,
-                                Shown shown, Lasting lasting)
+void DesktopNotifications::post(const DesktopNotice &notice)
 {
     if (!m_bus)
         return;
-    QVariantMap hints{{u"desktop-entry"_s, QString(Product::desktopId)}};
-    if (lasting == Lasting::passing)
+    Shown &shown = m_shown[notice.key];
+    shown.notice = notice;
+    shown.isWanted = true;
+    shown.isNew = true;
+    if (m_capabilities)
+        send(shown);
+    else if (!std::exchange(m_isAskingCapabilities, true))
+        askCapabilities();
+}
+
+void DesktopNotifications::withdraw(const QString &key)
+{
+    const auto found = m_shown.find(key);
+    if (found == m_shown.end())
+        return;
+    if (found->second.isAsking) {
+        found->second.isWanted = false; // it is closed once the server has told its number
+        return;
+    }
+    if (found->second.id != 0)
+        close(found->second.id);
+    m_shown.erase(found);
+}
+
+void DesktopNotifications::askCapabilities()
+{
+    auto *watcher = new QDBusPendingCallWatcher(m_bus->asyncCall(callOf(u"GetCapabilities"_s)), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        m_isAskingCapabilities = false;
+        const QDBusPendingReply<QStringList> reply = *watcher;
+        if (!reply.isValid()) // nobody shows any
+            return m_shown.clear();
+        const QStringList told = reply.value();
+        m_capabilities = QSet<QString>(told.begin(), told.end());
+        m_server = reply.reply().service();
+        sendAll();
+    });
+}
+
+void DesktopNotifications::sendAll()
+{
+    for (auto &[key, shown] : m_shown)
+        send(shown);
+}
+
+void DesktopNotifications::send(Shown &shown)
+{
+    if (shown.isAsking || !shown.isNew)
+        return;
+    shown.isAsking = true;
+    shown.isNew = false;
+    auto *watcher =
+        new QDBusPendingCallWatcher(m_bus->asyncCall(callOf(u"Notify"_s, arguments(shown))), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, key = shown.notice.key] {
+        watcher->deleteLater();
+        answered(key, *watcher);
+    });
+}
+
+void DesktopNotifications::answered(const QString &key, QDBusPendingCallWatcher &watcher)
+{
+    const QDBusPendingReply<uint> reply = watcher;
+    const auto found = m_shown.find(key);
+    if (found == m_shown.end())
+        return;
+    Shown &shown = found->second;
+    shown.isAsking = false;
+    shown.id = reply.isValid() ? reply.value() : 0;
+    shown.server = reply.reply().service();
+    if (!shown.isWanted)
+        return withdraw(key);
+    if (reply.isValid() && shown.server != m_server) { // another one has come, which may show less
+        m_capabilities.reset();
+        if (!std::exchange(m_isAskingCapabilities, true))
+            askCapabilities();
+    }
+    if (shown.isNew && m_capabilities)
+        send(shown);
+    else if (!reply.isValid())
+        m_shown.erase(found);
+}
+
+QVariantList DesktopNotifications::arguments(const Shown &shown) const
+{
+    const DesktopNotice &notice = shown.notice;
+    const auto urgency = notice.isWaitedFor ? Urgency::critical : Urgency::normal;
+    QVariantMap hints{{u"desktop-entry"_s, QString(Product::desktopId)},
+                      {u"category"_s, u"im.received"_s},
+                      {u"urgency"_s, QVariant::fromValue(static_cast<uchar>(urgency))}};
+    if (notice.isPassing)
         hints.insert(u"transient"_s, true);
-    const QStringList actions{clicked, u"Open"_s};
-    const auto asked = call(u"Notify"_s, {QString(Product::name), 0U, QString(), summary,
-                                          body.toHtmlEscaped(), actions, hints, asTheDesktopLikes});
-    auto *watcher = new QDBusPendingCallWatcher(m_bus->asyncCall(asked), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this,
-            [this, watcher, conversation, shown = std::move(shown), former = m_allWithdrawn] {
-                watcher->deleteLater();
-                const QDBusPendingReply<uint> id = *watcher;
-                if (!id.isValid())
-                    return;
-                if (former != m_allWithdrawn)
-                    return close(id.value()); // it was withdrawn before the desktop had told the number
-                m_conversations.insert(id.value(), conversation);
-                if (shown)
-                    shown(id.value());
-            });
+    QString title = notice.title;
+    QString body = notice.body;
+    if (!m_capabilities->contains(u"body"_s) && !body.isEmpty())
+        title += u": "_s + std::exchange(body, {});
+    if (m_capabilities->contains(u"body-markup"_s))
+        body = body.toHtmlEscaped();
+    QStringList actions;
+    if (m_capabilities->contains(u"actions"_s))
+        actions = {clicked, u"Open"_s};
+    return {QString(Product::name), shown.id, QString(Product::desktopId), title, body, actions, hints,
+            asTheDesktopLikes};
 }
 
 void DesktopNotifications::close(uint id)
 {
-    if (m_bus)
-        m_bus->asyncCall(call(u"CloseNotification"_s, {id}));
+    auto call = callOf(u"CloseNotification"_s, {id});
+    call.setAutoStartService(false);
+    m_bus->asyncCall(call);
 }
 
-QDBusMessage DesktopNotifications::call(const QString &method, const QVariantList &arguments)
+std::optional<QString> DesktopNotifications::keyOf(uint id) const
 {
-    auto message = QDBusMessage::createMethodCall(service, path, service, method);
-    message.setArguments(arguments);
-    return message;
+    for (const auto &[key, shown] : m_shown) {
+        if (shown.id == id && shown.server == message().service())
+            return key;
+    }
+    return std::nullopt;
 }
 
 void DesktopNotifications::actionInvoked(uint id, const QString &action)
 {
-    const auto shown = m_conversations.constFind(id); // those of other programs are told of as well
-    if (shown != m_conversations.constEnd() && action == clicked)
-        Q_EMIT chosen(*shown);
+    if (const auto key = keyOf(id); key && action == clicked)
+        Q_EMIT chosen(*key);
+}
+
+// Comes just before the action.
+void DesktopNotifications::activationToken(uint id, const QString &token)
+{
+    if (keyOf(id))
+        WindowActivation::offer(token);
 }
 
 void DesktopNotifications::notificationClosed(uint id, uint)
 {
-    m_conversations.remove(id);
-    m_ofGhosts.remove(id);
+    const auto key = keyOf(id);
+    if (!key)
+        return;
+    if (const auto found = m_shown.find(*key); found->second.isAsking)
+        found->second.id = 0; // what takes its place is on its way
+    else
+        m_shown.erase(found);
+    Q_EMIT dismissed(*key);
 }
 
 } // namespace morvane

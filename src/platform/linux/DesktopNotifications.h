@@ -1,21 +1,22 @@
 #pragma once
 
-#include "view_models/chat/ReplyPorts.h"
+#include "view_models/chat/NotificationPosting.h"
 
 #include <QDBusConnection>
+#include <QDBusContext>
 #include <QDBusMessage>
-#include <QHash>
-#include <QObject>
 #include <QSet>
 
-#include <functional>
+#include <map>
 #include <optional>
+
+class QDBusPendingCallWatcher;
 
 namespace morvane {
 
-// Notifications of the desktop (org.freedesktop.Notifications, version 1.2). Without a bus or a notification
-// server nothing appears. Never blocks. GUI thread.
-class DesktopNotifications : public QObject, public morvane::ReplyNotifying {
+// Notifications of the desktop (org.freedesktop.Notifications, version 1.2), in the shape that its server says
+// it can show. Only the program that shows one is heard about it, whoever else speaks on the bus. GUI thread.
+class DesktopNotifications final : public NotificationPosting, protected QDBusContext {
     Q_OBJECT
 public:
     // The session's bus; none where the session names none, since asking for it would start one.
@@ -23,46 +24,40 @@ public:
 
     explicit DesktopNotifications(std::optional<QDBusConnection> bus = sessionBus(),
                                   QObject *parent = nullptr);
+    ~DesktopNotifications() override; // nobody would hear a click any more: what is shown is taken back
 
-    void replyReady(const QUuid &conversation, const QString &title) override;
-    void ghostReplyReady() override;
-    void ghostReplyFailed(const QString &message, const QString &suggestion) override;
-    void withdrawGhostReplies() override;
-    void replyFailed(const QString &message, const QString &suggestion) override;
-    void approvalWaits(const QString &verb) override;
-    void withdrawApproval() override;
-    void withdrawAll() override;
-
-Q_SIGNALS:
-    // A notification was clicked. Null when it is about no saved chat.
-    void chosen(const QUuid &conversation);
+    void post(const DesktopNotice &notice) override;
+    void withdraw(const QString &key) override;
 
 private Q_SLOTS:
     void actionInvoked(uint id, const QString &action);
+    void activationToken(uint id, const QString &token);
     void notificationClosed(uint id, uint reason);
 
 private:
-    using Shown = std::function<void(uint id)>;
-
-    enum class Lasting {
-        usual,
-        passing, // the desktop keeps no list of it
+    struct Shown {
+        DesktopNotice notice;
+        uint id = 0;           // 0 until the server has told it
+        QString server;        // its unique name on the bus
+        bool isAsking = false; // the server hasn't answered yet
+        bool isWanted = true;
+        bool isNew = false; // other than what the server was asked to show
     };
 
-    // `body` is plain text. `shown` is told the number that the desktop gave it.
-    void post(const QString &summary, const QString &body, const QUuid &conversation, Shown shown = {},
-              Lasting lasting = Lasting::usual);
-    void postOfGhost(const QString &summary, const QString &body);
+    void askCapabilities();
+    void sendAll();
+    void send(Shown &shown);
+    void answered(const QString &key, QDBusPendingCallWatcher &watcher);
+    [[nodiscard]] QVariantList arguments(const Shown &shown) const;
     void close(uint id);
-    [[nodiscard]] static QDBusMessage call(const QString &method, const QVariantList &arguments);
+    // Of those that the sender of the present signal shows.
+    [[nodiscard]] std::optional<QString> keyOf(uint id) const;
 
     std::optional<QDBusConnection> m_bus;
-    QHash<uint, QUuid> m_conversations; // of the notifications that are shown
-    int m_waiting = 0;                  // grows with each approval, and when it needs no answer any more
-    int m_allWithdrawn = 0;             // grows with each time that all were
-    int m_ghostsLeft = 0;               // grows with each Ghost chat that is left
-    QSet<uint> m_ofGhosts;              // numbers of the notifications of the present one
-    uint m_approval = 0;                // the number of its notification; 0 until the desktop has told it
+    std::optional<QSet<QString>> m_capabilities; // none until the server has told them
+    QString m_server;                            // whose they are
+    bool m_isAskingCapabilities = false;
+    std::map<QString, Shown> m_shown; // by their keys
 };
 
 } // namespace morvane

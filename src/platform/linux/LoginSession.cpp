@@ -54,12 +54,15 @@ quint64 nowMicroseconds()
 
 } // namespace
 
-LoginSession::LoginSession(QDBusConnection bus, QObject *parent)
+LoginSession::LoginSession(QDBusConnection bus, Sleep sleep, QObject *parent)
     : QObject(parent)
     , m_bus(std::move(bus))
 {
-    m_bus.connect(service, managerPath, manager, u"PrepareForSleep"_s, this, SLOT(preparingForSleep(bool)));
-    holdSleep();
+    if (sleep == Sleep::putOff) {
+        m_bus.connect(service, managerPath, manager, u"PrepareForSleep"_s, this,
+                      SLOT(preparingForSleep(bool)));
+        holdSleep();
+    }
     findSession();
 }
 

@@ -16,7 +16,15 @@ namespace morvane {
 class LoginSession : public QObject {
     Q_OBJECT
 public:
-    explicit LoginSession(QDBusConnection bus, QObject *parent = nullptr);
+    enum class Sleep {
+        putOff,
+        ignored // nothing has to be done before the machine sleeps
+    };
+
+    explicit LoginSession(QDBusConnection bus, QObject *parent = nullptr)
+        : LoginSession(std::move(bus), Sleep::putOff, parent)
+    {}
+    LoginSession(QDBusConnection bus, Sleep sleep, QObject *parent = nullptr);
 
     [[nodiscard]] bool isLocked() const { return m_isLocked; }
     [[nodiscard]] bool isInactive() const { return m_isInactive; }

@@ -10,7 +10,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString portal = u"org.freedesktop.portal.Desktop"_s;
+const QString portalService = u"org.freedesktop.portal.Desktop"_s;
 const QString portalPath = u"/org/freedesktop/portal/desktop"_s;
 const QString inhibit = u"org.freedesktop.portal.Inhibit"_s;
 const QString token = u"morvane_lock"_s;
@@ -19,7 +19,7 @@ constexpr uint queryEnd = 2; // the session ends once everybody has answered
 } // namespace
 
 // Their signals alone are the same; whoever sends one on this bus could at most lock the window.
-ScreenSavers::ScreenSavers(QDBusConnection bus, QObject *parent)
+ScreenSavers::ScreenSavers(QDBusConnection bus, Portal portal, QObject *parent)
     : QObject(parent)
     , m_bus(std::move(bus))
 {
@@ -27,12 +27,14 @@ ScreenSavers::ScreenSavers(QDBusConnection bus, QObject *parent)
          {u"org.freedesktop.ScreenSaver"_s, u"org.gnome.ScreenSaver"_s, u"org.cinnamon.ScreenSaver"_s,
           u"org.mate.ScreenSaver"_s, u"org.xfce.ScreenSaver"_s})
         m_bus.connect({}, {}, interface, u"ActiveChanged"_s, this, SLOT(activeChanged(bool)));
-    watchPortal();
+    if (portal == Portal::asked)
+        watchPortal();
 }
 
 ScreenSavers::~ScreenSavers()
 {
-    tellPortal(m_portalSession, u"org.freedesktop.portal.Session"_s, u"Close"_s, {});
+    if (!m_portalSession.isEmpty())
+        tellPortal(m_portalSession, u"org.freedesktop.portal.Session"_s, u"Close"_s, {});
 }
 
 void ScreenSavers::activeChanged(bool active)
@@ -67,7 +69,7 @@ void ScreenSavers::stateChanged(const QDBusMessage &signal)
 void ScreenSavers::tellPortal(const QString &path, const QString &interface, const QString &method,
                               const QVariantList &arguments)
 {
-    auto message = QDBusMessage::createMethodCall(portal, path, interface, method);
+    auto message = QDBusMessage::createMethodCall(portalService, path, interface, method);
     message.setArguments(arguments);
     message.setAutoStartService(false); // where no portal runs, nothing waits for the session's end either
     m_bus.send(message);

@@ -12,7 +12,9 @@ namespace morvane {
 class ScreenSavers : public QObject {
     Q_OBJECT
 public:
-    explicit ScreenSavers(QDBusConnection bus, QObject *parent = nullptr);
+    enum class Portal { asked, left };
+
+    explicit ScreenSavers(QDBusConnection bus, Portal portal = Portal::asked, QObject *parent = nullptr);
     ~ScreenSavers() override;
 
     [[nodiscard]] bool isRunning() const { return m_isActive || m_isActiveOfPortal; }

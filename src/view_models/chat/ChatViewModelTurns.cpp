@@ -227,7 +227,7 @@ void ChatViewModel::tellEnding(const ChatTurn &turn)
         break;
     case ChatTurn::Ending::failed:
         m_banner.show(turn.error());
-        m_delivery.tellFailure(turn.error(), kind);
+        m_delivery.tellFailure(turn.error(), turn.conversation(), kind);
         break;
     }
 }

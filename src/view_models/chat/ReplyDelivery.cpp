@@ -18,8 +18,23 @@ ReplyDelivery::ReplyDelivery(Services services, QObject *parent)
 void ReplyDelivery::setWindowInFront(bool inFront)
 {
     m_isWindowInFront = inFront;
-    if (inFront)
-        withdrawApproval(); // the card itself is in view
+    if (!inFront)
+        return;
+    withdrawApproval(); // the card itself is in view
+    withdrawRead();
+}
+
+void ReplyDelivery::setOpenChat(const QUuid &conversation)
+{
+    m_openChat = conversation;
+    if (m_isWindowInFront)
+        withdrawRead();
+}
+
+void ReplyDelivery::withdrawRead()
+{
+    if (m_services.notifications)
+        m_services.notifications->withdrawChat(m_openChat);
 }
 
 void ReplyDelivery::deliver(const ChatMessage &reply, const Conversation &conversation, Kind kind)
@@ -37,7 +52,8 @@ void ReplyDelivery::deliver(const ChatMessage &reply, const Conversation &conver
         m_services.notifications->replyReady(conversation.id(), conversation.title());
 }
 
-void ReplyDelivery::tellFailure(const std::exception_ptr &error, Kind kind)
+void ReplyDelivery::tellFailure(const std::exception_ptr &error, const Conversation &conversation,
+                                Kind kind)
 {
     if (m_isWindowInFront || !m_services.notifications)
         return;
@@ -46,7 +62,7 @@ void ReplyDelivery::tellFailure(const std::exception_ptr &error, Kind kind)
     if (kind == Kind::ghost)
         m_services.notifications->ghostReplyFailed(words.message, suggestion);
     else
-        m_services.notifications->replyFailed(words.message, suggestion);
+        m_services.notifications->replyFailed(conversation.id(), words.message, suggestion);
 }
 
 void ReplyDelivery::withdrawGhosts()

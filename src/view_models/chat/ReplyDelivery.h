@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QUuid>
 
 #include <exception>
 
@@ -28,19 +29,24 @@ public:
     explicit ReplyDelivery(Services services, QObject *parent = nullptr);
 
     void setWindowInFront(bool inFront);
+    // The chat that the window shows; what was told of it is taken back once the window is in front.
+    void setOpenChat(const QUuid &conversation);
 
     // Of a Ghost chat not even the title is told.
     enum class Kind { saved, ghost };
 
     void deliver(const ChatMessage &reply, const Conversation &conversation, Kind kind);
-    void tellFailure(const std::exception_ptr &error, Kind kind);
+    void tellFailure(const std::exception_ptr &error, const Conversation &conversation, Kind kind);
     // What was told of Ghost chats is taken back.
     void withdrawGhosts();
     void tellApproval(const QString &verb);
     void withdrawApproval();
 
 private:
+    void withdrawRead();
+
     Services m_services;
+    QUuid m_openChat;
     bool m_isWindowInFront = true;
 };
 

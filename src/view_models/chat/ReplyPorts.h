@@ -17,7 +17,10 @@ public:
     virtual void ghostReplyReady() = 0;
     virtual void ghostReplyFailed(const QString &message, const QString &suggestion) = 0;
     virtual void withdrawGhostReplies() = 0;
-    virtual void replyFailed(const QString &message, const QString &suggestion) = 0;
+    virtual void replyFailed(const QUuid &conversation, const QString &message,
+                             const QString &suggestion) = 0;
+    // The person has that chat before them.
+    virtual void withdrawChat(const QUuid &conversation) = 0;
     // `verb` says what is asked for. It is taken back when there is nothing left to answer.
     virtual void approvalWaits(const QString &verb) = 0;
     virtual void withdrawApproval() = 0;
