@@ -1,5 +1,6 @@
 #include "app/DisplayOpening.h"
 
+#include "platform/linux/WaylandSession.h"
 #include "utils/text/Product.h"
 
 #include <QLoggingCategory>
@@ -55,7 +56,8 @@ QStringList pluginsIn(const QString &lastWords)
 DisplayOpening *DisplayOpening::s_current = nullptr;
 
 DisplayOpening::DisplayOpening()
-    : m_silence(line(u"no answer came within %1 seconds (%2, %3)."_s.arg(patience).arg(placeOf(wayland),
+    : m_quiet(std::make_unique<WaylandSession::Quiet>())
+    , m_silence(line(u"no answer came within %1 seconds (%2, %3)."_s.arg(patience).arg(placeOf(wayland),
                                                                                        placeOf(x11)))
                     .toStdString())
 {

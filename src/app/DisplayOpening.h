@@ -1,11 +1,17 @@
 #pragma once
 
-#include "platform/linux/WaylandSession.h"
-
 #include <QString>
 #include <QtGlobal>
 
+#include <memory>
+#include <string>
+#include <vector>
+
 namespace morvane {
+
+namespace WaylandSession {
+class Quiet;
+}
 
 // Stands around the making of the application object, which takes a display for granted: Qt aborts where none
 // is, and waits for ever for a server that takes the connection and says nothing. While one lives, either
@@ -33,7 +39,7 @@ private:
     static void hear(QtMsgType type, const QMessageLogContext &context, const QString &words);
 
     static DisplayOpening *s_current;
-    WaylandSession::Quiet m_quiet;
+    std::unique_ptr<WaylandSession::Quiet> m_quiet;
     QtMessageHandler m_former;
     std::string m_silence;    // the line for a server that doesn't answer; a signal handler makes none
     std::vector<Held> m_held; // complaints of ways that failed before one worked
