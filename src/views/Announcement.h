@@ -7,13 +7,13 @@
 namespace morvane {
 
 // Says one text through assistive technology, without a trace on the screen. Give the item a role of its own
-// (Accessible.AlertMessage) and the text as its name; announce() then points the screen reader at it.
+// (Accessible.Notification) and the text as its name; announce() then has the screen reader say it.
 class Announcement : public QQuickItem {
     Q_OBJECT
     QML_ELEMENT
 
 public:
-    using QQuickItem::QQuickItem;
+    explicit Announcement(QQuickItem *parent = nullptr);
 
     Q_INVOKABLE void announce();
 

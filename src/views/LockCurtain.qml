@@ -117,7 +117,7 @@ FocusScope {
             horizontalAlignment: Text.AlignHCenter
             color: Theme.warning
             text: root.lock.unlockMessage
-            Accessible.role: Accessible.AlertMessage
+            Accessible.role: Accessible.Notification
             Accessible.name: text
         }
         PushButton {

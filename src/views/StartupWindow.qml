@@ -50,7 +50,7 @@ T.ApplicationWindow {
             font.weight: window.startup.report.length > 0 ? Font.DemiBold : Font.Normal
             text: window.asking ? window.startup.question : window.startup.sentence
             Accessible.ignored: false
-            Accessible.role: Accessible.AlertMessage
+            Accessible.role: Accessible.Notification
             Accessible.name: text
         }
         Repeater {

@@ -29,7 +29,7 @@ Rectangle {
     border.width: 1
     border.color: Theme.outline
 
-    Accessible.role: Accessible.AlertMessage
+    Accessible.role: Accessible.Notification
     Accessible.name: verb + " " + detail + " " + footnote
 
     onVisibleChanged: if (visible) root.begin()

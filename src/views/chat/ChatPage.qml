@@ -274,7 +274,7 @@ FocusScope {
             announcement.announce();
         }
 
-        Accessible.role: Accessible.AlertMessage
+        Accessible.role: Accessible.Notification
         Accessible.name: words
     }
 }

@@ -19,7 +19,7 @@ Rectangle {
     border.width: 1
     border.color: Theme.hairline
 
-    Accessible.role: Accessible.AlertMessage
+    Accessible.role: Accessible.Notification
     Accessible.name: message + (quotation.length > 0 ? " " + quotation : "") + " " + suggestion
 
     RowLayout {

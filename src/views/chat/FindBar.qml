@@ -33,7 +33,8 @@ Rectangle {
         target: root.find
 
         function onOpened() { root.takeFocus(); }
-        function onCurrentChanged() { if (root.find.position > 0) announcement.announce(); }
+        // The place comes before the count that the words name.
+        function onCurrentChanged() { if (root.find.position > 0) Qt.callLater(announcement.announce); }
     }
     HoverHandler {}
     RowLayout {
@@ -53,7 +54,7 @@ Rectangle {
             placeholderText: qsTr("Find in this chat")
             inputMethodHints: Qt.ImhNoPredictiveText
             hasProblem: length > 0 && !root.find.isSearching && root.find.count === 0
-            onHasProblemChanged: if (hasProblem) announcement.announce()
+            onHasProblemChanged: if (hasProblem && root.find.isOpen) announcement.announce()
             onTextEdited: root.find.query = text
             Accessible.name: qsTr("Find in this chat")
             Keys.onReturnPressed: event => event.modifiers & Qt.ShiftModifier ? root.find.previous() : root.find.next()
@@ -95,7 +96,8 @@ Rectangle {
     Announcement {
         id: announcement
 
-        Accessible.role: Accessible.AlertMessage
+        objectName: "findAnnouncement"
+        Accessible.role: Accessible.Notification
         Accessible.name: root.words
     }
 }

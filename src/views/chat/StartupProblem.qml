@@ -16,7 +16,7 @@ Rectangle {
     border.width: 1
     border.color: Theme.warning
 
-    Accessible.role: Accessible.AlertMessage
+    Accessible.role: Accessible.Notification
     Accessible.name: message + " " + suggestion
 
     RowLayout {

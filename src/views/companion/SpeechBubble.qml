@@ -16,7 +16,7 @@ Rectangle {
     border.color: Theme.hairline
     visible: companion.bubbleText.length > 0
 
-    Accessible.role: Accessible.AlertMessage
+    Accessible.role: Accessible.Notification
     Accessible.name: companion.bubbleText
 
     Rectangle {

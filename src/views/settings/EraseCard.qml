@@ -51,7 +51,7 @@ SettingsCard {
         visible: root.asking
         text: qsTr("This can't be undone, and it does not reach:")
         color: Theme.text
-        Accessible.role: Accessible.AlertMessage
+        Accessible.role: Accessible.Notification
         Accessible.name: text
     }
     Repeater {

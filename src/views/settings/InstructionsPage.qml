@@ -51,7 +51,7 @@ SettingsPage {
                 text: root.instructions.problem
                 color: Theme.danger
                 font.weight: Font.Medium
-                Accessible.role: Accessible.AlertMessage
+                Accessible.role: Accessible.Notification
                 Accessible.name: text
             }
             TextPad {

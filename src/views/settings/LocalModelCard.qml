@@ -61,7 +61,7 @@ SettingsCard {
         visible: root.local.failure.length > 0
         text: root.local.failure
         color: Theme.danger
-        Accessible.role: Accessible.AlertMessage
+        Accessible.role: Accessible.Notification
         Accessible.name: text
     }
     SettingsRow {

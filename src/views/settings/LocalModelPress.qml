@@ -55,7 +55,7 @@ ColumnLayout {
         visible: root.local.problem.length > 0 && !root.local.isBusy
         text: root.local.problem
         color: Theme.warning
-        Accessible.role: Accessible.AlertMessage
+        Accessible.role: Accessible.Notification
         Accessible.name: text
     }
     LocalModelByHand {

@@ -26,7 +26,7 @@ Rectangle {
             text: qsTr("This fetches:") + "\n" + root.local.question
             color: Theme.text
             lineHeight: 1.25
-            Accessible.role: Accessible.AlertMessage
+            Accessible.role: Accessible.Notification
             Accessible.name: text
         }
         RowLayout {

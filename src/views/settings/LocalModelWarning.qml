@@ -26,7 +26,7 @@ ColumnLayout {
             Layout.fillWidth: true
             text: root.local.warning
             color: Theme.warning
-            Accessible.role: Accessible.AlertMessage
+            Accessible.role: Accessible.Notification
             Accessible.name: text
         }
     }

@@ -34,7 +34,7 @@ SettingsPage {
             text: root.memory.problem
             color: Theme.danger
             font.weight: Font.Medium
-            Accessible.role: Accessible.AlertMessage
+            Accessible.role: Accessible.Notification
             Accessible.name: text
         }
         SmallText {

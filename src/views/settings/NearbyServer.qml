@@ -97,7 +97,7 @@ ColumnLayout {
         visible: text.length > 0
         text: root.nearby.problem
         color: Theme.danger
-        Accessible.role: Accessible.AlertMessage
+        Accessible.role: Accessible.Notification
         Accessible.name: text
     }
     NearbySteps {

@@ -58,7 +58,7 @@ Item {
             visible: text.length > 0
             text: root.ledger.exportProblem
             color: Theme.danger
-            Accessible.role: Accessible.AlertMessage
+            Accessible.role: Accessible.Notification
             Accessible.name: text
         }
         LedgerTable {

@@ -34,7 +34,7 @@ SettingsCard {
         title: qsTr("Why it is off")
         explanation: root.cloud.notice
         explanationInk: Theme.warning
-        Accessible.role: Accessible.AlertMessage
+        Accessible.role: Accessible.Notification
         Accessible.name: explanation
 
         PushButton {
