@@ -20,6 +20,7 @@ RowLayout {
         visible: !root.asking && root.startup.canRetry
         text: qsTr("Try Again")
         rank: PushButton.Primary
+        onVisibleChanged: if (visible) forceActiveFocus(Qt.TabFocusReason)
         onClicked: root.startup.retry()
     }
     PushButton {
@@ -39,6 +40,7 @@ RowLayout {
         visible: root.startup.canProceed
         text: qsTr("Continue")
         rank: PushButton.Primary
+        onVisibleChanged: if (visible) forceActiveFocus(Qt.TabFocusReason)
         onClicked: root.startup.proceed()
     }
     PushButton {
