@@ -348,6 +348,8 @@ void AppLockService::hear()
     m_signals.isSystemAsleep = take(now.isSystemAsleep, m_overlooked.isSystemAsleep);
     const std::chrono::duration<double> present = m_parts.clock.elapsed() - m_presentAt;
     m_signals.idleSeconds = std::min(now.idleSeconds, present.count());
+    if (std::exchange(m_tellsIdleTime, now.tellsIdleTime) != now.tellsIdleTime)
+        Q_EMIT changed();
     judge();
 }
 

@@ -78,6 +78,8 @@ public:
     [[nodiscard]] const QString &unlockMessage() const { return m_unlockMessage; } // empty for none
     [[nodiscard]] const QString &setUpMessage() const { return m_setUpMessage; }   // empty for none
     [[nodiscard]] const Signals &lastSignals() const { return m_signals; }
+    // False where this desktop never says that nobody types.
+    [[nodiscard]] bool tellsIdleTime() const { return m_tellsIdleTime; }
     // How long no further attempt begins, after wrong answers; zero for an attempt at once.
     [[nodiscard]] std::chrono::seconds pauseBeforeUnlock() const;
 
@@ -124,6 +126,7 @@ private:
     bool m_isLocked;
     bool m_isUnlocking = false;
     bool m_isWatching = false;
+    bool m_tellsIdleTime = true;
     bool m_isMovingKey = false;
     bool m_isKeyBehindPresence;
     QString m_unlockMessage;

@@ -18,6 +18,7 @@ public:
         bool areDisplaysAsleep = false;
         bool isSystemAsleep = false; // or about to be
         double idleSeconds = 0;      // since the last input, as of the last answer
+        bool tellsIdleTime = true;   // false once it is known that idleSeconds stays 0
     };
 
     using QObject::QObject;

@@ -96,11 +96,13 @@ TEST(WaylandIdleTest, TellsOfHalfAMinuteAndOfWhoComesBackAndAsksNoXServer)
     QObject::connect(&input, &IdleInput::changed, &input, [&changes] { ++changes; });
     TestWait::settle();
     EXPECT_EQ(compositor->asker, nullptr) << "nobody's idleness can be asked for yet";
+    EXPECT_FALSE(input.isServed());
     input.ask();
     EXPECT_EQ(input.seconds(), 0);
 
     compositor->addSeat();
     TestWait::until([&] { return compositor->asker != nullptr; });
+    EXPECT_TRUE(input.isServed());
     EXPECT_EQ(compositor->milliseconds, 30'000U);
     compositor->tell(PlayedCompositor::idled);
     TestWait::until([&] { return changes > 0; });

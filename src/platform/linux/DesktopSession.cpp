@@ -81,7 +81,8 @@ SessionSignaling::Absence DesktopSession::absence() const
             .isSessionInactive = login && login->isInactive(),
             .areDisplaysAsleep = displays->areAsleep() || input->areDisplaysOff(),
             .isSystemAsleep = login && login->isAsleep(),
-            .idleSeconds = std::max(input->seconds(), login ? login->idleSeconds() : 0.0)};
+            .idleSeconds = std::max(input->seconds(), login ? login->idleSeconds() : 0.0),
+            .tellsIdleTime = input->isServed() || (login && login->tellsIdleTime())};
 }
 
 } // namespace morvane

@@ -70,6 +70,11 @@ IdleInput::IdleInput(std::optional<QDBusConnection> session, QObject *parent)
 
 IdleInput::~IdleInput() = default;
 
+bool IdleInput::isServed() const
+{
+    return m_x || (m_wayland && m_wayland->isServed()) || (m_session && !m_isRefused);
+}
+
 void IdleInput::openWayland()
 {
     auto connection = WaylandSession::connect();
@@ -148,9 +153,8 @@ void IdleInput::askCompositor()
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();
         const QDBusPendingReply<quint64> milliseconds = *watcher;
-        if (!milliseconds.isValid())
-            return;
-        m_seconds = static_cast<double>(milliseconds.value()) / 1000.0;
+        m_isRefused = !milliseconds.isValid();
+        m_seconds = m_isRefused ? 0 : static_cast<double>(milliseconds.value()) / 1000.0;
         Q_EMIT changed();
     });
 }

@@ -26,6 +26,8 @@ public:
     // changed() follows.
     void ask();
 
+    // Whether anybody tells, as of the last answer.
+    [[nodiscard]] bool isServed() const;
     [[nodiscard]] double seconds() const { return m_seconds; }
     [[nodiscard]] bool isBlanked() const { return m_isBlanked; }           // by the X server's own saver
     [[nodiscard]] bool areDisplaysOff() const { return m_areDisplaysOff; } // as of the last question
@@ -46,6 +48,7 @@ private:
     std::unique_ptr<XConnection> m_x;       // null where no X server answers, and in a Wayland session
     std::unique_ptr<WaylandIdle> m_wayland; // null where no compositor answers
     double m_seconds = 0;
+    bool m_isRefused = false; // by a compositor that has no such question
     bool m_isBlanked = false;
     bool m_areDisplaysOff = false;
 };

@@ -119,7 +119,9 @@ void LoginSession::take(const QVariantMap &values)
     m_isLocked = values.value(u"LockedHint"_s, m_isLocked).toBool();
     m_isInactive = !values.value(u"Active"_s, true).toBool();
     m_idleSince.reset();
-    if (values.value(u"IdleHint"_s).toBool())
+    const bool isIdle = values.value(u"IdleHint"_s).toBool();
+    m_tellsIdleTime = m_tellsIdleTime || isIdle;
+    if (isIdle)
         m_idleSince = values.value(u"IdleSinceHintMonotonic"_s).toULongLong();
     Q_EMIT changed();
 }

@@ -31,6 +31,8 @@ public:
     [[nodiscard]] bool isAsleep() const { return m_isAsleep; }
     // Zero while the desktop doesn't say that it is idle.
     [[nodiscard]] double idleSeconds() const;
+    // The desktop has used the hint, which logind has whether anybody sets it or not.
+    [[nodiscard]] bool tellsIdleTime() const { return m_tellsIdleTime; }
 
 Q_SIGNALS:
     void changed();
@@ -54,6 +56,7 @@ private:
     bool m_isLocked = false;
     bool m_isInactive = false;
     bool m_isAsleep = false;
+    bool m_tellsIdleTime = false;
     std::optional<quint64> m_idleSince;            // microseconds of the machine's monotonic clock
     std::optional<QDBusUnixFileDescriptor> m_hold; // what puts sleep off
 };

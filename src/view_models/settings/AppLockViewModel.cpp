@@ -44,6 +44,11 @@ bool AppLockViewModel::isLocked() const
     return m_lock.isLocked();
 }
 
+bool AppLockViewModel::tellsIdleTime() const
+{
+    return m_lock.tellsIdleTime();
+}
+
 bool AppLockViewModel::isUnlocking() const
 {
     return m_lock.isUnlocking();

@@ -17,6 +17,7 @@ class AppLockViewModel : public QObject {
     QML_ELEMENT
     QML_UNCREATABLE("made by the application")
     Q_PROPERTY(bool isLocked READ isLocked NOTIFY isLockedChanged)
+    Q_PROPERTY(bool tellsIdleTime READ tellsIdleTime NOTIFY changed) // false where the desktop never does
     Q_PROPERTY(bool isUnlocking READ isUnlocking NOTIFY changed)
     Q_PROPERTY(
         bool canUnlock READ canUnlock NOTIFY changed) // not while it asks, nor right after a wrong answer
@@ -35,6 +36,7 @@ public:
                      QObject *parent = nullptr);
 
     [[nodiscard]] bool isLocked() const;
+    [[nodiscard]] bool tellsIdleTime() const;
     [[nodiscard]] bool isUnlocking() const;
     [[nodiscard]] bool canUnlock() const;
     [[nodiscard]] bool isEnabled() const;

@@ -30,7 +30,7 @@ SettingsCard {
         visible: text.length > 0
         color: Theme.warning
         text: root.lock.setUpMessage
-        Accessible.role: Accessible.AlertMessage
+        Accessible.role: Accessible.Notification
         Accessible.name: text
     }
     PassphraseSetting {
@@ -38,7 +38,8 @@ SettingsCard {
     }
     SettingsRow {
         title: qsTr("Lock when idle")
-        explanation: qsTr("After no key and no move of the pointer.")
+        explanation: root.lock.tellsIdleTime ? qsTr("After no key and no move of the pointer.")
+            : qsTr("This desktop doesn't tell programs when nobody types, so no time can be up here.")
         visible: root.lock.isEnabled
 
         Repeater {
