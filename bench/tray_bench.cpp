@@ -1,6 +1,7 @@
 #include "WindowFigures.h"
 #include "support/PrivateBus.h"
 
+#include <QDBusVariant>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>

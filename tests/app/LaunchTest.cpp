@@ -107,6 +107,19 @@ TEST_F(LaunchTest, AProfileOfItsOwnKeepsItsKeyInAFileAndTalksToThePracticeServer
     EXPECT_FALSE(window->windowStates() & Qt::WindowMinimized);
 }
 
+TEST_F(LaunchTest, AStartInTheBackgroundMakesItsWindowWhenItIsAskedFor)
+{
+    commandLine.request.showsWindow = false;
+    Launch launch(*qGuiApp, commandLine);
+    launch.start();
+    const QString store = ChatStoreLocation::storePath(commandLine.folders());
+    ASSERT_TRUE(WindowDriver::eventually([&] { return QFileInfo::exists(store); }));
+    TestWait::settle();
+    EXPECT_TRUE(QGuiApplication::topLevelWindows().isEmpty());
+    launch.take({});
+    EXPECT_NE(windowWith("shell"), nullptr);
+}
+
 TEST_F(LaunchTest, ChatsWithoutTheirKeyStayClosedAndThePersonMayTryAgain)
 {
     const QString store = ChatStoreLocation::storePath(commandLine.folders());

@@ -15,11 +15,14 @@ namespace morvane {
 // A bus of its own, on which a test plays other programs.
 class PrivateBus {
 public:
-    PrivateBus()
+    // What it starts runs in `environment`, and is what `kind` says: the session's services, or those of a
+    // configuration of the test's own.
+    explicit PrivateBus(const QString &kind = QStringLiteral("--session"),
+                        const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
     {
-        m_daemon.start(
-            QStringLiteral("dbus-daemon"),
-            {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address")});
+        m_daemon.setProcessEnvironment(environment);
+        m_daemon.start(QStringLiteral("dbus-daemon"),
+                       {kind, QStringLiteral("--nofork"), QStringLiteral("--print-address")});
         TestWait::until(
             [this] { return m_daemon.canReadLine() || m_daemon.state() == QProcess::NotRunning; });
         m_address = m_daemon.readLine().trimmed();

@@ -5,6 +5,7 @@
 #include "memory/MemoryStore.h"
 #include "network/NetworkLedger.h"
 #include "persistence/SettingsStore.h"
+#include "services/LoginStarting.h"
 #include "services/WebAccessError.h"
 #include "support/ScriptedServer.h"
 #include "utils/files/PrivateFile.h"
@@ -325,6 +326,45 @@ TEST_F(SettingsWindowTest, WhatALostKeyClosesSaysSoAndClearingIsTheWayOut)
     SetUp();
     turnTo(u"memory"_s);
     EXPECT_TRUE(accessibleName(control(u"memoryProblem"_s)).contains(u"can't be read"_s));
+}
+
+TEST_F(SettingsWindowTest, TheDesktopsSwitchesShowWhatHoldsAndNotWhatWasWished)
+{
+    struct Login : LoginStarting {
+        bool on = false;
+        bool refuses = false;
+        bool isOn() override { return on; }
+        bool set(bool wished) override
+        {
+            on = refuses ? on : wished;
+            return !refuses;
+        }
+    } login;
+    turnTo(u"appearance"_s);
+    EXPECT_EQ(WindowDriver::item(settingsWindow(), u"launchAtLogin"_s), nullptr) << "nobody starts it here";
+    m_desktop.login = &login;
+    start();
+    SetUp();
+    turnTo(u"appearance"_s);
+    const auto isShownOn = [this] {
+        settle();
+        return control(u"launchAtLogin.switch"_s)->property("checked").toBool();
+    };
+    click(control(u"launchAtLogin.switch"_s));
+    EXPECT_TRUE(login.on && isShownOn());
+    login.on = false; // by another program, of which nobody told
+    turnTo(u"ai"_s);
+    turnTo(u"appearance"_s);
+    EXPECT_FALSE(isShownOn());
+    login.refuses = true;
+    click(control(u"launchAtLogin.switch"_s));
+    EXPECT_FALSE(isShownOn());
+    EXPECT_TRUE(shows(settingsWindow(), u"did not take it"_s));
+
+    click(control(u"showInPanel.switch"_s));
+    EXPECT_FALSE(m_app->presentation().settings.showMenuBarIcon());
+    m_desktop = {};
+    start();
 }
 
 TEST_F(SettingsWindowTest, AppearanceFollowsItsChoices)

@@ -1,5 +1,6 @@
 #include "WindowFixture.h"
 
+#include "app/MainWindowController.h"
 #include "app/Tray.h"
 #include "persistence/SettingsStore.h"
 #include "security/LocalDataVault.h"
@@ -92,6 +93,27 @@ TEST_F(TrayTest, TheSettingHidesItAtOnce)
     m_app->presentation().settings.setShowMenuBarIcon(true);
     EXPECT_EQ(state(), TrayState::replying);
     endReply();
+}
+
+TEST_F(TrayTest, AClosedWindowIsHiddenOnlyWhereSomethingLeadsBackToIt)
+{
+    MainWindowController controller(m_app->presentation());
+    controller.setReachable([this] { return icon.isDrawn(); });
+    QQuickWindow &window = *controller.window();
+    const auto isMinimised = [&window] { return bool(window.windowStates() & Qt::WindowMinimized); };
+    controller.show();
+    controller.comeMinimised();
+    EXPECT_FALSE(isMinimised()) << "it is in view";
+    window.close();
+    EXPECT_FALSE(window.isVisible());
+    controller.comeMinimised();
+    EXPECT_TRUE(window.isVisible() && isMinimised());
+    controller.show();
+    EXPECT_FALSE(isMinimised());
+    icon.drawn = false;
+    window.close();
+    EXPECT_TRUE(window.isVisible() && isMinimised());
+    settle();
 }
 
 TEST_F(TrayTest, APanelThatIsStartedAnewIsWaitedForAndOneThatIsGoneIsTold)

@@ -86,7 +86,7 @@ void WindowFixture::start()
     m_work.emplace(m_clock);
     m_app = std::make_unique<AppState>(commandLine, Host::test, m_clock,
                                        Secrets{m_keychain, m_keychain, false, m_isKeyWrapped}, *m_work,
-                                       nullptr, m_voice, DesktopPorts{}, LockPorts{}, m_keys);
+                                       nullptr, m_voice, m_desktop, LockPorts{}, m_keys);
     m_app->assistant().router->injectProvider(m_provider);
     m_app->storage().settings->setModel(u"practice"_s);
     m_app->storage().settings->setReduceAnimation(true); // nothing slides, so nothing has to be waited for

@@ -94,9 +94,10 @@ protected:
     [[nodiscard]] QStringList transcript() const;
 
     QTemporaryDir m_profile;
-    VoicePorts m_voice;           // of the next start; the desktop has neither ears nor a mouth
+    VoicePorts m_voice;                      // of the next start; the desktop has neither ears nor a mouth
+    DesktopPorts m_desktop;                  // of the next start; nothing of it is there
     GlobalShortcutBinding *m_keys = nullptr; // of the next start; the desktop has no keys to give
-    LocalRuntimeValues m_runtime; // of the next start; nobody answers and nothing can be installed
+    LocalRuntimeValues m_runtime;            // of the next start; nobody answers and nothing can be installed
     ManualClock m_clock;
     InMemoryKeychainService m_keychain;
     bool m_isKeyWrapped = false; // as the next start finds it
