@@ -17,7 +17,7 @@ bare_root() {
     say "Making a bare $1"
     local from
     mapfile -t from < <(mirror)
-    mmdebstrap --quiet --variant=minbase "$1" "$roots/$1.tar.part" "${from[@]}"
+    mmdebstrap --quiet --format=tar --variant=minbase "$1" "$roots/$1.tar.part" "${from[@]}"
     mv "$roots/$1.tar.part" "$roots/$1.tar"
 }
 
