@@ -97,7 +97,6 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         {u"background"_s, u"Begin in the tray, with no window."_s},
         {u"profile"_s, u"Keep everything in this folder instead of your own profile."_s, u"folder"_s},
         {u"practice-server"_s, u"Chat with a practice server; needs --profile."_s, u"address"_s},
-        {u"practice-tour"_s, u"With a practice server: show what there is."_s},
         {u"play-demo"_s, u"Play one turn, save a picture of the window and end."_s, u"png"_s},
     });
     parser.addPositionalArgument(u"files"_s, u"Documents and pictures to attach to the message."_s,
@@ -108,13 +107,15 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         u"dev-runtime"_s, u"Where the local model's runtime comes from and listens."_s, u"file"_s);
     if (hasDevRelay())
         parser.addOptions({devRelay, devRuntime});
+    QCommandLineOption practiceTour(u"practice-tour"_s); // for script/run
+    practiceTour.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOption(practiceTour);
     parser.process(arguments);
 
     CommandLine line{.resetOnboarding = parser.isSet(u"reset-onboarding"_s),
                      .simulateFreshSetup = parser.isSet(u"simulate-fresh-setup"_s),
                      .profile = valueOf(parser, u"profile"_s),
                      .practiceServer = valueOf(parser, u"practice-server"_s),
-                     .practiceTour = parser.isSet(u"practice-tour"_s),
                      .demoPicture = valueOf(parser, u"play-demo"_s),
                      .background = parser.isSet(u"background"_s)};
     if (hasDevRelay() && parser.isSet(devRelay))
@@ -127,6 +128,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         refuse("--practice-server needs --profile, so that it changes no settings of yours.\n");
     if (hasDevRelay() && !line.profile)
         refuse("This program is for development and needs --profile, so that it changes nothing of yours.\n");
+    line.practiceTour = parser.isSet(practiceTour);
     return line;
 }
 

@@ -1,7 +1,10 @@
 #include "end_to_end/AppFixture.h"
 
+#include "app/PracticeTour.h"
+#include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/chat/ReceiptsModel.h"
 
 #include <algorithm>
 
@@ -56,6 +59,37 @@ TEST_F(AbilitiesInWindowTest, ASearchIsShownAskedForAndAnsweredFromWithItsSource
     EXPECT_FALSE(lastText().contains(u"One moment."_s)) << "words ahead of a call are no part of the answer";
     EXPECT_TRUE(lastText().startsWith(u"The practice server was told: “Error: "_s))
         << lastText().toStdString();
+}
+
+TEST_F(AbilitiesInWindowTest, EachSuggestionOfTheDemoLeadsToSomethingAndSaysThatItIsPractice)
+{
+    for (int start = 0; start < 2; ++start) // the second one adds nothing
+        PracticeTour::begin(state->storage(), state->presentation());
+    EXPECT_EQ(state->storage().repository->count(), 3) << "two to look at, and the one that is open";
+    ChatViewModel &chat = *state->presentation().chat;
+    QStringList replies;
+    for (int i = 0; i < 4; ++i) {
+        chat.newConversation();
+        WindowDriver::settle();
+        auto suggestions = WindowDriver::allItems(window());
+        suggestions.removeIf([](const QQuickItem *each) { return each->objectName() != u"suggestion"_s; });
+        ASSERT_EQ(suggestions.size(), 4);
+        WindowDriver::click(suggestions.at(i));
+        WindowDriver::press(window(), Qt::Key_Return);
+        if (i == 2) {
+            ASSERT_TRUE(approvalComes());
+            EXPECT_TRUE(chat.approval().detail.contains(u"practice"_s));
+            chat.approve();
+        }
+        ASSERT_TRUE(turnEnds());
+        EXPECT_TRUE(lastText().contains(u"**practice**"_s)) << lastText().toStdString();
+        EXPECT_EQ(state->presentation().receipts->rowCount() > 0, i == 1) << "a note, with its undo";
+        replies += lastText();
+    }
+    EXPECT_EQ(replies.removeDuplicates(), 0);
+    EXPECT_EQ(searches(), 1);
+    for (const auto &block : {u"\n|---"_s, u"```chart"_s, u"```python"_s, u"```stat"_s})
+        EXPECT_TRUE(replies.first().contains(block));
 }
 
 TEST_F(AbilitiesInWindowTest, AYesForTheChatHoldsForItAndForNoOther)

@@ -83,6 +83,7 @@ Panel {
     LedgerExporter {
         id: saver
 
+        visible: false // takes no room among the rows
         suffix: "txt"
         kind: qsTr("Text")
         onChosen: file => root.about.save(file)
