@@ -32,8 +32,7 @@ Origin originOf(const QString &program)
         return {Origin::Kind::sandbox};
     QProcess database;
     database.start(u"dpkg-query"_s, {u"--search"_s, program});
-    if (!database.waitForFinished(patience) || database.exitStatus() != QProcess::NormalExit ||
-        database.exitCode() != 0)
+    if (!database.waitForFinished(patience))
         return {};
     const QString owner = ownerIn(QString::fromUtf8(database.readAllStandardOutput()));
     return owner.isEmpty() ? Origin{} : Origin{Origin::Kind::package, owner};

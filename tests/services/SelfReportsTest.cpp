@@ -39,7 +39,7 @@ TEST_F(SelfReportsTest, AReportOfAProblemHoldsNoAddressNameOrText)
     for (const QString &key :
          {u"aiBaseURL"_s, u"aiModel"_s, u"providerName"_s, u"speechModelPath"_s, u"voiceIdentifier"_s,
           u"aiKeyOrigin"_s, u"customSystemPrompt"_s, u"of.tomorrow"_s})
-        defaults.setString(key, hidden.join(u' '));
+        defaults.setString(key, key == u"aiBaseURL"_s ? hidden.join(u' ') : u"MyOwnModel"_s);
     defaults.setString(u"galleryBackdrop"_s, u"two words"_s);
     defaults.setString(u"appearance"_s, u"dark"_s);
     defaults.setInteger(u"appLockIdleMinutes"_s, 7);
