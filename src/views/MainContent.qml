@@ -73,6 +73,10 @@ FocusScope {
         sheet.active = false;
         page.focusComposer();
     }
+    function reportProblem() {
+        window.openSettingsAt("about");
+        window.about.reportProblem();
+    }
     function leaveSettings() {
         const welcome = welcomeLoader.item as WelcomeWindow;
         if (welcome)
@@ -310,7 +314,11 @@ FocusScope {
 
         active: false
         source: "ShortcutsSheet.qml"
-        onLoaded: (item as ShortcutsSheet).closed.connect(window.closeSheet)
+        onLoaded: {
+            const opened = item as ShortcutsSheet;
+            opened.closed.connect(window.closeSheet);
+            opened.problemReported.connect(() => Qt.callLater(window.reportProblem));
+        }
     }
     Later {
         part: "chat/GhostPanel.qml"

@@ -9,6 +9,8 @@ import Morvane
 Panel {
     id: root
 
+    signal problemReported()
+
     visible: true
     title: qsTr("Keyboard shortcuts")
     widest: 460 * Theme.zoom
@@ -56,12 +58,24 @@ Panel {
                 }
             }
         }
-        PushButton {
-            id: closeButton
-
+        RowLayout {
             Layout.alignment: Qt.AlignRight
-            text: qsTr("Close")
-            onClicked: root.close()
+            spacing: Theme.gap8
+
+            PushButton {
+                objectName: "sheetProblem"
+                text: qsTr("Report a Problem…")
+                onClicked: {
+                    root.close();
+                    root.problemReported();
+                }
+            }
+            PushButton {
+                id: closeButton
+
+                text: qsTr("Close")
+                onClicked: root.close()
+            }
         }
     }
 }

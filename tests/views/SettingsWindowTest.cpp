@@ -1,7 +1,7 @@
 #include "WindowFixture.h"
 
-#include "app/AboutParts.h"
 #include "ai/prompts/SystemPromptStore.h"
+#include "app/AboutParts.h"
 #include "memory/MemoryStore.h"
 #include "network/NetworkLedger.h"
 #include "persistence/SettingsStore.h"
@@ -520,6 +520,14 @@ TEST_F(SettingsWindowTest, AReportOfAProblemIsReadBeforeItIsSaved)
                     !about.readerText().contains(u"]("_s + u"screenshots"_s));
     }
     about.closeReader();
+    m_page->close();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(m_window));
+    press(Qt::Key_Question, Qt::ControlModifier);
+    EXPECT_TRUE(eventually([&] { // the list of keys leads there as well
+        if (named(u"Report a Problem…"_s))
+            click(named(u"Report a Problem…"_s));
+        return says(u"Settings that were changed"_s);
+    }));
 }
 
 TEST_F(SettingsWindowTest, ACrashIsToldOfAtTheNextStartAndShownOnTheAboutPage)
