@@ -399,6 +399,43 @@ TEST_F(SettingsWindowTest, AppearanceFollowsItsChoices)
     EXPECT_FALSE(settings.reduceAnimation());
 }
 
+TEST_F(SettingsWindowTest, TheSearchFindsRowsOfEveryPageAndReturnGoesThere)
+{
+    QQuickItem *field = control(u"settingsSearch"_s);
+    ASSERT_NE(field, nullptr);
+    const auto first = [&](const QString &words) {
+        pressKey(Qt::Key_F, Qt::ControlModifier);
+        WindowDriver::type(m_page, words);
+        settle();
+        const QQuickItem *found = control(u"settingsResult.0"_s);
+        return found ? accessibleName(const_cast<QQuickItem *>(found)) : QString();
+    };
+    for (const auto &[words, name] : {std::pair{u"temperat"_s, u"Temperature, AI"_s},
+                                      {u"inventive"_s, u"Temperature, AI"_s},
+                                      {u"theme"_s, u"Colours, Appearance"_s},
+                                      {u"gallery"_s, u"Colours, Appearance"_s},
+                                      {u"wipe"_s, u"Delete All Local Data, Privacy"_s},
+                                      {u"\u00c9CHO nothing"_s, QString()},
+                                      {u"network"_s, u"Network"_s},
+                                      {u"x"_s.repeated(5000), QString()},
+                                      {u"voice"_s, u"Voice"_s}}) {
+        EXPECT_EQ(first(words), name) << words.left(40).toStdString();
+        EXPECT_LE(field->property("text").toString().size(), 200);
+    }
+    pressKey(Qt::Key_Escape);
+    EXPECT_TRUE(control(u"settingsResults"_s) == nullptr && m_page->isVisible()) << "it emptied the field";
+    EXPECT_EQ(first(u"reduce motion"_s), u"Reduce motion, Appearance"_s);
+    pressKey(Qt::Key_Down);
+    pressKey(Qt::Key_Return);
+    EXPECT_EQ(m_page->property("page"), u"appearance"_s);
+    EXPECT_TRUE(eventually([this] { return isAt(m_page, u"Reduce motion"_s); }));
+    ASSERT_NE(control(u"rowMark"_s), nullptr);
+    EXPECT_EQ(first(u"idle"_s), u"Lock when idle, Privacy"_s) << "which shows only while there is a lock";
+    EXPECT_EQ(control(u"rowMark"_s), nullptr);
+    pressKey(Qt::Key_Return);
+    EXPECT_TRUE(eventually([this] { return control(u"rowMark"_s) && isAt(m_page, u"Lock MorvaneGPT"_s); }));
+}
+
 TEST_F(SettingsWindowTest, KeysAndTheWheelZoomBothWindowsWithinBounds)
 {
     const ShellViewModel &shell = *m_app->presentation().shell;

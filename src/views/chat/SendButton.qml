@@ -26,6 +26,8 @@ T.RoundButton {
     contentItem: Item {
         Icon {
             anchors.centerIn: parent
+            width: 20 * Theme.zoom
+            height: width
             name: root.responding ? "stop" : "send"
             color: root.enabled ? Theme.accentInk : Theme.disabled
         }

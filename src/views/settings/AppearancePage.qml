@@ -18,6 +18,7 @@ SettingsPage {
     SettingsCard {
         SettingsRow {
             title: qsTr("Colours")
+            keywords: qsTr("theme mode")
             explanation: qsTr("Follow the desktop, or always one of them.")
 
             ChoiceButton {
@@ -64,6 +65,7 @@ SettingsPage {
         }
         SettingsRow {
             title: qsTr("Text size")
+            keywords: qsTr("font letters")
             explanation: qsTr("Of the chat and of everything around it.")
 
             ChoiceButton {
@@ -87,6 +89,7 @@ SettingsPage {
         }
         SettingsRow {
             title: qsTr("Zoom")
+            keywords: qsTr("scale size")
             explanation: qsTr("Of everything, on top of the text size: %1 and %2, or Ctrl and the wheel.")
                 .arg(Keymap.zoomIn[0]).arg(Keymap.zoomOut)
 
@@ -113,6 +116,7 @@ SettingsPage {
         }
         SettingsRow {
             title: qsTr("Reduce motion")
+            keywords: qsTr("animation accessibility")
             explanation: qsTr("Keeps the ghost and the dots still; nothing slides.")
                 + (root.shell.reduceAnimation && !root.settings.reduceAnimation ? " " + qsTr("Your desktop asks for it already.") : "")
 

@@ -22,6 +22,7 @@ SettingsCard {
             begin.forceActiveFocus(Qt.TabFocusReason);
     }
 
+    keywords: qsTr("erase wipe reset")
     heading: qsTr("Delete All Local Data")
     onVisibleChanged: if (!visible && asking) { // another page, or the window has gone
         typed.clear();

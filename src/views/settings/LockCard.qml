@@ -13,6 +13,7 @@ SettingsCard {
     required property SettingsStore settings
     required property string productName
 
+    keywords: qsTr("password fingerprint")
     heading: qsTr("Lock")
 
     SwitchRow {

@@ -10,6 +10,7 @@ Item {
     required property NetworkLedgerViewModel ledger
     required property string productName
     property bool shown: false
+    readonly property string title: qsTr("Network") // which it is found by
 
     Binding {
         target: root.ledger

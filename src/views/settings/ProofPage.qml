@@ -12,6 +12,7 @@ Item {
     required property ProofLedgerViewModel ledger
     required property ShellViewModel shell
     property bool shown: false
+    readonly property string title: qsTr("Proof") // which it is found by
 
     Binding {
         target: root.ledger

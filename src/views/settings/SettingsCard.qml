@@ -7,6 +7,7 @@ Rectangle {
     id: root
 
     property string heading
+    property string keywords // that it is found by as well
     default property alias rows: column.data
 
     Layout.fillWidth: true

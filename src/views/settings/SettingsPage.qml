@@ -12,6 +12,10 @@ Flickable {
 
     property bool followsEnd: false // while what has come into view there finds its place
 
+    function reveal(item: Item) {
+        const y = item.mapToItem(root.contentItem, 0, 0).y;
+        root.contentY = Math.max(0, Math.min(y - Theme.gap24, root.contentHeight - root.height));
+    }
     function showEnd() {
         root.contentY = Math.max(0, root.contentHeight - root.height);
     }

@@ -8,6 +8,7 @@ Item {
 
     property string title
     property string explanation
+    property string keywords // that it is found by as well
     property color explanationInk: Theme.secondary
     default property alias control: controls.data
 

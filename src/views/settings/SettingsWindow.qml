@@ -37,6 +37,15 @@ T.ApplicationWindow {
 
     signal left()
 
+    // Turns to the page, and once that is laid out to the row on it.
+    function goTo(page: int, row: Item) {
+        root.page = root.pages[page];
+        Qt.callLater(() => { // qmllint disable
+            const shown = stack.children[stack.currentIndex] as SettingsPage;
+            if (shown)
+                rowMark.point(shown, row);
+        });
+    }
     function focusReplyLimit() {
         root.page = "ai";
         ai.focusReplyLimit();
@@ -53,10 +62,15 @@ T.ApplicationWindow {
 
     FirstSize {
         window: root
-        best: Qt.size(860, 620)
+        best: Qt.size(860 * Theme.zoom, 620 * Theme.zoom)
         least: Qt.size(640, 420)
     }
     Backdrop { anchors.fill: parent }
+    RowMark { id: rowMark }
+    Shortcut {
+        sequences: [Keymap.find, Keymap.search]
+        onActivated: menu.focusSearch()
+    }
     Shortcut {
         sequence: "Ctrl+W"
         onActivated: root.close()
@@ -79,12 +93,23 @@ T.ApplicationWindow {
         spacing: 0
 
         SettingsMenu {
+            id: menu
+
             Layout.fillHeight: true
             implicitWidth: 200 * Theme.zoom
+            pages: stack
             currentPage: root.page
-            onChosen: page => root.page = page
+            onChosen: page => {
+                root.page = page;
+                rowMark.clear();
+            }
+            onRowChosen: (page, row) => root.goTo(page, row)
+            onSearchBegun: rowMark.clear()
+            onCloseAsked: root.close()
         }
         StackLayout {
+            id: stack
+
             Layout.fillWidth: true
             Layout.fillHeight: true
             currentIndex: root.pages.indexOf(root.page)

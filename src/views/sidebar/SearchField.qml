@@ -1,12 +1,15 @@
 import QtQuick
 import Morvane
 
-// Finds chats by their words. Escape empties it; in the empty field it gives the focus back.
+// Where a search is typed. Escape empties it; in the empty field it gives the focus back.
 TextBox {
     id: root
 
+    property string purpose: qsTr("Search chats")
+
     signal abandoned()
     signal resultsWanted()
+    signal entered()
 
     function clearOrAbandon() {
         if (root.text.length > 0)
@@ -15,16 +18,16 @@ TextBox {
             root.abandoned();
     }
 
-    placeholderText: qsTr("Search chats")
+    placeholderText: purpose
     leftPadding: 34 * Theme.zoom
     rightPadding: 34 * Theme.zoom
     inputMethodHints: Qt.ImhNoPredictiveText
-    Accessible.name: qsTr("Search chats")
+    Accessible.name: purpose
 
     Keys.onEscapePressed: root.clearOrAbandon()
     Keys.onDownPressed: root.resultsWanted()
-    Keys.onReturnPressed: root.resultsWanted()
-    Keys.onEnterPressed: root.resultsWanted()
+    Keys.onReturnPressed: root.entered()
+    Keys.onEnterPressed: root.entered()
 
     Icon {
         x: 10 * Theme.zoom

@@ -84,6 +84,7 @@ Rectangle {
             onTextChanged: root.search.query = text
             onAbandoned: root.searchLeft()
             onResultsWanted: if (root.search.isActive) (results.item as Item).forceActiveFocus()
+            onEntered: resultsWanted()
         }
         Later {
             id: results
