@@ -1,7 +1,10 @@
 #include "WindowFixture.h"
 
+#include "persistence/SettingsStore.h"
 #include "view_models/chat/ChatViewModel.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QInputMethodEvent>
 
 namespace morvane {
@@ -51,6 +54,48 @@ TEST_F(ComposerTest, ReturnNeverSendsWhileAnInputMethodComposes)
         << m_app->presentation().chat->draft().toStdString();
     press(Qt::Key_Return);
     EXPECT_TRUE(sent().endsWith(u"日本"_s));
+}
+
+// Megabytes of text in a field would be laid out for minutes.
+TEST_F(ComposerTest, ATextTooLongToBeTypedIsAttachedByKeyMenuAndDropAndRefusedInTheSettings)
+{
+    const AttachmentDesk &desk = *m_app->presentation().chat->entries()->attachments();
+    const auto expectAttached = [&](const char *way) {
+        EXPECT_EQ(desk.name(), u"Pasted text"_s) << way;
+        EXPECT_EQ(desk.state(), AttachmentDesk::State::Cut) << way;
+        EXPECT_LE(desk.text().size(), m_app->storage().settings->maxExtractedCharacters() + 100) << way;
+        EXPECT_EQ(shown(), QString()) << way;
+        m_app->presentation().chat->entries()->attachments()->clear();
+    };
+    const QString most = u"word "_s.repeated(HandedOver::longestTyped / 5);
+    const QString huge = u"word "_s.repeated(10'000'000); // 50 million
+    QGuiApplication::clipboard()->setText(most);
+    press(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(shown(), most);
+    EXPECT_EQ(desk.state(), AttachmentDesk::State::Empty);
+    m_app->presentation().chat->setDraft({});
+    QGuiApplication::clipboard()->setText(huge);
+    press(Qt::Key_V, Qt::ControlModifier);
+    expectAttached("key");
+    QMetaObject::invokeMethod(item(u"composer"_s), "pasteMore");
+    expectAttached("menu");
+    EXPECT_TRUE(m_app->presentation().chat->entries()->attachments()->take({.text = huge}));
+    expectAttached("drop");
+
+    QQuickWindow *settings = settingsWindow();
+    ASSERT_NE(settings, nullptr);
+    for (const auto &[page, name] : {std::pair{u"ai"_s, u"address"_s},
+                                     {u"instructions"_s, u"settingsSearch"_s},
+                                     {u"instructions"_s, u"instructions.field"_s}}) {
+        settings->setProperty("page", page);
+        settle();
+        QQuickItem *field = WindowDriver::item(settings, name);
+        ASSERT_NE(field, nullptr) << name.toStdString();
+        field->forceActiveFocus();
+        WindowDriver::press(settings, Qt::Key_V, Qt::ControlModifier);
+        EXPECT_LE(field->property("text").toString().size(), 1 << 15) << name.toStdString();
+    }
+    EXPECT_TRUE(shows(settings, u"too long for this field"_s));
 }
 
 TEST_F(ComposerTest, TheSendButtonTurnsIntoStopInPlace)

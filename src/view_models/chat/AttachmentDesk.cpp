@@ -107,6 +107,8 @@ bool AttachmentDesk::take(const HandedOver &handed)
         attach(handed.files);
     else if (!handed.image.isEmpty())
         attachImage(handed.image);
+    else if (HandedOver::isTooLong(handed.text))
+        holdText(u"Pasted text"_s, handed.text);
     else
         return false;
     return true;
@@ -117,6 +119,8 @@ bool AttachmentDesk::paste()
     if (!canPaste())
         return false;
     const auto handed = HandedOver::of(*m_services.clipboard(), HandedOver::Order::textFirst);
+    if (handed.files.isEmpty() && handed.image.isEmpty())
+        return take(handed);
     read({{.urls = handed.files, .image = handed.image}});
     return true;
 }
@@ -124,7 +128,11 @@ bool AttachmentDesk::paste()
 bool AttachmentDesk::canPaste() const
 {
     const QMimeData *data = m_services.clipboard ? m_services.clipboard() : nullptr;
-    return data && m_services.documents && HandedOver::holdsAttachment(*data, HandedOver::Order::textFirst);
+    if (!data)
+        return false;
+    return HandedOver::holdsAttachment(*data, HandedOver::Order::textFirst)
+               ? m_services.documents != nullptr
+               : HandedOver::isTooLong(data->text());
 }
 
 void AttachmentDesk::askAboutClipboard()
@@ -138,14 +146,19 @@ void AttachmentDesk::askAboutClipboard()
              .suggestion = u"Copy some text first, then choose Ask About Clipboard again."_s});
         return;
     }
+    holdText(u"Clipboard text"_s, text);
+    m_services.banner.dismiss();
+}
+
+void AttachmentDesk::holdText(const QString &name, const QString &text)
+{
     const DocumentText::Cut cut = DocumentText::cut(text, m_services.settings.maxExtractedCharacters());
     hold({.id = QUuid::createUuid(),
-          .filename = u"Clipboard text"_s,
+          .filename = name,
           .fileExtension = u"clipboard"_s,
-          .fileSizeBytes = handed.text.toUtf8().size(),
+          .fileSizeBytes = text.toUtf8().size(),
           .text = cut.text,
           .wasTruncated = cut.wasTruncated});
-    m_services.banner.dismiss();
 }
 
 void AttachmentDesk::hold(ImportedAttachment attachment)

@@ -71,9 +71,10 @@ public:
     // Files are read one after another, and the last one that can be read stays.
     Q_INVOKABLE void attach(const QList<QUrl> &files);
     void attachImage(const QByteArray &data);
-    // What of it can be attached; false when there is nothing but text.
+    // What of it can be attached; false when there is nothing but a text that can be typed as well.
     Q_INVOKABLE bool take(const morvane::HandedOver &handed);
-    // The clipboard's files or picture, one of them; false when what counts there is its text.
+    // The clipboard's files or picture, one of them, or its text where that is too long for the message
+    // field; false for any other text.
     Q_INVOKABLE bool paste();
     Q_INVOKABLE bool canPaste() const;
     // The clipboard's text as an attachment.
@@ -96,6 +97,7 @@ private:
     using Handed = QList<PastedContent>;
 
     void read(Handed handed);
+    void holdText(const QString &name, const QString &text);
     static QCoro::Task<> readAll(QPointer<AttachmentDesk> self, Handed handed, std::stop_token stop);
     void begin(const PastedContent &content, qsizetype number, qsizetype count);
     void noteProgress(int done, int total);

@@ -27,6 +27,10 @@ public:
 
     [[nodiscard]] static HandedOver of(const QMimeData &data, Order order);
 
+    // A field lays text out as a whole: one of more UTF-16 units than this is of use only as an attachment.
+    static constexpr qsizetype longestTyped = 20'000;
+    [[nodiscard]] static bool isTooLong(const QString &text) { return text.size() > longestTyped; }
+
     // Whether there is anything in it that can be attached, without fetching it.
     [[nodiscard]] static bool holdsAttachment(const QMimeData &data, Order order);
 };

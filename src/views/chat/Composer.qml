@@ -135,6 +135,11 @@ Rectangle {
                 event.accepted = event.matches(StandardKey.Paste) && pasteMore();
             }
             onPreeditTextChanged: root.typed()
+
+            PasteLimit {
+                field: field
+                onExceeded: handed => root.chat.entries.attachments.take(handed)
+            }
         }
     }
     PlainText {

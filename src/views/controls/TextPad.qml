@@ -9,6 +9,7 @@ Rectangle {
     property alias text: field.text
     property string placeholderText
     property string description
+    property bool tooLong: false // what was to be pasted
 
     signal edited()
     signal focusLeft()
@@ -37,8 +38,27 @@ Rectangle {
             selectedTextColor: Theme.text
             font.pixelSize: Theme.smallSize
             Accessible.name: root.description
-            onTextChanged: root.edited()
+            onTextChanged: {
+                root.tooLong = false;
+                root.edited();
+            }
             onActiveFocusChanged: if (!activeFocus) root.focusLeft()
+
+            // For its menu.
+            function canPasteMore(): bool {
+                return limit.isExceeded();
+            }
+            function pasteMore(): bool {
+                root.tooLong = true;
+                return true;
+            }
+
+            PasteLimit {
+                id: limit
+
+                field: field
+                onExceeded: root.tooLong = true
+            }
         }
     }
     SmallText {

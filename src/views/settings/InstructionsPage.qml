@@ -78,7 +78,11 @@ SettingsPage {
                 }
                 SmallText {
                     Layout.fillWidth: true
-                    text: qsTr("While it is empty, the words in grey are used.")
+                    text: pad.tooLong ? qsTr("What you pasted is too long for this field. Put the part that matters here.")
+                                      : qsTr("While it is empty, the words in grey are used.")
+                    color: pad.tooLong ? Theme.warning : Theme.secondary
+                    Accessible.role: pad.tooLong ? Accessible.AlertMessage : Accessible.StaticText
+                    Accessible.name: text
                     font.pixelSize: Theme.captionSize
                 }
             }
