@@ -76,8 +76,7 @@ void GlobalKeys::drop(GlobalShortcut shortcut)
 
 void GlobalKeys::tellTaken(const QString &keys)
 {
-    const QString words =
-        u"%1 shortcut could not be registered. Another app may already use it."_s.arg(keys);
+    const QString words = u"%1 shortcut could not be registered. Another app may already use it."_s.arg(keys);
     m_presentation->companion->say(words, 3s);
     m_presentation->chat->showNotice(
         {.message = words, .recovery = ErrorBanner::Recovery::openKeyboardSettings});

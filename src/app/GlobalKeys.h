@@ -28,8 +28,8 @@ public:
     const std::unique_ptr<GlobalShortcutViewModel> chat;
     const std::unique_ptr<GlobalShortcutViewModel> talk;
 
-    // All outlive this from now on. `show` brings the window to the front. While locked either key does no more
-    // than that, and so while the welcome isn't done.
+    // All outlive this from now on. `show` brings the window to the front. While locked either key does no
+    // more than that, and so while the welcome isn't done.
     void lead(Presentation &presentation, const AppLockService &lock, std::function<void()> show);
 
 private:

@@ -34,9 +34,9 @@ GlobalShortcutService::GlobalShortcutService(SettingsStore &settings, GlobalShor
     , m_settings(settings)
     , m_desktop(desktop)
 {
-    for (const auto signal : {&SettingsStore::chatShortcutChanged, &SettingsStore::chatShortcutKeysChanged,
-                              &SettingsStore::pushToTalkShortcutChanged,
-                              &SettingsStore::pushToTalkShortcutKeysChanged}) {
+    for (const auto signal :
+         {&SettingsStore::chatShortcutChanged, &SettingsStore::chatShortcutKeysChanged,
+          &SettingsStore::pushToTalkShortcutChanged, &SettingsStore::pushToTalkShortcutKeysChanged}) {
         connect(&settings, signal, this, &GlobalShortcutService::bind);
         connect(&settings, signal, this, &GlobalShortcutService::changed);
     }
@@ -105,15 +105,15 @@ void GlobalShortcutService::tellTaken()
 std::optional<QKeyCombination> GlobalShortcutService::chosen(GlobalShortcut shortcut) const
 {
     const bool isChat = shortcut == GlobalShortcut::chat;
-    const auto recorded = ShortcutKeys::fromText(isChat ? m_settings.chatShortcutKeys()
-                                                        : m_settings.pushToTalkShortcutKeys());
+    const auto recorded =
+        ShortcutKeys::fromText(isChat ? m_settings.chatShortcutKeys() : m_settings.pushToTalkShortcutKeys());
     if (recorded)
         return recorded;
     return ShortcutKeys::of(isChat ? m_settings.chatShortcut() : m_settings.pushToTalkShortcut());
 }
 
-// A combination that a preset stands for is stored as that, and before a recorded one goes: nothing between the
-// former and the new is ever wished for.
+// A combination that a preset stands for is stored as that, and before a recorded one goes: nothing between
+// the former and the new is ever wished for.
 void GlobalShortcutService::choose(GlobalShortcut shortcut, std::optional<QKeyCombination> keys)
 {
     const auto preset = keys ? ShortcutKeys::preset(*keys) : ShortcutPreset::disabled;

@@ -31,13 +31,18 @@ const QUuid otherChat = QUuid::createUuid();
 // A server of notifications, which notes what it is told.
 class Server : public PlayedService {
 public:
-    explicit Server(const QDBusConnection &bus, QStringList capabilities = {u"body"_s, u"body-markup"_s, u"actions"_s})
-        : PlayedService(bus, name,
-                        [this](const QDBusMessage &call, const QDBusConnection &from) { return take(call, from); })
+    explicit Server(const QDBusConnection &bus,
+                    QStringList capabilities = {u"body"_s, u"body-markup"_s, u"actions"_s})
+        : PlayedService(
+              bus, name,
+              [this](const QDBusMessage &call, const QDBusConnection &from) { return take(call, from); })
         , m_capabilities(std::move(capabilities))
     {}
 
-    void tellId(const QString &signal, uint id, const QVariant &value) { tell(path, name, signal, {id, value}); }
+    void tellId(const QString &signal, uint id, const QVariant &value)
+    {
+        tell(path, name, signal, {id, value});
+    }
     [[nodiscard]] QString shown() const
     {
         QStringList texts = m_shown.values();
@@ -143,7 +148,8 @@ TEST_F(NotificationsTest, AClickOpensTheChatAndNobodyElseCanClick)
     closing.setArguments({1U, 2U});
     stranger.send(closing);
     // A call of the stranger that is answered has gone the same way, behind them.
-    stranger.call(QDBusMessage::createMethodCall(name, path, name, u"GetCapabilities"_s), QDBus::BlockWithGui);
+    stranger.call(QDBusMessage::createMethodCall(name, path, name, u"GetCapabilities"_s),
+                  QDBus::BlockWithGui);
     TestWait::settle();
     EXPECT_EQ(m_chosen.count(), 0);
     server.tellId(u"ActionInvoked"_s, 77, u"default"_s); // another program's
@@ -216,8 +222,8 @@ TEST_F(NotificationsTest, ASandboxedProgramsLeadToItsChatByTheApplicationsOwnInt
                                notice.value(u"body"_s).toString() + u' ' +
                                notice.value(u"default-action"_s).toString();
                 const auto target = notice.value(u"default-action-target"_s);
-                EXPECT_TRUE(target.toString().isEmpty() ||
-                            QUuid::fromString(target.toString()) == chat) << target.typeName();
+                EXPECT_TRUE(target.toString().isEmpty() || QUuid::fromString(target.toString()) == chat)
+                    << target.typeName();
             }
             from.send(call.createReply());
             return true;

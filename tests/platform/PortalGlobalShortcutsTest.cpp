@@ -46,7 +46,8 @@ class Portal {
 public:
     explicit Portal(QDBusConnection bus, uint version = 2)
         : m_version(version)
-        , m_played(std::move(bus), service, [this](const auto &call, const auto &from) { return take(call, from); })
+        , m_played(std::move(bus), service,
+                   [this](const auto &call, const auto &from) { return take(call, from); })
     {
         qDBusRegisterMetaType<Bound>();
         qDBusRegisterMetaType<QList<Bound>>();
@@ -62,8 +63,8 @@ public:
 
     QStringList told;
     QString session;
-    uint answer = 0;      // 0: the person says yes
-    bool hasIt = true;    // whether there are shortcuts here at all
+    uint answer = 0;              // 0: the person says yes
+    bool hasIt = true;            // whether there are shortcuts here at all
     QString others = u"Meta+V"_s; // what it binds, whatever was asked for; empty for nothing
 
 private:
@@ -131,8 +132,9 @@ protected:
     }
     void bindBoth()
     {
-        m_keys.bind({{GlobalShortcut::chat, Qt::ControlModifier | Qt::ShiftModifier | Qt::Key_Space, u"Show"_s},
-                     {GlobalShortcut::talk, QKeyCombination(Qt::Key_F13), u"Talk"_s}});
+        m_keys.bind(
+            {{GlobalShortcut::chat, Qt::ControlModifier | Qt::ShiftModifier | Qt::Key_Space, u"Show"_s},
+             {GlobalShortcut::talk, QKeyCombination(Qt::Key_F13), u"Talk"_s}});
         TestWait::until([this] { return state() != State::waiting; });
     }
     [[nodiscard]] State state() const { return m_keys.binding(GlobalShortcut::talk).state; }
@@ -146,15 +148,15 @@ TEST_F(PortalGlobalShortcutsTest, TheDesktopsOwnKeysAreToldAndHeardUntilTheyAreU
 {
     Portal portal(m_bus.connection());
     bindBoth();
-    EXPECT_EQ(portal.told.join(u", "_s),
-              u"Register ai.morvane.MorvaneGPT, Get, CreateSession, "
-              u"BindShortcuts show-window=CTRL+SHIFT+space hold-to-talk=F13"_s);
-    EXPECT_EQ(m_keys.binding(GlobalShortcut::talk), (GlobalShortcutBinding::Binding{State::bound, u"Meta+V"_s}));
+    EXPECT_EQ(portal.told.join(u", "_s), u"Register ai.morvane.MorvaneGPT, Get, CreateSession, "
+                                         u"BindShortcuts show-window=CTRL+SHIFT+space hold-to-talk=F13"_s);
+    EXPECT_EQ(m_keys.binding(GlobalShortcut::talk),
+              (GlobalShortcutBinding::Binding{State::bound, u"Meta+V"_s}));
 
     // Another program's, and another session's.
     auto forged = QDBusMessage::createSignal(object, shortcuts, u"Activated"_s);
-    forged.setArguments({QVariant::fromValue(QDBusObjectPath(portal.session)), u"hold-to-talk"_s, quint64{1},
-                         QVariantMap()});
+    forged.setArguments(
+        {QVariant::fromValue(QDBusObjectPath(portal.session)), u"hold-to-talk"_s, quint64{1}, QVariantMap()});
     m_bus.connection().send(forged);
     const QString session = std::exchange(portal.session, object + u"/session/1/other"_s);
     portal.activate(u"Activated"_s, u"hold-to-talk"_s);

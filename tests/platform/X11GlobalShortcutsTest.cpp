@@ -138,7 +138,8 @@ TEST_F(X11GlobalShortcutsTest, TheKeysMoveWithTheKeyboardsMap)
     run(u"setxkbmap"_s, {u"-layout"_s, u"us"_s, u"-variant"_s, u"dvorak"_s});
     TestWait::until([&] { return isAnew; });
     TestWait::settle();
-    play({u"keydown"_s, u"alt"_s, u"key"_s, u"55"_s, u"key"_s, u"60"_s, u"key"_s, u"65"_s, u"keyup"_s, u"alt"_s});
+    play({u"keydown"_s, u"alt"_s, u"key"_s, u"55"_s, u"key"_s, u"60"_s, u"key"_s, u"65"_s, u"keyup"_s,
+          u"alt"_s});
     awaitTold(6); // where it was, where it is, and the other, which is where it was
     EXPECT_EQ(heard(), u"talk down, talk up, talk down, talk up, chat down, chat up"_s);
 }

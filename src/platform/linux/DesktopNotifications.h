@@ -14,8 +14,9 @@ class QDBusPendingCallWatcher;
 
 namespace morvane {
 
-// Notifications of the desktop (org.freedesktop.Notifications, version 1.2), in the shape that its server says
-// it can show. Only the program that shows one is heard about it, whoever else speaks on the bus. GUI thread.
+// Notifications of the desktop (org.freedesktop.Notifications, version 1.2), in the shape that its server
+// says it can show. Only the program that shows one is heard about it, whoever else speaks on the bus. GUI
+// thread.
 class DesktopNotifications final : public NotificationPosting, protected QDBusContext {
     Q_OBJECT
 public:

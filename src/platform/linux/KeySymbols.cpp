@@ -65,8 +65,9 @@ QString KeySymbols::trigger(QKeyCombination keys)
     const std::uint32_t symbol = of(keys.key());
     if (symbol == 0 || xkb_keysym_get_name(symbol, name.data(), name.size()) <= 0)
         return {};
-    constexpr std::array modifiers{std::pair{Qt::ControlModifier, "CTRL+"}, std::pair{Qt::AltModifier, "ALT+"},
-                                   std::pair{Qt::ShiftModifier, "SHIFT+"}, std::pair{Qt::MetaModifier, "LOGO+"}};
+    constexpr std::array modifiers{std::pair{Qt::ControlModifier, "CTRL+"},
+                                   std::pair{Qt::AltModifier, "ALT+"}, std::pair{Qt::ShiftModifier, "SHIFT+"},
+                                   std::pair{Qt::MetaModifier, "LOGO+"}};
     QString trigger;
     for (const auto &[modifier, word] : modifiers) {
         if (keys.keyboardModifiers() & modifier)

@@ -27,7 +27,8 @@ PortalCall::PortalCall(QDBusConnection bus, const QString &interface, const QStr
     , m_answered(std::move(answered))
 {
     const QString token = newToken();
-    // Before the call, since the answer may come first; by no sender's name, which would have to be asked for.
+    // Before the call, since the answer may come first; by no sender's name, which would have to be asked
+    // for.
     bus.connect({}, pathOf(bus, u"request", token), requests, u"Response"_s, this,
                 SLOT(responded(uint, QVariantMap)));
     auto call = QDBusMessage::createMethodCall(service, object, interface, method);

@@ -14,8 +14,8 @@
 namespace morvane {
 
 // One call of the desktop's portal whose answer comes by a signal (org.freedesktop.portal.Request), perhaps
-// after the person was asked, and only from the very portal that took the call. Never blocks, and goes once it
-// is answered. GUI thread.
+// after the person was asked, and only from the very portal that took the call. Never blocks, and goes once
+// it is answered. GUI thread.
 class PortalCall final : public QObject, protected QDBusContext {
     Q_OBJECT
 public:
@@ -30,7 +30,8 @@ public:
     // `portal` is its unique name on the bus.
     using Answered = std::function<void(End end, const QVariantMap &results, const QString &portal)>;
 
-    // `arguments` without the options, which every method takes last. A call that outlives `parent` is dropped.
+    // `arguments` without the options, which every method takes last. A call that outlives `parent` is
+    // dropped.
     PortalCall(QDBusConnection bus, const QString &interface, const QString &method, QVariantList arguments,
                QVariantMap options, Answered answered, QObject *parent);
 

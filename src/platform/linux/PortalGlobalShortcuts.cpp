@@ -134,10 +134,10 @@ void PortalGlobalShortcuts::introduce()
 
 void PortalGlobalShortcuts::askVersion()
 {
-    auto *watcher = new QDBusPendingCallWatcher(
-        m_bus.asyncCall(callOf(u"org.freedesktop.DBus.Properties"_s, u"Get"_s,
-                               {shortcutsInterface, u"version"_s})),
-        this);
+    auto *watcher =
+        new QDBusPendingCallWatcher(m_bus.asyncCall(callOf(u"org.freedesktop.DBus.Properties"_s, u"Get"_s,
+                                                           {shortcutsInterface, u"version"_s})),
+                                    this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();
         const QDBusPendingReply<QDBusVariant> version = *watcher;
@@ -150,7 +150,8 @@ void PortalGlobalShortcuts::open()
 {
     delete m_call;
     const QString token = PortalCall::newToken();
-    m_session = PortalCall::pathOf(m_bus, u"session", token); // also for one that is no longer wanted when it comes
+    m_session =
+        PortalCall::pathOf(m_bus, u"session", token); // also for one that is no longer wanted when it comes
     m_call = new PortalCall(
         m_bus, shortcutsInterface, u"CreateSession"_s, {}, {{u"session_handle_token"_s, token}},
         [this](PortalCall::End end, const QVariantMap &results, const QString &portal) {
@@ -166,12 +167,14 @@ void PortalGlobalShortcuts::bindIn(const QVariantMap &results, const QString &po
 {
     m_portal = portal;
     const QVariant handle = results.value(u"session_handle"_s); // a text in old portals
-    m_session = handle.canConvert<QDBusObjectPath>() ? handle.value<QDBusObjectPath>().path() : handle.toString();
+    m_session =
+        handle.canConvert<QDBusObjectPath>() ? handle.value<QDBusObjectPath>().path() : handle.toString();
     m_bus.connect({}, m_session, sessions, u"Closed"_s, this, SLOT(sessionClosed(QDBusMessage)));
     QList<PortalShortcut> wishes;
     for (const Wish &wish : m_wishes)
-        wishes.append({idOf(wish.shortcut), QVariantMap{{u"description"_s, wish.purpose},
-                                             {u"preferred_trigger"_s, KeySymbols::trigger(wish.keys)}}});
+        wishes.append(
+            {idOf(wish.shortcut), QVariantMap{{u"description"_s, wish.purpose},
+                                              {u"preferred_trigger"_s, KeySymbols::trigger(wish.keys)}}});
     const QVariantList arguments{QVariant::fromValue(QDBusObjectPath(m_session)), QVariant::fromValue(wishes),
                                  QString()};
     m_call = new PortalCall(

@@ -63,8 +63,7 @@ void PortalNotifications::withdraw(const QString &key)
     m_bus.asyncCall(call);
 }
 
-std::unique_ptr<NotificationPosting>
-notificationsOfTheDesktop(const std::optional<QDBusConnection> &session)
+std::unique_ptr<NotificationPosting> notificationsOfTheDesktop(const std::optional<QDBusConnection> &session)
 {
     if (session && DesktopKind::isSandboxed())
         return std::make_unique<PortalNotifications>(*session);

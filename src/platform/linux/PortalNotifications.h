@@ -9,9 +9,9 @@
 
 namespace morvane {
 
-// Notifications by the desktop's portal (org.freedesktop.portal.Notification, version 1 and later), which is how
-// a sandboxed program has them. A click comes as a call of the application's own interface on the bus, which
-// also starts a program that has ended. GUI thread.
+// Notifications by the desktop's portal (org.freedesktop.portal.Notification, version 1 and later), which is
+// how a sandboxed program has them. A click comes as a call of the application's own interface on the bus,
+// which also starts a program that has ended. GUI thread.
 class PortalNotifications final : public NotificationPosting {
     Q_OBJECT
 public:

@@ -56,8 +56,7 @@ void activate(xcb_connection_t *server, xcb_window_t window, xcb_timestamp_t mom
     event.data.data32[0] = fromApplication;
     event.data.data32[1] = moment;
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(server)).data->root;
-    xcb_send_event(server, 0, root,
-                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+    xcb_send_event(server, 0, root, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char *>(&event));
     xcb_flush(server);
 }

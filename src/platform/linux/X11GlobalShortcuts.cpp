@@ -65,7 +65,8 @@ struct X11GlobalShortcuts::Server {
             for (const xcb_keycode_t code : codesOf(symbol)) {
                 const auto found = std::find(modifierCodes.begin(), modifierCodes.end(), code);
                 if (found != modifierCodes.end() && map->keycodes_per_modifier > 0)
-                    return std::uint16_t(1U << ((found - modifierCodes.begin()) / map->keycodes_per_modifier));
+                    return std::uint16_t(1U
+                                         << ((found - modifierCodes.begin()) / map->keycodes_per_modifier));
             }
             return std::uint16_t{0};
         };

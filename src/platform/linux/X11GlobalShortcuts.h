@@ -10,8 +10,8 @@
 
 namespace morvane {
 
-// Keys that an X server hands to this program alone, whatever has the keyboard (grabs of its core protocol). A
-// connection of its own is open while a key is wished for, and silent until one of them is pressed or the
+// Keys that an X server hands to this program alone, whatever has the keyboard (grabs of its core protocol).
+// A connection of its own is open while a key is wished for, and silent until one of them is pressed or the
 // keyboard gets another map, when they are grabbed anew. GUI thread.
 class X11GlobalShortcuts final : public GlobalShortcutBinding {
     Q_OBJECT

@@ -73,9 +73,8 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
         if (m_entries.voice()->isRecording())
             m_reader.stop(); // or the microphone would hear it
     });
-    connect(this, &ChatViewModel::conversationChanged, this, [this] {
-        m_delivery.setOpenChat(m_open.current() ? m_open.current()->id() : QUuid());
-    });
+    connect(this, &ChatViewModel::conversationChanged, this,
+            [this] { m_delivery.setOpenChat(m_open.current() ? m_open.current()->id() : QUuid()); });
     connect(&m_banner, &BannerDesk::changed, this, &ChatViewModel::bannerChanged);
     connect(&m_desk, &MessageDesk::transcriptChanged, this, &ChatViewModel::refreshMessages);
     connect(&m_desk, &MessageDesk::deletedChanged, this, &ChatViewModel::deletedChanged);

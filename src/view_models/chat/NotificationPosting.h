@@ -10,9 +10,9 @@ namespace morvane {
 struct DesktopNotice {
     QString key; // what it is about: a second one of a key takes the first one's place
     QString title;
-    QString body = {};       // plain text; may be empty
-    QUuid chat = {};         // what a click opens; null: the window as it is
-    bool isPassing = false;  // the desktop keeps no list of it
+    QString body = {};        // plain text; may be empty
+    QUuid chat = {};          // what a click opens; null: the window as it is
+    bool isPassing = false;   // the desktop keeps no list of it
     bool isWaitedFor = false; // something goes on only once the person has come
 
     bool operator==(const DesktopNotice &) const = default;

@@ -8,8 +8,8 @@
 namespace morvane {
 
 // What the person is told while the window is not in front: at most a chat's title, never a word of it, and
-// nothing at all on a locked screen, where it waits. One for each chat, one for the Ghost chat and one for what
-// waits for a yes, which is answered in the window alone. GUI thread.
+// nothing at all on a locked screen, where it waits. One for each chat, one for the Ghost chat and one for
+// what waits for a yes, which is answered in the window alone. GUI thread.
 class NotificationService final : public QObject, public morvane::ReplyNotifying {
     Q_OBJECT
 

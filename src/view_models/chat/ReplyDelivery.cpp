@@ -18,22 +18,20 @@ ReplyDelivery::ReplyDelivery(Services services, QObject *parent)
 void ReplyDelivery::setWindowInFront(bool inFront)
 {
     m_isWindowInFront = inFront;
-    if (!inFront)
-        return;
-    withdrawApproval(); // the card itself is in view
+    if (inFront)
+        withdrawApproval(); // the card itself is in view
     withdrawRead();
 }
 
 void ReplyDelivery::setOpenChat(const QUuid &conversation)
 {
     m_openChat = conversation;
-    if (m_isWindowInFront)
-        withdrawRead();
+    withdrawRead();
 }
 
 void ReplyDelivery::withdrawRead()
 {
-    if (m_services.notifications)
+    if (m_isWindowInFront && m_services.notifications)
         m_services.notifications->withdrawChat(m_openChat);
 }
 
@@ -52,8 +50,7 @@ void ReplyDelivery::deliver(const ChatMessage &reply, const Conversation &conver
         m_services.notifications->replyReady(conversation.id(), conversation.title());
 }
 
-void ReplyDelivery::tellFailure(const std::exception_ptr &error, const Conversation &conversation,
-                                Kind kind)
+void ReplyDelivery::tellFailure(const std::exception_ptr &error, const Conversation &conversation, Kind kind)
 {
     if (m_isWindowInFront || !m_services.notifications)
         return;

@@ -74,8 +74,9 @@ QString GlobalShortcutViewModel::problem() const
     if (binding.state == State::off || binding.state == State::waiting)
         return {};
     if (binding.state == State::bound)
-        return binding.keys == chosen() || !isChosenByDesktop() ? QString()
-                                                                : u"As your desktop's own settings have it."_s;
+        return binding.keys == chosen() || !isChosenByDesktop()
+                   ? QString()
+                   : u"As your desktop's own settings have it."_s;
     const QString scope = m_shortcut == GlobalShortcut::talk
                               ? u"%1 works only while the window is in front: "_s
                               : u"%1 is not bound: "_s;
@@ -94,7 +95,8 @@ QString GlobalShortcutViewModel::why(State state) const
     case State::refused:
         return isChosenByDesktop() ? u"your desktop gave it no key."_s : u"this keyboard has no such key."_s;
     case State::unavailable:
-        return u"%1 gives programs no keys of their own. In its settings you can let a key run “morvane”, which "
+        return u"%1 gives programs no keys of their own. In its settings you can let a key run “morvane”, "
+               u"which "
                u"shows the window."_s.arg(m_desktop.isEmpty() ? u"this desktop"_s : m_desktop);
     }
     return {};
@@ -164,10 +166,11 @@ void GlobalShortcutViewModel::press(int key, int modifiers)
     if (isAlone && key == Qt::Key_Backspace)
         m_service.choose(m_shortcut, std::nullopt);
     else if (!ShortcutKeys::mayBeGlobal(keys))
-        return refuse(u"That key is needed for writing. Hold Ctrl, Alt or the logo key with it."_s);
+        return refuse(u"Hold Ctrl, Alt or the logo key with it."_s);
     else if (m_service.chosen(other) == keys)
-        return refuse(other == GlobalShortcut::talk ? u"%1 is the key to talk."_s.arg(ShortcutKeys::text(keys))
-                                                    : u"%1 shows the window."_s.arg(ShortcutKeys::text(keys)));
+        return refuse(other == GlobalShortcut::talk
+                          ? u"%1 is the key to talk."_s.arg(ShortcutKeys::text(keys))
+                          : u"%1 shows the window."_s.arg(ShortcutKeys::text(keys)));
     else
         m_service.choose(m_shortcut, keys);
     stopRecording();

@@ -43,8 +43,8 @@ public:
 
     Q_INVOKABLE void record();
     Q_INVOKABLE void stopRecording();
-    // What was pressed while recording, as Qt names it. Esc ends it, Backspace chooses no key, and what can't be
-    // a key for the whole desktop is refused in the note. A modifier alone is waited for.
+    // What was pressed while recording, as Qt names it. Esc ends it, Backspace chooses no key, and what can't
+    // be a key for the whole desktop is refused in the note. A modifier alone is waited for.
     Q_INVOKABLE void press(int key, int modifiers);
 
 Q_SIGNALS:
