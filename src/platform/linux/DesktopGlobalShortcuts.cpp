@@ -15,10 +15,10 @@ using namespace Qt::StringLiterals;
 std::unique_ptr<GlobalShortcutBinding> globalShortcutsOfTheDesktop()
 {
     const bool isX11 = QGuiApplication::platformName() == "xcb"_L1;
+    if (!isX11 && !QGuiApplication::platformName().startsWith("wayland"_L1))
+        return nullptr; // no desktop at all
     if (isX11 && !DesktopKind::isWayland())
         return std::make_unique<X11GlobalShortcuts>();
-    if (!isX11 && !DesktopKind::isWayland())
-        return nullptr; // no desktop at all
     if (const auto bus = DesktopNotifications::sessionBus())
         return std::make_unique<PortalGlobalShortcuts>(*bus);
     return nullptr;
