@@ -16,6 +16,7 @@ public:
     enum class Reason {
         failed,
         refused, // by the person, who may choose otherwise the next time
+        absent,  // nobody on this desktop takes one
         blind,   // this run isn't let see the screen, whatever is chosen now
     };
 

@@ -19,6 +19,8 @@ QString ScreenGlanceError::userMessage() const
         return u"I looked, but couldn't find readable text on your screen."_s;
     case Case::hiddenByFullScreen:
         return u"MorvaneGPT is full screen, so there's nothing else on this screen for me to read."_s;
+    case Case::noneHere:
+        return u"This desktop lets no program look at its screen."_s;
     }
     return {};
 }
@@ -39,6 +41,10 @@ std::optional<QString> ScreenGlanceError::recoverySuggestion() const
         return u"Bring the article or document to the front and try again."_s;
     case Case::hiddenByFullScreen:
         return u"Leave full screen, bring up what you want me to read, and try again."_s;
+    case Case::noneHere:
+        return u"On Wayland its portal would take the picture: install the xdg-desktop-portal of your "
+               u"desktop, and "
+               "try again."_s;
     }
     return std::nullopt;
 }

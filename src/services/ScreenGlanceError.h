@@ -6,7 +6,7 @@ namespace morvane {
 
 // Why the screen's text could not be read.
 struct ScreenGlanceErrorCases {
-    enum class Case { permissionNeeded, needsRelaunch, captureFailed, noTextFound, hiddenByFullScreen };
+    enum class Case { permissionNeeded, needsRelaunch, captureFailed, noTextFound, hiddenByFullScreen, noneHere };
 };
 
 class ScreenGlanceError final : public ErrorFamily<ScreenGlanceErrorCases> {

@@ -98,6 +98,8 @@ void ScreenGlanceService::explain(const std::exception_ptr &failure)
             throw ScreenGlanceError(Case::permissionNeeded);
         if (error.reason == Reason::failed)
             throw ScreenGlanceError(Case::captureFailed);
+        if (error.reason == Reason::absent)
+            throw ScreenGlanceError(Case::noneHere);
         m_knownBlindThisLaunch = true;
         throw ScreenGlanceError(Case::needsRelaunch);
     } catch (const std::exception &error) {

@@ -282,6 +282,7 @@ TEST(ScreenGlanceServiceTest, EveryFailureHasItsCaseAndLeavesTheNextLookFree)
     EXPECT_EQ(outcome(), Case::captureFailed);
     recognizer = {};
     for (const auto &[reason, expected] : {std::pair(Reason::failed, Case::captureFailed),
+                                           {Reason::absent, Case::noneHere},
                                            {Reason::refused, Case::permissionNeeded},
                                            {Reason::blind, Case::needsRelaunch}}) {
         EXPECT_FALSE(service.knownBlindThisLaunch());

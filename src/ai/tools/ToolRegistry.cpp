@@ -219,6 +219,7 @@ void ToolRegistry::noteScreenProblem(const ScreenGlanceError &error)
     case ScreenGlanceError::Case::captureFailed:
     case ScreenGlanceError::Case::noTextFound:
     case ScreenGlanceError::Case::hiddenByFullScreen:
+    case ScreenGlanceError::Case::noneHere:
         return;
     }
     if (m_hooks.permissionAttentionHandler)

@@ -117,6 +117,7 @@ QCoro::Task<QString> PortalScreenCapture::pictureFile(std::stop_token stop)
         co_return file;
     }
     const Reason reason = *end == PortalScreenshot::End::Refused   ? Reason::refused
+                          : *end == PortalScreenshot::End::Absent  ? Reason::absent
                           : *end == PortalScreenshot::End::BusGone ? Reason::blind
                                                                    : Reason::failed;
     throw ScreenCaptureFailure(reason, question.words().toStdString());

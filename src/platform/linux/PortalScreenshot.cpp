@@ -28,6 +28,15 @@ PortalScreenshot::End endOf(const QDBusError &error)
     using End = PortalScreenshot::End;
     if (error.type() == QDBusError::Disconnected)
         return End::BusGone;
+    switch (error.type()) {
+    case QDBusError::ServiceUnknown: // no portal
+    case QDBusError::UnknownMethod:  // one that has nobody to take pictures, said in three ways
+    case QDBusError::UnknownInterface:
+    case QDBusError::UnknownObject:
+        return End::Absent;
+    default:
+        break;
+    }
     const bool isDenial = error.type() == QDBusError::AccessDenied ||
                           error.name() == "org.freedesktop.portal.Error.NotAllowed"_L1;
     return isDenial ? End::Refused : End::Failed;

@@ -21,7 +21,7 @@ namespace morvane {
 class PortalScreenshot : public QObject, protected QDBusContext {
     Q_OBJECT
 public:
-    enum class End { Taken, Refused, Failed, BusGone };
+    enum class End { Taken, Refused, Failed, Absent, BusGone };
 
     // Asks at once.
     explicit PortalScreenshot(const QDBusConnection &bus);
