@@ -67,7 +67,9 @@ Cost minuteOf(const QString &program, const QStringList &arguments)
         for (timer.start(); timer.elapsed() < milliseconds; QThread::msleep(20))
             QCoreApplication::processEvents();
     };
-    constexpr int settling = 15'000; // what a start begins has ended by then
+    // What a start begins has ended by then, and so have the threads that it used: one that ends later takes
+    // its wake-ups along. Qt keeps them for half a minute.
+    constexpr int settling = 35'000;
     constexpr int minute = 60'000;
     wait(settling);
     const Cost before = costOf(process.processId());

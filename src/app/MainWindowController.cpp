@@ -168,7 +168,7 @@ void MainWindowController::show()
 {
     if (!m_window)
         return;
-    m_isHidden = false;
+    comeBack();
     if (needsShowingAnew())
         m_window->hide();
     if (m_window->isVisible() && m_window->windowStates() & Qt::WindowMinimized)
@@ -184,16 +184,29 @@ bool MainWindowController::eventFilter(QObject *watched, QEvent *event)
         return QObject::eventFilter(watched, event);
     event->ignore();
     m_isHidden = m_isReachable && m_isReachable();
-    if (m_isHidden)
-        m_window->hide();
-    else
+    if (!m_isHidden) {
         m_window->setWindowStates(m_window->windowStates() | Qt::WindowMinimized);
+        return true;
+    }
+    m_window->hide();
+    // A cursor that nobody sees would blink on where the display keeps the focus.
+    if (m_content)
+        m_content->setFocus(false);
+    return true;
+}
+
+bool MainWindowController::comeBack()
+{
+    if (!std::exchange(m_isHidden, false))
+        return false;
+    if (m_content)
+        m_content->setFocus(true);
     return true;
 }
 
 void MainWindowController::comeMinimised()
 {
-    if (std::exchange(m_isHidden, false))
+    if (comeBack())
         m_window->showMinimized();
 }
 

@@ -49,6 +49,7 @@ private:
     void dropContent();
     [[nodiscard]] bool needsShowingAnew() const;
     [[nodiscard]] QVariantMap whereabouts() const;
+    bool comeBack(); // false: it wasn't hidden
 
     Presentation &m_presentation;
     const std::unique_ptr<WindowEngine> m_engine;

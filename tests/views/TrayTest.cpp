@@ -7,6 +7,8 @@
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/settings/AppLockViewModel.h"
 
+#include <QTest>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -102,14 +104,19 @@ TEST_F(TrayTest, AClosedWindowIsHiddenOnlyWhereSomethingLeadsBackToIt)
     QQuickWindow &window = *controller.window();
     const auto isMinimised = [&window] { return bool(window.windowStates() & Qt::WindowMinimized); };
     controller.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    QQuickItem *const field = window.activeFocusItem();
+    ASSERT_TRUE(field && field->property("cursorVisible").toBool());
     controller.comeMinimised();
     EXPECT_FALSE(isMinimised()) << "it is in view";
     window.close();
     EXPECT_FALSE(window.isVisible());
+    EXPECT_FALSE(field->property("cursorVisible").toBool()) << "nothing blinks";
     controller.comeMinimised();
     EXPECT_TRUE(window.isVisible() && isMinimised());
     controller.show();
     EXPECT_FALSE(isMinimised());
+    EXPECT_EQ(window.activeFocusItem(), field) << "the person writes on";
     icon.drawn = false;
     window.close();
     EXPECT_TRUE(window.isVisible() && isMinimised());

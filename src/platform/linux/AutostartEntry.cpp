@@ -125,7 +125,7 @@ QByteArray AutostartEntry::entry() const
         {"Type", u"Application"_s},   {"Name", Product::name},
         {"Icon", Product::desktopId}, {"Exec", quoted(m_program) + u" --background"_s},
         {"TryExec", m_program}, // nothing happens once the program is removed
-        {"Terminal", u"false"_s},     {"StartupNotify", u"false"_s}};
+        {"StartupNotify", u"false"_s}};
     for (const auto &[key, value] : values)
         g_key_file_set_string(keys.get(), group, key, value.toUtf8().constData());
     const GLib::Text text(g_key_file_to_data(keys.get(), nullptr, nullptr));
