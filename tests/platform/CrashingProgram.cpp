@@ -22,6 +22,8 @@ std::string words; // a person's, in memory
 
 int overflow(int level) // NOLINT(misc-no-recursion)
 {
+    if (depth < 0) // never, which no compiler knows
+        return 0;
     volatile char room[4096] = {};
     room[level % 4096] = 1;
     depth = depth + 1;

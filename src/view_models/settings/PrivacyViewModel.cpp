@@ -22,6 +22,9 @@ PrivacyViewModel::PrivacyViewModel(const SupportFolders &folders, std::function<
                    Product::serviceName),
                u"Settings"_s,
                u"Readable, without a word of a chat, in %1"_s.arg(QDir::toNativeSeparators(folders.config)),
+               u"Reports of crashes"_s,
+               u"Where in the program, without a word of yours, in %1"_s.arg(
+                   QDir::toNativeSeparators(folders.state + u'/' + Product::serviceName)),
                u"Models on this %1"_s.arg(DesktopWords::here().device),
                u"As they were downloaded; nothing about you is in them"_s}
     , m_replaceIdentifiers(std::move(replaceIdentifiers))
