@@ -35,7 +35,7 @@ Panel {
                 id: words
 
                 objectName: "readerText"
-                width: view.width
+                width: view.width - Theme.gap12 // beside the handle
                 // Only what came with the program: text from elsewhere never is more than text.
                 textFormat: root.about.readerIsDocument ? TextEdit.MarkdownText : TextEdit.PlainText
                 text: root.about.readerText
