@@ -83,7 +83,11 @@ void AppState::letThePersonApprove()
 
 void AppState::followTheLock()
 {
-    m_lock.service->onLock = [this] { m_presentation.conceal(); };
+    m_lock.service->onLock = [this] {
+        m_presentation.conceal();
+        m_assistant.memory->conceal();
+        m_assistant.systemPrompts->conceal();
+    };
     m_lock.service->onUnlock = [this] { chatsCanBeOpened(); };
 }
 

@@ -70,7 +70,7 @@ bool MemoryStore::loadFailed() const
 bool MemoryStore::isUnreadable() const
 {
     assertThread();
-    return m_loadFailed || m_fileUnread;
+    return m_loadFailed || m_fileUnread || m_isConcealed;
 }
 
 bool MemoryStore::isEnabled() const
@@ -250,6 +250,7 @@ void MemoryStore::clear()
     assertThread();
     m_facts.clear();
     m_receipts.clear();
+    m_isConcealed = false;
     setReadability(false, false);
     Q_EMIT receiptsChanged();
     factsWereChanged();
@@ -290,9 +291,21 @@ void MemoryStore::load()
     setReadability(false, false);
 }
 
+void MemoryStore::conceal()
+{
+    assertThread();
+    if (m_directory.isEmpty())
+        return;
+    m_isConcealed = true;
+    m_receipts.clear();
+    Q_EMIT receiptsChanged();
+    setFacts({});
+}
+
 void MemoryStore::readAnew()
 {
     assertThread();
+    m_isConcealed = false;
     setFacts({});
     fold();
     load();

@@ -70,8 +70,8 @@ public:
     // until it opens or is cleared.
     [[nodiscard]] bool loadFailed() const;
 
-    // What the file holds is not known: loadFailed(), or the system won't let it be read. Nothing is kept
-    // then until it can be read or is cleared.
+    // What the file holds is not known: loadFailed(), concealed, or the system won't let it be read. Nothing
+    // is kept then until it can be read or is cleared.
     [[nodiscard]] bool isUnreadable() const;
 
     [[nodiscard]] bool isEnabled() const;
@@ -102,6 +102,8 @@ public:
     void fold();
     void load();
 
+    // For a lock: lets go of every text, and keeps nothing until readAnew(). Notes of this run only stay.
+    void conceal();
     // After an unlock: drops what is held, folds and loads.
     void readAnew();
 
@@ -130,6 +132,7 @@ private:
     const QString m_directory;
     std::vector<Fact> m_facts;
     std::vector<Receipt> m_receipts;
+    bool m_isConcealed = false;
     bool m_loadFailed = false;
     bool m_fileUnread = false; // there is a file, and the system wouldn't let us read it
 };

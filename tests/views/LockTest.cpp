@@ -1,5 +1,7 @@
 #include "WindowFixture.h"
 
+#include "ai/prompts/SystemPromptStore.h"
+#include "memory/MemoryStore.h"
 #include "persistence/SettingsStore.h"
 #include "security/DataKey.h"
 #include "security/LocalDataVault.h"
@@ -345,6 +347,9 @@ TEST_F(LockTest, LockedMemoryHoldsNeitherKeyNorWords)
         keys.emplace_back(DataKey::print(key));
     }
     const auto words = [&](std::size_t mark) { return u"Of "_s + marks[mark].text() + u" and more"_s; };
+    m_app->storage().settings->setMemoryEnabled(true);
+    m_app->assistant().memory->record(words(0));
+    m_app->assistant().systemPrompts->setPrompt(words(1));
     showReply(u"# "_s + words(0) + u"\n\n| a | b |\n|---|---|\n| "_s + words(0) + u" | 2 |\n\n```\n"_s +
               words(0) + u"\n```\n"_s);
     send(words(1));
@@ -364,6 +369,41 @@ TEST_F(LockTest, LockedMemoryHoldsNeitherKeyNorWords)
     EXPECT_TRUE(wordsLeft.isEmpty()) << wordsLeft.join(u'\n').toStdString();
     const QStringList keysLeft = foundInMemory(keys);
     EXPECT_TRUE(keysLeft.isEmpty()) << keysLeft.size() << " such as " << keysLeft.value(0).toStdString();
+}
+
+TEST_F(LockTest, NotesInstructionsAndAnAttachmentAreBackAfterTheLockAndNotThereDuringIt)
+{
+    switchOn();
+    load();
+    auto &memory = *m_app->assistant().memory;
+    auto &prompts = *m_app->assistant().systemPrompts;
+    auto &desk = *m_app->presentation().chat->entries()->attachments();
+    memory.record(u"a note"_s);
+    prompts.setPrompt(u"be brief"_s);
+    const auto attach = [&](const std::optional<QByteArray> &picture) {
+        desk.hold({.id = QUuid::createUuid(),
+                   .filename = u"plan.txt"_s,
+                   .fileExtension = u"txt"_s,
+                   .fileSizeBytes = 4,
+                   .text = picture ? QString() : u"plan"_s,
+                   .imageData = picture});
+    };
+    for (const auto &picture : {std::optional<QByteArray>(), std::optional(QByteArray("\x00\xff jpeg", 7))}) {
+        attach(picture);
+        lock().lock();
+        EXPECT_TRUE(memory.facts().empty() && prompts.prompt().isEmpty() && !desk.pending());
+        EXPECT_EQ(memory.remember(u"dropped"_s), std::nullopt);
+        settle();
+        unlock();
+        ASSERT_EQ(memory.facts().size(), 1U);
+        EXPECT_EQ(memory.facts()[0].text, u"a note"_s);
+        EXPECT_EQ(prompts.prompt(), u"be brief"_s);
+        ASSERT_TRUE(desk.pending());
+        EXPECT_EQ(desk.pending()->filename, u"plan.txt"_s);
+        EXPECT_EQ(desk.pending()->text, picture ? QString() : u"plan"_s);
+        EXPECT_EQ(desk.pending()->imageData, picture);
+    }
+    EXPECT_TRUE(memory.record(u"another"_s));
 }
 
 } // namespace

@@ -69,6 +69,11 @@ void SystemPromptStore::load()
     takeOverFormerInstructions();
 }
 
+void SystemPromptStore::conceal()
+{
+    hold({});
+}
+
 void SystemPromptStore::setPrompt(const QString &prompt)
 {
     if (prompt == m_prompt)

@@ -31,6 +31,9 @@ public:
     // Reads the file anew. While the vault is locked nothing is read; call this once it is unlocked.
     void load();
 
+    // For a lock: lets go of the text; load() brings it back from the file.
+    void conceal();
+
     [[nodiscard]] const QString &prompt() const { return m_prompt; }
 
     // Saves at once.

@@ -13,6 +13,7 @@
 #include "view_models/chat/QuickAction.h"
 #include "view_models/chat/ReplyDelivery.h"
 #include "view_models/chat/ReplyReader.h"
+#include "view_models/chat/SealedAttachment.h"
 
 #include <QObject>
 #include <QPointer>
@@ -265,9 +266,10 @@ private:
     std::optional<std::chrono::milliseconds> m_typedAt; // of the clock's elapsed time
     bool m_isResponding = false;
     bool m_isConcealed = false;
-    QString m_sealedDraft;                          // while concealed: what stands in no chat's record
-    bool m_isRestartingModel = false;               // at the person's wish, by the banner
-    std::vector<std::unique_ptr<ChatTurn>> m_turns; // a stopped turn may end after the next has begun
+    std::optional<SealedAttachment> m_sealedAttachment; // while concealed
+    QString m_sealedDraft;                              // while concealed: what stands in no chat's record
+    bool m_isRestartingModel = false;                   // at the person's wish, by the banner
+    std::vector<std::unique_ptr<ChatTurn>> m_turns;     // a stopped turn may end after the next has begun
     QPointer<ChatTurn> m_latestTurn;
 };
 

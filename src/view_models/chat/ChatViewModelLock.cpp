@@ -16,12 +16,15 @@ void ChatViewModel::conceal()
 {
     if (m_isConcealed)
         return;
+    const FieldSealing &sealing = *m_stores.active().context().sealing();
+    if (const auto attached = m_entries.attachments()->release())
+        m_sealedAttachment = SealedAttachment::seal(*attached, sealing);
     endTurns();
     m_banner.dismiss();
     m_proofPanel.close();
     m_planner->forgetAttachment();
     if (isEditing() || !m_draftOwner)
-        m_sealedDraft = m_stores.active().context().sealing()->seal(m_draft).value_or(QString());
+        m_sealedDraft = sealing.seal(m_draft).value_or(QString());
     m_isConcealed = true;
     showDraft({});
     refreshMessages();
@@ -37,11 +40,16 @@ void ChatViewModel::reveal()
     if (!m_open.current())
         m_open.openAtStart();
     refreshMessages();
+    const FieldSealing &sealing = *m_stores.active().context().sealing();
     if (isEditing() || !m_draftOwner)
-        showDraft(m_stores.active().context().sealing()->open(m_sealedDraft));
+        showDraft(sealing.open(m_sealedDraft));
     else
         showDraft(m_draftOwner->draft());
     m_sealedDraft.clear();
+    if (const auto kept = std::exchange(m_sealedAttachment, std::nullopt)) {
+        if (const auto attachment = kept->open(sealing))
+            m_entries.attachments()->hold(*attachment);
+    }
     Q_EMIT conversationChanged();
     Q_EMIT conversationsChanged();
 }
