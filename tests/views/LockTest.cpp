@@ -8,6 +8,7 @@
 #include "services/AppLockService.h"
 #include "support/Await.h"
 #include "support/ProcessMemory.h"
+#include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/settings/AppLockViewModel.h"
 #include "view_models/settings/PrivacyViewModel.h"
@@ -15,6 +16,7 @@
 #include <QAccessible>
 #include <QFile>
 #include <QGuiApplication>
+#include <QImage>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
@@ -210,6 +212,32 @@ TEST_F(LockTest, LockedWindowSaysNoWordAndComesBackAsItWas)
     EXPECT_TRUE(isAt(m_window, u"Message"_s));
     type(u" more"_s);
     EXPECT_EQ(m_app->presentation().chat->draft(), u"SECRETdraft begun more"_s);
+}
+
+// Point by point, in light and dark.
+TEST_F(LockTest, ALockedWindowLooksLikeOneThatNeverHeldAWord)
+{
+    const auto pictures = [this] {
+        QList<QImage> taken;
+        for (const bool isDark : {false, true}) {
+            m_app->presentation().shell->setSystemDark(isDark);
+            settle();
+            taken += m_window->grabWindow();
+        }
+        return taken;
+    };
+    load();
+    switchOn();
+    lock().lock();
+    const QList<QImage> empty = pictures();
+    EXPECT_NE(empty[0], empty[1]);
+    unlock();
+    m_app->presentation().chat->open(addChat(u"SECRETtitle"_s, {u"SECRETquestion"_s, u"SECRETanswer"_s}));
+    m_app->presentation().chat->setDraft(u"SECRETdraft"_s);
+    settle();
+    EXPECT_NE(pictures(), empty);
+    lock().lock();
+    EXPECT_TRUE(pictures() == empty);
 }
 
 TEST_F(LockTest, ATurnEndsWithTheLockAndKeepsWhatHadCome)
