@@ -25,8 +25,12 @@ FocusScope {
         forgotten.setSource("ForgottenPassphrase.qml", { privacy: root.privacy });
     }
     function takeFocus() {
-        if (root.visible && !root.isForgotten)
-            (root.field && root.field.enabled ? root.field : button).forceActiveFocus();
+        if (!root.visible || root.isForgotten)
+            return;
+        if (root.field && root.field.enabled)
+            root.field.forceActiveFocus();
+        else
+            button.forceActiveFocus();
     }
 
     focus: true

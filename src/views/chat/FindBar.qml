@@ -34,7 +34,10 @@ Rectangle {
 
         function onOpened() { root.takeFocus(); }
         // The place comes before the count that the words name.
-        function onCurrentChanged() { if (root.find.position > 0) Qt.callLater(announcement.announce); }
+        function onCurrentChanged() {
+            if (root.find.position > 0)
+                Qt.callLater(announcement.announce); // qmllint disable
+        }
     }
     HoverHandler {}
     RowLayout {

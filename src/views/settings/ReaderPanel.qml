@@ -13,7 +13,7 @@ Panel {
 
     visible: about.readerTitle.length > 0
     title: about.readerTitle
-    widest: 720
+    widest: 720 * Theme.zoom
     onOpened: closeButton.forceActiveFocus(Qt.TabFocusReason)
     onClosed: about.closeReader()
 
