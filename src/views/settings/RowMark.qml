@@ -5,6 +5,9 @@ import Morvane
 Rectangle {
     id: root
 
+    property SettingsPage page: null
+    property Item row: null // that it stands around
+
     // Around `row`, or where that isn't shown just now around what it stands in; a page itself takes none. Its
     // first control gets the keyboard.
     function point(page: SettingsPage, row: Item) {
@@ -14,13 +17,9 @@ Rectangle {
         if (!shown || shown === page)
             return root.clear();
         page.reveal(shown);
-        root.parent = page.contentItem;
-        const corner = shown.mapToItem(page.contentItem, 0, 0);
-        root.x = corner.x - Theme.gap4;
-        root.y = corner.y;
-        root.width = shown.width + 2 * Theme.gap4;
-        root.height = shown.height;
-        root.visible = true;
+        root.page = page;
+        root.row = shown;
+        root.place();
         const control = shown.nextItemInFocusChain(true);
         for (let around = control; around; around = around.parent) {
             if (around === shown)
@@ -28,14 +27,39 @@ Rectangle {
         }
     }
     function clear() {
-        root.visible = false;
+        root.row = null;
+        root.page = null;
+    }
+    function place() {
+        if (!root.row)
+            return;
+        const corner = root.row.mapToItem(root.page.contentItem, 0, 0);
+        root.x = corner.x - Theme.gap4;
+        root.y = corner.y;
+        root.width = root.row.width + 2 * Theme.gap4;
+        root.height = root.row.height;
     }
 
     objectName: "rowMark"
-    visible: false
+    parent: page?.contentItem ?? null
+    visible: row !== null
     z: 1
     radius: Theme.controlRadius
     color: "transparent"
     border.width: Theme.focusWidth
     border.color: Theme.accent
+
+    // A page that has just come into view is laid out once more.
+    Connections {
+        target: root.row
+
+        function onYChanged() { root.place(); }
+        function onWidthChanged() { root.place(); }
+        function onHeightChanged() { root.place(); }
+    }
+    Connections {
+        target: root.page
+
+        function onContentHeightChanged() { Qt.callLater(root.place); } // qmllint disable
+    }
 }
