@@ -34,7 +34,7 @@ T.RoundButton {
     }
     background: Rectangle {
         radius: 18 * Theme.zoom
-        color: root.enabled ? Theme.accent : Theme.hairline
+        color: root.enabled ? Theme.accent : Theme.highContrast ? Theme.pressWash : Theme.hairline
 
         Rectangle {
             anchors.fill: parent
