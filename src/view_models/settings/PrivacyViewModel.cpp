@@ -25,6 +25,9 @@ PrivacyViewModel::PrivacyViewModel(const SupportFolders &folders, std::function<
                u"Reports of crashes"_s,
                u"Where in the program, without a word of yours, in %1"_s.arg(
                    QDir::toNativeSeparators(folders.state + u'/' + Product::serviceName)),
+               u"The window's place and which chat was open"_s,
+               u"Readable, the chat as a number, in %1"_s.arg(
+                   QDir::toNativeSeparators(folders.state + u'/' + Product::serviceName)),
                u"Models on this %1"_s.arg(DesktopWords::here().device),
                u"As they were downloaded; nothing about you is in them"_s}
     , m_replaceIdentifiers(std::move(replaceIdentifiers))
