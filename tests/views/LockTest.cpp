@@ -231,7 +231,9 @@ TEST_F(LockTest, ALockedWindowLooksLikeOneThatNeverHeldAWord)
     lock().lock();
     const QList<QImage> empty = pictures();
     EXPECT_NE(empty[0], empty[1]);
-    unlock();
+    lock().unlock(); // no pointer stays over the button
+    ASSERT_TRUE(eventually([this] { return !lock().isLocked(); }));
+    settle();
     m_app->presentation().chat->open(addChat(u"SECRETtitle"_s, {u"SECRETquestion"_s, u"SECRETanswer"_s}));
     m_app->presentation().chat->setDraft(u"SECRETdraft"_s);
     settle();
