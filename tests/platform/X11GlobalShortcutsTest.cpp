@@ -10,6 +10,7 @@
 #include "support/TestScreen.h"
 
 #include <QProcess>
+#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -103,6 +104,10 @@ TEST_F(X11GlobalShortcutsTest, AKeyThatRepeatsIsHeldOnce)
     awaitTold(1);
     for (int i = 0; i < 4; ++i) // as a server repeats it: up and down at once
         play({u"keyup"_s, u"--delay"_s, u"0"_s, u"v"_s, u"keydown"_s, u"--delay"_s, u"0"_s, u"v"_s});
+    bool isLater = false; // it is real time
+    QTimer::singleShot(2 * X11GlobalShortcuts::repeatPause, &m_desktop, [&isLater] { isLater = true; });
+    TestWait::until([&isLater] { return isLater; });
+    EXPECT_EQ(m_told.size(), 1) << "it is still down";
     play({u"keyup"_s, u"v"_s, u"keyup"_s, u"alt"_s});
     awaitTold(2);
     EXPECT_EQ(heard(), u"talk down, talk up"_s);
