@@ -81,7 +81,7 @@ SettingsPage {
                     text: pad.tooLong ? qsTr("What you pasted is too long for this field. Put the part that matters here.")
                                       : qsTr("While it is empty, the words in grey are used.")
                     color: pad.tooLong ? Theme.warning : Theme.secondary
-                    Accessible.role: pad.tooLong ? Accessible.AlertMessage : Accessible.StaticText
+                    Accessible.role: pad.tooLong ? Accessible.Notification : Accessible.StaticText
                     Accessible.name: text
                     font.pixelSize: Theme.captionSize
                 }

@@ -37,7 +37,7 @@ ColumnLayout {
         visible: !root.removes
         color: Theme.text
         text: qsTr("If you forget it, nothing can open your chats any more: it is stored nowhere, and nobody can reset it. Copies of your keyring from before open them without it as long as they exist.")
-        Accessible.role: Accessible.AlertMessage
+        Accessible.role: Accessible.Notification
         Accessible.name: text
     }
     PassphraseBox {
@@ -76,7 +76,7 @@ ColumnLayout {
         visible: text.length > 0
         color: root.lock.isPassphraseChanging ? Theme.secondary : Theme.warning
         text: root.lock.isPassphraseChanging ? qsTr("One moment…") : root.lock.passphraseMessage
-        Accessible.role: Accessible.AlertMessage
+        Accessible.role: Accessible.Notification
         Accessible.name: text
     }
     RowLayout {

@@ -53,7 +53,7 @@ Panel {
             visible: text.length > 0
             text: root.about.saveProblem
             color: Theme.danger
-            Accessible.role: Accessible.AlertMessage
+            Accessible.role: Accessible.Notification
             Accessible.name: text
         }
         RowLayout {

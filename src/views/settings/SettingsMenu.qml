@@ -47,7 +47,7 @@ Rectangle {
             announcement.announce();
         }
 
-        Accessible.role: Accessible.AlertMessage
+        Accessible.role: Accessible.Notification
         Accessible.name: words
     }
     SearchField {
