@@ -1,5 +1,9 @@
 #include "support/FileSpy.h"
 
+#include <QCoreApplication>
+
+#include <optional>
+
 // Preloaded into the program, kills it at the MORVANE_KILL_AT'th rename or sync in MORVANE_KILL_FOLDER, or at
 // that call of the kinds that MORVANE_KILL_VERBS names.
 
@@ -10,14 +14,16 @@ namespace {
 class KillAtCall {
 public:
     KillAtCall()
-        : m_spy(qEnvironmentVariable("MORVANE_KILL_FOLDER"))
     {
-        m_spy.killAt(qEnvironmentVariableIntValue("MORVANE_KILL_AT"),
-                     qEnvironmentVariable("MORVANE_KILL_VERBS", QStringLiteral("rename sync")).split(u' '));
+        spy.emplace(qEnvironmentVariable("MORVANE_KILL_FOLDER"));
+        spy->killAt(qEnvironmentVariableIntValue("MORVANE_KILL_AT"),
+                    qEnvironmentVariable("MORVANE_KILL_VERBS", QStringLiteral("rename sync")).split(u' '));
+        // Libraries write to their pipes while the process exits, when Qt can name no file any more.
+        qAddPostRoutine([] { spy.reset(); });
     }
 
 private:
-    FileSpy m_spy;
+    static inline std::optional<FileSpy> spy;
 };
 
 const KillAtCall killAtCall;

@@ -221,7 +221,8 @@ TEST_P(PressKilledAtCallTest, NothingHalfInstalledEverRuns)
         end();
         QDir(profile.filePath(u"profile"_s)).removeRecursively();
     }
-    EXPECT_GT(call, 2 * GetParam().step) << "the calls were not seen";
+    // How many writes there are depends on how the download's pieces come.
+    EXPECT_GT(call, GetParam().first) << "the calls were not seen";
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryChangeOfNames, PressKilledAtCallTest,

@@ -220,7 +220,7 @@ TEST_F(LockTest, ALockedWindowLooksLikeOneThatNeverHeldAWord)
     const auto pictures = [this] {
         QList<QImage> taken;
         for (const bool isDark : {false, true}) {
-            m_app->presentation().shell->setSystemDark(isDark);
+            m_app->presentation().shell->setDesktopLook({.isDark = isDark});
             settle();
             taken += m_window->grabWindow();
         }
