@@ -16,9 +16,9 @@ Rectangle {
             shown = shown.parent;
         if (!shown || shown === page)
             return root.clear();
-        page.reveal(shown);
         root.page = page;
         root.row = shown;
+        settling.restart();
         root.place();
         const control = shown.nextItemInFocusChain(true);
         for (let around = control; around; around = around.parent) {
@@ -33,6 +33,8 @@ Rectangle {
     function place() {
         if (!root.row)
             return;
+        if (settling.running)
+            root.page.reveal(root.row);
         const corner = root.row.mapToItem(root.page.contentItem, 0, 0);
         root.x = corner.x - Theme.gap4;
         root.y = corner.y;
@@ -49,7 +51,12 @@ Rectangle {
     border.width: Theme.focusWidth
     border.color: Theme.accent
 
-    // A page that has just come into view is laid out once more.
+    // A page that has just come into view is laid out once more, and the row has to stay in sight meanwhile.
+    Timer {
+        id: settling
+
+        interval: 400
+    }
     Connections {
         target: root.row
 
@@ -61,5 +68,6 @@ Rectangle {
         target: root.page
 
         function onContentHeightChanged() { Qt.callLater(root.place); } // qmllint disable
+        function onMovementStarted() { settling.stop(); }
     }
 }
