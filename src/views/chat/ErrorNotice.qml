@@ -31,11 +31,13 @@ Rectangle {
         spacing: Theme.gap12
 
         Icon {
-            Layout.alignment: Qt.AlignTop
+            Layout.alignment: words.height < content.height ? Qt.AlignVCenter : Qt.AlignTop
             name: "warning"
             color: root.chat.banner.isNotice ? Theme.warning : Theme.danger
         }
         ColumnLayout {
+            id: words
+
             Layout.fillWidth: true
             spacing: 2
 

@@ -2,7 +2,8 @@ import QtQuick
 import QtQuick.Layouts
 import Morvane
 
-// A setting: what it is called, what it does, and the control at the right.
+// A setting: what it is called, what it does, and the control at the right, or below where that leaves the words
+// too little room.
 Item {
     id: root
 
@@ -12,17 +13,20 @@ Item {
     property color explanationInk: Theme.secondary
     default property alias control: controls.data
 
-    Layout.fillWidth: true
-    implicitHeight: Math.max(48 * Theme.zoom, Math.max(words.height, controls.height) + 2 * Theme.gap8)
+    readonly property real room: width - controls.width - Theme.gap16 // for the words beside the controls
+    readonly property bool isStacked: width > 0 && room < 120 * Theme.zoom
 
-    // By anchors: words that wrap in a layout beside controls of their own size are laid out in rounds.
+    Layout.fillWidth: true
+    implicitHeight: isStacked
+        ? words.height + controls.height + 3 * Theme.gap8
+        : Math.max(48 * Theme.zoom, Math.max(words.height, controls.height) + 2 * Theme.gap8)
+
+    // Placed by hand: words that wrap in a layout beside controls of their own size are laid out in rounds.
     Column {
         id: words
 
-        anchors.left: parent.left
-        anchors.right: controls.left
-        anchors.rightMargin: Theme.gap16
-        anchors.verticalCenter: parent.verticalCenter
+        y: root.isStacked ? Theme.gap8 : (root.height - height) / 2
+        width: root.isStacked ? root.width : root.room
         spacing: 2
 
         PlainText {
@@ -42,8 +46,8 @@ Item {
     RowLayout {
         id: controls
 
-        anchors.right: parent.right
-        anchors.verticalCenter: parent.verticalCenter
+        x: root.isStacked ? 0 : root.width - width
+        y: root.isStacked ? words.y + words.height + Theme.gap8 : (root.height - height) / 2
         spacing: Theme.gap8
     }
 }
