@@ -13,12 +13,12 @@ namespace morvane {
 
 // What the program was started with.
 struct CommandLine {
-    bool resetOnboarding = false;             // forgets that the welcome flow was seen
-    bool simulateFreshSetup = false;          // the local model's service finds nothing installed
-    std::optional<QString> profile;           // a folder that takes the place of every XDG folder
-    std::optional<QString> practiceServer;    // where to chat and to search, in a profile of its own
-    bool practiceTour = false;                // with that server: chats to look at, and a model that shows things
-    std::optional<QString> demoPicture;       // plays one turn, saves the window there and ends
+    bool resetOnboarding = false;          // forgets that the welcome flow was seen
+    bool simulateFreshSetup = false;       // the local model's service finds nothing installed
+    std::optional<QString> profile;        // a folder that takes the place of every XDG folder
+    std::optional<QString> practiceServer; // where to chat and to search, in a profile of its own
+    bool practiceTour = false;          // with that server: chats to look at, and a model that shows things
+    std::optional<QString> demoPicture; // plays one turn, saves the window there and ends
     std::optional<DevRelay::Origin> devRelay; // takes the place of the deployment's relay, where that has one
     std::optional<LocalRuntimeValues> devRuntime; // as the relay: only in a deployment that has one
     bool background = false;                      // begins in the tray, with no window

@@ -36,7 +36,7 @@ constexpr std::array entries{
     Entry{Kind::file, "accepted-servers-dev.sealed"_L1},
     Entry{Kind::file, "voice-debug.log"_L1},
     Entry{Kind::file, "local-ai-setup.log"_L1},
-    Entry{Kind::prefixed, "crash-"_L1},   // in the folder of state,
+    Entry{Kind::prefixed, "crash-"_L1},  // in the folder of state,
     Entry{Kind::file, "window.json"_L1}, // as this is
     // What older builds stored, and pages that have left.
     Entry{Kind::prefixed, "Morvane.store"_L1},

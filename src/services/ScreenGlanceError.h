@@ -6,7 +6,14 @@ namespace morvane {
 
 // Why the screen's text could not be read.
 struct ScreenGlanceErrorCases {
-    enum class Case { permissionNeeded, needsRelaunch, captureFailed, noTextFound, hiddenByFullScreen, noneHere };
+    enum class Case {
+        permissionNeeded,
+        needsRelaunch,
+        captureFailed,
+        noTextFound,
+        hiddenByFullScreen,
+        noneHere
+    };
 };
 
 class ScreenGlanceError final : public ErrorFamily<ScreenGlanceErrorCases> {

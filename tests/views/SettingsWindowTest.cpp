@@ -430,9 +430,7 @@ TEST_F(SettingsWindowTest, TheSearchFindsRowsOfEveryPageAndReturnGoesThere)
     EXPECT_EQ(m_page->property("page"), u"appearance"_s);
     EXPECT_TRUE(eventually([this] { return isAt(m_page, u"Reduce motion"_s); }));
     ASSERT_NE(control(u"rowMark"_s), nullptr);
-    const auto middle = [](const QQuickItem *item) {
-        return item->mapToScene({0, item->height() / 2}).y();
-    };
+    const auto middle = [](const QQuickItem *item) { return item->mapToScene({0, item->height() / 2}).y(); };
     EXPECT_NEAR(middle(control(u"rowMark"_s)), middle(control(u"reduceMotion"_s)), 1);
     EXPECT_EQ(first(u"idle"_s), u"Lock when idle, Privacy"_s) << "which shows only while there is a lock";
     EXPECT_EQ(control(u"rowMark"_s), nullptr);

@@ -4,8 +4,8 @@
 
 namespace morvane {
 
-// Moments in UTC. Qt's constructors that take a time specification by enum are deprecated, and what replaces them is younger
-// than the oldest Qt that this is built with.
+// Moments in UTC. Qt's constructors that take a time specification by enum are deprecated, and what replaces
+// them is younger than the oldest Qt that this is built with.
 namespace UniversalTime {
 
 // Milliseconds since the beginning of 1970; an invalid moment beyond what QDateTime holds.
