@@ -97,6 +97,7 @@ private:
                 made.append({id, {{u"trigger_description"_s, others}}});
                 told.last() += u' ' + id + u'=' + about.value(u"preferred_trigger"_s).toString();
             }
+            wishes.endArray();
             respond(call, from, qdbus_cast<QVariantMap>(call.arguments().at(3)),
                     {{u"shortcuts"_s, QVariant::fromValue(made)}}, answer);
         } else {
