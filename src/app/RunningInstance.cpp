@@ -12,6 +12,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace morvane {
 
@@ -19,7 +20,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int patience = 2000; // milliseconds
+constexpr int patience = 2000;       // milliseconds
+constexpr int longestEnding = 10000; // milliseconds; chats are saved and work is stopped meanwhile
 
 // Makes the folder before the lock file is placed in it.
 QString prepared(const QString &folder)
@@ -58,25 +60,38 @@ RunningInstance::RunningInstance(const QString &runtimeFolder, QObject *parent)
 
 RunningInstance::~RunningInstance()
 {
-    if (!isFirst())
+    leave();
+}
+
+void RunningInstance::leave()
+{
+    if (m_pipe < 0)
         return;
     m_notifier.reset();
     QFile::remove(m_pipePath);
-    if (m_pipe >= 0)
-        ::close(m_pipe);
+    ::close(std::exchange(m_pipe, -1));
 }
 
-void RunningInstance::askFirst(const AppRequest &request) const
+bool RunningInstance::follow()
+{
+    if (!m_lock.tryLock(longestEnding))
+        return false;
+    listen();
+    return true;
+}
+
+bool RunningInstance::askFirst(const AppRequest &request) const
 {
     const int pipe =
         ::open(QFile::encodeName(m_pipePath).constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOFOLLOW);
     if (pipe < 0)
-        return;
+        return false;
     // Only what is small goes through a pipe in one piece; another start waits until this one has done.
     while (::flock(pipe, LOCK_EX) != 0 && errno == EINTR) {
     }
-    static_cast<void>(send(pipe, RequestMessage::of(request))); // a program that hangs can't be helped
+    const bool isTaken = send(pipe, RequestMessage::of(request));
     ::close(pipe);
+    return isTaken;
 }
 
 void RunningInstance::listen()

@@ -26,8 +26,15 @@ public:
     // True for the first start of this profile. A lock that a killed program left behind counts as none.
     [[nodiscard]] bool isFirst() const { return m_lock.isLocked(); }
 
-    // Hands the request to the first start. Gives up when that doesn't listen for two seconds.
-    void askFirst(const AppRequest &request) const;
+    // Hands the request to the first start. False when that is ending, or doesn't listen for two seconds.
+    [[nodiscard]] bool askFirst(const AppRequest &request) const;
+
+    // Waits some seconds for a first start that is ending, and becomes the first one. False when it stayed.
+    [[nodiscard]] bool follow();
+
+    // The program is ending: it takes no request any more, so that the next start waits instead of handing
+    // one to nobody.
+    void leave();
 
 Q_SIGNALS:
     void asked(const morvane::AppRequest &request);

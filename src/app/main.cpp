@@ -68,8 +68,7 @@ void describe(QGuiApplication &application)
 int run(QGuiApplication &application, const CommandLine &commandLine)
 {
     RunningInstance instance(commandLine.folders().runtime);
-    if (!instance.isFirst()) {
-        instance.askFirst(commandLine.request);
+    if (!instance.isFirst() && (instance.askFirst(commandLine.request) || !instance.follow())) {
         if (commandLine.request.showsWindow)
             std::printf("%s is already open; its window comes to the front.\n", Product::name.data());
         return 0;
@@ -84,7 +83,9 @@ int run(QGuiApplication &application, const CommandLine &commandLine)
     const TerminationSignals signalSource;
     QObject::connect(&signalSource, &TerminationSignals::received, &application, &AppDelegate::end);
     launch.start();
-    return QGuiApplication::exec();
+    const int code = QGuiApplication::exec();
+    instance.leave(); // before the name goes, at which the desktop may start the next one
+    return code;
 }
 
 } // namespace

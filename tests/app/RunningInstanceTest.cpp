@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -32,7 +34,7 @@ TEST(RunningInstanceTest, ASecondStartAsksTheFirstToShowEveryTime)
         const RunningInstance second(folder.filePath(u"run"_s));
         EXPECT_FALSE(second.isFirst());
         asked.clear();
-        second.askFirst(each);
+        EXPECT_TRUE(second.askFirst(each));
         TestWait::until([&] { return !asked.empty(); });
         EXPECT_EQ(asked, std::vector{each});
     }
@@ -59,7 +61,13 @@ TEST(RunningInstanceTest, TheEndOfTheFirstMakesRoomAndADeadOwnersLockCountsAsNon
 {
     const QTemporaryDir folder;
     {
-        const RunningInstance ended(folder.path());
+        std::optional<RunningInstance> ending(std::in_place, folder.path());
+        RunningInstance next(folder.path());
+        ending->leave();
+        EXPECT_FALSE(next.askFirst({})) << "nobody would carry it out";
+        ending.reset();
+        EXPECT_TRUE(next.follow() && next.isFirst());
+        EXPECT_TRUE(RunningInstance(folder.path()).askFirst({})) << "it listens";
     }
     EXPECT_TRUE(RunningInstance(folder.path()).isFirst());
 
