@@ -2,12 +2,12 @@
 
 #include "async/CancelledError.h"
 #include "async/Clock.h"
+#include "platform/linux/PortalCall.h"
 #include "platform/linux/ProcessPrivacy.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QUuid>
 
 #include <memory>
 
@@ -17,35 +17,18 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString service = u"org.freedesktop.portal.Desktop"_s;
-const QString object = u"/org/freedesktop/portal/desktop"_s;
+const QString service = PortalCall::service;
 const QString requestInterface = u"org.freedesktop.portal.Request"_s;
 // The process can be looked at meanwhile, so not for as long as a call may take.
 constexpr int callMilliseconds = 5000;
-
-bool saysThatNoneIsThere(const QDBusError &error)
-{
-    switch (error.type()) {
-    case QDBusError::ServiceUnknown:
-    case QDBusError::UnknownMethod:
-    case QDBusError::UnknownInterface:
-    case QDBusError::UnknownObject:
-    case QDBusError::NoServer:
-    case QDBusError::Disconnected:
-        return true;
-    default:
-        return error.name().startsWith("org.freedesktop.DBus.Error.Spawn."_L1) ||
-               error.name() == "org.freedesktop.DBus.Error.NameHasNoOwner"_L1;
-    }
-}
 
 } // namespace
 
 PortalRequest::PortalRequest(QDBusConnection bus, Ends::Producer end)
     : m_bus(std::move(bus))
     , m_end(std::move(end))
-    , m_token(u"morvane"_s + QUuid::createUuid().toString(QUuid::Id128))
-    , m_path(u"%1/request/%2/%3"_s.arg(object, m_bus.baseService().mid(1).replace(u'.', u'_'), m_token))
+    , m_token(PortalCall::newToken())
+    , m_path(PortalCall::pathOf(m_bus, u"request", m_token))
 {}
 
 QCoro::Task<PortalRequest::End> PortalRequest::run(QDBusConnection bus, QString interface, QString method,
@@ -71,7 +54,7 @@ void PortalRequest::ask(const QString &interface, const QString &method, QVarian
 {
     // Before the call, since the answer may come first.
     m_bus.connect(service, m_path, requestInterface, u"Response"_s, this, SLOT(responded(uint, QVariantMap)));
-    auto call = QDBusMessage::createMethodCall(service, object, interface, method);
+    auto call = QDBusMessage::createMethodCall(service, PortalCall::object, interface, method);
     arguments.append(QVariantMap{{u"handle_token"_s, m_token}});
     call.setArguments(arguments);
     auto visible = std::make_shared<ProcessPrivacy::Pause>();
@@ -80,7 +63,7 @@ void PortalRequest::ask(const QString &interface, const QString &method, QVarian
         watcher->deleteLater();
         visible.reset();
         if (watcher->isError())
-            finish(saysThatNoneIsThere(watcher->error()) ? End::noPortal : End::failed);
+            finish(PortalCall::saysThatNoneIsThere(watcher->error()) ? End::noPortal : End::failed);
     });
 }
 
