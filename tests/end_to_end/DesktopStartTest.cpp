@@ -52,7 +52,7 @@ protected:
             "receive_sender=\"*\"/><allow own=\"*\"/>"
             "</policy></busconfig>"_s.arg(home.path());
         PrivateFile::write(home.filePath(u"bus.conf"_s), configuration.toUtf8());
-        bus.emplace(u"--config-file="_s + home.filePath(u"bus.conf"_s), environment);
+        bus.emplace(home.filePath(u"bus.conf"_s), environment);
         environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, QString::fromUtf8(bus->address()));
         desktop.emplace(bus->connection());
     }

@@ -1,8 +1,8 @@
 #include "platform/linux/AvahiServiceBrowsing.h"
 
 #include "ai/nearby/NetworkComputerBrowser.h"
-#include "support/Await.h"
 #include "support/ManualClock.h"
+#include "support/PrivateBus.h"
 
 #include <QDBusContext>
 #include <QDBusObjectPath>
@@ -29,7 +29,6 @@ protected:
     ~AvahiServiceBrowsingTest() override
     {
         QDBusConnection::disconnectFromBus(u"ours"_s);
-        QDBusConnection::disconnectFromBus(u"theirs"_s);
         process.kill();
         process.waitForFinished();
     }
@@ -160,12 +159,13 @@ TEST_F(AvahiServiceBrowsingTest, SaysWhyNothingCanBeSearchedAndHearsWhatComesEar
     browser.start();
     EXPECT_EQ(ending(), u"missing"_s);
 
-    address = lineOf({u"dbus-daemon"_s, u"--session"_s, u"--nofork"_s, u"--print-address"_s});
+    PrivateBus bus;
+    address = QString::fromUtf8(bus.address());
     QDBusConnection::disconnectFromBus(u"ours"_s);
     browser.start();
     EXPECT_EQ(ending(), u"missing"_s);
 
-    auto theirs = QDBusConnection::connectToBus(address, u"theirs"_s);
+    auto theirs = bus.connection();
     FakeDaemon daemon;
     theirs.registerObject(u"/"_s, &daemon, QDBusConnection::ExportAllSlots);
     ASSERT_TRUE(theirs.registerService(u"org.freedesktop.Avahi"_s));

@@ -4,16 +4,14 @@
 
 #include "async/CancelledError.h"
 #include "platform/linux/PortalRequest.h"
-#include "support/Await.h"
 #include "support/ManualClock.h"
+#include "support/PrivateBus.h"
 
 #include <QDBusContext>
-#include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusUnixFileDescriptor>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -67,21 +65,6 @@ private:
 
 class DesktopLinksTest : public testing::Test {
 protected:
-    ~DesktopLinksTest() override
-    {
-        QDBusConnection::disconnectFromBus(u"ours"_s);
-        QDBusConnection::disconnectFromBus(u"theirs"_s);
-        bus.kill();
-        bus.waitForFinished();
-    }
-
-    std::optional<QDBusConnection> ours()
-    {
-        bus.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
-        bus.waitForReadyRead();
-        address = QString::fromUtf8(bus.readLine()).trimmed();
-        return QDBusConnection::connectToBus(address, u"ours"_s);
-    }
     static void put(const QString &path, const QByteArray &script)
     {
         QFile file(path);
@@ -90,15 +73,14 @@ protected:
         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
 
-    QProcess bus;
-    QString address;
+    PrivateBus bus;
     ManualClock clock;
 };
 
 TEST_F(DesktopLinksTest, AskThePortalAndHeedItsAnswer)
 {
-    DesktopLinks links(ours(), clock);
-    auto theirs = QDBusConnection::connectToBus(address, u"theirs"_s);
+    DesktopLinks links(bus.connection(), clock);
+    auto theirs = bus.connection();
     FakePortal portal;
     theirs.registerObject(u"/org/freedesktop/portal/desktop"_s, &portal, QDBusConnection::ExportAllSlots);
     ASSERT_TRUE(theirs.registerService(u"org.freedesktop.portal.Desktop"_s));
@@ -143,7 +125,7 @@ TEST_F(DesktopLinksTest, WithoutAPortalTheExitOfXdgOpenTellsTheTruth)
     const QByteArray path = qgetenv("PATH");
     qputenv("BROWSER", QFile::encodeName(browser));
     qputenv("DISPLAY", ":none");       // a browser that draws is asked for only then
-    DesktopLinks links(ours(), clock); // a bus, and no portal on it
+    DesktopLinks links(bus.connection(), clock); // and no portal on it
     const QUrl page(u"https://a.example/x"_s);
 
     const QString mark = folder.filePath(u"mark"_s);

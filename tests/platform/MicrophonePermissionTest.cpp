@@ -2,12 +2,10 @@
 
 #include "audio/AudioError.h"
 #include "audio/AudioPermissionService.h"
-#include "support/Await.h"
+#include "support/PrivateBus.h"
 
-#include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -61,20 +59,9 @@ private:
 TEST(MicrophonePermissionTest, ASandboxDecidesOrThePersonDoesAndNobodyElseIsAsked)
 {
     const QTemporaryDir folder;
-    QFile bus(folder.filePath(u"bus.conf"_s)); // one that starts no portal by itself
-    ASSERT_TRUE(bus.open(QIODevice::WriteOnly));
-    bus.write("<busconfig><type>session</type><listen>unix:dir=" + folder.path().toUtf8() +
-              "</listen><policy context=\"default\"><allow eavesdrop=\"true\"/><allow "
-              "send_destination=\"*\"/><allow own=\"*\"/>"
-              "</policy></busconfig>");
-    bus.close();
-    QProcess daemon;
-    daemon.start(u"dbus-daemon"_s,
-                 {u"--config-file="_s + bus.fileName(), u"--nofork"_s, u"--print-address"_s});
-    TestWait::until([&] { return daemon.canReadLine() || daemon.state() == QProcess::NotRunning; });
-    const QString address = QString::fromUtf8(daemon.readLine()).trimmed();
-    auto theirs = QDBusConnection::connectToBus(address, u"portal"_s);
-    const auto ours = QDBusConnection::connectToBus(address, u"program"_s);
+    PrivateBus bus;
+    auto theirs = bus.connection();
+    const auto ours = bus.connection();
     FakePortal portal(theirs);
     const QString description = folder.filePath(u"info"_s);
     using Case = AudioError::Case;
@@ -120,8 +107,6 @@ TEST(MicrophonePermissionTest, ASandboxDecidesOrThePersonDoesAndNobodyElseIsAske
         EXPECT_EQ(refusal ? std::optional(refusal->reason()) : std::nullopt, each.refusal) << each.what;
         EXPECT_EQ(portal.asked, each.asked) << each.what;
     }
-    daemon.kill();
-    daemon.waitForFinished();
 }
 
 } // namespace

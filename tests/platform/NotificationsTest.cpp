@@ -202,7 +202,8 @@ TEST_F(NotificationsTest, WithoutAServerNothingIsKept)
 {
     m_service.replyReady(chat, u"Ferns"_s);
     QDBusConnection other = m_bus.connection();
-    TestWait::settle();
+    m_ours.call(QDBusMessage::createMethodCall(name, path, name, u"GetCapabilities"_s), QDBus::BlockWithGui);
+    TestWait::settle(); // the answer to this call came behind that to the program's own
     Server server(other);
     m_service.withdrawAll();
     m_service.replyReady(otherChat, u"Moss"_s);

@@ -4,15 +4,13 @@
 
 #include "async/CancelledError.h"
 #include "async/Work.h"
-#include "support/Await.h"
 #include "support/ManualClock.h"
+#include "support/PrivateBus.h"
 
 #include <QDBusContext>
-#include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QFile>
 #include <QGuiApplication>
-#include <QProcess>
 #include <QRasterWindow>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -77,38 +75,22 @@ class PortalScreenCaptureTest : public testing::Test {
 protected:
     PortalScreenCaptureTest()
     {
-        daemon.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
-        TestWait::until([&] { return daemon.canReadLine() || daemon.state() == QProcess::NotRunning; });
-        address = QString::fromUtf8(daemon.readLine()).trimmed();
-        theirs.emplace(QDBusConnection::connectToBus(address, u"portal"_s));
-        portal = std::make_unique<FakePortal>(*theirs);
-        theirs->registerObject(u"/org/freedesktop/portal/desktop"_s, portal.get(),
-                               QDBusConnection::ExportAllSlots);
-        theirs->registerService(u"org.freedesktop.portal.Desktop"_s);
-        capture.emplace(QDBusConnection::connectToBus(address, u"own"_s), clock, work);
+        theirs.registerObject(u"/org/freedesktop/portal/desktop"_s, &portal, QDBusConnection::ExportAllSlots);
+        theirs.registerService(u"org.freedesktop.portal.Desktop"_s);
         window.show();
         looks.start(10);
         TestWait::settle();
-    }
-    ~PortalScreenCaptureTest() override
-    {
-        theirs.reset();
-        QDBusConnection::disconnectFromBus(u"portal"_s);
-        capture.reset();
-        QDBusConnection::disconnectFromBus(u"own"_s);
-        daemon.kill();
-        daemon.waitForFinished();
     }
 
     // Until the portal has the question; our window is gone by then.
     void ask()
     {
         outcome = std::make_shared<TestWait::Outcome<Picture>>();
-        portal->request.clear();
-        TestWait::collect(capture->capture(stop.get_token()), outcome);
-        EXPECT_TRUE(portal->request.isEmpty()) << "not before the desktop had time to hide the window";
+        portal.request.clear();
+        TestWait::collect(capture.capture(stop.get_token()), outcome);
+        EXPECT_TRUE(portal.request.isEmpty()) << "not before the desktop had time to hide the window";
         clock.advance(PortalScreenCapture::timeToHide);
-        TestWait::until([&] { return !portal->request.isEmpty() || outcome->done; });
+        TestWait::until([&] { return !portal.request.isEmpty() || outcome->done; });
         EXPECT_FALSE(window.isVisible() && !outcome->done);
     }
     [[nodiscard]] QString file(const QByteArray &bytes)
@@ -135,11 +117,10 @@ protected:
     QTemporaryDir folder;
     ManualClock clock;
     Work work{clock};
-    QProcess daemon;
-    QString address;
-    std::optional<QDBusConnection> theirs;
-    std::unique_ptr<FakePortal> portal;
-    std::optional<PortalScreenCapture> capture;
+    PrivateBus bus;
+    QDBusConnection theirs = bus.connection();
+    FakePortal portal{theirs};
+    PortalScreenCapture capture{bus.connection(), clock, work};
     std::stop_source stop;
     std::shared_ptr<TestWait::Outcome<Picture>> outcome;
     QRasterWindow window;
@@ -149,14 +130,13 @@ protected:
 TEST_F(PortalScreenCaptureTest, WhatThePersonAgreedToIsReadAndItsFileRemoved)
 {
     for (const bool own : {false, true}) {
-        portal->choosesItsOwnPath = own;
+        portal.choosesItsOwnPath = own;
         ask();
-        EXPECT_FALSE(portal->wasInteractive);
-        auto stranger = QDBusConnection::connectToBus(address, u"stranger"_s);
-        portal->answer(2, {}, stranger);
+        EXPECT_FALSE(portal.wasInteractive);
+        portal.answer(2, {}, bus.connection());
         const QString path = file("a picture");
         TestWait::until([&] { // a path of its own is listened to once it is known
-            portal->answer(0, path);
+            portal.answer(0, path);
             return outcome->done;
         });
         EXPECT_EQ(ends(), std::nullopt);
@@ -173,27 +153,27 @@ TEST_F(PortalScreenCaptureTest, EachWayOfNotGettingItHasItsReasonAndLeavesNothin
     for (const uint response : {1U, 2U}) {
         ask();
         const QString path = file("a picture");
-        portal->answer(response, path);
+        portal.answer(response, path);
         EXPECT_EQ(ends(), Reason::refused);
         TestWait::until([&] { return !QFile::exists(path); });
     }
     ask();
-    portal->answer(0, {});
+    portal.answer(0, {});
     EXPECT_EQ(ends(), Reason::failed);
     ask();
-    portal->answer(0, folder.filePath(u"missing"_s));
+    portal.answer(0, folder.filePath(u"missing"_s));
     EXPECT_EQ(ends(), Reason::failed);
     for (const auto &[error, reason] :
          {std::pair(u"org.freedesktop.DBus.Error.AccessDenied"_s, Reason::refused),
           {u"org.freedesktop.portal.Error.NotAllowed"_s, Reason::refused},
           {u"org.freedesktop.DBus.Error.UnknownMethod"_s, Reason::absent}}) {
-        portal->error = error;
+        portal.error = error;
         ask();
         EXPECT_EQ(ends(), reason) << error.toStdString();
     }
-    portal->error.clear();
+    portal.error.clear();
     ask();
-    theirs->unregisterService(u"org.freedesktop.portal.Desktop"_s);
+    theirs.unregisterService(u"org.freedesktop.portal.Desktop"_s);
     EXPECT_EQ(ends(), Reason::failed) << "it went away with the question open";
     ask();
     EXPECT_EQ(ends(), Reason::absent) << "there is none";
@@ -205,21 +185,20 @@ TEST_F(PortalScreenCaptureTest, AnAnswerThatNobodyWaitsForAnyMoreLeavesNoFile)
     clock.advance(PortalScreenCapture::longestQuestion);
     EXPECT_EQ(ends(), Reason::failed) << "the person didn't answer";
     const QString late = file("a picture");
-    portal->answer(0, late);
+    portal.answer(0, late);
     TestWait::until([&] { return !QFile::exists(late); });
 
     ask();
     stop.request_stop();
     EXPECT_THROW(std::ignore = ends(), CancelledError);
     const QString later = file("a picture");
-    portal->answer(0, later);
+    portal.answer(0, later);
     TestWait::until([&] { return !QFile::exists(later); });
 }
 
 TEST_F(PortalScreenCaptureTest, WithoutItsBusTheProgramIsBlindUntilItStartsAnew)
 {
-    daemon.kill();
-    daemon.waitForFinished();
+    bus.end();
     TestWait::settle();
     ask();
     EXPECT_EQ(ends(), Reason::blind);

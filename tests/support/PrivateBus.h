@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/Await.h"
+#include "support/TestData.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -15,14 +16,15 @@ namespace morvane {
 // A bus of its own, on which a test plays other programs.
 class PrivateBus {
 public:
-    // What it starts runs in `environment`, and is what `kind` says: the session's services, or those of a
-    // configuration of the test's own.
-    explicit PrivateBus(const QString &kind = QStringLiteral("--session"),
+    // It starts by itself what its configuration says, in `environment`: nothing unless the test says otherwise,
+    // for what this machine has installed would answer in the test's place.
+    explicit PrivateBus(const QString &configuration = TestData::pathOf("bus.conf"),
                         const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
     {
         m_daemon.setProcessEnvironment(environment);
         m_daemon.start(QStringLiteral("dbus-daemon"),
-                       {kind, QStringLiteral("--nofork"), QStringLiteral("--print-address")});
+                       {QStringLiteral("--config-file=") + configuration, QStringLiteral("--nofork"),
+                        QStringLiteral("--print-address")});
         TestWait::until(
             [this] { return m_daemon.canReadLine() || m_daemon.state() == QProcess::NotRunning; });
         m_address = m_daemon.readLine().trimmed();
@@ -31,8 +33,7 @@ public:
     {
         for (const QString &name : m_names)
             QDBusConnection::disconnectFromBus(name);
-        m_daemon.kill();
-        m_daemon.waitForFinished();
+        end();
     }
     PrivateBus(const PrivateBus &) = delete;
     PrivateBus &operator=(const PrivateBus &) = delete;
@@ -43,6 +44,12 @@ public:
     {
         m_names += QUuid::createUuid().toString();
         return QDBusConnection::connectToBus(QString::fromUtf8(m_address), m_names.last());
+    }
+
+    void end()
+    {
+        m_daemon.kill();
+        m_daemon.waitForFinished();
     }
 
 private:
