@@ -126,7 +126,7 @@ Item {
                 }
                 DelegateChoice {
                     roleValue: "chart"
-                    ChartCard {}
+                    ChartCard { room: root.wideColumn }
                 }
                 DelegateChoice {
                     roleValue: "market"

@@ -113,7 +113,7 @@ Item {
         color: root.framed ? Theme.card : Theme.page
         opacity: hover.hovered || copy.activeFocus || cells.activeFocus ? 1 : 0
 
-        Behavior on opacity { NumberAnimation { duration: Theme.fade } }
+        Behavior on opacity { NumberAnimation { duration: Theme.fade; easing.type: Easing.OutCubic } }
 
         CopyButton {
             id: copy

@@ -33,15 +33,15 @@ DataCard {
             height: words.height + (isLast ? 0 : Theme.gap16)
 
             Rectangle {
-                x: 4
-                y: 14
+                x: 4 * Theme.zoom
+                y: 14 * Theme.zoom
                 visible: !entry.isLast
-                width: 2
+                width: 2 * Theme.zoom
                 height: parent.height
                 color: Theme.hairline
             }
             Rectangle {
-                y: 4
+                y: Theme.gap4
                 width: 10 * Theme.zoom
                 height: 10 * Theme.zoom
                 radius: 5 * Theme.zoom

@@ -8,7 +8,7 @@ Rectangle {
 
     property alias text: words.shownText
 
-    implicitHeight: Math.min(160, words.implicitHeight + 2 * Theme.gap8)
+    implicitHeight: Math.min(160 * Theme.zoom, words.implicitHeight + 2 * Theme.gap8)
     radius: Theme.panelRadius
     color: Theme.code
 

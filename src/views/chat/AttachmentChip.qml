@@ -20,8 +20,8 @@ Rectangle {
     signal textAsked()
 
     objectName: "attachmentChip"
-    implicitWidth: Math.min(320, Math.max(180, line.implicitWidth + 2 * Theme.gap4))
-    implicitHeight: Math.max(48, line.implicitHeight + Theme.gap8)
+    implicitWidth: Math.min(280 * Theme.zoom, Math.max(180 * Theme.zoom, line.implicitWidth + 2 * Theme.gap4))
+    implicitHeight: Math.max(48 * Theme.zoom, line.implicitHeight + Theme.gap8)
     radius: Theme.panelRadius
     color: Theme.hoverWash
     border.width: 1
@@ -89,7 +89,7 @@ Rectangle {
             IconButton {
                 objectName: "attachmentText"
                 visible: root.readable
-                size: 26 * Theme.zoom
+                size: 24 * Theme.zoom
                 text: qsTr("Show the text")
                 glyph: "search"
                 onClicked: root.textAsked()
@@ -98,7 +98,7 @@ Rectangle {
                 objectName: "attachmentActions"
                 visible: !root.reading && !root.failed
                 enabled: root.canAct
-                size: 26 * Theme.zoom
+                size: 24 * Theme.zoom
                 text: qsTr("Ask about it")
                 glyph: "spark"
                 quiet: root.menuOpen
@@ -106,7 +106,7 @@ Rectangle {
             }
             IconButton {
                 objectName: "removeAttachment"
-                size: 26 * Theme.zoom
+                size: 24 * Theme.zoom
                 text: root.reading ? qsTr("Stop reading") : root.failed ? qsTr("Close this")
                     : qsTr("Remove the attachment")
                 glyph: "close"

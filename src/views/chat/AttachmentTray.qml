@@ -13,7 +13,7 @@ ColumnLayout {
     spacing: Theme.gap4
 
     AttachmentChip {
-        Layout.maximumWidth: Math.min(320 * Theme.zoom, root.width)
+        Layout.maximumWidth: Math.min(280 * Theme.zoom, root.width)
         desk: root.desk
         menuOpen: (actions.item as QuickActionMenu)?.visible ?? false
         canAct: root.chat.canSend && !root.chat.isEditing

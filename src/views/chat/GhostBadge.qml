@@ -18,7 +18,7 @@ Rectangle {
 
         anchors.centerIn: parent
         width: Math.min(implicitWidth, root.width - 2 * Theme.gap12)
-        spacing: 6
+        spacing: Theme.gap8
 
         Icon {
             name: "ghost"

@@ -15,7 +15,7 @@ T.ToolTip {
     y: button.height + 6
     implicitWidth: 300 * Theme.zoom
     implicitHeight: content.implicitHeight + topPadding + bottomPadding
-    margins: 8
+    margins: Theme.gap8
     padding: Theme.gap16
     delay: button.pinned || button.visualFocus ? 0 : 500
     timeout: -1
@@ -61,6 +61,6 @@ T.ToolTip {
         border.width: 1
         border.color: Theme.hairline
     }
-    enter: Transition { NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.fade } }
-    exit: Transition { NumberAnimation { property: "opacity"; from: 1; to: 0; duration: Theme.fade } }
+    enter: Transition { NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.fade; easing.type: Easing.OutCubic } }
+    exit: Transition { NumberAnimation { property: "opacity"; from: 1; to: 0; duration: Theme.fade; easing.type: Easing.OutCubic } }
 }

@@ -10,7 +10,7 @@ Rectangle {
     required property string glyph
     default property alias buttons: line.data
 
-    implicitHeight: Math.max(44, line.implicitHeight + 2 * Theme.gap8)
+    implicitHeight: Math.max(Theme.controlHeight + Theme.gap12, line.implicitHeight + 2 * Theme.gap8)
     radius: Theme.panelRadius
     color: Theme.card
     border.width: 1

@@ -41,7 +41,7 @@ Column {
             Column {
                 id: words
 
-                x: 16 + Theme.gap8
+                x: 16 * Theme.zoom + Theme.gap8
                 width: parent.width - x
                 spacing: 2
 

@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Layouts
 import Morvane
 
-// The row under a reply: copy, read aloud, where it ran and what proves it, another version, Continue when its limit cut it off, and Retry when it
-// failed or the program ended before it did.
+// The row under a reply: where it ran and what proves it, copy, read aloud, another version, Continue when its limit
+// cut it off, and Retry when it failed or the program ended before it did.
 RowLayout {
     id: root
 
@@ -20,6 +20,8 @@ RowLayout {
     property bool canRead: false // aloud
     property bool reading: false
     property bool emphasised: false
+    readonly property real high: 28 * Math.max(Theme.zoom, Theme.textScale)
+    readonly property bool seen: emphasised || again.activeFocus || copyButton.activeFocus || aloud.activeFocus
 
     signal copyAsked()
     signal readAsked()
@@ -30,7 +32,6 @@ RowLayout {
     signal versionAsked(int distance)
 
     spacing: Theme.gap8
-    implicitHeight: 28 * Theme.zoom
 
     ProofLine {
         Layout.fillWidth: true
@@ -53,7 +54,7 @@ RowLayout {
         Layout.leftMargin: root.place.length > 0 ? 0 : -5
         size: 28 * Theme.zoom
         visible: root.finished && root.hasText
-        opacity: root.emphasised || activeFocus || copied.running ? 1 : 0
+        opacity: root.seen || copied.running ? 1 : 0
         text: copied.running ? qsTr("Copied") : qsTr("Copy the reply")
         glyph: copied.running ? "check" : "copy"
         onClicked: {
@@ -61,7 +62,7 @@ RowLayout {
             copied.restart();
         }
 
-        Behavior on opacity { NumberAnimation { duration: Theme.fade } }
+        Behavior on opacity { NumberAnimation { duration: Theme.fade; easing.type: Easing.OutCubic } }
         Timer {
             id: copied
 
@@ -74,18 +75,22 @@ RowLayout {
         color: Theme.success
     }
     IconButton {
+        id: aloud
+
         objectName: "readAloud"
         Layout.leftMargin: -Theme.gap8
         size: 28 * Theme.zoom
         visible: root.canRead && root.finished && root.hasText
-        opacity: root.emphasised || activeFocus || root.reading ? 1 : 0
+        opacity: root.seen || root.reading ? 1 : 0
         text: root.reading ? qsTr("Stop reading") : qsTr("Read the reply aloud")
         glyph: root.reading ? "stop" : "speaker"
         onClicked: root.readAsked()
 
-        Behavior on opacity { NumberAnimation { duration: Theme.fade } }
+        Behavior on opacity { NumberAnimation { duration: Theme.fade; easing.type: Easing.OutCubic } }
     }
     IconButton {
+        id: again
+
         objectName: "regenerate"
         Layout.leftMargin: -Theme.gap8
         size: 28 * Theme.zoom
@@ -97,12 +102,14 @@ RowLayout {
     Item { Layout.fillWidth: true }
     PushButton {
         objectName: "continueReply"
+        Layout.preferredHeight: root.high
         visible: root.canContinue && root.finished
         text: qsTr("Continue")
         onClicked: root.continueAsked()
     }
     PushButton {
         objectName: "retryReply"
+        Layout.preferredHeight: root.high
         visible: root.canRetry
         text: qsTr("Retry")
         onClicked: root.retryAsked()

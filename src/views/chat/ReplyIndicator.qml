@@ -19,7 +19,7 @@ Row {
 
     Row {
         anchors.verticalCenter: parent.verticalCenter
-        spacing: 5
+        spacing: Theme.gap4
 
         Repeater {
             model: 3

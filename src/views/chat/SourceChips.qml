@@ -27,7 +27,7 @@ Flow {
             border.color: Theme.hairline
 
             Icon {
-                x: 9
+                x: Theme.gap8
                 anchors.verticalCenter: parent.verticalCenter
                 width: 14 * Theme.zoom
                 height: 14 * Theme.zoom

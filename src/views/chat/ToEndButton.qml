@@ -18,7 +18,7 @@ T.RoundButton {
     Keys.onReturnPressed: root.clicked()
     Keys.onEnterPressed: root.clicked()
 
-    Behavior on opacity { NumberAnimation { duration: Theme.fade } }
+    Behavior on opacity { NumberAnimation { duration: Theme.fade; easing.type: Easing.OutCubic } }
 
     contentItem: Item {
         Icon {

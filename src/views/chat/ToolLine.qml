@@ -44,16 +44,13 @@ Column {
 
             spacing: Theme.gap8
 
-            Icon {
-                objectName: "toolMark"
+            ToolMark {
                 anchors.verticalCenter: parent.verticalCenter
-                width: 16 * Theme.zoom
-                height: 16 * Theme.zoom
-                // Only what succeeded has a tick; of what was cut off in the middle nothing is known.
-                name: root.atWork ? "spark" : root.outcome === "finished" ? "check"
-                    : root.outcome === "failed" || root.isRemark ? "warning" : root.outcome === "declined" ? "close"
-                    : root.outcome === "stopped" ? "stop" : "more"
-                color: root.atWork ? Theme.accent : Theme.secondary
+                width: implicitWidth
+                height: implicitHeight
+                outcome: root.outcome
+                atWork: root.atWork
+                isRemark: root.isRemark
             }
             SmallText {
                 id: words

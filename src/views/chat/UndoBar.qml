@@ -18,7 +18,7 @@ Rectangle {
     signal undoChosen(string id)
     signal dismissed(string id)
 
-    implicitHeight: Math.max(44, line.implicitHeight + 2 * Theme.gap8)
+    implicitHeight: line.implicitHeight + 2 * Theme.gap8
     radius: Theme.panelRadius
     color: Theme.card
     border.width: 1

@@ -3,7 +3,7 @@ import Morvane
 import Morvane.ViewModels
 
 // The ghost: its face, colour and signs tell what the application is doing. It moves a little when that
-// changes and blinks now and then; while it is still or hidden nothing runs.
+// changes; then, and while it is hidden, nothing runs.
 Item {
     id: root
 

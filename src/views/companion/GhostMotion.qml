@@ -1,23 +1,22 @@
 import QtQuick
 
-// When the ghost moves: one small hop as its gesture changes, and a blink every few seconds. Twelve steps a
-// second at most, and no timer at all while `running` is false.
+// When the ghost moves: one small hop with a blink as its gesture changes. Twelve steps a second at most, and no
+// timer at all once it has landed or while `running` is false.
 Item {
     id: root
 
     property bool running: false
     property int gesture: 0
     property real lift: 0
-    property bool blinking: false
 
     readonly property list<real> hop: [1.0, 2.2, 3.0, 2.4, 1.2, 0.2, -0.4, 0]
     property int step: -1
+    readonly property bool blinking: step === 4 || step === 5 // as it comes down
 
     onGestureChanged: if (running) step = 0
     onRunningChanged: {
         root.step = -1;
         root.lift = 0;
-        root.blinking = false;
     }
 
     Timer {
@@ -28,11 +27,5 @@ Item {
             root.lift = root.hop[root.step];
             root.step = root.step + 1 < root.hop.length ? root.step + 1 : -1;
         }
-    }
-    Timer {
-        interval: root.blinking ? 168 : 6500
-        repeat: true
-        running: root.running
-        onTriggered: root.blinking = !root.blinking
     }
 }

@@ -8,7 +8,7 @@ Rectangle {
 
     required property CompanionViewModel companion
 
-    implicitWidth: Math.min(words.implicitWidth + 2 * Theme.gap12, 240)
+    implicitWidth: Math.min(words.implicitWidth + 2 * Theme.gap12, 240 * Theme.zoom)
     implicitHeight: words.implicitHeight + 2 * Theme.gap8
     radius: Theme.panelRadius
     color: Theme.floating
@@ -20,10 +20,10 @@ Rectangle {
     Accessible.name: companion.bubbleText
 
     Rectangle {
-        x: 22
-        y: parent.height - 5
-        width: 10
-        height: 10
+        x: 22 * Theme.zoom
+        y: parent.height - height / 2
+        width: 10 * Theme.zoom
+        height: width
         rotation: 45
         antialiasing: true // turned edges are jagged on OpenGL otherwise
         color: root.color
@@ -31,10 +31,10 @@ Rectangle {
         border.color: Theme.hairline
     }
     Rectangle {
-        x: 14
-        y: parent.height - 9
-        width: 26
-        height: 8
+        x: 14 * Theme.zoom
+        y: parent.height - height - 1
+        width: 26 * Theme.zoom
+        height: 8 * Theme.zoom
         color: root.color
     }
     SmallText {

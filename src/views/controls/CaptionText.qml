@@ -1,6 +1,9 @@
+import QtQuick
 import Morvane
 
 PlainText {
     font.pixelSize: Theme.captionSize
+    lineHeightMode: Text.FixedHeight
+    lineHeight: Theme.captionLine
     color: Theme.secondary
 }

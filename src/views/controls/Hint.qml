@@ -7,12 +7,12 @@ T.ToolTip {
     id: root
 
     x: parent ? Math.round((parent.width - implicitWidth) / 2) : 0
-    y: -implicitHeight - 6
+    y: -implicitHeight - Theme.gap8
     implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
-    margins: 6
-    horizontalPadding: 8
-    verticalPadding: 4
+    margins: Theme.gap8
+    horizontalPadding: Theme.gap8
+    verticalPadding: Theme.gap4
     delay: 600
     timeout: 5000
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent | T.Popup.CloseOnReleaseOutsideParent
@@ -23,7 +23,7 @@ T.ToolTip {
         wrapMode: Text.NoWrap
     }
     background: Rectangle {
-        radius: 6 * Theme.zoom
+        radius: Theme.controlRadius
         color: Theme.text
     }
 }

@@ -22,15 +22,10 @@ T.Dialog {
 
     T.Overlay.modal: Rectangle { color: Theme.scrim }
 
-    header: PlainText {
+    header: TitleText {
         text: root.title
-        font.pixelSize: Theme.titleSize
-        font.weight: Font.DemiBold
         padding: Theme.gap24
         bottomPadding: 0
-        wrapMode: Text.Wrap
-        Accessible.role: Accessible.Heading
-        Accessible.name: text
     }
     background: Rectangle {
         radius: Theme.cardRadius
@@ -38,6 +33,6 @@ T.Dialog {
         border.width: 1
         border.color: Theme.hairline
     }
-    enter: Transition { NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.fade } }
-    exit: Transition { NumberAnimation { property: "opacity"; from: 1; to: 0; duration: Theme.fade } }
+    enter: Transition { NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.fade; easing.type: Easing.OutCubic } }
+    exit: Transition { NumberAnimation { property: "opacity"; from: 1; to: 0; duration: Theme.fade; easing.type: Easing.OutCubic } }
 }

@@ -8,8 +8,8 @@ T.Menu {
 
     implicitWidth: 180 * Theme.zoom
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
-    padding: 4
-    margins: 8
+    padding: Theme.gap4
+    margins: Theme.gap8
 
     contentItem: ListView {
         implicitHeight: contentHeight

@@ -13,10 +13,10 @@ T.ScrollBar {
     visible: size < 1
 
     contentItem: Rectangle {
-        radius: 3
+        radius: Math.min(width, height) / 2
         color: root.pressed ? Theme.secondary : Theme.outline
         opacity: root.pressed ? 1 : root.hovered ? 0.8 : root.active ? 0.6 : 0.3
 
-        Behavior on opacity { NumberAnimation { duration: Theme.fade } }
+        Behavior on opacity { NumberAnimation { duration: Theme.fade; easing.type: Easing.OutCubic } }
     }
 }

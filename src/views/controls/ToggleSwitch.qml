@@ -27,7 +27,7 @@ T.Switch {
         border.color: Theme.outline
 
         Rectangle {
-            x: root.checked ? parent.width - width - 4 : 4
+            x: root.checked ? parent.width - width - Theme.gap4 : Theme.gap4
             anchors.verticalCenter: parent.verticalCenter
             width: 16 * Theme.zoom
             height: 16 * Theme.zoom

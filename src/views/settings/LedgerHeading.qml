@@ -7,7 +7,7 @@ Item {
 
     required property LedgerColumns columns
 
-    implicitHeight: Math.max(28, place.implicitHeight + Theme.gap8)
+    implicitHeight: Math.max(28 * Theme.zoom, place.implicitHeight + Theme.gap8)
 
     Heading {
         x: root.columns.timeX

@@ -23,7 +23,7 @@ Item {
     signal chosen()
 
     objectName: "ledgerRow"
-    implicitHeight: Math.max(48, line.height + 2 * Theme.gap8) + (opened ? more.height + Theme.gap12 : 0)
+    implicitHeight: Math.max(48 * Theme.zoom, line.height + 2 * Theme.gap8) + (opened ? more.height + Theme.gap12 : 0)
 
     Accessible.role: Accessible.ListItem
     Accessible.name: qsTr("%1, %2, %3, %4. %5").arg(time).arg(host).arg(place).arg(feature).arg(outcome)

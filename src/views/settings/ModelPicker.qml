@@ -23,8 +23,8 @@ T.Popup {
     objectName: "modelPicker"
     implicitWidth: 300 * Theme.zoom
     implicitHeight: column.implicitHeight + 2 * padding
-    padding: 6
-    margins: 8
+    padding: Theme.gap8
+    margins: Theme.gap8
     focus: true
     onAboutToShow: {
         search.clear();

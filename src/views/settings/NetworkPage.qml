@@ -25,12 +25,8 @@ Item {
         RowLayout {
             spacing: Theme.gap8
 
-            PlainText {
+            TitleText {
                 text: qsTr("Network")
-                font.pixelSize: Theme.titleSize
-                font.weight: Font.DemiBold
-                Accessible.role: Accessible.Heading
-                Accessible.name: text
             }
             TextBox {
                 objectName: "ledgerFilter"

@@ -27,13 +27,9 @@ Item {
         RowLayout {
             spacing: Theme.gap8
 
-            PlainText {
+            TitleText {
                 Layout.fillWidth: true
                 text: qsTr("Proof")
-                font.pixelSize: Theme.titleSize
-                font.weight: Font.DemiBold
-                Accessible.role: Accessible.Heading
-                Accessible.name: text
             }
             PushButton {
                 objectName: "exportProofs"

@@ -38,7 +38,7 @@ Item {
 
         y: Theme.gap8
         width: parent.width
-        height: Math.max(32, words.height)
+        height: Math.max(32 * Theme.zoom, words.height)
 
         HoverHandler { id: hover }
         TapHandler { onTapped: root.chosen() }

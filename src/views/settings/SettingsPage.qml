@@ -35,12 +35,6 @@ Flickable {
         width: Math.min(560 * Theme.zoom, root.width - 2 * Theme.gap24)
         spacing: Theme.gap16
 
-        PlainText {
-            text: root.title
-            font.pixelSize: Theme.titleSize
-            font.weight: Font.DemiBold
-            Accessible.role: Accessible.Heading
-            Accessible.name: text
-        }
+        TitleText { text: root.title }
     }
 }

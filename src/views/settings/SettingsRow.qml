@@ -40,7 +40,6 @@ Item {
             visible: text.length > 0
             text: root.explanation
             color: root.explanationInk
-            font.pixelSize: Theme.captionSize
         }
     }
     RowLayout {

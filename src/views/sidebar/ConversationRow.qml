@@ -83,7 +83,7 @@ Item {
             Rectangle {
                 anchors.verticalCenter: parent.verticalCenter
                 width: 3
-                height: parent.height - 20
+                height: parent.height - 20 * Theme.zoom
                 radius: 2
                 visible: root.isOpen
                 color: Theme.accent
@@ -121,6 +121,7 @@ Item {
             visible: !root.renaming && (hover.hovered || root.marked || activeFocus || root.menuOpen)
             text: qsTr("Rename or delete “%1”").arg(root.title)
             glyph: "more"
+            quiet: root.menuOpen
             onClicked: root.openMenu()
         }
     }

@@ -69,13 +69,17 @@ QtObject {
     readonly property int bodySize: Math.round(15 * textScale)
     readonly property int bodyLine: Math.round(23 * textScale)
     readonly property int smallSize: Math.round(13 * textScale)
+    readonly property int smallLine: Math.round(18 * textScale)
     readonly property int captionSize: Math.round(12 * textScale)
+    readonly property int captionLine: Math.round(16 * textScale)
     readonly property int titleSize: Math.round(20 * textScale)
+    readonly property int titleLine: Math.round(26 * textScale)
     readonly property int subtitleSize: Math.round(17 * textScale)
     readonly property int codeSize: Math.round(13.5 * textScale)
     readonly property int codeLine: Math.round(20 * textScale)
     readonly property int tableSize: Math.round(14 * textScale)
     readonly property int headingSize: Math.round(26 * textScale)
+    readonly property int headingLine: Math.round(32 * textScale)
     readonly property string monoFamily: "monospace"
 
     // Distances on a grid of 4.
@@ -95,7 +99,7 @@ QtObject {
     readonly property int controlHeight: Math.round(32 * Math.max(zoom, textScale))
     readonly property int rowHeight: Math.round(36 * Math.max(zoom, textScale))
     readonly property int columnWidth: Math.round(720 * zoom)
-    readonly property int wideColumnWidth: Math.round(880 * zoom) // of tables
+    readonly property int wideColumnWidth: Math.round(880 * zoom) // of tables and charts
     readonly property int focusWidth: highContrast ? 3 : 2
 
     // Motion, in milliseconds; a reduced one keeps short fades and nothing that moves.

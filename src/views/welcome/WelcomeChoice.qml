@@ -33,7 +33,7 @@ Rectangle {
 
             objectName: root.objectName + ".head"
             Layout.fillWidth: true
-            implicitHeight: Math.max(64, implicitContentHeight + 2 * Theme.gap12)
+            implicitHeight: Math.max(64 * Theme.zoom, implicitContentHeight + 2 * Theme.gap12)
             horizontalPadding: Theme.gap16
             Accessible.role: Accessible.RadioButton
             Accessible.name: root.title

@@ -21,7 +21,7 @@ Row {
         delegate: Rectangle {
             required property int index
 
-            width: index === root.current ? 24 : 8
+            width: (index === root.current ? 24 : 8) * Theme.zoom
             height: 8 * Theme.zoom
             radius: 4 * Theme.zoom
             color: index <= root.current ? Theme.accent : Theme.hairline
