@@ -259,7 +259,6 @@ FocusScope {
                 conversations: window.conversations
                 search: window.search
                 find: window.find
-                sources: window.sources
                 companion: window.companion
                 onNewChatChosen: window.beginChat()
                 onNewGhostChatChosen: window.beginGhostChat()

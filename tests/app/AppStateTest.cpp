@@ -75,7 +75,7 @@ TEST_F(AppStateTest, AFirstStartOpensAnEmptyChatOnDiskAndTellsNothingOfChanges)
 {
     commandLine.devRelay = DevRelay::Origin{DevRelay::Loopback::ipv4, 9}; // counts in no deployment but one
     start();
-    EXPECT_TRUE(state->assistant().router->sources().front().problem.value_or(u""_s).contains(u"build"_s));
+    EXPECT_TRUE(state->assistant().router->sources().back().problem.value_or(u""_s).contains(u"build"_s));
     EXPECT_FALSE(state->storage().settings->hostedRelayStateKnown());
     EXPECT_FALSE(state->storage().startupError);
     EXPECT_TRUE(QFileInfo::exists(ChatStoreLocation::storePath(commandLine.folders())));

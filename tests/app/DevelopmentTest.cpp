@@ -71,7 +71,7 @@ TEST(DevelopmentTest, SendsATurnToTheRelayWhichIsKnownToSealAndGetsOnlyQuestions
         AppState state(commandLine, Host::test, clock, Secrets{keychain, keychain}, work);
         EXPECT_TRUE(state.storage().settings->hostedRelayStateKnown());
         EXPECT_EQ(state.assistant().router->sourceLabel(), u"Private cloud (dev relay)"_s);
-        EXPECT_EQ(state.assistant().router->sources().front().problem, std::nullopt);
+        EXPECT_EQ(state.assistant().router->sources().back().problem, std::nullopt);
         ChatViewModel &chat = *state.presentation().chat;
         chat.sendMessage(u"a secret"_s, std::nullopt);
         TestWait::until([&] { return !chat.isResponding(); });

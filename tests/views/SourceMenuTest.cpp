@@ -20,12 +20,14 @@ TEST_F(SourceMenuTest, APlaceIsPickedByKeysAndOneThatCannotRunIsNot)
     press(Qt::Key_Return);
     ASSERT_TRUE(eventually([this] { return isOpen(); }));
     EXPECT_TRUE(shows(u"This build has no private cloud."_s));
-    press(Qt::Key_Return);
-    EXPECT_TRUE(isOpen()) << "the first one can't run";
     press(Qt::Key_Down);
+    press(Qt::Key_Return);
+    EXPECT_TRUE(isOpen()) << "the last one can't run";
+    press(Qt::Key_Up);
     press(Qt::Key_Return);
     EXPECT_FALSE(m_app->storage().settings->hostedChatEnabled());
     EXPECT_TRUE(eventually([this] { return !isOpen(); }));
+    EXPECT_TRUE(item(u"sourceButton"_s)->hasActiveFocus()) << "where it was opened from";
 }
 
 TEST_F(SourceMenuTest, WhoCanReadAMessageIsInPlainViewBeforeItIsSent)

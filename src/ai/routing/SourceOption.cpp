@@ -59,8 +59,6 @@ std::vector<SourceOption> SourceOption::all(const Facts &facts)
     const bool isLocal = facts.configured.kind == Kind::thisMac;
     const ChatSource local = isLocal ? facts.configured : ChatSource{Kind::thisMac, {}, {}};
     std::vector<SourceOption> options{
-        {Choice::privateCloud, cloud, facts.privateCloudName, cloud.destination(), facts.active == cloud,
-         privateCloudProblem(facts)},
         {Choice::local, local, isLocal && !facts.model.isEmpty() ? local.label() : u"Local"_s,
          local.destination(), isLocal && facts.active == local, localProblem(facts)}};
     if (isElsewhere(facts.configured)) {
@@ -70,6 +68,8 @@ std::vector<SourceOption> SourceOption::all(const Facts &facts)
              facts.active == facts.configured,
              lacksModel ? std::optional(u"No model is chosen in Settings > AI."_s) : std::nullopt});
     }
+    options.push_back({Choice::privateCloud, cloud, facts.privateCloudName, cloud.destination(),
+                       facts.active == cloud, privateCloudProblem(facts)});
     return options;
 }
 

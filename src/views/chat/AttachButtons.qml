@@ -2,12 +2,12 @@ import QtQuick
 import Morvane
 import Morvane.ViewModels
 
-// What to attach files by and to talk by, and the menu of all other ways into the composer.
+// What to attach files by, to talk by and to show the screen by, and the menu of all other ways into the composer.
 Row {
     id: root
 
     required property ChatViewModel chat
-    readonly property bool focused: clip.activeFocus || talk.activeFocus || more.activeFocus
+    readonly property bool focused: clip.activeFocus || talk.activeFocus || screen.activeFocus || more.activeFocus
 
     function askForFiles() {
         dialog.setSource("AttachDialog.qml");
@@ -30,6 +30,16 @@ Row {
         id: talk
 
         voice: root.chat.entries.voice
+    }
+    IconButton {
+        id: screen
+
+        objectName: "screen"
+        visible: root.chat.entries.offersScreen
+        enabled: !root.chat.isResponding
+        text: qsTr("Look at my screen")
+        glyph: "screen"
+        onClicked: root.chat.entries.glanceAtScreen(false)
     }
     IconButton {
         id: more

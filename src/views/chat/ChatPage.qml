@@ -184,6 +184,7 @@ FocusScope {
 
                 Layout.fillWidth: true
                 chat: root.chat
+                sources: root.sources
                 draft: root.chat.draft
                 ghost: root.chat.ghosts.isOn
                 canSend: root.chat.canSend
@@ -192,6 +193,7 @@ FocusScope {
                 onTyped: root.chat.noteTyping()
                 onSendChosen: root.chat.send()
                 onStopChosen: root.chat.stopResponding()
+                onSettingsChosen: root.settingsChosen()
             }
             SourceLine {
                 Layout.fillWidth: true

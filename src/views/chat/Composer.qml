@@ -3,12 +3,13 @@ import QtQuick.Templates as T
 import Morvane
 import Morvane.ViewModels
 
-// The place to write. Return sends and Shift+Return breaks the line; while an input method is composing,
-// Return ends the composition and never sends.
+// The place to write, with the ways into it below and where replies come from between them. Return sends and
+// Shift+Return breaks the line; while an input method is composing, Return ends the composition and never sends.
 Rectangle {
     id: root
 
     required property ChatViewModel chat
+    required property SourceMenuViewModel sources
     required property string draft
     required property bool canSend
     required property bool responding
@@ -18,12 +19,13 @@ Rectangle {
     readonly property bool composing: field.preeditText.length > 0 || field.inputMethodComposing
     // The keyboard works here, or will when the window is in front again.
     readonly property bool focused: Window.active ? field.activeFocus || button.activeFocus || ways.focused
-        : field.focus || button.focus
+        || source.activeFocus : field.focus || button.focus
 
     signal draftEdited(string text)
     signal typed()
     signal sendChosen()
     signal stopChosen()
+    signal settingsChosen()
 
     function takeFocus() {
         field.forceActiveFocus();
@@ -45,7 +47,7 @@ Rectangle {
         ways.askForFiles();
     }
 
-    implicitHeight: line.height + (above.height > 0 ? above.height + Theme.gap12 : 0)
+    implicitHeight: scroller.y + scroller.height + Theme.gap4 + tools.height + Theme.gap8
     radius: Theme.composerRadius
     color: Theme.card
     border.width: ghost ? 0 : field.activeFocus ? Theme.focusWidth : 1
@@ -83,22 +85,14 @@ Rectangle {
             wanted: root.chat.entries.attachments.state !== AttachmentDesk.Empty
         }
     }
-    Item {
-        id: line
-
-        anchors.left: parent.left
-        anchors.right: parent.right
-        anchors.bottom: parent.bottom
-        height: Math.max(52, scroller.height + 2 * Theme.gap12)
-    }
     Flickable {
         id: scroller
 
-        anchors.left: ways.right
-        anchors.leftMargin: Theme.gap8
-        anchors.right: button.left
-        anchors.rightMargin: Theme.gap8
-        anchors.verticalCenter: line.verticalCenter
+        anchors.left: parent.left
+        anchors.leftMargin: Theme.gap16
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.gap16
+        y: above.y + (above.height > 0 ? above.height + Theme.gap8 : 0)
         height: Math.min(200 * Theme.zoom, Math.max(24 * Theme.zoom, field.contentHeight))
         boundsBehavior: Flickable.StopAtBounds
         clip: true
@@ -145,7 +139,9 @@ Rectangle {
     PlainText {
         anchors.left: scroller.left
         anchors.right: scroller.right
-        anchors.verticalCenter: line.verticalCenter
+        anchors.top: scroller.top
+        height: scroller.height
+        verticalAlignment: Text.AlignVCenter
         visible: field.length === 0 && field.preeditText.length === 0
         text: qsTr("Write a message")
         color: Theme.disabled
@@ -153,26 +149,43 @@ Rectangle {
         wrapMode: Text.NoWrap
         Accessible.ignored: true
     }
-    AttachButtons {
-        id: ways
+    Item {
+        id: tools
 
-        anchors.left: line.left
-        anchors.leftMargin: 10 * Theme.zoom
-        anchors.bottom: line.bottom
-        anchors.bottomMargin: Math.round((52 * Theme.zoom - Theme.controlHeight) / 2)
-        chat: root.chat
-    }
-    SendButton {
-        id: button
-
+        anchors.left: parent.left
         anchors.right: parent.right
-        anchors.rightMargin: Theme.gap8
         anchors.bottom: parent.bottom
-        anchors.bottomMargin: Theme.gap8
-        canSend: root.canSend
-        responding: root.responding
-        onSendChosen: root.sendChosen()
-        onStopChosen: root.stopChosen()
+        anchors.margins: Theme.gap8
+        height: button.height
+
+        AttachButtons {
+            id: ways
+
+            anchors.left: parent.left
+            anchors.verticalCenter: parent.verticalCenter
+            chat: root.chat
+        }
+        SourceButton {
+            id: source
+
+            // In the middle, or where the buttons leave room.
+            readonly property real room: button.x - ways.width - 2 * Theme.gap8
+
+            x: Math.max(ways.width + Theme.gap8, Math.min((parent.width - width) / 2, button.x - width - Theme.gap8))
+            anchors.verticalCenter: parent.verticalCenter
+            width: Math.min(implicitWidth, room)
+            sources: root.sources
+            onSettingsChosen: root.settingsChosen()
+        }
+        SendButton {
+            id: button
+
+            anchors.right: parent.right
+            canSend: root.canSend
+            responding: root.responding
+            onSendChosen: root.sendChosen()
+            onStopChosen: root.stopChosen()
+        }
     }
     TapHandler {
         onTapped: root.takeFocus()

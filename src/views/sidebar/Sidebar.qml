@@ -13,7 +13,6 @@ Rectangle {
     required property ConversationListModel conversations
     required property HistorySearchModel search
     required property FindViewModel find
-    required property SourceMenuViewModel sources
     required property CompanionViewModel companion
 
     signal newChatChosen()
@@ -39,24 +38,6 @@ Rectangle {
 
         RowLayout {
             Layout.margins: Theme.gap12
-            Layout.bottomMargin: Theme.gap4
-            spacing: Theme.gap4
-
-            SourceButton {
-                Layout.fillWidth: true
-                sources: root.sources
-                onSettingsChosen: root.settingsChosen()
-            }
-            IconButton {
-                objectName: "hideSidebar"
-                text: qsTr("Hide the list of chats")
-                glyph: "sidebar"
-                onClicked: root.hideChosen()
-            }
-        }
-        RowLayout {
-            Layout.leftMargin: Theme.gap12
-            Layout.rightMargin: Theme.gap12
             Layout.bottomMargin: Theme.gap8
             spacing: Theme.gap4
 
@@ -71,6 +52,12 @@ Rectangle {
                 text: qsTr("New Ghost Chat")
                 glyph: "ghost"
                 onClicked: root.newGhostChatChosen()
+            }
+            IconButton {
+                objectName: "hideSidebar"
+                text: qsTr("Hide the list of chats")
+                glyph: "sidebar"
+                onClicked: root.hideChosen()
             }
         }
         SearchField {

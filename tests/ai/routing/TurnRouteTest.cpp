@@ -178,7 +178,7 @@ TEST_F(TurnRouteTest, ABuildWithoutThePrivateCloudSendsNothingInItsPlace)
     turnOnPrivateCloud();
     const QString refused = ProviderError(ProviderError::Plain::notConfigured).userMessage();
     EXPECT_EQ(fate({}), refused);
-    EXPECT_EQ(router->sources().front().problem, u"This build has no private cloud."_s);
+    EXPECT_EQ(router->sources().back().problem, u"This build has no private cloud."_s);
     localModel.set(LocalModelServing::State::ready, u"gemma3:4b"_s);
     EXPECT_EQ(fate({}), refused) << "a turn of the private cloud goes nowhere else unasked";
     EXPECT_EQ(fate(carrying(SensitiveData::image)), u"gemma3:4b at "_s + localhost);

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Layouts
 import QtQuick.Templates as T
 import Morvane
 import Morvane.ViewModels
@@ -14,9 +13,9 @@ T.Button {
     signal settingsChosen()
 
     objectName: "sourceButton"
-    implicitHeight: Math.max(44, words.implicitHeight + 2 * Theme.gap4)
-    leftPadding: Theme.gap8
-    rightPadding: Theme.gap8
+    implicitWidth: Math.ceil(words.implicitWidth) + place.width + mark.width + 4 * Theme.gap8
+    implicitHeight: Theme.controlHeight
+    horizontalPadding: Theme.gap8
 
     Accessible.name: qsTr("Replies come from %1").arg(sources.name)
     Accessible.description: sources.destination
@@ -28,41 +27,38 @@ T.Button {
         places.opened ? places.close() : places.open();
     }
 
-    contentItem: RowLayout {
+    contentItem: Row {
         spacing: Theme.gap8
 
         Icon {
+            id: place
+
+            anchors.verticalCenter: parent.verticalCenter
             name: root.sources.glyph
-            color: Theme.text
-            implicitWidth: 18 * Theme.zoom
-            implicitHeight: 18 * Theme.zoom
+            color: Theme.secondary
+            width: 16 * Theme.zoom
+            height: 16 * Theme.zoom
         }
-        ColumnLayout {
+        PlainText {
             id: words
 
-            spacing: 0
-
-            PlainText {
-                objectName: "activeSource"
-                Layout.fillWidth: true
-                text: root.sources.name
-                font.pixelSize: Theme.smallSize
-                font.weight: Font.DemiBold
-                elide: Text.ElideMiddle
-                wrapMode: Text.NoWrap
-            }
-            CaptionText {
-                Layout.fillWidth: true
-                text: root.sources.destination
-                elide: Text.ElideRight
-                wrapMode: Text.NoWrap
-            }
+            objectName: "activeSource"
+            anchors.verticalCenter: parent.verticalCenter
+            width: Math.min(implicitWidth, root.availableWidth - place.width - mark.width - 2 * Theme.gap8)
+            text: root.sources.name
+            font.pixelSize: Theme.smallSize
+            font.weight: Font.Medium
+            elide: Text.ElideMiddle
+            wrapMode: Text.NoWrap
         }
         Icon {
+            id: mark
+
+            anchors.verticalCenter: parent.verticalCenter
             name: "chevron-down"
             color: Theme.secondary
-            implicitWidth: 14 * Theme.zoom
-            implicitHeight: 14 * Theme.zoom
+            width: 14 * Theme.zoom
+            height: 14 * Theme.zoom
         }
     }
     background: Rectangle {
@@ -75,8 +71,8 @@ T.Button {
     Later {
         id: menu
 
-        y: root.height + 4
-        part: "sidebar/SourceMenu.qml"
+        anchors.fill: parent
+        part: "chat/SourceMenu.qml"
         given: ({ sources: root.sources })
         onLoaded: (item as SourceMenu).settingsChosen.connect(root.settingsChosen)
     }

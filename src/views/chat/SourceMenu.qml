@@ -23,9 +23,12 @@ T.Popup {
     objectName: "sourceMenu"
     implicitWidth: 340 * Theme.zoom
     implicitHeight: column.implicitHeight + 2 * padding
-    padding: 6
-    margins: 8
+    x: parent ? Math.round((parent.width - width) / 2) : 0
+    y: -height - Theme.gap4
+    padding: Theme.gap8
+    margins: Theme.gap8
     focus: true
+    closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent
     onOpened: list.forceActiveFocus()
 
     background: Rectangle {
@@ -61,14 +64,13 @@ T.Popup {
             Keys.onEnterPressed: (currentItem as SourceRow)?.chosen()
             Keys.onSpacePressed: (currentItem as SourceRow)?.chosen()
         }
-        SmallText {
+        CaptionText {
             width: parent.width
             visible: text.length > 0
             leftPadding: Theme.gap8
             rightPadding: Theme.gap8
             topPadding: Theme.gap4
             text: root.sources.cloudNotice
-            font.pixelSize: Theme.captionSize
         }
         Rectangle {
             width: parent.width

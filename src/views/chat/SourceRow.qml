@@ -17,7 +17,7 @@ Item {
 
     signal chosen()
 
-    implicitHeight: Math.max(48, words.implicitHeight + 2 * Theme.gap8)
+    implicitHeight: Math.max(48 * Theme.zoom, words.implicitHeight + 2 * Theme.gap4)
 
     Accessible.role: Accessible.RadioButton
     Accessible.name: name
