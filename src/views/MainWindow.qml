@@ -30,6 +30,7 @@ T.ApplicationWindow {
     Binding { target: Theme; property: "highContrast"; value: root.shell.highContrast }
     Binding { target: Theme; property: "textScale"; value: root.shell.textScale }
     Binding { target: Theme; property: "zoom"; value: root.shell.zoom / 100 }
+    Binding { target: Theme; property: "pixelRatio"; value: root.contentItem.Screen.devicePixelRatio }
     Binding { target: Theme; property: "reduceAnimation"; value: root.shell.reduceAnimation }
 
     Later {

@@ -23,7 +23,7 @@ Rectangle {
     implicitHeight: parts.implicitHeight + (folds ? 0 : Theme.gap12)
     radius: Theme.panelRadius
     color: Theme.code
-    border.width: 1
+    border.width: Theme.lineWidth
     border.color: Theme.hairline
 
     Item { // beside the view that the code scrolls in, which would cut its ring off

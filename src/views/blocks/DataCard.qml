@@ -12,7 +12,7 @@ Rectangle {
     implicitHeight: column.implicitHeight + 2 * Theme.gap16
     radius: Theme.cardRadius
     color: Theme.card
-    border.width: 1
+    border.width: Theme.lineWidth
     border.color: Theme.hairline
 
     Column {

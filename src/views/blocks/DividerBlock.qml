@@ -12,7 +12,7 @@ Item {
     Rectangle {
         anchors.verticalCenter: parent.verticalCenter
         width: parent.width
-        height: 1
+        height: Theme.lineWidth
         color: Theme.hairline
     }
 }

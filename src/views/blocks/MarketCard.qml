@@ -33,7 +33,7 @@ DataCard {
             Rectangle {
                 visible: quote.index > 0
                 width: parent.width
-                height: 1
+                height: Theme.lineWidth
                 color: Theme.hairline
             }
             CardText {

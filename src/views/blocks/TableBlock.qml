@@ -88,7 +88,7 @@ Item {
 
                 y: Math.round(modelData)
                 width: Math.max(cells.width, view.width)
-                height: 1
+                height: Theme.lineWidth
                 color: index === 0 ? Theme.outline : Theme.hairline
             }
         }

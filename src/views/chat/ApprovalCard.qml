@@ -26,7 +26,7 @@ Rectangle {
     implicitHeight: content.implicitHeight + 2 * Theme.gap16
     radius: Theme.cardRadius
     color: Theme.card
-    border.width: 1
+    border.width: Theme.lineWidth
     border.color: Theme.outline
 
     Accessible.role: Accessible.Notification

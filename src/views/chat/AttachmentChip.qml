@@ -24,7 +24,7 @@ Rectangle {
     implicitHeight: Math.max(48 * Theme.zoom, line.implicitHeight + Theme.gap8)
     radius: Theme.panelRadius
     color: Theme.hoverWash
-    border.width: 1
+    border.width: Theme.lineWidth
     border.color: failed ? Theme.danger : Theme.hairline
 
     Accessible.role: Accessible.Grouping

@@ -50,7 +50,7 @@ Rectangle {
     implicitHeight: scroller.y + scroller.height + Theme.gap4 + tools.height + Theme.gap8
     radius: Theme.composerRadius
     color: Theme.card
-    border.width: ghost ? 0 : field.activeFocus ? Theme.focusWidth : 1
+    border.width: ghost ? 0 : field.activeFocus ? Theme.focusWidth : Theme.lineWidth
     border.color: field.activeFocus ? Theme.accent : Theme.outline
 
     DashedFrame {

@@ -16,7 +16,7 @@ Rectangle {
     implicitHeight: content.implicitHeight + 2 * Theme.gap12
     radius: Theme.panelRadius
     color: Theme.card
-    border.width: 1
+    border.width: Theme.lineWidth
     border.color: Theme.hairline
 
     Accessible.role: Accessible.Notification

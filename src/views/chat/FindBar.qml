@@ -22,7 +22,7 @@ Rectangle {
     implicitHeight: row.implicitHeight + 2 * Theme.gap8
     radius: Theme.panelRadius
     color: Theme.floating
-    border.width: 1
+    border.width: Theme.lineWidth
     border.color: Theme.outline
 
     Accessible.role: Accessible.Pane

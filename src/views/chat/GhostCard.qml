@@ -58,7 +58,7 @@ T.ToolTip {
     background: Rectangle {
         radius: Theme.panelRadius
         color: Theme.floating
-        border.width: 1
+        border.width: Theme.lineWidth
         border.color: Theme.hairline
     }
     enter: Transition { NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.fade; easing.type: Easing.OutCubic } }

@@ -43,7 +43,7 @@ Item {
 
         TapHandler {} // what is below gets none of it
         Rectangle {
-            width: 1
+            width: Theme.lineWidth
             height: parent.height
             visible: root.beside
             color: Theme.hairline

@@ -23,7 +23,7 @@ Flow {
             implicitHeight: 26 * Theme.zoom
             radius: 13 * Theme.zoom
             color: "transparent"
-            border.width: 1
+            border.width: Theme.lineWidth
             border.color: Theme.hairline
 
             Icon {

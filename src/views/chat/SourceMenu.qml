@@ -34,7 +34,7 @@ T.Popup {
     background: Rectangle {
         radius: Theme.panelRadius
         color: Theme.floating
-        border.width: 1
+        border.width: Theme.lineWidth
         border.color: Theme.hairline
     }
     contentItem: Column {
@@ -74,7 +74,7 @@ T.Popup {
         }
         Rectangle {
             width: parent.width
-            height: 1
+            height: Theme.lineWidth
             color: Theme.hairline
         }
         SidebarButton {

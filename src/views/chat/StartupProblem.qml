@@ -13,7 +13,7 @@ Rectangle {
     implicitHeight: words.implicitHeight + 2 * Theme.gap16
     radius: Theme.cardRadius
     color: Theme.card
-    border.width: 1
+    border.width: Theme.lineWidth
     border.color: Theme.warning
 
     Accessible.role: Accessible.Notification

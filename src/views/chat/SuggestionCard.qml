@@ -24,7 +24,7 @@ T.Button {
     background: Rectangle {
         radius: Theme.panelRadius
         color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : Theme.card
-        border.width: 1
+        border.width: Theme.lineWidth
         border.color: Theme.hairline
 
         FocusRing {

@@ -32,7 +32,7 @@ T.RoundButton {
     background: Rectangle {
         radius: 18 * Theme.zoom
         color: Theme.card
-        border.width: 1
+        border.width: Theme.lineWidth
         border.color: Theme.hairline
 
         Rectangle {

@@ -21,7 +21,7 @@ Rectangle {
     implicitHeight: line.implicitHeight + 2 * Theme.gap8
     radius: Theme.panelRadius
     color: Theme.card
-    border.width: 1
+    border.width: Theme.lineWidth
     border.color: Theme.hairline
 
     Accessible.role: Accessible.Notification

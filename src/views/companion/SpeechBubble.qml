@@ -12,7 +12,7 @@ Rectangle {
     implicitHeight: words.implicitHeight + 2 * Theme.gap8
     radius: Theme.panelRadius
     color: Theme.floating
-    border.width: 1
+    border.width: Theme.lineWidth
     border.color: Theme.hairline
     visible: companion.bubbleText.length > 0
 
@@ -27,7 +27,7 @@ Rectangle {
         rotation: 45
         antialiasing: true // turned edges are jagged on OpenGL otherwise
         color: root.color
-        border.width: 1
+        border.width: Theme.lineWidth
         border.color: Theme.hairline
     }
     Rectangle {

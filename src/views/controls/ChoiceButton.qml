@@ -31,7 +31,7 @@ T.RadioButton {
     background: Rectangle {
         radius: Theme.controlRadius
         color: root.checked ? Theme.accent : root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
-        border.width: root.checked ? 0 : 1
+        border.width: root.checked ? 0 : Theme.lineWidth
         border.color: Theme.outline
 
         FocusRing { visible: root.visualFocus }

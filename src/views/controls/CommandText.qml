@@ -13,7 +13,7 @@ Rectangle {
     implicitHeight: row.implicitHeight + 2 * Theme.gap8
     radius: Theme.controlRadius
     color: Theme.code
-    border.width: 1
+    border.width: Theme.lineWidth
     border.color: Theme.hairline
 
     RowLayout {

@@ -9,7 +9,7 @@ Rectangle {
     implicitHeight: 22 * Theme.zoom
     radius: 6 * Theme.zoom
     color: Theme.code
-    border.width: 1
+    border.width: Theme.lineWidth
     border.color: Theme.hairline
 
     CaptionText {

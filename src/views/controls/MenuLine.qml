@@ -11,7 +11,7 @@ T.MenuSeparator {
         Rectangle {
             anchors.verticalCenter: parent.verticalCenter
             width: parent.width
-            height: 1
+            height: Theme.lineWidth
             color: Theme.hairline
         }
     }

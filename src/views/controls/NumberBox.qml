@@ -44,7 +44,7 @@ T.SpinBox {
     background: Rectangle {
         radius: Theme.controlRadius
         color: Theme.card
-        border.width: root.activeFocus ? Theme.focusWidth : 1
+        border.width: root.activeFocus ? Theme.focusWidth : Theme.lineWidth
         border.color: root.activeFocus ? Theme.accent : Theme.outline
     }
 

@@ -30,7 +30,7 @@ T.Dialog {
     background: Rectangle {
         radius: Theme.cardRadius
         color: Theme.floating
-        border.width: 1
+        border.width: Theme.lineWidth
         border.color: Theme.hairline
     }
     enter: Transition { NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.fade; easing.type: Easing.OutCubic } }

@@ -20,7 +20,7 @@ T.Menu {
     background: Rectangle {
         radius: Theme.panelRadius
         color: Theme.floating
-        border.width: 1
+        border.width: Theme.lineWidth
         border.color: Theme.hairline
     }
 }

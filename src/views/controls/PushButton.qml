@@ -35,7 +35,7 @@ T.Button {
     background: Rectangle {
         radius: Theme.controlRadius
         color: root.rank === PushButton.Primary && root.enabled ? Theme.accent : Theme.card
-        border.width: root.rank === PushButton.Primary && root.enabled ? 0 : 1
+        border.width: root.rank === PushButton.Primary && root.enabled ? 0 : Theme.lineWidth
         border.color: root.enabled ? Theme.outline : Theme.hairline
 
         Rectangle {

@@ -42,7 +42,7 @@ T.TextField {
     background: Rectangle {
         radius: Theme.controlRadius
         color: Theme.card
-        border.width: root.activeFocus ? Theme.focusWidth : 1
+        border.width: root.activeFocus ? Theme.focusWidth : Theme.lineWidth
         border.color: root.activeFocus ? Theme.accent : root.hasProblem ? Theme.danger : Theme.outline
     }
 }

@@ -16,7 +16,7 @@ Rectangle {
 
     radius: Theme.controlRadius
     color: Theme.card
-    border.width: field.activeFocus ? Theme.focusWidth : 1
+    border.width: field.activeFocus ? Theme.focusWidth : Theme.lineWidth
     border.color: field.activeFocus ? Theme.accent : Theme.outline
 
     Flickable {

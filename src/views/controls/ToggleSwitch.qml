@@ -23,7 +23,7 @@ T.Switch {
         height: 24 * Theme.zoom
         radius: 12 * Theme.zoom
         color: root.checked ? Theme.accent : "transparent"
-        border.width: root.checked ? 0 : 1
+        border.width: root.checked ? 0 : Theme.lineWidth
         border.color: Theme.outline
 
         Rectangle {

@@ -17,7 +17,7 @@ T.RadioButton {
 
     background: Rectangle {
         radius: Theme.controlRadius
-        border.width: root.checked ? Theme.focusWidth : 1
+        border.width: root.checked ? Theme.focusWidth : Theme.lineWidth
         border.color: root.checked ? Theme.accent : Theme.outline
         gradient: Gradient {
             GradientStop { position: 0; color: Theme.backdropColors[root.name][0] }

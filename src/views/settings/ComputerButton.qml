@@ -51,7 +51,7 @@ T.Button {
     background: Rectangle {
         radius: Theme.panelRadius
         color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : Theme.card
-        border.width: root.chosen ? Theme.focusWidth : 1
+        border.width: root.chosen ? Theme.focusWidth : Theme.lineWidth
         border.color: root.chosen ? Theme.accent : Theme.hairline
 
         FocusRing {

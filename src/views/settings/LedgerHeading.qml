@@ -35,7 +35,7 @@ Item {
     Rectangle {
         anchors.bottom: parent.bottom
         width: parent.width
-        height: 1
+        height: Theme.lineWidth
         color: Theme.hairline
     }
 

@@ -20,7 +20,7 @@ Rectangle {
 
     radius: Theme.cardRadius
     color: Theme.card
-    border.width: 1
+    border.width: Theme.lineWidth
     border.color: Theme.hairline
 
     LedgerColumns {

@@ -36,7 +36,7 @@ T.Popup {
     background: Rectangle {
         radius: Theme.panelRadius
         color: Theme.floating
-        border.width: 1
+        border.width: Theme.lineWidth
         border.color: Theme.hairline
     }
     contentItem: Column {

@@ -14,7 +14,7 @@ Rectangle {
     implicitHeight: column.implicitHeight + 2 * Theme.gap8
     radius: Theme.cardRadius
     color: Theme.card
-    border.width: 1
+    border.width: Theme.lineWidth
     border.color: Theme.hairline
 
     Accessible.role: Accessible.Grouping

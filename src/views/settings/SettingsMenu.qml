@@ -131,7 +131,7 @@ Rectangle {
     }
     Rectangle {
         anchors.right: parent.right
-        width: 1
+        width: Theme.lineWidth
         height: parent.height
         color: Theme.hairline
     }

@@ -102,7 +102,7 @@ Rectangle {
         }
         Rectangle {
             Layout.fillWidth: true
-            implicitHeight: 1
+            implicitHeight: Theme.lineWidth
             color: Theme.hairline
         }
         SidebarFoot {
@@ -120,7 +120,7 @@ Rectangle {
     }
     Rectangle {
         anchors.right: parent.right
-        width: 1
+        width: Theme.lineWidth
         height: parent.height
         color: Theme.hairline
     }

@@ -2,7 +2,7 @@ pragma Singleton
 
 import QtQuick
 
-// Every colour, size, distance and duration of the window. The window sets the first eight.
+// Every colour, size, distance and duration of the window. The window sets the first nine.
 QtObject {
     property bool dark: false
     property string backdrop // of the gallery appearance, which is dark; empty for none
@@ -11,6 +11,7 @@ QtObject {
     property real textScale: 1 // zoomed
     property real zoom: 1 // of distances and of what isn't text
     property bool reduceAnimation: false
+    property real pixelRatio: 1 // of the screen: device pixels in a logical one
     property bool rings: false // on what has the focus, controls aside: Tab led there
 
     readonly property bool gallery: backdrop.length > 0
@@ -100,7 +101,14 @@ QtObject {
     readonly property int rowHeight: Math.round(36 * Math.max(zoom, textScale))
     readonly property int columnWidth: Math.round(720 * zoom)
     readonly property int wideColumnWidth: Math.round(880 * zoom) // of tables and charts
-    readonly property int focusWidth: highContrast ? 3 : 2
+
+    // Lines of whole device pixels: others are a pixel wider or narrower by where they lie, where the processor draws.
+    readonly property real lineWidth: whole(1)
+    readonly property real focusWidth: whole(highContrast ? 3 : 2)
+
+    function whole(width: real): real {
+        return Math.max(1, Math.round(width * pixelRatio)) / pixelRatio;
+    }
 
     // Motion, in milliseconds; a reduced one keeps short fades and nothing that moves.
     readonly property int press: reduceAnimation ? 0 : 100

@@ -19,7 +19,7 @@ Rectangle {
     implicitHeight: all.implicitHeight
     radius: Theme.cardRadius
     color: Theme.card
-    border.width: open ? Theme.focusWidth : 1
+    border.width: open ? Theme.focusWidth : Theme.lineWidth
     border.color: open ? Theme.accent : Theme.hairline
 
     ColumnLayout {

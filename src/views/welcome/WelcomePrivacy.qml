@@ -47,7 +47,7 @@ ColumnLayout {
             implicitHeight: row.implicitHeight + 2 * Theme.gap16
             radius: Theme.cardRadius
             color: Theme.card
-            border.width: 1
+            border.width: Theme.lineWidth
             border.color: Theme.hairline
 
             RowLayout {

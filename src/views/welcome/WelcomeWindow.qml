@@ -116,7 +116,7 @@ T.ApplicationWindow {
         }
         Rectangle {
             Layout.fillWidth: true
-            implicitHeight: 1
+            implicitHeight: Theme.lineWidth
             color: Theme.hairline
         }
         RowLayout {
