@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Proves that check_layers.sh finds what it is for: each breach is planted alone in a small tree.
+# Proves that check_layers.py finds what it is for: each breach is planted alone in a small tree.
 #
 #   check_layers_test.sh SCRATCH
 set -euo pipefail
@@ -18,7 +18,7 @@ build_house() {
 }
 
 build_house
-if ! clean=$("$here/check_layers.sh" "$scratch"); then
+if ! clean=$("$here/check_layers.py" "$scratch"); then
     printf 'FAILED a clean house: %s\n' "$clean"
     failures=1
 fi
@@ -27,7 +27,7 @@ while IFS=$'\t' read -r file line words; do
     build_house
     printf '%s\n' "$line" >>"$scratch/$file"
     status=0
-    found=$("$here/check_layers.sh" "$scratch") || status=$?
+    found=$("$here/check_layers.py" "$scratch") || status=$?
     if [[ $status -ne 1 || $(wc -l <<<"$found") -ne 1 || $found != "$file:"*"$words"* ]]; then
         printf 'FAILED %s: status %d, said: %s\n' "$line" "$status" "$found"
         failures=$((failures + 1))
