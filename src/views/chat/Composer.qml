@@ -38,7 +38,7 @@ Rectangle {
         root.typed();
         event.accepted = !(event.modifiers & Qt.ShiftModifier);
         if (root.composing)
-            Qt.inputMethod.commit();
+            InputMethod.commit();
         else if (event.accepted && root.canSend)
             root.sendChosen();
     }
