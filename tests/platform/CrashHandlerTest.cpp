@@ -80,7 +80,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Way{"throw", SIGABRT,
                         u"SIGABRT, an exception that nobody caught, of the type St13runtime_error"_s},
                     Way{"fatal", SIGABRT, u"SIGABRT, a fatal message of Qt"_s},
-                    Way{"thread", SIGSEGV, u"SIGSEGV"_s, u"another"_s}, Way{"child", 0, {}}),
+                    Way{"thread", SIGSEGV, u"SIGSEGV"_s, u"another"_s},
+                    Way{"fullthread", SIGSEGV, u"SIGSEGV"_s, u"another"_s}, Way{"child", 0, {}}),
     [](const auto &way) { return std::string(way.param.name); });
 
 TEST_F(CrashHandlerTest, TwoAtOnceLeaveOneReportAndTheNewestFiveStay)

@@ -58,8 +58,8 @@ int main(int argc, char **argv)
     CrashHandler::install(QString::fromLocal8Bit(argv[1]), 5);
     words.append("marked").append(" words of a chat");
     const std::string way = argv[2];
-    if (way == "thread" || way == "threads") {
-        std::thread first(crash, "segv");
+    if (way == "thread" || way == "threads" || way == "fullthread") {
+        std::thread first(crash, way == "fullthread" ? "overflow" : "segv");
         if (way == "threads")
             crash("abort");
         first.join();

@@ -1,5 +1,7 @@
 #include "platform/linux/CrashHandler.h"
 
+#include "platform/linux/CrashStack.h"
+#include "platform/linux/Sanitized.h"
 #include "utils/files/PrivateFile.h"
 #include "utils/text/Product.h"
 
@@ -25,15 +27,6 @@
 #include <ucontext.h>
 #include <unistd.h>
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
-#define MORVANE_SANITIZED
-#endif
-#endif
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define MORVANE_SANITIZED
-#endif
-
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -50,14 +43,12 @@ constexpr std::array watched{Watched{SIGSEGV, "SIGSEGV"}, Watched{SIGBUS, "SIGBU
                              Watched{SIGSYS, "SIGSYS"}};
 constexpr int deepest = 64;       // calls
 constexpr unsigned patience = 10; // seconds that a report may take
-constexpr std::size_t stackBytes = 1 << 16;
 
 enum class Cause { signal, terminate, fatalMessage };
 
 // What the handler finds ready. Written before it can run, but for the cause.
 std::array<char, PATH_MAX> prefix{};
 std::array<char, PATH_MAX> oldest{}; // which gives way to a report; empty for none
-alignas(16) std::array<char, stackBytes> secondStack{};
 pid_t process = 0;
 pid_t mainThread = 0;
 QtMessageHandler formerMessageHandler = nullptr;
@@ -350,10 +341,8 @@ bool prepareFolder(const QString &folder, int kept)
 
 void takeSignals()
 {
-    stack_t stack{};
-    stack.ss_sp = secondStack.data();
-    stack.ss_size = secondStack.size();
-    ::sigaltstack(&stack, nullptr);
+    static const auto *const ofMainThread = new CrashStack; // to the end
+    static_cast<void>(ofMainThread);
     struct sigaction action {};
     action.sa_sigaction = handle;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK;
