@@ -3,7 +3,7 @@
 #include "platform/linux/DesktopLinks.h"
 
 #include "async/CancelledError.h"
-#include "platform/linux/PortalRequest.h"
+#include "platform/linux/PortalCall.h"
 #include "support/ManualClock.h"
 #include "support/PrivateBus.h"
 
@@ -106,7 +106,7 @@ TEST_F(DesktopLinksTest, AskThePortalAndHeedItsAnswer)
     TestWait::until([&] { return portal.opened.size() == 6; });
     TestWait::settle();
     EXPECT_FALSE(outcome->done);
-    clock.advance(PortalRequest::patience);
+    clock.advance(PortalCall::patience);
     TestWait::until([&] { return outcome->done; });
     EXPECT_EQ(outcome->value, Outcome::failed);
     std::stop_source stop;

@@ -2,7 +2,7 @@
 
 #include "async/AsyncStream.h"
 #include "async/Clock.h"
-#include "platform/linux/PortalRequest.h"
+#include "platform/linux/PortalCall.h"
 
 #include <QDBusUnixFileDescriptor>
 #include <QFile>
@@ -21,37 +21,36 @@ namespace {
 const QString openURI = u"org.freedesktop.portal.OpenURI"_s;
 const QString noWindow; // that the portal's own questions would stand in front of
 
-Outcome outcomeOf(PortalRequest::End end)
+Outcome outcomeOf(PortalCall::End end)
 {
     switch (end) {
-    case PortalRequest::End::done:
+    case PortalCall::End::done:
         return Outcome::opened;
-    case PortalRequest::End::dismissed:
+    case PortalCall::End::dismissed:
         return Outcome::dismissed;
-    case PortalRequest::End::failed:
-    case PortalRequest::End::noPortal:
+    case PortalCall::End::declined:
+    case PortalCall::End::failed:
+    case PortalCall::End::noPortal:
         return Outcome::failed;
     }
     return Outcome::failed;
 }
 
-QCoro::Task<PortalRequest::End> askPortal(QDBusConnection bus, QUrl address, Clock *clock,
-                                          std::stop_token stop)
+QCoro::Task<PortalCall::End> askPortal(QDBusConnection bus, QUrl address, Clock *clock, std::stop_token stop)
 {
-    QString method = u"OpenURI"_s;
-    QVariantList arguments{noWindow};
+    PortalCall::Question question{openURI, u"OpenURI"_s, {noWindow}};
     if (address.isLocalFile()) { // the portal takes a file by an open descriptor
         const int file = ::open(QFile::encodeName(address.toLocalFile()).constData(), O_PATH | O_CLOEXEC);
         if (file < 0)
-            co_return PortalRequest::End::failed;
-        method = u"OpenFile"_s;
-        arguments.append(QVariant::fromValue(QDBusUnixFileDescriptor(file))); // which is a copy
+            co_return PortalCall::End::failed;
+        question.method = u"OpenFile"_s;
+        question.arguments.append(QVariant::fromValue(QDBusUnixFileDescriptor(file))); // which is a copy
         ::close(file);
     } else {
-        arguments.append(address.toString(QUrl::FullyEncoded));
+        question.arguments.append(address.toString(QUrl::FullyEncoded));
     }
-    const PortalRequest::End end = co_await PortalRequest::run(bus, openURI, method, arguments, clock, stop);
-    co_return end;
+    const PortalCall::Answer answer = co_await PortalCall::ask(bus, question, clock, stop);
+    co_return answer.end;
 }
 
 // Runs on when nobody waits for it any more, and is let go when it ends.
@@ -91,8 +90,8 @@ QCoro::Task<Outcome> DesktopLinks::open(QUrl address, std::stop_token stop)
     Clock *clock = &m_clock;
     if (m_bus && m_bus->isConnected()) {
         const QDBusConnection bus = *m_bus;
-        const PortalRequest::End end = co_await askPortal(bus, address, clock, stop);
-        if (end != PortalRequest::End::noPortal)
+        const PortalCall::End end = co_await askPortal(bus, address, clock, stop);
+        if (end != PortalCall::End::noPortal)
             co_return outcomeOf(end);
     }
     auto [outcomes, producer] = AsyncStream<Outcome>::make();

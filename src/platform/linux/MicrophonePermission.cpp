@@ -1,25 +1,18 @@
 #include "platform/linux/MicrophonePermission.h"
 
+#include "platform/linux/PortalCall.h"
+
 #include <QCoreApplication>
-#include <QDBusMessage>
-#include <QDBusObjectPath>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QFile>
-#include <QUuid>
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
+using End = PortalCall::End;
 
 namespace {
 
-const QString service = u"org.freedesktop.portal.Desktop"_s;
-const QString path = u"/org/freedesktop/portal/desktop"_s;
 const QString deviceInterface = u"org.freedesktop.portal.Device"_s;
-const QString requestInterface = u"org.freedesktop.portal.Request"_s;
-
-enum Response : uint { allowed = 0, notServed = 100 }; // the latter is ours: no answer will come
 constexpr qint64 longestDescription = 0x10000;
 
 enum class Reach { everything, soundServer, noSound };
@@ -44,33 +37,6 @@ std::optional<QDBusConnection> sessionBus()
         return std::nullopt;
     const auto bus = QDBusConnection::sessionBus();
     return bus.isConnected() ? std::optional(bus) : std::nullopt;
-}
-
-// Where the answer will come from, which is listened to before the question is asked.
-QString handleOf(const QDBusConnection &bus, const QString &token)
-{
-    return u"/org/freedesktop/portal/desktop/request/%1/%2"_s.arg(
-        bus.baseService().mid(1).replace(u'.', u'_'), token);
-}
-
-QCoro::Task<uint> answerOf(QDBusConnection bus, std::stop_token stop)
-{
-    auto ends = AsyncStream<uint>::make();
-    const PortalAnswer answer(ends.second);
-    const QString token = u"morvane"_s + QUuid::createUuid().toString(QUuid::Id128);
-    bus.connect(service, handleOf(bus, token), requestInterface, u"Response"_s,
-                const_cast<PortalAnswer *>(&answer), SLOT(take(uint, QVariantMap)));
-    auto call = QDBusMessage::createMethodCall(service, path, deviceInterface, u"AccessDevice"_s);
-    call.setArguments({static_cast<uint>(QCoreApplication::applicationPid()), QStringList{u"microphone"_s},
-                       QVariantMap{{u"handle_token"_s, token}}});
-    const QDBusPendingCallWatcher watcher(bus.asyncCall(call));
-    QObject::connect(&watcher, &QDBusPendingCallWatcher::finished, &answer,
-                     [producer = ends.second](QDBusPendingCallWatcher *asked) mutable {
-                         if (QDBusPendingReply<QDBusObjectPath>(*asked).isError())
-                             producer.yield(notServed);
-                     });
-    const std::optional<uint> response = co_await ends.first.next(stop);
-    co_return response.value_or(notServed);
 }
 
 } // namespace
@@ -101,10 +67,15 @@ AudioPermitting::States MicrophonePermission::states() const
 QCoro::Task<PermissionState> MicrophonePermission::requestMicrophone(std::stop_token stop)
 {
     const auto bus = m_places.bus ? m_places.bus : sessionBus();
-    uint response = notServed;
-    if (bus)
-        response = co_await answerOf(*bus, std::move(stop));
-    m_isGranted = response == allowed || response == notServed;
+    PortalCall::Answer answer{.end = End::noPortal};
+    if (bus) {
+        const PortalCall::Question question{
+            deviceInterface,
+            u"AccessDevice"_s,
+            {static_cast<uint>(QCoreApplication::applicationPid()), QStringList{u"microphone"_s}}};
+        answer = co_await PortalCall::ask(*bus, question, nullptr, std::move(stop));
+    }
+    m_isGranted = answer.end != End::dismissed && answer.end != End::declined;
     co_return m_isGranted ? PermissionState::granted : PermissionState::denied;
 }
 

@@ -1,30 +1,13 @@
 #pragma once
 
-#include "async/AsyncStream.h"
 #include "audio/AudioPermitting.h"
 
 #include <QDBusConnection>
-#include <QObject>
-#include <QVariantMap>
+#include <QString>
 
 #include <optional>
 
 namespace morvane {
-
-// What the device portal answers to one question. Lives until then.
-class PortalAnswer : public QObject {
-    Q_OBJECT
-public:
-    explicit PortalAnswer(AsyncStream<uint>::Producer producer)
-        : m_producer(std::move(producer))
-    {}
-
-public Q_SLOTS:
-    void take(uint response, const QVariantMap & /*results*/) { m_producer.yield(response); }
-
-private:
-    AsyncStream<uint>::Producer m_producer;
-};
 
 // A program that is installed as any other may listen, and recognition stays in it. In a sandbox its
 // description says whether it reaches the sound server; the person is asked by the device portal where that

@@ -154,11 +154,11 @@ void PortalGlobalShortcuts::open()
         PortalCall::pathOf(m_bus, u"session", token); // also for one that is no longer wanted when it comes
     m_call = new PortalCall(
         m_bus, shortcutsInterface, u"CreateSession"_s, {}, {{u"session_handle_token"_s, token}},
-        [this](PortalCall::End end, const QVariantMap &results, const QString &portal) {
-            if (end == PortalCall::End::done)
-                bindIn(results, portal);
+        [this](const PortalCall::Answer &answer) {
+            if (answer.end == PortalCall::End::done)
+                bindIn(answer.results, answer.portal);
             else
-                setAll(end == PortalCall::End::noPortal ? State::unavailable : State::refused);
+                setAll(answer.end == PortalCall::End::noPortal ? State::unavailable : State::refused);
         },
         this);
 }
@@ -179,9 +179,9 @@ void PortalGlobalShortcuts::bindIn(const QVariantMap &results, const QString &po
                                  QString()};
     m_call = new PortalCall(
         m_bus, shortcutsInterface, u"BindShortcuts"_s, arguments, {},
-        [this](PortalCall::End end, const QVariantMap &answer, const QString &) {
-            if (end == PortalCall::End::done)
-                take(answer.value(u"shortcuts"_s));
+        [this](const PortalCall::Answer &answer) {
+            if (answer.end == PortalCall::End::done)
+                take(answer.results.value(u"shortcuts"_s));
             else
                 setAll(State::refused);
         },

@@ -1,12 +1,11 @@
 #pragma once
 
 #include "async/SharedResult.h"
-#include "platform/linux/ProcessPrivacy.h"
+#include "platform/linux/PortalCall.h"
 
 #include <QDBusConnection>
-#include <QDBusContext>
 #include <QObject>
-#include <QVariantMap>
+#include <QPointer>
 
 #include <memory>
 #include <utility>
@@ -18,7 +17,7 @@ namespace morvane {
 //
 // It lives until the portal has answered, also when nobody wants the answer any more: then the file is
 // removed all the same.
-class PortalScreenshot : public QObject, protected QDBusContext {
+class PortalScreenshot : public QObject {
     Q_OBJECT
 public:
     enum class End { Taken, Refused, Failed, Absent, BusGone };
@@ -37,20 +36,11 @@ public:
     // Nobody wants the answer: the portal is told, what it leaves is removed, and the object goes.
     static void abandon(std::unique_ptr<PortalScreenshot> question);
 
-private Q_SLOTS:
-    void answered(uint response, const QVariantMap &results);
-    void portalLeft(const QString &service, const QString &former, const QString &now);
-
 private:
-    void ask();
-    void listenAt(const QString &request);
-    void take(uint response, const QVariantMap &results);
+    void take(const PortalCall::Answer &answer);
     void finish(End end, const QString &words);
 
-    QDBusConnection m_bus;
-    std::unique_ptr<ProcessPrivacy::Pause> m_visible; // until the portal has looked who asks
-    QString m_request;                                // the portal's object for this question
-    QString m_portal;                                 // its name on the bus; empty until it has replied
+    QPointer<PortalCall> m_call;
     QString m_file;
     QString m_words;
     SharedResult<End> m_end;
