@@ -47,6 +47,29 @@ void SettingsFinder::setQuery(const QString &query)
     if (m_query == query.left(longestQuery))
         return;
     m_query = query.left(longestQuery);
+    Q_EMIT queryChanged();
+    look();
+    Q_EMIT found();
+}
+
+// Once this moment's changes are all in.
+void SettingsFinder::lookSoon()
+{
+    if (m_isStale || m_query.isEmpty())
+        return;
+    m_isStale = true;
+    const auto again = [this] {
+        m_isStale = false;
+        const std::vector<Entry> before = m_found;
+        look();
+        if (m_found != before)
+            Q_EMIT found();
+    };
+    QMetaObject::invokeMethod(this, again, Qt::QueuedConnection);
+}
+
+void SettingsFinder::look()
+{
     const SearchTerms terms(m_query);
     std::vector<Entry> entries;
     if (m_pages && !terms.isEmpty()) {
@@ -63,18 +86,19 @@ void SettingsFinder::setQuery(const QString &query)
                           [](const Entry &entry) { return entry.title == entry.pageTitle; });
     if (entries.size() > mostFound)
         entries.resize(mostFound);
+    if (entries == m_found)
+        return;
     beginResetModel();
     m_found = std::move(entries);
     endResetModel();
-    Q_EMIT queryChanged();
-    Q_EMIT found();
 }
 
 // A row's words include its card's heading, and what stands in a row is part of it.
-void SettingsFinder::collect(QQuickItem &item, const Entry &within, std::vector<Entry> &entries) const
+void SettingsFinder::collect(QQuickItem &item, const Entry &within, std::vector<Entry> &entries)
 {
     if (item.inherits("QQuickListView"))
         return;
+    connect(&item, &QQuickItem::childrenChanged, this, &SettingsFinder::lookSoon, Qt::UniqueConnection);
     Entry entry = within;
     const QString title = &item == within.item ? within.title : titleOf(item);
     if (!title.isEmpty()) {

@@ -12,7 +12,8 @@ namespace morvane {
 // Finds what the pages of the settings hold, by the words that stand on them: whatever has a `title` or a
 // `heading`, with its `explanation`, its `keywords` and the texts of its buttons, and buttons that stand by
 // themselves. Nothing is listed beforehand, so what is added to a page is found. A row that a page doesn't
-// show just now is found as well. Rows of tables aren't settings.
+// show just now is found as well, and one that a page gets only while it is looked for as soon as it is there.
+// Rows of tables aren't settings.
 class SettingsFinder : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -42,7 +43,7 @@ public:
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
 Q_SIGNALS:
-    void queryChanged();
+    void queryChanged(); // before what it finds
     void found();
 
 private:
@@ -52,13 +53,18 @@ private:
         QString pageTitle;
         int page;
         QPointer<QQuickItem> item;
+
+        bool operator==(const Entry &) const = default;
     };
 
-    void collect(QQuickItem &item, const Entry &within, std::vector<Entry> &entries) const;
+    void look();
+    void lookSoon();
+    void collect(QQuickItem &item, const Entry &within, std::vector<Entry> &entries);
 
     QPointer<QQuickItem> m_pages;
     QString m_query;
     std::vector<Entry> m_found;
+    bool m_isStale = false; // something came or went on a page since
 };
 
 } // namespace morvane

@@ -436,6 +436,17 @@ TEST_F(SettingsWindowTest, TheSearchFindsRowsOfEveryPageAndReturnGoesThere)
     EXPECT_EQ(control(u"rowMark"_s), nullptr);
     pressKey(Qt::Key_Return);
     EXPECT_TRUE(eventually([this] { return control(u"rowMark"_s) && isAt(m_page, u"Lock MorvaneGPT"_s); }));
+
+    EXPECT_TRUE(eventually([this] { return !m_app->presentation().about.page->updates().isEmpty(); }))
+        << "a page that nobody has turned to yet reads what it shows";
+    EXPECT_EQ(first(u"late row"_s), QString());
+    QQuickItem late;
+    late.setProperty("title", u"Late row"_s);
+    late.setParentItem(m_page->findChild<QQuickItem *>(u"eraseAll"_s)->parentItem());
+    EXPECT_TRUE(eventually([this] {
+        const QQuickItem *found = control(u"settingsResult.0"_s);
+        return found && accessibleName(const_cast<QQuickItem *>(found)) == u"Late row, Privacy"_s;
+    }));
 }
 
 TEST_F(SettingsWindowTest, KeysAndTheWheelZoomBothWindowsWithinBounds)

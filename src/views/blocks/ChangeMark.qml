@@ -19,8 +19,8 @@ Row {
     Icon {
         anchors.verticalCenter: parent.verticalCenter
         visible: root.direction !== 0
-        width: 14 * Theme.zoom
-        height: 14 * Theme.zoom
+        width: 12 * Theme.zoom
+        height: 12 * Theme.zoom
         name: root.direction > 0 ? "arrow-up" : "arrow-down"
         color: root.ink
     }

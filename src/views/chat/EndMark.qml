@@ -16,8 +16,8 @@ RowLayout {
         Layout.alignment: Qt.AlignTop
         name: root.glyph
         color: root.ink
-        implicitWidth: 18 * Theme.zoom
-        implicitHeight: 18 * Theme.zoom
+        implicitWidth: 16 * Theme.zoom
+        implicitHeight: 16 * Theme.zoom
     }
     SmallText {
         Layout.fillWidth: true

@@ -10,7 +10,7 @@ T.Button {
     readonly property color ink: mark === "refused" ? Theme.warning : mark === "verified" ? Theme.success : Theme.secondary
 
     objectName: "proofLine"
-    implicitWidth: Math.ceil(words.implicitWidth) + 14 * Theme.zoom + Theme.gap4
+    implicitWidth: Math.ceil(words.implicitWidth) + 16 * Theme.zoom + Theme.gap4
     implicitHeight: 28 * Theme.zoom
 
     Accessible.name: qsTr("This reply came from: %1").arg(text)
@@ -23,8 +23,8 @@ T.Button {
             id: drawing
 
             anchors.verticalCenter: parent.verticalCenter
-            width: 14 * Theme.zoom
-            height: 14 * Theme.zoom
+            width: 16 * Theme.zoom
+            height: 16 * Theme.zoom
             name: root.mark === "verified" ? "sealed" : root.mark === "refused" ? "warning" : root.mark === "running" ? "spark" : "pin"
             color: root.ink
         }
@@ -32,7 +32,7 @@ T.Button {
             id: words
 
             anchors.verticalCenter: parent.verticalCenter
-            x: 14 * Theme.zoom + Theme.gap4
+            x: 16 * Theme.zoom + Theme.gap4
             width: parent.width - x
             text: root.text
             color: root.ink

@@ -57,8 +57,8 @@ T.Button {
             anchors.verticalCenter: parent.verticalCenter
             name: "chevron-down"
             color: Theme.secondary
-            width: 14 * Theme.zoom
-            height: 14 * Theme.zoom
+            width: 12 * Theme.zoom
+            height: 12 * Theme.zoom
         }
     }
     background: Rectangle {

@@ -29,8 +29,8 @@ Flow {
             Icon {
                 x: Theme.gap8
                 anchors.verticalCenter: parent.verticalCenter
-                width: 14 * Theme.zoom
-                height: 14 * Theme.zoom
+                width: 16 * Theme.zoom
+                height: 16 * Theme.zoom
                 name: "globe"
                 color: Theme.secondary
             }

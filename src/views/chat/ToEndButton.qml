@@ -23,8 +23,8 @@ T.RoundButton {
     contentItem: Item {
         Icon {
             anchors.centerIn: parent
-            width: 18 * Theme.zoom
-            height: 18 * Theme.zoom
+            width: 20 * Theme.zoom
+            height: 20 * Theme.zoom
             name: "arrow-down"
             color: Theme.text
         }

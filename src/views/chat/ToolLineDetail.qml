@@ -50,8 +50,8 @@ Column {
         Icon {
             anchors.verticalCenter: parent.verticalCenter
             visible: root.isFromOutside
-            width: 14 * Theme.zoom
-            height: 14 * Theme.zoom
+            width: 16 * Theme.zoom
+            height: 16 * Theme.zoom
             name: "warning"
             color: Theme.warning
         }

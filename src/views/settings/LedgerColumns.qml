@@ -16,5 +16,5 @@ QtObject {
     readonly property real trafficX: outcomeX - Theme.gap12 - trafficWidth
     readonly property real outcomeWidth: 112 * scale
     readonly property real outcomeX: markX - Theme.gap8 - outcomeWidth
-    readonly property real markX: width - Theme.gap16 - 14 * Theme.zoom // of the sign that a row opens
+    readonly property real markX: width - Theme.gap16 - 16 * Theme.zoom // of the sign that a row opens
 }

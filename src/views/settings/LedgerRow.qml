@@ -75,8 +75,8 @@ Item {
         }
         Icon {
             x: root.columns.markX
-            width: 14 * Theme.zoom
-            height: 14 * Theme.zoom
+            width: 16 * Theme.zoom
+            height: 16 * Theme.zoom
             name: root.opened ? "chevron-down" : "chevron-right"
             color: Theme.secondary
         }

@@ -105,6 +105,7 @@ SettingsCard {
     }
     SettingsRow {
         title: qsTr("Log")
+        keywords: qsTr("local AI setup")
         explanation: qsTr("What setting up did, step by step. None of your words are in it.")
 
         PushButton {

@@ -28,6 +28,7 @@ ColumnLayout {
 
     SettingsRow {
         title: qsTr("Passphrase")
+        keywords: qsTr("password new repeat current forget encryption")
         explanation: root.lock.hasPassphrase
             ? qsTr("Your key is kept under your passphrase. Without it nobody opens your chats, not even with your disk and your keyring.")
             : qsTr("Keeps your key under a passphrase of its own, so that a stolen disk and keyring don't open your chats.")

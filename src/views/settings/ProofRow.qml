@@ -84,8 +84,8 @@ Item {
             id: sign
 
             x: parent.width - Theme.gap16 - width
-            width: 14 * Theme.zoom
-            height: 14 * Theme.zoom
+            width: 16 * Theme.zoom
+            height: 16 * Theme.zoom
             name: root.opened ? "chevron-down" : "chevron-right"
             color: Theme.secondary
         }

@@ -9,6 +9,7 @@ Rectangle {
 
     required property Item pages // one item each, in the order of the list
     property string currentPage
+    readonly property bool searches: finder.query.length > 0
 
     signal chosen(string page)
     signal rowChosen(int page, Item row)
@@ -31,8 +32,8 @@ Rectangle {
 
         pages: root.pages
         query: field.text
+        onQueryChanged: root.searchBegun()
         onFound: {
-            root.searchBegun();
             if (query.length > 0)
                 announcement.say(count === 0 ? qsTr("Nothing found") : qsTr("%1 found").arg(count));
         }

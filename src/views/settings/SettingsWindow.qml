@@ -132,7 +132,7 @@ T.ApplicationWindow {
                 calendars: root.calendars
                 shortcuts: root.shortcuts
                 shell: root.shell
-                shown: root.visible && root.page === "abilities"
+                shown: root.visible && (root.page === "abilities" || menu.searches)
                 screenTest: root.screenTest
             }
             MemoryPage {
@@ -153,6 +153,7 @@ T.ApplicationWindow {
                 settings: root.settings
                 talkKey: root.talkKey
                 shown: root.visible && root.page === "voice"
+                sought: root.visible && menu.searches
             }
             KeyboardPage {
                 chatKey: root.chatKey
@@ -175,7 +176,7 @@ T.ApplicationWindow {
             AboutPage {
                 about: root.about
                 shell: root.shell
-                shown: root.visible && root.page === "about"
+                shown: root.visible && (root.page === "about" || menu.searches)
             }
         }
     }

@@ -41,6 +41,8 @@ SettingsCard {
             required property string name
             required property string comment
             required property bool refused
+            readonly property string title: name // which it is found by
+            readonly property string explanation: comment
 
             Layout.fillWidth: true
             Layout.topMargin: Theme.gap8

@@ -14,17 +14,22 @@ SettingsPage {
     required property SettingsStore settings
     required property GlobalShortcutViewModel talkKey
     property bool shown: false
+    property bool sought: false // words of it may be looked for
+
+    function look() {
+        root.recognition.refresh();
+        root.speaking.refresh();
+    }
 
     title: qsTr("Voice")
     onShownChanged: {
         root.microphone.setWatched(root.shown);
-        if (root.shown) {
-            root.recognition.refresh();
-            root.speaking.refresh();
-        } else {
+        if (root.shown)
+            root.look();
+        else
             root.speaking.stop();
-        }
     }
+    onSoughtChanged: if (sought) root.look()
 
     TalkingCard {
         settings: root.settings

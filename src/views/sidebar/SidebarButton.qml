@@ -23,8 +23,8 @@ T.Button {
         Icon {
             name: root.glyph
             color: Theme.text
-            implicitWidth: 18 * Theme.zoom
-            implicitHeight: 18 * Theme.zoom
+            implicitWidth: 20 * Theme.zoom
+            implicitHeight: 20 * Theme.zoom
         }
         PlainText {
             Layout.fillWidth: true
