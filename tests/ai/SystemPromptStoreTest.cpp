@@ -1,13 +1,14 @@
 #include "ai/prompts/SystemPromptStore.h"
-
 #include "ai/prompts/SystemPrompt.h"
 #include "persistence/InMemorySettingsRepository.h"
 #include "persistence/SettingsStore.h"
 #include "security/InMemoryKeychainService.h"
 #include "security/LocalDataVault.h"
 #include "security/SealedForm.h"
+#include "support/TestData.h"
 #include "utils/files/PrivateFile.h"
 
+#include <QCryptographicHash>
 #include <QDir>
 #include <QTemporaryDir>
 
@@ -154,6 +155,34 @@ TEST_F(SystemPromptStoreTest, LosesNothingWhenTheFileCannotBeWritten)
     EXPECT_EQ(repository.keys(), keys);
     store.setPrompt(u"kept in memory"_s);
     EXPECT_EQ(store.effectivePrompt(), u"kept in memory"_s);
+}
+
+QByteArray fingerprint(const QString &text)
+{
+    return QCryptographicHash::hash(text.toUtf8(), QCryptographicHash::Sha256).toHex();
+}
+
+// The digests were taken from the agreed wording, not from this program: a changed character is a fault here.
+TEST(SystemPromptTest, TheWordsAreTheAgreedOnes)
+{
+    const auto instructions = [](const QByteArray &names) {
+        std::vector<AITool> tools;
+        for (const QString &name : QString::fromUtf8(names).split(u' ', Qt::SkipEmptyParts))
+            tools.push_back({name});
+        return QString::fromLatin1(fingerprint(SystemPrompt::toolInstructions(tools)));
+    };
+    const char *table = "ai/tool_instructions.txt";
+    EXPECT_EQ(TestData::transcript(table, instructions), TestData::text(table));
+}
+
+TEST(SystemPromptTest, IdentityThenRulesThenMemory)
+{
+    const QString identity = SystemPrompt::identity(u"Be brief."_s);
+    EXPECT_EQ(identity, u"Be brief.\n\nYour name is MorvaneGPT."_s);
+    const QString start = identity + u"\n\n"_s + SystemPrompt::toolInstructions({});
+    EXPECT_EQ(SystemPrompt::ofTurn(identity, {}, u"Notes"_s), start + u"\n\nNotes"_s);
+    EXPECT_EQ(SystemPrompt::ofTurn(identity, {}, u""_s), start);
+    EXPECT_EQ(SystemPrompt::ofTurn(identity, {}, std::nullopt), start);
 }
 
 } // namespace

@@ -79,13 +79,6 @@ TEST_F(AgentRunsAgainstServerTest, AStrictServiceIsAskedOnceMoreInATurnAndToldAl
     EXPECT_EQ(ledger.snapshot().entries.size(), 6U);
 }
 
-TEST_F(AgentRunsAgainstServerTest, WithoutToolsAReplyIsOnlyRelayed)
-{
-    settings.setAbilitiesEnabled(false);
-    EXPECT_EQ(ask(u"agent-refuses-search"_s).shown(), u"Sorry, I can't look that up."_s);
-    EXPECT_EQ(server.requests().size(), 1U);
-}
-
 TEST_F(AgentRunsAgainstServerTest, WhatIsReadFromTheScreenIsCarriedByTheLaterRoundsInBothLedgers)
 {
     const auto whole = [](const QByteArray &message) {
