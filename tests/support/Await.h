@@ -62,17 +62,29 @@ QCoro::Task<> collect(QCoro::Task<T> task, std::shared_ptr<Outcome<T>> outcome)
     outcome->done = true;
 }
 
-// The task's value; rethrows its exception.
+// The task is under way; what comes of it.
 template <typename T>
-T await(QCoro::Task<T> task)
+std::shared_ptr<Outcome<T>> begin(QCoro::Task<T> task)
 {
     const auto outcome = std::make_shared<Outcome<T>>();
     collect<T>(std::move(task), outcome);
+    return outcome;
+}
+
+// The value of a task that is under way, or that begins here; rethrows its exception.
+template <typename T>
+T result(const std::shared_ptr<Outcome<T>> &outcome)
+{
     until([&] { return outcome->done; });
     if (outcome->error)
         std::rethrow_exception(outcome->error);
     if constexpr (!std::is_void_v<T>)
         return std::move(*outcome->value);
+}
+template <typename T>
+T await(QCoro::Task<T> task)
+{
+    return result<T>(begin<T>(std::move(task)));
 }
 
 } // namespace TestWait

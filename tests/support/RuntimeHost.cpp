@@ -89,11 +89,6 @@ void RuntimeHost::play(const QString &scenario) const
     write(m_folder.filePath(u"scenario"_s), scenario.toUtf8());
 }
 
-void RuntimeHost::goOnWithPull() const
-{
-    ServerProcess::post(serverPort(), "/go-on");
-}
-
 bool RuntimeHost::isUnharmed() const
 {
     return !QFile::exists(m_folder.filePath(u"escaped"_s)) &&

@@ -29,10 +29,8 @@ public:
     void deliver(const QString &delivery) const;
     void goOn() const;
 
-    // What the runtime plays from now on; most is heeded at its start or at the next pull. And on with a held
-    // pull.
+    // What the runtime plays from now on; most is heeded at its start or at the next pull.
     void play(const QString &scenario) const;
-    void goOnWithPull() const;
 
     // What arrived at the host, the release page and its storage.
     [[nodiscard]] const std::vector<ServerProcess::Request> &requests() { return m_process.requests(); }

@@ -2,6 +2,8 @@
 
 #include <QFile>
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <stdexcept>
 
@@ -69,6 +71,11 @@ std::string TestData::transcript(const char *path,
             all += "    " + shown(outcome(meant(line))) + '\n';
     }
     return all.toStdString();
+}
+
+void TestData::expect(const char *path, const std::function<QString(const QByteArray &input)> &outcome)
+{
+    EXPECT_EQ(transcript(path, outcome), text(path));
 }
 
 } // namespace morvane

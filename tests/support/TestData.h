@@ -30,6 +30,9 @@ namespace TestData {
 [[nodiscard]] std::string transcript(const char *path,
                                      const std::function<QString(const QByteArray &input)> &outcome);
 
+// It equals.
+void expect(const char *path, const std::function<QString(const QByteArray &input)> &outcome);
+
 } // namespace TestData
 
 } // namespace morvane

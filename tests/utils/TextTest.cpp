@@ -1,11 +1,13 @@
 #include "utils/text/Text.h"
-
 #include "support/TestData.h"
+#include "utils/text/LinkDetector.h"
 #include "utils/text/ThinkingTags.h"
 
 #include <QStringList>
 
 #include <gtest/gtest.h>
+
+#include <chrono>
 
 namespace morvane {
 
@@ -79,14 +81,47 @@ TEST(ThinkingTagsTest, AreFoundAtTheStartOfAReplyAndNowhereElse)
     const auto shown = [](const ThinkingTags::Parts &parts) {
         return parts.thinking + (parts.isOpen ? u"…|"_s : u"|"_s) + parts.answer;
     };
-    const char *table = "utils/thinking_tags.txt";
     const auto outcome = [&](const QByteArray &line) {
         const QString text = QString::fromUtf8(line);
         const QString growing = shown(ThinkingTags::split(text, ThinkingTags::Extent::growing));
         const QString whole = shown(ThinkingTags::split(text));
         return growing == whole ? whole : growing + u" → "_s + whole;
     };
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect("utils/thinking_tags.txt", outcome);
+}
+
+TEST(LinkDetectorTest, FindsWhatAPersonSees)
+{
+    const auto outcome = [](const QString &text) {
+        QStringList found;
+        for (const LinkDetector::Link &link : LinkDetector::find(text))
+            found += link.url.toString(QUrl::FullyEncoded);
+        return found.join(u' ');
+    };
+    TestData::expect("utils/links.txt", outcome);
+}
+
+TEST(LinkDetectorTest, TellsWhereTheLinkStands)
+{
+    const QString text = u"Ask (example.com/x)."_s;
+    const auto links = LinkDetector::find(text);
+    ASSERT_EQ(links.size(), 1U);
+    EXPECT_EQ(text.mid(links[0].start, links[0].length), u"example.com/x"_s);
+}
+
+// Each text is a trap for a finder that looks ahead or back again and again.
+TEST(LinkDetectorTest, TakesTimeInProportionToHostileText)
+{
+    constexpr qsizetype size = 400'000;
+    for (const char16_t *unit : {u"http://", u"https://a.", u"a@", u"a.", u"a.com,", u"(", u"a.com/(", u".",
+                                 u"a:", u"https://a.com,https:/", u"%", u"a-", u"http:", u"mailto:a@"}) {
+        const QString text = QString::fromUtf16(unit).repeated(size / QStringView(unit).size());
+        const auto begin = std::chrono::steady_clock::now();
+        static_cast<void>(LinkDetector::find(text));
+        // A quadratic pass over this text takes minutes.
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10))
+            << QString::fromUtf16(unit).toStdString();
+    }
 }
 
 } // namespace
