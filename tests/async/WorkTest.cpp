@@ -70,6 +70,15 @@ TEST_F(WorkTest, OnlySoManyThreadsRunAtOnce)
     EXPECT_LE(most, Work::mostThreads);
 }
 
+QCoro::Task<> noteCancelled(QCoro::Task<> task, bool *wasCancelled)
+{
+    try {
+        co_await std::move(task);
+    } catch (const CancelledError &) {
+        *wasCancelled = true;
+    }
+}
+
 TEST_F(WorkTest, StoppingOrDroppingTheCallerEndsItsWaitAndTellsTheWork)
 {
     for (const bool isDropped : {false, true}) {
@@ -77,25 +86,15 @@ TEST_F(WorkTest, StoppingOrDroppingTheCallerEndsItsWaitAndTellsTheWork)
         std::atomic<bool> wasTold = false;
         std::latch ended(1);
         bool cancelled = false;
-        auto caller = TaskHandle::start([&](std::stop_token stop) -> QCoro::Task<> {
-            return [](WorkTest *self, auto body, bool *noted,
-                      std::stop_token given) -> QCoro::Task<> {
-                try {
-                    co_await self->work.run(body, given);
-                } catch (const CancelledError &) {
-                    *noted = true;
-                }
-            }(
-                                                 this,
-                                                 [&](const std::stop_token &stopped) {
-                                                     began.release();
-                                                     while (!stopped.stop_requested())
-                                                         std::this_thread::yield();
-                                                     wasTold = true;
-                                                     ended.count_down();
-                                                 },
-                                                 &cancelled, std::move(stop));
-        });
+        const auto task = [&](const std::stop_token &stopped) {
+            began.release();
+            while (!stopped.stop_requested())
+                std::this_thread::yield();
+            wasTold = true;
+            ended.count_down();
+        };
+        auto caller = TaskHandle::start(
+            [&](std::stop_token stop) { return noteCancelled(work.run(task, std::move(stop)), &cancelled); });
         began.acquire();
         if (isDropped)
             caller = {};

@@ -1,6 +1,6 @@
 #include "memory/MemoryStore.h"
-
 #include "memory/MemoryFile.h"
+#include "memory/NoteText.h"
 #include "persistence/InMemorySettingsRepository.h"
 #include "persistence/SettingsStore.h"
 #include "security/InMemoryKeychainService.h"
@@ -150,7 +150,7 @@ TEST_F(MemoryStoreTest, NotesAndReceiptsFollowWhatIsRememberedForgottenAndUndone
                                               : u"forgotten"_s);
         return all;
     };
-    EXPECT_EQ(TestData::transcript("memory/story.txt", outcome), TestData::text("memory/story.txt"));
+    TestData::expect("memory/story.txt", outcome);
     EXPECT_EQ(store->matching(u"Dhabi lives"_s).size(), 1U);
     EXPECT_EQ(logged(u"Memory: recorded a fact (9 chars)"_s), 1);
     EXPECT_EQ(logged(u"Memory: a save was undone"_s), 2);
@@ -247,6 +247,27 @@ TEST_F(MemoryStoreTest, FoldsTheThreeOldFilesIntoOneWhenAllOfThemOpen)
     EXPECT_TRUE(SealedForm::isSealedFile(onDisk()));
     EXPECT_EQ(QDir(directory).entryList(QDir::Files), QStringList{notesFile});
     EXPECT_EQ(logged(u"Memory: folded 3 partition file(s) into one"_s), 1);
+}
+
+TEST(NoteTextTest, TextsThatDifferInCaseSpacingAndPunctuationAreTheSameNote)
+{
+    const auto form = [](const QByteArray &text) { return NoteText::normalized(QString::fromUtf8(text)); };
+    TestData::expect("memory/same_note.txt", form);
+}
+
+TEST(NoteTextTest, ADescriptionMatchesAsAWholeOrByAllItsLongWords)
+{
+    const auto verdict = [](const QByteArray &line) {
+        const QStringList texts = QString::fromUtf8(line).split(u'|');
+        return NoteText::matches(texts[0], texts[1]) ? u"matches"_s : u"no"_s;
+    };
+    TestData::expect("memory/matches.txt", verdict);
+}
+
+TEST(NoteTextTest, StoresTheFirstCharactersThatAPersonSees)
+{
+    const QString flag = u"\U0001F1E9\U0001F1EA"_s; // one character of four units
+    EXPECT_EQ(NoteText::stored(u" \n"_s + flag.repeated(300)), flag.repeated(240));
 }
 
 } // namespace
