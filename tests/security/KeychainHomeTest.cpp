@@ -178,8 +178,7 @@ TEST_F(KeychainHomeTest, OpensTheKeyringOrTheFileAndLosesNoKey)
             parts.append(toldAs(state));
         return (parts + log.lines()).join(u"; "_s);
     };
-    EXPECT_EQ(TestData::transcript("security/key_homes.txt", outcome),
-              TestData::text("security/key_homes.txt"));
+    TestData::expect("security/key_homes.txt", outcome);
 }
 
 TEST_F(KeychainHomeTest, AnErasureReachesTheKeyringBesideTheFile)

@@ -1,12 +1,22 @@
 #include "async/Work.h"
+#include "security/FakeSecretStore.h"
+#include "security/KeychainService.h"
 #include "security/KeychainTasks.h"
-#include "security/SecretsScript.h"
+#include "security/LocalDataVault.h"
+#include "security/ServiceIdentity.h"
 #include "support/Await.h"
+#include "support/LogCapture.h"
 #include "support/ManualClock.h"
+#include "support/TestData.h"
+#include "support/WipeSpy.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QDir>
 #include <QRegularExpression>
 #include <QSemaphore>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
 
 #include <thread>
 
@@ -17,6 +27,223 @@ using namespace Qt::StringLiterals;
 // The keychain and what stands on it: most rules are told in transcripts, what takes threads or files here.
 
 namespace {
+
+// A keychain over a scripted keyring and person, with the vault and the credentials that stand on it.
+struct Secrets {
+    FakeSecretStore store;
+    FakePresence presence;
+    KeychainService keychain{QStringLiteral("own"), store, presence};
+    LocalDataVault vault{keychain};
+    ServiceIdentity identity{keychain};
+    QTemporaryDir home;
+    const QString path = home.filePath(QStringLiteral("notes"));
+};
+
+// Works the secrets by the lines of a transcript, each a command and its words.
+//
+// What comes of a line: its result, the calls that reached the keyring, the questions to the person, log
+// lines, how often the watched text was wiped, and what the keyring holds when that changed ("*": behind
+// presence). Long texts are keys, credentials and what is sealed: each shows as a number, ⟨1⟩, ⟨2⟩…, and is
+// named so.
+class SecretsScript : private Secrets {
+    Q_DISABLE_COPY_MOVE(SecretsScript)
+
+public:
+    SecretsScript()
+    {
+        addKeyringCommands();
+        addKeychainCommands();
+        addVaultCommands();
+        addIdentityCommands();
+    }
+    ~SecretsScript() { setTestHost({}); }
+
+    // Plays a file of tests/data; the line "anew" starts over.
+    static void expect(const char *path)
+    {
+        auto script = std::make_unique<SecretsScript>();
+        const auto outcome = [&](const QByteArray &line) {
+            if (line != "anew")
+                return script->play(line);
+            script.reset();
+            script = std::make_unique<SecretsScript>();
+            return QString();
+        };
+        TestData::expect(path, outcome);
+    }
+
+private:
+    using Call = FakeSecretStore::Call;
+    using Service = ServiceIdentity::Service;
+
+    void addKeyringCommands()
+    {
+        on("hold", [&] { hold("own", UserPresence::NotRequired); });
+        on("hold-guarded", [&] { hold("own", UserPresence::Required); });
+        on("hold-for", [&] { hold(word(3), UserPresence::NotRequired); });
+        on("refuse",
+           [&] { store.refuse(Call(callNames.indexOf(word(1))), KeychainStatus(word(2).toInt())); });
+        on("obey", [&] { store.refusal = nullptr; });
+        // The item goes, and the first try to put it back fails.
+        on("lose", [&] {
+            store.refusal = [this](Call call) {
+                const bool isFirst = call == Call::Add && store.held.erase({text("own"), text("key")}) == 1;
+                return isFirst ? std::optional(KeychainStatus::InputOutput) : std::nullopt;
+            };
+        });
+        on("lock-keyring", [&] { store.state = SecretStoring::Condition::Locked; });
+        on("marks", [&] { store.canMark = word(1) == "kept"; });
+        on("person", [&] {
+            using enum UserPresenceConfirming::Answer;
+            presence.answer = word(1) == "confirms" ? Confirmed : Refused;
+        });
+        on("watch", [&] {
+            spy.reset();
+            spy = std::make_unique<WipeSpy>(arg(1));
+        });
+    }
+    void addKeychainCommands()
+    {
+        on("save", [&] { keychain.save(arg(2), arg(1)); });
+        on("read", [&] { return shown(keychain.read(arg(1))); });
+        on("ask", [&] { return shown(keychain.read(arg(1), text("why"), {})); });
+        on("guard", [&] { keychain.setUserPresence(arg(2), arg(1), UserPresence::Required); });
+        on("unguard", [&] { keychain.setUserPresence(arg(2), arg(1), UserPresence::NotRequired); });
+        on("is-guarded", [&] { return text(keychain.requiresUserPresence(arg(1)) ? "yes" : "no"); });
+        on("remove", [&] { keychain.remove(arg(1)); });
+        on("remove-for", [&] { keychain.removeSecret(arg(2), arg(1)); });
+        on("forget", [&] { keychain.clearCache(); });
+        on("warm-up", [&] { keychain.warmUp(); });
+        on("erase", [&] { return QString::number(keychain.deleteAll()); });
+        on("list-for", [&] {
+            QStringList all;
+            for (const auto &secret : keychain.secretsOf(arg(1)))
+                all.append(secret.account + u'=' + secret.value);
+            return all.join(u' ');
+        });
+    }
+    void addVaultCommands()
+    {
+        on("seal", [&] { return shown(vault.seal(arg(1))); });
+        on("open", [&] { return u'"' + vault.open(arg(1)) + u'"'; });
+        on("seal-file", [&] { return shown(text(vault.seal(arg(1).toLatin1()))); });
+        on("open-file", [&] {
+            const auto opened = vault.open(arg(1).toLatin1());
+            return opened ? text(*opened) : shown({});
+        });
+        on("write", [&] { vault.writeSealed(word(1), path); });
+        on("show", [&] { return shown(text(PrivateFile::read(path, 1 << 20).value())); });
+        on("key", [&] { (void)vault.key(); });
+        on("need-key", [&] { vault.requireExistingKey(); });
+        on("destroy-key", [&] { vault.destroyKey(); });
+        on("guard-key", [&] { vault.moveKey(UserPresence::Required); });
+        on("unguard-key", [&] { vault.moveKey(UserPresence::NotRequired); });
+        on("wrap", [&] { vault.wrapKey(Passphrase(arg(1)), cheap); });
+        on("save-later-version",
+           [&] { keychain.save(text("morvane-wrapped-key 2 x"), text("local-data-key")); });
+        on("unwrap", [&] { return text(vault.unwrapKey(Passphrase(arg(1))) ? "the key" : "none"); });
+        on("bare", [&] { vault.bareKey(); });
+        on("unlock-with", [&] {
+            if (auto key = vault.unwrapKey(Passphrase(arg(1))))
+                vault.unlock(std::move(key));
+        });
+        on("lock", [&] { vault.lock(); });
+        on("unlock", [&] { vault.unlock(); });
+        on("test-host", [&] { setTestHost(word(1)); });
+    }
+    void addIdentityCommands()
+    {
+        const auto service = [&] { return word(1) == "hosted" ? Service::Hosted : Service::Search; };
+        on("credential", [=, this] { return shown(identity.credential(service())); });
+        on("credential-elsewhere",
+           [=, this] { return shown(ServiceIdentity(keychain).credential(service())); });
+        on("reset", [=, this] { return shown(identity.reset(service())); });
+        on("replace", [=, this] { identity.replace(service(), arg(2)); });
+    }
+
+    template <typename Work>
+    void on(const char *command, Work work)
+    {
+        commands[command] = [work]() -> QString {
+            if constexpr (!std::is_void_v<decltype(work())>)
+                return work();
+            work();
+            return {};
+        };
+    }
+    QString play(const QByteArray &line)
+    {
+        const QString before = holding();
+        words = line.split(' ');
+        store.calls.clear();
+        presence.reasons.clear();
+        const LogCapture log;
+        QStringList parts{attempt()};
+        for (const auto &[call, count] : store.calls)
+            parts.append(QStringLiteral("%1 ×%2").arg(text(callNames.at(int(call)))).arg(count));
+        for (const QString &reason : presence.reasons)
+            parts.append(text("asks the person ") + reason);
+        parts.append(log.lines());
+        if (const int count = spy ? spy->takeCount() : 0)
+            parts.append(QStringLiteral("wiped ×%1").arg(count));
+        if (const QString now = holding(); now != before)
+            parts.append(text("holds ") + now);
+        parts.removeAll(QString());
+        return parts.join(text("; "));
+    }
+    QString attempt()
+    {
+        try {
+            return commands.at(words[0])();
+        } catch (const KeychainError &error) {
+            return error.userMessage() + QStringLiteral(" (%1)").arg(int(error.status()));
+        } catch (const std::exception &error) {
+            return text(error.what());
+        }
+    }
+    QString holding()
+    {
+        QStringList all;
+        for (const auto &[key, item] : store.held) {
+            const auto account = key.first == text("own") ? key.second : key.first + u'/' + key.second;
+            const auto mark = text(item.presence == UserPresence::Required ? "*" : "");
+            all.append(account + u'=' + shown(QString::fromUtf8(item.value)) + mark);
+        }
+        return all.isEmpty() ? text("nothing") : all.join(u' ');
+    }
+    void hold(const QByteArray &service, UserPresence presence)
+    {
+        store.held[{text(service), arg(1)}] = {arg(1), word(2), presence};
+    }
+    static void setTestHost(const QByteArray &set)
+    {
+        for (const char *name : {"XCTestConfigurationFilePath", "XCTestBundlePath"})
+            set == name ? qputenv(name, "/x") : qunsetenv(name);
+    }
+
+    static QString text(const QByteArray &bytes) { return QString::fromLatin1(bytes); }
+    QByteArray word(int index) const { return words.value(index); }
+    QString arg(int index) const
+    {
+        const QString given = QString::fromUtf8(word(index));
+        return given.startsWith(u'⟨') ? numbered.at(given.sliced(1).chopped(1).toInt() - 1) : given;
+    }
+    QString shown(const std::optional<QString> &result)
+    {
+        if (!result || result->size() < 32)
+            return result.value_or(text("none"));
+        if (!numbered.contains(*result))
+            numbered.append(*result);
+        return QStringLiteral("⟨%1⟩").arg(numbered.indexOf(*result) + 1);
+    }
+
+    static constexpr Argon2id::Cost cheap{8, 1};
+    const QByteArrayList callNames{"condition", "unlock", "find", "items", "add", "update", "remove"};
+    std::map<QByteArray, std::function<QString()>> commands;
+    QByteArrayList words; // of the line that is played
+    QStringList numbered; // what ⟨1⟩, ⟨2⟩… stand for
+    std::unique_ptr<WipeSpy> spy;
+};
 
 std::vector<QString> onManyThreads(const std::function<QString()> &work)
 {

@@ -1,11 +1,13 @@
-#include "security/WrappedKey.h"
-
 #include "security/DataKey.h"
 #include "security/FakeSecretStore.h"
 #include "security/KeyFile.h"
 #include "security/KeychainService.h"
 #include "security/LocalDataVault.h"
+#include "security/SealedForm.h"
+#include "security/WrappedKey.h"
 #include "support/FileSpy.h"
+#include "support/TestData.h"
+#include "support/WipeSpy.h"
 #include "utils/bytes/Hex.h"
 #include "utils/files/PrivateFile.h"
 
@@ -15,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include <set>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -24,10 +27,120 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// Key 00 01 … 1f under “grün-Licht 1”, made by another program over the same library and cipher.
+const QByteArray whole = "morvane-keys 1\ncw== YQ== djE=\ncw== Yg== \nend\n";
+
+TEST(KeyFileFormatTest, ReadsWhatItPrintsAndNoBrokenFile)
+{
+    const std::vector<KeyFileFormat::Entry> entries{{u"s"_s, u"a"_s, "v1"}, {u"s"_s, u"b"_s, ""}};
+    EXPECT_EQ(KeyFileFormat::print(entries), whole);
+    EXPECT_EQ(KeyFileFormat::parse(whole), entries);
+    EXPECT_EQ(KeyFileFormat::parse("morvane-keys 1\nend\n"), std::vector<KeyFileFormat::Entry>());
+    for (qsizetype size = 0; size < whole.size(); ++size)
+        EXPECT_EQ(KeyFileFormat::parse(whole.first(size)), std::nullopt) << size;
+    for (const QByteArray &broken : TestData::lines("security/broken_key_files.txt"))
+        EXPECT_EQ(KeyFileFormat::parse(broken), std::nullopt) << broken.constData();
+}
+
+class KeyFileTest : public testing::Test {
+protected:
+    QByteArray contentsOf(const QString &name) const
+    {
+        QFile raw(name);
+        return raw.open(QIODevice::ReadOnly) ? raw.readAll() : QByteArray("(none)");
+    }
+
+    QTemporaryDir folder;
+    const QString path = folder.filePath(u"new/keys"_s);
+    const QByteArray nativePath = QFile::encodeName(path);
+    KeyFile file{path};
+};
+
+TEST_F(KeyFileTest, KeepsSecretsForItsOwnerOnly)
+{
+    EXPECT_FALSE(file.exists());
+    file.create();
+    file.add(u"s"_s, {u"a"_s, "1"});
+    file.add(u"other"_s, {u"a"_s, "2"});
+    file.create(); // once
+    file.add(u"s"_s, {u"a"_s, "3"});
+    EXPECT_FALSE(file.update(u"s"_s, u"b"_s, "4"));
+    EXPECT_FALSE(file.remove(u"s"_s, u"b"_s));
+    ASSERT_EQ(file.items(u"s"_s).size(), 1U);
+    EXPECT_EQ(file.find(u"s"_s, u"a"_s)->value, "3");
+    EXPECT_EQ(file.find(u"s"_s, u"b"_s), std::nullopt);
+    EXPECT_TRUE(file.remove(u"s"_s, u"a"_s));
+    EXPECT_THROW(file.add(u"s"_s, {u"c"_s, "1", UserPresence::Required}), SecretStoreError);
+    EXPECT_EQ(file.entries(), (std::vector<KeyFileFormat::Entry>{{u"other"_s, u"a"_s, "2"}}));
+
+    ::chmod(nativePath.constData(), 0644); // as a careless copy would leave it
+    (void)file.entries();
+    struct stat status {};
+    ::stat(nativePath.constData(), &status);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+}
+
+TEST_F(KeyFileTest, WipingZeroesTheBytesOnTheDiskThatOtherNamesOfTheFileStillShow)
+{
+    file.create();
+    const QString link = folder.filePath(u"link"_s);
+    ASSERT_EQ(::link(nativePath.constData(), QFile::encodeName(link).constData()), 0);
+    const qsizetype size = contentsOf(link).size();
+    QFile::rename(path, path + u".part-aB3xYz"_s); // of a program that was killed while it wrote
+    const QString neighbour = path + u".backup"_s;
+    PrivateFile::write(neighbour, "the person's");
+    const FileSpy spy(folder.path());
+    file.removeStrays();
+    EXPECT_EQ(spy.steps(),
+              (QStringList{u"unlink new/keys.part-aB3xYz"_s, u"write new/keys.part-aB3xYz (deleted)"_s,
+                           u"sync new/keys.part-aB3xYz (deleted)"_s}));
+    EXPECT_EQ(contentsOf(link), QByteArray(size, '\0'));
+    EXPECT_TRUE(QFile::exists(neighbour));
+}
+
+TEST_F(KeyFileTest, LeavesNoCopyOfASecretBehind)
+{
+    file.create();
+    {
+        WipeSpy encoded(u"b3BlbiBzZXNhbWU="_s);
+        file.add(u"s"_s, {u"a"_s, "open sesame"});
+        EXPECT_EQ(encoded.takeCount(), 2); // of its line and of the file
+        (void)file.find(u"s"_s, u"a"_s);
+        EXPECT_EQ(encoded.takeCount(), 1);
+    }
+    WipeSpy plain(u"open sesame"_s);
+    (void)file.find(u"s"_s, u"a"_s);
+    EXPECT_EQ(plain.takeCount(), 1);
+}
+
+// Key 00 01 … 1f, nonce a0 a1 … ab; boxes computed with another program over the same cipher.
+SecretBytes knownKey()
+{
+    return SecretBytes(*Hex::decode(u"000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f"_s));
+}
+
+TEST(SealedFormTest, OpensFieldsOfAKnownKeyAndNothingElse)
+{
+    const auto outcome = [](const QByteArray &line) {
+        return SealedForm::openField(QString::fromUtf8(line), knownKey()).value_or(u"does not open"_s);
+    };
+    TestData::expect("security/sealed_fields.txt", outcome);
+}
+
+TEST(SealedFormTest, OpensFilesOfAKnownKeyAndNothingElse)
+{
+    const auto known =
+        *Hex::decode(u"4b565431a0a1a2a3a4a5a6a7a8a9aaabe6e75c432abf67ccf16dbc166029cc8846e0f4d4db076f96"_s);
+    EXPECT_EQ(SealedForm::openFile(known, knownKey()), QByteArray("\x00\xff notes", 8));
+    for (qsizetype size = 0; size < known.size(); ++size) {
+        const auto cut = QByteArrayView(known).first(size);
+        EXPECT_EQ(SealedForm::isSealedFile(cut), size > 4) << size;
+        EXPECT_EQ(SealedForm::openFile(cut, knownKey()), std::nullopt) << size;
+    }
+}
+
+// That key under “grün-Licht 1”, made by another program over the same library and cipher.
 const QString known = u"morvane-wrapped-key 1 argon2id 64 2 EBESExQVFhcYGRobHB0eHw== "
                       "oKGio6SlpqeoqaqrBiBMfqjQRD8JqBpGAPL1w8MAWMM2sQ4OGCohfZEKJgXdTILJVjqtDFhJqQOUosRg"_s;
-const QString knownKey = u"000102030405060708090a0b0c0d0e0f101112131415161718191a1b1c1d1e1f"_s;
 
 std::optional<QByteArray> opened(const QString &text, QString typed)
 {
@@ -37,13 +150,13 @@ std::optional<QByteArray> opened(const QString &text, QString typed)
 
 TEST(WrappedKeyTest, OpensAKnownKeyHoweverItsPassphraseWasSpelledAndUnderNoOther)
 {
-    EXPECT_EQ(opened(known, u"grün-Licht 1"_s), Hex::decode(knownKey));
-    EXPECT_EQ(opened(known, u"gru\u0308n-Licht 1"_s), Hex::decode(knownKey));
+    EXPECT_EQ(opened(known, u"grün-Licht 1"_s), knownKey().view().toByteArray());
+    EXPECT_EQ(opened(known, u"gru\u0308n-Licht 1"_s), knownKey().view().toByteArray());
     for (const QString &other : {u""_s, u"grün-Licht 2"_s, u"grün-Licht 1 "_s, u"grun-Licht 1"_s})
         EXPECT_EQ(opened(known, other), std::nullopt) << other.toStdString();
     EXPECT_EQ(opened(QString(known).replace(u" 64 2 "_s, u" 64 1 "_s), u"grün-Licht 1"_s), std::nullopt);
 
-    const SecretBytes key(*Hex::decode(knownKey));
+    const SecretBytes key = knownKey();
     const SecretBytes words(QByteArrayView("words"));
     const auto once = WrappedKey::wrap(key, words, {8, 1});
     EXPECT_NE(once, WrappedKey::wrap(key, words, {8, 1})) << "a salt of its own";
