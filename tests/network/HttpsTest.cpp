@@ -1,11 +1,10 @@
+#include "evidence/CertificateRecipe.h"
 #include "network/HttpFixture.h"
 #include "network/SocketSpy.h"
 #include "support/TestData.h"
 
 #include <dlfcn.h>
-#include <openssl/pem.h>
 #include <openssl/ssl.h>
-#include <openssl/x509v3.h>
 
 namespace morvane {
 
@@ -46,65 +45,41 @@ private:
     std::unique_ptr<SSL, decltype(&SSL_free)> m_tls;
 };
 
-void extend(X509 *certificate, int extension, const char *value)
-{
-    X509_EXTENSION *made = X509V3_EXT_conf_nid(nullptr, nullptr, extension, value);
-    X509_add_ext(certificate, made, -1);
-    X509_EXTENSION_free(made);
-}
-
 // An authority made for one test, and the certificates that it signs.
 class TestAuthority {
 public:
     struct Certificate {
-        const char *names = "DNS:secure.test"; // as in a subjectAltName
-        long validFrom = -3600;                // seconds from now
-        long validTo = 3600;
+        QByteArray names = "DNS:secure.test"; // as in a subjectAltName
+        qint64 validFrom = -3600;             // seconds from now
+        qint64 validTo = 3600;
     };
 
-    QByteArray pem() const
-    {
-        const std::unique_ptr<BIO, decltype(&BIO_free)> text(BIO_new(BIO_s_mem()), BIO_free);
-        PEM_write_bio_X509(text.get(), m_own.get());
-        char *bytes = nullptr;
-        const long size = BIO_get_mem_data(text.get(), &bytes);
-        return {bytes, size};
-    }
+    QByteArray pem() const { return pemText({m_own.mint()}); }
 
     // A server's end of TLS, with a certificate of this authority.
     ScriptedServer::Wrap serving(const Certificate &certificate, int newestVersion = TLS1_3_VERSION) const
     {
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        const QByteArray minted = CertificateRecipe{.name = u"server"_s,
+                                                    .key = m_key,
+                                                    .issuer = m_own.name,
+                                                    .issuerKey = m_key,
+                                                    .isCA = false,
+                                                    .from = now.addSecs(certificate.validFrom),
+                                                    .to = now.addSecs(certificate.validTo),
+                                                    .servesAs = certificate.names}
+                                      .mint();
         const std::shared_ptr<SSL_CTX> context(SSL_CTX_new(TLS_server_method()), SSL_CTX_free);
-        SSL_CTX_use_certificate(context.get(), certified(certificate, false).get());
-        SSL_CTX_use_PrivateKey(context.get(), m_key.get());
+        SSL_CTX_use_certificate_ASN1(context.get(), static_cast<int>(minted.size()),
+                                     reinterpret_cast<const unsigned char *>(minted.data()));
+        SSL_CTX_use_PrivateKey(context.get(), m_key.handle());
         SSL_CTX_set_max_proto_version(context.get(), newestVersion);
         return [context](int descriptor) { return std::make_unique<TlsChannel>(context.get(), descriptor); };
     }
 
 private:
-    // A certificate for the authority's key, signed with it.
-    std::shared_ptr<X509> certified(const Certificate &certificate, bool isAuthority) const
-    {
-        std::shared_ptr<X509> made(X509_new(), X509_free);
-        X509_set_version(made.get(), X509_VERSION_3);
-        ASN1_INTEGER_set(X509_get_serialNumber(made.get()), isAuthority ? 1 : 2);
-        X509_gmtime_adj(X509_getm_notBefore(made.get()), certificate.validFrom);
-        X509_gmtime_adj(X509_getm_notAfter(made.get()), certificate.validTo);
-        X509_set_pubkey(made.get(), m_key.get());
-        const auto *name = reinterpret_cast<const unsigned char *>(isAuthority ? "authority" : "server");
-        X509_NAME_add_entry_by_txt(X509_get_subject_name(made.get()), "CN", MBSTRING_ASC, name, -1, -1, 0);
-        X509_set_issuer_name(made.get(), X509_get_subject_name(isAuthority ? made.get() : m_own.get()));
-        if (isAuthority)
-            extend(made.get(), NID_basic_constraints, "critical,CA:TRUE");
-        else
-            extend(made.get(), NID_subject_alt_name, certificate.names);
-        X509_sign(made.get(), m_key.get(), EVP_sha256());
-        return made;
-    }
-
-    // Of the authority and of its servers.
-    const std::shared_ptr<EVP_PKEY> m_key{EVP_EC_gen("P-256"), EVP_PKEY_free};
-    const std::shared_ptr<X509> m_own = certified({}, true);
+    const SigningKey m_key{SigningKey::Curve::P256}; // of the authority and of its servers
+    const CertificateRecipe m_own{u"authority"_s, m_key, u"authority"_s, m_key};
 };
 
 class HttpsTest : public HttpTest {
@@ -212,7 +187,7 @@ TEST_F(HttpsTest, ARowTellsHowItEndedAndWhatTheServerCounted)
         EXPECT_EQ(rowOf(line, true), plain) << line.constData();
         return plain;
     };
-    EXPECT_EQ(TestData::transcript("network/rows.txt", outcome), TestData::text("network/rows.txt"));
+    TestData::expect("network/rows.txt", outcome);
 }
 
 TEST_F(HttpsTest, WithoutAuthoritiesOfItsOwnTheSystemsCount)

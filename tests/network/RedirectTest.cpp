@@ -38,8 +38,7 @@ TEST(RedirectRuleTest, WhatTheNextHopTakesAlong)
             kept.append(header.name);
         return QString::fromLatin1(kept.join(' '));
     };
-    EXPECT_EQ(TestData::transcript("network/redirects.txt", outcome),
-              TestData::text("network/redirects.txt"));
+    TestData::expect("network/redirects.txt", outcome);
 }
 
 TEST_F(RedirectTest, EachHopLeavesARowWithItsOwnHostAndBytes)

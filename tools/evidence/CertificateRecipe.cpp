@@ -61,6 +61,8 @@ QByteArray CertificateRecipe::mint() const
         addExtension(x, "1.3.6.1.4.1.99999.1", true, QByteArray());
     if (!sgxExtension.isEmpty())
         addExtension(x, "1.2.840.113741.1.13.1", false, sgxExtension);
+    if (!servesAs.isEmpty())
+        addExtension(x, NID_subject_alt_name, servesAs.constData());
     X509_sign(x, issuerKey.handle(), issuerKey.digest());
     QByteArray der(i2d_X509(x, nullptr), '\0');
     auto *cursor = reinterpret_cast<unsigned char *>(der.data());

@@ -22,6 +22,7 @@ struct CertificateRecipe {
     bool unknownCriticalExtension = false;
     QByteArray sgxExtension; // DER; what Intel says of a processor in a PCK certificate
     QByteArray minted;       // DER of a certificate made earlier; the rest of the recipe then makes none
+    QByteArray servesAs;     // a TLS server's subjectAltName, as OpenSSL spells it: "DNS:a.test"
 
     [[nodiscard]] QByteArray mint() const; // DER, of a new serial number each time unless it is `minted`
 
