@@ -29,17 +29,7 @@ QByteArray read(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-quint16 portOf(const QString &origin)
-{
-    return static_cast<quint16>(QUrl(origin).port());
-}
-
 } // namespace
-
-QString RuntimeHost::runtimeProgram()
-{
-    return QStringLiteral(MORVANE_PRACTICE_RUNTIME);
-}
 
 RuntimeHost::RuntimeHost(const QString &archive)
     : m_process(QStringLiteral(MORVANE_RUNTIME_HOST),
@@ -58,30 +48,10 @@ RuntimeHost::~RuntimeHost()
     }
 }
 
-QJsonObject RuntimeHost::description() const
-{
-    return QJsonDocument::fromJson(developmentFile()).object();
-}
-
-QString RuntimeHost::archiveUrl() const
-{
-    return m_process.rootUrl() + u"/ollama/ollama/releases/download/v0.34.0/"_s +
-           description()["archive"_L1].toString();
-}
-
-quint16 RuntimeHost::serverPort() const
-{
-    return portOf(description()["serverOrigin"_L1].toString());
-}
-
 void RuntimeHost::deliver(const QString &delivery) const
 {
-    ServerProcess::post(portOf(m_process.baseUrl()), "/play?delivery=" + delivery.toLatin1());
-}
-
-void RuntimeHost::goOn() const
-{
-    ServerProcess::post(portOf(m_process.baseUrl()), "/go-on");
+    const int port = QUrl(m_process.baseUrl()).port();
+    ServerProcess::post(static_cast<quint16>(port), "/play?delivery=" + delivery.toLatin1());
 }
 
 void RuntimeHost::play(const QString &scenario) const

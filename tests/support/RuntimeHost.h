@@ -11,9 +11,6 @@ namespace morvane {
 // gives out, whoever starts that.
 class RuntimeHost {
 public:
-    // The runtime's own program, as it lies in the archives.
-    [[nodiscard]] static QString runtimeProgram();
-
     // An archive by its name in the host's --list. Throws when the host doesn't come up.
     explicit RuntimeHost(const QString &archive = QStringLiteral("good"));
     ~RuntimeHost(); // ends what still runs of the runtime's processes
@@ -21,20 +18,15 @@ public:
     // What --dev-runtime names: where to fetch the archive, its digest and size, and where the runtime
     // listens.
     [[nodiscard]] const QByteArray &developmentFile() const { return m_process.description(); }
-    [[nodiscard]] QJsonObject description() const;
-    [[nodiscard]] QString archiveUrl() const;
-    [[nodiscard]] quint16 serverPort() const; // the runtime's
 
-    // How the archive comes from now on, by its name in the host's --list; and on with a held one.
+    // How the archive comes from now on, by its name in the host's --list.
     void deliver(const QString &delivery) const;
-    void goOn() const;
 
     // What the runtime plays from now on; most is heeded at its start or at the next pull.
     void play(const QString &scenario) const;
 
     // What arrived at the host, the release page and its storage.
     [[nodiscard]] const std::vector<ServerProcess::Request> &requests() { return m_process.requests(); }
-    void awaitRequests(std::size_t count) { m_process.awaitRequests(count); }
 
     // Where runtimes tell what they do and a bad archive tries to put "escaped"; "victim" lies there
     // untouched.
