@@ -53,6 +53,10 @@ AppState::AppState(const CommandLine &commandLine, Host host, Clock &clock, cons
     m_globalKeys.lead(m_presentation, *m_lock.service, [this] { reopen(); });
     letThePersonApprove();
     followTheLock();
+    for (const QUuid &chat : m_storage.expired) {
+        if (m_notifications)
+            m_notifications->withdrawChat(chat);
+    }
 }
 
 // What still runs beside the GUI thread may use the services, so it ends before they go; the chat that calls

@@ -165,7 +165,7 @@ QString Storage::startupAdvice() const
 void Storage::applyRetention(const Clock &clock)
 {
     try {
-        repository->prune(retentionInterval(settings->conversationRetention()), clock.now());
+        expired = repository->prune(retentionInterval(settings->conversationRetention()), clock.now());
     } catch (const PersistenceError &) {
         // The chats stay until the next start.
     }

@@ -3,8 +3,11 @@
 #include "app/CommandLine.h"
 #include "persistence/PersistenceError.h"
 
+#include <QUuid>
+
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace morvane {
 
@@ -45,6 +48,7 @@ struct Storage {
     [[nodiscard]] QString startupAdvice() const;
     // Chats that are older than the person keeps them have gone, before one of them can be opened.
     std::unique_ptr<ConversationRepository> repository;
+    std::vector<QUuid> expired; // those that went
 
     // Seals what stands readable in the store and in files, as far as it can be sealed now. Never throws.
     void sealWhatIsReadable();

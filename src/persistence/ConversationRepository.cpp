@@ -341,19 +341,24 @@ void ConversationRepository::removeEmpty(const Conversation *except)
     save();
 }
 
-void ConversationRepository::prune(std::optional<std::chrono::seconds> interval, const QDateTime &now)
+std::vector<QUuid> ConversationRepository::prune(std::optional<std::chrono::seconds> interval,
+                                                 const QDateTime &now)
 {
     if (!interval)
-        return;
+        return {};
     const QDateTime cutoff = now.addSecs(-interval->count());
     const auto expired =
         fetch({.where = QByteArray(lastChange) + " < ?", .values = {SqlCoding::value(cutoff)}});
     if (expired.empty())
-        return;
-    for (const auto &conversation : expired)
+        return {};
+    std::vector<QUuid> gone;
+    for (const auto &conversation : expired) {
+        gone.push_back(conversation->id());
         m_context.remove(*conversation);
+    }
     save();
     Log::info(category, "Pruned %ld conversations past retention window"_L1, {expired.size()});
+    return gone;
 }
 
 void ConversationRepository::deleteAll()

@@ -86,8 +86,8 @@ public:
     // Those without a message or a draft.
     void removeEmpty(const Conversation *except = nullptr);
 
-    // Removes what was last changed before `now` minus the interval.
-    void prune(std::optional<std::chrono::seconds> interval, const QDateTime &now);
+    // Removes what was last changed before `now` minus the interval; gives the ids of the chats that went.
+    std::vector<QUuid> prune(std::optional<std::chrono::seconds> interval, const QDateTime &now);
     void deleteAll();
 
     // Seals the texts that a build from before sealing left readable, as far as they can be sealed now. Costs

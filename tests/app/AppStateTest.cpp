@@ -21,9 +21,11 @@
 #include "support/ScriptedServer.h"
 #include "support/WindowDriver.h"
 #include "utils/files/PrivateFile.h"
+#include "utils/text/Identifier.h"
 #include "utils/text/Product.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/chat/NotificationService.h"
 #include "view_models/sidebar/ConversationListModel.h"
 
 #include <QFileInfo>
@@ -40,6 +42,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+class Posting final : public NotificationPosting {
+public:
+    void post(const DesktopNotice &) override {}
+    void withdraw(const QString &key) override { withdrawn += key; }
+
+    QStringList withdrawn;
+};
+
 class AppStateTest : public testing::Test {
 protected:
     AppStateTest() { commandLine.profile = profile.path(); }
@@ -53,7 +63,8 @@ protected:
     {
         state.reset();
         work.emplace(clock);
-        state = std::make_unique<AppState>(commandLine, host, clock, Secrets{keychain, keychain}, *work);
+        state = std::make_unique<AppState>(commandLine, host, clock, Secrets{keychain, keychain}, *work,
+                                           &notifications);
     }
 
     std::unique_ptr<UserDefaultsSettingsRepository>
@@ -67,6 +78,8 @@ protected:
     CommandLine commandLine;
     ManualClock clock;
     InMemoryKeychainService keychain;
+    Posting posting;
+    NotificationService notifications{posting};
     std::optional<Work> work;
     std::unique_ptr<AppState> state;
 };
@@ -154,8 +167,12 @@ TEST_F(AppStateTest, ChatsGoWhenTheirTimeIsOver)
         state->willTerminate();
         TestWait::settle();
         clock.advance(days);
+        state.reset();
+        posting.withdrawn.clear();
         start();
         EXPECT_EQ(state->storage().repository->find(id) != nullptr, isKept);
+        EXPECT_EQ(posting.withdrawn.contains(u"chat-"_s + Identifier::text(id)), days != std::chrono::days(8))
+            << "it is open, or goes, or has gone before";
         const auto &presentation = state->presentation();
         EXPECT_TRUE(state->storage().repository->find(QUuid(presentation.chat->conversationId())))
             << "the chat to write in is none of those that went";

@@ -82,8 +82,9 @@ TEST_F(ConversationRepositoryTest, PruneKeepsWhatStandsAtTheCutoff)
     const auto logged = log.lines().size();
     repository.prune(std::nullopt, clock.now().addYears(1000));
     EXPECT_EQ(repository.count(), 3);
-    for (int times = 0; times < 2; ++times)
-        repository.prune(retentionInterval(ConversationRetention::sevenDays), clock.now());
+    for (const std::size_t gone : {1, 0})
+        EXPECT_EQ(repository.prune(retentionInterval(ConversationRetention::sevenDays), clock.now()).size(),
+                  gone);
     EXPECT_EQ(titles(), QStringList({u"new"_s, u"at the cutoff"_s}));
     EXPECT_EQ(session.context().count<ChatMessage>(), 0);
     EXPECT_EQ(log.lines().mid(logged),

@@ -385,8 +385,11 @@ TEST_F(ChatTurnTest, ChatsAreOpenedRenamedAndRemovedAndATurnStaysInItsOwn)
     chat.rename(firstId, u"Third"_s);
     EXPECT_EQ(opened.count(), openedBefore + 2);
     chat.entries()->attachments()->hold(ImportedAttachment{.id = QUuid::createUuid()});
+    chat.setWindowInFront(false);
+    desktop.read = {};
     chat.remove(firstId);
     EXPECT_FALSE(chat.canSend()) << "what was attached there";
+    EXPECT_EQ(desktop.read, QUuid(firstId)) << "what the desktop shows of it goes as well";
     EXPECT_NE(chat.conversationId(), firstId);
     EXPECT_EQ(repository.count(), 1);
 }

@@ -73,8 +73,10 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
         if (m_entries.voice()->isRecording())
             m_reader.stop(); // or the microphone would hear it
     });
-    connect(this, &ChatViewModel::conversationChanged, this,
-            [this] { m_delivery.setOpenChat(m_open.current() ? m_open.current()->id() : QUuid()); });
+    connect(this, &ChatViewModel::conversationChanged, this, [this] {
+        const auto open = m_open.current();
+        m_delivery.setOpenChat(open && !m_stores.isGhost(*open) ? open->id() : QUuid());
+    });
     connect(&m_banner, &BannerDesk::changed, this, &ChatViewModel::bannerChanged);
     connect(&m_desk, &MessageDesk::transcriptChanged, this, &ChatViewModel::refreshMessages);
     connect(&m_desk, &MessageDesk::deletedChanged, this, &ChatViewModel::deletedChanged);
@@ -82,6 +84,7 @@ ChatViewModel::ChatViewModel(Services services, QObject *parent)
     connect(&m_open, &OpenConversation::leaving, this, [this] { m_drafts.write(); });
     connect(&m_open, &OpenConversation::opened, this, &ChatViewModel::showOpened);
     connect(&m_open, &OpenConversation::renamed, this, &ChatViewModel::conversationChanged);
+    connect(&m_open, &OpenConversation::removed, &m_delivery, &ReplyDelivery::withdrawChat);
     connect(&m_open, &OpenConversation::listChanged, this, &ChatViewModel::conversationsChanged);
     connect(this, &ChatViewModel::conversationsChanged, &m_ghosts, &GhostDesk::changed);
     connect(&m_ghosts, &GhostDesk::retired, this, [this](bool wasDropped) {

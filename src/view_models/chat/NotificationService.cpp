@@ -107,8 +107,8 @@ void NotificationService::post(const DesktopNotice &notice)
 
 void NotificationService::withdraw(const QString &key)
 {
-    if (m_notices.erase(key) > 0)
-        m_desktop.withdraw(key);
+    m_notices.erase(key);
+    m_desktop.withdraw(key); // an earlier run's may stand there still
 }
 
 } // namespace morvane

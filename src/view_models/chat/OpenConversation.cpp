@@ -89,6 +89,7 @@ void OpenConversation::remove(const QString &id)
         m_banner.show(std::current_exception(), ErrorBanner::Retry::save);
         return;
     }
+    Q_EMIT removed(conversation->id());
     if (wasOpen)
         openNew();
     Q_EMIT listChanged();

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QUuid>
 
 #include <memory>
 
@@ -51,6 +52,7 @@ Q_SIGNALS:
     void leaving();                                            // what works in the open chat is to stop
     void opened(morvane::OpenConversation::Composer composer); // another chat, or none
     void renamed();                                            // the open chat
+    void removed(const QUuid &conversation);                   // from the store, whether it was open or not
     void listChanged();
 
 private:

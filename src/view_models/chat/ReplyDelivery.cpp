@@ -31,8 +31,8 @@ void ReplyDelivery::setOpenChat(const QUuid &conversation)
 
 void ReplyDelivery::withdrawRead()
 {
-    if (m_isWindowInFront && m_services.notifications)
-        m_services.notifications->withdrawChat(m_openChat);
+    if (m_isWindowInFront && !m_openChat.isNull())
+        withdrawChat(m_openChat);
 }
 
 void ReplyDelivery::deliver(const ChatMessage &reply, const Conversation &conversation, Kind kind)
@@ -60,6 +60,12 @@ void ReplyDelivery::tellFailure(const std::exception_ptr &error, const Conversat
         m_services.notifications->ghostReplyFailed(words.message, suggestion);
     else
         m_services.notifications->replyFailed(conversation.id(), words.message, suggestion);
+}
+
+void ReplyDelivery::withdrawChat(const QUuid &conversation)
+{
+    if (m_services.notifications)
+        m_services.notifications->withdrawChat(conversation);
 }
 
 void ReplyDelivery::withdrawGhosts()

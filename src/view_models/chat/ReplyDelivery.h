@@ -29,7 +29,8 @@ public:
     explicit ReplyDelivery(Services services, QObject *parent = nullptr);
 
     void setWindowInFront(bool inFront);
-    // The chat that the window shows; what was told of it is taken back once the window is in front.
+    // The saved chat that the window shows, or null; what was told of it is taken back once the window is in
+    // front.
     void setOpenChat(const QUuid &conversation);
 
     // Of a Ghost chat not even the title is told.
@@ -37,6 +38,8 @@ public:
 
     void deliver(const ChatMessage &reply, const Conversation &conversation, Kind kind);
     void tellFailure(const std::exception_ptr &error, const Conversation &conversation, Kind kind);
+    // What was told of a chat that is gone is taken back.
+    void withdrawChat(const QUuid &conversation);
     // What was told of Ghost chats is taken back.
     void withdrawGhosts();
     void tellApproval(const QString &verb);

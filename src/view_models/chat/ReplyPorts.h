@@ -19,7 +19,8 @@ public:
     virtual void withdrawGhostReplies() = 0;
     virtual void replyFailed(const QUuid &conversation, const QString &message,
                              const QString &suggestion) = 0;
-    // The person has that chat before them.
+    // The person has that chat before them, or it is gone. Also what an earlier run told of it, where the
+    // desktop still shows that.
     virtual void withdrawChat(const QUuid &conversation) = 0;
     // `verb` says what is asked for. It is taken back when there is nothing left to answer.
     virtual void approvalWaits(const QString &verb) = 0;
