@@ -26,6 +26,7 @@
 #include "platform/linux/ScreenLock.h"
 #include "platform/linux/StatusNotifierItem.h"
 #include "platform/linux/WebBrowser.h"
+#include "platform/linux/WindowActivation.h"
 #include "security/TestHost.h"
 #include "utils/files/PrivateFile.h"
 #include "utils/log/Log.h"
@@ -420,6 +421,7 @@ void Launch::playDemo()
 void Launch::take(const AppRequest &request)
 {
     if (request.showsWindow) {
+        WindowActivation::offer(request.activationToken);
         m_isWindowWanted = true;
         if (m_state)
             m_state->reopen();

@@ -18,6 +18,7 @@ enum Field : char {
     file = 'f',
     words = 'w',
     sends = 's',
+    token = 't',
     end = '.',
 };
 
@@ -45,6 +46,8 @@ QByteArray RequestMessage::of(const AppRequest &request)
         add(message, words, request.words.toUtf8());
     if (request.sends)
         add(message, sends);
+    if (!request.activationToken.isEmpty())
+        add(message, token, request.activationToken.toUtf8());
     add(message, end);
     return message;
 }
@@ -104,6 +107,9 @@ bool RequestMessage::takeField(QByteArrayView field)
         return false;
     case sends:
         m_request.sends = true;
+        return false;
+    case token:
+        m_request.activationToken = QString::fromUtf8(value);
         return false;
     case end:
         return std::exchange(m_hasBegun, false);

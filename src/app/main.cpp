@@ -11,6 +11,7 @@
 #include "platform/linux/PortalIdentity.h"
 #include "platform/linux/ProcessPrivacy.h"
 #include "platform/linux/WaylandSession.h"
+#include "platform/linux/WindowActivation.h"
 #include "services/CrashReportService.h"
 #include "utils/text/Product.h"
 #include <QFont>
@@ -65,8 +66,9 @@ void describe(QGuiApplication &application)
     PortalIdentity::tell(DesktopNotifications::sessionBus());
 }
 
-int run(QGuiApplication &application, const CommandLine &commandLine)
+int run(QGuiApplication &application, CommandLine commandLine, const QString &activationToken)
 {
+    commandLine.request.activationToken = activationToken;
     RunningInstance instance(commandLine.folders().runtime);
     if (!instance.isFirst() && (instance.askFirst(commandLine.request) || !instance.follow())) {
         if (commandLine.request.showsWindow)
@@ -100,6 +102,7 @@ int main(int argc, char **argv)
     }
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
     QQuickStyle::setStyle(u"Basic"_s);
+    const QString activationToken = WindowActivation::offered(); // which Qt takes away
     std::optional<DisplayOpening> opening(std::in_place);
     avoidMissingSeat();
     QGuiApplication application(argc, argv);
@@ -107,7 +110,7 @@ int main(int argc, char **argv)
     Renderer::choose();
     describe(application);
     try {
-        return run(application, CommandLine::parse(QCoreApplication::arguments()));
+        return run(application, CommandLine::parse(QCoreApplication::arguments()), activationToken);
     } catch (const std::exception &error) {
         std::fprintf(stderr, "%s could not start: %s\n", Product::name.data(), error.what());
         return 1;

@@ -18,6 +18,7 @@ struct AppRequest {
     // must never speak in their name.
     bool sends = false;
     bool looksAtScreen = false;
+    QString activationToken = {}; // with which the desktop lets the window come to the front
 
     friend bool operator==(const AppRequest &, const AppRequest &) = default;
 };

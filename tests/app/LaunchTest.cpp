@@ -82,7 +82,9 @@ TEST_F(LaunchTest, AProfileOfItsOwnKeepsItsKeyInAFileAndTalksToThePracticeServer
     commandLine.request.files = {profile.filePath(u"a.md"_s)};
     Launch launch(*qGuiApp, commandLine);
     launch.start();
-    launch.take({.files = {profile.filePath(u"b.txt"_s)}}); // by a second start, while the key is waited for
+    // By a second start, while the key is waited for.
+    launch.take({.files = {profile.filePath(u"b.txt"_s)}, .activationToken = u"t1"_s});
+    EXPECT_EQ(qgetenv("XDG_ACTIVATION_TOKEN"), "t1");
     QQuickWindow *window = windowWith("shell");
     ASSERT_NE(window, nullptr);
     ASSERT_NE(contentOf(window), nullptr);

@@ -29,7 +29,7 @@ TEST(RunningInstanceTest, ASecondStartAsksTheFirstToShowEveryTime)
         {.showsWindow = false},
         {.chat = AppRequest::Chat::ghost, .files = QStringList(50, u"/"_s + QString(999, u'x'))},
         {.chat = AppRequest::Chat::fresh, .words = QString(20'000, u'ä'), .sends = true},
-        {.chatID = u"1F"_s}};
+        {.chatID = u"1F"_s, .activationToken = u"1F_TIME77"_s}};
     for (const AppRequest &each : handed) {
         const RunningInstance second(folder.filePath(u"run"_s));
         EXPECT_FALSE(second.isFirst());

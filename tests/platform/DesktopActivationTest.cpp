@@ -22,10 +22,11 @@ TEST(DesktopActivationTest, CallsOfTheDesktopBecomeRequestsThatSendNothing)
     QObject::connect(&activation, &DesktopActivation::asked,
                      [&](const AppRequest &each) { asked.push_back(each); });
     auto theirs = bus.connection();
+    QString tokenName = u"activation-token"_s;
     const auto call = [&](const QString &method, const QVariantList &arguments) {
         auto message = QDBusMessage::createMethodCall(u"ai.morvane.MorvaneGPT"_s, u"/ai/morvane/MorvaneGPT"_s,
                                                       u"org.freedesktop.Application"_s, method);
-        message.setArguments(arguments + QVariantList{QVariantMap{{u"activation-token"_s, u"t1"_s}}});
+        message.setArguments(arguments + QVariantList{QVariantMap{{tokenName, u"t1"_s}}});
         const QDBusPendingCallWatcher reply(theirs.asyncCall(message)); // which wakes the event loop
         TestWait::until([&] { return reply.isFinished(); });
         EXPECT_FALSE(reply.isError()) << reply.error().message().toStdString();
@@ -45,7 +46,9 @@ TEST(DesktopActivationTest, CallsOfTheDesktopBecomeRequestsThatSendNothing)
     action(u"ask"_s, {many});
     action(u"ask"_s, {7});
     action(u"delete-everything"_s);
-    const std::vector<AppRequest> expected{
+    tokenName = u"desktop-startup-id"_s;
+    call(u"Activate"_s, {});
+    std::vector<AppRequest> expected{
         {},
         {.files = {u"/a b"_s}},
         {.files = QStringList(DesktopActivation::mostFiles, u"/a"_s)},
@@ -54,10 +57,11 @@ TEST(DesktopActivationTest, CallsOfTheDesktopBecomeRequestsThatSendNothing)
         {.chatID = u"0F0E0D0C-0000-4000-8000-000000000001"_s},
         {.chat = Chat::fresh, .words = many.chopped(1)},
         {.chat = Chat::fresh, .words = u"7"_s},
+        {},
     };
+    for (AppRequest &each : expected)
+        each.activationToken = u"t1"_s;
     EXPECT_EQ(asked, expected);
-    EXPECT_EQ(qgetenv("XDG_ACTIVATION_TOKEN"), "t1");
-    qunsetenv("XDG_ACTIVATION_TOKEN");
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "platform/linux/DesktopActivation.h"
 
-#include "platform/linux/WindowActivation.h"
 #include "utils/text/Identifier.h"
 #include "utils/text/Product.h"
 
@@ -20,10 +19,11 @@ QString objectPath()
     return u'/' + QString(Product::desktopId).replace(u'.', u'/');
 }
 
-// Whoever was clicked hands its right to the focus on.
-void takeToken(const QVariantMap &platformData)
+// Whoever was clicked hands its right to the focus on; older ones know it by the name of X11 alone.
+QString tokenOf(const QVariantMap &platformData)
 {
-    WindowActivation::offer(platformData.value(u"activation-token"_s).toString());
+    const QString token = platformData.value(u"activation-token"_s).toString();
+    return token.isEmpty() ? platformData.value(u"desktop-startup-id"_s).toString() : token;
 }
 
 std::optional<AppRequest> requestFor(const QString &action, const QString &parameter)
@@ -63,14 +63,12 @@ DesktopActivation::~DesktopActivation()
 
 void DesktopActivation::Activate(const QVariantMap &platformData)
 {
-    takeToken(platformData);
-    Q_EMIT asked({});
+    Q_EMIT asked({.activationToken = tokenOf(platformData)});
 }
 
 void DesktopActivation::Open(const QStringList &addresses, const QVariantMap &platformData)
 {
-    takeToken(platformData);
-    AppRequest request;
+    AppRequest request{.activationToken = tokenOf(platformData)};
     for (const QString &address : addresses.first(std::min(addresses.size(), mostFiles))) {
         const QUrl url(address);
         if (url.isLocalFile())
@@ -82,10 +80,10 @@ void DesktopActivation::Open(const QStringList &addresses, const QVariantMap &pl
 void DesktopActivation::ActivateAction(const QString &name, const QVariantList &parameter,
                                        const QVariantMap &platformData)
 {
-    const auto request = requestFor(name, parameter.value(0).toString());
+    auto request = requestFor(name, parameter.value(0).toString());
     if (!request)
         return; // also an action of a newer version's desktop entry
-    takeToken(platformData);
+    request->activationToken = tokenOf(platformData);
     Q_EMIT asked(*request);
 }
 

@@ -63,6 +63,12 @@ void activate(xcb_connection_t *server, xcb_window_t window, xcb_timestamp_t mom
 
 } // namespace
 
+QString WindowActivation::offered()
+{
+    const QString token = qEnvironmentVariable(waylandToken);
+    return token.isEmpty() ? qEnvironmentVariable(x11Token) : token;
+}
+
 void WindowActivation::offer(const QString &token)
 {
     if (!token.isEmpty() && token.size() <= longest)
