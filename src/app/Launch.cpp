@@ -13,7 +13,6 @@
 #include "async/CancelledError.h"
 #include "persistence/SealedData.h"
 #include "persistence/SettingsStore.h"
-#include "platform/linux/AutostartEntry.h"
 #include "platform/linux/DesktopAppearance.h"
 #include "platform/linux/DesktopAudio.h"
 #include "platform/linux/DesktopGlobalShortcuts.h"
@@ -22,6 +21,7 @@
 #include "platform/linux/DesktopSession.h"
 #include "platform/linux/LinuxHands.h"
 #include "platform/linux/PolkitPresence.h"
+#include "platform/linux/PortalAutostart.h"
 #include "platform/linux/PortalNotifications.h"
 #include "platform/linux/ScreenLock.h"
 #include "platform/linux/StatusNotifierItem.h"
@@ -76,8 +76,9 @@ std::unique_ptr<LoginStarting> loginOf(const CommandLine &commandLine)
 {
     if (commandLine.profile)
         return nullptr;
-    return std::make_unique<AutostartEntry>(commandLine.folders().config,
-                                            QCoreApplication::applicationFilePath());
+    const SupportFolders folders = commandLine.folders();
+    return loginOfTheDesktop(folders.config, folders.state + u'/' + Product::serviceName,
+                             QCoreApplication::applicationFilePath());
 }
 
 KeyExpectation expectationOf(const SupportFolders &folders)

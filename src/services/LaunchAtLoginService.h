@@ -24,6 +24,8 @@ Q_SIGNALS:
     void changed();
 
 private:
+    void tellRefusal(const QString &message);
+
     LoginStarting &m_desktop;
     QString m_message;
 };

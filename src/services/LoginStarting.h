@@ -12,11 +12,12 @@ public:
 
     // As it stands now, which is asked of the desktop.
     [[nodiscard]] virtual bool isOn() = 0;
-    // False when the desktop refused.
+    // False when the desktop refused. One that has to ask first takes it, and tells later.
     [[nodiscard]] virtual bool set(bool on) = 0;
 
 Q_SIGNALS:
     void changed();
+    void refused(bool on); // after it was asked; it stands as before
 };
 
 } // namespace morvane

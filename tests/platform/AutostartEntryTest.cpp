@@ -1,9 +1,12 @@
 #include "platform/linux/AutostartEntry.h"
 
+#include "platform/linux/PortalAutostart.h"
 #include "services/LaunchAtLoginService.h"
-#include "support/Await.h"
+#include "support/PrivateBus.h"
 #include "utils/files/PrivateFile.h"
 
+#include <QDBusArgument>
+#include <QDBusObjectPath>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -89,6 +92,47 @@ TEST_F(AutostartEntryTest, ARefusalIsSaidAndNotShownAsGranted)
     service.setEnabled(true);
     EXPECT_TRUE(service.isEnabled());
     EXPECT_TRUE(service.message().isEmpty());
+}
+
+TEST_F(AutostartEntryTest, ASandboxedProgramHasWhatThePortalAnswered)
+{
+    PrivateBus bus;
+    std::optional<std::pair<uint, bool>> answer; // none: the portal doesn't know the method
+    QVariantMap asked;
+    PlayedService portal(bus.connection(), u"org.freedesktop.portal.Desktop"_s,
+                         [&](const QDBusMessage &call, const QDBusConnection &from) {
+                             if (!answer)
+                                 return false;
+                             asked = qdbus_cast<QVariantMap>(call.arguments().at(1));
+                             const QString request = u"/org/freedesktop/portal/desktop/request/%1/%2"_s.arg(
+                                 call.service().mid(1).replace(u'.', u'_'), asked[u"handle_token"_s].toString());
+                             from.send(call.createReply(QVariant::fromValue(QDBusObjectPath(request))));
+                             portal.tell(request, u"org.freedesktop.portal.Request"_s, u"Response"_s,
+                                         {answer->first, QVariantMap{{u"autostart"_s, answer->second}}});
+                             return true;
+                         });
+    const auto session = bus.connection();
+    const struct {
+        bool wished;
+        std::optional<std::pair<uint, bool>> answer;
+        bool isOn;
+    } steps[] = {{true, {}, false},         {true, {{1, false}}, false}, {true, {{0, false}}, false},
+                 {true, {{0, true}}, true}, {false, {{2, false}}, true}, {false, {{0, false}}, false}};
+    for (const auto &[wished, answered, isOn] : steps) {
+        answer = answered;
+        PortalAutostart login(session, config);
+        LaunchAtLoginService service(login);
+        int told = 0;
+        QObject::connect(&service, &LaunchAtLoginService::changed, [&] { ++told; });
+        service.setEnabled(wished);
+        EXPECT_EQ(service.isEnabled(), wished) << "while the portal asks";
+        TestWait::until([&] { return told == 2; });
+        EXPECT_EQ(service.isEnabled(), isOn);
+        EXPECT_EQ(service.message().isEmpty(), wished == isOn);
+        EXPECT_EQ(PortalAutostart(session, config).isOn(), isOn) << "after a restart";
+    }
+    EXPECT_EQ(asked[u"commandline"_s].toStringList(), (QStringList{u"morvane"_s, u"--background"_s}));
+    EXPECT_FALSE(asked[u"autostart"_s].toBool());
 }
 
 } // namespace
