@@ -14,7 +14,7 @@ SettingsRow {
     signal removeChosen()
 
     function save() {
-        root.saveChosen(field.text);
+        root.saveChosen(field.getText(0, field.length));
         field.clear();
     }
 
@@ -22,14 +22,12 @@ SettingsRow {
     explanation: (hasKey ? qsTr("A key is saved.") : purpose) + " "
         + (notice.length > 0 ? notice : qsTr("It is kept in your keyring."))
 
-    TextBox {
+    SecretBox {
         id: field
 
         objectName: "key"
         Layout.preferredWidth: (root.hasKey ? 136 : 216) * Theme.zoom
-        echoMode: TextInput.Password
         placeholderText: root.hasKey ? qsTr("A new key") : ""
-        inputMethodHints: Qt.ImhHiddenText | Qt.ImhSensitiveData | Qt.ImhNoPredictiveText
         Accessible.name: qsTr("Key")
         onAccepted: if (length > 0) root.save()
     }
