@@ -1,6 +1,6 @@
 #include "BareWindow.h"
 #include "LongestBlock.h"
-#include "WindowFigures.h"
+#include "OpenWindow.h"
 #include "app/AppState.h"
 #include "app/MainWindowController.h"
 #include "async/Clock.h"
@@ -27,12 +27,6 @@ using namespace morvane;
 using namespace Qt::StringLiterals;
 
 namespace {
-
-const QString richAnswer = u"## Heading NUMBER\n\nSome **strong** words, a [link](https://example.org) and "
-                           u"`code NUMBER` in a line that wraps.\n\n"
-                           "- one NUMBER\n- two\n- three\n\n```cpp\nint main() { return NUMBER; }\n```\n\n| "
-                           "a | b |\n|---|---|\n| 1 | NUMBER |\n\n"
-                           "```stat\n$NUMBERM | Price | +12%\n```\n"_s;
 
 // A reply of 2,000 pieces streams into a chat of 1,000 messages that is open in the window.
 void streamIntoLongChat(benchmark::State &state)
@@ -71,56 +65,6 @@ void streamIntoLongChat(benchmark::State &state)
         application.willTerminate();
     }
 }
-
-// The application with its window on a throw-away profile.
-class OpenWindow {
-public:
-    OpenWindow()
-    {
-        CommandLine commandLine;
-        commandLine.profile = m_profile.path();
-        m_state = std::make_unique<AppState>(commandLine, Host::test, m_clock,
-                                             Secrets{m_keychain, m_keychain}, m_work);
-        m_state->storage().settings->setBaseURLString(m_server.baseUrl());
-        m_window = std::make_unique<MainWindowController>(m_state->presentation());
-        QObject::connect(m_state.get(), &AppState::mainWindowRequested, m_window.get(),
-                         &MainWindowController::show);
-        m_state->start();
-        turnFor(500);
-    }
-    ~OpenWindow() { m_state->willTerminate(); }
-
-    [[nodiscard]] AppState &state() { return *m_state; }
-    [[nodiscard]] QQuickItem *messages()
-    {
-        return m_window->window()->findChild<QQuickItem *>(u"messages"_s);
-    }
-    void openFilled(int messages, const QString &text)
-    {
-        fill(*m_state->storage().repository, *m_state->presentation().chat->conversation(), m_clock, messages,
-             text);
-        const QString id = m_state->presentation().chat->conversationId();
-        m_state->presentation().chat->newConversation();
-        m_state->presentation().chat->open(id);
-        turnFor(500);
-    }
-    static void turnFor(int milliseconds)
-    {
-        QElapsedTimer timer;
-        timer.start();
-        while (timer.elapsed() < milliseconds)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-    }
-
-private:
-    QTemporaryDir m_profile;
-    SystemClock m_clock;
-    InMemoryKeychainService m_keychain;
-    ModelServer m_server;
-    Work m_work{m_clock};
-    std::unique_ptr<AppState> m_state;
-    std::unique_ptr<MainWindowController> m_window;
-};
 
 double residentMebibytes()
 {

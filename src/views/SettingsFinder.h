@@ -12,8 +12,8 @@ namespace morvane {
 // Finds what the pages of the settings hold, by the words that stand on them: whatever has a `title` or a
 // `heading`, with its `explanation`, its `keywords` and the texts of its buttons, and buttons that stand by
 // themselves. Nothing is listed beforehand, so what is added to a page is found. A row that a page doesn't
-// show just now is found as well, and one that a page gets only while it is looked for as soon as it is there.
-// Rows of tables aren't settings.
+// show just now is found as well, and one that a page gets only while it is looked for as soon as it is
+// there. Rows of tables aren't settings.
 class SettingsFinder : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
