@@ -5,6 +5,7 @@
 #include "app/Renderer.h"
 #include "app/RunningInstance.h"
 #include "app/TerminationSignals.h"
+#include "app/WindowIcon.h"
 #include "platform/linux/CrashHandler.h"
 #include "platform/linux/DesktopActivation.h"
 #include "platform/linux/DesktopNotifications.h"
@@ -16,7 +17,6 @@
 #include "utils/text/Product.h"
 #include <QFont>
 #include <QGuiApplication>
-#include <QIcon>
 #include <QQuickStyle>
 
 #include <algorithm>
@@ -58,7 +58,7 @@ void avoidMissingSeat()
 void describe(QGuiApplication &application)
 {
     QGuiApplication::setDesktopFileName(Product::desktopId);
-    QGuiApplication::setWindowIcon(QIcon(u":/qt/qml/Morvane/icons/morvane.svg"_s));
+    QGuiApplication::setWindowIcon(windowIcon());
     // Without a colour font in the list an emoji is drawn in one colour where DejaVu is installed.
     QFont font = QGuiApplication::font();
     font.setFamilies({font.family(), u"Noto Sans"_s, u"Noto Color Emoji"_s});

@@ -27,11 +27,11 @@ T.ApplicationWindow {
         width: parent.width - 2 * Theme.gap32
         spacing: Theme.gap16
 
-        Image {
+        Icon {
             Layout.alignment: Qt.AlignHCenter
-            source: "icons/morvane.svg"
-            sourceSize.width: 64
-            sourceSize.height: 64
+            name: "morvane"
+            implicitWidth: 64
+            implicitHeight: 64
         }
         PlainText {
             Layout.fillWidth: true
