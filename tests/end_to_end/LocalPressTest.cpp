@@ -20,14 +20,14 @@ TEST_F(LocalPressTest, FromNothingToAModelAndBackToNothingThatRuns)
 {
     start();
     EXPECT_EQ(press(), ready);
-    EXPECT_EQ(downloads(), 1U);
+    EXPECT_EQ(downloads(), 1);
     expectConfinedRuns();
     end();
     awaitAllEnded();
     EXPECT_EQ(host->journal(u"end"_s).size(), 1U) << "it had its time to put things away";
     start();
     EXPECT_EQ(press(), ready);
-    EXPECT_EQ(downloads(), 1U) << "it was there";
+    EXPECT_EQ(downloads(), 1) << "it was there";
     EXPECT_EQ(host->journal(u"pull"_s).size(), 1U);
 }
 
@@ -126,7 +126,7 @@ protected:
         host->play(QLatin1StringView(GetParam().scenario));
         start();
         tell("press");
-        awaitJournal(QLatin1StringView(GetParam().event), 1);
+        awaitJournal(QLatin1StringView(GetParam().event));
     }
     [[nodiscard]] bool hasRuntime() const { return GetParam().name != "download"; }
     void expectGoesOn()
@@ -135,7 +135,7 @@ protected:
         host->play(u"good"_s);
         EXPECT_EQ(press(), ready);
         expectConfinedRuns();
-        EXPECT_EQ(downloads(), hasRuntime() ? 1U : 2U);
+        EXPECT_EQ(downloads(), hasRuntime() ? 1 : 2);
         if (GetParam().name == "pull") {
             EXPECT_GT(host->journal(u"layer"_s).at(1)["from"_L1].toInt(), 4'000'000);
         }
