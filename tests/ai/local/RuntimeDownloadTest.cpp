@@ -11,7 +11,6 @@
 #include "support/FileSpy.h"
 #include "support/ManualClock.h"
 #include "support/ScriptedServer.h"
-#include "utils/files/PrivateFile.h"
 
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -179,22 +178,6 @@ TEST_F(RuntimeDownloadTest, WhatIsNoArchiveIsSaidAndNothingIsKeptOfIt)
         EXPECT_TRUE(run().contains(QLatin1StringView(row.words))) << row.words;
         EXPECT_EQ(fetched(), 0) << row.words;
     }
-}
-
-TEST_F(RuntimeDownloadTest, ARedirectIsFollowedAndHasARowOfItsOwn)
-{
-    serve([&](ScriptedServer::Connection &connection) {
-        while (const auto request = connection.readRequest()) {
-            const bool isFirst = request->target().startsWith("/ollama/");
-            connection.send(isFirst ? ScriptedServer::response("302 Found", {}, "Location: /assets/x\r\n")
-                                    : part(0, bytes.size()));
-        }
-    });
-    EXPECT_EQ(run(), QString());
-    const auto rows = ledger.snapshot().entries;
-    ASSERT_EQ(rows.size(), 2U);
-    EXPECT_EQ(rows.front().feature, EgressFeature::aiSetup);
-    EXPECT_EQ(server->requests().back().target(), "/assets/x");
 }
 
 TEST_F(RuntimeDownloadTest, AFullDiskIsToldApartAndWhatHadRoomStays)
