@@ -25,22 +25,6 @@ protected:
     }
 };
 
-TEST_F(ApprovalTest, ShowsTheWordsThatWouldLeaveAndWaits)
-{
-    const auto answer = ask(true);
-    EXPECT_EQ(answer->value, std::nullopt);
-    ASSERT_TRUE(chat.hasApproval());
-    EXPECT_EQ(chat.approval().verb, u"Search the web for this"_s);
-    EXPECT_EQ(chat.approval().detail, u"weather in Oslo"_s);
-    EXPECT_EQ(chat.approval().footnote,
-              u"These words go to Brave Search through MorvaneGPT's search service."_s);
-    chat.approveForChat();
-    TestWait::settle();
-    EXPECT_EQ(answer->value, ApprovalAnswer::allowedForChat);
-    EXPECT_FALSE(chat.hasApproval());
-    EXPECT_EQ(clock.pendingAlarms(), 0U);
-}
-
 TEST_F(ApprovalTest, IsDeclinedAfter120SecondsAndTheNextGetsItsOwnTime)
 {
     const auto answer = ask(true);

@@ -7,6 +7,8 @@
 #include "support/ManualClock.h"
 #include "support/TestData.h"
 #include "utils/text/Identifier.h"
+#include "view_models/chat/MessageListModel.h"
+#include "view_models/find/FindViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
 #include "view_models/sidebar/HistorySearchModel.h"
 
@@ -48,13 +50,16 @@ TEST(SearchTermsTest, AnExcerptIsOneShortLineAroundTheFind)
     EXPECT_EQ(QString::fromUtf8(cut.toUtf8()), cut) << "no half of a pair is left";
 }
 
-// Opens texts off the test's thread slowly: not before the test lets go of them.
-class SlowSealing final : public FieldSealing {
+// Counts the texts that are opened on the test's thread, and opens those off it not before the test lets go
+// of them.
+class WatchedSealing final : public FieldSealing {
 public:
     std::optional<QString> seal(const QString &text) const override { return m_sealing.seal(text); }
     QString open(const QString &sealed) const override
     {
-        if (!isHeld || std::this_thread::get_id() == m_home)
+        const bool isHere = std::this_thread::get_id() == m_home;
+        openedHere += isHere ? 1 : 0;
+        if (!isHeld || isHere)
             return m_sealing.open(sealed);
         began.release();
         while (isHeld)
@@ -67,24 +72,38 @@ public:
     std::atomic<bool> isHeld = false;
     mutable std::counting_semaphore<> began{0};
     mutable std::atomic<bool> hasOpened = false;
+    mutable std::atomic<int> openedHere = 0;
 
 private:
     FakeFieldSealing m_sealing;
     const std::thread::id m_home = std::this_thread::get_id();
 };
 
-class HistorySearchTest : public testing::Test {
+class SearchedStore : public testing::Test {
+protected:
+    std::shared_ptr<ChatMessage> message(const QString &text, MessageRole role = MessageRole::user)
+    {
+        return repository.makeMessage({.id = QUuid::createUuid(),
+                                       .role = role,
+                                       .content = text,
+                                       .createdAt = clock.now(),
+                                       .status = MessageStatus::delivered});
+    }
+
+    ManualClock clock;
+    std::shared_ptr<WatchedSealing> sealing = std::make_shared<WatchedSealing>();
+    std::unique_ptr<PersistenceController> persistence = PersistenceController::inMemory(sealing);
+    ConversationRepository repository{persistence->mainContext(), clock};
+    Work work{clock};
+};
+
+class HistorySearchTest : public SearchedStore {
 protected:
     std::shared_ptr<Conversation> chat(const QString &title, const QStringList &messages)
     {
         const auto made = repository.create();
         for (const QString &text : messages)
-            repository.add(repository.makeMessage({.id = QUuid::createUuid(),
-                                                   .role = MessageRole::user,
-                                                   .content = text,
-                                                   .createdAt = clock.now(),
-                                                   .status = MessageStatus::delivered}),
-                           *made);
+            repository.add(message(text), *made);
         repository.rename(*made, title);
         clock.advance(1s);
         return made;
@@ -106,11 +125,6 @@ protected:
         return rows;
     }
 
-    ManualClock clock;
-    std::shared_ptr<SlowSealing> sealing = std::make_shared<SlowSealing>();
-    std::unique_ptr<PersistenceController> persistence = PersistenceController::inMemory(sealing);
-    ConversationRepository repository{persistence->mainContext(), clock};
-    Work work{clock};
     HistorySearchModel model{repository, clock, work};
     QAbstractItemModelTester tester{&model, QAbstractItemModelTester::FailureReportingMode::Fatal};
 };
@@ -214,6 +228,71 @@ TEST_F(HistorySearchTest, QuittingWaitsForThePortionThatIsBeingRead)
     work.end();
     EXPECT_TRUE(sealing->hasOpened);
     TestWait::settle(); // the search ends with it
+}
+
+TEST(FindTermsTest, FindsAreWholeCharactersWhateverTheirCaseAccentsAndBlanks)
+{
+    const char *table = "view_models/find_terms.txt";
+    const auto outcome = [](const QByteArray &line) {
+        QStringList parts = QString::fromUtf8(line).split(u'|');
+        const bool words = parts[0].startsWith(u"words:"_s);
+        const FindTerms terms(words ? parts[0].sliced(6) : parts[0],
+                              words ? FindTerms::Way::words : FindTerms::Way::phrase);
+        const auto finds = terms.in(parts[1]);
+        for (auto find = finds.rbegin(); find != finds.rend(); ++find)
+            parts[1].insert(find->start + find->length, u']').insert(find->start, u'[');
+        return parts[1].replace(u'\n', u'⏎').replace(QChar::Nbsp, u' ');
+    };
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+}
+
+class FindViewModelTest : public SearchedStore {
+protected:
+    void search()
+    {
+        clock.advance(1s);
+        TestWait::until([this] { return !find.isSearching(); });
+        TestWait::settle();
+    }
+
+    const ProofLedger ledger;
+    const AnswerProofs proofs{ledger};
+    MessageListModel list{clock, proofs};
+    MessageListModel::Messages shown;
+    FindViewModel find{list, repository, clock, work};
+};
+
+TEST_F(FindViewModelTest, ALongChatIsReadBesideTheWindowAndFromWhereThePersonReads)
+{
+    for (int i = 0; i < 2000; ++i)
+        shown.push_back(i % 2 ? message(u"**ne**edle\n\n- [needle](https://needle.invalid) %1"_s.arg(i),
+                                        MessageRole::assistant)
+                              : message(u"a *needle*"_s));
+    list.setMessages(shown);
+    const int openedBefore = sealing->openedHere;
+    find.open(1500);
+    find.setQuery(u"needle"_s);
+    search();
+    EXPECT_EQ(find.count(), 3000) << "of what is shown, not of what was written";
+    EXPECT_EQ(sealing->openedHere, openedBefore);
+    EXPECT_EQ(find.current(), (FindPlace{1500, 0, 0}));
+    EXPECT_EQ(find.position(), 2251);
+    find.previous();
+    EXPECT_EQ(find.current(), (FindPlace{1499, 1, 0}));
+    find.setQuery(u"999"_s);
+    search();
+    EXPECT_EQ(find.current(), (FindPlace{1999, 1, 0})) << "below first, then from the top";
+    find.next();
+    EXPECT_EQ(find.current(), (FindPlace{999, 1, 0}));
+
+    list.setMessages({shown[0], shown[999]});
+    EXPECT_EQ(find.current(), (FindPlace{1, 1, 0})) << "the message went up";
+    EXPECT_EQ(find.count(), 1);
+    shown[999]->setContent(u"gone"_s);
+    list.messageChanged(shown[999]->id());
+    clock.advance(1s);
+    TestWait::until([this] { return find.count() == 0; });
+    EXPECT_EQ(find.position(), 0);
 }
 
 } // namespace morvane

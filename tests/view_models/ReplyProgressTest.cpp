@@ -1,10 +1,13 @@
 // What is shown and stored of a reply as it comes: its words, its thinking, its tools.
 
-#include "view_models/ChatFixture.h"
-
 #include "persistence/SettingsStore.h"
+#include "support/TestData.h"
 #include "utils/text/Identifier.h"
 #include "utils/text/UntrustedContent.h"
+#include "view_models/ChatFixture.h"
+
+#include "view_models/chat/ReplyIndicator.h"
+#include "view_models/chat/ToolLabels.h"
 
 #include <QSignalSpy>
 
@@ -172,21 +175,6 @@ TEST_F(ReplyProgressTest, AToolLineKeepsWhatWasSentAndWhatCameBackForAWhile)
     }
 }
 
-TEST_F(ReplyProgressTest, AStoredUnfinishedReplyIsNeverDrawnAsRunning)
-{
-    send(u"q"_s);
-    EXPECT_TRUE(lastRow(MessageListModel::RunningRole).toBool());
-    EXPECT_FALSE(lastRow(MessageListModel::InterruptedRole).toBool());
-
-    // The same store as a new process would find it: the row says streaming, no turn is at work.
-    const AnswerProofs noProofs(proofs);
-    MessageListModel fresh(clock, noProofs);
-    fresh.setMessages(chat.messages()->messages());
-    const auto row = fresh.index(fresh.rowCount() - 1);
-    EXPECT_FALSE(row.data(MessageListModel::RunningRole).toBool());
-    EXPECT_TRUE(row.data(MessageListModel::InterruptedRole).toBool());
-}
-
 TEST_F(ReplyProgressTest, AReplyIsReadWhenItsButtonAsksAndStoppedByItOrTheNextMessage)
 {
     deliver(u"Hi"_s, u"Words"_s);
@@ -207,6 +195,60 @@ TEST_F(ReplyProgressTest, AReplyIsReadWhenItsButtonAsksAndStoppedByItOrTheNextMe
     }
     chat.reader()->toggle(u"no reply"_s);
     EXPECT_TRUE(chat.reader()->readingId().isEmpty());
+}
+
+using Kind = ReplyIndicator::Signal::Kind;
+
+const QDateTime start = QDateTime::fromString(u"2026-03-01T12:00:00Z"_s, Qt::ISODate);
+const QDateTime later = start.addSecs(9);
+
+TEST(ReplyIndicatorTest, FollowsItsTable)
+{
+    const QByteArrayList signals_{"emptied", "thinking", "text", "finished", "cancelled", "failed"};
+    const ReplyIndicator::State states[] = {ReplyIndicator::Dots{start},     ReplyIndicator::Dots{later},
+                                            ReplyIndicator::Thinking{start}, ReplyIndicator::Streaming{},
+                                            ReplyIndicator::Done{},          ReplyIndicator::Cancelled{}};
+    const QStringList names{u"dots"_s,      u"new dots"_s, u"thinking"_s,
+                            u"streaming"_s, u"done"_s,     u"cancelled"_s};
+    const char *table = "view_models/indicator_signals.txt";
+    const auto outcome = [&](const QByteArray &line) {
+        ReplyIndicator indicator(start);
+        for (const QByteArray &signal : line.split(' ')) {
+            const auto before = indicator.state();
+            const bool hasChanged = indicator.apply({Kind(signals_.indexOf(signal)), later});
+            EXPECT_EQ(hasChanged, before != indicator.state());
+        }
+        return names.value(std::ranges::find(states, indicator.state()) - std::begin(states));
+    };
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+}
+
+TEST(ReplyIndicatorTest, SaysHowFarItIs)
+{
+    const char *table = "view_models/working_lines.txt";
+    const auto outcome = [](const QByteArray &seconds) {
+        ReplyIndicator indicator(start);
+        const QDateTime now = start.addSecs(seconds.toInt());
+        const QString dots = indicator.label(now);
+        indicator.apply({Kind::thinking});
+        const QString thinking = indicator.label(now);
+        indicator.apply({Kind::text});
+        EXPECT_EQ(indicator.label(now), QString());
+        return dots + u'|' + thinking;
+    };
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+}
+
+TEST(ToolLabelsTest, NameEachToolInEachPhase)
+{
+    const char *table = "view_models/tool_labels.txt";
+    const auto outcome = [](const QByteArray &line) {
+        const QString text = QString::fromUtf8(line);
+        const AIToolCall call{u"1"_s, text.section(u' ', 0, 0), text.section(u' ', 1)};
+        return ToolLabels::running(call) + u'|' + ToolLabels::finished(call) + u'|' +
+               ToolLabels::failed(call);
+    };
+    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
 }
 
 } // namespace

@@ -1,17 +1,21 @@
-// What goes along with a turn and what stays with its chat: proofs, attachments, and the mark of the screen.
+// What goes along with a turn and what stays with its chat: proofs, attachments, drafts, and the mark
+// of the screen.
 
 #include "view_models/ChatFixture.h"
 
 #include "ai/contract/ProviderError.h"
 #include "attestation/ProofLedger.h"
+#include "attestation/evidence/VeniceAttestationVerifier.h"
 #include "models/Conversation.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
 #include "utils/text/Identifier.h"
+#include "view_models/chat/AnswerProofs.h"
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -86,23 +90,6 @@ TEST_F(TurnCargoTest, AnAttachmentRidesWithItsMessageAndItsTextIsUntrusted)
     EXPECT_EQ(replies.asked.back().userWords, u"Read https://typed.example/ too"_s);
 }
 
-TEST_F(TurnCargoTest, APictureMarksItsChatForGoodAndStaysNear)
-{
-    settings.setBaseURLString(u"https://service.example/v1"_s);
-    chat.entries()->attachments()->hold(ImportedAttachment{.id = QUuid::createUuid(),
-                                                           .filename = u"cat.jpg"_s,
-                                                           .fileExtension = u"image"_s,
-                                                           .imageData = QByteArray("jpeg")});
-    send(u"what is it?"_s);
-    EXPECT_TRUE(replies.asked.empty()) << "a picture must not reach a service";
-    EXPECT_EQ(lastMessage()->status(), MessageStatus::failed);
-
-    settings.setBaseURLString(u"http://localhost:1/v1"_s);
-    send(u"and now?"_s);
-    EXPECT_EQ(replies.asked.back().request.configuration.carrying, SensitiveDataSet(SensitiveData::image));
-    EXPECT_EQ(transcript().size(), 4U);
-}
-
 TEST_F(TurnCargoTest, AReadingOfTheScreenMarksItsChatForGood)
 {
     const SensitiveDataSet screen(SensitiveData::screenText);
@@ -129,6 +116,102 @@ TEST_F(TurnCargoTest, AReadingOfTheScreenMarksItsChatForGood)
     chat.entries()->attachments()->hold(
         ImportedAttachment{.id = QUuid::createUuid(), .filename = u"What's on your screen"_s});
     EXPECT_EQ(carriedNow(), screen);
+}
+
+using Mark = AnswerProofs::Line::Mark;
+using AnswerProofsTest = ChatFixture;
+
+TEST_F(AnswerProofsTest, AnAnswerThatMovedSaysWhereItBeganAndWhyItLeft)
+{
+    const QString ending = VeniceAttestationVerifier::Failure::localReplyEnding();
+    const struct {
+        Place first;
+        std::optional<QString> note;
+        Place last;
+        QString words;
+        Mark mark;
+    } turns[] = {{Place::enclaveRefused, u"No key"_s + ending, Place::thisMac,
+                  u"This computer · Private cloud refused: No key."_s, Mark::refused},
+                 {Place::enclaveRefused,
+                  {},
+                  Place::network,
+                  u"Your network · Private cloud refused: No proof came."_s,
+                  Mark::refused},
+                 {Place::verifiedEnclave,
+                  {},
+                  Place::thisMac,
+                  u"This computer · In place of the private cloud"_s,
+                  Mark::refused},
+                 {Place::thisMac, {}, Place::thisMac, u"This computer"_s, Mark::place}};
+    AnswerProofs answers(proofs);
+    for (const auto &[first, note, last, words, mark] : turns) {
+        deliver(u"Question"_s, u"Answer"_s);
+        ChatMessage &answer = *lastMessage();
+        const auto row = std::make_shared<QUuid>(QUuid::createUuid());
+        answers.follow(answer.id(), row);
+        proofs.append({.id = *row, .place = {first, {}, {}}, .note = note});
+        *row = proofs.append({.place = {last, {}, {}}});
+        EXPECT_TRUE(answers.line(answer, true).words.isEmpty()) << "while it is written";
+        answers.note(answer, *row);
+        EXPECT_EQ(answers.line(answer, false).words, words);
+        EXPECT_EQ(answers.line(answer, false).mark, mark) << words.toStdString();
+    }
+}
+
+class DraftTest : public ChatFixture {
+protected:
+    [[nodiscard]] QString stored() { return chat.conversation()->draft(); }
+};
+
+TEST_F(DraftTest, IsWrittenSomeTimeAfterAKeyAndWhenItsChatIsLeftAndComesBackWithIt)
+{
+    deliver(u"q"_s, u"a"_s);
+    const QString first = chat.conversationId();
+    const auto before = chat.conversation()->revision();
+    for (const QChar key : u"Dear"_s) {
+        chat.setDraft(chat.draft() + key);
+        clock.advance(400ms);
+    }
+    EXPECT_EQ(chat.conversation()->revision(), before) << "not with each key";
+    clock.advance(400ms);
+    EXPECT_EQ(stored(), u"Dear"_s);
+    EXPECT_TRUE(FakeFieldSealing::isSealed(*chat.conversation()->columns().sealedDraft));
+    EXPECT_FALSE(repository.context().hasChanges());
+
+    chat.setDraft(u"Dear all"_s);
+    chat.newConversation();
+    EXPECT_EQ(chat.draft(), QString());
+    chat.setDraft(u"elsewhere"_s);
+    chat.open(first);
+    EXPECT_EQ(chat.draft(), u"Dear all"_s);
+    chat.setDraft(u"Dear all,"_s);
+    chat.endTurns();
+    EXPECT_FALSE(repository.context().hasChanges());
+
+    ChatViewModel next(services); // as the program finds them at its next start
+    next.openAtStart();
+    EXPECT_EQ(next.draft(), u"elsewhere"_s);
+    next.open(first);
+    EXPECT_EQ(next.draft(), u"Dear all,"_s);
+    next.setDraft(QString());
+    next.endTurns();
+    EXPECT_FALSE(chat.conversation()->columns().sealedDraft) << "an empty one leaves nothing";
+}
+
+TEST_F(DraftTest, IsGoneOnceItIsSentAndWithItsChat)
+{
+    chat.setDraft(u"half a question"_s);
+    clock.advance(2s);
+    send(u"half a question?"_s);
+    EXPECT_FALSE(chat.conversation()->columns().sealedDraft);
+    clock.advance(2s);
+    EXPECT_EQ(stored(), QString());
+    chat.setDraft(u"next"_s);
+    chat.remove(chat.conversationId());
+    EXPECT_EQ(chat.draft(), QString());
+    clock.advance(2s);
+    EXPECT_EQ(repository.count(), 1);
+    EXPECT_EQ(stored(), QString());
 }
 
 } // namespace
