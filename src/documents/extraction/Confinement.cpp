@@ -20,7 +20,8 @@ namespace morvane {
 
 namespace {
 
-constexpr rlim_t mostMemory = 1536UL << 20; // bytes of address space; a large photograph takes a third
+constexpr rlim_t mostMemory = 1536UL << 20; // bytes to write to; a large photograph takes a third
+constexpr rlim_t mostSpace = 64UL << 30;    // bytes of addresses; PDF readers reserve 16 GB of them
 constexpr rlim_t mostSeconds = 60;          // of processor time
 
 #if defined(__x86_64__)
@@ -108,6 +109,16 @@ void allowByBits(Filter &filter, long call, unsigned argument, std::uint32_t bit
     answer(filter, mustHave ? refused : SECCOMP_RET_ALLOW);
 }
 
+// This one is refused when its argument has any of the bits, and judged further when it has none of them.
+void refuseByBits(Filter &filter, long call, unsigned argument, std::uint32_t bits)
+{
+    filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t>(call), 0, 4));
+    load(filter, offsetof(seccomp_data, args) + argument * sizeof(std::uint64_t));
+    filter.push_back(BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, bits, 0, 1));
+    answer(filter, SECCOMP_RET_ERRNO | EPERM);
+    load(filter, offsetof(seccomp_data, nr));
+}
+
 Filter filter()
 {
     Filter filter;
@@ -126,6 +137,8 @@ Filter filter()
     // then.
     answerCall(filter, SYS_clone3, SECCOMP_RET_ERRNO | ENOSYS);
     allowByBits(filter, SYS_clone, 0, CLONE_THREAD, true);
+    // Memory that is shared or grows like a stack doesn't count as data, so the bound wouldn't see it.
+    refuseByBits(filter, SYS_mmap, 3, MAP_SHARED | MAP_GROWSDOWN);
     allowByBits(filter, SYS_mmap, 2, PROT_EXEC, false);
     allowByBits(filter, SYS_mprotect, 2, PROT_EXEC, false);
     answer(filter, SECCOMP_RET_ERRNO | EPERM);
@@ -148,8 +161,10 @@ void Confinement::limit()
     limitTo(RLIMIT_CORE, 0);
     limitTo(RLIMIT_FSIZE, 0);
     limitTo(RLIMIT_CPU, mostSeconds);
-    if (!isSanitized)
-        limitTo(RLIMIT_AS, mostMemory);
+    if (!isSanitized) {
+        limitTo(RLIMIT_DATA, mostMemory);
+        limitTo(RLIMIT_AS, mostSpace);
+    }
     static_cast<void>(::unshare(CLONE_NEWUSER | CLONE_NEWNET));
 }
 

@@ -35,7 +35,7 @@ Bytes input()
     if (::fstat(STDIN_FILENO, &about) != 0 || about.st_size <= 0)
         return {};
     const auto size = static_cast<std::size_t>(about.st_size);
-    const void *place = ::mmap(nullptr, size, PROT_READ, MAP_SHARED, STDIN_FILENO, 0);
+    const void *place = ::mmap(nullptr, size, PROT_READ, MAP_PRIVATE, STDIN_FILENO, 0);
     if (place == MAP_FAILED)
         return {};
     return {static_cast<const std::uint8_t *>(place), size};
