@@ -297,11 +297,14 @@ std::optional<TransportError> CurlTransfer::errorOf(CURLcode result) const
 {
     if (result == CURLE_OK && m_headIsOver)
         return std::nullopt;
-    // libcurl reports a single line beyond its own bound as a lack of memory.
-    if (m_headerTooLarge || (result == CURLE_OUT_OF_MEMORY && !m_headIsOver))
+    // libcurl reports a single line beyond its own bound as a lack of memory, or by this code since 8.6,
+    // which older headers don't name.
+    constexpr auto tooLarge = static_cast<CURLcode>(100);
+    const bool isBeyondBound = result == CURLE_OUT_OF_MEMORY || result == tooLarge;
+    if (m_headerTooLarge || (isBeyondBound && !m_headIsOver))
         return TransportError(Code::ResponseTooLarge, u"The response's header is too large."_s);
     // What a body unpacks to while nobody takes it is kept up to a bound, and reported in the same way.
-    if (result == CURLE_OUT_OF_MEMORY)
+    if (isBeyondBound)
         return TransportError(Code::ResponseTooLarge, u"The response unpacks to too much."_s);
     if (isBlocked())
         return TransportError(Code::Blocked,
