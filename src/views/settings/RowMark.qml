@@ -14,16 +14,20 @@ Rectangle {
         let shown = row;
         while (shown && !shown.visible)
             shown = shown.parent;
-        if (!shown || shown === page)
-            return root.clear();
+        if (!shown || shown === page) {
+            root.clear();
+            return;
+        }
         root.page = page;
         root.row = shown;
         settling.restart();
         root.place();
         const control = shown.nextItemInFocusChain(true);
         for (let around = control; around; around = around.parent) {
-            if (around === shown)
-                return control.forceActiveFocus(Qt.TabFocusReason);
+            if (around === shown) {
+                control.forceActiveFocus(Qt.TabFocusReason);
+                return;
+            }
         }
     }
     function clear() {
