@@ -66,6 +66,7 @@ bool FocusKeeper::eventFilter(QObject *watched, QEvent *event)
     case QEvent::MouseButtonPress:
     case QEvent::TouchBegin:
     case QEvent::TabletPress:
+        m_hadRing = false;
         setTabbed(false);
         break;
     case QEvent::ShortcutOverride: // nobody gets to say that a page key is its own
@@ -98,6 +99,12 @@ void FocusKeeper::watch()
         connect(m_watched, &QQuickItem::visibleChanged, this, &FocusKeeper::lookSoon);
         connect(m_watched, &QQuickItem::enabledChanged, this, &FocusKeeper::lookSoon);
     }
+    if (m_watched && m_watched != window()->contentItem()) {
+        if (!holds(m_watched))
+            m_isInPopup = true;
+        else if (!m_isInPopup)
+            remember(*m_watched);
+    }
     lookSoon();
 }
 
@@ -112,8 +119,34 @@ void FocusKeeper::lookSoon()
 void FocusKeeper::look()
 {
     m_looks = false;
-    if (m_home && window() && window()->isActive() && isLost(window()->activeFocusItem()))
-        m_home->forceActiveFocus(Qt::OtherFocusReason);
+    if (!window() || !window()->isActive())
+        return;
+    QQuickItem *item = window()->activeFocusItem();
+    if (item && item != window()->contentItem() && !holds(item))
+        return;
+    if (std::exchange(m_isInPopup, false) && m_before && !isLost(m_before) && (item == m_before || isLost(item)))
+        return comeBack(*m_before);
+    if (isLost(item)) {
+        if (m_home)
+            m_home->forceActiveFocus(Qt::OtherFocusReason);
+        return;
+    }
+    remember(*item);
+}
+
+void FocusKeeper::remember(QQuickItem &item)
+{
+    m_before = &item;
+    m_hadRing = item.property("visualFocus").toBool();
+}
+
+// A control that the focus returns to by a popup's end shows no ring by itself.
+void FocusKeeper::comeBack(QQuickItem &item)
+{
+    if (!item.hasActiveFocus())
+        item.forceActiveFocus(m_hadRing ? Qt::TabFocusReason : Qt::OtherFocusReason);
+    else if (m_hadRing)
+        item.setProperty("focusReason", Qt::TabFocusReason);
 }
 
 bool FocusKeeper::isLost(const QQuickItem *item) const

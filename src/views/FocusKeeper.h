@@ -13,6 +13,7 @@ namespace morvane {
 // of `rows` in the order in which they stand, those that aren't built yet included, and what it reaches
 // scrolls into view, and so does the place in a text that an arrow key leads to. Page Up and Page Down stay
 // the window's, whoever would take them. Popups are left alone: they keep their focus themselves.
+// Once one has closed the focus is where it was before, with its ring, unless somebody has moved it on.
 class FocusKeeper : public morvane::WindowKeeper {
     Q_OBJECT
     QML_ELEMENT
@@ -40,6 +41,8 @@ private:
     void watch() override;
     void lookSoon();
     void look();
+    void remember(QQuickItem &item);
+    void comeBack(QQuickItem &item);
     [[nodiscard]] bool isLost(const QQuickItem *item) const;
     [[nodiscard]] bool holds(const QQuickItem *item) const;
     void setTabbed(bool tabbed);
@@ -54,6 +57,9 @@ private:
     QPointer<QQuickItem> m_home;
     QPointer<QQuickItem> m_rows;
     QPointer<QQuickItem> m_watched; // it has the focus
+    QPointer<QQuickItem> m_before;  // it had the focus when a popup took it, or has it
+    bool m_hadRing = false;         // and showed so
+    bool m_isInPopup = false;
     bool m_looks = false;           // look() is about to run
     bool m_tabbed = false;
 };

@@ -169,4 +169,30 @@ TEST_F(FocusTest, WhatClosesOrHidesGivesTheKeyboardToTheComposer)
     expectComposer("the list of keys");
 }
 
+TEST_F(FocusTest, EscapeClosesWhatAButtonOpenedAndTheButtonHasTheKeyboardAgain)
+{
+    for (const auto &[button, shown] : {std::pair{u"sourceButton"_s, u"sourceSettings"_s},
+                                        {u"composerActions"_s, u"askAboutClipboard"_s}}) {
+        QQuickItem *opener = item(button);
+        ASSERT_NE(opener, nullptr) << button.toStdString();
+        opener->forceActiveFocus(Qt::TabFocusReason);
+        for (const int key : {Qt::Key_Return, Qt::Key_Space}) {
+            press(key);
+            ASSERT_TRUE(eventually([&] { return item(shown) != nullptr; })) << shown.toStdString();
+            EXPECT_FALSE(opener->hasActiveFocus());
+            press(Qt::Key_Escape);
+            EXPECT_TRUE(eventually([&] { return item(shown) == nullptr && opener->hasActiveFocus(); }))
+                << button.toStdString();
+            EXPECT_TRUE(eventually([&] { return opener->property("visualFocus").toBool(); })) << "its ring";
+        }
+    }
+    QQuickItem *chats = item(u"conversations"_s);
+    chats->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Down);
+    press(Qt::Key_Delete);
+    ASSERT_TRUE(eventually([&] { return isAt(m_window, u"Cancel"_s); }));
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(eventually([&] { return chats->hasActiveFocus(); })) << "the question before a chat is deleted";
+}
+
 } // namespace morvane
