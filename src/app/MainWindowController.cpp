@@ -9,6 +9,7 @@
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/chat/ReceiptsModel.h"
+#include "view_models/chat/SourceMenuViewModel.h"
 #include "view_models/companion/CompanionViewModel.h"
 #include "view_models/find/FindViewModel.h"
 #include "view_models/settings/AISettingsViewModel.h"
@@ -33,7 +34,6 @@
 #include "view_models/settings/SpeakingViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
 #include "view_models/sidebar/HistorySearchModel.h"
-#include "view_models/sidebar/SourceMenuViewModel.h"
 
 #include <QCloseEvent>
 #include <QGuiApplication>

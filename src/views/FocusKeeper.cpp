@@ -124,7 +124,8 @@ void FocusKeeper::look()
     QQuickItem *item = window()->activeFocusItem();
     if (item && item != window()->contentItem() && !holds(item))
         return;
-    if (std::exchange(m_isInPopup, false) && m_before && !isLost(m_before) && (item == m_before || isLost(item)))
+    if (std::exchange(m_isInPopup, false) && m_before && !isLost(m_before) &&
+        (item == m_before || isLost(item)))
         return comeBack(*m_before);
     if (isLost(item)) {
         if (m_home)

@@ -60,7 +60,7 @@ private:
     QPointer<QQuickItem> m_before;  // it had the focus when a popup took it, or has it
     bool m_hadRing = false;         // and showed so
     bool m_isInPopup = false;
-    bool m_looks = false;           // look() is about to run
+    bool m_looks = false; // look() is about to run
     bool m_tabbed = false;
 };
 

@@ -4,9 +4,9 @@
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
 #include "view_models/chat/ChatViewModel.h"
+#include "view_models/chat/SourceMenuViewModel.h"
 #include "view_models/settings/NetworkLedgerViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
-#include "view_models/sidebar/SourceMenuViewModel.h"
 
 #include <QJsonArray>
 #include <QTest>

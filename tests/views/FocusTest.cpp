@@ -192,7 +192,8 @@ TEST_F(FocusTest, EscapeClosesWhatAButtonOpenedAndTheButtonHasTheKeyboardAgain)
     press(Qt::Key_Delete);
     ASSERT_TRUE(eventually([&] { return isAt(m_window, u"Cancel"_s); }));
     press(Qt::Key_Escape);
-    EXPECT_TRUE(eventually([&] { return chats->hasActiveFocus(); })) << "the question before a chat is deleted";
+    EXPECT_TRUE(eventually([&] { return chats->hasActiveFocus(); }))
+        << "the question before a chat is deleted";
 }
 
 } // namespace morvane

@@ -1,4 +1,4 @@
-#include "view_models/sidebar/SourceMenuViewModel.h"
+#include "view_models/chat/SourceMenuViewModel.h"
 
 #include "ai/routing/AIRequestRouter.h"
 
