@@ -6,6 +6,7 @@
 #include "platform/linux/ScreenLock.h"
 #include "support/PrivateBus.h"
 #include "support/TestScreen.h"
+#include "utils/files/PrivateFile.h"
 #include "view_models/chat/NotificationService.h"
 
 #include <QDBusArgument>
@@ -13,6 +14,7 @@
 #include <QDBusPendingReply>
 #include <QDBusVariant>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTimer>
 
 #include <gtest/gtest.h>
@@ -208,6 +210,26 @@ TEST_F(NotificationsTest, WithoutAServerNothingIsKept)
     m_service.withdrawAll();
     m_service.replyReady(otherChat, u"Moss"_s);
     await(server, u"Reply ready|Moss"_s);
+}
+
+TEST_F(NotificationsTest, WhatAKilledRunLeftTheNextOneTakesBack)
+{
+    const QTemporaryDir folder;
+    const QString numbers = folder.filePath(u"run/numbers"_s);
+    Server server(m_bus.connection());
+    m_service.replyReady(otherChat, u"Moss"_s);
+    DesktopNotifications killed(m_bus.connection(), numbers);
+    for (const auto *key : {"a", "b"})
+        killed.post({.key = QString::fromLatin1(key), .title = u"Reply ready"_s});
+    await(server, u"Reply ready|, Reply ready|, Reply ready|Moss"_s);
+    killed.withdraw(u"a"_s);
+    TestWait::until([&] { return PrivateFile::read(numbers, 99)->count('\n') == 1; });
+    const DesktopNotifications next(m_bus.connection(), numbers);
+    await(server, u"Reply ready|Moss"_s);
+    EXPECT_FALSE(QFile::exists(numbers));
+    PrivateFile::write(numbers, ":1.0 \n- 1\n" + QByteArray(1 << 17, 'x'));
+    const DesktopNotifications third(m_bus.connection(), numbers);
+    EXPECT_EQ(server.shown(), u"Reply ready|Moss"_s);
 }
 
 TEST_F(NotificationsTest, ASandboxedProgramsLeadToItsChatByTheApplicationsOwnInterface)

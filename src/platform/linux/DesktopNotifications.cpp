@@ -1,10 +1,12 @@
 #include "platform/linux/DesktopNotifications.h"
 
 #include "platform/linux/WindowActivation.h"
+#include "utils/files/PrivateFile.h"
 #include "utils/text/Product.h"
 
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QFile>
 
 #include <utility>
 
@@ -19,6 +21,8 @@ const QString path = u"/org/freedesktop/Notifications"_s;
 const QString clicked = u"default"_s; // the action of a click on the notification itself
 constexpr int asTheDesktopLikes = -1; // milliseconds
 
+constexpr qsizetype largestNumbers = 1 << 16; // bytes
+
 enum class Urgency : uchar { normal = 1, critical = 2 };
 
 QDBusMessage callOf(const QString &method, const QVariantList &arguments = {})
@@ -26,6 +30,15 @@ QDBusMessage callOf(const QString &method, const QVariantList &arguments = {})
     auto message = QDBusMessage::createMethodCall(service, path, service, method);
     message.setArguments(arguments);
     return message;
+}
+
+// By its own name: one that has taken its place may call something else so.
+QDBusMessage closingOf(const QString &server, uint id)
+{
+    auto call = QDBusMessage::createMethodCall(server, path, service, u"CloseNotification"_s);
+    call.setArguments({id});
+    call.setAutoStartService(false);
+    return call;
 }
 
 } // namespace
@@ -37,14 +50,17 @@ std::optional<QDBusConnection> DesktopNotifications::sessionBus()
     return QDBusConnection::sessionBus();
 }
 
-DesktopNotifications::DesktopNotifications(std::optional<QDBusConnection> bus, QObject *parent)
+DesktopNotifications::DesktopNotifications(std::optional<QDBusConnection> bus, const QString &numbers,
+                                           QObject *parent)
     : NotificationPosting(parent)
     , m_bus(std::move(bus))
+    , m_numbers(numbers)
 {
     if (m_bus && !m_bus->isConnected())
         m_bus.reset();
     if (!m_bus)
         return;
+    closeLeftOnes();
     // By no sender's name, which the library would wait for; keyOf() asks who it was.
     m_bus->connect({}, path, service, u"ActionInvoked"_s, this, SLOT(actionInvoked(uint, QString)));
     m_bus->connect({}, path, service, u"ActivationToken"_s, this, SLOT(activationToken(uint, QString)));
@@ -53,10 +69,11 @@ DesktopNotifications::DesktopNotifications(std::optional<QDBusConnection> bus, Q
 
 DesktopNotifications::~DesktopNotifications()
 {
-    for (const auto &[key, shown] : m_shown) {
+    for (const auto &[key, shown] : std::exchange(m_shown, {})) {
         if (shown.id != 0)
-            close(shown.id);
+            close(shown);
     }
+    noteNumbers();
 }
 
 void DesktopNotifications::post(const DesktopNotice &notice)
@@ -83,8 +100,9 @@ void DesktopNotifications::withdraw(const QString &key)
         return;
     }
     if (found->second.id != 0)
-        close(found->second.id);
+        close(found->second);
     m_shown.erase(found);
+    noteNumbers();
 }
 
 void DesktopNotifications::askCapabilities()
@@ -133,6 +151,7 @@ void DesktopNotifications::answered(const QString &key, QDBusPendingCallWatcher 
     shown.isAsking = false;
     shown.id = reply.isValid() ? reply.value() : 0;
     shown.server = reply.reply().service();
+    noteNumbers();
     if (!shown.isWanted)
         return withdraw(key);
     if (reply.isValid() && shown.server != m_server) { // another one has come, which may show less
@@ -168,11 +187,46 @@ QVariantList DesktopNotifications::arguments(const Shown &shown) const
             asTheDesktopLikes};
 }
 
-void DesktopNotifications::close(uint id)
+void DesktopNotifications::close(const Shown &shown)
 {
-    auto call = callOf(u"CloseNotification"_s, {id});
-    call.setAutoStartService(false);
-    m_bus->asyncCall(call);
+    m_bus->asyncCall(closingOf(shown.server, shown.id));
+}
+
+// A line each: the server's name on the bus, which it alone ever has there, and the number.
+void DesktopNotifications::closeLeftOnes()
+{
+    if (m_numbers.isEmpty())
+        return;
+    try {
+        const auto left = PrivateFile::read(m_numbers, largestNumbers).value_or(QByteArray());
+        for (const QByteArray &line : left.split('\n')) {
+            const QByteArrayList words = line.split(' ');
+            if (words.size() == 2 && words.front().startsWith(':'))
+                m_bus->asyncCall(closingOf(QString::fromLatin1(words.front()), words.back().toUInt()));
+        }
+    } catch (const FileError &) {
+        // They stay.
+    }
+    noteNumbers();
+}
+
+void DesktopNotifications::noteNumbers() const
+{
+    if (m_numbers.isEmpty())
+        return;
+    QByteArray lines;
+    for (const auto &[key, shown] : m_shown) {
+        if (shown.id != 0)
+            lines += shown.server.toLatin1() + ' ' + QByteArray::number(shown.id) + '\n';
+    }
+    try {
+        if (lines.isEmpty())
+            QFile::remove(m_numbers);
+        else
+            PrivateFile::write(m_numbers, lines);
+    } catch (const FileError &) {
+        // The next run doesn't know them.
+    }
 }
 
 std::optional<QString> DesktopNotifications::keyOf(uint id) const
@@ -206,6 +260,7 @@ void DesktopNotifications::notificationClosed(uint id, uint)
         found->second.id = 0; // what takes its place is on its way
     else
         m_shown.erase(found);
+    noteNumbers();
     Q_EMIT dismissed(*key);
 }
 

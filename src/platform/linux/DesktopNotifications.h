@@ -23,8 +23,10 @@ public:
     // The session's bus; none where the session names none, since asking for it would start one.
     [[nodiscard]] static std::optional<QDBusConnection> sessionBus();
 
+    // `numbers` is a file that goes with the session. It holds what the server calls what is shown, so that
+    // the run after a killed one takes that back; empty for none.
     explicit DesktopNotifications(std::optional<QDBusConnection> bus = sessionBus(),
-                                  QObject *parent = nullptr);
+                                  const QString &numbers = {}, QObject *parent = nullptr);
     ~DesktopNotifications() override; // nobody would hear a click any more: what is shown is taken back
 
     void post(const DesktopNotice &notice) override;
@@ -50,11 +52,14 @@ private:
     void send(Shown &shown);
     void answered(const QString &key, QDBusPendingCallWatcher &watcher);
     [[nodiscard]] QVariantList arguments(const Shown &shown) const;
-    void close(uint id);
+    void close(const Shown &shown);
+    void closeLeftOnes();
+    void noteNumbers() const;
     // Of those that the sender of the present signal shows.
     [[nodiscard]] std::optional<QString> keyOf(uint id) const;
 
     std::optional<QDBusConnection> m_bus;
+    const QString m_numbers;
     std::optional<QSet<QString>> m_capabilities; // none until the server has told them
     QString m_server;                            // whose they are
     bool m_isAskingCapabilities = false;

@@ -63,11 +63,12 @@ void PortalNotifications::withdraw(const QString &key)
     m_bus.asyncCall(call);
 }
 
-std::unique_ptr<NotificationPosting> notificationsOfTheDesktop(const std::optional<QDBusConnection> &session)
+std::unique_ptr<NotificationPosting> notificationsOfTheDesktop(const std::optional<QDBusConnection> &session,
+                                                               const QString &runtimeFolder)
 {
     if (session && DesktopKind::isSandboxed())
         return std::make_unique<PortalNotifications>(*session);
-    return std::make_unique<DesktopNotifications>(session);
+    return std::make_unique<DesktopNotifications>(session, runtimeFolder + u"/morvane.notices"_s);
 }
 
 } // namespace morvane

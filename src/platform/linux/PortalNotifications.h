@@ -24,8 +24,8 @@ private:
     QDBusConnection m_bus;
 };
 
-// The way for this desktop; without a bus nothing appears.
+// The way for this desktop; without a bus nothing appears. `runtimeFolder` goes with the session.
 [[nodiscard]] std::unique_ptr<NotificationPosting>
-notificationsOfTheDesktop(const std::optional<QDBusConnection> &session);
+notificationsOfTheDesktop(const std::optional<QDBusConnection> &session, const QString &runtimeFolder);
 
 } // namespace morvane
