@@ -102,17 +102,6 @@ TEST_F(AccessibilityTest, EveryControlOfTheSettingsHasANameAndTabReachesIt)
     }
 }
 
-TEST_F(AccessibilityTest, TheSheetListsTheKeysAndClosesWithEscape)
-{
-    press(Qt::Key_Question, Qt::ControlModifier);
-    const auto isOpen = [this] { return isAt(m_window, u"Close"_s); };
-    ASSERT_TRUE(eventually(isOpen));
-    ASSERT_NE(named(u"Return: Send the message"_s), nullptr);
-    EXPECT_GT(named(u"Return: Send the message"_s)->width(), 100);
-    press(Qt::Key_Escape);
-    EXPECT_TRUE(eventually([&] { return !isOpen(); }));
-}
-
 TEST_F(AccessibilityTest, AReplyIsAnnouncedWhenItBeginsAndWhenItIsDoneAndNeverByPieces)
 {
     QStringList heard;

@@ -11,8 +11,6 @@
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
 
-#include <QGuiApplication>
-
 #include <set>
 
 namespace morvane {
@@ -117,28 +115,17 @@ TEST_F(ChatPageTest, OnlyARowThatIsRunningShowsTheDots)
     EXPECT_TRUE(shows(u"An answer"_s));
 }
 
-TEST_F(ChatPageTest, AReplyIsCopiedAndSaysSo)
-{
-    showReply(u"The **answer**"_s);
-    QQuickItem *copy = lastVisible(u"copyReply"_s);
-    ASSERT_NE(copy, nullptr);
-    click(copy);
-    EXPECT_EQ(clipboard(), u"The answer"_s);
-    EXPECT_EQ(accessibleName(copy), u"Copied"_s);
-    EXPECT_EQ(lastVisible(u"continueReply"_s), nullptr) << "it is whole";
-    showReply(u"The newest"_s);
-    press(Qt::Key_C, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_EQ(clipboard(), u"The newest"_s);
-}
-
 TEST_F(ChatPageTest, ThinkingIsFoldedUnlessItIsAllThereIs)
 {
     showReply(u"<think>Hm, two.</think>Two."_s);
     QQuickItem *fold = lastVisible(u"thoughtFold"_s);
     ASSERT_NE(fold, nullptr);
     EXPECT_TRUE(shows(u"Two."_s) && !shows(u"Hm, two."_s));
-    click(lastVisible(u"copyReply"_s));
+    QQuickItem *copy = lastVisible(u"copyReply"_s);
+    click(copy);
     EXPECT_EQ(clipboard(), u"Two."_s);
+    EXPECT_EQ(accessibleName(copy), u"Copied"_s);
+    EXPECT_EQ(lastVisible(u"continueReply"_s), nullptr) << "it is whole";
     click(fold);
     EXPECT_TRUE(shows(u"Hm, two."_s));
     fold->forceActiveFocus(Qt::TabFocusReason);
@@ -242,16 +229,6 @@ TEST_F(ChatPageTest, AGrowingReplyKeepsWhatIsSelectedInIt)
     m_app->presentation().chat->messages()->messageChanged(reply->id());
     settle();
     EXPECT_EQ(words->property("text").toString(), u"Fir"_s);
-}
-
-TEST_F(ChatPageTest, WithoutAServerTheEmptyChatLeadsToTheSettings)
-{
-    EXPECT_FALSE(item(u"emptyStateSettings"_s)->isVisible());
-    m_app->storage().settings->setModel({});
-    settle();
-    click(item(u"emptyStateSettings"_s));
-    EXPECT_TRUE(eventually([this] { return QGuiApplication::focusWindow() != m_window; }))
-        << "the settings have the focus";
 }
 
 TEST_F(ChatPageTest, AQuestionOfTheApplicationIsAnsweredOrClosed)

@@ -3,6 +3,7 @@
 #include "persistence/SettingsStore.h"
 #include "view_models/chat/ChatViewModel.h"
 
+#include <QGuiApplication>
 #include <QSet>
 #include <QTest>
 
@@ -140,10 +141,12 @@ TEST_F(FocusTest, WhatClosesOrHidesGivesTheKeyboardToTheComposer)
         EXPECT_TRUE(eventually([this] { return item(u"composer"_s)->hasActiveFocus(); })) << after;
     };
     m_app->presentation().chat->newConversation();
+    EXPECT_FALSE(item(u"emptyStateSettings"_s)->isVisible());
     m_app->storage().settings->setModel({});
     settle();
     item(u"emptyStateSettings"_s)->forceActiveFocus(Qt::TabFocusReason);
     press(Qt::Key_Space);
+    EXPECT_TRUE(eventually([this] { return QGuiApplication::focusWindow() != m_window; }));
     QQuickWindow *settings = settingsWindow();
     ASSERT_NE(settings, nullptr);
     m_app->storage().settings->setModel(u"practice"_s);
@@ -165,6 +168,8 @@ TEST_F(FocusTest, WhatClosesOrHidesGivesTheKeyboardToTheComposer)
     expectComposer("the banner");
     press(Qt::Key_Question, Qt::ControlModifier);
     ASSERT_TRUE(eventually([this] { return isAt(m_window, u"Close"_s); }));
+    ASSERT_NE(named(u"Return: Send the message"_s), nullptr);
+    EXPECT_GT(named(u"Return: Send the message"_s)->width(), 100);
     press(Qt::Key_Escape);
     expectComposer("the list of keys");
 }

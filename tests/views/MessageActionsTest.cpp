@@ -243,24 +243,4 @@ TEST_F(MessageActionsTest, ALongMessageOfThePersonsFoldsAndIsCopiedWhole)
     EXPECT_EQ(clipboard(), lines.join(u'\n'));
 }
 
-TEST_F(MessageActionsTest, ADraftStaysWithItsChatAcrossARestart)
-{
-    const QString first = addChat(u"First"_s, {u"Q"_s, u"A"_s});
-    chat().open(first);
-    settle();
-    type(u"half a thought"_s);
-    chat().open(addChat(u"Second"_s, {u"Q"_s, u"A"_s}));
-    settle();
-    EXPECT_EQ(composed(), QString());
-    type(u"other"_s);
-    const QString second = chat().conversationId();
-    start();
-    load();
-    for (const auto &[id, draft] : {std::pair(first, u"half a thought"_s), {second, u"other"_s}}) {
-        chat().open(id);
-        settle();
-        EXPECT_EQ(composed(), draft);
-    }
-}
-
 } // namespace morvane
