@@ -3,7 +3,6 @@
 #include "persistence/SettingsStore.h"
 #include "platform/linux/DesktopScreen.h"
 #include "support/Await.h"
-#include "view_models/chat/ChatViewModel.h"
 
 #include <QTest>
 
@@ -89,17 +88,15 @@ void AppFixture::say(const QString &words)
 
 bool AppFixture::turnEnds()
 {
-    const bool ended = WindowDriver::eventually([this] {
-        return !state->presentation().chat->isResponding() &&
-               state->presentation().chat->turnsInFlight() == 0;
-    });
+    const bool ended =
+        WindowDriver::eventually([this] { return !chat().isResponding() && chat().turnsInFlight() == 0; });
     WindowDriver::settle();
     return ended;
 }
 
 QVariant AppFixture::lastRow(int role) const
 {
-    const auto *messages = state->presentation().chat->messages();
+    const auto *messages = chat().messages();
     return messages->index(messages->rowCount() - 1).data(role);
 }
 

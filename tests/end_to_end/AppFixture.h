@@ -7,6 +7,7 @@
 #include "services/ScreenCapturing.h"
 #include "support/ModelServer.h"
 #include "support/WindowDriver.h"
+#include "view_models/chat/ChatViewModel.h"
 
 #include <QTemporaryDir>
 
@@ -40,6 +41,7 @@ protected:
     [[nodiscard]] bool turnEnds();
     [[nodiscard]] QVariant lastRow(int role) const;
     [[nodiscard]] QString lastText() const;
+    [[nodiscard]] ChatViewModel &chat() const { return *state->presentation().chat; }
     [[nodiscard]] QQuickItem *item(const QString &objectName) const;
     [[nodiscard]] QQuickWindow *window() const { return mainWindow->window(); }
 

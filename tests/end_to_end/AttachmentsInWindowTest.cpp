@@ -1,7 +1,6 @@
 #include "end_to_end/AppFixture.h"
 
 #include "persistence/SettingsStore.h"
-#include "view_models/chat/ChatViewModel.h"
 
 #include <QBuffer>
 #include <QClipboard>
@@ -75,10 +74,7 @@ protected:
         WindowDriver::settle();
         return isRead;
     }
-    [[nodiscard]] AttachmentDesk &desk() const
-    {
-        return *state->presentation().chat->entries()->attachments();
-    }
+    [[nodiscard]] AttachmentDesk &desk() const { return *chat().entries()->attachments(); }
     // The newest message that the server got.
     [[nodiscard]] QJsonValue received()
     {
@@ -111,7 +107,7 @@ TEST_F(AttachmentsInWindowTest, WhatIsDroppedGoesWithTheMessageAsTextBetweenMark
     drop({savePDF(u"none.pdf"_s, {}), save(u"a.rtf"_s, "{\\rtf1 one {\\b two}}"), save(u"b.exe"_s, "MZ")});
     ASSERT_TRUE(isRead());
     EXPECT_EQ(desk().name(), u"a.rtf"_s);
-    EXPECT_EQ(state->presentation().chat->banner().message, u"“exe” files are not supported."_s);
+    EXPECT_EQ(chat().banner().message, u"“exe” files are not supported."_s);
     WindowDriver::click(item(u"attachmentActions"_s));
     ASSERT_NE(item(u"quickAction"_s), nullptr);
     WindowDriver::click(item(u"quickAction"_s));
@@ -146,12 +142,12 @@ TEST_F(AttachmentsInWindowTest, PastedFilesAndPicturesAreAttachedAndTextIsText)
     EXPECT_EQ(desk().name(), u"notes.md"_s);
     QGuiApplication::clipboard()->setText(u"words"_s);
     WindowDriver::press(window(), Qt::Key_V, Qt::ControlModifier);
-    EXPECT_EQ(state->presentation().chat->draft(), u"words"_s);
+    EXPECT_EQ(chat().draft(), u"words"_s);
     EXPECT_EQ(desk().name(), u"notes.md"_s);
     QMimeData text;
     text.setText(u"dragged"_s);
     drop(text);
-    EXPECT_EQ(state->presentation().chat->draft(), u"words dragged"_s);
+    EXPECT_EQ(chat().draft(), u"words dragged"_s);
 
     // By keys alone: into the menu of ways, and to what is attached.
     item(u"composerActions"_s)->forceActiveFocus(Qt::TabFocusReason);
@@ -169,12 +165,11 @@ TEST_F(AttachmentsInWindowTest, AModelThatSeesNothingIsToldOfBeforeThePictureIsS
     state->storage().settings->setBaseURLString(blind.baseUrl());
     useModel(u"blind:3b"_s);
     drop({save(u"a.png"_s, photo(8))});
-    const ChatViewModel &chat = *state->presentation().chat;
-    ASSERT_TRUE(WindowDriver::eventually([&] { return chat.hasBanner(); }));
-    EXPECT_EQ(chat.banner().message, u"blind:3b can't see images."_s);
+    ASSERT_TRUE(WindowDriver::eventually([&] { return chat().hasBanner(); }));
+    EXPECT_EQ(chat().banner().message, u"blind:3b can't see images."_s);
     EXPECT_TRUE(item(u"modelNotice"_s));
     WindowDriver::click(item(u"removeAttachment"_s));
-    EXPECT_FALSE(chat.hasBanner());
+    EXPECT_FALSE(chat().hasBanner());
     EXPECT_EQ(blind.chats().size(), 0U);
 }
 

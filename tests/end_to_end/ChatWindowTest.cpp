@@ -1,13 +1,15 @@
-#include "end_to_end/AppFixture.h"
-
 #include "attestation/ProofLedger.h"
+#include "end_to_end/AppFixture.h"
 #include "persistence/ConversationRepository.h"
 #include "persistence/SettingsStore.h"
+#include "support/TextForms.h"
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/chat/SourceMenuViewModel.h"
 #include "view_models/settings/NetworkLedgerViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
 
+#include <QDirIterator>
+#include <QFile>
 #include <QJsonArray>
 #include <QTest>
 
@@ -25,7 +27,7 @@ TEST_F(ChatWindowTest, ATypedMessageBringsAStreamedReplyThatIsThereAfterARestart
     ASSERT_TRUE(turnEnds());
     const QString reply = lastText();
     EXPECT_TRUE(reply.contains(u"practice server"_s)) << reply.toStdString();
-    EXPECT_EQ(state->presentation().chat->title(), u"Hello there"_s);
+    EXPECT_EQ(chat().title(), u"Hello there"_s);
     ASSERT_EQ(server.chats().size(), 1U);
     const QJsonObject body = server.chats().front().json();
     EXPECT_TRUE(body.value("stream"_L1).toBool());
@@ -41,7 +43,7 @@ TEST_F(ChatWindowTest, ATypedMessageBringsAStreamedReplyThatIsThereAfterARestart
     stop();
     start();
     EXPECT_EQ(state->presentation().conversations->rowCount(), 1);
-    EXPECT_EQ(state->presentation().chat->title(), u"Hello there"_s) << "a start opens what was open";
+    EXPECT_EQ(chat().title(), u"Hello there"_s) << "a start opens what was open";
     EXPECT_EQ(lastText(), reply);
     EXPECT_EQ(lastRow(MessageListModel::PlaceRole), u"This computer"_s);
 }
@@ -81,7 +83,7 @@ TEST_F(ChatWindowTest, EscapeStopsAtEachStage)
         ASSERT_TRUE(turnEnds()) << model.toStdString();
         EXPECT_TRUE(lastRow(MessageListModel::CancelledRole).toBool());
         EXPECT_TRUE(lastText().startsWith(arrived)) << "what had arrived stays, and more may have by then";
-        EXPECT_FALSE(state->presentation().chat->hasBanner());
+        EXPECT_FALSE(chat().hasBanner());
         server.awaitEnded(server.requests().size());
         EXPECT_TRUE(server.chats().back().clientLeft);
     }
@@ -97,9 +99,9 @@ TEST_F(ChatWindowTest, RetryOnTheBannerAsksAgainInPlaceOfAReplyWithoutAWord)
     ASSERT_NE(retry, nullptr);
     WindowDriver::click(retry);
     ASSERT_TRUE(turnEnds());
-    EXPECT_FALSE(state->presentation().chat->hasBanner());
+    EXPECT_FALSE(chat().hasBanner());
     EXPECT_FALSE(lastText().isEmpty());
-    EXPECT_EQ(state->presentation().chat->messages()->rowCount(), 2);
+    EXPECT_EQ(chat().messages()->rowCount(), 2);
 }
 
 TEST_F(ChatWindowTest, ContinueAddsTheRestToAReplyThatHitItsLimit)
@@ -114,7 +116,7 @@ TEST_F(ChatWindowTest, ContinueAddsTheRestToAReplyThatHitItsLimit)
     ASSERT_TRUE(turnEnds());
     EXPECT_TRUE(lastText().startsWith(half));
     EXPECT_GT(lastText().size(), half.size());
-    EXPECT_EQ(state->presentation().chat->messages()->rowCount(), 2);
+    EXPECT_EQ(chat().messages()->rowCount(), 2);
     EXPECT_FALSE(lastRow(MessageListModel::CanContinueRole).toBool());
 }
 
@@ -122,14 +124,47 @@ TEST_F(ChatWindowTest, TheChatListOpensAndStartsChatsByKey)
 {
     say(u"first"_s);
     ASSERT_TRUE(turnEnds());
-    const QString firstId = state->presentation().chat->conversationId();
+    const QString firstId = chat().conversationId();
     WindowDriver::press(window(), Qt::Key_N, Qt::ControlModifier);
-    EXPECT_NE(state->presentation().chat->conversationId(), firstId);
+    EXPECT_NE(chat().conversationId(), firstId);
     say(u"second"_s);
     ASSERT_TRUE(turnEnds());
     EXPECT_EQ(state->presentation().conversations->rowCount(), 2);
-    state->presentation().chat->open(firstId);
-    EXPECT_EQ(state->presentation().chat->messages()->index(0).data(MessageListModel::TextRole), u"first"_s);
+    chat().open(firstId);
+    EXPECT_EQ(chat().messages()->index(0).data(MessageListModel::TextRole), u"first"_s);
+}
+
+TEST_F(ChatWindowTest, NoWordOfASessionLiesReadableInAnyFile)
+{
+    const QStringList marked{u"MARKEDquestionWORDS"_s, u"MARKEDretitledCHAT"_s, u"MARKEDsecondQUESTION"_s};
+    say(marked[0]);
+    ASSERT_TRUE(turnEnds());
+    chat().rename(chat().conversationId(), marked[1]);
+    useModel(u"status-500"_s);
+    say(marked[2]);
+    ASSERT_TRUE(turnEnds());
+    const QString reply = chat().messages()->index(1).data(MessageListModel::TextRole).toString();
+    const QString error = chat().banner().message;
+
+    int filesRead = 0;
+    const auto search = [&] {
+        for (QDirIterator files(profile.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+             files.hasNext();) {
+            QFile file(files.next());
+            ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+            const QByteArray contents = file.readAll();
+            ++filesRead;
+            for (const QString &text : marked + QStringList{reply.first(40), error}) {
+                for (const QByteArray &form : formsOf(text))
+                    EXPECT_FALSE(contents.contains(form))
+                        << file.fileName().toStdString() << ": " << text.toStdString();
+            }
+        }
+    };
+    search(); // with the store open and its companions beside it
+    stop();
+    search();
+    EXPECT_GE(filesRead, 4);
 }
 
 } // namespace

@@ -2,14 +2,11 @@
 
 #include "end_to_end/CloudFixture.h"
 
-#include "ai/routing/AIRequestRouter.h"
 #include "attestation/ProofLedger.h"
 #include "network/NetworkLedger.h"
-#include "persistence/SettingsStore.h"
 #include "support/Await.h"
 #include "support/LogCapture.h"
 #include "support/TestData.h"
-#include "view_models/chat/ChatViewModel.h"
 
 #include <QProcess>
 
@@ -162,8 +159,7 @@ TEST_F(CloudScenariosTest, EachEndsInItsOwnWordsRequestsAndRowsAndSendsNothingIn
 {
     mainWindow.reset();               // what it would show is asked of what it shows it from
     outcome(u"e2ee-glm-5-3-flash"_s); // the list is fetched here
-    EXPECT_EQ(TestData::transcript(turns, [this](const QByteArray &model) { return outcome(model); }),
-              TestData::text(turns));
+    TestData::expect(turns, [this](const QByteArray &model) { return outcome(model); });
     expectNothingInPlain();
 }
 
@@ -229,8 +225,7 @@ protected:
 
 TEST_F(CloudListsTest, EachDecidesWhoIsSentTo)
 {
-    EXPECT_EQ(TestData::transcript(lists, [this](const QByteArray &list) { return outcome(list); }),
-              TestData::text(lists));
+    TestData::expect(lists, [this](const QByteArray &list) { return outcome(list); });
 }
 
 } // namespace

@@ -4,17 +4,11 @@
 
 #include "ai/ReplyReading.h"
 #include "ai/agent/AgentLoop.h"
-#include "ai/providers/OpenAICompatibleProvider.h"
-#include "ai/routing/AIRequestRouter.h"
 #include "ai/tools/ToolRegistry.h"
 #include "app/PrivateCloudParts.h"
 #include "attestation/ProofLedger.h"
 #include "attestation/ProofWatch.h"
-#include "network/AppNetwork.h"
-#include "persistence/SettingsStore.h"
 #include "support/Await.h"
-#include "view_models/chat/ChatViewModel.h"
-#include "view_models/settings/ProofLedgerViewModel.h"
 
 #include <QDir>
 #include <QFile>
@@ -192,35 +186,6 @@ TEST_F(NewerListTest, AServerThatIsNewIsAcceptedInTheMiddleOfATurnByTheSameProof
     EXPECT_EQ(proofs().back().acceptedServersList->left(10), u"Version 6,"_s);
 }
 
-class WithdrawnListTest : public CloudWindowTest {
-protected:
-    WithdrawnListTest()
-        : CloudWindowTest({u"--list"_s, u"withdrawn"_s})
-    {}
-};
-
-TEST_F(WithdrawnListTest, AWithdrawnServerIsRefusedAlsoAfterARestartWithoutTheNetwork)
-{
-    for (const bool isFirst : {true, false}) {
-        for (const auto &model : {u"e2ee-glm-5-3-flash"_s, u"e2ee-practice"_s}) {
-            ask(model, u"My secret"_s);
-            ASSERT_TRUE(turnEnds());
-            EXPECT_TRUE(proofLine().startsWith(u"Refused: "_s)) << proofLine().toStdString();
-        }
-        EXPECT_EQ(allRequests(), isFirst ? u"LPPS"_s : u"LPPPPS"_s);
-        if (isFirst) {
-            stop();
-            start();
-            auto &ledger = *state->presentation().proofLedger;
-            EXPECT_TRUE(WindowDriver::eventually([&] {
-                ledger.setWatching(false);
-                ledger.setWatching(true);
-                return ledger.acceptedServers().startsWith(u"Version "_s);
-            })) << "what was stored is read before anybody asks a server";
-        }
-    }
-}
-
 // A model that calls an ability: the window's turns offer it none.
 class CallingCloudTest : public CloudWindowTest {
 protected:
@@ -272,9 +237,8 @@ TEST_F(CloudWindowTest, ARoundWithAnAbilityIsSealedBothTimes)
             turn.tools.push_back(tool);
     }
     ASSERT_EQ(turn.tools.size(), 1U);
-    const auto run = std::make_shared<TestWait::Outcome<EventsRead<AgentEvent>>>();
-    TestWait::collect(readTask<EventsRead<AgentEvent>>(AgentLoop(place.makeProvider(), registry).run(turn)),
-                      run);
+    const auto run = TestWait::begin(
+        readTask<EventsRead<AgentEvent>>(AgentLoop(place.makeProvider(), registry).run(turn)));
     ASSERT_TRUE(WindowDriver::eventually([this] { return chat().hasApproval(); }));
     chat().approve();
     ASSERT_TRUE(WindowDriver::eventually([&] { return run->done; }));
@@ -298,75 +262,6 @@ TEST_F(CloudWindowTest, ARoundWithAnAbilityIsSealedBothTimes)
     EXPECT_NE(turns.at(0).headers, turns.at(1).headers) << "a key of its own";
     for (const auto &words : {u"herons"_s, u"search_web"_s, u"MORVANE_TOOL"_s, u"was told"_s})
         expectAbsent(words, cloud.wire());
-}
-
-// The model in the program itself.
-class ReadyModel final : public LocalModelServing {
-public:
-    [[nodiscard]] State state() const override { return State::ready; }
-    [[nodiscard]] QString model() const override { return u"practice-fast"_s; }
-};
-
-// It listens where the model server does.
-class SpeakerNextDoor final : public AIConnectionTesting {
-public:
-    SpeakerNextDoor(HttpSessionProviding &network, QString address)
-        : m_speaker(network)
-        , m_address(std::move(address))
-    {}
-
-    AsyncStream<AIStreamEvent> streamReply(std::vector<AIMessage> messages, AIConfiguration configuration,
-                                           std::vector<AITool> tools) override
-    {
-        configuration.baseURLString = m_address;
-        return m_speaker.streamReply(std::move(messages), std::move(configuration), std::move(tools));
-    }
-    QCoro::Task<QString> testConnection(AIConfiguration configuration, std::stop_token stop) override
-    {
-        return m_speaker.testConnection(std::move(configuration), std::move(stop));
-    }
-    QCoro::Task<ReplyTrial> tryReply(AIConfiguration configuration, std::vector<AITool> tools,
-                                     std::stop_token stop) override
-    {
-        return m_speaker.tryReply(std::move(configuration), std::move(tools), std::move(stop));
-    }
-
-private:
-    OpenAICompatibleProvider m_speaker;
-    QString m_address;
-};
-
-// Nothing runs in the program itself yet, so a router of its own is told that something does.
-TEST_F(CloudWindowTest, ARefusedProofFallsBackToTheModelInTheProgram)
-{
-    ReadyModel local;
-    Assistant &assistant = state->assistant();
-    AIRequestRouter router(
-        {.settings = *state->storage().settings,
-         .keychain = keychain,
-         .proofs = *assistant.proofs,
-         .clock = clock,
-         .work = *work,
-         .provider = std::make_shared<SpeakerNextDoor>(*assistant.network, server.baseUrl()),
-         .privateCloud = assistant.privateCloud->cloud,
-         .localModel = &local});
-    useCloudModel(u"e2ee-proof-changed-configuration"_s);
-    const TurnRequest turn{.history = {{MessageRole::user, u"Tell of the herons"_s}}};
-    OpenedTurn opened = TestWait::await(router.openTurn(turn, {}));
-    const auto row = opened.proofRow;
-    const Reply reply = readReply(router.stream(std::move(opened)));
-    EXPECT_EQ(reply.error, std::nullopt);
-    EXPECT_TRUE(reply.text().contains(u"so this reply is from the model on your computer.\n\n"_s))
-        << reply.text().toStdString();
-    EXPECT_TRUE(reply.text().contains(u"Tell of the herons"_s)) << reply.text().toStdString();
-    EXPECT_EQ(allRequests(), u"LPS"_s);
-    ASSERT_EQ(server.chats().size(), 1U);
-    EXPECT_EQ(server.chats().at(0).json()["model"_L1], u"practice-fast"_s);
-    ASSERT_EQ(proofs().size(), 2U);
-    EXPECT_EQ(proofs().at(0).place.code(), u"enclave-refused"_s);
-    EXPECT_EQ(proofs().at(1).place.code(), u"this-mac"_s);
-    EXPECT_EQ(proofs().at(1).id, *row);
-    EXPECT_FALSE(router.usesPrivateCloud());
 }
 
 // What the settings save is judged by the program that others judge it with.

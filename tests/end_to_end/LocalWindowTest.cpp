@@ -4,10 +4,8 @@
 
 #include "ai/local/LocalModelService.h"
 #include "app/Assistant.h"
-#include "network/NetworkLedger.h"
 #include "persistence/SettingsStore.h"
 #include "support/RuntimeHost.h"
-#include "view_models/chat/ChatViewModel.h"
 
 #include <QFile>
 
@@ -120,33 +118,6 @@ TEST_F(LocalWindowTest, ARuntimeThatDiedIsStartedAgainByTheBannersButton)
     WindowDriver::click(item(u"restartLocalModel"_s));
     ASSERT_TRUE(becomes(Kind::ready));
     expectAnswer(u"Three"_s);
-}
-
-TEST_F(LocalWindowTest, AModelWhoseFingerprintChangedIsSaid)
-{
-    setUp();
-    EXPECT_TRUE(local().integrityWarning().isEmpty());
-    stop();
-    host.play(u"changed-digest"_s);
-    start();
-    ASSERT_TRUE(becomes(Kind::ready));
-    EXPECT_TRUE(local().integrityWarning().contains(u"its published fingerprint changed"_s));
-    local().acceptFingerprints();
-    EXPECT_TRUE(local().integrityWarning().isEmpty());
-}
-
-// Each hop of the download is a row of its own that a person can read.
-TEST_F(LocalWindowTest, TheLedgerHasARowForEachHop)
-{
-    host.deliver(u"wrong-digest"_s);
-    press();
-    ASSERT_TRUE(becomes(Kind::failed));
-    int answered = 0;
-    for (const auto &row : state->assistant().networkLedger->snapshot().entries) {
-        EXPECT_EQ(row.feature, EgressFeature::aiSetup);
-        answered += row.bytesReceived > 0 ? 1 : 0;
-    }
-    EXPECT_EQ(answered, 2) << "the release page and its storage; nobody is at the server";
 }
 
 } // namespace
