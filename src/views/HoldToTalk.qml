@@ -15,7 +15,7 @@ TalkKey {
 
     Shortcut {
         sequence: Keymap.talk
-        enabled: root.voice.isOffered && Keymap.talk.length > 0
+        enabled: root.Window.activeFocusItem !== null && root.voice.isOffered && Keymap.talk.length > 0
         autoRepeat: false
         onActivated: root.hold()
     }

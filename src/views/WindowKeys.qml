@@ -6,6 +6,9 @@ Item {
     id: root
 
     property bool asks: false // a tool waits for an answer
+    // A window whose own window has the focus counts as active, and newer toolkits give it the keys as well: those that
+    // both know would then do nothing.
+    readonly property bool here: Window.activeFocusItem !== null
 
     signal declined()
     signal newChat()
@@ -24,24 +27,24 @@ Item {
     signal lock()
     signal sheet()
 
-    Shortcut { sequence: "Esc"; enabled: root.asks; autoRepeat: false; onActivated: root.declined() }
-    Shortcut { sequence: Keymap.newChat; onActivated: root.newChat() }
-    Shortcut { sequence: Keymap.newGhostChat; onActivated: root.newGhostChat() }
-    Shortcut { sequence: Keymap.settings; onActivated: root.settings() }
-    Shortcut { sequence: Keymap.sidebar; onActivated: root.sidebar() }
-    Shortcut { sequence: Keymap.search; onActivated: root.search() }
-    Shortcut { sequence: Keymap.find; onActivated: root.find() }
-    Shortcut { sequence: Keymap.nextFind; onActivated: root.stepFind(1) }
-    Shortcut { sequence: Keymap.previousFind; onActivated: root.stepFind(-1) }
-    Shortcut { sequence: Keymap.nextChat; onActivated: root.switchChat(1) }
-    Shortcut { sequence: Keymap.previousChat; onActivated: root.switchChat(-1) }
-    Shortcut { sequence: Keymap.attach; onActivated: root.attach() }
-    Shortcut { sequence: Keymap.composer; onActivated: root.composer() }
-    Shortcut { sequence: Keymap.copyAnswer; onActivated: root.copyAnswer() }
-    Shortcut { sequence: "PgUp"; onActivated: root.page(-1) }
-    Shortcut { sequence: "PgDown"; onActivated: root.page(1) }
-    Shortcut { sequence: Keymap.toEnd; onActivated: root.toEnd() }
-    Shortcut { sequence: Keymap.lock; onActivated: root.lock() }
-    Shortcut { sequence: Keymap.sheet; onActivated: root.sheet() }
-    Shortcut { sequence: Keymap.quit; onActivated: Qt.quit() }
+    Shortcut { sequence: "Esc"; enabled: root.asks && root.here; autoRepeat: false; onActivated: root.declined() }
+    Shortcut { sequence: Keymap.newChat; enabled: root.here; onActivated: root.newChat() }
+    Shortcut { sequence: Keymap.newGhostChat; enabled: root.here; onActivated: root.newGhostChat() }
+    Shortcut { sequence: Keymap.settings; enabled: root.here; onActivated: root.settings() }
+    Shortcut { sequence: Keymap.sidebar; enabled: root.here; onActivated: root.sidebar() }
+    Shortcut { sequence: Keymap.search; enabled: root.here; onActivated: root.search() }
+    Shortcut { sequence: Keymap.find; enabled: root.here; onActivated: root.find() }
+    Shortcut { sequence: Keymap.nextFind; enabled: root.here; onActivated: root.stepFind(1) }
+    Shortcut { sequence: Keymap.previousFind; enabled: root.here; onActivated: root.stepFind(-1) }
+    Shortcut { sequence: Keymap.nextChat; enabled: root.here; onActivated: root.switchChat(1) }
+    Shortcut { sequence: Keymap.previousChat; enabled: root.here; onActivated: root.switchChat(-1) }
+    Shortcut { sequence: Keymap.attach; enabled: root.here; onActivated: root.attach() }
+    Shortcut { sequence: Keymap.composer; enabled: root.here; onActivated: root.composer() }
+    Shortcut { sequence: Keymap.copyAnswer; enabled: root.here; onActivated: root.copyAnswer() }
+    Shortcut { sequence: "PgUp"; enabled: root.here; onActivated: root.page(-1) }
+    Shortcut { sequence: "PgDown"; enabled: root.here; onActivated: root.page(1) }
+    Shortcut { sequence: Keymap.toEnd; enabled: root.here; onActivated: root.toEnd() }
+    Shortcut { sequence: Keymap.lock; enabled: root.here; onActivated: root.lock() }
+    Shortcut { sequence: Keymap.sheet; enabled: root.here; onActivated: root.sheet() }
+    Shortcut { sequence: Keymap.quit; enabled: root.here; onActivated: Qt.quit() }
 }
