@@ -110,8 +110,8 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::uniqu
     , m_secrets(m_commandLine.folders(), keyring ? std::move(keyring) : keyringOf(m_commandLine), m_work,
                 std::make_unique<PolkitPresence>())
     , m_appearance(std::make_unique<DesktopAppearance>())
-    , m_notificationPosting(notificationsOfTheDesktop(DesktopNotifications::sessionBus(),
-                                                      m_commandLine.folders().runtime))
+    , m_notificationPosting(
+          notificationsOfTheDesktop(DesktopNotifications::sessionBus(), m_commandLine.folders().runtime))
     , m_notifications(std::make_unique<NotificationService>(*m_notificationPosting))
     , m_screenLock(lockOfTheScreen())
     , m_audio(std::make_unique<DesktopAudio>())

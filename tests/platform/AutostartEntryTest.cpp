@@ -105,7 +105,8 @@ TEST_F(AutostartEntryTest, ASandboxedProgramHasWhatThePortalAnswered)
                                  return false;
                              asked = qdbus_cast<QVariantMap>(call.arguments().at(1));
                              const QString request = u"/org/freedesktop/portal/desktop/request/%1/%2"_s.arg(
-                                 call.service().mid(1).replace(u'.', u'_'), asked[u"handle_token"_s].toString());
+                                 call.service().mid(1).replace(u'.', u'_'),
+                                 asked[u"handle_token"_s].toString());
                              from.send(call.createReply(QVariant::fromValue(QDBusObjectPath(request))));
                              portal.tell(request, u"org.freedesktop.portal.Request"_s, u"Response"_s,
                                          {answer->first, QVariantMap{{u"autostart"_s, answer->second}}});

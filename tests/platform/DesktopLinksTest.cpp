@@ -124,7 +124,7 @@ TEST_F(DesktopLinksTest, WithoutAPortalTheExitOfXdgOpenTellsTheTruth)
     const QString browser = folder.filePath(u"browser"_s);
     const QByteArray path = qgetenv("PATH");
     qputenv("BROWSER", QFile::encodeName(browser));
-    qputenv("DISPLAY", ":none");       // a browser that draws is asked for only then
+    qputenv("DISPLAY", ":none");                 // a browser that draws is asked for only then
     DesktopLinks links(bus.connection(), clock); // and no portal on it
     const QUrl page(u"https://a.example/x"_s);
 

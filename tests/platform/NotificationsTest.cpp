@@ -259,8 +259,10 @@ TEST_F(NotificationsTest, ASandboxedProgramsLeadToItsChatByTheApplicationsOwnInt
     service.withdrawChat(chat); // also one of an earlier run
     TestWait::until([&] { return told.size() == 4; });
     const QString key = u"chat-"_s + chat.toString(QUuid::WithoutBraces).toUpper();
-    EXPECT_EQ(told.join(u", "_s), u"AddNotification %1 Reply ready|<Ferns> app.open-chat, "
-                                  u"AddNotification ghost Reply ready| , RemoveNotification %1, RemoveNotification %1"_s.arg(key));
+    EXPECT_EQ(
+        told.join(u", "_s),
+        u"AddNotification %1 Reply ready|<Ferns> app.open-chat, "
+        u"AddNotification ghost Reply ready| , RemoveNotification %1, RemoveNotification %1"_s.arg(key));
 }
 
 // A server that people use.

@@ -16,8 +16,8 @@ namespace morvane {
 // A bus of its own, on which a test plays other programs.
 class PrivateBus {
 public:
-    // It starts by itself what its configuration says, in `environment`: nothing unless the test says otherwise,
-    // for what this machine has installed would answer in the test's place.
+    // It starts by itself what its configuration says, in `environment`: nothing unless the test says
+    // otherwise, for what this machine has installed would answer in the test's place.
     explicit PrivateBus(const QString &configuration = TestData::pathOf("bus.conf"),
                         const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
     {

@@ -157,7 +157,8 @@ TEST_F(SettingsWindowTest, AKeyGoesInIsNeverShownAgainAndSaysWhyItWasNotSaved)
         fill(u"key"_s, u"secret"_s);
         auto *face = QAccessible::queryAccessibleInterface(control(u"key"_s));
         EXPECT_TRUE(face->state().passwordEdit);
-        EXPECT_FALSE((face->text(QAccessible::Value) + face->textInterface()->text(0, 99)).contains(u"secret"_s));
+        EXPECT_FALSE(
+            (face->text(QAccessible::Value) + face->textInterface()->text(0, 99)).contains(u"secret"_s));
         click(control(u"saveKey"_s));
         EXPECT_TRUE(eventually([this] { return says(u"could not be saved to the keyring."_s); }));
         EXPECT_EQ(control(u"removeKey"_s), nullptr);

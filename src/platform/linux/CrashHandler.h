@@ -9,7 +9,8 @@ namespace morvane {
 // data, and of an exception only its type. Core files stay off (ProcessPrivacy).
 //
 // What runs in the crashed process calls the kernel, the lock-free part of the dynamic loader and the
-// unwinder, and allocates nothing. It runs on a stack of its own (CrashStack), since the thread's may be full.
+// unwinder, and allocates nothing. It runs on a stack of its own (CrashStack), since the thread's may be
+// full.
 namespace CrashHandler {
 
 // Once, on the main thread, before others are started. `folder` is made if need be, mode 0700; a report there

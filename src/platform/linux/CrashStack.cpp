@@ -59,9 +59,10 @@ void *runWithCrashStack(void *given)
 } // namespace
 
 // In front of the C library's.
-extern "C" __attribute__((visibility("default"))) int
-pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*run)(void *),
-               void *argument) noexcept
+extern "C" __attribute__((visibility("default"))) int pthread_create(pthread_t *thread,
+                                                                     const pthread_attr_t *attributes,
+                                                                     void *(*run)(void *),
+                                                                     void *argument) noexcept
 {
     static const auto create =
         reinterpret_cast<decltype(&pthread_create)>(::dlsym(RTLD_NEXT, "pthread_create"));

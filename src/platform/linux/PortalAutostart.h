@@ -13,9 +13,9 @@ namespace morvane {
 
 class PortalCall;
 
-// The start with the session by the desktop's portal (org.freedesktop.portal.Background, version 1 and later),
-// which is how a sandboxed program has it; it may ask the person. The portal doesn't tell how it stands, so
-// that the latest answer is kept in a file. GUI thread.
+// The start with the session by the desktop's portal (org.freedesktop.portal.Background, version 1 and
+// later), which is how a sandboxed program has it; it may ask the person. The portal doesn't tell how it
+// stands, so that the latest answer is kept in a file. GUI thread.
 class PortalAutostart final : public LoginStarting {
     Q_OBJECT
 public:
@@ -36,8 +36,7 @@ private:
 };
 
 // The way for this desktop. `program` is the absolute path of what is started.
-[[nodiscard]] std::unique_ptr<LoginStarting> loginOfTheDesktop(const QString &configFolder,
-                                                               const QString &stateFolder,
-                                                               const QString &program);
+[[nodiscard]] std::unique_ptr<LoginStarting>
+loginOfTheDesktop(const QString &configFolder, const QString &stateFolder, const QString &program);
 
 } // namespace morvane

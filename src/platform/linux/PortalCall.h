@@ -19,8 +19,8 @@ namespace morvane {
 
 class Clock;
 
-// One call of the desktop's portal whose answer comes by a signal (org.freedesktop.portal.Request, version 1),
-// perhaps after the person was asked, and only from the very portal that took the call. Never blocks, and
+// One call of the desktop's portal whose answer comes by a signal (org.freedesktop.portal.Request, version
+// 1), perhaps after the person was asked, and only from the very portal that took the call. Never blocks, and
 // goes once it is answered. GUI thread.
 class PortalCall final : public QObject, protected QDBusContext {
     Q_OBJECT

@@ -49,8 +49,7 @@ void PortalScreenshot::take(const PortalCall::Answer &answer)
         return finish(End::Refused, u"the portal refused"_s);
     case PortalCall::End::failed:
     case PortalCall::End::noPortal:
-        return finish(endOf(answer),
-                      answer.error.isValid() ? answer.error.name() : u"the portal is gone"_s);
+        return finish(endOf(answer), answer.error.isValid() ? answer.error.name() : u"the portal is gone"_s);
     }
 }
 
