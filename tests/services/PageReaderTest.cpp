@@ -1,10 +1,15 @@
 #include "services/PageReader.h"
 #include "services/PageAddress.h"
+#include "services/PageText.h"
+#include "services/WebAccessError.h"
 #include "services/WebServiceFixture.h"
 #include "support/RoutedSession.h"
 #include "support/TestData.h"
 
+#include <QElapsedTimer>
 #include <QSemaphore>
+
+#include <gtest/gtest.h>
 
 #include <atomic>
 #include <zlib.h>
@@ -12,9 +17,10 @@
 namespace morvane {
 
 using namespace Qt::StringLiterals;
-using Plain = WebAccessError::Plain;
 
 namespace {
+
+using Plain = WebAccessError::Plain;
 
 constexpr qsizetype pageLimit = 5'242'880;
 const QByteArray prose = "<p>A long enough paragraph, which a person might well read.</p>";
@@ -102,8 +108,7 @@ TEST_F(PageReaderTest, SendsNothingToAnAddressThatMayNotBeRead)
     const auto outcome = [this](const QByteArray &url) {
         return WebAccessError(errorOfPage(QString::fromUtf8(url)).value()).userMessage();
     };
-    const char *table = "services/unread_pages.txt";
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect("services/unread_pages.txt", outcome);
     const PageReader onThatNetwork(
         session, HostLookup(work, [](const QString &) { return QStringList{u"93.184.215.14"_s}; }), work, [] {
             return PageAddress::Subnets{{QByteArray::fromHex("5db8d701"), 24}};
@@ -125,8 +130,7 @@ TEST_F(PageReaderTest, FollowsRedirectsToPublicHostsOnly)
         return QString::number(session->asked().size() - before) + u": "_s +
                (error ? WebAccessError(*error).userMessage() : u"read"_s);
     };
-    const char *table = "services/page_redirects.txt";
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect("services/page_redirects.txt", outcome);
     const auto rows = ledger.snapshot().entries;
     EXPECT_EQ(rows.front().outcome, EgressOutcome{EgressOutcome::Completed{302}});
 }
@@ -203,14 +207,108 @@ TEST_F(PageReaderTest, AStopEndsTheReadAtOnce)
     session->route(u"a.example"_s, silent.url());
     for (WebAccessService *service : {&slow, &web}) {
         std::stop_source stop;
-        const auto read = begin(service->readPage(u"https://a.example/"_s, 100, stop.get_token()));
+        const auto read = TestWait::begin(service->readPage(u"https://a.example/"_s, 100, stop.get_token()));
         if (service == &web)
             TestWait::until([&] { return !silent.requests().empty(); });
         stop.request_stop();
-        EXPECT_EQ(errorOf(*read), WebAccessError::Case(Plain::cancelled));
+        EXPECT_EQ(errorOf(read), WebAccessError::Case(Plain::cancelled));
     }
     resolverHangs.release();
     TestWait::until([&] { return silent.closedByPeer() == 1; });
+}
+
+QString page(const QString &body)
+{
+    return u"<!DOCTYPE html><html><head><title>T</title></head><body>%1</body></html>"_s.arg(body);
+}
+
+TEST(PageTextTest, ReadsWhatAPersonWouldRead)
+{
+    TestData::expect("services/page_texts.txt", PageText::text);
+    TestData::expect("services/page_titles.txt", PageText::title);
+}
+
+// The scanners give what the patterns give that they stand for.
+TEST(PageTextTest, GivesWhatThePatternsGiveOnAnyMarkup)
+{
+    const auto outcome = [](const QByteArray &line) {
+        const QString html = QString::fromUtf8(line);
+        return PageText::title(html) + u" | "_s + PageText::text(html);
+    };
+    TestData::expect("services/markup_mixes.txt", outcome);
+}
+
+TEST(PageTextTest, AMainPartCountsOnlyWhenItIsLong)
+{
+    const auto withMain = [](const char *name, int characters) {
+        const QLatin1StringView tag(name);
+        return page(u"outside<%1 id=a>%2</%1>after"_s.arg(tag, QString(characters, u'x')));
+    };
+    for (const char *name : {"main", "article"}) {
+        EXPECT_EQ(PageText::text(withMain(name, 2001)), QString(2001, u'x'));
+        EXPECT_TRUE(PageText::text(withMain(name, 2000)).startsWith(u"outside"_s));
+    }
+    const QString accented = u"e\u0301"_s; // one character each
+    EXPECT_TRUE(PageText::text(page(u"outside<main>%1</main>"_s.arg(accented.repeated(2000))))
+                    .startsWith(u"outside"_s));
+    EXPECT_EQ(PageText::text(page(u"<main>short</main><article>%1</article>"_s.arg(QString(2001, u'y')))),
+              QString(2001, u'y'));
+}
+
+TEST(PageTextTest, DecodesUtf8AndElseLatin1)
+{
+    EXPECT_EQ(PageText::decoded("caf\xc3\xa9"), u"café"_s);
+    EXPECT_EQ(PageText::decoded("caf\xe9 \xc3\xa9"), u"café Ã©"_s);
+    EXPECT_EQ(PageText::decoded({}), u""_s);
+}
+
+TEST(PageTextTest, KnowsTheWallsThatSitesShowToPrograms)
+{
+    EXPECT_TRUE(PageText::isBotWall(u"Just a moment..."_s, u"Checking your BROWSER before access"_s));
+    EXPECT_FALSE(PageText::isBotWall(u"Just a moment..."_s, u"A story about waiting."_s));
+    EXPECT_TRUE(PageText::isBotWall(u"Attention Required! | Shield"_s, u""_s));
+    EXPECT_TRUE(PageText::isBotWall(u"T"_s, QString(593, u'x') + u"captcha"_s));
+    EXPECT_FALSE(PageText::isBotWall(u"T"_s, QString(594, u'x') + u"captcha"_s));
+    EXPECT_TRUE(PageText::isBotWall(u"Press &"_s, u"hold to go on"_s)); // a blank stands between the two
+}
+
+// Markup on which a matcher that goes back takes hours. The time is only a net for another order of growth.
+TEST(PageTextTest, HostilePagesTakeLinearTime)
+{
+    constexpr qsizetype size = 1 << 20;
+    for (const QString &piece : {u"<script"_s, u"<script>"_s, u"<title>"_s, u"<title"_s,
+                                 u"<title>\n</title>"_s, u"<!--"_s, u"<"_s, u"<br "_s, u"<main>"_s, u"&"_s,
+                                 u"&amp;"_s, u" "_s, u"</"_s, u"<a>"_s, u"e\u0301"_s, u"\u0301"_s, u"\n"_s}) {
+        const QString html = piece.repeated(size / piece.size());
+        QElapsedTimer timer;
+        timer.start();
+        static_cast<void>(PageText::title(html));
+        static_cast<void>(PageText::text(html));
+        EXPECT_LT(timer.elapsed(), 10'000) << piece.toStdString();
+    }
+}
+
+QString judged(const QString &text)
+{
+    try {
+        const QString host = PageAddress::host(PageAddress::parsed(text));
+        return (PageAddress::isPrivate(host, {}) ? u"private "_s : u"public "_s) + host;
+    } catch (const WebAccessError &error) {
+        return error.userMessage();
+    }
+}
+
+TEST(PageAddressTest, TakesHttpsOnlyAndKnowsPrivateHostsByTheirText)
+{
+    TestData::expect("services/page_addresses.txt", [](const QByteArray &line) { return judged(line); });
+    EXPECT_EQ(judged(u"https://example.org/"_s + QString(1980, u'x')), u"public example.org"_s);
+    EXPECT_EQ(judged(u"https://example.org/"_s + QString(1981, u'x')),
+              u"That doesn't look like a web address."_s);
+
+    EXPECT_TRUE(PageAddress::isPrivateLiteral(u"010.0.0.1"_s, {})); // ten, by its text
+    EXPECT_TRUE(PageAddress::isPrivateLiteral(u"fe80::1%eth0"_s, {}));
+    EXPECT_FALSE(PageAddress::isPrivateLiteral(u"10.0.0"_s, {}));
+    EXPECT_FALSE(PageAddress::isPrivateLiteral(u"10.0.0.256"_s, {}));
 }
 
 } // namespace

@@ -157,8 +157,8 @@ TEST_F(WebSearchTest, CallsToBraveKeepTheirGap)
     giveKey();
     for (int i = 0; i < 3; ++i)
         fake->answer(200, noResults);
-    const std::array searches{begin(web.search(u"q"_s, {})), begin(web.search(u"q"_s, {})),
-                              begin(web.search(u"q"_s, {}))};
+    const std::array searches{TestWait::begin(web.search(u"q"_s, {})), TestWait::begin(web.search(u"q"_s, {})),
+                              TestWait::begin(web.search(u"q"_s, {}))};
     EXPECT_EQ(fake->requests().size(), 1U);
     clock.advance(1049ms);
     TestWait::settle();
@@ -168,7 +168,7 @@ TEST_F(WebSearchTest, CallsToBraveKeepTheirGap)
     EXPECT_EQ(fake->requests().size(), 2U); // the two that waited don't go together
     clock.advance(1050ms);
     for (const auto &search : searches)
-        EXPECT_EQ(errorOf(*search), std::nullopt);
+        EXPECT_EQ(errorOf(search), std::nullopt);
     EXPECT_EQ(fake->requests().size(), 3U);
 }
 
@@ -178,9 +178,9 @@ TEST_F(WebSearchTest, AStopEndsAWaitForTheGap)
     fake->answer(200, noResults);
     search(web);
     std::stop_source stop;
-    const auto waiting = begin(web.search(u"q"_s, stop.get_token()));
+    const auto waiting = TestWait::begin(web.search(u"q"_s, stop.get_token()));
     stop.request_stop();
-    EXPECT_EQ(errorOf(*waiting), WebAccessError::Case(Plain::cancelled));
+    EXPECT_EQ(errorOf(waiting), WebAccessError::Case(Plain::cancelled));
     EXPECT_EQ(fake->requests().size(), 1U);
 }
 
@@ -188,12 +188,12 @@ TEST_F(WebSearchTest, ASearchThatOutlivesTheServiceIsCancelled)
 {
     auto shortLived = std::make_unique<WebAccessService>(services, endpoints);
     fake->answer({.ending = FakeHttpSession::Ending::staysOpen});
-    const auto orphan = begin(shortLived->search(u"q"_s, {}));
+    const auto orphan = TestWait::begin(shortLived->search(u"q"_s, {}));
     TestWait::until([&] { return fake->openRequests() == 1; });
     shortLived.reset();
     fake->feed(noResults);
     fake->closeBody();
-    EXPECT_EQ(errorOf(*orphan), WebAccessError::Case(Plain::cancelled));
+    EXPECT_EQ(errorOf(orphan), WebAccessError::Case(Plain::cancelled));
     EXPECT_TRUE(counters.keys().isEmpty());
 }
 

@@ -25,27 +25,18 @@ protected:
     template <typename T>
     static Error errorOf(QCoro::Task<T> task)
     {
-        return errorOf(*begin(std::move(task)));
+        return errorOf(TestWait::begin(std::move(task)));
     }
-    // The same for a call that is under way; waits for its end.
+    // The same for a call that is under way.
     template <typename T>
-    static Error errorOf(const TestWait::Outcome<T> &outcome)
+    static Error errorOf(const std::shared_ptr<TestWait::Outcome<T>> &call)
     {
-        TestWait::until([&] { return outcome.done; });
         try {
-            if (outcome.error)
-                std::rethrow_exception(outcome.error);
+            static_cast<void>(TestWait::result(call));
         } catch (const WebAccessError &error) {
             return error.reason();
         }
         return std::nullopt;
-    }
-    template <typename T>
-    static std::shared_ptr<TestWait::Outcome<T>> begin(QCoro::Task<T> task)
-    {
-        const auto outcome = std::make_shared<TestWait::Outcome<T>>();
-        TestWait::collect(std::move(task), outcome);
-        return outcome;
     }
     std::shared_ptr<HttpSession> realSession(EgressFeature feature)
     {
