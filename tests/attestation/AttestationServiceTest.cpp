@@ -267,15 +267,13 @@ TEST_F(AttestationServiceTest, AListThatIsOnItsWayComesFirstWithinItsWait)
     pass(10s);
     const QByteArray third = list(3, false);
     network.fake->answer({.pieces = {third}, .ending = FakeHttpSession::Ending::staysOpen});
-    const auto slow = std::make_shared<TestWait::Outcome<Verified>>();
-    TestWait::collect(ask(), slow);
+    const auto slow = TestWait::begin(ask());
     TestWait::until([&] { return network.fake->openRequests() == 1; });
     TestWait::until([&] { return clock.pendingAlarms() > 0; });
     clock.advance(1999ms);
     EXPECT_FALSE(slow->done);
     clock.advance(1ms);
-    TestWait::until([&] { return slow->done; });
-    EXPECT_FALSE(slow->error);
+    EXPECT_NO_THROW(TestWait::result(slow));
     EXPECT_EQ(proofRequests(), 6);
     network.fake->answer(200, key.signatureFile(third));
     network.fake->closeBody();
@@ -292,16 +290,14 @@ TEST_F(AttestationServiceTest, AProofWaitsForTheListThatIsOnItsWayHoweverLong)
     const QByteArray first = list(1);
     network.fake->answer({.pieces = {first}, .ending = FakeHttpSession::Ending::staysOpen});
     serveProof();
-    const auto slow = std::make_shared<TestWait::Outcome<Verified>>();
-    TestWait::collect(ask(), slow);
+    const auto slow = TestWait::begin(ask());
     TestWait::until([&] { return proofRequests() == 1; });
     clock.advance(15s);
     TestWait::settle();
     EXPECT_FALSE(slow->done);
     network.fake->answer(200, key.signatureFile(first));
     network.fake->closeBody();
-    TestWait::until([&] { return slow->done; });
-    EXPECT_FALSE(slow->error);
+    EXPECT_NO_THROW(TestWait::result(slow));
 }
 
 TEST_F(AttestationServiceTest, AnUnknownServerIsCheckedOnceMoreAgainstANewerList)
@@ -343,19 +339,15 @@ TEST_F(AttestationServiceTest, AnUnknownServerIsCheckedOnceMoreAgainstANewerList
 TEST_F(AttestationServiceTest, EndsWhenItIsStoppedOrGoes)
 {
     network.fake->answer({.neverAnswers = true});
-    const auto stopped = std::make_shared<TestWait::Outcome<Verified>>();
-    TestWait::collect(ask(), stopped);
+    const auto stopped = TestWait::begin(ask());
     stop.request_stop();
-    TestWait::until([&] { return stopped->done; });
-    EXPECT_THROW(std::rethrow_exception(stopped->error), CancelledError);
+    EXPECT_THROW(TestWait::result(stopped), CancelledError);
     EXPECT_EQ(stages(), u"XWWWWWW."_s);
     stop = std::stop_source();
     serveProof();
-    const auto orphaned = std::make_shared<TestWait::Outcome<Verified>>();
-    TestWait::collect(ask(), orphaned);
+    const auto orphaned = TestWait::begin(ask());
     service.reset();
-    TestWait::until([&] { return orphaned->done; });
-    EXPECT_THROW(std::rethrow_exception(orphaned->error), CancelledError);
+    EXPECT_THROW(TestWait::result(orphaned), CancelledError);
 }
 
 } // namespace

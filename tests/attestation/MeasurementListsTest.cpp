@@ -1,3 +1,4 @@
+#include "attestation/VeniceMeasurementListAnchor.h"
 #include "attestation/VeniceMeasurementLists.h"
 #include "evidence/ListKey.h"
 #include "evidence/TestAuthority.h"
@@ -258,8 +259,7 @@ TEST_F(MeasurementListsTest, IsFetchedWhenItIsDueAndOnlyOnce)
     const auto second = TestWait::await(lists->refreshIfDue(now, {}));
     ASSERT_TRUE(first && second);
     EXPECT_EQ(requests(), 1U);
-    const auto late = std::make_shared<TestWait::Outcome<std::optional<bool>>>();
-    TestWait::collect<std::optional<bool>>(first->wait(clock, 2s, {}), late);
+    const auto late = TestWait::begin(first->wait(clock, 2s, {}));
     TestWait::settle();
     EXPECT_FALSE(late->done);
     clock.advance(2s);
@@ -310,6 +310,38 @@ TEST_F(MeasurementListsTest, IgnoresAFileThatIsNotSealedAndWaitsForALockedVault)
     restart();
     EXPECT_TRUE(TestWait::await(lists->prepare({})));
     EXPECT_EQ(accepted(), u"Built into"_s); // the withdrawal is remembered elsewhere
+}
+
+using Anchor = VeniceMeasurementListAnchor;
+
+TEST(ListAnchor, RemembersEachKeyForItselfAndForgetsNoWithdrawal)
+{
+    const QByteArray one(32, '1');
+    const QByteArray two(32, '2');
+    const Anchor first = Anchor().after(one, {7, u"aa"_s}, {u"withdrawn.first"_s});
+    const Anchor second = first.after(two, {3, u"bb"_s}, {});
+    EXPECT_EQ(second.floorOf(one), 7);
+    EXPECT_EQ(second.floorOf(two), 3);
+    EXPECT_EQ(first.floorOf(two), 0);
+    EXPECT_EQ(second.after(one, {8, u"cc"_s}, {u"withdrawn.later"_s}).revoked,
+              (std::set{u"withdrawn.first"_s, u"withdrawn.later"_s}));
+    EXPECT_EQ(Anchor::read(second.json()), second);
+    EXPECT_EQ(Anchor::read(Anchor().json()), Anchor());
+}
+
+TEST(ListAnchor, IsUnreadableUnlessAllOfItHolds)
+{
+    const QString good =
+        uR"({"marks":{"MTExMTExMTExMTExMTExMTExMTExMTExMTExMTExMTE=":{"version":7,"sha256":"aa"}},"revoked":["a"]})"_s;
+    ASSERT_TRUE(Anchor::read(good));
+    const std::pair<QString, QString> breaches[] = {
+        {u"7"_s, u"0"_s},          {u"7"_s, u"7.5"_s},      {u"7"_s, u"\"7\""_s},
+        {u"MTEx"_s, u"MT"_s},      {u"\"aa\""_s, u"1"_s},   {u"[\"a\"]"_s, u"[\"A\"]"_s},
+        {u"[\"a\"]"_s, u"[1]"_s},  {u"[\"a\"]"_s, u"{}"_s}, {u"\"sha256\""_s, u"\"sha\""_s},
+        {u"revoked"_s, u"gone"_s}, {u"}},"_s, u"}}},"_s},   {good, u"[]"_s},
+        {good, QString()}};
+    for (const auto &[before, after] : breaches)
+        EXPECT_FALSE(Anchor::read(QString(good).replace(before, after))) << after.toStdString();
 }
 
 } // namespace

@@ -1,3 +1,5 @@
+#include "attestation/evidence/QuoteForm.h"
+#include "attestation/evidence/TDXQuoteVerifier.h"
 #include "evidence/TestAuthority.h"
 #include "support/TestData.h"
 
@@ -46,22 +48,17 @@ QByteArray withLength(const QByteArray &block)
 constexpr qsizetype signatureDataStart = 632 + 4;
 constexpr qsizetype certificationDataStart = signatureDataStart + 134;
 
-} // namespace
-
-TEST(TDXQuoteTest, FieldsLandWhereTheyBelong)
+TEST(TDXQuoteTest, FieldsLandWhereTheyBelongAndARegisterOfAnotherFormCarriesNoHash)
 {
     const QuoteRecipe recipe;
-    const QByteArray bytes = recipe.build();
-    const TDXQuote quote = TDXQuote::parse(bytes);
-    EXPECT_EQ(quote.header, (TDXQuote::Header{4, 2, 129}));
-    EXPECT_EQ(quote.report, recipe.report);
-    EXPECT_EQ(quote.signedBody, bytes.first(632));
-    EXPECT_EQ(quote.signature, bytes.mid(signatureDataStart, 64));
-    EXPECT_EQ(quote.attestationKey, recipe.attestationKey.publicKey());
-    EXPECT_EQ(quote.qeReport, bytes.mid(certificationDataStart, 384));
-    EXPECT_EQ(quote.qeReportSignature, bytes.mid(certificationDataStart + 384, 64));
-    EXPECT_EQ(quote.qeAuthenticationData, recipe.qeAuthenticationData);
-    EXPECT_EQ(quote.certificateChain.size(), 3U);
+    TDXQuote::TDReport report = TDXQuote::parse(recipe.build()).report;
+    EXPECT_EQ(report, recipe.report);
+    const QByteArray good = '\x01' + QByteArray(32, 'h') + QByteArray(15, '\0');
+    for (const QByteArray &bad :
+         {good.chopped(1), good + '\0', '\x02' + good.mid(1), good.first(47) + '\x01'}) {
+        report.mrconfigid = bad;
+        EXPECT_EQ(report.composeHash(), std::nullopt);
+    }
 }
 
 // The blocks inside are cut with their lengths written to fit, so that only what lies within is short.
@@ -81,17 +78,56 @@ TEST(TDXQuoteTest, EveryTruncationNamesTheFieldItEndsIn)
     EXPECT_EQ(text.toStdString(), TestData::text("attestation/truncations.txt"));
 }
 
-TEST(TDXQuoteTest, ComposeHash)
+// What a quote's signatures leave open, its form doesn't: no byte of an exported quote can change unseen.
+
+enum class Outcome { Holds, Stray, Fails };
+
+Outcome outcomeOf(const QByteArray &bytes, const Scenario &scenario)
 {
-    const QByteArray good = QByteArray("\x01") + QByteArray(32, 'h') + QByteArray(15, '\0');
-    TDXQuote::TDReport report;
-    report.mrconfigid = good;
-    EXPECT_EQ(report.composeHash(), QByteArray(32, 'h'));
-    for (const QByteArray &bad :
-         {good.chopped(1), good + '\0', '\x02' + good.mid(1), good.first(47) + '\x01'}) {
-        report.mrconfigid = bad;
-        EXPECT_EQ(report.composeHash(), std::nullopt);
+    try {
+        const TDXQuote quote = TDXQuote::parse(bytes);
+        if (QuoteForm::firstStrayByte(bytes, quote))
+            return Outcome::Stray;
+        TDXQuoteVerifier::verify(quote, scenario.pins, scenario.date);
+        return Outcome::Holds;
+    } catch (const TDXQuote::ParseError &) {
+        return Outcome::Fails;
+    } catch (const TDXQuoteVerifier::Failure &) {
+        return Outcome::Fails;
     }
 }
+
+TEST(QuoteFormTest, NoByteChangesUnseen)
+{
+    const Scenario scenario;
+    const QByteArray good = scenario.quoteBytes();
+    ASSERT_EQ(outcomeOf(good, scenario), Outcome::Holds);
+    // Every byte at a length or at the end of a text, else a sample: signatures take their time.
+    for (qsizetype at = 0; at < good.size();
+         at += (at >= 1216 && at < 1264) || at > good.size() - 32 ? 1 : 23) {
+        QByteArray bent = good;
+        bent[at] = static_cast<char>(bent[at] ^ 1);
+        EXPECT_NE(outcomeOf(bent, scenario), Outcome::Holds) << at;
+    }
+}
+
+TEST(QuoteFormTest, OneFormOfMany)
+{
+    const auto outcomeWith = [](const auto &onPEM, const QByteArray &behind) {
+        Scenario scenario;
+        scenario.quote.onPEM = onPEM;
+        scenario.quote.onQuote = [&behind](QByteArray &quote) { quote += behind; };
+        return outcomeOf(scenario.quoteBytes(), scenario);
+    };
+    const auto asItIs = [](QByteArray &) {};
+    EXPECT_EQ(outcomeWith([](QByteArray &pem) { pem += '\0'; }, QByteArray(70, '\0')), Outcome::Holds);
+    EXPECT_EQ(outcomeWith(asItIs, QByteArray(70, '\0') + '1'), Outcome::Stray);
+    EXPECT_EQ(outcomeWith(asItIs, "note"), Outcome::Stray);
+    EXPECT_EQ(outcomeWith([](QByteArray &pem) { pem.replace('\n', "\r\n"); }, {}), Outcome::Stray);
+    EXPECT_EQ(outcomeWith([](QByteArray &pem) { pem.prepend("note\n"); }, {}), Outcome::Stray);
+    EXPECT_EQ(outcomeWith([](QByteArray &pem) { pem += QByteArray(2, '\0'); }, {}), Outcome::Stray);
+}
+
+} // namespace
 
 } // namespace morvane

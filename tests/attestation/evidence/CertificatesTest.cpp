@@ -1,7 +1,9 @@
 #include "attestation/evidence/CaseText.h"
 #include "attestation/evidence/ECDSASignature.h"
 #include "attestation/evidence/Keccak256.h"
+#include "attestation/evidence/PEMCertificates.h"
 #include "attestation/evidence/VeniceBootEvent.h"
+#include "evidence/CertificateRecipe.h"
 #include "support/TestData.h"
 
 #include <gtest/gtest.h>
@@ -10,13 +12,14 @@ namespace morvane {
 
 using namespace Qt::StringLiterals;
 
+namespace {
+
 TEST(Keccak256Test, Vectors)
 {
     const auto outcome = [](const QByteArray &message) {
         return QString::fromLatin1(Keccak256::hash(message).toHex());
     };
-    EXPECT_EQ(TestData::transcript("attestation/keccak.txt", outcome),
-              TestData::text("attestation/keccak.txt"));
+    TestData::expect("attestation/keccak.txt", outcome);
 }
 
 TEST(ECDSASignatureTest, PublishedVectors)
@@ -59,5 +62,30 @@ TEST(CaseTextTest, WhatComesFromOutsideStaysOnItsLineAndInItsQuotes)
     EXPECT_EQ(CaseText::quoted(u"é \"\\"), u"\"é \\\"\\\\\""_s);
     EXPECT_EQ(CaseText::quoted(u"\n\u001b[31m\u202e\u2028"), u"\"\\u000a\\u001b[31m\\u202e\\u2028\""_s);
 }
+
+TEST(PEMCertificatesTest, BlocksAreReadLineByLine)
+{
+    const auto outcome = [](QByteArray text) {
+        text.replace("[begin]", "-----BEGIN CERTIFICATE-----").replace("[end]", "-----END CERTIFICATE-----");
+        QString blocks;
+        for (const QByteArray &block : PEMCertificates::blocks(QByteArrayView(text)))
+            blocks += u"<%1>"_s.arg(QString::fromLatin1(block));
+        return blocks;
+    };
+    TestData::expect("attestation/pem.txt", outcome);
+}
+
+TEST(PEMCertificatesTest, OnlyAnUncompressedPointIsALeafKey)
+{
+    const SigningKey key(SigningKey::Curve::P256);
+    CertificateRecipe recipe{u"Leaf"_s, key, u"Leaf"_s, key};
+    EXPECT_EQ(PEMCertificates::leafPublicKey(recipe.mint()), key.publicKey());
+
+    EXPECT_THROW((void)PEMCertificates::leafPublicKey(recipe.mint().chopped(1)), PEMCertificates::ChainError);
+    EVP_PKEY_set_utf8_string_param(key.handle(), "point-format", "compressed");
+    EXPECT_THROW((void)PEMCertificates::leafPublicKey(recipe.mint()), PEMCertificates::ChainError);
+}
+
+} // namespace
 
 } // namespace morvane
