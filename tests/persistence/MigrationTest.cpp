@@ -187,8 +187,7 @@ TEST_F(MigrationTest, WhatDepartedPartsLeftGoesOnceAndNothingElse)
         const bool stays = defaults.keys().contains(name) || QFile::exists(supportPath(name));
         return stays ? u"stays"_s : u"goes"_s;
     };
-    EXPECT_EQ(TestData::transcript("persistence/departed.txt", fate),
-              TestData::text("persistence/departed.txt"));
+    TestData::expect("persistence/departed.txt", fate);
     EXPECT_EQ(logged(u"Removed leftover coding-engine data: terminal"_s), 1);
     EXPECT_EQ(logged(u"Removed a departed module's store: email-accounts.json"_s), 1);
     EXPECT_EQ(logged(u"Removed 1 store(s) the departed modules left"_s), 11);
