@@ -134,8 +134,7 @@ TEST_F(DocumentImportTest, GivesUpAFileThatIsNeverRead)
     EXPECT_EQ(TestWait::await(slow.importDocument(here, 9, progress, {})).text, u"words"_s);
     clock.advance(DocumentImportService::longestRead);
     for (const auto &outcome : outcomes) {
-        TestWait::until([&] { return outcome->done; });
-        EXPECT_THROW(std::rethrow_exception(outcome->error), DocumentError);
+        EXPECT_THROW(TestWait::result(outcome), DocumentError);
     }
     work.end();
     gate->release(Work::mostThreads);
@@ -189,8 +188,7 @@ TEST_F(DocumentImportTest, EndsAProcessThatHangsByTheTimeOrTheStop)
         QFile::remove(begun);
         useProgram("echo $$ > '" + begun.toUtf8() + "'; exec sleep 1000");
         progress = [](int, int) {};
-        const auto outcome = std::make_shared<TestWait::Outcome<QString>>();
-        TestWait::collect(extraction.extractText("x", 9, progress, stop.get_token()), outcome);
+        const auto outcome = TestWait::begin(extraction.extractText("x", 9, progress, stop.get_token()));
         // The work's thread says nothing until then, so the wait looks by itself.
         while (QFile(begun).size() == 0)
             TestWait::settle();
