@@ -157,7 +157,8 @@ TEST_F(WebSearchTest, CallsToBraveKeepTheirGap)
     giveKey();
     for (int i = 0; i < 3; ++i)
         fake->answer(200, noResults);
-    const std::array searches{TestWait::begin(web.search(u"q"_s, {})), TestWait::begin(web.search(u"q"_s, {})),
+    const std::array searches{TestWait::begin(web.search(u"q"_s, {})),
+                              TestWait::begin(web.search(u"q"_s, {})),
                               TestWait::begin(web.search(u"q"_s, {}))};
     EXPECT_EQ(fake->requests().size(), 1U);
     clock.advance(1049ms);
