@@ -30,6 +30,7 @@
 #include "view_models/settings/RecognitionViewModel.h"
 #include "view_models/settings/ScreenTestViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
+#include "view_models/settings/SettingsModels.h"
 #include "view_models/settings/ShortcutListModel.h"
 #include "view_models/settings/SpeakingViewModel.h"
 #include "view_models/sidebar/ConversationListModel.h"
@@ -50,6 +51,35 @@ namespace {
 const QString mainComponent = u"MainWindow.qml"_s;
 const QString contentComponent = u"MainContent.qml"_s;
 
+std::unique_ptr<SettingsModels> modelsOf(const Presentation &presentation)
+{
+    auto models = std::make_unique<SettingsModels>();
+    models->ai = presentation.aiSettings.get();
+    models->localModel = presentation.localModel.get();
+    models->nearby = presentation.nearby.get();
+    models->store = &presentation.settings;
+    models->instructions = presentation.instructions.get();
+    models->abilities = presentation.abilities.get();
+    models->searchKey = presentation.searchKey.get();
+    models->calendars = presentation.calendars.get();
+    models->shortcuts = presentation.shortcuts.get();
+    models->chatKey = presentation.globalKeys.chat.get();
+    models->talkKey = presentation.globalKeys.talk.get();
+    models->memory = presentation.notes.get();
+    models->networkLedger = presentation.networkLedger.get();
+    models->proofLedger = presentation.proofLedger.get();
+    models->privateCloud = presentation.privateCloud.get();
+    models->privacy = presentation.privacy.get();
+    models->speaking = presentation.speaking.get();
+    models->microphone = presentation.microphone.get();
+    models->recognition = presentation.recognition.get();
+    models->screenTest = presentation.screenTest.get();
+    models->lock = presentation.lock.get();
+    models->about = presentation.about.page.get();
+    models->shell = presentation.shell.get();
+    return models;
+}
+
 } // namespace
 
 std::unique_ptr<WindowEngine> MainWindowController::prepareEngine()
@@ -62,6 +92,7 @@ std::unique_ptr<WindowEngine> MainWindowController::prepareEngine()
 
 MainWindowController::MainWindowController(Presentation &presentation, std::unique_ptr<WindowEngine> engine)
     : m_presentation(presentation)
+    , m_models(modelsOf(presentation))
     , m_engine(std::move(engine))
 {
     m_engine->loadComponent(mainComponent, {{u"shell"_s, QVariant::fromValue(presentation.shell.get())},
@@ -103,31 +134,9 @@ void MainWindowController::showContent()
                                 {u"search"_s, QVariant::fromValue(m_presentation.search.get())},
                                 {u"find"_s, QVariant::fromValue(m_presentation.find.get())},
                                 {u"sources"_s, QVariant::fromValue(m_presentation.sources.get())},
-                                {u"instructions"_s, QVariant::fromValue(m_presentation.instructions.get())},
-                                {u"abilities"_s, QVariant::fromValue(m_presentation.abilities.get())},
-                                {u"searchKey"_s, QVariant::fromValue(m_presentation.searchKey.get())},
-                                {u"calendars"_s, QVariant::fromValue(m_presentation.calendars.get())},
-                                {u"shortcuts"_s, QVariant::fromValue(m_presentation.shortcuts.get())},
-                                {u"chatKey"_s, QVariant::fromValue(m_presentation.globalKeys.chat.get())},
-                                {u"talkKey"_s, QVariant::fromValue(m_presentation.globalKeys.talk.get())},
-                                {u"memory"_s, QVariant::fromValue(m_presentation.notes.get())},
                                 {u"receipts"_s, QVariant::fromValue(m_presentation.receipts.get())},
-                                {u"aiSettings"_s, QVariant::fromValue(m_presentation.aiSettings.get())},
-                                {u"localModel"_s, QVariant::fromValue(m_presentation.localModel.get())},
-                                {u"nearby"_s, QVariant::fromValue(m_presentation.nearby.get())},
-                                {u"settings"_s, QVariant::fromValue(&m_presentation.settings)},
-                                {u"networkLedger"_s, QVariant::fromValue(m_presentation.networkLedger.get())},
-                                {u"proofLedger"_s, QVariant::fromValue(m_presentation.proofLedger.get())},
-                                {u"privateCloud"_s, QVariant::fromValue(m_presentation.privateCloud.get())},
-                                {u"privacy"_s, QVariant::fromValue(m_presentation.privacy.get())},
-                                {u"speaking"_s, QVariant::fromValue(m_presentation.speaking.get())},
-                                {u"microphone"_s, QVariant::fromValue(m_presentation.microphone.get())},
-                                {u"recognition"_s, QVariant::fromValue(m_presentation.recognition.get())},
-                                {u"screenTest"_s, QVariant::fromValue(m_presentation.screenTest.get())},
-                                {u"shell"_s, QVariant::fromValue(m_presentation.shell.get())},
                                 {u"companion"_s, QVariant::fromValue(m_presentation.companion.get())},
-                                {u"lock"_s, QVariant::fromValue(m_presentation.lock.get())},
-                                {u"about"_s, QVariant::fromValue(m_presentation.about.page.get())},
+                                {u"models"_s, QVariant::fromValue(m_models.get())},
                                 {u"place"_s, m_place}});
     if (m_content)
         m_content->setFocus(true);

@@ -13,6 +13,7 @@
 
 namespace morvane {
 
+class SettingsModels;
 struct Presentation;
 
 // Loads the window and brings it up.
@@ -52,6 +53,7 @@ private:
     bool comeBack(); // false: it wasn't hidden
 
     Presentation &m_presentation;
+    const std::unique_ptr<SettingsModels> m_models;
     const std::unique_ptr<WindowEngine> m_engine;
     QQuickWindow *m_window = nullptr; // owned by the engine
     std::function<bool()> m_isReachable;

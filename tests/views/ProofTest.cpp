@@ -16,6 +16,8 @@
 #include <QJsonObject>
 #include <QTest>
 
+#include <algorithm>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -375,7 +377,10 @@ TEST_F(ProofTest, ARefusedProofTurnsThePrivateCloudOffUntilItIsTriedAgain)
          .work = *m_work,
          .privateCloud = {.endpoint = u"https://cloud.example/v1"_s, .makeProvider = makeProvider}});
     PrivateCloudViewModel cloud(router);
-    page->setProperty("privateCloud", QVariant::fromValue(&cloud));
+    const auto items = page->findChildren<QQuickItem *>();
+    QQuickItem *const ai = *std::ranges::find_if(
+        items, [](const QQuickItem *item) { return item->property("privateCloud").isValid(); });
+    ai->setProperty("privateCloud", QVariant::fromValue(&cloud));
     EXPECT_TRUE(shows(page, u"does not offer sealed chats yet"_s));
     settings.setHostedRelayEncrypted(true);
     settle();
@@ -392,7 +397,7 @@ TEST_F(ProofTest, ARefusedProofTurnsThePrivateCloudOffUntilItIsTriedAgain)
     WindowDriver::press(page, Qt::Key_Return);
     EXPECT_TRUE(router.usesPrivateCloud());
     EXPECT_FALSE(shows(page, u"until you try Private cloud again."_s));
-    page->setProperty("privateCloud", QVariant::fromValue(m_app->presentation().privateCloud.get()));
+    ai->setProperty("privateCloud", QVariant::fromValue(m_app->presentation().privateCloud.get()));
 }
 
 } // namespace morvane

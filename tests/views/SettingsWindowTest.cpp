@@ -27,6 +27,7 @@
 #include <QTest>
 #include <QWheelEvent>
 
+#include <algorithm>
 #include <semaphore>
 #include <set>
 
@@ -704,7 +705,10 @@ TEST_F(SettingsWindowTest, TheSearchKeyIsTried)
         co_return;
     };
     SearchKeyViewModel key(m_keychain, u"own"_s, tester, *m_work);
-    m_page->setProperty("searchKey", QVariant::fromValue(&key));
+    const auto items = m_page->findChildren<QQuickItem *>();
+    QQuickItem *const abilities = *std::ranges::find_if(
+        items, [](const QQuickItem *item) { return item->property("searchKey").isValid(); });
+    abilities->setProperty("searchKey", QVariant::fromValue(&key));
     turnTo(u"abilities"_s);
     for (const auto &words : {u"The search service rejected that key."_s, u"The key works."_s}) {
         EXPECT_TRUE(says(u"Searches the web once, for the word “test”."_s));
@@ -714,7 +718,7 @@ TEST_F(SettingsWindowTest, TheSearchKeyIsTried)
         pressKey(Qt::Key_Return);
         EXPECT_TRUE(eventually([&] { return !says(words); })) << "what came of the former key is gone";
     }
-    m_page->setProperty("searchKey", QVariant::fromValue(m_app->presentation().searchKey.get()));
+    abilities->setProperty("searchKey", QVariant::fromValue(m_app->presentation().searchKey.get()));
 }
 
 TEST_F(SettingsWindowTest, ANoteIsEditedInPlaceAndDeleted)

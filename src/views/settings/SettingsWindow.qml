@@ -8,29 +8,7 @@ import Morvane.ViewModels
 T.ApplicationWindow {
     id: root
 
-    required property AISettingsViewModel aiSettings
-    required property LocalModelViewModel localModel
-    required property NearbyViewModel nearby
-    required property SettingsStore settings
-    required property InstructionsViewModel instructions
-    required property AbilitiesViewModel abilities
-    required property SearchKeyViewModel searchKey
-    required property CalendarsViewModel calendars
-    required property ShortcutListModel shortcuts
-    required property GlobalShortcutViewModel chatKey
-    required property GlobalShortcutViewModel talkKey
-    required property MemoryViewModel memory
-    required property NetworkLedgerViewModel networkLedger
-    required property ProofLedgerViewModel proofLedger
-    required property PrivateCloudViewModel privateCloud
-    required property PrivacyViewModel privacy
-    required property SpeakingViewModel speaking
-    required property MicrophoneViewModel microphone
-    required property RecognitionViewModel recognition
-    required property ScreenTestViewModel screenTest
-    required property AppLockViewModel lock
-    required property AboutViewModel about
-    required property ShellViewModel shell
+    required property SettingsModels models
     // In the order of the menu and of the pages below.
     readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "privacy", "voice", "keyboard", "appearance", "proof", "network", "about"]
     property string page: pages[0]
@@ -55,7 +33,7 @@ T.ApplicationWindow {
     color: Theme.page
     onVisibleChanged: {
         if (visible)
-            root.localModel.look();
+            root.models.localModel.look();
         else
             root.left();
     }
@@ -76,7 +54,7 @@ T.ApplicationWindow {
         onActivated: root.close()
     }
     FocusKeeper { home: scope }
-    ZoomKeys { shell: root.shell }
+    ZoomKeys { shell: root.models.shell }
     TextMenus {}
     FocusScope {
         id: scope
@@ -117,72 +95,72 @@ T.ApplicationWindow {
             AIPage {
                 id: ai
 
-                ai: root.aiSettings
-                settings: root.settings
-                privateCloud: root.privateCloud
-                local: root.localModel
-                nearby: root.nearby
-                shell: root.shell
+                ai: root.models.ai
+                settings: root.models.store
+                privateCloud: root.models.privateCloud
+                local: root.models.localModel
+                nearby: root.models.nearby
+                shell: root.models.shell
             }
-            InstructionsPage { instructions: root.instructions }
+            InstructionsPage { instructions: root.models.instructions }
             AbilitiesPage {
-                abilities: root.abilities
-                settings: root.settings
-                searchKey: root.searchKey
-                calendars: root.calendars
-                shortcuts: root.shortcuts
-                shell: root.shell
+                abilities: root.models.abilities
+                settings: root.models.store
+                searchKey: root.models.searchKey
+                calendars: root.models.calendars
+                shortcuts: root.models.shortcuts
+                shell: root.models.shell
                 shown: root.visible && (root.page === "abilities" || menu.searches)
-                screenTest: root.screenTest
+                screenTest: root.models.screenTest
             }
             MemoryPage {
-                memory: root.memory
-                settings: root.settings
+                memory: root.models.memory
+                settings: root.models.store
             }
             PrivacyPage {
-                lock: root.lock
-                privacy: root.privacy
-                about: root.about
-                settings: root.settings
-                shell: root.shell
+                lock: root.models.lock
+                privacy: root.models.privacy
+                about: root.models.about
+                settings: root.models.store
+                shell: root.models.shell
             }
             VoicePage {
-                speaking: root.speaking
-                microphone: root.microphone
-                recognition: root.recognition
-                settings: root.settings
-                talkKey: root.talkKey
+                speaking: root.models.speaking
+                microphone: root.models.microphone
+                recognition: root.models.recognition
+                settings: root.models.store
+                talkKey: root.models.talkKey
                 shown: root.visible && root.page === "voice"
                 sought: root.visible && menu.searches
             }
             KeyboardPage {
-                chatKey: root.chatKey
-                talkKey: root.talkKey
+                chatKey: root.models.chatKey
+                talkKey: root.models.talkKey
             }
             AppearancePage {
-                settings: root.settings
-                shell: root.shell
+                settings: root.models.store
+                shell: root.models.shell
             }
             ProofPage {
-                ledger: root.proofLedger
-                shell: root.shell
+                ledger: root.models.proofLedger
+                shell: root.models.shell
                 shown: root.visible && root.page === "proof"
             }
             NetworkPage {
-                ledger: root.networkLedger
-                productName: root.shell.productName
+                ledger: root.models.networkLedger
+                productName: root.models.shell.productName
                 shown: root.visible && root.page === "network"
             }
             AboutPage {
-                about: root.about
-                shell: root.shell
+                about: root.models.about
+                shell: root.models.shell
                 shown: root.visible && (root.page === "about" || menu.searches)
             }
         }
     }
     Later {
         part: "settings/ReaderPanel.qml"
-        given: ({ about: root.about, shell: root.shell })
-        wanted: root.about.readerTitle.length > 0
+        given: ({ about: root.models.about, shell: root.models.shell })
+        wanted: root.models.about.readerTitle.length > 0
     }
 }

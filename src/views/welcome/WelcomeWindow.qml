@@ -9,12 +9,7 @@ import Morvane.ViewModels
 T.ApplicationWindow {
     id: root
 
-    required property AISettingsViewModel aiSettings
-    required property LocalModelViewModel localModel
-    required property NearbyViewModel nearby
-    required property PrivateCloudViewModel privateCloud
-    required property SettingsStore settings
-    required property ShellViewModel shell
+    required property SettingsModels models
     required property CompanionViewModel companion
 
     property int step: 0
@@ -34,11 +29,11 @@ T.ApplicationWindow {
 
     objectName: "welcome"
     transientParent: null // it comes before the main window
-    title: qsTr("Welcome to %1").arg(shell.productName)
+    title: qsTr("Welcome to %1").arg(models.shell.productName)
     color: Theme.page
     onVisibleChanged: {
         if (visible)
-            root.localModel.look();
+            root.models.localModel.look();
         else
             root.left();
     }
@@ -90,19 +85,19 @@ T.ApplicationWindow {
 
                     width: parent.width
                     visible: root.step === 0
-                    aiSettings: root.aiSettings
-                    localModel: root.localModel
-                    nearby: root.nearby
-                    privateCloud: root.privateCloud
-                    settings: root.settings
-                    shell: root.shell
+                    aiSettings: root.models.ai
+                    localModel: root.models.localModel
+                    nearby: root.models.nearby
+                    privateCloud: root.models.privateCloud
+                    settings: root.models.store
+                    shell: root.models.shell
                 }
                 WelcomePrivacy {
                     id: privacy
 
                     width: parent.width
                     visible: root.step === 1
-                    keychainNotice: root.shell.keychainNotice
+                    keychainNotice: root.models.shell.keychainNotice
                     onLedgerChosen: root.ledgerChosen()
                 }
                 WelcomeKeys {
