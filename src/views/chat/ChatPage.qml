@@ -17,7 +17,7 @@ FocusScope {
     required property FindViewModel find
     property bool sidebarShown: true
     readonly property real column: Math.min(Theme.columnWidth, width - 2 * Theme.gap24)
-    readonly property Item messageField: composer.input
+    readonly property Item messageField: writing.composer.input
     readonly property Item messageList: (conversation.item as Conversation)?.list ?? null
 
     signal settingsChosen()
@@ -25,19 +25,19 @@ FocusScope {
 
     function focusComposer() {
         if (root.chat.ghosts.questionId.length === 0) // whoever is asked first answers
-            composer.takeFocus();
+            writing.composer.takeFocus();
     }
     function goOnWriting() {
         root.focusComposer();
-        composer.takeFocusAtEnd();
+        writing.composer.takeFocusAtEnd();
     }
     function askForFiles() {
-        composer.askForFiles();
+        writing.composer.askForFiles();
     }
     function takeDropped(handed) {
         if (!root.chat.entries.attachments.take(handed))
             root.chat.addToDraft(handed.text);
-        composer.takeFocusAtEnd();
+        writing.composer.takeFocusAtEnd();
     }
     function copyLastAnswer() {
         const answer = root.chat.lastAnswer();
@@ -82,32 +82,11 @@ FocusScope {
             onSidebarChosen: root.sidebarChosen()
             onNewChatChosen: root.chat.newConversation()
         }
-        Later {
+        ShellNotices {
             Layout.alignment: Qt.AlignHCenter
-            Layout.preferredWidth: root.column
-            Layout.topMargin: Theme.gap8
-            visible: wanted
-            part: "chat/StartupProblem.qml"
-            given: ({ message: root.shell.startupError, suggestion: root.shell.startupSuggestion })
-            wanted: root.shell.startupError.length > 0
-        }
-        Later {
-            Layout.alignment: Qt.AlignHCenter
-            Layout.preferredWidth: root.column
-            Layout.topMargin: Theme.gap8
-            visible: wanted
-            part: "chat/UnsealedNotice.qml"
-            given: ({ shell: root.shell })
-            wanted: root.shell.unsealedNotice.length > 0
-        }
-        Later {
-            Layout.alignment: Qt.AlignHCenter
-            Layout.preferredWidth: root.column
-            Layout.topMargin: Theme.gap8
-            visible: wanted
-            part: "chat/StandingNotice.qml"
-            given: ({ shell: root.shell })
-            wanted: root.shell.noticeTitle.length > 0
+            Layout.maximumWidth: root.column
+            Layout.fillHeight: false
+            shell: root.shell
         }
         Item {
             Layout.fillWidth: true
@@ -131,152 +110,40 @@ FocusScope {
                 companion: root.companion
                 onSuggestionChosen: text => {
                     root.chat.draft = text;
-                    composer.takeFocusAtEnd();
+                    writing.composer.takeFocusAtEnd();
                 }
                 onSettingsChosen: root.settingsChosen()
             }
         }
-        ColumnLayout {
+        WritingPlace {
+            id: writing
+
             Layout.alignment: Qt.AlignHCenter
             Layout.maximumWidth: root.column
             Layout.bottomMargin: Theme.gap8
-            spacing: Theme.gap8
-
-            Later {
-                Layout.fillWidth: true
-                visible: wanted
-                part: "chat/ErrorNotice.qml"
-                given: ({ chat: root.chat, shell: root.shell })
-                wanted: root.chat.hasBanner
-            }
-            Repeater {
-                model: root.receipts
-
-                UndoBar {
-                    Layout.fillWidth: true
-                    onUndoChosen: id => root.receipts.undo(id)
-                    onDismissed: id => root.receipts.dismiss(id)
-                }
-            }
-            Later {
-                Layout.fillWidth: true
-                visible: wanted
-                part: "chat/DeletedNotice.qml"
-                given: ({ chat: root.chat })
-                wanted: root.chat.deletedCount > 0
-            }
-            Later {
-                Layout.fillWidth: true
-                visible: wanted
-                part: "chat/EditNotice.qml"
-                given: ({ chat: root.chat })
-                wanted: root.chat.isEditing
-            }
-            Later {
-                Layout.fillWidth: true
-                visible: wanted
-                part: "chat/ApprovalCard.qml"
-                given: ({ chat: root.chat, composer: composer })
-                wanted: root.chat.hasApproval
-            }
-            Composer {
-                id: composer
-
-                Layout.fillWidth: true
-                chat: root.chat
-                sources: root.sources
-                draft: root.chat.draft
-                ghost: root.chat.ghosts.isOn
-                canSend: root.chat.canSend
-                responding: root.chat.isResponding
-                onDraftEdited: text => root.chat.draft = text
-                onTyped: root.chat.noteTyping()
-                onSendChosen: root.chat.send()
-                onStopChosen: root.chat.stopResponding()
-                onSettingsChosen: root.settingsChosen()
-            }
-            SourceLine {
-                Layout.fillWidth: true
-                destination: root.sources.destination
-                warning: root.sources.warning
-            }
-            CaptionText {
-                objectName: "modelNotice"
-                Layout.fillWidth: true
-                visible: text.length > 0
-                text: root.chat.entries.modelNotice
-                horizontalAlignment: Text.AlignHCenter
-                Accessible.role: Accessible.StaticText
-                Accessible.name: text
-            }
+            chat: root.chat
+            shell: root.shell
+            sources: root.sources
+            receipts: root.receipts
+            onSettingsChosen: root.settingsChosen()
         }
     }
+    ChatAnnouncements { chat: root.chat }
     Connections {
         target: root.chat
 
-        function onIsRespondingChanged() { if (root.chat.isResponding) announcement.say(qsTr("Replying")); }
-        function onQuoted() { composer.takeFocusAtEnd(); }
-        function onIsEditingChanged() { composer.takeFocusAtEnd(); }
-        function onReplyFinished(text: string) { announcement.say(text); }
-        function onNeedsAttention() { announcement.say(root.chat.approval.verb); }
-    }
-    Connections {
-        target: root.chat.messages
-
-        function onStalled(words: string) { announcement.say(words); }
-    }
-    Connections {
-        target: root.chat.ghosts
-
-        function onIsOnChanged() {
-            announcement.say(root.chat.ghosts.isOn ? qsTr("Ghost mode is on. Nothing here is kept.")
-                                                   : qsTr("Ghost mode is off"));
-        }
-    }
-    Connections {
-        target: root.chat.entries.attachments
-
-        function onAttached() {
-            const desk = root.chat.entries.attachments;
-            announcement.say(qsTr("Attached: %1").arg(desk.name) + ". " + desk.notice);
-        }
+        function onQuoted() { writing.composer.takeFocusAtEnd(); }
+        function onIsEditingChanged() { writing.composer.takeFocusAtEnd(); }
     }
     Connections {
         target: root.chat.entries
 
-        function onSaid(words: string) {
-            announcement.say(words);
-            if (composer.focused) // once the draft has them
-                Qt.callLater(composer.takeFocusAtEnd); // qmllint disable
-        }
-    }
-    Connections {
-        target: root.chat.entries.voice
-
-        function onSecondsLeftChanged() {
-            const left = root.chat.entries.voice.secondsLeft;
-            if (left === 30)
-                announcement.say(qsTr("Listening ends in %1 seconds").arg(left));
-        }
+        // Once the draft has them.
+        function onSaid() { if (writing.composer.focused) Qt.callLater(writing.composer.takeFocusAtEnd); } // qmllint disable
     }
     Connections {
         target: root.find
 
         function onIsOpenChanged() { if (!root.find.isOpen) root.focusComposer(); }
-    }
-    Announcement {
-        id: announcement
-
-        objectName: "announcement"
-
-        property string words
-
-        function say(text: string) {
-            announcement.words = text;
-            announcement.announce();
-        }
-
-        Accessible.role: Accessible.Notification
-        Accessible.name: words
     }
 }
