@@ -5,22 +5,22 @@
 
 namespace morvane {
 
+// How a model tells its views of a row that comes or goes, before and after.
+struct LedgerTelling {
+    std::function<void(int row)> beginRemove;
+    std::function<void()> endRemove;
+    std::function<void(int count)> beginInsertOnTop;
+    std::function<void()> endInsert;
+    std::function<void()> beginReset; // of what becomes empty
+    std::function<void()> endReset;
+};
+
 // A ledger's rows as a view shows them, newest first. Brings them up to a newer snapshot row by row, so that
 // the one that is read or open stays where it is.
 template <typename Snapshot>
 class LedgerRows {
 public:
     using Row = typename decltype(Snapshot::entries)::value_type;
-
-    // How the model tells its views, before and after.
-    struct Telling {
-        std::function<void(int row)> beginRemove;
-        std::function<void()> endRemove;
-        std::function<void(int count)> beginInsertOnTop;
-        std::function<void()> endInsert;
-        std::function<void()> beginReset; // of what becomes empty
-        std::function<void()> endReset;
-    };
 
     [[nodiscard]] int count() const { return static_cast<int>(m_shown.entries.size()); }
     [[nodiscard]] const Row &at(int row) const { return *(m_shown.entries.rbegin() + row); }
@@ -29,7 +29,7 @@ public:
         return snapshot.revision == m_shown.revision;
     }
 
-    void take(Snapshot snapshot, const Telling &telling)
+    void take(Snapshot snapshot, const LedgerTelling &telling)
     {
         if (snapshot.entries.empty()) {
             telling.beginReset();
@@ -48,7 +48,7 @@ public:
 
 private:
     // A ledger only ever loses rows and gains some at its end.
-    void dropMissingIn(const Snapshot &snapshot, const Telling &telling)
+    void dropMissingIn(const Snapshot &snapshot, const LedgerTelling &telling)
     {
         auto &shown = m_shown.entries;
         std::size_t kept = 0;

@@ -3,21 +3,15 @@
 #include "async/Clock.h"
 #include "network/LedgerExport.h"
 #include "network/PrivateNetworkAddress.h"
-#include "utils/files/PrivateFile.h"
 #include "utils/text/DesktopWords.h"
-#include "view_models/settings/ChosenFile.h"
 
 #include <QLocale>
-#include <QTimer>
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// Rows come from any thread, so a panel that is open looks for a new revision this often.
-constexpr std::chrono::milliseconds lookInterval{500};
 
 QString placeOf(const NetworkLedger::Entry &entry)
 {
@@ -53,19 +47,12 @@ QVariantList detailsOf(const NetworkLedger::Entry &entry)
 } // namespace
 
 NetworkLedgerViewModel::NetworkLedgerViewModel(NetworkLedger &ledger, Clock &clock, QObject *parent)
-    : QAbstractListModel(parent)
+    : LedgerListModel(SearchRole, parent)
     , m_ledger(ledger)
     , m_clock(clock)
-    , m_poll(std::make_unique<QTimer>())
 {
-    m_rows.setSourceModel(this);
-    m_rows.setFilterRole(SearchRole);
     m_rows.setFilterCaseSensitivity(Qt::CaseInsensitive);
-    m_poll->setInterval(lookInterval);
-    connect(m_poll.get(), &QTimer::timeout, this, &NetworkLedgerViewModel::refresh);
 }
-
-NetworkLedgerViewModel::~NetworkLedgerViewModel() = default;
 
 int NetworkLedgerViewModel::rowCount(const QModelIndex &parent) const
 {
@@ -125,34 +112,9 @@ QString NetworkLedgerViewModel::connectionLister()
     return DesktopWords::here().connectionLister.toString();
 }
 
-bool NetworkLedgerViewModel::isWatching() const
-{
-    return m_poll->isActive();
-}
-
-void NetworkLedgerViewModel::setWatching(bool watching)
-{
-    if (watching == isWatching())
-        return;
-    if (watching) {
-        refresh();
-        m_poll->start();
-    } else {
-        m_poll->stop();
-    }
-    Q_EMIT watchingChanged();
-}
-
 bool NetworkLedgerViewModel::exportTo(const QUrl &file)
 {
-    m_exportProblem.clear();
-    try {
-        PrivateFile::write(ChosenFile::path(file), LedgerExport::csv(m_ledger.snapshot().entries));
-    } catch (const FileError &error) {
-        m_exportProblem = u"Could not save the ledger: "_s + QString::fromUtf8(error.what());
-    }
-    Q_EMIT exportProblemChanged();
-    return m_exportProblem.isEmpty();
+    return save(file, LedgerExport::csv(m_ledger.snapshot().entries), u"Could not save the ledger: "_s);
 }
 
 void NetworkLedgerViewModel::clear()
@@ -172,17 +134,7 @@ void NetworkLedgerViewModel::setFilter(const QString &filter)
 
 void NetworkLedgerViewModel::refresh()
 {
-    auto snapshot = m_ledger.snapshot();
-    if (m_shown.isUpTo(snapshot))
-        return;
-    m_shown.take(std::move(snapshot),
-                 {.beginRemove = [this](int row) { beginRemoveRows({}, row, row); },
-                  .endRemove = [this] { endRemoveRows(); },
-                  .beginInsertOnTop = [this](int count) { beginInsertRows({}, 0, count - 1); },
-                  .endInsert = [this] { endInsertRows(); },
-                  .beginReset = [this] { beginResetModel(); },
-                  .endReset = [this] { endResetModel(); }});
-    Q_EMIT countChanged();
+    show(m_ledger.snapshot(), m_shown);
 }
 
 } // namespace morvane

@@ -1,22 +1,16 @@
 #include "view_models/settings/ProofLedgerViewModel.h"
 
 #include "async/Clock.h"
-#include "utils/files/PrivateFile.h"
 #include "view_models/chat/ProofFacts.h"
 #include "view_models/chat/ProofWords.h"
-#include "view_models/settings/ChosenFile.h"
 
 #include <QLocale>
-#include <QTimer>
 
 namespace morvane {
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-// Rows come from any thread, so a panel that is open looks for a new revision this often.
-constexpr std::chrono::milliseconds lookInterval{500};
 
 using Kind = ProofLedgerViewModel::Kind;
 using PlaceKind = ProofLedger::Place::Kind;
@@ -69,17 +63,9 @@ QString placeOf(const ProofLedger::Entry &row)
 } // namespace
 
 ProofLedgerViewModel::ProofLedgerViewModel(Services services, QObject *parent)
-    : QAbstractListModel(parent)
+    : LedgerListModel(KindsRole, parent)
     , m_services(std::move(services))
-    , m_poll(std::make_unique<QTimer>())
-{
-    m_rows.setSourceModel(this);
-    m_rows.setFilterRole(KindsRole);
-    m_poll->setInterval(lookInterval);
-    connect(m_poll.get(), &QTimer::timeout, this, &ProofLedgerViewModel::refresh);
-}
-
-ProofLedgerViewModel::~ProofLedgerViewModel() = default;
+{}
 
 int ProofLedgerViewModel::rowCount(const QModelIndex &parent) const
 {
@@ -144,35 +130,10 @@ QString ProofLedgerViewModel::exportFileName() const
     return ProofLedger::exportFileName(m_services.clock.now().toLocalTime());
 }
 
-bool ProofLedgerViewModel::isWatching() const
-{
-    return m_poll->isActive();
-}
-
-void ProofLedgerViewModel::setWatching(bool watching)
-{
-    if (watching == isWatching())
-        return;
-    if (watching) {
-        refresh();
-        m_poll->start();
-    } else {
-        m_poll->stop();
-    }
-    Q_EMIT watchingChanged();
-}
-
 bool ProofLedgerViewModel::exportTo(const QUrl &file)
 {
-    m_exportProblem.clear();
-    try {
-        PrivateFile::write(ChosenFile::path(file),
-                           m_services.ledger.exportData(m_services.clock.now(), m_services.guidePage));
-    } catch (const FileError &error) {
-        m_exportProblem = u"Could not save the proof file: "_s + QString::fromUtf8(error.what());
-    }
-    Q_EMIT exportProblemChanged();
-    return m_exportProblem.isEmpty();
+    return save(file, m_services.ledger.exportData(m_services.clock.now(), m_services.guidePage),
+                u"Could not save the proof file: "_s);
 }
 
 void ProofLedgerViewModel::clear()
@@ -185,17 +146,7 @@ void ProofLedgerViewModel::clear()
 void ProofLedgerViewModel::refresh()
 {
     askForAcceptedServers();
-    auto snapshot = m_services.ledger.snapshot();
-    if (m_shown.isUpTo(snapshot))
-        return;
-    m_shown.take(std::move(snapshot),
-                 {.beginRemove = [this](int row) { beginRemoveRows({}, row, row); },
-                  .endRemove = [this] { endRemoveRows(); },
-                  .beginInsertOnTop = [this](int count) { beginInsertRows({}, 0, count - 1); },
-                  .endInsert = [this] { endInsertRows(); },
-                  .beginReset = [this] { beginResetModel(); },
-                  .endReset = [this] { endResetModel(); }});
-    Q_EMIT countChanged();
+    show(m_services.ledger.snapshot(), m_shown);
 }
 
 void ProofLedgerViewModel::askForAcceptedServers()
