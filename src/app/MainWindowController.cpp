@@ -2,6 +2,7 @@
 
 #include "app/AboutParts.h"
 #include "app/GlobalKeys.h"
+#include "app/LockedSettings.h"
 #include "app/Presentation.h"
 #include "app/WindowMemory.h"
 #include "persistence/SettingsStore.h"
@@ -106,11 +107,13 @@ MainWindowController::MainWindowController(Presentation &presentation, std::uniq
     m_window->installEventFilter(this);
     presentation.memory->follow(*m_window);
     m_place = presentation.memory->place();
+    m_lockedSettings = std::make_unique<LockedSettings>(presentation, *m_engine, *m_window);
     connect(presentation.lock.get(), &AppLockViewModel::isLockedChanged, this, [this] {
         if (m_presentation.lock->isLocked())
-            dropContent();
-        else
-            showContent();
+            return dropContent();
+        if (const QString page = m_lockedSettings->leave(); !page.isEmpty())
+            m_place.insert(u"settings"_s, page); // they go on in a window that has all of it
+        showContent();
     });
     if (!presentation.lock->isLocked())
         showContent();

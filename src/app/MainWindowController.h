@@ -13,6 +13,7 @@
 
 namespace morvane {
 
+class LockedSettings;
 class SettingsModels;
 struct Presentation;
 
@@ -58,6 +59,7 @@ private:
     QQuickWindow *m_window = nullptr; // owned by the engine
     std::function<bool()> m_isReachable;
     bool m_isHidden = false;        // put away by the person
+    std::unique_ptr<LockedSettings> m_lockedSettings;
     QPointer<QQuickItem> m_content; // null while locked
     QVariantMap m_place;            // where the person had been when it went
 };

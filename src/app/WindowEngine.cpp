@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QQmlComponent>
 #include <QQuickItem>
+#include <QQuickWindow>
 #include <QtQml/QQmlExtensionPlugin>
 
 #include <utility>
@@ -64,6 +65,16 @@ QQuickItem *WindowEngine::make(const QString &fileName, QQuickItem *parent, cons
     item->setParentItem(parent);
     component.completeCreate();
     return item;
+}
+
+QQuickWindow *WindowEngine::makeWindow(const QString &fileName, const QVariantMap &properties)
+{
+    prepare(fileName);
+    QQmlComponent &component = *m_prepared[fileName];
+    auto *const window = qobject_cast<QQuickWindow *>(component.createWithInitialProperties(properties));
+    if (!window)
+        qWarning("%s", qPrintable(component.errorString()));
+    return window;
 }
 
 } // namespace morvane

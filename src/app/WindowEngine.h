@@ -5,6 +5,7 @@
 #include <map>
 
 class QQuickItem;
+class QQuickWindow;
 
 namespace morvane {
 
@@ -23,6 +24,8 @@ public:
     // log.
     [[nodiscard]] QQuickItem *make(const QString &fileName, QQuickItem *parent,
                                    const QVariantMap &properties);
+    // Makes a window of such a component, for the caller to delete before this. Null likewise.
+    [[nodiscard]] QQuickWindow *makeWindow(const QString &fileName, const QVariantMap &properties);
 
 private:
     std::map<QString, QQmlComponent *> m_prepared; // keep what was read; children

@@ -9,6 +9,7 @@ FocusScope {
 
     required property AppLockViewModel lock
     required property PrivacyViewModel privacy
+    required property ShellViewModel shell
     readonly property bool takesPassphrase: lock.hasPassphrase
     readonly property PassphraseBox field: entry.item as PassphraseBox
     readonly property bool isForgotten: forgotten.status === Loader.Ready
@@ -45,6 +46,7 @@ FocusScope {
     Keys.onEscapePressed: root.lock.cancelUnlock()
 
     Shortcut { sequence: Keymap.quit; enabled: root.visible; onActivated: Qt.quit() }
+    Shortcut { sequence: Keymap.settings; enabled: root.visible; onActivated: root.shell.settingsRequested() }
     Rectangle {
         anchors.fill: parent
         color: Theme.page
@@ -132,6 +134,17 @@ FocusScope {
             Accessible.name: qsTr("I forgot the passphrase")
             onClicked: root.forget()
         }
+    }
+    IconButton {
+        objectName: "lockedSettings"
+        anchors.right: parent.right
+        anchors.bottom: parent.bottom
+        anchors.margins: Theme.gap16
+        visible: !root.isForgotten
+        focusPolicy: Qt.TabFocus // a click leaves the keyboard where one unlocks
+        text: qsTr("Settings")
+        glyph: "settings"
+        onClicked: root.shell.settingsRequested()
     }
     Loader {
         id: forgotten

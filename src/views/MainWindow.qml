@@ -44,7 +44,7 @@ T.ApplicationWindow {
         visible: root.lock.isLocked
         focus: visible
         part: "LockCurtain.qml"
-        given: ({ lock: root.lock, privacy: root.privacy })
+        given: ({ lock: root.lock, privacy: root.privacy, shell: root.shell })
         wanted: root.lock.isEnabled || root.lock.isLocked // made before it falls
     }
     Later {

@@ -2,6 +2,7 @@
 
 #include "ai/prompts/SystemPromptStore.h"
 #include "memory/MemoryStore.h"
+#include "network/NetworkLedger.h"
 #include "persistence/SettingsStore.h"
 #include "security/DataKey.h"
 #include "security/LocalDataVault.h"
@@ -192,7 +193,7 @@ TEST_F(LockTest, LockedWindowSaysNoWordAndComesBackAsItWas)
     EXPECT_EQ(everythingSaid().toStdString().find("SECRET"), std::string::npos)
         << everythingSaid().toStdString();
     EXPECT_TRUE(isAt(m_window, u"Unlock"_s));
-    for (const int key : {Qt::Key_Tab, Qt::Key_N, Qt::Key_Comma, Qt::Key_F9})
+    for (const int key : {Qt::Key_Tab, Qt::Key_N, Qt::Key_F9})
         press(key, key == Qt::Key_Tab ? Qt::NoModifier : Qt::ControlModifier); // nothing behind it hears
     EXPECT_FALSE(item(u"messages"_s));
 
@@ -212,6 +213,70 @@ TEST_F(LockTest, LockedWindowSaysNoWordAndComesBackAsItWas)
     EXPECT_TRUE(isAt(m_window, u"Message"_s));
     type(u" more"_s);
     EXPECT_EQ(m_app->presentation().chat->draft(), u"SECRETdraft begun more"_s);
+}
+
+TEST_F(LockTest, SettingsAreReachedFromTheCurtainAndSayNothingSealed)
+{
+    addChat(u"SECRETtitle"_s, {u"SECRETquestion"_s, u"SECRETanswer"_s});
+    SettingsStore &settings = *m_app->storage().settings;
+    settings.setBaseURLString(u"https://SECRETserver.example/v1"_s);
+    settings.setMemoryEnabled(true);
+    m_app->assistant().memory->record(u"SECRETnote"_s);
+    m_app->assistant().systemPrompts->setPrompt(u"SECRETinstruction"_s);
+    NetworkLedger::Entry connection;
+    connection.startedAt = m_clock.now();
+    connection.host = u"SECREThost.example"_s;
+    m_app->assistant().networkLedger->record(connection);
+    send(u"SECRETmore"_s);
+    leaveProof({.place = {ProofLedger::Place::Kind::network, u"small"_s, u"SECRETproof.example"_s}});
+    endReply();
+    switchOn();
+    auto *open = settingsWindow();
+    ASSERT_TRUE(open);
+    const QStringList pages = open->property("pages").toStringList();
+    ASSERT_GE(pages.size(), 11);
+    for (const QString &page : pages) { // all of them have been filled once
+        open->setProperty("page", page);
+        settle();
+    }
+    for (const char *secret : {"SECRETserver", "SECRETnote", "SECRETinstruction", "SECREThost", "SECRETproof"})
+        EXPECT_TRUE(everythingSaid().contains(QLatin1StringView(secret))) << secret;
+    lock().lock();
+    settle();
+
+    click(item(u"lockedSettings"_s));
+    open = settingsWindow();
+    ASSERT_TRUE(open);
+    EXPECT_EQ(open->property("pages").toStringList(), pages);
+    const QStringList sealed{u"ai"_s, u"instructions"_s, u"abilities"_s, u"memory"_s, u"proof"_s, u"network"_s};
+    for (const QString &page : pages) {
+        open->setProperty("page", page);
+        settle();
+        EXPECT_EQ(everythingSaid().toStdString().find("SECRET"), std::string::npos) << page.toStdString();
+        const auto *const way = WindowDriver::item(open, u"toUnlock"_s);
+        EXPECT_EQ(way && way->isVisible(), sealed.contains(page) || page == "privacy"_L1) << page.toStdString();
+        for (const char *name : {"appLock.switch", "setPassphrase", "removePassphrase", "idle.0",
+                                 "retention.sevenDays", "replaceIdentifiers", "eraseAll", "deleteCrashes",
+                                 "instructions", "clearMemory", "exportLedger", "abilities.enabled.switch"})
+            EXPECT_FALSE(WindowDriver::item(open, QString::fromLatin1(name))) << name;
+    }
+    open->setProperty("page", u"appearance"_s);
+    settle();
+    click(WindowDriver::item(open, u"textSize.large"_s));
+    EXPECT_EQ(settings.chatTextSize(), ChatTextSize::large) << "what isn't sealed is set as ever";
+    open->setProperty("page", u"memory"_s);
+    settle();
+    click(WindowDriver::item(open, u"toUnlock"_s));
+    EXPECT_TRUE(eventually([&] { return m_window->isActive() && isAt(m_window, u"Unlock"_s); }));
+
+    ASSERT_TRUE(settingsWindow());
+    lock().unlock();
+    ASSERT_TRUE(eventually([this] { return !lock().isLocked(); }));
+    settle();
+    open = settingsWindow();
+    ASSERT_TRUE(open);
+    EXPECT_EQ(open->property("page").toString(), u"memory"_s);
+    EXPECT_TRUE(shows(open, u"SECRETnote"_s)) << "the whole of it, where it was";
 }
 
 // Point by point, in light and dark.

@@ -12,6 +12,7 @@ SettingsPage {
     required property AboutViewModel about
     required property ShellViewModel shell
     property bool shown: false
+    property bool keepsReports: false // none can be deleted
 
     title: qsTr("About")
     onShownChanged: if (shown) root.about.look()
@@ -81,7 +82,7 @@ SettingsPage {
             }
             PushButton {
                 objectName: "deleteCrashes"
-                visible: root.about.crashCount > 0
+                visible: root.about.crashCount > 0 && !root.keepsReports
                 text: qsTr("Delete All")
                 onClicked: root.about.deleteCrashes()
             }

@@ -1,5 +1,3 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import Morvane
 import Morvane.ViewModels
@@ -25,38 +23,11 @@ SettingsPage {
         settings: root.settings
         productName: root.shell.productName
     }
-    SettingsCard {
-        heading: qsTr("What is kept where")
-
-        Repeater {
-            model: root.privacy.places.length / 2
-
-            SettingsRow {
-                required property int index
-
-                title: root.privacy.places[2 * index]
-                explanation: root.privacy.places[2 * index + 1]
-            }
-        }
-        SettingsRow {
-            title: qsTr("The key that opens them")
-            explanation: root.shell.keychainNotice.length > 0 ? root.shell.keychainNotice : root.privacy.keyPlace
-        }
+    PlacesCard {
+        privacy: root.privacy
+        shell: root.shell
     }
-    SettingsCard {
-        heading: qsTr("What this protects")
-
-        SettingsRow {
-            title: qsTr("Against whom, and what stays open")
-            explanation: qsTr("What a hardware proof, the lock and the sealing do, and what they can't.")
-
-            PushButton {
-                objectName: "readThreatModel"
-                text: qsTr("Read")
-                onClicked: root.about.readThreatModel()
-            }
-        }
-    }
+    ProtectionCard { about: root.about }
     SettingsCard {
         heading: qsTr("What services know")
 
