@@ -10,6 +10,7 @@
 #include "support/Await.h"
 #include "support/ProcessMemory.h"
 #include "view_models/ShellViewModel.h"
+#include "view_models/chat/AttachmentDesk.h"
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/settings/AppLockViewModel.h"
 #include "view_models/settings/PrivacyViewModel.h"
@@ -21,6 +22,7 @@
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
+#include <QUrl>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -499,6 +501,31 @@ TEST_F(LockTest, NotesInstructionsAndAnAttachmentAreBackAfterTheLockAndNotThereD
         EXPECT_EQ(desk.pending()->imageData, picture);
     }
     EXPECT_TRUE(memory.record(u"another"_s));
+}
+
+TEST_F(LockTest, WhatWasStillBeingReadIsReadAgainAfterTheLock)
+{
+    switchOn();
+    load();
+    auto &desk = *m_app->presentation().chat->entries()->attachments();
+    const QString path = m_profile.filePath(u"SECRETplan.txt"_s);
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("SECRETplan") == 10);
+    file.close();
+    desk.attach({QUrl::fromLocalFile(m_profile.filePath(u"SECRETgone.txt"_s)), QUrl::fromLocalFile(path)});
+    ASSERT_TRUE(desk.isReading());
+    lock().lock();
+    settle();
+    EXPECT_FALSE(desk.isReading() || desk.pending());
+    EXPECT_EQ(everythingSaid().toStdString().find("SECRET"), std::string::npos);
+    EXPECT_TRUE(desk.unread().isEmpty());
+    unlock();
+    ASSERT_TRUE(eventually([&] { return desk.pending() && !desk.isReading(); }));
+    EXPECT_EQ(desk.pending()->text, u"SECRETplan"_s);
+    desk.clear();
+    lock().lock();
+    unlock();
+    EXPECT_FALSE(desk.isReading() || desk.pending()) << "once is enough";
 }
 
 } // namespace

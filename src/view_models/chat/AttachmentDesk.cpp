@@ -190,6 +190,7 @@ QCoro::Task<> AttachmentDesk::readAll(QPointer<AttachmentDesk> self, Handed hand
     qsizetype kept = 0;
     for (qsizetype i = 0; i < handed.size(); ++i) {
         const PastedContent &content = handed.at(i);
+        self->m_unread = handed.mid(i);
         self->begin(content, i + 1, handed.size());
         std::exception_ptr failure;
         std::optional<ImportedAttachment> attachment;
@@ -252,6 +253,7 @@ void AttachmentDesk::fail(const std::exception_ptr &error, qsizetype count)
 void AttachmentDesk::endReading(qsizetype handed, qsizetype kept)
 {
     m_reading.reset();
+    m_unread.clear();
     const QString former = std::exchange(m_former, {});
     QStringList sentences;
     if (kept > 0 && handed > 1)
@@ -270,6 +272,7 @@ void AttachmentDesk::stopReading()
 {
     m_task.requestStop();
     m_reading.reset();
+    m_unread.clear();
     m_failure.reset();
     if (const auto told = std::exchange(m_told, std::nullopt))
         m_services.banner.dismiss(*told); // whatever comes now takes its place

@@ -66,6 +66,8 @@ public:
 
     [[nodiscard]] bool isReading() const { return m_reading.has_value(); }
     [[nodiscard]] const std::optional<ImportedAttachment> &pending() const { return m_pending; }
+    // What isn't read yet, as it was handed over, the one that is being read included.
+    [[nodiscard]] const QList<PastedContent> &unread() const { return m_unread; }
     [[nodiscard]] bool holdsPicture() const { return m_pending && m_pending->imageData; }
 
     // Files are read one after another, and the last one that can be read stays.
@@ -79,6 +81,8 @@ public:
     Q_INVOKABLE bool canPaste() const;
     // The clipboard's text as an attachment.
     Q_INVOKABLE void askAboutClipboard();
+    // One after another, as attach() does.
+    void read(QList<PastedContent> handed);
     // What was made elsewhere.
     void hold(ImportedAttachment attachment);
 
@@ -96,7 +100,6 @@ Q_SIGNALS:
 private:
     using Handed = QList<PastedContent>;
 
-    void read(Handed handed);
     void holdText(const QString &name, const QString &text);
     static QCoro::Task<> readAll(QPointer<AttachmentDesk> self, Handed handed, std::stop_token stop);
     void begin(const PastedContent &content, qsizetype number, qsizetype count);
@@ -114,6 +117,7 @@ private:
     Services m_services;
     std::optional<ImportedAttachment> m_pending;
     std::optional<AttachmentWords::Reading> m_reading;
+    Handed m_unread;
     std::optional<Failure> m_failure;
     std::optional<ErrorBanner> m_told; // of the latest failure
     QString m_former;                  // what was pending when the reading began; empty for nothing

@@ -267,6 +267,7 @@ private:
     bool m_isResponding = false;
     bool m_isConcealed = false;
     std::optional<SealedAttachment> m_sealedAttachment; // while concealed
+    QString m_sealedReading;                            // likewise, of what wasn't read to its end
     QString m_sealedDraft;                              // while concealed: what stands in no chat's record
     bool m_isRestartingModel = false;                   // at the person's wish, by the banner
     std::vector<std::unique_ptr<ChatTurn>> m_turns;     // a stopped turn may end after the next has begun

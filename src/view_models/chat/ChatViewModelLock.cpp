@@ -7,6 +7,7 @@
 #include "persistence/ConversationRepository.h"
 #include "security/FieldSealing.h"
 #include "view_models/chat/ReplyPorts.h"
+#include "view_models/chat/SealedReading.h"
 #include "view_models/chat/TurnPlanner.h"
 
 namespace morvane {
@@ -17,6 +18,7 @@ void ChatViewModel::conceal()
     if (m_isConcealed)
         return;
     const FieldSealing &sealing = *m_stores.active().context().sealing();
+    m_sealedReading = SealedReading::seal(m_entries.attachments()->unread(), sealing);
     if (const auto attached = m_entries.attachments()->release())
         m_sealedAttachment = SealedAttachment::seal(*attached, sealing);
     endTurns();
@@ -50,6 +52,7 @@ void ChatViewModel::reveal()
         if (const auto attachment = kept->open(sealing))
             m_entries.attachments()->hold(*attachment);
     }
+    m_entries.attachments()->read(SealedReading::open(std::exchange(m_sealedReading, {}), sealing));
     Q_EMIT conversationChanged();
     Q_EMIT conversationsChanged();
 }

@@ -1,4 +1,3 @@
-import QtQuick
 import Morvane
 import Morvane.ViewModels
 
@@ -13,7 +12,6 @@ SettingsFrame {
     required property SpeakingViewModel speaking
     required property MicrophoneViewModel microphone
     required property RecognitionViewModel recognition
-    required property AboutViewModel about
 
     page: "privacy"
 
@@ -74,10 +72,5 @@ SettingsFrame {
         shell: root.shell
         shown: root.visible && root.page === "about"
         keepsReports: true
-    }
-    Later {
-        part: "settings/ReaderPanel.qml"
-        given: ({ about: root.about, shell: root.shell })
-        wanted: root.about.readerTitle.length > 0
     }
 }

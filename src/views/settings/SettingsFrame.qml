@@ -4,14 +4,16 @@ import QtQuick.Templates as T
 import Morvane
 import Morvane.ViewModels
 
-// The window of the settings without its pages: the menu beside them, its keys and its search.
+// The window of the settings around its pages: the menu beside them, its keys, its search, and what it gives to read.
 T.ApplicationWindow {
     id: root
 
     required property ShellViewModel shell
+    required property AboutViewModel about
     // In the order of the menu and of the pages that are put in.
     readonly property list<string> pages: ["ai", "instructions", "abilities", "memory", "privacy", "voice", "keyboard", "appearance", "proof", "network", "about"]
     property string page: pages[0]
+    readonly property bool searches: menu.searches
     default property alias shownPages: stack.data
 
     signal left()
@@ -84,5 +86,10 @@ T.ApplicationWindow {
             Layout.fillHeight: true
             currentIndex: root.pages.indexOf(root.page)
         }
+    }
+    Later {
+        part: "settings/ReaderPanel.qml"
+        given: ({ about: root.about, shell: root.shell })
+        wanted: root.about.readerTitle.length > 0
     }
 }
