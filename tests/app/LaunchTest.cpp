@@ -233,7 +233,8 @@ protected:
         QMetaObject::invokeMethod(told->property("startup").value<QObject *>(), "proceed");
         QQuickWindow *fresh = windowWith("shell");
         ASSERT_NE(fresh, nullptr);
-        EXPECT_FALSE(valueOf(fresh, "settings", "onboardingComplete").toBool());
+        auto *settings = fresh->property("models").value<QObject *>()->property("store").value<QObject *>();
+        EXPECT_FALSE(settings->property("onboardingComplete").toBool());
     }
 };
 
@@ -251,7 +252,7 @@ TEST_F(ErasureTest, LeavesNothingOfThePersonsAndGoesOnAsAfterAFirstStart)
     const QByteArray key =
         PrivateFile::read(SecretKeeping::keyFilePath(commandLine.folders()), 10000).value();
     ASSERT_FALSE(filesWith(id.toLower()).isEmpty() && filesWith(id).isEmpty()) << "it is in the store";
-    auto *privacy = content->property("privacy").value<QObject *>();
+    auto *privacy = window->property("privacy").value<QObject *>();
     QMetaObject::invokeMethod(privacy, "eraseAll", Q_ARG(QString, u"no"_s));
     TestWait::settle();
     EXPECT_TRUE(QFileInfo::exists(ChatStoreLocation::storePath(commandLine.folders())));

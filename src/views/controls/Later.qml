@@ -1,4 +1,5 @@
 import QtQuick
+import Morvane
 
 // A part of the window that is made when it is first wanted and stays from then on. Named by its place, so that
 // until then neither its objects nor its types are loaded.
@@ -16,6 +17,7 @@ Loader {
     }
 
     onWantedChanged: root.make()
+    onLoaded: Parts.keep(root.source)
     Component.onCompleted: {
         root.placed = true;
         root.make();

@@ -5,5 +5,5 @@ import Morvane
 SecretBox {
     maximumLength: 1024
     placeholderText: qsTr("Passphrase")
-    Accessible.name: placeholderText
+    label: placeholderText
 }

@@ -28,7 +28,7 @@ SettingsRow {
         objectName: "key"
         Layout.preferredWidth: (root.hasKey ? 136 : 216) * Theme.zoom
         placeholderText: root.hasKey ? qsTr("A new key") : ""
-        Accessible.name: qsTr("Key")
+        label: qsTr("Key")
         onAccepted: if (length > 0) root.save()
     }
     PushButton {

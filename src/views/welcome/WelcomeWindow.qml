@@ -10,6 +10,7 @@ T.ApplicationWindow {
     id: root
 
     required property SettingsModels models
+    readonly property ShellViewModel shell: models.shell
     required property CompanionViewModel companion
 
     property int step: 0
@@ -29,7 +30,7 @@ T.ApplicationWindow {
 
     objectName: "welcome"
     transientParent: null // it comes before the main window
-    title: qsTr("Welcome to %1").arg(models.shell.productName)
+    title: qsTr("Welcome to %1").arg(shell.productName)
     color: Theme.page
     onVisibleChanged: {
         if (visible)
@@ -90,14 +91,14 @@ T.ApplicationWindow {
                     nearby: root.models.nearby
                     privateCloud: root.models.privateCloud
                     settings: root.models.store
-                    shell: root.models.shell
+                    shell: root.shell
                 }
                 WelcomePrivacy {
                     id: privacy
 
                     width: parent.width
                     visible: root.step === 1
-                    keychainNotice: root.models.shell.keychainNotice
+                    keychainNotice: root.shell.keychainNotice
                     onLedgerChosen: root.ledgerChosen()
                 }
                 WelcomeKeys {
