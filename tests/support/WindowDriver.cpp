@@ -91,6 +91,7 @@ void bringIntoView(QQuickItem *item)
 
 void WindowDriver::click(QQuickItem *item)
 {
+    settle(); // what has just come has no place before a frame
     bringIntoView(item);
     const QPointF middle = item->mapToScene({item->width() / 2, item->height() / 2});
     QTest::mouseClick(item->window(), Qt::LeftButton, Qt::NoModifier, middle.toPoint());
