@@ -62,17 +62,16 @@ bool LockedSettings::make()
 {
     if (m_window)
         return true;
-    m_window =
-        m_engine.makeWindow(u"settings/LockedSettings.qml"_s,
-                            {{u"shell"_s, QVariant::fromValue(m_presentation.shell.get())},
-                             {u"settings"_s, QVariant::fromValue(&m_presentation.settings)},
-                             {u"chatKey"_s, QVariant::fromValue(m_presentation.globalKeys.chat.get())},
-                             {u"talkKey"_s, QVariant::fromValue(m_presentation.globalKeys.talk.get())},
-                             {u"privacy"_s, QVariant::fromValue(m_presentation.privacy.get())},
-                             {u"speaking"_s, QVariant::fromValue(m_presentation.speaking.get())},
-                             {u"microphone"_s, QVariant::fromValue(m_presentation.microphone.get())},
-                             {u"recognition"_s, QVariant::fromValue(m_presentation.recognition.get())},
-                             {u"about"_s, QVariant::fromValue(m_presentation.about.page.get())}});
+    m_window = m_engine.makeWindow(u"settings/LockedSettings.qml"_s,
+                                   {{u"shell"_s, QVariant::fromValue(m_presentation.shell.get())},
+                                    {u"settings"_s, QVariant::fromValue(&m_presentation.settings)},
+                                    {u"chatKey"_s, QVariant::fromValue(m_presentation.globalKeys.chat.get())},
+                                    {u"talkKey"_s, QVariant::fromValue(m_presentation.globalKeys.talk.get())},
+                                    {u"privacy"_s, QVariant::fromValue(m_presentation.privacy.get())},
+                                    {u"speaking"_s, QVariant::fromValue(m_presentation.speaking.get())},
+                                    {u"microphone"_s, QVariant::fromValue(m_presentation.microphone.get())},
+                                    {u"recognition"_s, QVariant::fromValue(m_presentation.recognition.get())},
+                                    {u"about"_s, QVariant::fromValue(m_presentation.about.page.get())}});
     if (!m_window)
         return false;
     connect(m_window, SIGNAL(left()), this, SLOT(mainWindowIsBack()));

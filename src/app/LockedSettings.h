@@ -10,8 +10,8 @@ namespace morvane {
 struct Presentation;
 class WindowEngine;
 
-// The settings window of a locked application. It is made when it is asked for from the curtain, holds nothing
-// of what is sealed, and is gone with the lock. What the constructor takes outlives this.
+// The settings window of a locked application. It is made when it is asked for from the curtain, holds
+// nothing of what is sealed, and is gone with the lock. What the constructor takes outlives this.
 class LockedSettings : public QObject {
     Q_OBJECT
 public:

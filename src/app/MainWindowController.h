@@ -58,7 +58,7 @@ private:
     const std::unique_ptr<WindowEngine> m_engine;
     QQuickWindow *m_window = nullptr; // owned by the engine
     std::function<bool()> m_isReachable;
-    bool m_isHidden = false;        // put away by the person
+    bool m_isHidden = false; // put away by the person
     std::unique_ptr<LockedSettings> m_lockedSettings;
     QPointer<QQuickItem> m_content; // null while locked
     QVariantMap m_place;            // where the person had been when it went

@@ -31,7 +31,8 @@ struct SmallDisk {
         : place(folder)
         , path(QFile::encodeName(folder))
     {
-        isMounted = unshare(CLONE_NEWNS) == 0 && mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+        isMounted = unshare(CLONE_NEWNS) == 0 &&
+                    mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
                     mount("tmpfs", path.constData(), "tmpfs", 0, "size=256k,mode=700") == 0;
         if (!isMounted)
             return;
@@ -134,7 +135,8 @@ TEST(RealDisksTest, AReadOnlyOneIsToldOfAndASecondTryEndsIt)
             EXPECT_FALSE(result.secrets.isKeyGone);
             EXPECT_EQ(result.secrets.keyFile, disk.keys());
             EXPECT_EQ(result.settingsLeft, disk.settings);
-            EXPECT_TRUE(Erasure::report(result, {}).contains(u"The next start tries again to delete what is left."_s));
+            EXPECT_TRUE(Erasure::report(result, {})
+                            .contains(u"The next start tries again to delete what is left."_s));
             ASSERT_TRUE(disk.turn(0));
             disk.expectNothingLeft();
         }))

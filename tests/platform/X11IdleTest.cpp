@@ -1,4 +1,5 @@
-// The idle time and the blanking of a real X server. Xvfb has no DPMS, so that displays that sleep aren't seen here.
+// The idle time and the blanking of a real X server. Xvfb has no DPMS, so that displays that sleep aren't
+// seen here.
 
 #include "platform/linux/IdleInput.h"
 

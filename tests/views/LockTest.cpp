@@ -241,7 +241,8 @@ TEST_F(LockTest, SettingsAreReachedFromTheCurtainAndSayNothingSealed)
         open->setProperty("page", page);
         settle();
     }
-    for (const char *secret : {"SECRETserver", "SECRETnote", "SECRETinstruction", "SECREThost", "SECRETproof"})
+    for (const char *secret :
+         {"SECRETserver", "SECRETnote", "SECRETinstruction", "SECREThost", "SECRETproof"})
         EXPECT_TRUE(everythingSaid().contains(QLatin1StringView(secret))) << secret;
     lock().lock();
     settle();
@@ -250,13 +251,15 @@ TEST_F(LockTest, SettingsAreReachedFromTheCurtainAndSayNothingSealed)
     open = settingsWindow();
     ASSERT_TRUE(open);
     EXPECT_EQ(open->property("pages").toStringList(), pages);
-    const QStringList sealed{u"ai"_s, u"instructions"_s, u"abilities"_s, u"memory"_s, u"proof"_s, u"network"_s};
+    const QStringList sealed{u"ai"_s,     u"instructions"_s, u"abilities"_s,
+                             u"memory"_s, u"proof"_s,        u"network"_s};
     for (const QString &page : pages) {
         open->setProperty("page", page);
         settle();
         EXPECT_EQ(everythingSaid().toStdString().find("SECRET"), std::string::npos) << page.toStdString();
         const auto *const way = WindowDriver::item(open, u"toUnlock"_s);
-        EXPECT_EQ(way && way->isVisible(), sealed.contains(page) || page == "privacy"_L1) << page.toStdString();
+        EXPECT_EQ(way && way->isVisible(), sealed.contains(page) || page == "privacy"_L1)
+            << page.toStdString();
         for (const char *name : {"appLock.switch", "setPassphrase", "removePassphrase", "idle.0",
                                  "retention.sevenDays", "replaceIdentifiers", "eraseAll", "deleteCrashes",
                                  "instructions", "clearMemory", "exportLedger", "abilities.enabled.switch"})

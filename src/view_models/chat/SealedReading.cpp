@@ -16,8 +16,7 @@ QString SealedReading::seal(const QList<PastedContent> &handed, const FieldSeali
     QDataStream stream(&bytes, QIODevice::WriteOnly);
     for (const PastedContent &content : handed)
         stream << content.urls << content.image;
-    const QString sealed =
-        sealing.seal(QString::fromLatin1(Base64::encode(bytes))).value_or(QString());
+    const QString sealed = sealing.seal(QString::fromLatin1(Base64::encode(bytes))).value_or(QString());
     return SealedForm::isSealedField(sealed) ? sealed : QString(); // what can't be sealed comes back readable
 }
 

@@ -8,8 +8,8 @@ namespace morvane {
 
 class FieldSealing;
 
-// Files and pictures that were still being read when the lock came: where they lie, or their bytes, sealed, so
-// that they are read again afterwards.
+// Files and pictures that were still being read when the lock came: where they lie, or their bytes, sealed,
+// so that they are read again afterwards.
 namespace SealedReading {
 
 // Empty for nothing, and where it can't be sealed.

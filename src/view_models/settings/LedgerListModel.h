@@ -13,8 +13,8 @@
 
 namespace morvane {
 
-// The list of a ledger's rows on a page of Settings, newest first. It follows its ledger while the page is looked
-// at: rows come from any thread, and a hidden page costs nothing. GUI thread.
+// The list of a ledger's rows on a page of Settings, newest first. It follows its ledger while the page is
+// looked at: rows come from any thread, and a hidden page costs nothing. GUI thread.
 class LedgerListModel : public QAbstractListModel {
     Q_OBJECT
     QML_ANONYMOUS
