@@ -5,6 +5,7 @@
 #include "utils/bytes/Base64.h"
 
 #include <QDataStream>
+#include <QIODevice>
 
 namespace morvane {
 
