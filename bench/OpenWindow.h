@@ -46,6 +46,7 @@ public:
     ~OpenWindow() { m_state->willTerminate(); }
 
     [[nodiscard]] AppState &state() { return *m_state; }
+    [[nodiscard]] Clock &clock() { return m_clock; }
     [[nodiscard]] QQuickWindow *window() { return m_window->window(); }
     [[nodiscard]] QQuickItem *item(const QString &name) { return window()->findChild<QQuickItem *>(name); }
     [[nodiscard]] QQuickItem *messages() { return item(QStringLiteral("messages")); }

@@ -1,6 +1,9 @@
 // What a person waits for in the window.
 
 #include "OpenWindow.h"
+#include "models/Conversation.h"
+#include "security/LocalDataVault.h"
+#include "view_models/settings/AppLockViewModel.h"
 
 #include <QKeyEvent>
 
@@ -155,8 +158,75 @@ void layOutLastBlock(benchmark::State &state)
     }
 }
 
+// The key goes where the switch in the settings would put it; nobody can be asked here.
+AppLockViewModel &switchedOn(OpenWindow &open)
+{
+    const Storage &storage = open.state().storage();
+    static_cast<void>(storage.vault->key());
+    storage.vault->moveKey(UserPresence::Required);
+    storage.settings->setAppLockEnabled(true);
+    OpenWindow::turnFor(500);
+    return *open.state().presentation().lock;
+}
+
+struct LockTimes {
+    std::vector<double> toCurtain;
+    std::vector<double> toList;
+};
+
+// Locks from an open chat of 100 rich answers, and opens again, on a store of so many chats.
+LockTimes lockAndUnlock(int chats, int times)
+{
+    OpenWindow open;
+    ConversationRepository &repository = *open.state().storage().repository;
+    for (int i = 0; i < chats; ++i) {
+        const auto chat =
+            Conversation::create(repository.context().sealing(), {QUuid::createUuid(), u"Chat %1"_s.arg(i)});
+        repository.context().insert(chat);
+        fill(repository, *chat, open.clock(), 2);
+    }
+    open.openFilled(100, richAnswer);
+    AppLockViewModel &lock = switchedOn(open);
+    LockTimes measured;
+    for (int i = 0; i < times; ++i) {
+        measured.toCurtain.push_back(untilSeen(
+            *open.window(), [&] { lock.lock(); },
+            [&] {
+                const QQuickItem *button = find(open.window()->contentItem(), u"unlockButton"_s);
+                return button && button->isVisible() && !find(open.window()->contentItem(), u"messages"_s);
+            }));
+        OpenWindow::turnFor(300);
+        measured.toList.push_back(untilSeen(
+            *open.window(), [&] { lock.unlock(); },
+            [&] {
+                const QQuickItem *list = find(open.window()->contentItem(), u"conversations"_s);
+                return list && list->isVisible() &&
+                       list->property("count").toInt() > 10; // it fetches the rest by and by
+            }));
+        OpenWindow::turnFor(300);
+    }
+    return measured;
+}
+
+void lockToCurtain(benchmark::State &state)
+{
+    for ([[maybe_unused]] auto iteration : state) {
+        std::vector<double> times = lockAndUnlock(10, 15).toCurtain;
+        state.counters["first"] = times.front();
+        reportMiddle(state, std::move(times));
+    }
+}
+
+void unlockTenThousandChats(benchmark::State &state)
+{
+    for ([[maybe_unused]] auto iteration : state)
+        reportMiddle(state, lockAndUnlock(10'000, 5).toList);
+}
+
 } // namespace
 
+BENCHMARK(lockToCurtain)->Name("lock_to_curtain")->Iterations(1);
+BENCHMARK(unlockTenThousandChats)->Name("unlock_10000_chats")->Iterations(1);
 BENCHMARK(keyToScreen)->Name("key_to_screen")->Iterations(1);
 BENCHMARK(stopToSeen)->Name("stop_to_seen")->Iterations(1);
 BENCHMARK(openLongChat)->Name("open_chat_of_1000_messages")->Iterations(1);

@@ -147,7 +147,7 @@ void PortalCall::responded(uint response, const QVariantMap &results)
     if (sender == m_portal)
         finish(std::move(answer));
     else if (m_portal.isEmpty() && m_before.size() < mostSenders)
-        m_before.insert(sender, std::move(answer));
+        m_before.insert(sender, answer);
 }
 
 void PortalCall::portalLeft(const QString &, const QString &former, const QString &now)
