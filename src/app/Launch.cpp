@@ -4,6 +4,7 @@
 #include "app/AppDelegate.h"
 #include "app/AppState.h"
 #include "app/DemoPlayer.h"
+#include "app/DesktopServices.h"
 #include "app/Erasure.h"
 #include "app/MainWindowController.h"
 #include "app/PracticeTour.h"
@@ -13,18 +14,7 @@
 #include "async/CancelledError.h"
 #include "persistence/SealedData.h"
 #include "persistence/SettingsStore.h"
-#include "platform/linux/DesktopAppearance.h"
-#include "platform/linux/DesktopAudio.h"
-#include "platform/linux/DesktopGlobalShortcuts.h"
-#include "platform/linux/DesktopNotifications.h"
-#include "platform/linux/DesktopScreen.h"
-#include "platform/linux/DesktopSession.h"
-#include "platform/linux/LinuxHands.h"
 #include "platform/linux/PolkitPresence.h"
-#include "platform/linux/PortalAutostart.h"
-#include "platform/linux/PortalNotifications.h"
-#include "platform/linux/ScreenLock.h"
-#include "platform/linux/StatusNotifierItem.h"
 #include "platform/linux/WebBrowser.h"
 #include "platform/linux/WindowActivation.h"
 #include "security/TestHost.h"
@@ -34,7 +24,6 @@
 #include "utils/text/Product.h"
 #include "view_models/ShellViewModel.h"
 #include "view_models/chat/ChatViewModel.h"
-#include "view_models/chat/NotificationService.h"
 #include "view_models/settings/PrivacyViewModel.h"
 
 #include <QDir>
@@ -61,34 +50,14 @@ std::unique_ptr<SecretStoring> keyringOf(const CommandLine &commandLine)
     return SecretKeeping::keyringOfThePerson();
 }
 
-std::unique_ptr<ScreenLock> lockOfTheScreen()
-{
-    const auto buses = DesktopSession::buses();
-    return std::make_unique<ScreenLock>(buses.session, buses.system);
-}
-
 Host hostOfThisRun()
 {
     return TestHost::isActive() ? Host::test : Host::application;
 }
 
-std::unique_ptr<LoginStarting> loginOf(const CommandLine &commandLine)
-{
-    if (commandLine.profile)
-        return nullptr;
-    const SupportFolders folders = commandLine.folders();
-    return loginOfTheDesktop(folders.config, folders.state + u'/' + Product::serviceName,
-                             QCoreApplication::applicationFilePath());
-}
-
 KeyExpectation expectationOf(const SupportFolders &folders)
 {
     return SealedData::exists(folders) ? KeyExpectation::MustExist : KeyExpectation::Unknown;
-}
-
-QString shortcutsFolder(const SupportFolders &folders)
-{
-    return folders.data + u'/' + Product::storeFolder + u"/Shortcuts"_s;
 }
 
 // A practice profile starts out pointing at its server.
@@ -109,26 +78,14 @@ Launch::Launch(QGuiApplication &application, CommandLine commandLine, std::uniqu
     , m_commandLine(std::move(commandLine))
     , m_secrets(m_commandLine.folders(), keyring ? std::move(keyring) : keyringOf(m_commandLine), m_work,
                 std::make_unique<PolkitPresence>())
-    , m_appearance(std::make_unique<DesktopAppearance>())
-    , m_notificationPosting(
-          notificationsOfTheDesktop(DesktopNotifications::sessionBus(), m_commandLine.folders().runtime))
-    , m_notifications(std::make_unique<NotificationService>(*m_notificationPosting))
-    , m_screenLock(lockOfTheScreen())
-    , m_audio(std::make_unique<DesktopAudio>())
-    , m_hands(std::make_unique<LinuxHands>(DesktopNotifications::sessionBus(),
-                                           shortcutsFolder(m_commandLine.folders()),
-                                           m_commandLine.folders().runtime, m_clock, m_work))
-    , m_screen(screenOfTheDesktop(m_clock, m_work))
-    , m_session(std::make_unique<DesktopSession>())
-    , m_trayIcon(std::make_unique<StatusNotifierItem>(DesktopNotifications::sessionBus()))
-    , m_login(loginOf(m_commandLine))
-    , m_globalShortcuts(globalShortcutsOfTheDesktop())
+    , m_desktop(std::make_unique<DesktopServices>(m_commandLine, m_clock, m_work))
     , m_isWindowWanted(m_commandLine.request.showsWindow)
 {
     m_requests.take(m_commandLine.request);
-    connect(m_screenLock.get(), &ScreenLock::changed, m_notifications.get(),
-            &NotificationService::setScreenLocked);
     connect(&m_secrets.preparation(), &KeychainPreparation::stateChanged, this, &Launch::keychainChanged);
+    connect(&m_desktop->notifications, &NotificationService::chosen, this, [this](const QUuid &chat) {
+        take({.chatID = chat.isNull() ? QString() : Identifier::text(chat)});
+    });
 }
 
 // What still runs beside the GUI thread may use the secrets, also when there is no AppState yet that would
@@ -240,7 +197,7 @@ void Launch::showWaiting(const QString &sentence, const StartupViewModel::Ways &
     if (m_state)
         return;
     if (!m_startupWindow) {
-        m_startupWindow = std::make_unique<StartupWindow>(m_appearance->look().isDark);
+        m_startupWindow = std::make_unique<StartupWindow>(m_desktop->appearance.look().isDark);
         connect(m_startupWindow.get(), &StartupWindow::retryChosen, this, &Launch::start);
         connect(m_startupWindow.get(), &StartupWindow::fileChosen, this, [this] { begin(Way::keyFile); });
         connect(m_startupWindow.get(), &StartupWindow::afreshChosen, this, [this] { begin(Way::afresh); });
@@ -253,42 +210,23 @@ void Launch::showWaiting(const QString &sentence, const StartupViewModel::Ways &
 void Launch::finish()
 {
     m_patience.reset();
-    m_state = std::make_unique<AppState>(m_commandLine, hostOfThisRun(), m_clock,
-                                         Secrets{m_secrets.keychain(), m_secrets.keychain(),
-                                                 m_opened.dataKeyBehindPresence, m_opened.dataKeyWrapped},
-                                         m_work, m_notifications.get(),
-                                         VoicePorts{.output = &m_audio->output,
-                                                    .microphones = &m_audio->microphones,
-                                                    .permission = &m_audio->permission,
-                                                    .systemVoices = &m_audio->systemVoices,
-                                                    .makeEngine = [this] { return m_audio->makeEngine(); }},
-                                         DesktopPorts{.links = &m_hands->links,
-                                                      .calendars = &m_hands->calendars,
-                                                      .shortcuts = &m_hands->shortcuts,
-                                                      .shortcutsFolder = m_hands->shortcuts.folder(),
-                                                      .screen = m_screen.get(),
-                                                      .login = m_login.get()},
-                                         LockPorts{&m_secrets.presence(), m_session.get()},
-                                         m_globalShortcuts.get());
+    m_state = std::make_unique<AppState>(
+        m_commandLine, hostOfThisRun(), m_clock,
+        Secrets{m_secrets.keychain(), m_secrets.keychain(), m_opened.dataKeyBehindPresence,
+                m_opened.dataKeyWrapped},
+        m_work, &m_desktop->notifications, m_desktop->voicePorts(), m_desktop->ports(),
+        LockPorts{&m_secrets.presence(), &m_desktop->session}, m_desktop->globalShortcuts.get());
     if (m_commandLine.practiceServer)
         usePracticeServer(*m_state->storage().settings, *m_commandLine.practiceServer);
     if (m_commandLine.practiceServer && m_commandLine.practiceTour)
         PracticeTour::begin(m_state->storage(), m_state->presentation());
-    ShellViewModel &shell = *m_state->presentation().shell;
-    shell.setKeychainNotice(sentenceFor(m_secrets.preparation().state()));
-    shell.setDesktopLook(m_appearance->look());
-    connect(m_appearance.get(), &DesktopAppearance::changed, &shell, &ShellViewModel::setDesktopLook);
-    connect(&shell, &ShellViewModel::linkRequested, this, &WebBrowser::open);
-    connect(m_state->presentation().privacy.get(), &PrivacyViewModel::erasureConfirmed, this,
-            &Launch::eraseAll,
-            Qt::QueuedConnection); // the window that says so goes with it
-    connect(m_notifications.get(), &NotificationService::chosen, this, [this](const QUuid &chat) {
-        take({.chatID = chat.isNull() ? QString() : Identifier::text(chat)});
-    });
-
+    connectDesktop();
     if (const auto record = std::exchange(m_runtimeRecord, std::nullopt))
         m_state->assistant().localModel->keepRuntimeRecord(*record);
 
+    connect(m_state->presentation().privacy.get(), &PrivacyViewModel::erasureConfirmed, this,
+            &Launch::eraseAll,
+            Qt::QueuedConnection); // the window that says so goes with it
     connect(m_state.get(), &AppState::windowNeeded, this, &Launch::makeWindow);
     connect(m_state.get(), &AppState::mainWindowRequested, this, &Launch::showWindow);
     m_delegate = std::make_unique<AppDelegate>(m_application, *m_state);
@@ -302,6 +240,16 @@ void Launch::finish()
         playDemo();
 }
 
+// With what is open now; an erasure opens another.
+void Launch::connectDesktop()
+{
+    ShellViewModel &shell = *m_state->presentation().shell;
+    shell.setKeychainNotice(sentenceFor(m_secrets.preparation().state()));
+    shell.setDesktopLook(m_desktop->appearance.look());
+    connect(&m_desktop->appearance, &DesktopAppearance::changed, &shell, &ShellViewModel::setDesktopLook);
+    connect(&shell, &ShellViewModel::linkRequested, this, &WebBrowser::open);
+}
+
 // Not before somebody wants to see it: a program that was started to the tray does without.
 void Launch::makeWindow()
 {
@@ -313,12 +261,12 @@ void Launch::makeWindow()
     if (!m_mainWindow->window())
         return QCoreApplication::exit(1);
     connect(&m_mainWindow->engine(), &QQmlEngine::quit, m_delegate.get(), &AppDelegate::requestQuit);
-    m_mainWindow->setReachable([this] { return m_trayIcon->isDrawn(); });
+    m_mainWindow->setReachable([this] { return m_desktop->trayIcon.isDrawn(); });
 }
 
 void Launch::showTray()
 {
-    m_tray = std::make_unique<Tray>(m_state->presentation(), *m_trayIcon, m_clock);
+    m_tray = std::make_unique<Tray>(m_state->presentation(), m_desktop->trayIcon, m_clock);
     connect(m_tray.get(), &Tray::asked, this, &Launch::take);
     connect(m_tray.get(), &Tray::quitAsked, m_delegate.get(), &AppDelegate::requestQuit);
     connect(m_tray.get(), &Tray::lost, this, &Launch::comeMinimised);
@@ -347,8 +295,8 @@ void Launch::eraseAll()
     Erasure::begin(*m_state->storage().defaults);
     m_runtimeRecord = m_state->assistant().localModel->runtimeRecord();
     m_state->deleteRecords();
-    if (m_login)
-        static_cast<void>(m_login->set(false));
+    if (m_desktop->login)
+        static_cast<void>(m_desktop->login->set(false));
     m_requests.leave();
     m_demo.reset();
     m_tray.reset();
@@ -391,8 +339,9 @@ QCoro::Task<> Launch::erase(QPointer<Launch> self, std::stop_token stop)
     result.settingsLeft = Erasure::emptySettings(folders);
     Log::info(Log::Category::App, "Deleted all local data at user request: %ld stores, %ld stored secrets"_L1,
               {result.files.count, result.secrets.count});
-    self->showWaiting(u"All local data was deleted"_s,
-                      {.proceed = true, .report = Erasure::report(result, shortcutsFolder(folders))});
+    self->showWaiting(
+        u"All local data was deleted"_s,
+        {.proceed = true, .report = Erasure::report(result, self->m_desktop->hands.shortcuts.folder())});
 }
 
 bool Launch::hasPutAside() const

@@ -21,20 +21,10 @@ namespace morvane {
 class AppDelegate;
 class AppState;
 class DemoPlayer;
-class DesktopAppearance;
-struct DesktopAudio;
-struct LinuxHands;
-class DesktopSession;
-class LoginStarting;
-class GlobalShortcutBinding;
+struct DesktopServices;
 class MainWindowController;
-class NotificationPosting;
-class NotificationService;
-class ScreenCapturing;
-class ScreenLock;
 class StartupWindow;
 class Tray;
-class TrayIcon;
 class WindowEngine;
 
 // From the first line of the program to its window. The key to the person's data comes first, and a keyring
@@ -63,6 +53,7 @@ private:
     [[nodiscard]] StartupViewModel::Ways waysOn(KeychainState state);
     void showWaiting(const QString &sentence, const StartupViewModel::Ways &ways);
     void finish();
+    void connectDesktop();
     void eraseAll();
     void endErasure();
     static QCoro::Task<> erase(QPointer<Launch> self, std::stop_token stop);
@@ -79,19 +70,9 @@ private:
     SystemClock m_clock;
     Work m_work{m_clock};
     SecretKeeping m_secrets;
-    std::unique_ptr<DesktopAppearance> m_appearance;
-    std::unique_ptr<NotificationPosting> m_notificationPosting;
-    std::unique_ptr<NotificationService> m_notifications;
-    std::unique_ptr<ScreenLock> m_screenLock;
-    std::unique_ptr<DesktopAudio> m_audio;
-    std::unique_ptr<LinuxHands> m_hands;
-    std::unique_ptr<ScreenCapturing> m_screen; // null where the desktop shows none
-    std::unique_ptr<DesktopSession> m_session;
-    KeychainOpening m_opened; // with it the program was opened
-    std::unique_ptr<TrayIcon> m_trayIcon;
-    std::unique_ptr<LoginStarting> m_login; // null for a trial profile, which no session starts
-    std::unique_ptr<GlobalShortcutBinding> m_globalShortcuts; // null where the desktop has no keys to give
-    std::unique_ptr<StartupWindow> m_startupWindow;           // while the key is waited for
+    const std::unique_ptr<DesktopServices> m_desktop;
+    KeychainOpening m_opened;                       // with it the program was opened
+    std::unique_ptr<StartupWindow> m_startupWindow; // while the key is waited for
     std::unique_ptr<Alarm> m_patience;
     std::unique_ptr<WindowEngine> m_windowEngine; // until the window has it
     std::unique_ptr<AppState> m_state;

@@ -8,7 +8,7 @@
 #include "app/WindowIcon.h"
 #include "platform/linux/CrashHandler.h"
 #include "platform/linux/DesktopActivation.h"
-#include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/MachineBuses.h"
 #include "platform/linux/PortalIdentity.h"
 #include "platform/linux/ProcessPrivacy.h"
 #include "platform/linux/WaylandSession.h"
@@ -63,7 +63,7 @@ void describe(QGuiApplication &application)
     QFont font = QGuiApplication::font();
     font.setFamilies({font.family(), u"Noto Sans"_s, u"Noto Color Emoji"_s});
     application.setFont(font);
-    PortalIdentity::tell(DesktopNotifications::sessionBus());
+    PortalIdentity::tell(MachineBuses::session());
 }
 
 int run(QGuiApplication &application, CommandLine commandLine, const QString &activationToken)
@@ -78,8 +78,7 @@ int run(QGuiApplication &application, CommandLine commandLine, const QString &ac
     CrashHandler::install(CrashReportService::folderIn(commandLine.folders()), CrashReportService::kept);
     Launch launch(application, commandLine);
     // The name is the person's own profile's.
-    const DesktopActivation activation(commandLine.profile ? std::nullopt
-                                                           : DesktopNotifications::sessionBus());
+    const DesktopActivation activation(commandLine.profile ? std::nullopt : MachineBuses::session());
     QObject::connect(&activation, &DesktopActivation::asked, &launch, &Launch::take);
     QObject::connect(&instance, &RunningInstance::asked, &launch, &Launch::take);
     const TerminationSignals signalSource;

@@ -43,7 +43,6 @@ public:
     [[nodiscard]] const Columns &columns() const { return m_columns; }
 
     [[nodiscard]] QString filename() const { return opened(m_columns.sealedFilename); }
-    void setFilename(const QString &text) { assignSealed(m_columns.sealedFilename, text); }
 
     [[nodiscard]] const QString &fileExtension() const { return m_columns.fileExtension; }
     [[nodiscard]] std::int64_t fileSizeBytes() const { return m_columns.fileSizeBytes; }

@@ -32,7 +32,6 @@ public:
     void setString(const QString &key, const QString &value) { setValue(key, value); }
     void setBoolean(const QString &key, bool value) { setValue(key, value); }
     void setInteger(const QString &key, std::int64_t value) { setValue(key, value); }
-    void setReal(const QString &key, double value) { setValue(key, value); }
     void setData(const QString &key, const QByteArray &value) { setValue(key, value); }
     void setList(const QString &key, const QStringList &value) { setValue(key, value); }
 

@@ -77,7 +77,6 @@ public:
     [[nodiscard]] bool isMovingKey() const { return m_isMovingKey; }
     [[nodiscard]] const QString &unlockMessage() const { return m_unlockMessage; } // empty for none
     [[nodiscard]] const QString &setUpMessage() const { return m_setUpMessage; }   // empty for none
-    [[nodiscard]] const Signals &lastSignals() const { return m_signals; }
     // False where this desktop never says that nobody types.
     [[nodiscard]] bool tellsIdleTime() const { return m_tellsIdleTime; }
     // How long no further attempt begins, after wrong answers; zero for an attempt at once.

@@ -54,7 +54,6 @@ public:
     void injectProvider(std::shared_ptr<AIProvider> provider) { m_injectedProvider = std::move(provider); }
     void setHostLookup(HostPrivacy::Lookup lookup) { m_hosts.setLookup(std::move(lookup)); }
     void setSubnets(HostPrivacy::Subnets subnets) { m_hosts.setSubnets(std::move(subnets)); }
-    void setInventoryLookup(ModelInventory::Lookup lookup) { m_inventory.setLookup(std::move(lookup)); }
 
     // What is in use, and what a window says about it.
     [[nodiscard]] bool usesPrivateCloud() const;

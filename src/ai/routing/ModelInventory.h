@@ -5,7 +5,6 @@
 
 #include <QDateTime>
 
-#include <functional>
 #include <map>
 
 namespace morvane {
@@ -17,15 +16,11 @@ class ModelInventory {
 public:
     using Models = std::vector<OllamaModel>;
     using Answer = ProbeAnswer<Models>;
-    using Lookup = std::function<QCoro::Task<Answer>(QString baseURL, std::stop_token stop)>;
 
     static constexpr std::chrono::seconds keptFor{60};
 
     // Without probes no server lists any.
     ModelInventory(OllamaProbing *probes, Clock &clock);
-
-    // Takes the place of asking the server.
-    void setLookup(Lookup lookup) { m_lookup = std::move(lookup); }
 
     // Throws CancelledError.
     [[nodiscard]] QCoro::Task<Answer> of(QString baseURL, std::stop_token stop);
@@ -38,8 +33,8 @@ private:
         Answer answer;
     };
 
+    OllamaProbing *const m_probes; // may be null
     Clock &m_clock;
-    Lookup m_lookup;                  // may be empty
     std::map<QString, Known> m_known; // by server root
     Lifeline m_lifeline;
 };

@@ -1,5 +1,7 @@
 #include "platform/linux/DesktopAppearance.h"
 
+#include "platform/linux/MachineBuses.h"
+
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -22,13 +24,6 @@ const QString interface = u"org.freedesktop.portal.Settings"_s;
 const QString group = u"org.freedesktop.appearance"_s;
 // The process can be looked at meanwhile, so not for as long as a call may take.
 constexpr int patienceMilliseconds = 3000;
-
-// Asking for the session bus where none is named would start one.
-QDBusConnection busOfTheSession()
-{
-    return qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS") ? QDBusConnection(u"none"_s)
-                                                                   : QDBusConnection::sessionBus();
-}
 
 bool isOne(const QVariant &value)
 {
@@ -69,7 +64,7 @@ DesktopLook with(DesktopLook look, const QString &key, const QVariant &value)
 } // namespace
 
 DesktopAppearance::DesktopAppearance(QObject *parent)
-    : DesktopAppearance(busOfTheSession(), parent)
+    : DesktopAppearance(MachineBuses::session().value_or(QDBusConnection(u"none"_s)), parent)
 {}
 
 DesktopAppearance::DesktopAppearance(QDBusConnection bus, QObject *parent)

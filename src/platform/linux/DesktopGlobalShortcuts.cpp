@@ -1,7 +1,7 @@
 #include "platform/linux/DesktopGlobalShortcuts.h"
 
 #include "platform/linux/DesktopKind.h"
-#include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/MachineBuses.h"
 #include "platform/linux/PortalGlobalShortcuts.h"
 #include "platform/linux/X11GlobalShortcuts.h"
 
@@ -19,7 +19,7 @@ std::unique_ptr<GlobalShortcutBinding> globalShortcutsOfTheDesktop()
         return nullptr; // no desktop at all
     if (isX11 && !DesktopKind::isWayland())
         return std::make_unique<X11GlobalShortcuts>();
-    if (const auto bus = DesktopNotifications::sessionBus())
+    if (const auto bus = MachineBuses::session())
         return std::make_unique<PortalGlobalShortcuts>(*bus);
     return nullptr;
 }

@@ -43,13 +43,6 @@ QDBusMessage closingOf(const QString &server, uint id)
 
 } // namespace
 
-std::optional<QDBusConnection> DesktopNotifications::sessionBus()
-{
-    if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
-        return std::nullopt;
-    return QDBusConnection::sessionBus();
-}
-
 DesktopNotifications::DesktopNotifications(std::optional<QDBusConnection> bus, const QString &numbers,
                                            QObject *parent)
     : NotificationPosting(parent)

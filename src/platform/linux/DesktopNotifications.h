@@ -20,13 +20,10 @@ namespace morvane {
 class DesktopNotifications final : public NotificationPosting, protected QDBusContext {
     Q_OBJECT
 public:
-    // The session's bus; none where the session names none, since asking for it would start one.
-    [[nodiscard]] static std::optional<QDBusConnection> sessionBus();
-
-    // `numbers` is a file that goes with the session. It holds what the server calls what is shown, so that
-    // the run after a killed one takes that back; empty for none.
-    explicit DesktopNotifications(std::optional<QDBusConnection> bus = sessionBus(),
-                                  const QString &numbers = {}, QObject *parent = nullptr);
+    // `bus` is the session's. `numbers` is a file that goes with the session. It holds what the server calls
+    // what is shown, so that the run after a killed one takes that back; empty for none.
+    explicit DesktopNotifications(std::optional<QDBusConnection> bus, const QString &numbers = {},
+                                  QObject *parent = nullptr);
     ~DesktopNotifications() override; // nobody would hear a click any more: what is shown is taken back
 
     void post(const DesktopNotice &notice) override;

@@ -1,7 +1,7 @@
 #include "platform/linux/DesktopScreen.h"
 
 #include "platform/linux/DesktopKind.h"
-#include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/MachineBuses.h"
 #include "platform/linux/PortalScreenCapture.h"
 #include "platform/linux/X11ScreenCapture.h"
 
@@ -18,7 +18,7 @@ std::unique_ptr<ScreenCapturing> screenOfTheDesktop(Clock &clock, Work &work)
         return std::make_unique<X11ScreenCapture>(work);
     if (!isX11 && !DesktopKind::isWayland())
         return nullptr; // no desktop at all
-    if (const auto bus = DesktopNotifications::sessionBus())
+    if (const auto bus = MachineBuses::session())
         return std::make_unique<PortalScreenCapture>(*bus, clock, work);
     return nullptr;
 }

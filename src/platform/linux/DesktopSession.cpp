@@ -3,29 +3,12 @@
 #include "platform/linux/Displays.h"
 #include "platform/linux/IdleInput.h"
 #include "platform/linux/LoginSession.h"
+#include "platform/linux/MachineBuses.h"
 #include "platform/linux/ScreenSavers.h"
 
 #include <algorithm>
 
 namespace morvane {
-
-namespace {
-
-std::optional<QDBusConnection> connected(const QDBusConnection &bus)
-{
-    return bus.isConnected() ? std::optional(bus) : std::nullopt;
-}
-
-} // namespace
-
-// Asking for the session bus where none is named would start one.
-DesktopSession::Buses DesktopSession::buses()
-{
-    return {.session = qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS")
-                           ? std::nullopt
-                           : connected(QDBusConnection::sessionBus()),
-            .system = connected(QDBusConnection::systemBus())};
-}
 
 DesktopSession::DesktopSession(QObject *parent)
     : SessionSignaling(parent)
@@ -43,7 +26,7 @@ void DesktopSession::startWatching()
     if (m_sources)
         return;
     if (!m_buses)
-        m_buses = buses();
+        m_buses = {MachineBuses::session(), MachineBuses::system()};
     m_sources = std::make_unique<Sources>();
     if (m_buses->system)
         m_sources->login = std::make_unique<LoginSession>(*m_buses->system);

@@ -23,9 +23,6 @@ public:
         std::optional<QDBusConnection> system;
     };
 
-    // Those of this machine, where they are.
-    [[nodiscard]] static Buses buses();
-
     explicit DesktopSession(QObject *parent = nullptr);
     explicit DesktopSession(Buses buses, QObject *parent = nullptr);
     ~DesktopSession() override;

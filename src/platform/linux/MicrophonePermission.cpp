@@ -1,5 +1,6 @@
 #include "platform/linux/MicrophonePermission.h"
 
+#include "platform/linux/MachineBuses.h"
 #include "platform/linux/PortalCall.h"
 
 #include <QCoreApplication>
@@ -31,14 +32,6 @@ Reach reachOf(const QString &description)
     return Reach::noSound;
 }
 
-std::optional<QDBusConnection> sessionBus()
-{
-    if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
-        return std::nullopt;
-    const auto bus = QDBusConnection::sessionBus();
-    return bus.isConnected() ? std::optional(bus) : std::nullopt;
-}
-
 } // namespace
 
 MicrophonePermission::MicrophonePermission(Places places)
@@ -66,7 +59,7 @@ AudioPermitting::States MicrophonePermission::states() const
 // server by the person's leave then.
 QCoro::Task<PermissionState> MicrophonePermission::requestMicrophone(std::stop_token stop)
 {
-    const auto bus = m_places.bus ? m_places.bus : sessionBus();
+    const auto bus = m_places.bus ? m_places.bus : MachineBuses::session();
     PortalCall::Answer answer{.end = End::noPortal};
     if (bus) {
         const PortalCall::Question question{

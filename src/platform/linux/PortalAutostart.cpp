@@ -2,7 +2,7 @@
 
 #include "platform/linux/AutostartEntry.h"
 #include "platform/linux/DesktopKind.h"
-#include "platform/linux/DesktopNotifications.h"
+#include "platform/linux/MachineBuses.h"
 #include "platform/linux/PortalCall.h"
 #include "utils/files/PrivateFile.h"
 
@@ -63,7 +63,7 @@ void PortalAutostart::keep(bool isOn)
 std::unique_ptr<LoginStarting> loginOfTheDesktop(const QString &configFolder, const QString &stateFolder,
                                                  const QString &program)
 {
-    const auto bus = DesktopNotifications::sessionBus();
+    const auto bus = MachineBuses::session();
     if (bus && DesktopKind::isSandboxed())
         return std::make_unique<PortalAutostart>(*bus, stateFolder);
     return std::make_unique<AutostartEntry>(configFolder, program);

@@ -6,7 +6,6 @@
 
 #include <QFile>
 
-#include <cstdlib>
 #include <stdexcept>
 
 namespace morvane {
@@ -102,8 +101,6 @@ Work ModelPull::playHalfWay()
         m_around.folder.note({{u"event"_s, u"held"_s}});
         co_await m_exchange.hold(m_around.holdPoint);
     }
-    if (plays("pull-dies"_L1))
-        std::_Exit(2);
     m_wasCut = plays("pull-cut"_L1) && !m_around.folder.wasMarked(u"cut"_s);
     if (m_wasCut)
         m_exchange.cut();

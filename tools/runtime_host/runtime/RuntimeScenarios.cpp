@@ -24,7 +24,6 @@ constexpr RuntimeScenarios::Kind all[]{
     {"lost-key-once"_L1, "makes no identity key in its first run"_L1},
     {"pull-error"_L1, "a pull ends in an error line"_L1},
     {"pull-cut"_L1, "the connection of a pull ends half way"_L1},
-    {"pull-dies"_L1, "the runtime ends half way through a pull"_L1},
     {"pull-held"_L1, "a pull waits half way for POST /go-on"_L1},
     {"pull-wrong-layer"_L1, "a layer turns out to be another than it should be"_L1},
     {"pull-lines"_L1, "a pull of more than 50,000 lines"_L1},
