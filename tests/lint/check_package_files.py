@@ -63,6 +63,15 @@ def forgotten(folder):
     yield from (f"debian/control builds without {package}" for package in sorted(set(needed) - set(named)))
 
 
+def colourless(folder):
+    """Plasma draws in the colour of its panel only what has this class; another drawing is dark on a dark one."""
+    for file in sorted(folder.glob("icons/*-symbolic.svg")):
+        style, *shapes = list(Xml.parse(file).getroot())
+        painted = all(shape.get("class") == "ColorScheme-Text" and shape.get("fill") == "currentColor" for shape in shapes)
+        if style.get("id") != "current-color-scheme" or not shapes or not painted:
+            yield f"{file} isn't painted in the panel's colour"
+
+
 def complaint(command):
     run = subprocess.run(command, capture_output=True, text=True)
     if command[0] == "appstreamcli":  # newer ones want a homepage, which there is not
@@ -86,7 +95,7 @@ def main(folder, version, programs):
     commands += [["man", "--warnings", "-l", "-Tutf8", page] for page in sorted(folder.glob("man/*.1"))]
     commands += [[file.suffix[1:], "-n", file] for file in sorted(folder.glob("completions/*"))]
     findings = [*differences(folder, programs), *metainfo(folder / f"{ID}.metainfo.xml", version),
-                *forgotten(folder), *validated(commands)]
+                *forgotten(folder), *colourless(folder), *validated(commands)]
     print("\n".join(findings), end="\n" if findings else "")
     return 1 if findings else 0
 
