@@ -63,6 +63,8 @@ public:
 
     QStringList told;
     QString session;
+    QStringList open;             // the sessions
+    bool bindsAtOnce = false;     // as Plasma 5 does
     uint answer = 0;              // 0: the person says yes
     bool hasIt = true;            // whether there are shortcuts here at all
     QString others = u"Meta+V"_s; // what it binds, whatever was asked for; empty for nothing
@@ -79,31 +81,50 @@ private:
         } else if (!hasIt) {
             return false;
         } else if (call.member() == "CreateSession"_L1) {
-            const auto options = qdbus_cast<QVariantMap>(call.arguments().at(0));
-            QString sender = call.service().mid(1);
-            session = object + u"/session/"_s + sender.replace(u'.', u'_') + u'/' +
-                      options.value(u"session_handle_token"_s).toString();
-            respond(call, from, options, {{u"session_handle"_s, session}}, 0);
+            begin(call, from);
         } else if (call.member() == "BindShortcuts"_L1) {
-            const auto wishes = call.arguments().at(1).value<QDBusArgument>();
-            QList<Bound> made;
-            wishes.beginArray();
-            while (!wishes.atEnd()) {
-                QString id;
-                QVariantMap about;
-                wishes.beginStructure();
-                wishes >> id >> about;
-                wishes.endStructure();
-                made.append({id, {{u"trigger_description"_s, others}}});
-                told.last() += u' ' + id + u'=' + about.value(u"preferred_trigger"_s).toString();
-            }
-            wishes.endArray();
-            respond(call, from, qdbus_cast<QVariantMap>(call.arguments().at(3)),
-                    {{u"shortcuts"_s, QVariant::fromValue(made)}}, answer);
+            const QVariant made = bound(call.arguments().at(1).value<QDBusArgument>());
+            respond(call, from, qdbus_cast<QVariantMap>(call.arguments().at(3)), {{u"shortcuts"_s, made}},
+                    answer);
         } else {
+            if (call.member() == "Close"_L1)
+                open.removeOne(call.path());
             from.send(call.createReply());
         }
         return true;
+    }
+
+    // A name is one session's at a time.
+    void begin(const QDBusMessage &call, const QDBusConnection &from)
+    {
+        const auto options = qdbus_cast<QVariantMap>(call.arguments().at(0));
+        QString sender = call.service().mid(1);
+        session = object + u"/session/"_s + sender.replace(u'.', u'_') + u'/' +
+                  options.value(u"session_handle_token"_s).toString();
+        if (open.contains(session))
+            return respond(call, from, options, {}, 2);
+        open += session;
+        QVariantMap results{{u"session_handle"_s, session}};
+        if (bindsAtOnce)
+            results.insert(u"shortcuts"_s, bound(options.value(u"shortcuts"_s).value<QDBusArgument>()));
+        respond(call, from, options, results, 0);
+    }
+
+    QVariant bound(const QDBusArgument &wishes)
+    {
+        QList<Bound> made;
+        wishes.beginArray();
+        while (!wishes.atEnd()) {
+            QString id;
+            QVariantMap about;
+            wishes.beginStructure();
+            wishes >> id >> about;
+            wishes.endStructure();
+            made.append({id, {{u"trigger_description"_s, others}}});
+            told.last() += u' ' + id + u'=' + about.value(u"preferred_trigger"_s).toString();
+        }
+        wishes.endArray();
+        return QVariant::fromValue(made);
     }
 
     static void respond(const QDBusMessage &call, const QDBusConnection &from, const QVariantMap &options,
@@ -190,6 +211,7 @@ TEST_F(PortalGlobalShortcutsTest, WhatTheDesktopOrThePersonRefusesIsSaid)
         bindBoth();
         EXPECT_EQ(state(), State::refused) << "it was given no key";
         portal.others = u"F13"_s;
+        portal.answer = 2; // and yet it tells keys
         bindBoth();
         EXPECT_EQ(state(), State::bound);
         portal.activate(u"Activated"_s, u"hold-to-talk"_s);
@@ -201,6 +223,35 @@ TEST_F(PortalGlobalShortcutsTest, WhatTheDesktopOrThePersonRefusesIsSaid)
     TestWait::until([this] { return state() == State::bound; });
     next.close();
     TestWait::until([this] { return state() == State::refused; });
+}
+
+TEST_F(PortalGlobalShortcutsTest, APortalThatBindsWithTheSessionIsNotAskedAgainAndKnowsItByItsName)
+{
+    Portal portal(m_bus.connection(), 1);
+    portal.bindsAtOnce = true;
+    bindBoth();
+    EXPECT_EQ(portal.told.last(), u"CreateSession show-window=CTRL+SHIFT+space hold-to-talk=F13"_s);
+    EXPECT_EQ(m_keys.binding(GlobalShortcut::talk),
+              (GlobalShortcutBinding::Binding{State::bound, u"Meta+V"_s}));
+    const QString name = portal.session.section(u'/', -1);
+    PortalGlobalShortcuts next(m_bus.connection());
+    next.bind({{GlobalShortcut::chat, QKeyCombination(Qt::Key_F14), u"Show"_s}});
+    TestWait::until([&] { return next.binding(GlobalShortcut::chat).state == State::bound; });
+    EXPECT_EQ(portal.session.section(u'/', -1), name);
+}
+
+TEST_F(PortalGlobalShortcutsTest, WhatIsWishedForMeanwhileIsAskedForOnceTheSessionIsThere)
+{
+    Portal portal(m_bus.connection());
+    bindBoth();
+    bindBoth();
+    EXPECT_EQ(state(), State::bound);
+    m_keys.bind({{GlobalShortcut::talk, QKeyCombination(Qt::Key_F13), u"Talk"_s}});
+    m_keys.release();
+    m_keys.bind({{GlobalShortcut::talk, QKeyCombination(Qt::Key_F14), u"Talk"_s}});
+    TestWait::until([this] { return state() != State::waiting; });
+    EXPECT_EQ(portal.told.last(), u"BindShortcuts hold-to-talk=F14"_s);
+    EXPECT_EQ(portal.open.size(), 1);
 }
 
 TEST_F(PortalGlobalShortcutsTest, ADesktopWithoutThemSaysSo)

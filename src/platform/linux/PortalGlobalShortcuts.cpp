@@ -7,6 +7,7 @@
 #include <QDBusArgument>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
+#include <QDBusPendingCall>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
@@ -46,6 +47,10 @@ const QString shortcutsInterface = u"org.freedesktop.portal.GlobalShortcuts"_s;
 const QString sessions = u"org.freedesktop.portal.Session"_s;
 const QString bus = u"org.freedesktop.DBus"_s;
 constexpr uint showsSettings = 2; // the version from which on the portal can
+constexpr int replyMilliseconds = 5000;
+// A portal that isn't told who asks keeps the keys by this name, which the person sees in the desktop's
+// settings.
+const QString sessionName = Product::name;
 
 QString idOf(GlobalShortcut shortcut)
 {
@@ -59,6 +64,11 @@ std::optional<GlobalShortcut> shortcutOf(const QString &id)
             return each;
     }
     return std::nullopt;
+}
+
+bool namesAny(const QVariant &shortcuts)
+{
+    return shortcuts.canConvert<QDBusArgument>() && !qdbus_cast<QList<PortalShortcut>>(shortcuts).isEmpty();
 }
 
 QDBusMessage callOf(const QString &interface, const QString &method, const QVariantList &arguments)
@@ -88,29 +98,25 @@ PortalGlobalShortcuts::PortalGlobalShortcuts(QDBusConnection connection, QObject
 
 PortalGlobalShortcuts::~PortalGlobalShortcuts()
 {
-    closeSession();
+    if (!m_session.isEmpty())
+        closeSession();
 }
 
 void PortalGlobalShortcuts::bind(const std::vector<Wish> &wishes)
 {
-    release();
+    letGo();
+    ++m_round;
     m_wishes = wishes;
-    if (m_wishes.empty())
-        return Q_EMIT changed();
     setAll(State::waiting);
     if (m_isIntroduced)
-        open();
-    else
+        renew();
+    else if (!m_wishes.empty())
         introduce();
 }
 
 void PortalGlobalShortcuts::release()
 {
-    letGo();
-    delete m_call;
-    closeSession();
-    m_wishes.clear();
-    m_bindings.clear();
+    bind({});
 }
 
 // A portal knows a program that was not packaged for a sandbox only once it has said its name, and must be
@@ -120,15 +126,13 @@ void PortalGlobalShortcuts::introduce()
     const auto call = callOf(u"org.freedesktop.host.portal.Registry"_s, u"Register"_s,
                              {QString(Product::desktopId), QVariantMap()});
     auto visible = std::make_shared<ProcessPrivacy::Pause>();
-    constexpr int patienceMilliseconds = 5000;
-    auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call, patienceMilliseconds), this);
+    auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call, replyMilliseconds), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, visible]() mutable {
         watcher->deleteLater();
         visible.reset();
         m_isIntroduced = true;
         askVersion();
-        if (!m_wishes.empty())
-            open();
+        renew();
     });
 }
 
@@ -146,42 +150,81 @@ void PortalGlobalShortcuts::askVersion()
     });
 }
 
+// A name is one session's at a time. What is wished for by the time that one is there or has gone is asked
+// for then.
+void PortalGlobalShortcuts::renew()
+{
+    if (m_isRenewing)
+        return;
+    delete m_call;
+    if (m_session.isEmpty())
+        return open();
+    m_isRenewing = true;
+    auto *watcher = new QDBusPendingCallWatcher(closeSession(), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        m_isRenewing = false;
+        open();
+    });
+}
+
+// The wishes go along for Plasma 5, which binds them here, and at the next step only opens its settings, each
+// time. Later portals don't look at them.
 void PortalGlobalShortcuts::open()
 {
-    delete m_call;
-    const QString token = PortalCall::newToken();
-    m_session =
-        PortalCall::pathOf(m_bus, u"session", token); // also for one that is no longer wanted when it comes
+    if (m_wishes.empty())
+        return;
+    m_isRenewing = true;
+    m_session = PortalCall::pathOf(m_bus, u"session", sessionName);
     m_call = new PortalCall(
-        m_bus, shortcutsInterface, u"CreateSession"_s, {}, {{u"session_handle_token"_s, token}},
-        [this](const PortalCall::Answer &answer) {
+        m_bus, shortcutsInterface, u"CreateSession"_s, {},
+        {{u"session_handle_token"_s, sessionName}, {u"shortcuts"_s, wishes()}},
+        [this, round = m_round](const PortalCall::Answer &answer) {
+            m_isRenewing = false;
             if (answer.end == PortalCall::End::done)
-                bindIn(answer.results, answer.portal);
+                begin(answer.results, answer.portal);
+            if (round != m_round)
+                renew();
+            else if (answer.end == PortalCall::End::done)
+                bindIn(answer.results.value(u"shortcuts"_s));
             else
                 setAll(answer.end == PortalCall::End::noPortal ? State::unavailable : State::refused);
         },
         this);
 }
 
-void PortalGlobalShortcuts::bindIn(const QVariantMap &results, const QString &portal)
+void PortalGlobalShortcuts::begin(const QVariantMap &results, const QString &portal)
 {
     m_portal = portal;
     const QVariant handle = results.value(u"session_handle"_s); // a text in old portals
     m_session =
         handle.canConvert<QDBusObjectPath>() ? handle.value<QDBusObjectPath>().path() : handle.toString();
     m_bus.connect({}, m_session, sessions, u"Closed"_s, this, SLOT(sessionClosed(QDBusMessage)));
+}
+
+QVariant PortalGlobalShortcuts::wishes() const
+{
     QList<PortalShortcut> wishes;
     for (const Wish &wish : m_wishes)
         wishes.append(
             {idOf(wish.shortcut), QVariantMap{{u"description"_s, wish.purpose},
                                               {u"preferred_trigger"_s, KeySymbols::trigger(wish.keys)}}});
-    const QVariantList arguments{QVariant::fromValue(QDBusObjectPath(m_session)), QVariant::fromValue(wishes),
-                                 QString()};
+    return QVariant::fromValue(wishes);
+}
+
+// `bound` is what the session began with. GNOME 48 answers that it failed where it has bound the keys.
+void PortalGlobalShortcuts::bindIn(const QVariant &bound)
+{
+    if (namesAny(bound))
+        return take(bound);
+    const QVariantList arguments{QVariant::fromValue(QDBusObjectPath(m_session)), wishes(), QString()};
     m_call = new PortalCall(
         m_bus, shortcutsInterface, u"BindShortcuts"_s, arguments, {},
         [this](const PortalCall::Answer &answer) {
-            if (answer.end == PortalCall::End::done)
-                take(answer.results.value(u"shortcuts"_s));
+            const QVariant shortcuts = answer.results.value(u"shortcuts"_s);
+            const bool isBoundAllTheSame = answer.end == PortalCall::End::declined && namesAny(shortcuts);
+            if (answer.end == PortalCall::End::done || isBoundAllTheSame)
+                take(shortcuts);
             else
                 setAll(State::refused);
         },
@@ -290,15 +333,13 @@ void PortalGlobalShortcuts::letGo()
         Q_EMIT released(shortcut);
 }
 
-void PortalGlobalShortcuts::closeSession()
+QDBusPendingCall PortalGlobalShortcuts::closeSession()
 {
-    if (m_session.isEmpty())
-        return;
     auto close = QDBusMessage::createMethodCall(PortalCall::service, m_session, sessions, u"Close"_s);
     close.setAutoStartService(false);
-    m_bus.send(close);
     m_session.clear();
     m_portal.clear();
+    return m_bus.asyncCall(close, replyMilliseconds);
 }
 
 } // namespace morvane

@@ -10,6 +10,7 @@
 #include <map>
 
 class QDBusMessage;
+class QDBusPendingCall;
 
 namespace morvane {
 
@@ -41,18 +42,23 @@ private Q_SLOTS:
 private:
     void introduce();
     void askVersion();
+    void renew();
     void open();
-    void bindIn(const QVariantMap &results, const QString &portal);
+    void begin(const QVariantMap &results, const QString &portal);
+    [[nodiscard]] QVariant wishes() const;
+    void bindIn(const QVariant &bound);
     void take(const QVariant &shortcuts);
     void setAll(State state);
     void letGo();
-    void closeSession();
+    QDBusPendingCall closeSession();
     [[nodiscard]] bool isOfSession(const QDBusMessage &signal) const;
 
     QDBusConnection m_bus;
     std::vector<Wish> m_wishes;
+    int m_round = 0;                              // of wishes
     std::map<GlobalShortcut, Binding> m_bindings; // of what is wished for
     bool m_isIntroduced = false;
+    bool m_isRenewing = false;   // a session comes or goes
     uint m_version = 0;          // of the portal's interface; 0: unknown
     QPointer<PortalCall> m_call; // the one that is under way
     QString m_portal;            // its unique name; empty without a session
