@@ -17,8 +17,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-using Groups = QMap<QString, QVariantMap>;
-
 const QString group = u"org.freedesktop.appearance"_s;
 
 QVariant colour(double red, double green, double blue)
@@ -30,17 +28,31 @@ QVariant colour(double red, double green, double blue)
     return QVariant::fromValue(argument);
 }
 
+// As portals tell them, which have one answer from each of their backends and put the one that counts first.
+QVariant answers()
+{
+    QDBusArgument argument;
+    argument.beginMap(QMetaType::fromType<QString>(), QMetaType::fromType<QVariantMap>());
+    for (const auto &[name, values] :
+         {std::pair{u"org.gnome.desktop.interface"_s, QVariantMap{{u"color-scheme"_s, 0U}}},
+          std::pair{group, QVariantMap{{u"color-scheme"_s, 1U}, {u"accent-color"_s, colour(0.2, 0.5, 1)}}},
+          std::pair{group, QVariantMap{{u"color-scheme"_s, 0U}, {u"contrast"_s, 1U}}}}) {
+        argument.beginMapEntry();
+        argument << name << values;
+        argument.endMapEntry();
+    }
+    argument.endMap();
+    return QVariant::fromValue(argument);
+}
+
 TEST(DesktopAppearanceTest, TakesThePortalsWordAtTheStartAndLaterAndNobodyElses)
 {
-    qDBusRegisterMetaType<Groups>();
     PrivateBus bus;
-    PlayedService portal(
-        bus.connection(), u"org.freedesktop.portal.Desktop"_s,
-        [](const QDBusMessage &call, const QDBusConnection &on) {
-            EXPECT_EQ(call.member(), u"ReadAll"_s);
-            const Groups all{{group, {{u"color-scheme"_s, 1U}, {u"accent-color"_s, colour(0.2, 0.5, 1)}}}};
-            return on.send(call.createReply(QVariant::fromValue(all)));
-        });
+    PlayedService portal(bus.connection(), u"org.freedesktop.portal.Desktop"_s,
+                         [](const QDBusMessage &call, const QDBusConnection &on) {
+                             EXPECT_EQ(call.member(), u"ReadAll"_s);
+                             return on.send(call.createReply(answers()));
+                         });
     PlayedService stranger(bus.connection(), u"org.example.Stranger"_s,
                            [](const auto &, const auto &) { return false; });
     DesktopAppearance appearance(bus.connection());
@@ -52,11 +64,14 @@ TEST(DesktopAppearanceTest, TakesThePortalsWordAtTheStartAndLaterAndNobodyElses)
         who.tell(u"/org/freedesktop/portal/desktop"_s, u"org.freedesktop.portal.Settings"_s,
                  u"SettingChanged"_s, {of, key, QVariant::fromValue(QDBusVariant(value))});
     };
-    DesktopLook look{.isDark = true, .accent = std::array{0.2, 0.5, 1.0}};
+    DesktopLook look{.isDark = true, .hasHighContrast = true, .accent = std::array{0.2, 0.5, 1.0}};
     becomes(look);
 
     say(stranger, group, u"color-scheme"_s, 2U);
     say(portal, u"org.gnome.desktop.interface"_s, u"color-scheme"_s, 0U);
+    say(portal, group, u"contrast"_s, 0U);
+    look.hasHighContrast = false;
+    becomes(look);
     say(portal, group, u"contrast"_s, 1U);
     look.hasHighContrast = true;
     becomes(look);

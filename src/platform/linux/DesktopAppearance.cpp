@@ -47,6 +47,26 @@ std::optional<std::array<double, 3>> colourIn(const QVariant &value)
     return isColour ? std::optional(parts) : std::nullopt;
 }
 
+// A portal with several backends tells the same group once of each, and means the first that has a value.
+QVariantMap valuesIn(const QDBusArgument &groups)
+{
+    QVariantMap values;
+    groups.beginMap();
+    while (!groups.atEnd()) {
+        QString name;
+        QVariantMap told;
+        groups.beginMapEntry();
+        groups >> name >> told;
+        groups.endMapEntry();
+        if (name == group) {
+            told.insert(values);
+            values = told;
+        }
+    }
+    groups.endMap();
+    return values;
+}
+
 // The look with one key's new value. An unknown key changes nothing.
 DesktopLook with(DesktopLook look, const QString &key, const QVariant &value)
 {
@@ -89,9 +109,7 @@ void DesktopAppearance::ask()
         const QDBusMessage reply = watcher->reply();
         if (watcher->isError() || reply.signature() != u"a{sa{sv}}"_s)
             return;
-        const auto groups =
-            qdbus_cast<QMap<QString, QVariantMap>>(reply.arguments().constFirst().value<QDBusArgument>());
-        const QVariantMap values = groups.value(group);
+        const QVariantMap values = valuesIn(reply.arguments().constFirst().value<QDBusArgument>());
         DesktopLook look = m_look;
         for (auto value = values.begin(); value != values.end(); ++value)
             look = with(look, value.key(), value.value());
