@@ -8,7 +8,9 @@
 #include "support/PrivateBus.h"
 
 #include <QDBusContext>
+#include <QDBusMetaType>
 #include <QDBusObjectPath>
+#include <QDBusVariant>
 #include <QFile>
 #include <QGuiApplication>
 #include <QRasterWindow>
@@ -71,6 +73,34 @@ private:
     QDBusConnection m_bus;
 };
 
+// Where the desktop keeps what the person allows.
+class FakeStore : public QObject, protected QDBusContext {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.impl.portal.PermissionStore")
+
+public:
+    explicit FakeStore(QDBusConnection bus)
+    {
+        qDBusRegisterMetaType<Programs>();
+        bus.registerObject(u"/org/freedesktop/impl/portal/PermissionStore"_s, this,
+                           QDBusConnection::ExportAllSlots);
+        bus.registerService(u"org.freedesktop.impl.portal.PermissionStore"_s);
+    }
+
+    using Programs = QMap<QString, QStringList>;
+    Programs programs;
+
+public Q_SLOTS:
+    void Lookup(const QString &table, const QString &id, const QDBusMessage &call)
+    {
+        setDelayedReply(true);
+        const bool isThere = table == "screenshot"_L1 && id == "screenshot"_L1 && !programs.isEmpty();
+        connection().send(
+            isThere ? call.createReply({QVariant::fromValue(programs), QVariant::fromValue(QDBusVariant(0))})
+                    : call.createErrorReply(u"org.freedesktop.portal.Error.NotFound"_s, id));
+    }
+};
+
 class PortalScreenCaptureTest : public testing::Test {
 protected:
     PortalScreenCaptureTest()
@@ -88,6 +118,7 @@ protected:
         outcome = std::make_shared<TestWait::Outcome<Picture>>();
         portal.request.clear();
         TestWait::collect(capture.capture(stop.get_token()), outcome);
+        TestWait::until([&] { return !window.isVisible() || outcome->done; });
         EXPECT_TRUE(portal.request.isEmpty()) << "not before the desktop had time to hide the window";
         clock.advance(PortalScreenCapture::timeToHide);
         TestWait::until([&] { return !portal.request.isEmpty() || outcome->done; });
@@ -145,6 +176,48 @@ TEST_F(PortalScreenCaptureTest, WhatThePersonAgreedToIsReadAndItsFileRemoved)
         EXPECT_EQ(picture.form, ScreenPicture::Form::file);
         EXPECT_LT(picture.part.width(), 1) << "the test's desktop has two displays";
         EXPECT_FALSE(QFile::exists(path));
+    }
+}
+
+TEST_F(PortalScreenCaptureTest, WhatThePersonHasYetToAllowIsAskedForInTheirSightOnce)
+{
+    FakeStore store(theirs);
+    const auto begin = [this] {
+        outcome = std::make_shared<TestWait::Outcome<Picture>>();
+        portal.request.clear();
+        TestWait::collect(capture.capture(stop.get_token()), outcome);
+        TestWait::until([&] { return !portal.request.isEmpty(); });
+        EXPECT_TRUE(window.isVisible()) << "the desktop asks only for the program in front";
+    };
+    begin();
+    portal.answer(1, {});
+    EXPECT_EQ(ends(), Reason::refused);
+    store.programs = {{u"org.example.Other"_s, {u"yes"_s}}};
+    begin();
+    const QString first = file("with our window");
+    portal.answer(0, first);
+    portal.request.clear();
+    TestWait::until([&] { return !window.isVisible(); });
+    EXPECT_FALSE(QFile::exists(first));
+    clock.advance(PortalScreenCapture::timeToHide);
+    TestWait::until([&] { return !portal.request.isEmpty(); });
+    portal.answer(0, file("without it"));
+    EXPECT_EQ(ends(), std::nullopt);
+    EXPECT_EQ((**outcome->value).bytes.view(), "without it");
+
+    // From then on, and where a former run was told.
+    PortalScreenCapture next{bus.connection(), clock, work};
+    store.programs.insert(u"ai.morvane.MorvaneGPT"_s, {u"yes"_s});
+    for (PortalScreenCapture *each : {&capture, &next}) {
+        outcome = std::make_shared<TestWait::Outcome<Picture>>();
+        portal.request.clear();
+        TestWait::collect(each->capture(stop.get_token()), outcome);
+        TestWait::until([&] { return !window.isVisible(); });
+        EXPECT_TRUE(portal.request.isEmpty());
+        clock.advance(PortalScreenCapture::timeToHide);
+        TestWait::until([&] { return !portal.request.isEmpty(); });
+        portal.answer(0, file("without it"));
+        EXPECT_EQ(ends(), std::nullopt);
     }
 }
 

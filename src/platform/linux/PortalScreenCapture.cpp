@@ -2,11 +2,17 @@
 
 #include "async/Work.h"
 #include "documents/DocumentFile.h"
+#include "platform/linux/DesktopKind.h"
 #include "platform/linux/OwnWindows.h"
 #include "platform/linux/PortalScreenshot.h"
+#include "utils/text/Product.h"
 
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
 #include <QFile>
 #include <QGuiApplication>
+#include <QMap>
 #include <QScreen>
 
 #include <optional>
@@ -43,6 +49,29 @@ QRectF partOf(const QScreen &display)
         return {0, 0, 1, 1};
     return {(own.x() - all.x()) / all.width(), (own.y() - all.y()) / all.height(), own.width() / all.width(),
             own.height() / all.height()};
+}
+
+// Whether the desktop knows already what the person allows. Taken for granted where it keeps no such list; a
+// sandbox doesn't let us look.
+SharedResult<bool> theirWord(const QDBusConnection &bus)
+{
+    const QString store = u"org.freedesktop.impl.portal.PermissionStore"_s;
+    auto call = QDBusMessage::createMethodCall(store, u"/org/freedesktop/impl/portal/PermissionStore"_s,
+                                               store, u"Lookup"_s);
+    call.setArguments({u"screenshot"_s, u"screenshot"_s});
+    constexpr int patienceMilliseconds = 3000;
+    SharedResult<bool> word;
+    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, patienceMilliseconds));
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, word]() mutable {
+        watcher->deleteLater();
+        const QDBusMessage reply = watcher->reply();
+        const bool isUnknown = reply.errorName() == "org.freedesktop.portal.Error.NotFound"_L1;
+        if (watcher->isError() || !reply.signature().startsWith("a{sas}"_L1))
+            return word.resolve(!isUnknown && !DesktopKind::isSandboxed());
+        const auto programs = qdbus_cast<QMap<QString, QStringList>>(reply.arguments().constFirst());
+        word.resolve(programs.contains(Product::desktopId));
+    });
+    return word;
 }
 
 // Ends the question on every way out.
@@ -100,12 +129,29 @@ QCoro::Task<Picture> PortalScreenCapture::capture(std::stop_token stop)
     co_return taken;
 }
 
+// A desktop that asks the person does so once, and may ask only for the program that they look at: GNOME
+// does.
 QCoro::Task<QString> PortalScreenCapture::pictureFile(std::stop_token stop)
 {
+    if (!m_hasTheirWord) {
+        const SharedResult<bool> word = theirWord(m_bus);
+        m_hasTheirWord = co_await word.wait(stop);
+    }
+    if (!m_hasTheirWord) {
+        const QString withOurWindows = co_await askedFor(stop);
+        QFile::remove(withOurWindows);
+        m_hasTheirWord = true;
+    }
     const OwnWindows::Hidden hidden;
     if (hidden.isNeeded()) {
         co_await pause(m_clock, timeToHide, stop);
     }
+    QString file = co_await askedFor(stop);
+    co_return file;
+}
+
+QCoro::Task<QString> PortalScreenCapture::askedFor(std::stop_token stop)
+{
     Asking asking(m_bus);
     PortalScreenshot &question = asking.question();
     const SharedResult<PortalScreenshot::End> answer = question.end();

@@ -13,7 +13,8 @@ class Work;
 
 // The screen where only the desktop may look at it: under Wayland, and from inside a sandbox. Its portal asks
 // the person, once or each time, and hands over a picture of all displays in a file, which is removed once it
-// is read. This program's windows are hidden meanwhile, since nobody says where in the picture they would be.
+// is read. This program's windows are hidden meanwhile, since nobody says where in the picture they would be;
+// where the person has yet to allow it, a first picture is asked for in their sight, and removed unread.
 class PortalScreenCapture final : public ScreenCapturing {
 public:
     static constexpr std::chrono::milliseconds timeToHide{300}; // the desktop may let windows fade
@@ -33,10 +34,12 @@ public:
 
 private:
     QCoro::Task<QString> pictureFile(std::stop_token stop);
+    QCoro::Task<QString> askedFor(std::stop_token stop);
 
     QDBusConnection m_bus;
     Clock &m_clock;
     Work &m_work;
+    bool m_hasTheirWord = false; // the portal has asked the person before
 };
 
 } // namespace morvane
