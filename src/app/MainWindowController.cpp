@@ -180,7 +180,8 @@ void MainWindowController::show()
 {
     if (!m_window)
         return;
-    comeBack();
+    if (comeBack())
+        m_presentation.memory->restore();
     if (needsShowingAnew())
         m_window->hide();
     if (m_window->isVisible() && m_window->windowStates() & Qt::WindowMinimized)
@@ -200,6 +201,7 @@ bool MainWindowController::eventFilter(QObject *watched, QEvent *event)
         m_window->setWindowStates(m_window->windowStates() | Qt::WindowMinimized);
         return true;
     }
+    m_presentation.memory->noteFrame();
     m_window->hide();
     // A cursor that nobody sees would blink on where the display keeps the focus.
     if (m_content)

@@ -38,6 +38,10 @@ public:
     void follow(ChatViewModel &chat);
     // A window that is yet to show gets its former place, as far as there still is one, and its size.
     void follow(QQuickWindow &window);
+    // Around the time that the window is hidden: a window manager of X11 takes one that is shown again for a
+    // new one, and what filled the screen for its own size.
+    void noteFrame();
+    void restore();
     // How far the chat was scrolled, as the window's content takes it; empty when another one is open now.
     [[nodiscard]] QVariantMap place() const;
     // The window goes: its last place, and its content's, are written.
@@ -56,9 +60,7 @@ private:
 
     [[nodiscard]] static State read(const QString &path);
     void write();
-    void restore();
     void noteSoon();
-    void noteFrame();
     void noteChat();
 
     const QString m_path;

@@ -116,6 +116,11 @@ TEST_F(TrayTest, AClosedWindowIsHiddenOnlyWhereSomethingLeadsBackToIt)
     EXPECT_TRUE(window.isVisible() && isMinimised());
     controller.show();
     EXPECT_FALSE(isMinimised());
+    window.setGeometry(60, 50, 900, 600);
+    window.close();
+    window.setGeometry(0, 0, 1200, 790); // as a window manager places what it takes for a new one
+    controller.show();
+    EXPECT_EQ(window.geometry(), QRect(60, 50, 900, 600));
     EXPECT_EQ(window.activeFocusItem(), field) << "the person writes on";
     icon.drawn = false;
     window.close();
