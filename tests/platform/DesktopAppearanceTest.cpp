@@ -48,6 +48,8 @@ QVariant answers()
 TEST(DesktopAppearanceTest, TakesThePortalsWordAtTheStartAndLaterAndNobodyElses)
 {
     PrivateBus bus;
+    DesktopAppearance early(bus.connection()); // there before the portal, which is slow to start
+    TestWait::settle();
     PlayedService portal(bus.connection(), u"org.freedesktop.portal.Desktop"_s,
                          [](const QDBusMessage &call, const QDBusConnection &on) {
                              EXPECT_EQ(call.member(), u"ReadAll"_s);
@@ -66,6 +68,7 @@ TEST(DesktopAppearanceTest, TakesThePortalsWordAtTheStartAndLaterAndNobodyElses)
     };
     DesktopLook look{.isDark = true, .hasHighContrast = true, .accent = std::array{0.2, 0.5, 1.0}};
     becomes(look);
+    TestWait::until([&] { return early.look() == look; });
 
     say(stranger, group, u"color-scheme"_s, 2U);
     say(portal, u"org.gnome.desktop.interface"_s, u"color-scheme"_s, 0U);

@@ -1,6 +1,7 @@
 #include "platform/linux/DesktopAppearance.h"
 
 #include "platform/linux/MachineBuses.h"
+#include "platform/linux/ProcessPrivacy.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -10,6 +11,7 @@
 #include <QMap>
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 namespace morvane {
@@ -94,6 +96,11 @@ DesktopAppearance::DesktopAppearance(QDBusConnection bus, QObject *parent)
     if (!m_bus.isConnected())
         return;
     m_bus.connect(service, path, interface, u"SettingChanged"_s, this, SLOT(settingChanged(QDBusMessage)));
+    // One that is still starting, as after a login, may take longer than is waited for.
+    m_portal.setConnection(m_bus);
+    m_portal.setWatchMode(QDBusServiceWatcher::WatchForRegistration);
+    m_portal.addWatchedService(service);
+    connect(&m_portal, &QDBusServiceWatcher::serviceRegistered, this, &DesktopAppearance::ask);
     ask();
 }
 
@@ -101,11 +108,11 @@ void DesktopAppearance::ask()
 {
     auto call = QDBusMessage::createMethodCall(service, path, interface, u"ReadAll"_s);
     call.setArguments({QStringList{group}});
-    m_visible = std::make_unique<ProcessPrivacy::Pause>();
+    auto visible = std::make_shared<ProcessPrivacy::Pause>();
     auto *watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call, patienceMilliseconds), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, visible]() mutable {
         watcher->deleteLater();
-        m_visible.reset();
+        visible.reset();
         const QDBusMessage reply = watcher->reply();
         if (watcher->isError() || reply.signature() != u"a{sa{sv}}"_s)
             return;

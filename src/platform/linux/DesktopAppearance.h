@@ -1,12 +1,10 @@
 #pragma once
 
 #include "models/DesktopLook.h"
-#include "platform/linux/ProcessPrivacy.h"
 
 #include <QDBusConnection>
+#include <QDBusServiceWatcher>
 #include <QObject>
-
-#include <memory>
 
 class QDBusMessage;
 
@@ -38,7 +36,7 @@ private:
 
     QDBusConnection m_bus;
     DesktopLook m_look;
-    std::unique_ptr<ProcessPrivacy::Pause> m_visible; // until the portal has answered, or has not
+    QDBusServiceWatcher m_portal;
 };
 
 } // namespace morvane
