@@ -11,6 +11,7 @@
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
+#include <QRegularExpression>
 
 #include <optional>
 #include <utility>
@@ -64,6 +65,13 @@ std::optional<GlobalShortcut> shortcutOf(const QString &id)
             return each;
     }
     return std::nullopt;
+}
+
+// GNOME 48 tells keys as its library writes them: <Alt>v.
+QString legible(QString keys)
+{
+    static const QRegularExpression modifier(u"<([A-Za-z]+)>"_s);
+    return keys.replace(modifier, u"\\1+"_s);
 }
 
 bool namesAny(const QVariant &shortcuts)
@@ -237,7 +245,7 @@ void PortalGlobalShortcuts::take(const QVariant &shortcuts)
         binding = {State::refused};
     for (const PortalShortcut &each : qdbus_cast<QList<PortalShortcut>>(shortcuts)) {
         const auto shortcut = shortcutOf(each.id);
-        const QString keys = each.about.value(u"trigger_description"_s).toString();
+        const QString keys = legible(each.about.value(u"trigger_description"_s).toString());
         if (shortcut && m_bindings.contains(*shortcut) && !keys.isEmpty())
             m_bindings[*shortcut] = {State::bound, keys};
     }
