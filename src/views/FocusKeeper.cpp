@@ -100,6 +100,10 @@ void FocusKeeper::watch()
         connect(m_watched, &QQuickItem::enabledChanged, this, &FocusKeeper::lookSoon);
     }
     if (m_watched && m_watched != window()->contentItem()) {
+        // The window is in front again, which Qt tells of as it does of a click.
+        if (m_watched == m_before && m_hadRing &&
+            m_watched->property("focusReason").toInt() == Qt::ActiveWindowFocusReason)
+            m_watched->setProperty("focusReason", Qt::TabFocusReason);
         if (!holds(m_watched))
             m_isInPopup = true;
         else if (!m_isInPopup)

@@ -13,7 +13,8 @@ namespace morvane {
 // of `rows` in the order in which they stand, those that aren't built yet included, and what it reaches
 // scrolls into view, and so does the place in a text that an arrow key leads to. Page Up and Page Down stay
 // the window's, whoever would take them. Popups are left alone: they keep their focus themselves.
-// Once one has closed the focus is where it was before, with its ring, unless somebody has moved it on.
+// Once one has closed, or the window is in front again, the focus is where it was before, with its ring,
+// unless somebody has moved it on.
 class FocusKeeper : public morvane::WindowKeeper {
     Q_OBJECT
     QML_ELEMENT
