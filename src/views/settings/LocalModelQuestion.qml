@@ -25,7 +25,6 @@ Rectangle {
             Layout.fillWidth: true
             text: qsTr("This fetches:") + "\n" + root.local.question
             color: Theme.text
-            lineHeight: 1.25
             Accessible.role: Accessible.Notification
             Accessible.name: text
         }
