@@ -137,6 +137,27 @@ TEST_F(ComposerTest, TheFieldGrowsWithItsTextAndThenScrolls)
     EXPECT_LE(field->property("contentWidth").toDouble(), viewport->width());
 }
 
+TEST_F(ComposerTest, LinesKeepTheirHeightWhereverTheTextComesFromAndNoUndoTakesIt)
+{
+    QQuickItem *field = item(u"composer"_s);
+    const auto height = [&] { return field->property("contentHeight").toDouble(); };
+    type(u"a"_s);
+    const double line = height();
+    EXPECT_EQ(line, 23);
+    press(Qt::Key_Return, Qt::ShiftModifier);
+    type(u"b"_s);
+    EXPECT_EQ(height(), 2 * line);
+    m_app->presentation().chat->setDraft(u"one\ntwo\nthree"_s);
+    settle();
+    EXPECT_EQ(height(), 3 * line);
+    EXPECT_FALSE(field->property("canUndo").toBool());
+    press(Qt::Key_End, Qt::ControlModifier);
+    type(u"x"_s);
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(shown(), u"one\ntwo\nthree"_s);
+    EXPECT_EQ(height(), 3 * line);
+}
+
 TEST_F(ComposerTest, ASuggestionFillsTheFieldAndSendsNothing)
 {
     ASSERT_NE(named(u"Make a plan for "_s), nullptr);

@@ -17,5 +17,9 @@ TextEdit {
     Accessible.ignored: true
 
     ReadOnlyKeys { text: root }
+    LineHeight {
+        document: root.textDocument
+        height: Theme.lineOf(root.font.pixelSize)
+    }
     HoverHandler { cursorShape: Qt.IBeamCursor }
 }

@@ -130,6 +130,10 @@ Rectangle {
             }
             onPreeditTextChanged: root.typed()
 
+            LineHeight {
+                document: field.textDocument
+                height: Theme.bodyLine
+            }
             PasteLimit {
                 field: field
                 onExceeded: handed => root.chat.entries.attachments.take(handed)
@@ -140,8 +144,10 @@ Rectangle {
         anchors.left: scroller.left
         anchors.right: scroller.right
         anchors.top: scroller.top
-        height: scroller.height
-        verticalAlignment: Text.AlignVCenter
+        height: Theme.bodyLine
+        lineHeightMode: Text.ProportionalHeight
+        lineHeight: 1
+        verticalAlignment: Text.AlignBottom // as what is written stands in its lines
         visible: field.length === 0 && field.preeditText.length === 0
         text: qsTr("Write a message")
         color: Theme.disabled

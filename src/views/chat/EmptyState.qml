@@ -32,8 +32,6 @@ Item {
             width: parent.width
             text: root.configured ? qsTr("What is on your mind?") : qsTr("Choose where replies come from")
             font.pixelSize: Theme.headingSize
-            lineHeightMode: Text.FixedHeight
-            lineHeight: Theme.headingLine
             font.weight: Font.DemiBold
             horizontalAlignment: Text.AlignHCenter
             Accessible.role: Accessible.Heading

@@ -28,6 +28,6 @@ TextEdit {
         id: growing
 
         document: root.textDocument
-        lineHeight: Theme.bodyLine
+        lineHeight: Theme.lineOf(root.font.pixelSize)
     }
 }

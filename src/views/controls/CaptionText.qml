@@ -3,7 +3,5 @@ import Morvane
 
 PlainText {
     font.pixelSize: Theme.captionSize
-    lineHeightMode: Text.FixedHeight
-    lineHeight: Theme.captionLine
     color: Theme.secondary
 }

@@ -6,5 +6,7 @@ Text {
     textFormat: Text.PlainText
     color: Theme.text
     font.pixelSize: Theme.bodySize
+    lineHeightMode: Text.FixedHeight
+    lineHeight: Theme.lineOf(font.pixelSize)
     wrapMode: Text.Wrap
 }

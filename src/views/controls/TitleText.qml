@@ -5,8 +5,6 @@ import Morvane
 PlainText {
     font.pixelSize: Theme.titleSize
     font.weight: Font.DemiBold
-    lineHeightMode: Text.FixedHeight
-    lineHeight: Theme.titleLine
     Accessible.role: Accessible.Heading
     Accessible.name: text
 }

@@ -106,6 +106,11 @@ QtObject {
     readonly property real lineWidth: whole(1)
     readonly property real focusWidth: whole(highContrast ? 3 : 2)
 
+    // The height of a line of text of that size.
+    function lineOf(size: int): int {
+        return size === bodySize ? bodyLine : size === smallSize ? smallLine : size === captionSize ? captionLine
+            : size === titleSize ? titleLine : size === headingSize ? headingLine : Math.round(size * 1.4);
+    }
     function whole(width: real): real {
         return Math.max(1, Math.round(width * pixelRatio)) / pixelRatio;
     }
