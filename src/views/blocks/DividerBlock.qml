@@ -9,10 +9,8 @@ Item {
     Accessible.role: Accessible.Separator
     Accessible.name: qsTr("Divider")
 
-    Rectangle {
+    Hairline {
         anchors.verticalCenter: parent.verticalCenter
         width: parent.width
-        height: Theme.lineWidth
-        color: Theme.hairline
     }
 }

@@ -30,11 +30,9 @@ DataCard {
             width: parent?.width ?? 0
             height: Math.max(name.implicitHeight, figures.height) + 2 * Theme.gap8
 
-            Rectangle {
+            Hairline {
                 visible: quote.index > 0
                 width: parent.width
-                height: Theme.lineWidth
-                color: Theme.hairline
             }
             CardText {
                 id: name

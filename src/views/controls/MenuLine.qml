@@ -8,11 +8,9 @@ T.MenuSeparator {
     implicitHeight: 9 * Theme.zoom
 
     contentItem: Item {
-        Rectangle {
+        Hairline {
             anchors.verticalCenter: parent.verticalCenter
             width: parent.width
-            height: Theme.lineWidth
-            color: Theme.hairline
         }
     }
 }

@@ -32,11 +32,9 @@ Item {
         width: root.columns.outcomeWidth
         text: qsTr("Outcome")
     }
-    Rectangle {
+    Hairline {
         anchors.bottom: parent.bottom
         width: parent.width
-        height: Theme.lineWidth
-        color: Theme.hairline
     }
 
     component Heading: CaptionText {

@@ -130,10 +130,8 @@ Rectangle {
             }
         }
     }
-    Rectangle {
+    Hairline {
         anchors.right: parent.right
-        width: Theme.lineWidth
         height: parent.height
-        color: Theme.hairline
     }
 }

@@ -100,11 +100,7 @@ Rectangle {
             model: root.conversations
             onChatChosen: root.chatChosen()
         }
-        Rectangle {
-            Layout.fillWidth: true
-            implicitHeight: Theme.lineWidth
-            color: Theme.hairline
-        }
+        Hairline { Layout.fillWidth: true }
         SidebarFoot {
             Layout.fillWidth: true
             companion: root.companion
@@ -118,10 +114,8 @@ Rectangle {
         anchors.bottomMargin: 60 * Theme.zoom
         companion: root.companion
     }
-    Rectangle {
+    Hairline {
         anchors.right: parent.right
-        width: Theme.lineWidth
         height: parent.height
-        color: Theme.hairline
     }
 }

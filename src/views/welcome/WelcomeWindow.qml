@@ -110,11 +110,7 @@ T.ApplicationWindow {
                 }
             }
         }
-        Rectangle {
-            Layout.fillWidth: true
-            implicitHeight: Theme.lineWidth
-            color: Theme.hairline
-        }
+        Hairline { Layout.fillWidth: true }
         RowLayout {
             Layout.margins: Theme.gap16
             spacing: Theme.gap8
