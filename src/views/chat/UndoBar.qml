@@ -3,8 +3,8 @@ import QtQuick.Layouts
 import Morvane
 
 // A note that was just saved, notes that were just forgotten or an event that was just added, with the way to take
-// that back.
-Rectangle {
+// that back: a line like that of any ability.
+Item {
     id: root
 
     required property string receiptId
@@ -18,11 +18,7 @@ Rectangle {
     signal undoChosen(string id)
     signal dismissed(string id)
 
-    implicitHeight: line.implicitHeight + 2 * Theme.gap8
-    radius: Theme.panelRadius
-    color: Theme.card
-    border.width: Theme.lineWidth
-    border.color: Theme.hairline
+    implicitHeight: Math.max(Theme.controlHeight, shown.implicitHeight + Theme.gap8)
 
     Accessible.role: Accessible.Notification
     Accessible.name: label.text + " " + shown.text
@@ -32,12 +28,13 @@ Rectangle {
 
         anchors.fill: parent
         anchors.leftMargin: Theme.gap16
-        anchors.rightMargin: Theme.gap8
         spacing: Theme.gap8
 
         Icon {
             name: root.isEvent ? "check" : "note"
             color: Theme.secondary
+            implicitWidth: 16 * Theme.zoom
+            implicitHeight: 16 * Theme.zoom
         }
         SmallText {
             id: label
@@ -51,6 +48,7 @@ Rectangle {
             id: shown
 
             Layout.fillWidth: true
+            Layout.maximumWidth: Math.ceil(implicitWidth)
             text: root.problem.length > 0 ? root.note + " · " + root.problem : root.note
             color: Theme.text
             elide: Text.ElideRight
@@ -59,15 +57,18 @@ Rectangle {
         }
         PushButton {
             objectName: "undoNote"
+            Layout.preferredHeight: 28 * Math.max(Theme.zoom, Theme.textScale)
             enabled: !root.isLeaving
             text: qsTr("Undo")
             onClicked: root.undoChosen(root.receiptId)
         }
         IconButton {
             objectName: "dismissNote"
+            size: 28 * Theme.zoom
             text: root.isEvent ? qsTr("Keep the event and close this") : root.forgotten > 0 ? qsTr("Close this") : qsTr("Keep the note and close this")
             glyph: "close"
             onClicked: root.dismissed(root.receiptId)
         }
+        Item { Layout.fillWidth: true }
     }
 }
