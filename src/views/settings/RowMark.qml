@@ -7,6 +7,7 @@ Rectangle {
 
     property SettingsPage page: null
     property Item row: null // that it stands around
+    readonly property real outset: Theme.gap8 - Theme.focusWidth // up to the edge of the row's card
 
     // Around `row`, or where that isn't shown just now around what it stands in; a page itself takes none. Its
     // first control gets the keyboard.
@@ -40,9 +41,9 @@ Rectangle {
         if (settling.running)
             root.page.reveal(root.row);
         const corner = root.row.mapToItem(root.page.contentItem, 0, 0);
-        root.x = corner.x - Theme.gap4;
+        root.x = corner.x - root.outset;
         root.y = corner.y;
-        root.width = root.row.width + 2 * Theme.gap4;
+        root.width = root.row.width + 2 * root.outset;
         root.height = root.row.height;
     }
 
