@@ -229,7 +229,7 @@ TEST_F(MessageActionsTest, ALongMessageOfThePersonsFoldsAndIsCopiedWhole)
     open(lines);
     ASSERT_NE(drawn(u"unfoldMessage"_s), nullptr);
     QQuickItem *words = drawn(u"ownWords"_s);
-    const auto clip = [&] { return words->parentItem()->height(); };
+    const auto clip = [&] { return words->parentItem()->parentItem()->height(); };
     EXPECT_LT(clip(), words->height());
     EXPECT_TRUE(shows(u"Show all 17 lines"_s));
     drawn(u"unfoldMessage"_s)->forceActiveFocus(Qt::TabFocusReason);

@@ -123,6 +123,7 @@ TEST_F(SidebarTest, TheListWorksByKeyboardAlone)
         press(key);
         EXPECT_EQ(m_app->presentation().chat->title(), title);
         EXPECT_NE(row(title), nullptr);
+        EXPECT_TRUE(isAt(m_window, u"Chats"_s)) << "the keyboard stays on the list";
     }
 }
 

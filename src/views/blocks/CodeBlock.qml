@@ -15,6 +15,7 @@ Rectangle {
     readonly property int shownWhenFolded: 24
     readonly property bool folds: finished && foldable && content.lines > shownWhenFolded
     readonly property bool folded: folds && !unfolded
+    property real foldedHeight: 0 // scripts that need taller lines get them
 
     signal copyAsked(string text)
 
@@ -65,25 +66,34 @@ Rectangle {
             Layout.fillWidth: true
             sidePadding: Theme.gap16
 
-            SelectableText {
-                id: code
+            Fold {
+                id: fold
 
-                objectName: "codeText"
-                width: Math.max(implicitWidth, view.width - 2 * Theme.gap16)
-                shownText: root.folded ? root.content.code.split("\n", root.shownWhenFolded).join("\n")
-                    : root.content.code
-                lineHeight: Theme.codeLine
-                wrapMode: TextEdit.NoWrap
-                font.family: Theme.monoFamily
-                font.pixelSize: Theme.codeSize
-                onCursorRectangleChanged: if (activeFocus) view.reveal(cursorRectangle.x - Theme.gap16,
-                                                                       cursorRectangle.x + 2 * Theme.gap16)
-                Accessible.name: qsTr("Code: %1").arg(root.plainText)
+                implicitWidth: code.width
+                least: root.folds ? root.foldedHeight : 0
+                open: !root.folded
 
-                CodeColours {
-                    document: code.textDocument
-                    language: root.content.language
-                    colors: Theme.codeColors
+                SelectableText {
+                    id: code
+
+                    objectName: "codeText"
+                    width: Math.max(implicitWidth, view.width - 2 * Theme.gap16)
+                    shownText: root.folded && !fold.pressed
+                        ? root.content.code.split("\n", root.shownWhenFolded).join("\n") : root.content.code
+                    lineHeight: Theme.codeLine
+                    wrapMode: TextEdit.NoWrap
+                    font.family: Theme.monoFamily
+                    font.pixelSize: Theme.codeSize
+                    onHeightChanged: if (root.folded && !fold.pressed) root.foldedHeight = height
+                    onCursorRectangleChanged: if (activeFocus) view.reveal(cursorRectangle.x - Theme.gap16,
+                                                                           cursorRectangle.x + 2 * Theme.gap16)
+                    Accessible.name: qsTr("Code: %1").arg(root.plainText)
+
+                    CodeColours {
+                        document: code.textDocument
+                        language: root.content.language
+                        colors: Theme.codeColors
+                    }
                 }
             }
         }
@@ -94,7 +104,10 @@ Rectangle {
             Layout.bottomMargin: Theme.gap8
             visible: root.folds
             text: root.folded ? qsTr("Show all %1 lines").arg(root.content.lines) : qsTr("Show less")
-            onClicked: root.unfolded = !root.unfolded
+            onClicked: {
+                fold.press();
+                root.unfolded = !root.unfolded;
+            }
         }
     }
 }

@@ -82,13 +82,12 @@ Item {
         Repeater {
             model: table.rules
 
-            Rectangle {
+            Hairline {
                 required property int index
                 required property real modelData
 
                 y: Math.round(modelData)
                 width: Math.max(cells.width, view.width)
-                height: Theme.lineWidth
                 color: index === 0 ? Theme.outline : Theme.hairline
             }
         }
@@ -113,7 +112,7 @@ Item {
         color: root.framed ? Theme.card : Theme.page
         opacity: hover.hovered || copy.activeFocus || cells.activeFocus ? 1 : 0
 
-        Behavior on opacity { NumberAnimation { duration: Theme.fade; easing.type: Easing.OutCubic } }
+        Behavior on opacity { Motion { duration: Theme.fade } }
 
         CopyButton {
             id: copy

@@ -3,7 +3,7 @@ import Morvane
 
 // What the person wrote, of which a long one shows its beginning. All of it can be selected and copied: the rest
 // is only out of sight, and opens when the keyboard or a selection goes there.
-Item {
+Fold {
     id: root
 
     required property string shownText
@@ -15,8 +15,8 @@ Item {
     readonly property alias hasFocus: words.activeFocus
 
     implicitWidth: words.width
-    implicitHeight: folded ? 12 * Theme.bodyLine : words.height
-    clip: folded
+    least: folds ? 12 * Theme.bodyLine : 0
+    open: !folded
 
     SelectableText {
         id: words

@@ -41,9 +41,12 @@ T.Button {
     }
     background: Rectangle {
         radius: Theme.controlRadius
-        color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash
-            : root.ghosts.isOn ? Theme.ghostWash : "transparent"
+        color: root.ghosts.isOn ? Theme.ghostWash : "transparent"
 
+        Wash {
+            down: root.down
+            hovered: root.hovered
+        }
         FocusRing { visible: root.visualFocus }
     }
     Later {

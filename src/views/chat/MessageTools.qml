@@ -14,7 +14,7 @@ Row {
 
     opacity: shown || edit.activeFocus || trash.activeFocus ? 1 : 0
 
-    Behavior on opacity { NumberAnimation { duration: Theme.fade; easing.type: Easing.OutCubic } }
+    Behavior on opacity { Motion { duration: Theme.fade } }
 
     IconButton {
         id: edit

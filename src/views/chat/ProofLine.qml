@@ -41,12 +41,11 @@ T.Button {
             font.underline: root.hovered
         }
     }
-    background: Rectangle {
-        anchors.fill: parent
+    background: Wash {
         anchors.leftMargin: -Theme.gap4
         anchors.rightMargin: -Theme.gap4
-        radius: Theme.controlRadius
-        color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+        down: root.down
+        hovered: root.hovered
 
         FocusRing { visible: root.visualFocus }
     }

@@ -12,7 +12,8 @@ Item {
     readonly property bool beside: room >= 800 * Theme.zoom
     readonly property bool open: chat.proofPanel.isOpen
     readonly property bool covers: open && !beside
-    readonly property real taken: open && beside ? width : 0
+    property real share: open ? 1 : 0 // of it that has come in
+    readonly property real taken: beside ? Math.round(share * width) : 0
     readonly property Item home: (panel.item as ProofPanel)?.home ?? null
 
     signal dismissed()
@@ -23,37 +24,39 @@ Item {
     }
 
     width: beside ? 380 * Theme.zoom : room
-    visible: open
+    visible: open || share > 0
+
+    Behavior on share { Motion { duration: Theme.panel } }
 
     Rectangle {
         anchors.fill: parent
-        visible: root.covers
+        visible: !root.beside
         color: Theme.scrim
+        opacity: root.share
 
         TapHandler { onTapped: root.close() }
     }
     Rectangle {
         id: ground
 
-        anchors.fill: parent
-        anchors.topMargin: root.covers ? 48 * Theme.zoom : 0
-        anchors.bottomMargin: root.covers ? -radius : 0 // only its upper corners are seen
-        radius: root.covers ? Theme.cardRadius : 0
-        color: root.covers ? Theme.floating : Theme.sidebar
+        x: root.beside ? root.width - root.taken : 0
+        y: root.beside ? 0 : Math.round(root.height - (root.height - 48 * Theme.zoom) * root.share)
+        width: root.width
+        height: root.beside ? root.height : root.height - 48 * Theme.zoom + radius // only its upper corners are seen
+        radius: root.beside ? 0 : Theme.cardRadius
+        color: root.beside ? Theme.sidebar : Theme.floating
 
         TapHandler {} // what is below gets none of it
-        Rectangle {
-            width: Theme.lineWidth
+        Hairline {
             height: parent.height
             visible: root.beside
-            color: Theme.hairline
         }
     }
     Later {
         id: panel
 
         anchors.fill: ground
-        anchors.bottomMargin: -ground.anchors.bottomMargin
+        anchors.bottomMargin: ground.radius
         focus: true
         part: "chat/ProofPanel.qml"
         given: ({ proof: root.chat.proofPanel, shell: root.shell })

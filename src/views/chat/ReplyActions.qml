@@ -21,7 +21,8 @@ RowLayout {
     property bool reading: false
     property bool emphasised: false
     readonly property real high: 28 * Math.max(Theme.zoom, Theme.textScale)
-    readonly property bool seen: emphasised || again.activeFocus || copyButton.activeFocus || aloud.activeFocus
+    readonly property bool seen: emphasised || line.activeFocus || again.activeFocus || copyButton.activeFocus
+        || aloud.activeFocus
 
     signal copyAsked()
     signal readAsked()
@@ -34,6 +35,8 @@ RowLayout {
     spacing: Theme.gap8
 
     ProofLine {
+        id: line
+
         Layout.fillWidth: true
         Layout.maximumWidth: implicitWidth
         visible: root.place.length > 0 && (root.finished || root.proofMark !== "place")
@@ -62,7 +65,7 @@ RowLayout {
             copied.restart();
         }
 
-        Behavior on opacity { NumberAnimation { duration: Theme.fade; easing.type: Easing.OutCubic } }
+        Behavior on opacity { Motion { duration: Theme.fade } }
         Timer {
             id: copied
 
@@ -86,7 +89,7 @@ RowLayout {
         glyph: root.reading ? "stop" : "speaker"
         onClicked: root.readAsked()
 
-        Behavior on opacity { NumberAnimation { duration: Theme.fade; easing.type: Easing.OutCubic } }
+        Behavior on opacity { Motion { duration: Theme.fade } }
     }
     IconButton {
         id: again

@@ -36,10 +36,10 @@ T.RoundButton {
         radius: 18 * Theme.zoom
         color: root.enabled ? Theme.accent : Theme.highContrast ? Theme.pressWash : Theme.hairline
 
-        Rectangle {
-            anchors.fill: parent
+        Wash {
             radius: 18 * Theme.zoom
-            color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+            down: root.down
+            hovered: root.hovered
         }
         FocusRing { // with a gap: it has the button's own colour
             anchors.margins: -2 * Theme.focusWidth

@@ -61,9 +61,9 @@ T.Button {
             height: 12 * Theme.zoom
         }
     }
-    background: Rectangle {
-        radius: Theme.controlRadius
-        color: root.down || root.menuOpen ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+    background: Wash {
+        down: root.down || root.menuOpen
+        hovered: root.hovered
 
         FocusRing { visible: root.visualFocus }
     }

@@ -29,7 +29,7 @@ T.Popup {
     margins: Theme.gap8
     focus: true
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent
-    onOpened: list.forceActiveFocus()
+    enter: FadeIn {}
 
     background: Rectangle {
         radius: Theme.panelRadius
@@ -49,6 +49,7 @@ T.Popup {
             implicitHeight: contentHeight
             height: contentHeight
             interactive: false
+            focus: true // from the first frame on
             activeFocusOnTab: true
             keyNavigationEnabled: true
             model: root.sources
@@ -72,10 +73,8 @@ T.Popup {
             topPadding: Theme.gap4
             text: root.sources.cloudNotice
         }
-        Rectangle {
+        Hairline {
             width: parent.width
-            height: Theme.lineWidth
-            color: Theme.hairline
         }
         SidebarButton {
             objectName: "sourceSettings"

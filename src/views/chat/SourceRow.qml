@@ -32,9 +32,11 @@ Item {
     Rectangle {
         anchors.fill: parent
         radius: Theme.controlRadius
-        color: root.inUse ? Theme.currentWash : hover.hovered && root.possible ? Theme.hoverWash : "transparent"
+        color: root.inUse ? Theme.currentWash : "transparent"
         border.width: root.marked ? Theme.focusWidth : 0
         border.color: Theme.accent
+
+        Wash { hovered: hover.hovered && root.possible && !root.inUse }
     }
     RowLayout {
         anchors.fill: parent

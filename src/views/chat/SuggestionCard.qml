@@ -23,10 +23,15 @@ T.Button {
     }
     background: Rectangle {
         radius: Theme.panelRadius
-        color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : Theme.card
+        color: Theme.card
         border.width: Theme.lineWidth
         border.color: Theme.hairline
 
+        Wash {
+            radius: parent.radius
+            down: root.down
+            hovered: root.hovered
+        }
         FocusRing {
             radius: Theme.panelRadius + Theme.focusWidth
             visible: root.visualFocus

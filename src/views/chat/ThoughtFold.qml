@@ -12,7 +12,7 @@ ColumnLayout {
     property bool toggled: false
     readonly property bool unfolded: toggled !== (reply.text.length === 0)
 
-    spacing: Theme.gap8
+    spacing: 0
 
     T.AbstractButton {
         id: head
@@ -27,7 +27,10 @@ ColumnLayout {
         Accessible.description: root.unfolded ? qsTr("Hides what the model thought") : qsTr("Shows what the model thought")
         Keys.onReturnPressed: head.clicked()
         Keys.onEnterPressed: head.clicked()
-        onClicked: root.toggled = !root.toggled
+        onClicked: {
+            fold.press();
+            root.toggled = !root.toggled;
+        }
 
         contentItem: RowLayout {
             spacing: Theme.gap8
@@ -46,20 +49,32 @@ ColumnLayout {
         HoverHandler { cursorShape: Qt.PointingHandCursor }
         FocusRing { visible: head.visualFocus }
     }
-    SelectableText {
-        id: thought
+    Fold {
+        id: fold
 
-        objectName: "thoughtText"
         Layout.fillWidth: true
-        Layout.leftMargin: Theme.gap24
-        visible: root.unfolded
-        shownText: root.unfolded ? root.reply.thinking : ""
-        color: Theme.secondary
-        font.pixelSize: Theme.smallSize
-        lineHeight: font.pixelSize * 1.4
-        Accessible.name: qsTr("What the model thought: %1").arg(shownText)
+        open: root.unfolded
 
-        FocusRing { visible: thought.activeFocus }
+        Item {
+            width: fold.width
+            implicitHeight: thought.y + thought.height
+
+            SelectableText {
+                id: thought
+
+                objectName: "thoughtText"
+                x: Theme.gap24
+                y: Theme.gap8
+                width: parent.width - x
+                shownText: root.unfolded || fold.share > 0 ? root.reply.thinking : ""
+                color: Theme.secondary
+                font.pixelSize: Theme.smallSize
+                lineHeight: Theme.smallLine
+                Accessible.name: qsTr("What the model thought: %1").arg(shownText)
+
+                FocusRing { visible: thought.activeFocus }
+            }
+        }
     }
     Connections {
         target: root.reply

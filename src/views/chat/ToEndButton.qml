@@ -18,7 +18,7 @@ T.RoundButton {
     Keys.onReturnPressed: root.clicked()
     Keys.onEnterPressed: root.clicked()
 
-    Behavior on opacity { NumberAnimation { duration: Theme.fade; easing.type: Easing.OutCubic } }
+    Behavior on opacity { Motion { duration: Theme.fade } }
 
     contentItem: Item {
         Icon {
@@ -35,10 +35,10 @@ T.RoundButton {
         border.width: Theme.lineWidth
         border.color: Theme.hairline
 
-        Rectangle {
-            anchors.fill: parent
+        Wash {
             radius: 18 * Theme.zoom
-            color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+            down: root.down
+            hovered: root.hovered
         }
         FocusRing {
             radius: 20 * Theme.zoom

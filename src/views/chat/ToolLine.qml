@@ -30,7 +30,10 @@ Column {
         implicitWidth: parts.implicitWidth
         implicitHeight: Math.max(Theme.controlHeight, words.implicitHeight + Theme.gap8)
         enabled: !root.isRemark
-        onClicked: root.open = !root.open
+        onClicked: {
+            fold.press();
+            root.open = !root.open;
+        }
 
         Accessible.name: root.ending.length > 0 ? root.words + ". " + root.ending : root.words
         Accessible.role: root.isRemark ? Accessible.StaticText : Accessible.Button
@@ -82,21 +85,26 @@ Column {
                 color: Theme.secondary
             }
         }
-        background: Rectangle {
-            anchors.fill: parent
+        background: Wash {
             anchors.leftMargin: -Theme.gap4
             anchors.rightMargin: -Theme.gap4
-            radius: Theme.controlRadius
-            color: header.down ? Theme.pressWash : header.hovered ? Theme.hoverWash : "transparent"
+            down: header.down
+            hovered: header.hovered
 
             FocusRing { visible: header.visualFocus }
         }
     }
-    Later {
+    Fold {
+        id: fold
+
         width: root.width
-        visible: wanted
-        part: "chat/ToolLineDetail.qml"
-        given: ({ line: root })
-        wanted: root.open
+        open: root.open
+
+        Later {
+            width: root.width
+            part: "chat/ToolLineDetail.qml"
+            given: ({ line: root })
+            wanted: root.open
+        }
     }
 }

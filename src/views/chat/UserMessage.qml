@@ -60,7 +60,10 @@ Item {
                 objectName: "unfoldMessage"
                 visible: words.folds
                 text: root.unfolded ? qsTr("Show less") : qsTr("Show all %1 lines").arg(words.lineCount)
-                onClicked: root.unfolded = !root.unfolded
+                onClicked: {
+                    words.press();
+                    root.unfolded = !root.unfolded;
+                }
             }
         }
         FocusRing {

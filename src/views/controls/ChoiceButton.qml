@@ -30,10 +30,17 @@ T.RadioButton {
     }
     background: Rectangle {
         radius: Theme.controlRadius
-        color: root.checked ? Theme.accent : root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+        color: root.checked ? Theme.accent : "transparent"
         border.width: root.checked ? 0 : Theme.lineWidth
         border.color: Theme.outline
 
-        FocusRing { visible: root.visualFocus }
+        Wash {
+            down: root.down
+            hovered: root.hovered && !root.checked
+        }
+        FocusRing { // one of the button's own colour needs a gap to be seen
+            anchors.margins: (root.checked ? -2 : -1) * Theme.focusWidth
+            visible: root.visualFocus
+        }
     }
 }

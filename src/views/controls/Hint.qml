@@ -15,6 +15,7 @@ T.ToolTip {
     verticalPadding: Theme.gap4
     delay: 600
     timeout: 5000
+    enter: FadeIn {}
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutsideParent | T.Popup.CloseOnReleaseOutsideParent
 
     contentItem: CaptionText {

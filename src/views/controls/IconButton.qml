@@ -27,9 +27,9 @@ T.Button {
             color: root.ink
         }
     }
-    background: Rectangle {
-        radius: Theme.controlRadius
-        color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+    background: Wash {
+        down: root.down
+        hovered: root.hovered
 
         FocusRing { visible: root.visualFocus }
     }

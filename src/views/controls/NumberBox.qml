@@ -55,11 +55,11 @@ T.SpinBox {
         implicitWidth: 28 * Theme.zoom
         color: "transparent"
 
-        Rectangle {
-            anchors.fill: parent
+        Wash {
             anchors.margins: 4
             radius: 5 * Theme.zoom
-            color: parent.pressed ? Theme.pressWash : Theme.hoverWash
+            down: parent.pressed
+            hovered: true // it is to be seen as a button
         }
         SmallText {
             id: sign

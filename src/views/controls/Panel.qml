@@ -33,6 +33,6 @@ T.Dialog {
         border.width: Theme.lineWidth
         border.color: Theme.hairline
     }
-    enter: Transition { NumberAnimation { property: "opacity"; from: 0; to: 1; duration: Theme.fade; easing.type: Easing.OutCubic } }
-    exit: Transition { NumberAnimation { property: "opacity"; from: 1; to: 0; duration: Theme.fade; easing.type: Easing.OutCubic } }
+    enter: FadeIn {}
+    exit: FadeOut {}
 }

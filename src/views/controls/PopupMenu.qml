@@ -10,6 +10,7 @@ T.Menu {
     implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
     padding: Theme.gap4
     margins: Theme.gap8
+    enter: FadeIn {}
 
     contentItem: ListView {
         implicitHeight: contentHeight

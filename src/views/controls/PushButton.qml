@@ -38,10 +38,10 @@ T.Button {
         border.width: root.rank === PushButton.Primary && root.enabled ? 0 : Theme.lineWidth
         border.color: root.enabled ? Theme.outline : Theme.hairline
 
-        Rectangle {
-            anchors.fill: parent
+        Wash {
             radius: parent.radius
-            color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+            down: root.down
+            hovered: root.hovered
         }
         FocusRing { // one of the button's own colour needs a gap to be seen
             anchors.margins: (root.rank === PushButton.Primary ? -2 : -1) * Theme.focusWidth

@@ -17,6 +17,6 @@ T.ScrollBar {
         color: root.pressed ? Theme.secondary : Theme.outline
         opacity: root.pressed ? 1 : root.hovered ? 0.8 : root.active ? 0.6 : 0.3
 
-        Behavior on opacity { NumberAnimation { duration: Theme.fade; easing.type: Easing.OutCubic } }
+        Behavior on opacity { Motion { duration: Theme.fade } }
     }
 }

@@ -34,7 +34,7 @@ T.Switch {
             radius: 8 * Theme.zoom
             color: root.checked ? Theme.accentInk : Theme.outline
 
-            Behavior on x { NumberAnimation { duration: Theme.press; easing.type: Easing.OutCubic } }
+            Behavior on x { Motion { duration: Theme.press } }
         }
         FocusRing {
             radius: 14 * Theme.zoom

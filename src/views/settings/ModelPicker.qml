@@ -31,7 +31,8 @@ T.Popup {
         list.mark(current);
         models.fetch();
     }
-    onOpened: (isLong ? search : list).forceActiveFocus()
+    onVisibleChanged: if (visible) (isLong ? search : list).forceActiveFocus()
+    enter: FadeIn {}
 
     background: Rectangle {
         radius: Theme.panelRadius
@@ -123,9 +124,11 @@ T.Popup {
                 }
                 background: Rectangle {
                     radius: Theme.controlRadius
-                    color: row.hovered ? Theme.hoverWash : row.edit === root.current ? Theme.currentWash : "transparent"
+                    color: row.edit === root.current ? Theme.currentWash : "transparent"
                     border.width: row.ListView.isCurrentItem && list.activeFocus ? Theme.focusWidth : 0
                     border.color: Theme.accent
+
+                    Wash { hovered: row.hovered }
                 }
             }
             Keys.onUpPressed: step(-1)

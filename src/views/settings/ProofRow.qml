@@ -31,7 +31,9 @@ Item {
         anchors.leftMargin: Theme.gap8
         anchors.rightMargin: Theme.gap8
         radius: Theme.controlRadius
-        color: root.marked ? Theme.currentWash : hover.hovered ? Theme.hoverWash : "transparent"
+        color: root.marked ? Theme.currentWash : "transparent"
+
+        Wash { hovered: hover.hovered && !root.marked }
     }
     Item {
         id: line

@@ -74,9 +74,9 @@ ListView {
                 text: row.pageTitle
             }
         }
-        background: Rectangle {
-            radius: Theme.controlRadius
-            color: row.down ? Theme.pressWash : row.hovered ? Theme.hoverWash : "transparent"
+        background: Wash {
+            down: row.down
+            hovered: row.hovered
 
             FocusRing {
                 anchors.margins: 0

@@ -33,6 +33,7 @@ Item {
         if (!root.renaming)
             return;
         root.renaming = false;
+        field.focus = false; // or the list would hand the keyboard to it
         if (name.length > 0 && name !== root.title)
             root.renamed(name);
         root.renameEnded();
@@ -76,10 +77,11 @@ Item {
         Rectangle {
             anchors.fill: parent
             radius: Theme.controlRadius
-            color: root.isOpen ? Theme.currentWash : hover.hovered ? Theme.hoverWash : "transparent"
-            border.width: root.marked ? Theme.focusWidth : 0
+            color: root.isOpen ? Theme.currentWash : "transparent"
+            border.width: root.marked && !menuButton.activeFocus ? Theme.focusWidth : 0
             border.color: Theme.accent
 
+            Wash { hovered: hover.hovered && !root.isOpen }
             Rectangle {
                 anchors.verticalCenter: parent.verticalCenter
                 width: 3

@@ -48,10 +48,11 @@ Item {
         width: root.width
         height: Math.max(Theme.rowHeight, lines.implicitHeight + 2 * Theme.gap8)
         radius: Theme.controlRadius
-        color: root.isOpen ? Theme.currentWash : hover.hovered ? Theme.hoverWash : "transparent"
+        color: root.isOpen ? Theme.currentWash : "transparent"
         border.width: root.marked ? Theme.focusWidth : 0
         border.color: Theme.accent
 
+        Wash { hovered: hover.hovered && !root.isOpen }
         HoverHandler { id: hover }
         TapHandler { onTapped: root.chosen() }
         TapHandler {

@@ -35,9 +35,9 @@ T.Button {
             wrapMode: Text.NoWrap
         }
     }
-    background: Rectangle {
-        radius: Theme.controlRadius
-        color: root.down ? Theme.pressWash : root.hovered ? Theme.hoverWash : "transparent"
+    background: Wash {
+        down: root.down
+        hovered: root.hovered
 
         FocusRing { visible: root.visualFocus }
     }

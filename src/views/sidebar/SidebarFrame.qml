@@ -24,7 +24,7 @@ FocusScope {
         return Math.round(Math.min(root.widest, Math.max(root.narrowest, width)));
     }
 
-    Behavior on x { NumberAnimation { duration: Theme.panel; easing.type: Easing.OutCubic } }
+    Behavior on x { Motion { duration: Theme.panel } }
 
     SidebarEdge {
         id: edge

@@ -13,7 +13,7 @@ Rectangle {
     opacity: shown ? 1 : 0
     visible: opacity > 0
 
-    Behavior on opacity { NumberAnimation { duration: Theme.fade; easing.type: Easing.OutCubic } }
+    Behavior on opacity { Motion { duration: Theme.fade } }
 
     MouseArea {
         anchors.fill: parent

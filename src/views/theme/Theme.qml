@@ -46,6 +46,7 @@ QtObject {
     readonly property color scrim: dark ? "#A0000000" : "#66101018"
 
     // Washes over whatever is below: a pointer over a control, a control held down, the row of the open chat.
+    readonly property color noWash: dark ? "#00FFFFFF" : "#00101030"
     readonly property color hoverWash: highContrast ? pressWash : dark ? "#12FFFFFF" : "#0A101030"
     readonly property color pressWash: dark ? "#20FFFFFF" : "#16101030"
     readonly property color currentWash: dark ? "#1AFFFFFF" : "#12101030"
@@ -117,6 +118,7 @@ QtObject {
 
     // Motion, in milliseconds; a reduced one keeps short fades and nothing that moves.
     readonly property int press: reduceAnimation ? 0 : 100
+    readonly property int wash: reduceAnimation ? 80 : 100 // nothing moves in a change of colour
     readonly property int fade: reduceAnimation ? 80 : 150
     readonly property int expand: reduceAnimation ? 0 : 200
     readonly property int panel: reduceAnimation ? 0 : 250

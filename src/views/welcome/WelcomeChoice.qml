@@ -73,9 +73,10 @@ Rectangle {
                     color: Theme.secondary
                 }
             }
-            background: Rectangle {
+            background: Wash {
                 radius: Theme.cardRadius
-                color: head.down ? Theme.pressWash : head.hovered ? Theme.hoverWash : "transparent"
+                down: head.down
+                hovered: head.hovered
 
                 FocusRing {
                     radius: Theme.cardRadius

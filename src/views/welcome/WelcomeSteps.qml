@@ -26,7 +26,7 @@ Row {
             radius: 4 * Theme.zoom
             color: index <= root.current ? Theme.accent : Theme.hairline
 
-            Behavior on width { NumberAnimation { duration: Theme.expand; easing.type: Easing.OutCubic } }
+            Behavior on width { Motion { duration: Theme.expand } }
         }
     }
 }
