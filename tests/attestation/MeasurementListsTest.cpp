@@ -8,7 +8,6 @@
 #include "support/LogCapture.h"
 #include "support/ManualClock.h"
 #include "utils/files/PrivateFile.h"
-#include "utils/text/UniversalTime.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -104,76 +103,6 @@ protected:
     QDateTime now = scenario.date;
     std::optional<VeniceMeasurementLists> lists;
 };
-
-TEST_F(MeasurementListsTest, TakesAListWholeAndKeepsItThroughAStart)
-{
-    ASSERT_TRUE(TestWait::await(lists->prepare({})));
-    EXPECT_EQ(accepted(), u"Built into e2ee-built-in"_s);
-    LogCapture log;
-    serve(list(3, {{u"revoked"_s, QJsonArray{u"gone"_s}}}));
-    EXPECT_EQ(refresh(), true);
-    EXPECT_TRUE(said(log, "Accepted servers list: version 3 accepted (1 entries, 1 withdrawn)"));
-    EXPECT_EQ(accepted(), u"Version 3, e2ee-test-model"_s);
-    EXPECT_EQ(network.asked[0], std::pair(EgressFeature::serverList, SensitiveDataSet()));
-    EXPECT_EQ(network.fake->requests()[0].url, QUrl(u"https://lists.invalid/v1/measurements"_s));
-    EXPECT_EQ(network.fake->requests()[1].url, QUrl(u"https://lists.invalid/v1/measurements.sig"_s));
-    restart();
-    ASSERT_TRUE(TestWait::await(lists->prepare({})));
-    EXPECT_EQ(accepted(), u"Version 3, e2ee-test-model"_s);
-    now = UniversalTime::at(QDate(2999, 1, 1));
-    EXPECT_EQ(accepted(), u"Version 3 e2ee-built-in"_s); // it has expired
-}
-
-TEST_F(MeasurementListsTest, KeepsTheLastGoodListAtEveryRefusal)
-{
-    serve(list(5));
-    ASSERT_EQ(refresh(), true);
-    QJsonArray entries;
-    for (int i = 0; i < 129; ++i)
-        entries.append(QJsonObject());
-    const ListKey stranger;
-    const std::pair<QByteArray, const char *> cases[] = {
-        {list(4), "rolledBack(4, 5)"},
-        {list(5, {{u"revoked"_s, QJsonArray{u"x"_s}}}), "sameVersionDifferentList(5)"},
-        {list(6, {{u"note"_s, 1}}), "unknownField(\"list.note\")"},
-        {list(6, {{u"entries"_s, entries}}), "badValue(\"entries\")"},
-        {list(6).leftJustified(524288) + '!', nullptr},
-    };
-    for (const auto &[bytes, refusal] : cases) {
-        LogCapture log;
-        serve(bytes);
-        EXPECT_EQ(refresh(), false);
-        EXPECT_TRUE(said(log, refusal ? "Accepted servers list: ignored whole, the last good list stays (" +
-                                            std::string(refusal) + ")"
-                                      : std::string("Accepted servers list: could not be fetched; the last "
-                                                    "good list stays")));
-        EXPECT_EQ(accepted(), u"Version 5, e2ee-test-model"_s);
-    }
-    network.fake.reset(new FakeHttpSession); // the answers that nobody fetched go
-    serve(list(6), stranger.signatureFile(list(6)));
-    EXPECT_EQ(refresh(), false);
-    serve(list(5));
-    EXPECT_EQ(refresh(), false); // nothing new
-    network.fake->answer(500, {});
-    EXPECT_EQ(refresh(), false);
-    EXPECT_EQ(accepted(), u"Version 5, e2ee-test-model"_s);
-}
-
-TEST_F(MeasurementListsTest, ReadsNoLongerThanTwentySecondsHoweverItDrips)
-{
-    network.fake->answer({.pieces = {"{"}, .ending = FakeHttpSession::Ending::staysOpen});
-    const auto due = TestWait::await(lists->refreshIfDue(now, {}));
-    TestWait::until([&] { return requests() == 1; });
-    TestWait::settle();
-    clock.advance(20s);
-    network.fake->feed(" ");
-    TestWait::settle();
-    EXPECT_FALSE(due->isThere());
-    clock.advance(1ms);
-    network.fake->feed(" ");
-    EXPECT_FALSE(TestWait::await(due->wait({})));
-    EXPECT_EQ(requests(), 1U);
-}
 
 TEST_F(MeasurementListsTest, WithdrawalsStayWhateverComesLater)
 {

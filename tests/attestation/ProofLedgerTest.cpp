@@ -1,11 +1,9 @@
 #include "attestation/ProofLedger.h"
-#include "evidence/TestAuthority.h"
 #include "utils/text/UniversalTime.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTimeZone>
 
 #include <gtest/gtest.h>
 
@@ -66,46 +64,6 @@ TEST(ProofLedgerTest, TheExportHoldsTheNewestRowsInOrder)
     const QString page = u"https://maker.test/proof"_s;
     EXPECT_FALSE(exported(ledger)["howToCheck"_L1].toString().contains(u"https:"_s));
     EXPECT_TRUE(exported(ledger, page)["howToCheck"_L1].toString().endsWith(page));
-}
-
-TEST(ProofLedgerTest, ARowIsExportedWithWhatItHas)
-{
-    const Scenario scenario;
-    ProofLedger ledger;
-    ProofLedger::Entry row = sealedRow(0);
-    row.attestation = ProofLedger::Attestation::of(VeniceAttestationVerifier::verify(scenario.question()));
-    row.startedAt = scenario.date.addSecs(3);
-    row.purpose = u"chat"_s;
-    row.carrying = SensitiveData::memory;
-    row.acceptedServersList = u"the list"_s;
-    ledger.append(row);
-    row.attestation->composeHash.reset();
-    row.attestation->teeProvider.reset();
-    ledger.append(row);
-    ledger.append({.startedAt = start,
-                   .place = {Kind::enclaveRefused, u"e2ee-m"_s, {}},
-                   .note = u"refused"_s,
-                   .acceptedServersList = u"the list"_s});
-    ledger.append({.startedAt = start.toTimeZone(QTimeZone("Asia/Tokyo")),
-                   .place = {Kind::yourOwnService, u"m"_s, u"a.test"_s}});
-
-    const QJsonArray turns = exported(ledger)["turns"_L1].toArray();
-    const QJsonObject proof = turns[0]["proof"_L1].toObject();
-    EXPECT_EQ(proof.keys().join(u' '),
-              u"acceptedServersList clientNonceHex composeHashHex gpuEvidenceRequired gpusVerifiedByThisMac "
-              "intelTdxQuoteHex modelPublicKeyHex mrtdHex rtmr3Hex serverClaimedVerified signingAddressHex "
-              "stack teeProvider verifiedThisTurn"_s);
-    EXPECT_EQ(proof["stack"_L1].toString(), scenario.stack.label);
-    EXPECT_EQ(proof["clientNonceHex"_L1].toString(), QString::fromLatin1(scenario.nonce.toHex()));
-    EXPECT_EQ(proof["gpusVerifiedByThisMac"_L1].toInt(), 2);
-    EXPECT_EQ(proof["verifiedThisTurn"_L1], QJsonValue(false));
-    EXPECT_EQ(turns[0]["where"_L1].toString() + turns[0]["yourData"_L1].toString(),
-              u"Verified enclave"_s + labelOf(SensitiveData::memory));
-    EXPECT_TRUE(turns[1]["proof"_L1]["composeHashHex"_L1].isNull());
-    EXPECT_TRUE(turns[1]["proof"_L1]["teeProvider"_L1].isNull());
-    EXPECT_EQ(turns[2].toObject().keys().join(u' '), u"model notice purpose ranAt result where yourData"_s);
-    EXPECT_EQ(turns[3].toObject().keys().join(u' '), u"host model purpose ranAt result where yourData"_s);
-    EXPECT_EQ(turns[3]["ranAt"_L1].toString(), u"2026-09-01T12:00:00Z"_s);
 }
 
 } // namespace morvane

@@ -2,8 +2,6 @@
 #include "attestation/evidence/QuoteForm.h"
 #include "attestation/evidence/TDXQuoteVerifier.h"
 #include "evidence/TestAuthority.h"
-#include "support/TestData.h"
-#include "utils/text/UniversalTime.h"
 
 #include <QFile>
 
@@ -16,11 +14,6 @@ namespace morvane {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-using VeniceAttestationVerifier::Failure;
-using Plain = VeniceAttestationVerifier::Failure::Plain;
-using Refusal = VeniceMeasurementAllowlist::Refusal;
-using Source = VeniceMeasurementAllowlist::Source;
 
 TEST(VerdictTest, VerifiedHoldsWhatWasProved)
 {
@@ -47,36 +40,6 @@ TEST(VerdictTest, VerifiedHoldsWhatWasProved)
     scenario.stack.requiresGPUEvidence = false;
     EXPECT_TRUE(
         VeniceAttestationVerifier::verify(scenario.question()).summary().endsWith(u", no GPU evidence"_s));
-}
-
-// What a person reads: of each failure, and of each source of accepted servers.
-TEST(VerdictTest, Words)
-{
-    const Failure::Case failures[] = {
-        Failure::Quote{TDXQuoteVerifier::Failure(TDXQuoteVerifier::Failure::DebugEnclave{})},
-        Failure::QuoteMalformed{TDXQuote::ParseError(TDXQuote::ParseError::NoCertificates{})},
-        Plain::noQuote,
-        Failure::MeasurementsNotAllowed{u"m"_s},
-        Failure::Configuration{Refusal(Refusal::Case::hostLabelNotAllowed)},
-        Failure::WrongModel{u"a"_s, u"b"_s},
-        Failure::GPUEvidence{NvidiaGPUEvidence::Failure(NvidiaGPUEvidence::Failure::NoEvidence{})},
-        Plain::gpuEvidenceMissing,
-        Plain::noSigningKey,
-        Plain::reportDataDoesNotBindKey,
-        Plain::statedAddressDoesNotMatchKey,
-        Plain::nonceMismatch,
-        Plain::reportDataDoesNotBindNonce,
-    };
-    QString words;
-    for (const Failure failure : failures) {
-        words += failure.caseText() + u": "_s + failure.userMessage() + u'\n';
-        EXPECT_FALSE(failure.isRetryable());
-    }
-    const QDateTime date = UniversalTime::at(QDate(2026, 9, 1));
-    for (const Source &source :
-         {Source(), Source(Source::SignedList{12, date}), Source(Source::ExpiredList{12, date.addSecs(-1)})})
-        words += source.text() + u'\n';
-    EXPECT_EQ(words.toStdString(), TestData::text("attestation/words.txt"));
 }
 
 TEST(VerdictTest, TheArchitectureOfADeviceFallsBack)
