@@ -199,30 +199,6 @@ protected:
     Work work{clock};
 };
 
-TEST_F(KeychainPreparationTest, TheGuiThreadRunsOnWhileThePersonIsAsked)
-{
-    keyring.held[{service, keyAccount}] = {keyAccount, keyOf("k")};
-    keyring.state = Condition::Locked;
-    QSemaphore answered;
-    keyring.onUnlock = [&](std::stop_token) { answered.acquire(); };
-
-    KeychainPreparation preparation(service, home(), keychain, work);
-    std::vector<KeychainState> states;
-    QObject::connect(&preparation, &KeychainPreparation::stateChanged, &preparation,
-                     [&](KeychainState state) {
-                         states.push_back(state);
-                         if (state == KeychainState::WaitingForUnlock)
-                             answered.release(); // from the GUI thread's own loop
-                     });
-    const auto opening = TestWait::await(preparation.prepare(KeyExpectation::MustExist));
-    EXPECT_EQ(opening.state, KeychainState::Ready);
-    EXPECT_EQ(states, (std::vector{KeychainState::WaitingForUnlock, KeychainState::Ready}));
-
-    const int finds = keyring.calls[Call::Find];
-    EXPECT_EQ(keychain.read(keyAccount), QString::fromLatin1(keyOf("k")));
-    EXPECT_EQ(keyring.calls[Call::Find], finds); // from the cache
-}
-
 TEST_F(KeychainPreparationTest, DestroyingItEndsTheWait)
 {
     keyring.state = Condition::Locked;

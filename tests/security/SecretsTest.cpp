@@ -1,12 +1,9 @@
 #include "async/Work.h"
 #include "security/FakeSecretStore.h"
 #include "security/KeychainService.h"
-#include "security/KeychainTasks.h"
 #include "security/LocalDataVault.h"
 #include "security/ServiceIdentity.h"
-#include "support/Await.h"
 #include "support/LogCapture.h"
-#include "support/ManualClock.h"
 #include "support/TestData.h"
 #include "support/WipeSpy.h"
 #include "utils/files/PrivateFile.h"
@@ -276,19 +273,6 @@ TEST_F(KeychainServiceTest, TellsAndLogsRefusalsAndCountsWhatAnErasureTook)
         error.recoverySuggestion(),
         u"Try again. If the problem persists, check your desktop's password manager for a locked or damaged keyring."_s);
     EXPECT_TRUE(error.isRetryable());
-}
-
-TEST_F(KeychainServiceTest, TheGuiThreadMayHaveItsCallsDoneBesideIt)
-{
-    ManualClock clock;
-    Work work{clock};
-    TestWait::await(KeychainTasks::save(work, keychain, u"v"_s, u"a"_s));
-    keychain.clearCache();
-    EXPECT_EQ(TestWait::await(KeychainTasks::read(work, keychain, u"a"_s, u"reason"_s, {})), u"v"_s);
-    TestWait::await(KeychainTasks::remove(work, keychain, u"a"_s));
-    EXPECT_TRUE(store.held.empty());
-    store.refuse(FakeSecretStore::Call::Update, KeychainStatus::InputOutput);
-    EXPECT_THROW(TestWait::await(KeychainTasks::save(work, keychain, u"v"_s, u"a"_s)), KeychainError);
 }
 
 class LocalDataVaultTest : public testing::Test, protected Secrets {
