@@ -1,7 +1,6 @@
 #include "services/DesktopActionService.h"
 
 #include "services/DesktopLink.h"
-#include "services/EventWords.h"
 #include "support/Await.h"
 #include "support/ManualClock.h"
 
@@ -179,28 +178,6 @@ TEST_F(DesktopActionServiceTest, EventsAreCheckedAddedAndTakenOutAgain)
     EXPECT_TRUE(receipts.receipts().empty());
     desktop.outcome = LinkOpening::Outcome::failed;
     EXPECT_EQ(added(u"c"_s, 60, 30), u"There's no default calendar to add events to."_s);
-}
-
-TEST_F(DesktopActionServiceTest, MomentsReadAsInACalendar)
-{
-    const QDateTime now = clock.now();
-    const struct {
-        const char *locale;
-        qint64 seconds;
-        QString reads;
-    } cases[] = {{"en_US", 3600, u"1:00 PM"_s},
-                 {"en_US", 3 * 86'400, u"Mar 4, 2026, 12:00 PM"_s},
-                 {"en_GB", 3 * 86'400, u"4 Mar 2026, 12:00"_s},
-                 {"de_DE", 3 * 86'400, u"4. März 2026, 12:00"_s}};
-    const QByteArray zone = qgetenv("TZ");
-    qputenv("TZ", "UTC");
-    for (const auto &[locale, seconds, reads] : cases)
-        EXPECT_EQ(EventWords::moment(now.addSecs(seconds), now, QLocale(QString::fromLatin1(locale))), reads);
-    if (!qputenv("TZ", zone) || zone.isEmpty())
-        qunsetenv("TZ");
-    EXPECT_EQ(EventWords::length(61), u"1 hour 1 minute"_s);
-    EXPECT_EQ(EventWords::length(120), u"2 hours"_s);
-    EXPECT_EQ(EventWords::length(0), u"no time at all"_s);
 }
 
 TEST_F(DesktopActionServiceTest, ShortcutsRunByTheirWholeNamesAndSayLittle)

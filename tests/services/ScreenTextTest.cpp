@@ -181,8 +181,7 @@ TEST_F(ScreenTextTest, AReaderThatMisbehavesIsAnErrorAndOneThatHangsIsEnded)
         QFile::remove(mark);
         ScreenTextRecognizer recognizer(work, clock, hanging, {u"eng"_s});
         std::stop_source stop;
-        auto outcome = std::make_shared<TestWait::Outcome<std::vector<TextObservation>>>();
-        TestWait::collect(recognizer.recognize(picture, stop.get_token()), outcome);
+        auto outcome = TestWait::begin(recognizer.recognize(picture, stop.get_token()));
         TestWait::until([&] { return QFileInfo(mark).size() > 0; });
         if (byTime)
             clock.advance(ScreenTextRecognizer::longestRun);
@@ -316,8 +315,7 @@ TEST(ScreenGlanceServiceTest, OneLookAtATimeAndOneThatIsStoppedOrLosesItsService
     screen.isSlow = true;
     auto service = std::make_unique<ScreenGlanceService>(screen, recognizer);
     std::stop_source stop;
-    const auto first = std::make_shared<TestWait::Outcome<QString>>();
-    TestWait::collect(service->captureText(stop.get_token()), first);
+    const auto first = TestWait::begin(service->captureText(stop.get_token()));
     EXPECT_TRUE(service->isCapturing());
     EXPECT_THROW(TestWait::await(service->captureText({})), ScreenGlanceError);
     stop.request_stop();
@@ -325,8 +323,7 @@ TEST(ScreenGlanceServiceTest, OneLookAtATimeAndOneThatIsStoppedOrLosesItsService
     EXPECT_THROW(std::rethrow_exception(first->error), CancelledError);
     EXPECT_FALSE(service->isCapturing());
 
-    const auto second = std::make_shared<TestWait::Outcome<QString>>();
-    TestWait::collect(service->captureText({}), second);
+    const auto second = TestWait::begin(service->captureText({}));
     service.reset();
     screen.answer.resolve(true);
     TestWait::until([&] { return second->done; });
