@@ -9,7 +9,6 @@
 #include "support/ScriptedServer.h"
 #include "support/TestData.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
 
 namespace morvane {
@@ -79,8 +78,7 @@ TEST_F(OllamaNativeProviderTest, AsksForThinkingWhereTheModelThinksAndRemembersW
         return (think.isEmpty() ? u"nothing"_s : think) +
                (session.requests().size() == sent + 3 ? u", asked once"_s : u", asked again"_s);
     };
-    const char *table = "ai/ollama_thinking.txt";
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect("ai/ollama_thinking.txt", outcome);
 }
 
 TEST_F(OllamaNativeProviderTest, YieldsEventsInTheirOrderAndNumbersCallsThroughTheReply)
@@ -111,8 +109,7 @@ TEST_F(OllamaNativeProviderTest, TheServersWordsDecideAboutAnError)
         const auto error = reply().error;
         return error ? error->userMessage() : u"no error"_s;
     };
-    const char *table = "ai/ollama_errors.txt";
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect("ai/ollama_errors.txt", outcome);
     EXPECT_TRUE(log.lines().contains(u"ai-provider: Native Ollama HTTP 400: <private>"_s));
     EXPECT_TRUE(log.lines().contains(u"ai-provider: Native Ollama stream error: <private>"_s));
 }
@@ -133,8 +130,7 @@ TEST_F(OllamaNativeProviderTest, ProbesReadWhatTheServerTellsAndNothingElse)
                (abilities ? u'[' + abilities->join(u", ") + u']' : u"none"_s) + u"; models "_s +
                (models ? u'[' + names.join(u", ") + u']' : u"none"_s);
     };
-    const char *table = "ai/ollama_probes.txt";
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect("ai/ollama_probes.txt", outcome);
     EXPECT_EQ(lineOf(session.requests()[0]), "GET https://host.example.com/api/version 3000 in all");
     EXPECT_EQ(lineOf(session.requests()[1]), "POST https://host.example.com/api/show 5000 in all");
     EXPECT_EQ(lineOf(session.requests()[2]), "GET https://host.example.com/api/tags 5000 in all");
@@ -178,8 +174,7 @@ TEST_F(OllamaNativeProviderTest, AProbeTellsANoFromNobodyAndThrowsOnlyWhenItIsSt
     }
     std::stop_source stop;
     session.answer(silent);
-    const auto outcome = std::make_shared<TestWait::Outcome<ProbeAnswer<QString>>>();
-    TestWait::collect(provider.version(configuration.baseURLString, stop.get_token()), outcome);
+    const auto outcome = TestWait::begin(provider.version(configuration.baseURLString, stop.get_token()));
     stop.request_stop();
     TestWait::until([&] { return outcome->done; });
     EXPECT_THROW(std::rethrow_exception(outcome->error), CancelledError);
@@ -201,33 +196,6 @@ TEST(OllamaProbeRowTest, TellsTheStatusOfAServerThatKnowsNoSuchPathHoweverMuchIt
     for (const NetworkLedger::Entry &row : ledger.snapshot().entries)
         EXPECT_EQ(row.outcome.text(), u"HTTP 404"_s);
     EXPECT_EQ(ledger.snapshot().entries.size(), 6U);
-}
-
-TEST_F(OllamaNativeProviderTest, AConnectionTestWantsTheModelOnTheListAndAReplyFromIt)
-{
-    const auto injected = std::make_shared<FakeHttpSession>();
-    OllamaNativeProvider own(network, {}, injected);
-    const auto outcome = [&](const std::vector<FakeHttpSession::Answer> &answers) {
-        for (const FakeHttpSession::Answer &answer : answers)
-            injected->answer(answer);
-        try {
-            (void)TestWait::await(own.testConnection(configuration, {}));
-            return std::optional<ProviderError>();
-        } catch (const ProviderError &error) {
-            return std::optional(error);
-        }
-    };
-    const FakeHttpSession::Answer list{.pieces = {R"({"models":[{"name":"a"},{"name":"qwen3:8b"}]})"}};
-    EXPECT_EQ(outcome({list, {.pieces = {noThinking}}, {.pieces = {hello}}}), std::nullopt);
-    EXPECT_EQ(lineOf(injected->requests()[0]), "GET http://localhost:11434/api/tags 20000 in all");
-    const auto body = QJsonDocument::fromJson(injected->requests()[2].body);
-    EXPECT_EQ(body["options"_L1]["num_predict"_L1].toInt(), 8);
-    EXPECT_EQ(outcome({list, {.pieces = {ollama.end()}}}), ProviderError(Plain::emptyResponse));
-    EXPECT_EQ(outcome({{.pieces = {R"({"models":[{"name":"a"}]})"}}}), ProviderError(Plain::modelNotListed));
-    EXPECT_EQ(outcome({{.status = 401}}), ProviderError(Plain::authenticationFailed));
-    injected->answer(200, ollama.calls(R"({"function":{"name":"check_connection"}})") + ollama.end());
-    EXPECT_EQ(TestWait::await(own.tryReply(configuration, {own.testTool()}, {})), (ReplyTrial{true, true}));
-    EXPECT_TRUE(network.asked.empty());
 }
 
 } // namespace

@@ -6,7 +6,6 @@
 #include "support/ProcessMemory.h"
 #include "support/TestData.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
 
 namespace morvane {
@@ -95,8 +94,7 @@ TEST_F(OpenAICompatibleProviderTest, TellsTheServersWordsToThePersonAndNotToTheL
         return log.lines().last() + u"; "_s + error.userMessage() + u" | "_s + error.quotedWords() +
                (error.isToolRejection() ? u" | may be about the tools"_s : QString());
     };
-    const char *table = "ai/server_words.txt";
-    EXPECT_EQ(TestData::transcript(table, told), TestData::text(table));
+    TestData::expect("ai/server_words.txt", told);
 }
 
 TEST_F(OpenAICompatibleProviderTest, TheCostliestLineStaysAffordable)
@@ -114,30 +112,6 @@ TEST_F(OpenAICompatibleProviderTest, TheCostliestLineStaysAffordable)
             EXPECT_LT(ProcessMemory::peakMebibytes([&] { replyTo(line); }), 120) << list << element;
         }
     }
-}
-
-TEST_F(OpenAICompatibleProviderTest, TriesAConnectionWithOneShortQuestion)
-{
-    const auto outcome = [&](int status, const QByteArray &body, std::stop_token stop = {}) {
-        session.answer(status, body);
-        try {
-            return TestWait::await(provider.testConnection(configuration, std::move(stop)));
-        } catch (const ProviderError &error) {
-            return error.userMessage();
-        }
-    };
-    EXPECT_EQ(outcome(200, R"({"choices":[{"message":{"content":"No."}}]})"), u"No."_s);
-    EXPECT_EQ(session.requests()[0].timeout.count(), 20'000);
-    EXPECT_EQ(sentBody()["max_tokens"_L1].toInt(), 8);
-    EXPECT_FALSE(sentBody().contains("stream"_L1));
-    EXPECT_EQ(sentBody()["messages"_L1][0]["content"_L1].toString(), u"Reply with the single word: ok"_s);
-    EXPECT_EQ(
-        outcome(200, R"({"choices":[{"message":{"content":"","tool_calls":[{"function":{"name":"f"}}]}}]})"),
-        ProviderError(Plain::emptyResponse).userMessage());
-    EXPECT_EQ(outcome(401, {}), ProviderError(Plain::authenticationFailed).userMessage());
-    std::stop_source stopped;
-    stopped.request_stop();
-    EXPECT_EQ(outcome(200, wholeReply, stopped.get_token()), ProviderError(Plain::cancelled).userMessage());
 }
 
 TEST_F(OpenAICompatibleProviderTest, ATrialTellsHowAReplyComesWithOneRequest)

@@ -116,7 +116,7 @@ TEST_P(ProviderContractTest, EveryBrokenServerEndsInItsError)
                (words.isEmpty() ? QString() : u" | "_s + words);
     };
     const char *table = GetParam().isOllama ? "ai/ollama_broken_servers.txt" : "ai/chat_broken_servers.txt";
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect(table, outcome);
 }
 
 // Each is refused once in the words of a real service, and asked as it likes from then on.
@@ -162,8 +162,7 @@ TEST_P(ProviderContractTest, AStopEndsTheReaderAtEachStageAndReachesTheServer)
     const auto stopWhen = [this](const char *model, const std::function<bool(int)> &reached) {
         std::stop_source stop;
         const auto events = std::make_shared<int>(0);
-        const auto outcome = std::make_shared<TestWait::Outcome<void>>();
-        TestWait::collect(readUntilStopped(ask(model), events, stop.get_token()), outcome);
+        const auto outcome = TestWait::begin(readUntilStopped(ask(model), events, stop.get_token()));
         TestWait::until([&] { return reached(*events); });
         stop.request_stop();
         TestWait::until([&] { return outcome->done; });

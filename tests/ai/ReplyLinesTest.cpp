@@ -88,7 +88,7 @@ QString modelNames(const QByteArray &body)
 TEST(ReplyLinesTest, SayWhatTheyHold)
 {
     const auto compare = [](const char *table, QString (*outcome)(const QByteArray &)) {
-        EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+        TestData::expect(table, outcome);
     };
     compare("ai/chat_lines.txt", classified);
     compare("ai/chat_bodies.txt", parsedBody);
@@ -168,8 +168,7 @@ QString splitLines(const QByteArray &body)
 
 TEST(LineSplitterTest, CutsAtEveryLineEndAndAtNothingElse)
 {
-    const char *table = "ai/line_ends.txt";
-    EXPECT_EQ(TestData::transcript(table, splitLines), TestData::text(table));
+    TestData::expect("ai/line_ends.txt", splitLines);
 }
 
 TEST(ToolCallAccumulatorTest, PutsFragmentsTogether)

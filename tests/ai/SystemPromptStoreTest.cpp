@@ -105,20 +105,6 @@ TEST_F(SystemPromptStoreTest, LeavesAFileThatItCannotOpenAloneUntilReset)
     EXPECT_EQ(store.prompt(), u"secret"_s);
 }
 
-TEST_F(SystemPromptStoreTest, WaitsForALockedVault)
-{
-    write(vault.seal(QByteArray("sealed words")));
-    const QByteArray before = contents();
-    vault.lock();
-    SystemPromptStore store(settings, vault, path);
-    EXPECT_FALSE(store.loadFailed());
-    store.setPrompt(u"unwritten"_s);
-    EXPECT_EQ(contents(), before);
-    vault.unlock();
-    store.load();
-    EXPECT_EQ(store.prompt(), u"sealed words"_s);
-}
-
 TEST_F(SystemPromptStoreTest, TakesOverOnceWhatOlderBuildsHeld)
 {
     const std::tuple<QString, QByteArray, QString> cases[] = {
@@ -171,8 +157,7 @@ TEST(SystemPromptTest, TheWordsAreTheAgreedOnes)
             tools.push_back({name});
         return QString::fromLatin1(fingerprint(SystemPrompt::toolInstructions(tools)));
     };
-    const char *table = "ai/tool_instructions.txt";
-    EXPECT_EQ(TestData::transcript(table, instructions), TestData::text(table));
+    TestData::expect("ai/tool_instructions.txt", instructions);
 }
 
 TEST(SystemPromptTest, IdentityThenRulesThenMemory)
