@@ -132,7 +132,6 @@ protected:
 
 TEST_F(HostPrivacyTest, ANameIsPrivateWhenAllItsAddressesAre)
 {
-    const char *table = "ai/near_hosts.txt";
     int number = 0;
     const auto outcome = [&](const QByteArray &addresses) {
         const QString name = u"row%1.local"_s.arg(number++);
@@ -140,7 +139,7 @@ TEST_F(HostPrivacyTest, ANameIsPrivateWhenAllItsAddressesAre)
                                 {QString::fromLatin1(addresses).split(u' ', Qt::SkipEmptyParts)});
         return isPrivate(name) ? u"private"_s : u"not"_s;
     };
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect("ai/near_hosts.txt", outcome);
     const int lookups = SocketSpy::lookups();
     EXPECT_TRUE(isPrivate(u"[FD00::1%eth0]"_s));
     EXPECT_FALSE(isPrivate(u"8.8.8.8"_s));
@@ -174,8 +173,7 @@ TEST_F(HostPrivacyTest, AnAnswerIsKeptForAMinuteAndAFailureIsNot)
 
 TEST_F(HostPrivacyTest, AHangingResolverHoldsUpNobody)
 {
-    const auto outcome = std::make_shared<TestWait::Outcome<bool>>();
-    TestWait::collect(hosts.isPrivate(u"slow.test"_s, {}), outcome);
+    const auto outcome = TestWait::begin(hosts.isPrivate(u"slow.test"_s, {}));
     SocketSpy::slowLookupBegan.acquire();
     EXPECT_FALSE(outcome->done) << "the caller's thread went on";
     clock.advance(HostLookup::limit);
@@ -185,8 +183,7 @@ TEST_F(HostPrivacyTest, AHangingResolverHoldsUpNobody)
 
     // Its owner may go while it hangs.
     auto gone = std::make_unique<HostPrivacy>(clock, work);
-    const auto orphan = std::make_shared<TestWait::Outcome<bool>>();
-    TestWait::collect(gone->isPrivate(u"slow.test"_s, {}), orphan);
+    const auto orphan = TestWait::begin(gone->isPrivate(u"slow.test"_s, {}));
     SocketSpy::slowLookupBegan.acquire();
     gone.reset();
     clock.advance(HostLookup::limit);

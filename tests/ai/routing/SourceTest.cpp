@@ -23,12 +23,11 @@ QStringList wordsOf(const AIRequestRouter &router)
 
 TEST_F(SourceTest, AnAddressAndAModelMakeASource)
 {
-    const char *table = "ai/sources.txt";
     const auto outcome = [this](const QByteArray &line) {
         configureLine(line);
         return wordsOf(*router).join(u" | ");
     };
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect("ai/sources.txt", outcome);
 }
 
 // The name doesn't tell, the server's own list does.
@@ -52,13 +51,12 @@ TEST_F(SourceTest, AModelThatTheServerPassesOnIsCalledACloudModelEverywhere)
 
 TEST(ModelNameTest, ReadsCloudSizeAndSameness)
 {
-    const char *table = "ai/model_names.txt";
     const auto outcome = [](const QByteArray &line) {
         const QString name = QString::fromUtf8(line);
         return (ModelName::isOllamaCloud(name) ? u"cloud "_s : u"here "_s) +
                QString::number(ModelName::parameterCount(name));
     };
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect("ai/model_names.txt", outcome);
     EXPECT_TRUE(ModelName::isSame(u"llama3.2"_s, u"llama3.2:latest"_s));
     EXPECT_FALSE(ModelName::isSame(u"llama3.2"_s, u"llama3.2:3b"_s));
     EXPECT_TRUE(ModelName::isSame(u"host:5000/x"_s, u"host:5000/x:latest"_s));
@@ -149,14 +147,13 @@ QStringList lines(const std::vector<AIMessage> &messages)
 
 TEST(ContextBuilderTest, KeepsTheNewestAndSaysWhatWasCut)
 {
-    const char *table = "ai/kept_messages.txt";
     const auto outcome = [](const QByteArray &line) {
         const QByteArrayList numbers = line.split(' ');
         return lines(ContextBuilder::build(history(numbers[0].toInt()), numbers[1].toLongLong(),
                                            u"Be kind."_s, std::nullopt))
             .join(u" | ");
     };
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect("ai/kept_messages.txt", outcome);
 }
 
 TEST(ContextBuilderTest, PicturesStayWithTheirMessageAndASummaryStandsInForTheNote)

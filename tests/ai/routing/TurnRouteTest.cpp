@@ -44,7 +44,6 @@ TEST_F(TurnRouteTest, TheDestinationDecidesAboutToolsAndNotes)
     names = {{u"mixed.local"_s, {u"192.168.1.9"_s, u"8.8.8.8"_s}},
              {u"box.local"_s, {u"192.168.1.9"_s}},
              {u"box.example"_s, {u"10.0.0.1"_s}}};
-    const char *table = "ai/tools_and_notes.txt";
     const auto outcome = [this](const QByteArray &line) {
         configureLine(line);
         const PreparedRequest prepared = prepare();
@@ -55,7 +54,7 @@ TEST_F(TurnRouteTest, TheDestinationDecidesAboutToolsAndNotes)
             << "notes in the prompt are private data";
         return toolNames(prepared) + (notes ? u", with notes"_s : u", without notes"_s);
     };
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect("ai/tools_and_notes.txt", outcome);
 
     configure(localhost, u"llama3.2:3b"_s);
     const PreparedRequest ghost = prepare({.memoryAllowed = false});
@@ -82,7 +81,6 @@ TEST_F(TurnRouteTest, TheDestinationDecidesAboutToolsAndNotes)
 TEST_F(TurnRouteTest, PrivateDataStaysOrMovesOrIsRefused)
 {
     probes.models = {{{u"llama3.2:3b"_s}, {u"alias"_s, true}}};
-    const char *table = "ai/private_turns.txt";
     const auto outcome = [this](const QByteArray &line) {
         configureLine(line);
         QStringList fates;
@@ -97,7 +95,7 @@ TEST_F(TurnRouteTest, PrivateDataStaysOrMovesOrIsRefused)
         fates.removeDuplicates();
         return fates.join(u" / ");
     };
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect("ai/private_turns.txt", outcome);
     EXPECT_EQ(lookups, 0) << "not even the name of a place that is out of the question is looked up";
     probes.models = {{{u"llama3.2:3b"_s, true}}};
     clock.advance(60s);
@@ -188,8 +186,7 @@ TEST_F(TurnRouteTest, APrivateTurnWaitsForAStartingModelAndNoLonger)
 {
     configure(u"https://service.example"_s, u"m"_s);
     const auto begin = [this](SensitiveDataSet data, std::stop_token stop = {}) {
-        auto outcome = std::make_shared<TestWait::Outcome<OpenedTurn>>();
-        TestWait::collect(router->openTurn(carrying(data), std::move(stop)), outcome);
+        auto outcome = TestWait::begin(router->openTurn(carrying(data), std::move(stop)));
         TestWait::settle();
         return outcome;
     };

@@ -121,14 +121,13 @@ TEST_F(ToolGateTest, LimitsAreCountedInCharacters)
 // Two addresses are the same where their normalised texts are; a search is made of the words of the path.
 TEST(WebAddressTest, IsReadNormalisedAndTurnedIntoASearch)
 {
-    const char *table = "ai/web_addresses.txt";
     const auto outcome = [](const QByteArray &line) {
         const auto url = WebAddress::parse(line);
         return url ? WebAddress::normalised(*url) + u" on “"_s + WebAddress::host(*url) + u"”; "_s +
                          WebAddress::searchQuery(*url).value_or(u"no search"_s)
                    : u"no address"_s;
     };
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect("ai/web_addresses.txt", outcome);
 }
 
 } // namespace

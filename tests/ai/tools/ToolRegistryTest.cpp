@@ -2,7 +2,6 @@
 #include "async/AsyncStream.h"
 #include "memory/MemoryFile.h"
 #include "support/LogCapture.h"
-#include "support/TestData.h"
 #include "utils/files/PrivateFile.h"
 
 namespace morvane {
@@ -98,8 +97,7 @@ protected:
                                                 const QString &, const AIToolCall &, const AITool &) {
             return wait(answers);
         }});
-        auto outcome = std::make_shared<TestWait::Outcome<AIToolResult>>();
-        TestWait::collect(asking.dispatch(usual(u"open_link"_s), turnOf(), std::move(stop)), outcome);
+        auto outcome = TestWait::begin(asking.dispatch(usual(u"open_link"_s), turnOf(), std::move(stop)));
         return outcome;
     }
 
@@ -154,22 +152,6 @@ QStringList lacking(const ToolRegistry &registry)
          {u"forget", u"search_web", u"look_at_screen", u"run_shortcut", u"no_such_tool"})
         reasons.append(registry.unavailableReason(name).value_or(QString()));
     return reasons;
-}
-
-// The words that small models and people were promised.
-TEST_F(AbilityCatalogueTest, OffersTheEightInTheirOrder)
-{
-    QStringList lines;
-    for (const AITool &tool : registry.availableTools()) {
-        lines += {tool.name + u": "_s + tool.displayName,
-                  u"    "_s + tool.risk.approvalVerb.value_or(u"(runs unasked)"_s),
-                  u"    "_s + tool.description, u"    "_s + tool.userDescription};
-        for (const auto &parameter : tool.parameters)
-            lines += u"    - "_s + parameter.name +
-                     (parameter.kind == AITool::Parameter::Kind::number ? u", a number"_s : QString()) +
-                     (parameter.required ? u": "_s : u", optional: "_s) + parameter.description;
-    }
-    EXPECT_EQ((lines.join(u'\n') + u'\n').toStdString(), TestData::text("ai/abilities.txt"));
 }
 
 TEST_F(AbilityCatalogueTest, FollowsTheSwitchesAndWhatTheBuildHas)
