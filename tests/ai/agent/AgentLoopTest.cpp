@@ -217,13 +217,12 @@ TEST_F(AgentLoopTest, DroppingTheReplyEndsItBeforeTheNextCall)
 
 TEST(ReplyPhrasesTest, AreSoughtInAnyLetterCaseAndAnywhere)
 {
-    const char *table = "ai/reply_phrases.txt";
     const auto outcome = [](const QByteArray &line) {
         const QString reply = QString::fromUtf8(line);
         return (ReplyPhrases::refusesSearch(reply) ? u"refuses a search"_s : QString()) +
                (ReplyPhrases::claimsScheduling(reply) ? u"claims an event"_s : QString());
     };
-    EXPECT_EQ(TestData::transcript(table, outcome), TestData::text(table));
+    TestData::expect("ai/reply_phrases.txt", outcome);
 }
 
 } // namespace

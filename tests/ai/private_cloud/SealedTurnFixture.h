@@ -176,13 +176,6 @@ protected:
         return all;
     }
 
-    [[nodiscard]] bool keepsProof()
-    {
-        const auto before = cloud.requests.size();
-        (void)TestWait::await(service.verifiedEnclave(configuration.model, {}, {}));
-        return cloud.requests.size() == before;
-    }
-
     [[nodiscard]] bool said(const QString &line) const
     {
         return log.lines().contains(u"ai-provider: "_s + line);
