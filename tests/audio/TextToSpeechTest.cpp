@@ -109,8 +109,7 @@ protected:
     }
     void speak(const QString &text, double rate = 0.5, bool code = false, const QString &by = u"one"_s)
     {
-        m_outcome = std::make_shared<TestWait::Outcome<void>>();
-        TestWait::collect<void>(service.speak(text, by, rate, code, stop.get_token()), m_outcome);
+        m_outcome = TestWait::begin(service.speak(text, by, rate, code, stop.get_token()));
         TestWait::until([this, before = output.sounds.size()] {
             return m_outcome->done || output.sounds.size() > before;
         });
@@ -228,8 +227,7 @@ TEST_F(TextToSpeechTest, AVoiceOfTheSystemSpeaksByItselfAndARemovedOneLeavesItTo
     output.end(true);
     EXPECT_TRUE(hasEnded() && others.rate == 9);
 
-    const auto outcome = std::make_shared<TestWait::Outcome<void>>();
-    TestWait::collect<void>(service.speak(u"There."_s, u"sys:there"_s, 0, false, {}), outcome);
+    const auto outcome = TestWait::begin(service.speak(u"There."_s, u"sys:there"_s, 0, false, {}));
     TestWait::until([this] { return others.rate != 9; });
     EXPECT_EQ(others.rate, -1);
     EXPECT_TRUE(service.isSpeaking() && output.sounds.size() == 1);
