@@ -1,10 +1,8 @@
 #include "ai/local/ArchiveUnpacking.h"
 
 #include "TestArchive.h"
-#include "async/CancelledError.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -100,18 +98,6 @@ TEST_F(ArchiveUnpackingTest, AnArchiveIsNoLargerThanItMayBe)
     const auto sparse = TestArchive::of({{Kind::file, "hole", "end", 1 << 20}});
     EXPECT_LT(sparse.size(), 4'096);
     EXPECT_EQ(unpack(sparse, {.bytes = 1 << 20}), Reason::refused);
-}
-
-TEST_F(ArchiveUnpackingTest, ABrokenArchiveIsUnreadable)
-{
-    const auto whole = TestArchive::of({{Kind::file, "a", QByteArray(100'000, 'a')}, {Kind::file, "b", "b"}});
-    EXPECT_EQ(unpack(whole.chopped(20)), Reason::unreadable);
-    EXPECT_EQ(unpack("no archive at all"), Reason::unreadable);
-    EXPECT_EQ(unpack({}), Reason::unreadable);
-    std::stop_source stop;
-    stop.request_stop();
-    TestArchive::write(archive, whole);
-    EXPECT_THROW(ArchiveUnpacking::unpack(archive, folder, {}, stop.get_token()), CancelledError);
 }
 
 } // namespace morvane

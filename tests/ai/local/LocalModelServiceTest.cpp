@@ -15,7 +15,6 @@
 #include "support/LogCapture.h"
 #include "support/ScriptedServer.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QTcpServer>
 #include <QTemporaryDir>
@@ -26,7 +25,6 @@
 namespace morvane {
 
 using namespace Qt::StringLiterals;
-using namespace std::chrono_literals;
 using Kind = LocalModelService::Phase::Kind;
 
 namespace {
@@ -215,23 +213,6 @@ TEST_F(LocalModelServiceTest, ASwappedRuntimeNeverRuns)
     EXPECT_EQ(service->phase().kind, Kind::ready);
 }
 
-TEST_F(LocalModelServiceTest, AServerThatAnswersIsUsedAndNotStopped)
-{
-    ScriptedServer foreign(ScriptedServer::answering(ScriptedServer::response(
-        "200 OK", R"({"models":[{"name":"llama3.2:1b","digest":"1","size":5}],"status":"success"})")));
-    values.serverOrigin = foreign.url(QString());
-    start();
-    EXPECT_EQ(TestWait::await(service->plan({})).toFetch(), 0U);
-    press();
-    EXPECT_EQ(service->phase(), (LocalModelService::Phase{Kind::ready, {}, u"llama3.2:1b"_s}));
-    EXPECT_FALSE(service->ownsServer());
-    EXPECT_TRUE(log().contains("a server already answers on"));
-    EXPECT_TRUE(releases->requests().empty());
-    service->stop();
-    settle();
-    EXPECT_EQ(service->phase().kind, Kind::ready);
-}
-
 TEST_F(LocalModelServiceTest, ARuntimeThatOpensItselfOrBreaksIsStoppedAndTheNextPressGoesOn)
 {
     for (const auto &[what, words] :
@@ -264,21 +245,6 @@ TEST_F(LocalModelServiceTest, ARuntimeWhosePlaceSomebodyElseHoldsAsWellIsStopped
     EXPECT_EQ(service->phase().kind, Kind::ready);
 }
 
-TEST_F(LocalModelServiceTest, ARuntimeThatIsKilledIsToldAndStartedAgain)
-{
-    press();
-    ::kill(pids().first(), SIGKILL);
-    TestWait::until([this] { return service->phase().kind == Kind::failed; });
-    EXPECT_EQ(alive(), 0) << "what it had started goes with it";
-    std::optional<bool> good;
-    QObject::connect(service.get(), &LocalModelServing::restarted, service.get(),
-                     [&](bool is) { good = is; });
-    service->restart();
-    settle();
-    EXPECT_EQ(good, true);
-    EXPECT_EQ(service->phase().kind, Kind::ready);
-}
-
 TEST_F(LocalModelServiceTest, AMissingIdentityKeyIsMadeAnewByARestart)
 {
     play(u"keyless"_s);
@@ -301,58 +267,6 @@ TEST_F(LocalModelServiceTest, AFoundRuntimeIsTakenAndAFullDiskStopsBeforeAnythin
     EXPECT_TRUE(releases->requests().empty());
     EXPECT_TRUE(lines.lines().contains(u"ai-provider: Using existing local AI runtime at "_s +
                                        values.foundRuntimes.first()));
-}
-
-TEST_F(LocalModelServiceTest, WithoutAnArchiveItSaysSo)
-{
-    values.archive.reset();
-    start();
-    EXPECT_EQ(TestWait::await(service->plan({})).runtime, SetupPlan::Runtime::unavailable);
-    press();
-    EXPECT_TRUE(service->phase().text.contains(u"Install Ollama yourself"_s));
-    QFile::copy(QStringLiteral(MORVANE_SCRIPTED_RUNTIME), values.foundRuntimes.first());
-    bool hasAppeared = false;
-    QObject::connect(service.get(), &LocalModelService::runtimeAppeared, service.get(),
-                     [&] { hasAppeared = true; });
-    service->watchForRuntime(true);
-    TestWait::until([&] { return hasAppeared; });
-}
-
-TEST_F(LocalModelServiceTest, ACancelledPressLeavesNothingRunningAndTheNextOneIsWhole)
-{
-    const auto cancelAt = [this](Kind kind) {
-        const auto done = std::make_shared<bool>(false);
-        QObject::connect(service.get(), &LocalModelService::changed, service.get(), [this, kind, done] {
-            if (service->phase().kind == kind && !std::exchange(*done, true))
-                QMetaObject::invokeMethod(service.get(), &LocalModelService::cancel, Qt::QueuedConnection);
-        });
-        press();
-        EXPECT_EQ(service->phase().kind, Kind::notSetUp);
-        if (kind == Kind::startingRuntime) // nobody has looked where it listens
-            TestWait::until([this] { return !service->ownsServer() && alive() == 0; });
-    };
-    for (const Kind kind : {Kind::downloadingRuntime, Kind::startingRuntime, Kind::downloadingModel})
-        cancelAt(kind);
-    press();
-    EXPECT_EQ(service->phase().kind, Kind::ready);
-}
-
-TEST_F(LocalModelServiceTest, AChangedFingerprintIsToldUntilItIsAccepted)
-{
-    TestArchive::write(home.filePath(u"models"_s), "llama3.2:1b");
-    QDir().mkpath(values.folder);
-    TestArchive::write(values.pins(), R"({"digests":{"llama3.2:1b":"former"}})");
-    start();
-    press();
-    EXPECT_TRUE(service->integrityWarning().startsWith(
-        u"The model llama3.2:1b on this computer is not the one MorvaneGPT first installed"_s));
-    EXPECT_TRUE(lines.lines().contains(
-        u"ai-provider: Model llama3.2:1b changed fingerprint (former → d-llama3.2:1b)"_s));
-    service->acceptFingerprints();
-    EXPECT_EQ(service->integrityWarning(), QString());
-    service->refresh();
-    TestWait::until([this] { return !service->models().empty(); });
-    EXPECT_EQ(service->integrityWarning(), QString());
 }
 
 } // namespace morvane

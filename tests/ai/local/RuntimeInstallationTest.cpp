@@ -6,7 +6,6 @@
 #include "ai/local/SetupLog.h"
 #include "security/InMemoryKeychainService.h"
 #include "security/LocalDataVault.h"
-#include "support/FileSpy.h"
 #include "support/ManualClock.h"
 
 #include <QDir>
@@ -14,8 +13,6 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 namespace morvane {
 
@@ -105,48 +102,6 @@ TEST_F(RuntimeInstallationTest, WithoutTheKeyNothingIsSaidAndNothingDeleted)
     EXPECT_TRUE(installation().exists());
     vault.unlock();
     EXPECT_TRUE(installation().verify({}));
-}
-
-// Whatever the moment, what lies there afterwards is a whole runtime of one kind or fails its check, and the
-// next installation goes through.
-TEST_F(RuntimeInstallationTest, AProcessKilledAtAnyStepLeavesNothingHalfInstalledThatRuns)
-{
-    int call = 1;
-    for (bool isKilled = true; isKilled && !HasFailure(); ++call) {
-        pack("former");
-        installation().install(archive, {});
-        pack("program");
-        const pid_t child = ::fork();
-        if (child == 0) {
-            FileSpy spy(home.path());
-            spy.killAt(call);
-            installation().install(archive, {});
-            ::_exit(0);
-        }
-        int status = 0;
-        ASSERT_EQ(::waitpid(child, &status, 0), child);
-        isKilled = WIFSIGNALED(status);
-        const auto anew = installation();
-        if (anew.exists() && anew.verify({})) {
-            const QByteArray program = TestArchive::read(values.binary());
-            EXPECT_TRUE(program == "program" || (isKilled && program == "former")) << call;
-        }
-        anew.install(archive, {});
-        EXPECT_TRUE(anew.verify({})) << call;
-        EXPECT_FALSE(QFileInfo::exists(values.folder + u"/runtime.staging"_s));
-    }
-    EXPECT_GT(call, 5);
-}
-
-TEST_F(RuntimeInstallationTest, WhatHasNoRuntimeInItIsNotInstalled)
-{
-    TestArchive::write(archive, TestArchive::of({{Kind::file, "readme", "x"}}));
-    EXPECT_THROW(installation().install(archive, {}), LocalSetupError);
-    TestArchive::write(archive, "no archive");
-    EXPECT_THROW(installation().install(archive, {}), LocalSetupError);
-    EXPECT_FALSE(QFileInfo::exists(values.folder + u"/runtime.staging"_s));
-    EXPECT_FALSE(installation().exists());
-    EXPECT_TRUE(TestArchive::read(values.setupLog()).contains("runtime unpack failed (tar exit "));
 }
 
 } // namespace morvane
