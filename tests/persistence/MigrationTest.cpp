@@ -5,7 +5,6 @@
 #include "persistence/LocalDataEraser.h"
 #include "persistence/UserDefaultsSettingsRepository.h"
 #include "security/InMemoryKeychainService.h"
-#include "support/LogCapture.h"
 #include "support/TestData.h"
 #include "utils/files/PrivateFile.h"
 
@@ -23,7 +22,6 @@ namespace {
 const QString oldest = u"ai.quelmarfolk.macos"_s;
 const QString older = u"ai.quelmarfolk.mac"_s;
 const QString old = u"com.morvane.Quelmar"_s;
-const QString keptLine = u"Migration: Keychain move failed; the old entry was left in place"_s;
 
 class MigrationTest : public testing::Test {
 protected:
@@ -69,16 +67,10 @@ protected:
         return folders.data + u"/Morvane/"_s + name;
     }
 
-    [[nodiscard]] qsizetype logged(const QString &line) const
-    {
-        return log.lines().count(u"persistence: "_s + line);
-    }
-
     QTemporaryDir home;
     SupportFolders folders = SupportFolders::inProfile(home.path());
     InMemorySettingsRepository defaults;
     InMemoryKeychainService keychain;
-    LogCapture log;
 };
 
 TEST_F(MigrationTest, SettingsOfOlderIdentifiersFillWhatIsNotSet)
@@ -95,15 +87,10 @@ TEST_F(MigrationTest, SettingsOfOlderIdentifiersFillWhatIsNotSet)
     EXPECT_EQ(defaults.integer(u"odd"_s), 1);
     EXPECT_EQ(defaults.integer(u"idleMinutes"_s), 9);
     EXPECT_EQ(defaults.boolean(u"memoryEnabled"_s), false);
-    EXPECT_EQ(log.lines(),
-              QStringList({u"persistence: Migration: carried over 1 setting(s) from ai.quelmarfolk.macos"_s,
-                           u"persistence: Migration: carried over 1 setting(s) from com.morvane.Quelmar"_s,
-                           u"persistence: Completed migration from the legacy bundle identifier"_s}));
 
     set(old, u"late"_s, true);
     migrate(); // the flag is set
     EXPECT_EQ(defaults.value(u"late"_s), std::nullopt);
-    EXPECT_EQ(log.lines().size(), 3);
 }
 
 TEST_F(MigrationTest, SupportFilesMoveUnlessTheirNameIsTaken)
@@ -116,7 +103,6 @@ TEST_F(MigrationTest, SupportFilesMoveUnlessTheirNameIsTaken)
     EXPECT_EQ(PrivateFile::read(folders.data + u"/Morvane/taken"_s, 9), "new");
     EXPECT_FALSE(QDir(folders.data + u'/' + oldest).exists());
     EXPECT_EQ(itemsOf(old), u"taken"_s);
-    EXPECT_EQ(logged(u"Migration: moved app-support contents to the new folder"_s), 2);
 
     defaults.removeAll(); // a failure is logged, and the rest goes on
     QDir(folders.data + u"/Morvane"_s).removeRecursively();
@@ -124,7 +110,6 @@ TEST_F(MigrationTest, SupportFilesMoveUnlessTheirNameIsTaken)
     keychain.addSecret(older, {u"account"_s, u"value"_s});
     migrate();
     EXPECT_EQ(itemsOf(old), u"taken"_s);
-    EXPECT_EQ(logged(u"Migration: app-support move failed — <private>"_s), 1);
     EXPECT_EQ(keychain.read(u"account"_s), u"value"_s);
 }
 
@@ -158,7 +143,6 @@ TEST_F(MigrationTest, SecretsMoveAndNeverReplaceAnother)
     migrate();
     keychain.setFailure(std::nullopt);
     EXPECT_EQ(keychain.secretsOf(oldest).size(), 2U);
-    EXPECT_EQ(logged(keptLine), 3); // once for each identifier that has any
     defaults.removeAll();
     migrate();
     EXPECT_EQ(keychain.read(u"local-data-key"_s), u"in use"_s);
@@ -166,8 +150,6 @@ TEST_F(MigrationTest, SecretsMoveAndNeverReplaceAnother)
     using Secrets = std::vector<LegacySecretListing::Secret>;
     EXPECT_EQ(keychain.secretsOf(oldest), (Secrets{{u"local-data-key"_s, u"older"_s}}));
     EXPECT_EQ(keychain.secretsOf(old).size(), 1U);
-    EXPECT_EQ(logged(u"Migration: moved a stored secret to the new Keychain service"_s), 1);
-    EXPECT_EQ(logged(keptLine), 4);
 }
 
 TEST_F(MigrationTest, WhatDepartedPartsLeftGoesOnceAndNothingElse)
@@ -188,9 +170,6 @@ TEST_F(MigrationTest, WhatDepartedPartsLeftGoesOnceAndNothingElse)
         return stays ? u"stays"_s : u"goes"_s;
     };
     TestData::expect("persistence/departed.txt", fate);
-    EXPECT_EQ(logged(u"Removed leftover coding-engine data: terminal"_s), 1);
-    EXPECT_EQ(logged(u"Removed a departed module's store: email-accounts.json"_s), 1);
-    EXPECT_EQ(logged(u"Removed 1 store(s) the departed modules left"_s), 11);
 
     place(u"Morvane"_s, u"terminal routines.json"_s);
     remove(); // the flags are set
