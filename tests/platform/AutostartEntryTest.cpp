@@ -2,11 +2,9 @@
 
 #include "platform/linux/PortalAutostart.h"
 #include "services/LaunchAtLoginService.h"
-#include "support/PrivateBus.h"
+#include "support/PlayedPortal.h"
 #include "utils/files/PrivateFile.h"
 
-#include <QDBusArgument>
-#include <QDBusObjectPath>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -80,38 +78,18 @@ TEST_F(AutostartEntryTest, CountsAsOnOnlyWhenASessionWouldStartThisProgram)
     EXPECT_FALSE(entry.isOn());
 }
 
-TEST_F(AutostartEntryTest, ARefusalIsSaidAndNotShownAsGranted)
-{
-    PrivateFile::write(config, "no folder");
-    AutostartEntry entry(config, made(u"morvane"_s));
-    LaunchAtLoginService service(entry);
-    service.setEnabled(true);
-    EXPECT_FALSE(service.isEnabled());
-    EXPECT_FALSE(service.message().isEmpty());
-    QFile::remove(config);
-    service.setEnabled(true);
-    EXPECT_TRUE(service.isEnabled());
-    EXPECT_TRUE(service.message().isEmpty());
-}
-
 TEST_F(AutostartEntryTest, ASandboxedProgramHasWhatThePortalAnswered)
 {
     PrivateBus bus;
     std::optional<std::pair<uint, bool>> answer; // none: the portal doesn't know the method
     QVariantMap asked;
-    PlayedService portal(bus.connection(), u"org.freedesktop.portal.Desktop"_s,
-                         [&](const QDBusMessage &call, const QDBusConnection &from) {
-                             if (!answer)
-                                 return false;
-                             asked = qdbus_cast<QVariantMap>(call.arguments().at(1));
-                             const QString request = u"/org/freedesktop/portal/desktop/request/%1/%2"_s.arg(
-                                 call.service().mid(1).replace(u'.', u'_'),
-                                 asked[u"handle_token"_s].toString());
-                             from.send(call.createReply(QVariant::fromValue(QDBusObjectPath(request))));
-                             portal.tell(request, u"org.freedesktop.portal.Request"_s, u"Response"_s,
-                                         {answer->first, QVariantMap{{u"autostart"_s, answer->second}}});
-                             return true;
-                         });
+    const PlayedPortal portal(bus.connection(), [&](const QDBusMessage &call, const QDBusConnection &on) {
+        if (!answer || call.member() != "RequestBackground"_L1)
+            return false;
+        asked = PlayedPortal::optionsOf(call);
+        PlayedPortal::answer(call, on, answer->first, {{u"autostart"_s, answer->second}});
+        return true;
+    });
     const auto session = bus.connection();
     const struct {
         bool wished;

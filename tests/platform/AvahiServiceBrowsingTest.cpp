@@ -4,7 +4,6 @@
 #include "support/ManualClock.h"
 #include "support/PrivateBus.h"
 
-#include <QDBusContext>
 #include <QDBusObjectPath>
 #include <QProcess>
 #include <QScopeGuard>
@@ -125,35 +124,6 @@ TEST_F(AvahiServiceBrowsingTest, FollowsTheComputersOfANetworkAndADaemonThatCome
     EXPECT_EQ(ending(), u"missing"_s);
 }
 
-// The daemon's side of the bus.
-class FakeDaemon : public QObject, protected QDBusContext {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Avahi.Server")
-
-public:
-    QString error;
-
-public Q_SLOTS:
-    QDBusObjectPath ServiceBrowserNew(int, int, const QString &type, const QString &, uint)
-    {
-        const QString path = u"/browser%1"_s.arg(++browsers);
-        if (!error.isEmpty())
-            sendErrorReply(error, u"So."_s);
-        // Before its path is told.
-        if (type == "_ssh._tcp"_L1)
-            for (const auto &[name, flags] : {std::pair{u"Other\nbox"_s, 0U}, {u"Ours"_s, 8U}}) {
-                auto signal = QDBusMessage::createTargetedSignal(
-                    message().service(), path, u"org.freedesktop.Avahi.ServiceBrowser"_s, u"ItemNew"_s);
-                signal.setArguments({2, 0, name, type, u"local"_s, flags});
-                connection().send(signal);
-            }
-        return QDBusObjectPath(path);
-    }
-
-private:
-    int browsers = 0;
-};
-
 TEST_F(AvahiServiceBrowsingTest, SaysWhyNothingCanBeSearchedAndHearsWhatComesEarly)
 {
     browser.start();
@@ -165,18 +135,30 @@ TEST_F(AvahiServiceBrowsingTest, SaysWhyNothingCanBeSearchedAndHearsWhatComesEar
     browser.start();
     EXPECT_EQ(ending(), u"missing"_s);
 
-    auto theirs = bus.connection();
-    FakeDaemon daemon;
-    theirs.registerObject(u"/"_s, &daemon, QDBusConnection::ExportAllSlots);
-    ASSERT_TRUE(theirs.registerService(u"org.freedesktop.Avahi"_s));
+    QString refusal;
+    int browsers = 0;
+    PlayedService daemon(
+        bus.connection(), u"org.freedesktop.Avahi"_s,
+        [&](const QDBusMessage &call, const QDBusConnection &on) {
+            const QString path = u"/browser%1"_s.arg(++browsers);
+            const QString type = call.arguments().value(2).toString();
+            if (!refusal.isEmpty())
+                return on.send(call.createErrorReply(refusal, u"So."_s));
+            for (const auto &[name, flags] : {std::pair{u"Other\nbox"_s, 0U}, {u"Ours"_s, 8U}}) {
+                if (type == "_ssh._tcp"_L1) // before its path is told
+                    daemon.tell(path, u"org.freedesktop.Avahi.ServiceBrowser"_s, u"ItemNew"_s,
+                                {2, 0, name, type, u"local"_s, flags});
+            }
+            return on.send(call.createReply(QVariant::fromValue(QDBusObjectPath(path))));
+        });
     for (const auto &[error, end] : {std::pair{u"org.freedesktop.DBus.Error.AccessDenied"_s, u"denied"_s},
                                      {u"org.freedesktop.Avahi.AccessDeniedError"_s, u"denied"_s},
                                      {u"org.freedesktop.Avahi.NotSupportedError"_s, u"failed"_s}}) {
-        daemon.error = error;
+        refusal = error;
         browser.start();
         EXPECT_EQ(ending(), end) << error.toStdString();
     }
-    daemon.error.clear();
+    refusal.clear();
     browser.start();
     awaitShown(u"Other box@Other box.local"_s); // it doesn't tell whose service that is
 }
@@ -184,5 +166,3 @@ TEST_F(AvahiServiceBrowsingTest, SaysWhyNothingCanBeSearchedAndHearsWhatComesEar
 } // namespace
 
 } // namespace morvane
-
-#include "AvahiServiceBrowsingTest.moc"

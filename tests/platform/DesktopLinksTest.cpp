@@ -5,10 +5,8 @@
 #include "async/CancelledError.h"
 #include "platform/linux/PortalCall.h"
 #include "support/ManualClock.h"
-#include "support/PrivateBus.h"
+#include "support/PlayedPortal.h"
 
-#include <QDBusContext>
-#include <QDBusObjectPath>
 #include <QDBusUnixFileDescriptor>
 #include <QFile>
 #include <QFileInfo>
@@ -25,42 +23,35 @@ using Outcome = LinkOpening::Outcome;
 
 namespace {
 
-// The portal's side of the bus. Answers with `response`, or not at all.
-class FakePortal : public QObject, protected QDBusContext {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.OpenURI")
-
+// Answers with `response`, or not at all.
+class Portal {
 public:
+    explicit Portal(QDBusConnection bus)
+        : m_played(std::move(bus), [this](const auto &call, const auto &on) { return take(call, on); })
+    {}
+
     std::optional<uint> response = 0;
     QString error;
     QStringList opened;
 
-public Q_SLOTS:
-    QDBusObjectPath OpenURI(const QString &, const QString &address, const QVariantMap &options)
+private:
+    bool take(const QDBusMessage &call, const QDBusConnection &on)
     {
-        return answer(address, options);
-    }
-    QDBusObjectPath OpenFile(const QString &, const QDBusUnixFileDescriptor &file, const QVariantMap &options)
-    {
-        return answer(QFileInfo(u"/proc/self/fd/%1"_s.arg(file.fileDescriptor())).symLinkTarget(), options);
+        if (!call.member().startsWith("Open"_L1))
+            return false;
+        const QVariant what = call.arguments().at(1);
+        const int file = qvariant_cast<QDBusUnixFileDescriptor>(what).fileDescriptor();
+        opened += call.member() == "OpenURI"_L1 ? what.toString()
+                                                : QFileInfo(u"/proc/self/fd/%1"_s.arg(file)).symLinkTarget();
+        if (!error.isEmpty())
+            return on.send(call.createErrorReply(error, u"So."_s));
+        if (response) // before its path is told
+            PlayedPortal::decide(PlayedPortal::handleOf(call), on, *response);
+        PlayedPortal::take(call, on);
+        return true;
     }
 
-private:
-    QDBusObjectPath answer(const QString &what, const QVariantMap &options)
-    {
-        opened.append(what);
-        if (!error.isEmpty())
-            sendErrorReply(error, u"So."_s);
-        const QString path = u"/org/freedesktop/portal/desktop/request/%1/%2"_s.arg(
-            message().service().mid(1).replace(u'.', u'_'), options.value(u"handle_token"_s).toString());
-        if (response) { // before its path is told
-            auto signal = QDBusMessage::createTargetedSignal(
-                message().service(), path, u"org.freedesktop.portal.Request"_s, u"Response"_s);
-            signal.setArguments({*response, QVariantMap()});
-            connection().send(signal);
-        }
-        return QDBusObjectPath(path);
-    }
+    PlayedPortal m_played;
 };
 
 class DesktopLinksTest : public testing::Test {
@@ -80,10 +71,7 @@ protected:
 TEST_F(DesktopLinksTest, AskThePortalAndHeedItsAnswer)
 {
     DesktopLinks links(bus.connection(), clock);
-    auto theirs = bus.connection();
-    FakePortal portal;
-    theirs.registerObject(u"/org/freedesktop/portal/desktop"_s, &portal, QDBusConnection::ExportAllSlots);
-    ASSERT_TRUE(theirs.registerService(u"org.freedesktop.portal.Desktop"_s));
+    Portal portal(bus.connection());
     const QUrl page(u"https://a.example/ü?q=1"_s);
     for (const auto &[response, outcome] :
          {std::pair{0U, Outcome::opened}, {1U, Outcome::dismissed}, {2U, Outcome::failed}}) {
@@ -163,5 +151,3 @@ TEST_F(DesktopLinksTest, WithoutAPortalTheExitOfXdgOpenTellsTheTruth)
 } // namespace
 
 } // namespace morvane
-
-#include "DesktopLinksTest.moc"

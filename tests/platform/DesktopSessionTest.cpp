@@ -159,14 +159,6 @@ TEST_F(DesktopSessionTest, HearsScreenSaversDisplaysAndThePortal)
     EXPECT_FALSE(session.absence().isScreenSaverRunning);
 }
 
-TEST(DesktopSessionWithoutBusesTest, HearsNothingAndHolds)
-{
-    DesktopSession session{DesktopSession::Buses{}};
-    session.startWatching();
-    session.askIdleTime();
-    EXPECT_EQ(session.absence().idleSeconds, 0);
-}
-
 } // namespace
 
 } // namespace morvane

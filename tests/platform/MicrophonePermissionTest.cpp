@@ -2,9 +2,8 @@
 
 #include "audio/AudioError.h"
 #include "audio/AudioPermissionService.h"
-#include "support/PrivateBus.h"
+#include "support/PlayedPortal.h"
 
-#include <QDBusObjectPath>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -16,53 +15,26 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The desktop's side: refuses to serve, or answers as the test says, to whoever listens at the handle.
-class FakePortal : public QObject {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Device")
-
-public:
-    explicit FakePortal(QDBusConnection bus)
-        : m_bus(std::move(bus))
-    {}
-    std::optional<uint> response;
-    int asked = 0;
-
-    void answer(const QDBusMessage &call, const QString &token)
-    {
-        const QString handle = u"/org/freedesktop/portal/desktop/request/%1/%2"_s.arg(
-            call.service().mid(1).replace(u'.', u'_'), token);
-        m_bus.send(call.createReply(QVariant::fromValue(QDBusObjectPath(handle))));
-        auto signal = QDBusMessage::createSignal(handle, u"org.freedesktop.portal.Request"_s, u"Response"_s);
-        signal.setArguments({*response, QVariantMap()});
-        m_bus.send(signal);
-    }
-
-public Q_SLOTS:
-    QDBusObjectPath AccessDevice(uint process, QStringList devices, QVariantMap options,
-                                 const QDBusMessage &call)
-    {
-        ++asked;
-        call.setDelayedReply(true);
-        if (!response || process != QCoreApplication::applicationPid() ||
-            devices != QStringList{u"microphone"_s})
-            m_bus.send(call.createErrorReply(u"org.freedesktop.portal.Error.NotAllowed"_s, u"not inside"_s));
-        else
-            answer(call, options.value(u"handle_token"_s).toString());
-        return {};
-    }
-
-private:
-    QDBusConnection m_bus;
-};
-
 TEST(MicrophonePermissionTest, ASandboxDecidesOrThePersonDoesAndNobodyElseIsAsked)
 {
     const QTemporaryDir folder;
     PrivateBus bus;
-    auto theirs = bus.connection();
     const auto ours = bus.connection();
-    FakePortal portal(theirs);
+    std::optional<uint> response; // none: it doesn't serve this program
+    int asked = 0;
+    const PlayedService::Answer answer = [&](const QDBusMessage &call, const QDBusConnection &on) {
+        const QVariantList given = call.arguments();
+        if (call.member() != "AccessDevice"_L1)
+            return false;
+        ++asked;
+        if (response && given.at(0).toUInt() == QCoreApplication::applicationPid() &&
+            given.at(1).toStringList() == QStringList{u"microphone"_s})
+            PlayedPortal::answer(call, on, *response);
+        else
+            on.send(call.createErrorReply(u"org.freedesktop.portal.Error.NotAllowed"_s, u"not inside"_s));
+        return true;
+    };
+    std::optional<PlayedPortal> portal;
     const QString description = folder.filePath(u"info"_s);
     using Case = AudioError::Case;
     const QByteArray withSound = "[Context]\nsockets=wayland;pulseaudio;\n";
@@ -92,25 +64,20 @@ TEST(MicrophonePermissionTest, ASandboxDecidesOrThePersonDoesAndNobodyElseIsAske
         if (each.sandbox && file.open(QIODevice::WriteOnly))
             file.write(*each.sandbox);
         file.close();
-        if (each.hasPortal) {
-            theirs.registerObject(u"/org/freedesktop/portal/desktop"_s, &portal,
-                                  QDBusConnection::ExportAllContents);
-            theirs.registerService(u"org.freedesktop.portal.Desktop"_s);
-        }
-        portal.response = each.response;
-        portal.asked = 0;
+        if (each.hasPortal && !portal)
+            portal.emplace(bus.connection(), answer);
+        response = each.response;
+        asked = 0;
         MicrophonePermission permission({description, ours});
         AudioPermissionService service(permission);
         for (int press = 0; press < 2; ++press)
             TestWait::await(service.settle({}));
         const auto refusal = service.refusal();
         EXPECT_EQ(refusal ? std::optional(refusal->reason()) : std::nullopt, each.refusal) << each.what;
-        EXPECT_EQ(portal.asked, each.asked) << each.what;
+        EXPECT_EQ(asked, each.asked) << each.what;
     }
 }
 
 } // namespace
 
 } // namespace morvane
-
-#include "MicrophonePermissionTest.moc"

@@ -200,18 +200,6 @@ TEST_F(NotificationsTest, NothingStandsOnALockedScreenAndItComesWhenThatOpens)
     EXPECT_EQ(server.shown().count(u"Reply ready"_s), 2);
 }
 
-TEST_F(NotificationsTest, WithoutAServerNothingIsKept)
-{
-    m_service.replyReady(chat, u"Ferns"_s);
-    QDBusConnection other = m_bus.connection();
-    m_ours.call(QDBusMessage::createMethodCall(name, path, name, u"GetCapabilities"_s), QDBus::BlockWithGui);
-    TestWait::settle(); // the answer to this call came behind that to the program's own
-    Server server(other);
-    m_service.withdrawAll();
-    m_service.replyReady(otherChat, u"Moss"_s);
-    await(server, u"Reply ready|Moss"_s);
-}
-
 TEST_F(NotificationsTest, WhatAKilledRunLeftTheNextOneTakesBack)
 {
     const QTemporaryDir folder;

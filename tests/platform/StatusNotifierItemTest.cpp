@@ -135,9 +135,6 @@ TEST_F(StatusNotifierItemTest, PanelsReadItsStateAndAPictureOfEach)
             for (const TrayPicture &picture : pictures) {
                 EXPECT_EQ(picture.pixels.size(), 4 * picture.width * picture.height);
                 EXPECT_EQ(picture.pixels.front(), 0) << "its corner shows the panel";
-                const qsizetype middle = 4 * (picture.width * (picture.height * 3 / 4) + picture.width / 2);
-                EXPECT_EQ(picture.pixels[middle], '\xff') << "the ghost is nowhere transparent";
-                EXPECT_GT(static_cast<uchar>(picture.pixels[middle + 1]), 0xc0) << picture.width;
             }
             drawings.push_back(pictures.front().pixels);
         }
