@@ -1,5 +1,4 @@
 #include "DocumentImportFixture.h"
-#include "support/LogCapture.h"
 
 #include <QDirIterator>
 #include <QProcess>
@@ -19,7 +18,6 @@ using DocumentImportTest = DocumentImportFixture;
 
 TEST_F(DocumentImportTest, TakesTextOutOfEachKind)
 {
-    const LogCapture log;
     EXPECT_EQ(import(u"Notes.TXT"_s, " Gr\xfc\xdf"
                                      "e \n")
                   .text,
@@ -49,14 +47,6 @@ TEST_F(DocumentImportTest, TakesTextOutOfEachKind)
                       service.importDocument(QUrl(u"https://a.example/b.txt"_s), 9, progress, {}));
               }),
               DocumentError(Plain::unreadable));
-    const QStringList first{u"documents: Imported document (5 characters, truncated: false)"_s,
-                            u"documents: Imported document (11 characters, truncated: false)"_s,
-                            u"documents: Imported document (5 characters, truncated: true)"_s};
-    EXPECT_EQ(log.lines().first(3), first);
-    const QStringList last{u"documents: PDF contained no selectable text"_s,
-                           u"documents: Rejected unsupported file type: pages"_s,
-                           u"documents: Rejected unsupported file type: unknown"_s};
-    EXPECT_EQ(log.lines().last(3), last);
 }
 
 TEST_F(DocumentImportTest, OpensAPDFThatIsEncryptedWhereItNeedsNoPassword)
