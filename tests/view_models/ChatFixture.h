@@ -107,14 +107,12 @@ private:
     QStringList &m_heard;
 };
 
-// A runtime on this machine, and how often it was started again.
+// A runtime on this machine.
 class RestartedModel final : public LocalModelServing {
 public:
     [[nodiscard]] State state() const override { return State::ready; }
     [[nodiscard]] QString model() const override { return QStringLiteral("practice"); }
-    void restart() override { ++restarts; }
-
-    int restarts = 0;
+    void restart() override {}
 };
 
 // A chat controller over a store, in memory if no other is given, scripted replies and a clock that stands

@@ -71,7 +71,15 @@ protected:
 
 TEST_F(MessageDeskTest, AReplyIsMadeAgainAndTheFormerOneKeptAndOnlyTheChosenOneIsSent)
 {
-    deliver(u"q"_s, u"first"_s);
+    chat.setDraft(u"q"_s);
+    {
+        FileSpy spy(home.path());
+        chat.send();
+        EXPECT_TRUE(spy.steps().contains(u"sync Morvane.store-wal"_s)) << "before an answer is asked for";
+    }
+    TestWait::settle();
+    replies.text(u"first"_s);
+    replies.finish();
     const auto former = lastMessage();
     former->setPlaceRaw(u"verified-enclave"_s);
     const QSignalSpy reset(chat.messages(), &QAbstractItemModel::modelReset);
