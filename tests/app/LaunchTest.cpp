@@ -1,7 +1,6 @@
 #include "app/Launch.h"
 
 #include "app/Erasure.h"
-#include "app/WindowIcon.h"
 #include "persistence/ChatStoreLocation.h"
 #include "persistence/UserDefaultsSettingsRepository.h"
 #include "platform/linux/ProcessPrivacy.h"
@@ -384,16 +383,6 @@ TEST(CommandLineTest, SaysWhatTheProgramWasStartedWith)
     for (const QString &option : {u"--dev-relay=127.0.0.1:1"_s, u"--dev-runtime=/dev/null"_s})
         EXPECT_EXIT(static_cast<void>(CommandLine::parse({u"m"_s, u"--profile"_s, u"here"_s, option})),
                     testing::ExitedWithCode(1), "[Uu]nknown");
-}
-
-TEST(WindowIconTest, IsOpaqueInTheMiddleAndClearAtTheCorners)
-{
-    for (const QSize &size : windowIcon().availableSizes()) {
-        const QImage image = windowIcon().pixmap(size).toImage();
-        EXPECT_EQ(image.pixelColor(size.width() / 2, size.height() / 4).alpha(), 255) << size.width();
-        EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0) << size.width();
-    }
-    EXPECT_GE(windowIcon().availableSizes().size(), 4);
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include "view_models/settings/AISettingsViewModel.h"
 #include "view_models/settings/SearchKeyViewModel.h"
 
+#include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -15,6 +16,7 @@
 #include <atomic>
 #include <semaphore>
 #include <thread>
+#include <type_traits>
 
 namespace morvane {
 
@@ -31,13 +33,11 @@ public:
 
     void save(const QString &value, const QString &account) override
     {
-        const Call call(*this);
-        InMemoryKeychainService::save(value, account);
+        slowly([&] { InMemoryKeychainService::save(value, account); });
     }
     std::optional<QString> read(const QString &account) override
     {
-        const Call call(*this);
-        return InMemoryKeychainService::read(account);
+        return slowly([&] { return InMemoryKeychainService::read(account); });
     }
     using InMemoryKeychainService::read;
 
@@ -45,31 +45,21 @@ public:
     std::atomic<bool> isQuitting = false;
 
 private:
-    struct Call {
-        explicit Call(SlowKeychain &keychain)
-            : self(keychain)
-        {
-            if (std::this_thread::get_id() == self.m_home)
-                return;
-            ++self.m_inside;
-            self.began.release();
-            while (!self.isQuitting)
-                std::this_thread::yield();
-            const auto until = std::chrono::steady_clock::now() + 100ms; // longer than anything takes to go
-            while (std::chrono::steady_clock::now() < until)
-                std::this_thread::yield();
-            isAway = true;
-        }
-        ~Call()
-        {
-            if (isAway)
-                --self.m_inside;
-        }
-        Call(const Call &) = delete;
-        Call &operator=(const Call &) = delete;
-        SlowKeychain &self;
-        bool isAway = false;
-    };
+    template <typename Call>
+    std::invoke_result_t<Call> slowly(const Call &call)
+    {
+        if (std::this_thread::get_id() == m_home)
+            return call();
+        ++m_inside;
+        const auto leaves = qScopeGuard([this] { --m_inside; });
+        began.release();
+        while (!isQuitting)
+            std::this_thread::yield();
+        const auto until = std::chrono::steady_clock::now() + 100ms; // longer than anything takes to go
+        while (std::chrono::steady_clock::now() < until)
+            std::this_thread::yield();
+        return call();
+    }
 
     const std::thread::id m_home = std::this_thread::get_id();
     std::atomic<int> m_inside = 0;
