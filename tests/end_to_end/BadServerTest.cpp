@@ -87,24 +87,6 @@ TEST(ServerTablesTest, LeaveNoScenarioOut)
     }
 }
 
-TEST_F(BadServerTest, NothingOfThePersonsIsLostAndTheNextTurnWorksAsEver)
-{
-    for (const char *model : {"garbage", "cut-mid-character"}) {
-        useModel(QString::fromLatin1(model));
-        say(u"Keep this question"_s);
-        WindowDriver::type(window(), u"and this draft"_s); // while the reply is under way
-        ASSERT_TRUE(turnEnds());
-        EXPECT_EQ(chat().messages()->index(0).data(MessageListModel::TextRole), u"Keep this question"_s);
-        EXPECT_EQ(chat().draft(), u"and this draft"_s);
-        EXPECT_TRUE(lastRow(MessageListModel::FailedRole).toBool());
-        EXPECT_FALSE(lastRow(MessageListModel::RunningRole).toBool());
-        useModel(u"practice-fast"_s);
-        WindowDriver::press(window(), Qt::Key_Return);
-        ASSERT_TRUE(turnEnds());
-        EXPECT_FALSE(chat().hasBanner());
-    }
-}
-
 } // namespace
 
 } // namespace morvane

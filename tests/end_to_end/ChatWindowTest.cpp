@@ -120,20 +120,6 @@ TEST_F(ChatWindowTest, ContinueAddsTheRestToAReplyThatHitItsLimit)
     EXPECT_FALSE(lastRow(MessageListModel::CanContinueRole).toBool());
 }
 
-TEST_F(ChatWindowTest, TheChatListOpensAndStartsChatsByKey)
-{
-    say(u"first"_s);
-    ASSERT_TRUE(turnEnds());
-    const QString firstId = chat().conversationId();
-    WindowDriver::press(window(), Qt::Key_N, Qt::ControlModifier);
-    EXPECT_NE(chat().conversationId(), firstId);
-    say(u"second"_s);
-    ASSERT_TRUE(turnEnds());
-    EXPECT_EQ(state->presentation().conversations->rowCount(), 2);
-    chat().open(firstId);
-    EXPECT_EQ(chat().messages()->index(0).data(MessageListModel::TextRole), u"first"_s);
-}
-
 TEST_F(ChatWindowTest, NoWordOfASessionLiesReadableInAnyFile)
 {
     const QStringList marked{u"MARKEDquestionWORDS"_s, u"MARKEDretitledCHAT"_s, u"MARKEDsecondQUESTION"_s};
