@@ -112,14 +112,6 @@ TEST_F(ComposerTest, TheSendButtonTurnsIntoStopInPlace)
     EXPECT_TRUE(eventually([this] { return !m_app->presentation().chat->isResponding(); }));
 }
 
-TEST_F(ComposerTest, EscapeStopsFromBesideTheComposerToo)
-{
-    send();
-    press(Qt::Key_Tab);
-    press(Qt::Key_Escape);
-    EXPECT_TRUE(eventually([this] { return isAbandoned(); }));
-}
-
 TEST_F(ComposerTest, TheFieldGrowsWithItsTextAndThenScrolls)
 {
     QQuickItem *field = item(u"composer"_s);
@@ -156,16 +148,6 @@ TEST_F(ComposerTest, LinesKeepTheirHeightWhereverTheTextComesFromAndNoUndoTakesI
     press(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(shown(), u"one\ntwo\nthree"_s);
     EXPECT_EQ(height(), 3 * line);
-}
-
-TEST_F(ComposerTest, ASuggestionFillsTheFieldAndSendsNothing)
-{
-    ASSERT_NE(named(u"Make a plan for "_s), nullptr);
-    click(named(u"Make a plan for "_s));
-    EXPECT_EQ(shown(), u"Make a plan for "_s);
-    EXPECT_TRUE(transcript().isEmpty());
-    type(u"x"_s);
-    EXPECT_EQ(m_app->presentation().chat->draft(), u"Make a plan for x"_s) << "the field has the focus";
 }
 
 class SourceMenuTest : public WindowFixture {
@@ -211,15 +193,6 @@ TEST_F(SourceMenuTest, NothingIsSaidOfAPlaceBeforeAModelIsChosen)
     EXPECT_FALSE(shows(u"Stays on"_s));
     EXPECT_TRUE(shows(u"Not set up yet"_s));
     EXPECT_TRUE(accessibleName(item(u"sourceLine"_s)).endsWith(u"Goes nowhere yet"_s));
-}
-
-TEST_F(SourceMenuTest, ItsLastEntryLeadsToTheSettings)
-{
-    click(item(u"sourceButton"_s));
-    ASSERT_TRUE(eventually([this] { return isOpen(); }));
-    click(item(u"sourceSettings"_s));
-    EXPECT_TRUE(eventually([this] { return QGuiApplication::focusWindow() != m_window; }))
-        << "the settings have the focus";
 }
 
 } // namespace morvane

@@ -143,16 +143,6 @@ TEST_F(GhostTest, ItIsStillWhereMotionIsReducedAndWhereNobodySeesIt)
     EXPECT_TRUE(eventually([this] { return !moves(); }));
 }
 
-TEST_F(GhostTest, ItSpeaksInABubble)
-{
-    QQuickItem *bubble = item(u"speechBubble"_s);
-    ASSERT_NE(bubble, nullptr);
-    EXPECT_FALSE(bubble->isVisible());
-    m_app->presentation().companion->say(u"Boo"_s, 5s);
-    EXPECT_TRUE(eventually([&] { return bubble->isVisible(); }));
-    EXPECT_EQ(accessibleName(bubble), u"Boo"_s);
-}
-
 } // namespace
 
 } // namespace morvane

@@ -1,7 +1,6 @@
 #include "WindowFixture.h"
 
 #include "view_models/chat/ChatViewModel.h"
-#include "view_models/sidebar/HistorySearchModel.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -118,8 +117,6 @@ TEST_F(MessageActionsTest, FieldsOfTheSettingsAndRowsOfTheSidebarHaveMenusByTheK
         QString offered;
     } menus[] = {
         {settings, [&] { at(settings, u"address"_s); }, u"Paste,Select All"_s},
-        {settings, [&] { WindowDriver::press(settings, Qt::Key_A, Qt::ControlModifier); },
-         u"Cut,Copy,Paste,Select All"_s},
         {m_window,
          [&] {
              at(m_window, u"conversations"_s);
@@ -133,16 +130,6 @@ TEST_F(MessageActionsTest, FieldsOfTheSettingsAndRowsOfTheSidebarHaveMenusByTheK
              WindowDriver::press(settings, Qt::Key_A, Qt::ControlModifier);
          },
          u"Paste,Select All"_s},
-        {m_window,
-         [&] {
-             at(m_window, u"searchField"_s);
-             type(u"wall"_s);
-             m_clock.advance(std::chrono::seconds(1));
-             ASSERT_TRUE(eventually([this] { return !m_app->presentation().search->isSearching(); }));
-             press(Qt::Key_Down);
-             press(Qt::Key_Down);
-         },
-         u"Open,Copy Text"_s},
     };
     QGuiApplication::clipboard()->setText(u"words"_s);
     for (const auto &[window, prepare, offered] : menus) {
@@ -153,9 +140,6 @@ TEST_F(MessageActionsTest, FieldsOfTheSettingsAndRowsOfTheSidebarHaveMenusByTheK
         EXPECT_EQ(offeredIn(window), offered);
         WindowDriver::press(window, Qt::Key_Escape);
     }
-    press(Qt::Key_F10, Qt::ShiftModifier);
-    click(named(u"Copy Text"_s));
-    EXPECT_EQ(clipboard(), u"By the old wall"_s);
 }
 
 TEST_F(MessageActionsTest, AReplyIsMadeAgainAndItsVersionsSwitchedByPointerAndKeys)

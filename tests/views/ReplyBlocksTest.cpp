@@ -207,32 +207,6 @@ TEST_F(ReplyBlocksTest, WhatIsWiderThanTheReplyScrollsSideways)
     }
 }
 
-TEST_F(ReplyBlocksTest, ATableWrapsLongCellsAndIsWiderThanTheWordsWhereThereIsRoom)
-{
-    m_window->resize(1400, 800);
-    showReply(u"|a|b|c|\n|-|-|-|\n|"_s + (u"words "_s.repeated(30) + u'|').repeated(3));
-    const double column = drawn(u"replyBlocks"_s)->width();
-    QQuickItem *cells = drawn(u"tableText"_s);
-    EXPECT_EQ(cells->width(), 3 * (280 + 16));
-    const QRectF view = cells->parentItem()->parentItem()->parentItem()->mapRectToItem(
-        drawn(u"replyBlocks"_s), QRectF(0, 0, 880, 1));
-    EXPECT_EQ(view, QRectF((column - 880) / 2, 0, 880, 1));
-    m_window->resize(420, 800);
-    settle();
-    EXPECT_EQ(drawn(u"table"_s)->property("excess"), 0);
-}
-
-TEST_F(ReplyBlocksTest, MarketValuesStandApartInANarrowWindow)
-{
-    m_window->resize(420, 800);
-    showReply(u"```market\nS&P | $7,728,123,456.20 | -0.32% (-1,234,567.89)"_s);
-    const auto place = [this](const QString &name) {
-        return drawn(name)->mapRectToScene(drawn(name)->boundingRect());
-    };
-    EXPECT_FALSE(place(u"marketValue"_s).intersects(place(u"marketChange"_s)));
-    EXPECT_TRUE(place(u"market"_s).contains(place(u"marketChange"_s)));
-}
-
 TEST_F(ReplyBlocksTest, AChartTellsItsValuesToTheArrowKeys)
 {
     for (const QString &value : {u"1"_s, u"-1"_s}) {
