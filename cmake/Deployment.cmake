@@ -54,7 +54,6 @@ namespace morvane::DeploymentValues {
     add_library(deployment_values_${name} OBJECT ${source})
     target_include_directories(deployment_values_${name} PRIVATE ${CMAKE_BINARY_DIR}/include/deployment_values)
     target_link_libraries(deployment_values_${name} PRIVATE Qt6::Core morvane_options)
-    set_target_properties(deployment_values_${name} PROPERTIES AUTOMOC OFF AUTOUIC OFF)
 endfunction()
 
 # Of the deployment `name`, as the helpers below, which read it from `json`.

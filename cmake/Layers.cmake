@@ -1,10 +1,11 @@
 # Layers: one static library for a folder of src/, which sees only the folders it names.
 #
-#   add_layer(SOURCES … DEPENDS … USES … LIBS … PRIVATE_LIBS …)
+#   add_layer([MOC] SOURCES … DEPENDS … USES … LIBS … PRIVATE_LIBS …)
 #
 # Called in the folder's CMakeLists.txt. The target is named after the folder, with "_" for "/":
 # src/ai/contract is `ai_contract`, and its headers are included as "ai/contract/…".
 #
+#   MOC           it has classes with Q_OBJECT or Q_GADGET
 #   DEPENDS       layers whose headers our headers include
 #   USES          layers that only our .cpp files include
 #   LIBS          libraries that our headers need
@@ -14,7 +15,7 @@
 # path: including a folder that isn't declared doesn't compile. A layer named before it exists is refused,
 # so a cycle can't be written.
 function(add_layer)
-    cmake_parse_arguments(LAYER "" "" "SOURCES;DEPENDS;USES;LIBS;PRIVATE_LIBS" ${ARGN})
+    cmake_parse_arguments(LAYER "MOC" "" "SOURCES;DEPENDS;USES;LIBS;PRIVATE_LIBS" ${ARGN})
     file(RELATIVE_PATH folder ${CMAKE_SOURCE_DIR}/src ${CMAKE_CURRENT_SOURCE_DIR})
     string(REPLACE "/" "_" name ${folder})
 
@@ -30,7 +31,7 @@ function(add_layer)
     file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR} ${root}/${folder} SYMBOLIC)
 
     add_library(${name} STATIC ${LAYER_SOURCES})
-    set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    set_target_properties(${name} PROPERTIES AUTOMOC ${LAYER_MOC})
     target_include_directories(${name} PUBLIC ${root})
     target_link_libraries(${name}
         PUBLIC ${LAYER_DEPENDS} ${LAYER_LIBS}
@@ -45,5 +46,5 @@ function(add_layer)
             set_target_properties(${name} PROPERTIES MORVANE_MAY_WAIT ON)
         endif()
     endforeach()
-    precompile(${name} ${headers})
+    precompile(${headers} ${name})
 endfunction()

@@ -19,16 +19,17 @@ set(MORVANE_TEST_ENVIRONMENT
     LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0)
 file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/test-home/run)
 
-# add_morvane_test(name SOURCES … LIBS …): each case becomes a ctest test of its own.
+# add_morvane_test(name [MOC] SOURCES … LIBS …): each case becomes a ctest test of its own.
 function(add_morvane_test name)
-    cmake_parse_arguments(TEST "" "" "SOURCES;LIBS" ${ARGN})
+    cmake_parse_arguments(TEST "MOC" "" "SOURCES;LIBS" ${ARGN})
     add_executable(${name} ${TEST_SOURCES})
     target_link_libraries(${name} PRIVATE ${TEST_LIBS} test_support test_main morvane_options)
     # By env: of a list of variables given as a property of discovered tests, CMake keeps only the first.
     set_target_properties(${name} PROPERTIES
+        AUTOMOC ${TEST_MOC}
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests
         CROSSCOMPILING_EMULATOR "env;${MORVANE_TEST_ENVIRONMENT}")
-    precompile(${name} tests)
+    precompile(tests ${name})
     gtest_discover_tests(${name}
         DISCOVERY_MODE PRE_TEST
         DISCOVERY_TIMEOUT 60
@@ -52,7 +53,7 @@ function(add_morvane_fuzzer name)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
     target_link_libraries(${name} PRIVATE ${FUZZ_LIBS} utils_text utils_bytes Qt6::Core morvane_options)
     set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/fuzz)
-    precompile(${name} tasks)
+    precompile(tasks ${name})
     if(MORVANE_LIBFUZZER)
         target_link_options(${name} PRIVATE -fsanitize=fuzzer)
     else()

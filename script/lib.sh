@@ -10,6 +10,8 @@ fail() { printf '%s\n' "$*" >&2; exit 1; }
 export CCACHE_MAXSIZE=${CCACHE_MAXSIZE:-5G}
 # Checkouts share what they compile alike, precompiled headers included.
 export CCACHE_BASEDIR=${CCACHE_BASEDIR:-$root} CCACHE_NOHASHDIR=1
+# What it costs to compile, and nothing of what comes out.
+export CCACHE_IGNOREOPTIONS=--param=ggc-*
 export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
 
 # build PRESET [TARGET…]

@@ -33,14 +33,16 @@ DesktopServices::DesktopServices(const CommandLine &commandLine, Clock &clock, W
     : notificationPosting(notificationsOfTheDesktop(MachineBuses::session(), commandLine.folders().runtime))
     , notifications(*notificationPosting)
     , screenLock(MachineBuses::session(), MachineBuses::system())
-    , hands(MachineBuses::session(), commandLine.folders().data + u'/' + Product::storeFolder + u"/Shortcuts"_s,
+    , hands(MachineBuses::session(),
+            commandLine.folders().data + u'/' + Product::storeFolder + u"/Shortcuts"_s,
             commandLine.folders().runtime, clock, work)
     , screen(screenOfTheDesktop(clock, work))
     , trayIcon(MachineBuses::session())
     , login(loginOf(commandLine))
     , globalShortcuts(globalShortcutsOfTheDesktop())
 {
-    QObject::connect(&screenLock, &ScreenLock::changed, &notifications, &NotificationService::setScreenLocked);
+    QObject::connect(&screenLock, &ScreenLock::changed, &notifications,
+                     &NotificationService::setScreenLocked);
 }
 
 VoicePorts DesktopServices::voicePorts()

@@ -19,8 +19,8 @@ struct CommandLine;
 struct DesktopPorts;
 struct VoicePorts;
 
-// What this desktop does for the program, for as long as the process lives: also while nothing of the person's is
-// open. GUI thread.
+// What this desktop does for the program, for as long as the process lives: also while nothing of the
+// person's is open. GUI thread.
 struct DesktopServices {
     // `clock` and `work` outlive this.
     DesktopServices(const CommandLine &commandLine, Clock &clock, Work &work);
@@ -38,7 +38,8 @@ struct DesktopServices {
     DesktopSession session;
     StatusNotifierItem trayIcon;
     const std::unique_ptr<LoginStarting> login; // null for a trial profile, which no session starts
-    const std::unique_ptr<GlobalShortcutBinding> globalShortcuts; // null where the desktop has no keys to give
+    const std::unique_ptr<GlobalShortcutBinding>
+        globalShortcuts; // null where the desktop has no keys to give
 };
 
 } // namespace morvane
