@@ -16,8 +16,9 @@ protected:
     void showAll()
     {
         const QString lines = u"line\n\n"_s.repeated(30).chopped(1);
-        const auto chat =
-            addChat(u"A chat"_s, {lines, u"<think>Hm, two.</think>\n```\n%1\n```"_s.arg(lines)}, [](ChatMessage &reply) {
+        const auto chat = addChat(
+            u"A chat"_s, {lines, u"<think>Hm, two.</think>\n```\n%1\n```"_s.arg(lines)},
+            [](ChatMessage &reply) {
                 reply.appendToolLine(u"Reading"_s, ToolLineState::finished, {u"sent"_s, u"back"_s, false});
                 reply.setPlaceRaw(u"this-mac"_s);
             });
@@ -48,7 +49,8 @@ TEST_F(MotionTest, WhatAPressOpensAndClosesTakesItsTimeUnlessMotionIsReduced)
 {
     for (const bool isReduced : {true, false}) {
         m_app->storage().settings->setReduceAnimation(isReduced);
-        for (const auto &name : {u"unfoldMessage"_s, u"thoughtFold"_s, u"toolLine"_s, u"unfoldCode"_s, u"proofLine"_s}) {
+        for (const auto &name :
+             {u"unfoldMessage"_s, u"thoughtFold"_s, u"toolLine"_s, u"unfoldCode"_s, u"proofLine"_s}) {
             SCOPED_TRACE(name.toStdString() + (isReduced ? " reduced" : ""));
             showAll();
             ASSERT_NE(drawn(name), nullptr);
