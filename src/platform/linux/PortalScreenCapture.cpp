@@ -61,7 +61,7 @@ SharedResult<bool> theirWord(const QDBusConnection &bus)
     call.setArguments({u"screenshot"_s, u"screenshot"_s});
     constexpr int patienceMilliseconds = 3000;
     SharedResult<bool> word;
-    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, patienceMilliseconds));
+    auto *watcher = new QDBusPendingCallWatcher(bus.asyncCall(call, patienceMilliseconds), qGuiApp);
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, word]() mutable {
         watcher->deleteLater();
         const QDBusMessage reply = watcher->reply();
