@@ -35,6 +35,15 @@ WindowEngine::WindowEngine(QObject *parent)
     addImportPath(u"qrc:/qt/qml"_s);
 }
 
+WindowEngine::~WindowEngine()
+{
+    // What a Loader holds goes by a posted event. From Qt 6.8 the type of an object that outlives its engine
+    // stays known by its address, and the next engine's casts to it give null.
+    const QObjectList roots = rootObjects();
+    qDeleteAll(roots);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
 void WindowEngine::prepare(const QString &fileName)
 {
     if (auto &prepared = m_prepared[fileName]; !prepared)

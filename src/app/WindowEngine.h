@@ -15,6 +15,8 @@ class WindowEngine : public QQmlApplicationEngine {
     Q_OBJECT
 public:
     explicit WindowEngine(QObject *parent = nullptr);
+    // Ends what it loaded, and every object that waits to be deleted.
+    ~WindowEngine() override;
 
     // Reads a component and the types it names, so that loading it has only its objects to make.
     void prepare(const QString &fileName);
