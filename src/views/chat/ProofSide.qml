@@ -26,7 +26,14 @@ Item {
     width: beside ? 380 * Theme.zoom : room
     visible: open || share > 0
 
+    opacity: Theme.reduceAnimation && !open ? 0 : 1
+
     Behavior on share { Motion { duration: Theme.panel } }
+    Behavior on opacity {
+        enabled: Theme.reduceAnimation
+
+        Motion { duration: Theme.fade }
+    }
 
     Rectangle {
         anchors.fill: parent

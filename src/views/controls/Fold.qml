@@ -12,6 +12,7 @@ Item {
     readonly property alias whole: column.implicitHeight
     property real share: open ? 1 : 0 // of what it hides
     property bool pressed: false // until the change that this leads to has come to its end
+    property bool slides: pressed
 
     // The change that follows is a press.
     function press() {
@@ -23,7 +24,7 @@ Item {
     clip: share < 1
 
     Behavior on share {
-        enabled: root.pressed
+        enabled: root.slides
 
         Motion {
             duration: Theme.expand
@@ -34,5 +35,12 @@ Item {
         id: column
 
         width: root.width
+        opacity: Theme.reduceAnimation && !root.open ? 0 : 1
+
+        Behavior on opacity {
+            enabled: Theme.reduceAnimation
+
+            Motion { duration: Theme.fade }
+        }
     }
 }

@@ -53,6 +53,10 @@ Rectangle {
                 return true;
             }
 
+            LineHeight {
+                document: field.textDocument
+                height: Theme.smallLine
+            }
             PasteLimit {
                 id: limit
 

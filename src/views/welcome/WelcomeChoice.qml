@@ -84,16 +84,24 @@ Rectangle {
                 }
             }
         }
-        ColumnLayout {
-            id: column
-
+        Fold {
             Layout.fillWidth: true
-            Layout.leftMargin: Theme.gap16
-            Layout.rightMargin: Theme.gap16
-            Layout.topMargin: Theme.gap4
-            Layout.bottomMargin: Theme.gap16
-            visible: root.open
-            spacing: Theme.gap8
+            open: root.open
+            slides: true // the one that closes as well
+
+            Item {
+                width: parent.width
+                implicitHeight: Theme.gap4 + column.implicitHeight + Theme.gap16
+
+                ColumnLayout {
+                    id: column
+
+                    x: Theme.gap16
+                    y: Theme.gap4
+                    width: parent.width - 2 * Theme.gap16
+                    spacing: Theme.gap8
+                }
+            }
         }
     }
 }
