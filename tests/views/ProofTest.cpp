@@ -133,6 +133,12 @@ TEST_F(ProofTest, TheLineAndThePanelSayWhatWasCheckedAndNoMore)
         EXPECT_FALSE(isOpen());
         EXPECT_TRUE(item(u"composer"_s)->hasActiveFocus());
     }
+    press(Qt::Key_Tab);
+    openPanel();
+    ASSERT_TRUE(isOpen());
+    EXPECT_FALSE(line()->hasActiveFocus());
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(line()->hasActiveFocus()) << "who came by the keyboard goes on from there";
 }
 
 TEST_F(ProofTest, BytesAreShownShortAndCopiedWhole)

@@ -14,13 +14,17 @@ Item {
     readonly property bool covers: open && !beside
     property real share: open ? 1 : 0 // of it that has come in
     readonly property real taken: beside ? Math.round(share * width) : 0
+    property Item asker: null // has the keyboard again once it closes, where the keyboard opened it
     readonly property Item home: (panel.item as ProofPanel)?.home ?? null
 
     signal dismissed()
 
     function close() {
         root.chat.proofPanel.close();
-        root.dismissed();
+        if (root.asker?.visible)
+            root.asker.forceActiveFocus(Qt.TabFocusReason);
+        else
+            root.dismissed();
     }
 
     width: beside ? 380 * Theme.zoom : room
@@ -73,7 +77,10 @@ Item {
     Connections {
         target: root.chat.proofPanel
 
-        function onOpened() { root.home?.forceActiveFocus(Theme.rings ? Qt.TabFocusReason : Qt.OtherFocusReason); }
+        function onOpened() {
+            root.asker = Theme.rings ? root.Window.activeFocusItem : null;
+            root.home?.forceActiveFocus(Theme.rings ? Qt.TabFocusReason : Qt.OtherFocusReason);
+        }
     }
     Connections {
         target: root.chat
