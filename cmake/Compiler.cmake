@@ -22,10 +22,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
 endif()
 
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
-    # -fPIE for libraries and programs alike, and not CMake's own choice of one for each: they share precompiled
-    # headers, and all of it ends in programs.
+    # -fPIC for libraries and programs alike, and not CMake's own choice of one for each: they share precompiled
+    # headers. Not -fPIE: a program would hold copies of Qt's own data, and Qt 6.4 crashes on them at the start.
     target_compile_options(morvane_options INTERFACE
-        -fPIE -fstack-protector-strong -fstack-clash-protection -fcf-protection -D_FORTIFY_SOURCE=2 -D_GLIBCXX_ASSERTIONS)
+        -fPIC -fstack-protector-strong -fstack-clash-protection -fcf-protection -D_FORTIFY_SOURCE=2 -D_GLIBCXX_ASSERTIONS)
     target_link_options(morvane_options INTERFACE -Wl,-z,relro,-z,now -pie)
 endif()
 
