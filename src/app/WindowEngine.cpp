@@ -37,8 +37,8 @@ WindowEngine::WindowEngine(QObject *parent)
 
 WindowEngine::~WindowEngine()
 {
-    // What a Loader holds goes by a posted event. From Qt 6.8 the type of an object that outlives its engine
-    // stays known by its address, and the next engine's casts to it give null.
+    // Rows of lists and what Loaders hold go by posted events. From Qt 6.8 the types behind an object that
+    // outlives its engine stay known, and casts to them give null in the next one.
     const QObjectList roots = rootObjects();
     qDeleteAll(roots);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
