@@ -3,6 +3,11 @@
 #include "ai/ReplyReading.h"
 #include "ai/providers/OllamaNativeProvider.h"
 #include "ai/providers/OpenAICompatibleProvider.h"
+#include "support/FakeHttpSession.h"
+#include "support/LogCapture.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <gtest/gtest.h>
 
@@ -39,6 +44,25 @@ struct Dialect {
 
 inline constexpr Dialect chatCompletions{"ChatCompletions", false};
 inline constexpr Dialect ollama{"Ollama", true};
+
+// A scripted session, and what to ask over it.
+class ScriptedSessionTest : public testing::Test {
+protected:
+    [[nodiscard]] QJsonObject lastBody() const
+    {
+        return QJsonDocument::fromJson(session.requests().back().body).object();
+    }
+
+    AIConfiguration configuration = [] {
+        AIConfiguration c;
+        c.baseURLString = QStringLiteral("https://api.example.com/v1");
+        c.model = QStringLiteral(" some-model\t");
+        return c;
+    }();
+    FakeHttpSessionProvider network;
+    FakeHttpSession &session = *network.fake;
+    LogCapture log;
+};
 
 inline std::string dialectName(const testing::TestParamInfo<Dialect> &info)
 {

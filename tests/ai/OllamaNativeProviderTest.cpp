@@ -3,28 +3,24 @@
 #include "ai/Dialects.h"
 #include "network/AppNetwork.h"
 #include "network/NetworkLedger.h"
-#include "support/FakeHttpSession.h"
-#include "support/LogCapture.h"
 #include "support/ManualClock.h"
 #include "support/ScriptedServer.h"
 #include "support/TestData.h"
 
-#include <QJsonDocument>
-
 namespace morvane {
 
 using namespace Qt::StringLiterals;
-using Plain = ProviderError::Plain;
 
 namespace {
 
 const QByteArray noThinking = R"({"capabilities":["completion","tools"]})";
-const QByteArray thinking = R"({"capabilities":["completion","thinking"]})";
 const QByteArray hello = ollama.text("hello") + ollama.end();
 const FakeHttpSession::Answer silent{.neverAnswers = true};
 
-class OllamaNativeProviderTest : public testing::Test {
+class OllamaNativeProviderTest : public ScriptedSessionTest {
 protected:
+    OllamaNativeProviderTest() { configuration.carrying = SensitiveData::memory; }
+
     Reply reply() { return readReply(provider.streamReply({}, configuration, {})); }
     // Method, address and milliseconds, of silence or in all.
     static QByteArray lineOf(const HttpRequest &request)
@@ -33,34 +29,9 @@ protected:
                QByteArray::number(static_cast<qint64>(request.limit.value_or(request.timeout).count())) +
                (request.limit ? " in all" : "");
     }
-    QJsonObject lastBody() const { return QJsonDocument::fromJson(session.requests().back().body).object(); }
 
-    AIConfiguration configuration = [] {
-        AIConfiguration c;
-        c.baseURLString = u"http://localhost:11434/v1?key=1"_s;
-        c.model = u" qwen3:8b\t"_s;
-        c.carrying = SensitiveData::memory;
-        return c;
-    }();
-    FakeHttpSessionProvider network;
-    FakeHttpSession &session = *network.fake;
     OllamaNativeProvider provider{network};
-    LogCapture log;
 };
-
-TEST_F(OllamaNativeProviderTest, AsksOnceWhatTheModelCanDoAndCarriesNothingThere)
-{
-    session.answer(200, thinking);
-    session.answer(200, hello);
-    EXPECT_EQ(reply().text(), u"hello"_s);
-    ASSERT_EQ(session.requests().size(), 2U);
-    EXPECT_EQ(lineOf(session.requests()[0]), "POST http://localhost:11434/api/show 5000 in all");
-    EXPECT_EQ(session.requests()[0].body, R"({"model":"qwen3:8b"})");
-    EXPECT_EQ(lineOf(session.requests()[1]), "POST http://localhost:11434/api/chat 120000");
-    const std::vector<std::pair<EgressFeature, SensitiveDataSet>> asks{
-        {EgressFeature::aiModel, SensitiveData::memory}, {EgressFeature::aiModel, {}}};
-    EXPECT_EQ(network.asked, asks);
-}
 
 TEST_F(OllamaNativeProviderTest, AsksForThinkingWhereTheModelThinksAndRemembersWhatItWasTold)
 {
@@ -79,26 +50,8 @@ TEST_F(OllamaNativeProviderTest, AsksForThinkingWhereTheModelThinksAndRemembersW
                (session.requests().size() == sent + 3 ? u", asked once"_s : u", asked again"_s);
     };
     TestData::expect("ai/ollama_thinking.txt", outcome);
-}
-
-TEST_F(OllamaNativeProviderTest, YieldsEventsInTheirOrderAndNumbersCallsThroughTheReply)
-{
-    session.answer(200, noThinking);
-    session.answer(200, R"({"message":{"content":"","thinking":"hm"}}
-skipped
-{"message":{"content":"a"}}
-{"message":{"tool_calls":[{"function":{"name":"f","arguments":{"x":1}}}]}}
-{"message":{"content":"b","tool_calls":[{"id":"own","function":{"name":"g"}},{"function":{"name":"h"}}]}}
-{"message":{"content":"c"},"done":true,"done_reason":"length"}
-{"message":{"content":"never"}}
-)");
-    EXPECT_EQ(reply().events,
-              (std::vector<AIStreamEvent>{AIStream::Thinking{}, AIStream::Text{u"a"_s},
-                                          AIStream::Text{u"b"_s}, AIStream::Text{u"c"_s},
-                                          AIStream::ToolCalls{{{u"call_0"_s, u"f"_s, u"{\"x\":1}"_s},
-                                                               {u"own"_s, u"g"_s, u"{}"_s},
-                                                               {u"call_2"_s, u"h"_s, u"{}"_s}}},
-                                          AIStream::TruncatedByTokenLimit{}}));
+    EXPECT_EQ(network.asked[0].second, SensitiveDataSet(SensitiveData::memory));
+    EXPECT_EQ(network.asked[1].second, SensitiveDataSet()) << "what is asked about the model carries nothing";
 }
 
 TEST_F(OllamaNativeProviderTest, TheServersWordsDecideAboutAnError)

@@ -1,12 +1,8 @@
 // What chat completions have of their own; what both dialects share is in ProviderSessionTest.
 
 #include "ai/Dialects.h"
-#include "support/FakeHttpSession.h"
-#include "support/LogCapture.h"
 #include "support/ProcessMemory.h"
 #include "support/TestData.h"
-
-#include <QJsonDocument>
 
 namespace morvane {
 
@@ -18,7 +14,7 @@ namespace {
 const QByteArray wholeReply = R"({"choices":[{"message":{"content":"whole"},"finish_reason":"length"}]})";
 const std::vector<AIStreamEvent> wholeEvents{AIStream::Text{u"whole"_s}, AIStream::TruncatedByTokenLimit{}};
 
-class OpenAICompatibleProviderTest : public testing::Test {
+class OpenAICompatibleProviderTest : public ScriptedSessionTest {
 protected:
     Reply reply() { return readReply(provider.streamReply({}, configuration, {})); }
     Reply replyTo(QByteArray body)
@@ -26,41 +22,22 @@ protected:
         session.answer(200, std::move(body));
         return reply();
     }
-    QJsonObject sentBody(std::size_t request = 0) const
-    {
-        return QJsonDocument::fromJson(session.requests().at(request).body).object();
-    }
 
-    AIConfiguration configuration = [] {
-        AIConfiguration c;
-        c.baseURLString = u"https://api.example.com/v1"_s;
-        c.model = u" some-model\t"_s;
-        return c;
-    }();
-    FakeHttpSessionProvider network;
-    FakeHttpSession &session = *network.fake;
     OpenAICompatibleProvider provider{network};
-    LogCapture log;
 };
 
-TEST_F(OpenAICompatibleProviderTest, LeavesOutWhatIsEmptyAndUsesAnInjectedSession)
+TEST_F(OpenAICompatibleProviderTest, LeavesOutWhatIsEmptyAndReadsAWholeReply)
 {
     configuration.apiKey = u""_s;
     configuration.purpose = u""_s;
     configuration.preferStreaming = false;
-    const auto injected = std::make_shared<FakeHttpSession>();
-    injected->answer(200, wholeReply);
-    OpenAICompatibleProvider own(network, injected);
-    EXPECT_EQ(readReply(own.streamReply({}, configuration, {})).events, wholeEvents);
-    EXPECT_TRUE(network.asked.empty());
-    EXPECT_EQ(injected->requests()[0].headers.size(), 2U);
-    EXPECT_EQ(QJsonDocument::fromJson(injected->requests()[0].body).object().keys(),
-              (QStringList{u"max_tokens"_s, u"messages"_s, u"model"_s, u"temperature"_s}));
-    injected->answer(200, R"({"choices":[{"message":{"tool_calls":[{"function":{"name":"f"}}]}}]})");
-    EXPECT_EQ(readReply(own.streamReply({}, configuration, {})).events,
+    EXPECT_EQ(replyTo(wholeReply).events, wholeEvents);
+    EXPECT_EQ(session.requests()[0].headers.size(), 2U);
+    EXPECT_EQ(lastBody().keys(), (QStringList{u"max_tokens"_s, u"messages"_s, u"model"_s, u"temperature"_s}));
+    EXPECT_EQ(replyTo(R"({"choices":[{"message":{"tool_calls":[{"function":{"name":"f"}}]}}]})").events,
               (std::vector<AIStreamEvent>{AIStream::ToolCalls{{{u"call_0"_s, u"f"_s, u"{}"_s}}}}));
-    injected->answer(200, QByteArray(OpenAICompatibleProvider::largestBody + 1, ' '));
-    EXPECT_EQ(readReply(own.streamReply({}, configuration, {})).error, ProviderError(Plain::replyTooLarge));
+    EXPECT_EQ(replyTo(QByteArray(OpenAICompatibleProvider::largestBody + 1, ' ')).error,
+              ProviderError(Plain::replyTooLarge));
 }
 
 TEST_F(OpenAICompatibleProviderTest, ReadsAPlainBodyAndElseAsksOnceMoreWithoutStreaming)
@@ -77,8 +54,8 @@ TEST_F(OpenAICompatibleProviderTest, ReadsAPlainBodyAndElseAsksOnceMoreWithoutSt
     session.answer(200, chatCompletions.end());
     EXPECT_EQ(replyTo(wholeReply).events, wholeEvents);
     ASSERT_EQ(session.requests().size(), 4U);
-    EXPECT_TRUE(sentBody(2).contains("stream"_L1));
-    EXPECT_FALSE(sentBody(3).contains("stream"_L1));
+    EXPECT_TRUE(session.requests()[2].body.contains("\"stream\""));
+    EXPECT_FALSE(lastBody().contains("stream"_L1));
 
     session.answer(200, ": padding\n");
     EXPECT_EQ(replyTo(R"({"choices":[{"message":{"content":""}}]})").error,
@@ -126,23 +103,18 @@ TEST_F(OpenAICompatibleProviderTest, ATrialTellsHowAReplyComesWithOneRequest)
          ReplyTrial{true, true}},
         {wholeReply, ReplyTrial{false, false}},
         {R"({"choices":[{"message":{)" + call + "}}]}", ReplyTrial{false, true}},
-        {R"(data: {"choices":[{"delta":{"reasoning":"hm"}}]})"
-         "\n\n" +
-             chatCompletions.end("length"),
+        {"data: {\"choices\":[{\"delta\":{\"reasoning\":\"hm\"}}]}\n\n" + chatCompletions.end("length"),
          ReplyTrial{true, false}},
         {chatCompletions.end(), std::nullopt},
     };
     for (const auto &[body, trial] : table) {
         const std::size_t before = session.requests().size();
         session.answer(200, body);
-        std::optional<ReplyTrial> came;
-        try {
-            came = TestWait::await(provider.tryReply(configuration, {provider.testTool()}, {}));
-        } catch (const ProviderError &) {
-        }
-        EXPECT_EQ(came, trial) << body.constData();
+        const auto outcome = TestWait::begin(provider.tryReply(configuration, {provider.testTool()}, {}));
+        TestWait::until([&] { return outcome->done; });
+        EXPECT_EQ(outcome->value, trial) << body.constData();
         EXPECT_EQ(session.requests().size(), before + 1);
-        EXPECT_EQ(sentBody()["tools"_L1][0]["function"_L1]["name"_L1].toString(), u"check_connection"_s);
+        EXPECT_EQ(lastBody()["tools"_L1][0]["function"_L1]["name"_L1].toString(), u"check_connection"_s);
     }
 }
 

@@ -1,5 +1,6 @@
-// What single lines and bodies of a reply say, in both dialects.
+// What single texts come to: lines and bodies of a reply in both dialects, lists of models, and addresses.
 
+#include "ai/contract/BaseURL.h"
 #include "ai/contract/ProviderError.h"
 #include "ai/providers/LineSplitter.h"
 #include "ai/providers/OllamaChunk.h"
@@ -87,13 +88,30 @@ QString modelNames(const QByteArray &body)
 
 TEST(ReplyLinesTest, SayWhatTheyHold)
 {
-    const auto compare = [](const char *table, QString (*outcome)(const QByteArray &)) {
-        TestData::expect(table, outcome);
-    };
-    compare("ai/chat_lines.txt", classified);
-    compare("ai/chat_bodies.txt", parsedBody);
-    compare("ai/ollama_lines.txt", chunk);
-    compare("ai/model_lists.txt", modelNames);
+    TestData::expect("ai/chat_lines.txt", classified);
+    TestData::expect("ai/chat_bodies.txt", parsedBody);
+    TestData::expect("ai/ollama_lines.txt", chunk);
+    TestData::expect("ai/model_lists.txt", modelNames);
+}
+
+// The chat-completions address, or why there is none; an error names the text as it was given.
+QString endpoint(const QByteArray &line)
+{
+    const QString given = QString::fromUtf8(line);
+    try {
+        return BaseURL::chatCompletions(given).toString(QUrl::FullyEncoded);
+    } catch (const ProviderError &error) {
+        if (error.reason() == ProviderError::Case(ProviderError::InvalidBaseURL{given}))
+            return u"invalid"_s;
+        if (error.reason() == ProviderError::Case(ProviderError::InsecureBaseURL{given}))
+            return u"insecure"_s;
+        return u"another error"_s;
+    }
+}
+
+TEST(BaseURLTest, EachLeadsToItsEndpointOrIsRefused)
+{
+    TestData::expect("ai/base_urls.txt", endpoint);
 }
 
 TEST(ServerModelsTest, TellsOfSoManyModelsAndNoMore)
@@ -109,19 +127,18 @@ TEST(ServerModelsTest, AsksBesideTheEndpointWithARedirectRuleALimitAndWordsOfIts
     FakeHttpSessionProvider network;
     ManualClock clock;
     Work work(clock);
-    const auto outcome = [&](int status, const QByteArray &body, const QString &baseURL) {
+    AIConfiguration configuration;
+    configuration.baseURLString = u"https://a.example/b%2Fc/v1/chat/completions?tier=2"_s;
+    configuration.apiKey = u"secret"_s;
+    const auto outcome = [&](int status, const QByteArray &body) {
         network.fake->answer(status, body);
-        AIConfiguration configuration;
-        configuration.baseURLString = baseURL;
-        configuration.apiKey = u"secret"_s;
         try {
             return TestWait::await(ServerModels::list(&network, &work, configuration, {})).join(u' ');
         } catch (const UserPresentableError &error) {
             return error.userMessage();
         }
     };
-    const QString full = u"https://a.example/b%2Fc/v1/chat/completions?tier=2"_s;
-    EXPECT_EQ(outcome(200, R"([{"id":"m"}])", full), u"m"_s);
+    EXPECT_EQ(outcome(200, R"([{"id":"m"}])"), u"m"_s);
     const HttpRequest &asked = network.fake->requests().back();
     EXPECT_EQ(asked.url.toEncoded(), "https://a.example/b%2Fc/v1/models?tier=2");
     EXPECT_EQ(asked.headers[0].value, "MorvaneGPT/" MORVANE_VERSION);
@@ -130,12 +147,12 @@ TEST(ServerModelsTest, AsksBesideTheEndpointWithARedirectRuleALimitAndWordsOfIts
     ASSERT_TRUE(asked.followsRedirect);
     EXPECT_FALSE(asked.followsRedirect(asked.url, QUrl(u"http://a.example/v1/models"_s)));
     const QByteArray large(ServerModels::largestBody - 2, ' ');
-    EXPECT_EQ(outcome(200, "[] " + large, full), u"The server's list of models is too large to read."_s);
-    EXPECT_EQ(outcome(200, "<html>", full), u"The server's answer is no list of models."_s);
-    EXPECT_EQ(outcome(404, {}, full), u"The server gave no list of its models (HTTP 404)."_s);
-    EXPECT_EQ(outcome(401, {}, full), u"The AI provider rejected the API key."_s);
+    EXPECT_EQ(outcome(200, "[] " + large), u"The server's list of models is too large to read."_s);
+    EXPECT_EQ(outcome(404, {}), u"The server gave no list of its models (HTTP 404)."_s);
+    EXPECT_EQ(outcome(401, {}), u"The AI provider rejected the API key."_s);
     const auto sent = network.fake->requests().size();
-    outcome(200, "[]", u"http://example.org/v1"_s); // not encrypted, not near
+    configuration.baseURLString = u"http://example.org/v1"_s; // not encrypted, not near
+    outcome(200, "[]");
     EXPECT_EQ(network.fake->requests().size(), sent);
 }
 

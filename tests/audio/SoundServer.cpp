@@ -2,7 +2,6 @@
 
 #include "support/Await.h"
 
-#include <QFile>
 #include <QStandardPaths>
 
 #include <csignal>
@@ -14,20 +13,6 @@ namespace morvane {
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-// Null sinks keep 2 s in hand unless they may not rewind.
-const QString configuration = uR"(
-load-module module-native-protocol-unix socket=%1/pulse.sock auth-anonymous=1
-load-module module-null-sink sink_name=test_out rate=48000 norewinds=1
-load-module module-null-sink sink_name=mic_feed rate=16000 channels=1 norewinds=1
-load-module module-remap-source source_name=test_mic master=mic_feed.monitor source_properties=device.description=Test_Microphone
-set-default-sink test_out
-set-default-source test_mic
-)"_s;
-
-} // namespace
-
 bool SoundServer::isThere()
 {
     return !QStandardPaths::findExecutable(u"pulseaudio"_s).isEmpty();
@@ -35,11 +20,16 @@ bool SoundServer::isThere()
 
 SoundServer::SoundServer()
 {
-    QFile file(m_home.filePath(u"test.pa"_s));
-    if (!file.open(QIODevice::WriteOnly))
-        throw std::runtime_error("no place for the sound server's configuration");
-    file.write(configuration.arg(m_home.path()).toUtf8());
-    file.close();
+    const QString socket = m_home.filePath(u"pulse.sock"_s);
+    QStringList words{u"-n"_s, u"--daemonize=no"_s, u"--exit-idle-time=-1"_s, u"--use-pid-file=no"_s};
+    // Null sinks keep 2 s in hand unless they may not rewind.
+    for (
+        const QString &module :
+        {u"module-native-protocol-unix auth-anonymous=1 socket="_s + socket,
+         u"module-null-sink sink_name=test_out rate=48000 norewinds=1"_s,
+         u"module-null-sink sink_name=mic_feed rate=16000 channels=1 norewinds=1"_s,
+         u"module-remap-source source_name=test_mic master=mic_feed.monitor source_properties=device.description=Test_Microphone"_s})
+        words += {u"-L"_s, module};
     auto environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"XDG_RUNTIME_DIR"_s, m_home.path());
     environment.insert(u"HOME"_s, m_home.path());
@@ -49,14 +39,14 @@ SoundServer::SoundServer()
         [] { prctl(PR_SET_PDEATHSIG, SIGKILL); }); // it goes with a test that crashes
     m_server.setStandardOutputFile(QProcess::nullDevice());
     m_server.setStandardErrorFile(QProcess::nullDevice());
-    m_server.start(u"pulseaudio"_s, {u"-n"_s, u"-F"_s, file.fileName(), u"--daemonize=no"_s,
-                                     u"--exit-idle-time=-1"_s, u"--use-pid-file=no"_s});
-    const QString socket = m_home.filePath(u"pulse.sock"_s);
+    m_server.start(u"pulseaudio"_s, words);
     qputenv("PULSE_SERVER", ("unix:" + socket).toUtf8());
     for (int attempt = 0; control({u"info"_s}).isEmpty(); ++attempt) {
         if (attempt == 100 || m_server.waitForFinished(50))
             throw std::runtime_error("the sound server did not start");
     }
+    control({u"set-default-sink"_s, u"test_out"_s});
+    control({u"set-default-source"_s, QString::fromLatin1(microphone)});
 }
 
 SoundServer::~SoundServer()

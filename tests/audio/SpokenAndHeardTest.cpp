@@ -108,17 +108,14 @@ protected:
 
 TEST_F(SpokenAndHeardTest, OddMicrophonesAreHeardAndClosed)
 {
-    const auto open = [this] {
-        return server->control({u"list"_s, u"short"_s, u"source-outputs"_s}).count(u'\n');
-    };
+    const auto tell = [this](const QString &words) { return server->control(words.split(u' ')); };
+    const auto open = [&] { return tell(u"list short source-outputs"_s).count(u'\n'); };
     qsizetype before = 0; // streams of the remapped microphones themselves
     for (const auto &[name, kind] : {std::pair{u"narrow"_s, u"rate=8000 channels=1"_s},
                                      std::pair{u"wide"_s, u"rate=192000 channels=2"_s},
                                      std::pair{u"many"_s, u"rate=48000 channels=8"_s}}) {
-        server->control(
-            {u"load-module"_s, u"module-null-sink"_s, u"sink_name="_s + name, kind, u"norewinds=1"_s});
-        server->control({u"load-module"_s, u"module-remap-source"_s, u"source_name=mic_"_s + name,
-                         u"master="_s + name + u".monitor"_s});
+        tell(u"load-module module-null-sink sink_name=%1 %2 norewinds=1"_s.arg(name, kind));
+        tell(u"load-module module-remap-source source_name=mic_%1 master=%1.monitor"_s.arg(name));
         before = open();
         microphone = u"mic_"_s + name;
         server->setFeed(name);

@@ -82,10 +82,10 @@ public:
         if (!*works)
             throw AudioError(AudioError::Case::playbackFailed);
     }
-    void end(bool works) { end(m_ends.size() - 1, works); }
-    void end(std::size_t sound, bool works)
+    // The newest, or one that many before it.
+    void end(bool works, std::size_t before = 0)
     {
-        m_ends[sound].yield(works);
+        m_ends[m_ends.size() - 1 - before].yield(works);
         TestWait::settle();
     }
 
@@ -205,7 +205,7 @@ TEST_F(TextToSpeechTest, ALongReplyIsHeldOnlyAFewSecondsAheadAndStopsAtOnce)
     output.isSlow = true;
     speak(u"It takes long to fall silent."_s);
     speak(u"And one that speaks by then."_s);
-    output.end(output.sounds.size() - 2, true);
+    output.end(true, 1);
     EXPECT_TRUE(service.isSpeaking()) << "the end of the former is none of this one";
     output.end(true);
     EXPECT_TRUE(hasEnded() && !service.isSpeaking());

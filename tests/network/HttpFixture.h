@@ -51,10 +51,14 @@ protected:
         run(session, request, std::move(stop), ending);
         return ending;
     }
+    static void awaitEnd(const std::shared_ptr<Ending> &ending)
+    {
+        TestWait::until([&] { return ending->isDone; });
+    }
     Ending fetch(const HttpRequest &request)
     {
         const auto ending = begin(request);
-        TestWait::until([&] { return ending->isDone; });
+        awaitEnd(ending);
         return *ending;
     }
 

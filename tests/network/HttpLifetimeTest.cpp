@@ -182,7 +182,7 @@ TEST_F(BrokenServerTest, AServerThatNeverAnswersAndANameThatNeverResolvesTimeOut
     const auto unresolved = begin(get(QUrl(u"http://slow.test/"_s)));
     TestWait::until([] { return SocketSpy::slowLookupBegan.try_acquire(); });
     clock.advance(60s);
-    TestWait::until([&] { return unresolved->isDone; });
+    awaitEnd(unresolved);
     EXPECT_EQ(unresolved->error, Code::TimedOut);
     SocketSpy::slowLookupMayEnd.release();
 
@@ -198,7 +198,7 @@ TEST_F(BrokenServerTest, AServerThatNeverAnswersAndANameThatNeverResolvesTimeOut
     clock.advance(19'999ms);
     EXPECT_FALSE(ending->isDone);
     clock.advance(1ms);
-    TestWait::until([&] { return ending->isDone; });
+    awaitEnd(ending);
     EXPECT_EQ(ending->error, Code::TimedOut);
     EXPECT_EQ(rows()[0].outcome.text(), u"Failed: Nothing was sent or received for 20 seconds."_s);
     EXPECT_EQ(rows()[0].bytesSent, server.bytesReceived());
@@ -225,7 +225,7 @@ TEST_F(BrokenServerTest, EachByteStartsTheSilenceAnew)
         next.release();
         TestWait::until([&] { return SocketSpy::received() == before + i + 1; });
     }
-    TestWait::until([&] { return ending->isDone; });
+    awaitEnd(ending);
     EXPECT_EQ(ending->body, "abc");
 }
 

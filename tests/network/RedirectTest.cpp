@@ -161,7 +161,7 @@ TEST_F(RedirectTest, StoppingInsideTheRedirectRuleIsSafe)
             return follows;
         };
         const auto ending = begin(request, stop.get_token());
-        TestWait::until([&] { return ending->isDone; });
+        awaitEnd(ending);
         EXPECT_TRUE(ending->isCancelled);
     }
     request.followsRedirect = [&](const QUrl &, const QUrl &) {

@@ -5,7 +5,6 @@
 #include "support/PlayedPortal.h"
 #include "utils/files/PrivateFile.h"
 
-#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -50,7 +49,7 @@ TEST_F(AutostartEntryTest, CountsAsOnOnlyWhenASessionWouldStartThisProgram)
     AutostartEntry entry(config, made(u"morvane"_s));
     ASSERT_TRUE(entry.set(true));
     const QByteArray good = *PrivateFile::read(file, 9999);
-    const QByteArray other = made(u"other"_s).toUtf8();
+    const QByteArray another = "[Desktop Entry]\nType=Application\nName=x\nExec=";
     const std::pair<QByteArray, bool> files[] = {
         {good, true},
         {good + "Hidden=true\n", false},
@@ -58,20 +57,18 @@ TEST_F(AutostartEntryTest, CountsAsOnOnlyWhenASessionWouldStartThisProgram)
         {good + "X-GNOME-Autostart-enabled=true\n", true},
         {good + "OnlyShowIn=Another;\n", false},
         {QByteArray(good).replace("morvane\" --", "gone\" --"), false},
-        {"[Desktop Entry]\nType=Application\nName=x\nExec=" + other + '\n', false},
-        {"[Desktop Entry]\nType=Application\nName=x\nExec=" + home.filePath(u"morvane"_s).toUtf8() + '\n',
-         true},
+        {another + made(u"other"_s).toUtf8() + '\n', false},
+        {another + home.filePath(u"morvane"_s).toUtf8() + '\n', true},
         {"nonsense", false},
         {QByteArray(1 << 17, '#'), false},
         {{}, false}};
     for (const auto &[bytes, isOn] : files) {
         int told = 0;
-        EXPECT_EQ(entry.isOn(), entry.isOn());
-        QObject::connect(&entry, &AutostartEntry::changed, [&] { ++told; });
+        QObject context;
+        QObject::connect(&entry, &AutostartEntry::changed, &context, [&] { ++told; });
         PrivateFile::write(file, bytes + "#\n"); // by somebody else
         TestWait::until([&] { return told > 0; });
         EXPECT_EQ(entry.isOn(), isOn) << bytes.left(999).toStdString();
-        QObject::disconnect(&entry, nullptr, nullptr, nullptr);
         TestWait::settle();
     }
     QFile::remove(file);

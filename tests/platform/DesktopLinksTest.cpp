@@ -6,6 +6,7 @@
 #include "platform/linux/PortalCall.h"
 #include "support/ManualClock.h"
 #include "support/PlayedPortal.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QDBusUnixFileDescriptor>
 #include <QFile>
@@ -24,10 +25,10 @@ using Outcome = LinkOpening::Outcome;
 namespace {
 
 // Answers with `response`, or not at all.
-class Portal {
+class Portal : public PlayedPortal {
 public:
-    explicit Portal(QDBusConnection bus)
-        : m_played(std::move(bus), [this](const auto &call, const auto &on) { return take(call, on); })
+    explicit Portal(const QDBusConnection &bus)
+        : PlayedPortal(bus, [this](const auto &call, const auto &on) { return hear(call, on); })
     {}
 
     std::optional<uint> response = 0;
@@ -35,7 +36,7 @@ public:
     QStringList opened;
 
 private:
-    bool take(const QDBusMessage &call, const QDBusConnection &on)
+    bool hear(const QDBusMessage &call, const QDBusConnection &on)
     {
         if (!call.member().startsWith("Open"_L1))
             return false;
@@ -46,63 +47,57 @@ private:
         if (!error.isEmpty())
             return on.send(call.createErrorReply(error, u"So."_s));
         if (response) // before its path is told
-            PlayedPortal::decide(PlayedPortal::handleOf(call), on, *response);
-        PlayedPortal::take(call, on);
+            decide(handleOf(call), on, *response);
+        take(call, on);
         return true;
     }
-
-    PlayedPortal m_played;
 };
 
 class DesktopLinksTest : public testing::Test {
 protected:
     static void put(const QString &path, const QByteArray &script)
     {
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("#!/bin/sh\n" + script + '\n');
-        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        PrivateFile::write(path, "#!/bin/sh\n" + script + '\n');
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
+
+    Outcome opened(const QUrl &url) { return TestWait::await(links.open(url, {})); }
 
     PrivateBus bus;
     ManualClock clock;
+    DesktopLinks links{bus.connection(), clock};
+    const QUrl page{u"https://a.example/ü?q=1"_s};
+    const QString shown = u"https://a.example/%C3%BC?q=1"_s;
 };
 
 TEST_F(DesktopLinksTest, AskThePortalAndHeedItsAnswer)
 {
-    DesktopLinks links(bus.connection(), clock);
     Portal portal(bus.connection());
-    const QUrl page(u"https://a.example/ü?q=1"_s);
     for (const auto &[response, outcome] :
          {std::pair{0U, Outcome::opened}, {1U, Outcome::dismissed}, {2U, Outcome::failed}}) {
         portal.response = response;
-        EXPECT_EQ(TestWait::await(links.open(page, {})), outcome);
+        EXPECT_EQ(opened(page), outcome);
     }
     portal.response = 0;
-    EXPECT_EQ(TestWait::await(links.open(QUrl::fromLocalFile(u"/tmp"_s), {})), Outcome::opened);
-    EXPECT_EQ(TestWait::await(links.open(QUrl::fromLocalFile(u"/no/such/file"_s), {})), Outcome::failed);
+    EXPECT_EQ(opened(QUrl::fromLocalFile(u"/tmp"_s)), Outcome::opened);
+    EXPECT_EQ(opened(QUrl::fromLocalFile(u"/no/such/file"_s)), Outcome::failed);
     portal.error = u"org.freedesktop.portal.Error.NotAllowed"_s;
     portal.response.reset();
-    EXPECT_EQ(TestWait::await(links.open(page, {})), Outcome::failed);
-    const QString shown = u"https://a.example/%C3%BC?q=1"_s;
+    EXPECT_EQ(opened(page), Outcome::failed);
     EXPECT_EQ(portal.opened, QStringList({shown, shown, shown, u"/tmp"_s, shown}));
 
     // One that takes its time, and one that nobody waits for any more.
     portal.error.clear();
-    auto outcome = std::make_shared<TestWait::Outcome<Outcome>>();
-    TestWait::collect<Outcome>(links.open(page, {}), outcome);
+    auto outcome = TestWait::begin(links.open(page, {}));
     TestWait::until([&] { return portal.opened.size() == 6; });
     TestWait::settle();
     EXPECT_FALSE(outcome->done);
     clock.advance(PortalCall::patience);
-    TestWait::until([&] { return outcome->done; });
-    EXPECT_EQ(outcome->value, Outcome::failed);
+    EXPECT_EQ(TestWait::result<Outcome>(outcome), Outcome::failed);
     std::stop_source stop;
-    outcome = std::make_shared<TestWait::Outcome<Outcome>>();
-    TestWait::collect<Outcome>(links.open(page, stop.get_token()), outcome);
+    outcome = TestWait::begin(links.open(page, stop.get_token()));
     stop.request_stop();
-    TestWait::until([&] { return outcome->done; });
-    EXPECT_THROW(std::rethrow_exception(outcome->error), CancelledError);
+    EXPECT_THROW(TestWait::result<Outcome>(outcome), CancelledError);
     EXPECT_EQ(clock.pendingAlarms(), 0U);
 }
 
@@ -112,37 +107,28 @@ TEST_F(DesktopLinksTest, WithoutAPortalTheExitOfXdgOpenTellsTheTruth)
     const QString browser = folder.filePath(u"browser"_s);
     const QByteArray path = qgetenv("PATH");
     qputenv("BROWSER", QFile::encodeName(browser));
-    qputenv("DISPLAY", ":none");                 // a browser that draws is asked for only then
-    DesktopLinks links(bus.connection(), clock); // and no portal on it
-    const QUrl page(u"https://a.example/x"_s);
-
+    qputenv("DISPLAY", ":none"); // a browser that draws is asked for only then
     const QString mark = folder.filePath(u"mark"_s);
     put(browser, "printf %s \"$1\" >" + QFile::encodeName(mark));
-    EXPECT_EQ(TestWait::await(links.open(page, {})), Outcome::opened);
-    QFile opened(mark);
-    ASSERT_TRUE(opened.open(QIODevice::ReadOnly));
-    EXPECT_EQ(opened.readAll(), "https://a.example/x");
+    EXPECT_EQ(opened(page), Outcome::opened);
+    EXPECT_EQ(PrivateFile::read(mark, 999), shown.toUtf8());
     put(browser, "exit 1");
-    EXPECT_EQ(TestWait::await(links.open(page, {})), Outcome::failed);
+    EXPECT_EQ(opened(page), Outcome::failed);
 
     // A browser in the foreground is what was wanted.
     put(folder.filePath(u"xdg-open"_s), "echo $$ >" + QFile::encodeName(mark) + "; exec sleep 600");
     qputenv("PATH", QFile::encodeName(folder.path()) + ':' + path);
     QFile::remove(mark);
-    const auto outcome = std::make_shared<TestWait::Outcome<Outcome>>();
-    TestWait::collect<Outcome>(links.open(page, {}), outcome);
+    const auto outcome = TestWait::begin(links.open(page, {}));
     QTimer looking; // the script can't wake this loop
     looking.start(10);
     TestWait::until([&] { return QFileInfo(mark).size() > 0; });
     clock.advance(DesktopLinks::patience);
-    TestWait::until([&] { return outcome->done; });
-    EXPECT_EQ(outcome->value, Outcome::opened);
-    QFile running(mark);
-    ASSERT_TRUE(running.open(QIODevice::ReadOnly));
-    EXPECT_EQ(::kill(running.readAll().trimmed().toInt(), SIGKILL), 0) << "it was left alone";
+    EXPECT_EQ(TestWait::result<Outcome>(outcome), Outcome::opened);
+    EXPECT_EQ(::kill(PrivateFile::read(mark, 99)->trimmed().toInt(), SIGKILL), 0) << "it was left alone";
 
     qputenv("PATH", "/nonexistent");
-    EXPECT_EQ(TestWait::await(links.open(page, {})), Outcome::failed);
+    EXPECT_EQ(opened(page), Outcome::failed);
     qputenv("PATH", path);
     qunsetenv("BROWSER");
     qunsetenv("DISPLAY");

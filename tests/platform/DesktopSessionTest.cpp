@@ -1,9 +1,7 @@
 #include "platform/linux/DesktopSession.h"
 
-#include "support/PrivateBus.h"
+#include "support/PlayedPortal.h"
 
-#include <QDBusArgument>
-#include <QDBusObjectPath>
 #include <QDBusUnixFileDescriptor>
 
 #include <gtest/gtest.h>
@@ -64,10 +62,10 @@ protected:
         logind.tell(sessionPath, properties, u"PropertiesChanged"_s,
                     {u"org.freedesktop.login1.Session"_s, QVariantMap(), QStringList()});
     }
-    template <typename Condition>
-    void becomes(Condition condition)
+    using Absence = SessionSignaling::Absence;
+    void becomes(bool Absence::*what, bool is = true)
     {
-        TestWait::until([&] { return condition(session.absence()); });
+        TestWait::until([&] { return session.absence().*what == is; });
     }
 
     PrivateBus bus;
@@ -77,37 +75,32 @@ protected:
     bool isGiven = false;
     PlayedService logind{bus.connection(), u"org.freedesktop.login1"_s,
                          [this](const auto &call, const auto &on) { return hearLogind(call, on); }};
-    PlayedService desktop{bus.connection(), u"org.freedesktop.portal.Desktop"_s,
-                          [this](const QDBusMessage &call, const QDBusConnection &on) {
-                              heard += call.member();
-                              if (call.member() == u"CreateMonitor"_s)
-                                  monitor = u"/org/freedesktop/portal/desktop/session/"_s +
-                                            call.service().mid(1).replace(u'.', u'_') + u'/' +
-                                            qdbus_cast<QVariantMap>(call.arguments().at(1))
-                                                .value(u"session_handle_token"_s)
-                                                .toString();
-                              return on.send(call.createReply());
-                          }};
+    PlayedPortal desktop{bus.connection(), [this](const QDBusMessage &call, const QDBusConnection &on) {
+                             heard += call.member();
+                             if (call.member() == u"CreateMonitor"_s)
+                                 monitor = PlayedPortal::handleOf(call, u"session"_s);
+                             return on.send(call.createReply());
+                         }};
     QString monitor;
     DesktopSession session{DesktopSession::Buses{bus.connection(), bus.connection()}};
 };
 
 TEST_F(DesktopSessionTest, HearsLogind)
 {
-    using Absence = SessionSignaling::Absence;
-    logind.tell(sessionPath, u"org.freedesktop.login1.Session"_s, u"Lock"_s);
-    becomes([](const Absence &now) { return now.isScreenLocked; });
-    logind.tell(sessionPath, u"org.freedesktop.login1.Session"_s, u"Unlock"_s);
-    becomes([](const Absence &now) { return !now.isScreenLocked; });
+    for (const bool locked : {true, false}) {
+        logind.tell(sessionPath, u"org.freedesktop.login1.Session"_s, locked ? u"Lock"_s : u"Unlock"_s);
+        becomes(&Absence::isScreenLocked, locked);
+    }
     tellsOf({{u"LockedHint"_s, true}, {u"Active"_s, false}});
-    becomes([](const Absence &now) { return now.isScreenLocked && now.isSessionInactive; });
+    becomes(&Absence::isScreenLocked);
+    becomes(&Absence::isSessionInactive);
     tellsOf({{u"LockedHint"_s, false},
              {u"Active"_s, true},
              {u"IdleHint"_s, true},
              {u"IdleSinceHintMonotonic"_s, QVariant::fromValue<quint64>(1)}});
-    becomes([](const Absence &now) {
-        return !now.isScreenLocked && !now.isSessionInactive && now.idleSeconds > 0;
-    });
+    becomes(&Absence::isScreenLocked, false);
+    becomes(&Absence::isSessionInactive, false);
+    TestWait::until([this] { return session.absence().idleSeconds > 0; });
 }
 
 TEST_F(DesktopSessionTest, PutsSleepOffUntilEverybodyHasHeard)
@@ -131,18 +124,17 @@ TEST_F(DesktopSessionTest, PutsSleepOffUntilEverybodyHasHeard)
 
 TEST_F(DesktopSessionTest, HearsScreenSaversDisplaysAndThePortal)
 {
-    using Absence = SessionSignaling::Absence;
     for (const auto &saver : {u"org.freedesktop.ScreenSaver"_s, u"org.gnome.ScreenSaver"_s}) {
         for (const bool active : {true, false}) {
             desktop.tell(u"/any/path"_s, saver, u"ActiveChanged"_s, {active});
-            becomes([active](const Absence &now) { return now.isScreenSaverRunning == active; });
+            becomes(&Absence::isScreenSaverRunning, active);
         }
     }
     for (const int mode : {1, 0}) {
         desktop.tell(
             u"/org/gnome/Mutter/DisplayConfig"_s, properties, u"PropertiesChanged"_s,
             {u"org.gnome.Mutter.DisplayConfig"_s, QVariantMap{{u"PowerSaveMode"_s, mode}}, QStringList()});
-        becomes([mode](const Absence &now) { return now.areDisplaysAsleep == (mode == 1); });
+        becomes(&Absence::areDisplaysAsleep, mode == 1);
     }
     const auto state = [this](const QString &session, bool active, uint step) {
         desktop.tell(u"/org/freedesktop/portal/desktop"_s, u"org.freedesktop.portal.Inhibit"_s,
@@ -152,7 +144,7 @@ TEST_F(DesktopSessionTest, HearsScreenSaversDisplaysAndThePortal)
     };
     state(u"/somebody/elses"_s, true, 2);
     state(monitor, true, 2);
-    becomes([](const Absence &now) { return now.isScreenSaverRunning; });
+    becomes(&Absence::isScreenSaverRunning);
     TestWait::until([this] { return heard.last() == u"QueryEndResponse"_s; });
     EXPECT_EQ(heard.count(u"QueryEndResponse"_s), 1);
     session.stopWatching();

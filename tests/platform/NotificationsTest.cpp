@@ -65,6 +65,7 @@ private:
             from.send(call.createReply());
             tellId(u"NotificationClosed"_s, given.at(0).toUInt(), 3U);
         } else if (call.member() == "Notify"_L1) {
+            EXPECT_EQ(call.signature(), u"susssasa{sv}i"_s) << "as the desktops' servers want it";
             const uint id = given.at(1).toUInt() != 0 ? given.at(1).toUInt() : ++last;
             m_shown[id] = textOf(given);
             from.send(call.createReply(id));
@@ -140,15 +141,14 @@ TEST_F(NotificationsTest, AClickOpensTheChatAndNobodyElseCanClick)
     QDBusConnection stranger = m_bus.connection();
     m_service.replyReady(chat, u"Ferns"_s);
     await(server, u"Reply ready|Ferns"_s);
-    auto forged = QDBusMessage::createSignal(path, name, u"ActionInvoked"_s);
-    forged.setArguments({1U, u"default"_s});
-    stranger.send(forged);
     auto aimed = QDBusMessage::createTargetedSignal(m_ours.baseService(), path, name, u"ActionInvoked"_s);
-    aimed.setArguments({1U, u"default"_s});
-    stranger.send(aimed);
+    auto forged = QDBusMessage::createSignal(path, name, u"ActionInvoked"_s);
     auto closing = QDBusMessage::createSignal(path, name, u"NotificationClosed"_s);
     closing.setArguments({1U, 2U});
-    stranger.send(closing);
+    for (auto *click : {&forged, &aimed})
+        click->setArguments({1U, u"default"_s});
+    for (const auto &signal : {forged, aimed, closing})
+        stranger.send(signal);
     // A call of the stranger that is answered has gone the same way, behind them.
     stranger.call(QDBusMessage::createMethodCall(name, path, name, u"GetCapabilities"_s),
                   QDBus::BlockWithGui);

@@ -3,36 +3,10 @@
 #include "support/PrivateBus.h"
 
 #include <QDBusArgument>
-#include <QDBusMetaType>
 
 #include <gtest/gtest.h>
 
 #include <future>
-
-namespace morvane {
-
-struct PlayedJudgement {
-    bool isAuthorized = false;
-    bool isChallenge = false;
-    QMap<QString, QString> details = {};
-};
-
-static QDBusArgument &operator<<(QDBusArgument &argument, const PlayedJudgement &judgement)
-{
-    argument.beginStructure();
-    argument << judgement.isAuthorized << judgement.isChallenge << judgement.details;
-    argument.endStructure();
-    return argument;
-}
-
-static const QDBusArgument &operator>>(const QDBusArgument &argument, PlayedJudgement &)
-{
-    return argument;
-}
-
-} // namespace morvane
-
-Q_DECLARE_METATYPE(morvane::PlayedJudgement)
 
 namespace morvane {
 
@@ -43,17 +17,22 @@ namespace {
 
 using Answer = UserPresenceConfirming::Answer;
 
+// As polkit says it.
+QVariant judged(bool isAuthorized, bool isChallenge, const QMap<QString, QString> &details = {})
+{
+    QDBusArgument argument;
+    argument.beginStructure();
+    argument << isAuthorized << isChallenge << details;
+    argument.endStructure();
+    return QVariant::fromValue(argument);
+}
+
 class PolkitPresenceTest : public testing::Test {
 protected:
     PolkitPresenceTest()
     {
-        qDBusRegisterMetaType<QMap<QString, QString>>();
-        qDBusRegisterMetaType<PlayedJudgement>();
         qputenv("DBUS_SYSTEM_BUS_ADDRESS", bus.address());
         qputenv("XDG_SESSION_ID", "7");
-        polkit.emplace(
-            bus.connection(), u"org.freedesktop.PolicyKit1"_s,
-            [this](const QDBusMessage &call, const QDBusConnection &on) { return hear(call, on); });
     }
     ~PolkitPresenceTest() override
     {
@@ -63,25 +42,20 @@ protected:
 
     bool hear(const QDBusMessage &call, const QDBusConnection &on)
     {
+        const auto failed = [&](const QString &words) {
+            return on.send(call.createErrorReply(u"org.freedesktop.PolicyKit1.Error.Failed"_s, words));
+        };
         heard += call.member();
-        if (call.member() == u"RegisterAuthenticationAgent"_s)
-            return on.send(
-                agentRefusal.isEmpty()
-                    ? call.createReply()
-                    : call.createErrorReply(u"org.freedesktop.PolicyKit1.Error.Failed"_s, agentRefusal));
-        if (call.member() == u"CheckAuthorization"_s) {
-            asked += call.arguments().at(1).toString() + u' ' + call.arguments().at(3).toString();
-            if (hangs)
-                call.setDelayedReply(true);
-            else if (knowsAction)
-                return on.send(call.createReply(QVariant::fromValue(judgement)));
-            else
-                return on.send(call.createErrorReply(u"org.freedesktop.PolicyKit1.Error.Failed"_s,
-                                                     u"Action is not registered"_s));
-        } else {
+        if (call.member() == u"RegisterAuthenticationAgent"_s && !agentRefusal.isEmpty())
+            return failed(agentRefusal);
+        if (call.member() != u"CheckAuthorization"_s)
             return on.send(call.createReply());
+        asked += call.arguments().at(1).toString() + u' ' + call.arguments().at(3).toString();
+        if (hangs) {
+            call.setDelayedReply(true);
+            return true;
         }
-        return true;
+        return knowsAction ? on.send(call.createReply(judgement)) : failed(u"Action is not registered"_s);
     }
 
     template <typename T>
@@ -106,22 +80,23 @@ protected:
     }
 
     PrivateBus bus;
-    PlayedJudgement judgement{.isChallenge = true};
+    QVariant judgement = judged(false, true);
     QString agentRefusal = u"An authentication agent already exists for the given subject"_s;
     bool knowsAction = true;
     bool hangs = false;
     QStringList heard;
     QStringList asked;
-    std::optional<PlayedService> polkit;
+    std::optional<PlayedService> polkit{std::in_place, bus.connection(), u"org.freedesktop.PolicyKit1"_s,
+                                        [this](const auto &call, const auto &on) { return hear(call, on); }};
 };
 
 TEST_F(PolkitPresenceTest, TellsTheAnswersApart)
 {
-    const std::pair<PlayedJudgement, Answer> table[]{
-        {{.isAuthorized = true}, Answer::Confirmed},
-        {{}, Answer::Refused},
-        {{.details = {{u"polkit.dismissed"_s, u"true"_s}}}, Answer::Dismissed},
-        {{.isChallenge = true}, Answer::Unavailable}, // nobody was there to ask
+    const std::pair<QVariant, Answer> table[]{
+        {judged(true, false), Answer::Confirmed},
+        {judged(false, false), Answer::Refused},
+        {judged(false, false, {{u"polkit.dismissed"_s, u"true"_s}}), Answer::Dismissed},
+        {judged(false, true), Answer::Unavailable}, // nobody was there to ask
     };
     for (const auto &[said, expected] : table) {
         judgement = said;
@@ -139,7 +114,7 @@ TEST_F(PolkitPresenceTest, AsksNobodyToLearnWhetherItCould)
     agentRefusal.clear();
     EXPECT_FALSE(canConfirm()) << "nobody had a right to be asked first";
     EXPECT_EQ(heard.last(), u"UnregisterAuthenticationAgent"_s);
-    judgement = {};
+    judgement = judged(false, false);
     EXPECT_FALSE(canConfirm()) << "the machine's rules refuse it to everybody";
     knowsAction = false;
     EXPECT_FALSE(canConfirm()) << "not installed";

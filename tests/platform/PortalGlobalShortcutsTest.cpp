@@ -2,11 +2,9 @@
 
 #include "platform/linux/PortalGlobalShortcuts.h"
 
-#include "support/PrivateBus.h"
+#include "support/PlayedPortal.h"
 
-#include <QDBusArgument>
 #include <QDBusMetaType>
-#include <QDBusObjectPath>
 #include <QDBusVariant>
 
 #include <gtest/gtest.h>
@@ -37,17 +35,15 @@ static const QDBusArgument &operator>>(const QDBusArgument &from, Bound &)
 
 namespace {
 
-const QString service = u"org.freedesktop.portal.Desktop"_s;
 const QString object = u"/org/freedesktop/portal/desktop"_s;
 const QString shortcuts = u"org.freedesktop.portal.GlobalShortcuts"_s;
 
 // A portal, and what is told of it and asked of it, in order.
-class Portal {
+class Portal : public PlayedPortal {
 public:
-    explicit Portal(QDBusConnection bus, uint version = 2)
-        : m_version(version)
-        , m_played(std::move(bus), service,
-                   [this](const auto &call, const auto &from) { return take(call, from); })
+    explicit Portal(const QDBusConnection &bus, uint version = 2)
+        : PlayedPortal(bus, [this](const auto &call, const auto &from) { return take(call, from); })
+        , m_version(version)
     {
         qDBusRegisterMetaType<Bound>();
         qDBusRegisterMetaType<QList<Bound>>();
@@ -55,11 +51,11 @@ public:
 
     void activate(const QString &signal, const QString &id)
     {
-        m_played.tell(object, shortcuts, signal,
-                      {QVariant::fromValue(QDBusObjectPath(session)), id, quint64{1},
-                       QVariantMap{{u"activation_token"_s, u"token of "_s + id}}});
+        tell(object, shortcuts, signal,
+             {QVariant::fromValue(QDBusObjectPath(session)), id, quint64{1},
+              QVariantMap{{u"activation_token"_s, u"token of "_s + id}}});
     }
-    void close() { m_played.tell(session, u"org.freedesktop.portal.Session"_s, u"Closed"_s, {}); }
+    void close() { tell(session, u"org.freedesktop.portal.Session"_s, u"Closed"_s, {}); }
 
     QStringList told;
     QString session;
@@ -84,8 +80,7 @@ private:
             begin(call, from);
         } else if (call.member() == "BindShortcuts"_L1) {
             const QVariant made = bound(call.arguments().at(1).value<QDBusArgument>());
-            respond(call, from, qdbus_cast<QVariantMap>(call.arguments().at(3)), {{u"shortcuts"_s, made}},
-                    answer);
+            PlayedPortal::answer(call, from, answer, {{u"shortcuts"_s, made}});
         } else {
             if (call.member() == "Close"_L1)
                 open.removeOne(call.path());
@@ -97,17 +92,14 @@ private:
     // A name is one session's at a time.
     void begin(const QDBusMessage &call, const QDBusConnection &from)
     {
-        const auto options = qdbus_cast<QVariantMap>(call.arguments().at(0));
-        QString sender = call.service().mid(1);
-        session = object + u"/session/"_s + sender.replace(u'.', u'_') + u'/' +
-                  options.value(u"session_handle_token"_s).toString();
+        session = handleOf(call, u"session"_s);
         if (open.contains(session))
-            return respond(call, from, options, {}, 2);
+            return PlayedPortal::answer(call, from, 2);
         open += session;
         QVariantMap results{{u"session_handle"_s, session}};
         if (bindsAtOnce)
-            results.insert(u"shortcuts"_s, bound(options.value(u"shortcuts"_s).value<QDBusArgument>()));
-        respond(call, from, options, results, 0);
+            results[u"shortcuts"_s] = bound(optionsOf(call).value(u"shortcuts"_s).value<QDBusArgument>());
+        PlayedPortal::answer(call, from, 0, results);
     }
 
     QVariant bound(const QDBusArgument &wishes)
@@ -127,20 +119,7 @@ private:
         return QVariant::fromValue(made);
     }
 
-    static void respond(const QDBusMessage &call, const QDBusConnection &from, const QVariantMap &options,
-                        const QVariantMap &results, uint response)
-    {
-        QString sender = call.service().mid(1);
-        const QString request = object + u"/request/"_s + sender.replace(u'.', u'_') + u'/' +
-                                options.value(u"handle_token"_s).toString();
-        from.send(call.createReply(QVariant::fromValue(QDBusObjectPath(request))));
-        auto signal = QDBusMessage::createSignal(request, u"org.freedesktop.portal.Request"_s, u"Response"_s);
-        signal.setArguments({response, results});
-        from.send(signal);
-    }
-
     const uint m_version;
-    PlayedService m_played;
 };
 
 class PortalGlobalShortcutsTest : public testing::Test {
@@ -200,8 +179,14 @@ TEST_F(PortalGlobalShortcutsTest, TheDesktopsOwnKeysAreToldAndHeardUntilTheyAreU
 
 TEST_F(PortalGlobalShortcutsTest, WhatTheDesktopOrThePersonRefusesIsSaid)
 {
+    bindBoth();
+    EXPECT_EQ(state(), State::unavailable) << "there is no portal";
     {
         Portal portal(m_bus.connection(), 1);
+        portal.hasIt = false;
+        bindBoth();
+        EXPECT_EQ(state(), State::unavailable) << "it doesn't know of them";
+        portal.hasIt = true;
         portal.answer = 1;
         bindBoth();
         EXPECT_EQ(state(), State::refused);
@@ -210,7 +195,6 @@ TEST_F(PortalGlobalShortcutsTest, WhatTheDesktopOrThePersonRefusesIsSaid)
         portal.others.clear();
         bindBoth();
         EXPECT_EQ(state(), State::refused) << "it was given no key";
-        portal.others = u"F13"_s;
         portal.answer = 2; // and yet it tells keys, as GNOME 48 does
         portal.others = u"Press <Shift><Alt>v"_s;
         bindBoth();
@@ -256,16 +240,6 @@ TEST_F(PortalGlobalShortcutsTest, WhatIsWishedForMeanwhileIsAskedForOnceTheSessi
     TestWait::until([this] { return state() != State::waiting; });
     EXPECT_EQ(portal.told.last(), u"CreateSession hold-to-talk=F14"_s);
     EXPECT_EQ(portal.open.size(), 1);
-}
-
-TEST_F(PortalGlobalShortcutsTest, ADesktopWithoutThemSaysSo)
-{
-    bindBoth();
-    EXPECT_EQ(state(), State::unavailable);
-    Portal portal(m_bus.connection());
-    portal.hasIt = false;
-    bindBoth();
-    EXPECT_EQ(state(), State::unavailable);
 }
 
 } // namespace

@@ -5,14 +5,11 @@
 #include "async/CancelledError.h"
 #include "async/Work.h"
 #include "support/ManualClock.h"
-#include "support/PrivateBus.h"
+#include "support/PlayedPortal.h"
 
-#include <QDBusContext>
 #include <QDBusMetaType>
-#include <QDBusObjectPath>
 #include <QDBusVariant>
 #include <QFile>
-#include <QGuiApplication>
 #include <QRasterWindow>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -28,101 +25,86 @@ using Reason = ScreenCaptureFailure::Reason;
 
 namespace {
 
-// Keeps the latest question, and answers when a test says.
-class FakePortal : public QObject, protected QDBusContext {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Screenshot")
+using Programs = QMap<QString, QStringList>;
 
+// Keeps the latest question, and answers when a test says. It may be the store as well, where the desktop
+// keeps what the person allows.
+class Portal : public PlayedPortal {
 public:
-    explicit FakePortal(QDBusConnection bus)
-        : m_bus(std::move(bus))
-    {}
-
-    void answer(uint response, const QString &file) { answer(response, file, m_bus); }
-    void answer(uint response, const QString &file, QDBusConnection by) const
+    explicit Portal(const QDBusConnection &bus)
+        : PlayedPortal(bus, [this](const auto &call, const auto &on) { return take(call, on); })
+        , m_bus(bus)
     {
-        auto signal = QDBusMessage::createSignal(request, u"org.freedesktop.portal.Request"_s, u"Response"_s);
-        QVariantMap results;
-        if (!file.isEmpty())
-            results.insert(u"uri"_s, QUrl::fromLocalFile(file).toString());
-        signal.setArguments({response, results});
-        by.send(signal);
+        qDBusRegisterMetaType<Programs>();
+    }
+
+    void answer(uint response, const QString &file) const { answer(response, file, m_bus); }
+    void answer(uint response, const QString &file, const QDBusConnection &by) const
+    {
+        const QVariantMap results{{u"uri"_s, QUrl::fromLocalFile(file).toString()}};
+        decide(request, by, response, file.isEmpty() ? QVariantMap() : results);
     }
 
     QString request; // empty until it was asked
     QString error;   // given instead of a request
     bool choosesItsOwnPath = false;
-    bool wasInteractive = true;
-
-public Q_SLOTS:
-    QDBusObjectPath Screenshot(const QString &, const QVariantMap &options)
-    {
-        if (!error.isEmpty()) {
-            sendErrorReply(error, u"no"_s);
-            request = u"refused"_s;
-            return QDBusObjectPath(u"/"_s);
-        }
-        wasInteractive = options.value(u"interactive"_s).toBool();
-        QString sender = message().service().mid(1);
-        request = u"/org/freedesktop/portal/desktop/request/"_s + sender.replace(u'.', u'_') + u'/' +
-                  (choosesItsOwnPath ? u"own"_s : options.value(u"handle_token"_s).toString());
-        return QDBusObjectPath(request);
-    }
+    Programs programs; // that may
 
 private:
+    bool take(const QDBusMessage &call, const QDBusConnection &on)
+    {
+        if (call.member() == "Lookup"_L1) {
+            EXPECT_EQ(call.arguments(), (QVariantList{u"screenshot"_s, u"screenshot"_s}));
+            return on.send(programs.isEmpty()
+                               ? call.createErrorReply(u"org.freedesktop.portal.Error.NotFound"_s, u"no"_s)
+                               : call.createReply(
+                                     {QVariant::fromValue(programs), QVariant::fromValue(QDBusVariant(0))}));
+        }
+        if (call.member() != "Screenshot"_L1)
+            return false;
+        if (!error.isEmpty()) {
+            request = u"refused"_s;
+            return on.send(call.createErrorReply(error, u"no"_s));
+        }
+        EXPECT_FALSE(optionsOf(call).value(u"interactive"_s, true).toBool());
+        request = handleOf(call, u"request"_s, choosesItsOwnPath ? u"own"_s : QString());
+        return on.send(call.createReply(QVariant::fromValue(QDBusObjectPath(request))));
+    }
+
     QDBusConnection m_bus;
-};
-
-// Where the desktop keeps what the person allows.
-class FakeStore : public QObject, protected QDBusContext {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.impl.portal.PermissionStore")
-
-public:
-    explicit FakeStore(QDBusConnection bus)
-    {
-        qDBusRegisterMetaType<Programs>();
-        bus.registerObject(u"/org/freedesktop/impl/portal/PermissionStore"_s, this,
-                           QDBusConnection::ExportAllSlots);
-        bus.registerService(u"org.freedesktop.impl.portal.PermissionStore"_s);
-    }
-
-    using Programs = QMap<QString, QStringList>;
-    Programs programs;
-
-public Q_SLOTS:
-    void Lookup(const QString &table, const QString &id, const QDBusMessage &call)
-    {
-        setDelayedReply(true);
-        const bool isThere = table == "screenshot"_L1 && id == "screenshot"_L1 && !programs.isEmpty();
-        connection().send(
-            isThere ? call.createReply({QVariant::fromValue(programs), QVariant::fromValue(QDBusVariant(0))})
-                    : call.createErrorReply(u"org.freedesktop.portal.Error.NotFound"_s, id));
-    }
 };
 
 class PortalScreenCaptureTest : public testing::Test {
 protected:
     PortalScreenCaptureTest()
     {
-        theirs.registerObject(u"/org/freedesktop/portal/desktop"_s, &portal, QDBusConnection::ExportAllSlots);
-        theirs.registerService(u"org.freedesktop.portal.Desktop"_s);
         window.show();
         looks.start(10);
         TestWait::settle();
     }
 
-    // Until the portal has the question; our window is gone by then.
-    void ask()
+    void begin(PortalScreenCapture &by)
     {
-        outcome = std::make_shared<TestWait::Outcome<Picture>>();
         portal.request.clear();
-        TestWait::collect(capture.capture(stop.get_token()), outcome);
+        outcome = TestWait::begin(by.capture(stop.get_token()));
+    }
+    void awaitQuestion()
+    {
+        TestWait::until([&] { return !portal.request.isEmpty() || outcome->done; });
+    }
+    // Until the portal has the question; our window is gone by then.
+    void awaitHiddenQuestion()
+    {
         TestWait::until([&] { return !window.isVisible() || outcome->done; });
         EXPECT_TRUE(portal.request.isEmpty()) << "not before the desktop had time to hide the window";
         clock.advance(PortalScreenCapture::timeToHide);
-        TestWait::until([&] { return !portal.request.isEmpty() || outcome->done; });
+        awaitQuestion();
         EXPECT_FALSE(window.isVisible() && !outcome->done);
+    }
+    void ask()
+    {
+        begin(capture);
+        awaitHiddenQuestion();
     }
     [[nodiscard]] QString file(const QByteArray &bytes)
     {
@@ -150,7 +132,7 @@ protected:
     Work work{clock};
     PrivateBus bus;
     QDBusConnection theirs = bus.connection();
-    FakePortal portal{theirs};
+    Portal portal{theirs};
     PortalScreenCapture capture{bus.connection(), clock, work};
     std::stop_source stop;
     std::shared_ptr<TestWait::Outcome<Picture>> outcome;
@@ -163,7 +145,6 @@ TEST_F(PortalScreenCaptureTest, WhatThePersonAgreedToIsReadAndItsFileRemoved)
     for (const bool own : {false, true}) {
         portal.choosesItsOwnPath = own;
         ask();
-        EXPECT_FALSE(portal.wasInteractive);
         portal.answer(2, {}, bus.connection());
         const QString path = file("a picture");
         TestWait::until([&] { // a path of its own is listened to once it is known
@@ -181,41 +162,32 @@ TEST_F(PortalScreenCaptureTest, WhatThePersonAgreedToIsReadAndItsFileRemoved)
 
 TEST_F(PortalScreenCaptureTest, WhatThePersonHasYetToAllowIsAskedForInTheirSightOnce)
 {
-    FakeStore store(theirs);
-    const auto begin = [this] {
-        outcome = std::make_shared<TestWait::Outcome<Picture>>();
-        portal.request.clear();
-        TestWait::collect(capture.capture(stop.get_token()), outcome);
-        TestWait::until([&] { return !portal.request.isEmpty(); });
+    portal.own(u"org.freedesktop.impl.portal.PermissionStore"_s);
+    const auto beginInSight = [this] {
+        begin(capture);
+        awaitQuestion();
         EXPECT_TRUE(window.isVisible()) << "the desktop asks only for the program in front";
     };
-    begin();
+    beginInSight();
     portal.answer(1, {});
     EXPECT_EQ(ends(), Reason::refused);
-    store.programs = {{u"org.example.Other"_s, {u"yes"_s}}};
-    begin();
+    portal.programs = {{u"org.example.Other"_s, {u"yes"_s}}};
+    beginInSight();
     const QString first = file("with our window");
     portal.answer(0, first);
     portal.request.clear();
-    TestWait::until([&] { return !window.isVisible(); });
+    awaitHiddenQuestion();
     EXPECT_FALSE(QFile::exists(first));
-    clock.advance(PortalScreenCapture::timeToHide);
-    TestWait::until([&] { return !portal.request.isEmpty(); });
     portal.answer(0, file("without it"));
     EXPECT_EQ(ends(), std::nullopt);
     EXPECT_EQ((**outcome->value).bytes.view(), "without it");
 
     // From then on, and where a former run was told.
     PortalScreenCapture next{bus.connection(), clock, work};
-    store.programs.insert(u"ai.morvane.MorvaneGPT"_s, {u"yes"_s});
+    portal.programs.insert(u"ai.morvane.MorvaneGPT"_s, {u"yes"_s});
     for (PortalScreenCapture *each : {&capture, &next}) {
-        outcome = std::make_shared<TestWait::Outcome<Picture>>();
-        portal.request.clear();
-        TestWait::collect(each->capture(stop.get_token()), outcome);
-        TestWait::until([&] { return !window.isVisible(); });
-        EXPECT_TRUE(portal.request.isEmpty());
-        clock.advance(PortalScreenCapture::timeToHide);
-        TestWait::until([&] { return !portal.request.isEmpty(); });
+        begin(*each);
+        awaitHiddenQuestion();
         portal.answer(0, file("without it"));
         EXPECT_EQ(ends(), std::nullopt);
     }
@@ -280,5 +252,3 @@ TEST_F(PortalScreenCaptureTest, WithoutItsBusTheProgramIsBlindUntilItStartsAnew)
 } // namespace
 
 } // namespace morvane
-
-#include "PortalScreenCaptureTest.moc"

@@ -7,6 +7,7 @@
 #include "support/Await.h"
 #include "support/ManualClock.h"
 #include "support/ProcessMemory.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -29,28 +30,27 @@ class ShortcutsTest : public testing::Test {
 protected:
     ~ShortcutsTest() override { work.end(); }
 
-    QString put(const QString &name, const QByteArray &script, mode_t mode = 0700)
+    void put(const QString &name, const QByteArray &script, mode_t mode = 0700)
     {
-        QDir().mkpath(shortcuts.folder());
         const QString path = shortcuts.folder() + u'/' + name;
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("#!/bin/sh\n" + script + '\n');
-        file.close();
+        PrivateFile::write(path, "#!/bin/sh\n" + script + '\n');
         EXPECT_EQ(::chmod(QFile::encodeName(path).constData(), mode), 0);
-        return path;
     }
 
     // What it printed, or what was said instead.
-    QString ran(const QString &name, const std::optional<QString> &input = {})
+    static QString endOf(const std::shared_ptr<TestWait::Outcome<QString>> &run)
     {
         try {
-            return TestWait::await(shortcuts.run(name, input, stop.get_token()));
+            return TestWait::result<QString>(run);
         } catch (const DesktopActionError &error) {
             return error.userMessage();
         } catch (const CancelledError &) {
             return u"cancelled"_s;
         }
+    }
+    QString ran(const QString &name, const std::optional<QString> &input = {})
+    {
+        return endOf(TestWait::begin(shortcuts.run(name, input, stop.get_token())));
     }
 
     // What a run says that waits in vain, once `onWaiting` was called: it has left its process id in a file.
@@ -58,28 +58,19 @@ protected:
     {
         QFile::remove(mark());
         put(u"waits"_s, script.toUtf8());
-        const auto outcome = std::make_shared<TestWait::Outcome<QString>>();
-        TestWait::collect<QString>(shortcuts.run(u"waits"_s, {}, stop.get_token()), outcome);
+        const auto run = TestWait::begin(shortcuts.run(u"waits"_s, {}, stop.get_token()));
         QTimer looking; // the script can't wake this loop
         looking.start(10);
         TestWait::until([this] { return processIn(mark()) > 0; });
         onWaiting();
-        TestWait::until([&] { return outcome->done; });
-        try {
-            std::rethrow_exception(outcome->error);
-        } catch (const DesktopActionError &error) {
-            return error.userMessage();
-        } catch (const CancelledError &) {
-            return u"cancelled"_s;
-        }
+        return endOf(run);
     }
 
     QString mark() const { return folder.filePath(u"mark"_s); }
 
     static pid_t processIn(const QString &path)
     {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().toInt() : 0;
+        return PrivateFile::read(path, 99).value_or(QByteArray()).trimmed().toInt();
     }
 
     // A process that was killed may be seen for a moment yet.

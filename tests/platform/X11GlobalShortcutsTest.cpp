@@ -25,19 +25,18 @@ class X11GlobalShortcutsTest : public testing::Test {
 protected:
     void SetUp() override
     {
-        const auto note = [this](const QString &what) {
-            return [this, what](GlobalShortcut shortcut) {
-                m_told += (shortcut == GlobalShortcut::chat ? u"chat "_s : u"talk "_s) + what;
-            };
+        const auto note = [this](GlobalShortcut shortcut, const QString &what) {
+            m_told += (shortcut == GlobalShortcut::chat ? u"chat "_s : u"talk "_s) + what;
         };
         QObject::connect(&m_keys, &GlobalShortcutService::pressed, &m_keys,
-                         [this](GlobalShortcut shortcut, const QString &token) {
+                         [note](GlobalShortcut shortcut, const QString &token) {
                              const bool hasTime = token.startsWith("morvane_TIME"_L1);
-                             m_told += (shortcut == GlobalShortcut::chat ? u"chat "_s : u"talk "_s) +
-                                       (hasTime ? u"down"_s : u"down at no time"_s);
+                             note(shortcut, hasTime ? u"down"_s : u"down at no time"_s);
                          });
-        QObject::connect(&m_keys, &GlobalShortcutService::released, &m_keys, note(u"up"_s));
-        QObject::connect(&m_keys, &GlobalShortcutService::escaped, &m_keys, note(u"Esc"_s));
+        QObject::connect(&m_keys, &GlobalShortcutService::released, &m_keys,
+                         [note](GlobalShortcut shortcut) { note(shortcut, u"up"_s); });
+        QObject::connect(&m_keys, &GlobalShortcutService::escaped, &m_keys,
+                         [note](GlobalShortcut shortcut) { note(shortcut, u"Esc"_s); });
         QObject::connect(&m_keys, &GlobalShortcutService::couldNotRegister, &m_keys,
                          [this](const QString &keys) { m_told += u"no "_s + keys; });
     }
@@ -52,7 +51,8 @@ protected:
         TestWait::until([&] { return process.state() == QProcess::NotRunning; });
         ASSERT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
     }
-    void play(const QStringList &keys) const { run(u"xdotool"_s, keys); }
+    // As xdotool takes them.
+    void play(const QString &keys) const { run(u"xdotool"_s, keys.split(u' ')); }
     QString heard()
     {
         TestWait::settle();
@@ -77,22 +77,20 @@ TEST_F(X11GlobalShortcutsTest, BothKeysComeHoweverTheLocksStandAndAreHeldUntilOn
     m_keys.registerShortcuts();
     ASSERT_EQ(state(GlobalShortcut::chat), State::bound);
     EXPECT_EQ(m_keys.binding(GlobalShortcut::talk).keys, u"Alt+V"_s);
-    play({u"key"_s, u"alt+space"_s});
+    play(u"key alt+space"_s);
     awaitTold(2);
-    play({u"keydown"_s, u"alt"_s, u"keydown"_s, u"v"_s, u"key"_s, u"Escape"_s, u"keyup"_s, u"alt"_s,
-          u"keyup"_s, u"v"_s});
+    play(u"keydown alt keydown v key Escape keyup alt keyup v"_s);
     awaitTold(5);
-    play({u"key"_s, u"Num_Lock"_s, u"key"_s, u"Caps_Lock"_s, u"key"_s, u"alt+v"_s, u"key"_s, u"Caps_Lock"_s,
-          u"key"_s, u"Num_Lock"_s});
+    play(u"key Num_Lock key Caps_Lock key alt+v key Caps_Lock key Num_Lock"_s);
     awaitTold(7);
     EXPECT_EQ(heard(), u"chat down, chat up, talk down, talk Esc, talk up, talk down, talk up"_s);
 
     // Nobody else's: with one more key, with one less, or once they were given back.
-    play({u"key"_s, u"ctrl+alt+v"_s, u"key"_s, u"v"_s});
+    play(u"key ctrl+alt+v key v"_s);
     m_keys.unregisterShortcuts();
-    play({u"key"_s, u"alt+v"_s});
+    play(u"key alt+v"_s);
     m_keys.registerShortcuts();
-    play({u"key"_s, u"alt+v"_s});
+    play(u"key alt+v"_s);
     awaitTold(2);
     EXPECT_EQ(heard(), u"talk down, talk up"_s);
 }
@@ -100,15 +98,15 @@ TEST_F(X11GlobalShortcutsTest, BothKeysComeHoweverTheLocksStandAndAreHeldUntilOn
 TEST_F(X11GlobalShortcutsTest, AKeyThatRepeatsIsHeldOnce)
 {
     m_keys.registerShortcuts();
-    play({u"keydown"_s, u"alt"_s, u"keydown"_s, u"v"_s});
+    play(u"keydown alt keydown v"_s);
     awaitTold(1);
     for (int i = 0; i < 4; ++i) // as a server repeats it: up and down at once
-        play({u"keyup"_s, u"--delay"_s, u"0"_s, u"v"_s, u"keydown"_s, u"--delay"_s, u"0"_s, u"v"_s});
+        play(u"keyup --delay 0 v keydown --delay 0 v"_s);
     bool isLater = false; // it is real time
     QTimer::singleShot(2 * X11GlobalShortcuts::repeatPause, &m_desktop, [&isLater] { isLater = true; });
     TestWait::until([&isLater] { return isLater; });
     EXPECT_EQ(m_told.size(), 1) << "it is still down";
-    play({u"keyup"_s, u"v"_s, u"keyup"_s, u"alt"_s});
+    play(u"keyup v keyup alt"_s);
     awaitTold(2);
     EXPECT_EQ(heard(), u"talk down, talk up"_s);
 }
@@ -120,14 +118,14 @@ TEST_F(X11GlobalShortcutsTest, OneThatAnotherProgramHoldsIsSaidOnceAndTheOtherWo
     m_keys.registerShortcuts();
     EXPECT_EQ(state(GlobalShortcut::chat), State::taken);
     m_keys.registerShortcuts();
-    play({u"key"_s, u"alt+space"_s, u"key"_s, u"alt+v"_s});
+    play(u"key alt+space key alt+v"_s);
     awaitTold(3);
     EXPECT_EQ(heard(), u"no Alt+Space, talk down, talk up"_s);
 
     m_keys.choose(GlobalShortcut::chat, Qt::MetaModifier | Qt::Key_Adiaeresis); // a key that isn't there
     EXPECT_EQ(state(GlobalShortcut::chat), State::refused);
     m_keys.choose(GlobalShortcut::chat, Qt::MetaModifier | Qt::Key_F4);
-    play({u"key"_s, u"super+F4"_s});
+    play(u"key super+F4"_s);
     awaitTold(2);
     EXPECT_EQ(heard(), u"chat down, chat up"_s);
 }
@@ -135,7 +133,7 @@ TEST_F(X11GlobalShortcutsTest, OneThatAnotherProgramHoldsIsSaidOnceAndTheOtherWo
 TEST_F(X11GlobalShortcutsTest, TheKeysMoveWithTheKeyboardsMap)
 {
     m_keys.registerShortcuts();
-    run(u"xdotool"_s, {u"key"_s, u"alt+v"_s});
+    play(u"key alt+v"_s);
     awaitTold(2);
     QObject context;
     bool isAnew = false;
@@ -143,8 +141,7 @@ TEST_F(X11GlobalShortcutsTest, TheKeysMoveWithTheKeyboardsMap)
     run(u"setxkbmap"_s, {u"-layout"_s, u"us"_s, u"-variant"_s, u"dvorak"_s});
     TestWait::until([&] { return isAnew; });
     TestWait::settle();
-    play({u"keydown"_s, u"alt"_s, u"key"_s, u"55"_s, u"key"_s, u"60"_s, u"key"_s, u"65"_s, u"keyup"_s,
-          u"alt"_s});
+    play(u"keydown alt key 55 key 60 key 65 keyup alt"_s);
     awaitTold(6); // where it was, where it is, and the other, which is where it was
     EXPECT_EQ(heard(), u"talk down, talk up, talk down, talk up, chat down, chat up"_s);
 }

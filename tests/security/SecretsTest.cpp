@@ -9,6 +9,7 @@
 #include "utils/files/PrivateFile.h"
 
 #include <QDir>
+#include <QMetaMethod>
 #include <QRegularExpression>
 #include <QSemaphore>
 #include <QTemporaryDir>
@@ -36,24 +37,18 @@ struct Secrets {
     const QString path = home.filePath(QStringLiteral("notes"));
 };
 
-// Works the secrets by the lines of a transcript, each a command and its words.
+// Works the secrets by the lines of a transcript, each a command and its words. A command is the slot of its
+// name.
 //
 // What comes of a line: its result, the calls that reached the keyring, the questions to the person, log
 // lines, how often the watched text was wiped, and what the keyring holds when that changed ("*": behind
 // presence). Long texts are keys, credentials and what is sealed: each shows as a number, ⟨1⟩, ⟨2⟩…, and is
 // named so.
-class SecretsScript : private Secrets {
-    Q_DISABLE_COPY_MOVE(SecretsScript)
+class SecretsScript : public QObject, private Secrets {
+    Q_OBJECT
 
 public:
-    SecretsScript()
-    {
-        addKeyringCommands();
-        addKeychainCommands();
-        addVaultCommands();
-        addIdentityCommands();
-    }
-    ~SecretsScript() { setTestHost({}); }
+    ~SecretsScript() override { setTestHost({}); }
 
     // Plays a file of tests/data; the line "anew" starts over.
     static void expect(const char *path)
@@ -69,105 +64,89 @@ public:
         TestData::expect(path, outcome);
     }
 
+public Q_SLOTS: // of the keyring and of the person
+    void hold() { store.held[{words.size() > 3 ? arg(3) : text("own"), arg(1)}] = {arg(1), word(2)}; }
+    void refuse() { store.refuse(Call(callNames.indexOf(word(1))), KeychainStatus(word(2).toInt())); }
+    void obey() { store.refusal = nullptr; }
+    // The item goes, and the first try to put it back fails.
+    void lose()
+    {
+        store.refusal = [this](Call call) {
+            const bool isFirst = call == Call::Add && store.held.erase({text("own"), text("key")}) == 1;
+            return isFirst ? std::optional(KeychainStatus::InputOutput) : std::nullopt;
+        };
+    }
+    void lockKeyring() { store.state = SecretStoring::Condition::Locked; }
+    void marks() { store.canMark = word(1) == "kept"; }
+    void person()
+    {
+        using enum UserPresenceConfirming::Answer;
+        presence.answer = word(1) == "confirms" ? Confirmed : Refused;
+    }
+    void watch()
+    {
+        spy.reset();
+        spy = std::make_unique<WipeSpy>(arg(1));
+    }
+    void testHost() { setTestHost(word(1)); }
+
+public Q_SLOTS: // of the keychain
+    void save() { keychain.save(QString::fromUtf8(words.mid(2).join(' ')), arg(1)); }
+    QString read() { return shown(keychain.read(arg(1))); }
+    QString ask() { return shown(keychain.read(arg(1), text("why"), {})); }
+    void guard() { keychain.setUserPresence(arg(2), arg(1), UserPresence::Required); }
+    void unguard() { keychain.setUserPresence(arg(2), arg(1), UserPresence::NotRequired); }
+    QString isGuarded() { return text(keychain.requiresUserPresence(arg(1)) ? "yes" : "no"); }
+    void remove() { keychain.remove(arg(1)); }
+    void removeFor() { keychain.removeSecret(arg(2), arg(1)); }
+    void forget() { keychain.clearCache(); }
+    void warmUp() { keychain.warmUp(); }
+    QString erase() { return QString::number(keychain.deleteAll()); }
+    QString listFor()
+    {
+        QStringList all;
+        for (const auto &secret : keychain.secretsOf(arg(1)))
+            all.append(secret.account + u'=' + secret.value);
+        return all.join(u' ');
+    }
+
+public Q_SLOTS: // of the vault
+    QString seal() { return shown(vault.seal(arg(1))); }
+    QString open() { return u'"' + vault.open(arg(1)) + u'"'; }
+    QString sealFile() { return shown(text(vault.seal(arg(1).toLatin1()))); }
+    QString openFile()
+    {
+        const auto opened = vault.open(arg(1).toLatin1());
+        return opened ? text(*opened) : shown({});
+    }
+    void write() { vault.writeSealed(word(1), path); }
+    QString show() { return shown(text(PrivateFile::read(path, 1 << 20).value())); }
+    void key() { (void)vault.key(); }
+    void needKey() { vault.requireExistingKey(); }
+    void destroyKey() { vault.destroyKey(); }
+    void guardKey() { vault.moveKey(UserPresence::Required); }
+    void unguardKey() { vault.moveKey(UserPresence::NotRequired); }
+    void wrap() { vault.wrapKey(Passphrase(arg(1)), {8, 1}); }
+    QString unwrap() { return text(vault.unwrapKey(Passphrase(arg(1))) ? "the key" : "none"); }
+    void bare() { vault.bareKey(); }
+    void unlockWith()
+    {
+        if (auto key = vault.unwrapKey(Passphrase(arg(1))))
+            vault.unlock(std::move(key));
+    }
+    void lock() { vault.lock(); }
+    void unlock() { vault.unlock(); }
+
+public Q_SLOTS: // of the services' numbers
+    QString credential() { return shown(identity.credential(service())); }
+    QString credentialElsewhere() { return shown(ServiceIdentity(keychain).credential(service())); }
+    QString reset() { return shown(identity.reset(service())); }
+    void replace() { identity.replace(service(), arg(2)); }
+
 private:
     using Call = FakeSecretStore::Call;
     using Service = ServiceIdentity::Service;
 
-    void addKeyringCommands()
-    {
-        on("hold", [&] { hold("own", UserPresence::NotRequired); });
-        on("hold-guarded", [&] { hold("own", UserPresence::Required); });
-        on("hold-for", [&] { hold(word(3), UserPresence::NotRequired); });
-        on("refuse",
-           [&] { store.refuse(Call(callNames.indexOf(word(1))), KeychainStatus(word(2).toInt())); });
-        on("obey", [&] { store.refusal = nullptr; });
-        // The item goes, and the first try to put it back fails.
-        on("lose", [&] {
-            store.refusal = [this](Call call) {
-                const bool isFirst = call == Call::Add && store.held.erase({text("own"), text("key")}) == 1;
-                return isFirst ? std::optional(KeychainStatus::InputOutput) : std::nullopt;
-            };
-        });
-        on("lock-keyring", [&] { store.state = SecretStoring::Condition::Locked; });
-        on("marks", [&] { store.canMark = word(1) == "kept"; });
-        on("person", [&] {
-            using enum UserPresenceConfirming::Answer;
-            presence.answer = word(1) == "confirms" ? Confirmed : Refused;
-        });
-        on("watch", [&] {
-            spy.reset();
-            spy = std::make_unique<WipeSpy>(arg(1));
-        });
-    }
-    void addKeychainCommands()
-    {
-        on("save", [&] { keychain.save(arg(2), arg(1)); });
-        on("read", [&] { return shown(keychain.read(arg(1))); });
-        on("ask", [&] { return shown(keychain.read(arg(1), text("why"), {})); });
-        on("guard", [&] { keychain.setUserPresence(arg(2), arg(1), UserPresence::Required); });
-        on("unguard", [&] { keychain.setUserPresence(arg(2), arg(1), UserPresence::NotRequired); });
-        on("is-guarded", [&] { return text(keychain.requiresUserPresence(arg(1)) ? "yes" : "no"); });
-        on("remove", [&] { keychain.remove(arg(1)); });
-        on("remove-for", [&] { keychain.removeSecret(arg(2), arg(1)); });
-        on("forget", [&] { keychain.clearCache(); });
-        on("warm-up", [&] { keychain.warmUp(); });
-        on("erase", [&] { return QString::number(keychain.deleteAll()); });
-        on("list-for", [&] {
-            QStringList all;
-            for (const auto &secret : keychain.secretsOf(arg(1)))
-                all.append(secret.account + u'=' + secret.value);
-            return all.join(u' ');
-        });
-    }
-    void addVaultCommands()
-    {
-        on("seal", [&] { return shown(vault.seal(arg(1))); });
-        on("open", [&] { return u'"' + vault.open(arg(1)) + u'"'; });
-        on("seal-file", [&] { return shown(text(vault.seal(arg(1).toLatin1()))); });
-        on("open-file", [&] {
-            const auto opened = vault.open(arg(1).toLatin1());
-            return opened ? text(*opened) : shown({});
-        });
-        on("write", [&] { vault.writeSealed(word(1), path); });
-        on("show", [&] { return shown(text(PrivateFile::read(path, 1 << 20).value())); });
-        on("key", [&] { (void)vault.key(); });
-        on("need-key", [&] { vault.requireExistingKey(); });
-        on("destroy-key", [&] { vault.destroyKey(); });
-        on("guard-key", [&] { vault.moveKey(UserPresence::Required); });
-        on("unguard-key", [&] { vault.moveKey(UserPresence::NotRequired); });
-        on("wrap", [&] { vault.wrapKey(Passphrase(arg(1)), cheap); });
-        on("save-later-version",
-           [&] { keychain.save(text("morvane-wrapped-key 2 x"), text("local-data-key")); });
-        on("unwrap", [&] { return text(vault.unwrapKey(Passphrase(arg(1))) ? "the key" : "none"); });
-        on("bare", [&] { vault.bareKey(); });
-        on("unlock-with", [&] {
-            if (auto key = vault.unwrapKey(Passphrase(arg(1))))
-                vault.unlock(std::move(key));
-        });
-        on("lock", [&] { vault.lock(); });
-        on("unlock", [&] { vault.unlock(); });
-        on("test-host", [&] { setTestHost(word(1)); });
-    }
-    void addIdentityCommands()
-    {
-        const auto service = [&] { return word(1) == "hosted" ? Service::Hosted : Service::Search; };
-        on("credential", [=, this] { return shown(identity.credential(service())); });
-        on("credential-elsewhere",
-           [=, this] { return shown(ServiceIdentity(keychain).credential(service())); });
-        on("reset", [=, this] { return shown(identity.reset(service())); });
-        on("replace", [=, this] { identity.replace(service(), arg(2)); });
-    }
-
-    template <typename Work>
-    void on(const char *command, Work work)
-    {
-        commands[command] = [work]() -> QString {
-            if constexpr (!std::is_void_v<decltype(work())>)
-                return work();
-            work();
-            return {};
-        };
-    }
     QString play(const QByteArray &line)
     {
         const QString before = holding();
@@ -190,8 +169,14 @@ private:
     }
     QString attempt()
     {
+        const QMetaMethod command = metaObject()->method(metaObject()->indexOfSlot(words[0] + "()"));
+        QString told;
         try {
-            return commands.at(words[0])();
+            const bool isKnown =
+                command.returnType() == QMetaType::Void
+                    ? command.invoke(this, Qt::DirectConnection)
+                    : command.invoke(this, Qt::DirectConnection, Q_RETURN_ARG(QString, told));
+            return isKnown ? told : text("no such command");
         } catch (const KeychainError &error) {
             return error.userMessage() + QStringLiteral(" (%1)").arg(int(error.status()));
         } catch (const std::exception &error) {
@@ -208,16 +193,13 @@ private:
         }
         return all.isEmpty() ? text("nothing") : all.join(u' ');
     }
-    void hold(const QByteArray &service, UserPresence presence)
-    {
-        store.held[{text(service), arg(1)}] = {arg(1), word(2), presence};
-    }
     static void setTestHost(const QByteArray &set)
     {
         for (const char *name : {"XCTestConfigurationFilePath", "XCTestBundlePath"})
             set == name ? qputenv(name, "/x") : qunsetenv(name);
     }
 
+    Service service() const { return word(1) == "hosted" ? Service::Hosted : Service::Search; }
     static QString text(const QByteArray &bytes) { return QString::fromLatin1(bytes); }
     QByteArray word(int index) const { return words.value(index); }
     QString arg(int index) const
@@ -234,9 +216,7 @@ private:
         return QStringLiteral("⟨%1⟩").arg(numbered.indexOf(*result) + 1);
     }
 
-    static constexpr Argon2id::Cost cheap{8, 1};
     const QByteArrayList callNames{"condition", "unlock", "find", "items", "add", "update", "remove"};
-    std::map<QByteArray, std::function<QString()>> commands;
     QByteArrayList words; // of the line that is played
     QStringList numbered; // what ⟨1⟩, ⟨2⟩… stand for
     std::unique_ptr<WipeSpy> spy;
@@ -290,18 +270,18 @@ TEST_F(LocalDataVaultTest, SealsUnderOneKeyAndOpensNothingWhileLockedOrWithoutIt
 
 TEST_F(LocalDataVaultTest, SealsWhatAnOlderBuildLeftInTheClearOnce)
 {
-    const auto put = [&](const QString &name, const QByteArray &bytes) {
-        PrivateFile::write(home.filePath(name), bytes);
+    const std::map<QString, QByteArray> files{
+        {u"Morvane/other.json"_s, "stays"},
+        {u"Morvane/code-app-data/b.txt"_s, "stays"},
+        {u"ai.morvane.macos/code.json"_s, "stays"},
+        {u"Morvane/subscriptions.json"_s, "[1]"},
+        {u"Morvane/code.json"_s, ""},
+        {u"Morvane/code-app-data/b.json"_s, "{}"},
+        {u"ai.morvane.macos/memory.md"_s, "# Notes"},
+        {u"ai.morvane.macos/memory-work.md"_s, vault.seal(QByteArray("sealed before"))},
     };
-    const QStringList untouched{u"Morvane/other.json"_s, u"Morvane/code-app-data/b.txt"_s,
-                                u"ai.morvane.macos/code.json"_s};
-    for (const QString &name : untouched)
-        put(name, "stays");
-    put(u"Morvane/subscriptions.json"_s, "[1]");
-    put(u"Morvane/code.json"_s, "");
-    put(u"Morvane/code-app-data/b.json"_s, "{}");
-    put(u"ai.morvane.macos/memory.md"_s, "# Notes");
-    put(u"ai.morvane.macos/memory-work.md"_s, vault.seal(QByteArray("sealed before")));
+    for (const auto &[name, bytes] : files)
+        PrivateFile::write(home.filePath(name), bytes);
     QDir().mkpath(home.filePath(u"Morvane/gift-people.json"_s)); // a folder in a file's place
     const QString notes = home.filePath(u"ai.morvane.macos/memory.md"_s);
     QFile::setPermissions(notes, QFile::permissions(notes) | QFile::ReadGroup | QFile::ReadOther);
@@ -320,8 +300,8 @@ TEST_F(LocalDataVaultTest, SealsWhatAnOlderBuildLeftInTheClearOnce)
     EXPECT_TRUE(contents(notes).startsWith("KVT1"));
     EXPECT_EQ(vault.open(contents(notes)), QByteArray("# Notes"));
     EXPECT_EQ(QFile::permissions(notes) & (QFile::ReadGroup | QFile::ReadOther), 0);
-    for (const auto &name : untouched)
-        EXPECT_EQ(contents(home.filePath(name)), "stays");
+    for (const auto &[name, bytes] : files)
+        EXPECT_EQ(contents(home.filePath(name)) == "stays", bytes == "stays") << name.toStdString();
 }
 
 TEST_F(LocalDataVaultTest, FirstSealsFromManyThreadsShareOneKey)
@@ -371,3 +351,5 @@ TEST_F(ServiceIdentityTest, CallersOnManyThreadsGetOneNumber)
 } // namespace
 
 } // namespace morvane
+
+#include "SecretsTest.moc"

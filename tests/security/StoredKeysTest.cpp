@@ -192,65 +192,62 @@ TEST(WrappedKeyTest, ReadsNothingThatIsCutChangedOrTooCostly)
 // In the file that stands in for a keyring, whose former contents are gone from the disk as well.
 TEST(WrappedKeyTest, AChangeThatIsKilledAtAnyCallLeavesTheFormerOrTheNewForm)
 {
-    const Argon2id::Cost cheap{8, 1};
-    const auto typed = [](const char *words) { return Passphrase(QString::fromLatin1(words)); };
-    std::set<QByteArray> ends;
-    const auto attempt = [&](int call, const std::function<void(LocalDataVault &)> &change) {
+    const auto wrapWith = [](LocalDataVault &vault, const QString &words) {
+        words.isEmpty() ? vault.bareKey() : vault.wrapKey(Passphrase(QString(words)), {8, 1});
+    };
+    // Which form stands there once a change from one passphrase to the other, either of them none, was killed
+    // at that call; nothing when it was done before.
+    const auto killedAt = [&](int call, const QString &from, const QString &to) -> std::optional<QString> {
         const QTemporaryDir folder;
-        KeyFile file(folder.filePath(u"keys"_s));
+        const QString path = folder.filePath(u"keys"_s);
+        const QString former = folder.filePath(u"former"_s);
+        KeyFile file(path);
         FakePresence nobody;
         KeychainService keychain(u"own"_s, file, nobody);
         file.create();
         LocalDataVault vault(keychain);
         const QByteArray key = vault.key().view().toByteArray();
-        if (call < 0) // what it is changed from
-            vault.wrapKey(typed("former"), cheap);
-        const QString former = folder.filePath(u"former"_s);
-        QFile::remove(former);
-        EXPECT_EQ(::link(QFile::encodeName(folder.filePath(u"keys"_s)).constData(),
-                         QFile::encodeName(former).constData()),
-                  0);
+        if (!from.isEmpty())
+            wrapWith(vault, from);
+        EXPECT_EQ(::link(QFile::encodeName(path).constData(), QFile::encodeName(former).constData()), 0);
         const pid_t child = fork();
         if (child == 0) {
             FileSpy spy(folder.path());
-            spy.killAt(std::abs(call));
-            change(vault);
+            spy.killAt(call);
+            wrapWith(vault, to);
             _exit(0);
         }
         int status = 0;
         waitpid(child, &status, 0);
-        auto stored = QString::fromLatin1(file.find(u"own"_s, LocalDataVault::keyAccount)->value);
-        if (const auto bare = DataKey::parse(stored)) {
-            EXPECT_EQ(bare->view(), key);
-            ends.insert("bare");
-        } else {
-            for (const char *words : {"former", "new"}) {
-                if (const auto opened = WrappedKey::unwrap(stored, typed(words).bytes())) {
-                    EXPECT_EQ(opened->view(), key);
-                    ends.insert(words);
-                    stored.clear();
-                    break;
-                }
-            }
-            EXPECT_TRUE(stored.isEmpty()) << "neither opens it";
+        const auto stored = QString::fromLatin1(file.find(u"own"_s, LocalDataVault::keyAccount)->value);
+        std::optional<QString> form;
+        for (const QString &words : {from, to}) {
+            const auto found = words.isEmpty() ? DataKey::parse(stored)
+                               : WrappedKey::isReadable(stored)
+                                   ? WrappedKey::unwrap(stored, Passphrase(QString(words)).bytes())
+                                   : std::nullopt;
+            if (found && found->view() == key)
+                form = words;
         }
-        const bool isDone = WIFEXITED(status);
+        EXPECT_TRUE(form) << "neither opens it";
+        if (!WIFEXITED(status))
+            return form;
+        EXPECT_EQ(form, to);
         const auto left = PrivateFile::read(former, 1000);
-        EXPECT_TRUE(!isDone || (left && left->count('\0') == left->size()))
-            << "the former form is on the disk";
-        return isDone;
+        EXPECT_TRUE(left && left->count('\0') == left->size()) << "the former form is on the disk";
+        return std::nullopt;
     };
-    for (int call = 1; !attempt(call, [&](auto &vault) { vault.wrapKey(typed("new"), cheap); }); ++call)
-        ASSERT_LT(call, 50);
-    EXPECT_EQ(ends, (std::set<QByteArray>{"bare", "new"}));
-    ends.clear();
-    for (int call = 1; !attempt(-call, [&](auto &vault) { vault.wrapKey(typed("new"), cheap); }); ++call)
-        ASSERT_LT(call, 50);
-    EXPECT_EQ(ends, (std::set<QByteArray>{"former", "new"}));
-    ends.clear();
-    for (int call = 1; !attempt(-call, [&](auto &vault) { vault.bareKey(); }); ++call)
-        ASSERT_LT(call, 50);
-    EXPECT_EQ(ends, (std::set<QByteArray>{"former", "bare"}));
+    for (const auto &[from, to] :
+         {std::pair{u""_s, u"new"_s}, {u"former"_s, u"new"_s}, {u"former"_s, u""_s}}) {
+        SCOPED_TRACE((from + u" to "_s + to).toStdString());
+        std::set<QString> ends;
+        int call = 1;
+        for (std::optional<QString> end; (end = killedAt(call, from, to)); ++call) {
+            ASSERT_LT(call, 50);
+            ends.insert(*end);
+        }
+        EXPECT_EQ(ends, (std::set{from, to}));
+    }
 }
 
 TEST(WrappedKeyTest, MeasuresACostThatMayBeReadBack)

@@ -38,7 +38,7 @@ QStringList hostileContents()
 struct Carrier {
     const char *name;
     QString tool;
-    bool isAskedFor;
+    bool isAskedFor = true;
 };
 
 // Everything that content could want, with its own words as arguments too.
@@ -84,19 +84,11 @@ protected:
         turn.scopeKey = u"chat:A"_s;
         asked.clear();
         happened.clear();
-        registry.setHooks({.approvalHandler = [this, agrees = carrier.isAskedFor](
-                                                  const QString &verb, const AIToolCall &, const AITool &) {
-            asked.append(verb);
-            return decide(agrees && asked.size() == 1);
-        }});
+        onAsked = [this, agrees = carrier.isAskedFor] {
+            answer = agrees && asked.size() == 1 ? ApprovalAnswer::allowedOnce : ApprovalAnswer::declined;
+        };
         const auto model = std::make_shared<ScriptedModel>(std::move(rounds));
         return readRun(AgentLoop(model, registry).run(std::move(turn)));
-    }
-
-    static QCoro::Task<ApprovalAnswer> decide(bool agrees)
-    {
-        const ApprovalAnswer answer = agrees ? ApprovalAnswer::allowedOnce : ApprovalAnswer::declined;
-        co_return answer;
     }
 };
 
@@ -115,9 +107,9 @@ void expectFramed(const QString &result, const std::string &where)
 TEST_F(HostileContentTest, NothingHappensThatThePersonWasNotAskedAbout)
 {
     const Carrier carriers[] = {{"a page", u"read_web_page"_s, false},
-                                {"a search result", u"search_web"_s, true},
-                                {"the screen", u"look_at_screen"_s, true},
-                                {"a shortcut's output", u"run_shortcut"_s, true},
+                                {"a search result", u"search_web"_s},
+                                {"the screen", u"look_at_screen"_s},
+                                {"a shortcut's output", u"run_shortcut"_s},
                                 {"a document", {}, false}};
     const QStringList contents = hostileContents();
     ASSERT_GE(contents.size(), 35);
@@ -134,8 +126,9 @@ TEST_F(HostileContentTest, NothingHappensThatThePersonWasNotAskedAbout)
                 << where << asked.join(u'|').toStdString();
             EXPECT_EQ(memory.facts(), notes) << where;
             EXPECT_TRUE(registry.searchAllowedChats().empty()) << where;
-            for (const char16_t *verb : {u"Open this link", u"Forget these notes", u"Read this page",
-                                         u"Search the web for this", u"Add this event", u"Run this shortcut"})
+            for (const char16_t *verb :
+                 {u"Open this link", u"Forget these notes", u"Read this page", u"Search the web for this+",
+                  u"Add this event", u"Run this shortcut"})
                 EXPECT_TRUE(asked.contains(QString::fromUtf16(verb))) << where;
             if (!carrier.tool.isEmpty() && carrier.tool != u"run_shortcut"_s)
                 expectFramed(run.results().value(0), where);

@@ -1,6 +1,6 @@
 #include "ai/local/LocalModelService.h"
 
-#include "TestArchive.h"
+#include "TestFiles.h"
 #include "ai/local/ModelLadder.h"
 #include "ai/local/RuntimeDownload.h"
 #include "async/Work.h"
@@ -13,13 +13,14 @@
 #include "security/LocalDataVault.h"
 #include "support/Await.h"
 #include "support/LogCapture.h"
-#include "support/ScriptedServer.h"
+#include "support/RuntimeHost.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QTcpServer>
 #include <QTemporaryDir>
 
-#include <csignal>
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace morvane {
@@ -47,34 +48,19 @@ public:
     LinuxMachine real;
 };
 
-int freePort()
-{
-    QTcpServer server;
-    server.listen(QHostAddress::LocalHost);
-    return server.serverPort();
-}
-
 } // namespace
 
-// The whole press against a release host and a runtime of a few lines, both real and on loopback.
+// The whole press against the practice host and the runtime that it gives out. How a download, an archive and
+// a disk fail is in LocalPressTest.
 class LocalModelServiceTest : public testing::Test {
 protected:
     LocalModelServiceTest()
     {
         qputenv("HOME", home.path().toUtf8());
-        const QByteArray script = TestArchive::read(QStringLiteral(MORVANE_SCRIPTED_RUNTIME));
-        archive = TestArchive::of({{TestArchive::Kind::program, "bin/ollama", script},
-                                   {TestArchive::Kind::file, "lib/ollama/a.so", "library"}});
-        releases = std::make_unique<ScriptedServer>(
-            ScriptedServer::answering(ScriptedServer::response("200 OK", archive)));
-        values.version = u"1"_s;
-        values.folder = home.filePath(u"data"_s);
+        values = LocalRuntimeValues::ofThisBuild(SupportFolders::inProfile(home.path()))
+                     .withDevelopmentFile(host.developmentFile())
+                     .value();
         values.guard = QStringLiteral(MORVANE_RUNTIME_GUARD);
-        values.serverOrigin = QUrl(u"http://127.0.0.1:%1"_s.arg(freePort()));
-        values.releaseOrigin = releases->url(QString());
-        values.archive =
-            LocalRuntimeValues::Archive{u"a.tar.zst"_s, TestArchive::digestOf(archive), archive.size()};
-        values.foundRuntimes = {home.filePath(u"found"_s)};
         start();
     }
     ~LocalModelServiceTest() override
@@ -83,7 +69,7 @@ protected:
         TestWait::settle();
         work.end();
         TestWait::settle();
-        EXPECT_EQ(alive(), 0) << "a process was left";
+        EXPECT_EQ(running(), 0U) << "a process was left";
         qputenv("HOME", formerHome);
     }
 
@@ -97,8 +83,6 @@ protected:
         });
     }
 
-    void play(const QString &name) { TestArchive::write(home.filePath(name), {}); }
-
     void press()
     {
         service->setUp();
@@ -109,24 +93,18 @@ protected:
         TestWait::until([this] { return !service->isBusy(); });
     }
 
-    // Ids of what the runtime started so far, itself first.
-    QList<pid_t> pids() const
+    std::size_t running() const { return RuntimeHost::processesBelow(home.path()).size(); }
+    std::ptrdiff_t downloads()
     {
-        QList<pid_t> ids;
-        for (const QByteArray &id : TestArchive::read(home.filePath(u"pids"_s)).simplified().split(' '))
-            if (!id.isEmpty())
-                ids += id.toInt();
-        return ids;
+        return std::ranges::count_if(host.requests(), [](const auto &request) {
+            return request.target.startsWith("/release-assets/");
+        });
     }
-    qsizetype alive() const
-    {
-        const auto ids = pids();
-        return std::count_if(ids.begin(), ids.end(), [](pid_t id) { return ::kill(id, 0) == 0; });
-    }
-    QByteArray log() const { return TestArchive::read(values.setupLog()); }
+    QByteArray log() const { return TestFiles::read(values.setupLog()); }
 
     const QByteArray formerHome = qgetenv("HOME");
     QTemporaryDir home;
+    RuntimeHost host;
     LogCapture lines;
     SystemClock clock;
     InMemoryKeychainService keychain;
@@ -136,8 +114,6 @@ protected:
     NetworkLedger ledger;
     AppNetwork network{ledger, clock};
     TestMachine machine;
-    QByteArray archive;
-    std::unique_ptr<ScriptedServer> releases;
     LocalRuntimeValues values;
     Work work{clock};
     std::unique_ptr<LocalModelService> service;
@@ -146,10 +122,10 @@ protected:
 
 TEST_F(LocalModelServiceTest, OnePressGoesFromNothingToAModelAndTheNextStartNeedsNone)
 {
+    host.play(u"talkative"_s);
     const SetupPlan plan = TestWait::await(service->plan({}));
     EXPECT_EQ(plan.runtime, SetupPlan::Runtime::toDownload);
-    EXPECT_EQ(plan.runtimeBytes, archive.size());
-    EXPECT_EQ(plan.toFetch(), archive.size() + ModelLadder::size(u"llama3.2:1b"_s));
+    EXPECT_EQ(plan.toFetch(), *values.archive->bytes + ModelLadder::size(u"llama3.2:1b"_s));
     press();
     EXPECT_EQ(phases, (std::vector{Kind::downloadingRuntime, Kind::startingRuntime, Kind::downloadingModel,
                                    Kind::ready}))
@@ -160,30 +136,30 @@ TEST_F(LocalModelServiceTest, OnePressGoesFromNothingToAModelAndTheNextStartNeed
     EXPECT_EQ(settings.providerName(), LocalModelService::providerName());
     EXPECT_FALSE(settings.hostedChatEnabled()) << "what was promised to stay here";
     EXPECT_TRUE(lines.lines().contains(u"ai-provider: Local AI ready with model llama3.2:1b"_s));
-    EXPECT_TRUE(log().contains("setup start; recommended llama3.2:1b"));
-    EXPECT_TRUE(log().contains("runtime: words of the runtime"));
-    EXPECT_FALSE(log().contains("words of the person"));
-    EXPECT_EQ(TestArchive::read(home.filePath(u"seen"_s)).trimmed(),
-              "['HOME', 'LC_ALL', 'OLLAMA_HOST', 'PATH'] True [] ['serve']");
     EXPECT_FALSE(QFileInfo::exists(RuntimeDownload::path(values)));
-    EXPECT_EQ(alive(), 2);
+    EXPECT_TRUE(log().contains("runtime: level=INFO msg=\"Listening"));
+    HttpRequest chat{.method = "POST", .url = QUrl(service->baseURL() + u"/chat/completions"_s)};
+    static_cast<void>(TestWait::await(network.session(EgressFeature::aiModel, {})->send(chat, {})));
+    TestWait::settle();
 
     start(); // the program ends and starts again
-    EXPECT_EQ(alive(), 0);
+    EXPECT_EQ(running(), 0U);
+    EXPECT_FALSE(log().contains("chat request")) << "what it says once it may be given a chat";
     phases.clear();
     service->prepare();
     settle();
     EXPECT_EQ(phases, (std::vector{Kind::startingRuntime, Kind::ready}));
-    EXPECT_EQ(releases->requests().size(), 1U);
+    EXPECT_EQ(downloads(), 1);
 
-    play(u"unknown"_s); // to the registry
+    host.play(u"pull-error"_s);
     QString sentence;
     QObject::connect(service.get(), &LocalModelService::failed, service.get(),
                      [&](const QString &words) { sentence = words; });
     service->pull(u" other "_s);
     EXPECT_EQ(service->model(), u"llama3.2:1b"_s) << "it goes on answering";
     settle();
-    EXPECT_EQ(sentence, u"Couldn't download the model other: it is unknown"_s);
+    EXPECT_TRUE(sentence.startsWith(u"Couldn't download the model other: pull model manifest"_s))
+        << sentence.toStdString();
     EXPECT_EQ(service->phase().kind, Kind::ready);
 
     service->remove(u"llama3.2:1b"_s);
@@ -193,43 +169,43 @@ TEST_F(LocalModelServiceTest, OnePressGoesFromNothingToAModelAndTheNextStartNeed
     EXPECT_EQ(service->phase().kind, Kind::notSetUp);
     service->stop();
     settle();
-    EXPECT_EQ(alive(), 0);
+    EXPECT_EQ(running(), 0U);
 }
 
 TEST_F(LocalModelServiceTest, ASwappedRuntimeNeverRuns)
 {
     press();
     start();
-    QFile::remove(home.filePath(u"pids"_s));
-    TestArchive::write(values.binary(), TestArchive::read(values.binary()) + "# swapped\n");
+    TestFiles::write(values.binary(), TestFiles::read(values.binary()) + "# swapped\n");
     service->prepare();
     settle();
     EXPECT_EQ(service->phase().text,
               u"The local AI runtime on this computer was not the one MorvaneGPT installed, so it "
               "was removed. Set up local AI again to reinstall it."_s);
-    EXPECT_TRUE(pids().isEmpty());
+    EXPECT_EQ(host.journal(u"serve"_s).size(), 1U);
     EXPECT_FALSE(QFileInfo::exists(values.binary()));
     press();
     EXPECT_EQ(service->phase().kind, Kind::ready);
 }
 
-TEST_F(LocalModelServiceTest, ARuntimeThatOpensItselfOrBreaksIsStoppedAndTheNextPressGoesOn)
+TEST_F(LocalModelServiceTest, ARuntimeThatOpensItselfOrDiesIsStoppedAndTheNextPressGoesOn)
 {
-    for (const auto &[what, words] :
-         {std::pair{u"open"_s, u"The local AI runtime opened itself to your network, so it was stopped."_s},
-          {u"broken"_s, u"The local AI runtime stopped right after"_s}}) {
-        play(what);
+    for (const auto &[scenario, words] :
+         {std::pair{u"all-interfaces"_s,
+                    u"The local AI runtime opened itself to your network, so it was stopped."_s},
+          {u"dies-at-start"_s, u"The local AI runtime stopped right after"_s}}) {
+        host.play(scenario);
         press();
         EXPECT_TRUE(service->phase().text.startsWith(words)) << service->phase().text.toStdString();
-        EXPECT_EQ(alive(), 0);
-        QFile::remove(home.filePath(what));
+        EXPECT_EQ(running(), 0U);
+        host.play(u"good"_s);
         press();
         EXPECT_EQ(service->phase().kind, Kind::ready);
         service->stop();
         settle();
     }
-    EXPECT_TRUE(log().contains("runtime: it is broken"));
-    EXPECT_EQ(releases->requests().size(), 1U) << "what is installed is not fetched again";
+    EXPECT_TRUE(log().contains("runtime: Error: the practice runtime was told to end."));
+    EXPECT_EQ(downloads(), 1) << "what is installed is not fetched again";
 }
 
 TEST_F(LocalModelServiceTest, ARuntimeWhosePlaceSomebodyElseHoldsAsWellIsStopped)
@@ -239,19 +215,16 @@ TEST_F(LocalModelServiceTest, ARuntimeWhosePlaceSomebodyElseHoldsAsWellIsStopped
         GTEST_SKIP() << "this machine has no IPv6";
     press();
     EXPECT_TRUE(service->phase().text.startsWith(u"Another program takes connections"_s));
-    EXPECT_EQ(alive(), 0);
-    other.close();
-    press();
-    EXPECT_EQ(service->phase().kind, Kind::ready);
+    EXPECT_EQ(running(), 0U);
 }
 
 TEST_F(LocalModelServiceTest, AMissingIdentityKeyIsMadeAnewByARestart)
 {
-    play(u"keyless"_s);
+    host.play(u"lost-key-once"_s);
     press();
     EXPECT_EQ(service->phase().kind, Kind::ready);
     EXPECT_TRUE(log().contains("identity key missing under our runtime: restarting it"));
-    EXPECT_EQ(pids().size(), 4);
+    EXPECT_EQ(host.journal(u"serve"_s).size(), 2U);
 }
 
 TEST_F(LocalModelServiceTest, AFoundRuntimeIsTakenAndAFullDiskStopsBeforeAnythingIsFetched)
@@ -260,11 +233,17 @@ TEST_F(LocalModelServiceTest, AFoundRuntimeIsTakenAndAFullDiskStopsBeforeAnythin
     press();
     EXPECT_EQ(service->phase().text,
               u"Not enough free disk space for a local AI model. Free up at least 3.3 GB and try again."_s);
+    EXPECT_TRUE(host.requests().empty());
     machine.disk = ModelLadder::need(u"llama3.2:1b"_s);
-    QFile::copy(QStringLiteral(MORVANE_SCRIPTED_RUNTIME), values.foundRuntimes.first());
+    press();
+    service.reset();
+    const QString found = home.filePath(u"found"_s);
+    QDir().rename(values.folder, found);
+    values.foundRuntimes = {found + u"/bin/ollama"_s};
+    start();
     press();
     EXPECT_EQ(service->phase().kind, Kind::ready);
-    EXPECT_TRUE(releases->requests().empty());
+    EXPECT_EQ(downloads(), 1);
     EXPECT_TRUE(lines.lines().contains(u"ai-provider: Using existing local AI runtime at "_s +
                                        values.foundRuntimes.first()));
 }

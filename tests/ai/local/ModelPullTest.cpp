@@ -25,13 +25,12 @@ protected:
     // What the person is told; empty when the model is there.
     QString pull()
     {
-        const auto outcome = std::make_shared<TestWait::Outcome<void>>();
         const LocalServer server{&provider, QUrl(u"http://localhost:11434"_s)};
         ModelPull::OnProgress onProgress = [this](const ModelPull::Progress &one) {
             percents.push_back(one.percent.value_or(-1));
         };
-        TestWait::collect<void>(ModelPull::run(server, u"m:1b"_s, std::move(onProgress), &clock, {}),
-                                outcome);
+        const auto outcome =
+            TestWait::begin(ModelPull::run(server, u"m:1b"_s, std::move(onProgress), &clock, {}));
         for (int i = 0; i < 50 && !outcome->done; ++i) {
             TestWait::settle();
             clock.advance(1s);

@@ -1,9 +1,10 @@
 #include "ai/local/RuntimeInstallation.h"
 
-#include "TestArchive.h"
+#include "TestFiles.h"
 #include "ai/local/LocalSetupError.h"
 #include "ai/local/RuntimeRecord.h"
 #include "ai/local/SetupLog.h"
+#include "runtime_host/ArchiveWriter.h"
 #include "security/InMemoryKeychainService.h"
 #include "security/LocalDataVault.h"
 #include "support/ManualClock.h"
@@ -17,7 +18,6 @@
 namespace morvane {
 
 using namespace Qt::StringLiterals;
-using TestArchive::Kind;
 
 class RuntimeInstallationTest : public testing::Test {
 protected:
@@ -31,9 +31,11 @@ protected:
 
     void pack(const QByteArray &program)
     {
-        TestArchive::write(archive, TestArchive::of({{Kind::program, "bin/ollama", program},
-                                                     {Kind::file, "lib/ollama/a.so.1", "library"},
-                                                     {Kind::link, "lib/ollama/a.so", "a.so.1"}}));
+        ArchiveWriter writer;
+        writer.addFile("bin/ollama", program, 0755);
+        writer.addFile("lib/ollama/a.so.1", "library");
+        writer.addSymbolicLink("lib/ollama/a.so", "a.so.1");
+        TestFiles::write(archive, writer.finish());
     }
 
     RuntimeInstallation installation()
@@ -52,9 +54,7 @@ protected:
 TEST_F(RuntimeInstallationTest, OnlyWhatWasInstalledPassesItsCheck)
 {
     const QString data = values.folder;
-    const auto replace = [](const QString &path, const QByteArray &bytes) {
-        TestArchive::write(path, bytes);
-    };
+    const auto replace = [](const QString &path, const QByteArray &bytes) { TestFiles::write(path, bytes); };
     const std::vector<std::function<void()>> changes{
         [&] { replace(data + u"/bin/ollama"_s, "prograM"); },
         [&] { replace(data + u"/lib/ollama/a.so.1"_s, "librarY"); },
@@ -76,7 +76,7 @@ TEST_F(RuntimeInstallationTest, OnlyWhatWasInstalledPassesItsCheck)
         },
         [&] { replace(values.seal(), R"({"version":"1","files":{},"links":{}})"); },
         [&] {
-            QByteArray record = TestArchive::read(values.seal());
+            QByteArray record = TestFiles::read(values.seal());
             record.back() = static_cast<char>(record.back() ^ 1);
             replace(values.seal(), record);
         },
@@ -90,7 +90,7 @@ TEST_F(RuntimeInstallationTest, OnlyWhatWasInstalledPassesItsCheck)
         EXPECT_FALSE(installation().exists()) << i;
         EXPECT_FALSE(QFileInfo::exists(values.seal())) << i;
     }
-    EXPECT_TRUE(TestArchive::read(values.setupLog())
+    EXPECT_TRUE(TestFiles::read(values.setupLog())
                     .contains("managed runtime failed verification at launch; deleted"));
 }
 

@@ -1,13 +1,10 @@
 #include "ai/nearby/ModelServerBrowser.h"
 #include "ai/nearby/ServerAddress.h"
 #include "async/Work.h"
-#include "network/AppNetwork.h"
-#include "network/NetworkLedger.h"
 #include "support/Await.h"
 #include "support/FakeHttpSession.h"
 #include "support/LogCapture.h"
 #include "support/ManualClock.h"
-#include "support/ScriptedServer.h"
 
 #include <gtest/gtest.h>
 
@@ -35,6 +32,7 @@ const QString otherReply = u"Reached that computer, but no model server answered
 const QString unreachable = u"Couldn't reach that computer."_s;
 const QString silent = u"That computer didn't respond. Is it awake and on the same network?"_s;
 
+// Whoever refuses and whoever has models is met on real sockets in FirstStepsTest.
 class ModelServerBrowserTest : public testing::Test {
 protected:
     // Ends what a test left running, so that nothing outlives its services.
@@ -45,120 +43,83 @@ protected:
         work.end();
         TestWait::settle();
     }
-    QString probe(const QString &text, App app = App::ollama)
-    {
-        browser.probe(text, app);
-        TestWait::until([&] { return told(browser) != u"searching"_s; });
-        return told(browser);
-    }
 
     ManualClock clock;
-    NetworkLedger ledger;
-    AppNetwork network{ledger, clock};
     Work work{clock};
+    FakeHttpSessionProvider network;
+    FakeHttpSession &session = *network.fake;
     ModelServerBrowser browser{network, work};
 };
 
-TEST_F(ModelServerBrowserTest, JudgesWhatAServerAnswers)
+TEST_F(ModelServerBrowserTest, TriesTheUsualPortsAndSaysTheMostThatItLearned)
 {
-    const auto json = [](const QByteArray &body) { return ScriptedServer::response("200 OK", body); };
-    const std::vector<std::pair<QByteArray, QString>> rows{
-        {json(R"({"data":[{"id":"qwen2.5:7b"},{"id":"gemma3:4b"}]})"), u"found: gemma3:4b, qwen2.5:7b"_s},
-        {json(R"({"data":[]})"), u"Connected, but that server has no models installed yet."_s},
-        {json(R"({"error":"no"})"), otherReply},
-        {json("<html>It works!</html>"), otherReply},
-        {ScriptedServer::response("404 Not Found", R"({"data":[{"id":"a"}]})"), otherReply},
-        {ScriptedServer::response("302 Found", "", "Location: https://example.com/models\r\n"), otherReply},
-        {json(QByteArray(17 * 1024 * 1024, ' ')), otherReply},
-        {"SSH-2.0-OpenSSH_9.2\r\n", unreachable},
-        {"", unreachable},
-    };
-    for (const auto &[response, words] : rows) {
-        ScriptedServer server([&response = response](ScriptedServer::Connection &connection) {
-            connection.readRequest();
-            connection.send(response);
-        });
-        EXPECT_EQ(probe(server.url().authority()), words) << response.left(60).toStdString();
-        EXPECT_EQ(server.requests().at(0).target(), "/v1/models");
-    }
-    EXPECT_EQ(ledger.snapshot().entries.at(0).feature, EgressFeature::aiSetup);
-}
-
-TEST_F(ModelServerBrowserTest, TellsRefusalFromSilenceAndNeverWaitsForLong)
-{
-    int closed = 0;
-    {
-        ScriptedServer server({});
-        closed = server.port();
-    }
-    EXPECT_EQ(
-        probe(u"127.0.0.1:%1"_s.arg(closed), App::other),
-        u"Found that computer, but it's refusing connections. The model server usually needs to be told to "
-        u"accept them from other computers. See the setup steps below. [help]"_s);
-
-    ScriptedServer server([](ScriptedServer::Connection &connection) { connection.awaitClose(); });
-    browser.probe(server.url().authority(), App::ollama);
-    EXPECT_EQ(told(browser), u"searching"_s); // and the help of the former one is gone
-    TestWait::until([&] { return server.connections() == 1; });
-    clock.advance(ModelServerBrowser::patience);
-    TestWait::until([&] { return told(browser) == silent; });
-    browser.probe(server.url().authority(), App::ollama);
-    TestWait::until([&] { return server.connections() == 2; });
-    browser.reset();
-    TestWait::until([&] { return server.closedByPeer() == 2; });
-    EXPECT_EQ(told(browser), u"idle"_s);
-}
-
-// Addresses that can't be had on every machine.
-TEST(ModelServerBrowserPortsTest, TriesTheUsualPortsAndSaysTheMostThatItLearned)
-{
-    ManualClock clock;
-    Work work(clock);
+    using Answer = FakeHttpSession::Answer;
     const auto failing = [](Code code) {
-        return FakeHttpSession::Answer{.sendError = std::make_exception_ptr(TransportError(code, u"So."_s))};
+        return Answer{.sendError = std::make_exception_ptr(TransportError(code, u"So."_s))};
     };
-    const FakeHttpSession::Answer page{.status = 200, .pieces = {"It works!"}};
-    const FakeHttpSession::Answer list{.status = 200, .pieces = {R"([{"id":"m"}])"}};
-    const QString noName = u"Couldn't find a computer with that name on your network."_s;
-    struct Row {
+    const auto saying = [](const QByteArray &body) { return Answer{.pieces = {body}}; };
+    const Answer page = saying("It works!");
+    const Answer list = saying(R"([{"id":"m"}])");
+    const struct {
         App app;
-        std::vector<FakeHttpSession::Answer> answers;
-        QString ports;
-        QString words;
+        std::vector<Answer> answers;
+        QString outcome; // the ports that were asked, and what is told
+    } rows[] = {
+        {App::ollama, {saying(R"({"data":[{"id":"b"},{"id":"a"}]})")}, u"11434 found: a, b"_s},
+        {App::ollama,
+         {saying(R"({"data":[]})")},
+         u"11434 Connected, but that server has no models installed yet."_s},
+        {App::ollama, {saying(R"({"error":"no"})")}, u"11434 "_s + otherReply},
+        {App::ollama, {{.status = 404, .pieces = list.pieces}}, u"11434 "_s + otherReply},
+        {App::ollama, {saying(QByteArray(17 * 1024 * 1024, ' '))}, u"11434 "_s + otherReply},
+        {App::ollama, {failing(Code::UnreadableResponse)}, u"11434 "_s + unreachable},
+        {App::ollama,
+         {failing(Code::HostNotFound)},
+         u"11434 Couldn't find a computer with that name on your network."_s},
+        {App::lmStudio, {failing(Code::TimedOut)}, u"1234 "_s + silent},
+        {App::lmStudio, {failing(Code::Blocked)}, u"1234 "_s + unreachable},
+        {App::other, {failing(Code::CannotConnect), list}, u"8080 8000 found: m"_s},
+        {App::other, {page, list}, u"8080 8000 found: m"_s},
+        {App::other, {list}, u"8080 found: m"_s},
+        {App::other, {failing(Code::TimedOut)}, u"8080 "_s + silent},
+        {App::other,
+         {page, failing(Code::CannotConnect)},
+         u"8080 8000 "_s + QString(otherReply).replace("Ollama"_L1, "the model server"_L1)},
+        {App::other,
+         {failing(Code::CannotConnect), failing(Code::CannotConnect)},
+         u"8080 8000 Found that computer, but it's refusing connections. The model server usually needs to "
+         "be told to accept them from other computers. See the setup steps below. [help]"_s},
     };
-    for (
-        const Row &row : {
-            Row{App::ollama, {failing(Code::HostNotFound)}, u"11434"_s, noName},
-            Row{App::lmStudio, {failing(Code::TimedOut)}, u"1234"_s, silent},
-            Row{App::lmStudio, {failing(Code::Blocked)}, u"1234"_s, unreachable},
-            Row{App::other, {failing(Code::CannotConnect), list}, u"8080 8000"_s, u"found: m"_s},
-            Row{App::other, {page, list}, u"8080 8000"_s, u"found: m"_s},
-            Row{App::other, {list}, u"8080"_s, u"found: m"_s},
-            Row{App::other, {failing(Code::TimedOut)}, u"8080"_s, silent},
-            Row{App::other,
-                {page, failing(Code::CannotConnect)},
-                u"8080 8000"_s,
-                u"Reached that computer, but no model server answered. Is the model server running there?"_s},
-        }) {
-        FakeHttpSessionProvider network;
-        ModelServerBrowser browser(network, work);
-        for (const auto &answer : row.answers)
-            network.fake->answer(answer);
+    for (const auto &row : rows) {
+        const std::size_t before = session.requests().size();
+        for (const Answer &answer : row.answers)
+            session.answer(answer);
         const LogCapture log;
         browser.probe(u"box"_s, row.app);
         TestWait::until([&] { return told(browser) != u"searching"_s; });
-        QStringList ports;
-        for (const HttpRequest &request : network.fake->requests())
-            ports += QString::number(request.url.port());
-        EXPECT_EQ(ports.join(u' '), row.ports);
-        EXPECT_EQ(told(browser), row.words);
-        EXPECT_EQ(log.lines().join(u'\n'), row.words.startsWith(u"found"_s)
-                                               ? u"ai-provider: Discovered 1 models on a model server"_s
-                                               : QString());
+        QString outcome;
+        for (std::size_t i = before; i < session.requests().size(); ++i)
+            outcome += QString::number(session.requests()[i].url.port()) + u' ';
+        EXPECT_EQ(outcome + told(browser), row.outcome);
+        EXPECT_EQ(log.lines().size(), row.outcome.contains("found:"_L1) ? 1 : 0);
         browser.probe(u" "_s, row.app);
         EXPECT_EQ(told(browser), u"That doesn't look like a computer name or address."_s);
-        EXPECT_EQ(network.fake->requests().size(), row.answers.size());
     }
+    EXPECT_EQ(session.requests().front().url, QUrl(u"http://box.local:11434/v1/models"_s));
+    EXPECT_EQ(network.asked.at(0), std::pair(EgressFeature::aiSetup, SensitiveDataSet()));
+}
+
+TEST_F(ModelServerBrowserTest, NeverWaitsForLongAndCanBeDropped)
+{
+    session.answer({.neverAnswers = true});
+    browser.probe(u"box"_s, App::ollama);
+    EXPECT_EQ(told(browser), u"searching"_s);
+    EXPECT_EQ(session.requests().front().limit, ModelServerBrowser::patience);
+    EXPECT_EQ(session.openRequests(), 1);
+    browser.reset();
+    TestWait::settle();
+    EXPECT_EQ(session.openRequests(), 0);
+    EXPECT_EQ(told(browser), u"idle"_s);
 }
 
 } // namespace
@@ -175,27 +136,18 @@ TEST(ServerAddressTest, MakesBaseAddressesOfWhatPeopleType)
         {u"[fd00::1]:99"_s, u"http://[fd00::1]:99/v1"_s},
         {u"localhost"_s, u"http://localhost:8080/v1 http://localhost:8000/v1"_s},
         {u"https://models.example.com"_s, u"https://models.example.com/v1"_s},
-        // Outside only with https, and nothing that isn't a place alone.
-        {u"models.example.com"_s, {}},
-        {u"8.8.8.8"_s, {}},
-        {u"0x7f.0.0.1"_s, {}},
-        {u"2001:db8::1"_s, {}},
-        {u"ftp://box"_s, {}},
-        {u"user:word@box"_s, {}},
-        {u"https://user@models.example.com"_s, {}},
-        {u"box?x=1"_s, {}},
-        {u"box:0"_s, {}},
-        {u"box:99999"_s, {}},
-        {u"Anna’s box"_s, {}},
-        {u"küche"_s, {}},
-        {u" \n"_s, {}},
-        {u"http://"_s, {}},
-        {u"://"_s, {}},
-        {QString(600, u'b'), {}},
+    };
+    const auto candidates = [](const QString &text) {
+        return ServerAddress::candidates(text, {8080, 8000}).join(u' ');
     };
     for (const auto &[text, addresses] : rows)
-        EXPECT_EQ(ServerAddress::candidates(text, {8080, 8000}).join(u' '), addresses)
-            << text.left(40).toStdString();
+        EXPECT_EQ(candidates(text), addresses) << text.toStdString();
+    // Outside only with https, and nothing that isn't a place alone.
+    for (const QString &refused :
+         {u"models.example.com"_s, u"8.8.8.8"_s, u"0x7f.0.0.1"_s, u"2001:db8::1"_s, u"ftp://box"_s,
+          u"user:word@box"_s, u"https://user@models.example.com"_s, u"box?x=1"_s, u"box:0"_s, u"box:99999"_s,
+          u"Anna’s box"_s, u"küche"_s, u" \n"_s, u"http://"_s, u"://"_s, QString(600, u'b')})
+        EXPECT_EQ(candidates(refused), QString()) << refused.left(40).toStdString();
 }
 
 } // namespace morvane

@@ -1,6 +1,5 @@
 #include "ai/nearby/NetworkComputerBrowser.h"
 
-#include "support/LogCapture.h"
 #include "support/ManualClock.h"
 
 #include <gtest/gtest.h>
@@ -60,7 +59,6 @@ protected:
 
 TEST_F(NetworkComputerBrowserTest, MergesWhatItSeesAndSettles)
 {
-    const LogCapture log;
     browser.start();
     EXPECT_EQ(network.types.join(u' '), u"_companion-link._tcp _ssh._tcp _smb._tcp _rfb._tcp"_s);
     network.tell(3, {{u"rfb of one"_s, u"One.local"_s}, {u"Two"_s, {}}});
@@ -85,25 +83,21 @@ TEST_F(NetworkComputerBrowserTest, MergesWhatItSeesAndSettles)
     network.tell(0, {{u"late"_s, u"late.local"_s}});
     EXPECT_EQ(shown(), QString());
     EXPECT_FALSE(browser.isBrowsing());
-    EXPECT_EQ(log.lines().join(u'\n'), u"ai-provider: Started browsing the local network for computers\n"
-                                       "ai-provider: Started browsing the local network for computers"_s);
 }
 
 TEST_F(NetworkComputerBrowserTest, TellsARefusalFromANetworkThatCannotBeSearched)
 {
-    struct Row {
+    constexpr auto refused = Reason::refused;
+    constexpr auto none = Reason::noSearch;
+    const struct {
         std::array<Reason, 4> reasons;
         bool isDenied;
         bool isMissing;
-    };
-    constexpr auto refused = Reason::refused;
-    constexpr auto none = Reason::noSearch;
-    constexpr auto failed = Reason::failed;
-    for (const Row &row :
-         {Row{{refused, refused, refused, refused}, true, false}, Row{{none, none, none, none}, false, true},
-          Row{{refused, none, failed, refused}, false, false}}) {
+    } rows[] = {{{refused, refused, refused, refused}, true, false},
+                {{none, none, none, none}, false, true},
+                {{refused, none, Reason::failed, refused}, false, false}};
+    for (const auto &row : rows) {
         browser.start();
-        const LogCapture log;
         for (std::size_t type = 0; type < 4; ++type) {
             EXPECT_TRUE(browser.isBrowsing());
             EXPECT_FALSE(browser.localNetworkDenied() || browser.browseFailure());
@@ -113,9 +107,7 @@ TEST_F(NetworkComputerBrowserTest, TellsARefusalFromANetworkThatCannotBeSearched
         EXPECT_EQ(network.live, 0);
         EXPECT_EQ(browser.localNetworkDenied(), row.isDenied);
         EXPECT_EQ(browser.isSearchMissing(), row.isMissing);
-        EXPECT_EQ(browser.browseFailure().value_or(QString()),
-                  row.isDenied ? QString() : u"This computer could not search this network."_s);
-        EXPECT_EQ(log.lines().value(3), u"ai-provider: Bonjour browse failed for _rfb._tcp: why"_s);
+        EXPECT_EQ(browser.browseFailure().has_value(), !row.isDenied);
     }
     browser.start();
     network.fail(0, refused);

@@ -14,11 +14,7 @@ const QString unverified =
 
 class LocalFallbackTest : public RouterFixture {
 protected:
-    LocalFallbackTest()
-    {
-        turnOnPrivateCloud();
-        sealed->reply.clear();
-    }
+    LocalFallbackTest() { turnOnPrivateCloud(); }
 
     Reply run()
     {
@@ -27,27 +23,26 @@ protected:
         return readReply(router->stream(std::move(opened)));
     }
 
+    const ProviderError refused{ProviderError::EnclaveUnverified{unverified}};
     std::shared_ptr<const QUuid> proofRow; // of the latest turn
 };
 
 TEST_F(LocalFallbackTest, AFailedProofIsSaidAndTheLocalModelAnswers)
 {
     localModel.set(LocalModelServing::State::ready, u"gemma3:4b"_s);
-    sealed->failure = ProviderError(ProviderError::EnclaveUnverified{unverified});
+    sealed->rounds = {{{}, refused}};
     const Reply reply = run();
     EXPECT_EQ(reply.error, std::nullopt);
     EXPECT_EQ(reply.text(), unverified + u"\n\nreply"_s);
     ASSERT_EQ(compatible->requests.size(), 1U);
-    const PreparedRequest &local = compatible->requests.front();
+    const ScriptedModel::Request &local = compatible->requests.front();
     EXPECT_EQ(local.messages, sealed->requests.front().messages) << "the same request";
     EXPECT_EQ(local.configuration.baseURLString, u"http://localhost:11434/v1"_s);
     EXPECT_EQ(local.configuration.model, u"gemma3:4b"_s);
     EXPECT_EQ(local.configuration.apiKey, std::nullopt) << "the key stays with its service";
-    EXPECT_EQ(local.configuration.maxOutputTokens, 4096);
     ASSERT_TRUE(proofs.find(*proofRow)) << "the turn's row is now that of the place it moved to";
     EXPECT_EQ(proofs.find(*proofRow)->place.model, u"gemma3:4b"_s);
     EXPECT_NE(*proofRow, sealed->requests.front().configuration.proofRow);
-    EXPECT_TRUE(log.lines().contains(u"ai-provider: Enclave not verified; answering on the local model"_s));
 
     EXPECT_EQ(router->lastEnclaveRefusal(), unverified);
     EXPECT_FALSE(router->usesPrivateCloud());
@@ -74,7 +69,7 @@ TEST_F(LocalFallbackTest, WithoutALocalModelTheReasonIsTheError)
         {u"Something else."_s, u"Something else."_s},
     };
     for (const auto &[reason, words] : table) {
-        sealed->failure = ProviderError(ProviderError::PrivateCloudBusy{reason});
+        sealed->rounds = {{{}, ProviderError(ProviderError::PrivateCloudBusy{reason})}};
         EXPECT_EQ(run().error, ProviderError(ProviderError::PrivateCloudCouldNotAnswer{words}));
         EXPECT_TRUE(router->usesPrivateCloud()) << "being busy says nothing about a proof";
         localModel.set(LocalModelServing::State::ready, u"gemma3:4b"_s);
@@ -85,27 +80,26 @@ TEST_F(LocalFallbackTest, WithoutALocalModelTheReasonIsTheError)
 TEST_F(LocalFallbackTest, AReplyThatHasBegunAndEveryOtherErrorStandAsTheyAre)
 {
     localModel.set(LocalModelServing::State::ready, u"gemma3:4b"_s);
-    sealed->reply = {AIStream::Thinking{}, AIStream::Text{u"Half"_s}};
-    sealed->failure = ProviderError(ProviderError::EnclaveUnverified{unverified});
+    sealed->rounds = {{{AIStream::Thinking{}, AIStream::Text{u"Half"_s}}, refused}};
     const Reply broken = run();
-    EXPECT_EQ(broken.error, sealed->failure);
+    EXPECT_EQ(broken.error, refused);
     EXPECT_EQ(broken.text(), u"Half"_s);
     EXPECT_EQ(router->lastEnclaveRefusal(), unverified) << "off all the same";
     router->tryPrivateCloudAgain();
 
     const QUuid retried = QUuid::createUuid();
-    sealed->reply = {AIStream::Recorded{retried}, AIStream::Text{u"Half"_s}};
+    sealed->rounds = {{{AIStream::Recorded{retried}, AIStream::Text{u"Half"_s}}, refused}};
     EXPECT_EQ(run().events.size(), 1U);
     EXPECT_EQ(*proofRow, retried) << "the row of the attempt that gave the answer";
     router->tryPrivateCloudAgain();
 
-    sealed->reply = {AIStream::Thinking{}, AIStream::Text{QString()}};
+    sealed->rounds = {{{AIStream::Thinking{}, AIStream::Text{QString()}}, refused}};
     EXPECT_EQ(run().text(), unverified + u"\n\nreply"_s) << "no text has been shown";
     router->tryPrivateCloudAgain();
 
     for (const ProviderError &error : {ProviderError(ProviderError::PrivateCloudUnavailable{504}),
                                        ProviderError(ProviderError::Plain::cancelled)}) {
-        sealed->failure = error;
+        sealed->rounds = {{{AIStream::Thinking{}}, error}};
         EXPECT_EQ(run().error, error);
     }
     EXPECT_EQ(router->lastEnclaveRefusal(), std::nullopt);
@@ -116,9 +110,8 @@ TEST_F(LocalFallbackTest, OtherPlacesAreNotRelayed)
 {
     settings.setHostedChatEnabled(false);
     localModel.set(LocalModelServing::State::ready, u"gemma3:4b"_s);
-    compatible->reply.clear();
-    compatible->failure = ProviderError(ProviderError::EnclaveUnverified{unverified});
-    EXPECT_EQ(run().error, compatible->failure);
+    compatible->rounds = {{{}, refused}};
+    EXPECT_EQ(run().error, refused);
     EXPECT_EQ(compatible->requests.size(), 1U);
     EXPECT_EQ(router->lastEnclaveRefusal(), std::nullopt);
 }
@@ -126,11 +119,9 @@ TEST_F(LocalFallbackTest, OtherPlacesAreNotRelayed)
 TEST_F(LocalFallbackTest, TheRouterMayGoBeforeItsReply)
 {
     OpenedTurn opened = open();
-    sealed->failure = ProviderError(ProviderError::EnclaveUnverified{unverified});
-    sealed->holdsEnd = true;
+    sealed->rounds = {{{}, refused}};
     auto stream = router->stream(std::move(opened));
     router.reset();
-    sealed->end();
     EXPECT_THROW(static_cast<void>(readReply(std::move(stream))), CancelledError);
 }
 

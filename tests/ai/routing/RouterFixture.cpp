@@ -4,28 +4,6 @@ namespace morvane {
 
 using namespace Qt::StringLiterals;
 
-AsyncStream<AIStreamEvent> ScriptedProvider::streamReply(std::vector<AIMessage> messages,
-                                                         AIConfiguration configuration,
-                                                         std::vector<AITool> tools)
-{
-    requests.push_back({std::move(messages), std::move(configuration), std::move(tools), false});
-    auto [stream, producer] = AsyncStream<AIStreamEvent>::make();
-    for (const AIStreamEvent &event : reply)
-        producer.yield(event);
-    m_latest.emplace(std::move(producer));
-    if (!holdsEnd)
-        end();
-    return std::move(stream);
-}
-
-void ScriptedProvider::end()
-{
-    if (failure)
-        m_latest->fail(std::make_exception_ptr(*failure));
-    else
-        m_latest->finish();
-}
-
 RouterFixture::RouterFixture()
     : services{.settings = settings,
                .keychain = keychain,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ai/ReplyReading.h"
+#include "ai/ScriptedModel.h"
 #include "ai/routing/AIRequestRouter.h"
 #include "async/Work.h"
 #include "persistence/InMemorySettingsRepository.h"
@@ -12,32 +13,6 @@
 #include <gtest/gtest.h>
 
 namespace morvane {
-
-// Answers every question with a script and keeps what it was asked.
-class ScriptedProvider final : public AIConnectionTesting {
-public:
-    [[nodiscard]] AsyncStream<AIStreamEvent> streamReply(std::vector<AIMessage> messages,
-                                                         AIConfiguration configuration,
-                                                         std::vector<AITool> tools) override;
-    [[nodiscard]] QCoro::Task<QString> testConnection(AIConfiguration, std::stop_token) override
-    {
-        co_return QStringLiteral("ok");
-    }
-    [[nodiscard]] QCoro::Task<ReplyTrial> tryReply(AIConfiguration, std::vector<AITool> tools,
-                                                   std::stop_token) override
-    {
-        co_return ReplyTrial{true, !tools.empty()};
-    }
-
-    std::vector<AIStreamEvent> reply{AIStream::Text{QStringLiteral("reply")}};
-    std::optional<ProviderError> failure; // behind the reply
-    bool holdsEnd = false;                // until end()
-    void end();
-    std::vector<PreparedRequest> requests;
-
-private:
-    std::optional<AsyncStream<AIStreamEvent>::Producer> m_latest;
-};
 
 // A server that speaks Ollama's interface, by name.
 class ScriptedProbes final : public OllamaProbing {
@@ -140,9 +115,9 @@ protected:
     ScriptedLocalModel localModel;
     std::map<QString, QStringList> names; // what the resolver knows
     int lookups = 0;
-    std::shared_ptr<ScriptedProvider> compatible = std::make_shared<ScriptedProvider>();
-    std::shared_ptr<ScriptedProvider> native = std::make_shared<ScriptedProvider>();
-    std::shared_ptr<ScriptedProvider> sealed = std::make_shared<ScriptedProvider>();
+    std::shared_ptr<ScriptedModel> compatible = std::make_shared<ScriptedModel>();
+    std::shared_ptr<ScriptedModel> native = std::make_shared<ScriptedModel>();
+    std::shared_ptr<ScriptedModel> sealed = std::make_shared<ScriptedModel>();
     Work work{clock};
     AIRequestRouter::Services services; // of the router; start() makes one on them
     std::unique_ptr<AIRequestRouter> router;

@@ -35,11 +35,7 @@ TEST_F(SourceTest, AModelThatTheServerPassesOnIsCalledACloudModelEverywhere)
 {
     configure(u"http://localhost:11434/v1"_s, u"alias"_s);
     probes.models = {{{u"llama3.2:3b"_s}, {u"alias"_s, true}}};
-    int changes = 0;
-    QObject::connect(router.get(), &AIRequestRouter::sourceChanged, [&changes] { ++changes; });
-    const OpenedTurn opened = open();
-    EXPECT_EQ(changes, 1) << "what the window says has changed";
-    EXPECT_EQ(opened.request.place.source.kind, ChatSource::Kind::ollamaCloud);
+    EXPECT_EQ(open().request.place.source.kind, ChatSource::Kind::ollamaCloud);
     localModel.set(LocalModelServing::State::starting); // its lists are forgotten
     EXPECT_EQ(router->sourceLabel(), u"alias · Ollama's cloud"_s);
 
@@ -65,11 +61,8 @@ TEST(ModelNameTest, ReadsCloudSizeAndSameness)
 TEST_F(SourceTest, ThePrivateCloudIsUsedOnlyWhenAllAgree)
 {
     EXPECT_FALSE(router->usesPrivateCloud()) << "the service hasn't offered sealed chats";
-    int changes = 0;
-    QObject::connect(router.get(), &AIRequestRouter::sourceChanged, [&changes] { ++changes; });
     turnOnPrivateCloud();
     EXPECT_TRUE(router->usesPrivateCloud());
-    EXPECT_EQ(changes, 1);
     EXPECT_EQ(router->sourceLabel(), u"Private cloud"_s);
     EXPECT_EQ(router->privacyNotice(), std::nullopt);
     settings.setHostedChatEnabled(false);

@@ -3,12 +3,13 @@
 holds a WAV file. It hears the sound's length instead of words: "2.0 seconds of de".
 
 Files beside the model turn it otherwise: "open" makes it listen everywhere, "loading" answer 503 once, "dies" and
-"hangs" do that at the next question and are gone then, "broken" end it at the start. Its id goes to "pids", and what
-was asked to "asked"."""
+"hangs" do that at the next question and are gone then, "broken" end it at the start. Its id goes to "pids" with that of
+a process that it starts in a session of its own, and what was asked to "asked"."""
 import argparse
 import io
 import json
 import os
+import subprocess
 import sys
 import time
 import wave
@@ -74,6 +75,7 @@ class Handler(BaseHTTPRequestHandler):
 if (FOLDER / "broken").exists():
     sys.exit("it is broken")
 server = ThreadingHTTPServer(("0.0.0.0" if (FOLDER / "open").exists() else told.host, told.port), Handler)
+beside = subprocess.Popen(["/bin/sleep", "600"], start_new_session=True)
 with (FOLDER / "pids").open("a") as pids:
-    print(os.getpid(), file=pids)
+    print(os.getpid(), beside.pid, file=pids)
 server.serve_forever()

@@ -71,6 +71,11 @@ ToolFixture::ToolFixture()
 {
     settings.setScreenAwarenessEnabled(true);
     settings.setDesktopActionsEnabled(true);
+    registry.setHooks(hooks());
+}
+
+ToolRegistry::Hooks ToolFixture::hooks()
+{
     const auto ask = [this](const QString &mark) {
         return [this, mark](const QString &verb, const AIToolCall &, const AITool &) {
             asked.append(verb + mark);
@@ -79,12 +84,11 @@ ToolFixture::ToolFixture()
             return answered(answer);
         };
     };
-    registry.setHooks(
-        {.approvalHandler = ask({}),
-         .chatWideApprovalHandler = ask(u"+"_s),
-         .permissionAttentionHandler = [this](const UserPresentableError &) { ++attentions; },
-         .onToolCompleted = [this](const AIToolCall &,
-                                   const AIToolResult &result) { completed.push_back(result); }});
+    return {.approvalHandler = ask({}),
+            .chatWideApprovalHandler = ask(u"+"_s),
+            .permissionAttentionHandler = [this](const UserPresentableError &) { ++attentions; },
+            .onToolCompleted = [this](const AIToolCall &,
+                                      const AIToolResult &result) { completed.push_back(result); }};
 }
 
 AIToolCall ToolFixture::call(const QString &name, const QString &arguments)

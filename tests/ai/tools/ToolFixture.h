@@ -50,6 +50,9 @@ class ToolFixture : public testing::Test {
 protected:
     ToolFixture();
 
+    // The person, and a witness of what was completed.
+    [[nodiscard]] ToolRegistry::Hooks hooks();
+
     [[nodiscard]] static AIToolCall call(const QString &name,
                                          const QString &arguments = QStringLiteral("{}"));
     // A call with the arguments that a sensible model would give.

@@ -99,9 +99,7 @@ private:
 TEST_F(ToolGateTest, EachCallAsksHappensAndIsAnsweredAsItsTurnAllows)
 {
     world->results.push_back({u"Two"_s, u"not a url"_s, u"second"_s, u"https://img.example/2.png"_s});
-    const char *table = "ai/tool_calls.txt";
-    EXPECT_EQ(TestData::transcript(table, [this](const QByteArray &line) { return outcomeOf(line); }),
-              TestData::text(table));
+    TestData::expect("ai/tool_calls.txt", [this](const QByteArray &line) { return outcomeOf(line); });
 }
 
 TEST_F(ToolGateTest, LimitsAreCountedInCharacters)

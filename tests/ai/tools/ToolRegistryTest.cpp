@@ -1,5 +1,5 @@
 #include "ai/tools/ToolFixture.h"
-#include "async/AsyncStream.h"
+#include "async/CancelledError.h"
 #include "memory/MemoryFile.h"
 #include "support/LogCapture.h"
 #include "utils/files/PrivateFile.h"
@@ -56,7 +56,6 @@ TEST_F(ToolRegistryTest, OnlyAPermissionCallsForAttention)
     EXPECT_EQ(registry.relaunchHint(u"look_at_screen"),
               u"Quit MorvaneGPT and open it again: Your desktop may only apply the permission to see the "
               "screen when an app launches."_s);
-    EXPECT_EQ(registry.relaunchHint(u"search_web"), std::nullopt);
 }
 
 TEST_F(ToolRegistryTest, ASearchGoesToTheServiceThatTheCardNamedOrNowhere)
@@ -77,59 +76,31 @@ TEST_F(ToolRegistryTest, ASearchGoesToTheServiceThatTheCardNamedOrNowhere)
     EXPECT_EQ(happened.size(), 3);
 }
 
-// The person takes their time; meanwhile anything may go.
-class SlowAnswerTest : public ToolFixture {
-protected:
-    using Answers = AsyncStream<ApprovalAnswer>;
-
-    static QCoro::Task<ApprovalAnswer> wait(std::shared_ptr<Answers> answers)
-    {
-        const auto answer = co_await answers->next();
-        co_return answer.value_or(ApprovalAnswer::declined);
-    }
-
-    // A call that waits for its answer.
-    std::shared_ptr<TestWait::Outcome<AIToolResult>> begin(ToolRegistry &asking, std::stop_token stop)
-    {
-        auto [stream, producer] = Answers::make();
-        m_producer.emplace(std::move(producer));
-        asking.setHooks({.approvalHandler = [answers = std::make_shared<Answers>(std::move(stream))](
-                                                const QString &, const AIToolCall &, const AITool &) {
-            return wait(answers);
-        }});
-        auto outcome = TestWait::begin(asking.dispatch(usual(u"open_link"_s), turnOf(), std::move(stop)));
-        return outcome;
-    }
-
-    std::optional<Answers::Producer> m_producer;
-};
-
-TEST_F(SlowAnswerTest, AYesAfterTheEndOfItsTurnOrOfTheRegistryRunsNothing)
+TEST_F(ToolRegistryTest, AYesAfterTheEndOfItsTurnOrOfTheRegistryRunsNothing)
 {
     std::stop_source stop;
-    const auto stopped = begin(registry, stop.get_token());
-    stop.request_stop();
-    m_producer->yield(ApprovalAnswer::allowedOnce);
-    TestWait::settle();
-    EXPECT_EQ(stopped->value->content, u"Error: That didn't work."_s);
+    onAsked = [&stop] { stop.request_stop(); };
+    EXPECT_EQ(dispatch(usual(u"open_link"_s), turnOf(), stop.get_token()).content,
+              u"Error: That didn't work."_s);
 
     auto gone =
         std::make_unique<ToolRegistry>(ToolRegistry::Services{settings, memory, *world, clock, world.get()});
-    const auto orphaned = begin(*gone, {});
-    gone.reset();
-    m_producer->yield(ApprovalAnswer::allowedOnce);
-    TestWait::settle();
-    EXPECT_EQ(orphaned->value->content, u"Error: That didn't work."_s);
+    gone->setHooks(hooks());
+    onAsked = [&gone] { gone.reset(); };
+    EXPECT_EQ(TestWait::await(gone->dispatch(usual(u"open_link"_s), turnOf(), {})).content,
+              u"Error: That didn't work."_s);
 
-    const auto windowGone = begin(registry, {});
-    m_producer.reset();
-    TestWait::settle();
-    EXPECT_EQ(windowGone->value->content,
+    registry.setHooks({.approvalHandler = [](const QString &, const AIToolCall &,
+                                             const AITool &) -> QCoro::Task<ApprovalAnswer> {
+        throw CancelledError(); // its window is gone
+        co_return ApprovalAnswer::allowedOnce;
+    }});
+    EXPECT_EQ(dispatch(usual(u"open_link"_s), turnOf()).content,
               u"Error: This action needs the user's approval and none could be requested."_s);
     EXPECT_TRUE(happened.empty());
 }
 
-TEST_F(SlowAnswerTest, AStopDuringAFailedReadSendsNoSearch)
+TEST_F(ToolRegistryTest, AStopDuringAFailedReadSendsNoSearch)
 {
     answer = ApprovalAnswer::allowedForChat;
     dispatch(usual(u"search_web"_s), turnOf());
