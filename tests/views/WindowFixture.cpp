@@ -134,7 +134,7 @@ QString WindowFixture::addChat(const QString &title, const QStringList &messages
             repository.makeMessage({.id = QUuid::createUuid(),
                                     .role = isReply ? MessageRole::assistant : MessageRole::user,
                                     .content = messages[i],
-                                    .createdAt = m_clock.now().addMSecs(i),
+                                    .createdAt = m_clock.now().addMSecs(i - messages.size()),
                                     .status = MessageStatus::delivered});
         if (finish && i + 1 == messages.size())
             finish(*message);

@@ -26,6 +26,7 @@ ListView {
     property real movedFrom: 0
     property var held: null // the place that was gone to, which a new width doesn't lose
     property real heldY: 0 // where that was: elsewhere the person has moved since
+    property bool waits: false // for its first size, to go there
     readonly property real endY: originY + contentHeight + bottomMargin - height
     readonly property real gapToEnd: endY - contentY
 
@@ -79,6 +80,7 @@ ListView {
         if (place.following || place.row >= root.count)
             return root.goToEnd();
         root.following = false;
+        root.waits = root.height <= 0;
         root.positionViewAtIndex(place.row, ListView.Beginning);
         const item = root.itemAtIndex(place.row);
         if (item)
@@ -92,11 +94,12 @@ ListView {
         root.settle();
     }
     function goBack() {
-        if (root.held && root.contentY === root.heldY)
+        if (root.held && (root.waits || root.contentY === root.heldY))
             root.goTo(root.held);
     }
     function startOver() {
         root.held = null;
+        root.waits = false;
         root.makesRoom = false;
         root.following = true;
         root.settle();
@@ -127,7 +130,11 @@ ListView {
     onContentYChanged: if (moving) following = contentY > movedFrom && gapToEnd <= 64
     onMovementEnded: root.following = root.contentY >= root.movedFrom && root.gapToEnd <= 64
     onContentHeightChanged: root.settle()
-    onHeightChanged: root.settle()
+    onHeightChanged: {
+        root.settle();
+        if (root.waits)
+            Qt.callLater(root.goBack); // qmllint disable
+    }
     onWidthChanged: if (root.held) Qt.callLater(root.goBack) // qmllint disable
     onCountChanged: root.settle()
 
