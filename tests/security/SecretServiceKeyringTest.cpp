@@ -186,6 +186,32 @@ TEST_F(KeychainRoadTest, FromAFileToAKeyringThroughALockedOneToALostKey)
     EXPECT_FALSE(QFile::exists(path));
 }
 
+TEST_F(KeychainRoadTest, AKeyUnderAPassphraseKeepsItsMarkAndOutlivesTheKeyringsEnd)
+{
+    const Passphrase words(u"right horse"_s);
+    QString field;
+    daemon.start(KeyringDaemon::Start::Unlocked);
+    {
+        const auto run = newRun();
+        ASSERT_EQ(run->prepare(KeyExpectation::Unknown), KeychainState::Ready);
+        field = *run->vault.seal(u"words"_s);
+        run->vault.moveKey(UserPresence::Required);
+        run->vault.wrapKey(words, {8, 1});
+        EXPECT_EQ(run->vault.open(field), u"words"_s);
+    }
+    daemon.stop();
+    daemon.start(KeyringDaemon::Start::Unlocked);
+    EXPECT_TRUE(keyring.find(service, keyAccount)->value.startsWith("morvane-wrapped-key 1 "));
+    const auto run = newRun();
+    const auto opening = TestWait::await(run->preparation.prepare(KeyExpectation::MustExist));
+    EXPECT_TRUE(opening.dataKeyWrapped && opening.dataKeyBehindPresence);
+    run->nobody.answer = UserPresenceConfirming::Answer::Confirmed;
+    (void)run->keychain.read(keyAccount, u"why"_s, {});
+    EXPECT_EQ(run->vault.open(field), QString()) << "the desktop's yes alone opens nothing";
+    run->vault.unlock(run->vault.unwrapKey(words));
+    EXPECT_EQ(run->vault.open(field), u"words"_s);
+}
+
 TEST_F(KeychainRoadTest, EndingTheProgramEndsTheWaitForThePrompt)
 {
     daemon.start(KeyringDaemon::Start::Unlocked);
