@@ -18,6 +18,7 @@ set(MORVANE_TEST_ENVIRONMENT
     TSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/races.supp
     LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/leaks.supp:print_suppressions=0)
 file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/test-home/run)
+file(CHMOD ${CMAKE_BINARY_DIR}/test-home/run PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
 
 # add_morvane_test(name [MOC] SOURCES … LIBS …): each case becomes a ctest test of its own.
 function(add_morvane_test name)

@@ -48,7 +48,7 @@ public:
 
     void end()
     {
-        m_daemon.kill();
+        m_daemon.terminate(); // killed, it would leave its socket behind
         m_daemon.waitForFinished();
     }
 

@@ -401,6 +401,10 @@ TEST_F(SettingsWindowTest, AppearanceFollowsItsChoices)
     pressKey(Qt::Key_Return);
     EXPECT_EQ(settings.chatTextSize(), ChatTextSize::large);
     EXPECT_NEAR(height(), before * 1.15, 1);
+    for (const auto &[key, choice] : {std::pair{Qt::Key_Right, u"Large"_s}, {Qt::Key_Left, u"Medium"_s}}) {
+        pressKey(key);
+        EXPECT_TRUE(isAt(m_page, choice)) << "the arrows stay among the sizes";
+    }
     click(control(u"reduceMotion"_s));
     EXPECT_FALSE(settings.reduceAnimation());
 }
@@ -664,11 +668,31 @@ TEST_F(SettingsWindowTest, LedgerColumnsStandStillUnderTheirHeadingsAndARowOpens
     control(u"ledgerRows"_s)->forceActiveFocus();
     pressKey(Qt::Key_Return);
     EXPECT_TRUE(says(u"1.18 MiB (1,234,567 bytes)"_s));
-    ASSERT_NE(control(u"ledgerDetails"_s), nullptr);
-    const double before = control(u"ledgerDetails"_s)->mapToScene({}).y();
+    const auto openedRow = [this] {
+        const QQuickItem *item = control(u"ledgerDetails"_s);
+        while (item && item->objectName() != "ledgerRow"_L1)
+            item = item->parentItem();
+        return item ? item->property("index").toInt() : -1;
+    };
+    EXPECT_EQ(openedRow(), 0);
     record(u"c.example"_s, {EgressOutcome::Blocked{u"private data"_s}});
-    ASSERT_TRUE(eventually([this] { return says(u"c.example"_s); }));
-    EXPECT_GT(control(u"ledgerDetails"_s)->mapToScene({}).y(), before) << "the same row, one further down";
+    ASSERT_TRUE(eventually([&] { return openedRow() == 1; })) << "the same row, one further down";
+
+    for (int n = 0; n < 9; ++n)
+        record(u"d.example"_s, {EgressOutcome::Completed{200}});
+    m_page->resize(860, 800);
+    QQuickItem *const list = control(u"ledgerRows"_s);
+    ASSERT_TRUE(eventually([&] { return list->property("count").toInt() == 12; }));
+    list->setProperty("currentIndex", 11);
+    list->setProperty("contentY", list->property("originY"));
+    list->forceActiveFocus();
+    pressKey(Qt::Key_Return);
+    const auto hidden = [&] { // px of the last row's details
+        const QQuickItem *details = control(u"ledgerDetails"_s);
+        return details ? details->mapToItem(list, {0, details->height()}).y() - list->height() : 1;
+    };
+    EXPECT_TRUE(eventually([&] { return hidden() <= 0 && list->property("atYEnd").toBool(); }))
+        << "it stays in sight while it opens";
 
     fill(u"ledgerFilter"_s, u"BLOCKED"_s);
     EXPECT_EQ(control(u"ledgerRows"_s)->property("count").toInt(), 1);

@@ -83,7 +83,7 @@ ChatSelection {
         outline: Theme.warning
         onPlaceChanged: if (root.find.current.row >= 0) messages.following = false
     }
-    Later {
+    Notice {
         id: bar
 
         anchors.top: parent.top
@@ -91,7 +91,6 @@ ChatSelection {
         anchors.right: parent.right
         anchors.rightMargin: Theme.gap16
         width: Math.min(implicitWidth, parent.width - 2 * Theme.gap16)
-        visible: wanted
         part: "chat/FindBar.qml"
         given: ({ find: root.find })
         wanted: root.find.isOpen

@@ -11,26 +11,20 @@ ColumnLayout {
 
     spacing: 0
 
-    Later {
-        Layout.fillWidth: true
+    Notice {
         Layout.topMargin: Theme.gap8
-        visible: wanted
         part: "chat/StartupProblem.qml"
         given: ({ message: root.shell.startupError, suggestion: root.shell.startupSuggestion })
         wanted: root.shell.startupError.length > 0
     }
-    Later {
-        Layout.fillWidth: true
+    Notice {
         Layout.topMargin: Theme.gap8
-        visible: wanted
         part: "chat/UnsealedNotice.qml"
         given: ({ shell: root.shell })
         wanted: root.shell.unsealedNotice.length > 0
     }
-    Later {
-        Layout.fillWidth: true
+    Notice {
         Layout.topMargin: Theme.gap8
-        visible: wanted
         part: "chat/StandingNotice.qml"
         given: ({ shell: root.shell })
         wanted: root.shell.noticeTitle.length > 0

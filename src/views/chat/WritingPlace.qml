@@ -19,9 +19,7 @@ ColumnLayout {
 
     spacing: Theme.gap8
 
-    Later {
-        Layout.fillWidth: true
-        visible: wanted
+    Notice {
         part: "chat/ErrorNotice.qml"
         given: ({ chat: root.chat, shell: root.shell })
         wanted: root.chat.hasBanner
@@ -35,23 +33,17 @@ ColumnLayout {
             onDismissed: id => root.receipts.dismiss(id)
         }
     }
-    Later {
-        Layout.fillWidth: true
-        visible: wanted
+    Notice {
         part: "chat/DeletedNotice.qml"
         given: ({ chat: root.chat })
         wanted: root.chat.deletedCount > 0
     }
-    Later {
-        Layout.fillWidth: true
-        visible: wanted
+    Notice {
         part: "chat/EditNotice.qml"
         given: ({ chat: root.chat })
         wanted: root.chat.isEditing
     }
-    Later {
-        Layout.fillWidth: true
-        visible: wanted
+    Notice {
         part: "chat/ApprovalCard.qml"
         given: ({ chat: root.chat, composer: field })
         wanted: root.chat.hasApproval

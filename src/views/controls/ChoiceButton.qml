@@ -2,13 +2,23 @@ import QtQuick
 import QtQuick.Templates as T
 import Morvane
 
-// One of a few, side by side in a row.
+// One of a few, of which the arrow keys lead to the next.
 T.RadioButton {
     id: root
+
+    property Item group: parent // that holds the others
 
     function activate() {
         root.toggle();
         root.clicked();
+    }
+
+    function leave(forward: bool): bool {
+        const next = root.nextItemInFocusChain(forward) as ChoiceButton;
+        if (next?.group !== root.group)
+            return false;
+        next.forceActiveFocus(Qt.TabFocusReason);
+        return true;
     }
 
     implicitWidth: implicitContentWidth + leftPadding + rightPadding
@@ -18,6 +28,10 @@ T.RadioButton {
     Accessible.name: text
     Keys.onReturnPressed: root.activate()
     Keys.onEnterPressed: root.activate()
+    Keys.onLeftPressed: event => event.accepted = root.leave(false)
+    Keys.onUpPressed: event => event.accepted = root.leave(false)
+    Keys.onRightPressed: event => event.accepted = root.leave(true)
+    Keys.onDownPressed: event => event.accepted = root.leave(true)
 
     contentItem: Text {
         textFormat: Text.PlainText

@@ -9,6 +9,7 @@ Item {
     property bool open: false
     property real least: 0 // px of it that are seen when it is closed
     default property alias parts: column.data
+    property alias topPadding: column.topPadding
     readonly property alias whole: column.implicitHeight
     property real share: open ? 1 : 0 // of what it hides
     property bool pressed: false // until the change that this leads to has come to its end

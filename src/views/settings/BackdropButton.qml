@@ -1,20 +1,17 @@
 import QtQuick
-import QtQuick.Templates as T
 import Morvane
 
 // A backdrop to choose, in its own colours.
-T.RadioButton {
+ChoiceButton {
     id: root
 
     required property string name
 
     implicitWidth: 44 * Theme.zoom
-    implicitHeight: Theme.controlHeight
 
     Accessible.name: name
-    Keys.onReturnPressed: root.clicked()
-    Keys.onEnterPressed: root.clicked()
 
+    contentItem: null
     background: Rectangle {
         radius: Theme.controlRadius
         border.width: root.checked ? Theme.focusWidth : Theme.lineWidth

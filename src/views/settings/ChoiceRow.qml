@@ -11,6 +11,7 @@ SettingsRow {
 
     ChoiceButton {
         objectName: root.objectName + ".button"
+        group: root.parent
         text: root.chosen ? qsTr("In use") : qsTr("Use")
         checked: root.chosen
         Accessible.name: root.title
