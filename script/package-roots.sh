@@ -37,6 +37,7 @@ inside() {
     unshare --mount --propagation private bash -euc '
         into=$1
         shift
+        mount --bind "$into" "$into" # so that it has mounts of its own inside as well
         mount -t proc proc "$into/proc"
         mount --rbind /dev "$into/dev"
         for folder in /tmp /run; do mount -t tmpfs -o mode=1777 tmpfs "$into$folder"; done
