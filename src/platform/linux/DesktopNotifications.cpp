@@ -53,6 +53,7 @@ DesktopNotifications::DesktopNotifications(std::optional<QDBusConnection> bus, c
         m_bus.reset();
     if (!m_bus)
         return;
+    m_owner.emplace(*m_bus, service);
     closeLeftOnes();
     // By no sender's name, which the library would wait for; keyOf() asks who it was.
     m_bus->connect({}, path, service, u"ActionInvoked"_s, this, SLOT(actionInvoked(uint, QString)));
@@ -109,7 +110,7 @@ void DesktopNotifications::askCapabilities()
             return m_shown.clear();
         const QStringList told = reply.value();
         m_capabilities = QSet<QString>(told.begin(), told.end());
-        m_server = reply.reply().service();
+        m_server = m_owner->current();
         sendAll();
     });
 }
@@ -143,7 +144,7 @@ void DesktopNotifications::answered(const QString &key, QDBusPendingCallWatcher 
     Shown &shown = found->second;
     shown.isAsking = false;
     shown.id = reply.isValid() ? reply.value() : 0;
-    shown.server = reply.reply().service();
+    shown.server = m_owner->current();
     noteNumbers();
     if (!shown.isWanted)
         return withdraw(key);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/BusNameOwner.h"
 #include "view_models/chat/NotificationPosting.h"
 
 #include <QDBusConnection>
@@ -56,6 +57,7 @@ private:
     [[nodiscard]] std::optional<QString> keyOf(uint id) const;
 
     std::optional<QDBusConnection> m_bus;
+    std::optional<BusNameOwner> m_owner; // there with the bus
     const QString m_numbers;
     std::optional<QSet<QString>> m_capabilities; // none until the server has told them
     QString m_server;                            // whose they are

@@ -58,12 +58,12 @@ PortalCall::PortalCall(QDBusConnection bus, const QString &interface, const QStr
                        QVariantList arguments, QVariantMap options, Answered answered, QObject *parent)
     : QObject(parent)
     , m_bus(std::move(bus))
+    , m_owner(m_bus, service)
     , m_visible(std::make_unique<ProcessPrivacy::Pause>())
     , m_answered(std::move(answered))
 {
     const QString token = newToken();
-    m_bus.connect({}, u"/org/freedesktop/DBus"_s, u"org.freedesktop.DBus"_s, u"NameOwnerChanged"_s, {service},
-                  {}, this, SLOT(portalLeft(QString, QString, QString)));
+    connect(&m_owner, &BusNameOwner::changed, this, &PortalCall::portalChanged);
     listenAt(pathOf(m_bus, u"request", token)); // before the call, since the answer may come first
     auto call = QDBusMessage::createMethodCall(service, object, interface, method);
     options.insert(u"handle_token"_s, token);
@@ -77,7 +77,7 @@ PortalCall::PortalCall(QDBusConnection bus, const QString &interface, const QStr
         if (reply.isError())
             return finish({.end = saysThatNoneIsThere(reply.error()) ? End::noPortal : End::failed,
                            .error = reply.error()});
-        m_portal = reply.reply().service();
+        m_portal = m_owner.current();
         listenAt(reply.value().path()); // old portals choose their own
         if (m_before.contains(m_portal))
             finish(m_before.value(m_portal));
@@ -150,7 +150,7 @@ void PortalCall::responded(uint response, const QVariantMap &results)
         m_before.insert(sender, answer);
 }
 
-void PortalCall::portalLeft(const QString &, const QString &former, const QString &now)
+void PortalCall::portalChanged(const QString &former, const QString &now)
 {
     if (!former.isEmpty() && now.isEmpty())
         finish({.end = End::failed, .portal = former});

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/BusNameOwner.h"
 #include "platform/linux/ProcessPrivacy.h"
 
 #include <QCoroTask>
@@ -70,13 +71,14 @@ public:
 
 private Q_SLOTS:
     void responded(uint response, const QVariantMap &results);
-    void portalLeft(const QString &name, const QString &former, const QString &now);
 
 private:
+    void portalChanged(const QString &former, const QString &now);
     void listenAt(const QString &request);
     void finish(Answer answer);
 
     QDBusConnection m_bus;
+    BusNameOwner m_owner;
     std::unique_ptr<ProcessPrivacy::Pause> m_visible; // until the portal has looked who asks
     Answered m_answered;
     QString m_request;               // the path of the portal's object for this call

@@ -46,7 +46,6 @@ namespace {
 
 const QString shortcutsInterface = u"org.freedesktop.portal.GlobalShortcuts"_s;
 const QString sessions = u"org.freedesktop.portal.Session"_s;
-const QString bus = u"org.freedesktop.DBus"_s;
 constexpr uint showsSettings = 2; // the version from which on the portal can
 constexpr int replyMilliseconds = 5000;
 // A portal that isn't told who asks keeps the keys by this name, which the person sees in the desktop's
@@ -91,12 +90,12 @@ QDBusMessage callOf(const QString &interface, const QString &method, const QVari
 PortalGlobalShortcuts::PortalGlobalShortcuts(QDBusConnection connection, QObject *parent)
     : GlobalShortcutBinding(parent)
     , m_bus(std::move(connection))
+    , m_owner(m_bus, PortalCall::service)
 {
     qDBusRegisterMetaType<PortalShortcut>();
     qDBusRegisterMetaType<QList<PortalShortcut>>();
     const QString object = PortalCall::object;
-    m_bus.connect({}, u"/org/freedesktop/DBus"_s, bus, u"NameOwnerChanged"_s, {PortalCall::service}, {}, this,
-                  SLOT(portalChanged(QString, QString, QString)));
+    connect(&m_owner, &BusNameOwner::changed, this, &PortalGlobalShortcuts::portalChanged);
     // By no sender's name, which the library would wait for; each is asked of in isOfSession().
     m_bus.connect({}, object, shortcutsInterface, u"Activated"_s, this, SLOT(activated(QDBusMessage)));
     m_bus.connect({}, object, shortcutsInterface, u"Deactivated"_s, this, SLOT(deactivated(QDBusMessage)));
@@ -278,9 +277,9 @@ void PortalGlobalShortcuts::showDesktopSettings()
                                {QVariant::fromValue(QDBusObjectPath(m_session)), QString(), QVariantMap()}));
 }
 
-void PortalGlobalShortcuts::portalChanged(const QString &, const QString &former, const QString &now)
+void PortalGlobalShortcuts::portalChanged(const QString &former, const QString &now)
 {
-    if (message().service() != bus || m_wishes.empty())
+    if (m_wishes.empty())
         return;
     const bool hasLeft = !former.isEmpty() && former == m_portal;
     if (hasLeft) {

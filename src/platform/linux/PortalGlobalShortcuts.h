@@ -1,9 +1,9 @@
 #pragma once
 
+#include "platform/linux/BusNameOwner.h"
 #include "services/GlobalShortcutBinding.h"
 
 #include <QDBusConnection>
-#include <QDBusContext>
 #include <QPointer>
 #include <QSet>
 
@@ -19,7 +19,7 @@ class PortalCall;
 // Keys by the desktop's portal (org.freedesktop.portal.GlobalShortcuts, version 1 and later), as Wayland has
 // them: the person chooses the key in the desktop's own settings, and what is wished for is only what those
 // begin with. GUI thread.
-class PortalGlobalShortcuts final : public GlobalShortcutBinding, protected QDBusContext {
+class PortalGlobalShortcuts final : public GlobalShortcutBinding {
     Q_OBJECT
 public:
     explicit PortalGlobalShortcuts(QDBusConnection bus, QObject *parent = nullptr);
@@ -33,13 +33,13 @@ public:
     void showDesktopSettings() override;
 
 private Q_SLOTS:
-    void portalChanged(const QString &name, const QString &former, const QString &now);
     void activated(const QDBusMessage &signal);
     void deactivated(const QDBusMessage &signal);
     void shortcutsChanged(const QDBusMessage &signal);
     void sessionClosed(const QDBusMessage &signal);
 
 private:
+    void portalChanged(const QString &former, const QString &now);
     void introduce();
     void askVersion();
     void renew();
@@ -54,6 +54,7 @@ private:
     [[nodiscard]] bool isOfSession(const QDBusMessage &signal) const;
 
     QDBusConnection m_bus;
+    BusNameOwner m_owner;
     std::vector<Wish> m_wishes;
     int m_round = 0;                              // of wishes
     std::map<GlobalShortcut, Binding> m_bindings; // of what is wished for
