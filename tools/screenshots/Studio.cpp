@@ -11,6 +11,7 @@
 
 #include <QDir>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace morvane {
@@ -106,9 +107,20 @@ void Studio::awaitText(const QString &text)
            "the words never came");
 }
 
+void Studio::awaitParts(QQuickWindow *window)
+{
+    TestWait::until([window] {
+        const auto isComing = [](const QQuickItem *item) {
+            return item->inherits("QQuickLoader") && item->isVisible() && item->opacity() < 1;
+        };
+        return std::ranges::none_of(WindowDriver::allItems(window), isComing);
+    });
+}
+
 void Studio::take(const QString &name, QQuickWindow *window)
 {
     WindowDriver::settle();
+    awaitParts(window);
     QDir().mkpath(m_folder);
     const QString path = QDir(m_folder).filePath(name + m_suffix + u".png"_s);
     expect(window->grabWindow().convertToFormat(QImage::Format_RGB888).save(path, "PNG", 0),

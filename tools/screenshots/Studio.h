@@ -37,6 +37,8 @@ public:
     void awaitReply();
     void awaitApproval();
     void awaitText(const QString &text);
+    // Until each part of `window` that comes softly has come.
+    static void awaitParts(QQuickWindow *window);
 
     // Saves what `window` shows, once it stands still.
     void take(const QString &name, QQuickWindow *window);

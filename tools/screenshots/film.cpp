@@ -57,6 +57,7 @@ void watchReply(Studio &studio, Film &film)
     }
     if (chat.hasBanner())
         throw std::runtime_error("the reply failed");
+    Studio::awaitParts(studio.window());
     film.take(reading);
 }
 
