@@ -111,7 +111,8 @@ void Studio::awaitParts(QQuickWindow *window)
 {
     TestWait::until([window] {
         const auto isComing = [](const QQuickItem *item) {
-            return item->inherits("QQuickLoader") && item->isVisible() && item->opacity() < 1;
+            const bool isPart = item->inherits("QQuickLoader") || item->inherits("QQuickPopupItem");
+            return isPart && item->isVisible() && item->opacity() < 1;
         };
         return std::ranges::none_of(WindowDriver::allItems(window), isComing);
     });
