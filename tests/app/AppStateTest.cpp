@@ -67,6 +67,19 @@ protected:
                                            &notifications);
     }
 
+    // As the person's quit; what was stored is in the file itself.
+    void quit()
+    {
+        state->willTerminate();
+        TestWait::settle();
+        state.reset();
+        Database::open(storePath(), Database::Access::ReadWrite).execute("PRAGMA wal_checkpoint(TRUNCATE)");
+    }
+    [[nodiscard]] QString storePath() const { return ChatStoreLocation::storePath(commandLine.folders()); }
+    [[nodiscard]] ChatViewModel &chat() const { return *state->presentation().chat; }
+    [[nodiscard]] ShellViewModel &shell() const { return *state->presentation().shell; }
+    void say(const QString &words) const { chat().sendMessage(words, std::nullopt); }
+
     std::unique_ptr<UserDefaultsSettingsRepository>
     defaults(const QString &domain = Product::serviceName) const
     {
@@ -91,12 +104,12 @@ TEST_F(AppStateTest, AFirstStartOpensAnEmptyChatOnDiskAndTellsNothingOfChanges)
     EXPECT_TRUE(state->assistant().router->sources().back().problem.value_or(u""_s).contains(u"build"_s));
     EXPECT_FALSE(state->storage().settings->hostedRelayStateKnown());
     EXPECT_FALSE(state->storage().startupError);
-    EXPECT_TRUE(QFileInfo::exists(ChatStoreLocation::storePath(commandLine.folders())));
-    EXPECT_EQ(state->presentation().chat->messages()->rowCount(), 0);
+    EXPECT_TRUE(QFileInfo::exists(storePath()));
+    EXPECT_EQ(chat().messages()->rowCount(), 0);
     EXPECT_EQ(state->storage().repository->count(), 1);
     EXPECT_TRUE(keychain.read(LocalDataVault::keyAccount));
     state->start();
-    EXPECT_EQ(state->presentation().shell->questionTitle(), QString());
+    EXPECT_EQ(shell().questionTitle(), QString());
     for (const bool isReset : {false, true}) {
         state->storage().settings->setOnboardingComplete(true);
         commandLine.resetOnboarding = isReset;
@@ -145,7 +158,7 @@ TEST_F(AppStateTest, TextsThatAnOlderBuildLeftReadableAreSealedAtTheNextStart)
 {
     start();
     state.reset();
-    Database::open(ChatStoreLocation::storePath(commandLine.folders()), Database::Access::ReadWrite)
+    Database::open(storePath(), Database::Access::ReadWrite)
         .execute("UPDATE Conversation SET sealedTitle = 'readable'");
     const LogCapture log;
     start();
@@ -155,7 +168,7 @@ TEST_F(AppStateTest, TextsThatAnOlderBuildLeftReadableAreSealedAtTheNextStart)
 TEST_F(AppStateTest, ChatsGoWhenTheirTimeIsOver)
 {
     start();
-    state->presentation().chat->sendMessage(u"old words"_s, std::nullopt);
+    say(u"old words"_s);
     const QUuid id = state->storage().repository->mostRecent()->id();
     state->storage().settings->setConversationRetention(ConversationRetention::sevenDays);
     for (const auto &[days, isKept] : {std::pair{std::chrono::days(6), true},
@@ -180,15 +193,15 @@ TEST_F(AppStateTest, ChatsGoWhenTheirTimeIsOver)
 // Until the person has decided, all that is written goes beside a damaged file.
 TEST_F(AppStateTest, DamageIsToldOfAndTheFileStaysAsItIsUntilThePersonHasDecided)
 {
-    const QString path = ChatStoreLocation::storePath(commandLine.folders());
+    const QString path = storePath();
     const auto bytes = [](const QString &file) {
         return PrivateFile::read(file, 1 << 24).value_or(QByteArray());
     };
     const auto startAndTell = [&] {
         start();
         state->start();
-        TestWait::until([&] { return !state->presentation().shell->noticeTitle().isEmpty(); });
-        EXPECT_EQ(state->presentation().shell->noticeTitle(), u"The file with your chats is damaged."_s);
+        TestWait::until([&] { return !shell().noticeTitle().isEmpty(); });
+        EXPECT_EQ(shell().noticeTitle(), u"The file with your chats is damaged."_s);
     };
     start();
     ConversationRepository &repository = *state->storage().repository;
@@ -196,8 +209,7 @@ TEST_F(AppStateTest, DamageIsToldOfAndTheFileStaysAsItIsUntilThePersonHasDecided
     for (int i = 0; i < 60; ++i)
         repository.add(repository.makeMessage({.id = QUuid::createUuid(), .content = QString(900, u'x')}),
                        *chat);
-    state.reset();
-    Database::open(path, Database::Access::ReadWrite).execute("PRAGMA wal_checkpoint(TRUNCATE)");
+    quit();
     QFile file(path);
     ASSERT_TRUE(file.open(QFile::ReadWrite) && file.seek(file.size() / 2 / 4096 * 4096));
     file.write(QByteArray(4096, '\xff'));
@@ -205,7 +217,7 @@ TEST_F(AppStateTest, DamageIsToldOfAndTheFileStaysAsItIsUntilThePersonHasDecided
     const QByteArray damaged = bytes(path);
 
     startAndTell();
-    state->presentation().chat->sendMessage(u"said meanwhile"_s, std::nullopt);
+    say(u"said meanwhile"_s);
     state->willTerminate();
     TestWait::settle();
     state.reset();
@@ -214,9 +226,9 @@ TEST_F(AppStateTest, DamageIsToldOfAndTheFileStaysAsItIsUntilThePersonHasDecided
     startAndTell();
     bool quits = false;
     QObject::connect(state.get(), &AppState::quitConfirmed, [&] { quits = true; });
-    state->presentation().shell->answerNotice(0);
-    EXPECT_TRUE(state->presentation().shell->noticeText().contains(path + u".damaged-1"_s));
-    state->presentation().shell->answerNotice(0);
+    shell().answerNotice(0);
+    EXPECT_TRUE(shell().noticeText().contains(path + u".damaged-1"_s));
+    shell().answerNotice(0);
     EXPECT_TRUE(quits);
     start();
     EXPECT_EQ(bytes(path + u".damaged-1"_s), damaged);
@@ -228,38 +240,34 @@ TEST_F(AppStateTest, ThePersonIsToldOnceWhereChatsOfAnOlderVersionWereLeft)
     const QString old = ChatStoreLocation::oldStorePath(commandLine.folders());
     for (const bool isOld : {true, false}) {
         start();
-        state->presentation().chat->sendMessage(u"words"_s, std::nullopt);
-        state->willTerminate();
-        TestWait::settle();
-        state.reset();
-        const QString path = ChatStoreLocation::storePath(commandLine.folders());
-        Database::open(path, Database::Access::ReadWrite).execute("PRAGMA wal_checkpoint(TRUNCATE)");
+        say(u"words"_s);
+        quit();
         if (isOld) {
-            ASSERT_TRUE(QFile::rename(path, old));
+            ASSERT_TRUE(QFile::rename(storePath(), old));
         }
     }
     defaults()->remove(ChatStoreLocation::movedFlagKey);
     const auto text = [this] {
         start();
         state->start();
-        return state->presentation().shell->noticeText();
+        return shell().noticeText();
     };
     EXPECT_TRUE(text().contains(old));
     EXPECT_TRUE(text().contains(old)) << "until it is answered";
-    state->presentation().shell->answerNotice(0);
+    shell().answerNotice(0);
     EXPECT_EQ(text(), QString());
 }
 
 TEST_F(AppStateTest, AStoreThatWontOpenStillBringsUpAChatAndIsLeftAlone)
 {
-    const QString path = ChatStoreLocation::storePath(commandLine.folders());
+    const QString path = storePath();
     const QByteArray broken(4096, 'x');
     PrivateFile::write(path, broken);
     start();
     ASSERT_TRUE(state->storage().startupError);
-    EXPECT_EQ(state->presentation().shell->startupError(), u"Local storage could not be opened."_s);
-    EXPECT_FALSE(state->presentation().shell->startupSuggestion().isEmpty());
-    EXPECT_NE(state->presentation().chat->conversation(), nullptr);
+    EXPECT_EQ(shell().startupError(), u"Local storage could not be opened."_s);
+    EXPECT_FALSE(shell().startupSuggestion().isEmpty());
+    EXPECT_NE(chat().conversation(), nullptr);
     state->willTerminate();
     EXPECT_EQ(PrivateFile::read(path, 1 << 20), broken);
 }
@@ -274,14 +282,14 @@ TEST_F(AppStateTest, TheNoticeOfWhatChangedIsShownOnceToWhoHadChats)
             PrivateFile::read(path, 10'000).value_or(QByteArray()).contains("didDecideWhatChangedNotice"))
             << "on disk at once";
         state->start();
-        return state->presentation().shell->questionTitle();
+        return shell().questionTitle();
     };
     PrivateFile::write(ChatStoreLocation::oldStorePath(commandLine.folders()), "chats of an older build");
     EXPECT_EQ(question(), u"What changed in MorvaneGPT"_s);
     for (const QString &line : WhatChangedNotice::lines())
-        EXPECT_TRUE(state->presentation().shell->questionText().contains(line));
+        EXPECT_TRUE(shell().questionText().contains(line));
     EXPECT_EQ(question(), u"What changed in MorvaneGPT"_s) << "until it is answered";
-    state->presentation().shell->answerQuestion(0);
+    shell().answerQuestion(0);
     EXPECT_EQ(question(), QString());
 }
 
@@ -291,7 +299,7 @@ TEST_F(AppStateTest, AKeyThatHasGoneIsRefusedOrIsNoKeyIsNeverReplacedWhereSometh
     keychain.save(u"no key"_s, account);
     start(); // replaced: nothing is sealed yet
     const QString key = keychain.read(account).value();
-    EXPECT_TRUE(state->presentation().shell->unsealedNotice().isEmpty());
+    EXPECT_TRUE(shell().unsealedNotice().isEmpty());
     const QString leftover = commandLine.folders().data + u"/Morvane/code.json"_s;
     for (const QString &trouble : {u"refused"_s, u"gone"_s, u"no key"_s}) {
         SCOPED_TRACE(trouble.toStdString());
@@ -309,7 +317,7 @@ TEST_F(AppStateTest, AKeyThatHasGoneIsRefusedOrIsNoKeyIsNeverReplacedWhereSometh
         state->assistant().memory->remember(u"would be sealed"_s);
         EXPECT_NE(keychain.read(account).value_or(u"no key"_s).size(), key.size());
         TestWait::settle();
-        EXPECT_FALSE(state->presentation().shell->unsealedNotice().isEmpty());
+        EXPECT_FALSE(shell().unsealedNotice().isEmpty());
     }
     keychain.save(key, account);
     start();
@@ -355,12 +363,11 @@ TEST_F(AppStateTest, NothingFollowsAStopThatComesWhileAnApprovalWaits)
 TEST_F(AppStateTest, QuittingAsksAboutAGhostChatWithMessages)
 {
     start();
-    ChatViewModel &chat = *state->presentation().chat;
     const auto beginGhost = [&] {
-        chat.ghosts()->newGhostChat();
+        chat().ghosts()->newGhostChat();
         EXPECT_EQ(state->shouldTerminate(), AppState::Termination::now) << "nothing would be lost";
-        chat.sendMessage(u"boo"_s, std::nullopt);
-        return chat.conversation()->id();
+        say(u"boo"_s);
+        return chat().conversation()->id();
     };
     EXPECT_EQ(state->shouldTerminate(), AppState::Termination::now);
     QSignalSpy quits(state.get(), &AppState::quitConfirmed);
@@ -371,20 +378,19 @@ TEST_F(AppStateTest, QuittingAsksAboutAGhostChatWithMessages)
     } rows[]{{2, false, false, false}, {-1, false, false, false}, {1, true, false, false},
              {1, false, true, true},   {0, false, true, false},   {0, true, true, false}};
     for (const auto &[button, isLocked, hasQuit, isKept] : rows) {
-        if (!chat.ghosts()->isOn())
+        if (!chat().ghosts()->isOn())
             ghost = beginGhost();
         quits.clear();
         isLocked ? state->storage().vault->lock() : state->storage().vault->unlock();
         EXPECT_EQ(state->shouldTerminate(), AppState::Termination::cancel);
-        const ShellViewModel &shell = *state->presentation().shell;
-        EXPECT_EQ(shell.questionTitle(), u"Drop this Ghost chat?"_s);
-        EXPECT_EQ(shell.questionButtons().contains(u"Keep"_s), !isLocked);
-        EXPECT_EQ(shell.questionText().endsWith(u"To keep it, cancel and unlock first."_s), isLocked);
-        state->presentation().shell->answerQuestion(button);
+        EXPECT_EQ(shell().questionTitle(), u"Drop this Ghost chat?"_s);
+        EXPECT_EQ(shell().questionButtons().contains(u"Keep"_s), !isLocked);
+        EXPECT_EQ(shell().questionText().endsWith(u"To keep it, cancel and unlock first."_s), isLocked);
+        shell().answerQuestion(button);
         EXPECT_EQ(quits.count(), hasQuit ? 1 : 0);
         state->storage().vault->unlock();
         EXPECT_EQ(state->storage().repository->find(ghost) != nullptr, isKept);
-        EXPECT_EQ(chat.ghosts()->isOn(), !hasQuit);
+        EXPECT_EQ(chat().ghosts()->isOn(), !hasQuit);
     }
 }
 
@@ -392,15 +398,14 @@ TEST_F(AppStateTest, QuittingAsksAboutAGhostChatWithMessages)
 TEST_F(AppStateTest, TheQuitKeyKeepsTheWindowWhileAQuestionIsOpen)
 {
     start();
-    state->presentation().chat->ghosts()->newGhostChat();
-    state->presentation().chat->sendMessage(u"boo"_s, std::nullopt);
+    chat().ghosts()->newGhostChat();
+    say(u"boo"_s);
     MainWindowController controller(state->presentation(), MainWindowController::prepareEngine());
     AppDelegate delegate(*qGuiApp, *state);
     QObject::connect(&controller.engine(), &QQmlEngine::quit, &delegate, &AppDelegate::requestQuit);
     controller.show();
     WindowDriver::settle();
-    ShellViewModel &shell = *state->presentation().shell;
-    const auto quit = [&] {
+    const auto pressQuit = [&] {
         QTimer::singleShot(0, &delegate, [&] {
             WindowDriver::press(controller.window(), Qt::Key_Q, Qt::ControlModifier);
             delegate.requestQuit(); // a panel may have kept the key for itself
@@ -410,18 +415,18 @@ TEST_F(AppStateTest, TheQuitKeyKeepsTheWindowWhileAQuestionIsOpen)
         return QGuiApplication::exec();
     };
     for (const auto &title : {u"Drop this Ghost chat?"_s, u"Another question?"_s}) {
-        EXPECT_EQ(quit(), 7);
+        EXPECT_EQ(pressQuit(), 7);
         EXPECT_EQ(controller.window()->visibility(), QWindow::Windowed);
-        EXPECT_EQ(shell.questionTitle(), title);
-        shell.answerQuestion(2);
-        shell.ask(u"Another question?"_s, {}, {u"Yes"_s}, {});
+        EXPECT_EQ(shell().questionTitle(), title);
+        shell().answerQuestion(2);
+        shell().ask(u"Another question?"_s, {}, {u"Yes"_s}, {});
     }
 }
 
 TEST_F(AppStateTest, QuittingEndsTheProgramAndStoresWhatHadArrivedUnlessThePersonHasToBeAsked)
 {
     start();
-    state->presentation().chat->ghosts()->newGhostChat();
+    chat().ghosts()->newGhostChat();
     auto delegate = std::make_unique<AppDelegate>(*qGuiApp, *state);
     EXPECT_FALSE(QGuiApplication::quitOnLastWindowClosed());
     ScriptedServer slow([](ScriptedServer::Connection &connection) {
@@ -433,9 +438,9 @@ TEST_F(AppStateTest, QuittingEndsTheProgramAndStoresWhatHadArrivedUnlessThePerso
     });
     state->storage().settings->setBaseURLString(slow.url(u"/v1"_s).toString());
     state->storage().settings->setModel(u"practice"_s);
-    state->presentation().chat->sendMessage(u"a turn at work"_s, std::nullopt);
-    EXPECT_TRUE(state->presentation().chat->isResponding());
-    const auto *messages = state->presentation().chat->messages();
+    say(u"a turn at work"_s);
+    EXPECT_TRUE(chat().isResponding());
+    const auto *messages = chat().messages();
     TestWait::until([&] {
         const auto *indicator = messages->indicator(messages->messages().back()->id());
         return std::holds_alternative<ReplyIndicator::Streaming>(indicator->state());
@@ -443,13 +448,13 @@ TEST_F(AppStateTest, QuittingEndsTheProgramAndStoresWhatHadArrivedUnlessThePerso
     const LogCapture log;
     delegate->requestQuit();
     TestWait::settle();
-    EXPECT_TRUE(state->presentation().chat->isResponding()) << "the person is asked";
-    QTimer::singleShot(0, delegate.get(), [&] { state->presentation().shell->answerQuestion(1); });
+    EXPECT_TRUE(chat().isResponding()) << "the person is asked";
+    QTimer::singleShot(0, delegate.get(), [&] { shell().answerQuestion(1); });
     EXPECT_EQ(QGuiApplication::exec(), 0);
-    EXPECT_FALSE(state->presentation().chat->isResponding());
+    EXPECT_FALSE(chat().isResponding());
     EXPECT_EQ(log.lines().count(u"app: Application will terminate"_s), 1);
 
-    const QUuid id = state->presentation().chat->conversation()->id();
+    const QUuid id = chat().conversation()->id();
     delegate.reset();
     start(); // no event of the former run was handled after its quit
     const auto reply = state->storage().repository->find(id)->messages().back();

@@ -7,6 +7,7 @@
 #include "security/DataKey.h"
 #include "security/FakeSecretStore.h"
 #include "security/KeyFile.h"
+#include "security/KeychainService.h"
 #include "security/LocalDataVault.h"
 #include "support/Await.h"
 #include "support/FileSpy.h"
@@ -66,6 +67,16 @@ protected:
     {
         return window->property(object).value<QObject *>()->property(property);
     }
+    // The window that waits for the person, once it offers that.
+    static QQuickWindow *waitingWith(const char *offer)
+    {
+        QQuickWindow *waiting = windowWith("startup");
+        EXPECT_TRUE(waiting &&
+                    WindowDriver::eventually([&] { return valueOf(waiting, "startup", offer).toBool(); }))
+            << offer;
+        WindowDriver::settle();
+        return waiting;
+    }
     [[nodiscard]] bool hasKeyFile() const
     {
         return QFileInfo::exists(commandLine.folders().data + u"/ai.morvane.macos/keychain.keys"_s);
@@ -101,12 +112,6 @@ TEST_F(LaunchTest, AProfileOfItsOwnKeepsItsKeyInAFileAndTalksToThePracticeServer
     EXPECT_EQ(valueOf(window, "settings", "baseURLString"), u"http://localhost:1/v1"_s);
     EXPECT_EQ(valueOf(window, "settings", "model"), u"practice"_s);
     EXPECT_EQ(valueOf(window, "settings", "hostedChatEnabled"), false);
-
-    window->close();
-    TestWait::settle();
-    EXPECT_TRUE(window->windowStates() & Qt::WindowMinimized) << "put away and not lost";
-    launch.take({});
-    EXPECT_FALSE(window->windowStates() & Qt::WindowMinimized);
 }
 
 TEST_F(LaunchTest, AStartInTheBackgroundMakesItsWindowWhenItIsAskedFor)
@@ -128,9 +133,8 @@ TEST_F(LaunchTest, ChatsWithoutTheirKeyStayClosedAndThePersonMayTryAgain)
     PrivateFile::write(store, "sealed with a key that is gone");
     Launch launch(*qGuiApp, commandLine);
     launch.start();
-    QQuickWindow *waiting = windowWith("startup");
+    QQuickWindow *waiting = waitingWith("canRetry");
     ASSERT_NE(waiting, nullptr);
-    EXPECT_TRUE(valueOf(waiting, "startup", "canRetry").toBool());
     EXPECT_FALSE(valueOf(waiting, "startup", "sentence").toString().isEmpty());
     EXPECT_FALSE(hasKeyFile()) << "no new key takes its place";
     QFile::remove(store);
@@ -147,12 +151,9 @@ TEST_F(LaunchTest, WhoHasLostTheirKeyMayPutTheOldDataAsideAndStartAfresh)
     PrivateFile::write(SecretKeeping::keyFilePath(commandLine.folders()), "broken");
     Launch launch(*qGuiApp, commandLine);
     launch.start();
-    QQuickWindow *waiting = windowWith("startup");
+    QQuickWindow *waiting = waitingWith("canStartAfresh");
     ASSERT_NE(waiting, nullptr);
-    ASSERT_TRUE(
-        WindowDriver::eventually([&] { return valueOf(waiting, "startup", "canStartAfresh").toBool(); }));
     EXPECT_FALSE(valueOf(waiting, "startup", "canUseFile").toBool());
-    WindowDriver::settle();
     WindowDriver::click(WindowDriver::item(waiting, u"startAfresh"_s));
     WindowDriver::settle();
     const QString question = valueOf(waiting, "startup", "question").toString();
@@ -183,17 +184,31 @@ TEST_F(LaunchTest, WhoDismissesTheFirstPromptMayKeepTheKeyInAFileAndIsNotAskedAg
         Launch launch(*qGuiApp, commandLine, std::move(keyring));
         launch.start();
         if (isFirst) {
-            QQuickWindow *waiting = windowWith("startup");
+            QQuickWindow *waiting = waitingWith("canUseFile");
             ASSERT_NE(waiting, nullptr);
-            ASSERT_TRUE(
-                WindowDriver::eventually([&] { return valueOf(waiting, "startup", "canUseFile").toBool(); }));
-            WindowDriver::settle();
             WindowDriver::click(WindowDriver::item(waiting, u"useFile"_s));
         }
         EXPECT_NE(windowWith("shell"), nullptr);
         EXPECT_TRUE(hasKeyFile());
         EXPECT_EQ(prompts, isFirst ? 1 : 0);
     }
+}
+
+TEST_F(LaunchTest, AKeyThatADiskRefusesToTakeStaysInTheFormThatItHad)
+{
+    KeyFile file(SecretKeeping::keyFilePath(commandLine.folders()));
+    file.create();
+    FakePresence nobody;
+    KeychainService keychain(u"own"_s, file, nobody);
+    LocalDataVault vault(keychain);
+    const SecretBytes key = vault.key();
+    {
+        FileSpy spy(profile.path());
+        spy.refuse(u"write"_s, ENOSPC);
+        EXPECT_THROW(vault.wrapKey(Passphrase(u"six words or so"_s), {8, 1}), KeychainError);
+    }
+    keychain.clearCache();
+    EXPECT_EQ(vault.key().view().toByteArray(), key.view().toByteArray());
 }
 
 class ErasureTest : public LaunchTest {
@@ -222,10 +237,8 @@ protected:
     // Reads the report, and goes on to the welcome of a first start.
     void goOn()
     {
-        QQuickWindow *told = windowWith("startup");
-        const bool isDone =
-            told && WindowDriver::eventually([&] { return valueOf(told, "startup", "canProceed").toBool(); });
-        ASSERT_TRUE(isDone);
+        QQuickWindow *told = waitingWith("canProceed");
+        ASSERT_NE(told, nullptr);
         const QStringList report = valueOf(told, "startup", "report").toStringList();
         EXPECT_GE(report.size(), 5);
         EXPECT_TRUE(report.value(0).endsWith(u"The key that your data was encrypted with is gone."_s));
@@ -311,10 +324,7 @@ TEST_F(ErasureTest, TellsWhatADiskOrAKeyringRefusesToLetGo)
         {
             Launch launch(*qGuiApp, commandLine, std::move(keyring));
             launch.start();
-            QQuickWindow *window = windowWith("startup");
-            EXPECT_TRUE(
-                WindowDriver::eventually([&] { return valueOf(window, "startup", "canProceed").toBool(); }));
-            report = valueOf(window, "startup", "report").toStringList();
+            report = valueOf(waitingWith("canProceed"), "startup", "report").toStringList();
         }
         TestWait::settle();
         return report;

@@ -41,7 +41,8 @@ TEST_F(DocumentImportTest, TakesTextOutOfEachKind)
     EXPECT_EQ(refused(u"b.pdf"_s, pdf(2, {})), DocumentError(Plain::emptyPDFText));
     EXPECT_EQ(refused(u"c.pdf"_s, "%PDF-1.4 and no more"), DocumentError(Plain::unreadable));
     EXPECT_EQ(refused(u"d.pages"_s, "x"), DocumentError(DocumentError::UnsupportedType{u"pages"_s}));
-    EXPECT_EQ(refused(u"none"_s, "x"), DocumentError(DocumentError::UnsupportedType{u"unknown"_s}));
+    for (const auto &name : {u"none"_s, u".txt"_s})
+        EXPECT_EQ(refused(name, "x"), DocumentError(DocumentError::UnsupportedType{u"unknown"_s}));
     EXPECT_EQ(refusalOf([&] {
                   TestWait::await(
                       service.importDocument(QUrl(u"https://a.example/b.txt"_s), 9, progress, {}));

@@ -6,6 +6,9 @@
 
 #include <QTest>
 
+#include <array>
+#include <cstdio>
+
 namespace morvane {
 
 using namespace Qt::StringLiterals;
@@ -108,6 +111,28 @@ QString AppFixture::lastText() const
 QQuickItem *AppFixture::item(const QString &objectName) const
 {
     return WindowDriver::item(window(), objectName);
+}
+
+QQuickItem *AppFixture::settingsControl(const QString &page, const QString &objectName) const
+{
+    QQuickWindow *settings = WindowDriver::settingsWindow(window());
+    if (!settings)
+        return nullptr;
+    settings->setProperty("page", page);
+    QQuickItem *control = nullptr;
+    const bool isThere = WindowDriver::eventually([&] {
+        control = WindowDriver::item(settings, objectName);
+        return control && control->isEnabled();
+    });
+    return isThere ? control : nullptr;
+}
+
+void AppFixture::come(const char *stage)
+{
+    std::printf("stage %s\n", stage);
+    std::fflush(stdout);
+    std::array<char, 16> line{};
+    ASSERT_NE(std::fgets(line.data(), line.size(), stdin), nullptr) << "nobody watches";
 }
 
 } // namespace morvane

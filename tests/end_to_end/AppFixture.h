@@ -44,6 +44,11 @@ protected:
     [[nodiscard]] ChatViewModel &chat() const { return *state->presentation().chat; }
     [[nodiscard]] QQuickItem *item(const QString &objectName) const;
     [[nodiscard]] QQuickWindow *window() const { return mainWindow->window(); }
+    // Once it can be used; null when that never comes.
+    [[nodiscard]] QQuickItem *settingsControl(const QString &page, const QString &objectName) const;
+
+    // For a test that watches this process: says how far it has come, and waits to be let go on.
+    static void come(const char *stage);
 
     QTemporaryDir profile;
     SystemClock machineClock;

@@ -1,5 +1,9 @@
+// Turns with every scenario of the model server, and with the services that people have: what each takes, and
+// the words in which it refuses the rest.
+
 #include "end_to_end/AppFixture.h"
 
+#include "documents/ImportedAttachment.h"
 #include "models/ChatMessage.h"
 #include "network/NetworkLedger.h"
 #include "support/TestData.h"
@@ -13,9 +17,32 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-class BadServerTest : public AppFixture {
+constexpr const char *replying = "end_to_end/replying_servers.txt";
+constexpr const char *broken = "end_to_end/broken_servers.txt";
+
+struct Service {
+    const char *table;
+    QStringList options;
+
+    friend void PrintTo(const Service &service, std::ostream *out) { *out << service.table; }
+};
+
+// A server of an age that doesn't tell what its models can do, so that it is tried.
+QStringList untellingOllama()
+{
+    QStringList options{u"--ollama"_s};
+    for (const auto &model : {u"agent-search"_s, u"agent-refuses-search"_s, u"agent-overflows"_s,
+                              u"reject-tools"_s, u"practice-fast"_s, u"images-refused"_s, u"context-full"_s})
+        options += {u"--model"_s, uR"({"name": "%1", "scenario": "%1"})"_s.arg(model)};
+    return options;
+}
+
+class EveryServerTest : public AppFixture, public testing::WithParamInterface<Service> {
 protected:
-    ChatViewModel &chat() { return *state->presentation().chat; }
+    EveryServerTest()
+        : AppFixture(GetParam().options)
+    {}
+
     [[nodiscard]] NetworkLedger::Snapshot ledger() const
     {
         return state->assistant().networkLedger->snapshot();
@@ -34,14 +61,22 @@ protected:
         })) << model.toStdString();
     }
 
-    // One turn: what is stored of it, the requests, their rows in the ledger, and what the banner says.
-    QString outcome(const QString &model)
+    // One turn: what is stored of it, the requests, their rows in the ledger, what the banner says, and where
+    // there are lines of abilities, those and how the text begins. A model may be sent a picture.
+    QString outcome(const QByteArray &input)
     {
+        const QString model = QString::fromUtf8(input.split(' ').first());
         const std::size_t requests = server.requests().size();
         const std::size_t rows = ledger().entries.size();
         useModel(model);
         chat().newConversation();
-        chat().sendMessage(u"Hello"_s, std::nullopt);
+        std::optional<ImportedAttachment> picture;
+        if (input.endsWith(" with a picture"))
+            picture = {.id = QUuid::createUuid(),
+                       .filename = u"fern.jpg"_s,
+                       .fileExtension = u"image"_s,
+                       .imageData = QByteArray("jpeg")};
+        chat().sendMessage(u"Tell me about ferns"_s, picture);
         letTurnEnd(model, requests);
         const auto made = [&] { return server.requests().size() - requests; };
         EXPECT_TRUE(WindowDriver::eventually([&] { return ledger().entries.size() - rows >= made(); }))
@@ -53,23 +88,25 @@ protected:
                          outcomes.sliced(static_cast<qsizetype>(rows)).join(u", "_s)};
         if (chat().hasBanner())
             told += {chat().banner().message, chat().banner().quotation};
+        const QStringList abilities = lastRow(MessageListModel::ToolLinesRole).toStringList();
+        if (!abilities.isEmpty())
+            told += {abilities.join(u", "_s), lastText().left(70)};
         return told.join(u" | "_s);
     }
 };
 
-constexpr const char *replying = "end_to_end/replying_servers.txt";
-constexpr const char *broken = "end_to_end/broken_servers.txt";
-
-class EveryServerTest : public BadServerTest, public testing::WithParamInterface<const char *> {};
-
 TEST_P(EveryServerTest, EndsInItsOwnStatusWordsRequestsAndRows)
 {
-    outcome(u"practice-fast"_s); // what the server is has been asked here
-    EXPECT_EQ(TestData::transcript(GetParam(), [this](const QByteArray &model) { return outcome(model); }),
-              TestData::text(GetParam()));
+    outcome("practice-fast"); // what the server is has been asked here
+    TestData::expect(GetParam().table, [this](const QByteArray &input) { return outcome(input); });
 }
 
-INSTANTIATE_TEST_SUITE_P(Tables, EveryServerTest, testing::Values(replying, broken));
+INSTANTIATE_TEST_SUITE_P(Tables, EveryServerTest,
+                         testing::Values(Service{replying}, Service{broken},
+                                         Service{"end_to_end/strict_service.txt",
+                                                 {u"--strict"_s, u"cloud"_s}},
+                                         Service{"end_to_end/llama_service.txt", {u"--strict"_s, u"llama"_s}},
+                                         Service{"end_to_end/untelling_ollama.txt", untellingOllama()}));
 
 TEST(ServerTablesTest, LeaveNoScenarioOut)
 {

@@ -9,11 +9,10 @@
 #include "attestation/ProofLedger.h"
 #include "attestation/ProofWatch.h"
 #include "support/Await.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QDir>
 #include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
 #include <QProcess>
 
 #include <algorithm>
@@ -63,14 +62,9 @@ protected:
     }
     void clickSettings(const QString &page, const QString &objectName)
     {
-        QQuickWindow *settings = WindowDriver::settingsWindow(window());
-        ASSERT_NE(settings, nullptr);
-        settings->setProperty("page", page);
-        ASSERT_TRUE(WindowDriver::eventually([&] {
-            const QQuickItem *control = WindowDriver::item(settings, objectName);
-            return control && control->isEnabled();
-        })) << objectName.toStdString();
-        WindowDriver::click(WindowDriver::item(settings, objectName));
+        QQuickItem *control = settingsControl(page, objectName);
+        ASSERT_NE(control, nullptr) << objectName.toStdString();
+        WindowDriver::click(control);
     }
 };
 
@@ -86,11 +80,7 @@ TEST_F(CloudWindowTest, AVerifiedAnswerSaysSoAndTheNextOneThatItWasVerifiedEarli
     say(u"And again"_s);
     ASSERT_TRUE(turnEnds());
     EXPECT_EQ(proofLine(), u"Private cloud · Hardware verified earlier"_s);
-    time.advance(1801s);
-    say(u"Much later"_s);
-    ASSERT_TRUE(turnEnds());
-    EXPECT_EQ(proofLine(), u"Private cloud · Hardware verified"_s);
-    EXPECT_EQ(requestsAfter(4), u"CPC"_s);
+    EXPECT_EQ(requestsAfter(4), u"C"_s);
     EXPECT_TRUE(server.chats().empty());
 }
 
@@ -196,18 +186,12 @@ protected:
     static QString scenario()
     {
         static const QTemporaryDir folder;
-        const QJsonObject answer{
-            {u"to"_s, u"chat"_s},
-            {u"model"_s, u"e2ee-practice"_s},
-            {u"pieces"_s,
-             QJsonArray{u"Words. "_s, u"<<<MORVANE_TOOL_CALLS>>>\n{\"calls\":[{\"name\":\"search_web\","
-                                      "\"arguments\":{\"query\":\"x\"}}]}\n"
-                                      "<<<END_MORVANE_TOOL_CALLS>>>"_s}}};
-        QFile file(folder.filePath(u"calls.json"_s));
-        if (!file.open(QIODevice::WriteOnly))
-            throw std::runtime_error("the scenario can't be written");
-        file.write(QJsonDocument(QJsonObject{{u"responses"_s, QJsonArray{answer}}}).toJson());
-        return file.fileName();
+        const QString path = folder.filePath(u"calls.json"_s);
+        PrivateFile::write(path, R"({"responses": [{"to": "chat", "model": "e2ee-practice", "pieces": [
+            "Words. ",
+            "<<<MORVANE_TOOL_CALLS>>>\n{\"calls\":[{\"name\":\"search_web\",",
+            "\"arguments\":{\"query\":\"x\"}}]}\n<<<END_MORVANE_TOOL_CALLS>>>"]}]})");
+        return path;
     }
 };
 

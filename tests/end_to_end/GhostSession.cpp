@@ -15,8 +15,6 @@
 #include <QGuiApplication>
 #include <QMimeData>
 
-#include <array>
-#include <cstdio>
 #include <cstring>
 
 namespace morvane {
@@ -27,15 +25,6 @@ namespace {
 
 class GhostSession : public AppFixture {
 protected:
-    static void come(const char *stage)
-    {
-        std::printf("stage %s\n", stage);
-        std::fflush(stdout);
-        std::array<char, 16> line{};
-        ASSERT_NE(std::fgets(line.data(), line.size(), stdin), nullptr) << "nobody watches";
-    }
-
-    [[nodiscard]] ChatViewModel &chat() const { return *state->presentation().chat; }
     [[nodiscard]] std::size_t savedTexts() const
     {
         return state->storage().repository->sealedTexts(100).size();

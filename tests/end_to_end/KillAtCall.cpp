@@ -4,8 +4,8 @@
 
 #include <optional>
 
-// Preloaded into the program, kills it at the MORVANE_KILL_AT'th rename or sync in MORVANE_KILL_FOLDER, or at
-// that call of the kinds that MORVANE_KILL_VERBS names.
+// Preloaded into the program, kills it at the MORVANE_KILL_AT'th call in MORVANE_KILL_FOLDER of the kinds
+// that MORVANE_KILL_VERBS names.
 
 namespace morvane {
 
@@ -17,7 +17,7 @@ public:
     {
         spy.emplace(qEnvironmentVariable("MORVANE_KILL_FOLDER"));
         spy->killAt(qEnvironmentVariableIntValue("MORVANE_KILL_AT"),
-                    qEnvironmentVariable("MORVANE_KILL_VERBS", QStringLiteral("rename sync")).split(u' '));
+                    qEnvironmentVariable("MORVANE_KILL_VERBS").split(u' '));
         // Libraries write to their pipes while the process exits, when Qt can name no file any more.
         qAddPostRoutine([] { spy.reset(); });
     }

@@ -3,6 +3,7 @@
 #include "app/SecretKeeping.h"
 #include "app/WhatChangedNotice.h"
 #include "attestation/VeniceMeasurementLists.h"
+#include "end_to_end/KilledAtCall.h"
 #include "support/Await.h"
 #include "support/ManualClock.h"
 #include "support/PrivateCloudServer.h"
@@ -94,13 +95,7 @@ protected:
     bool isKilledAt(int call)
     {
         QProcess program;
-        auto environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"LD_PRELOAD"_s, QStringLiteral(MORVANE_KILL_AT_CALL));
-        environment.insert(u"ASAN_OPTIONS"_s,
-                           environment.value(u"ASAN_OPTIONS"_s) + u":verify_asan_link_order=0"_s);
-        environment.insert(u"MORVANE_KILL_FOLDER"_s, profile->filePath(u"data/ai.morvane.macos"_s));
-        environment.insert(u"MORVANE_KILL_AT"_s, QString::number(call));
-        program.setProcessEnvironment(environment);
+        program.setProcessEnvironment(killedAtCall(call, profile->filePath(u"data/ai.morvane.macos"_s)));
         program.start(QStringLiteral(MORVANE_PROGRAM),
                       {u"--profile"_s, profile->path(), u"--dev-relay"_s, u"127.0.0.1:%1"_s.arg(newer.port()),
                        u"--play-demo"_s, profile->filePath(u"demo.png"_s)});

@@ -1,4 +1,5 @@
 #include "app/Launch.h"
+#include "end_to_end/KilledAtCall.h"
 #include "persistence/ChatStoreLocation.h"
 #include "persistence/Database.h"
 #include "support/Await.h"
@@ -34,13 +35,7 @@ protected:
     bool isKilledAt(int call)
     {
         QProcess program;
-        auto environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"LD_PRELOAD"_s, QStringLiteral(MORVANE_KILL_AT_CALL));
-        environment.insert(u"ASAN_OPTIONS"_s,
-                           environment.value(u"ASAN_OPTIONS"_s) + u":verify_asan_link_order=0"_s);
-        environment.insert(u"MORVANE_KILL_FOLDER"_s, profile->path());
-        environment.insert(u"MORVANE_KILL_AT"_s, QString::number(call));
-        program.setProcessEnvironment(environment);
+        program.setProcessEnvironment(killedAtCall(call, profile->path()));
         program.start(QStringLiteral(MORVANE_PROGRAM),
                       {u"--profile"_s, profile->path(), u"--practice-server"_s, u"http://localhost:1/v1"_s,
                        u"--play-demo"_s, profile->filePath(u"demo.png"_s)});

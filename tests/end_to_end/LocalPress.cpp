@@ -17,6 +17,7 @@
 #include "platform/linux/LinuxMachine.h"
 #include "security/LocalDataVault.h"
 #include "support/Await.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -60,20 +61,15 @@ private:
     SystemClock m_clock;
 };
 
-QByteArray contentsOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 class Press {
 public:
     explicit Press(const QStringList &words)
         : m_profile(words.at(1))
     {
         (void)TestWait::await(m_secrets.preparation().prepare(KeyExpectation::Unknown));
-        const auto values = LocalRuntimeValues::ofThisBuild(m_commandLine.folders())
-                                .withDevelopmentFile(contentsOf(words.at(2)));
+        const auto values =
+            LocalRuntimeValues::ofThisBuild(m_commandLine.folders())
+                .withDevelopmentFile(PrivateFile::read(words.at(2), 9999).value_or(QByteArray()));
         m_service = std::make_unique<LocalModelService>(
             LocalModelService::Services{m_settings, m_network, m_vault, m_machine, m_clock, m_work},
             values.value());

@@ -2,10 +2,10 @@
 
 #include "support/Await.h"
 #include "support/RuntimeHost.h"
+#include "utils/files/PrivateFile.h"
 #include "utils/text/Product.h"
 
 #include <QDir>
-#include <QFile>
 #include <QJsonArray>
 #include <QProcess>
 #include <QTimer>
@@ -40,9 +40,7 @@ protected:
     void useHost(const QString &archive)
     {
         host.emplace(archive);
-        QFile file(profile.filePath(u"runtime.json"_s));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(host->developmentFile());
+        PrivateFile::write(profile.filePath(u"runtime.json"_s), host->developmentFile());
     }
 
     void start(const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())

@@ -1,6 +1,7 @@
 // The one press that sets up local AI, against a release host that fails in every way, and killed in the
 // middle.
 
+#include "end_to_end/KilledAtCall.h"
 #include "end_to_end/LocalPressFixture.h"
 
 #include <QDirIterator>
@@ -195,15 +196,8 @@ protected:
     // False when it was ready before the call.
     bool isKilledAt(int call)
     {
-        auto environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"LD_PRELOAD"_s, QStringLiteral(MORVANE_KILL_AT_CALL));
-        environment.insert(u"ASAN_OPTIONS"_s,
-                           environment.value(u"ASAN_OPTIONS"_s) + u":verify_asan_link_order=0"_s);
         QDir().mkpath(managed({}));
-        environment.insert(u"MORVANE_KILL_FOLDER"_s, managed({}));
-        environment.insert(u"MORVANE_KILL_AT"_s, QString::number(call));
-        environment.insert(u"MORVANE_KILL_VERBS"_s, QLatin1StringView(GetParam().verbs));
-        start(environment);
+        start(killedAtCall(call, managed({}), GetParam().verbs));
         return press() != ready;
     }
 };

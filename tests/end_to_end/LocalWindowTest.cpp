@@ -51,17 +51,12 @@ protected:
     void press()
     {
         ASSERT_TRUE(becomes(Kind::notSetUp));
-        QQuickWindow *settings = WindowDriver::settingsWindow(window());
-        ASSERT_NE(settings, nullptr);
-        settings->setProperty("page", u"ai"_s);
         for (const QString &button : {u"setUpLocal"_s, u"fetchLocal"_s}) {
-            ASSERT_TRUE(WindowDriver::eventually([&] {
-                const QQuickItem *control = WindowDriver::item(settings, button);
-                return control && control->isEnabled();
-            })) << button.toStdString();
+            QQuickItem *control = settingsControl(u"ai"_s, button);
+            ASSERT_NE(control, nullptr) << button.toStdString();
             for (const auto &request : host.requests())
                 EXPECT_NE(request.method, "GET") << "nothing is fetched before the yes";
-            WindowDriver::click(WindowDriver::item(settings, button));
+            WindowDriver::click(control);
         }
     }
     void setUp()

@@ -9,7 +9,6 @@
 #include "view_models/chat/ChatViewModel.h"
 #include "view_models/settings/ScreenTestViewModel.h"
 
-#include <array>
 #include <cstdio>
 #include <ctime>
 
@@ -46,15 +45,6 @@ private:
 
 class ScreenSession : public AppFixture {
 protected:
-    static void come(const char *stage)
-    {
-        std::printf("stage %s\n", stage);
-        std::fflush(stdout);
-        std::array<char, 16> line{};
-        ASSERT_NE(std::fgets(line.data(), line.size(), stdin), nullptr) << "nobody watches";
-    }
-
-    [[nodiscard]] ChatViewModel &chat() const { return *state->presentation().chat; }
     [[nodiscard]] AttachmentDesk &desk() const { return *chat().entries()->attachments(); }
     // Until it is there, or a banner says why not.
     void look(bool summarize)

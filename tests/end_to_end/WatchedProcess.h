@@ -1,6 +1,8 @@
 #pragma once
 
 #include "support/Await.h"
+#include "support/TextForms.h"
+#include "utils/files/PrivateFile.h"
 
 #include <QDirIterator>
 #include <QHash>
@@ -11,21 +13,6 @@
 namespace morvane {
 
 using namespace Qt::StringLiterals;
-
-// As text of eight and of sixteen bits, and as base64, which has three forms by where a text begins in a
-// group of three bytes; the ends are cut off where neighbours would change them.
-inline QList<QByteArray> formsOf(const QByteArray &mark)
-{
-    QByteArray wide;
-    for (const char letter : mark)
-        wide.append(letter).append('\0');
-    QList<QByteArray> forms{mark, wide};
-    for (int shift = 0; shift < 3; ++shift) {
-        const QByteArray encoded = (QByteArray(shift, 'x') + mark).toBase64();
-        forms += encoded.sliced(4, encoded.size() - 8);
-    }
-    return forms;
-}
 
 // A process with all that it starts, below a tracer that notes each file they touch and every byte they
 // write. Its folders are its own.
@@ -45,10 +32,7 @@ public:
         }
         for (const auto &name : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME"})
             environment.remove(QLatin1StringView(name));
-        QFile file(theirFile());
-        (void)file.open(QIODevice::WriteOnly);
-        file.write("DroppedMARK and KeptMARK stand in a file of the person's own.");
-        file.close();
+        PrivateFile::write(theirFile(), "DroppedMARK and KeptMARK stand in a file of the person's own.");
         environment.insert(u"MORVANE_GHOST_FILE"_s, theirFile());
         // Leaks can't be looked for in a process that is being traced.
         environment.insert(u"ASAN_OPTIONS"_s, environment.value(u"ASAN_OPTIONS"_s) + u":detect_leaks=0"_s);
@@ -99,8 +83,9 @@ public:
     [[nodiscard]] QStringList leaksOf(const QByteArray &mark)
     {
         QStringList leaks;
+        const QByteArrayList forms = formsOf(QString::fromLatin1(mark));
         const auto look = [&](const QString &place, const QByteArray &bytes) {
-            for (const QByteArray &form : formsOf(mark)) {
+            for (const QByteArray &form : forms) {
                 if (bytes.contains(form))
                     leaks += place;
             }

@@ -3,9 +3,9 @@
 #include "async/Work.h"
 #include "persistence/InMemorySettingsRepository.h"
 #include "persistence/SettingsStore.h"
+#include "security/FakeSecretStore.h"
 #include "security/InMemoryKeychainService.h"
 #include "security/LocalDataVault.h"
-#include "security/UserPresenceConfirming.h"
 #include "services/AnswerPause.h"
 #include "services/PassphraseService.h"
 #include "support/Await.h"
@@ -41,14 +41,6 @@ public:
     int watching = 0;
 };
 
-class FakePresence final : public UserPresenceConfirming {
-public:
-    [[nodiscard]] bool canConfirm() const override { return can; }
-    [[nodiscard]] Answer confirm(const QString &, std::stop_token) override { return Answer::Confirmed; }
-
-    bool can = true;
-};
-
 // Its prompts answer with what a test gave them.
 class PromptingKeychain final : public InMemoryKeychainService {
 public:
@@ -81,6 +73,7 @@ protected:
     AppLockServiceTest()
     {
         (void)vault.key();
+        presence.answer = FakePresence::Answer::Confirmed;
         makeLock();
     }
     ~AppLockServiceTest() override { work.end(); }
@@ -164,11 +157,11 @@ TEST_F(AppLockServiceTest, LocksAndUnlocksInOrder)
 
 TEST_F(AppLockServiceTest, ChangesNothingWhereTheKeyStays)
 {
-    presence.can = false;
+    presence.answer = FakePresence::Answer::Unavailable;
     set(true);
     EXPECT_TRUE(lock->setUpMessage().startsWith(u"This computer has no "_s));
     EXPECT_TRUE(lock->setUpMessage().endsWith(u", then turn this on."_s));
-    presence.can = true;
+    presence.answer = FakePresence::Answer::Confirmed;
     keychain.setFailure(KeychainError(KeychainError::Operation::Save, KeychainStatus::InputOutput));
     set(true);
     EXPECT_EQ(lock->setUpMessage().toStdString(),

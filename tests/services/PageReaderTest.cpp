@@ -1,15 +1,12 @@
 #include "services/PageReader.h"
 #include "services/PageAddress.h"
 #include "services/PageText.h"
-#include "services/WebAccessError.h"
 #include "services/WebServiceFixture.h"
 #include "support/RoutedSession.h"
 #include "support/TestData.h"
 
 #include <QElapsedTimer>
 #include <QSemaphore>
-
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <zlib.h>

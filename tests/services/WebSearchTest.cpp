@@ -37,42 +37,33 @@ protected:
     WebAccessService web{services, endpoints};
 };
 
-TEST_F(WebSearchTest, BraveIsAskedWithThePersonsKeyAndNothingElse)
+TEST_F(WebSearchTest, EachEndpointIsAskedWithItsOwnCredential)
 {
-    ScriptedServer server(ScriptedServer::answering(
-        ScriptedServer::response("200 OK", R"({"web":{"results":)" + entries + "}}")));
-    WebAccessService real(services, {server.url(), {}}, WebAccessService::systemResolver(),
+    ScriptedServer server(ScriptedServer::answering(ScriptedServer::response(
+        "200 OK", R"({"web":{"results":)" + entries + R"(},"results":)" + entries + "}")));
+    WebAccessService real(services, {server.url(), server.url()}, WebAccessService::systemResolver(),
                           realSession(EgressFeature::webSearch));
+    const auto expect = [&](const QByteArray &target, const QByteArrayList &headers) {
+        const auto request = server.requests().back();
+        EXPECT_EQ(request.target(), target);
+        for (const QByteArray &header : headers)
+            EXPECT_TRUE(request.head.contains(header + "\r\n")) << header.constData();
+        EXPECT_EQ(request.head.contains("my key"), real.usesOwnKey());
+    };
+    const QString words = u"  tea & milk+süß?\n"_s;
+    const QByteArray query = "q=tea%20%26%20milk%2Bs%C3%BC%C3%9F%3F";
+    EXPECT_EQ(search(real, words).at(0).snippet, u"s 1"_s);
+    expect("/v1/search?" + query,
+           {"Accept: application/json", "User-Agent: MorvaneGPT-mac/1.0", "X-QF-Client: 1",
+            "Authorization: Bearer qf_" + identity.credential(ServiceIdentity::Service::Search).toLatin1()});
     giveKey();
-    EXPECT_TRUE(real.usesOwnKey());
-    const Results results = search(real, u"  tea & milk+süß?\n"_s);
-    const auto request = server.requests().at(0);
-    EXPECT_EQ(request.target(), "/res/v1/web/search?q=tea%20%26%20milk%2Bs%C3%BC%C3%9F%3F&count=5");
-    for (const char *header :
-         {"Accept: application/json", "Accept-Encoding: gzip", "X-Subscription-Token: my key"})
-        EXPECT_TRUE(request.head.contains(QByteArray(header) + "\r\n")) << header;
     const Results expected{
         {u"A title"_s, u"https://a.example"_s, u"d 1"_s, u"https://img.example/a.png"_s},
         {u"B"_s, u"https://b.example"_s, u""_s, std::nullopt},
     };
-    EXPECT_EQ(results, expected);
-}
-
-TEST_F(WebSearchTest, TheProductsEndpointIsAskedWithTheInstallsNumber)
-{
-    ScriptedServer server(
-        ScriptedServer::answering(ScriptedServer::response("200 OK", R"({"results":)" + entries + "}")));
-    WebAccessService real(services, {{}, server.url()}, WebAccessService::systemResolver(),
-                          realSession(EgressFeature::webSearch));
-    const Results results = search(real);
-    const auto request = server.requests().at(0);
-    EXPECT_EQ(request.target(), "/v1/search?q=news");
-    const QByteArray credential = identity.credential(ServiceIdentity::Service::Search).toLatin1();
-    for (const QByteArray &header : {"Accept: application/json"_ba, "User-Agent: MorvaneGPT-mac/1.0"_ba,
-                                     "X-QF-Client: 1"_ba, "Authorization: Bearer qf_" + credential})
-        EXPECT_TRUE(request.head.contains(header + "\r\n")) << header.constData();
-    ASSERT_EQ(results.size(), 2U);
-    EXPECT_EQ(results[0].snippet, u"s 1"_s);
+    EXPECT_EQ(search(real, words), expected);
+    expect("/res/v1/web/search?" + query + "&count=5",
+           {"Accept: application/json", "Accept-Encoding: gzip", "X-Subscription-Token: my key"});
 }
 
 TEST_F(WebSearchTest, CountsTheProductsSearchesByDayAndMonth)
@@ -152,14 +143,18 @@ TEST_F(WebSearchTest, WithoutAnEndpointOfTheBuildAKeyIsNeeded)
     EXPECT_TRUE(fake->requests().empty());
 }
 
-TEST_F(WebSearchTest, CallsToBraveKeepTheirGap)
+TEST_F(WebSearchTest, CallsToBraveKeepTheirGapAndAStopEndsTheWaitForIt)
 {
     giveKey();
+    std::stop_source stop;
     for (int i = 0; i < 3; ++i)
         fake->answer(200, noResults);
     const std::array searches{TestWait::begin(web.search(u"q"_s, {})),
                               TestWait::begin(web.search(u"q"_s, {})),
                               TestWait::begin(web.search(u"q"_s, {}))};
+    const auto stopped = TestWait::begin(web.search(u"q"_s, stop.get_token()));
+    stop.request_stop();
+    EXPECT_EQ(errorOf(stopped), WebAccessError::Case(Plain::cancelled));
     EXPECT_EQ(fake->requests().size(), 1U);
     clock.advance(1049ms);
     TestWait::settle();
@@ -171,18 +166,6 @@ TEST_F(WebSearchTest, CallsToBraveKeepTheirGap)
     for (const auto &search : searches)
         EXPECT_EQ(errorOf(search), std::nullopt);
     EXPECT_EQ(fake->requests().size(), 3U);
-}
-
-TEST_F(WebSearchTest, AStopEndsAWaitForTheGap)
-{
-    giveKey();
-    fake->answer(200, noResults);
-    search(web);
-    std::stop_source stop;
-    const auto waiting = TestWait::begin(web.search(u"q"_s, stop.get_token()));
-    stop.request_stop();
-    EXPECT_EQ(errorOf(waiting), WebAccessError::Case(Plain::cancelled));
-    EXPECT_EQ(fake->requests().size(), 1U);
 }
 
 TEST_F(WebSearchTest, ASearchThatOutlivesTheServiceIsCancelled)

@@ -1,4 +1,4 @@
-// known_window X Y WIDTH HEIGHT PIXELS INK PAPER TEXT [full]: a window of known text on an X server, for
+// known_window X Y WIDTH HEIGHT PIXELS INK PAPER TEXT: a window of known text on an X server, for
 // tests that look at its screen. Says "shown" once it is drawn.
 
 #include <QGuiApplication>
@@ -44,9 +44,6 @@ int main(int argc, char **argv)
         return 2;
     KnownWindow window(words);
     window.setGeometry(words.at(1).toInt(), words.at(2).toInt(), words.at(3).toInt(), words.at(4).toInt());
-    if (words.size() > 9)
-        window.showFullScreen();
-    else
-        window.show();
+    window.show();
     return QGuiApplication::exec();
 }

@@ -1,12 +1,13 @@
 #include "support/RuntimeHost.h"
 
+#include "utils/files/PrivateFile.h"
+
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QUrl>
 
 #include <csignal>
-#include <stdexcept>
 
 namespace morvane {
 
@@ -16,17 +17,9 @@ namespace {
 
 const QByteArray untouched = "untouched";
 
-void write(const QString &path, const QByteArray &contents)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(contents) != contents.size())
-        throw std::runtime_error("the runtime's folder can't be written");
-}
-
 QByteArray read(const QString &path)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return PrivateFile::read(path, 1 << 24).value_or(QByteArray());
 }
 
 } // namespace
@@ -35,7 +28,7 @@ RuntimeHost::RuntimeHost(const QString &archive)
     : m_process(QStringLiteral(MORVANE_RUNTIME_HOST),
                 {u"--log"_s, u"-"_s, u"--archive"_s, archive, u"--folder"_s, m_folder.path()})
 {
-    write(m_folder.filePath(u"victim"_s), untouched);
+    PrivateFile::write(m_folder.filePath(u"victim"_s), untouched);
 }
 
 RuntimeHost::~RuntimeHost()
@@ -56,7 +49,7 @@ void RuntimeHost::deliver(const QString &delivery) const
 
 void RuntimeHost::play(const QString &scenario) const
 {
-    write(m_folder.filePath(u"scenario"_s), scenario.toUtf8());
+    PrivateFile::write(m_folder.filePath(u"scenario"_s), scenario.toUtf8());
 }
 
 bool RuntimeHost::isUnharmed() const

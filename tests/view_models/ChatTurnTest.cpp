@@ -154,28 +154,6 @@ TEST_F(ChatTurnTest, AFailureIsStoredShownAndRetriedUnderTheFailedReply)
     EXPECT_EQ(replies.asked.size(), 3U);
 }
 
-TEST_F(ChatTurnTest, ARetryThatSucceedsTakesThePlaceOfRepliesWithoutAWord)
-{
-    send(u"question"_s);
-    replies.text(u"half"_s);
-    replies.fail(errorOf(ProviderError::ServerError{500}));
-    for (const auto left : {MessageStatus::failed, MessageStatus::pending}) { // pending: by the program's end
-        chat.retryLastTurn();
-        TestWait::settle();
-        replies.fail(errorOf(ProviderError::ServerError{500}));
-        lastMessage()->setStatus(left);
-    }
-    chat.retryLastTurn();
-    TestWait::settle();
-    EXPECT_EQ(transcript().size(), 5U) << "not before it has succeeded";
-    const QSignalSpy removed(chat.messages(), &MessageListModel::rowsRemoved);
-    replies.text(u"whole"_s);
-    replies.finish();
-    EXPECT_EQ(removed.count(), 2);
-    EXPECT_EQ(transcript(), (Rows{{true, u"question"_s}, {false, u"half"_s}, {false, u"whole"_s}}));
-    EXPECT_FALSE(repository.context().hasChanges());
-}
-
 TEST_F(ChatTurnTest, EndingsWithoutAUsableReply)
 {
     const struct {

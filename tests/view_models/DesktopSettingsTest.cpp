@@ -6,9 +6,7 @@
 #include "security/InMemoryKeychainService.h"
 #include "security/LocalDataVault.h"
 #include "services/DesktopActionError.h"
-#include "support/Await.h"
 #include "support/ManualClock.h"
-#include "utils/text/Identifier.h"
 #include "view_models/chat/ReceiptsModel.h"
 #include "view_models/settings/CalendarsViewModel.h"
 

@@ -3,10 +3,8 @@
 
 #include "view_models/ChatFixture.h"
 
-#include "ai/contract/ProviderError.h"
 #include "persistence/StoreFiles.h"
 #include "support/FileSpy.h"
-#include "utils/text/Identifier.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>

@@ -1,6 +1,5 @@
 // What is shown and stored of a reply as it comes: its words, its thinking, its tools.
 
-#include "persistence/SettingsStore.h"
 #include "support/TestData.h"
 #include "utils/text/Identifier.h"
 #include "utils/text/UntrustedContent.h"

@@ -3,12 +3,7 @@
 
 #include "view_models/ChatFixture.h"
 
-#include "ai/contract/ProviderError.h"
-#include "attestation/ProofLedger.h"
 #include "attestation/evidence/VeniceAttestationVerifier.h"
-#include "models/Conversation.h"
-#include "persistence/ConversationRepository.h"
-#include "persistence/SettingsStore.h"
 #include "utils/text/Identifier.h"
 #include "view_models/chat/AnswerProofs.h"
 
@@ -21,7 +16,7 @@ namespace {
 
 using Place = ProofLedger::Place::Kind;
 
-class TurnCargoTest : public ChatFixture {};
+using TurnCargoTest = ChatFixture;
 
 TEST_F(TurnCargoTest, TheAnswersPlaceAndProofComeFromTheTurnsOwnRow)
 {
