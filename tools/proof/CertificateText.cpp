@@ -40,7 +40,7 @@ QString commonNameOf(const X509 *certificate)
     const int length =
         ASN1_STRING_to_UTF8(&utf8, X509_NAME_ENTRY_get_data(X509_NAME_get_entry(subject, index)));
     QString name = QString::fromUtf8(reinterpret_cast<const char *>(utf8), std::max(length, 0));
-    OPENSSL_free(utf8);
+    CRYPTO_free(utf8, nullptr, 0); // OPENSSL_free() would write the place of this file into the program
     return name;
 }
 

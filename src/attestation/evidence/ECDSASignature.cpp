@@ -52,10 +52,9 @@ QByteArray derForm(QByteArrayView signature)
     BIGNUM *const r = BN_bin2bn(OpenSSL::bytesOf(signature), half, nullptr);
     BIGNUM *const s = BN_bin2bn(OpenSSL::bytesOf(signature) + half, half, nullptr);
     ECDSA_SIG_set0(parts.get(), r, s); // takes both
-    unsigned char *der = nullptr;
-    const int length = i2d_ECDSA_SIG(parts.get(), &der);
-    const QByteArray result(reinterpret_cast<const char *>(der), length);
-    OPENSSL_free(der);
+    QByteArray result(i2d_ECDSA_SIG(parts.get(), nullptr), Qt::Uninitialized);
+    auto *der = reinterpret_cast<unsigned char *>(result.data());
+    i2d_ECDSA_SIG(parts.get(), &der);
     return result;
 }
 
